@@ -1,0 +1,37 @@
+# Installed: libraries, headers, the CMake package and the program.
+# The glTF plug-in has an export set of its own, so that a project that links only qex::acclaim never looks for tinygltf.
+
+include(CMakePackageConfigHelpers)
+
+set(lPackageDir "${CMAKE_INSTALL_LIBDIR}/cmake/qex")
+
+get_property(lLayers GLOBAL PROPERTY QEX_LAYERS)
+foreach(lLayer IN LISTS lLayers)
+    set(lSet qexTargets)
+    if(lLayer STREQUAL "gltf")
+        set(lSet qexGltfTargets)
+    endif()
+    install(TARGETS qex_${lLayer} EXPORT ${lSet}
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endforeach()
+
+get_property(lFolders GLOBAL PROPERTY QEX_FOLDERS)
+foreach(lFolder IN LISTS lFolders)
+    if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${lFolder}")
+        install(DIRECTORY "${PROJECT_SOURCE_DIR}/${lFolder}/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${lFolder}"
+            FILES_MATCHING PATTERN "*.h")
+    endif()
+endforeach()
+
+install(EXPORT qexTargets NAMESPACE qex:: DESTINATION "${lPackageDir}")
+if(QEX_BUILD_GLTF)
+    install(EXPORT qexGltfTargets NAMESPACE qex:: DESTINATION "${lPackageDir}")
+endif()
+
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/qexConfig.cmake.in" "${PROJECT_BINARY_DIR}/qexConfig.cmake"
+    INSTALL_DESTINATION "${lPackageDir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/qexConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/qexConfig.cmake" "${PROJECT_BINARY_DIR}/qexConfigVersion.cmake"
+    DESTINATION "${lPackageDir}")

@@ -1,0 +1,65 @@
+# Helpers that keep every target of the project built in the same way.
+
+# Language level, warnings and floating-point rules for a target of the project.
+function(qex_set_up_target pTarget)
+    target_compile_features(${pTarget} PUBLIC cxx_std_17)
+    set_target_properties(${pTarget} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+        # A fused multiply-add would change the last bit from one machine to the next.
+        target_compile_options(${pTarget} PRIVATE
+            -Wall -Wextra -Wshadow -Wconversion -Wold-style-cast -ffp-contract=off
+            $<$<BOOL:${QEX_WERROR}>:-Werror>)
+    endif()
+endfunction()
+
+# find_package that names the Debian package to install, or the option to switch off, when something is missing.
+macro(qex_find_package pPackage pDebian pOption)
+    find_package(${pPackage} QUIET ${ARGN})
+    if(NOT ${pPackage}_FOUND)
+        message(FATAL_ERROR "${pPackage} was not found. Install it (Debian: ${pDebian}) or configure with -D${pOption}=OFF.")
+    endif()
+endmacro()
+
+# One layer of the library: target qex_NAME, alias qex::NAME, made of FOLDER/*.cxx. A folder without sources makes an interface target.
+# Sets QEX_NAME_KIND to INTERFACE or LIBRARY.
+function(qex_add_layer pName)
+    cmake_parse_arguments(PARSE_ARGV 1 lArg "" "FOLDER" "DEPENDS;EXTERNAL")
+    set(lTarget qex_${pName})
+    file(GLOB lSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${lArg_FOLDER}/*.cxx")
+    list(TRANSFORM lArg_DEPENDS PREPEND qex_ OUTPUT_VARIABLE lDepends)
+
+    if(lSources)
+        set(lKind LIBRARY)
+        set(lScope PUBLIC)
+        add_library(${lTarget} ${lSources})
+        qex_set_up_target(${lTarget})
+        set_target_properties(${lTarget} PROPERTIES
+            OUTPUT_NAME qex${pName}
+            POSITION_INDEPENDENT_CODE ON
+            VERSION ${PROJECT_VERSION}
+            SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+        if(BUILD_SHARED_LIBS)
+            target_compile_definitions(${lTarget} PUBLIC QEX_SHARED)
+        endif()
+        target_link_libraries(${lTarget} PRIVATE ${lArg_EXTERNAL})
+    else()
+        set(lKind INTERFACE)
+        set(lScope INTERFACE)
+        add_library(${lTarget} INTERFACE)
+        target_compile_features(${lTarget} INTERFACE cxx_std_17)
+    endif()
+
+    set_target_properties(${lTarget} PROPERTIES EXPORT_NAME ${pName})
+    target_include_directories(${lTarget} ${lScope}
+        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+        "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+    target_link_libraries(${lTarget} ${lScope} ${lDepends})
+    add_library(qex::${pName} ALIAS ${lTarget})
+
+    set(QEX_${pName}_KIND ${lKind} PARENT_SCOPE)
+    set_property(GLOBAL APPEND PROPERTY QEX_LAYERS ${pName})
+    set_property(GLOBAL APPEND PROPERTY QEX_FOLDERS ${lArg_FOLDER})
+endfunction()

@@ -1,0 +1,36 @@
+#ifndef TESTS_SUPPORT_RUNPROGRAM_H
+#define TESTS_SUPPORT_RUNPROGRAM_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// \file
+/// Running another program, the command line first of all, and looking at all that comes out of it.
+
+namespace qextest
+{
+
+/// What a program did.
+struct KRunResult
+{
+    int         mExit = -1;  ///< Exit status; -1 when it never ran or a signal ended it.
+    int         mSignal = 0; ///< The signal that ended it, 0 for none.
+    std::string mOut;        ///< All of its standard output.
+    std::string mErr;        ///< All of its standard error.
+};
+
+/// How to run a program.
+struct KRunOptions
+{
+    std::string                        mInput;       ///< Its standard input.
+    std::string                        mFolder;      ///< The folder to run it in; empty: this one's.
+    std::map<std::string, std::string> mEnvironment; ///< Variables to set on top of this program's own.
+};
+
+/// Runs \p pArguments[0] with the other arguments, without a shell, and waits for its end.
+KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOptions& pOptions = {});
+
+} // namespace qextest
+
+#endif
