@@ -1,0 +1,204 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFNODE_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXASFNODE_H
+
+#include <kbaselib/kbase/karray.h>
+#include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/kmemory.h>
+#include <kbaselib/kmath/kgeom.h>
+#include <qexscene/kqexscene.h>
+
+namespace qexsdk
+{
+
+class KQexAsfNode;
+
+/// Handle of a bone: a plain pointer.
+using HKQexAsfNode = KQexAsfNode*;
+
+/// One bone of an Acclaim skeleton: what its record in the file says (name, degrees of freedom, limits, axis, direction,
+/// length), the frames computed from that, and the host animation objects that carry its motion.
+///
+/// Degrees of freedom (DOFs) are integer codes: 0 tx, 1 ty, 2 tz, 3 rz, 4 ry, 5 rx. Rotation code c turns about axis 5 - c
+/// (x = 0, y = 1, z = 2). Angles are degrees. Matrices and vectors of the bone's own frame are global, in the rest pose;
+/// lengths are those of the scene that the bone belongs to (centimetres after reading a file).
+///
+/// A bone owns its children and the curves it samples, and destroys both. It is made by QexSdkNew<KQexAsfNode>() and
+/// released by QexSdkDelete, and is used by one thread at a time. No operation's stack use grows with the depth of the tree.
+///
+/// The two frame flags, the same in every operation that takes them:
+/// - \c pSetRotatePivotOffet: the bone's offset from its parent is carried by the host node's rotation offset, not by its
+///   local translation;
+/// - \c pSetPreRotation: the bone's axis frame is carried by the host node's pre-rotation, not folded into its rotation.
+class QEX_API KQexAsfNode
+{
+public:
+    /// Sets the defaults written beside the fields. mOrderBuf and mLimitsBuf are left uninitialised.
+    KQexAsfNode();
+
+    /// Destroys the curves still owned (translation x, rotation x, translation y and so on), then the children in index order,
+    /// each with its own curves and children. Host nodes and curve nodes are left to their scene.
+    ~KQexAsfNode();
+
+    KQexAsfNode(const KQexAsfNode&) = delete;
+    KQexAsfNode& operator=(const KQexAsfNode&) = delete;
+
+    /// \name Tree
+    ///@{
+
+    /// The child at index \p pIndex, or null when there are not so many. A negative index is not checked for.
+    HKQexAsfNode GetChild(int pIndex);
+
+    /// The first bone named exactly \p pName (case counts) in this subtree, itself first, in pre-order; null when there is none.
+    HKQexAsfNode Find(const char* pName);
+
+    /// Appends \p pChild and takes it over: sets its mParent to this bone. Neither looks for a duplicate nor detaches the child
+    /// from an earlier parent. False, with the tree and the child unchanged, when memory runs out.
+    bool AddChild(HKQexAsfNode pChild);
+
+    /// Takes the first entry equal to \p pChild out of the children and hands it to the caller. Its mParent becomes null even
+    /// when it is no child of this bone.
+    void RemoveChild(HKQexAsfNode pChild);
+
+    ///@}
+    /// \name Fields by operation
+    ///@{
+
+    /// Sets the scene in which curves will be made. Not owned.
+    void SetScene(KQexScene* pScene);
+
+    /// Whether the bone's limits count as absent: the writer then prints every bound as -inf or inf.
+    bool GetInvalidLimits();
+    /// Sets what GetInvalidLimits() tells.
+    void SetInvalidLimits(bool pInvalid);
+
+    /// Rotation offset of the host node, as cached by GetCurveNodePointers().
+    KQexVector4& GetTOffset();
+    /// Pre-rotation of the host node (XYZ angles), as cached by GetCurveNodePointers().
+    KQexVector4& GetPreRotation();
+    /// Post-rotation of the host node (XYZ angles), as cached by GetCurveNodePointers().
+    KQexVector4& GetPostRotation();
+
+    ///@}
+    /// \name Frames and clean-up
+    ///@{
+
+    /// Computes the frames of this bone and of all below it: mPositionV, the parent's fields, and the local translation mLT
+    /// and rotation mLR that the host node carries. Called on the root, with mDirectionV, mLength, mAxisRM, mAxisRMInv and the
+    /// DOF list of every bone set, and with the root's position in its mPositionV.
+    ///
+    /// A flag that is true leaves its quantity (mLT, mLR) as it was; with both true both are zeroed, and the parent's axis
+    /// fields are left as they were.
+    void SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Removes every bone below this one that has no DOF at all. Its children go to the end of its parent's children, last
+    /// one first, with the removed bone's offset added to theirs and its parent's axis as their parent axis; mLT and mLR follow
+    /// unless their flag is true. Children are cleaned before they are judged, so runs of such bones go as a whole.
+    /// A bone whose children cannot be taken over for want of memory stays. Linear in the number of bones.
+    void RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Removes every bone below this one that has no children, a length of exactly 0 and neither animated translation nor
+    /// animated rotation. A bone that loses its last child here is not judged again. Linear in the number of bones.
+    void RemoveEndSite();
+
+    ///@}
+    /// \name Import: bones to host nodes
+    ///@{
+
+    /// Gives \p pQexNode the bone's rotation order, switches its rotation on, and sets its rotation offset and pre-rotation when
+    /// the flags ask for them. At a root with \p pSetRotatePivotOffet, mParentPositionV becomes the bone's own mPositionV.
+    void SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Copies the bone's active limits to \p pQexNode, values as stored: translation limits only with \p pSetRotatePivotOffet,
+    /// rotation limits only with \p pSetPreRotation, because only then do the node's values mean what the file's limits mean.
+    void SetLimits(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Makes a host skeleton node for this bone and for every bone below it, hands over sampled curves under \p pTakeName, and
+    /// gives a leaf of positive length an end node (its name followed by "_End"). Nothing is attached above.
+    /// \return the new node, owned by \p pScene; null, with the nodes made so far destroyed, when memory runs out.
+    KQexNode* ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Binds this subtree to the children of \p pParent: a child node with a bone's name and a skeleton attribute only takes the
+    /// bone's default values and curves, and its bone's children are bound below it; any other bone is built with ASFToQEX() and
+    /// added to the node that its parent bone was bound to.
+    void MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
+                       bool pSetPreRotation);
+
+    ///@}
+    /// \name Motion into curves
+    /// CreateDataFromDOF() and StartSamplingData() on the root, AddSampleFromDOF() on every bone for every frame,
+    /// StopSamplingData() on the root, then the import hands the curves over.
+    ///@{
+
+    /// Makes empty curves in \p pScene for this bone and all below it: three for translation when the bone has a translation
+    /// DOF, three for rotation when it has a rotation DOF, named after the bone with _tx … _rz. Curves that a bone still owns
+    /// are destroyed first. A curve that cannot be made for want of memory stays null and takes no keys.
+    void CreateDataFromDOF(KQexScene* pScene);
+
+    /// Opens a sampling pass. There is nothing to prepare; it stands for the callers' symmetry.
+    void StartSamplingData();
+
+    /// Turns one frame of this bone's motion into keys at \p pTime; no other bone is touched.
+    /// \param pDOF mOrderCount values, in the order of mOrderBuf
+    /// \param pLengthUnit factor of every translation value
+    /// \param pAngleUnit factor of every rotation value, to degrees
+    /// The flags must be those that the frames were computed with and that the import will be given.
+    void AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
+                          bool pSetPreRotation);
+
+    /// Ends the sampling pass for this bone and all below it: destroys the three curves of a group whose first curve has fewer
+    /// than two keys, and applies the library's rotation filter and key reducer to the others.
+    void StopSamplingData();
+
+    /// Writes mLT and mLR to the node's local translation and rotation, and connects the sampled curves to them for the take
+    /// \p pTakeName. A curve is handed over once; where the take has no curve node, an assertion is reported and the bone
+    /// keeps its curves.
+    void SetKFCurves(KQexNode* pQexNode, const char* pTakeName);
+
+    /// Caches offset, pre- and post-rotation of \p pQexNode, and the curve nodes of its local translation, rotation and scaling
+    /// on the first layer of the current animation stack (null where there is none). Does nothing for a null node.
+    void GetCurveNodePointers(KQexNode* pQexNode);
+
+    ///@}
+
+    char mName[256];                           ///< Name, NUL-terminated. Empty by default.
+    int mOrderCount;                           ///< Number of valid entries in mOrderBuf, 0 to 6.
+    int mOrderBuf[6];                          ///< DOF codes in the order of the file. Not initialised.
+    double mLimitsBuf[6][2];                   ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
+    bool mLimitsActive[6][2];                  ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
+    int mOrientationOrder;                     ///< Rotation order code of the bone's axis line.
+    KgeRVector mOrientationV;                  ///< Axis angles in degrees.
+    KgeTVector mPositionV;                     ///< End of the bone relative to its start, global axes; at the root its position.
+    KgeTVector mDirectionV;                    ///< Direction, global axes.
+    double mLength;                            ///< Length.
+    HKQexAsfNode mParent;                      ///< Parent bone, not owned; null at the root.
+    KArrayTemplate<KQexAsfNode*> mChildBuf;    ///< Children in file order, owned.
+    KgeRMatrix mAxisRM;                        ///< Rotation of the bone's axis frame, global.
+    KgeRMatrix mAxisRMInv;                     ///< Inverse of mAxisRM.
+    KgeRMatrix mParentAxisRM;                  ///< The parent's mAxisRM, as SetupPosition() copied it.
+    KgeRMatrix mParentAxisRMInv;               ///< The parent's mAxisRMInv, as SetupPosition() copied it.
+    KgeTVector mParentPositionV;               ///< The parent's mPositionV: start of this bone relative to the parent's start.
+    KgeTVector mLT;                            ///< Local translation of the bone's host node.
+    KgeRVector mLR;                            ///< Local rotation of the bone's host node: angles about x, y, z in degrees.
+    KQexAnimCurveNode* mLTNode;                ///< Host translation curve node, not owned.
+    KQexAnimCurveNode* mLRNode;                ///< Host rotation curve node, not owned.
+    KQexAnimCurveNode* mLSNode;                ///< Host scaling curve node, not owned.
+    KQexVector4 mTOffset;                      ///< Rotation offset of the host node (export).
+    KQexVector4 mPreRotation;                  ///< Pre-rotation of the host node (export).
+    KQexVector4 mPostRotation;                 ///< Post-rotation of the host node (export).
+    KQexAnimCurve* mLTData[3];                 ///< Translation curves x, y, z being sampled, owned; null when absent.
+    KQexAnimCurve* mLRData[3];                 ///< Rotation curves x, y, z being sampled, owned; null when absent.
+    bool mInvalidateRLimits;                   ///< Limits count as absent. False.
+    KQexScene* mScene;                         ///< Scene in which curves are made, not owned.
+
+private:
+    friend class KQexAsfWalk;
+
+    // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
+    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
+    HKQexAsfNode mWalkParent;
+    int mWalkIndex;
+};
+
+} // namespace qexsdk
+
+#endif
