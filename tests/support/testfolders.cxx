@@ -62,7 +62,7 @@ KTempDir::KTempDir()
 {
     // Several test programs run at once: the process and a count make the name unique.
     static std::atomic<int> sCount{0};
-    std::string lName = "qex-test-" + std::to_string(getpid()) + "-" + std::to_string(sCount++);
+    std::string             lName = "qex-test-" + std::to_string(getpid()) + "-" + std::to_string(sCount++);
     mPath = fs::temp_directory_path() / lName;
     fs::remove_all(mPath);
     fs::create_directories(mPath);
