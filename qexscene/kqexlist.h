@@ -1,0 +1,59 @@
+#ifndef QEXSCENE_KQEXLIST_H
+#define QEXSCENE_KQEXLIST_H
+
+namespace qexsdk
+{
+
+/// The place of one object in a KQexList: a member of the object, so that joining and leaving a list never allocates.
+template <typename T>
+struct KQexListHook
+{
+    T* mPrev = nullptr;
+    T* mNext = nullptr;
+};
+
+/// A doubly linked list through a hook inside its items, in the order in which they were appended. Owns nothing.
+/// Appending and removing are O(1) and cannot fail. An item is in at most one list by the same hook; that is the caller's
+/// care.
+template <typename T, KQexListHook<T> T::*tHook>
+class KQexList
+{
+public:
+    KQexList() = default;
+    KQexList(const KQexList&) = delete;
+    KQexList& operator=(const KQexList&) = delete;
+
+    T*        GetFirst() const noexcept { return mFirst; }
+    T*        GetLast() const noexcept { return mLast; }
+    int       GetCount() const noexcept { return mCount; }
+    static T* GetNext(const T* pItem) noexcept { return (pItem->*tHook).mNext; }
+    static T* GetPrev(const T* pItem) noexcept { return (pItem->*tHook).mPrev; }
+
+    void Append(T* pItem) noexcept
+    {
+        (pItem->*tHook).mPrev = mLast;
+        (pItem->*tHook).mNext = nullptr;
+        (mLast != nullptr ? (mLast->*tHook).mNext : mFirst) = pItem;
+        mLast = pItem;
+        ++mCount;
+    }
+
+    void Remove(T* pItem) noexcept
+    {
+        KQexListHook<T>& lHook = pItem->*tHook;
+        (lHook.mPrev != nullptr ? (lHook.mPrev->*tHook).mNext : mFirst) = lHook.mNext;
+        (lHook.mNext != nullptr ? (lHook.mNext->*tHook).mPrev : mLast) = lHook.mPrev;
+        lHook.mPrev = nullptr;
+        lHook.mNext = nullptr;
+        --mCount;
+    }
+
+private:
+    T*  mFirst = nullptr;
+    T*  mLast = nullptr;
+    int mCount = 0;
+};
+
+} // namespace qexsdk
+
+#endif
