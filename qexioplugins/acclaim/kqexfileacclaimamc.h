@@ -1,0 +1,167 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMAMC_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMAMC_H
+
+#include <qexioplugins/acclaim/kqexasfscene.h>
+#include <qexioplugins/motion/kqextextfile.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// \file
+/// Acclaim motion files (AMC): for every frame its number on a line, then a line a bone with the values of its degrees of
+/// freedom. What the values mean (which DOFs, in which order, in which units) is told by the skeleton file alone.
+
+namespace qexsdk
+{
+
+/// The unit of a motion's angles.
+enum KQexAmcAngle
+{
+    eAMC_ANGLE_SKELETON, ///< Not told: the skeleton's own angle unit.
+    eAMC_ANGLE_DEGREES,  ///< :DEGREES
+    eAMC_ANGLE_RADIANS   ///< :RADIANS
+};
+
+/// What stands above the first frame of a motion file.
+struct QEX_API KQexAmcHeader
+{
+    std::string mAsfFile;                       ///< Skeleton file as :ASF-FILE, else #!OML:ASF names it; often a path of another machine. Empty when not told.
+    std::string mAsfPath;                       ///< Folder of the skeleton as :ASF-PATH tells it. Empty when not told.
+    double mSamplesPerSecond = 0.0;             ///< :SAMPLES-PER-SECOND; 0 when not told or not usable.
+    KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON;  ///< Unit of the angles.
+    bool mHasFrameRange = false;                ///< Whether :FRAME-RANGE was told.
+    long long mFrameRange[2] = {0, 0};          ///< First and last frame number of :FRAME-RANGE. Told by the file, not checked against it.
+};
+
+/// A word `l` on a skeleton's dof line. A bone of the model keeps no DOF for it, but its value stands in every line of motion.
+struct QEX_API KQexAsfLengthDof
+{
+    std::string mBone; ///< Name of the bone.
+    int mPlace = 0;    ///< Place of the word on the dof line, counted from 0 over all its DOF words.
+};
+
+/// What a reader of motion must know of a skeleton's file beyond the model: the model keeps neither.
+struct QEX_API KQexAmcSkeletonNotes
+{
+    std::vector<KQexAsfLengthDof> mLengthDofs; ///< All `l` words, for each bone in the order of its dof line.
+    std::vector<std::string> mRemovedBones;    ///< Bones of the file that the clean-up took away: their lines are passed over without a warning.
+};
+
+/// Progress of long work, from 0 to 1. Returns false to cancel it.
+using KQexProgress = std::function<bool(double pFraction)>;
+
+/// How a motion is read.
+struct QEX_API KQexAmcReadOptions
+{
+    double mSamplesPerSecond = 0.0;         ///< Frames a second; 0: the file's :SAMPLES-PER-SECOND, else 120.
+    bool mSetRotatePivotOffet = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool mSetPreRotation = false;           ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool mKeepGoodFrames = false;           ///< After an error, keep the complete frames before it, when there are any.
+    KQexAmcSkeletonNotes mSkeletonNotes;    ///< What the skeleton's file said beyond the model.
+    KQexProgress mProgress;                 ///< Called now and then while reading. Empty: never.
+};
+
+/// Where a motion's rate comes from.
+enum KQexAmcRateSource
+{
+    eAMC_RATE_CALLER, ///< The caller's options.
+    eAMC_RATE_FILE,   ///< The file.
+    eAMC_RATE_DEFAULT ///< Neither said: 120.
+};
+
+/// What was read.
+struct QEX_API KQexAmcInfo
+{
+    long long mFrameCount = 0;          ///< Distinct frame numbers read.
+    long long mFirstFrame = 0;          ///< Number of the first frame in the file: the one at time 0.
+    long long mLowestFrame = 0;         ///< Lowest frame number.
+    long long mHighestFrame = 0;        ///< Highest frame number.
+    double mSamplesPerSecond = 0.0;     ///< Rate that the times were computed with.
+    KQexAmcRateSource mRateSource = eAMC_RATE_DEFAULT; ///< Where that rate comes from.
+    KTime mStart;                       ///< Time of the lowest frame.
+    KTime mStop;                        ///< Time of the last key: that of the highest frame, one frame later when there is a single one.
+    bool mCancelled = false;            ///< The progress call asked to stop.
+};
+
+/// One bone as the motion sees it.
+struct QEX_API KQexAmcBone
+{
+    HKQexAsfNode mNode = nullptr;         ///< The bone, not owned.
+    double mValues[6] = {0, 0, 0, 0, 0, 0}; ///< Values read last, in the order of the bone's mOrderBuf, in the file's units. 0 before the first.
+    long long mFrame = -1;                ///< Index (not number) of the frame, counted from 0 in the order of the file, that gave them; -1 for none.
+    std::vector<int> mLengthPlaces;       ///< Places of `l` among the values of a line, ascending.
+};
+
+/// One complete frame.
+struct QEX_API KQexAmcFrame
+{
+    long long mIndex = 0;                   ///< Counted from 0 in the order of the file.
+    long long mNumber = 0;                  ///< Frame number.
+    KTime mTime;                            ///< Time of that number; the first frame of the file is at 0.
+    bool mLate = false;                     ///< Its number is not above all numbers before it in the file.
+    const std::vector<KQexAmcBone>* mBones = nullptr;  ///< All bones that have a DOF, in pre-order.
+    const std::vector<int>* mPresent = nullptr;        ///< Indices into mBones of the bones that this frame gives, in the order of the file, each once.
+};
+
+/// Takes a motion frame by frame.
+class QEX_API KQexAmcVisitor
+{
+public:
+    virtual ~KQexAmcVisitor();
+
+    /// A complete frame was read. The frame and what it points to are valid during the call. False stops the read, which fails.
+    virtual bool Frame(const KQexAmcFrame& pFrame) = 0;
+};
+
+/// Reads AMC files onto the bones of a skeleton. Used by one thread at a time; a read touches neither the bones' frames nor any
+/// keyword table, so that several files may be read at the same time onto different skeletons.
+///
+/// A file is opened with the operations of the base class, then read once. Messages are kept by the base class.
+class QEX_API KQexFileAcclaimAmc : public KQexTextFile
+{
+public:
+    /// \param pVerb print every message to standard error as well
+    explicit KQexFileAcclaimAmc(bool pVerb);
+
+    /// Closes the file.
+    virtual ~KQexFileAcclaimAmc();
+
+    /// Samples the open file into curves of the skeleton's bones: from CreateDataFromDOF() to StopSamplingData() on its root.
+    /// Key times are those of the frame numbers, the first frame of the file at time 0. A bone holds its last value through
+    /// frames that lack it. A motion of a single frame is sampled twice, one frame apart, so that its pose is kept.
+    ///
+    /// \param pAsfScene skeleton with computed frames; its bones own the curves afterwards
+    /// \param pScene host scene in which the curves are made
+    /// \return true when the motion was read; false after an error (see GetMessages()), when the progress call cancelled, or
+    ///   when there is no frame to keep. The bones then own no curves, and \p pScene is as it was.
+    bool Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const KQexAmcReadOptions& pOptions);
+
+    /// Reads the open file frame by frame without a host scene; nothing of the skeleton changes. Otherwise as Read().
+    bool ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor);
+
+    /// Count, numbers and rate of the last read.
+    const KQexAmcInfo& GetInfo() const { return mInfo; }
+
+    /// What stood above the first frame of the last read.
+    const KQexAmcHeader& GetHeader() const { return mHeader; }
+
+    /// Reads what stands above the first frame of a file, and no further than needed.
+    /// \return false, with \p pReason saying why, when the file cannot be opened or read
+    static bool PeekHeader(const char* pPath, KQexAmcHeader& pHeader, std::string& pReason);
+
+    /// The same for a file in memory.
+    static void PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader);
+
+    static const char smType[]; ///< "AMC"
+    static const char smDel[];  ///< Delimiters of tokens.
+    static const char smCom[];  ///< Comment character.
+
+private:
+    KQexAmcInfo mInfo;
+    KQexAmcHeader mHeader;
+};
+
+} // namespace qexsdk
+
+#endif
