@@ -6,6 +6,11 @@
 namespace qexsdk
 {
 
+class KQexAsfScene;
+
+/// Handle of a skeleton: a plain pointer.
+using HKQexAsfScene = KQexAsfScene*;
+
 /// One Acclaim skeleton: its name, its units and its tree of bones, and the conversions to and from host nodes.
 ///
 /// Made by QexSdkNew<KQexAsfScene>(), released by Destroy() or QexSdkDelete. Owns the root bone and, through it, the whole

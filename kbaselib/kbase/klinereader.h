@@ -1,0 +1,108 @@
+#ifndef KBASELIB_KBASE_KLINEREADER_H
+#define KBASELIB_KBASE_KLINEREADER_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace qexsdk
+{
+
+/// Lines of text out of a file, standard input or memory, one at a time through one buffer whose size does not depend
+/// on the input's. Lines end at LF, CR LF or a lone CR. A UTF-8 byte-order mark is skipped.
+class QEX_API KLineReader
+{
+public:
+    /// The longest line, line end not counted.
+    static constexpr size_t kMaxLine = 1048576;
+
+    /// Why there is no line.
+    enum EStatus
+    {
+        eOK,       ///< A line is current, or nothing was read yet.
+        eEND,      ///< The input has no further line.
+        eSYSTEM,   ///< The system refused; GetReason() says why.
+        eTOO_LONG, ///< The next line, GetLineNumber(), is longer than kMaxLine.
+        eUTF16,    ///< The input begins with a UTF-16 byte-order mark.
+        eMEMORY    ///< No memory for the buffer.
+    };
+
+    KLineReader() = default;
+    ~KLineReader();
+
+    KLineReader(const KLineReader&) = delete;
+    KLineReader& operator=(const KLineReader&) = delete;
+
+    /// Opens a file, FIFO or device, or standard input for "-". False, with GetReason(), for a missing or unreadable file
+    /// and for a directory.
+    bool OpenPath(const char* pPath);
+
+    /// Reads \p pSize bytes at \p pData, which stay the caller's, are not changed and have to outlive the reading.
+    bool OpenBuffer(const char* pData, size_t pSize);
+
+    /// Closes; the status and the line number stay to be asked for. The current line is gone.
+    void Close();
+
+    /// Back to before the first line. False, and nothing changed, when the input is a pipe of which something was read;
+    /// false with eSYSTEM when the system refuses, or when nothing is open.
+    bool Rewind();
+
+    /// Loads the next line. False when there is none, GetStatus() tells why; asked again, it stays false.
+    bool NextLine();
+
+    /// The current line without its end, followed by a NUL. It may be written to until the next call of NextLine().
+    char* GetLine() const { return mLine; }
+
+    /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
+    size_t GetLength() const { return mLength; }
+
+    /// Number of the line loaded last, from 1; 0 before the first. A line that was too long counts.
+    int64_t GetLineNumber() const { return mLineNumber; }
+
+    EStatus GetStatus() const { return mStatus; }
+
+    /// True when reading stopped for another reason than the end of the input.
+    bool HasFailed() const { return mStatus > eEND; }
+
+    /// True between a successful open and Close().
+    bool IsOpen() const { return mFile >= 0 || mMemory != nullptr; }
+
+    /// The errno of an eSYSTEM failure, 0 without one.
+    int GetError() const { return mError; }
+
+    /// The system's text for GetError(), "" without a failure.
+    std::string GetReason() const;
+
+private:
+    bool Fail(EStatus pStatus, int pError);
+    bool Begin();
+    bool Refill();
+    bool MakeRoom();
+    ptrdiff_t ReadSome(char* pTo, size_t pSize);
+    char* FindEnd(char* pFrom);
+
+    int mFile = -1;
+    bool mOwnsFile = false;
+    const char* mMemory = nullptr;
+    size_t mMemorySize = 0;
+    size_t mMemoryPlace = 0;
+    bool mStarted = false;    ///< Something was read since opening or rewinding.
+    bool mAtEnd = false;      ///< The input gave its last byte.
+    bool mSkipFeed = false;   ///< The last line ended at a CR: an LF that follows belongs to it.
+    char* mBuffer = nullptr;
+    size_t mCapacity = 0;     ///< Bytes of mBuffer, one for a NUL not counted.
+    char* mBegin = nullptr;   ///< First byte not yet handed out.
+    char* mFill = nullptr;    ///< End of the bytes read.
+    char* mNextReturn = nullptr; ///< First CR at or behind mBegin, or mFill; null when not known.
+    char* mLine = nullptr;
+    size_t mLength = 0;
+    int64_t mLineNumber = 0;
+    EStatus mStatus = eOK;
+    int mError = 0;
+};
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,94 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMASF_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMASF_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+#include <qexioplugins/acclaim/kqexasfnode.h>
+#include <qexioplugins/acclaim/kqexasfscene.h>
+#include <qexioplugins/motion/kqextextfile.h>
+#include <qexscene/kqexscene.h>
+
+namespace qexsdk
+{
+
+class KQexAsfNameIndex;
+
+/// An Acclaim skeleton file (ASF), version 1.10: reads it into a KQexAsfScene, writes it from one. Open it with the
+/// operations of KQexTextFile, then call Read() or Write().
+///
+/// The keyword tables are shared by all objects and their counts are written while reading: in one process only one
+/// Read() runs at a time, nothing is locked here.
+class QEX_API KQexFileAcclaimAsf : public KQexTextFile
+{
+public:
+    /// With \p pVerb messages also go to standard error.
+    explicit KQexFileAcclaimAsf(bool pVerb);
+
+    /// Closes: a file being written, all of whose prints succeeded, is completed.
+    ~KQexFileAcclaimAsf() override;
+
+    /// Reads the whole file into \p pQexAsfScene, then computes the frames of the bones (SetupPosition with
+    /// \p pSetRotatePivotOffet and \p pSetPreRotation) and with \p pRemoveDummyNodes folds dummy bones (RemoveDummy with
+    /// the same two). False when the file cannot be read as a skeleton; the scene then keeps what was read so far. A root
+    /// that the scene had before is released with its bones when the file has a root of its own, and stays otherwise.
+    bool Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes, bool pSetRotatePivotOffet, bool pSetPreRotation);
+
+    /// Writes \p pQexAsfScene, which has a root. Values are written as the model holds them, except for the mass unit,
+    /// the angle unit, the axis words and the root's place, which are always those of a default skeleton. Whether
+    /// everything was written is what Close() answers.
+    void Write(HKQexAsfScene pQexAsfScene);
+
+    /// \name Sections of the reader
+    /// Each is entered with the section's keyword consumed and mQexAsfScene set, and leaves the next section's keyword
+    /// line current when it returns true. False ends the whole reading.
+    ///@{
+    bool ReadVersion();
+    bool ReadName();
+    bool ReadUnits();
+    bool ReadDocumentation();
+    bool ReadRoot();
+    bool ReadBoneData();
+    bool ReadBone(); ///< One bone group, entered with "begin" consumed; the new bone becomes a child of the root.
+    bool ReadHierarchy();
+    bool ReadSkin();
+    ///@}
+
+    /// \name Sections of the writer
+    /// mQexAsfScene is set.
+    ///@{
+    void WriteRoot();
+    void WriteBoneData();
+    void WriteBone(HKQexAsfNode pNode, int& pIndex); ///< The bone with its id \p pIndex, then its bones; counts the id on.
+    void WriteHierarchy();
+    void WriteHierarchyRecursive(HKQexAsfNode pNode);
+    void WriteFamily(HKQexAsfNode pParent);
+    ///@}
+
+    /// Keyword tables; an entry's place is its meaning.
+    static KToken smMain[10];
+    static KToken smUnits[4];
+    static KToken smRoot[5];
+    static KToken smGroup[3];
+    static KToken smBoneData[10];
+    static KToken smAngle[3];
+    static KToken smAxis[7];
+    static KToken smOrder[7]; ///< The place is the DOF code.
+    static KToken smDof[8];   ///< As smOrder, and "l".
+
+    static const char smType[4];
+    static const char smDel[9];
+    static const char smCom[2];
+
+    /// The scene being read or written; null outside Read() and Write().
+    HKQexAsfScene mQexAsfScene;
+
+private:
+    void WriteHeader();
+    void WriteOneBone(HKQexAsfNode pNode, int pIndex);
+    void WriteLimits(HKQexAsfNode pNode);
+
+    KQexAsfNameIndex* mNameIndex; ///< The bones of the current Read() by name; null outside.
+};
+
+} // namespace qexsdk
+
+#endif
