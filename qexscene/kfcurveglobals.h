@@ -1,0 +1,24 @@
+#ifndef QEXSCENE_KFCURVEGLOBALS_H
+#define QEXSCENE_KFCURVEGLOBALS_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+
+namespace qexsdk
+{
+
+/// \file
+/// Settings of the process for whoever samples motion into curves: what to do with finished curves. Each call is atomic, so
+/// threads may read and write them; a whole import that needs them steady holds its own lock.
+
+/// The filter for the three curves of a rotation: 1 KQexAnimCurveFilterGimbleKiller, 2 KQexAnimCurveFilterUnroll, any other
+/// number none. From the start 0: rotations stay as sampled.
+QEX_API int  KFCURVE_GetRotationFilterToApply();
+QEX_API void KFCURVE_SetRotationFilterToApply(int pFilter);
+
+/// Whether finished curves go through KQexAnimCurveFilterConstantKeyReducer. From the start off.
+QEX_API bool KFCURVE_GetUseConstantKeyReducer();
+QEX_API void KFCURVE_SetUseConstantKeyReducer(bool pUse);
+
+} // namespace qexsdk
+
+#endif

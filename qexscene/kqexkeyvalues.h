@@ -1,0 +1,46 @@
+#ifndef QEXSCENE_KQEXKEYVALUES_H
+#define QEXSCENE_KQEXKEYVALUES_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+#include <qexscene/kqexkeyblock.h>
+
+#include <cstddef>
+
+namespace qexsdk
+{
+
+/// Values of keys in the order of their times. As long as all of them are the same, bit by bit, the value is kept once:
+/// sampled motion has curves for axes that a joint does not turn about.
+///
+/// Indices are trusted. Operations that can fail for want of memory change nothing then.
+class QEX_API KQexKeyValues
+{
+public:
+    int   GetCount() const { return mCount; }
+    bool  IsConstant() const { return mIsConstant; } ///< Whether the value is kept once; true without keys.
+    float Get(int pIndex) const { return mIsConstant ? mConstant : mList[pIndex]; }
+    bool  Set(int pIndex, float pValue);
+
+    /// Sees to it that inserting \p pValue cannot fail.
+    bool MakeRoom(float pValue);
+    /// Puts the value before the value \p pIndex (at the end when it is the count), after MakeRoom for it.
+    void InsertInRoom(int pIndex, float pValue);
+
+    void        Clear();
+    void        Compact();
+    void        Swap(KQexKeyValues& pOther) noexcept;
+    std::size_t GetMemoryUse() const { return mList.GetMemoryUse(); }
+
+private:
+    bool FitsConstant(float pValue) const;
+    bool TurnIntoList();
+
+    KQexKeyBlock<float> mList; ///< Empty while mIsConstant.
+    float               mConstant = 0.0F;
+    int                 mCount = 0;
+    bool                mIsConstant = true;
+};
+
+} // namespace qexsdk
+
+#endif
