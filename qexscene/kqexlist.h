@@ -8,8 +8,9 @@ namespace qexsdk
 template <typename T>
 struct KQexListHook
 {
-    T* mPrev = nullptr;
-    T* mNext = nullptr;
+    T*  mPrev = nullptr;
+    T*  mNext = nullptr;
+    int mIndex = 0; ///< Place in a KQexIndexedList while its index is valid; a plain KQexList leaves it alone.
 };
 
 /// A doubly linked list through a hook inside its items, in the order in which they were appended. Owns nothing.

@@ -1,0 +1,28 @@
+#ifndef QEXSCENE_KQEXANIMLAYER_H
+#define QEXSCENE_KQEXANIMLAYER_H
+
+#include <qexscene/kqexcollection.h>
+
+namespace qexsdk
+{
+
+/// One layer of a take: its members are the curve nodes of the properties that are animated on it. Only a stack's first
+/// layer is evaluated.
+class QEX_API KQexAnimLayer : public KQexCollection
+{
+public:
+    static const kQexClassId smClassId;
+
+    /// Makes a layer without a stack, owned by the scene of \p pContainer; a stack takes it by AddMember. Null when
+    /// \p pContainer is null or memory runs out.
+    static KQexAnimLayer* Create(KQexObject* pContainer, const char* pName);
+
+    const kQexClassId& GetClassId() const noexcept override;
+
+protected:
+    KQexAnimLayer(KQexScene* pScene, const char* pName) : KQexCollection(pScene, pName) {}
+};
+
+} // namespace qexsdk
+
+#endif

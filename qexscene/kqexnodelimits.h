@@ -1,0 +1,38 @@
+#ifndef QEXSCENE_KQEXNODELIMITS_H
+#define QEXSCENE_KQEXNODELIMITS_H
+
+#include <qexscene/kqexlimits.h>
+
+namespace qexsdk
+{
+
+class KQexNode;
+
+/// The limits of a node's transform. They describe the joint; the evaluator does not clamp anything to them.
+class QEX_API KQexNodeLimits
+{
+public:
+    /// \param pNode the node whose limits these are.
+    explicit KQexNodeLimits(KQexNode* pNode) : mLimitedNode(pNode) {}
+    KQexNodeLimits(const KQexNodeLimits&) = delete;
+    KQexNodeLimits& operator=(const KQexNodeLimits&) = delete;
+
+    /// \name The switch of each group.
+    /// \{
+    void SetTranslationLimitActive(bool pActive) { mTranslationLimits.SetActive(pActive); }
+    bool GetTranslationLimitActive() const { return mTranslationLimits.GetActive(); }
+    void SetRotationLimitActive(bool pActive) { mRotationLimits.SetActive(pActive); }
+    bool GetRotationLimitActive() const { return mRotationLimits.GetActive(); }
+    void SetScalingLimitActive(bool pActive) { mScalingLimits.SetActive(pActive); }
+    bool GetScalingLimitActive() const { return mScalingLimits.GetActive(); }
+    /// \}
+
+    KQexLimits mTranslationLimits; ///< Centimetres, parent's space.
+    KQexLimits mRotationLimits;    ///< Degrees about the node's own axes, after its pre-rotation.
+    KQexLimits mScalingLimits;     ///< Factors.
+    KQexNode*  mLimitedNode;       ///< The node whose limits these are.
+};
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,71 @@
+#ifndef QEXSCENE_KQEXVECTOR4_H
+#define QEXSCENE_KQEXVECTOR4_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kmath/kgeom.h>
+#include <qexscene/kqexvectortemplate3.h>
+
+#include <cmath>
+
+namespace qexsdk
+{
+
+/// The scene's vector: a translation, a scaling or three Euler angles (degrees) in x, y, z, and a fourth number w that
+/// nothing uses. Default (0, 0, 0, 0). Every vector that the scene gives or keeps has w = 0, because comparison looks at
+/// all four.
+class QEX_API KQexVector4
+{
+public:
+    double mData[4] = {0.0, 0.0, 0.0, 0.0};
+
+    constexpr KQexVector4() = default;
+    constexpr KQexVector4(double pX, double pY, double pZ, double pW = 0.0) : mData{pX, pY, pZ, pW} {}
+
+    /// \name From three components; w becomes 0.
+    /// \{
+    constexpr KQexVector4(const qexVectorTemplate3<double>& pV) : mData{pV[0], pV[1], pV[2], 0.0} {}
+    KQexVector4(const KgeTVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
+    KQexVector4(const KgeRVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
+    /// \}
+
+    constexpr operator qexVectorTemplate3<double>() const { return {mData[0], mData[1], mData[2]}; }
+
+    /// Its four numbers. By this a vector is also assigned to, and makes, the math library's KgeTVector and KgeRVector.
+    constexpr operator const double*() const { return mData; }
+
+    /// Component \p pIndex, 0 to 3.
+    constexpr double&       operator[](int pIndex) { return mData[pIndex]; }
+    constexpr const double& operator[](int pIndex) const { return mData[pIndex]; }
+
+    /// Component by component, all four.
+    constexpr KQexVector4& operator*=(const KQexVector4& pOther)
+    {
+        for (int lI = 0; lI < 4; ++lI)
+        {
+            mData[lI] *= pOther.mData[lI];
+        }
+        return *this;
+    }
+    constexpr KQexVector4& operator+=(const KQexVector4& pOther)
+    {
+        for (int lI = 0; lI < 4; ++lI)
+        {
+            mData[lI] += pOther.mData[lI];
+        }
+        return *this;
+    }
+
+    /// Length of (x, y, z).
+    double Length() const { return std::sqrt(mData[0] * mData[0] + mData[1] * mData[1] + mData[2] * mData[2]); }
+
+    /// Exact comparison of all four components, without any tolerance.
+    constexpr bool operator==(const KQexVector4& pOther) const
+    {
+        return mData[0] == pOther.mData[0] && mData[1] == pOther.mData[1] && mData[2] == pOther.mData[2] && mData[3] == pOther.mData[3];
+    }
+    constexpr bool operator!=(const KQexVector4& pOther) const { return !(*this == pOther); }
+};
+
+} // namespace qexsdk
+
+#endif
