@@ -1,0 +1,14 @@
+#include <bench/benchsupport.h>
+
+int main(int pCount, char** pArguments)
+{
+    benchmark::Initialize(&pCount, pArguments);
+    if (benchmark::ReportUnrecognizedArguments(pCount, pArguments))
+    {
+        return 2;
+    }
+    RegisterBenches();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
