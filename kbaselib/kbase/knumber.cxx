@@ -1,0 +1,225 @@
+#include <kbaselib/kbase/knumber.h>
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+bool IsDigit(char pChar)
+{
+    return pChar >= '0' && pChar <= '9';
+}
+
+/// Whether \p pText is \p pLower when case is ignored.
+bool IsWord(std::string_view pText, std::string_view pLower)
+{
+    return std::equal(pText.begin(), pText.end(), pLower.begin(), pLower.end(),
+                      [](char pFirst, char pSecond)
+                      { return (pFirst >= 'A' && pFirst <= 'Z' ? pFirst + ('a' - 'A') : pFirst) == pSecond; });
+}
+
+/// Cuts the sign off; \p pNegative tells which it was.
+std::string_view WithoutSign(std::string_view pToken, bool& pNegative)
+{
+    pNegative = !pToken.empty() && pToken.front() == '-';
+    if (!pToken.empty() && (pToken.front() == '-' || pToken.front() == '+'))
+    {
+        pToken.remove_prefix(1);
+    }
+    return pToken;
+}
+
+/// Whether a valid unsigned decimal number is at least 1. The conversion reports too large and too small in the same way, and
+/// at that distance from 1 the place of the first digit that is not zero decides.
+bool IsLarge(std::string_view pNumber)
+{
+    constexpr long long kEnough = LLONG_MAX / 4;
+    const size_t        lExponent = pNumber.find_first_of("eE");
+    std::string_view    lMantissa = pNumber.substr(0, lExponent);
+    const size_t        lPoint = std::min(lMantissa.find('.'), lMantissa.size());
+    const size_t        lFirst = lMantissa.find_first_of("123456789");
+    long long           lMagnitude = 0;
+    if (lFirst == std::string_view::npos)
+    {
+        return false;
+    }
+    lMagnitude = static_cast<long long>(lPoint) - static_cast<long long>(lFirst) - (lFirst < lPoint ? 1 : 0);
+    if (lExponent != std::string_view::npos)
+    {
+        bool             lNegative = false;
+        std::string_view lDigits = WithoutSign(pNumber.substr(lExponent + 1), lNegative);
+        long long        lValue = 0;
+        for (char lDigit : lDigits)
+        {
+            lValue = std::min(kEnough, 10 * std::min(lValue, kEnough / 20) + (lDigit - '0'));
+        }
+        lMagnitude += lNegative ? -lValue : lValue;
+    }
+    return lMagnitude >= 0;
+}
+
+/// Reads one of the words for what is not finite.
+bool ParseWord(std::string_view pText, double& pValue)
+{
+    if (IsWord(pText, "inf") || IsWord(pText, "infinity"))
+    {
+        pValue = std::numeric_limits<double>::infinity();
+        return true;
+    }
+    if (IsWord(pText, "nan"))
+    {
+        pValue = std::numeric_limits<double>::quiet_NaN();
+        return true;
+    }
+    return false;
+}
+
+template <typename T>
+KNumberStatus ParseInteger(std::string_view pToken, T& pValue)
+{
+    bool                   lNegative = false;
+    const std::string_view lDigits = WithoutSign(pToken, lNegative);
+    if (lDigits.empty() || !std::all_of(lDigits.begin(), lDigits.end(), IsDigit))
+    {
+        return KNumberStatus::eINVALID;
+    }
+    const char* lBegin = lNegative ? lDigits.data() - 1 : lDigits.data();
+    T           lValue = 0;
+    const auto  lResult = std::from_chars(lBegin, lDigits.data() + lDigits.size(), lValue);
+    if (lResult.ec == std::errc::result_out_of_range)
+    {
+        pValue = lNegative ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
+        return KNumberStatus::eOVERFLOW;
+    }
+    pValue = lValue;
+    return KNumberStatus::eOK;
+}
+
+char* EndOf(const std::to_chars_result& pResult)
+{
+    return pResult.ec == std::errc() ? pResult.ptr : nullptr;
+}
+
+} // namespace
+
+KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNumberWords pWords)
+{
+    const char* lEnd = pToken.data() + pToken.size();
+    double      lValue = 0;
+    if (KNumberScan(pToken.data(), lEnd, lValue) == lEnd && !pToken.empty())
+    {
+        pValue = lValue;
+        return KNumberStatus::eOK;
+    }
+
+    bool                   lNegative = false;
+    const std::string_view lNumber = WithoutSign(pToken, lNegative);
+    if (lNumber.empty())
+    {
+        return KNumberStatus::eINVALID;
+    }
+    KNumberStatus lStatus = KNumberStatus::eOK;
+    if (IsDigit(lNumber.front()) || lNumber.front() == '.')
+    {
+        const auto lResult = std::from_chars(lNumber.data(), lEnd, lValue);
+        if (lResult.ec == std::errc::invalid_argument || lResult.ptr != lEnd)
+        {
+            return KNumberStatus::eINVALID;
+        }
+        if (lResult.ec == std::errc::result_out_of_range || std::isinf(lValue))
+        {
+            const bool lLarge = IsLarge(lNumber);
+            lValue = lLarge ? std::numeric_limits<double>::infinity() : 0.0;
+            lStatus = lLarge ? KNumberStatus::eOVERFLOW : KNumberStatus::eOK;
+        }
+    }
+    else if (pWords == KNumberWords::eFINITE || !ParseWord(lNumber, lValue))
+    {
+        return KNumberStatus::eINVALID;
+    }
+    pValue = lNegative ? -lValue : lValue;
+    return lStatus;
+}
+
+KNumberStatus KNumberParse(std::string_view pToken, int& pValue)
+{
+    return ParseInteger(pToken, pValue);
+}
+
+KNumberStatus KNumberParse(std::string_view pToken, long long& pValue)
+{
+    return ParseInteger(pToken, pValue);
+}
+
+char* KNumberPrintFixed(char* pBegin, char* pEnd, double pValue, int pDecimals)
+{
+    const int lDecimals = std::clamp(pDecimals, 0, kNumberMaxDecimals);
+    if (std::isnan(pValue))
+    {
+        pValue = std::numeric_limits<double>::quiet_NaN();
+    }
+    char* lEnd = EndOf(std::to_chars(pBegin, pEnd, pValue, std::chars_format::fixed, lDecimals));
+    if (lEnd == nullptr || !std::isfinite(pValue))
+    {
+        return lEnd;
+    }
+    if (lDecimals > 0)
+    {
+        while (lEnd[-1] == '0')
+        {
+            --lEnd;
+        }
+        lEnd -= lEnd[-1] == '.' ? 1 : 0;
+    }
+    if (lEnd - pBegin == 2 && pBegin[0] == '-' && pBegin[1] == '0')
+    {
+        pBegin[0] = '0';
+        --lEnd;
+    }
+    return lEnd;
+}
+
+char* KNumberPrintShortest(char* pBegin, char* pEnd, double pValue)
+{
+    return EndOf(std::to_chars(pBegin, pEnd, pValue));
+}
+
+char* KNumberPrint(char* pBegin, char* pEnd, double pValue, char pConversion, int pPrecision)
+{
+    const int lPrecision = pPrecision < 0 ? 6 : pPrecision;
+    switch (pConversion)
+    {
+    case 'f':
+        return EndOf(std::to_chars(pBegin, pEnd, pValue, std::chars_format::fixed, lPrecision));
+    case 'g':
+        return EndOf(std::to_chars(pBegin, pEnd, pValue, std::chars_format::general, lPrecision));
+    case 'e':
+        return EndOf(std::to_chars(pBegin, pEnd, pValue, std::chars_format::scientific, lPrecision));
+    default:
+        return nullptr;
+    }
+}
+
+void KNumberAppendFixed(std::string& pText, double pValue, int pDecimals)
+{
+    char  lBuffer[kNumberBufferSize];
+    char* lEnd = KNumberPrintFixed(lBuffer, lBuffer + sizeof(lBuffer), pValue, pDecimals);
+    pText.append(lBuffer, static_cast<size_t>(lEnd - lBuffer));
+}
+
+void KNumberAppendShortest(std::string& pText, double pValue)
+{
+    char  lBuffer[kNumberBufferSize];
+    char* lEnd = KNumberPrintShortest(lBuffer, lBuffer + sizeof(lBuffer), pValue);
+    pText.append(lBuffer, static_cast<size_t>(lEnd - lBuffer));
+}
+
+} // namespace qexsdk
