@@ -45,6 +45,9 @@ public:
     /// Closes; the status and the line number stay to be asked for. The current line is gone.
     void Close();
 
+    /// Closes, and forgets status and line number too.
+    void Reset();
+
     /// Back to before the first line. False, and nothing changed, when the input is a pipe of which something was read;
     /// false with eSYSTEM when the system refuses, or when nothing is open.
     bool Rewind();
@@ -76,31 +79,31 @@ public:
     std::string GetReason() const;
 
 private:
-    bool Fail(EStatus pStatus, int pError);
-    bool Begin();
-    bool Refill();
-    bool MakeRoom();
+    bool      Fail(EStatus pStatus, int pError);
+    bool      Begin();
+    bool      Refill();
+    bool      MakeRoom();
     ptrdiff_t ReadSome(char* pTo, size_t pSize);
-    char* FindEnd(char* pFrom);
+    char*     FindEnd(char* pFrom);
 
-    int mFile = -1;
-    bool mOwnsFile = false;
+    int         mFile = -1;
+    bool        mOwnsFile = false;
     const char* mMemory = nullptr;
-    size_t mMemorySize = 0;
-    size_t mMemoryPlace = 0;
-    bool mStarted = false;    ///< Something was read since opening or rewinding.
-    bool mAtEnd = false;      ///< The input gave its last byte.
-    bool mSkipFeed = false;   ///< The last line ended at a CR: an LF that follows belongs to it.
-    char* mBuffer = nullptr;
-    size_t mCapacity = 0;     ///< Bytes of mBuffer, one for a NUL not counted.
-    char* mBegin = nullptr;   ///< First byte not yet handed out.
-    char* mFill = nullptr;    ///< End of the bytes read.
-    char* mNextReturn = nullptr; ///< First CR at or behind mBegin, or mFill; null when not known.
-    char* mLine = nullptr;
-    size_t mLength = 0;
-    int64_t mLineNumber = 0;
-    EStatus mStatus = eOK;
-    int mError = 0;
+    size_t      mMemorySize = 0;
+    size_t      mMemoryPlace = 0;
+    bool        mStarted = false;  ///< Something was read since opening or rewinding.
+    bool        mAtEnd = false;    ///< The input gave its last byte.
+    bool        mSkipFeed = false; ///< The last line ended at a CR: an LF that follows belongs to it.
+    char*       mBuffer = nullptr;
+    size_t      mCapacity = 0;         ///< Bytes of mBuffer, one for a NUL not counted.
+    char*       mBegin = nullptr;      ///< First byte not yet handed out.
+    char*       mFill = nullptr;       ///< End of the bytes read.
+    char*       mNextReturn = nullptr; ///< First CR at or behind mBegin, or mFill; null when not known.
+    char*       mLine = nullptr;
+    size_t      mLength = 0;
+    int64_t     mLineNumber = 0;
+    EStatus     mStatus = eOK;
+    int         mError = 0;
 };
 
 } // namespace qexsdk

@@ -55,6 +55,9 @@ public:
     /// Prepare() and Commit(). Called again, it gives the first result again. True when never opened: nothing was lost.
     bool Close();
 
+    /// Marks the output as failed for a reason of the caller's (\p pError, an errno): what was written is not all there is.
+    void SetFailed(int pError);
+
     /// Gives the output up: the temporary file is removed, an existing target stays as it was. What went to a pipe or a
     /// device stays there. Close() is false afterwards, except after an earlier Close(), which nothing undoes.
     void Discard();
@@ -102,19 +105,19 @@ private:
     void DropTemporary();
     void Reset();
 
-    EState mState = eCLOSED;
-    bool mResult = true;
-    int mError = 0;
-    int mFile = -1;
-    bool mOwnsFile = false;
-    int mSlot = -1;              ///< Place in the list of pending temporary files, -1 when not in it.
-    uint64_t mSize = 0;
-    char* mBuffer = nullptr;     ///< Bytes not yet handed to the system.
-    size_t mFill = 0;
+    EState       mState = eCLOSED;
+    bool         mResult = true;
+    int          mError = 0;
+    int          mFile = -1;
+    bool         mOwnsFile = false;
+    int          mSlot = -1; ///< Place in the list of pending temporary files, -1 when not in it.
+    uint64_t     mSize = 0;
+    char*        mBuffer = nullptr; ///< Bytes not yet handed to the system.
+    size_t       mFill = 0;
     std::string* mOut = nullptr; ///< Target of OpenBuffer(), else null.
-    std::string mPath;
-    std::string mTarget;         ///< The file to replace, links followed; "" when written directly.
-    std::string mTemporary;      ///< "" when there is none.
+    std::string  mPath;
+    std::string  mTarget;    ///< The file to replace, links followed; "" when written directly.
+    std::string  mTemporary; ///< "" when there is none.
 };
 
 } // namespace qexsdk

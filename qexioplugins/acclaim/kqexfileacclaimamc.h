@@ -26,26 +26,27 @@ enum KQexAmcAngle
 /// What stands above the first frame of a motion file.
 struct QEX_API KQexAmcHeader
 {
-    std::string mAsfFile;                       ///< Skeleton file as :ASF-FILE, else #!OML:ASF names it; often a path of another machine. Empty when not told.
-    std::string mAsfPath;                       ///< Folder of the skeleton as :ASF-PATH tells it. Empty when not told.
-    double mSamplesPerSecond = 0.0;             ///< :SAMPLES-PER-SECOND; 0 when not told or not usable.
-    KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON;  ///< Unit of the angles.
-    bool mHasFrameRange = false;                ///< Whether :FRAME-RANGE was told.
-    long long mFrameRange[2] = {0, 0};          ///< First and last frame number of :FRAME-RANGE. Told by the file, not checked against it.
+    std::string  mAsfFile; ///< Skeleton file as :ASF-FILE, else #!OML:ASF names it; often a path of another machine. Empty when not told.
+    std::string  mAsfPath; ///< Folder of the skeleton as :ASF-PATH tells it. Empty when not told.
+    double       mSamplesPerSecond = 0.0;      ///< :SAMPLES-PER-SECOND; 0 when not told or not usable.
+    KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON; ///< Unit of the angles.
+    bool         mHasFrameRange = false;       ///< Whether :FRAME-RANGE was told.
+    long long    mFrameRange[2] = {0, 0};      ///< First and last frame number of :FRAME-RANGE. Told by the file, not checked against it.
 };
 
 /// A word `l` on a skeleton's dof line. A bone of the model keeps no DOF for it, but its value stands in every line of motion.
 struct QEX_API KQexAsfLengthDof
 {
-    std::string mBone; ///< Name of the bone.
-    int mPlace = 0;    ///< Place of the word on the dof line, counted from 0 over all its DOF words.
+    std::string mBone;      ///< Name of the bone.
+    int         mPlace = 0; ///< Place of the word on the dof line, counted from 0 over all its DOF words.
 };
 
 /// What a reader of motion must know of a skeleton's file beyond the model: the model keeps neither.
 struct QEX_API KQexAmcSkeletonNotes
 {
     std::vector<KQexAsfLengthDof> mLengthDofs; ///< All `l` words, for each bone in the order of its dof line.
-    std::vector<std::string> mRemovedBones;    ///< Bones of the file that the clean-up took away: their lines are passed over without a warning.
+    std::vector<std::string>
+        mRemovedBones; ///< Bones of the file that the clean-up took away: their lines are passed over without a warning.
 };
 
 /// Progress of long work, from 0 to 1. Returns false to cancel it.
@@ -54,12 +55,12 @@ using KQexProgress = std::function<bool(double pFraction)>;
 /// How a motion is read.
 struct QEX_API KQexAmcReadOptions
 {
-    double mSamplesPerSecond = 0.0;         ///< Frames a second; 0: the file's :SAMPLES-PER-SECOND, else 120.
-    bool mSetRotatePivotOffet = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
-    bool mSetPreRotation = false;           ///< Frame flag: the same as in reading the skeleton and in the import.
-    bool mKeepGoodFrames = false;           ///< After an error, keep the complete frames before it, when there are any.
-    KQexAmcSkeletonNotes mSkeletonNotes;    ///< What the skeleton's file said beyond the model.
-    KQexProgress mProgress;                 ///< Called now and then while reading. Empty: never.
+    double               mSamplesPerSecond = 0.0;      ///< Frames a second; 0: the file's :SAMPLES-PER-SECOND, else 120.
+    bool                 mSetRotatePivotOffet = false; ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool                 mSetPreRotation = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool                 mKeepGoodFrames = false;      ///< After an error, keep the complete frames before it, when there are any.
+    KQexAmcSkeletonNotes mSkeletonNotes;               ///< What the skeleton's file said beyond the model.
+    KQexProgress         mProgress;                    ///< Called now and then while reading. Empty: never.
 };
 
 /// Where a motion's rate comes from.
@@ -73,35 +74,37 @@ enum KQexAmcRateSource
 /// What was read.
 struct QEX_API KQexAmcInfo
 {
-    long long mFrameCount = 0;          ///< Distinct frame numbers read.
-    long long mFirstFrame = 0;          ///< Number of the first frame in the file: the one at time 0.
-    long long mLowestFrame = 0;         ///< Lowest frame number.
-    long long mHighestFrame = 0;        ///< Highest frame number.
-    double mSamplesPerSecond = 0.0;     ///< Rate that the times were computed with.
+    long long         mFrameCount = 0;                 ///< Distinct frame numbers read.
+    long long         mFirstFrame = 0;                 ///< Number of the first frame in the file: the one at time 0.
+    long long         mLowestFrame = 0;                ///< Lowest frame number.
+    long long         mHighestFrame = 0;               ///< Highest frame number.
+    double            mSamplesPerSecond = 0.0;         ///< Rate that the times were computed with.
     KQexAmcRateSource mRateSource = eAMC_RATE_DEFAULT; ///< Where that rate comes from.
-    KTime mStart;                       ///< Time of the lowest frame.
-    KTime mStop;                        ///< Time of the last key: that of the highest frame, one frame later when there is a single one.
-    bool mCancelled = false;            ///< The progress call asked to stop.
+    KTime             mStart;                          ///< Time of the lowest frame.
+    KTime             mStop;              ///< Time of the last key: that of the highest frame, one frame later when there is a single one.
+    bool              mCancelled = false; ///< The progress call asked to stop.
 };
 
 /// One bone as the motion sees it.
 struct QEX_API KQexAmcBone
 {
-    HKQexAsfNode mNode = nullptr;         ///< The bone, not owned.
-    double mValues[6] = {0, 0, 0, 0, 0, 0}; ///< Values read last, in the order of the bone's mOrderBuf, in the file's units. 0 before the first.
-    long long mFrame = -1;                ///< Index (not number) of the frame, counted from 0 in the order of the file, that gave them; -1 for none.
-    std::vector<int> mLengthPlaces;       ///< Places of `l` among the values of a line, ascending.
+    HKQexAsfNode mNode = nullptr; ///< The bone, not owned.
+    double       mValues[6] = {0, 0, 0,
+                               0, 0, 0}; ///< Values read last, in the order of the bone's mOrderBuf, in the file's units. 0 before the first.
+    long long    mFrame = -1; ///< Index (not number) of the frame, counted from 0 in the order of the file, that gave them; -1 for none.
+    std::vector<int> mLengthPlaces; ///< Places of `l` among the values of a line, ascending.
 };
 
 /// One complete frame.
 struct QEX_API KQexAmcFrame
 {
-    long long mIndex = 0;                   ///< Counted from 0 in the order of the file.
-    long long mNumber = 0;                  ///< Frame number.
-    KTime mTime;                            ///< Time of that number; the first frame of the file is at 0.
-    bool mLate = false;                     ///< Its number is not above all numbers before it in the file.
-    const std::vector<KQexAmcBone>* mBones = nullptr;  ///< All bones that have a DOF, in pre-order.
-    const std::vector<int>* mPresent = nullptr;        ///< Indices into mBones of the bones that this frame gives, in the order of the file, each once.
+    long long                       mIndex = 0;       ///< Counted from 0 in the order of the file.
+    long long                       mNumber = 0;      ///< Frame number.
+    KTime                           mTime;            ///< Time of that number; the first frame of the file is at 0.
+    bool                            mLate = false;    ///< Its number is not above all numbers before it in the file.
+    const std::vector<KQexAmcBone>* mBones = nullptr; ///< All bones that have a DOF, in pre-order.
+    const std::vector<int>*         mPresent =
+        nullptr; ///< Indices into mBones of the bones that this frame gives, in the order of the file, each once.
 };
 
 /// Takes a motion frame by frame.
@@ -158,7 +161,7 @@ public:
     static const char smCom[];  ///< Comment character.
 
 private:
-    KQexAmcInfo mInfo;
+    KQexAmcInfo   mInfo;
     KQexAmcHeader mHeader;
 };
 

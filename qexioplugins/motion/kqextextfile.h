@@ -22,8 +22,8 @@ namespace qexsdk
 /// Entry of a keyword table. A table is an array whose last entry has the text "".
 struct KToken
 {
-    const char* mStr; ///< The keyword.
-    int mCount;       ///< How often Handle() matched the entry since the table went through InitTokens().
+    const char* mStr;   ///< The keyword.
+    int         mCount; ///< How often Handle() matched the entry since the table went through InitTokens().
 
     operator int() const { return mCount; }
 
@@ -40,8 +40,8 @@ struct KQexTextMessage
         eERROR
     };
 
-    ESeverity mSeverity;
-    int mLine;         ///< Line of the file from 1, or 0 before the first line.
+    ESeverity   mSeverity;
+    int         mLine; ///< Line of the file from 1, or 0 before the first line.
     std::string mText; ///< Without its last newline.
 };
 
@@ -187,11 +187,14 @@ public:
     void Error(const char* pFormat, ...) QEX_PRINTF(2, 3);
 
     /// The messages since opening, in order: of the first kMaxMessages all, behind them errors only. Counts leave out none.
+    /// When all texts together grow beyond kMaxMessageSize bytes, further ones are cut to kMaxLongText.
     const std::vector<KQexTextMessage>& GetMessages() const { return mMessages; }
-    int GetWarningCount() const { return mWarningCount; }
-    int GetErrorCount() const { return mErrorCount; }
+    int                                 GetWarningCount() const { return mWarningCount; }
+    int                                 GetErrorCount() const { return mErrorCount; }
 
     static constexpr size_t kMaxMessages = 1000;
+    static constexpr size_t kMaxMessageSize = 4194304;
+    static constexpr size_t kMaxLongText = 4096;
     ///@}
 
     /// The type text given to the constructor.
@@ -207,28 +210,31 @@ private:
         eBLANK
     };
 
-    bool LoadLine();
-    void ClearLine();
-    void ReportReadFailure();
-    void Consume(char* pEnd);
+    bool  Reopen(const char* pPath);
+    bool  LoadLine();
+    void  ClearLine();
+    bool  Stop();
     char* TokenEnd() const;
     char* SkipBlanks(char* pFrom) const;
-    int Match(const KToken* pTokens, const char* pBegin, const char* pEnd) const;
-    bool GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite);
-    void Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
-    void PrintToStandardError(KQexTextMessage::ESeverity pSeverity, const char* pText, size_t pSize) const;
+    int   Match(const KToken* pTokens, const char* pBegin, const char* pEnd) const;
+    bool  ParseNumber(double& pValue, bool pFinite, char*& pEnd) const;
+    bool  GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite);
+    void  Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
+    void  ReportNoMemory();
+    void  PrintToStandardError(const KQexTextMessage& pMessage) const;
 
-    const char* mType;
-    const char* mCom;
-    bool mFoldCase;
-    bool mVerb;
+    const char*   mType;
+    const char*   mCom;
+    bool          mFoldCase;
+    bool          mVerb;
     unsigned char mClass[256];
 
     KLineReader mInput;
     KOutputFile mOutput;
     std::string mPath;
-    bool mHasLine = false;
-    bool mFailed = false;
+    bool        mWriting = false;
+    bool        mHasLine = false;
+    bool        mFailed = false;
 
     // The current line: [mLine, mEnd) with a NUL at mEnd, which is the end of its last token. Without a line all of
     // these point at mEmpty.
@@ -236,11 +242,12 @@ private:
     char* mEnd;
     char* mNext; ///< Next token, or mEnd when none is left.
     char* mText; ///< What operator char*() gives.
-    char mEmpty[1] = {'\0'};
+    char  mEmpty[1] = {'\0'};
 
     std::vector<KQexTextMessage> mMessages;
-    int mWarningCount = 0;
-    int mErrorCount = 0;
+    size_t                       mMessageSize = 0; ///< Bytes of the texts of mMessages.
+    int                          mWarningCount = 0;
+    int                          mErrorCount = 0;
 };
 
 } // namespace qexsdk

@@ -1,0 +1,51 @@
+#include <kbaselib/kbase/kfilecalls.h>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+// Variadic and overloaded system calls have no address of the table's type.
+int CallOpen(const char* pPath, int pFlags, mode_t pMode)
+{
+    return ::open(pPath, pFlags, pMode);
+}
+
+int CallFileStat(int pFile, struct stat* pStat)
+{
+    return ::fstat(pFile, pStat);
+}
+
+int CallStat(const char* pPath, struct stat* pStat)
+{
+    return ::stat(pPath, pStat);
+}
+
+int CallLinkStat(const char* pPath, struct stat* pStat)
+{
+    return ::lstat(pPath, pStat);
+}
+
+constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,  ::close,  ::lseek,  CallFileStat, CallStat,
+                                     CallLinkStat, ::readlink, ::access, ::fchmod, ::rename, ::unlink};
+
+KFileCalls sCalls = kSystemCalls;
+
+} // namespace
+
+KFileCalls& KFileCallsInUse()
+{
+    return sCalls;
+}
+
+void KFileCallsReset()
+{
+    sCalls = kSystemCalls;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,281 @@
+#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/klinereader.h>
+#include <kbaselib/kbase/kmemory.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kFirstCapacity = 65536;
+
+/// Room for the longest line and for what shows that it is ended or too long.
+constexpr size_t kLastCapacity = KLineReader::kMaxLine + kFirstCapacity;
+
+/// Whether a read() that failed is worth another try; waits for a pipe that somebody made non-blocking.
+bool CanRetry(int pFile)
+{
+    if (errno == EINTR)
+        return true;
+    struct pollfd lPoll = {pFile, POLLIN, 0};
+    return errno == EAGAIN && (::poll(&lPoll, 1, -1) > 0 || errno == EINTR);
+}
+
+} // namespace
+
+KLineReader::~KLineReader()
+{
+    Close();
+}
+
+bool KLineReader::OpenPath(const char* pPath)
+{
+    Reset();
+    if (std::strcmp(pPath, "-") == 0)
+    {
+        mFile = STDIN_FILENO;
+        return true;
+    }
+    do
+        mFile = KFileCallsInUse().mOpen(pPath, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
+    while (mFile < 0 && errno == EINTR);
+    if (mFile < 0)
+        return Fail(eSYSTEM, errno);
+    mOwnsFile = true;
+
+    struct stat lStat;
+    if (KFileCallsInUse().mFileStat(mFile, &lStat) != 0)
+        Fail(eSYSTEM, errno);
+    else if (S_ISDIR(lStat.st_mode))
+        Fail(eSYSTEM, EISDIR);
+    if (mStatus == eOK)
+        return true;
+    Close();
+    return false;
+}
+
+bool KLineReader::OpenBuffer(const char* pData, size_t pSize)
+{
+    Reset();
+    mMemory = pSize == 0 ? "" : pData;
+    mMemorySize = pSize;
+    return true;
+}
+
+void KLineReader::Close()
+{
+    // Nothing was written: what close() may report is nobody's loss.
+    if (mOwnsFile)
+        KFileCallsInUse().mClose(mFile);
+    mFile = -1;
+    mOwnsFile = false;
+    mMemory = nullptr;
+    mMemorySize = 0;
+    mMemoryPlace = 0;
+    QexSdkFree(mBuffer);
+    mBuffer = nullptr;
+    mCapacity = 0;
+    mBegin = nullptr;
+    mFill = nullptr;
+    mNextReturn = nullptr;
+    mLine = nullptr;
+    mLength = 0;
+    mStarted = false;
+    mAtEnd = false;
+    mSkipFeed = false;
+}
+
+void KLineReader::Reset()
+{
+    Close();
+    mStatus = eOK;
+    mError = 0;
+    mLineNumber = 0;
+}
+
+bool KLineReader::Rewind()
+{
+    if (!IsOpen())
+        return Fail(eSYSTEM, EBADF);
+    if (mMemory == nullptr && mStarted && KFileCallsInUse().mSeek(mFile, 0, SEEK_SET) < 0)
+        return errno == ESPIPE ? false : Fail(eSYSTEM, errno);
+    mMemoryPlace = 0;
+    mStarted = false;
+    mAtEnd = false;
+    mSkipFeed = false;
+    mBegin = mBuffer;
+    mFill = mBuffer;
+    mNextReturn = nullptr;
+    mLine = nullptr;
+    mLength = 0;
+    mLineNumber = 0;
+    mStatus = eOK;
+    mError = 0;
+    return true;
+}
+
+bool KLineReader::NextLine()
+{
+    mLine = nullptr;
+    mLength = 0;
+    if (mStatus != eOK || !IsOpen())
+        return false;
+    if (!mStarted && !Begin())
+        return false;
+
+    size_t lSearched = 0;
+    for (;;)
+    {
+        if (mSkipFeed && mBegin != mFill)
+        {
+            mBegin += *mBegin == '\n' ? 1 : 0;
+            mSkipFeed = false;
+        }
+        char*        lEnd = FindEnd(mBegin + lSearched);
+        const size_t lLength = static_cast<size_t>(lEnd - mBegin);
+        if (lLength > kMaxLine)
+        {
+            ++mLineNumber;
+            return Fail(eTOO_LONG, 0);
+        }
+        if (lEnd == mFill)
+        {
+            lSearched = lLength;
+            if (!mAtEnd)
+            {
+                if (!Refill())
+                    return false;
+                continue;
+            }
+            if (lLength == 0)
+                return Fail(eEND, 0);
+        }
+        mLine = mBegin;
+        mLength = lLength;
+        mBegin = lEnd;
+        if (lEnd != mFill)
+        {
+            mSkipFeed = *lEnd == '\r';
+            ++mBegin;
+        }
+        *lEnd = '\0';
+        ++mLineNumber;
+        return true;
+    }
+}
+
+/// The first LF or CR at or behind pFrom, mFill without one. The place of the next CR is kept, so that a text without CRs
+/// is searched for them once, not once a line.
+char* KLineReader::FindEnd(char* pFrom)
+{
+    const size_t lSize = static_cast<size_t>(mFill - pFrom);
+    if (lSize == 0)
+        return mFill;
+    char* lFeed = static_cast<char*>(std::memchr(pFrom, '\n', lSize));
+    if (lFeed == nullptr)
+        lFeed = mFill;
+    if (mNextReturn == nullptr || mNextReturn < pFrom)
+    {
+        mNextReturn = static_cast<char*>(std::memchr(pFrom, '\r', lSize));
+        if (mNextReturn == nullptr)
+            mNextReturn = mFill;
+    }
+    return std::min(lFeed, mNextReturn);
+}
+
+/// Reads the input's first bytes and passes over a byte-order mark.
+bool KLineReader::Begin()
+{
+    mStarted = true;
+    mBegin = mBuffer;
+    mFill = mBuffer;
+    while (mFill - mBegin < 3 && !mAtEnd)
+        if (!Refill())
+            return false;
+    const size_t lSize = static_cast<size_t>(mFill - mBegin);
+    if (lSize >= 2 && (std::memcmp(mBegin, "\xFF\xFE", 2) == 0 || std::memcmp(mBegin, "\xFE\xFF", 2) == 0))
+        return Fail(eUTF16, 0);
+    if (lSize >= 3 && std::memcmp(mBegin, "\xEF\xBB\xBF", 3) == 0)
+        mBegin += 3;
+    return true;
+}
+
+/// Reads more bytes behind those that are not yet handed out, which move to the buffer's front.
+bool KLineReader::Refill()
+{
+    if (!MakeRoom())
+        return Fail(eMEMORY, 0);
+    const ptrdiff_t lRead = ReadSome(mFill, mCapacity - static_cast<size_t>(mFill - mBuffer));
+    if (lRead < 0)
+        return Fail(eSYSTEM, errno);
+    mAtEnd = lRead == 0;
+    mFill += lRead;
+    mNextReturn = nullptr;
+    return true;
+}
+
+bool KLineReader::MakeRoom()
+{
+    const size_t lKept = static_cast<size_t>(mFill - mBegin);
+    if (mBuffer != nullptr && lKept < mCapacity)
+    {
+        if (mBegin != mBuffer)
+            std::memmove(mBuffer, mBegin, lKept);
+        mBegin = mBuffer;
+        mFill = mBuffer + lKept;
+        return true;
+    }
+    // A line as long as the buffer. NextLine() gives up before the largest buffer is full.
+    const size_t lCapacity = mBuffer == nullptr ? kFirstCapacity : std::min(mCapacity * 2, kLastCapacity);
+    char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1));
+    if (lBuffer == nullptr)
+        return false;
+    if (lKept > 0)
+        std::memcpy(lBuffer, mBegin, lKept);
+    QexSdkFree(mBuffer);
+    mBuffer = lBuffer;
+    mCapacity = lCapacity;
+    mBegin = lBuffer;
+    mFill = lBuffer + lKept;
+    return true;
+}
+
+/// At least one byte, 0 at the end of the input, -1 with errno.
+ptrdiff_t KLineReader::ReadSome(char* pTo, size_t pSize)
+{
+    if (mMemory != nullptr)
+    {
+        const size_t lSize = std::min(pSize, mMemorySize - mMemoryPlace);
+        if (lSize > 0)
+            std::memcpy(pTo, mMemory + mMemoryPlace, lSize);
+        mMemoryPlace += lSize;
+        return static_cast<ptrdiff_t>(lSize);
+    }
+    ptrdiff_t lRead = 0;
+    do
+        lRead = KFileCallsInUse().mRead(mFile, pTo, pSize);
+    while (lRead < 0 && CanRetry(mFile));
+    return lRead;
+}
+
+bool KLineReader::Fail(EStatus pStatus, int pError)
+{
+    mStatus = pStatus;
+    mError = pError;
+    return false;
+}
+
+std::string KLineReader::GetReason() const
+{
+    return mError == 0 ? std::string() : std::string(std::strerror(mError));
+}
+
+} // namespace qexsdk

@@ -1,0 +1,382 @@
+#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/kmemory.h>
+#include <kbaselib/kbase/koutputfile.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <poll.h>
+#include <unistd.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kBufferSize = 65536;
+constexpr int    kMaxLinks = 40;      ///< As many symbolic links in a row as the system itself follows.
+constexpr int    kMaxAttempts = 1000; ///< Names tried for a temporary file.
+constexpr mode_t kModeBits = 07777;
+
+/// A temporary file that has to go when the process is ended by a signal. The path is copied here, so that a signal's
+/// handler reads no memory that could be given back meanwhile.
+struct KPendingFile
+{
+    std::atomic<int> mState; ///< 0 free, 1 being filled in or taken out, 2 pending.
+    char             mPath[PATH_MAX];
+};
+
+constexpr int kMaxPending = 64;
+
+KPendingFile          sPending[kMaxPending];
+std::atomic<unsigned> sNameCount{0};
+
+/// Notes \p pPath as pending. -1 when the list is full or the path too long for the system anyway.
+int PendingAdd(const std::string& pPath)
+{
+    if (pPath.size() >= PATH_MAX)
+        return -1;
+    for (int i = 0; i < kMaxPending; ++i)
+    {
+        int lFree = 0;
+        if (!sPending[i].mState.compare_exchange_strong(lFree, 1))
+            continue;
+        std::memcpy(sPending[i].mPath, pPath.c_str(), pPath.size() + 1);
+        sPending[i].mState.store(2);
+        return i;
+    }
+    return -1;
+}
+
+void PendingRemove(int& pSlot)
+{
+    if (pSlot >= 0)
+        sPending[pSlot].mState.store(0);
+    pSlot = -1;
+}
+
+/// Waits until a pipe that somebody made non-blocking takes bytes again.
+bool WaitForRoom(int pFile)
+{
+    struct pollfd lPoll = {pFile, POLLOUT, 0};
+    return ::poll(&lPoll, 1, -1) > 0 || errno == EINTR;
+}
+
+/// The folder part of \p pPath with its last slash, "" when there is none.
+std::string FolderOf(const std::string& pPath)
+{
+    const size_t lSlash = pPath.rfind('/');
+    return lSlash == std::string::npos ? std::string() : pPath.substr(0, lSlash + 1);
+}
+
+/// What \p pPath stands for when its last part is a symbolic link, and links behind that, whether or not the file exists.
+/// 0, or an errno.
+int FollowLinks(std::string& pPath)
+{
+    const KFileCalls& lCalls = KFileCallsInUse();
+    for (int i = 0; i < kMaxLinks; ++i)
+    {
+        struct stat lStat;
+        if (lCalls.mLinkStat(pPath.c_str(), &lStat) != 0)
+            return errno == ENOENT ? 0 : errno;
+        if (!S_ISLNK(lStat.st_mode))
+            return 0;
+        char          lText[PATH_MAX];
+        const ssize_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
+        if (lSize < 0)
+            return errno;
+        if (static_cast<size_t>(lSize) == sizeof lText)
+            return ENAMETOOLONG;
+        const std::string lLink(lText, static_cast<size_t>(lSize));
+        pPath = !lLink.empty() && lLink[0] == '/' ? lLink : FolderOf(pPath) + lLink;
+    }
+    return ELOOP;
+}
+
+} // namespace
+
+KOutputFile::~KOutputFile()
+{
+    Discard();
+    Reset();
+}
+
+bool KOutputFile::Open(const char* pPath)
+{
+    Discard();
+    Reset();
+    mResult = false;
+    try
+    {
+        mPath = pPath;
+        if (mPath.empty())
+            return Fail(ENOENT);
+        mBuffer = static_cast<char*>(QexSdkMalloc(kBufferSize));
+        if (mBuffer == nullptr)
+            return Fail(ENOMEM);
+        if (mPath == "-")
+        {
+            mFile = STDOUT_FILENO;
+            mState = eOPEN;
+            return true;
+        }
+
+        struct stat lStat;
+        const bool  lExists = KFileCallsInUse().mStat(pPath, &lStat) == 0;
+        if (!lExists && errno != ENOENT)
+            return Fail(errno);
+        if (lExists && S_ISDIR(lStat.st_mode))
+            return Fail(EISDIR);
+        if (lExists && !S_ISREG(lStat.st_mode))
+            return OpenDirect(pPath);
+
+        std::string lTarget = pPath;
+        if (const int lError = FollowLinks(lTarget))
+            return Fail(lError);
+        // Replacing a file asks nothing of the file itself, but who made it read-only does not want it replaced.
+        if (lExists && KFileCallsInUse().mAccess(lTarget.c_str(), W_OK) != 0)
+            return Fail(errno);
+        return OpenTemporary(lTarget, lExists ? &lStat : nullptr);
+    }
+    catch (const std::bad_alloc&)
+    {
+        DropTemporary();
+        return Fail(ENOMEM);
+    }
+}
+
+bool KOutputFile::OpenBuffer(std::string* pOut)
+{
+    Discard();
+    Reset();
+    mOut = pOut;
+    mOut->clear();
+    mState = eOPEN;
+    return true;
+}
+
+bool KOutputFile::OpenDirect(const char* pPath)
+{
+    do
+        mFile = KFileCallsInUse().mOpen(pPath, O_WRONLY | O_CLOEXEC | O_NOCTTY, 0);
+    while (mFile < 0 && errno == EINTR);
+    if (mFile < 0)
+        return Fail(errno);
+    mOwnsFile = true;
+    mState = eOPEN;
+    return true;
+}
+
+bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* pOld)
+{
+    const KFileCalls& lCalls = KFileCallsInUse();
+    mTarget = pTarget;
+    const std::string lStart = FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-";
+    for (int i = 0; i < kMaxAttempts && mFile < 0; ++i)
+    {
+        // Noted before it exists: a signal in between finds nothing to remove, which does no harm.
+        mTemporary = lStart + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
+        mSlot = PendingAdd(mTemporary);
+        mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+        if (mFile >= 0)
+            break;
+        const int lError = errno;
+        PendingRemove(mSlot);
+        mTemporary.clear();
+        if (lError != EEXIST && lError != EINTR)
+            return Fail(lError);
+    }
+    if (mFile < 0)
+        return Fail(EEXIST);
+    mOwnsFile = true;
+    mState = eOPEN;
+    if (pOld != nullptr && lCalls.mChangeMode(mFile, pOld->st_mode & kModeBits) != 0)
+    {
+        Fail(errno);
+        DropTemporary();
+        mState = eCLOSED;
+        return false;
+    }
+    return true;
+}
+
+bool KOutputFile::Write(const char* pData, size_t pSize)
+{
+    if (mState != eOPEN || mError != 0)
+        return false;
+    mSize += pSize;
+    if (mOut != nullptr)
+    {
+        try
+        {
+            mOut->append(pData, pSize);
+            return true;
+        }
+        catch (const std::exception&)
+        {
+            return Fail(ENOMEM);
+        }
+    }
+    if (pSize > kBufferSize - mFill && !Flush())
+        return false;
+    if (pSize >= kBufferSize)
+        return WriteAll(pData, pSize);
+    std::memcpy(mBuffer + mFill, pData, pSize);
+    mFill += pSize;
+    return true;
+}
+
+bool KOutputFile::Flush()
+{
+    const size_t lFill = mFill;
+    mFill = 0;
+    return WriteAll(mBuffer, lFill);
+}
+
+bool KOutputFile::WriteAll(const char* pData, size_t pSize)
+{
+    while (pSize > 0)
+    {
+        const ssize_t lWritten = KFileCallsInUse().mWrite(mFile, pData, pSize);
+        if (lWritten < 0 && errno == EINTR)
+            continue;
+        if (lWritten < 0 && errno == EAGAIN && WaitForRoom(mFile))
+            continue;
+        if (lWritten < 0)
+            return Fail(errno);
+        // A call that takes nothing and names no reason would be repeated for ever.
+        if (lWritten == 0)
+            return Fail(EIO);
+        pData += lWritten;
+        pSize -= static_cast<size_t>(lWritten);
+    }
+    return true;
+}
+
+bool KOutputFile::Prepare()
+{
+    if (mState == eDONE || mState == eCLOSED)
+        return mResult;
+    if (mState == ePREPARED)
+        return mError == 0;
+    mState = ePREPARED;
+    if (mError == 0 && mOut == nullptr)
+        Flush();
+    CloseFile();
+    if (mError != 0)
+        DropTemporary();
+    return mError == 0;
+}
+
+bool KOutputFile::Commit()
+{
+    if (mState == eDONE || mState == eCLOSED)
+        return mResult;
+    if (Prepare() && !mTemporary.empty())
+    {
+        if (KFileCallsInUse().mRename(mTemporary.c_str(), mTarget.c_str()) == 0)
+        {
+            PendingRemove(mSlot);
+            mTemporary.clear();
+        }
+        else
+        {
+            Fail(errno);
+            DropTemporary();
+        }
+    }
+    mResult = mError == 0;
+    mState = eDONE;
+    return mResult;
+}
+
+bool KOutputFile::Close()
+{
+    return Commit();
+}
+
+void KOutputFile::Discard()
+{
+    if (!IsOpen())
+        return;
+    CloseFile();
+    DropTemporary();
+    if (mOut != nullptr)
+        mOut->clear();
+    mResult = false;
+    mState = eDONE;
+}
+
+void KOutputFile::CloseFile()
+{
+    // An interrupted close() has closed the file all the same. What it reports otherwise can be a write that failed late.
+    if (mOwnsFile && KFileCallsInUse().mClose(mFile) != 0 && errno != EINTR)
+        Fail(errno);
+    mFile = -1;
+    mOwnsFile = false;
+    QexSdkFree(mBuffer);
+    mBuffer = nullptr;
+    mFill = 0;
+}
+
+void KOutputFile::DropTemporary()
+{
+    CloseFile();
+    if (mTemporary.empty())
+        return;
+    KFileCallsInUse().mUnlink(mTemporary.c_str());
+    PendingRemove(mSlot);
+    mTemporary.clear();
+}
+
+bool KOutputFile::Fail(int pError)
+{
+    if (mError == 0)
+        mError = pError == 0 ? EIO : pError;
+    return false;
+}
+
+void KOutputFile::SetFailed(int pError)
+{
+    if (IsOpen())
+        Fail(pError);
+}
+
+void KOutputFile::Reset()
+{
+    QexSdkFree(mBuffer);
+    mBuffer = nullptr;
+    mFill = 0;
+    mOut = nullptr;
+    mPath.clear();
+    mTarget.clear();
+    mSize = 0;
+    mError = 0;
+    mResult = true;
+    mState = eCLOSED;
+}
+
+bool KOutputFile::IsBrokenPipe() const
+{
+    return mError == EPIPE;
+}
+
+std::string KOutputFile::GetReason() const
+{
+    return mError == 0 ? std::string() : std::string(std::strerror(mError));
+}
+
+void KOutputFile::RemovePending()
+{
+    // unlink() itself, not the table's: the handler of a signal may call nothing that is not async-signal-safe.
+    for (KPendingFile& lFile : sPending)
+        if (lFile.mState.load() == 2)
+            ::unlink(lFile.mPath);
+}
+
+} // namespace qexsdk

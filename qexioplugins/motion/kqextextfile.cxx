@@ -1,0 +1,462 @@
+#include <kbaselib/kbase/kformat.h>
+#include <kbaselib/kbase/knumber.h>
+#include <qexioplugins/motion/kqextextfile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <string_view>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kBlanksPerLevel = 2;
+
+char Lower(char pCharacter)
+{
+    return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter + ('a' - 'A')) : pCharacter;
+}
+
+bool EqualsFolded(const char* pEntry, const char* pBegin, const char* pEnd)
+{
+    for (; pBegin != pEnd; ++pBegin, ++pEntry)
+        if (*pEntry == '\0' || Lower(*pEntry) != Lower(*pBegin))
+            return false;
+    return *pEntry == '\0';
+}
+
+bool EqualsExactly(const char* pEntry, const char* pBegin, const char* pEnd)
+{
+    for (; pBegin != pEnd; ++pBegin, ++pEntry)
+        if (*pEntry == '\0' || *pEntry != *pBegin)
+            return false;
+    return *pEntry == '\0';
+}
+
+/// The text of a message while it is being formatted.
+struct KMessageText
+{
+    std::string& mText;
+    size_t       mLimit;
+
+    /// Lets go through what allocation throws: formatting holds nothing that would be lost.
+    static bool Add(void* pContext, const char* pText, size_t pSize)
+    {
+        KMessageText& lThis = *static_cast<KMessageText*>(pContext);
+        const size_t  lSize = std::min(pSize, lThis.mLimit - lThis.mText.size());
+        lThis.mText.append(pText, lSize);
+        return lSize == pSize;
+    }
+};
+
+bool AddToOutput(void* pContext, const char* pText, size_t pSize)
+{
+    return static_cast<KOutputFile*>(pContext)->Write(pText, pSize);
+}
+
+} // namespace
+
+KQexTextFile::KQexTextFile(const char* pType, const char* pDel, const char* pCom, bool pFoldCase, bool pVerb)
+    : mType(pType), mCom(pCom), mFoldCase(pFoldCase), mVerb(pVerb), mLine(mEmpty), mEnd(mEmpty), mNext(mEmpty), mText(mEmpty)
+{
+    std::fill(std::begin(mClass), std::end(mClass), static_cast<unsigned char>(eWORD));
+    mClass[0] = eBLANK;
+    for (; *pDel != '\0'; ++pDel)
+        mClass[static_cast<unsigned char>(*pDel)] = eBLANK;
+}
+
+KQexTextFile::~KQexTextFile() = default;
+
+bool KQexTextFile::Reopen(const char* pPath)
+{
+    mOutput.Discard();
+    mInput.Reset();
+    ClearLine();
+    mFailed = false;
+    mWriting = false;
+    mMessages.clear();
+    mMessageSize = 0;
+    mWarningCount = 0;
+    mErrorCount = 0;
+    try
+    {
+        mPath = pPath;
+        return true;
+    }
+    catch (const std::exception&)
+    {
+        ReportNoMemory();
+        return false;
+    }
+}
+
+bool KQexTextFile::OpenRead(const char* pPath)
+{
+    if (!Reopen(pPath))
+        return false;
+    return mInput.OpenPath(pPath) || Stop();
+}
+
+bool KQexTextFile::OpenReadBuffer(const char* pData, size_t pSize)
+{
+    return Reopen("") && mInput.OpenBuffer(pData, pSize);
+}
+
+bool KQexTextFile::OpenWrite(const char* pPath)
+{
+    if (!Reopen(pPath))
+        return false;
+    mWriting = true;
+    if (mOutput.Open(pPath))
+        return true;
+    Error("Can't write %s (%s)\n", pPath, mOutput.GetReason().c_str());
+    return false;
+}
+
+bool KQexTextFile::OpenWriteBuffer(std::string* pOut)
+{
+    if (!Reopen(""))
+        return false;
+    mWriting = true;
+    return mOutput.OpenBuffer(pOut);
+}
+
+bool KQexTextFile::Close()
+{
+    mInput.Close();
+    ClearLine();
+    if (!mWriting)
+        return true;
+    const bool lWasOpen = mOutput.IsOpen();
+    const bool lResult = mOutput.Close();
+    if (lWasOpen && !lResult)
+        Error("Can't write %s (%s)\n", mPath.c_str(), mOutput.GetReason().c_str());
+    return lResult;
+}
+
+void KQexTextFile::Discard()
+{
+    mOutput.Discard();
+}
+
+bool KQexTextFile::FirstLine()
+{
+    ClearLine();
+    if (mFailed || !mInput.IsOpen())
+        return false;
+    if (!mInput.Rewind())
+    {
+        if (mInput.HasFailed())
+            return Stop();
+        mFailed = true;
+        Error("Can't go back to the beginning of %s\n", mPath.c_str());
+        return false;
+    }
+    return NextLine();
+}
+
+bool KQexTextFile::NextLine()
+{
+    if (!mFailed)
+        while (mInput.NextLine())
+            if (LoadLine())
+                return true;
+    ClearLine();
+    return mInput.HasFailed() && !mFailed ? Stop() : false;
+}
+
+int KQexTextFile::GetLineNumber() const
+{
+    return static_cast<int>(std::min<int64_t>(mInput.GetLineNumber(), INT_MAX));
+}
+
+/// Reports why the input cannot be read on, and ends the reading.
+bool KQexTextFile::Stop()
+{
+    mFailed = true;
+    switch (mInput.GetStatus())
+    {
+    case KLineReader::eTOO_LONG:
+        Error("Line is too long\n");
+        break;
+    case KLineReader::eUTF16:
+        Error("UTF-16 text is not supported\n");
+        break;
+    case KLineReader::eMEMORY:
+        Error("Out of memory\n");
+        break;
+    default:
+        Error("Can't read %s (%s)\n", mPath.c_str(), mInput.GetReason().c_str());
+        break;
+    }
+    return false;
+}
+
+void KQexTextFile::ClearLine()
+{
+    mHasLine = false;
+    mLine = mEmpty;
+    mEnd = mEmpty;
+    mNext = mEmpty;
+    mText = mEmpty;
+}
+
+/// Takes the input's line over without its comment and what stands behind its last token. False when it holds no token.
+bool KQexTextFile::LoadLine()
+{
+    mLine = mInput.GetLine();
+    size_t lSize = mInput.GetLength();
+    for (const char* i = mCom; *i != '\0' && lSize > 0; ++i)
+        if (const void* lComment = std::memchr(mLine, *i, lSize))
+            lSize = static_cast<size_t>(static_cast<const char*>(lComment) - mLine);
+    while (lSize > 0 && mClass[static_cast<unsigned char>(mLine[lSize - 1])] == eBLANK)
+        --lSize;
+    if (lSize == 0)
+        return false;
+    mEnd = mLine + lSize;
+    *mEnd = '\0';
+    // A text that is quoted or copied would end at a NUL.
+    while (char* lNul = static_cast<char*>(std::memchr(mLine, '\0', lSize)))
+        *lNul = ' ';
+    mNext = SkipBlanks(mLine);
+    mText = mNext;
+    mHasLine = true;
+    return true;
+}
+
+/// The first byte at or behind pFrom that is no delimiter. There is one up to the line's end, or the NUL there is met.
+char* KQexTextFile::SkipBlanks(char* pFrom) const
+{
+    while (pFrom != mEnd && mClass[static_cast<unsigned char>(*pFrom)] == eBLANK)
+        ++pFrom;
+    return pFrom;
+}
+
+/// End of the next token. The NUL behind the line is a delimiter, so no bound is tested.
+char* KQexTextFile::TokenEnd() const
+{
+    char* lAt = mNext;
+    while (mClass[static_cast<unsigned char>(*lAt)] == eWORD)
+        ++lAt;
+    return lAt;
+}
+
+void KQexTextFile::InitTokens(KToken* pTokens) const
+{
+    for (; pTokens->IsValid(); ++pTokens)
+        pTokens->mCount = 0;
+}
+
+int KQexTextFile::Match(const KToken* pTokens, const char* pBegin, const char* pEnd) const
+{
+    if (pBegin == pEnd)
+        return -1;
+    const auto lEquals = mFoldCase ? EqualsFolded : EqualsExactly;
+    for (int i = 0; pTokens[i].IsValid(); ++i)
+    {
+        const char* lEntry = pTokens[i].mStr;
+        if (lEquals(lEntry, pBegin, pEnd) || (*pBegin == ':' && lEntry[0] == ':' && lEntry[1] == '\0'))
+            return i;
+    }
+    return -1;
+}
+
+int KQexTextFile::Check(const KToken* pTokens)
+{
+    mText = mNext;
+    return Match(pTokens, mNext, TokenEnd());
+}
+
+int KQexTextFile::Handle(KToken* pTokens)
+{
+    mText = mNext;
+    char*     lEnd = TokenEnd();
+    const int lResult = Match(pTokens, mNext, lEnd);
+    mNext = SkipBlanks(lEnd);
+    if (lResult < 0)
+        return lResult;
+    ++pTokens[lResult].mCount;
+    // An unknown section: its name without the colon, which the message supplies.
+    if (pTokens[lResult].mStr[0] == ':' && pTokens[lResult].mStr[1] == '\0')
+        ++mText;
+    return lResult;
+}
+
+const char* KQexTextFile::PeekToken(size_t& pLength)
+{
+    mText = mNext;
+    pLength = static_cast<size_t>(TokenEnd() - mNext);
+    return pLength == 0 ? nullptr : mNext;
+}
+
+bool KQexTextFile::GetString(char* pText, int pMax, bool& pCut)
+{
+    mText = mNext;
+    if (!HasToken())
+        return false;
+    char*        lEnd = TokenEnd();
+    const size_t lLength = static_cast<size_t>(lEnd - mNext);
+    const size_t lKept = std::min(lLength, static_cast<size_t>(std::max(pMax, 0)));
+    std::memcpy(pText, mNext, lKept);
+    pText[lKept] = '\0';
+    pCut = lKept < lLength;
+    mNext = SkipBlanks(lEnd);
+    return true;
+}
+
+bool KQexTextFile::GetString(char* pText, int pMax)
+{
+    bool lCut = false;
+    return GetString(pText, pMax, lCut);
+}
+
+bool KQexTextFile::GetInteger(int& pValue)
+{
+    mText = mNext;
+    if (!HasToken())
+        return false;
+    char* lEnd = TokenEnd();
+    int   lValue = 0;
+    if (KNumberParse(std::string_view(mNext, static_cast<size_t>(lEnd - mNext)), lValue) != KNumberStatus::eOK)
+        return false;
+    pValue = lValue;
+    mNext = SkipBlanks(lEnd);
+    return true;
+}
+
+bool KQexTextFile::GetDouble(double& pValue, double pFactor)
+{
+    return GetNumbers(&pValue, 1, pFactor, true);
+}
+
+bool KQexTextFile::GetVector(double* pValue, double pFactor)
+{
+    return GetNumbers(pValue, 3, pFactor, true);
+}
+
+bool KQexTextFile::GetPair(double* pValue, double pFactor)
+{
+    return GetNumbers(pValue, 2, pFactor, false);
+}
+
+/// Reads the number that the next token is into pValue, and finds where the token ends.
+bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, char*& pEnd) const
+{
+    // Short plain numbers, which is nearly all of them, without looking for the token's end first.
+    if (const char* lEnd = KNumberScan(mNext, mEnd, pValue))
+    {
+        pEnd = mNext + (lEnd - mNext);
+        if (mClass[static_cast<unsigned char>(*pEnd)] == eBLANK)
+            return true;
+    }
+    pEnd = TokenEnd();
+    const std::string_view lToken(mNext, static_cast<size_t>(pEnd - mNext));
+    if (pFinite)
+        return KNumberParse(lToken, pValue) == KNumberStatus::eOK;
+    return KNumberParse(lToken, pValue, KNumberWords::eNONFINITE) != KNumberStatus::eINVALID;
+}
+
+bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)
+{
+    double      lValue[3];
+    char* const lFirst = mNext;
+    for (int i = 0; i < pCount; ++i)
+    {
+        mText = mNext;
+        char* lEnd = nullptr;
+        if (!HasToken() || !ParseNumber(lValue[i], pFinite, lEnd))
+        {
+            mNext = lFirst;
+            return false;
+        }
+        mNext = SkipBlanks(lEnd);
+    }
+    for (int i = 0; i < pCount; ++i)
+        pValue[i] = lValue[i] * pFactor;
+    return true;
+}
+
+void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
+{
+    for (int i = 0; i < pLevel; ++i)
+        mOutput.Write("  ", kBlanksPerLevel);
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    if (!KFormat(AddToOutput, &mOutput, pFormat, lArguments))
+        mOutput.SetFailed(ENOMEM);
+    va_end(lArguments);
+}
+
+void KQexTextFile::Warning(const char* pFormat, ...)
+{
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    ++mWarningCount;
+    Report(KQexTextMessage::eWARNING, pFormat, lArguments);
+    va_end(lArguments);
+}
+
+void KQexTextFile::Error(const char* pFormat, ...)
+{
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    ++mErrorCount;
+    Report(KQexTextMessage::eERROR, pFormat, lArguments);
+    va_end(lArguments);
+}
+
+void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments)
+{
+    const bool lKeep = pSeverity == KQexTextMessage::eERROR || mMessages.size() < kMaxMessages;
+    if (!lKeep && !mVerb)
+        return;
+    try
+    {
+        KQexTextMessage lMessage{pSeverity, GetLineNumber(), std::string()};
+        KMessageText    lText{lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText};
+        KFormat(KMessageText::Add, &lText, pFormat, pArguments);
+        if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
+            lMessage.mText.pop_back();
+        if (mVerb)
+            PrintToStandardError(lMessage);
+        if (!lKeep)
+            return;
+        mMessages.push_back(std::move(lMessage));
+        mMessageSize += mMessages.back().mText.size();
+    }
+    catch (const std::exception&)
+    {
+        ReportNoMemory();
+    }
+}
+
+/// A message that cannot be kept is not passed over: the reading fails.
+void KQexTextFile::ReportNoMemory()
+{
+    mFailed = true;
+    ++mErrorCount;
+    try
+    {
+        mMessages.push_back(KQexTextMessage{KQexTextMessage::eERROR, GetLineNumber(), "Out of memory"});
+    }
+    catch (const std::exception&)
+    {
+        // The count tells.
+    }
+}
+
+void KQexTextFile::PrintToStandardError(const KQexTextMessage& pMessage) const
+{
+    const char* lPath = mPath.empty() ? mType : mPath.c_str();
+    const char* lSeverity = pMessage.mSeverity == KQexTextMessage::eERROR ? "error" : "warning";
+    std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
+}
+
+} // namespace qexsdk
