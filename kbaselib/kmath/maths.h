@@ -1,0 +1,167 @@
+#ifndef KBASELIB_KMATH_MATHS_H
+#define KBASELIB_KMATH_MATHS_H
+
+#include <cmath>
+#include <limits>
+#include <type_traits>
+
+/// \file
+/// Scalar helpers of the math layer. They are templates over the floating-point type, double unless it is named or given by an
+/// output argument; whole numbers may be passed. Names that end in d work in degrees, the others in radians. The order of every
+/// sum is part of the result: callers rely on the last bit.
+
+namespace qexsdk
+{
+
+/// Degrees a radian, and radians a degree.
+inline constexpr double kDegreesPerRadian = 57.29577951308232;
+inline constexpr double kRadiansPerDegree = 0.017453292519943295;
+
+namespace kmathdetail
+{
+/// \p T where it must not be deduced from.
+template <typename T>
+struct KGiven
+{
+    using Type = T;
+};
+template <typename T>
+using KScalar = typename KGiven<T>::Type;
+} // namespace kmathdetail
+
+/// The square root. Not a number below zero.
+template <typename T = double>
+inline T kSqrt(kmathdetail::KScalar<T> pX)
+{
+    return std::sqrt(pX);
+}
+
+/// The square root of what the caller knows not to be negative; the same as kSqrt.
+template <typename T = double>
+inline T kSqrtnz(kmathdetail::KScalar<T> pX)
+{
+    return kSqrt<T>(pX);
+}
+
+/// The sum of squares under the length of (x, y, z).
+template <typename T = double>
+inline T kSumOfSquares(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
+{
+    return pZ * pZ + (pX * pX + pY * pY);
+}
+
+/// Whether a sum of squares has lost digits at an end of the range: it is zero, subnormal or infinite, so that components that
+/// were not may stand behind it.
+template <typename T = double>
+inline bool kIsOutOfRange(kmathdetail::KScalar<T> pSumOfSquares)
+{
+    return pSumOfSquares < std::numeric_limits<T>::min() || pSumOfSquares > std::numeric_limits<T>::max();
+}
+
+/// The largest of the three sizes; infinite when one is.
+template <typename T = double>
+inline T kLargest(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
+{
+    return std::fmax(std::fmax(std::fabs(pX), std::fabs(pY)), std::fabs(pZ));
+}
+
+/// The length of (x, y, z). Where the sum of squares leaves the normal numbers the components are divided by the largest of them
+/// first, so that only an exact zero has length zero.
+template <typename T = double>
+inline T kNorm(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
+{
+    const T lSum = kSumOfSquares<T>(pX, pY, pZ);
+    if (!kIsOutOfRange<T>(lSum))
+    {
+        return kSqrt<T>(lSum);
+    }
+    const T lLargest = kLargest<T>(pX, pY, pZ);
+    if (lLargest == T(0) || std::isinf(lLargest))
+    {
+        return lLargest;
+    }
+    return lLargest * kSqrt<T>(kSumOfSquares<T>(pX / lLargest, pY / lLargest, pZ / lLargest));
+}
+
+/// The length of (x, y), without a guard at the ends of the range.
+template <typename T = double>
+inline T kHypot(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY)
+{
+    return kSqrtnz<T>(pY * pY + pX * pX);
+}
+
+/// The sine of an angle in radians.
+template <typename T = double>
+inline T kSin(kmathdetail::KScalar<T> pAngle)
+{
+    return std::sin(pAngle);
+}
+
+/// The cosine of an angle in radians.
+template <typename T = double>
+inline T kCos(kmathdetail::KScalar<T> pAngle)
+{
+    return std::cos(pAngle);
+}
+
+/// The angle in radians, -π/2 to π/2, whose sine is \p pX. Not a number beyond 1.
+template <typename T = double>
+inline T kAsin(kmathdetail::KScalar<T> pX)
+{
+    return std::asin(pX);
+}
+
+/// The angle in radians, -π to π, of the direction (x, y). The y comes first.
+template <typename T = double>
+inline T kAtan(kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pX)
+{
+    return std::atan2(pY, pX);
+}
+
+/// kAtan in degrees.
+template <typename T = double>
+inline T kAtand(kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pX)
+{
+    return T(kDegreesPerRadian) * kAtan<T>(pY, pX);
+}
+
+/// kAsin in degrees.
+template <typename T = double>
+inline T kAsind(kmathdetail::KScalar<T> pX)
+{
+    return T(kDegreesPerRadian) * kAsin<T>(pX);
+}
+
+/// The sine of an angle in radians; its cosine goes to \p pCos. The two calls stand together so that the compiler can make one of
+/// them; the values are those of the standard functions to the last bit.
+template <typename T>
+inline T kSinCos(kmathdetail::KScalar<T> pAngle, T* pCos)
+{
+    *pCos = kCos<T>(pAngle);
+    return kSin<T>(pAngle);
+}
+
+/// kSinCos of an angle in degrees.
+template <typename T>
+inline T kSinCosd(kmathdetail::KScalar<T> pAngle, T* pCos)
+{
+    return kSinCos<T>(T(kRadiansPerDegree) * pAngle, pCos);
+}
+
+/// \name The same for callers that hold a reference
+///@{
+template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
+inline T kSinCos(kmathdetail::KScalar<T> pAngle, T& pCos)
+{
+    return kSinCos<T>(pAngle, &pCos);
+}
+template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
+inline T kSinCosd(kmathdetail::KScalar<T> pAngle, T& pCos)
+{
+    return kSinCosd<T>(pAngle, &pCos);
+}
+///@}
+
+} // namespace qexsdk
+
+#endif
