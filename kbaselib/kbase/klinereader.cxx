@@ -57,7 +57,10 @@ bool KLineReader::OpenPath(const char* pPath)
     else if (S_ISDIR(lStat.st_mode))
         Fail(eSYSTEM, EISDIR);
     if (mStatus == eOK)
+    {
+        mSize = S_ISREG(lStat.st_mode) ? static_cast<int64_t>(lStat.st_size) : 0;
         return true;
+    }
     Close();
     return false;
 }
@@ -67,6 +70,7 @@ bool KLineReader::OpenBuffer(const char* pData, size_t pSize)
     Reset();
     mMemory = pSize == 0 ? "" : pData;
     mMemorySize = pSize;
+    mSize = static_cast<int64_t>(pSize);
     return true;
 }
 
@@ -99,6 +103,8 @@ void KLineReader::Reset()
     mStatus = eOK;
     mError = 0;
     mLineNumber = 0;
+    mRead = 0;
+    mSize = 0;
 }
 
 bool KLineReader::Rewind()
@@ -117,6 +123,7 @@ bool KLineReader::Rewind()
     mLine = nullptr;
     mLength = 0;
     mLineNumber = 0;
+    mRead = 0;
     mStatus = eOK;
     mError = 0;
     return true;
@@ -161,7 +168,8 @@ bool KLineReader::NextLine()
         mLine = mBegin;
         mLength = lLength;
         mBegin = lEnd;
-        if (lEnd != mFill)
+        mHasLineEnd = lEnd != mFill;
+        if (mHasLineEnd)
         {
             mSkipFeed = *lEnd == '\r';
             ++mBegin;
@@ -218,6 +226,7 @@ bool KLineReader::Refill()
         return Fail(eSYSTEM, errno);
     mAtEnd = lRead == 0;
     mFill += lRead;
+    mRead += lRead;
     mNextReturn = nullptr;
     return true;
 }

@@ -61,6 +61,15 @@ public:
     /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
     size_t GetLength() const { return mLength; }
 
+    /// False when the input's end, not a line end, ended the current line: it may have been cut short.
+    bool HasLineEnd() const { return mHasLineEnd; }
+
+    /// Bytes of the input up to the end of the current line.
+    int64_t GetPosition() const { return mRead - (mFill - mBegin); }
+
+    /// Bytes of the whole input as it was when it was opened; 0 when that is not known, as for a pipe.
+    int64_t GetSize() const { return mSize; }
+
     /// Number of the line loaded last, from 1; 0 before the first. A line that was too long counts.
     int64_t GetLineNumber() const { return mLineNumber; }
 
@@ -101,6 +110,9 @@ private:
     char*       mNextReturn = nullptr; ///< First CR at or behind mBegin, or mFill; null when not known.
     char*       mLine = nullptr;
     size_t      mLength = 0;
+    bool        mHasLineEnd = false;
+    int64_t     mRead = 0; ///< Bytes read since opening or rewinding.
+    int64_t     mSize = 0;
     int64_t     mLineNumber = 0;
     EStatus     mStatus = eOK;
     int         mError = 0;

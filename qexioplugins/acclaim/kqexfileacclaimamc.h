@@ -2,6 +2,7 @@
 #define QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMAMC_H
 
 #include <qexioplugins/acclaim/kqexasfscene.h>
+#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <functional>
@@ -32,13 +33,6 @@ struct QEX_API KQexAmcHeader
     KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON; ///< Unit of the angles.
     bool         mHasFrameRange = false;       ///< Whether :FRAME-RANGE was told.
     long long    mFrameRange[2] = {0, 0};      ///< First and last frame number of :FRAME-RANGE. Told by the file, not checked against it.
-};
-
-/// A word `l` on a skeleton's dof line. A bone of the model keeps no DOF for it, but its value stands in every line of motion.
-struct QEX_API KQexAsfLengthDof
-{
-    std::string mBone;      ///< Name of the bone.
-    int         mPlace = 0; ///< Place of the word on the dof line, counted from 0 over all its DOF words.
 };
 
 /// What a reader of motion must know of a skeleton's file beyond the model: the model keeps neither.
@@ -74,37 +68,36 @@ enum KQexAmcRateSource
 /// What was read.
 struct QEX_API KQexAmcInfo
 {
-    long long         mFrameCount = 0;                 ///< Distinct frame numbers read.
+    long long         mFrameCount = 0;                 ///< Complete frames read; one that repeats a number counts again.
     long long         mFirstFrame = 0;                 ///< Number of the first frame in the file: the one at time 0.
     long long         mLowestFrame = 0;                ///< Lowest frame number.
     long long         mHighestFrame = 0;               ///< Highest frame number.
     double            mSamplesPerSecond = 0.0;         ///< Rate that the times were computed with.
     KQexAmcRateSource mRateSource = eAMC_RATE_DEFAULT; ///< Where that rate comes from.
     KTime             mStart;                          ///< Time of the lowest frame.
-    KTime             mStop;              ///< Time of the last key: that of the highest frame, one frame later when there is a single one.
-    bool              mCancelled = false; ///< The progress call asked to stop.
+    KTime             mStop;                           ///< Time of the highest frame; of a single frame's end.
+    bool              mCancelled = false;              ///< The progress call asked to stop.
 };
 
 /// One bone as the motion sees it.
 struct QEX_API KQexAmcBone
 {
     HKQexAsfNode mNode = nullptr; ///< The bone, not owned.
-    double       mValues[6] = {0, 0, 0,
-                               0, 0, 0}; ///< Values read last, in the order of the bone's mOrderBuf, in the file's units. 0 before the first.
-    long long    mFrame = -1; ///< Index (not number) of the frame, counted from 0 in the order of the file, that gave them; -1 for none.
-    std::vector<int> mLengthPlaces; ///< Places of `l` among the values of a line, ascending.
+    double       mValues[6] = {}; ///< Values read last, by the bone's mOrderBuf, in the file's units; 0 before the first.
+    long long    mFrame = -1;     ///< KQexAmcFrame::mIndex of the frame that gave them; -1 for none.
 };
 
 /// One complete frame.
 struct QEX_API KQexAmcFrame
 {
-    long long                       mIndex = 0;       ///< Counted from 0 in the order of the file.
-    long long                       mNumber = 0;      ///< Frame number.
-    KTime                           mTime;            ///< Time of that number; the first frame of the file is at 0.
-    bool                            mLate = false;    ///< Its number is not above all numbers before it in the file.
-    const std::vector<KQexAmcBone>* mBones = nullptr; ///< All bones that have a DOF, in pre-order.
-    const std::vector<int>*         mPresent =
-        nullptr; ///< Indices into mBones of the bones that this frame gives, in the order of the file, each once.
+    long long                       mIndex = 0;          ///< Counted from 0 in the order of the file.
+    long long                       mNumber = 0;         ///< Frame number.
+    KTime                           mTime;               ///< Time of that number; the first frame of the file is at 0.
+    bool                            mLate = false;       ///< Its number is not above all numbers before it in the file.
+    double                          mLengthFactor = 1.0; ///< Times a translation value of the file: centimetres.
+    double                          mAngleFactor = 1.0;  ///< Times an angle of the file: degrees.
+    const std::vector<KQexAmcBone>* mBones = nullptr;    ///< All bones that have a DOF, in pre-order.
+    const std::vector<int>*         mPresent = nullptr;  ///< Indices into mBones of the frame's own, in file order.
 };
 
 /// Takes a motion frame by frame.

@@ -7,10 +7,20 @@
 #include <qexioplugins/motion/kqextextfile.h>
 #include <qexscene/kqexscene.h>
 
+#include <string>
+#include <vector>
+
 namespace qexsdk
 {
 
 class KQexAsfNameIndex;
+
+/// A word "l" on a bone's dof line. The bone keeps no DOF for it, but every line of motion has a value in its place.
+struct QEX_API KQexAsfLengthDof
+{
+    std::string mBone;      ///< Name of the bone.
+    int         mPlace = 0; ///< Place of the word on the dof line, counted from 0 over all its DOF words.
+};
 
 /// An Acclaim skeleton file (ASF), version 1.10: reads it into a KQexAsfScene, writes it from one. Open it with the
 /// operations of KQexTextFile, then call Read() or Write().
@@ -81,10 +91,16 @@ public:
     /// The scene being read or written; null outside Read() and Write().
     HKQexAsfScene mQexAsfScene;
 
+    /// The words "l" that the last Read() met, bone by bone in the order of the file, each bone's in the order of its dof line: what a
+    /// reader of motion has to know and the model has no field for.
+    const std::vector<KQexAsfLengthDof>& GetLengthDofs() const { return mLengthDofs; }
+
 private:
     void WriteHeader();
     void WriteOneBone(HKQexAsfNode pNode, int pIndex);
     void WriteLimits(HKQexAsfNode pNode);
+
+    std::vector<KQexAsfLengthDof> mLengthDofs;
 
     KQexAsfNameIndex* mNameIndex; ///< The bones of the current Read() by name; null outside.
 };

@@ -177,6 +177,13 @@ int KQexTextFile::GetLineNumber() const
     return static_cast<int>(std::min<int64_t>(mInput.GetLineNumber(), INT_MAX));
 }
 
+double KQexTextFile::GetFraction() const
+{
+    const double lSize = static_cast<double>(mInput.GetSize());
+    // A file that grew since it was opened is not more than whole.
+    return lSize > 0.0 ? std::min(1.0, static_cast<double>(mInput.GetPosition()) / lSize) : 0.0;
+}
+
 /// Reports why the input cannot be read on, and ends the reading.
 bool KQexTextFile::Stop()
 {

@@ -112,6 +112,12 @@ public:
     /// Number of the line loaded last, from 1; 0 before the first.
     int GetLineNumber() const;
 
+    /// False when the input's end, not a line end, ended the current line: it may have been cut short.
+    bool HasLineEnd() const { return mInput.HasLineEnd(); }
+
+    /// Part of the input that was read, 0 to 1; 0 when its size is not known, as for a pipe.
+    double GetFraction() const;
+
     /// First byte of the current line as it stands in the file, blanks before the first token included, up to the end of
     /// its last token (a comment is cut off). Never null; a NUL follows the last byte. It may be written to, and lives
     /// until the next line is loaded.
