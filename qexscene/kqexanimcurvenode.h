@@ -34,6 +34,12 @@ public:
     /// The property of channel \p pChannel; not valid (KQexProperty::IsValid) when there is no such channel.
     KQexProperty GetChannel(unsigned int pChannel);
 
+    /// The data of channel \p pChannel, null when there is no such channel. For the evaluator.
+    const KQexPropertyData* GetChannelData(unsigned int pChannel) const
+    {
+        return pChannel < kChannelCount ? mChannels[pChannel].GetData() : nullptr;
+    }
+
     /// What channel \p pChannel has where no curve with keys drives it. False when there is no such channel.
     template <typename T>
     bool SetChannelValue(unsigned int pChannel, T pValue)
@@ -71,7 +77,7 @@ public:
     /// \param pRecurse kept for the callers that pass it; has no effect: nothing is below a curve node.
     bool IsAnimated(bool pRecurse = false) const;
 
-    /// Channel \p pChannel (below kChannelCount) at \p pTime: its curve's value, or the channel's own where there is no curve
+    /// Channel \p pChannel (0 when there is none) at \p pTime: its curve's value, or the channel's own where there is no curve
     /// or one without keys.
     double Evaluate(unsigned int pChannel, KTime pTime) const;
 

@@ -57,6 +57,8 @@ protected:
 private:
     friend class KQexScene;
 
+    static KQexAnimEvaluator* Create(KQexScene* pScene);
+
     KQexAnimStack* mContext = nullptr;
 };
 

@@ -25,6 +25,9 @@ public:
     KQexConnection*              mPrevDst = nullptr; ///< Neighbours among the connections of the same source.
     KQexConnection*              mNextDst = nullptr;
     KQexListHook<KQexConnection> mSrcHook; ///< Place among the connections of the same property.
+
+private:
+    void TouchScene() const noexcept;
 };
 
 } // namespace qexsdk

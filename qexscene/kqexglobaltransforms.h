@@ -2,6 +2,7 @@
 #define QEXSCENE_KQEXGLOBALTRANSFORMS_H
 
 #include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/ktime.h>
 #include <qexscene/kqexmatrix.h>
 
 #include <cstddef>
@@ -12,13 +13,13 @@ namespace qexsdk
 class KQexAnimCurve;
 class KQexAnimLayer;
 class KQexNode;
-class KQexScene;
+class KQexProperty;
 
 /// The global transforms of a node and of everything below it at one time: what KQexAnimEvaluator::EvaluateGlobalTransforms
 /// fills. Items stand in pre-order, so item 0 is the top node and a parent always comes before its children.
 ///
 /// Keep one and use it again for the next frame: as long as the tree and its connections are the same, what was found out
-/// about them is used again. The caller owns it; it may outlive the scene, but GetNode must not be used then. 0.6 KB a node.
+/// about them is used again. The caller owns it; it may outlive the scene, but GetNode must not be used then. 0.3 KB a node.
 class QEX_API KQexGlobalTransforms
 {
 public:
@@ -59,8 +60,19 @@ private:
         KChannel   mChannels[9]; ///< Translation x, y, z, rotation x, y, z, scaling x, y, z.
     };
 
+    /// No items, and nothing known of any tree.
+    void Clear();
+
+    /// Makes room for \p pCount items; those there were are lost if it grows.
     bool Reserve(int pCount);
+
+    /// The items of \p pTop's tree and where their values come from, unless they are known already.
     bool Gather(KQexNode* pTop, const KQexAnimLayer* pLayer);
+
+    static void SetChannels(KChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer);
+
+    /// The transforms of all items; \p pOutside is that of what item 0 hangs under.
+    void Evaluate(const KQexMatrix& pOutside, KTime pTime);
 
     KItem*               mItems = nullptr;
     int                  mCount = 0;

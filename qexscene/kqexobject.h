@@ -90,7 +90,7 @@ protected:
     {
         if (pObject != nullptr && pObject->KQexObject::mName == nullptr)
         {
-            delete pObject;
+            delete static_cast<KQexObject*>(pObject); // The destructor of T may be protected.
             return nullptr;
         }
         return pObject;

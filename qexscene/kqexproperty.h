@@ -83,7 +83,8 @@ public:
     KQexObject* GetSrcObject(const kQexClassId& pClass, int pIndex = 0) const;
 
     /// Makes \p pObject drive the property, after those that do. An object may be connected more than once.
-    /// False when either is missing, they belong to different scenes, or memory runs out.
+    /// An object that has no scene becomes the property's scene's. False, and nothing changed, when either is missing, they
+    /// belong to different scenes, or memory runs out.
     bool ConnectSrcObject(KQexObject* pObject);
 
     /// Ends the first connection of \p pObject to the property. False when there is none.

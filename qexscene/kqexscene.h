@@ -96,6 +96,7 @@ private:
     friend class KQexConnection;
     friend class KQexNode;
     friend class KQexObject;
+    friend class KQexProperty;
 
     using KObjects = KQexList<KQexObject, &KQexObject::mSceneHook>;
     using KStacks = KQexIndexedList<KQexAnimStack, &KQexAnimStack::mStackHook>;
@@ -103,7 +104,14 @@ private:
     void DestroyObjects();
     void AddStack(KQexAnimStack* pStack);
     void RemoveStack(KQexAnimStack* pStack);
-    void Touch() { ++mVersion; }
+
+    /// Makes the scene the owner of \p pObject, which has none.
+    void Adopt(KQexObject* pObject) noexcept;
+
+    /// Ends that.
+    void LetGo(KQexObject* pObject) noexcept;
+
+    void Touch() noexcept { ++mVersion; }
 
     KObjects           mObjects;
     KStacks            mStacks;

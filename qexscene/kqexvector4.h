@@ -30,7 +30,12 @@ public:
 
     constexpr operator qexVectorTemplate3<double>() const { return {mData[0], mData[1], mData[2]}; }
 
-    /// Its four numbers. By this a vector is also assigned to, and makes, the math library's KgeTVector and KgeRVector.
+    /// Its first three numbers; the fourth of a KgeTVector is 1 as always when one is made. An existing KgeTVector or KgeRVector
+    /// that is assigned to takes them by its own operator.
+    operator KgeTVector() const { return {mData[0], mData[1], mData[2]}; }
+    operator KgeRVector() const { return {mData[0], mData[1], mData[2]}; }
+
+    /// Its four numbers.
     constexpr operator const double*() const { return mData; }
 
     /// Component \p pIndex, 0 to 3.

@@ -1,0 +1,121 @@
+#include <qexscene/kqexglobaltransforms.h>
+
+#include <kbaselib/kbase/kmemory.h>
+#include <qexscene/kqexanimcurve.h>
+#include <qexscene/kqexanimcurvenode.h>
+#include <qexscene/kqexnode.h>
+#include <qexscene/kqexscene.h>
+
+#include <new>
+#include <type_traits>
+
+namespace qexsdk
+{
+
+KQexGlobalTransforms::~KQexGlobalTransforms()
+{
+    QexSdkFree(mItems);
+}
+
+void KQexGlobalTransforms::Clear()
+{
+    mCount = 0;
+    mScene = 0;
+}
+
+int KQexGlobalTransforms::Find(const KQexNode* pNode) const
+{
+    for (int lIndex = 0; lIndex < mCount; ++lIndex)
+    {
+        if (mItems[lIndex].mNode == pNode)
+        {
+            return lIndex;
+        }
+    }
+    return -1;
+}
+
+bool KQexGlobalTransforms::Reserve(int pCount)
+{
+    static_assert(std::is_trivially_destructible_v<KItem>, "items are dropped without a word");
+    if (pCount <= mCapacity)
+    {
+        return true;
+    }
+    void* lMemory = QexSdkMalloc(static_cast<std::size_t>(pCount) * sizeof(KItem));
+    if (lMemory == nullptr)
+    {
+        return false;
+    }
+    QexSdkFree(mItems);
+    mItems = static_cast<KItem*>(lMemory);
+    mCapacity = pCount;
+    return true;
+}
+
+bool KQexGlobalTransforms::Gather(KQexNode* pTop, const KQexAnimLayer* pLayer)
+{
+    const KQexScene* lScene = pTop->GetScene();
+    if (mScene == lScene->GetSerial() && mVersion == lScene->GetVersion() && mTop == pTop && mLayer == pLayer)
+    {
+        return true;
+    }
+    Clear();
+    if (!Reserve(1 + pTop->GetChildCount(true)))
+    {
+        return false;
+    }
+    int lParent = -1;
+    for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
+    {
+        // Pre-order: the parent is the item before, or one of that item's ancestors.
+        lParent = mCount - 1;
+        while (lParent >= 0 && mItems[lParent].mNode != lNode->GetParent())
+        {
+            lParent = mItems[lParent].mParent;
+        }
+        KItem* lItem = new (mItems + mCount) KItem;
+        lItem->mNode = lNode;
+        lItem->mParent = lParent;
+        SetChannels(lItem->mChannels, lNode->mLocalTranslation, pLayer);
+        SetChannels(lItem->mChannels + 3, lNode->mLocalRotation, pLayer);
+        SetChannels(lItem->mChannels + 6, lNode->mLocalScaling, pLayer);
+        ++mCount;
+    }
+    mScene = lScene->GetSerial();
+    mVersion = lScene->GetVersion();
+    mTop = pTop;
+    mLayer = pLayer;
+    return true;
+}
+
+void KQexGlobalTransforms::SetChannels(KChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
+{
+    const KQexAnimCurveNode* lCurveNode = pProperty.GetCurveNode(pLayer);
+    for (unsigned int lI = 0; lI < 3; ++lI)
+    {
+        pChannels[lI].mCurve = lCurveNode != nullptr ? lCurveNode->GetCurve(lI) : nullptr;
+        pChannels[lI].mValue = lCurveNode != nullptr ? lCurveNode->GetChannelData(lI)->mValue : pProperty.GetData()->mValue + lI;
+    }
+}
+
+void KQexGlobalTransforms::Evaluate(const KQexMatrix& pOutside, KTime pTime)
+{
+    for (int lIndex = 0; lIndex < mCount; ++lIndex)
+    {
+        KItem& lItem = mItems[lIndex];
+        double lValues[9];
+        for (int lI = 0; lI < 9; ++lI)
+        {
+            const KChannel& lChannel = lItem.mChannels[lI];
+            const bool      lAnimated = lChannel.mCurve != nullptr && lChannel.mCurve->GetKeyCount() > 0;
+            lValues[lI] = lAnimated ? lChannel.mCurve->Evaluate(pTime) : *lChannel.mValue;
+        }
+        KQexMatrix lLocal;
+        lItem.mNode->ComposeLocalTransform(lLocal, lValues, lValues + 3, lValues + 6);
+        const KQexMatrix& lParent = lItem.mParent >= 0 ? mItems[lItem.mParent].mTransform : pOutside;
+        lItem.mTransform = lParent * lLocal;
+    }
+}
+
+} // namespace qexsdk
