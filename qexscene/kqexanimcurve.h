@@ -18,7 +18,8 @@ namespace qexsdk
 /// most five bytes each, spare room included, and 30 more for each gap in the sampling; while all values are the same they
 /// take none; keys without any regularity take 15 bytes at most (see KQexKeyStore).
 ///
-/// Belongs to the scene it was made in. Made by Create; a class derived from it can watch what happens to a curve.
+/// Belongs to the scene it was made in, until Destroy ends it or the scene does; that takes it off every curve node first.
+/// A class derived from it can watch what happens to a curve.
 class QEX_API KQexAnimCurve : public KQexObject
 {
 public:
@@ -26,6 +27,8 @@ public:
 
     /// An empty curve in \p pScene (null: a curve that belongs to no scene and is ended by Destroy). Null when memory runs out.
     static KQexAnimCurve* Create(KQexScene* pScene, const char* pName);
+
+    ~KQexAnimCurve() override;
 
     const kQexClassId& GetClassId() const noexcept override;
 
@@ -37,9 +40,6 @@ public:
     /// \param pLast when given, receives the index of the key; what it holds before is not looked at.
     /// \return the index of the key; -1, and the curve unchanged, when memory runs out.
     virtual int AddKey(const KTime& pTime, const KQexAnimCurveKey& pKey, int* pLast = nullptr);
-
-    /// Ends the curve: detaches it from every curve node and frees it. Neither flag changes anything for a curve.
-    void Destroy(bool pRecursive = false, bool pDependents = false) override;
 
     /// AddKey without a key object, for those who write many. False, and the curve unchanged, when memory runs out.
     bool AppendSample(const KTime& pTime, float pValue) { return mKeys.Set(pTime.Get(), pValue) >= 0; }
@@ -75,13 +75,14 @@ public:
     /// For filters, which read one set of keys and then put another in its place.
     /// \{
     const KQexKeyStore& GetKeys() const { return mKeys; }
+    /// Exchanges the values with those of \p pValues, which are as many as there are keys. Cannot fail.
+    void SwapValues(KQexKeyBlock<float>& pValues) { mKeys.SwapValues(pValues); }
     /// Exchanges all keys with those of \p pKeys. Cannot fail.
     void SwapKeys(KQexKeyStore& pKeys) { mKeys.Swap(pKeys); }
     /// \}
 
 protected:
     KQexAnimCurve(KQexScene* pScene, const char* pName);
-    ~KQexAnimCurve() override;
 
 private:
     KQexKeyStore mKeys;

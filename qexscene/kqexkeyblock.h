@@ -12,8 +12,8 @@
 namespace qexsdk
 {
 
-/// A growing array of plain data that keeps little spare room: at most a quarter of its items (four where there are few), so
-/// that a full block times 1.25 bounds its memory. Appending is amortised O(1). Indices are trusted.
+/// A growing array of plain data that keeps little spare room: growing adds a quarter (two items where there are few), so
+/// that an array that only grows takes at most 1.25 times its items. Appending is amortised O(1). Indices are trusted.
 template <typename T>
 class KQexKeyBlock
 {
@@ -55,9 +55,18 @@ public:
             return false;
         }
         const int lNeeded = mCount + pMore;
-        const int lSpare = mCapacity < 16 ? 4 : mCapacity / 4;
+        const int lSpare = mCapacity < 16 ? 2 : mCapacity / 4;
         const int lGrown = mCapacity > INT_MAX - lSpare ? INT_MAX : mCapacity + lSpare;
-        return SetCapacity(lNeeded > lGrown ? lNeeded : lGrown);
+        return SetCapacity(mCapacity == 0 || lNeeded > lGrown ? lNeeded : lGrown);
+    }
+
+    /// Gives room back when three quarters and more of it lie idle.
+    void ShrinkIdle()
+    {
+        if (mCapacity > 8 && mCount < mCapacity / 4)
+        {
+            SetCapacity(mCount + mCount / 4 + 2);
+        }
     }
 
     /// Exactly \p pCapacity items' room, unless there are more items. False, and nothing changed, when memory runs out.

@@ -31,6 +31,9 @@ public:
     /// Gives a key another value. False when memory runs out.
     bool SetValue(int pIndex, float pValue) { return mValues.Set(pIndex, pValue); }
 
+    /// Exchanges the values with a list of as many. Cannot fail; a value that was kept once is gone, \p pList is then empty.
+    void SwapValues(KQexKeyBlock<float>& pList) noexcept { mValues.SwapList(pList); }
+
     /// The value at \p pTime as KQexAnimCurve::Evaluate tells it.
     double Evaluate(std::int64_t pTime) const;
 

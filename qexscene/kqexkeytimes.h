@@ -36,7 +36,7 @@ public:
     {
         if (mCount > 0 && !mIsListed)
         {
-            KRun&              lRun = mRuns[mRuns.GetCount() - 1];
+            KRun&               lRun = mRuns[mRuns.GetCount() - 1];
             const std::uint64_t lStep = Step(mLast, pTime);
             if (lStep == lRun.mStep)
             {
@@ -95,11 +95,11 @@ private:
     void TurnIntoList();
     void TurnIntoRuns();
 
-    KQexKeyBlock<KRun>         mRuns;             ///< Empty when the times are listed.
-    KQexKeyBlock<std::int64_t> mList;             ///< The times one by one, empty when they are kept as runs.
+    KQexKeyBlock<KRun>         mRuns; ///< Empty when the times are listed.
+    KQexKeyBlock<std::int64_t> mList; ///< The times one by one, empty when they are kept as runs.
     std::int64_t               mLast = 0;
     int                        mCount = 0;
-    int                        mBreaks = 0;       ///< When listed: keys whose step ahead differs from the step behind.
+    int                        mBreaks = 0; ///< When listed: keys whose step ahead differs from the step behind.
     bool                       mIsListed = false;
 };
 

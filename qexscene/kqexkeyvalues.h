@@ -26,6 +26,9 @@ public:
     /// Puts the value before the value \p pIndex (at the end when it is the count), after MakeRoom for it.
     void InsertInRoom(int pIndex, float pValue);
 
+    /// Exchanges the values with a list of as many (at least one). What was kept once is not listed: \p pList is empty then.
+    void SwapList(KQexKeyBlock<float>& pList) noexcept;
+
     void        Clear();
     void        Compact();
     void        Swap(KQexKeyValues& pOther) noexcept;

@@ -1,0 +1,8 @@
+#include <qexscene/kqexanimcurvefilter.h>
+
+namespace qexsdk
+{
+
+KQexAnimCurveFilter::~KQexAnimCurveFilter() = default;
+
+} // namespace qexsdk
