@@ -15,7 +15,7 @@ set(kStandard
     cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib
     cstring ctime cuchar cwchar cwctype)
 
-set(lMore_kbaselib/kbase errno.h fcntl.h sys/stat.h sys/types.h sys/uio.h unistd.h)
+set(lMore_kbaselib/kbase errno.h fcntl.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
 set(lMore_qexioplugins/gltf tiny_gltf.h)
 
 set(lBad "")
