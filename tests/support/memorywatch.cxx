@@ -62,6 +62,7 @@ bool KMemoryWatch::Admit(std::size_t pSize)
 {
     ++mCalls;
     mLargest = std::max(mLargest, pSize);
+    mLastSize = pSize;
     if (mLeft == 0)
     {
         return false;
@@ -77,6 +78,7 @@ void KMemoryWatch::Add(void* pBlock, std::size_t pSize)
 {
     if (pBlock != nullptr)
     {
+        mLastBlock = static_cast<const char*>(pBlock);
         mBlocks[pBlock] = pSize;
         mBytes += pSize;
         mPeakBytes = std::max(mPeakBytes, mBytes);

@@ -28,6 +28,8 @@ public:
     std::size_t GetBytes() const { return mBytes; }          ///< Their sizes' sum.
     std::size_t GetPeakBytes() const { return mPeakBytes; }  ///< The largest it has been.
     std::size_t GetLargest() const { return mLargest; }      ///< The largest block ever asked for.
+    std::size_t GetLastSize() const { return mLastSize; }    ///< What was asked for last, 0 before.
+    const char* GetLastBlock() const { return mLastBlock; }  ///< The block handed out last, null before.
 
 private:
     bool Admit(std::size_t pSize);
@@ -43,6 +45,8 @@ private:
     std::size_t                            mBytes = 0;
     std::size_t                            mPeakBytes = 0;
     std::size_t                            mLargest = 0;
+    std::size_t                            mLastSize = 0;
+    const char*                            mLastBlock = nullptr;
 };
 
 } // namespace qexsdk

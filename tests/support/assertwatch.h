@@ -1,0 +1,46 @@
+#ifndef TESTS_SUPPORT_ASSERTWATCH_H
+#define TESTS_SUPPORT_ASSERTWATCH_H
+
+#include <kbaselib/kbase/kassert.h>
+
+#include <string>
+#include <vector>
+
+/// \file
+/// Collecting the assertions that the library reports.
+
+namespace qextest
+{
+
+/// One report, as KAssertFailed handed it to the handler.
+struct KAssertReport
+{
+    std::string   mFile;
+    std::string   mFunction;
+    unsigned long mLine = 0;
+    std::string   mText;
+    bool          mHasFlag = false; ///< Whether the site has a flag, so that it reports once in a process.
+};
+
+/// Collects the reports made while it lives. One at a time.
+class KAssertWatch
+{
+public:
+    KAssertWatch();
+    ~KAssertWatch();
+    KAssertWatch(const KAssertWatch&) = delete;
+    KAssertWatch& operator=(const KAssertWatch&) = delete;
+
+    const std::vector<KAssertReport>& GetReports() const { return mReports; }
+
+private:
+    static void Handle(const char* pFile, const char* pFunction, unsigned long pLine, const char* pText, bool* pHideForever);
+
+    static KAssertWatch*       smCurrent;
+    qexsdk::KAssertHandler     mBefore = nullptr;
+    std::vector<KAssertReport> mReports;
+};
+
+} // namespace qextest
+
+#endif
