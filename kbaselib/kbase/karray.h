@@ -30,6 +30,20 @@ public:
     /// The number of blocks, so the room in items divided by kBlockItems; 0 while there is no memory behind the array.
     int GetBlockCount() const { return mBlock == nullptr ? 0 : static_cast<int>(Header()->mBlockCount); }
 
+    /// Makes room for \p pCount items, growing as adding them would. False, with the array unchanged but for room that it may
+    /// have gained, when memory runs out.
+    bool Reserve(int pCount)
+    {
+        while (pCount > GetBlockCount() * kBlockItems)
+        {
+            if (!Grow())
+            {
+                return false;
+            }
+        }
+        return true;
+    }
+
     /// Gives the memory back; the array is empty then.
     void Clear()
     {

@@ -120,7 +120,8 @@ public:
     /// Binds this subtree to the children of \p pParent: a child node with a bone's name and a skeleton attribute only takes the
     /// bone's default values and curves, and its bone's children are bound below it; any other bone is built with ASFToQEX() and
     /// added to the node that its parent bone was bound to.
-    void MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
+    /// \return false when memory ran out for a part, which is missing then
+    bool MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                        bool pSetPreRotation);
 
     ///@}
@@ -131,8 +132,9 @@ public:
 
     /// Makes empty curves in \p pScene for this bone and all below it: three for translation when the bone has a translation
     /// DOF, three for rotation when it has a rotation DOF, named after the bone with _tx … _rz. Curves that a bone still owns
-    /// are destroyed first. A curve that cannot be made for want of memory stays null and takes no keys.
-    void CreateDataFromDOF(KQexScene* pScene);
+    /// are destroyed first.
+    /// \return false when memory ran out for a group of three, which is missing then: no keys will be taken for it
+    bool CreateDataFromDOF(KQexScene* pScene);
 
     /// Opens a sampling pass. There is nothing to prepare; it stands for the callers' symmetry.
     void StartSamplingData();
@@ -142,7 +144,8 @@ public:
     /// \param pLengthUnit factor of every translation value
     /// \param pAngleUnit factor of every rotation value, to degrees
     /// The flags must be those that the frames were computed with and that the import will be given.
-    void AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
+    /// \return false when memory ran out for a key
+    bool AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
                           bool pSetPreRotation);
 
     /// Ends the sampling pass for this bone and all below it: destroys the three curves of a group whose first curve has fewer
@@ -152,7 +155,8 @@ public:
     /// Writes mLT and mLR to the node's local translation and rotation, and connects the sampled curves to them for the take
     /// \p pTakeName. A curve is handed over once; where the take has no curve node, an assertion is reported and the bone
     /// keeps its curves.
-    void SetKFCurves(KQexNode* pQexNode, const char* pTakeName);
+    /// \return false when memory ran out and curves stayed with the bone
+    bool SetKFCurves(KQexNode* pQexNode, const char* pTakeName);
 
     /// Caches offset, pre- and post-rotation of \p pQexNode, and the curve nodes of its local translation, rotation and scaling
     /// on the first layer of the current animation stack (null where there is none). Does nothing for a null node.
@@ -160,35 +164,35 @@ public:
 
     ///@}
 
-    char mName[256];                           ///< Name, NUL-terminated. Empty by default.
-    int mOrderCount;                           ///< Number of valid entries in mOrderBuf, 0 to 6.
-    int mOrderBuf[6];                          ///< DOF codes in the order of the file. Not initialised.
-    double mLimitsBuf[6][2];                   ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
-    bool mLimitsActive[6][2];                  ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
-    int mOrientationOrder;                     ///< Rotation order code of the bone's axis line.
-    KgeRVector mOrientationV;                  ///< Axis angles in degrees.
-    KgeTVector mPositionV;                     ///< End of the bone relative to its start, global axes; at the root its position.
-    KgeTVector mDirectionV;                    ///< Direction, global axes.
-    double mLength;                            ///< Length.
-    HKQexAsfNode mParent;                      ///< Parent bone, not owned; null at the root.
-    KArrayTemplate<KQexAsfNode*> mChildBuf;    ///< Children in file order, owned.
-    KgeRMatrix mAxisRM;                        ///< Rotation of the bone's axis frame, global.
-    KgeRMatrix mAxisRMInv;                     ///< Inverse of mAxisRM.
-    KgeRMatrix mParentAxisRM;                  ///< The parent's mAxisRM, as SetupPosition() copied it.
-    KgeRMatrix mParentAxisRMInv;               ///< The parent's mAxisRMInv, as SetupPosition() copied it.
-    KgeTVector mParentPositionV;               ///< The parent's mPositionV: start of this bone relative to the parent's start.
-    KgeTVector mLT;                            ///< Local translation of the bone's host node.
-    KgeRVector mLR;                            ///< Local rotation of the bone's host node: angles about x, y, z in degrees.
-    KQexAnimCurveNode* mLTNode;                ///< Host translation curve node, not owned.
-    KQexAnimCurveNode* mLRNode;                ///< Host rotation curve node, not owned.
-    KQexAnimCurveNode* mLSNode;                ///< Host scaling curve node, not owned.
-    KQexVector4 mTOffset;                      ///< Rotation offset of the host node (export).
-    KQexVector4 mPreRotation;                  ///< Pre-rotation of the host node (export).
-    KQexVector4 mPostRotation;                 ///< Post-rotation of the host node (export).
-    KQexAnimCurve* mLTData[3];                 ///< Translation curves x, y, z being sampled, owned; null when absent.
-    KQexAnimCurve* mLRData[3];                 ///< Rotation curves x, y, z being sampled, owned; null when absent.
-    bool mInvalidateRLimits;                   ///< Limits count as absent. False.
-    KQexScene* mScene;                         ///< Scene in which curves are made, not owned.
+    char                         mName[256];          ///< Name, NUL-terminated. Empty by default.
+    int                          mOrderCount;         ///< Number of valid entries in mOrderBuf, 0 to 6.
+    int                          mOrderBuf[6];        ///< DOF codes in the order of the file. Not initialised.
+    double                       mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
+    bool                         mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
+    int                          mOrientationOrder;   ///< Rotation order code of the bone's axis line.
+    KgeRVector                   mOrientationV;       ///< Axis angles in degrees.
+    KgeTVector                   mPositionV;          ///< End of the bone relative to its start, global axes; at the root its position.
+    KgeTVector                   mDirectionV;         ///< Direction, global axes.
+    double                       mLength;             ///< Length.
+    HKQexAsfNode                 mParent;             ///< Parent bone, not owned; null at the root.
+    KArrayTemplate<KQexAsfNode*> mChildBuf;           ///< Children in file order, owned.
+    KgeRMatrix                   mAxisRM;             ///< Rotation of the bone's axis frame, global.
+    KgeRMatrix                   mAxisRMInv;          ///< Inverse of mAxisRM.
+    KgeRMatrix                   mParentAxisRM;       ///< The parent's mAxisRM, as SetupPosition() copied it.
+    KgeRMatrix                   mParentAxisRMInv;    ///< The parent's mAxisRMInv, as SetupPosition() copied it.
+    KgeTVector                   mParentPositionV;    ///< The parent's mPositionV: start of this bone relative to the parent's start.
+    KgeTVector                   mLT;                 ///< Local translation of the bone's host node.
+    KgeRVector                   mLR;                 ///< Local rotation of the bone's host node: angles about x, y, z in degrees.
+    KQexAnimCurveNode*           mLTNode;             ///< Host translation curve node, not owned.
+    KQexAnimCurveNode*           mLRNode;             ///< Host rotation curve node, not owned.
+    KQexAnimCurveNode*           mLSNode;             ///< Host scaling curve node, not owned.
+    KQexVector4                  mTOffset;            ///< Rotation offset of the host node (export).
+    KQexVector4                  mPreRotation;        ///< Pre-rotation of the host node (export).
+    KQexVector4                  mPostRotation;       ///< Post-rotation of the host node (export).
+    KQexAnimCurve*               mLTData[3];          ///< Translation curves x, y, z being sampled, owned; null when absent.
+    KQexAnimCurve*               mLRData[3];          ///< Rotation curves x, y, z being sampled, owned; null when absent.
+    bool                         mInvalidateRLimits;  ///< Limits count as absent. False.
+    KQexScene*                   mScene;              ///< Scene in which curves are made, not owned.
 
 private:
     friend class KQexAsfWalk;
@@ -196,7 +200,7 @@ private:
     // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
     // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
     HKQexAsfNode mWalkParent;
-    int mWalkIndex;
+    int          mWalkIndex;
 };
 
 } // namespace qexsdk

@@ -42,13 +42,13 @@ public:
 
     /// Binds the skeleton to the hierarchy below \p pRootNode: where a node of the root bone's name is found at any depth below
     /// it, and has a parent, from that parent on (see KQexAsfNode::MergeASFToQEX), else as a new skeleton under \p pRootNode.
-    void MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
+    /// \return false when memory ran out for a part
+    bool MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                        bool pSetPreRotation);
 
     /// Fills this newly constructed scene from the host tree at \p pRootNode: a bone for every node below it, the root bone named
     /// "root", and a bone named after the child with "Dummy" in front of every child of a node whose children start at different
-    /// places. An earlier mRoot is overwritten, not destroyed. Node names are copied without a check: at most 255 characters,
-    /// and 250 where a dummy is made.
+    /// places. An earlier mRoot is overwritten, not destroyed. Names of more than 255 characters are cut.
     /// \param pTAnimated gives every bone but the root the three translation DOFs and the host's translation limits
     /// \param pBaseScale multiplied into the root node's local scaling, and so into every length
     /// \param pExportDefaultsAsBaseTR takes the pose at time zero for the rest pose; else offsets and pre-rotations alone count
@@ -58,19 +58,18 @@ public:
     /// Pairs the bones with the host nodes of the same names below \p pRootNode, which stands for the root whatever its name:
     /// a bone is searched at any depth below the node of its nearest paired ancestor. A paired bone takes that ancestor's axis
     /// as its parent axis and caches its node's offsets and curve nodes; other bones are left as they are.
-    /// \return true, also when no name was found
+    /// \return true, also when no name was found; false only when memory runs out
     bool MergeQEXToASF(KQexNode* pRootNode);
 
-    char mName[1024];       ///< Skeleton name, NUL-terminated. Empty by default.
-    double mMassUnit;       ///< Mass unit factor of the file. 1 by default.
-    double mLengthUnit;     ///< Length unit factor of the file. 1 by default.
-    double mAngleUnit;      ///< Degrees per angle unit of the file, for motion; never applied to the skeleton. 1 by default.
-    HKQexAsfNode mRoot;     ///< Root bone, owned; null by default.
+    char         mName[1024]; ///< Skeleton name, NUL-terminated. Empty by default.
+    double       mMassUnit;   ///< Mass unit factor of the file. 1 by default.
+    double       mLengthUnit; ///< Length unit factor of the file. 1 by default.
+    double       mAngleUnit;  ///< Degrees per angle unit of the file, for motion; never applied to the skeleton. 1 by default.
+    HKQexAsfNode mRoot;       ///< Root bone, owned; null by default.
 
 private:
     KQexAsfNode* CreateRoot(KQexNode* pQexNode);
-    void RecursiveCreate(KQexNode* pQexNode, KQexAsfNode* pAsfNode, bool pTAnimated, KQexVector4 pBaseScale,
-                         bool pExportDefaultsAsBaseTR);
+    bool RecursiveCreate(KQexNode* pQexNode, KQexAsfNode* pAsfNode, bool pTAnimated, KQexVector4 pBaseScale, bool pExportDefaultsAsBaseTR);
     void SetupNode(KQexAsfNode* pAsfNode, KQexVector4 pT, KQexVector4 pR, KQexVector4 pGS);
     bool RecursiveMerge(KQexNode* pQexNode, KQexAsfNode* pAsfNode, KQexAsfNode* pAsfReferenceNode);
 };
