@@ -1,0 +1,115 @@
+#include <apps/asf/asfprogram.h>
+
+#include <apps/asf/commands/commands.h>
+#include <apps/asf/console.h>
+#include <apps/asf/outputs.h>
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <memory>
+#include <new>
+#include <sstream>
+
+namespace asfapp
+{
+
+namespace
+{
+
+const char* const kDescription =
+    "Reads Acclaim skeletons and motion (ASF, AMC): says what is in them and what is wrong with them, and draws them.";
+
+const char* const kExamples = "Examples:\n"
+                              "  asf info samples/walker.asf\n"
+                              "  asf check *.asf *.amc\n"
+                              "  asf draw samples/walker.asf -o walker.svg\n"
+                              "  asf COMMAND --help\n"
+                              "\n"
+                              "Data goes to standard output, messages go to standard error. \"-\" stands for standard input or output.\n"
+                              "Exit status: 0 done, perhaps with warnings; 1 an input is at fault; 2 a wrong call; 3 a file could not be\n"
+                              "opened, read or written.";
+
+class KFormatter : public CLI::Formatter
+{
+public:
+    // Examples keep their lines: the base class would run them together.
+    std::string make_footer(const CLI::App* pApp) const override
+    {
+        const std::string lFooter = pApp->get_footer();
+        return lFooter.empty() ? std::string() : "\n" + lFooter + "\n";
+    }
+};
+
+void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
+{
+    pProgram.name("asf");
+    pProgram.formatter(std::make_shared<KFormatter>());
+    pProgram.get_formatter()->column_width(34);
+    pProgram.footer(kExamples);
+    pProgram.set_help_flag("-h,--help", "Say how it is called");
+    pProgram.set_version_flag("--version", "asf " QEX_VERSION, "Say which version this is");
+    pProgram.require_subcommand(1);
+    AddInfoCommand(pProgram, pConsole);
+    AddCheckCommand(pProgram, pConsole);
+    AddDrawCommand(pProgram, pConsole);
+}
+
+// The command that was meant, for the hint behind an error.
+std::string CalledCommand(const CLI::App& pProgram)
+{
+    const auto lCalled = pProgram.get_subcommands();
+    return lCalled.empty() ? "asf" : "asf " + lCalled.front()->get_name();
+}
+
+void ReportWrongCall(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
+{
+    pConsole.Fail(eEXIT_CALL, std::string(pError.what()));
+    const std::string lHint = "Run '" + CalledCommand(pProgram) + " --help' to see how it is called.\n";
+    std::fwrite(lHint.data(), 1, lHint.size(), stderr);
+}
+
+void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
+{
+    CLI::App lProgram{kDescription};
+    SetUpProgram(lProgram, pConsole);
+    try
+    {
+        lProgram.parse(pArgumentCount, pArguments);
+    }
+    catch (const CLI::Success& lAnswer)
+    {
+        // --help and --version.
+        std::ostringstream lText;
+        lProgram.exit(lAnswer, lText, lText);
+        pConsole.Out(lText.str());
+    }
+    catch (const CLI::ParseError& lError)
+    {
+        ReportWrongCall(lProgram, lError, pConsole);
+    }
+}
+
+} // namespace
+
+int RunProgram(int pArgumentCount, char** pArguments)
+{
+    InstallSignals();
+    KConsole lConsole;
+    try
+    {
+        ParseAndRun(pArgumentCount, pArguments, lConsole);
+    }
+    catch (const std::bad_alloc&)
+    {
+        lConsole.Fail(eEXIT_SYSTEM, "out of memory");
+    }
+    catch (const std::exception& lError)
+    {
+        lConsole.Fail(eEXIT_SYSTEM, lError.what());
+    }
+    lConsole.CloseOut();
+    return lConsole.GetExit();
+}
+
+} // namespace asfapp

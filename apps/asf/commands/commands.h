@@ -1,0 +1,24 @@
+#ifndef APPS_ASF_COMMANDS_COMMANDS_H
+#define APPS_ASF_COMMANDS_COMMANDS_H
+
+#include <apps/asf/console.h>
+
+namespace CLI
+{
+class App;
+}
+
+/// \file
+/// One function a command: it adds the command with its options, help and examples to the program, and runs it when it was called.
+/// A command reports through the console, which also keeps the exit status.
+
+namespace asfapp
+{
+
+void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
+
+} // namespace asfapp
+
+#endif

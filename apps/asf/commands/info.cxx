@@ -1,0 +1,76 @@
+#include <apps/asf/commands/commands.h>
+
+#include <apps/asf/inputfile.h>
+#include <apps/asf/skeletoninfo.h>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace asfapp
+{
+
+namespace
+{
+
+struct KInfoOptions
+{
+    std::vector<std::string> mFiles;
+    bool                     mJson = false;
+};
+
+void ShowSkeleton(const KInputFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
+{
+    KSkeletonFile lSkeleton;
+    lSkeleton.Read(pFile, false, pConsole);
+    lSkeleton.GetMessages().Print(pFile.GetShown(), pConsole);
+    if (pOptions.mJson)
+    {
+        WriteSkeletonJson(pFile, lSkeleton, pConsole);
+    }
+    else if (lSkeleton.IsOk())
+    {
+        WriteSkeletonInfo(pFile, lSkeleton, pConsole);
+    }
+}
+
+void RunInfo(const KInfoOptions& pOptions, KConsole& pConsole)
+{
+    bool lFirst = true;
+    for (const std::string& lPath : pOptions.mFiles)
+    {
+        KInputFile lFile;
+        if (pConsole.IsOutGone() || !lFile.Open(lPath, pConsole))
+        {
+            continue;
+        }
+        if (!lFirst && !pOptions.mJson)
+        {
+            pConsole.Out("\n");
+        }
+        lFirst = false;
+        ShowSkeleton(lFile, pOptions, pConsole);
+        pConsole.FlushOut();
+    }
+}
+
+} // namespace
+
+void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
+{
+    auto      lOptions = std::make_shared<KInfoOptions>();
+    CLI::App* lCommand = pProgram.add_subcommand("info", "Say what is in skeletons and motions");
+    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required();
+    lCommand->add_flag("--json", lOptions->mJson, "Print everything as JSON, one object a file on a line of its own");
+    lCommand->footer("A skeleton's tree has a line for each bone: its length in centimetres and in the file's own unit, its degrees of\n"
+                     "freedom in the order of the file, each with its limits.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  asf info walker.asf\n"
+                     "  asf info --json walker.asf | jq '.skeleton.bones[].name'");
+    lCommand->callback([lOptions, &pConsole] { RunInfo(*lOptions, pConsole); });
+}
+
+} // namespace asfapp

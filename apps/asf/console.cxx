@@ -1,0 +1,157 @@
+#include <apps/asf/console.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace asfapp
+{
+
+namespace
+{
+
+constexpr size_t kPendingLimit = 1 << 16;
+
+bool WantsColour(int pStream)
+{
+    const char* lNoColour = std::getenv("NO_COLOR");
+    const char* lTerminal = std::getenv("TERM");
+    const bool  lForbidden = lNoColour != nullptr && *lNoColour != '\0';
+    const bool  lDumb = lTerminal == nullptr || std::string_view(lTerminal) == "dumb";
+    return !lForbidden && !lDumb && isatty(pStream) == 1;
+}
+
+const char* SeverityWord(ESeverity pSeverity)
+{
+    return pSeverity == eERROR ? "error" : pSeverity == eWARNING ? "warning" : "note";
+}
+
+const char* SeverityColour(ESeverity pSeverity)
+{
+    return pSeverity == eERROR ? "\033[1;31m" : pSeverity == eWARNING ? "\033[1;35m" : "\033[1;36m";
+}
+
+} // namespace
+
+std::string Printable(std::string_view pText)
+{
+    std::string lResult;
+    lResult.reserve(pText.size());
+    for (const char lChar : pText)
+    {
+        const unsigned char lByte = static_cast<unsigned char>(lChar);
+        if (lByte >= 0x20 && lByte != 0x7f)
+        {
+            lResult.push_back(lChar);
+            continue;
+        }
+        char lEscape[8];
+        std::snprintf(lEscape, sizeof lEscape, "\\x%02x", static_cast<unsigned>(lByte));
+        lResult += lEscape;
+    }
+    return lResult;
+}
+
+std::string ShownPath(const std::string& pPath)
+{
+    return pPath == "-" ? "<stdin>" : pPath;
+}
+
+KConsole::KConsole() : mOutColour(WantsColour(STDOUT_FILENO)), mErrColour(WantsColour(STDERR_FILENO)) {}
+
+KConsole::~KConsole()
+{
+    CloseOut();
+}
+
+bool KConsole::WriteOut()
+{
+    if (!mOutOpen && !mOutGone)
+    {
+        mOutOpen = true;
+        mOutGone = !mOut.Open("-");
+    }
+    mOutGone = mOutGone || !mOut.Write(mPending.data(), mPending.size());
+    mPending.clear();
+    return !mOutGone;
+}
+
+bool KConsole::Out(std::string_view pText)
+{
+    mPending += pText;
+    return mPending.size() < kPendingLimit ? !mOutGone : WriteOut();
+}
+
+bool KConsole::FlushOut()
+{
+    if (mPending.empty() && !mOutOpen)
+    {
+        return !mOutGone;
+    }
+    // Only closing tells whether the bytes arrived; the next piece opens anew.
+    WriteOut();
+    CloseOut();
+    return !mOutGone;
+}
+
+void KConsole::CloseOut()
+{
+    if (!mPending.empty())
+    {
+        WriteOut();
+    }
+    if (!mOutOpen)
+    {
+        return;
+    }
+    mOutOpen = false;
+    if (!mOut.Close() || mOutGone)
+    {
+        mOutGone = true;
+        if (!mOut.IsBrokenPipe())
+        {
+            Fail(eEXIT_SYSTEM, "cannot write standard output: " + mOut.GetReason());
+        }
+    }
+}
+
+void KConsole::Message(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText)
+{
+    if (pSeverity == eNOTE && mQuiet)
+    {
+        return;
+    }
+    std::string lText = Printable(pPath);
+    if (pLine > 0)
+    {
+        lText += ":" + std::to_string(pLine);
+    }
+    lText += ": ";
+    lText += mErrColour ? SeverityColour(pSeverity) : "";
+    lText += SeverityWord(pSeverity);
+    lText += mErrColour ? ":\033[0m " : ": ";
+    lText += Printable(pText);
+    lText += "\n";
+    std::fwrite(lText.data(), 1, lText.size(), stderr);
+}
+
+void KConsole::Fail(EExit pExit, std::string_view pText)
+{
+    Message(eERROR, "asf", 0, pText);
+    Raise(pExit);
+}
+
+void KConsole::Raise(EExit pExit)
+{
+    mExit = std::max<int>(mExit, pExit);
+}
+
+std::string KConsole::Bold(std::string_view pText) const
+{
+    const std::string lText(pText);
+    return mOutColour ? "\033[1m" + lText + "\033[0m" : lText;
+}
+
+} // namespace asfapp

@@ -1,0 +1,230 @@
+#include <apps/asf/inputfile.h>
+
+#include <kbaselib/kbase/klinereader.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <set>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace asfapp
+{
+
+namespace
+{
+
+constexpr size_t kHeadSize = 1 << 16;
+
+// Skeletons and motions that come through a pipe are held in memory. Real ones stay far below.
+constexpr size_t kMemoryLimit = size_t(1) << 30;
+
+enum EReadResult
+{
+    eREAD_ALL,
+    eREAD_MORE,
+    eREAD_FAILED
+};
+
+// Reads at most pLimit bytes.
+EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
+{
+    while (pBytes.size() < pLimit)
+    {
+        const size_t lOld = pBytes.size();
+        pBytes.resize(std::min(pLimit, lOld + std::max(kHeadSize, lOld / 2)));
+        const ssize_t lGot = read(pFile, pBytes.data() + lOld, pBytes.size() - lOld);
+        pBytes.resize(lOld + static_cast<size_t>(std::max<ssize_t>(lGot, 0)));
+        if (lGot == 0)
+        {
+            return eREAD_ALL;
+        }
+        if (lGot < 0 && errno != EINTR)
+        {
+            return eREAD_FAILED;
+        }
+    }
+    return eREAD_MORE;
+}
+
+std::string LowerCase(std::string pText)
+{
+    std::transform(pText.begin(), pText.end(), pText.begin(), [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
+    return pText;
+}
+
+// The first word of every line, in lower case. Empty lines give none.
+class KFirstWords
+{
+public:
+    explicit KFirstWords(const std::string& pText) : mText(pText) {}
+
+    bool Next(std::string& pWord)
+    {
+        while (mPlace < mText.size())
+        {
+            const size_t lEnd = std::min(mText.find_first_of("\r\n", mPlace), mText.size());
+            size_t       lFrom = mPlace;
+            while (lFrom < lEnd && (std::strchr(" \t,()", mText[lFrom]) != nullptr))
+            {
+                ++lFrom;
+            }
+            mPlace = lEnd + 1;
+            if (lFrom < lEnd)
+            {
+                const size_t lStop = mText.find_first_of(std::string(" \t,()\r\n\0", 8), lFrom);
+                pWord = LowerCase(mText.substr(lFrom, std::min(lStop, lEnd) - lFrom));
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    const std::string& mText;
+    size_t             mPlace = 0;
+};
+
+const std::set<std::string>& SkeletonWords()
+{
+    static const std::set<std::string> sWords{":version", ":name", ":units", ":documentation", ":root", ":bonedata", ":hierarchy", ":skin"};
+    return sWords;
+}
+
+const std::set<std::string>& MotionWords()
+{
+    static const std::set<std::string> sWords{"#!oml:asf",           ":fully-specified", ":degrees",  ":radians",
+                                              ":samples-per-second", ":frame-range",     ":asf-file", ":asf-path"};
+    return sWords;
+}
+
+bool IsWhole(const std::string& pWord)
+{
+    return !pWord.empty() && std::all_of(pWord.begin(), pWord.end(), [](unsigned char pChar) { return std::isdigit(pChar) != 0; });
+}
+
+} // namespace
+
+std::string LowerExtension(const std::string& pPath)
+{
+    const size_t lSlash = pPath.find_last_of('/');
+    const size_t lDot = pPath.find_last_of('.');
+    const bool   lHas = lDot != std::string::npos && (lSlash == std::string::npos || lDot > lSlash);
+    return lHas ? LowerCase(pPath.substr(lDot)) : std::string();
+}
+
+bool IsSameFile(const std::string& pOne, const std::string& pOther)
+{
+    struct stat lOne;
+    struct stat lOther;
+    return pOne != "-" && pOther != "-" && stat(pOne.c_str(), &lOne) == 0 && stat(pOther.c_str(), &lOther) == 0 &&
+           lOne.st_dev == lOther.st_dev && lOne.st_ino == lOther.st_ino;
+}
+
+bool KInputFile::Open(const std::string& pPath, KConsole& pConsole)
+{
+    mPath = pPath;
+    mBytes.clear();
+    mInMemory = false;
+    return Load(pConsole);
+}
+
+bool KInputFile::Load(KConsole& pConsole)
+{
+    const bool  lStandard = mPath == "-";
+    const int   lFile = lStandard ? STDIN_FILENO : open(mPath.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat lStat;
+    bool        lOk = lFile >= 0 && fstat(lFile, &lStat) == 0;
+    if (lOk && S_ISDIR(lStat.st_mode))
+    {
+        lOk = false;
+        errno = EISDIR;
+    }
+    EReadResult lResult = eREAD_FAILED;
+    if (lOk)
+    {
+        mInMemory = lStandard || !S_ISREG(lStat.st_mode);
+        lResult = ReadUpTo(lFile, mInMemory ? kMemoryLimit : kHeadSize, mBytes);
+    }
+    const int lError = errno;
+    if (lFile >= 0 && !lStandard)
+    {
+        close(lFile);
+    }
+    if (lResult == eREAD_FAILED)
+    {
+        pConsole.Message(eERROR, GetShown(), 0, std::string("cannot be read: ") + std::strerror(lError));
+        pConsole.Raise(eEXIT_SYSTEM);
+        return false;
+    }
+    if (mInMemory && lResult == eREAD_MORE)
+    {
+        pConsole.Message(eERROR, GetShown(), 0, "is longer than 1 GiB and cannot be read a second time: save it to a file first");
+        pConsole.Raise(eEXIT_INPUT);
+        return false;
+    }
+    return Sniff(mBytes, lResult == eREAD_ALL, pConsole);
+}
+
+bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole)
+{
+    const std::string lExtension = LowerExtension(mPath);
+    mKind = lExtension == ".amc" ? eKIND_AMC : lExtension == ".bvh" ? eKIND_BVH : eKIND_ASF;
+
+    const bool        lUtf16 = pHead.size() > 1 && (pHead.compare(0, 2, "\xff\xfe") == 0 || pHead.compare(0, 2, "\xfe\xff") == 0);
+    const bool        lUtf8 = pHead.compare(0, 3, "\xef\xbb\xbf") == 0;
+    const std::string lText = lUtf8 ? pHead.substr(3) : pHead;
+    KFirstWords       lWords(lText);
+    std::string       lWord;
+    bool              lHasText = false;
+    bool              lKnown = lUtf16;
+    while (!lKnown && lWords.Next(lWord))
+    {
+        const bool lSkeleton = SkeletonWords().count(lWord) != 0;
+        const bool lMotion = MotionWords().count(lWord) != 0 || (!lHasText && IsWhole(lWord));
+        const bool lBvh = !lHasText && lWord == "hierarchy";
+        lKnown = lSkeleton || lMotion || lBvh;
+        mKind = lBvh ? eKIND_BVH : lMotion ? eKIND_AMC : lSkeleton ? eKIND_ASF : mKind;
+        lHasText = lHasText || lWord[0] != '#';
+    }
+
+    const bool lBinary = !lKnown && pHead.find('\0') != std::string::npos;
+    const bool lEmpty = !lKnown && !lHasText && pWhole;
+    if (lBinary || lEmpty)
+    {
+        pConsole.Message(eERROR, GetShown(), 0, lBinary ? "holds binary data, not a skeleton or a motion" : "is empty");
+        pConsole.Raise(eEXIT_INPUT);
+    }
+    if (!mInMemory)
+    {
+        mBytes = std::string();
+    }
+    return !lBinary && !lEmpty;
+}
+
+bool KInputFile::OpenFor(qexsdk::KQexTextFile& pReader) const
+{
+    return mInMemory ? pReader.OpenReadBuffer(mBytes.data(), mBytes.size()) : pReader.OpenRead(mPath.c_str());
+}
+
+bool KInputFile::FailsToRead() const
+{
+    if (mInMemory)
+    {
+        return false;
+    }
+    qexsdk::KLineReader lReader;
+    if (lReader.OpenPath(mPath.c_str()))
+    {
+        while (lReader.NextLine())
+        {
+        }
+    }
+    return lReader.GetStatus() == qexsdk::KLineReader::eSYSTEM;
+}
+
+} // namespace asfapp

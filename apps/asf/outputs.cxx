@@ -1,0 +1,101 @@
+#include <apps/asf/outputs.h>
+
+#include <apps/asf/inputfile.h>
+
+#include <csignal>
+
+namespace asfapp
+{
+
+namespace
+{
+
+extern "C" void EndBySignal(int pSignal)
+{
+    qexsdk::KOutputFile::RemovePending();
+    // The handler is reset on entry (SA_RESETHAND), so that the shell sees what ended the process.
+    raise(pSignal);
+}
+
+std::string ShownOutput(const std::string& pPath)
+{
+    return pPath == "-" ? "standard output" : pPath;
+}
+
+} // namespace
+
+void InstallSignals()
+{
+    struct sigaction lAction = {};
+    lAction.sa_handler = EndBySignal;
+    lAction.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
+    sigemptyset(&lAction.sa_mask);
+    for (const int lSignal : {SIGINT, SIGTERM, SIGHUP})
+    {
+        // A signal that the caller switched off (nohup, a background job) stays off.
+        struct sigaction lOld = {};
+        if (sigaction(lSignal, nullptr, &lOld) == 0 && lOld.sa_handler != SIG_IGN)
+        {
+            sigaction(lSignal, &lAction, nullptr);
+        }
+    }
+    lAction.sa_handler = SIG_IGN;
+    lAction.sa_flags = 0;
+    sigaction(SIGPIPE, &lAction, nullptr);
+}
+
+bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pInputs, KConsole& pConsole)
+{
+    for (const std::string& lInput : pInputs)
+    {
+        if (IsSameFile(pOutput, lInput))
+        {
+            pConsole.Message(eERROR, pOutput, 0, "is also an input (" + lInput + "): choose another output");
+            pConsole.Raise(eEXIT_CALL);
+            return false;
+        }
+    }
+    return true;
+}
+
+void ReportOutput(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
+{
+    if (!pOut.IsBrokenPipe())
+    {
+        pConsole.Message(eERROR, ShownOutput(pPath), 0, "cannot be written: " + pOut.GetReason());
+        pConsole.Raise(eEXIT_SYSTEM);
+    }
+}
+
+bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
+{
+    if (pOut.Open(pPath.c_str()))
+    {
+        return true;
+    }
+    ReportOutput(pOut, pPath, pConsole);
+    return false;
+}
+
+bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
+{
+    if (pOut.Close())
+    {
+        return true;
+    }
+    ReportOutput(pOut, pPath, pConsole);
+    return false;
+}
+
+bool WriteOutput(const std::string& pPath, const std::string& pBytes, KConsole& pConsole)
+{
+    qexsdk::KOutputFile lOut;
+    if (!OpenOutput(lOut, pPath, pConsole))
+    {
+        return false;
+    }
+    lOut.Write(pBytes.data(), pBytes.size());
+    return CloseOutput(lOut, pPath, pConsole);
+}
+
+} // namespace asfapp
