@@ -1,0 +1,272 @@
+#include <qexioplugins/acclaim/kqexacclaimimport.h>
+
+#include <qexioplugins/acclaim/kqexasfremarks.h>
+#include <qexioplugins/acclaim/kqexasfwalk.h>
+
+#include <cstring>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+const char kNamelessTake[] = "Take 001";
+
+bool Open(KQexTextFile& pFile, const KQexAcclaimSource& pSource)
+{
+    return pSource.mData != nullptr ? pFile.OpenReadBuffer(pSource.mData, pSource.mSize) : pFile.OpenRead(pSource.mPath.c_str());
+}
+
+// The file's name without folder and extension.
+std::string Stem(const std::string& pPath)
+{
+    const size_t      lSlash = pPath.find_last_of("/\\");
+    const std::string lName = lSlash == std::string::npos ? pPath : pPath.substr(lSlash + 1);
+    const size_t      lPoint = lName.rfind('.');
+    const std::string lStem = lPoint == std::string::npos || lPoint == 0 ? lName : lName.substr(0, lPoint);
+    return lStem.empty() || lStem == "-" ? kNamelessTake : lStem;
+}
+
+// Hands the bones' curves to the nodes that were just made of them: the trees are the same but for the end nodes.
+void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
+{
+    std::vector<KQexNode*> lNext; ///< For each bone on the way down: the node of its next child.
+    KQexAsfWalk            lWalk(pRoot);
+    while (const HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+        {
+            lNext.pop_back();
+            continue;
+        }
+        KQexNode* lNode = pNode;
+        if (!lNext.empty())
+        {
+            lNode = lNext.back();
+            lNext.back() = lNode->GetNextSibling();
+        }
+        lBone->SetKFCurves(lNode, pTakeName);
+        lNext.push_back(lNode->GetFirstChild());
+    }
+}
+
+// Whether the node to merge at is itself the skeleton's root; the search for that looks only below a node.
+bool IsRootNode(const KQexAsfScene& pAsfScene, const KQexNode& pNode)
+{
+    return pNode.GetParent() != nullptr && pNode.GetSkeleton() != nullptr && std::strcmp(pNode.GetName(), pAsfScene.mRoot->mName) == 0;
+}
+
+} // namespace
+
+KQexAcclaimImport::KQexAcclaimImport(KQexScene* pScene, const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
+    : mScene(pScene),
+      mUndo(pScene),
+      mOptions(pOptions),
+      mResult(pResult),
+      mRotationFilterBefore(KFCURVE_GetRotationFilterToApply()),
+      mReducerBefore(KFCURVE_GetUseConstantKeyReducer())
+{
+    KFCURVE_SetRotationFilterToApply(pOptions.mRotationFilter);
+    KFCURVE_SetUseConstantKeyReducer(pOptions.mUseConstantKeyReducer);
+}
+
+KQexAcclaimImport::~KQexAcclaimImport()
+{
+    KFCURVE_SetRotationFilterToApply(mRotationFilterBefore);
+    KFCURVE_SetUseConstantKeyReducer(mReducerBefore);
+    // Curves that have an owner go with it, before the undo takes the rest.
+    if (mUndo.IsArmed() && mBorrowedRoot != nullptr)
+        KQexAsfCurves::Destroy(mBorrowedRoot);
+}
+
+KQexAsfSceneOwner KQexAcclaimImport::ReadSkeleton(const KQexAcclaimSource& pSource)
+{
+    KQexAsfSceneOwner lAsfScene(QexSdkNew<KQexAsfScene>());
+    if (lAsfScene == nullptr)
+        throw std::bad_alloc();
+    KQexFileAcclaimAsf lFile(mOptions.mVerbose);
+    // Dummies go in a step of their own, so that their names can be noted before.
+    const bool lOk = Open(lFile, pSource) && lFile.Read(lAsfScene.get(), false, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+    TakeMessages(lFile, pSource.mPath);
+    if (!lOk)
+    {
+        if (lFile.GetErrorCount() == 0)
+            mResult.mMessages.push_back({pSource.mPath, ExplainSilentFailure(pSource, lFile.GetLineNumber())});
+        return nullptr;
+    }
+
+    std::vector<KQexTextMessage> lRemarks;
+    RemarkOnSkeleton(*lAsfScene, mOptions, lRemarks);
+    for (KQexTextMessage& lRemark : lRemarks)
+        mResult.mMessages.push_back({pSource.mPath, std::move(lRemark)});
+    mResult.mSkeletonNotes.mLengthDofs = lFile.GetLengthDofs();
+    if (mOptions.mRemoveDummies)
+        RemoveDummies(*lAsfScene);
+    return lAsfScene;
+}
+
+void KQexAcclaimImport::RemoveDummies(KQexAsfScene& pAsfScene)
+{
+    KQexAsfWalk lWalk(pAsfScene.mRoot);
+    while (const HKQexAsfNode lBone = lWalk.Next())
+        if (lWalk.IsEntering() && lBone != pAsfScene.mRoot && lBone->mOrderCount == 0)
+            mResult.mSkeletonNotes.mRemovedBones.push_back(lBone->mName);
+    pAsfScene.mRoot->RemoveDummy(mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+}
+
+bool KQexAcclaimImport::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexAcclaimSource>& pSources)
+{
+    if (mScene == nullptr)
+        return Fail("There is no scene to import into");
+    mCurves.reserve(pSources.size());
+    bool lOk = SayProgress(0.0);
+    for (size_t i = 0; i < pSources.size() && lOk; ++i)
+        lOk = ReadMotion(pAsfScene, pSources[i], i, pSources.size()) &&
+              SayProgress(static_cast<double>(i + 1) / static_cast<double>(pSources.size()));
+    return lOk;
+}
+
+bool KQexAcclaimImport::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount)
+{
+    KQexAmcReadOptions lOptions;
+    lOptions.mSamplesPerSecond = mOptions.mSamplesPerSecond;
+    lOptions.mSetRotatePivotOffet = mOptions.mSetRotatePivotOffet;
+    lOptions.mSetPreRotation = mOptions.mSetPreRotation;
+    lOptions.mKeepGoodFrames = mOptions.mKeepGoodFrames;
+    lOptions.mSkeletonNotes = mResult.mSkeletonNotes;
+    if (mOptions.mProgress)
+        lOptions.mProgress = [&](double pFraction)
+        {
+            return mOptions.mProgress((static_cast<double>(pIndex) + pFraction) / static_cast<double>(pCount));
+        };
+
+    KQexImportedTake   lTake;
+    KQexFileAcclaimAmc lFile(mOptions.mVerbose);
+    lTake.mName = ChooseTakeName(pSource);
+    lTake.mPath = pSource.mPath;
+    const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, lOptions);
+    TakeMessages(lFile, pSource.mPath);
+    lTake.mInfo = lFile.GetInfo();
+    mResult.mCancelled = mResult.mCancelled || lTake.mInfo.mCancelled;
+    if (!lOk)
+        return false;
+
+    mResult.mTakes.push_back(std::move(lTake));
+    mCurves.emplace_back().TakeFrom(pAsfScene.mRoot);
+    return true;
+}
+
+std::string KQexAcclaimImport::ChooseTakeName(const KQexAcclaimSource& pSource) const
+{
+    if (!pSource.mTakeName.empty())
+        return pSource.mTakeName;
+    if (mResult.mTakes.empty() && !mOptions.mTakeName.empty())
+        return mOptions.mTakeName;
+
+    // A name of our own choosing must not lay hands on motion that is there already.
+    const std::string lStem = Stem(pSource.mPath);
+    std::string       lName = lStem;
+    for (int i = 2; IsTaken(lName); ++i)
+        lName = lStem + " " + std::to_string(i);
+    return lName;
+}
+
+bool KQexAcclaimImport::IsTaken(const std::string& pTakeName) const
+{
+    for (const KQexImportedTake& lTake : mResult.mTakes)
+        if (lTake.mName == pTakeName)
+            return true;
+    return mScene->FindAnimStack(pTakeName.c_str()) != nullptr;
+}
+
+void KQexAcclaimImport::TakeMessages(const KQexTextFile& pFile, const std::string& pPath)
+{
+    for (const KQexTextMessage& lMessage : pFile.GetMessages())
+        mResult.mMessages.push_back({pPath, lMessage});
+}
+
+bool KQexAcclaimImport::SayProgress(double pFraction)
+{
+    if (!mOptions.mProgress || mOptions.mProgress(pFraction))
+        return true;
+    mResult.mCancelled = true;
+    return false;
+}
+
+bool KQexAcclaimImport::Attach(KQexAsfScene& pAsfScene)
+{
+    return Complete(pAsfScene, mOptions.mMergeRoot != nullptr ? Bind(pAsfScene, mOptions.mMergeRoot) : Build(pAsfScene));
+}
+
+bool KQexAcclaimImport::AttachToExisting(KQexAsfScene& pAsfScene)
+{
+    mBorrowedRoot = pAsfScene.mRoot;
+    return Complete(pAsfScene, Bind(pAsfScene, mOptions.mMergeRoot != nullptr ? mOptions.mMergeRoot : mScene->GetRootNode()));
+}
+
+bool KQexAcclaimImport::Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode)
+{
+    // Curves that found no place are the sign of memory that ran out on the way.
+    if (pRootNode == nullptr || KQexAsfCurves::HasAny(pAsfScene.mRoot))
+        throw std::bad_alloc();
+    mResult.mRootNode = pRootNode;
+    mUndo.Keep();
+    return true;
+}
+
+KQexNode* KQexAcclaimImport::Build(KQexAsfScene& pAsfScene)
+{
+    const HKQexAsfNode lRoot = pAsfScene.mRoot;
+    const bool         lMoves = !mCurves.empty();
+    if (lMoves)
+        mCurves.front().GiveTo(lRoot);
+    const char* lFirstTake = lMoves ? mResult.mTakes.front().mName.c_str() : "";
+    KQexNode* lNode = pAsfScene.ASFToQEX(mScene, lFirstTake, mOptions.mSetLimits, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+    KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
+    if (lNode == nullptr || !lParent->AddChild(lNode))
+        return nullptr;
+
+    for (size_t i = 1; i < mCurves.size(); ++i)
+    {
+        if (KQexAsfCurves::HasAny(lRoot))
+            return nullptr;
+        mCurves[i].GiveTo(lRoot);
+        HandOver(lRoot, lNode, mResult.mTakes[i].mName.c_str());
+    }
+    return lNode;
+}
+
+KQexNode* KQexAcclaimImport::Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow)
+{
+    if (mCurves.empty())
+        BindTake(pAsfScene, pBelow, "");
+    for (size_t i = 0; i < mCurves.size(); ++i)
+    {
+        if (KQexAsfCurves::HasAny(pAsfScene.mRoot))
+            return nullptr;
+        mCurves[i].GiveTo(pAsfScene.mRoot);
+        BindTake(pAsfScene, pBelow, mResult.mTakes[i].mName.c_str());
+    }
+    return IsRootNode(pAsfScene, *pBelow) ? pBelow : pBelow->FindChild(pAsfScene.mRoot->mName, true, false);
+}
+
+void KQexAcclaimImport::BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName)
+{
+    const bool lLimits = mOptions.mSetLimits;
+    const bool lOffset = mOptions.mSetRotatePivotOffet;
+    const bool lPreRotation = mOptions.mSetPreRotation;
+    if (IsRootNode(pAsfScene, *pBelow))
+        pAsfScene.mRoot->MergeASFToQEX(mScene, pBelow->GetParent(), pTakeName, lLimits, lOffset, lPreRotation);
+    else
+        pAsfScene.MergeASFToQEX(mScene, pBelow, pTakeName, lLimits, lOffset, lPreRotation);
+}
+
+bool KQexAcclaimImport::Fail(const char* pText)
+{
+    mResult.mMessages.push_back({"", {KQexTextMessage::eERROR, 0, pText}});
+    return false;
+}
+
+} // namespace qexsdk

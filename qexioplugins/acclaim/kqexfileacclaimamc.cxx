@@ -1,0 +1,69 @@
+#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+
+#include <qexioplugins/acclaim/kqexamcreader.h>
+#include <qexioplugins/acclaim/kqexamcsampler.h>
+#include <qexioplugins/acclaim/kqexasfcurves.h>
+
+#include <new>
+
+namespace qexsdk
+{
+
+const char KQexFileAcclaimAmc::smType[] = "AMC";
+const char KQexFileAcclaimAmc::smDel[] = " \t\r\n";
+const char KQexFileAcclaimAmc::smCom[] = "#";
+
+KQexAmcVisitor::~KQexAmcVisitor() = default;
+
+KQexFileAcclaimAmc::KQexFileAcclaimAmc(bool pVerb) : KQexTextFile(smType, smDel, smCom, true, pVerb) {}
+
+KQexFileAcclaimAmc::~KQexFileAcclaimAmc()
+{
+    Close();
+}
+
+bool KQexFileAcclaimAmc::ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor)
+{
+    mInfo = KQexAmcInfo();
+    mHeader = KQexAmcHeader();
+    if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
+    {
+        Error("The motion has no skeleton\n");
+        return false;
+    }
+    try
+    {
+        return KQexAmcReader(*this, pAsfScene, pOptions, pVisitor, mHeader, mInfo).Run();
+    }
+    catch (const std::bad_alloc&)
+    {
+        Error("Out of memory\n");
+        return false;
+    }
+}
+
+bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const KQexAmcReadOptions& pOptions)
+{
+    KQexAmcSampler     lSampler(pOptions.mSetRotatePivotOffet, pOptions.mSetPreRotation);
+    const HKQexAsfNode lRoot = pAsfScene == nullptr ? nullptr : pAsfScene->mRoot;
+    if (lRoot != nullptr)
+    {
+        lRoot->CreateDataFromDOF(pScene);
+        lRoot->StartSamplingData();
+    }
+    bool lOk = ReadFrames(pAsfScene, pOptions, lSampler);
+    if (lOk && !lSampler.Finish(mInfo.mStart, mInfo.mStop))
+    {
+        Error("Out of memory\n");
+        lOk = false;
+    }
+    if (lRoot == nullptr)
+        return false;
+    if (!lOk)
+        KQexAsfCurves::Destroy(lRoot);
+    else
+        lRoot->StopSamplingData();
+    return lOk;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,424 @@
+#include <qexioplugins/acclaim/kqexamcheader.h>
+#include <qexioplugins/acclaim/kqexamcreader.h>
+
+#include <kbaselib/kbase/knumber.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+const double kDefaultSamplesPerSecond = 120.0;
+const double kDegreesOfRadian = 57.29577951308232;
+
+// Names and words that are remembered so as to warn once, and how much of each: a file of nothing but unknown names must not
+// fill the memory. Beyond the first bound a text file keeps no further warnings either.
+const size_t kMaxSaid = KQexTextFile::kMaxMessages;
+const size_t kMaxSaidLength = 256;
+
+// Frames between two calls of the progress function.
+const long long kProgressStep = 64;
+
+int Length(std::string_view pText)
+{
+    return static_cast<int>(pText.size() < kMaxSaidLength ? pText.size() : kMaxSaidLength);
+}
+
+} // namespace
+
+KQexAmcReader::KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions,
+                             KQexAmcVisitor& pVisitor, KQexAmcHeader& pHeader, KQexAmcInfo& pInfo)
+    : mFile(pFile), mAsfScene(pAsfScene), mOptions(pOptions), mVisitor(pVisitor), mHeader(pHeader), mInfo(pInfo)
+{
+    mBones.Build(pAsfScene->mRoot, pOptions.mSkeletonNotes);
+    mFrame.mBones = &mBones.mBones;
+    mFrame.mPresent = &mPresent;
+    mNeverAbsent.resize(mBones.mBones.size());
+    for (size_t i = 0; i < mNeverAbsent.size(); ++i)
+        mNeverAbsent[i] = static_cast<int>(i);
+}
+
+bool KQexAmcReader::Run()
+{
+    const bool lOk = ReadLines();
+    if (mStopped || (!lOk && !(mOptions.mKeepGoodFrames && mInfo.mFrameCount > 0)))
+        return false;
+    if (mInfo.mFrameCount == 0)
+    {
+        mFile.Error("The motion has no complete frame\n");
+        return false;
+    }
+    // A pose of one moment lasts one frame: a curve needs two keys to be kept.
+    if (mInfo.mHighestFrame == mInfo.mLowestFrame)
+        mInfo.mStop = KTime(mInfo.mStart.Get() + std::max(1LL, std::llround(mTicks)));
+    return true;
+}
+
+bool KQexAmcReader::ReadLines()
+{
+    for (bool lLine = mFile.FirstLine(); lLine; lLine = mFile.NextLine())
+        if (!ReadLine())
+            return false;
+    if (mFile.HasFailed())
+        return false;
+    FinishFile();
+    return !mStopped;
+}
+
+bool KQexAmcReader::ReadLine()
+{
+    const char* const lBegin = mFile.GetLine();
+    const char* const lEnd = lBegin + mFile.GetLineLength();
+    const char*       lFrom = lBegin;
+    while (lFrom != lEnd && IsAmcBlank(*lFrom))
+        ++lFrom;
+    const char* lTo = lFrom;
+    while (lTo != lEnd && !IsAmcBlank(*lTo))
+        ++lTo;
+    const std::string_view lToken(lFrom, static_cast<size_t>(lTo - lFrom));
+    if (lToken.empty())
+        return true;
+
+    const char lFirst = lToken.front();
+    if (lFirst == ':')
+        return ReadWord(lToken, std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
+    if ((lFirst >= '0' && lFirst <= '9') || lFirst == '-' || lFirst == '+')
+    {
+        // A skeleton may have bones named like numbers; their lines have values, those of frame numbers have none.
+        const std::string_view lRest = TrimAmcText(std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
+        long long              lNumber = 0;
+        if (KNumberParse(lToken, lNumber) == KNumberStatus::eOK && (lRest.empty() || mBones.Find(lToken) < 0))
+            return ReadFrameLine(lNumber, lRest);
+        double lValue = 0.0;
+        if (mBones.Find(lToken) < 0 && KNumberParse(lToken, lValue) == KNumberStatus::eOK)
+        {
+            mFile.Error("Frame number expected, not (%.*s)\n", Length(lToken), lToken.data());
+            return false;
+        }
+    }
+    return ReadBoneLine(lToken, lTo, lEnd);
+}
+
+bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
+{
+    const KQexAmcWord lWord = FindAmcWord(pWord);
+    if (lWord == eAMC_UNKNOWN)
+    {
+        if (mSaid.size() < kMaxSaid && mSaid.emplace(pWord.substr(0, kMaxSaidLength)).second)
+            mFile.Warning("Ignoring unknown keyword (%.*s)\n", Length(pWord), pWord.data());
+        return true;
+    }
+
+    if (mInfo.mFrameCount > 0 || mInFrame)
+    {
+        const bool lMatters = lWord == eAMC_DEGREES || lWord == eAMC_RADIANS || lWord == eAMC_SAMPLES_PER_SECOND;
+        if (lMatters && mSaid.emplace(pWord.substr(0, kMaxSaidLength)).second)
+            mFile.Warning("Ignoring %.*s after the first frame\n", Length(pWord), pWord.data());
+        return true;
+    }
+    const KQexAmcAngle     lAngleBefore = mHeader.mAngle;
+    const std::string_view lRest = TrimAmcText(pRest);
+    if (TakeAmcWord(lWord, lRest, mHeader) == eAMC_WORD_UNUSABLE)
+        mFile.Warning("Can't use the value of %.*s (%.*s)\n", Length(pWord), pWord.data(), Length(lRest), lRest.data());
+    if (lAngleBefore != eAMC_ANGLE_SKELETON && lAngleBefore != mHeader.mAngle)
+        mFile.Warning("Angles in degrees and in radians, the later word (%.*s) holds\n", Length(pWord), pWord.data());
+    return true;
+}
+
+bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
+{
+    if (mInFrame ? !CommitFrame() : !BeginFrames())
+        return false;
+
+    const bool lFirst = mInfo.mFrameCount == 0;
+    if (lFirst)
+        mInfo.mFirstFrame = mInfo.mLowestFrame = mInfo.mHighestFrame = mBefore = pNumber;
+    if (!ComputeTime(pNumber, mFrame.mTime))
+    {
+        mFile.Error("Frame number %lld is too far from the first, %lld\n", pNumber, mInfo.mFirstFrame);
+        return false;
+    }
+    mFrame.mNumber = pNumber;
+    mFrame.mLate = !lFirst && pNumber <= mInfo.mHighestFrame;
+    mInFrame = true;
+    mPresent.clear();
+
+    // The number may itself be what the end of the file cut short; that is said when the file ends.
+    const bool lWhole = mFile.HasLineEnd();
+    if (lWhole && !lFirst && pNumber <= mBefore)
+        mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mBefore);
+    if (!pRest.empty() && mSaid.emplace("text after a frame number").second)
+        mFile.Warning("Ignoring the text after a frame number (%.*s)\n", Length(pRest), pRest.data());
+    return true;
+}
+
+bool KQexAmcReader::BeginFrames()
+{
+    if (mInfo.mFrameCount > 0)
+        return true;
+
+    mInfo.mRateSource = eAMC_RATE_DEFAULT;
+    mInfo.mSamplesPerSecond = kDefaultSamplesPerSecond;
+    if (mOptions.mSamplesPerSecond != 0.0)
+    {
+        if (!IsAmcRate(mOptions.mSamplesPerSecond))
+        {
+            mFile.Error("Can't use %g samples a second\n", mOptions.mSamplesPerSecond);
+            return false;
+        }
+        mInfo.mRateSource = eAMC_RATE_CALLER;
+        mInfo.mSamplesPerSecond = mOptions.mSamplesPerSecond;
+    }
+    else if (mHeader.mSamplesPerSecond > 0.0)
+    {
+        mInfo.mRateSource = eAMC_RATE_FILE;
+        mInfo.mSamplesPerSecond = mHeader.mSamplesPerSecond;
+    }
+
+    // A rate such as 30000/1001 is not exact as a double, its frame is in ticks.
+    mTicks = static_cast<double>(KTime::kTicksPerSecond) / mInfo.mSamplesPerSecond;
+    if (std::fabs(mTicks - std::round(mTicks)) <= 1e-9 * mTicks)
+        mTicks = std::round(mTicks);
+
+    const double lUnit = mAsfScene->mLengthUnit;
+    mFrame.mLengthFactor = lUnit > 0.0 ? 2.54 / lUnit : 1.0;
+    mFrame.mAngleFactor = mHeader.mAngle == eAMC_ANGLE_DEGREES   ? 1.0
+                          : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesOfRadian
+                                                                 : mAsfScene->mAngleUnit;
+    return true;
+}
+
+bool KQexAmcReader::ComputeTime(long long pNumber, KTime& pTime) const
+{
+    long long lFrames = 0;
+    if (__builtin_sub_overflow(pNumber, mInfo.mFirstFrame, &lFrames))
+        return false;
+    if (mTicks == std::floor(mTicks) && mTicks < 9e18)
+    {
+        long long lTime = 0;
+        // One frame more has to fit too: a motion of a single frame lasts so long.
+        if (__builtin_mul_overflow(lFrames, static_cast<long long>(mTicks), &lTime) ||
+            lTime > std::numeric_limits<long long>::max() - static_cast<long long>(mTicks))
+            return false;
+        pTime = KTime(lTime);
+        return true;
+    }
+    const long double lTime = static_cast<long double>(lFrames) * static_cast<long double>(mTicks);
+    if (std::fabs(lTime) > 9e18L)
+        return false;
+    pTime = KTime(std::llround(lTime));
+    return true;
+}
+
+bool KQexAmcReader::CommitFrame()
+{
+    mInFrame = false;
+    mFrame.mIndex = mInfo.mFrameCount;
+    for (const int lBone : mPresent)
+        mBones.mBones[static_cast<size_t>(lBone)].mFrame = mFrame.mIndex;
+    SayAbsent();
+    if (!mVisitor.Frame(mFrame))
+    {
+        mStopped = true;
+        return false;
+    }
+
+    ++mInfo.mFrameCount;
+    if (mFrame.mNumber <= mInfo.mLowestFrame)
+    {
+        mInfo.mLowestFrame = mFrame.mNumber;
+        mInfo.mStart = mFrame.mTime;
+    }
+    if (mFrame.mNumber >= mInfo.mHighestFrame)
+    {
+        mInfo.mHighestFrame = mFrame.mNumber;
+        mInfo.mStop = mFrame.mTime;
+    }
+    mBefore = mFrame.mNumber;
+    mPresentBefore.swap(mPresent);
+    return SayProgress();
+}
+
+// Each bone is looked for in mNeverAbsent only as long as it has never been absent; a frame that lacks none of them costs nothing,
+// one that does has that many lines or takes some out: in all that is in proportion to the file.
+void KQexAmcReader::SayAbsent()
+{
+    if (mPresent.size() == mBones.mBones.size())
+        return;
+    std::vector<int> lStill;
+    bool             lSome = false;
+    for (const int lBone : mNeverAbsent)
+        lSome = lSome || mBones.mBones[static_cast<size_t>(lBone)].mFrame != mFrame.mIndex;
+    if (!lSome)
+        return;
+    lStill.reserve(mNeverAbsent.size());
+    for (const int lBone : mNeverAbsent)
+    {
+        const KQexAmcBone& lAbsent = mBones.mBones[static_cast<size_t>(lBone)];
+        if (lAbsent.mFrame == mFrame.mIndex)
+            lStill.push_back(lBone);
+        else
+            mFile.Warning("Bone %s is not in frame %lld, it holds its %s\n", lAbsent.mNode->mName, mFrame.mNumber,
+                          lAbsent.mFrame < 0 ? "rest pose" : "last value");
+    }
+    mNeverAbsent.swap(lStill);
+}
+
+bool KQexAmcReader::SayProgress()
+{
+    if (!mOptions.mProgress || mInfo.mFrameCount % kProgressStep != 0)
+        return true;
+    if (mOptions.mProgress(mFile.GetFraction()))
+        return true;
+    mInfo.mCancelled = true;
+    mStopped = true;
+    return false;
+}
+
+// Without any line left to tell, a frame that ends like the one before it, only sooner, was cut off.
+bool KQexAmcReader::IsCutShort() const
+{
+    if (mCutShort)
+        return true;
+    if (mPresent.empty())
+        return !mBones.mBones.empty();
+    if (mInfo.mFrameCount == 0 || mPresent.size() >= mPresentBefore.size())
+        return false;
+    return std::equal(mPresent.begin(), mPresent.end(), mPresentBefore.begin());
+}
+
+void KQexAmcReader::FinishFile()
+{
+    if (mInFrame && IsCutShort())
+    {
+        mInFrame = false;
+        mFile.Warning("Frame %lld is cut short by the end of the file and dropped\n", mFrame.mNumber);
+    }
+    if (mInFrame)
+        CommitFrame();
+}
+
+// Lines follow each other as they did the frame before, nearly always: that guess saves the search.
+int KQexAmcReader::FindLine(std::string_view pName)
+{
+    std::vector<KQexAmcLine>& lLines = mBones.mLines;
+    const int                 lGuess = mLine < 0 ? 0 : lLines[static_cast<size_t>(mLine)].mNext;
+    const int                 lFound = lLines[static_cast<size_t>(lGuess)].mName == pName ? lGuess : mBones.Find(pName);
+    if (lFound < 0)
+        return lFound;
+    if (mLine >= 0)
+        lLines[static_cast<size_t>(mLine)].mNext = lFound;
+    mLine = lFound;
+    return lFound;
+}
+
+void KQexAmcReader::SayUnknown(std::string_view pName)
+{
+    if (mSaid.size() < kMaxSaid && mSaid.emplace(pName.substr(0, kMaxSaidLength)).second)
+        mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", Length(pName), pName.data());
+}
+
+bool KQexAmcReader::ReadBoneLine(std::string_view pName, const char* pText, const char* pEnd)
+{
+    while (pText != pEnd && IsAmcBlank(*pText))
+        ++pText;
+    const int lFound = FindLine(pName);
+    if (lFound < 0)
+    {
+        // A lone word that the end of the file cuts short is no bone's whole name.
+        mCutShort = pText == pEnd && mInFrame && !mFile.HasLineEnd();
+        if (!mCutShort)
+            SayUnknown(pName);
+        return true;
+    }
+    KQexAmcLine& lLine = mBones.mLines[static_cast<size_t>(lFound)];
+    if (lLine.mTakesAnyCount)
+        return true;
+    if (!mInFrame)
+    {
+        mFile.Error("Frame number expected before bone %.*s\n", Length(pName), pName.data());
+        return false;
+    }
+    if (!ReadValues(lLine, pText, pEnd))
+        return mCutShort;
+    if (pText != pEnd && !lLine.mSaidTooMany)
+    {
+        lLine.mSaidTooMany = true;
+        mFile.Warning("Bone %.*s has more than %d values, ignoring the others (%.*s)\n", Length(lLine.mName), lLine.mName.data(),
+                      lLine.mValueCount, Length(std::string_view(pText, static_cast<size_t>(pEnd - pText))), pText);
+    }
+    NotePresent(lLine);
+    return true;
+}
+
+void KQexAmcReader::NotePresent(KQexAmcLine& pLine)
+{
+    if (pLine.mFrame != mInfo.mFrameCount)
+    {
+        pLine.mFrame = mInfo.mFrameCount;
+        if (pLine.mBone >= 0)
+            mPresent.push_back(pLine.mBone);
+    }
+    else if (!pLine.mSaidTwice)
+    {
+        pLine.mSaidTwice = true;
+        mFile.Warning("Bone %.*s stands twice in frame %lld, what comes later holds\n", Length(pLine.mName), pLine.mName.data(),
+                      mFrame.mNumber);
+    }
+}
+
+// Reads the values of one line. pText begins at the first and is left behind the last, at the next token or the end.
+bool KQexAmcReader::ReadValues(const KQexAmcLine& pLine, const char*& pText, const char* pEnd)
+{
+    double      lPassedOver[6];
+    double*     lValues = pLine.mBone >= 0 ? mBones.mBones[static_cast<size_t>(pLine.mBone)].mValues : lPassedOver;
+    const int   lDofCount = pLine.mValueCount - static_cast<int>(pLine.mLengthPlaces.size());
+    const char* lAt = pText;
+    size_t      lLength = 0;
+    int         lDof = 0;
+    for (int i = 0; i < pLine.mValueCount; ++i)
+    {
+        double      lValue = 0.0;
+        const char* lBehind = lAt == pEnd ? nullptr : KNumberScan(lAt, pEnd, lValue);
+        if (lBehind == nullptr || (lBehind != pEnd && !IsAmcBlank(*lBehind)))
+        {
+            lBehind = lAt;
+            while (lBehind != pEnd && !IsAmcBlank(*lBehind))
+                ++lBehind;
+            const std::string_view lToken(lAt, static_cast<size_t>(lBehind - lAt));
+            if (KNumberParse(lToken, lValue) != KNumberStatus::eOK)
+                return FailValue(pLine, i, lToken, lBehind == pEnd);
+        }
+        if (lLength < pLine.mLengthPlaces.size() && pLine.mLengthPlaces[lLength] == i)
+            ++lLength;
+        else if (lDof < lDofCount)
+            lValues[lDof++] = lValue;
+        while (lBehind != pEnd && IsAmcBlank(*lBehind))
+            ++lBehind;
+        lAt = lBehind;
+    }
+    pText = lAt;
+    return true;
+}
+
+bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pPlace, std::string_view pToken, bool pAtEnd)
+{
+    mCutShort = pAtEnd && !mFile.HasLineEnd();
+    if (mCutShort)
+        return false;
+    const std::string lWords = mBones.Words(pLine);
+    if (pToken.empty())
+        mFile.Error("Bone %.*s: %d values expected (%s), only %d found\n", Length(pLine.mName), pLine.mName.data(), pLine.mValueCount,
+                    lWords.c_str(), pPlace);
+    else
+        mFile.Error("Bone %.*s: a number expected for %s of (%s), not (%.*s)\n", Length(pLine.mName), pLine.mName.data(),
+                    mBones.Word(pLine, pPlace), lWords.c_str(), Length(pToken), pToken.data());
+    return false;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,132 @@
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+
+#include <qexioplugins/acclaim/kqexacclaimimport.h>
+
+#include <algorithm>
+#include <mutex>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+// The skeleton reader's keyword tables and the filter settings belong to the whole process: one import at a time.
+std::mutex sMutex;
+
+// Runs one import under the lock. Everything that fails for want of memory ends here, the scene as it was.
+template <typename TWork>
+bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
+{
+    pResult = KQexImportAcclaimResult();
+    try
+    {
+        const std::lock_guard<std::mutex> lLock(sMutex);
+        pResult.mOk = pWork();
+    }
+    catch (const std::bad_alloc&)
+    {
+        try
+        {
+            pResult.mMessages.push_back({"", {KQexTextMessage::eERROR, 0, "Out of memory"}});
+        }
+        catch (const std::bad_alloc&)
+        {
+            // Not even room for a message: the result says that much.
+        }
+    }
+    if (!pResult.mOk)
+    {
+        pResult.mRootNode = nullptr;
+        pResult.mTakes.clear();
+        pResult.mAsfScene.reset();
+    }
+    return pResult.mOk;
+}
+
+} // namespace
+
+KQexAcclaimSource KQexAcclaimSource::File(const std::string& pPath)
+{
+    KQexAcclaimSource lSource;
+    lSource.mPath = pPath;
+    return lSource;
+}
+
+KQexAcclaimSource KQexAcclaimSource::Buffer(const char* pData, size_t pSize, const std::string& pName)
+{
+    KQexAcclaimSource lSource;
+    lSource.mPath = pName;
+    lSource.mData = pData == nullptr ? "" : pData;
+    lSource.mSize = pSize;
+    return lSource;
+}
+
+void KQexAsfSceneDestroyer::operator()(KQexAsfScene* pScene) const
+{
+    if (pScene != nullptr)
+        pScene->Destroy();
+}
+
+size_t KQexImportAcclaimResult::CountMessages(bool pErrors) const
+{
+    const KQexTextMessage::ESeverity lWanted = pErrors ? KQexTextMessage::eERROR : KQexTextMessage::eWARNING;
+    return static_cast<size_t>(std::count_if(mMessages.begin(), mMessages.end(),
+                                             [=](const KQexImportMessage& pMessage) { return pMessage.mMessage.mSeverity == lWanted; }));
+}
+
+bool KQexImporterAcclaim::Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
+                                 const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
+{
+    return RunLocked(pResult,
+                     [&]
+                     {
+                         KQexAcclaimImport lImport(pScene, pOptions, pResult);
+                         KQexAsfSceneOwner lAsfScene = lImport.ReadSkeleton(pSkeleton);
+                         if (lAsfScene == nullptr || !lImport.ReadMotions(*lAsfScene, pMotions) || !lImport.Attach(*lAsfScene))
+                             return false;
+                         if (pOptions.mKeepAsfScene)
+                             pResult.mAsfScene = std::move(lAsfScene);
+                         return true;
+                     });
+}
+
+bool KQexImporterAcclaim::Import(KQexScene* pScene, const char* pAsfPath, const char* pAmcPath, const KQexImportAcclaimOptions& pOptions,
+                                 KQexImportAcclaimResult& pResult)
+{
+    std::vector<KQexAcclaimSource> lMotions;
+    if (pAmcPath != nullptr && *pAmcPath != '\0')
+        lMotions.push_back(KQexAcclaimSource::File(pAmcPath));
+    return Import(pScene, KQexAcclaimSource::File(pAsfPath), lMotions, pOptions, pResult);
+}
+
+bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScene, const KQexAmcSkeletonNotes& pNotes,
+                                       const std::vector<KQexAcclaimSource>& pMotions, const KQexImportAcclaimOptions& pOptions,
+                                       KQexImportAcclaimResult& pResult)
+{
+    // The notes may be those of the very result that is about to be cleared.
+    const KQexAmcSkeletonNotes lNotes = pNotes;
+    return RunLocked(pResult,
+                     [&]
+                     {
+                         pResult.mSkeletonNotes = lNotes;
+                         KQexAcclaimImport lImport(pScene, pOptions, pResult);
+                         return pAsfScene != nullptr && lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
+                     });
+}
+
+KQexAsfSceneOwner KQexImporterAcclaim::ReadSkeleton(const KQexAcclaimSource& pSkeleton, const KQexImportAcclaimOptions& pOptions,
+                                                    KQexImportAcclaimResult& pResult)
+{
+    KQexAsfSceneOwner lAsfScene;
+    RunLocked(pResult,
+              [&]
+              {
+                  lAsfScene = KQexAcclaimImport(nullptr, pOptions, pResult).ReadSkeleton(pSkeleton);
+                  return lAsfScene != nullptr;
+              });
+    return lAsfScene;
+}
+
+} // namespace qexsdk
