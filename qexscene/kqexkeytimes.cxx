@@ -1,5 +1,7 @@
 #include <qexscene/kqexkeytimes.h>
 
+#include <numeric>
+
 #include <utility>
 
 namespace qexsdk
@@ -44,6 +46,28 @@ int KQexKeyTimes::Find(std::int64_t pTime) const
     }
     const std::uint64_t lSteps = Step(lRun.mStart, pTime) / lRun.mStep;
     return lRun.mFirst + (lSteps < static_cast<std::uint64_t>(lLastInRun) ? static_cast<int>(lSteps) : lLastInRun);
+}
+
+std::uint64_t KQexKeyTimes::GetCommonStep() const
+{
+    std::uint64_t lCommon = 0;
+    if (mIsListed)
+    {
+        for (int lKey = 1; lKey < mCount; ++lKey)
+        {
+            lCommon = std::gcd(lCommon, Step(mList[0], mList[lKey]));
+        }
+        return lCommon;
+    }
+    for (int lRun = 0; lRun < mRuns.GetCount(); ++lRun)
+    {
+        lCommon = std::gcd(lCommon, Step(mRuns[0].mStart, mRuns[lRun].mStart));
+        if (RunCount(lRun) > 1)
+        {
+            lCommon = std::gcd(lCommon, mRuns[lRun].mStep);
+        }
+    }
+    return lCommon;
 }
 
 bool KQexKeyTimes::IsSame(const KQexKeyTimes& pOther) const

@@ -28,6 +28,10 @@ public:
     /// Index of the last key at or before \p pTime, -1 when there is none. O(1) when all steps are equal, else O(log n).
     int Find(std::int64_t pTime) const;
 
+    /// The largest step such that every time is the first one plus a multiple of it; 0 for fewer than two keys. O(runs), or O(n)
+    /// where times are listed.
+    std::uint64_t GetCommonStep() const;
+
     /// Whether both hold the same times. O(n), less for equal runs.
     bool IsSame(const KQexKeyTimes& pOther) const;
 

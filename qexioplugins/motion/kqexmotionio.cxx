@@ -1,0 +1,124 @@
+#include <qexioplugins/motion/kqexmotionio.h>
+#include <qexscene/kqexscene.h>
+
+#include <cmath>
+#include <numeric>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double    kTicksPerSecond = 705600000.0;
+constexpr long long kDefaultStep = 705600000 / 120;
+constexpr double    kMaxTicks = 9.0e18;
+
+/// Rates that files mean when they write a rounded frame time, as frames per so many seconds.
+struct KCommonRate
+{
+    long long mFrames;
+    long long mSeconds;
+};
+constexpr KCommonRate kCommonRates[] = {{24, 1},  {25, 1},  {30, 1},   {48, 1},       {50, 1},       {60, 1},       {90, 1},       {100, 1},
+                                        {120, 1}, {240, 1}, {10, 1},   {12, 1},       {15, 1},       {20, 1},       {72, 1},       {75, 1},
+                                        {80, 1},  {144, 1}, {150, 1},  {180, 1},      {200, 1},      {300, 1},      {360, 1},      {480, 1},
+                                        {500, 1}, {600, 1}, {1000, 1}, {24000, 1001}, {30000, 1001}, {60000, 1001}, {120000, 1001}};
+
+/// First and last time of keys, and the largest step on which all of them stand.
+struct KKeySpan
+{
+    long long mFirst = 0;
+    long long mLast = 0;
+    long long mStep = 0;
+    bool      mHasKeys = false;
+
+    void Add(long long pTime)
+    {
+        if (!mHasKeys)
+        {
+            mFirst = mLast = pTime;
+            mHasKeys = true;
+            return;
+        }
+        mStep = std::gcd(mStep, pTime - mFirst);
+        mFirst = std::min(mFirst, pTime);
+        mLast = std::max(mLast, pTime);
+    }
+};
+
+void AddCurve(const KQexAnimCurve* pCurve, KKeySpan& pSpan)
+{
+    if (pCurve == nullptr || pCurve->GetKeyCount() == 0)
+    {
+        return;
+    }
+    const KQexKeyTimes& lTimes = pCurve->GetKeys().GetTimes();
+    pSpan.Add(lTimes.Get(0));
+    pSpan.Add(lTimes.GetLast());
+    pSpan.mStep = std::gcd(pSpan.mStep, static_cast<long long>(lTimes.GetCommonStep()));
+}
+
+void AddNode(const KQexNode* pNode, const KQexAnimLayer* pLayer, KKeySpan& pSpan)
+{
+    const KQexProperty* lProperties[3] = {&pNode->mLocalTranslation, &pNode->mLocalRotation, &pNode->mLocalScaling};
+    for (const KQexProperty* lProperty : lProperties)
+    {
+        const KQexAnimCurveNode* lCurveNode = lProperty->GetCurveNode(pLayer);
+        for (unsigned int lChannel = 0; lCurveNode != nullptr && lChannel < 3; ++lChannel)
+        {
+            AddCurve(lCurveNode->GetCurve(lChannel), pSpan);
+        }
+    }
+}
+
+} // namespace
+
+KTime NearestFrameStep(double pSeconds)
+{
+    if (!(pSeconds > 0.0) || pSeconds * kTicksPerSecond > kMaxTicks)
+    {
+        return KTime(0);
+    }
+    for (const KCommonRate& lRate : kCommonRates)
+    {
+        const double lExact = static_cast<double>(lRate.mSeconds) / static_cast<double>(lRate.mFrames);
+        if (std::fabs(pSeconds - lExact) <= 1e-4 * lExact)
+        {
+            return KTime(std::llround(lExact * kTicksPerSecond));
+        }
+    }
+    return KTime(std::llround(pSeconds * kTicksPerSecond));
+}
+
+bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, const KQexSamplingRequest& pRequest, KQexSampling& pSampling)
+{
+    KKeySpan             lSpan;
+    const KQexAnimLayer* lLayer = pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    for (const KQexNode* lRoot : pRoots)
+    {
+        for (const KQexNode* lNode = lRoot; lLayer != nullptr && lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))
+        {
+            AddNode(lNode, lLayer, lSpan);
+        }
+    }
+    long long lStep = lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
+    if (pRequest.mFramesPerSecond != 0.0)
+    {
+        lStep = pRequest.mFramesPerSecond > 0.0 ? NearestFrameStep(1.0 / pRequest.mFramesPerSecond).Get() : 0;
+    }
+    const long long lStart = pRequest.mHasStart ? pRequest.mStart.Get() : lSpan.mFirst;
+    const long long lEnd = pRequest.mHasEnd ? pRequest.mEnd.Get() : std::max(lStart, lSpan.mLast);
+    const double    lWide = static_cast<double>(lStep) * static_cast<double>(pRequest.mEvery);
+    if (lStep <= 0 || pRequest.mEvery < 1 || lEnd < lStart || lWide > kMaxTicks ||
+        static_cast<double>(lEnd) - static_cast<double>(lStart) > kMaxTicks)
+    {
+        return false;
+    }
+    pSampling.mStart = KTime(lStart);
+    pSampling.mStep = KTime(lStep * pRequest.mEvery);
+    pSampling.mCount = (lEnd - lStart) / pSampling.mStep.Get() + 1;
+    return true;
+}
+
+} // namespace qexsdk
