@@ -191,17 +191,13 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
                                 bool pSetPreRotation)
 {
     bool        lAll = true;
-    bool        lBuilt = false;
     KQexNode*   lParent = pParent;
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lAsfNode = lWalk.Next())
     {
         if (!lWalk.IsEntering())
         {
-            // A bone that was built with all below it did not take the walk into its node.
-            if (!lBuilt)
-                lParent = lParent->GetParent();
-            lBuilt = false;
+            lParent = lParent->GetParent();
             continue;
         }
         KQexNode* lNode = lParent->FindChild(lAsfNode->mName, false, false);
@@ -215,7 +211,6 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
         // A namesake that is no part of a skeleton stays beside the new node, deliberately.
         KQexNode* lNew = lAsfNode->ASFToQEX(pScene, pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
         lAll = lNew && Attach(lParent, lNew) && lAll;
-        lBuilt = true;
         lWalk.SkipChildren();
     }
     return lAll;

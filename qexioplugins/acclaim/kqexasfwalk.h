@@ -49,7 +49,7 @@ public:
     /// Whether the bone that Next() gave is being entered; else it is being left.
     bool IsEntering() const { return mEntering; }
 
-    /// After the entering of a bone: it is left next, its children are not visited.
+    /// At the entering of a bone: goes on behind it. Its children do not come up, and neither does its leaving.
     void SkipChildren() { Leave(mNode); }
 
 private:
