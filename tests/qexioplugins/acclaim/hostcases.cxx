@@ -344,7 +344,8 @@ json DescribeLeftovers(KQexAsfNode* pRoot)
 {
     json lResult = json::array();
     for (const KQexAsfNode* lBone : BonesOf(pRoot))
-        lResult.push_back({{"name", lBone->mName}, {"parentPosition", Row(lBone->mParentPositionV.mData)}, {"data", DescribeCurveSizes(*lBone)}});
+        lResult.push_back(
+            {{"name", lBone->mName}, {"parentPosition", Row(lBone->mParentPositionV.mData)}, {"data", DescribeCurveSizes(*lBone)}});
     return lResult;
 }
 
@@ -389,7 +390,10 @@ namespace
 
 void Compare(const json& pExpected, const json& pActual, double pTolerance, const std::string& pWhere, std::vector<std::string>& pOut)
 {
-    const auto lReport = [&] { pOut.push_back(pWhere + ": " + pActual.dump() + " instead of " + pExpected.dump()); };
+    const auto lReport = [&]
+    {
+        pOut.push_back(pWhere + ": " + pActual.dump() + " instead of " + pExpected.dump());
+    };
     if (pExpected.is_number() && pActual.is_number())
     {
         const double lExpected = pExpected.get<double>();

@@ -15,9 +15,12 @@ namespace
 struct KFlags
 {
     explicit KFlags(const json& pCase)
-        : mSetLimits(pCase["setLimits"].get<bool>()), mOffset(pCase["pivotOffset"].get<bool>()),
-          mPreRotation(pCase["preRotation"].get<bool>()), mRemoveDummy(pCase["removeDummy"].get<bool>()),
-          mHasTake(!pCase["take"].is_null()), mTake(mHasTake ? pCase["take"].get<std::string>() : "")
+        : mSetLimits(pCase["setLimits"].get<bool>()),
+          mOffset(pCase["pivotOffset"].get<bool>()),
+          mPreRotation(pCase["preRotation"].get<bool>()),
+          mRemoveDummy(pCase["removeDummy"].get<bool>()),
+          mHasTake(!pCase["take"].is_null()),
+          mTake(mHasTake ? pCase["take"].get<std::string>() : "")
     {
     }
 
@@ -95,11 +98,10 @@ json Prepare(KHostCase& pScene, const json& pCase, const KFlags& pFlags)
     return lResult;
 }
 
-// The result, evaluated in the take that the motion went to.
+// The result, evaluated in the take that the motion went to; in none when no motion made it.
 void Look(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
 {
-    if (KQexAnimStack* lStack = pScene.mScene->FindAnimStack(KFlags(pCase).Take()))
-        pScene.mScene->GetEvaluator()->SetContext(lStack);
+    pScene.mScene->GetEvaluator()->SetContext(pScene.mScene->FindAnimStack(KFlags(pCase).Take()));
     pResult["host"] = json::array();
     pResult["eval"] = json::array();
     for (KQexNode* lTop : pTops)
@@ -139,12 +141,13 @@ json RunMerge(const json& pCase)
 
 json RunExport(const json& pCase)
 {
-    KHostCase   lScene(pCase);
-    const bool  lTAnimated = pCase["tAnimated"].get<bool>();
-    const auto  lScale = pCase["baseScale"].get<std::vector<double>>();
-    KQexNode*   lRoot = lScene.mNodes[pCase["exportRoot"].get<size_t>()];
-    json        lResult;
-    lResult["ok"] = lScene.mAsf->QEXToASF(lRoot, lTAnimated, KQexVector4(lScale[0], lScale[1], lScale[2]), pCase["defaultsAsBaseTR"].get<bool>());
+    KHostCase  lScene(pCase);
+    const bool lTAnimated = pCase["tAnimated"].get<bool>();
+    const auto lScale = pCase["baseScale"].get<std::vector<double>>();
+    KQexNode*  lRoot = lScene.mNodes[pCase["exportRoot"].get<size_t>()];
+    json       lResult;
+    lResult["ok"] =
+        lScene.mAsf->QEXToASF(lRoot, lTAnimated, KQexVector4(lScale[0], lScale[1], lScale[2]), pCase["defaultsAsBaseTR"].get<bool>());
     lResult["asf"] = DescribeBones(lScene.mAsf->mRoot, lTAnimated ? 6 : 3);
     lResult["scene"] = {{"name", lScene.mAsf->mName},
                         {"massUnit", lScene.mAsf->mMassUnit},
@@ -250,7 +253,7 @@ TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
         lCount++;
         for (const char* lKey : {"exactKeys", "keyReducer", "kind", "name"})
             lWanted.erase(lKey);
-        const json lGot = GetParam().mRun(lCase);
+        const json                     lGot = GetParam().mRun(lCase);
         const std::vector<std::string> lOff = Differences(lWanted, lGot, 1e-7);
         EXPECT_TRUE(lOff.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lOff);
     }
