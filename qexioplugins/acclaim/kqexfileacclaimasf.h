@@ -96,13 +96,42 @@ public:
     const std::vector<KQexAsfLengthDof>& GetLengthDofs() const { return mLengthDofs; }
 
 private:
+    bool ReadSections();
+    bool ReadSection(int pKeyword);
+    void SkipSection();
+    bool CheckRoot(const char* pMessage);
+    bool ReadAxisWord(int& pOrder);
+    bool ReadNameWord(char* pName);
+
+    bool ReadRootLines(HKQexAsfNode pNode);
+    bool ReadRootLine(HKQexAsfNode pNode);
+    void ReadRootOrder(HKQexAsfNode pNode);
+    void StoreRoot(HKQexAsfNode pNode);
+
+    bool ReadBoneLines(HKQexAsfNode pNode);
+    bool ReadBoneLine(HKQexAsfNode pNode);
+    bool ReadBoneName(HKQexAsfNode pNode);
+    bool ReadBoneDirection(HKQexAsfNode pNode);
+    bool ReadBoneLength(HKQexAsfNode pNode);
+    bool ReadBoneAxis(HKQexAsfNode pNode);
+    bool ReadBoneDof(HKQexAsfNode pNode);
+    bool ReadBoneLimits(HKQexAsfNode pNode);
+    bool AttachBone(HKQexAsfNode pNode);
+    bool AddLengthDof(int pPlace);
+    bool NameLengthDofs(const char* pName);
+
+    bool ReadFamilies(KQexAsfNameIndex& pIndex);
+    bool ReadFamily(KQexAsfNameIndex& pIndex);
+    bool ReadChildren(KQexAsfNameIndex& pIndex, int pParent);
+
     void WriteHeader();
     void WriteOneBone(HKQexAsfNode pNode, int pIndex);
-    void WriteLimits(HKQexAsfNode pNode);
+    void WriteDofs(HKQexAsfNode pNode);
+    void WriteDofWord(const KToken* pWords, int pCode);
 
     std::vector<KQexAsfLengthDof> mLengthDofs;
-
-    KQexAsfNameIndex* mNameIndex; ///< The bones of the current Read() by name; null outside.
+    size_t                        mFirstLengthDof; ///< Of the bone being read.
+    KQexAsfNameIndex*             mNameIndex;      ///< The bones of the current Read() by name; null outside.
 };
 
 } // namespace qexsdk

@@ -31,7 +31,8 @@ testing::AssertionResult AreNear(const double* pActual, size_t pCount, const KJs
 /// As above.
 testing::AssertionResult AreNear(const std::vector<double>& pActual, const KJson& pExpected, double pTolerance);
 
-/// The numbers of an array, of arrays in any depth, in order; what is no number gives a quiet NaN.
+/// The numbers of an array, of arrays in any depth, in order; the texts "inf" and "-inf" are numbers, what else is none gives a quiet
+/// NaN.
 std::vector<double> Numbers(const KJson& pArray);
 
 /// The text of a JSON string whose code points U+0080 to U+00FF stand for the bytes of the same value.

@@ -1,0 +1,89 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFNAMEINDEX_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXASFNAMEINDEX_H
+
+#include <kbaselib/kbase/kbaseexport.h>
+#include <qexioplugins/acclaim/kqexasfnode.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace qexsdk
+{
+
+/// The bones of a skeleton by name while a hierarchy is being read, so that reading stays linear: Find() answers what
+/// KQexAsfNode::Find() on the root would, Move() hangs a child of the root under another bone. Neither walks the tree or
+/// searches a child list.
+///
+/// A moved bone leaves the root's child list only at Compact(); until then the list holds bones whose mParent is another one.
+/// While the index is in use, bones may be added at the end of the root's children, and are changed in no other way.
+///
+/// Bones are told by their place in the index, 0 for the root. Used by one thread; owns nothing of the tree.
+class QEX_API KQexAsfNameIndex
+{
+public:
+    static constexpr int kNone = -1; ///< No bone of that name.
+
+    KQexAsfNameIndex() = default;
+    ~KQexAsfNameIndex();
+    KQexAsfNameIndex(const KQexAsfNameIndex&) = delete;
+    KQexAsfNameIndex& operator=(const KQexAsfNameIndex&) = delete;
+
+    /// Takes in the bones below \p pRoot that are not known yet: all the first time, then those that were added to the
+    /// root's children since. \p pRoot is the same each time. False, with nothing lost, when memory runs out.
+    bool Update(HKQexAsfNode pRoot);
+
+    /// The first bone in pre-order whose name is \p pName, or kNone. Amortised constant time while names are
+    /// unique; else in proportion to the bones of that name.
+    int Find(const char* pName);
+
+    HKQexAsfNode GetNode(int pBone) const { return mBones[pBone].mNode; }
+
+    /// True when \p pBone is \p pTop or hangs below it, \p pTop being a child of the root.
+    bool IsBelow(int pBone, int pTop) { return TopOf(pBone) == pTop; }
+
+    /// Hangs \p pBone, a child of the root, behind the children of \p pParent, which is not below it. False, with nothing
+    /// changed, when memory runs out.
+    bool Move(int pBone, int pParent);
+
+    /// Takes the bones that were moved out of the root's child list.
+    void Compact();
+
+private:
+    struct KBone
+    {
+        HKQexAsfNode mNode;
+        uint32_t     mHash;
+        int          mUp;        ///< A bone nearer to the child of the root that this one hangs below, or itself.
+        int          mParent;    ///< Bone that this one is a child of.
+        unsigned     mPlace;     ///< Grows along the children of one parent.
+        int          mSameName;  ///< Next bone of the same name, in a ring.
+        unsigned     mAnswerFor; ///< mState for which this bone is known to be the first of its name.
+        bool         mHoldsTwin; ///< At a child of the root: a bone at or below it shares its name with another.
+    };
+
+    bool     Add(HKQexAsfNode pNode, int pParent);
+    void     AddName(int pBone);
+    bool     GrowBones();
+    bool     GrowTable();
+    int*     SlotOf(const char* pName, uint32_t pHash) const;
+    int      FirstOf(int pBone);
+    bool     IsBefore(int pLeft, int pRight) const;
+    int      DepthOf(int pBone) const;
+    int      TopOf(int pBone);
+    unsigned PlaceOfTop(int pBone) { return mBones[TopOf(pBone)].mPlace; }
+
+    KBone*   mBones = nullptr;
+    int      mCount = 0;
+    int      mRoom = 0;
+    int*     mTable = nullptr; ///< Open addressing: a bone of each name, kNone for a free slot.
+    size_t   mTableSize = 0;   ///< A power of two, more than twice the number of names.
+    size_t   mNameCount = 0;
+    int      mKnownChildren = 0; ///< Children of the root taken in.
+    unsigned mNextPlace = 0;
+    unsigned mState = 1;        ///< Counts changes that may alter which bone of a name comes first.
+    bool     mHasMoved = false; ///< The root's child list waits for Compact().
+};
+
+} // namespace qexsdk
+
+#endif
