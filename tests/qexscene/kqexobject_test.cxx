@@ -1,0 +1,162 @@
+#include <tests/qexscene/scenefixture.h>
+
+using namespace qexsdk;
+
+namespace
+{
+
+class KQexObjectTest : public qextest::KSceneTest
+{
+};
+
+TEST_F(KQexObjectTest, KeepsItsNameExactly)
+{
+    for (const char* lName : {"", "a", "ns:bone", "bone with blanks ", "\xC3\xA9t\xC3\xA9", "a name that is far too long to fit into any small buffer there may be"})
+    {
+        KQexNode* lNode = MakeNode(lName);
+        EXPECT_STREQ(lNode->GetName(), lName);
+        EXPECT_NE(lNode->GetName(), lName) << "copied";
+    }
+    EXPECT_STREQ(MakeNode(nullptr)->GetName(), "");
+}
+
+struct KPrefixCase
+{
+    const char* mName;
+    const char* mExpected;
+};
+
+TEST_F(KQexObjectTest, PrefixEndsAtTheLastColon)
+{
+    for (const KPrefixCase& lCase : {KPrefixCase{"Hips", "Hips"}, KPrefixCase{"ns:Hips", "Hips"}, KPrefixCase{"a:b:Hips", "Hips"},
+                                     KPrefixCase{"ns:", ""}, KPrefixCase{":Hips", "Hips"}, KPrefixCase{"", ""}})
+    {
+        EXPECT_STREQ(MakeNode(lCase.mName)->GetNameWithoutNameSpacePrefix().Buffer(), lCase.mExpected) << lCase.mName;
+    }
+}
+
+TEST_F(KQexObjectTest, CanBeRenamed)
+{
+    KQexNode* lNode = MakeNode("old");
+    EXPECT_TRUE(lNode->SetName("new"));
+    EXPECT_STREQ(lNode->GetName(), "new");
+    EXPECT_TRUE(lNode->SetName(lNode->GetName() + 1)) << "even to a part of its own name";
+    EXPECT_STREQ(lNode->GetName(), "ew");
+    mMemory.FailAfter(0);
+    EXPECT_FALSE(lNode->SetName("other"));
+    mMemory.FailAfter(-1);
+    EXPECT_STREQ(lNode->GetName(), "ew");
+}
+
+TEST_F(KQexObjectTest, KnowsItsSceneAndClass)
+{
+    KQexNode* lNode = MakeNode("n");
+    EXPECT_EQ(lNode->GetScene(), mScene);
+    EXPECT_EQ(mScene->GetScene(), mScene);
+    EXPECT_TRUE(lNode->Is(KQexNode::smClassId));
+    EXPECT_TRUE(lNode->Is(KQexObject::smClassId));
+    EXPECT_FALSE(lNode->Is(KQexAnimCurve::smClassId));
+    KQexObject* lObject = lNode;
+    EXPECT_EQ(QexCast<KQexNode>(lObject), lNode);
+    EXPECT_EQ(QexCast<KQexAnimCurve>(lObject), nullptr);
+    EXPECT_EQ(QexCast<KQexNode>(static_cast<KQexObject*>(nullptr)), nullptr);
+}
+
+TEST_F(KQexObjectTest, AnyObjectOfTheSceneCanBeTheContainer)
+{
+    KQexNode* lNode = KQexNode::Create(MakeNode("container"), "n");
+    EXPECT_EQ(lNode->GetScene(), mScene);
+    EXPECT_EQ(lNode->GetParent(), nullptr);
+    EXPECT_EQ(KQexNode::Create(nullptr, "n"), nullptr);
+}
+
+/// A curve that tells when it is asked to end, and when it does.
+class KSpyCurve : public KQexAnimCurve
+{
+public:
+    KSpyCurve(KQexScene* pScene, int& pDestroyed, int& pGone) : KQexAnimCurve(pScene, "spy"), mDestroyed(pDestroyed), mGone(pGone) {}
+    ~KSpyCurve() override { ++mGone; }
+    void Destroy(bool pRecursive, bool pDependents) override
+    {
+        ++mDestroyed;
+        KQexAnimCurve::Destroy(pRecursive, pDependents);
+    }
+
+private:
+    int& mDestroyed;
+    int& mGone;
+};
+
+TEST_F(KQexObjectTest, DerivedObjectsEndByTheirOwnDestroy)
+{
+    int        lDestroyed = 0;
+    int        lGone = 0;
+    KSpyCurve* lCurve = new KSpyCurve(mScene, lDestroyed, lGone);
+    EXPECT_EQ(lCurve->GetScene(), mScene);
+    lCurve->Destroy(false, false);
+    EXPECT_EQ(lDestroyed, 1);
+    EXPECT_EQ(lGone, 1);
+
+    new KSpyCurve(mScene, lDestroyed, lGone);
+    mScene->Destroy();
+    mScene = nullptr;
+    EXPECT_EQ(lDestroyed, 2);
+    EXPECT_EQ(lGone, 2);
+}
+
+TEST_F(KQexObjectTest, AnObjectOnTheStackLeavesItsSceneByItself)
+{
+    int       lDestroyed = 0;
+    int       lGone = 0;
+    const int lBefore = mScene->GetObjectCount();
+    {
+        KSpyCurve          lCurve(mScene, lDestroyed, lGone);
+        KQexAnimCurveNode* lCurveNode = MakeNode("n")->mLocalRotation.GetCurveNode(true, "take");
+        EXPECT_TRUE(lCurveNode->ConnectToChannel(&lCurve, 1, true));
+        EXPECT_EQ(lCurveNode->GetCurve(1), &lCurve);
+    }
+    KQexNode* lNode = QexCast<KQexNode>(mScene->GetNextObject(mScene->GetEvaluator()));
+    EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take")->GetCurve(1), nullptr);
+    EXPECT_EQ(lDestroyed, 0);
+    EXPECT_EQ(lGone, 1);
+    EXPECT_EQ(mScene->GetObjectCount(), lBefore + 4) << "the node, the stack, its layer and the curve node";
+}
+
+TEST_F(KQexObjectTest, AnObjectWithoutASceneIsTakenByTheSceneItIsConnectedIn)
+{
+    KQexAnimCurve* lCurve = KQexAnimCurve::Create(nullptr, "free");
+    ASSERT_NE(lCurve, nullptr);
+    EXPECT_EQ(lCurve->GetScene(), nullptr);
+    EXPECT_TRUE(MakeNode("n")->mLocalRotation.GetCurveNode(true, "take")->ConnectToChannel(lCurve, 0));
+    EXPECT_EQ(lCurve->GetScene(), mScene);
+}
+
+TEST_F(KQexObjectTest, WithoutMemoryThereIsNoObject)
+{
+    for (int lFail = 0; lFail < 2; ++lFail) // The object, then its name.
+    {
+        const size_t lBlocks = mMemory.GetBlocks();
+        const int    lObjects = mScene->GetObjectCount();
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexNode::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexSkeleton::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexAnimStack::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexAnimLayer::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexCollection::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexAnimCurveNode::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(lFail);
+        EXPECT_EQ(KQexAnimCurve::Create(mScene, "n"), nullptr);
+        mMemory.FailAfter(-1);
+        EXPECT_LE(mMemory.GetBlocks(), lBlocks + 1) << "the list of stacks may keep its room";
+        EXPECT_EQ(mScene->GetObjectCount(), lObjects);
+        EXPECT_EQ(mScene->GetAnimStackCount(), 0);
+        EXPECT_EQ(mScene->GetEvaluator()->GetContext(), nullptr);
+    }
+}
+
+} // namespace
