@@ -1,0 +1,38 @@
+#ifndef TESTS_SUPPORT_SMALLSTACK_H
+#define TESTS_SUPPORT_SMALLSTACK_H
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstddef>
+#include <functional>
+
+/// \file
+/// Running code in a thread with a stack of a given size, which code that recurses over a deep tree does not survive.
+
+namespace qextest
+{
+
+/// The stacks that deep trees have to stand in: a main thread's, and a small worker's.
+constexpr std::size_t kStackSizes[] = {std::size_t(8) << 20, std::size_t(256) << 10};
+
+/// Runs \p pBody to its end in a thread of its own with a stack of \p pBytes bytes.
+inline void RunInStack(std::size_t pBytes, std::function<void()> pBody)
+{
+    pthread_attr_t lAttributes;
+    pthread_attr_init(&lAttributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&lAttributes, pBytes), 0);
+    pthread_t  lThread;
+    const auto lRun = [](void* pArgument) -> void*
+    {
+        (*static_cast<std::function<void()>*>(pArgument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&lThread, &lAttributes, lRun, &pBody), 0);
+    pthread_join(lThread, nullptr);
+    pthread_attr_destroy(&lAttributes);
+}
+
+} // namespace qextest
+
+#endif
