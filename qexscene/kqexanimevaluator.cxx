@@ -19,7 +19,8 @@ KQexVector4 EvaluateProperty(const KQexProperty& pProperty, const KQexAnimLayer*
     KQexVector4              lResult;
     for (int lI = 0; lI < 3; ++lI)
     {
-        lResult.mData[lI] = lCurveNode != nullptr ? lCurveNode->Evaluate(static_cast<unsigned int>(lI), pTime) : pProperty.GetData()->mValue[lI];
+        lResult.mData[lI] =
+            lCurveNode != nullptr ? lCurveNode->Evaluate(static_cast<unsigned int>(lI), pTime) : pProperty.GetData()->mValue[lI];
     }
     return lResult;
 }

@@ -23,8 +23,8 @@ public:
         KQexVector4 lResult;
         for (int lI = 0; lI < 3; ++lI)
         {
-            lResult.mData[lI] = mData[0].mData[lI] * pPoint.mData[0] + mData[1].mData[lI] * pPoint.mData[1] + mData[2].mData[lI] * pPoint.mData[2]
-                                + mData[3].mData[lI];
+            lResult.mData[lI] = mData[0].mData[lI] * pPoint.mData[0] + mData[1].mData[lI] * pPoint.mData[1] +
+                                mData[2].mData[lI] * pPoint.mData[2] + mData[3].mData[lI];
         }
         return lResult;
     }
@@ -38,7 +38,8 @@ public:
             const double* lColumn = pRight.mData[lJ].mData;
             for (int lI = 0; lI < 3; ++lI)
             {
-                lResult.mData[lJ].mData[lI] = mData[0].mData[lI] * lColumn[0] + mData[1].mData[lI] * lColumn[1] + mData[2].mData[lI] * lColumn[2];
+                lResult.mData[lJ].mData[lI] =
+                    mData[0].mData[lI] * lColumn[0] + mData[1].mData[lI] * lColumn[1] + mData[2].mData[lI] * lColumn[2];
             }
         }
         for (int lI = 0; lI < 3; ++lI)

@@ -58,8 +58,8 @@ bool KQexNode::IsSceneRoot() const
 
 void KQexNode::DestroyBelongings(KQexNode* pNode)
 {
-    for (KQexProperty* lProperty : {static_cast<KQexProperty*>(&pNode->mLocalTranslation), static_cast<KQexProperty*>(&pNode->mLocalRotation),
-                                    static_cast<KQexProperty*>(&pNode->mLocalScaling)})
+    for (KQexProperty* lProperty : {static_cast<KQexProperty*>(&pNode->mLocalTranslation),
+                                    static_cast<KQexProperty*>(&pNode->mLocalRotation), static_cast<KQexProperty*>(&pNode->mLocalScaling)})
     {
         while (KQexObject* lSource = lProperty->GetSrcObject(kQexClassId()))
         {

@@ -120,7 +120,8 @@ public:
     KQexVector4 EvaluateLocalScaling(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
 
     /// The local transform for the given local values, by the formula of the class. Reads nothing but the node's pivots.
-    void ComposeLocalTransform(KQexMatrix& pResult, const double pTranslation[3], const double pRotation[3], const double pScaling[3]) const;
+    void ComposeLocalTransform(KQexMatrix& pResult, const double pTranslation[3], const double pRotation[3],
+                               const double pScaling[3]) const;
     /// \}
 
     KQexNodeLimits&       GetLimits() { return mLimits; }

@@ -99,7 +99,8 @@ KQexVector4 KQexNode::GetPostRotation(int) const
     return mPostRotation.mAngles;
 }
 
-void KQexNode::ComposeLocalTransform(KQexMatrix& pResult, const double pTranslation[3], const double pRotation[3], const double pScaling[3]) const
+void KQexNode::ComposeLocalTransform(KQexMatrix& pResult, const double pTranslation[3], const double pRotation[3],
+                                     const double pScaling[3]) const
 {
     double lRotation[3][4];
     SetRotation(lRotation, pRotation, mRotationActive ? mRotationOrder : eEULER_XYZ);

@@ -75,7 +75,7 @@ public:
     KQexAnimCurveNode* GetCurveNode(bool pCreate, const char* pTakeName);
 
     /// The curve node that drives the property on \p pLayer (null: gives null), made when missing if \p pCreate is true.
-    KQexAnimCurveNode* GetCurveNode(KQexAnimLayer* pLayer, bool pCreate = false);
+    KQexAnimCurveNode*       GetCurveNode(KQexAnimLayer* pLayer, bool pCreate = false);
     const KQexAnimCurveNode* GetCurveNode(const KQexAnimLayer* pLayer) const;
 
     /// The \p pIndex-th object of class \p pClass (an invalid identifier: any class) that is connected to the property, in

@@ -21,12 +21,30 @@ enum EQexType
 
 /// \name The type code of a value.
 /// \{
-constexpr EQexType QexTypeOf(const bool&) { return eQexBool; }
-constexpr EQexType QexTypeOf(const int&) { return eQexInt; }
-constexpr EQexType QexTypeOf(const float&) { return eQexFloat; }
-constexpr EQexType QexTypeOf(const double&) { return eQexDouble; }
-constexpr EQexType QexTypeOf(const qexVectorTemplate3<double>&) { return eQexDouble3; }
-constexpr EQexType QexTypeOf(const KQexVector4&) { return eQexDouble4; }
+constexpr EQexType QexTypeOf(const bool&)
+{
+    return eQexBool;
+}
+constexpr EQexType QexTypeOf(const int&)
+{
+    return eQexInt;
+}
+constexpr EQexType QexTypeOf(const float&)
+{
+    return eQexFloat;
+}
+constexpr EQexType QexTypeOf(const double&)
+{
+    return eQexDouble;
+}
+constexpr EQexType QexTypeOf(const qexVectorTemplate3<double>&)
+{
+    return eQexDouble3;
+}
+constexpr EQexType QexTypeOf(const KQexVector4&)
+{
+    return eQexDouble4;
+}
 /// \}
 
 } // namespace qexsdk

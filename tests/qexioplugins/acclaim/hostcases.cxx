@@ -22,8 +22,8 @@ T Vector3(const json& pValue)
 
 void FillLimits(KQexAsfNode& pBone, const json& pDescription)
 {
-    for (int lRow = 0; lRow < 6; lRow++)
-        for (int lBound = 0; lBound < 2; lBound++)
+    for (size_t lRow = 0; lRow < 6; lRow++)
+        for (size_t lBound = 0; lBound < 2; lBound++)
         {
             pBone.mLimitsBuf[lRow][lBound] = pDescription["limits"][lRow][lBound].get<double>();
             pBone.mLimitsActive[lRow][lBound] = pDescription["limitsActive"][lRow][lBound].get<bool>();

@@ -90,12 +90,12 @@ struct KVariant
     const char* mNew;
 };
 
-class BvhVariant : public testing::TestWithParam<KVariant>
+class KBvhVariantTest : public testing::TestWithParam<KVariant>
 {
 };
 
 // Each of these says the same as the small file.
-TEST_P(BvhVariant, MeansTheSame)
+TEST_P(KBvhVariantTest, MeansTheSame)
 {
     const KScenePtr   lScene = MakeScene();
     KQexFileBvh       lFile;
@@ -124,7 +124,7 @@ TEST_P(BvhVariant, MeansTheSame)
     EXPECT_EQ(lLeg->EvaluateLocalRotation(FrameTime(1))[0], -3.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Spelling, BvhVariant,
+INSTANTIATE_TEST_SUITE_P(Spelling, KBvhVariantTest,
                          testing::Values(KVariant{"CR LF", "\n", "\r\n"}, KVariant{"CR", "\n", "\r"},
                                          KVariant{"tabs and blanks", "  OFFSET 1 2 3", "\t OFFSET\t1  2 3 "},
                                          KVariant{"no blank", "Frames: 2", "Frames:2"},
@@ -146,11 +146,11 @@ struct KBadFile
     const char* mText;
 };
 
-class BvhError : public testing::TestWithParam<KBadFile>
+class KBvhErrorTest : public testing::TestWithParam<KBadFile>
 {
 };
 
-TEST_P(BvhError, IsToldAndLeavesTheScene)
+TEST_P(KBvhErrorTest, IsToldAndLeavesTheScene)
 {
     const KScenePtr   lScene = MakeScene();
     const int         lObjects = lScene->GetObjectCount();
@@ -166,7 +166,7 @@ TEST_P(BvhError, IsToldAndLeavesTheScene)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Messages, BvhError,
+    Messages, KBvhErrorTest,
     testing::Values(KBadFile{"HIERARCHY", "HIERARCHIE", 1, "HIERARCHY expected, found (HIERARCHIE)"},
                     KBadFile{"ROOT", "RUT", 2, "ROOT expected, found (RUT)"}, KBadFile{"Hips\n{", "{", 2, "Joint name expected, found ({)"},
                     KBadFile{"Hips\n{", "Hips\n", 4, "{ expected, found (OFFSET)"},
@@ -302,11 +302,11 @@ std::string Written(KQexScene* pScene, KQexNode* pRoot, KQexBvhWriteOptions pOpt
     return lText;
 }
 
-class BvhRoundTrip : public testing::TestWithParam<int>
+class KBvhRoundTripTest : public testing::TestWithParam<int>
 {
 };
 
-TEST_P(BvhRoundTrip, EveryJointIsWhereTheSceneHasIt)
+TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
 {
     std::mt19937 lRandom(static_cast<unsigned>(1000 + GetParam()));
     KRandomTree  lTree;
@@ -342,7 +342,7 @@ TEST_P(BvhRoundTrip, EveryJointIsWhereTheSceneHasIt)
     EXPECT_EQ(Written(lAgain.get(), lResult.mRoots[0], lOptions), lSecond) << "a second turn of the circle";
 }
 
-INSTANTIATE_TEST_SUITE_P(Trees, BvhRoundTrip, testing::Range(0, 16));
+INSTANTIATE_TEST_SUITE_P(Trees, KBvhRoundTripTest, testing::Range(0, 16));
 
 TEST(BvhWrite, SmallSceneToTheLetter)
 {
