@@ -22,7 +22,7 @@ struct KFrameRate
 
 /// A time or a duration as a signed 64-bit count of flicks, 705,600,000 to the second: one frame at 24, 25, 30, 48, 50, 60, 90,
 /// 100, 120 or 240 frames a second, and at 30000/1001, is a whole number of them. Reaches about 414 years both ways.
-/// Sums, differences and conversions beyond that stop at kMin and kMax.
+/// Sums, differences and conversions beyond that stop at kMin and kMax (a frame's, within a few seconds before them).
 class QEX_API KTime
 {
 public:

@@ -1,0 +1,371 @@
+#include <kbaselib/kmath/kmath.h>
+
+#include <gtest/gtest.h>
+#include <tests/kbaselib/kmath/rotations.h>
+
+#include <Imath/ImathEuler.h>
+#include <Imath/ImathMatrix.h>
+
+#include <cmath>
+#include <vector>
+
+namespace qexsdk
+{
+namespace
+{
+
+using namespace qextest;
+
+constexpr int    kTriples = 10000;
+constexpr double kClose = 1e-12;
+
+struct KOrderCase
+{
+    const char*          mName;
+    int                  mCode;
+    Imath::Eulerd::Order mImath;
+    std::vector<int>     mAxes; ///< In order of application.
+};
+
+const std::vector<KOrderCase>& Orders()
+{
+    static const std::vector<KOrderCase> sOrders = {
+        {"XYZ", 0, Imath::Eulerd::XYZ, {0, 1, 2}}, {"XYX", 1, Imath::Eulerd::XYX, {0, 1, 0}},  {"XZY", 2, Imath::Eulerd::XZY, {0, 2, 1}},
+        {"XZX", 3, Imath::Eulerd::XZX, {0, 2, 0}}, {"YZX", 4, Imath::Eulerd::YZX, {1, 2, 0}},  {"YZY", 5, Imath::Eulerd::YZY, {1, 2, 1}},
+        {"YXZ", 6, Imath::Eulerd::YXZ, {1, 0, 2}}, {"YXY", 7, Imath::Eulerd::YXY, {1, 0, 1}},  {"ZXY", 8, Imath::Eulerd::ZXY, {2, 0, 1}},
+        {"ZXZ", 9, Imath::Eulerd::ZXZ, {2, 0, 2}}, {"ZYX", 10, Imath::Eulerd::ZYX, {2, 1, 0}}, {"ZYZ", 11, Imath::Eulerd::ZYZ, {2, 1, 2}},
+    };
+    return sOrders;
+}
+
+/// Imath's matrix of the same angles: it applies matrices to row vectors, so its rows are the images of the axes as ours are.
+void ImathRotation(double (*pM)[4], const double* pAngles, Imath::Eulerd::Order pOrder)
+{
+    const double        lRadians = std::acos(-1.0) / 180.0;
+    const Imath::Eulerd lEuler(pAngles[0] * lRadians, pAngles[1] * lRadians, pAngles[2] * lRadians, pOrder, Imath::Eulerd::IJKLayout);
+    const Imath::M44d   lMatrix = lEuler.toMatrix44();
+    for (int lRow = 0; lRow < 4; ++lRow)
+    {
+        for (int lColumn = 0; lColumn < 4; ++lColumn)
+        {
+            pM[lRow][lColumn] = lMatrix[lRow][lColumn];
+        }
+    }
+}
+
+/// The turn by \p pAngle degrees about one axis, written out.
+void AxisRotation(double (*pM)[4], int pAxis, double pAngle)
+{
+    const double lCos = std::cos(pAngle * std::acos(-1.0) / 180.0);
+    const double lSin = std::sin(pAngle * std::acos(-1.0) / 180.0);
+    const int    lNext = (pAxis + 1) % 3;
+    const int    lLast = (pAxis + 2) % 3;
+    KmId(pM);
+    pM[lNext][lNext] = lCos;
+    pM[lNext][lLast] = lSin;
+    pM[lLast][lNext] = -lSin;
+    pM[lLast][lLast] = lCos;
+}
+
+class KmOrderTest : public testing::TestWithParam<KOrderCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Codes, KmOrderTest, testing::ValuesIn(Orders()),
+                         [](const testing::TestParamInfo<KOrderCase>& pInfo) { return pInfo.param.mName; });
+
+TEST_P(KmOrderTest, TheTableFollowsFromTheCode)
+{
+    ASSERT_EQ(KmEulerAxisCount, 12);
+    const int  lCode = GetParam().mCode;
+    const int* lRow = KmEulerAxis[lCode];
+    const int  lFirst = lCode >> 2;
+    EXPECT_EQ(lRow[0], lFirst);
+    EXPECT_EQ(lRow[1], (lCode & 2) == 0 ? (lFirst + 1) % 3 : (lFirst + 2) % 3);
+    EXPECT_EQ(lRow[0] + lRow[1] + lRow[2], 3);
+    EXPECT_EQ(lRow[1], GetParam().mAxes[1]);
+    EXPECT_EQ((lCode & 1) == 0 ? lRow[2] : lRow[0], GetParam().mAxes[2]);
+}
+
+TEST_P(KmOrderTest, AgreesWithImath)
+{
+    KRandomAngles lRandom(1000 + static_cast<unsigned>(GetParam().mCode));
+    for (int lStep = 0; lStep < kTriples; ++lStep)
+    {
+        double lAngles[3];
+        lRandom.Next(lAngles);
+        double lOurs[4][4];
+        double lTheirs[4][4];
+        KmVIJKtoR(lOurs, lAngles, GetParam().mCode);
+        ImathRotation(lTheirs, lAngles, GetParam().mImath);
+        ASSERT_LT(Distance(lOurs, lTheirs), kClose) << lAngles[0] << " " << lAngles[1] << " " << lAngles[2];
+    }
+}
+
+TEST_P(KmOrderTest, TurnsAboutItsAxesOneAfterTheOther)
+{
+    KRandomAngles lRandom(2000);
+    for (int lStep = 0; lStep < 1000; ++lStep)
+    {
+        double lAngles[3];
+        lRandom.Next(lAngles);
+        double lExpected[4][4];
+        KmId(lExpected);
+        for (size_t lTurn = 0; lTurn < 3; ++lTurn)
+        {
+            double lStepM[4][4];
+            AxisRotation(lStepM, GetParam().mAxes[lTurn], lAngles[lTurn]);
+            KmRR(lExpected, lStepM, lExpected);
+        }
+        double lOurs[4][4];
+        KmIJKtoR(lOurs, lAngles[0], lAngles[1], lAngles[2], GetParam().mCode);
+        ASSERT_LT(Distance(lOurs, lExpected), 1e-14);
+    }
+}
+
+TEST_P(KmOrderTest, AnglesGiveTheirRotationBack)
+{
+    KRandomAngles lRandom(3000 + static_cast<unsigned>(GetParam().mCode));
+    for (int lStep = 0; lStep < kTriples; ++lStep)
+    {
+        double lR[4][4];
+        double lAngles[3];
+        double lBack[4][4];
+        lRandom.NextRotation(lR);
+        ASSERT_EQ(KmRtoVord(lAngles, lR, GetParam().mCode), lAngles);
+        KmVIJKtoR(lBack, lAngles, GetParam().mCode);
+        ASSERT_LT(Distance(lR, lBack), 1e-8) << "gimbal lock may cost its threshold";
+        if (std::fabs(lAngles[2]) > 0)
+        {
+            ASSERT_LT(Distance(lR, lBack), kClose);
+        }
+    }
+}
+
+// The middle angle stands on a pole (90 degrees; 0 and 180 for a repeated axis) and just beside it.
+TEST_P(KmOrderTest, InGimbalLockTheFirstAngleTakesTheRest)
+{
+    const bool    lRepeated = (GetParam().mCode & 1) != 0;
+    KRandomAngles lRandom(4000);
+    for (const double lMiddle : lRepeated ? std::vector<double>{0, 180, 5e-8} : std::vector<double>{90, -90, 90 - 5e-8, -90 + 5e-8})
+    {
+        for (int lStep = 0; lStep < 1000; ++lStep)
+        {
+            double lR[4][4];
+            double lAngles[3];
+            double lBack[4][4];
+            KmIJKtoR(lR, lRandom.Next(), lMiddle, lRandom.Next(), GetParam().mCode);
+            KmRtoVord(lAngles, lR, GetParam().mCode);
+            ASSERT_EQ(lAngles[2], 0.0);
+            KmVIJKtoR(lBack, lAngles, GetParam().mCode);
+            ASSERT_LT(Distance(lR, lBack), 2e-9);
+        }
+    }
+}
+
+TEST_P(KmOrderTest, OnlyTheRotationIsWritten)
+{
+    double lM[4][4];
+    Mark(lM);
+    EXPECT_EQ(KmIJKtoR(lM, 10, 20, 30, GetParam().mCode), lM);
+    EXPECT_EQ((std::vector<double>{lM[0][3], lM[1][3], lM[2][3]}), (std::vector<double>{103, 107, 111}));
+    EXPECT_EQ(std::vector<double>(lM[3], lM[3] + 4), (std::vector<double>{112, 113, 114, 115}));
+}
+
+struct KLockCase
+{
+    const char* mWhat;
+    double      mT; ///< Cosine of the middle angle, exactly.
+    bool        mLocked;
+};
+
+class KmLockTest : public testing::TestWithParam<KLockCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Thresholds, KmLockTest,
+                         testing::Values(KLockCase{"zero", 0, true}, KLockCase{"the threshold", 1.6e-9, true},
+                                         KLockCase{"just above", std::nextafter(1.6e-9, 1), false},
+                                         KLockCase{"just below", std::nextafter(1.6e-9, 0), true}));
+
+// The matrices hold T itself, so that no rounding hides on which side of the threshold it is. Elements that only one branch
+// reads tell which one ran.
+TEST_P(KmLockTest, TheTestIsStrictlyGreater)
+{
+    const double lT = GetParam().mT;
+    double       lM[4][4];
+    double       lAngles[3];
+
+    KmId(lM);
+    lM[0][0] = lT;
+    lM[0][1] = 0;
+    lM[0][2] = -1;
+    lM[1][2] = 3;
+    lM[2][2] = 3;
+    lM[2][1] = -1;
+    lM[1][1] = 0;
+    KmRtoVord(lAngles, lM, 0);
+    EXPECT_DOUBLE_EQ(lAngles[0], GetParam().mLocked ? 90 : 45) << GetParam().mWhat;
+    EXPECT_NEAR(lAngles[1], 90, 1e-6);
+    EXPECT_EQ(lAngles[2], 0);
+
+    KmId(lM);
+    lM[0][0] = 1;
+    lM[1][0] = lT;
+    lM[2][0] = 0;
+    lM[0][1] = 2;
+    lM[0][2] = -2;
+    lM[2][1] = -1;
+    lM[1][1] = 1;
+    KmRtoVord(lAngles, lM, 1);
+    EXPECT_DOUBLE_EQ(lAngles[0], GetParam().mLocked ? 45 : 90) << GetParam().mWhat;
+    EXPECT_DOUBLE_EQ(lAngles[2], GetParam().mLocked ? 0 : 45) << GetParam().mWhat;
+}
+
+TEST(KmEulerTest, XYZAgreesWithTheGeneralForm)
+{
+    KRandomAngles lRandom(5000);
+    for (int lStep = 0; lStep < kTriples; ++lStep)
+    {
+        double lAngles[3];
+        lRandom.Next(lAngles);
+        double lXYZ[4][4];
+        double lIJK[4][4];
+        Mark(lXYZ);
+        ASSERT_EQ(KmVtoR(lXYZ, lAngles), lXYZ);
+        ASSERT_EQ(lXYZ[3][3], 115);
+        ASSERT_EQ(lXYZ[1][3], 107);
+        KmVIJKtoR(lIJK, lAngles, 0);
+        ASSERT_LT(Distance(lXYZ, lIJK), 1e-15);
+    }
+}
+
+TEST(KmEulerTest, XYZAnglesGiveTheirRotationBack)
+{
+    KRandomAngles lRandom(6000);
+    for (int lStep = 0; lStep < kTriples; ++lStep)
+    {
+        double lR[4][4];
+        double lAngles[3];
+        double lOrd[3];
+        double lBack[4][4];
+        lRandom.NextRotation(lR);
+        ASSERT_EQ(KmRtoV(lAngles, lR), lAngles);
+        KmVXYZtoR(lBack, lAngles);
+        if (std::fabs(lR[0][2]) < 0.999999)
+        {
+            ASSERT_LT(Distance(lR, lBack), kClose);
+            KmRtoVord(lOrd, lR, 0);
+            for (int lIndex = 0; lIndex < 3; ++lIndex)
+            {
+                ASSERT_NEAR(lAngles[lIndex], lOrd[lIndex], 1e-9);
+            }
+        }
+        else
+        {
+            // A pole is rounded to; 0.081 degrees away the sine is off by 0.0014.
+            ASSERT_LT(Distance(lR, lBack), 0.0015);
+            ASSERT_EQ(std::fabs(lAngles[1]), 90);
+            ASSERT_EQ(lAngles[2], 0);
+        }
+    }
+}
+
+struct KPoleCase
+{
+    double mIn[3];
+    double mOut[3];
+};
+
+class KmPoleTest : public testing::TestWithParam<KPoleCase>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Poles, KmPoleTest,
+                         testing::Values(KPoleCase{{30, 90, 10}, {20, 90, 0}}, KPoleCase{{30, -90, 10}, {40, -90, 0}},
+                                         KPoleCase{{-170, 90, 100}, {90, 90, 0}}, KPoleCase{{0, -90, 0}, {0, -90, 0}},
+                                         KPoleCase{{100, -90, 60}, {160, -90, 0}}, KPoleCase{{25, 89.95, 5}, {20, 90, 0}}));
+
+TEST_P(KmPoleTest, TheFirstAngleTakesTheRest)
+{
+    double lR[4][4];
+    double lAngles[3];
+    KmVXYZtoR(lR, GetParam().mIn);
+    KmRtoVXYZ(lAngles, lR);
+    EXPECT_NEAR(lAngles[0], GetParam().mOut[0], 0.01);
+    EXPECT_EQ(lAngles[1], GetParam().mOut[1]);
+    EXPECT_EQ(lAngles[2], 0);
+}
+
+// The threshold counts as a pole, the numbers beside it do not.
+TEST(KmEulerTest, ThePolesBeginAtTheirThreshold)
+{
+    struct KCase
+    {
+        double mElement;
+        double mY;
+    };
+    for (const KCase lCase :
+         {KCase{0.999999, -90}, KCase{std::nextafter(0.999999, 2), -90}, KCase{-0.999999, 90}, KCase{1, -90}, KCase{-1, 90}})
+    {
+        double lM[4][4];
+        double lAngles[3];
+        KmId(lM);
+        lM[0][2] = lCase.mElement;
+        KmRtoVXYZ(lAngles, lM);
+        EXPECT_EQ(lAngles[1], lCase.mY) << lCase.mElement;
+    }
+    for (const double lElement : {std::nextafter(0.999999, 0), std::nextafter(-0.999999, 0)})
+    {
+        double lM[4][4];
+        double lAngles[3];
+        KmId(lM);
+        lM[0][2] = lElement;
+        lM[0][1] = 1;
+        KmRtoVXYZ(lAngles, lM);
+        EXPECT_NE(std::fabs(lAngles[1]), 90) << lElement;
+        EXPECT_EQ(lAngles[2], 45) << lElement;
+    }
+}
+
+class KmNoCodeTest : public testing::TestWithParam<int>
+{
+};
+
+INSTANTIATE_TEST_SUITE_P(Numbers, KmNoCodeTest,
+                         testing::Values(12, 13, 14, 15, 100, 101, 102, 103, -1, -2, -3, -4, 2147483647, -2147483647 - 1));
+
+TEST_P(KmNoCodeTest, TakesTheAxesOfXYZAndItsOwnBits)
+{
+    const int     lOrd = GetParam();
+    const int     lCode = lOrd & 1; // The code with the axes of XYZ and that repeated-axis bit.
+    KRandomAngles lRandom(7000);
+    for (int lStep = 0; lStep < 200; ++lStep)
+    {
+        double lAngles[3];
+        lRandom.Next(lAngles);
+        double lSigned[3] = {lAngles[0], lAngles[1], lAngles[2]};
+        if ((lOrd & 2) != 0)
+        {
+            KmVneg(lSigned, lSigned);
+        }
+        double lActual[4][4];
+        double lExpected[4][4];
+        KmVIJKtoR(lActual, lAngles, lOrd);
+        KmVIJKtoR(lExpected, lSigned, lCode);
+        ASSERT_EQ(Nine(lActual), Nine(lExpected));
+
+        double lOut[3];
+        double lOutExpected[3];
+        KmRtoVord(lOut, lActual, lOrd);
+        KmRtoVord(lOutExpected, lActual, lCode);
+        if ((lOrd & 2) != 0)
+        {
+            KmVneg(lOutExpected, lOutExpected);
+        }
+        ASSERT_EQ(Triple(lOut), Triple(lOutExpected));
+    }
+}
+
+} // namespace
+} // namespace qexsdk

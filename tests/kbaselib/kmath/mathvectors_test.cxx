@@ -1,0 +1,450 @@
+#include <kbaselib/kmath/kgeom.h>
+
+#include <gtest/gtest.h>
+#include <tests/kbaselib/kmath/rotations.h>
+#include <tests/support/testfolders.h>
+#include <tests/support/vectors.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qexsdk
+{
+namespace
+{
+
+using namespace qextest;
+using KValues = std::vector<double>;
+
+/// The arguments of one call, by place.
+class KCall
+{
+public:
+    explicit KCall(const KJson& pOp) : mOp(pOp) {}
+
+    double           Number(size_t pPlace) const { return mOp.at(pPlace).get<double>(); }
+    int              Integer(size_t pPlace) const { return mOp.at(pPlace).get<int>(); }
+    std::vector<int> Integers(size_t pPlace) const { return mOp.at(pPlace).get<std::vector<int>>(); }
+
+    /// A vector of three or four components; the fourth is 1 unless given.
+    KgeTVector Vector(size_t pPlace) const
+    {
+        KgeTVector    lV;
+        const KValues lValues = Numbers(mOp.at(pPlace));
+        std::copy(lValues.begin(), lValues.end(), lV.mData);
+        return lV;
+    }
+    KgeRVector Angles(size_t pPlace) const
+    {
+        KgeRVector lV;
+        lV = Vector(pPlace).mData;
+        return lV;
+    }
+    /// All sixteen numbers of a matrix.
+    KgeRMatrix Matrix(size_t pPlace) const
+    {
+        KgeRMatrix    lM;
+        const KValues lValues = Numbers(mOp.at(pPlace));
+        std::copy(lValues.begin(), lValues.end(), lM.mData[0]);
+        return lM;
+    }
+
+private:
+    const KJson& mOp;
+};
+
+KValues Four(const double* pV)
+{
+    return KValues(pV, pV + 4);
+}
+
+/// Runs \p pFunction on a matrix filled with 100, 101 … and gives its sixteen numbers.
+template <typename TFunction>
+KValues Filled(TFunction pFunction)
+{
+    double lM[4][4];
+    Mark(lM);
+    pFunction(lM);
+    return Sixteen(lM);
+}
+
+template <typename TFunction>
+KValues Three(TFunction pFunction)
+{
+    double lV[3];
+    pFunction(lV);
+    return Triple(lV);
+}
+
+void Append(KValues& pValues, const KValues& pMore)
+{
+    pValues.insert(pValues.end(), pMore.begin(), pMore.end());
+}
+
+KValues VectorOps(const KCall& pCall)
+{
+    const KgeTVector lA = pCall.Vector(2);
+    const KgeTVector lB = pCall.Vector(3);
+    KgeTVector       lOut;
+    lOut.mData[3] = pCall.Number(1);
+    KValues lValues;
+    Append(lValues, Four(KgeSet(lOut, lA[0], lA[1], lA[2]).mData));
+    Append(lValues, Four(KgeAdd(lOut, lA, lB).mData));
+    Append(lValues, Four(KgeMult(lOut, lA, pCall.Number(4)).mData));
+    Append(lValues, Four(KgeNorm(lOut, lA).mData));
+    Append(lValues, Four(KgeSet(lOut, lA).mData));
+    lValues.push_back(KgeLength(lA));
+    return lValues;
+}
+
+KValues Rotations(const KCall& pCall)
+{
+    const KgeRVector lAngles = pCall.Angles(1);
+    const int        lOrder = pCall.Integer(2);
+    KgeRMatrix       lOrdered;
+    KgeRMatrix       lXYZ;
+    KgeRMatrix       lOut;
+    KgeRVector       lBack;
+    KgeSet(lOrdered, lAngles, lOrder);
+    KgeSet(lXYZ, lAngles);
+    KValues lValues = Nine(lOrdered.mData);
+    Append(lValues, Nine(KgeInverse(lOut, lXYZ).mData));
+    Append(lValues, Nine(KgeMult(lOut, lXYZ, lOrdered).mData));
+    Append(lValues, Nine(lXYZ.mData));
+    Append(lValues, Triple(KgeSetXYZ(lBack, lOrdered)));
+    Append(lValues, Triple(KgeSet(lBack, lOrdered)));
+    Append(lValues, Triple(KgeSet(lBack, lXYZ, lOrder)));
+    return lValues;
+}
+
+KValues VectorCopy(const KCall& pCall)
+{
+    const KgeTVector lFrom = pCall.Vector(1);
+    const KgeTVector lCopy(lFrom);
+    return Four(lCopy.mData);
+}
+
+KValues VectorAssign(const KCall& pCall)
+{
+    KgeTVector lTo;
+    std::copy_n(pCall.Vector(1).mData, 4, lTo.mData);
+    return Four((lTo = pCall.Vector(2)).mData);
+}
+
+KValues OrderToList(const KCall& pCall)
+{
+    std::vector<int> lList = pCall.Integers(1);
+    OrderBufFromEulerOrder(lList.data(), static_cast<int>(lList.size()), static_cast<ERotationOrder>(pCall.Integer(2)));
+    return KValues(lList.begin(), lList.end());
+}
+
+KValues ListToOrder(const KCall& pCall)
+{
+    const std::vector<int> lList = pCall.Integers(1);
+    return {static_cast<double>(EulerOrderFromOrderBuf(lList.data(), static_cast<int>(lList.size())))};
+}
+
+using KOperation = std::function<KValues(const KCall&)>;
+using KOperations = std::map<std::string, KOperation>;
+
+KOperations ScalarOperations()
+{
+    return {
+        {"kNorm",
+         [](const KCall& p)
+         {
+             return KValues{kNorm(p.Number(1), p.Number(2), p.Number(3))};
+         }},
+        {"kHypot",
+         [](const KCall& p)
+         {
+             return KValues{kHypot(p.Number(1), p.Number(2))};
+         }},
+        {"kSqrt",
+         [](const KCall& p)
+         {
+             return KValues{kSqrt(p.Number(1))};
+         }},
+        {"kSqrtnz",
+         [](const KCall& p)
+         {
+             return KValues{kSqrtnz(p.Number(1))};
+         }},
+        {"kSin",
+         [](const KCall& p)
+         {
+             return KValues{kSin(p.Number(1))};
+         }},
+        {"kCos",
+         [](const KCall& p)
+         {
+             return KValues{kCos(p.Number(1))};
+         }},
+        {"kAsin",
+         [](const KCall& p)
+         {
+             return KValues{kAsin(p.Number(1))};
+         }},
+        {"kAsind",
+         [](const KCall& p)
+         {
+             return KValues{kAsind(p.Number(1))};
+         }},
+        {"kAtan",
+         [](const KCall& p)
+         {
+             return KValues{kAtan(p.Number(1), p.Number(2))};
+         }},
+        {"kAtand",
+         [](const KCall& p)
+         {
+             return KValues{kAtand(p.Number(1), p.Number(2))};
+         }},
+        {"kSinCos",
+         [](const KCall& p)
+         {
+             double       lCos;
+             const double lSin = kSinCos(p.Number(1), &lCos);
+             return KValues{lSin, lCos};
+         }},
+        {"kSinCosd",
+         [](const KCall& p)
+         {
+             double       lCos;
+             const double lSin = kSinCosd(p.Number(1), &lCos);
+             return KValues{lSin, lCos};
+         }},
+    };
+}
+
+KOperations VectorOperations()
+{
+    return {
+        {"KmV",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmV(pOut, p.Number(1), p.Number(2), p.Number(3)); });
+         }},
+        {"KmVset",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmVset(pOut, p.Vector(1).mData); });
+         }},
+        {"KmVneg",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmVneg(pOut, p.Vector(1).mData); });
+         }},
+        {"KmVnegInPlace",
+         [](const KCall& p)
+         {
+             KgeTVector lV = p.Vector(1);
+             return Triple(KmVneg(lV.mData, lV.mData));
+         }},
+        {"KmVadd",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmVadd(pOut, p.Vector(1).mData, p.Vector(2).mData); });
+         }},
+        {"KmVN",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmVN(pOut, p.Vector(1).mData, p.Number(2)); });
+         }},
+        {"KmVlength",
+         [](const KCall& p)
+         {
+             return KValues{KmVlength(p.Vector(1).mData)};
+         }},
+        {"KmVnorm",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmVnorm(pOut, p.Vector(1).mData); });
+         }},
+        {"KmRV",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmRV(pOut, p.Matrix(1).mData, p.Vector(2).mData); });
+         }},
+        {"KgeTVectorDefault",
+         [](const KCall&)
+         {
+             return Four(KgeTVector().mData);
+         }},
+        {"KgeTVectorCopy", VectorCopy},
+        {"KgeTVectorInit",
+         [](const KCall& p)
+         {
+             KgeTVector lV;
+             std::copy_n(p.Vector(1).mData, 3, lV.mData);
+             lV.mData[3] = p.Vector(1).mData[3];
+             lV.Init();
+             return Four(lV.mData);
+         }},
+        {"KgeTVectorAssign", VectorAssign},
+        {"KgeTVectorOps", VectorOps},
+        {"KgeRVectorDefault",
+         [](const KCall&)
+         {
+             return Triple(KgeRVector());
+         }},
+    };
+}
+
+KOperations MatrixOperations()
+{
+    return {
+        {"KmId",
+         [](const KCall&)
+         {
+             return Filled([](KmMatrix pM) { KmId(pM); });
+         }},
+        {"KmRinit",
+         [](const KCall& p)
+         {
+             KgeRMatrix lM = p.Matrix(1);
+             return Sixteen(KmRinit(lM.mData));
+         }},
+        {"KmRset",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmRset(pM, p.Matrix(1).mData); });
+         }},
+        {"KmRi",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmRi(pM, p.Matrix(1).mData); });
+         }},
+        {"KmRiInPlace",
+         [](const KCall& p)
+         {
+             KgeRMatrix lM = p.Matrix(1);
+             return Sixteen(KmRi(lM.mData, lM.mData));
+         }},
+        {"KmRR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmRR(pM, p.Matrix(1).mData, p.Matrix(2).mData); });
+         }},
+        {"KmRRIntoA",
+         [](const KCall& p)
+         {
+             KgeRMatrix lA = p.Matrix(1);
+             return Sixteen(KmRR(lA.mData, lA.mData, p.Matrix(2).mData));
+         }},
+        {"KmRRIntoB",
+         [](const KCall& p)
+         {
+             KgeRMatrix lB = p.Matrix(2);
+             return Sixteen(KmRR(lB.mData, p.Matrix(1).mData, lB.mData));
+         }},
+        {"KmRRIntoBoth",
+         [](const KCall& p)
+         {
+             KgeRMatrix lA = p.Matrix(1);
+             return Sixteen(KmRR(lA.mData, lA.mData, lA.mData));
+         }},
+        {"KgeRMatrixDefault",
+         [](const KCall&)
+         {
+             return Sixteen(KgeRMatrix().mData);
+         }},
+        {"KgeRMatrixFromVector",
+         [](const KCall& p)
+         {
+             return Sixteen(KgeRMatrix(p.Angles(1)).mData);
+         }},
+        {"KgeRotations", Rotations},
+    };
+}
+
+KOperations EulerOperations()
+{
+    return {
+        {"KmXYZtoR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmXYZtoR(pM, p.Number(1), p.Number(2), p.Number(3)); });
+         }},
+        {"KmVXYZtoR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmVXYZtoR(pM, p.Vector(1).mData); });
+         }},
+        {"KmVtoR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmVtoR(pM, p.Vector(1).mData); });
+         }},
+        {"KmIJKtoR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmIJKtoR(pM, p.Number(1), p.Number(2), p.Number(3), p.Integer(4)); });
+         }},
+        {"KmVIJKtoR",
+         [](const KCall& p)
+         {
+             return Filled([&p](KmMatrix pM) { KmVIJKtoR(pM, p.Vector(1).mData, p.Integer(2)); });
+         }},
+        {"KmRtoVXYZ",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmRtoVXYZ(pOut, p.Matrix(1).mData); });
+         }},
+        {"KmRtoV",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmRtoV(pOut, p.Matrix(1).mData); });
+         }},
+        {"KmRtoVord",
+         [](const KCall& p)
+         {
+             return Three([&p](double* pOut) { KmRtoVord(pOut, p.Matrix(1).mData, p.Integer(2)); });
+         }},
+        {"KmEulerAxis",
+         [](const KCall& p)
+         {
+             return KValues(KmEulerAxis[p.Integer(1)], KmEulerAxis[p.Integer(1)] + 3);
+         }},
+        {"EulerOrderFromOrderBuf", ListToOrder},
+        {"OrderBufFromEulerOrder", OrderToList},
+    };
+}
+
+TEST(MathVectorsTest, EveryCallAgrees)
+{
+    QEX_SKIP_WITHOUT_VECTORS();
+    const std::vector<KJson> lCases = ReadJsonLines(VectorsDir() / "host" / "cases.jsonl");
+    const std::vector<KJson> lExpected = ReadJsonLines(VectorsDir() / "host" / "expected.jsonl");
+    ASSERT_GE(lExpected.size(), lCases.size());
+
+    KOperations lOperations = ScalarOperations();
+    for (const KOperations& lMore : {VectorOperations(), MatrixOperations(), EulerOperations()})
+    {
+        lOperations.insert(lMore.begin(), lMore.end());
+    }
+    size_t lCalls = 0;
+    for (size_t lCase = 0; lCase < lCases.size(); ++lCase)
+    {
+        if (lCases[lCase].at("kind") != "math")
+        {
+            continue;
+        }
+        ASSERT_EQ(lExpected[lCase].at("name"), lCases[lCase].at("name"));
+        const KJson& lOps = lCases[lCase].at("ops");
+        const KJson& lValues = lExpected[lCase].at("values");
+        ASSERT_EQ(lOps.size(), lValues.size());
+        for (size_t lOp = 0; lOp < lOps.size(); ++lOp, ++lCalls)
+        {
+            const auto lFound = lOperations.find(lOps[lOp].at(0).get<std::string>());
+            ASSERT_NE(lFound, lOperations.end()) << lOps[lOp];
+            EXPECT_TRUE(AreNear(lFound->second(KCall(lOps[lOp])), lValues[lOp], 1e-9)) << lCases[lCase].at("name") << ": " << lOps[lOp];
+        }
+    }
+    EXPECT_GT(lCalls, 0U);
+}
+
+} // namespace
+} // namespace qexsdk
