@@ -12,8 +12,9 @@ namespace qexsdk
 /// Where the middle angle brings the first and the third axis into line, only the sum (or the difference) of the outer
 /// angles matters, and arc tangents put all of it into one of them: a joint that merely passes through such a pose swings
 /// both angles there and back. Keys in lock share the two angles out anew: the sum that matters is taken on from the key before
-/// by the shorter way round, and what is free moves in equal steps over the whole run of such keys, from the key before the
-/// run to the key behind it; it stays as it was where the run ends the curve. The middle angle is kept, up to whole turns.
+/// by the shorter way round, and what is free makes the path from the key before a run of such keys to the key behind it the
+/// shortest (smallest sum of distances between the triples of neighbours); it stays as it was where the run ends the curve.
+/// The middle angle is kept, up to whole turns.
 ///
 /// A key counts as locked when its middle angle is within 2e-5 degrees of the pole. Further out the outer angles are not free:
 /// to share them out would turn the rotation by more than the 1e-4 degrees that the filters allow themselves.

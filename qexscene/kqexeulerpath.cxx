@@ -13,6 +13,8 @@ namespace qexsdk
 /// rotation by at most twice that, which leaves more than half of the filters' 1e-4 degrees to the rounding of new angles.
 static constexpr double kLockDegrees = 2e-5;
 
+static constexpr double kSqrtHalf = 0.70710678118654752;
+
 /// \p pAngle and whole turns, nearest to \p pBefore and in single precision. Left bit by bit when that is it already.
 static double NearestTurn(double pAngle, double pBefore)
 {
@@ -163,27 +165,65 @@ static double FreeSum(const double (&pAngle)[3], double pSign)
     return pAngle[0] + pSign * pAngle[2];
 }
 
-/// Lets the free sum of the locked keys \p pRun to \p pEnd - 1 move in equal steps from the key before to the key behind.
-/// \param pBefore the key before the run, which is not its neighbour where keys that are not finite lie between.
-void KQexEulerPath::SpreadRun(int pBefore, int pRun, int pEnd, double pSign)
+/// How far the locked angles go from one key to the next without the free sum: in the middle angle and in what matters.
+static double FixedWay(const double (&pFrom)[3], const double (&pTo)[3], double pSign)
 {
-    KTriple      lBefore = Chosen(pBefore);
-    const double lFrom = FreeSum(lBefore.mAngle, pSign);
-    const double lWay = FreeSum(Chosen(pEnd).mAngle, pSign) - lFrom;
-    const double lSteps = static_cast<double>(pEnd - pRun + 1);
-    for (int lKey = pRun; lKey < pEnd; ++lKey)
+    return std::hypot(pTo[1] - pFrom[1], ((pTo[0] - pSign * pTo[2]) - (pFrom[0] - pSign * pFrom[2])) * kSqrtHalf);
+}
+
+/// Whether the free sum can go \p pWay along the run in proportion to the fixed way and no outer angle leaps by more than half
+/// a turn.
+bool KQexEulerPath::IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const
+{
+    KTriple lBefore = Chosen(pRun.mBefore);
+    for (int lKey = pRun.mFirst; lKey <= pRun.mEnd; ++lKey)
     {
-        PlaceInLock(lKey, pSign, lBefore, lFrom + lWay * static_cast<double>(lKey - pRun + 1) / lSteps);
+        const KTriple lTriple = Chosen(lKey);
+        const double lMatters = (lTriple.mAngle[0] - pRun.mSign * lTriple.mAngle[2]) - (lBefore.mAngle[0] - pRun.mSign * lBefore.mAngle[2]);
+        const double lPart = FixedWay(lBefore.mAngle, lTriple.mAngle, pRun.mSign) / pFixed;
+        if (std::fabs(lMatters) + std::fabs(pWay) * lPart > 359.999)
+        {
+            return false;
+        }
+        lBefore = lTriple;
+    }
+    return true;
+}
+
+/// Lets the free sum of a run move from the key before to the key behind (mEnd, chosen already) on the shortest path: laid out
+/// flat, with the fixed way along one side and the free sum along the other, that is a straight line. In equal steps where nothing
+/// else moves, or where the straight line would make an angle leap.
+void KQexEulerPath::SpreadRun(const KRun& pRun)
+{
+    KTriple      lBefore = Chosen(pRun.mBefore);
+    const double lFrom = FreeSum(lBefore.mAngle, pRun.mSign);
+    const double lWay = FreeSum(Chosen(pRun.mEnd).mAngle, pRun.mSign) - lFrom;
+    double       lFixed = 0.0;
+    for (int lKey = pRun.mFirst; lKey <= pRun.mEnd; ++lKey)
+    {
+        const KTriple lTriple = Chosen(lKey);
+        lFixed += FixedWay(lBefore.mAngle, lTriple.mAngle, pRun.mSign);
+        lBefore = lTriple;
+    }
+    const bool   lProportional = lFixed > 1e-3 && IsProportionalSafe(pRun, lFixed, lWay);
+    const double lSteps = static_cast<double>(pRun.mEnd - pRun.mFirst + 1);
+    double       lDone = 0.0;
+    KTriple      lOld = Chosen(pRun.mBefore);
+    lBefore = lOld;
+    for (int lKey = pRun.mFirst; lKey < pRun.mEnd; ++lKey)
+    {
+        const KTriple lTriple = Chosen(lKey);
+        lDone += lProportional ? FixedWay(lOld.mAngle, lTriple.mAngle, pRun.mSign) / lFixed : 1.0 / lSteps;
+        PlaceInLock(lKey, pRun.mSign, lBefore, lFrom + lWay * lDone);
+        lOld = lTriple;
         lBefore = Chosen(lKey);
     }
 }
 
 void KQexEulerPath::Unroll(bool pShareInLock)
 {
-    int    lBefore = -1;   // The last key whose angles are finite.
-    int    lRun = 0;       // Where the run of locked keys that ends at lBefore begins,
-    int    lRunBefore = 0; // the last finite key before that,
-    double lRunSign = 0.0; // and its LockSign: 0 while there is no such run.
+    int  lBefore = -1; // The last key whose angles are finite.
+    KRun lRun;
     for (int lKey = 0; lKey < mKeyCount; ++lKey)
     {
         KTriple    lTriple;
@@ -195,22 +235,23 @@ void KQexEulerPath::Unroll(bool pShareInLock)
         }
         else if (lSign = pShareInLock ? LockSign(lTriple) : 0.0; lSign != 0.0)
         {
-            if (lSign != lRunSign)
+            if (lSign != lRun.mSign)
             {
-                lRun = lKey;
-                lRunBefore = lBefore;
+                lRun.mFirst = lKey;
+                lRun.mBefore = lBefore;
             }
             PlaceInLock(lKey, lSign, Chosen(lBefore), FreeSum(Chosen(lBefore).mAngle, lSign));
         }
         else
         {
             Choose(lKey, Nearest(lTriple, Chosen(lBefore)));
-            if (lRunSign != 0.0)
+            if (lRun.mSign != 0.0)
             {
-                SpreadRun(lRunBefore, lRun, lKey, lRunSign);
+                lRun.mEnd = lKey;
+                SpreadRun(lRun);
             }
         }
-        lRunSign = lSign;
+        lRun.mSign = lSign;
         lBefore = lIsFinite ? lKey : lBefore;
     }
 }

@@ -36,6 +36,15 @@ private:
         double mAngle[3];
     };
 
+    /// Keys in gimbal lock, one after the other, in the same way.
+    struct KRun
+    {
+        int    mBefore = 0; ///< The last key with finite angles before them.
+        int    mFirst = 0;  ///< The first of them.
+        int    mEnd = 0;    ///< The key behind them.
+        double mSign = 0.0; ///< Their LockSign; 0 while there are none.
+    };
+
     bool    Read(int pKey, KTriple& pTriple) const;
     KTriple Chosen(int pKey) const;
     void    Choose(int pKey, const KTriple& pTriple);
@@ -43,7 +52,8 @@ private:
     KTriple Nearest(const KTriple& pTriple, const KTriple& pBefore) const;
     double  LockSign(const KTriple& pTriple) const;
     void    PlaceInLock(int pKey, double pSign, const KTriple& pBefore, double pFree);
-    void    SpreadRun(int pBefore, int pRun, int pEnd, double pSign);
+    bool    IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const;
+    void    SpreadRun(const KRun& pRun);
 
     int                 mAxis[3]; ///< Index of the curve of the first, the middle and the last axis.
     bool                mIsOdd;
