@@ -176,7 +176,9 @@ void FilterRotation(KQexAsfNode& pNode)
     }
     else if (lChoice == 1)
     {
+        // Triples that are equivalent in one order are not in another, so this filter has to know it as well.
         KQexAnimCurveFilterGimbleKiller lFilter;
+        lFilter.SetRotationOrder(EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount));
         lFilter.Apply(pNode.mLRData, 3);
     }
 }
