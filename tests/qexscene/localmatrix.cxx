@@ -1,0 +1,144 @@
+#include <tests/qexscene/localmatrix.h>
+
+#include <Imath/ImathMatrix.h>
+#include <Imath/ImathVec.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace qexsdk;
+
+namespace qextest
+{
+
+namespace
+{
+
+using KMatrix = Imath::M44d;
+
+KMatrix Turn(int pAxis, double pDegrees)
+{
+    Imath::V3d lAxis(0.0);
+    lAxis[pAxis] = 1.0;
+    KMatrix lMatrix;
+    lMatrix.setAxisAngle(lAxis, pDegrees * 3.14159265358979323846 / 180.0);
+    return lMatrix;
+}
+
+/// The axes of \p pAngles one after the other, \p pAxes[0] first. Row vectors: what is applied first stands on the left.
+KMatrix Turns(const KQexVector4& pAngles, const char* pAxes)
+{
+    KMatrix lMatrix;
+    for (; *pAxes != '\0'; ++pAxes)
+    {
+        const int lAxis = *pAxes - 'x';
+        lMatrix = lMatrix * Turn(lAxis, pAngles[lAxis]);
+    }
+    return lMatrix;
+}
+
+KMatrix Move(const KQexVector4& pStep)
+{
+    KMatrix lMatrix;
+    lMatrix.setTranslation(Imath::V3d(pStep[0], pStep[1], pStep[2]));
+    return lMatrix;
+}
+
+// Rows of the one are the images of the axes, and so are the items of the other.
+KQexMatrix FromRows(const KMatrix& pMatrix)
+{
+    KQexMatrix lMatrix;
+    for (int lJ = 0; lJ < 4; ++lJ)
+    {
+        for (int lI = 0; lI < 4; ++lI)
+        {
+            lMatrix.mData[lJ][lI] = pMatrix[lJ][lI];
+        }
+    }
+    return lMatrix;
+}
+
+KMatrix ToRows(const KQexMatrix& pMatrix)
+{
+    KMatrix lMatrix;
+    for (int lJ = 0; lJ < 4; ++lJ)
+    {
+        for (int lI = 0; lI < 4; ++lI)
+        {
+            lMatrix[lJ][lI] = pMatrix.mData[lJ][lI];
+        }
+    }
+    return lMatrix;
+}
+
+const char* Axes(const KQexNode& pNode)
+{
+    static const char* const sAxes[] = {"xyz", "xzy", "yzx", "yxz", "zxy", "zyx", "xyz"};
+    return pNode.GetRotationActive() ? sAxes[pNode.GetRotationOrder()] : "xyz";
+}
+
+} // namespace
+
+KQexMatrix LocalMatrix(const KQexNode& pNode, const KQexVector4& pTranslation, const KQexVector4& pRotation, const KQexVector4& pScaling)
+{
+    KMatrix lScale;
+    lScale.setScale(Imath::V3d(pScaling[0], pScaling[1], pScaling[2]));
+    KMatrix lRotation = Turns(pRotation, Axes(pNode));
+    if (pNode.GetRotationActive())
+    {
+        lRotation = Turns(pNode.GetPostRotation(), "xyz").inverse() * lRotation * Turns(pNode.GetPreRotation(), "xyz");
+    }
+    return FromRows(lScale * lRotation * Move(pNode.GetRotationOffset()) * Move(pTranslation));
+}
+
+KQexMatrix LocalMatrix(const KQexNode& pNode)
+{
+    return LocalMatrix(pNode, pNode.mLocalTranslation.Get(), pNode.mLocalRotation.Get(), pNode.mLocalScaling.Get());
+}
+
+KQexMatrix Product(const KQexMatrix& pLeft, const KQexMatrix& pRight)
+{
+    return FromRows(ToRows(pRight) * ToRows(pLeft));
+}
+
+void ExpectNear(const KQexMatrix& pActual, const KQexMatrix& pExpected, double pTolerance)
+{
+    for (int lJ = 0; lJ < 4; ++lJ)
+    {
+        for (int lI = 0; lI < 4; ++lI)
+        {
+            const double lExpected = pExpected.mData[lJ][lI];
+            ASSERT_NEAR(pActual.mData[lJ][lI], lExpected, pTolerance * std::max(1.0, std::fabs(lExpected))) << lJ << ", " << lI;
+        }
+    }
+}
+
+void KRandomNode::Set(KQexNode& pNode)
+{
+    pNode.mLocalTranslation.Set(Vector(100.0));
+    pNode.mLocalRotation.Set(Vector(360.0));
+    if (Below(3) == 0)
+    {
+        pNode.mLocalScaling.Set(KQexVector4(Between(-2.0, 2.0), Between(0.1, 2.0), Between(0.1, 2.0)));
+    }
+    pNode.SetRotationOffset(kPivotSet0, Vector(100.0));
+    pNode.SetPreRotation(kPivotSet0, Vector(360.0));
+    pNode.SetPostRotation(kPivotSet0, Vector(360.0));
+    pNode.SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(Below(7)));
+    pNode.SetRotationActive(Below(4) != 0);
+}
+
+KQexVector4 KRandomNode::Vector(double pReach)
+{
+    if (Below(3) == 0)
+    {
+        return KQexVector4();
+    }
+    const double lX = Between(-pReach, pReach);
+    const double lY = Between(-pReach, pReach);
+    return KQexVector4(lX, lY, Between(-pReach, pReach));
+}
+
+} // namespace qextest
