@@ -4,6 +4,7 @@
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kbase/ktime.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace qexsdk
@@ -27,6 +28,11 @@ const KWordEntry kWords[] = {
     {":asf-file", eAMC_ASF_FILE},
     {":asf-path", eAMC_ASF_PATH},
 };
+
+char Fold(char pCharacter)
+{
+    return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter - 'A' + 'a') : pCharacter;
+}
 
 bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
 {
@@ -82,17 +88,18 @@ void TakeHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
 
 } // namespace
 
+std::string FoldAmcCase(std::string_view pText)
+{
+    std::string lText(pText);
+    for (char& lCharacter : lText)
+        lCharacter = Fold(lCharacter);
+    return lText;
+}
+
 bool EqualsAmcWord(std::string_view pText, std::string_view pLower)
 {
-    if (pText.size() != pLower.size())
-        return false;
-    for (size_t i = 0; i < pText.size(); ++i)
-    {
-        const char lFolded = pText[i] >= 'A' && pText[i] <= 'Z' ? static_cast<char>(pText[i] - 'A' + 'a') : pText[i];
-        if (lFolded != pLower[i])
-            return false;
-    }
-    return true;
+    return std::equal(pText.begin(), pText.end(), pLower.begin(), pLower.end(),
+                      [](char pLeft, char pRight) { return Fold(pLeft) == pRight; });
 }
 
 KQexAmcWord FindAmcWord(std::string_view pToken)

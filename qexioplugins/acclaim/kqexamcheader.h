@@ -3,6 +3,7 @@
 
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
+#include <string>
 #include <string_view>
 
 namespace qexsdk
@@ -27,6 +28,9 @@ enum KQexAmcWordResult
     eAMC_WORD_TAKEN,
     eAMC_WORD_UNUSABLE ///< The value behind the word makes no sense; the header is as it was.
 };
+
+/// \p pText with its ASCII letters in lower case.
+std::string FoldAmcCase(std::string_view pText);
 
 /// Whether \p pText equals \p pLower, which is in lower case, apart from the case of ASCII letters.
 bool EqualsAmcWord(std::string_view pText, std::string_view pLower);

@@ -33,6 +33,8 @@ private:
     void NotePresent(KQexAmcLine& pLine);
     int  FindLine(std::string_view pName);
     void SayUnknown(std::string_view pName);
+    bool SayFirst(const std::string& pWhat);
+    bool FailFrameNumber(std::string_view pToken);
 
     bool BeginFrames();
     bool ComputeTime(long long pNumber, KTime& pTime) const;
@@ -61,7 +63,7 @@ private:
     std::vector<int> mPresentBefore;    ///< Those of the frame before it.
     std::vector<int> mNeverAbsent;      ///< Bones that every frame so far has given.
 
-    std::set<std::string, std::less<>> mSaid; ///< Unknown names and words that were warned about.
+    std::set<std::string> mSaid; ///< Unknown names and words that were warned about.
 };
 
 } // namespace qexsdk

@@ -21,6 +21,9 @@ const double kDegreesOfRadian = 57.29577951308232;
 const size_t kMaxSaid = KQexTextFile::kMaxMessages;
 const size_t kMaxSaidLength = 256;
 
+// What the skeleton reader keeps of a bone's name.
+const size_t kMaxBoneName = 50;
+
 // Frames between two calls of the progress function.
 const long long kProgressStep = 64;
 
@@ -96,12 +99,17 @@ bool KQexAmcReader::ReadLine()
             return ReadFrameLine(lNumber, lRest);
         double lValue = 0.0;
         if (mBones.Find(lToken) < 0 && KNumberParse(lToken, lValue) == KNumberStatus::eOK)
-        {
-            mFile.Error("Frame number expected, not (%.*s)\n", Length(lToken), lToken.data());
-            return false;
-        }
+            return FailFrameNumber(lToken);
     }
     return ReadBoneLine(lToken, lTo, lEnd);
+}
+
+// A number that is none for a frame still ends the frame before it, which is complete.
+bool KQexAmcReader::FailFrameNumber(std::string_view pToken)
+{
+    if (!mInFrame || CommitFrame())
+        mFile.Error("Frame number expected, not (%.*s)\n", Length(pToken), pToken.data());
+    return false;
 }
 
 bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
@@ -109,7 +117,7 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     const KQexAmcWord lWord = FindAmcWord(pWord);
     if (lWord == eAMC_UNKNOWN)
     {
-        if (mSaid.size() < kMaxSaid && mSaid.emplace(pWord.substr(0, kMaxSaidLength)).second)
+        if (SayFirst(FoldAmcCase(pWord.substr(0, kMaxSaidLength))))
             mFile.Warning("Ignoring unknown keyword (%.*s)\n", Length(pWord), pWord.data());
         return true;
     }
@@ -117,7 +125,7 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     if (mInfo.mFrameCount > 0 || mInFrame)
     {
         const bool lMatters = lWord == eAMC_DEGREES || lWord == eAMC_RADIANS || lWord == eAMC_SAMPLES_PER_SECOND;
-        if (lMatters && mSaid.emplace(pWord.substr(0, kMaxSaidLength)).second)
+        if (lMatters && SayFirst(FoldAmcCase(pWord)))
             mFile.Warning("Ignoring %.*s after the first frame\n", Length(pWord), pWord.data());
         return true;
     }
@@ -152,7 +160,7 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     const bool lWhole = mFile.HasLineEnd();
     if (lWhole && !lFirst && pNumber <= mBefore)
         mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mBefore);
-    if (!pRest.empty() && mSaid.emplace("text after a frame number").second)
+    if (!pRest.empty() && SayFirst("text after a frame number"))
         mFile.Warning("Ignoring the text after a frame number (%.*s)\n", Length(pRest), pRest.data());
     return true;
 }
@@ -308,7 +316,9 @@ int KQexAmcReader::FindLine(std::string_view pName)
 {
     std::vector<KQexAmcLine>& lLines = mBones.mLines;
     const int                 lGuess = mLine < 0 ? 0 : lLines[static_cast<size_t>(mLine)].mNext;
-    const int                 lFound = lLines[static_cast<size_t>(lGuess)].mName == pName ? lGuess : mBones.Find(pName);
+    int                       lFound = lLines[static_cast<size_t>(lGuess)].mName == pName ? lGuess : mBones.Find(pName);
+    if (lFound < 0 && pName.size() > kMaxBoneName)
+        lFound = mBones.Find(pName.substr(0, kMaxBoneName));
     if (lFound < 0)
         return lFound;
     if (mLine >= 0)
@@ -317,9 +327,15 @@ int KQexAmcReader::FindLine(std::string_view pName)
     return lFound;
 }
 
+// Whether it is the first time that a message about pWhat is due. Once too many were given, it never is.
+bool KQexAmcReader::SayFirst(const std::string& pWhat)
+{
+    return mSaid.size() < kMaxSaid && mSaid.insert(pWhat).second;
+}
+
 void KQexAmcReader::SayUnknown(std::string_view pName)
 {
-    if (mSaid.size() < kMaxSaid && mSaid.emplace(pName.substr(0, kMaxSaidLength)).second)
+    if (SayFirst(std::string(pName.substr(0, kMaxSaidLength))))
         mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", Length(pName), pName.data());
 }
 

@@ -1,0 +1,455 @@
+#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+
+#include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <string>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+struct KAmcOutcome
+{
+    bool        mOk = false;
+    std::string mFrames;
+    std::string mMessages;
+    KQexAmcInfo mInfo;
+    double      mLengthFactor = 0.0;
+    double      mAngleFactor = 0.0;
+};
+
+KAmcOutcome ReadAmc(const std::string& pText, KQexAmcReadOptions pOptions = {}, const std::string& pAsf = kSmallAsf)
+{
+    KAmcOutcome             lOutcome;
+    KQexImportAcclaimResult lSkeleton;
+    KQexAsfSceneOwner       lScene = ReadSmallAsf(pAsf, lSkeleton);
+    if (lScene == nullptr)
+        return lOutcome;
+    if (pOptions.mSkeletonNotes.mLengthDofs.empty())
+        pOptions.mSkeletonNotes.mLengthDofs = lSkeleton.mSkeletonNotes.mLengthDofs;
+    KQexFileAcclaimAmc lFile(false);
+    KFrameLog          lLog;
+    EXPECT_TRUE(lFile.OpenReadBuffer(pText.data(), pText.size()));
+    lOutcome.mOk = lFile.ReadFrames(lScene.get(), pOptions, lLog);
+    lOutcome.mFrames = lLog.mText;
+    lOutcome.mMessages = Texts(lFile.GetMessages());
+    lOutcome.mInfo = lFile.GetInfo();
+    lOutcome.mLengthFactor = lLog.mLengthFactor;
+    lOutcome.mAngleFactor = lLog.mAngleFactor;
+    return lOutcome;
+}
+
+struct KAmcCase
+{
+    const char* mWhat;
+    std::string mText;
+    bool        mOk;
+    std::string mFrames;
+    std::string mMessages;
+    bool        mKeepGoodFrames = false;
+};
+
+std::ostream& operator<<(std::ostream& pStream, const KAmcCase& pCase)
+{
+    return pStream << pCase.mWhat;
+}
+
+class KAmcTest : public testing::TestWithParam<KAmcCase>
+{
+};
+
+TEST_P(KAmcTest, FramesAndMessages)
+{
+    KQexAmcReadOptions lOptions;
+    lOptions.mKeepGoodFrames = GetParam().mKeepGoodFrames;
+    const KAmcOutcome lOutcome = ReadAmc(GetParam().mText, lOptions);
+    EXPECT_EQ(lOutcome.mOk, GetParam().mOk);
+    EXPECT_EQ(lOutcome.mFrames, GetParam().mFrames);
+    EXPECT_EQ(lOutcome.mMessages, GetParam().mMessages);
+}
+
+const char kFull1[] = "1@0 root(1) a(2 3) b(4) c(5 6)\n";
+const char kFull2[] = "2@1 root(2) a(3 4) b(5) c(6 7)\n";
+const char kFull3[] = "3@2 root(3) a(4 5) b(6) c(7 8)\n";
+
+std::string Replace(std::string pText, const std::string& pOld, const std::string& pNew)
+{
+    for (size_t lAt = pText.find(pOld); lAt != std::string::npos; lAt = pText.find(pOld, lAt + pNew.size()))
+        pText.replace(lAt, pOld.size(), pNew);
+    return pText;
+}
+
+const std::string kTwo = SmallFrame(1, 1) + SmallFrame(2, 2);
+const std::string kTwoFrames = std::string(kFull1) + kFull2;
+
+INSTANTIATE_TEST_SUITE_P(
+    Form, KAmcTest,
+    testing::Values(
+        KAmcCase{"two plain frames", kTwo, true, kTwoFrames, ""},
+        KAmcCase{
+            "header, comments, blank lines",
+            "#!OML:ASF C:\\a b\\x.ASF\n# a comment\n:FULLY-SPECIFIED\n:DEGREES\n\n1 # one\nroot 1 # x\na 2 3\n#\nb 4\n  c\t5 99 6  \n" +
+                SmallFrame(2, 2),
+            true, kTwoFrames, ""},
+        KAmcCase{"CR LF", Replace(kTwo, "\n", "\r\n"), true, kTwoFrames, ""},
+        KAmcCase{"lone CR", Replace(kTwo, "\n", "\r"), true, kTwoFrames, ""},
+        KAmcCase{"no line end at the end", kTwo.substr(0, kTwo.size() - 1), true, kTwoFrames, ""},
+        KAmcCase{"byte-order mark", "\xEF\xBB\xBF" + kTwo, true, kTwoFrames, ""},
+        KAmcCase{"NUL bytes are blanks", Replace(kTwo, " ", std::string(1, '\0')), true, kTwoFrames, ""},
+        KAmcCase{"words in any case", ":fully-Specified\n:degrees\n" + kTwo, true, kTwoFrames, ""},
+        KAmcCase{"names in any case", Replace(Replace(kTwo, "root", "ROOT"), "\na", "\nA"), true, kTwoFrames, ""},
+        KAmcCase{"bones in any order", "1\nc 5 0 6\nb 4\na 2 3\nroot 1\n" + SmallFrame(2, 2), true,
+                 "1@0 c(5 6) b(4) a(2 3) root(1)\n" + std::string(kFull2), ""},
+        KAmcCase{"every way to write a number",
+                 "1\nroot +1\na 2.e0 .3E1\nb 400e-2\nc 5.0000000000000000000000001 -1e-999 6\n" + SmallFrame(2, 2), true, kTwoFrames, ""},
+        KAmcCase{"negative frame numbers", SmallFrame(-3, 1) + SmallFrame(-2, 2), true,
+                 "-3@0 root(1) a(2 3) b(4) c(5 6)\n-2@1 root(2) a(3 4) b(5) c(6 7)\n", ""},
+        KAmcCase{"a bone without a DOF may stand alone", "1\nroot 1\na 2 3\nb 4\nc 5 99 6\nd\n" + SmallFrame(2, 2), true, kTwoFrames, ""}));
+
+INSTANTIATE_TEST_SUITE_P(
+    FrameNumbers, KAmcTest,
+    testing::Values(KAmcCase{"starting anywhere", SmallFrame(1000, 1) + SmallFrame(1001, 2), true,
+                             "1000@0 root(1) a(2 3) b(4) c(5 6)\n1001@1 root(2) a(3 4) b(5) c(6 7)\n", ""},
+                    KAmcCase{"a jump", SmallFrame(1, 1) + SmallFrame(1000000001, 2), true,
+                             std::string(kFull1) + "1000000001@1e+09 root(2) a(3 4) b(5) c(6 7)\n", ""},
+                    KAmcCase{"a repeat", kTwo + SmallFrame(2, 3), true, kTwoFrames + "2@1 late root(3) a(4 5) b(6) c(7 8)\n",
+                             "W11 Frame 2 comes after frame 2, what comes later holds\n"},
+                    KAmcCase{"going back says so once", kTwo + SmallFrame(1, 3) + SmallFrame(2, 3) + SmallFrame(3, 3), true,
+                             kTwoFrames + "1@0 late root(3) a(4 5) b(6) c(7 8)\n2@1 late root(3) a(4 5) b(6) c(7 8)\n" + kFull3,
+                             "W11 Frame 1 comes after frame 2, what comes later holds\n"},
+                    KAmcCase{"going back below the first", SmallFrame(5, 1) + SmallFrame(4, 2), true,
+                             "5@0 root(1) a(2 3) b(4) c(5 6)\n4@-1 late root(2) a(3 4) b(5) c(6 7)\n",
+                             "W6 Frame 4 comes after frame 5, what comes later holds\n"},
+                    KAmcCase{"too far", kTwo + SmallFrame(9223372036854775807, 3), false, kTwoFrames,
+                             "E11 Frame number 9223372036854775807 is too far from the first, 1\n"},
+                    KAmcCase{"beyond what a number holds", kTwo + "99999999999999999999\nroot 1\n", false, kTwoFrames,
+                             "E11 Frame number expected, not (99999999999999999999)\n"},
+                    KAmcCase{"with a point", kTwo + "3.5\nroot 1\n", false, kTwoFrames, "E11 Frame number expected, not (3.5)\n"},
+                    KAmcCase{"text behind a frame number", Replace(kTwo, "2\nroot", "2 of 9\nroot"), true, kTwoFrames,
+                             "W6 Ignoring the text after a frame number (of 9)\n"},
+                    KAmcCase{"values before a frame number", "root 1\n" + kTwo, false, "", "E1 Frame number expected before bone root\n"},
+                    KAmcCase{"no frame", ":DEGREES\n", false, "", "E1 The motion has no complete frame\n"},
+                    KAmcCase{"an empty file", "", false, "", "E0 The motion has no complete frame\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Words, KAmcTest,
+    testing::Values(KAmcCase{"unknown words, each kind once", ":FOO 1\n:bar\n:FOO 2\n:BAR\n" + kTwo, true, kTwoFrames,
+                             "W1 Ignoring unknown keyword (:FOO)\nW2 Ignoring unknown keyword (:bar)\n"},
+                    KAmcCase{"a lone colon", ":\n" + kTwo, true, kTwoFrames, "W1 Ignoring unknown keyword (:)\n"},
+                    KAmcCase{"known words with values",
+                             ":FRAME-RANGE 1 2\n:ASF-FILE x y.asf\n:ASF-PATH /a\n:SAMPLES-PER-SECOND 120\n" + kTwo, true, kTwoFrames, ""},
+                    KAmcCase{"values that make no sense",
+                             ":FRAME-RANGE 1\n:ASF-FILE\n:SAMPLES-PER-SECOND 0\n:SAMPLES-PER-SECOND fast\n" + kTwo, true, kTwoFrames,
+                             "W1 Can't use the value of :FRAME-RANGE (1)\nW2 Can't use the value of :ASF-FILE ()\n"
+                             "W3 Can't use the value of :SAMPLES-PER-SECOND (0)\nW4 Can't use the value of :SAMPLES-PER-SECOND (fast)\n"},
+                    KAmcCase{"both angle units", ":DEGREES\n:RADIANS\n" + kTwo, true, kTwoFrames,
+                             "W2 Angles in degrees and in radians, the later word (:RADIANS) holds\n"},
+                    KAmcCase{"words behind the first frame",
+                             SmallFrame(1, 1) + ":DEGREES\n:FULLY-SPECIFIED\n:RADIANS\n:DEGREES\n" + SmallFrame(2, 2), true, kTwoFrames,
+                             "W6 Ignoring :DEGREES after the first frame\nW8 Ignoring :RADIANS after the first frame\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Bones, KAmcTest,
+    testing::Values(
+        KAmcCase{"absent, each bone once", "1\nroot 1\na 2 3\nc 5 99 6\n2\nroot 2\nc 6 99 7\n3\nroot 3\nb 4\nc 1 1 1\n", true,
+                 "1@0 root(1) a(2 3) c(5 6)\n2@1 root(2) c(6 7)\n3@2 root(3) b(4) c(1 1)\n",
+                 "W5 Bone b is not in frame 1, it holds its rest pose\nW8 Bone a is not in frame 2, it holds its last value\n"},
+        KAmcCase{"unknown, each name once",
+                 "1\nroot 1\ntail 1 2\nhorn\na 2 3\nb 4\nc 5 99 6\n" + Replace(SmallFrame(2, 2), "\nc", "\ntail x\nc"), true, kTwoFrames,
+                 "W3 The skeleton has no bone tail, its values are ignored\nW4 The skeleton has no bone horn, its values are ignored\n"},
+        KAmcCase{
+            "too many values, each bone once", Replace(kTwo, " 99 ", " 99 1 ") + "3\nroot 1 2 3\na 1 2 x\nb 1\nc 1 2 3 4\n", true,
+            "1@0 root(1) a(2 3) b(4) c(5 1)\n2@1 root(2) a(3 4) b(5) c(6 1)\n3@2 root(1) a(1 2) b(1) c(1 3)\n",
+            "W5 Bone c has more than 3 values, ignoring the others (6)\nW12 Bone root has more than 1 values, ignoring the others (2 3)\n"
+            "W13 Bone a has more than 2 values, ignoring the others (x)\n"},
+        KAmcCase{"values of a bone without a DOF", "1\nroot 1\na 2 3\nb 4\nc 5 99 6\nd 1\n" + SmallFrame(2, 2), true, kTwoFrames,
+                 "W6 Bone d has more than 0 values, ignoring the others (1)\n"},
+        KAmcCase{"twice in one frame", "1\nroot 7\na 2 3\nb 4\nc 5 99 6\nroot 1\n" + SmallFrame(2, 2), true, kTwoFrames,
+                 "W6 Bone root stands twice in frame 1, what comes later holds\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Faults, KAmcTest,
+    testing::Values(
+        KAmcCase{"too few values", kTwo + "3\nroot 3\na 4\nb 6\nc 7 99 8\n", false, kTwoFrames,
+                 "E13 Bone a: 2 values expected (rx ry), only 1 found\n"},
+        KAmcCase{"too few values where l stands", kTwo + "3\nc 7 8\n", false, kTwoFrames,
+                 "E12 Bone c: 3 values expected (rz l ry), only 2 found\n"},
+        KAmcCase{"no number", kTwo + "3\nroot 3\na 4 x5\nb 6\nc 7 99 8\n", false, kTwoFrames,
+                 "E13 Bone a: a number expected for ry of (rx ry), not (x5)\n"},
+        KAmcCase{"a number with something behind it", kTwo + "3\nroot 3,5\n", false, kTwoFrames,
+                 "E12 Bone root: a number expected for tx of (tx), not (3,5)\n"},
+        KAmcCase{"not finite", kTwo + "3\nroot nan\n", false, kTwoFrames, "E12 Bone root: a number expected for tx of (tx), not (nan)\n"},
+        KAmcCase{"too large", kTwo + "3\nroot 1e999\n", false, kTwoFrames,
+                 "E12 Bone root: a number expected for tx of (tx), not (1e999)\n"},
+        KAmcCase{"hexadecimal", kTwo + "3\nroot 0x10\n", false, kTwoFrames,
+                 "E12 Bone root: a number expected for tx of (tx), not (0x10)\n"},
+        KAmcCase{"l is no number", kTwo + "3\nc 1 l 3\n", false, kTwoFrames, "E12 Bone c: a number expected for l of (rz l ry), not (l)\n"},
+        KAmcCase{"good frames kept", kTwo + "3\nroot 3\na 4\nb 6\nc 7 99 8\n4\n", true, kTwoFrames,
+                 "E13 Bone a: 2 values expected (rx ry), only 1 found\n", true},
+        KAmcCase{"no good frame to keep", "3\nroot 3\na 4\n", false, "", "E3 Bone a: 2 values expected (rx ry), only 1 found\n", true},
+        KAmcCase{"an over-long line", kTwo + "3\nroot " + std::string(1048577, '1') + "\n", false, kTwoFrames, "E12 Line is too long\n"},
+        KAmcCase{"an over-long line behind good frames", kTwo + "3\nroot " + std::string(1048577, '1') + "\n", true, kTwoFrames,
+                 "E12 Line is too long\n", true},
+        KAmcCase{"UTF-16", std::string("\xFF\xFE") + "1\n", false, "", "E0 UTF-16 text is not supported\n"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    CutShort, KAmcTest,
+    testing::Values(
+        KAmcCase{"between two lines", kTwo + "3\nroot 3\na 4 5\n", true, kTwoFrames,
+                 "W13 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"behind the frame number", kTwo + "3\n", true, kTwoFrames,
+                 "W11 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"in the frame number", kTwo + "1", true, kTwoFrames, "W11 Frame 1 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"in a name", kTwo + "3\nroo", true, kTwoFrames, "W12 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"behind a name", kTwo + "3\nroot 3\na", true, kTwoFrames, "W13 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"in a number", kTwo + "3\nroot 3\na 4 5.2e", true, kTwoFrames,
+                 "W13 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"a line too short, with a line end, is a fault", kTwo + "3\nroot 3\na 4\n", false, kTwoFrames,
+                 "E13 Bone a: 2 values expected (rx ry), only 1 found\n"},
+        KAmcCase{"a bone that is missing in the middle is absent", kTwo + "3\nroot 3\nb 6\nc 7 99 8\n", true,
+                 kTwoFrames + "3@2 root(3) b(6) c(7 8)\n", "W14 Bone a is not in frame 3, it holds its last value\n"},
+        KAmcCase{"the only frame", "1\nroot 1\na 2", false, "",
+                 "W3 Frame 1 is cut short by the end of the file and dropped\nE3 The motion has no complete frame\n"}));
+
+TEST(KQexFileAcclaimAmc, UnitsOfAnglesAndLengths)
+{
+    const std::string lRadiansAsf = Replace(kSmallAsf, "angle deg", "angle rad");
+    const std::string lLengthAsf = Replace(kSmallAsf, "length 2.54", "length 0.5");
+    const std::string lNoUnitAsf = Replace(kSmallAsf, "length 2.54", "length 0");
+    EXPECT_EQ(ReadAmc(kTwo).mAngleFactor, 1.0);
+    EXPECT_EQ(ReadAmc(":RADIANS\n" + kTwo).mAngleFactor, 57.29577951308232);
+    EXPECT_EQ(ReadAmc(kTwo, {}, lRadiansAsf).mAngleFactor, 57.29577951308232);
+    EXPECT_EQ(ReadAmc(":DEGREES\n" + kTwo, {}, lRadiansAsf).mAngleFactor, 1.0);
+    EXPECT_EQ(ReadAmc(kTwo).mLengthFactor, 1.0);
+    EXPECT_EQ(ReadAmc(kTwo, {}, lLengthAsf).mLengthFactor, 2.54 / 0.5);
+    EXPECT_EQ(ReadAmc(kTwo, {}, lNoUnitAsf).mLengthFactor, 1.0);
+}
+
+struct KRateCase
+{
+    double            mCaller;
+    const char*       mHeader;
+    double            mRate;
+    KQexAmcRateSource mSource;
+    long long         mTicks;
+};
+
+class KAmcRateTest : public testing::TestWithParam<KRateCase>
+{
+};
+
+TEST_P(KAmcRateTest, RateAndFrameTime)
+{
+    KQexAmcReadOptions lOptions;
+    lOptions.mSamplesPerSecond = GetParam().mCaller;
+    const KAmcOutcome lOutcome = ReadAmc(GetParam().mHeader + SmallFrame(1, 1) + SmallFrame(11, 2), lOptions);
+    ASSERT_TRUE(lOutcome.mOk) << lOutcome.mMessages;
+    EXPECT_EQ(lOutcome.mInfo.mSamplesPerSecond, GetParam().mRate);
+    EXPECT_EQ(lOutcome.mInfo.mRateSource, GetParam().mSource);
+    EXPECT_EQ(lOutcome.mInfo.mStop.Get(), GetParam().mTicks);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sources, KAmcRateTest,
+                         testing::Values(KRateCase{0, "", 120, eAMC_RATE_DEFAULT, 58800000},
+                                         KRateCase{0, ":SAMPLES-PER-SECOND 60\n", 60, eAMC_RATE_FILE, 117600000},
+                                         KRateCase{30, ":samples-per-second 60\n", 30, eAMC_RATE_CALLER, 235200000},
+                                         KRateCase{30000.0 / 1001.0, "", 30000.0 / 1001.0, eAMC_RATE_CALLER, 235435200},
+                                         KRateCase{0.5, "", 0.5, eAMC_RATE_CALLER, 14112000000},
+                                         // 10 frames at a rate without whole ticks: rounded once, not ten times.
+                                         KRateCase{705600000.0 / 3.25, "", 705600000.0 / 3.25, eAMC_RATE_CALLER, 33}));
+
+TEST(KQexFileAcclaimAmc, RefusesARateThatIsNone)
+{
+    for (const double lRate : {-1.0, 1e-9, 1e12, std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()})
+    {
+        KQexAmcReadOptions lOptions;
+        lOptions.mSamplesPerSecond = lRate;
+        const KAmcOutcome lOutcome = ReadAmc(kTwo, lOptions);
+        EXPECT_FALSE(lOutcome.mOk) << lRate;
+        EXPECT_EQ(lOutcome.mMessages.substr(0, 12), "E1 Can't use") << lRate;
+    }
+}
+
+TEST(KQexFileAcclaimAmc, TellsWhatWasRead)
+{
+    const KAmcOutcome lOutcome = ReadAmc(SmallFrame(10, 1) + SmallFrame(12, 2) + SmallFrame(8, 3));
+    ASSERT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mInfo.mFrameCount, 3);
+    EXPECT_EQ(lOutcome.mInfo.mFirstFrame, 10);
+    EXPECT_EQ(lOutcome.mInfo.mLowestFrame, 8);
+    EXPECT_EQ(lOutcome.mInfo.mHighestFrame, 12);
+    EXPECT_EQ(lOutcome.mInfo.mStart.Get(), -2 * 5880000);
+    EXPECT_EQ(lOutcome.mInfo.mStop.Get(), 2 * 5880000);
+}
+
+TEST(KQexFileAcclaimAmc, StopsWhenTheVisitorAsksTo)
+{
+    KQexImportAcclaimResult lSkeleton;
+    KQexAsfSceneOwner       lScene = ReadSmallAsf(kSmallAsf, lSkeleton);
+    ASSERT_NE(lScene, nullptr);
+    KQexFileAcclaimAmc lFile(false);
+    KFrameLog          lLog;
+    lLog.mStopAfter = 1;
+    KQexAmcReadOptions lOptions;
+    lOptions.mSkeletonNotes = lSkeleton.mSkeletonNotes;
+    lOptions.mKeepGoodFrames = true;
+    ASSERT_TRUE(lFile.OpenReadBuffer(kTwo.data(), kTwo.size()));
+    EXPECT_FALSE(lFile.ReadFrames(lScene.get(), lOptions, lLog));
+    EXPECT_EQ(Texts(lFile.GetMessages()), "");
+    EXPECT_EQ(lLog.mText, kFull1);
+}
+
+TEST(KQexFileAcclaimAmc, NeedsASkeleton)
+{
+    KQexFileAcclaimAmc lFile(false);
+    KFrameLog          lLog;
+    ASSERT_TRUE(lFile.OpenReadBuffer(kTwo.data(), kTwo.size()));
+    EXPECT_FALSE(lFile.ReadFrames(nullptr, {}, lLog));
+    EXPECT_FALSE(lFile.Read(nullptr, nullptr, {}));
+    EXPECT_EQ(lFile.GetErrorCount(), 2);
+}
+
+TEST(KQexFileAcclaimAmc, BonesThatTheCleanUpRemovedArePassedOver)
+{
+    KQexAmcReadOptions lOptions;
+    lOptions.mSkeletonNotes.mRemovedBones = {"hip", "l"};
+    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\na", "\nhip 1 2 3\nl x\na"), lOptions);
+    EXPECT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mFrames, kTwoFrames);
+    EXPECT_EQ(lOutcome.mMessages, "");
+}
+
+TEST(KQexFileAcclaimAmc, BonesNamedLikeNumbers)
+{
+    const std::string lAsf = Replace(Replace(kSmallAsf, "name b", "name 7"), "a b\n    b c", "a 7\n    7 c");
+    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\nb", "\n7"), {}, lAsf);
+    EXPECT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mFrames, Replace(kTwoFrames, " b(", " 7("));
+    EXPECT_EQ(lOutcome.mMessages, "");
+}
+
+TEST(KQexFileAcclaimAmc, NamesThatTheSkeletonCutAreFound)
+{
+    const std::string lName(60, 'n');
+    const std::string lAsf = Replace(Replace(kSmallAsf, "name b", "name " + lName), "a b\n    b c", "a " + lName + "\n    " + lName + " c");
+    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\nb", "\n" + lName), {}, lAsf);
+    EXPECT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mFrames, Replace(kTwoFrames, " b(", " " + std::string(50, 'n') + "("));
+}
+
+TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
+{
+    struct KLengthCase
+    {
+        const char* mDof;
+        const char* mValues;
+        const char* mFrame;
+    };
+    const KLengthCase lCases[] = {
+        {"l rz ry", "9 1 2", "c(1 2)"}, {"rz ry l", "1 2 9", "c(1 2)"}, {"l rz l ry l", "8 1 9 2 7", "c(1 2)"}, {"l", "9", ""}};
+    for (const KLengthCase& lCase : lCases)
+    {
+        const std::string lAsf = Replace(kSmallAsf, "dof rz l ry", std::string("dof ") + lCase.mDof);
+        const KAmcOutcome lOutcome = ReadAmc(std::string("1\nroot 1\na 2 3\nb 4\nc ") + lCase.mValues + "\n", {}, lAsf);
+        EXPECT_TRUE(lOutcome.mOk) << lCase.mDof;
+        const std::string lBone = *lCase.mFrame == '\0' ? "" : std::string(" ") + lCase.mFrame;
+        EXPECT_EQ(lOutcome.mFrames, "1@0 root(1) a(2 3) b(4)" + lBone + "\n") << lCase.mDof;
+        EXPECT_EQ(lOutcome.mMessages, "") << lCase.mDof;
+    }
+}
+
+// A file may end anywhere: whatever frames come out are those of the whole file. Within the first frame nothing tells a file that
+// was cut between two lines from one that never had the other bones; they are warned about.
+TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
+{
+    const std::string lText = "#!OML:ASF x\n:FULLY-SPECIFIED\n:DEGREES\n" + kTwo + SmallFrame(3, 3);
+    const std::string lAll = kTwoFrames + kFull3;
+    const size_t      lFirstFrame = lText.find("\n2\n");
+    for (size_t lSize = 0; lSize < lText.size(); ++lSize)
+        for (const bool lKeep : {false, true})
+        {
+            KQexAmcReadOptions lOptions;
+            lOptions.mKeepGoodFrames = lKeep;
+            const KAmcOutcome lOutcome = ReadAmc(lText.substr(0, lSize), lOptions);
+            EXPECT_EQ(lOutcome.mOk, !lOutcome.mFrames.empty()) << lSize;
+            std::string lFrames = lOutcome.mFrames;
+            if (lSize <= lFirstFrame && !lFrames.empty())
+                lFrames.pop_back();
+            EXPECT_EQ(lAll.substr(0, lFrames.size()), lFrames) << lSize;
+            EXPECT_EQ(lOutcome.mOk, lOutcome.mMessages.find('E') == std::string::npos) << lSize << lOutcome.mMessages;
+        }
+}
+
+struct KPeekCase
+{
+    const char* mWhat;
+    const char* mText;
+    const char* mAsfFile;
+    const char* mAsfPath;
+    double      mRate;
+    int         mAngle;
+};
+
+class KAmcPeekTest : public testing::TestWithParam<KPeekCase>
+{
+};
+
+TEST_P(KAmcPeekTest, Header)
+{
+    KQexAmcHeader lHeader;
+    KQexFileAcclaimAmc::PeekHeaderBuffer(GetParam().mText, std::strlen(GetParam().mText), lHeader);
+    EXPECT_EQ(lHeader.mAsfFile, GetParam().mAsfFile);
+    EXPECT_EQ(lHeader.mAsfPath, GetParam().mAsfPath);
+    EXPECT_EQ(lHeader.mSamplesPerSecond, GetParam().mRate);
+    EXPECT_EQ(lHeader.mAngle, GetParam().mAngle);
+
+    // The same from a file.
+    const KTempDir lFolder;
+    const auto     lPath = lFolder / "a.amc";
+    WriteFile(lPath, GetParam().mText);
+    KQexAmcHeader lOfFile;
+    std::string   lReason;
+    EXPECT_TRUE(KQexFileAcclaimAmc::PeekHeader(lPath.c_str(), lOfFile, lReason));
+    EXPECT_EQ(lOfFile.mAsfFile, GetParam().mAsfFile);
+    EXPECT_EQ(lOfFile.mAngle, GetParam().mAngle);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, KAmcPeekTest,
+    testing::Values(
+        KPeekCase{"nothing", "", "", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"first line", "#!OML:ASF C:\\My Files\\a.ASF \r\n:DEGREES\r\n1\r\n", "C:\\My Files\\a.ASF", "", 0, eAMC_ANGLE_DEGREES},
+        KPeekCase{"words", "# c\n:asf-file b c.asf # d\n:ASF-PATH /x y/\n:RADIANS\n:samples-per-second 60\n1\n", "b c.asf", "/x y/", 60,
+                  eAMC_ANGLE_RADIANS},
+        KPeekCase{"the word before the comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"the word before the comment, behind it", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"no further than the first frame", ":DEGREES\n1\n:RADIANS\n:ASF-FILE a\n", "", "", 0, eAMC_ANGLE_DEGREES}));
+
+TEST(KQexFileAcclaimAmc, PeekTellsWhyItCannot)
+{
+    const KTempDir lFolder;
+    KQexAmcHeader  lHeader;
+    std::string    lReason;
+    EXPECT_FALSE(KQexFileAcclaimAmc::PeekHeader((lFolder / "none.amc").c_str(), lHeader, lReason));
+    EXPECT_EQ(lReason, "No such file or directory");
+    EXPECT_FALSE(KQexFileAcclaimAmc::PeekHeader(lFolder.Path().c_str(), lHeader, lReason));
+    EXPECT_EQ(lReason, "Is a directory");
+}
+
+TEST(KQexFileAcclaimAmc, AFileThatCannotBeOpened)
+{
+    const KTempDir     lFolder;
+    const auto         lPath = lFolder / "none.amc";
+    KQexFileAcclaimAmc lFile(false);
+    EXPECT_FALSE(lFile.OpenRead(lPath.c_str()));
+    EXPECT_EQ(Texts(lFile.GetMessages()), "E0 Can't read " + lPath.string() + " (No such file or directory)\n");
+}
+
+} // namespace
