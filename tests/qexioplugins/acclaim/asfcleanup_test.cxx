@@ -1,0 +1,227 @@
+#include "asfbuild.h"
+
+#include <gtest/gtest.h>
+#include <kbaselib/kmath/keulerorder.h>
+#include <tests/support/memorywatch.h>
+
+#include <cmath>
+#include <map>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+class KCleanUpTest : public testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        QexSdkDelete(mRoot);
+        EXPECT_EQ(mWatch.GetBlocks(), 0U);
+    }
+
+    KMemoryWatch mWatch;
+    KQexAsfNode* mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
+};
+
+TEST_F(KCleanUpTest, ABoneWithoutDofsIsFoldedIntoItsChild)
+{
+    SetAxis(mRoot, {0.0, 0.0, 90.0});
+    mRoot->mPositionV = KgeTVector(1.0, 0.0, 0.0);
+    KQexAsfNode* lDummy = Bone(mRoot, "dummy", {}, {0.0, 2.0, 0.0}, {5.0, 6.0, 7.0});
+    KQexAsfNode* lChild = Bone(lDummy, "g", {5}, {0.0, 0.0, 3.0});
+    mRoot->SetupPosition(false, false);
+    const size_t lBefore = mWatch.GetBlocks();
+    mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(ChildNames(mRoot), "g");
+    EXPECT_EQ(lChild->mParent, mRoot);
+    EXPECT_EQ(mWatch.GetBlocks(), lBefore - 2); // the bone and its children's block
+    EXPECT_DOUBLE_EQ(lChild->mParentPositionV.mData[0], 1.0);
+    EXPECT_DOUBLE_EQ(lChild->mParentPositionV.mData[1], 2.0);
+    // The axis is the root's, not the dummy's own.
+    EXPECT_EQ(lChild->mParentAxisRM.mData[0][1], mRoot->mAxisRM.mData[0][1]);
+    EXPECT_NEAR(lChild->mLT.mData[0], 2.0, 1e-12);
+    EXPECT_NEAR(lChild->mLT.mData[1], -1.0, 1e-12);
+    EXPECT_NEAR(lChild->mLR.mData[2], -90.0, 1e-12);
+}
+
+TEST_F(KCleanUpTest, ADummysChildrenGoToTheEndReversed)
+{
+    KQexAsfNode* lDummy = Bone(mRoot, "dummy", {});
+    Bone(mRoot, "e");
+    Bone(lDummy, "a");
+    Bone(lDummy, "b");
+    mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(ChildNames(mRoot), "e b a");
+}
+
+TEST_F(KCleanUpTest, ARunOfDummiesGoesAsAWhole)
+{
+    KQexAsfNode* lUpper = Bone(mRoot, "upper", {}, {1.0, 0.0, 0.0});
+    KQexAsfNode* lLower = Bone(lUpper, "lower", {}, {0.0, 1.0, 0.0});
+    KQexAsfNode* lG = Bone(lLower, "g", {5}, {0.0, 0.0, 1.0});
+    Bone(lLower, "h");
+    Bone(lUpper, "u");
+    mRoot->SetupPosition(false, false);
+    mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(ChildNames(mRoot), "g h u");
+    EXPECT_EQ(lG->mParentPositionV.mData[0], 1.0);
+    EXPECT_EQ(lG->mParentPositionV.mData[1], 1.0);
+}
+
+TEST_F(KCleanUpTest, OnlyBonesWithoutAnyDofAreDummies)
+{
+    Bone(mRoot, "t", {0});
+    Bone(mRoot, "leaf", {});
+    KQexAsfNode* lKept = Bone(mRoot, "kept");
+    Bone(lKept, "under", {});
+    mRoot->mOrderCount = 0; // the bone it is called on stays
+    mRoot->RemoveDummy(true, true);
+    EXPECT_EQ(ChildNames(mRoot), "t kept");
+    EXPECT_EQ(ChildNames(lKept), "");
+}
+
+TEST_F(KCleanUpTest, ATrueFlagLeavesItsQuantityAlone)
+{
+    for (bool lOffset : {false, true})
+        for (bool lPreRotation : {false, true})
+        {
+            KQexAsfNode* lDummy = Bone(mRoot, "dummy", {}, {0.0, 2.0, 0.0}, {5.0, 6.0, 7.0});
+            KQexAsfNode* lChild = Bone(lDummy, "g", {5}, {0.0, 0.0, 3.0});
+            lChild->mLT = KgeTVector(77.0, 77.0, 77.0);
+            lChild->mLR = KgeRVector(88.0, 88.0, 88.0);
+            mRoot->RemoveDummy(lOffset, lPreRotation);
+            EXPECT_EQ(lChild->mLT.mData[0] == 77.0, lOffset);
+            EXPECT_EQ(lChild->mLR.mData[0] == 88.0, lPreRotation);
+        }
+}
+
+// The rooms of the child array are those of adding each child and then taking the dummy out, and memory that runs out loses nothing.
+TEST_F(KCleanUpTest, GrowsTheChildArrayAsAddingWould)
+{
+    for (int lIter = 0; lIter < 4; lIter++)
+        Bone(Bone(mRoot, "dummy", {}), "kept");
+    EXPECT_EQ(mRoot->mChildBuf.GetBlockCount(), 1);
+    mWatch.FailAfter(0);
+    mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(ChildNames(mRoot), "dummy dummy dummy dummy");
+    mWatch.FailAfter(-1);
+    mRoot->RemoveDummy(false, false);
+    EXPECT_EQ(ChildNames(mRoot), "kept kept kept kept");
+    EXPECT_EQ(mRoot->mChildBuf.GetBlockCount(), 2);
+}
+
+// A place in space: a host node's rotation and translation, put together from the bones' locals down to this one.
+struct KPlacement
+{
+    KgeRMatrix mR;
+    KgeTVector mT;
+};
+
+std::map<std::string, KPlacement> Placements(KQexAsfNode* pRoot)
+{
+    std::map<std::string, KPlacement>                 lResult;
+    std::vector<std::pair<KQexAsfNode*, KPlacement>> lStack = {{pRoot, {}}};
+    while (!lStack.empty())
+    {
+        const auto [lBone, lAbove] = lStack.back();
+        lStack.pop_back();
+        const int*       lAxis = KmEulerAxis[lBone == pRoot ? 0 : EulerOrderFromOrderBuf(lBone->mOrderBuf, lBone->mOrderCount)];
+        const int        lCode = static_cast<int>((lAxis - KmEulerAxis[0]) / 3);
+        const KgeRVector lApplied(lBone->mLR.mData[lAxis[0]], lBone->mLR.mData[lAxis[1]], lBone->mLR.mData[lAxis[2]]);
+        KgeRMatrix       lLocal;
+        KgeSet(lLocal, lApplied, lCode);
+        KPlacement lHere;
+        KgeMult(lHere.mR, lAbove.mR, lLocal);
+        KgeTVector lOffset;
+        KgeMult(lOffset, lAbove.mR, lBone->mLT);
+        KgeAdd(lHere.mT, lAbove.mT, lOffset);
+        lResult[lBone->mName] = lHere;
+        for (int lIter = 0; lBone->GetChild(lIter); lIter++)
+            lStack.push_back({lBone->GetChild(lIter), lHere});
+    }
+    return lResult;
+}
+
+class KDummyPropertyTest : public testing::TestWithParam<unsigned int>
+{
+};
+
+TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
+{
+    KQexAsfNode* lRoot = RandomBones(eRANDOM, 60, GetParam(), true)[0];
+    lRoot->SetupPosition(false, false);
+    const std::map<std::string, KPlacement> lBefore = Placements(lRoot);
+    lRoot->RemoveDummy(false, false);
+    const std::map<std::string, KPlacement> lAfter = Placements(lRoot);
+    EXPECT_LT(lAfter.size(), lBefore.size());
+    for (const auto& [lName, lPlacement] : lAfter)
+    {
+        EXPECT_GT(lRoot->Find(lName.c_str())->mOrderCount, 0) << lName;
+        const KPlacement& lOld = lBefore.at(lName);
+        for (int lRow = 0; lRow < 3; lRow++)
+        {
+            EXPECT_NEAR(lPlacement.mT.mData[lRow], lOld.mT.mData[lRow], 1e-10) << lName;
+            for (int lColumn = 0; lColumn < 3; lColumn++)
+                EXPECT_NEAR(lPlacement.mR.mData[lRow][lColumn], lOld.mR.mData[lRow][lColumn], 1e-10) << lName;
+        }
+    }
+    QexSdkDelete(lRoot);
+}
+
+INSTANTIATE_TEST_SUITE_P(Trees, KDummyPropertyTest, testing::Range(1U, 41U));
+
+class KEndSiteTest : public testing::Test
+{
+protected:
+    // The curve node of a new host node's translation, with as many keys on its x channel as asked for.
+    KQexAnimCurveNode* CurveNode(int pKeys)
+    {
+        KQexNode*          lNode = KQexNode::Create(mStage.mScene, "node");
+        KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, "take");
+        KQexAnimCurve*     lCurve = KQexAnimCurve::Create(mStage.mScene, "x");
+        for (int lIter = 0; lIter < pKeys; lIter++)
+            lCurve->AddKey(KTime(lIter), KQexAnimCurveKey());
+        lCurveNode->ConnectToChannel(lCurve, 0, true);
+        return lCurveNode;
+    }
+
+    KStage       mStage;
+    KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root");
+};
+
+TEST_F(KEndSiteTest, TakesChildlessBonesWithoutLengthAndMotion)
+{
+    Bone(mRoot, "plain");
+    Bone(mRoot, "short")->mLength = 1e-12;
+    Bone(mRoot, "negative")->mLength = -1.0;
+    Bone(mRoot, "movedT")->mLTNode = CurveNode(1);
+    Bone(mRoot, "movedR")->mLRNode = CurveNode(2);
+    Bone(mRoot, "scaled")->mLSNode = CurveNode(2);
+    KQexAsfNode* lStill = Bone(mRoot, "still");
+    lStill->mLTNode = CurveNode(0);
+    lStill->mLRNode = CurveNode(0);
+    Bone(Bone(mRoot, "parent"), "child")->mLength = 1.0;
+    mRoot->RemoveEndSite();
+    EXPECT_EQ(ChildNames(mRoot), "short negative movedT movedR parent");
+}
+
+TEST_F(KEndSiteTest, TakesOneLevelACall)
+{
+    KQexAsfNode* lMiddle = Bone(Bone(mRoot, "upper"), "middle");
+    Bone(lMiddle, "end");
+    mRoot->RemoveEndSite();
+    EXPECT_EQ(ChildNames(mRoot), "upper");
+    EXPECT_EQ(ChildNames(mRoot->GetChild(0)), "middle");
+    EXPECT_EQ(ChildNames(lMiddle), "");
+    mRoot->RemoveEndSite();
+    EXPECT_EQ(ChildNames(mRoot->GetChild(0)), "");
+    mRoot->RemoveEndSite();
+    EXPECT_EQ(ChildNames(mRoot), "");
+    mRoot->RemoveEndSite(); // and never the bone it is called on
+    EXPECT_EQ(mStage.mAsf->mRoot, mRoot);
+}
+
+} // namespace
