@@ -151,9 +151,7 @@ void RegisterSeries(const char* pName, KBench pBench)
         for (const int lBones : {10, 100, 1000, 10000, 100000})
         {
             const std::string lName = std::string(pName) + "/" + ShapeName(lShape) + "/" + std::to_string(lBones);
-            benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { pBench(pState, lShape, lBones); })
-                ->UseManualTime()
-                ->MinTime(0.1);
+            benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { pBench(pState, lShape, lBones); })->UseManualTime();
         }
     }
 }
@@ -165,9 +163,7 @@ void RegisterBenches()
     for (const std::string& lPath : CorpusFiles(".asf"))
     {
         const std::string lName = "ReadFile/" + std::filesystem::path(lPath).filename().string();
-        benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { ReadFile(pState, lPath); })
-            ->UseManualTime()
-            ->MinTime(0.1);
+        benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { ReadFile(pState, lPath); })->UseManualTime();
     }
     RegisterSeries("Read", ReadGenerated);
     RegisterSeries("Write", WriteGenerated);
