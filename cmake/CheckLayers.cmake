@@ -16,7 +16,7 @@ set(kStandard
     cstring ctime cuchar cwchar cwctype)
 
 set(lMore_kbaselib/kbase errno.h fcntl.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
-set(lMore_qexioplugins/gltf tiny_gltf.h)
+set(lMore_qexioplugins/gltf tiny_gltf.h nlohmann/json.hpp)
 
 set(lBad "")
 set(lBelow "")

@@ -1,0 +1,196 @@
+#include <qexioplugins/gltf/kqexgltfwriter.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double      kTicksPerSecond = 705600000.0;
+constexpr int         kNodesAThread = 4;    ///< Nodes of a batch for each thread.
+constexpr double      kSameRotation = 1e-7; ///< Difference of quaternion components up to which two rotations are one.
+constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
+
+} // namespace
+
+void KGltfWriter::MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling,
+                                  KGltfTrack& pTrack) const
+{
+    const bool   lIsScaling = pTrack.mProperty == 2;
+    const double lFactor = lIsScaling ? 1.0 : mOptions.mScale;
+    const auto   lGet = [lIsScaling](const KGltfNodePose& pFrom, KTime pTime, double* pValue)
+    {
+        lIsScaling ? pFrom.GetScaling(pTime, pValue) : pFrom.GetTranslation(pTime, pValue);
+    };
+    double lRest[3];
+    double lValue[3];
+    bool   lMoves = false;
+    lGet(pRest, KTime(0), lRest);
+    pTrack.mValues.resize(static_cast<size_t>(3 * pSampling.mCount));
+    float* lOut = pTrack.mValues.data();
+    for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
+    {
+        lGet(pPose, pSampling.GetTime(lFrame), lValue);
+        for (int i = 0; i < 3; ++i)
+        {
+            *lOut = static_cast<float>(lValue[i] * lFactor);
+            lMoves = lMoves || *lOut != static_cast<float>(lRest[i] * lFactor);
+            ++lOut;
+        }
+    }
+    if (!lMoves)
+    {
+        pTrack.mValues.clear();
+    }
+}
+
+/// Every quaternion takes the sign that is nearer to the one before, so that viewers that interpolate go the short way.
+void KGltfWriter::MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling,
+                                    KGltfTrack& pTrack) const
+{
+    KQuaternion lRest;
+    KQuaternion lLast;
+    KQuaternion lValue;
+    bool        lMoves = false;
+    pRest.GetRotation(KTime(0), lRest);
+    lLast = lRest;
+    pTrack.mValues.resize(static_cast<size_t>(4 * pSampling.mCount));
+    float* lOut = pTrack.mValues.data();
+    for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
+    {
+        pPose.GetRotation(pSampling.GetTime(lFrame), lValue);
+        double lDot = 0.0;
+        double lSquare = 0.0;
+        for (int i = 0; i < 4; ++i)
+        {
+            lDot += lValue.mData[i] * lLast.mData[i];
+            lSquare += lValue.mData[i] * lValue.mData[i];
+        }
+        const double lFactor = (lDot < 0.0 ? -1.0 : 1.0) / std::sqrt(lSquare);
+        for (int i = 0; i < 4; ++i)
+        {
+            lLast.mData[i] = lValue.mData[i] * lFactor;
+            lMoves = lMoves || std::fabs(lLast.mData[i] - lRest.mData[i]) > kSameRotation;
+            *lOut++ = static_cast<float>(lLast.mData[i]);
+        }
+    }
+    if (!lMoves)
+    {
+        pTrack.mValues.clear();
+    }
+}
+
+void KGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const
+{
+    const KGltfNodePose lRest(pNode, nullptr);
+    const KGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
+    for (int lProperty = 0; lProperty < 3; ++lProperty)
+    {
+        if (!lPose.IsDriven(lProperty))
+        {
+            continue;
+        }
+        KGltfTrack lTrack{lProperty, {}};
+        lProperty == 1 ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack) : MakeVectorTrack(lRest, lPose, pTake.mSampling, lTrack);
+        if (!lTrack.mValues.empty())
+        {
+            pTracks.push_back(std::move(lTrack));
+        }
+    }
+}
+
+int KGltfWriter::AddTimes(const KQexSampling& pSampling)
+{
+    const int lTimes = mBuffer.AddFloats(TINYGLTF_TYPE_SCALAR, static_cast<size_t>(pSampling.mCount));
+    float*    lOut = mBuffer.GetFloats(lTimes);
+    for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
+    {
+        lOut[lFrame] = static_cast<float>(static_cast<double>(lFrame * pSampling.mStep.Get()) / kTicksPerSecond);
+    }
+    mBuffer.SetBounds(lTimes);
+    return lTimes;
+}
+
+void KGltfWriter::AddChannel(tinygltf::Animation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack)
+{
+    const int lComponents = pTrack.mProperty == 1 ? 4 : 3;
+    const int lValues = mBuffer.AddFloats(lComponents == 4 ? TINYGLTF_TYPE_VEC4 : TINYGLTF_TYPE_VEC3,
+                                          pTrack.mValues.size() / static_cast<size_t>(lComponents));
+    std::copy(pTrack.mValues.begin(), pTrack.mValues.end(), mBuffer.GetFloats(lValues));
+    mBuffer.SetBounds(lValues);
+    tinygltf::AnimationSampler lSampler;
+    lSampler.input = pTimes;
+    lSampler.output = lValues;
+    lSampler.interpolation = "LINEAR";
+    tinygltf::AnimationChannel lChannel;
+    lChannel.sampler = static_cast<int>(pAnimation.samplers.size());
+    lChannel.target_node = static_cast<int>(pNode);
+    lChannel.target_path = kPaths[pTrack.mProperty];
+    pAnimation.samplers.push_back(lSampler);
+    pAnimation.channels.push_back(lChannel);
+}
+
+/// Makes room for all that a take can need at once: growing a buffer of hundreds of megabytes step by step would copy it each time.
+void KGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
+{
+    size_t lFloats = 1;
+    for (const KGltfNode& lNode : mNodes)
+    {
+        const KGltfNodePose lPose(lNode.mNode, pLayer);
+        lFloats += (lPose.IsDriven(0) ? 3u : 0u) + (lPose.IsDriven(1) ? 4u : 0u) + (lPose.IsDriven(2) ? 3u : 0u);
+    }
+    mBuffer.GetBytes().reserve(mBuffer.GetBytes().size() + lFloats * sizeof(float) * static_cast<size_t>(pFrames));
+}
+
+bool KGltfWriter::AddAnimation(const KQexGltfTake& pTake)
+{
+    ReserveTake(pTake.mStack->GetMember<KQexAnimLayer>(0), pTake.mSampling.mCount);
+    tinygltf::Animation lAnimation;
+    const size_t        lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
+    int                 lTimes = -1;
+    for (size_t lFirst = 0; lFirst < mNodes.size(); lFirst += lBatch)
+    {
+        const int                            lCount = static_cast<int>(std::min(lBatch, mNodes.size() - lFirst));
+        std::vector<std::vector<KGltfTrack>> lTracks(static_cast<size_t>(lCount));
+        std::atomic<bool>                    lOk{true};
+        KParallelFor(lCount, mThreads,
+                     [&](int pIndex)
+                     {
+                         try
+                         {
+                             MakeTracks(mNodes[lFirst + static_cast<size_t>(pIndex)].mNode, pTake, lTracks[static_cast<size_t>(pIndex)]);
+                         }
+                         catch (const std::bad_alloc&)
+                         {
+                             lOk = false;
+                         }
+                     });
+        if (!lOk)
+        {
+            throw std::bad_alloc();
+        }
+        for (size_t i = 0; i < lTracks.size(); ++i)
+        {
+            for (const KGltfTrack& lTrack : lTracks[i])
+            {
+                lTimes = lTimes < 0 ? AddTimes(pTake.mSampling) : lTimes;
+                AddChannel(lAnimation, lTimes, lFirst + i, lTrack);
+            }
+        }
+        mDone += static_cast<size_t>(lCount);
+        if (mOptions.mProgress &&
+            !mOptions.mProgress(static_cast<double>(mDone) / static_cast<double>(mNodes.size() * mOptions.mTakes.size())))
+        {
+            return false;
+        }
+    }
+    mModel.animations.push_back(lAnimation);
+    return true;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,45 @@
+#ifndef QEXIOPLUGINS_GLTF_KQEXGLTFBUFFER_H
+#define QEXIOPLUGINS_GLTF_KQEXGLTFBUFFER_H
+
+#include <tiny_gltf.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace qexsdk
+{
+
+/// The one buffer of a glTF file under construction, and its accessors. Numbers stand in it as the file has them, little-endian,
+/// like every machine this builds for.
+class KGltfBuffer
+{
+public:
+    explicit KGltfBuffer(tinygltf::Model& pModel) : mModel(pModel) {}
+
+    /// Adds an accessor over \p pCount elements of type \p pType (TINYGLTF_TYPE_…) made of 32-bit floats, not yet set.
+    /// \param pTarget TINYGLTF_TARGET_ARRAY_BUFFER for vertices, 0 otherwise
+    int AddFloats(int pType, size_t pCount, int pTarget = 0);
+
+    /// Adds an accessor over \p pValues, one scalar of four bytes or one vector of 16-bit joints each.
+    int AddIndices(const std::vector<std::uint32_t>& pValues);
+    int AddJoints(const std::vector<std::uint16_t>& pValues);
+
+    /// The floats of accessor \p pAccessor. Valid until the next accessor is added.
+    float* GetFloats(int pAccessor);
+
+    /// Writes the accessor's minimum and maximum, component by component, as its floats are now.
+    void SetBounds(int pAccessor);
+
+    std::vector<unsigned char>& GetBytes() { return mBytes; }
+
+private:
+    int    AddAccessor(int pComponentType, int pType, size_t pCount, size_t pBytes, int pTarget);
+    size_t GetOffset(int pAccessor) const;
+
+    tinygltf::Model&           mModel;
+    std::vector<unsigned char> mBytes;
+};
+
+} // namespace qexsdk
+
+#endif

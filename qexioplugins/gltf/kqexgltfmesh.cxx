@@ -1,0 +1,101 @@
+#include <qexioplugins/gltf/kqexgltfmesh.h>
+
+#include <kbaselib/kmath/kmath.h>
+
+#include <cmath>
+#include <utility>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double kRingPlace = 0.2;  ///< Where a bone is thickest, as a part of its length.
+constexpr double kRingRadius = 0.1; ///< How thick it is there, as a part of its length.
+constexpr double kShortest = 1e-9;  ///< Bones not longer than this have no direction.
+
+void Cross(double* pOut, const double* pA, const double* pB)
+{
+    KmV(pOut, pA[1] * pB[2] - pA[2] * pB[1], pA[2] * pB[0] - pA[0] * pB[2], pA[0] * pB[1] - pA[1] * pB[0]);
+}
+
+double Dot(const double* pA, const double* pB)
+{
+    return pA[0] * pB[0] + pA[1] * pB[1] + pA[2] * pB[2];
+}
+
+void Subtract(double* pOut, const double* pA, const double* pB)
+{
+    KmV(pOut, pA[0] - pB[0], pA[1] - pB[1], pA[2] - pB[2]);
+}
+
+/// Two directions at right angles to \p pAlong and to each other, each as long as \p pRadius.
+void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
+{
+    const double lAxis[3] = {std::fabs(pAlong[0]) < 0.6 ? 1.0 : 0.0, std::fabs(pAlong[0]) < 0.6 ? 0.0 : 1.0, 0.0};
+    Cross(pU, pAlong, lAxis);
+    KmVnorm(pU, pU);
+    Cross(pV, pAlong, pU);
+    KmVN(pU, pU, pRadius);
+    KmVN(pV, pV, pRadius);
+}
+
+} // namespace
+
+void KGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC, const double* pInside, std::uint16_t pJoint)
+{
+    double lAB[3];
+    double lAC[3];
+    double lNormal[3];
+    double lOutward[3];
+    Subtract(lAB, pB, pA);
+    Subtract(lAC, pC, pA);
+    Cross(lNormal, lAB, lAC);
+    KmVnorm(lNormal, lNormal);
+    Subtract(lOutward, pA, pInside);
+    if (Dot(lNormal, lOutward) < 0.0)
+    {
+        KmVneg(lNormal, lNormal);
+        std::swap(pB, pC);
+    }
+    for (const double* lCorner : {pA, pB, pC})
+    {
+        for (int i = 0; i < 3; ++i)
+        {
+            mPositions.push_back(static_cast<float>(lCorner[i]));
+            mNormals.push_back(static_cast<float>(lNormal[i]));
+        }
+        mJoints.insert(mJoints.end(), {pJoint, 0, 0, 0});
+    }
+}
+
+void KGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint)
+{
+    double lAlong[3];
+    Subtract(lAlong, pEnd, pStart);
+    const double lLength = KmVlength(lAlong);
+    if (!(lLength > kShortest) || !std::isfinite(lLength))
+    {
+        return;
+    }
+    KmVN(lAlong, lAlong, 1.0 / lLength);
+    double lU[3];
+    double lV[3];
+    MakeRing(lAlong, kRingRadius * lLength, lU, lV);
+    double lCentre[3];
+    KmVN(lCentre, lAlong, kRingPlace * lLength);
+    KmVadd(lCentre, lCentre, pStart);
+    double lRing[4][3];
+    KmVadd(lRing[0], lCentre, lU);
+    KmVadd(lRing[1], lCentre, lV);
+    Subtract(lRing[2], lCentre, lU);
+    Subtract(lRing[3], lCentre, lV);
+    for (int i = 0; i < 4; ++i)
+    {
+        AddFace(pStart, lRing[i], lRing[(i + 1) % 4], lCentre, pJoint);
+        AddFace(pEnd, lRing[i], lRing[(i + 1) % 4], lCentre, pJoint);
+    }
+}
+
+} // namespace qexsdk

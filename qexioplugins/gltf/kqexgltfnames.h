@@ -1,0 +1,14 @@
+#ifndef QEXIOPLUGINS_GLTF_KQEXGLTFNAMES_H
+#define QEXIOPLUGINS_GLTF_KQEXGLTFNAMES_H
+
+#include <string>
+
+namespace qexsdk
+{
+
+/// Whether \p pText is well-formed UTF-8: what is not cannot stand in JSON.
+bool IsUtf8(const std::string& pText);
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,112 @@
+#include <qexioplugins/gltf/kqexgltfpose.h>
+
+#include <kbaselib/kmath/keulertable.h>
+#include <kbaselib/kmath/maths.h>
+
+namespace qexsdk
+{
+
+KQuaternion KQuaternion::About(int pAxis, double pDegrees)
+{
+    KQuaternion lResult;
+    lResult.mData[pAxis] = kSinCosd(0.5 * pDegrees, &lResult.mData[3]);
+    return lResult;
+}
+
+KQuaternion KQuaternion::FromEuler(const double pDegrees[3], int pOrder)
+{
+    const int* lAxes = KmEulerAxisRow(pOrder);
+    return About(lAxes[2], pDegrees[lAxes[2]]) * About(lAxes[1], pDegrees[lAxes[1]]) * About(lAxes[0], pDegrees[lAxes[0]]);
+}
+
+KQuaternion KQuaternion::operator*(const KQuaternion& pRight) const
+{
+    const double* lA = mData;
+    const double* lB = pRight.mData;
+    KQuaternion   lResult;
+    lResult.mData[0] = lA[3] * lB[0] + lA[0] * lB[3] + lA[1] * lB[2] - lA[2] * lB[1];
+    lResult.mData[1] = lA[3] * lB[1] - lA[0] * lB[2] + lA[1] * lB[3] + lA[2] * lB[0];
+    lResult.mData[2] = lA[3] * lB[2] + lA[0] * lB[1] - lA[1] * lB[0] + lA[2] * lB[3];
+    lResult.mData[3] = lA[3] * lB[3] - lA[0] * lB[0] - lA[1] * lB[1] - lA[2] * lB[2];
+    return lResult;
+}
+
+KQuaternion KQuaternion::Inverse() const
+{
+    KQuaternion lResult;
+    for (int i = 0; i < 3; ++i)
+    {
+        lResult.mData[i] = -mData[i];
+    }
+    lResult.mData[3] = mData[3];
+    return lResult;
+}
+
+KGltfNodePose::KGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
+{
+    Bind(0, pNode->mLocalTranslation, pLayer);
+    Bind(1, pNode->mLocalRotation, pLayer);
+    Bind(2, pNode->mLocalScaling, pLayer);
+    const KQexVector4 lOffset = pNode->GetRotationOffset();
+    for (int i = 0; i < 3; ++i)
+    {
+        mOffset[i] = lOffset[i];
+    }
+    if (!pNode->GetRotationActive())
+    {
+        return;
+    }
+    const int         lOrder = static_cast<int>(pNode->GetRotationOrder());
+    const KQexVector4 lPre = pNode->GetPreRotation();
+    const KQexVector4 lPost = pNode->GetPostRotation();
+    mOrder = lOrder <= eEULER_ZYX ? 2 * lOrder : 0;
+    mHasPivots = lPre.Length() > 0.0 || lPost.Length() > 0.0;
+    mPre = KQuaternion::FromEuler(lPre, 0);
+    mPostInverse = KQuaternion::FromEuler(lPost, 0).Inverse();
+}
+
+void KGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
+{
+    const auto               lRest = KQexGet<qexVectorTemplate3<double>>(pFrom);
+    const KQexAnimCurveNode* lCurveNode = pLayer != nullptr ? pFrom.GetCurveNode(pLayer) : nullptr;
+    for (unsigned int i = 0; i < 3; ++i)
+    {
+        KChannel& lChannel = mChannels[pProperty][i];
+        lChannel.mValue = lRest.mData[i];
+        if (lCurveNode != nullptr)
+        {
+            const KQexAnimCurve* lCurve = lCurveNode->GetCurve(i);
+            lChannel.mCurve = lCurve != nullptr && lCurve->GetKeyCount() > 0 ? lCurve : nullptr;
+            lChannel.mValue = lCurveNode->GetChannelValue<double>(i, lChannel.mValue);
+            mIsDriven[pProperty] = mIsDriven[pProperty] || lChannel.mCurve != nullptr || lChannel.mValue != lRest.mData[i];
+        }
+    }
+}
+
+void KGltfNodePose::GetTranslation(KTime pTime, double pResult[3]) const
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        pResult[i] = mChannels[0][i].At(pTime) + mOffset[i];
+    }
+}
+
+void KGltfNodePose::GetRotation(KTime pTime, KQuaternion& pResult) const
+{
+    const double lAngles[3] = {mChannels[1][0].At(pTime), mChannels[1][1].At(pTime), mChannels[1][2].At(pTime)};
+    pResult = KQuaternion::FromEuler(lAngles, mOrder);
+    if (mHasPivots)
+    {
+        pResult = mPre * pResult * mPostInverse;
+    }
+}
+
+void KGltfNodePose::GetScaling(KTime pTime, double pResult[3]) const
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        pResult[i] = mChannels[2][i].At(pTime);
+    }
+}
+
+} // namespace qexsdk

@@ -1,0 +1,167 @@
+#include <qexioplugins/gltf/kqexgltfmesh.h>
+#include <qexioplugins/gltf/kqexgltfwriter.h>
+
+#include <kbaselib/kmath/kmath.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kMaxJoints = 65535; ///< What the 16 bits of a vertex's joint can tell apart.
+
+/// Writes the inverse of an affine transform, column by column. One that flattens space has none; identity is written then.
+void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
+{
+    const double* lA = pTransform.mData[0].mData;
+    const double* lB = pTransform.mData[1].mData;
+    const double* lC = pTransform.mData[2].mData;
+    double        lRows[3][3];
+    KmV(lRows[0], lB[1] * lC[2] - lB[2] * lC[1], lB[2] * lC[0] - lB[0] * lC[2], lB[0] * lC[1] - lB[1] * lC[0]);
+    KmV(lRows[1], lC[1] * lA[2] - lC[2] * lA[1], lC[2] * lA[0] - lC[0] * lA[2], lC[0] * lA[1] - lC[1] * lA[0]);
+    KmV(lRows[2], lA[1] * lB[2] - lA[2] * lB[1], lA[2] * lB[0] - lA[0] * lB[2], lA[0] * lB[1] - lA[1] * lB[0]);
+    const double lDeterminant = lA[0] * lRows[0][0] + lA[1] * lRows[0][1] + lA[2] * lRows[0][2];
+    const bool   lIsFlat = !(std::fabs(lDeterminant) > 1e-30);
+    for (int lColumn = 0; lColumn < 4; ++lColumn)
+    {
+        for (int lRow = 0; lRow < 4; ++lRow)
+        {
+            double lValue = lRow == lColumn ? 1.0 : 0.0;
+            if (!lIsFlat && lRow < 3 && lColumn < 3)
+            {
+                lValue = lRows[lRow][lColumn] / lDeterminant;
+            }
+            else if (!lIsFlat && lRow < 3)
+            {
+                const double* lT = pTransform.mData[3].mData;
+                lValue = -pScale * (lRows[lRow][0] * lT[0] + lRows[lRow][1] * lT[1] + lRows[lRow][2] * lT[2]) / lDeterminant;
+            }
+            pOut[4 * lColumn + lRow] = static_cast<float>(lValue);
+        }
+    }
+}
+
+} // namespace
+
+void KGltfWriter::GetPlace(const KGltfNode& pNode, double* pPlace) const
+{
+    KmVN(pPlace, pNode.mRest.mData[3].mData, mOptions.mScale);
+}
+
+void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, tinygltf::Skin& pSkin)
+{
+    pSkin.inverseBindMatrices = mBuffer.AddFloats(TINYGLTF_TYPE_MAT4, pJoints.size());
+    float* lOut = mBuffer.GetFloats(pSkin.inverseBindMatrices);
+    for (const size_t lJoint : pJoints)
+    {
+        WriteInverse(mNodes[lJoint].mRest, mOptions.mScale, lOut);
+        lOut += 16;
+    }
+}
+
+/// A skin over the skeleton nodes of a tree, or over all its nodes when none is one.
+void KGltfWriter::AddSkin(int pTree)
+{
+    std::vector<size_t> lJoints;
+    std::vector<size_t> lAll;
+    for (size_t i = mTops[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
+    {
+        lAll.push_back(i);
+        if (mNodes[i].mNode->GetSkeleton() != nullptr)
+        {
+            lJoints.push_back(i);
+        }
+    }
+    if (lJoints.empty())
+    {
+        lJoints = lAll;
+    }
+    if (lJoints.size() > kMaxJoints)
+    {
+        mFile.Report(KQexTextMessage::eWARNING, "Skin left out: more joints than a skin can have");
+        return;
+    }
+    tinygltf::Skin lSkin;
+    lSkin.name = mModel.nodes[lJoints.front()].name;
+    lSkin.skeleton = static_cast<int>(mTops[static_cast<size_t>(pTree)]);
+    lSkin.joints.assign(lJoints.begin(), lJoints.end());
+    AddInverseBinds(lJoints, lSkin);
+    mModel.skins.push_back(lSkin);
+    if (mOptions.mBoneMesh)
+    {
+        AddMesh(pTree, lJoints, static_cast<int>(mModel.skins.size()) - 1);
+    }
+}
+
+void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin)
+{
+    std::vector<std::uint16_t> lJointOf(mNodes.size(), 0);
+    std::vector<bool>          lIsJoint(mNodes.size(), false);
+    for (size_t i = 0; i < pJoints.size(); ++i)
+    {
+        lJointOf[pJoints[i]] = static_cast<std::uint16_t>(i);
+        lIsJoint[pJoints[i]] = true;
+    }
+    KGltfBoneMesh lBones;
+    for (size_t i = mTops[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
+    {
+        const int lParent = mNodes[i].mParent;
+        if (lParent >= 0 && lIsJoint[i] && lIsJoint[static_cast<size_t>(lParent)])
+        {
+            double lStart[3];
+            double lEnd[3];
+            GetPlace(mNodes[static_cast<size_t>(lParent)], lStart);
+            GetPlace(mNodes[i], lEnd);
+            lBones.AddBone(lStart, lEnd, lJointOf[static_cast<size_t>(lParent)]);
+        }
+    }
+    if (lBones.IsEmpty())
+    {
+        return;
+    }
+    const size_t        lCount = lBones.GetVertexCount();
+    tinygltf::Primitive lPrimitive;
+    const auto          lAddFloats = [&](const char* pWord, int pType, const std::vector<float>& pValues)
+    {
+        const int lAccessor = mBuffer.AddFloats(pType, lCount, TINYGLTF_TARGET_ARRAY_BUFFER);
+        std::copy(pValues.begin(), pValues.end(), mBuffer.GetFloats(lAccessor));
+        lPrimitive.attributes[pWord] = lAccessor;
+        return lAccessor;
+    };
+    std::vector<float> lWeights(4 * lCount, 0.0F);
+    for (size_t i = 0; i < lCount; ++i)
+    {
+        lWeights[4 * i] = 1.0F;
+    }
+    mBuffer.SetBounds(lAddFloats("POSITION", TINYGLTF_TYPE_VEC3, lBones.GetPositions()));
+    lAddFloats("NORMAL", TINYGLTF_TYPE_VEC3, lBones.GetNormals());
+    lAddFloats("WEIGHTS_0", TINYGLTF_TYPE_VEC4, lWeights);
+    lPrimitive.attributes["JOINTS_0"] = mBuffer.AddJoints(lBones.GetJoints());
+    lPrimitive.mode = TINYGLTF_MODE_TRIANGLES;
+    if (mModel.materials.empty())
+    {
+        tinygltf::Material lMaterial;
+        lMaterial.name = "bone";
+        lMaterial.pbrMetallicRoughness.baseColorFactor = {0.75, 0.72, 0.65, 1.0};
+        lMaterial.pbrMetallicRoughness.metallicFactor = 0.0;
+        lMaterial.pbrMetallicRoughness.roughnessFactor = 0.8;
+        mModel.materials.push_back(lMaterial);
+    }
+    lPrimitive.material = 0;
+    tinygltf::Mesh lMesh;
+    lMesh.name = mModel.skins[static_cast<size_t>(pSkin)].name + "_bones";
+    lMesh.primitives.push_back(lPrimitive);
+    mModel.meshes.push_back(lMesh);
+    tinygltf::Node lNode;
+    lNode.name = lMesh.name;
+    lNode.mesh = static_cast<int>(mModel.meshes.size()) - 1;
+    lNode.skin = pSkin;
+    mModel.nodes.push_back(lNode);
+    mModel.scenes[0].nodes.push_back(static_cast<int>(mModel.nodes.size()) - 1);
+}
+
+} // namespace qexsdk

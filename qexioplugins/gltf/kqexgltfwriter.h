@@ -1,0 +1,78 @@
+#ifndef QEXIOPLUGINS_GLTF_KQEXGLTFWRITER_H
+#define QEXIOPLUGINS_GLTF_KQEXGLTFWRITER_H
+
+#include <qexioplugins/gltf/kqexfilegltf.h>
+#include <qexioplugins/gltf/kqexgltfbuffer.h>
+#include <qexioplugins/gltf/kqexgltfpose.h>
+#include <qexioplugins/motion/kqexsafenames.h>
+
+#include <kbaselib/kbase/kparallel.h>
+
+#include <string>
+#include <vector>
+
+namespace qexsdk
+{
+
+/// A node of the file.
+struct KGltfNode
+{
+    KQexNode*  mNode;
+    int        mParent; ///< Index of the parent, -1 for a top node.
+    int        mTree;   ///< Index of its tree.
+    KQexMatrix mRest;   ///< Global transform at rest, centimetres.
+};
+
+/// The keys of one property of one node over a take; empty when nothing moves.
+struct KGltfTrack
+{
+    int                mProperty;
+    std::vector<float> mValues;
+};
+
+/// Builds the parts of a glTF file from trees of nodes. May throw what the standard library throws when memory runs out.
+class KGltfWriter
+{
+public:
+    KGltfWriter(KQexFileGltf& pFile, const KQexGltfWriteOptions& pOptions)
+        : mFile(pFile), mOptions(pOptions), mBuffer(mModel), mThreads(KThreadCount(pOptions.mThreads))
+    {
+    }
+
+    bool Build(const std::vector<KQexNode*>& pRoots);
+
+    /// The JSON text, with a buffer at \p pUri ("" for the binary chunk).
+    std::string GetJson(const std::string& pUri);
+
+    const std::vector<unsigned char>& GetBytes() { return mBuffer.GetBytes(); }
+
+private:
+    bool            AddTree(KQexNode* pRoot);
+    std::string     SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty);
+    void            AddNodes();
+    tinygltf::Value MakeExtras(const KQexNode* pNode) const;
+    void            AddSkin(int pTree);
+    void            AddInverseBinds(const std::vector<size_t>& pJoints, tinygltf::Skin& pSkin);
+    void            AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin);
+    bool            AddAnimation(const KQexGltfTake& pTake);
+    void            ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
+    void            MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const;
+    void MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
+    void MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
+    int  AddTimes(const KQexSampling& pSampling);
+    void AddChannel(tinygltf::Animation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack);
+    void GetPlace(const KGltfNode& pNode, double* pPlace) const;
+    size_t mDone = 0;
+
+    KQexFileGltf&               mFile;
+    const KQexGltfWriteOptions& mOptions;
+    tinygltf::Model             mModel;
+    KGltfBuffer                 mBuffer;
+    int                         mThreads;
+    std::vector<KGltfNode>      mNodes; ///< Each tree in pre-order; the first nodes of the file, in this order.
+    std::vector<size_t>         mTops;  ///< First node of each tree.
+};
+
+} // namespace qexsdk
+
+#endif
