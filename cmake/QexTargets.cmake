@@ -39,6 +39,7 @@ function(qex_add_layer pName)
         set_target_properties(${lTarget} PROPERTIES
             OUTPUT_NAME qex${pName}
             POSITION_INDEPENDENT_CODE ON
+            INSTALL_RPATH "$ORIGIN"
             VERSION ${PROJECT_VERSION}
             SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
         if(BUILD_SHARED_LIBS)
