@@ -31,8 +31,14 @@ int CallLinkStat(const char* pPath, struct stat* pStat)
     return ::lstat(pPath, pStat);
 }
 
-constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,  ::close,  ::lseek,  CallFileStat, CallStat,
-                                     CallLinkStat, ::readlink, ::access, ::fchmod, ::rename, ::unlink};
+/// Asks for the rights that opening would be judged by, which access() itself does not.
+int CallAccess(const char* pPath, int pMode)
+{
+    return ::faccessat(AT_FDCWD, pPath, pMode, AT_EACCESS);
+}
+
+constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,    ::close,  ::lseek,  CallFileStat, CallStat,
+                                     CallLinkStat, ::readlink, CallAccess, ::fchmod, ::rename, ::unlink};
 
 KFileCalls sCalls = kSystemCalls;
 

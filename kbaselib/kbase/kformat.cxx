@@ -269,7 +269,10 @@ bool KFormatter::ConvertReal(const KConversion& pConversion, long double pValue,
     const bool        lNegative = std::signbit(pValue);
     const long double lValue = lNegative ? -pValue : pValue;
     if (!std::isfinite(lValue))
-        return Digits(pConversion, lNegative, std::isnan(lValue) ? "nan" : "inf", 3, false);
+    {
+        const bool lSmall = pConversion.mLetter >= 'a';
+        return Digits(pConversion, lNegative, std::isnan(lValue) ? (lSmall ? "nan" : "NAN") : (lSmall ? "inf" : "INF"), 3, false);
+    }
 
     const std::chars_format lFormat = FormatOf(pConversion.mLetter);
     const bool              lHex = lFormat == std::chars_format::hex;

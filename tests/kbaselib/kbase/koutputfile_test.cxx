@@ -1,0 +1,611 @@
+#include <kbaselib/kbase/koutputfile.h>
+
+#include <tests/support/asnobody.h>
+#include <tests/support/filefaults.h>
+#include <tests/support/memorywatch.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace qextest
+{
+
+using namespace qexsdk;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// Longer than the output's own buffer.
+std::string LongText()
+{
+    std::string lText;
+    for (int i = 0; lText.size() < 300000; ++i)
+        lText += std::to_string(i) + "\n";
+    return lText;
+}
+
+size_t CountFiles(const fs::path& pFolder)
+{
+    size_t lCount = 0;
+    for ([[maybe_unused]] const fs::directory_entry& lEntry : fs::directory_iterator(pFolder))
+        ++lCount;
+    return lCount;
+}
+
+mode_t ModeOf(const fs::path& pPath)
+{
+    struct stat lStat;
+    EXPECT_EQ(::stat(pPath.c_str(), &lStat), 0);
+    return lStat.st_mode & 07777;
+}
+
+bool WriteInPieces(KOutputFile& pOutput, const std::string& pText)
+{
+    bool lOk = true;
+    for (size_t i = 0; i < pText.size(); i += 1000)
+        lOk = pOutput.Write(pText.data() + i, std::min<size_t>(1000, pText.size() - i)) && lOk;
+    return lOk;
+}
+
+TEST(KOutputFile, MakesAFile)
+{
+    KTempDir    lDir;
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.IsOpen());
+    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    EXPECT_FALSE(fs::exists(lDir / "new"));
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_FALSE(lOutput.IsOpen());
+    EXPECT_EQ(lOutput.GetSize(), LongText().size());
+    EXPECT_EQ(ReadFile(lDir / "new"), LongText());
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+    EXPECT_TRUE(lOutput.Close()) << "a second time the first result again";
+    EXPECT_FALSE(lOutput.Write("x", 1));
+    EXPECT_TRUE(lOutput.Close());
+}
+
+TEST(KOutputFile, PassesOnPiecesLargerThanItsBuffer)
+{
+    KTempDir    lDir;
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Write("ab", 2));
+    EXPECT_TRUE(lOutput.Write(LongText().data(), LongText().size()));
+    EXPECT_TRUE(lOutput.Write("yz", 2));
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_EQ(ReadFile(lDir / "new"), "ab" + LongText() + "yz");
+}
+
+TEST(KOutputFile, NewFileHasTheModeThatTheUmaskLeaves)
+{
+    KTempDir     lDir;
+    const mode_t lBefore = ::umask(027);
+    KOutputFile  lOutput;
+    EXPECT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Close());
+    ::umask(lBefore);
+    EXPECT_EQ(ModeOf(lDir / "new"), 0640u);
+}
+
+TEST(KOutputFile, ReplacesAFileAndKeepsItsMode)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "old", "old");
+    ASSERT_EQ(::chmod((lDir / "old").c_str(), 0751), 0);
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "old").c_str()));
+    EXPECT_TRUE(lOutput.Write("new", 3));
+    EXPECT_EQ(ReadFile(lDir / "old"), "old") << "until it is closed";
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_EQ(ReadFile(lDir / "old"), "new");
+    EXPECT_EQ(ModeOf(lDir / "old"), 0751u);
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+}
+
+struct KLinkCase
+{
+    const char* mWhat;
+    const char* mLink;   ///< What the link says.
+    bool        mExists; ///< The file it points at is there.
+};
+
+class KOutputFileLinkTest : public testing::TestWithParam<KLinkCase>
+{
+};
+
+TEST_P(KOutputFileLinkTest, IsFollowed)
+{
+    KTempDir lDir;
+    fs::create_directory(lDir / "sub");
+    const fs::path lTarget = lDir / "sub" / "file";
+    if (GetParam().mExists)
+        WriteFile(lTarget, "old");
+    const std::string lLink = GetParam().mLink;
+    fs::create_symlink(lLink == "absolute" ? lTarget : fs::path(lLink), lDir / "link");
+    fs::create_symlink("sub/file", lDir / "second");
+
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "link").c_str()));
+    EXPECT_TRUE(lOutput.Write("new", 3));
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_TRUE(fs::is_symlink(lDir / "link"));
+    EXPECT_FALSE(fs::is_symlink(lTarget));
+    EXPECT_EQ(ReadFile(lTarget), "new");
+    EXPECT_EQ(CountFiles(lDir / "sub"), 1u);
+    EXPECT_EQ(CountFiles(lDir.Path()), 3u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Links, KOutputFileLinkTest,
+                         testing::Values(KLinkCase{"relative", "sub/file", true}, KLinkCase{"absolute", "absolute", true},
+                                         KLinkCase{"to another link", "second", true},
+                                         KLinkCase{"to a file that is not there", "sub/file", false},
+                                         KLinkCase{"to a link to nothing", "second", false}));
+
+struct KRefusal
+{
+    const char* mWhat;
+    const char* mPath;
+    int         mError;
+};
+
+class KOutputFileRefusalTest : public testing::TestWithParam<KRefusal>
+{
+};
+
+TEST_P(KOutputFileRefusalTest, IsReported)
+{
+    KTempDir lDir;
+    fs::create_directory(lDir / "folder");
+    WriteFile(lDir / "file", "old");
+    fs::create_symlink("loop", lDir / "loop");
+    const size_t      lBefore = CountFiles(lDir.Path());
+    const std::string lName = GetParam().mPath;
+
+    KOutputFile lOutput;
+    EXPECT_FALSE(lOutput.Open(lName.empty() ? "" : (lDir / lName).c_str()));
+    EXPECT_EQ(lOutput.GetError(), GetParam().mError) << lOutput.GetReason();
+    EXPECT_FALSE(lOutput.GetReason().empty());
+    EXPECT_FALSE(lOutput.IsOpen());
+    EXPECT_FALSE(lOutput.Write("x", 1));
+    EXPECT_FALSE(lOutput.Close());
+    EXPECT_EQ(CountFiles(lDir.Path()), lBefore);
+}
+
+INSTANTIATE_TEST_SUITE_P(Refusals, KOutputFileRefusalTest,
+                         testing::Values(KRefusal{"no name", "", ENOENT}, KRefusal{"a folder", "folder", EISDIR},
+                                         KRefusal{"no such folder", "none/file", ENOENT}, KRefusal{"a file as folder", "file/x", ENOTDIR},
+                                         KRefusal{"links in a circle", "loop", ELOOP}));
+
+TEST(KOutputFile, LeavesAFileThatIsReadOnly)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "old", "old");
+    ASSERT_EQ(::chmod((lDir / "old").c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(lDir.Path().c_str(), 0777), 0);
+    EXPECT_TRUE(AsNobody(
+        [&]
+        {
+            KOutputFile lOutput;
+            return !lOutput.Open((lDir / "old").c_str()) && lOutput.GetError() == EACCES;
+        }));
+    EXPECT_EQ(ReadFile(lDir / "old"), "old");
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+}
+
+TEST(KOutputFile, LeavesAFolderThatIsReadOnly)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "old", "old");
+    ASSERT_EQ(::chmod((lDir / "old").c_str(), 0666), 0);
+    ASSERT_EQ(::chmod(lDir.Path().c_str(), 0555), 0);
+    EXPECT_TRUE(AsNobody(
+        [&]
+        {
+            KOutputFile lOutput;
+            return !lOutput.Open((lDir / "old").c_str()) && lOutput.GetError() == EACCES;
+        }));
+    EXPECT_EQ(ReadFile(lDir / "old"), "old");
+    ASSERT_EQ(::chmod(lDir.Path().c_str(), 0755), 0);
+}
+
+TEST(KOutputFile, DiscardLeavesTheOldFile)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "old", "old");
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "old").c_str()));
+    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    lOutput.Discard();
+    EXPECT_FALSE(lOutput.Close());
+    EXPECT_EQ(ReadFile(lDir / "old"), "old");
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+}
+
+TEST(KOutputFile, DestructionAndOpeningAnotherGiveUpWhatWasNotClosed)
+{
+    KTempDir lDir;
+    {
+        KOutputFile lOutput;
+        ASSERT_TRUE(lOutput.Open((lDir / "first").c_str()));
+        EXPECT_TRUE(lOutput.Write("1", 1));
+        ASSERT_TRUE(lOutput.Open((lDir / "second").c_str()));
+        EXPECT_TRUE(lOutput.Write("2", 1));
+    }
+    EXPECT_EQ(CountFiles(lDir.Path()), 0u);
+}
+
+TEST(KOutputFile, DiscardAfterCloseUndoesNothing)
+{
+    KTempDir    lDir;
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Close());
+    lOutput.Discard();
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_TRUE(fs::exists(lDir / "new"));
+}
+
+TEST(KOutputFile, NeverOpenedHasLostNothing)
+{
+    KOutputFile lOutput;
+    EXPECT_FALSE(lOutput.Write("x", 1));
+    EXPECT_TRUE(lOutput.Prepare());
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_FALSE(lOutput.HasFailed());
+}
+
+TEST(KOutputFile, OfTwoBothAreCompleteBeforeEitherTakesItsName)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "a", "old a");
+    WriteFile(lDir / "b", "old b");
+    KOutputFile lA;
+    KOutputFile lB;
+    ASSERT_TRUE(lA.Open((lDir / "a").c_str()));
+    ASSERT_TRUE(lB.Open((lDir / "b").c_str()));
+    EXPECT_TRUE(lA.Write("new a", 5));
+    EXPECT_TRUE(lB.Write("new b", 5));
+    EXPECT_TRUE(lA.Prepare());
+    EXPECT_TRUE(lA.Prepare());
+    EXPECT_TRUE(lB.Prepare());
+    EXPECT_FALSE(lA.Write("x", 1)) << "complete";
+    EXPECT_EQ(ReadFile(lDir / "a"), "old a");
+    EXPECT_TRUE(lA.Commit());
+    EXPECT_TRUE(lB.Commit());
+    EXPECT_EQ(ReadFile(lDir / "a"), "new a");
+    EXPECT_EQ(ReadFile(lDir / "b"), "new b");
+    EXPECT_EQ(CountFiles(lDir.Path()), 2u);
+}
+
+TEST(KOutputFile, PreparedCanStillBeGivenUp)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "a", "old a");
+    KOutputFile lA;
+    ASSERT_TRUE(lA.Open((lDir / "a").c_str()));
+    EXPECT_TRUE(lA.Write("new a", 5));
+    EXPECT_TRUE(lA.Prepare());
+    lA.Discard();
+    EXPECT_FALSE(lA.Commit());
+    EXPECT_EQ(ReadFile(lDir / "a"), "old a");
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+}
+
+TEST(KOutputFile, AReasonOfTheCallersCountsAsFailure)
+{
+    KTempDir    lDir;
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Write("x", 1));
+    lOutput.SetFailed(ENOMEM);
+    EXPECT_FALSE(lOutput.Close());
+    EXPECT_EQ(lOutput.GetError(), ENOMEM);
+    EXPECT_EQ(CountFiles(lDir.Path()), 0u);
+}
+
+struct KFaultCase
+{
+    const char*        mWhat;
+    KFileFaults::ECall mCall;
+    int                mError;
+    bool               mFails; ///< Else the output is whole all the same.
+};
+
+class KOutputFileFaultTest : public testing::TestWithParam<KFaultCase>
+{
+};
+
+/// Fails call 1, 2, … of its kind, once and from there on, until nothing is left to fail: the target is the old file or the
+/// whole new one each time, and nothing stays beside it.
+TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
+{
+    const KFaultCase lCase = GetParam();
+    for (const bool lOnwards : {false, true})
+    {
+        if (lOnwards && lCase.mError == EINTR)
+            continue;
+        for (int lNumber = 1, lCalls = 1; lNumber <= lCalls; ++lNumber)
+        {
+            KTempDir lDir;
+            WriteFile(lDir / "old", "old");
+            KFileFaults lFaults;
+            lFaults.Fail(lCase.mCall, lNumber, lCase.mError, lOnwards);
+            KOutputFile lOutput;
+            bool        lOk = lOutput.Open((lDir / "old").c_str());
+            lOk = lOk && WriteInPieces(lOutput, LongText());
+            const bool lClosed = lOutput.Close();
+            lCalls = lFaults.GetCount(lCase.mCall);
+            EXPECT_EQ(lClosed, lOutput.Close());
+            EXPECT_TRUE(lOk || !lClosed);
+            EXPECT_EQ(lClosed, !lCase.mFails || lCalls < lNumber);
+            EXPECT_EQ(lOutput.GetError(), lClosed ? 0 : lCase.mError);
+            EXPECT_EQ(ReadFile(lDir / "old"), lClosed ? LongText() : "old") << lNumber;
+            EXPECT_EQ(CountFiles(lDir.Path()), 1u) << lNumber;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, KOutputFileFaultTest,
+                         testing::Values(KFaultCase{"full disk", KFileFaults::eWRITE, ENOSPC, true},
+                                         KFaultCase{"device error", KFileFaults::eWRITE, EIO, true},
+                                         KFaultCase{"interrupted write", KFileFaults::eWRITE, EINTR, false},
+                                         KFaultCase{"short write", KFileFaults::eWRITE, KFileFaults::kShort, false},
+                                         KFaultCase{"no open", KFileFaults::eOPEN, EACCES, true},
+                                         KFaultCase{"interrupted open", KFileFaults::eOPEN, EINTR, false},
+                                         KFaultCase{"late error", KFileFaults::eCLOSE, EIO, true},
+                                         KFaultCase{"interrupted close", KFileFaults::eCLOSE, EINTR, false},
+                                         KFaultCase{"no stat", KFileFaults::eSTAT, EACCES, true},
+                                         KFaultCase{"no mode", KFileFaults::eCHANGE_MODE, EPERM, true},
+                                         KFaultCase{"no rename", KFileFaults::eRENAME, EACCES, true}));
+
+TEST(KOutputFile, WithoutMemoryNothingOpens)
+{
+    KTempDir     lDir;
+    KMemoryWatch lWatch;
+    lWatch.FailAfter(0);
+    KOutputFile lOutput;
+    EXPECT_FALSE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_EQ(lOutput.GetError(), ENOMEM);
+    EXPECT_EQ(CountFiles(lDir.Path()), 0u);
+    EXPECT_EQ(lWatch.GetBlocks(), 0u);
+}
+
+TEST(KOutputFile, FolderThatGoesAway)
+{
+    KTempDir lDir;
+    fs::create_directory(lDir / "sub");
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "sub" / "new").c_str()));
+    EXPECT_TRUE(lOutput.Write("x", 1));
+    fs::remove_all(lDir / "sub");
+    EXPECT_FALSE(lOutput.Close());
+    EXPECT_EQ(lOutput.GetError(), ENOENT);
+}
+
+TEST(KOutputFile, DeviceIsWrittenDirectly)
+{
+    KOutputFile lNull;
+    ASSERT_TRUE(lNull.Open("/dev/null"));
+    EXPECT_TRUE(lNull.Write("x", 1));
+    EXPECT_TRUE(lNull.Close());
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+
+    if (!fs::exists("/dev/full"))
+        GTEST_SKIP() << "no /dev/full here";
+    KOutputFile lFull;
+    ASSERT_TRUE(lFull.Open("/dev/full"));
+    EXPECT_TRUE(lFull.Write("x", 1)) << "stands in the buffer";
+    EXPECT_FALSE(lFull.Close());
+    EXPECT_EQ(lFull.GetError(), ENOSPC);
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+TEST(KOutputFile, FifoIsWrittenDirectly)
+{
+    KTempDir lDir;
+    ASSERT_EQ(::mkfifo((lDir / "fifo").c_str(), 0600), 0);
+    std::string lGot;
+    std::thread lReader(
+        [&]
+        {
+            const int lFile = ::open((lDir / "fifo").c_str(), O_RDONLY);
+            char      lBuffer[4096];
+            for (ssize_t lSize = 0; (lSize = ::read(lFile, lBuffer, sizeof lBuffer)) > 0;)
+                lGot.append(lBuffer, static_cast<size_t>(lSize));
+            ::close(lFile);
+        });
+    KOutputFile lOutput;
+    EXPECT_TRUE(lOutput.Open((lDir / "fifo").c_str()));
+    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    EXPECT_TRUE(lOutput.Close());
+    lReader.join();
+    EXPECT_EQ(lGot, LongText());
+    EXPECT_TRUE(fs::is_fifo(lDir / "fifo"));
+}
+
+/// Lets standard output be another file while it lives.
+class KStandardOutput
+{
+public:
+    explicit KStandardOutput(int pFile) : mKept(::dup(STDOUT_FILENO)) { ::dup2(pFile, STDOUT_FILENO); }
+    ~KStandardOutput()
+    {
+        ::dup2(mKept, STDOUT_FILENO);
+        ::close(mKept);
+    }
+
+private:
+    int mKept;
+};
+
+TEST(KOutputFile, DashIsStandardOutputAndStaysOpen)
+{
+    KTempDir  lDir;
+    const int lFile = ::open((lDir / "out").c_str(), O_WRONLY | O_CREAT, 0600);
+    bool      lOk = false;
+    {
+        KStandardOutput lOut(lFile);
+        KOutputFile     lOutput;
+        lOk = lOutput.Open("-") && lOutput.Write("one ", 4) && lOutput.Close();
+        lOk = lOutput.Open("-") && lOutput.Write("two", 3) && lOutput.Close() && lOk;
+    }
+    ::close(lFile);
+    EXPECT_TRUE(lOk);
+    EXPECT_EQ(ReadFile(lDir / "out"), "one two");
+}
+
+TEST(KOutputFile, PipeThatNobodyReadsIsToldApart)
+{
+    int lEnds[2];
+    ASSERT_EQ(::pipe(lEnds), 0);
+    ::close(lEnds[0]);
+    void (*lBefore)(int) = std::signal(SIGPIPE, SIG_IGN);
+    KOutputFile lOutput;
+    bool        lClosed = true;
+    {
+        KStandardOutput lOut(lEnds[1]);
+        lOutput.Open("-");
+        lOutput.Write("x", 1);
+        lClosed = lOutput.Close();
+    }
+    std::signal(SIGPIPE, lBefore);
+    ::close(lEnds[1]);
+    EXPECT_FALSE(lClosed);
+    EXPECT_TRUE(lOutput.IsBrokenPipe());
+}
+
+TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
+{
+    int lEnds[2];
+    ASSERT_EQ(::pipe(lEnds), 0);
+    ASSERT_EQ(::fcntl(lEnds[1], F_SETFL, O_NONBLOCK), 0);
+    size_t      lGot = 0;
+    std::thread lReader(
+        [&]
+        {
+            char lBuffer[512];
+            for (ssize_t lSize = 0; (lSize = ::read(lEnds[0], lBuffer, sizeof lBuffer)) > 0;)
+                lGot += static_cast<size_t>(lSize);
+        });
+    KOutputFile lOutput;
+    bool        lClosed = false;
+    {
+        KStandardOutput lOut(lEnds[1]);
+        lOutput.Open("-");
+        WriteInPieces(lOutput, LongText());
+        lClosed = lOutput.Close();
+    }
+    ::close(lEnds[1]);
+    lReader.join();
+    ::close(lEnds[0]);
+    EXPECT_TRUE(lClosed);
+    EXPECT_EQ(lGot, LongText().size());
+}
+
+TEST(KOutputFile, MemoryHoldsWhatWasWritten)
+{
+    std::string lText = "before";
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.OpenBuffer(&lText));
+    EXPECT_EQ(lText, "");
+    EXPECT_TRUE(lOutput.Write("abc", 3));
+    EXPECT_EQ(lText, "abc");
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_EQ(lText, "abc");
+
+    ASSERT_TRUE(lOutput.OpenBuffer(&lText));
+    EXPECT_TRUE(lOutput.Write("abc", 3));
+    lOutput.Discard();
+    EXPECT_EQ(lText, "");
+    EXPECT_FALSE(lOutput.Close());
+}
+
+TEST(KOutputFile, RemovePendingTakesTemporaryFilesAway)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "a", "old");
+    KOutputFile lA;
+    KOutputFile lB;
+    KOutputFile lDone;
+    ASSERT_TRUE(lA.Open((lDir / "a").c_str()));
+    ASSERT_TRUE(lB.Open((lDir / "b").c_str()));
+    ASSERT_TRUE(lDone.Open((lDir / "done").c_str()));
+    EXPECT_TRUE(lDone.Close());
+    EXPECT_EQ(CountFiles(lDir.Path()), 4u);
+    KOutputFile::RemovePending();
+    EXPECT_EQ(CountFiles(lDir.Path()), 2u);
+    EXPECT_EQ(ReadFile(lDir / "a"), "old");
+    EXPECT_FALSE(lA.Close()) << "it is gone";
+    EXPECT_EQ(ReadFile(lDir / "a"), "old");
+}
+
+TEST(KOutputFile, MorePendingThanTheListHoldsAreWrittenAllTheSame)
+{
+    KTempDir                                  lDir;
+    std::vector<std::unique_ptr<KOutputFile>> lOutputs;
+    for (int i = 0; i < 100; ++i)
+    {
+        lOutputs.push_back(std::make_unique<KOutputFile>());
+        ASSERT_TRUE(lOutputs.back()->Open((lDir / std::to_string(i)).c_str()));
+    }
+    for (const auto& lOutput : lOutputs)
+        EXPECT_TRUE(lOutput->Close());
+    EXPECT_EQ(CountFiles(lDir.Path()), 100u);
+}
+
+TEST(KOutputFile, LeftoversOfAKilledProcessDoNotMatter)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "old", "old");
+    const pid_t lChild = ::fork();
+    ASSERT_GE(lChild, 0);
+    if (lChild == 0)
+    {
+        KOutputFile lOutput;
+        lOutput.Open((lDir / "old").c_str());
+        lOutput.Write("new", 3);
+        ::raise(SIGKILL);
+    }
+    int lStatus = 0;
+    ASSERT_EQ(::waitpid(lChild, &lStatus, 0), lChild);
+    EXPECT_TRUE(WIFSIGNALED(lStatus));
+    EXPECT_EQ(ReadFile(lDir / "old"), "old");
+
+    // The name that the next output would take may be in use.
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "old").c_str()));
+    EXPECT_TRUE(lOutput.Write("new", 3));
+    EXPECT_TRUE(lOutput.Close());
+    EXPECT_EQ(ReadFile(lDir / "old"), "new");
+}
+
+TEST(KOutputFile, NamesInUseArePassedOver)
+{
+    KTempDir    lDir;
+    KFileFaults lFaults;
+    lFaults.Fail(KFileFaults::eOPEN, 1, EEXIST);
+    KOutputFile lOutput;
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_EQ(lFaults.GetCount(KFileFaults::eOPEN), 2);
+    EXPECT_TRUE(lOutput.Close());
+    lFaults.Fail(KFileFaults::eOPEN, 1, EEXIST, true);
+    EXPECT_FALSE(lOutput.Open((lDir / "new").c_str())) << "but not for ever";
+    EXPECT_EQ(lOutput.GetError(), EEXIST);
+}
+
+} // namespace
+
+} // namespace qextest

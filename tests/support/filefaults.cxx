@@ -1,0 +1,137 @@
+#include <tests/support/filefaults.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+namespace qextest
+{
+
+using qexsdk::KFileCalls;
+
+namespace
+{
+
+// The table holds plain functions, so what they share stands here.
+KFileCalls         sSystem;
+int                sCounts[KFileFaults::eCALLS];
+KFileFaults::ECall sCall = KFileFaults::eCALLS;
+int                sNumber = 0;
+int                sError = 0;
+bool               sOnwards = false;
+
+/// Counts a call. 0: it goes on; else an errno (already set) or kShort.
+int Count(KFileFaults::ECall pCall)
+{
+    const int lCount = ++sCounts[pCall];
+    if (pCall != sCall || lCount < sNumber || (lCount > sNumber && !sOnwards))
+        return 0;
+    if (sError != KFileFaults::kShort)
+        errno = sError;
+    return sError;
+}
+
+int Open(const char* pPath, int pFlags, mode_t pMode)
+{
+    return Count(KFileFaults::eOPEN) == 0 ? sSystem.mOpen(pPath, pFlags, pMode) : -1;
+}
+
+ssize_t Read(int pFile, void* pData, size_t pSize)
+{
+    const int lFault = Count(KFileFaults::eREAD);
+    if (lFault > 0)
+        return -1;
+    return sSystem.mRead(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
+}
+
+ssize_t Write(int pFile, const void* pData, size_t pSize)
+{
+    const int lFault = Count(KFileFaults::eWRITE);
+    if (lFault > 0)
+        return -1;
+    return sSystem.mWrite(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
+}
+
+int Close(int pFile)
+{
+    // A close that reports an error has closed the file.
+    const int lResult = sSystem.mClose(pFile);
+    return Count(KFileFaults::eCLOSE) == 0 ? lResult : -1;
+}
+
+off_t Seek(int pFile, off_t pOffset, int pWhence)
+{
+    return Count(KFileFaults::eSEEK) == 0 ? sSystem.mSeek(pFile, pOffset, pWhence) : -1;
+}
+
+int FileStat(int pFile, struct stat* pStat)
+{
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mFileStat(pFile, pStat) : -1;
+}
+
+int Stat(const char* pPath, struct stat* pStat)
+{
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mStat(pPath, pStat) : -1;
+}
+
+int LinkStat(const char* pPath, struct stat* pStat)
+{
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mLinkStat(pPath, pStat) : -1;
+}
+
+int ChangeMode(int pFile, mode_t pMode)
+{
+    return Count(KFileFaults::eCHANGE_MODE) == 0 ? sSystem.mChangeMode(pFile, pMode) : -1;
+}
+
+int Rename(const char* pFrom, const char* pTo)
+{
+    return Count(KFileFaults::eRENAME) == 0 ? sSystem.mRename(pFrom, pTo) : -1;
+}
+
+int Unlink(const char* pPath)
+{
+    return Count(KFileFaults::eUNLINK) == 0 ? sSystem.mUnlink(pPath) : -1;
+}
+
+} // namespace
+
+KFileFaults::KFileFaults()
+{
+    qexsdk::KFileCallsReset();
+    KFileCalls& lCalls = qexsdk::KFileCallsInUse();
+    sSystem = lCalls;
+    lCalls.mOpen = Open;
+    lCalls.mRead = Read;
+    lCalls.mWrite = Write;
+    lCalls.mClose = Close;
+    lCalls.mSeek = Seek;
+    lCalls.mFileStat = FileStat;
+    lCalls.mStat = Stat;
+    lCalls.mLinkStat = LinkStat;
+    lCalls.mChangeMode = ChangeMode;
+    lCalls.mRename = Rename;
+    lCalls.mUnlink = Unlink;
+    Fail(eCALLS, 0, 0);
+}
+
+KFileFaults::~KFileFaults()
+{
+    qexsdk::KFileCallsReset();
+}
+
+void KFileFaults::Fail(ECall pCall, int pNumber, int pError, bool pOnwards)
+{
+    std::fill(std::begin(sCounts), std::end(sCounts), 0);
+    sCall = pCall;
+    sNumber = pNumber;
+    sError = pError;
+    sOnwards = pOnwards;
+}
+
+int KFileFaults::GetCount(ECall pCall) const
+{
+    return sCounts[pCall];
+}
+
+} // namespace qextest
