@@ -23,11 +23,11 @@ struct KCounted
 
 struct KDerived : KCounted
 {
-    ~KDerived() override { sDerivedGone = true; }
-    static bool sDerivedGone;
+    ~KDerived() override { smGone = true; }
+    static bool smGone;
     char        mMore[100] = {};
 };
-bool KDerived::sDerivedGone = false;
+bool KDerived::smGone = false;
 
 struct KThrowing
 {
@@ -76,9 +76,9 @@ TEST(KMemoryTest, DeleteRunsTheVirtualDestructor)
 {
     KMemoryWatch lWatch;
     KCounted*    lObject = QexSdkNew<KDerived>();
-    KDerived::sDerivedGone = false;
+    KDerived::smGone = false;
     QexSdkDelete(lObject);
-    EXPECT_TRUE(KDerived::sDerivedGone);
+    EXPECT_TRUE(KDerived::smGone);
     EXPECT_EQ(lWatch.GetBlocks(), 0U);
 }
 

@@ -55,11 +55,11 @@ struct KLengthCase
     double      mUnit[3];
 };
 
-class KmLengthTest : public testing::TestWithParam<KLengthCase>
+class KLengthTest : public testing::TestWithParam<KLengthCase>
 {
 };
 
-TEST_P(KmLengthTest, OnlyAnExactZeroHasNoDirection)
+TEST_P(KLengthTest, OnlyAnExactZeroHasNoDirection)
 {
     const KLengthCase& lCase = GetParam();
     EXPECT_DOUBLE_EQ(KmVlength(lCase.mV), lCase.mLength) << lCase.mWhat;
@@ -75,7 +75,7 @@ TEST_P(KmLengthTest, OnlyAnExactZeroHasNoDirection)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Vectors, KmLengthTest,
+    Vectors, KLengthTest,
     testing::Values(KLengthCase{"zero", {0, 0, 0}, 0, {0, 0, 0}}, KLengthCase{"negative zero", {-0.0, 0, -0.0}, 0, {0, 0, 0}},
                     KLengthCase{"plain", {2, -3, 6}, 7, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
                     KLengthCase{"tiny", {0, 0, 1e-300}, 1e-300, {0, 0, 1}}, KLengthCase{"subnormal", {0, -5e-324, 0}, 5e-324, {0, -1, 0}},

@@ -60,7 +60,7 @@ KValues Four(const double* pV)
     return KValues(pV, pV + 4);
 }
 
-/// Runs \p pFunction on a matrix filled with 100, 101 … and gives its sixteen numbers.
+/// Runs \pCall pFunction on a matrix filled with 100, 101 … and gives its sixteen numbers.
 template <typename TFunction>
 KValues Filled(TFunction pFunction)
 {
@@ -153,67 +153,67 @@ KOperations ScalarOperations()
 {
     return {
         {"kNorm",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kNorm(p.Number(1), p.Number(2), p.Number(3))};
+             return KValues{kNorm(pCall.Number(1), pCall.Number(2), pCall.Number(3))};
          }},
         {"kHypot",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kHypot(p.Number(1), p.Number(2))};
+             return KValues{kHypot(pCall.Number(1), pCall.Number(2))};
          }},
         {"kSqrt",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kSqrt(p.Number(1))};
+             return KValues{kSqrt(pCall.Number(1))};
          }},
         {"kSqrtnz",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kSqrtnz(p.Number(1))};
+             return KValues{kSqrtnz(pCall.Number(1))};
          }},
         {"kSin",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kSin(p.Number(1))};
+             return KValues{kSin(pCall.Number(1))};
          }},
         {"kCos",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kCos(p.Number(1))};
+             return KValues{kCos(pCall.Number(1))};
          }},
         {"kAsin",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kAsin(p.Number(1))};
+             return KValues{kAsin(pCall.Number(1))};
          }},
         {"kAsind",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kAsind(p.Number(1))};
+             return KValues{kAsind(pCall.Number(1))};
          }},
         {"kAtan",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kAtan(p.Number(1), p.Number(2))};
+             return KValues{kAtan(pCall.Number(1), pCall.Number(2))};
          }},
         {"kAtand",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{kAtand(p.Number(1), p.Number(2))};
+             return KValues{kAtand(pCall.Number(1), pCall.Number(2))};
          }},
         {"kSinCos",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
              double       lCos;
-             const double lSin = kSinCos(p.Number(1), &lCos);
+             const double lSin = kSinCos(pCall.Number(1), &lCos);
              return KValues{lSin, lCos};
          }},
         {"kSinCosd",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
              double       lCos;
-             const double lSin = kSinCosd(p.Number(1), &lCos);
+             const double lSin = kSinCosd(pCall.Number(1), &lCos);
              return KValues{lSin, lCos};
          }},
     };
@@ -223,50 +223,50 @@ KOperations VectorOperations()
 {
     return {
         {"KmV",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmV(pOut, p.Number(1), p.Number(2), p.Number(3)); });
+             return Three([&pCall](double* pOut) { KmV(pOut, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
          }},
         {"KmVset",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmVset(pOut, p.Vector(1).mData); });
+             return Three([&pCall](double* pOut) { KmVset(pOut, pCall.Vector(1).mData); });
          }},
         {"KmVneg",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmVneg(pOut, p.Vector(1).mData); });
+             return Three([&pCall](double* pOut) { KmVneg(pOut, pCall.Vector(1).mData); });
          }},
         {"KmVnegInPlace",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeTVector lV = p.Vector(1);
+             KgeTVector lV = pCall.Vector(1);
              return Triple(KmVneg(lV.mData, lV.mData));
          }},
         {"KmVadd",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmVadd(pOut, p.Vector(1).mData, p.Vector(2).mData); });
+             return Three([&pCall](double* pOut) { KmVadd(pOut, pCall.Vector(1).mData, pCall.Vector(2).mData); });
          }},
         {"KmVN",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmVN(pOut, p.Vector(1).mData, p.Number(2)); });
+             return Three([&pCall](double* pOut) { KmVN(pOut, pCall.Vector(1).mData, pCall.Number(2)); });
          }},
         {"KmVlength",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues{KmVlength(p.Vector(1).mData)};
+             return KValues{KmVlength(pCall.Vector(1).mData)};
          }},
         {"KmVnorm",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmVnorm(pOut, p.Vector(1).mData); });
+             return Three([&pCall](double* pOut) { KmVnorm(pOut, pCall.Vector(1).mData); });
          }},
         {"KmRV",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmRV(pOut, p.Matrix(1).mData, p.Vector(2).mData); });
+             return Three([&pCall](double* pOut) { KmRV(pOut, pCall.Matrix(1).mData, pCall.Vector(2).mData); });
          }},
         {"KgeTVectorDefault",
          [](const KCall&)
@@ -275,11 +275,11 @@ KOperations VectorOperations()
          }},
         {"KgeTVectorCopy", VectorCopy},
         {"KgeTVectorInit",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
              KgeTVector lV;
-             std::copy_n(p.Vector(1).mData, 3, lV.mData);
-             lV.mData[3] = p.Vector(1).mData[3];
+             std::copy_n(pCall.Vector(1).mData, 3, lV.mData);
+             lV.mData[3] = pCall.Vector(1).mData[3];
              lV.Init();
              return Four(lV.mData);
          }},
@@ -302,48 +302,48 @@ KOperations MatrixOperations()
              return Filled([](KmMatrix pM) { KmId(pM); });
          }},
         {"KmRinit",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeRMatrix lM = p.Matrix(1);
+             KgeRMatrix lM = pCall.Matrix(1);
              return Sixteen(KmRinit(lM.mData));
          }},
         {"KmRset",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmRset(pM, p.Matrix(1).mData); });
+             return Filled([&pCall](KmMatrix pM) { KmRset(pM, pCall.Matrix(1).mData); });
          }},
         {"KmRi",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmRi(pM, p.Matrix(1).mData); });
+             return Filled([&pCall](KmMatrix pM) { KmRi(pM, pCall.Matrix(1).mData); });
          }},
         {"KmRiInPlace",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeRMatrix lM = p.Matrix(1);
+             KgeRMatrix lM = pCall.Matrix(1);
              return Sixteen(KmRi(lM.mData, lM.mData));
          }},
         {"KmRR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmRR(pM, p.Matrix(1).mData, p.Matrix(2).mData); });
+             return Filled([&pCall](KmMatrix pM) { KmRR(pM, pCall.Matrix(1).mData, pCall.Matrix(2).mData); });
          }},
         {"KmRRIntoA",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeRMatrix lA = p.Matrix(1);
-             return Sixteen(KmRR(lA.mData, lA.mData, p.Matrix(2).mData));
+             KgeRMatrix lA = pCall.Matrix(1);
+             return Sixteen(KmRR(lA.mData, lA.mData, pCall.Matrix(2).mData));
          }},
         {"KmRRIntoB",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeRMatrix lB = p.Matrix(2);
-             return Sixteen(KmRR(lB.mData, p.Matrix(1).mData, lB.mData));
+             KgeRMatrix lB = pCall.Matrix(2);
+             return Sixteen(KmRR(lB.mData, pCall.Matrix(1).mData, lB.mData));
          }},
         {"KmRRIntoBoth",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             KgeRMatrix lA = p.Matrix(1);
+             KgeRMatrix lA = pCall.Matrix(1);
              return Sixteen(KmRR(lA.mData, lA.mData, lA.mData));
          }},
         {"KgeRMatrixDefault",
@@ -352,9 +352,9 @@ KOperations MatrixOperations()
              return Sixteen(KgeRMatrix().mData);
          }},
         {"KgeRMatrixFromVector",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Sixteen(KgeRMatrix(p.Angles(1)).mData);
+             return Sixteen(KgeRMatrix(pCall.Angles(1)).mData);
          }},
         {"KgeRotations", Rotations},
     };
@@ -364,49 +364,49 @@ KOperations EulerOperations()
 {
     return {
         {"KmXYZtoR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmXYZtoR(pM, p.Number(1), p.Number(2), p.Number(3)); });
+             return Filled([&pCall](KmMatrix pM) { KmXYZtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
          }},
         {"KmVXYZtoR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmVXYZtoR(pM, p.Vector(1).mData); });
+             return Filled([&pCall](KmMatrix pM) { KmVXYZtoR(pM, pCall.Vector(1).mData); });
          }},
         {"KmVtoR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmVtoR(pM, p.Vector(1).mData); });
+             return Filled([&pCall](KmMatrix pM) { KmVtoR(pM, pCall.Vector(1).mData); });
          }},
         {"KmIJKtoR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmIJKtoR(pM, p.Number(1), p.Number(2), p.Number(3), p.Integer(4)); });
+             return Filled([&pCall](KmMatrix pM) { KmIJKtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3), pCall.Integer(4)); });
          }},
         {"KmVIJKtoR",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Filled([&p](KmMatrix pM) { KmVIJKtoR(pM, p.Vector(1).mData, p.Integer(2)); });
+             return Filled([&pCall](KmMatrix pM) { KmVIJKtoR(pM, pCall.Vector(1).mData, pCall.Integer(2)); });
          }},
         {"KmRtoVXYZ",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmRtoVXYZ(pOut, p.Matrix(1).mData); });
+             return Three([&pCall](double* pOut) { KmRtoVXYZ(pOut, pCall.Matrix(1).mData); });
          }},
         {"KmRtoV",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmRtoV(pOut, p.Matrix(1).mData); });
+             return Three([&pCall](double* pOut) { KmRtoV(pOut, pCall.Matrix(1).mData); });
          }},
         {"KmRtoVord",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return Three([&p](double* pOut) { KmRtoVord(pOut, p.Matrix(1).mData, p.Integer(2)); });
+             return Three([&pCall](double* pOut) { KmRtoVord(pOut, pCall.Matrix(1).mData, pCall.Integer(2)); });
          }},
         {"KmEulerAxis",
-         [](const KCall& p)
+         [](const KCall& pCall)
          {
-             return KValues(KmEulerAxis[p.Integer(1)], KmEulerAxis[p.Integer(1)] + 3);
+             return KValues(KmEulerAxis[pCall.Integer(1)], KmEulerAxis[pCall.Integer(1)] + 3);
          }},
         {"EulerOrderFromOrderBuf", ListToOrder},
         {"OrderBufFromEulerOrder", OrderToList},
