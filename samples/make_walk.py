@@ -299,7 +299,7 @@ def bone_record(index, bone):
 
 def skeleton_text():
     lines = ["# A walking figure, written by make_walk.py", ":version 1.10", ":name walker", ":units", "  mass 1.0", "  length %g" % LENGTH_UNIT,
-             "  angle deg", ":documentation", "   A figure of 178 cm, arms out, for trying things on.", ":root", "   order TX TY TZ RX RY RZ",
+             "  angle deg", ":documentation", "   A figure of 167 cm, arms out, for trying things on.", ":root", "   order TX TY TZ RX RY RZ",
              "   axis XYZ", "   position 0 0 0", "   orientation 0 0 0", ":bonedata"]
     for index, bone in enumerate(BONES, 1):
         lines += bone_record(index, bone)

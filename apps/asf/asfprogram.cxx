@@ -37,7 +37,7 @@ public:
     std::string make_footer(const CLI::App* pApp) const override
     {
         const std::string lFooter = pApp->get_footer();
-        return lFooter.empty() ? std::string() : "\n" + lFooter + "\n";
+        return lFooter.empty() ? std::string() : lFooter + "\n";
     }
 };
 

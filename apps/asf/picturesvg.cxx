@@ -163,7 +163,7 @@ private:
         mText += "\"><title>" + Xml(pTrail.mName) + "</title></path>\n";
     }
 
-    // Far bones first, so that near ones cover them.
+    // Far bones first, so that near ones cover them. Rounded, so that the last bit of a sum does not decide.
     void Pose(const KCell& pCell, size_t pPose)
     {
         const KPose&            lPose = mPicture.mPoses[pPose];
@@ -176,9 +176,11 @@ private:
         }
         std::vector<size_t> lOrder(lEnds.size());
         std::iota(lOrder.begin(), lOrder.end(), size_t(0));
-        std::stable_sort(lOrder.begin(), lOrder.end(),
-                         [&](size_t pOne, size_t pOther)
-                         { return lStarts[pOne].mNear + lEnds[pOne].mNear < lStarts[pOther].mNear + lEnds[pOther].mNear; });
+        const auto lNear = [&](size_t pBone)
+        {
+            return std::round((lStarts[pBone].mNear + lEnds[pBone].mNear) * 1e4);
+        };
+        std::stable_sort(lOrder.begin(), lOrder.end(), [&](size_t pOne, size_t pOther) { return lNear(pOne) < lNear(pOther); });
         if (mPicture.mShowNames)
         {
             Labels(pCell, lStarts, lEnds);

@@ -66,8 +66,8 @@ void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
     pSkeleton.GetBounds(lLeast, lMost);
     pConsole.Out("  units   mass " + Short(lScene.mMassUnit) + ", length " + Short(lScene.mLengthUnit) + " (1 unit is " + Short(lScale) +
                  " cm), angle " + (lScene.mAngleUnit == 1.0 ? "deg" : "rad") + "\n");
-    pConsole.Out("  bones   " + Count(static_cast<long long>(lBones.size()) - 1, "bone", "bones") + " below the root, " +
-                 Count(lDofs, "degree", "degrees") + " of freedom, " + Count(lDepth, "level", "levels") + " deep\n");
+    pConsole.Out("  bones   " + std::to_string(lBones.size() - 1) + " below the root, " + Count(lDofs, "degree", "degrees") +
+                 " of freedom, " + Count(lDepth, "level", "levels") + " deep\n");
     pConsole.Out("  height  " + Fixed(lMost.mY - lLeast.mY, 1) + " cm at rest (" + Fixed(lMost.mX - lLeast.mX, 1) + " wide, " +
                  Fixed(lMost.mZ - lLeast.mZ, 1) + " deep)\n\n");
 }

@@ -67,7 +67,7 @@ void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KCheckOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("check", "Say what is wrong with skeletons and motions");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required();
+    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--strict", lOptions->mStrict, "Let warnings count as errors in the exit status");
     lCommand->footer("Every message is printed to standard error as FILE:LINE: warning: TEXT, or error: for what keeps a file from\n"
                      "being read. Standard output gets the closing line. The exit status is 0 when there are no errors.\n"

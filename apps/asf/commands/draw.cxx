@@ -89,11 +89,13 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDrawOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest as an SVG picture");
-    lCommand->add_option("FILE", lOptions->mFile, "Skeleton to draw; \"-\" is standard input")->required();
-    lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")->required();
-    lCommand->add_option("--view", lOptions->mView, "front, side, top or all")
+    lCommand->add_option("FILE", lOptions->mFile, "Skeleton to draw; \"-\" is standard input")->required()->option_text(" ");
+    lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")
+        ->required()
+        ->option_text("FILE (needed)");
+    lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
         ->check(CLI::IsMember({"front", "side", "top", "all"}))
-        ->capture_default_str();
+        ->option_text("VIEW");
     lCommand->add_flag("--names", lOptions->mNames, "Write the bones' names beside them");
     lCommand->footer("The picture opens in any browser. Left limbs are red, right ones blue; the bar at the bottom is the scale.\n"
                      "\n"

@@ -62,7 +62,7 @@ void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KInfoOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("info", "Say what is in skeletons and motions");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required();
+    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--json", lOptions->mJson, "Print everything as JSON, one object a file on a line of its own");
     lCommand->footer("A skeleton's tree has a line for each bone: its length in centimetres and in the file's own unit, its degrees of\n"
                      "freedom in the order of the file, each with its limits.\n"

@@ -1,0 +1,199 @@
+#include <tests/apps/asf/runasf.h>
+
+#include <set>
+
+using namespace qextest;
+
+namespace
+{
+
+/// A change of the small skeleton, and what `check` then says.
+struct KCheckCase
+{
+    const char* mWhat;
+    const char* mFrom; ///< Part of SmallSkeleton(), replaced by mTo.
+    const char* mTo;
+    const char* mAt;      ///< Part of the changed text: the message is on its line. Empty: the message has no line.
+    const char* mMessage; ///< Severity and text; empty: there is none.
+    int         mExit;
+};
+
+std::ostream& operator<<(std::ostream& pOut, const KCheckCase& pCase)
+{
+    return pOut << pCase.mWhat;
+}
+
+class KCheckTest : public testing::TestWithParam<KCheckCase>
+{
+};
+
+TEST_P(KCheckTest, SaysOneThing)
+{
+    const KCheckCase& lCase = GetParam();
+    const std::string lText = Replaced(SmallSkeleton(), lCase.mFrom, lCase.mTo);
+    KTempDir          lFolder;
+    WriteFile(lFolder / "a.asf", lText);
+    KRunOptions lOptions;
+    lOptions.mFolder = lFolder.Path().string();
+
+    const KRunResult  lResult = RunAsf({"check", "a.asf"}, lOptions);
+    const std::string lPlace = *lCase.mAt != '\0' ? "a.asf:" + std::to_string(LineOf(lText, lCase.mAt)) : std::string("a.asf");
+    const std::string lExpected = *lCase.mMessage != '\0' ? lPlace + ": " + lCase.mMessage + "\n" : std::string();
+    EXPECT_EQ(lResult.mErr, lExpected);
+    EXPECT_EQ(lResult.mExit, lCase.mExit);
+
+    const bool        lError = lExpected.find(": error: ") != std::string::npos;
+    const std::string lTotal =
+        std::string("1 files, ") + (lError ? "1" : "0") + " errors, " + (!lError && !lExpected.empty() ? "1" : "0") + " warnings\n";
+    EXPECT_EQ(lResult.mOut, lTotal);
+    EXPECT_EQ(RunAsf({"check", "--strict", "a.asf"}, lOptions).mExit, lExpected.empty() ? 0 : 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Findings, KCheckTest,
+    testing::Values(
+        KCheckCase{"nothing wrong", "small", "small", "", "", 0},
+        KCheckCase{"bone missing from the hierarchy", "    thigh shin\n", "", "name shin",
+                   "warning: Bone is missing from the hierarchy, it stays under root (shin)", 0},
+        KCheckCase{"no hierarchy at all", ":hierarchy\n  begin\n    root hip\n    hip thigh\n    thigh shin\n  end\n", ":skin\n",
+                   "name hip", "warning: No section :hierarchy: every bone stays under root", 0},
+        KCheckCase{"duplicate name", ":hierarchy", "  begin\n    name hip # again\n    direction 0 1 0\n    length 1\n  end\n:hierarchy",
+                   "name hip # again", "warning: Bone name is taken already, by the bone of line 17 (hip)", 0},
+        KCheckCase{"lower limit above the upper", "(-10 170)", "(170 -10)", "(170 -10)",
+                   "warning: Lower limit exceeds the upper one (rx 170 -10)", 0},
+        KCheckCase{"lower limit above the upper, on a line of its own", "(-70 70)", "(70 -70)", "(70 -70)",
+                   "warning: Lower limit exceeds the upper one (ry 70 -70)", 0},
+        KCheckCase{"zero direction with a length", "direction 1 0 0", "direction 0 0 0", "direction 0 0 0",
+                   "warning: Bone has a length but its direction is zero (hip)", 0},
+        KCheckCase{"zero direction without a length", "direction 1 0 0\n    length 1", "direction 0 0 0\n    length 0", "", "", 0},
+        KCheckCase{"repeated DOF word", "dof rx\n    limits (-10 170)", "dof rx rx\n    limits (-10 170) (1 2)", "dof rx rx",
+                   "warning: Degree of freedom twice on the line (rx)", 0},
+        KCheckCase{"repeated DOF word at the root", "RY RZ", "RY RX", "order", "warning: Degree of freedom twice on the line (rx)", 0},
+        KCheckCase{"name cut short", ":name small", ":name xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", ":name",
+                   "warning: Name cut to 50 characters (xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx)", 0},
+        KCheckCase{"radians", "angle deg", "angle rad", "angle rad",
+                   "warning: Angles are declared in rad, but axes, orientation and limits are used as degrees", 0},
+        KCheckCase{"skin names that swallow a keyword line", ":version 1.10", ":skin one.skn\n  two.skn\n:version 1.10", ":version",
+                   "warning: Keyword line is taken for a skin name, its section is lost (:version)", 0},
+        KCheckCase{"axis word that is not read as it spells", "length 1\n    axis 0 0 0 XYZ", "length 1\n    axis 0 0 20 XZY", "XZY",
+                   "warning: Axis word xzy is read as the order yxz", 0},
+        KCheckCase{"axis word without an angle", "length 1\n    axis 0 0 0 XYZ", "length 1\n    axis 0 0 0 XZY", "", "", 0},
+        KCheckCase{"axis word that is read as it spells", "length 1\n    axis 0 0 0 XYZ", "length 1\n    axis 1 2 3 ZYX", "", "", 0},
+        KCheckCase{"length unit of no real file", "length 0.45", "length 4500", "length 4500",
+                   "warning: No real file has the length unit 4500", 0},
+        KCheckCase{"negative length unit", "length 0.45", "length -1", "length -1",
+                   "warning: No real file has the length unit -1: lengths stay unconverted", 0},
+        KCheckCase{"decimal comma", "length 0.45", "length 0.45 9", "length 0.45 9", "warning: Left over on the line (9)", 0},
+        KCheckCase{"second pair", "(-10 170)", "(-10 170) (3 4)", "(3 4)", "warning: Left over on the line (3 4)", 0},
+        KCheckCase{"unknown DOF word", "dof rx\n", "dof rx qq\n", "dof rx qq", "warning: Left over on the line (qq)", 0},
+        KCheckCase{"second word of a name", ":name small", ":name small figure", ":name", "warning: Left over on the line (figure)", 0},
+        KCheckCase{"text behind begin", "  begin\n    id 1", "  begin hip\n    id 1", "begin hip", "warning: Left over on the line (hip)",
+                   0},
+        KCheckCase{"root position", "position 0 0 0", "position 0 1 0", "position 0 1 0",
+                   "warning: Root position other than zero: an import counts it twice and does not scale it", 0},
+        KCheckCase{"root orientation", "orientation 0 0 0", "orientation 0 1 0", "orientation 0 1 0",
+                   "warning: Root orientation other than zero: an import turns the root's translation by it", 0},
+        KCheckCase{"unknown bone under root", "root hip", "root hip knee", "root hip knee", "warning: Unknown bone under root (knee)", 0},
+        KCheckCase{"two parents", "thigh shin", "thigh shin\n    hip shin", "hip shin",
+                   "warning: Bone stays under its first parent thigh (shin)", 0},
+        KCheckCase{"the reader's own warning", "id 1\n", "id one\n", "id one", "warning: Can't read bone id value", 0},
+        KCheckCase{"the reader's own error", "direction 1 0 0", "direction 1 0", "direction 1 0", "error: Can't read bone direction", 1}));
+
+TEST(AsfCheck, BonesNamedLikeGroupWords)
+{
+    KRunOptions lOptions;
+    lOptions.mInput = Replaced(Replaced(SmallSkeleton(), "name shin", "name End"), "thigh shin", "thigh End");
+    const KRunResult lResult = RunAsf({"check", "-"}, lOptions);
+    EXPECT_EQ(lResult.mErr, "<stdin>:35: warning: Bone is named like a group word, the hierarchy cannot name it first on a line (End)\n");
+}
+
+/// The small skeleton cut off in front of mCut, and what is missing then.
+struct KCutCase
+{
+    const char* mCut;
+    const char* mMessage;
+};
+
+std::ostream& operator<<(std::ostream& pOut, const KCutCase& pCase)
+{
+    return pOut << pCase.mCut;
+}
+
+class KCutTest : public testing::TestWithParam<KCutCase>
+{
+};
+
+// The reader is silent about what the end of the file cuts off.
+TEST_P(KCutTest, NamesTheSectionAndWhereItBegan)
+{
+    KRunOptions lOptions;
+    lOptions.mInput = SmallSkeleton().substr(0, SmallSkeleton().find(GetParam().mCut));
+    for (const char* lCommand : {"check", "info"})
+    {
+        const KRunResult lResult = RunAsf({lCommand, "-"}, lOptions);
+        EXPECT_EQ(lResult.mExit, 1);
+        EXPECT_EQ(lResult.mErr, GetParam().mMessage);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cuts, KCutTest,
+    testing::Values(KCutCase{":name", "<stdin>:1: error: The file ends inside the section :version that begins here\n"},
+                    KCutCase{":units", "<stdin>:2: error: The file ends inside the section :name that begins here\n"},
+                    KCutCase{":documentation", "<stdin>:3: error: The file ends inside the section :units that begins here\n"},
+                    KCutCase{":root", "<stdin>:7: error: The file ends inside the section :documentation that begins here\n"},
+                    KCutCase{":bonedata", "<stdin>:9: error: The file ends inside the section :root that begins here\n"},
+                    KCutCase{"direction 1 0 0", "<stdin>:15: error: The file ends inside the bone hip that begins here\n"},
+                    KCutCase{":hierarchy", "<stdin>:14: error: The file ends inside the section :bonedata that begins here\n"}));
+
+TEST(AsfCheck, NoRootAndNoName)
+{
+    KRunOptions lOptions;
+    lOptions.mInput = ":version 1.10\n:hierarchy\n";
+    EXPECT_EQ(RunAsf({"check", "-"}, lOptions).mErr.find("<stdin>:2: error: "), 0u);
+    lOptions.mInput = ":version 1.10\n:skin\n";
+    EXPECT_EQ(RunAsf({"check", "-"}, lOptions).mErr, "<stdin>: error: No section :root\n");
+    lOptions.mInput = ":name\n:units\n";
+    EXPECT_EQ(RunAsf({"check", "-"}, lOptions).mErr, "<stdin>:1: warning: Can't read skeleton name, using \"Untitled\"\n"
+                                                     "<stdin>:1: error: Reading stops here: the section :name has no name\n");
+}
+
+TEST(AsfCheck, ManyFindingsAreCountedAndTheFirstShown)
+{
+    std::string lText;
+    for (int lIndex = 0; lIndex < 3000; ++lIndex)
+    {
+        lText += "  begin\n    name b" + std::to_string(lIndex) + "\n    direction 0 1 0 7\n    length 1\n  end\n";
+    }
+    KRunOptions lOptions;
+    lOptions.mInput = Replaced(SmallSkeleton(), ":hierarchy", lText + ":hierarchy");
+    const KRunResult lResult = RunAsf({"check", "-"}, lOptions);
+    EXPECT_EQ(lResult.mOut, "1 files, 0 errors, 6000 warnings\n");
+    EXPECT_EQ(std::count(lResult.mErr.begin(), lResult.mErr.end(), '\n'), 1001);
+    EXPECT_NE(lResult.mErr.find("<stdin>: warning: 5000 further warnings are not shown\n"), std::string::npos);
+}
+
+TEST(AsfCheck, RealSkeletonsAreClean)
+{
+    QEX_SKIP_WITHOUT_CORPUS();
+    std::vector<std::string> lArguments{"check", "--strict"};
+    for (const auto& lEntry : std::filesystem::recursive_directory_iterator(CorpusDir()))
+    {
+        if (lEntry.path().extension() == ".asf")
+        {
+            lArguments.push_back(lEntry.path().string());
+        }
+    }
+    ASSERT_GT(lArguments.size(), 2u);
+    const KRunResult lResult = RunAsf(lArguments);
+    EXPECT_EQ(lResult.mErr, "");
+    EXPECT_EQ(lResult.mOut, std::to_string(lArguments.size() - 2) + " files, 0 errors, 0 warnings\n");
+    EXPECT_EQ(lResult.mExit, 0);
+}
+
+TEST(AsfCheck, TheSampleIsClean)
+{
+    EXPECT_EQ(RunAsf({"check", "--strict", Sample("walker.asf")}).mExit, 0);
+}
+
+} // namespace

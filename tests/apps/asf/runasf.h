@@ -1,0 +1,75 @@
+#ifndef TESTS_APPS_ASF_RUNASF_H
+#define TESTS_APPS_ASF_RUNASF_H
+
+#include <tests/support/runprogram.h>
+#include <tests/support/testfolders.h>
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace qextest
+{
+
+/// Runs the built `asf` with \p pArguments, without colours, in the "C" locale.
+inline KRunResult RunAsf(const std::vector<std::string>& pArguments, KRunOptions pOptions = {})
+{
+    std::vector<std::string> lArguments{QEX_ASF_PROGRAM};
+    lArguments.insert(lArguments.end(), pArguments.begin(), pArguments.end());
+    pOptions.mEnvironment.emplace("TERM", "dumb");
+    return RunProgram(lArguments, pOptions);
+}
+
+/// Runs \p pScript with sh; $ASF is the program.
+inline KRunResult RunShell(const std::string& pScript, KRunOptions pOptions = {})
+{
+    pOptions.mEnvironment["ASF"] = QEX_ASF_PROGRAM;
+    return RunProgram({"sh", "-c", pScript}, pOptions);
+}
+
+/// The one JSON object that standard output holds, on one line.
+inline nlohmann::json JsonOf(const KRunResult& pResult)
+{
+    EXPECT_EQ(pResult.mOut.find('\n'), pResult.mOut.size() - 1) << pResult.mOut;
+    return nlohmann::json::parse(pResult.mOut, nullptr, false);
+}
+
+inline std::string Sample(const char* pName)
+{
+    return (SamplesDir() / pName).string();
+}
+
+/// A small skeleton that nothing is wrong with: root, hip (no DOF), thigh and shin.
+inline std::string SmallSkeleton()
+{
+    return ":version 1.10\n:name small\n:units\n  mass 1.0\n  length 0.45\n  angle deg\n:documentation\n  none\n:root\n"
+           "  order TX TY TZ RX RY RZ\n  axis XYZ\n  position 0 0 0\n  orientation 0 0 0\n:bonedata\n"
+           "  begin\n    id 1\n    name hip\n    direction 1 0 0\n    length 1\n    axis 0 0 0 XYZ\n  end\n"
+           "  begin\n    id 2\n    name thigh\n    direction 0 -1 0\n    length 7\n    axis 0 0 0 XYZ\n    dof rx ry rz\n"
+           "    limits (-160 20)\n      (-70 70)\n      (-inf inf)\n  end\n"
+           "  begin\n    id 3\n    name shin\n    direction 0 -1 0\n    length 7\n    axis 0 0 0 XYZ\n    dof rx\n    limits (-10 170)\n  "
+           "end\n"
+           ":hierarchy\n  begin\n    root hip\n    hip thigh\n    thigh shin\n  end\n";
+}
+
+/// \p pText with the first \p pFrom replaced by \p pTo; fails the test when there is none.
+inline std::string Replaced(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    const size_t lPlace = pText.find(pFrom);
+    EXPECT_NE(lPlace, std::string::npos) << pFrom;
+    return lPlace == std::string::npos ? pText : pText.replace(lPlace, pFrom.size(), pTo);
+}
+
+/// Number of the line of \p pText that holds \p pPart, from 1; 0 when none does.
+inline int LineOf(const std::string& pText, const std::string& pPart)
+{
+    const size_t lPlace = pText.find(pPart);
+    return lPlace == std::string::npos
+               ? 0
+               : 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<std::ptrdiff_t>(lPlace), '\n'));
+}
+
+} // namespace qextest
+
+#endif
