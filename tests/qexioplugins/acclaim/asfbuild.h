@@ -87,7 +87,10 @@ inline std::vector<qexsdk::KQexAsfNode*> RandomBones(EShape pShape, int pCount, 
     std::mt19937                           lRandom(pSeed);
     std::uniform_real_distribution<double> lAngle(-180.0, 180.0);
     std::uniform_real_distribution<double> lPart(-1.0, 1.0);
-    const auto                             lDice = [&](int pSides) { return static_cast<int>(lRandom() % static_cast<unsigned int>(pSides)); };
+    const auto                             lDice = [&](int pSides)
+    {
+        return static_cast<int>(lRandom() % static_cast<unsigned int>(pSides));
+    };
 
     std::vector<qexsdk::KQexAsfNode*> lBones = {Bone(nullptr, "root", {0, 1, 2, 5, 4, 3})};
     SetAxis(lBones[0], {lAngle(lRandom), lAngle(lRandom), lAngle(lRandom)});

@@ -122,7 +122,7 @@ struct KPlacement
 
 std::map<std::string, KPlacement> Placements(KQexAsfNode* pRoot)
 {
-    std::map<std::string, KPlacement>                 lResult;
+    std::map<std::string, KPlacement>                lResult;
     std::vector<std::pair<KQexAsfNode*, KPlacement>> lStack = {{pRoot, {}}};
     while (!lStack.empty())
     {
