@@ -5,6 +5,7 @@
 #include <tests/support/testfolders.h>
 #include <tests/support/vectors.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <string>
@@ -28,13 +29,18 @@ public:
     int              Integer(size_t pPlace) const { return mOp.at(pPlace).get<int>(); }
     std::vector<int> Integers(size_t pPlace) const { return mOp.at(pPlace).get<std::vector<int>>(); }
 
-    /// A vector of three or four components; the fourth is 1 unless given.
+    /// A vector; returning one may copy it, so its fourth component is not to be relied on.
     KgeTVector Vector(size_t pPlace) const
     {
-        KgeTVector    lV;
-        const KValues lValues = Numbers(mOp.at(pPlace));
-        std::copy(lValues.begin(), lValues.end(), lV.mData);
+        KgeTVector lV;
+        Fill(lV.mData, pPlace);
         return lV;
+    }
+    /// Copies as many numbers as stand there to \p pTo.
+    void Fill(double* pTo, size_t pPlace) const
+    {
+        const KValues lValues = Numbers(mOp.at(pPlace));
+        std::copy(lValues.begin(), lValues.end(), pTo);
     }
     KgeRVector Angles(size_t pPlace) const
     {
@@ -45,9 +51,8 @@ public:
     /// All sixteen numbers of a matrix.
     KgeRMatrix Matrix(size_t pPlace) const
     {
-        KgeRMatrix    lM;
-        const KValues lValues = Numbers(mOp.at(pPlace));
-        std::copy(lValues.begin(), lValues.end(), lM.mData[0]);
+        KgeRMatrix lM;
+        Fill(lM.mData[0], pPlace);
         return lM;
     }
 
@@ -121,15 +126,24 @@ KValues Rotations(const KCall& pCall)
 
 KValues VectorCopy(const KCall& pCall)
 {
-    const KgeTVector lFrom = pCall.Vector(1);
+    KgeTVector lFrom;
+    pCall.Fill(lFrom.mData, 1);
     const KgeTVector lCopy(lFrom);
     return Four(lCopy.mData);
+}
+
+KValues VectorInit(const KCall& pCall)
+{
+    KgeTVector lV;
+    pCall.Fill(lV.mData, 1);
+    lV.Init();
+    return Four(lV.mData);
 }
 
 KValues VectorAssign(const KCall& pCall)
 {
     KgeTVector lTo;
-    std::copy_n(pCall.Vector(1).mData, 4, lTo.mData);
+    pCall.Fill(lTo.mData, 1);
     return Four((lTo = pCall.Vector(2)).mData);
 }
 
@@ -149,6 +163,71 @@ KValues ListToOrder(const KCall& pCall)
 using KOperation = std::function<KValues(const KCall&)>;
 using KOperations = std::map<std::string, KOperation>;
 
+/// \name Operations by their shape
+///@{
+KOperation Scalar(double (*pFunction)(double))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return KValues{pFunction(pCall.Number(1))};
+    };
+}
+KOperation Scalar(double (*pFunction)(double, double))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return KValues{pFunction(pCall.Number(1), pCall.Number(2))};
+    };
+}
+KOperation SineAndCosine(double (*pFunction)(double, double*))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        double       lCos;
+        const double lSin = pFunction(pCall.Number(1), &lCos);
+        return KValues{lSin, lCos};
+    };
+}
+KOperation VectorToVector(double* (*pFunction)(double*, const double*))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return Three([&](double* pOut) { pFunction(pOut, pCall.Vector(1).mData); });
+    };
+}
+KOperation MatrixToMatrix(KmMatrix (*pFunction)(KmMatrix, KmConstMatrix))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return Filled([&](KmMatrix pM) { pFunction(pM, pCall.Matrix(1).mData); });
+    };
+}
+KOperation VectorToMatrix(KmMatrix (*pFunction)(KmMatrix, const double*))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return Filled([&](KmMatrix pM) { pFunction(pM, pCall.Vector(1).mData); });
+    };
+}
+KOperation MatrixToVector(double* (*pFunction)(double*, KmConstMatrix))
+{
+    return [pFunction](const KCall& pCall)
+    {
+        return Three([&](double* pOut) { pFunction(pOut, pCall.Matrix(1).mData); });
+    };
+}
+/// What \p pFunction makes of a matrix in place.
+KOperation InPlace(void (*pFunction)(KmMatrix, const KCall&), size_t pPlace)
+{
+    return [pFunction, pPlace](const KCall& pCall)
+    {
+        KgeRMatrix lM = pCall.Matrix(pPlace);
+        pFunction(lM.mData, pCall);
+        return Sixteen(lM.mData);
+    };
+}
+///@}
+
 KOperations ScalarOperations()
 {
     return {
@@ -157,65 +236,17 @@ KOperations ScalarOperations()
          {
              return KValues{kNorm(pCall.Number(1), pCall.Number(2), pCall.Number(3))};
          }},
-        {"kHypot",
-         [](const KCall& pCall)
-         {
-             return KValues{kHypot(pCall.Number(1), pCall.Number(2))};
-         }},
-        {"kSqrt",
-         [](const KCall& pCall)
-         {
-             return KValues{kSqrt(pCall.Number(1))};
-         }},
-        {"kSqrtnz",
-         [](const KCall& pCall)
-         {
-             return KValues{kSqrtnz(pCall.Number(1))};
-         }},
-        {"kSin",
-         [](const KCall& pCall)
-         {
-             return KValues{kSin(pCall.Number(1))};
-         }},
-        {"kCos",
-         [](const KCall& pCall)
-         {
-             return KValues{kCos(pCall.Number(1))};
-         }},
-        {"kAsin",
-         [](const KCall& pCall)
-         {
-             return KValues{kAsin(pCall.Number(1))};
-         }},
-        {"kAsind",
-         [](const KCall& pCall)
-         {
-             return KValues{kAsind(pCall.Number(1))};
-         }},
-        {"kAtan",
-         [](const KCall& pCall)
-         {
-             return KValues{kAtan(pCall.Number(1), pCall.Number(2))};
-         }},
-        {"kAtand",
-         [](const KCall& pCall)
-         {
-             return KValues{kAtand(pCall.Number(1), pCall.Number(2))};
-         }},
-        {"kSinCos",
-         [](const KCall& pCall)
-         {
-             double       lCos;
-             const double lSin = kSinCos(pCall.Number(1), &lCos);
-             return KValues{lSin, lCos};
-         }},
-        {"kSinCosd",
-         [](const KCall& pCall)
-         {
-             double       lCos;
-             const double lSin = kSinCosd(pCall.Number(1), &lCos);
-             return KValues{lSin, lCos};
-         }},
+        {"kHypot", Scalar(kHypot<double>)},
+        {"kSqrt", Scalar(kSqrt<double>)},
+        {"kSqrtnz", Scalar(kSqrtnz<double>)},
+        {"kSin", Scalar(kSin<double>)},
+        {"kCos", Scalar(kCos<double>)},
+        {"kAsin", Scalar(kAsin<double>)},
+        {"kAsind", Scalar(kAsind<double>)},
+        {"kAtan", Scalar(kAtan<double>)},
+        {"kAtand", Scalar(kAtand<double>)},
+        {"kSinCos", SineAndCosine([](double pAngle, double* pCos) { return kSinCos(pAngle, pCos); })},
+        {"kSinCosd", SineAndCosine([](double pAngle, double* pCos) { return kSinCosd(pAngle, pCos); })},
     };
 }
 
@@ -225,18 +256,10 @@ KOperations VectorOperations()
         {"KmV",
          [](const KCall& pCall)
          {
-             return Three([&pCall](double* pOut) { KmV(pOut, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
+             return Three([&](double* pOut) { KmV(pOut, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
          }},
-        {"KmVset",
-         [](const KCall& pCall)
-         {
-             return Three([&pCall](double* pOut) { KmVset(pOut, pCall.Vector(1).mData); });
-         }},
-        {"KmVneg",
-         [](const KCall& pCall)
-         {
-             return Three([&pCall](double* pOut) { KmVneg(pOut, pCall.Vector(1).mData); });
-         }},
+        {"KmVset", VectorToVector(KmVset)},
+        {"KmVneg", VectorToVector(KmVneg)},
         {"KmVnegInPlace",
          [](const KCall& pCall)
          {
@@ -246,27 +269,23 @@ KOperations VectorOperations()
         {"KmVadd",
          [](const KCall& pCall)
          {
-             return Three([&pCall](double* pOut) { KmVadd(pOut, pCall.Vector(1).mData, pCall.Vector(2).mData); });
+             return Three([&](double* pOut) { KmVadd(pOut, pCall.Vector(1).mData, pCall.Vector(2).mData); });
          }},
         {"KmVN",
          [](const KCall& pCall)
          {
-             return Three([&pCall](double* pOut) { KmVN(pOut, pCall.Vector(1).mData, pCall.Number(2)); });
+             return Three([&](double* pOut) { KmVN(pOut, pCall.Vector(1).mData, pCall.Number(2)); });
          }},
         {"KmVlength",
          [](const KCall& pCall)
          {
              return KValues{KmVlength(pCall.Vector(1).mData)};
          }},
-        {"KmVnorm",
-         [](const KCall& pCall)
-         {
-             return Three([&pCall](double* pOut) { KmVnorm(pOut, pCall.Vector(1).mData); });
-         }},
+        {"KmVnorm", VectorToVector(KmVnorm)},
         {"KmRV",
          [](const KCall& pCall)
          {
-             return Three([&pCall](double* pOut) { KmRV(pOut, pCall.Matrix(1).mData, pCall.Vector(2).mData); });
+             return Three([&](double* pOut) { KmRV(pOut, pCall.Matrix(1).mData, pCall.Vector(2).mData); });
          }},
         {"KgeTVectorDefault",
          [](const KCall&)
@@ -274,15 +293,7 @@ KOperations VectorOperations()
              return Four(KgeTVector().mData);
          }},
         {"KgeTVectorCopy", VectorCopy},
-        {"KgeTVectorInit",
-         [](const KCall& pCall)
-         {
-             KgeTVector lV;
-             std::copy_n(pCall.Vector(1).mData, 3, lV.mData);
-             lV.mData[3] = pCall.Vector(1).mData[3];
-             lV.Init();
-             return Four(lV.mData);
-         }},
+        {"KgeTVectorInit", VectorInit},
         {"KgeTVectorAssign", VectorAssign},
         {"KgeTVectorOps", VectorOps},
         {"KgeRVectorDefault",
@@ -301,51 +312,18 @@ KOperations MatrixOperations()
          {
              return Filled([](KmMatrix pM) { KmId(pM); });
          }},
-        {"KmRinit",
-         [](const KCall& pCall)
-         {
-             KgeRMatrix lM = pCall.Matrix(1);
-             return Sixteen(KmRinit(lM.mData));
-         }},
-        {"KmRset",
-         [](const KCall& pCall)
-         {
-             return Filled([&pCall](KmMatrix pM) { KmRset(pM, pCall.Matrix(1).mData); });
-         }},
-        {"KmRi",
-         [](const KCall& pCall)
-         {
-             return Filled([&pCall](KmMatrix pM) { KmRi(pM, pCall.Matrix(1).mData); });
-         }},
-        {"KmRiInPlace",
-         [](const KCall& pCall)
-         {
-             KgeRMatrix lM = pCall.Matrix(1);
-             return Sixteen(KmRi(lM.mData, lM.mData));
-         }},
+        {"KmRinit", InPlace([](KmMatrix pM, const KCall&) { KmRinit(pM); }, 1)},
+        {"KmRset", MatrixToMatrix(KmRset)},
+        {"KmRi", MatrixToMatrix(KmRi)},
+        {"KmRiInPlace", InPlace([](KmMatrix pM, const KCall&) { KmRi(pM, pM); }, 1)},
         {"KmRR",
          [](const KCall& pCall)
          {
-             return Filled([&pCall](KmMatrix pM) { KmRR(pM, pCall.Matrix(1).mData, pCall.Matrix(2).mData); });
+             return Filled([&](KmMatrix pM) { KmRR(pM, pCall.Matrix(1).mData, pCall.Matrix(2).mData); });
          }},
-        {"KmRRIntoA",
-         [](const KCall& pCall)
-         {
-             KgeRMatrix lA = pCall.Matrix(1);
-             return Sixteen(KmRR(lA.mData, lA.mData, pCall.Matrix(2).mData));
-         }},
-        {"KmRRIntoB",
-         [](const KCall& pCall)
-         {
-             KgeRMatrix lB = pCall.Matrix(2);
-             return Sixteen(KmRR(lB.mData, pCall.Matrix(1).mData, lB.mData));
-         }},
-        {"KmRRIntoBoth",
-         [](const KCall& pCall)
-         {
-             KgeRMatrix lA = pCall.Matrix(1);
-             return Sixteen(KmRR(lA.mData, lA.mData, lA.mData));
-         }},
+        {"KmRRIntoA", InPlace([](KmMatrix pA, const KCall& pCall) { KmRR(pA, pA, pCall.Matrix(2).mData); }, 1)},
+        {"KmRRIntoB", InPlace([](KmMatrix pB, const KCall& pCall) { KmRR(pB, pCall.Matrix(1).mData, pB); }, 2)},
+        {"KmRRIntoBoth", InPlace([](KmMatrix pM, const KCall&) { KmRR(pM, pM, pM); }, 1)},
         {"KgeRMatrixDefault",
          [](const KCall&)
          {
@@ -366,42 +344,26 @@ KOperations EulerOperations()
         {"KmXYZtoR",
          [](const KCall& pCall)
          {
-             return Filled([&pCall](KmMatrix pM) { KmXYZtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
+             return Filled([&](KmMatrix pM) { KmXYZtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3)); });
          }},
-        {"KmVXYZtoR",
-         [](const KCall& pCall)
-         {
-             return Filled([&pCall](KmMatrix pM) { KmVXYZtoR(pM, pCall.Vector(1).mData); });
-         }},
-        {"KmVtoR",
-         [](const KCall& pCall)
-         {
-             return Filled([&pCall](KmMatrix pM) { KmVtoR(pM, pCall.Vector(1).mData); });
-         }},
+        {"KmVXYZtoR", VectorToMatrix(KmVXYZtoR)},
+        {"KmVtoR", VectorToMatrix(KmVtoR)},
         {"KmIJKtoR",
          [](const KCall& pCall)
          {
-             return Filled([&pCall](KmMatrix pM) { KmIJKtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3), pCall.Integer(4)); });
+             return Filled([&](KmMatrix pM) { KmIJKtoR(pM, pCall.Number(1), pCall.Number(2), pCall.Number(3), pCall.Integer(4)); });
          }},
         {"KmVIJKtoR",
          [](const KCall& pCall)
          {
-             return Filled([&pCall](KmMatrix pM) { KmVIJKtoR(pM, pCall.Vector(1).mData, pCall.Integer(2)); });
+             return Filled([&](KmMatrix pM) { KmVIJKtoR(pM, pCall.Vector(1).mData, pCall.Integer(2)); });
          }},
-        {"KmRtoVXYZ",
-         [](const KCall& pCall)
-         {
-             return Three([&pCall](double* pOut) { KmRtoVXYZ(pOut, pCall.Matrix(1).mData); });
-         }},
-        {"KmRtoV",
-         [](const KCall& pCall)
-         {
-             return Three([&pCall](double* pOut) { KmRtoV(pOut, pCall.Matrix(1).mData); });
-         }},
+        {"KmRtoVXYZ", MatrixToVector(KmRtoVXYZ)},
+        {"KmRtoV", MatrixToVector(KmRtoV)},
         {"KmRtoVord",
          [](const KCall& pCall)
          {
-             return Three([&pCall](double* pOut) { KmRtoVord(pOut, pCall.Matrix(1).mData, pCall.Integer(2)); });
+             return Three([&](double* pOut) { KmRtoVord(pOut, pCall.Matrix(1).mData, pCall.Integer(2)); });
          }},
         {"KmEulerAxis",
          [](const KCall& pCall)
