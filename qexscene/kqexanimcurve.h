@@ -15,7 +15,7 @@ namespace qexsdk
 /// One number over time: keys sorted by time, no two at the same time, linear in between and constant outside.
 ///
 /// Values are single precision, in the unit of what the curve moves (centimetres, degrees). Uniformly sampled keys take at
-/// most five bytes each, spare room included, and 30 more for each gap in the sampling; while all values are the same they
+/// most five bytes each, spare room included, and 40 more for each gap in the sampling; while all values are the same they
 /// take none; keys without any regularity take 15 bytes at most (see KQexKeyStore).
 ///
 /// Belongs to the scene it was made in, until Destroy ends it or the scene does; that takes it off every curve node first.

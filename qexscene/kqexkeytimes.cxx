@@ -1,7 +1,7 @@
 #include <qexscene/kqexkeytimes.h>
 
+#include <climits>
 #include <numeric>
-
 #include <utility>
 
 namespace qexsdk
@@ -13,8 +13,8 @@ std::int64_t KQexKeyTimes::Get(int pIndex) const
     {
         return mList[pIndex];
     }
-    const KRun& lRun = mRuns[FindRun(pIndex)];
-    return After(lRun.mStart, lRun.mStep * static_cast<std::uint64_t>(pIndex - lRun.mFirst));
+    const KQexKeyRun& lRun = mRuns[FindRun(pIndex)];
+    return lRun.GetTime(pIndex - lRun.mFirst);
 }
 
 int KQexKeyTimes::Find(std::int64_t pTime) const
@@ -38,33 +38,28 @@ int KQexKeyTimes::Find(std::int64_t pTime) const
     {
         return lLow - 1;
     }
-    const KRun& lRun = mRuns[lLow - 1];
-    const int   lLastInRun = RunCount(lLow - 1) - 1;
-    if (lLastInRun == 0)
-    {
-        return lRun.mFirst;
-    }
-    const std::uint64_t lSteps = Step(lRun.mStart, pTime) / lRun.mStep;
-    return lRun.mFirst + (lSteps < static_cast<std::uint64_t>(lLastInRun) ? static_cast<int>(lSteps) : lLastInRun);
+    return mRuns[lLow - 1].mFirst + mRuns[lLow - 1].Find(pTime, RunCount(lLow - 1));
 }
 
 std::uint64_t KQexKeyTimes::GetCommonStep() const
 {
     std::uint64_t lCommon = 0;
-    if (mIsListed)
+    for (int lKey = 1; lKey < mList.GetCount(); ++lKey)
     {
-        for (int lKey = 1; lKey < mCount; ++lKey)
-        {
-            lCommon = std::gcd(lCommon, Step(mList[0], mList[lKey]));
-        }
-        return lCommon;
+        lCommon = std::gcd(lCommon, KeyTimeStep(mList[0], mList[lKey]));
     }
     for (int lRun = 0; lRun < mRuns.GetCount(); ++lRun)
     {
-        lCommon = std::gcd(lCommon, Step(mRuns[0].mStart, mRuns[lRun].mStart));
-        if (RunCount(lRun) > 1)
+        lCommon = std::gcd(lCommon, KeyTimeStep(mRuns[0].mStart, mRuns[lRun].mStart));
+        const int lSteps = RunCount(lRun) - 1;
+        const int lLonger = mRuns[lRun].GetRise(lSteps);
+        if (lLonger < lSteps)
         {
             lCommon = std::gcd(lCommon, mRuns[lRun].mStep);
+        }
+        if (lLonger > 0)
+        {
+            lCommon = std::gcd(lCommon, mRuns[lRun].mStep + 1);
         }
     }
     return lCommon;
@@ -79,9 +74,7 @@ bool KQexKeyTimes::IsSame(const KQexKeyTimes& pOther) const
     bool lSameRuns = !mIsListed && !pOther.mIsListed && mRuns.GetCount() == pOther.mRuns.GetCount();
     for (int lRun = 0; lSameRuns && lRun < mRuns.GetCount(); ++lRun)
     {
-        const KRun& lMine = mRuns[lRun];
-        const KRun& lOther = pOther.mRuns[lRun];
-        lSameRuns = lMine.mStart == lOther.mStart && lMine.mStep == lOther.mStep && lMine.mFirst == lOther.mFirst;
+        lSameRuns = mRuns[lRun] == pOther.mRuns[lRun];
     }
     if (lSameRuns)
     {
@@ -148,10 +141,11 @@ bool KQexKeyTimes::InsertIntoRuns(int pIndex, std::int64_t pTime)
         lRun = FindRun(pIndex - 1) + 1;
         if (lRun == mRuns.GetCount() || mRuns[lRun].mFirst != pIndex)
         {
-            SplitRun(lRun - 1, pIndex);
+            KQexKeyRun& lCut = mRuns[lRun - 1];
+            mRuns.InsertInRoom(lRun, lCut.Split(pIndex - lCut.mFirst, RunCount(lRun - 1)));
         }
     }
-    mRuns.InsertInRoom(lRun, KRun{pTime, 0, pIndex});
+    mRuns.InsertInRoom(lRun, KQexKeyRun(pTime, pIndex));
     for (int lLater = lRun + 1; lLater < mRuns.GetCount(); ++lLater)
     {
         ++mRuns[lLater].mFirst;
@@ -160,6 +154,7 @@ bool KQexKeyTimes::InsertIntoRuns(int pIndex, std::int64_t pTime)
     // A half of one key may now belong to the run on its other side.
     MergeRuns(lRun - 2, lRun + 2);
     mRuns.ShrinkIdle();
+    mRunEnd.Forget();
     ChooseForm();
     return true;
 }
@@ -190,33 +185,16 @@ int KQexKeyTimes::RunCount(int pRun) const
 
 std::int64_t KQexKeyTimes::RunLast(int pRun) const
 {
-    return After(mRuns[pRun].mStart, mRuns[pRun].mStep * static_cast<std::uint64_t>(RunCount(pRun) - 1));
+    return mRuns[pRun].GetTime(RunCount(pRun) - 1);
 }
 
-/// Cuts a run before the key \p pIndex, which is in it and not its first. There must be room.
-void KQexKeyTimes::SplitRun(int pRun, int pIndex)
-{
-    KRun&     lRun = mRuns[pRun];
-    const int lEnd = lRun.mFirst + RunCount(pRun);
-    KRun      lTail{After(lRun.mStart, lRun.mStep * static_cast<std::uint64_t>(pIndex - lRun.mFirst)), lRun.mStep, pIndex};
-    if (lEnd - pIndex == 1)
-    {
-        lTail.mStep = 0;
-    }
-    if (pIndex - lRun.mFirst == 1)
-    {
-        lRun.mStep = 0;
-    }
-    mRuns.InsertInRoom(pRun + 1, lTail);
-}
-
-/// Makes one run of two if they go on with one step.
+/// Makes one run of two if they are even and go on with one step.
 bool KQexKeyTimes::MergeWithNext(int pRun)
 {
-    KRun&               lRun = mRuns[pRun];
-    const std::uint64_t lNextStep = mRuns[pRun + 1].mStep;
-    const std::uint64_t lGap = Step(RunLast(pRun), mRuns[pRun + 1].mStart);
-    if ((lRun.mStep != 0 && lRun.mStep != lGap) || (lNextStep != 0 && lNextStep != lGap))
+    KQexKeyRun&         lRun = mRuns[pRun];
+    const KQexKeyRun&   lNext = mRuns[pRun + 1];
+    const std::uint64_t lGap = KeyTimeStep(RunLast(pRun), lNext.mStart);
+    if (!lRun.IsEven() || !lNext.IsEven() || (lRun.mStep != 0 && lRun.mStep != lGap) || (lNext.mStep != 0 && lNext.mStep != lGap))
     {
         return false;
     }
@@ -240,17 +218,14 @@ void KQexKeyTimes::MergeRuns(int pFirst, int pLast)
 
 bool KQexKeyTimes::AppendToRuns(std::int64_t pTime)
 {
-    KRun* lRun = mCount > 0 ? &mRuns[mRuns.GetCount() - 1] : nullptr;
-    if (lRun != nullptr && lRun->mStep == 0)
+    const int lLast = mRuns.GetCount() - 1;
+    if (lLast < 0 || !mRunEnd.Extend(mRuns[lLast], RunCount(lLast), KeyTimeStep(mLast, pTime)))
     {
-        lRun->mStep = Step(mLast, pTime);
-    }
-    else if (lRun == nullptr || lRun->mStep != Step(mLast, pTime))
-    {
-        if (!mRuns.Append(KRun{pTime, 0, mCount}))
+        if (!mRuns.Append(KQexKeyRun(pTime, mCount)))
         {
             return false;
         }
+        mRunEnd.Forget();
     }
     mLast = pTime;
     ++mCount;
@@ -265,7 +240,7 @@ int KQexKeyTimes::CountBreaks(int pFrom, int pTo) const
     int       lBreaks = 0;
     for (int lKey = lFrom; lKey <= lTo; ++lKey)
     {
-        if (Step(mList[lKey - 1], mList[lKey]) != Step(mList[lKey], mList[lKey + 1]))
+        if (KeyTimeStep(mList[lKey - 1], mList[lKey]) != KeyTimeStep(mList[lKey], mList[lKey + 1]))
         {
             ++lBreaks;
         }
@@ -276,16 +251,22 @@ int KQexKeyTimes::CountBreaks(int pFrom, int pTo) const
 /// Changes over to the form that takes less room, when it is clearly less. Without the memory to do so all stays as it is.
 void KQexKeyTimes::ChooseForm()
 {
-    if (mIsListed)
+    if (!mIsListed)
     {
-        if (mBreaks < mCount / 8)
+        if (mRuns.GetCount() > 4 && mRuns.GetCount() > mCount / 4)
         {
-            TurnIntoRuns();
+            TurnIntoList();
         }
     }
-    else if (mRuns.GetCount() > 4 && mRuns.GetCount() > mCount / 3)
+    else if (mBreaks < mCount / 8)
     {
-        TurnIntoList();
+        TurnIntoRuns(mCount / 8);
+    }
+    else if (mCount >= mNextTry)
+    {
+        // Steps that differ by rounding do not show in the number of breaks, so whether runs are few must be tried.
+        mNextTry = mCount > INT_MAX / 2 ? INT_MAX : 2 * mCount;
+        TurnIntoRuns(mCount / 8);
     }
 }
 
@@ -297,35 +278,38 @@ void KQexKeyTimes::TurnIntoList()
     }
     for (int lRun = 0; lRun < mRuns.GetCount(); ++lRun)
     {
-        const int    lKeys = RunCount(lRun);
-        std::int64_t lTime = mRuns[lRun].mStart;
+        const int lKeys = RunCount(lRun);
         for (int lKey = 0; lKey < lKeys; ++lKey)
         {
-            mList.AppendInRoom(lTime);
-            lTime = After(lTime, mRuns[lRun].mStep);
+            mList.AppendInRoom(mRuns[lRun].GetTime(lKey));
         }
     }
     mRuns.Clear();
     mIsListed = true;
     mBreaks = CountBreaks(0, mCount);
+    mNextTry = mCount > INT_MAX / 2 ? INT_MAX : 2 * mCount;
 }
 
-void KQexKeyTimes::TurnIntoRuns()
+/// False, and the times still listed, when it takes more than \p pMost runs or memory runs out.
+bool KQexKeyTimes::TurnIntoRuns(int pMost)
 {
-    // A run begins with the first key, and each further one where the step changed at the key before: that many are enough.
-    if (!mRuns.SetCapacity(mBreaks + 1))
-    {
-        return;
-    }
-    mIsListed = false;
     const int lCount = mCount;
     mCount = 0;
+    mIsListed = false;
+    mRunEnd.Forget();
     for (int lKey = 0; lKey < lCount; ++lKey)
     {
-        AppendToRuns(mList[lKey]);
+        if (!AppendToRuns(mList[lKey]) || mRuns.GetCount() > pMost)
+        {
+            mRuns.Clear();
+            mLast = mList[lCount - 1];
+            mCount = lCount;
+            mIsListed = true;
+            return false;
+        }
     }
     mList.Clear();
-    mRuns.ShrinkIdle();
+    return true;
 }
 
 void KQexKeyTimes::Clear()
@@ -335,6 +319,7 @@ void KQexKeyTimes::Clear()
     mLast = 0;
     mCount = 0;
     mBreaks = 0;
+    mNextTry = 0;
     mIsListed = false;
 }
 
@@ -348,9 +333,11 @@ void KQexKeyTimes::Swap(KQexKeyTimes& pOther) noexcept
 {
     mRuns.Swap(pOther.mRuns);
     mList.Swap(pOther.mList);
+    std::swap(mRunEnd, pOther.mRunEnd);
     std::swap(mLast, pOther.mLast);
     std::swap(mCount, pOther.mCount);
     std::swap(mBreaks, pOther.mBreaks);
+    std::swap(mNextTry, pOther.mNextTry);
     std::swap(mIsListed, pOther.mIsListed);
 }
 

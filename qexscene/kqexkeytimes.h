@@ -3,6 +3,7 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 #include <qexscene/kqexkeyblock.h>
+#include <qexscene/kqexkeyrun.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -12,10 +13,10 @@ namespace qexsdk
 
 /// Times of keys in ticks, strictly rising, over the whole range of 64 bits.
 ///
-/// Motion is sampled at a steady rate with gaps, so the times are kept as runs of equal steps, 24 bytes each however many
-/// keys they hold. When there are more runs than a third of the keys, each time is kept by itself (8 bytes a key), and as
-/// runs again when few steps differ from the one before. Changing over costs O(n), and between one change and the next lie
-/// insertions in proportion to n. A long jump in time is a gap like any other.
+/// Motion is sampled at a steady rate with gaps, so the times are kept as runs of even steps, 32 bytes each however many
+/// keys they hold; steps that differ by the rounding to whole ticks count as even. When there are more runs than a quarter of
+/// the keys, each time is kept by itself (8 bytes a key), and as runs again when they would be few. Changing over costs O(n),
+/// and between one change and the next lie insertions in proportion to n. A long jump in time is a gap like any other.
 ///
 /// Indices are trusted. Operations that can fail for want of memory change nothing then.
 class QEX_API KQexKeyTimes
@@ -40,9 +41,8 @@ public:
     {
         if (mCount > 0 && !mIsListed)
         {
-            KRun&               lRun = mRuns[mRuns.GetCount() - 1];
-            const std::uint64_t lStep = Step(mLast, pTime);
-            if (lStep == lRun.mStep)
+            const KQexKeyRun& lRun = mRuns[mRuns.GetCount() - 1];
+            if (lRun.IsEven() && lRun.mStep == KeyTimeStep(mLast, pTime))
             {
                 mLast = pTime;
                 ++mCount;
@@ -61,24 +61,6 @@ public:
     std::size_t GetMemoryUse() const { return mRuns.GetMemoryUse() + mList.GetMemoryUse(); }
 
 private:
-    /// Keys at mStart, mStart + mStep and so on, up to where the next run begins.
-    struct KRun
-    {
-        std::int64_t  mStart;
-        std::uint64_t mStep;  ///< Never 0 but in a run of one key.
-        int           mFirst; ///< Index of its first key.
-    };
-
-    /// Ticks from one time to a later one; differences of 64 bits with a sign do not fit into 64 bits with a sign.
-    static std::uint64_t Step(std::int64_t pFrom, std::int64_t pTo)
-    {
-        return static_cast<std::uint64_t>(pTo) - static_cast<std::uint64_t>(pFrom);
-    }
-    static std::int64_t After(std::int64_t pFrom, std::uint64_t pSteps)
-    {
-        return static_cast<std::int64_t>(static_cast<std::uint64_t>(pFrom) + pSteps);
-    }
-
     bool AppendElsewhere(std::int64_t pTime);
     bool InsertIntoList(int pIndex, std::int64_t pTime);
     bool InsertIntoRuns(int pIndex, std::int64_t pTime);
@@ -88,7 +70,6 @@ private:
     int          FindRun(int pIndex) const;
     int          RunCount(int pRun) const;
     std::int64_t RunLast(int pRun) const;
-    void         SplitRun(int pRun, int pIndex);
     bool         MergeWithNext(int pRun);
     void         MergeRuns(int pFirst, int pLast);
     bool         AppendToRuns(std::int64_t pTime);
@@ -97,13 +78,15 @@ private:
     int  CountBreaks(int pFrom, int pTo) const;
     void ChooseForm();
     void TurnIntoList();
-    void TurnIntoRuns();
+    bool TurnIntoRuns(int pMost);
 
-    KQexKeyBlock<KRun>         mRuns; ///< Empty when the times are listed.
-    KQexKeyBlock<std::int64_t> mList; ///< The times one by one, empty when they are kept as runs.
+    KQexKeyBlock<KQexKeyRun>   mRuns;   ///< Empty when the times are listed.
+    KQexKeyRunEnd              mRunEnd; ///< Of the last run.
+    KQexKeyBlock<std::int64_t> mList;   ///< The times one by one, empty when they are kept as runs.
     std::int64_t               mLast = 0;
     int                        mCount = 0;
-    int                        mBreaks = 0; ///< When listed: keys whose step ahead differs from the step behind.
+    int                        mBreaks = 0;  ///< When listed: keys whose step ahead differs from the step behind.
+    int                        mNextTry = 0; ///< When listed: from how many keys on to try again whether runs are fewer.
     bool                       mIsListed = false;
 };
 

@@ -236,16 +236,33 @@ enum KTimesKind
     eTIMES_SMALL_RANGE, ///< Few different times, so that many repeat.
     eTIMES_ANY,         ///< The whole range of ticks.
     eTIMES_GAPS,        ///< Frames with some left out.
+    eTIMES_ODD_RATE,    ///< Frames in order at a rate whose frame is no whole number of ticks.
+    eTIMES_ODD_GAPS,    ///< Such frames with some left out, the last ones a little out of order.
+    eTIMES_NEARLY_EVEN, ///< Steps of one length or a tick more, without a rule.
     eTIMES_KIND_COUNT
 };
 
 std::vector<long long> MakeTimes(KTimesKind pKind, int pCount, std::mt19937& pRandom)
 {
+    const KFrameRate       lRates[] = {{2997, 25}, {2997, 50}, {2997, 100}, {23976, 1000}, {11, 1}, {1000000, 9999}, {12001, 100}};
+    const KFrameRate&      lRate = lRates[pRandom() % 7U];
     std::vector<long long> lTimes;
     for (int lKey = 0; lKey < pCount; ++lKey)
     {
         switch (pKind)
         {
+        case eTIMES_ODD_RATE:
+            lTimes.push_back(KTime::FromFrame(lKey - 7, lRate).Get());
+            break;
+        case eTIMES_ODD_GAPS:
+            if (pRandom() % 30U != 0U)
+            {
+                lTimes.push_back(KTime::FromFrame(lKey, lRate).Get());
+            }
+            break;
+        case eTIMES_NEARLY_EVEN:
+            lTimes.push_back((lTimes.empty() ? 0 : lTimes.back()) + 3 + static_cast<long long>(pRandom() % 2U));
+            break;
         case eTIMES_SMALL_RANGE:
             lTimes.push_back(static_cast<long long>(pRandom() % static_cast<unsigned>(pCount)) - pCount / 2);
             break;
@@ -268,6 +285,10 @@ std::vector<long long> MakeTimes(KTimesKind pKind, int pCount, std::mt19937& pRa
     {
         std::shuffle(lTimes.begin(), lTimes.end(), pRandom);
     }
+    if (pKind == eTIMES_ODD_GAPS && pCount > 4)
+    {
+        std::shuffle(lTimes.begin() + static_cast<std::ptrdiff_t>(lTimes.size() - lTimes.size() / 4), lTimes.end(), pRandom);
+    }
     if (pKind == eTIMES_BACKWARDS)
     {
         std::reverse(lTimes.begin(), lTimes.end());
@@ -278,7 +299,7 @@ std::vector<long long> MakeTimes(KTimesKind pKind, int pCount, std::mt19937& pRa
 TEST(KQexAnimCurve, AgreesWithASortedMapWhateverTheOrderOfAdding)
 {
     std::mt19937 lRandom(4711);
-    for (int lRound = 0; lRound < 600; ++lRound)
+    for (int lRound = 0; lRound < 1800; ++lRound)
     {
         const KTimesKind             lKind = static_cast<KTimesKind>(lRound % eTIMES_KIND_COUNT);
         const std::vector<long long> lTimes = MakeTimes(lKind, static_cast<int>(lRandom() % 200U), lRandom);
@@ -323,7 +344,8 @@ TEST_P(KQexAnimCurveMemory, StaysWithinItsBytesAKeyAtEveryCount)
         KOwnCurve          lCurve;
         const KMemoryWatch lWatch;
         // In order of time the bound holds all the way, elsewhere when all keys are in.
-        const bool lAllTheWay = GetParam().mKind == eTIMES_FRAMES || GetParam().mKind == eTIMES_ANY;
+        const bool lAllTheWay = GetParam().mKind == eTIMES_FRAMES || GetParam().mKind == eTIMES_ODD_RATE ||
+                                GetParam().mKind == eTIMES_NEARLY_EVEN || GetParam().mKind == eTIMES_ANY;
         for (const long long lTime : MakeTimes(GetParam().mKind, lCount, lRandom))
         {
             ASSERT_TRUE(lCurve->AppendSample(KTime(lTime), static_cast<float>(lRandom())));
@@ -346,6 +368,9 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexAnimCurveMemory,
                                          KMemoryCase{"frames shuffled", eTIMES_SHUFFLED, 6.0},   //
                                          KMemoryCase{"frames backwards", eTIMES_BACKWARDS, 6.0}, //
                                          KMemoryCase{"frames with gaps", eTIMES_GAPS, 16.0},     //
+                                         KMemoryCase{"a rate that ticks do not divide", eTIMES_ODD_RATE, 6.0},
+                                         KMemoryCase{"such a rate with gaps", eTIMES_ODD_GAPS, 16.0},
+                                         KMemoryCase{"steps that alternate without a rule", eTIMES_NEARLY_EVEN, 16.0},
                                          KMemoryCase{"any times", eTIMES_ANY, 16.0}));
 
 TEST(KQexAnimCurve, FewGapsCostLittle)
@@ -359,6 +384,27 @@ TEST(KQexAnimCurve, FewGapsCostLittle)
         }
     }
     EXPECT_LE(static_cast<double>(lCurve->GetMemoryUse()), 6.0 * lCurve->GetKeyCount());
+}
+
+TEST(KQexAnimCurve, TimesRoundedToTicksFromSecondsCostAsLittle)
+{
+    for (const double lStep : {0.0333333, 0.008333, 1.0 / 59.94, 0.01, 1e-6 / 3.0})
+    {
+        KOwnCurve lCurve;
+        KKeyMap   lExpected;
+        for (int lFrame = 0; lFrame < 20000; ++lFrame)
+        {
+            const KTime lTime = KTime::FromSeconds(lStep * lFrame);
+            ASSERT_TRUE(lCurve->AppendSample(lTime, static_cast<float>(lFrame)));
+            lExpected[lTime.Get()] = static_cast<float>(lFrame);
+        }
+        EXPECT_LE(static_cast<double>(lCurve->GetMemoryUse()), 6.0 * lCurve->GetKeyCount()) << lStep;
+        ExpectKeys(*lCurve, lExpected);
+        for (int lFrame = 0; lFrame < 20000; lFrame += 7)
+        {
+            ASSERT_EQ(lCurve->Evaluate(KTime::FromSeconds(lStep * lFrame)), lFrame);
+        }
+    }
 }
 
 TEST(KQexAnimCurve, OneValueIsKeptOnceUntilAnotherComes)
