@@ -127,12 +127,13 @@ KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLi
         }
 
     std::string lText = "The skeleton is incomplete";
-    if (lBegin > 0)
-        lText += lHasRoot || EqualsAmcWord(lSection, ":name")
-                     ? ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin)
-                     : ": there is no :root";
-    else if (pSkeleton.mPath != "-")
-        lText += ": there is no section";
+    if (lHasRoot || EqualsAmcWord(lSection, ":name"))
+        lText += ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin);
+    else if (pSkeleton.mData != nullptr || pSkeleton.mPath != "-")
+    {
+        lText += lBegin > 0 ? ": there is no :root" : ": there is no section";
+        lBegin = 0;
+    }
     return {KQexTextMessage::eERROR, lBegin, lText};
 }
 

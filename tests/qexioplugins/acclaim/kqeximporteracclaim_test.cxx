@@ -1,0 +1,536 @@
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+
+#include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/support/memorywatch.h>
+#include <tests/support/randomscene.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+std::string Replace(std::string pText, const std::string& pOld, const std::string& pNew)
+{
+    const size_t lAt = pText.find(pOld);
+    return lAt == std::string::npos ? pText : pText.replace(lAt, pOld.size(), pNew);
+}
+
+KQexAcclaimSource Text(const std::string& pText, const char* pName, const char* pTake = "")
+{
+    KQexAcclaimSource lSource = KQexAcclaimSource::Buffer(pText.data(), pText.size(), pName);
+    lSource.mTakeName = pTake;
+    return lSource;
+}
+
+const std::string kAsf = kSmallAsf;
+const std::string kThree = SmallFrame(1, 1) + SmallFrame(2, 2) + SmallFrame(3, 3);
+
+// The names of the tree below a node, "root(a(b(c(c_End))) d(d_End))".
+std::string Tree(const KQexNode* pNode)
+{
+    std::string lText = pNode->GetName();
+    if (pNode->GetFirstChild() == nullptr)
+        return lText;
+    lText += '(';
+    for (const KQexNode* lChild = pNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
+        lText += (lText.back() == '(' ? "" : " ") + Tree(lChild);
+    return lText + ')';
+}
+
+const char kSmallTree[] = "root(a(b(c(c_End))) d(d_End))";
+
+// Keys of a property's channel in a take as "ticks of 1/120 s:value", "-" without a curve.
+std::string Keys(KQexNode* pNode, bool pRotation, unsigned int pChannel, const char* pTake)
+{
+    KQexProperty&      lProperty = pRotation ? static_cast<KQexProperty&>(pNode->mLocalRotation) : pNode->mLocalTranslation;
+    KQexAnimCurveNode* lCurveNode = lProperty.GetCurveNode(false, pTake);
+    KQexAnimCurve*     lCurve = lCurveNode == nullptr ? nullptr : lCurveNode->GetCurve(pChannel, 0, nullptr);
+    if (lCurve == nullptr)
+        return "-";
+    std::ostringstream lText;
+    for (int i = 0; i < lCurve->GetKeyCount(); ++i)
+        lText << (i == 0 ? "" : " ") << static_cast<double>(lCurve->GetTime(i).Get()) / 5880000.0 << ':'
+              << lCurve->GetValue(i) + 0.0F; // No minus zero.
+    return lText.str();
+}
+
+// All that an import could change: objects, takes, the current take, and the values of nodes.
+std::string Snapshot(const KQexScene& pScene)
+{
+    std::ostringstream lText;
+    for (const KQexObject* lObject = pScene.GetFirstObject(); lObject != nullptr; lObject = pScene.GetNextObject(lObject))
+        lText << lObject << ' ' << lObject->GetName() << '\n';
+    lText << pScene.GetAnimStackCount() << ' ' << pScene.GetEvaluator()->GetContext() << ' ' << Tree(pScene.GetRootNode());
+    return lText.str();
+}
+
+struct KSetup
+{
+    KScenePtr                mScene = MakeScene();
+    KQexImportAcclaimOptions mOptions;
+    KQexImportAcclaimResult  mResult;
+
+    KSetup() { mOptions.mTakeName = "take"; }
+
+    bool Import(const std::string& pAsf, const std::vector<KQexAcclaimSource>& pMotions)
+    {
+        return KQexImporterAcclaim::Import(mScene.get(), Text(pAsf, "small.asf"), pMotions, mOptions, mResult);
+    }
+    bool Import(const std::string& pAmc) { return Import(kAsf, {Text(pAmc, "small.amc")}); }
+
+    KQexNode* Node(const char* pName) { return mScene->GetRootNode()->FindChild(pName, true); }
+};
+
+// The skeleton reader warns about the bone with an l.
+const char kLengthWarning[] = "W36 Unknown degree of freedom (l ry)\n";
+
+TEST(KQexImporterAcclaim, ASkeletonAlone)
+{
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(kAsf, {})) << Texts(lSetup.mResult.mMessages);
+    EXPECT_TRUE(lSetup.mResult.mOk);
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), kLengthWarning);
+    EXPECT_EQ(lSetup.mResult.mMessages[0].mPath, "small.asf");
+    EXPECT_EQ(lSetup.mResult.CountMessages(false), 1U);
+    EXPECT_EQ(lSetup.mResult.CountMessages(true), 0U);
+    ASSERT_EQ(lSetup.mResult.mRootNode, lSetup.mScene->GetRootNode()->GetFirstChild());
+    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), kSmallTree);
+    EXPECT_EQ(lSetup.mScene->GetAnimStackCount(), 0);
+    EXPECT_TRUE(lSetup.mResult.mTakes.empty());
+    EXPECT_EQ(lSetup.mResult.mAsfScene, nullptr);
+}
+
+TEST(KQexImporterAcclaim, ASkeletonAndAMotion)
+{
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(kThree)) << Texts(lSetup.mResult.mMessages);
+    ASSERT_EQ(lSetup.mResult.mTakes.size(), 1U);
+    const KQexImportedTake& lTake = lSetup.mResult.mTakes[0];
+    EXPECT_EQ(lTake.mName, "take");
+    EXPECT_EQ(lTake.mPath, "small.amc");
+    EXPECT_EQ(lTake.mInfo.mFrameCount, 3);
+    EXPECT_EQ(lTake.mInfo.mSamplesPerSecond, 120.0);
+    EXPECT_EQ(lTake.mInfo.mRateSource, eAMC_RATE_DEFAULT);
+    EXPECT_EQ(Keys(lSetup.Node("root"), false, 0, "take"), "0:1 1:2 2:3");
+    EXPECT_EQ(Keys(lSetup.Node("root"), true, 0, "take"), "-");
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), "0:4 1:5 2:6");
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 1, "take"), "0:0 1:0 2:0");
+    EXPECT_EQ(Keys(lSetup.Node("b"), false, 0, "take"), "-");
+    EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
+    EXPECT_EQ(Keys(lSetup.Node("c"), true, 1, "take"), "0:6 1:7 2:8");
+    EXPECT_EQ(Keys(lSetup.Node("d"), true, 0, "take"), "-");
+    EXPECT_EQ(lSetup.mScene->GetEvaluator()->GetContext(), lSetup.mScene->FindAnimStack("take"));
+}
+
+TEST(KQexImporterAcclaim, FromPaths)
+{
+    const KTempDir lFolder;
+    WriteFile(lFolder / "a.asf", kAsf);
+    WriteFile(lFolder / "walk.one.amc", kThree);
+    KSetup lSetup;
+    lSetup.mOptions.mTakeName.clear();
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lSetup.mScene.get(), (lFolder / "a.asf").c_str(), (lFolder / "walk.one.amc").c_str(),
+                                            lSetup.mOptions, lSetup.mResult));
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mName, "walk.one");
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lSetup.mScene.get(), (lFolder / "a.asf").c_str(), nullptr, lSetup.mOptions, lSetup.mResult));
+    EXPECT_EQ(lSetup.mScene->GetRootNode()->GetChildCount(), 2);
+}
+
+TEST(KQexImporterAcclaim, SeveralMotionsAreSeveralTakes)
+{
+    const std::string lOther = SmallFrame(1, 11) + SmallFrame(2, 12);
+    KSetup            lSetup;
+    lSetup.mOptions.mTakeName.clear();
+    ASSERT_TRUE(
+        lSetup.Import(kAsf, {Text(kThree, "x/walk.amc"), Text(lOther, "y\\walk.amc"), Text(lOther, "-"), Text(lOther, "z.amc", "mine")}));
+    const char* const lNames[] = {"walk", "walk 2", "Take 001", "mine"};
+    ASSERT_EQ(lSetup.mResult.mTakes.size(), 4U);
+    for (size_t i = 0; i < 4; ++i)
+    {
+        EXPECT_EQ(lSetup.mResult.mTakes[i].mName, lNames[i]);
+        EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, lNames[i]), i == 0 ? "0:4 1:5 2:6" : "0:14 1:15");
+        EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, lNames[i]), i == 0 ? "0:5 1:6 2:7" : "0:15 1:16");
+        EXPECT_EQ(Keys(lSetup.Node("root"), false, 0, lNames[i]), i == 0 ? "0:1 1:2 2:3" : "0:11 1:12");
+    }
+    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), kSmallTree);
+}
+
+TEST(KQexImporterAcclaim, BonesOfOneNameKeepTheirOwnMotionInEveryTake)
+{
+    // Two bones named a under the root: the motion means the first, the other one stays still in all takes.
+    const std::string lAsf = Replace(Replace(kAsf, "name d", "name a"), "root a d", "root a");
+    KSetup            lSetup;
+    ASSERT_TRUE(lSetup.Import(lAsf, {Text(kThree, "1.amc", "one"), Text(kThree, "2.amc", "two")})) << Texts(lSetup.mResult.mMessages);
+    KQexNode* lFirst = lSetup.mResult.mRootNode->GetChild(0);
+    KQexNode* lSecond = lSetup.mResult.mRootNode->GetChild(1);
+    ASSERT_STREQ(lFirst->GetName(), "a");
+    ASSERT_STREQ(lSecond->GetName(), "a");
+    KQexNode* lMoving = lFirst->FindChild("b", false) != nullptr ? lFirst : lSecond;
+    for (const char* lTake : {"one", "two"})
+    {
+        EXPECT_EQ(Keys(lMoving, true, 0, lTake), "0:2 1:3 2:4");
+        EXPECT_EQ(Keys(lMoving == lFirst ? lSecond : lFirst, true, 0, lTake), "-");
+    }
+}
+
+TEST(KQexImporterAcclaim, MotionOntoASkeletonThatIsThere)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mKeepAsfScene = true;
+    ASSERT_TRUE(lSetup.Import(kAsf, {}));
+    KQexAsfSceneOwner lAsfScene = std::move(lSetup.mResult.mAsfScene);
+    KQexNode* const   lRoot = lSetup.mResult.mRootNode;
+    ASSERT_NE(lAsfScene, nullptr);
+    ASSERT_TRUE(KQexImporterAcclaim::ImportMotion(lSetup.mScene.get(), lAsfScene.get(), lSetup.mResult.mSkeletonNotes,
+                                                  {Text(kThree, "walk.amc")}, lSetup.mOptions, lSetup.mResult))
+        << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), "");
+    EXPECT_EQ(lSetup.mResult.mRootNode, lRoot);
+    EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
+
+    // A take name of the importer's own choosing spares what is there.
+    lSetup.mOptions.mTakeName.clear();
+    for (const char* lName : {"take.amc", "take.amc"})
+        ASSERT_TRUE(KQexImporterAcclaim::ImportMotion(lSetup.mScene.get(), lAsfScene.get(), lSetup.mResult.mSkeletonNotes,
+                                                      {Text(SmallFrame(1, 5) + SmallFrame(2, 6), lName)}, lSetup.mOptions, lSetup.mResult));
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mName, "take 3");
+    EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
+    EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take 3"), "0:9 1:10");
+    EXPECT_EQ(Tree(lSetup.mScene->GetRootNode()), std::string("RootNode(") + kSmallTree + ")");
+}
+
+TEST(KQexImporterAcclaim, ParentAndMergeRoot)
+{
+    KSetup    lSetup;
+    KQexNode* lGroup = KQexNode::Create(lSetup.mScene.get(), "group");
+    lSetup.mScene->GetRootNode()->AddChild(lGroup);
+    lSetup.mOptions.mParentNode = lGroup;
+    ASSERT_TRUE(lSetup.Import(kThree));
+    KQexNode* const lRoot = lSetup.mResult.mRootNode;
+    EXPECT_EQ(lRoot->GetParent(), lGroup);
+
+    // Merging from above, and at the skeleton's root itself: nothing new but the take.
+    for (KQexNode* lMergeRoot : {lGroup, lRoot})
+    {
+        const std::string lTake = lMergeRoot == lGroup ? "above" : "at";
+        lSetup.mOptions.mMergeRoot = lMergeRoot;
+        lSetup.mOptions.mTakeName = lTake;
+        ASSERT_TRUE(lSetup.Import(kThree));
+        EXPECT_EQ(lSetup.mResult.mRootNode, lRoot);
+        EXPECT_EQ(Tree(lGroup), std::string("group(") + kSmallTree + ")");
+        EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, lTake.c_str()), "0:4 1:5 2:6");
+    }
+
+    // A bone that the hierarchy lacks is built.
+    lSetup.Node("b")->Destroy(true, false);
+    ASSERT_TRUE(lSetup.Import(kThree));
+    EXPECT_EQ(Tree(lGroup), std::string("group(") + kSmallTree + ")");
+}
+
+TEST(KQexImporterAcclaim, LimitsFollowTheFlags)
+{
+    const std::string lAsf = Replace(kAsf, "dof rx\n", "dof rx\n    limits (-10 20)\n");
+    for (const bool lSetLimits : {false, true})
+    {
+        KSetup lSetup;
+        lSetup.mOptions.mSetPreRotation = true;
+        lSetup.mOptions.mSetLimits = lSetLimits;
+        ASSERT_TRUE(lSetup.Import(lAsf, {}));
+        EXPECT_EQ(lSetup.Node("b")->GetLimits().mRotationLimits.GetLimitMax()[0], lSetLimits ? 20.0 : 0.0);
+    }
+}
+
+TEST(KQexImporterAcclaim, DummiesGoWithoutAWarningAboutTheirLines)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mRemoveDummies = true;
+    ASSERT_TRUE(lSetup.Import(Replace(kThree, "\nb", "\nd\nb")));
+    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), "root(a(b(c(c_End))))");
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages),
+              std::string(kLengthWarning) + "W0 A leaf without a degree of freedom is removed and its length lost (d)\n");
+}
+
+TEST(KQexImporterAcclaim, ASingleFrameKeepsItsPose)
+{
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(SmallFrame(7, 1)));
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), "0:4 1:4");
+    EXPECT_EQ(Keys(lSetup.Node("root"), false, 0, "take"), "0:1 1:1");
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mInfo.mFrameCount, 1);
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mInfo.mStop.Get(), 5880000);
+}
+
+struct KKeyCase
+{
+    const char* mWhat;
+    std::string mAmc;
+    const char* mKeys; ///< Of bone b, rotation about x.
+};
+
+class KKeyTest : public testing::TestWithParam<KKeyCase>
+{
+};
+
+TEST_P(KKeyTest, KeysOfOneBone)
+{
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(GetParam().mAmc)) << GetParam().mWhat << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), GetParam().mKeys) << GetParam().mWhat;
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 2, "take").size() > 1, std::string(GetParam().mKeys) != "-") << GetParam().mWhat;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, KKeyTest,
+    testing::Values(KKeyCase{"skipped numbers are skipped time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
+                    KKeyCase{"a jump of 1e9 costs one key", "1\nb 1\n1000000001\nb 2\n", "0:1 1e+09:2"},
+                    KKeyCase{"a repeated number replaces", "1\nb 1\n2\nb 2\n2\nb 3\n3\nb 4\n", "0:1 1:3 2:4"},
+                    KKeyCase{"the first number again", "1\nb 1\n1\nb 5\n2\nb 2\n", "0:5 1:2"},
+                    KKeyCase{"going back replaces and adds", "1\nb 1\n3\nb 3\n5\nb 5\n3\nb 7\n2\nb 8\n3\nb 9\n6\nb 6\n",
+                             "0:1 1:8 2:9 4:5 5:6"},
+                    KKeyCase{"going back below the first", "4\nb 4\n3\nb 3\n1\nb 1\n2\nb 2\n", "-3:1 -2:2 -1:3 0:4"},
+                    KKeyCase{"absent in the middle holds", "1\nb 1\n2\nb 2\n3\nroot 0\n4\nroot 0\n5\nb 5\n", "0:1 1:2 3:2 4:5"},
+                    KKeyCase{"absent at the end holds", "1\nb 1\nroot 0\n2\nb 2\nroot 0\n3\nroot 0\n4\nroot 0\n", "0:1 1:2 3:2"},
+                    KKeyCase{"absent at the beginning is at rest", "1\nroot 0\n2\nroot 0\n3\nb 3\n", "0:0 1:0 2:3"},
+                    KKeyCase{"absent in the first frame alone", "1\nroot 0\n2\nb 3\n", "0:0 1:3"},
+                    KKeyCase{"only in the first frame", "1\nb 3\n2\nroot 0\n3\nroot 0\n", "0:3 2:3"},
+                    KKeyCase{"only in a frame that comes late", "1\nroot 0\n2\nroot 0\n1\nb 3\n", "0:3 1:3"},
+                    KKeyCase{"only in the last frame, late", "1\nroot 0\n2\nroot 0\n2\nb 3\n", "0:3 1:3"},
+                    KKeyCase{"never", "1\nroot 0\n2\nroot 0\n", "-"}));
+
+TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
+{
+    // A turn by more than half a circle from one frame to the next.
+    const std::string lAmc = "1\nb 170\n2\nb -170\n3\nb -170\n4\nb -170\n";
+    KFCURVE_SetRotationFilterToApply(1);
+    KFCURVE_SetUseConstantKeyReducer(true);
+    for (const KQexRotationFilter lFilter : {eROTATION_FILTER_NONE, eROTATION_FILTER_UNROLL})
+        for (const bool lReduce : {false, true})
+        {
+            KSetup lSetup;
+            lSetup.mOptions.mRotationFilter = lFilter;
+            lSetup.mOptions.mUseConstantKeyReducer = lReduce;
+            ASSERT_TRUE(lSetup.Import(lAmc));
+            const std::string lAngle = lFilter == eROTATION_FILTER_NONE ? "-170" : "190";
+            EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), "0:170 1:" + lAngle + (lReduce ? "" : " 2:" + lAngle) + " 3:" + lAngle);
+            EXPECT_FALSE(lSetup.Import("1\nb x\n"));
+            EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 1);
+            EXPECT_TRUE(KFCURVE_GetUseConstantKeyReducer());
+        }
+    KFCURVE_SetRotationFilterToApply(0);
+    KFCURVE_SetUseConstantKeyReducer(false);
+}
+
+struct KFailCase
+{
+    const char*              mWhat;
+    std::string              mAsf;
+    std::vector<std::string> mMotions;
+    const char*              mMessage; ///< The last one.
+};
+
+class KFailTest : public testing::TestWithParam<KFailCase>
+{
+};
+
+// The second scene has nodes, a take and motion already: those must stay, too.
+TEST_P(KFailTest, TheSceneIsAsItWas)
+{
+    for (const bool lUsed : {false, true})
+    {
+        KSetup lSetup;
+        if (lUsed)
+        {
+            ASSERT_TRUE(lSetup.Import(kThree));
+        }
+        const std::string              lBefore = Snapshot(*lSetup.mScene);
+        std::vector<KQexAcclaimSource> lMotions;
+        for (const std::string& lText : GetParam().mMotions)
+            lMotions.push_back(Text(lText, "bad.amc"));
+        EXPECT_FALSE(lSetup.Import(GetParam().mAsf, lMotions));
+        EXPECT_FALSE(lSetup.mResult.mOk);
+        EXPECT_FALSE(lSetup.mResult.mCancelled);
+        EXPECT_EQ(lSetup.mResult.mRootNode, nullptr);
+        EXPECT_TRUE(lSetup.mResult.mTakes.empty());
+        ASSERT_FALSE(lSetup.mResult.mMessages.empty());
+        EXPECT_EQ(Texts({lSetup.mResult.mMessages.back().mMessage}), GetParam().mMessage);
+        EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
+        EXPECT_EQ(lUsed ? Keys(lSetup.Node("b"), true, 0, "take") : "0:4 1:5 2:6", "0:4 1:5 2:6");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, KFailTest,
+    testing::Values(
+        KFailCase{"an error in the skeleton", Replace(kAsf, "length 3", "length x"), {kThree}, "E26 Can't read bone length\n"},
+        KFailCase{"an empty skeleton", "", {}, "E0 The skeleton is incomplete: there is no section\n"},
+        KFailCase{"no root", ":version 1.10\n:skin\n", {}, "E0 The skeleton is incomplete: there is no :root\n"},
+        KFailCase{"no name",
+                  Replace(kAsf, ":name small", ":name"),
+                  {},
+                  "E2 The skeleton is incomplete: reading ended in the section :name that begins in line 2\n"},
+        KFailCase{"cut in the bones",
+                  kAsf.substr(0, kAsf.find("id 2")),
+                  {},
+                  "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins in line 13\n"},
+        KFailCase{
+            "an error in the motion", kAsf, {SmallFrame(1, 1) + "2\nb x\n"}, "E7 Bone b: a number expected for rx of (rx), not (x)\n"},
+        KFailCase{
+            "an error in the second motion", kAsf, {kThree, kThree + "4\nroot\n"}, "E17 Bone root: 1 values expected (tx), only 0 found\n"},
+        KFailCase{"no frame", kAsf, {":DEGREES\n"}, "E1 The motion has no complete frame\n"}));
+
+TEST(KQexImporterAcclaim, KeepsGoodFrames)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mKeepGoodFrames = true;
+    ASSERT_TRUE(lSetup.Import(kThree + "4\nb x\n"));
+    EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), "0:4 1:5 2:6");
+    EXPECT_EQ(lSetup.mResult.CountMessages(true), 1U);
+}
+
+TEST(KQexImporterAcclaim, CancelLeavesTheSceneAsItWas)
+{
+    std::string lLong;
+    for (int i = 1; i <= 1000; ++i)
+        lLong += SmallFrame(i, i);
+    // The calls tell what is done in rising order; whichever of them cancels, nothing stays.
+    KSetup              lWhole;
+    std::vector<double> lFractions;
+    lWhole.mOptions.mProgress = [&](double pFraction)
+    {
+        lFractions.push_back(pFraction);
+        return true;
+    };
+    ASSERT_TRUE(lWhole.Import(kAsf, {Text(lLong, "1.amc", "1"), Text(lLong, "2.amc", "2")}));
+    ASSERT_GT(lFractions.size(), 10U);
+    EXPECT_TRUE(std::is_sorted(lFractions.begin(), lFractions.end()));
+    EXPECT_EQ(lFractions.front(), 0.0);
+    EXPECT_EQ(lFractions.back(), 1.0);
+
+    for (size_t i = 0; i < lFractions.size(); ++i)
+    {
+        KSetup            lSetup;
+        const std::string lBefore = Snapshot(*lSetup.mScene);
+        size_t            lCalls = 0;
+        lSetup.mOptions.mKeepGoodFrames = true;
+        lSetup.mOptions.mProgress = [&](double)
+        {
+            return lCalls++ < i;
+        };
+        EXPECT_FALSE(lSetup.Import(kAsf, {Text(lLong, "1.amc", "1"), Text(lLong, "2.amc", "2")}));
+        EXPECT_TRUE(lSetup.mResult.mCancelled);
+        EXPECT_EQ(lSetup.mResult.CountMessages(true), 0U);
+        EXPECT_EQ(lCalls, i + 1);
+        EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
+    }
+}
+
+TEST(KQexImporterAcclaim, WithoutMemoryTheSceneIsAsItWas)
+{
+    const KQexAcclaimSource lAsf = Text(kAsf, "small.asf");
+    const KQexAcclaimSource lOne = Text(kThree, "1.amc", "1");
+    const KQexAcclaimSource lTwo = Text(kThree, "2.amc", "2");
+    bool                    lOk = false;
+    for (long lCount = 0; !lOk && lCount < 5000; ++lCount)
+    {
+        KMemoryWatch lWatch;
+        {
+            KSetup            lSetup;
+            const std::string lBefore = Snapshot(*lSetup.mScene);
+            lWatch.FailAfter(lCount);
+            lOk = KQexImporterAcclaim::Import(lSetup.mScene.get(), lAsf, {lOne, lTwo}, lSetup.mOptions, lSetup.mResult);
+            lWatch.FailAfter(-1);
+            EXPECT_EQ(Snapshot(*lSetup.mScene) == lBefore, !lOk) << lCount;
+            EXPECT_EQ(lSetup.mResult.CountMessages(true) == 0, lOk) << lCount;
+            // What failed for want of memory works as soon as there is some.
+            EXPECT_TRUE(KQexImporterAcclaim::Import(lSetup.mScene.get(), lAsf, {lOne, lTwo}, lSetup.mOptions, lSetup.mResult)) << lCount;
+            EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "2"), "0:4 1:5 2:6") << lCount;
+        }
+        EXPECT_EQ(lWatch.GetBlocks(), 0U) << lCount;
+    }
+    EXPECT_TRUE(lOk);
+}
+
+TEST(KQexImporterAcclaim, FromSeveralThreadsAtOnce)
+{
+    std::atomic<int>         lGood{0};
+    std::vector<std::thread> lThreads;
+    for (int i = 0; i < 4; ++i)
+        lThreads.emplace_back(
+            [&]
+            {
+                for (int k = 0; k < 20; ++k)
+                {
+                    KSetup lSetup;
+                    if (lSetup.Import(kThree) && Keys(lSetup.Node("c"), true, 2, "take") == "0:5 1:6 2:7")
+                        ++lGood;
+                }
+            });
+    for (std::thread& lThread : lThreads)
+        lThread.join();
+    EXPECT_EQ(lGood, 80);
+}
+
+struct KRemarkCase
+{
+    const char* mOld;
+    const char* mNew;
+    bool        mPreRotation;
+    const char* mRemark;
+};
+
+class KRemarkTest : public testing::TestWithParam<KRemarkCase>
+{
+};
+
+TEST_P(KRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mSetPreRotation = GetParam().mPreRotation;
+    ASSERT_TRUE(lSetup.Import(Replace(Replace(kAsf, "dof rz l ry", "dof rz"), GetParam().mOld, GetParam().mNew), {}));
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), GetParam().mRemark);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, KRemarkTest,
+                         testing::Values(KRemarkCase{"", "", true, ""},
+                                         KRemarkCase{"position 0 0 0", "position 0 1 0", false,
+                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                                     "may not be where it is expected (root)\n"},
+                                         KRemarkCase{"orientation 0 0 0", "orientation 0 0 9", false,
+                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                                     "may not be where it is expected (root)\n"},
+                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 XZY\n    dof rx\n", false,
+                                                     "W0 An axis word has another rotation than its letters say (b)\n"},
+                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 0 0 XZY\n    dof rx\n", false, ""},
+                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 ZYX\n    dof rx\n", false, ""},
+                                         KRemarkCase{
+                                             "dof rx ry", "dof rx ry rx", true,
+                                             "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
+                                         KRemarkCase{"dof rx ry", "dof rx ry rx", false, ""}));
+
+TEST(KQexImporterAcclaim, ReadSkeletonHandsItOut)
+{
+    KQexImportAcclaimResult  lResult;
+    KQexImportAcclaimOptions lOptions;
+    lOptions.mRemoveDummies = true;
+    const KQexAsfSceneOwner lScene = KQexImporterAcclaim::ReadSkeleton(Text(kAsf, "small.asf"), lOptions, lResult);
+    ASSERT_NE(lScene, nullptr);
+    EXPECT_TRUE(lResult.mOk);
+    EXPECT_STREQ(lScene->GetName(), "small");
+    EXPECT_EQ(lScene->mRoot->Find("d"), nullptr);
+    EXPECT_EQ(lResult.mSkeletonNotes.mRemovedBones, std::vector<std::string>{"d"});
+    ASSERT_EQ(lResult.mSkeletonNotes.mLengthDofs.size(), 1U);
+    EXPECT_EQ(lResult.mSkeletonNotes.mLengthDofs[0].mBone, "c");
+    EXPECT_EQ(lResult.mSkeletonNotes.mLengthDofs[0].mPlace, 1);
+}
+
+} // namespace
