@@ -230,7 +230,7 @@ bool KQexTextFile::LoadLine()
     mEnd = mLine + lSize;
     *mEnd = '\0';
     // A text that is quoted or copied would end at a NUL.
-    while (char* lNul = static_cast<char*>(std::memchr(mLine, '\0', lSize)))
+    for (char* lFrom = mLine; char* lNul = static_cast<char*>(std::memchr(lFrom, '\0', static_cast<size_t>(mEnd - lFrom))); lFrom = lNul)
         *lNul = ' ';
     mNext = SkipBlanks(mLine);
     mText = mNext;
