@@ -76,8 +76,8 @@ double BareTransforms(const std::vector<double>& pAngles, std::vector<KQexMatrix
     KQexMatrix lPre = pMatrices[0];
     for (size_t lI = 1; lI < pMatrices.size(); ++lI)
     {
-        double       lC[3];
-        double       lS[3];
+        double lC[3];
+        double lS[3];
         for (size_t lK = 0; lK < 3; ++lK)
         {
             const double lAngle = (pAngles[3 * lI + lK] + pTurn) * 0.017453292519943295;
@@ -106,22 +106,26 @@ void GlobalTransforms(benchmark::State& pState, int pNodes, bool pPreRotation)
     for (auto lUnused : pState)
     {
         (void)lUnused;
-        lBeside.Work(pState, [&] {
-            for (int lFrame = 0; lFrame < lFrames; ++lFrame)
+        lBeside.Work(pState,
+                     [&]
+                     {
+                         for (int lFrame = 0; lFrame < lFrames; ++lFrame)
+                         {
+                             if (!lScene->GetEvaluator()->EvaluateGlobalTransforms(lScene->GetRootNode(), FrameTime(lFrame), lBuffer))
+                             {
+                                 std::abort();
+                             }
+                             lSum += lBuffer.GetTransform(pNodes - 1).mData[3][0];
+                         }
+                     });
+        lBeside.Bound(
+            [&]
             {
-                if (!lScene->GetEvaluator()->EvaluateGlobalTransforms(lScene->GetRootNode(), FrameTime(lFrame), lBuffer))
+                for (int lFrame = 0; lFrame < lFrames; ++lFrame)
                 {
-                    std::abort();
+                    lSum += BareTransforms(lAngles, lMatrices, pPreRotation, lFrame);
                 }
-                lSum += lBuffer.GetTransform(pNodes - 1).mData[3][0];
-            }
-        });
-        lBeside.Bound([&] {
-            for (int lFrame = 0; lFrame < lFrames; ++lFrame)
-            {
-                lSum += BareTransforms(lAngles, lMatrices, pPreRotation, lFrame);
-            }
-        });
+            });
     }
     benchmark::DoNotOptimize(lSum);
     lBeside.ReportPieces(pState, "node_frame", static_cast<double>(pNodes) * lFrames);
@@ -134,16 +138,18 @@ void MakeAndEnd(benchmark::State& pState, int pNodes)
     for (auto lUnused : pState)
     {
         (void)lUnused;
-        lBeside.Work(pState, [&] {
-            const KSceneOwner lScene(KQexScene::Create("bench"));
-            KQexNode*         lNode = lScene->GetRootNode();
-            for (int lI = 1; lI < pNodes; ++lI)
-            {
-                KQexNode* lChild = KQexNode::Create(lScene.get(), "node");
-                lNode->AddChild(lChild);
-                lNode = lChild;
-            }
-        });
+        lBeside.Work(pState,
+                     [&]
+                     {
+                         const KSceneOwner lScene(KQexScene::Create("bench"));
+                         KQexNode*         lNode = lScene->GetRootNode();
+                         for (int lI = 1; lI < pNodes; ++lI)
+                         {
+                             KQexNode* lChild = KQexNode::Create(lScene.get(), "node");
+                             lNode->AddChild(lChild);
+                             lNode = lChild;
+                         }
+                     });
     }
     lBeside.ReportPieces(pState, "node", pNodes);
 }
@@ -156,7 +162,8 @@ void RegisterBenches()
     {
         for (const int lNodes : {10, 30, 100, 1000, 10000, 100000})
         {
-            const std::string lName = std::string("GlobalTransforms/") + (lPreRotation ? "prerotation/" : "plain/") + std::to_string(lNodes);
+            const std::string lName =
+                std::string("GlobalTransforms/") + (lPreRotation ? "prerotation/" : "plain/") + std::to_string(lNodes);
             benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { GlobalTransforms(pState, lNodes, lPreRotation); })
                 ->UseManualTime()
                 ->MinTime(0.2);
@@ -164,7 +171,8 @@ void RegisterBenches()
     }
     for (const int lNodes : {1000, 10000, 100000})
     {
-        benchmark::RegisterBenchmark(("MakeAndEnd/chain/" + std::to_string(lNodes)).c_str(), [=](benchmark::State& pState) { MakeAndEnd(pState, lNodes); })
+        benchmark::RegisterBenchmark(("MakeAndEnd/chain/" + std::to_string(lNodes)).c_str(),
+                                     [=](benchmark::State& pState) { MakeAndEnd(pState, lNodes); })
             ->UseManualTime()
             ->MinTime(0.2);
     }

@@ -133,7 +133,7 @@ TEST_F(KQexAnimCurveNodeTest, LeavesPropertyAndLayerWhenItEnds)
 
 TEST_F(KQexAnimCurveNodeTest, TakesItsCurvesAlongWhenAsked)
 {
-    const int lBefore = mScene->GetObjectCount();
+    const int      lBefore = mScene->GetObjectCount();
     KQexAnimCurve* lCurve = MakeCurve({1.0F});
     mCurveNode->ConnectToChannel(lCurve, 0);
     mCurveNode->ConnectToChannel(lCurve, 1);

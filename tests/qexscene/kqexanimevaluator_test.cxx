@@ -93,7 +93,7 @@ TEST_F(KQexAnimEvaluatorTest, TheLocalTransformIsOfTheAnimatedValues)
     {
         KQexNode* lNode = MakeNode("n");
         lRandom.Set(*lNode);
-        KQexVector4 lValues[3];
+        KQexVector4  lValues[3];
         KQexProperty lProperties[3] = {lNode->mLocalTranslation, lNode->mLocalRotation, lNode->mLocalScaling};
         for (int lP = 0; lP < 3; ++lP)
         {

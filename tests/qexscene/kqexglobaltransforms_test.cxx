@@ -32,7 +32,8 @@ protected:
     {
         for (KQexNode* lNode : pNodes)
         {
-            for (KQexProperty lProperty : {KQexProperty(lNode->mLocalTranslation), KQexProperty(lNode->mLocalRotation), KQexProperty(lNode->mLocalScaling)})
+            for (KQexProperty lProperty :
+                 {KQexProperty(lNode->mLocalTranslation), KQexProperty(lNode->mLocalRotation), KQexProperty(lNode->mLocalScaling)})
             {
                 for (unsigned int lI = 0; lI < 3; ++lI)
                 {
@@ -62,14 +63,16 @@ protected:
             {
                 lOutside = Product(Local(lAt, pTime), lOutside);
             }
-            ExpectNear(pBuffer.GetTransform(lIndex), Product(lParent < 0 ? lOutside : pBuffer.GetTransform(lParent), Local(lNode, pTime)), 1e-12);
+            ExpectNear(pBuffer.GetTransform(lIndex), Product(lParent < 0 ? lOutside : pBuffer.GetTransform(lParent), Local(lNode, pTime)),
+                       1e-12);
         }
         EXPECT_EQ(lIndex, pBuffer.GetCount());
     }
 
     KQexMatrix Local(const KQexNode* pNode, KTime pTime) const
     {
-        return LocalMatrix(*pNode, pNode->EvaluateLocalTranslation(pTime), pNode->EvaluateLocalRotation(pTime), pNode->EvaluateLocalScaling(pTime));
+        return LocalMatrix(*pNode, pNode->EvaluateLocalTranslation(pTime), pNode->EvaluateLocalRotation(pTime),
+                           pNode->EvaluateLocalScaling(pTime));
     }
 
     bool Evaluate(KQexNode* pTop, KTime pTime) { return mScene->GetEvaluator()->EvaluateGlobalTransforms(pTop, pTime, *mBuffer); }
@@ -97,7 +100,8 @@ TEST_F(KQexGlobalTransformsTest, AreThoseOfRandomTrees)
             ExpectRight(*mBuffer, lTop, Seconds(lTime));
             for (int lI = 0; lI < mBuffer->GetCount(); ++lI)
             {
-                ExpectNear(mBuffer->GetTransform(lI), mScene->GetEvaluator()->GetNodeGlobalTransform(mBuffer->GetNode(lI), Seconds(lTime)), 1e-10);
+                ExpectNear(mBuffer->GetTransform(lI), mScene->GetEvaluator()->GetNodeGlobalTransform(mBuffer->GetNode(lI), Seconds(lTime)),
+                           1e-10);
                 EXPECT_EQ(mBuffer->Find(mBuffer->GetNode(lI)), lI);
             }
         }
@@ -114,7 +118,8 @@ TEST_F(KQexGlobalTransformsTest, SeeEveryChange)
     Animate(lNodes, "walk");
     KQexNode*   lTop = lNodes[0];
     const KTime lTime = Seconds(0.4);
-    const auto  lCheck = [&](const char* pWhat) {
+    const auto  lCheck = [&](const char* pWhat)
+    {
         SCOPED_TRACE(pWhat);
         ASSERT_TRUE(Evaluate(lTop, lTime));
         ExpectRight(*mBuffer, lTop, lTime);

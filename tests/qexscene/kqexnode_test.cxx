@@ -124,7 +124,8 @@ TEST_F(KQexNodeTest, FindChildTakesTheFirstInPreOrder)
         {
             lExpected = lExpected->GetChild(*lAt - '0');
         }
-        EXPECT_EQ(lTop->FindChild(lCase.mName, lCase.mDeep, false), *lCase.mPath == '\0' ? nullptr : lExpected) << lCase.mName << lCase.mDeep;
+        EXPECT_EQ(lTop->FindChild(lCase.mName, lCase.mDeep, false), *lCase.mPath == '\0' ? nullptr : lExpected)
+            << lCase.mName << lCase.mDeep;
     }
     EXPECT_EQ(lTop->FindChild(nullptr, true, false), nullptr);
     EXPECT_EQ(lA->FindChild("x", true, false), lA->GetChild(0)) << "not beyond the node";

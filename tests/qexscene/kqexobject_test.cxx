@@ -11,7 +11,8 @@ class KQexObjectTest : public qextest::KSceneTest
 
 TEST_F(KQexObjectTest, KeepsItsNameExactly)
 {
-    for (const char* lName : {"", "a", "ns:bone", "bone with blanks ", "\xC3\xA9t\xC3\xA9", "a name that is far too long to fit into any small buffer there may be"})
+    for (const char* lName : {"", "a", "ns:bone", "bone with blanks ", "\xC3\xA9t\xC3\xA9",
+                              "a name that is far too long to fit into any small buffer there may be"})
     {
         KQexNode* lNode = MakeNode(lName);
         EXPECT_STREQ(lNode->GetName(), lName);

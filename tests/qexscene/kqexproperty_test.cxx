@@ -145,8 +145,8 @@ TEST_F(KQexPropertyTest, ATakeIsMadeOnDemand)
 
 TEST_F(KQexPropertyTest, EachTakeHasItsOwnCurveNode)
 {
-    KQexNode* lNode = MakeNode("n");
-    constexpr int kTakes = 20;
+    KQexNode*          lNode = MakeNode("n");
+    constexpr int      kTakes = 20;
     KQexAnimCurveNode* lCurveNodes[kTakes];
     for (int lTake = 0; lTake < kTakes; ++lTake)
     {

@@ -261,15 +261,17 @@ TEST_F(KQexSceneTest, ScenesOfSeveralThreadsAreIndependent)
     std::vector<std::thread> lThreads;
     for (unsigned int lI = 0; lI < 4; ++lI)
     {
-        lThreads.emplace_back([lI] {
-            KQexScene*   lScene = KQexScene::Create("threaded");
-            KRandomScene lRandom(lScene, 200 + lI);
-            for (int lStep = 0; lStep < 300; ++lStep)
+        lThreads.emplace_back(
+            [lI]
             {
-                lRandom.Step();
-            }
-            lScene->Destroy();
-        });
+                KQexScene*   lScene = KQexScene::Create("threaded");
+                KRandomScene lRandom(lScene, 200 + lI);
+                for (int lStep = 0; lStep < 300; ++lStep)
+                {
+                    lRandom.Step();
+                }
+                lScene->Destroy();
+            });
     }
     for (std::thread& lThread : lThreads)
     {
