@@ -118,21 +118,6 @@ void KQexAsfNode::SetLimits(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool 
 namespace
 {
 
-void DestroyTree(KQexNode* pTop)
-{
-    if (pTop)
-        pTop->Destroy(true);
-}
-
-// Puts a node under its parent (none: nothing to do). False, and the node gone, when memory ran out.
-bool Attach(KQexNode* pParent, KQexNode* pNode)
-{
-    if (!pNode || !pParent || pParent->AddChild(pNode))
-        return pNode != nullptr;
-    DestroyTree(pNode);
-    return false;
-}
-
 struct KImportFlags
 {
     bool mSetLimits;
@@ -140,33 +125,32 @@ struct KImportFlags
     bool mSetPreRotation;
 };
 
-// The host node of one bone, not attached to anything yet; null when memory ran out.
-KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, const char* pTakeName, const KImportFlags& pFlags)
+// The host node of one bone, under pParent unless that is null; null, and no node, when memory ran out. The node is attached
+// while it has no children: then no one has to look whether it is an ancestor of its new parent.
+KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
     KQexNode* lNode = CreateSkeletonNode(pScene, pNode.mName);
     if (!lNode)
         return nullptr;
+    const bool lIsAttached = !pParent || pParent->AddChild(lNode);
     const bool lHasCurves = pNode.SetKFCurves(lNode, pTakeName);
     pNode.SetDoFs(lNode, pFlags.mSetRotatePivotOffet, pFlags.mSetPreRotation);
     if (pFlags.mSetLimits)
         pNode.SetLimits(lNode, pFlags.mSetRotatePivotOffet, pFlags.mSetPreRotation);
     const bool lNeedsEnd = pNode.mChildBuf.GetCount() == 0 && pNode.mLength > 0.0;
-    if (!lHasCurves || (lNeedsEnd && !AddEndNode(pNode, *lNode, pScene, pFlags.mSetRotatePivotOffet)))
-    {
-        lNode->Destroy(true);
-        return nullptr;
-    }
-    return lNode;
+    const bool lHasEnd = !lNeedsEnd || AddEndNode(pNode, *lNode, pScene, pFlags.mSetRotatePivotOffet);
+    if (lIsAttached && lHasCurves && lHasEnd)
+        return lNode;
+    lNode->Destroy(true);
+    return nullptr;
 }
 
-} // namespace
-
-KQexNode* KQexAsfNode::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation)
+// Host nodes for a bone and all below it, the top one under pParent unless that is null; null, and no nodes, when memory ran out.
+KQexNode* CreateTree(KQexAsfNode& pTop, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
-    const KImportFlags lFlags = {pSetLimits, pSetRotatePivotOffet, pSetPreRotation};
-    KQexNode*          lTop = nullptr;
-    KQexNode*          lParent = nullptr;
-    KQexAsfWalk        lWalk(this);
+    KQexNode*   lTop = nullptr;
+    KQexNode*   lParent = pParent;
+    KQexAsfWalk lWalk(&pTop);
     while (HKQexAsfNode lAsfNode = lWalk.Next())
     {
         if (!lWalk.IsEntering())
@@ -174,17 +158,24 @@ KQexNode* KQexAsfNode::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool p
             lParent = lParent->GetParent();
             continue;
         }
-        KQexNode* lNode = CreateBoneNode(*lAsfNode, pScene, pTakeName, lFlags);
-        if (!Attach(lParent, lNode))
+        lParent = CreateBoneNode(*lAsfNode, pScene, lParent, pTakeName, pFlags);
+        if (!lTop)
+            lTop = lParent;
+        if (!lParent)
         {
-            DestroyTree(lTop);
+            if (lTop)
+                lTop->Destroy(true);
             return nullptr;
         }
-        if (!lParent)
-            lTop = lNode;
-        lParent = lNode;
     }
     return lTop;
+}
+
+} // namespace
+
+KQexNode* KQexAsfNode::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    return CreateTree(*this, pScene, nullptr, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation});
 }
 
 bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
@@ -209,8 +200,7 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
             continue;
         }
         // A namesake that is no part of a skeleton stays beside the new node, deliberately.
-        KQexNode* lNew = lAsfNode->ASFToQEX(pScene, pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
-        lAll = lNew && Attach(lParent, lNew) && lAll;
+        lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation}) && lAll;
         lWalk.SkipChildren();
     }
     return lAll;
@@ -232,8 +222,7 @@ bool KQexAsfScene::MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const c
     // The merge begins at the parent, where it finds the node once more, as a child.
     if (lNode && lNode->GetParent())
         return mRoot->MergeASFToQEX(pScene, lNode->GetParent(), pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
-    lNode = ASFToQEX(pScene, pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
-    return lNode && Attach(pRootNode, lNode);
+    return CreateTree(*mRoot, pScene, pRootNode, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation}) != nullptr;
 }
 
 } // namespace qexsdk
