@@ -2,6 +2,7 @@
 #define KBASELIB_KBASE_KNUMBER_H
 
 #include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/knumberscan.h>
 
 #include <cstddef>
 #include <string>
@@ -63,54 +64,6 @@ QEX_API void KNumberAppendFixed(std::string& pText, double pValue, int pDecimals
 
 /// KNumberPrintShortest appended to \p pText.
 QEX_API void KNumberAppendShortest(std::string& pText, double pValue);
-
-namespace knumberdetail
-{
-/// Powers of ten that a double holds exactly.
-inline constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                          1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-} // namespace knumberdetail
-
-/// Reads the plain decimal number (sign, digits, point, digits) that text begins with, for loops over millions of them: no token
-/// needs to be cut out first. Numbers of up to 15 digits, as motion files hold them, are done here in one pass and are correctly
-/// rounded: the digits and the power of ten are both exact, so their one quotient is.
-/// \return where the number ends; null, with the value unchanged, when there is no such number or it has more digits. The caller
-/// then takes the token as a whole to KNumberParse. It does so as well when what follows the number is no delimiter (an
-/// exponent, a letter).
-inline const char* KNumberScan(const char* pBegin, const char* pEnd, double& pValue)
-{
-    const char* lAt = pBegin;
-    const bool  lNegative = lAt != pEnd && *lAt == '-';
-    if (lAt != pEnd && (*lAt == '-' || *lAt == '+'))
-    {
-        ++lAt;
-    }
-    unsigned long long lDigits = 0;
-    const char*        lFirst = lAt;
-    for (; lAt != pEnd && static_cast<unsigned char>(*lAt - '0') < 10; ++lAt)
-    {
-        lDigits = 10 * lDigits + static_cast<unsigned char>(*lAt - '0');
-    }
-    std::ptrdiff_t lCount = lAt - lFirst;
-    std::ptrdiff_t lDecimals = 0;
-    if (lAt != pEnd && *lAt == '.')
-    {
-        const char* lPoint = ++lAt;
-        for (; lAt != pEnd && static_cast<unsigned char>(*lAt - '0') < 10; ++lAt)
-        {
-            lDigits = 10 * lDigits + static_cast<unsigned char>(*lAt - '0');
-        }
-        lDecimals = lAt - lPoint;
-        lCount += lDecimals;
-    }
-    if (lCount == 0 || lCount > 15)
-    {
-        return nullptr;
-    }
-    const double lSize = static_cast<double>(lDigits) / knumberdetail::kExactPowers[lDecimals];
-    pValue = lNegative ? -lSize : lSize;
-    return lAt;
-}
 
 } // namespace qexsdk
 

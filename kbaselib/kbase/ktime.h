@@ -54,7 +54,7 @@ public:
         // Every run of mFrames frames lasts mSeconds seconds exactly; only what remains is rounded.
         const long long lRunTicks = kTicksPerSecond * pRate.mSeconds;
         const long long lRuns = FloorDivide(pFrame, pRate.mFrames);
-        const long long lRest = pFrame - lRuns * pRate.mFrames;
+        const long long lRest = FloorRest(pFrame, pRate.mFrames);
         if (lRuns > kMax / lRunTicks - 1)
         {
             return KTime(kMax);
@@ -71,7 +71,7 @@ public:
     {
         const long long lRunTicks = kTicksPerSecond * pRate.mSeconds;
         const long long lRuns = FloorDivide(mTicks, lRunTicks);
-        const long long lFrame = lRuns * pRate.mFrames + (mTicks - lRuns * lRunTicks) * pRate.mFrames / lRunTicks;
+        const long long lFrame = lRuns * pRate.mFrames + FloorRest(mTicks, lRunTicks) * pRate.mFrames / lRunTicks;
         // The start of a frame is rounded to a flick, which can carry it past this time, or the next one's start back to it.
         if (FromFrame(lFrame, pRate).mTicks > mTicks)
         {
@@ -114,6 +114,13 @@ private:
     static constexpr long long FloorDivide(long long pValue, long long pDivisor)
     {
         return pValue / pDivisor - (pValue % pDivisor < 0 ? 1 : 0);
+    }
+
+    /// What FloorDivide leaves, 0 to the divisor without it.
+    static constexpr long long FloorRest(long long pValue, long long pDivisor)
+    {
+        const long long lRest = pValue % pDivisor;
+        return lRest < 0 ? lRest + pDivisor : lRest;
     }
 
     /// Nearest tick count, stopping at the ends of the range.

@@ -177,6 +177,42 @@ INSTANTIATE_TEST_SUITE_P(Texts, KNumberScanTest,
                                          KScanCase{"0.0000000000000001", -1, 0}, KScanCase{"", -1, 0}, KScanCase{"-", -1, 0},
                                          KScanCase{".", -1, 0}, KScanCase{"x", -1, 0}, KScanCase{"-.", -1, 0}));
 
+// Every number of digits before and behind the point, every byte after it, with and without text to spare behind it.
+TEST(KNumberTest, ScansTheSameBitsAsTheCLibrary)
+{
+    std::mt19937 lRandom(77);
+    for (int lStep = 0; lStep < 40000; ++lStep)
+    {
+        std::string lNumber(lRandom() % 3 == 0 ? "-" : "");
+        const int   lWhole = static_cast<int>(lRandom() % 10);
+        const int   lDecimals = static_cast<int>(lRandom() % 10);
+        for (int lDigit = 0; lDigit < lWhole + lDecimals; ++lDigit)
+        {
+            lNumber += lDigit == lWhole ? "." : "";
+            lNumber += static_cast<char>('0' + lRandom() % 10);
+        }
+        const char lAfter = static_cast<char>(lStep % 256);
+        if ((lAfter >= '0' && lAfter <= '9') || lAfter == '.')
+        {
+            continue;
+        }
+        const std::string lText = lNumber + lAfter + std::string(lRandom() % 12, static_cast<char>(lRandom()));
+        double            lValue = -77;
+        const char*       lEnd = KNumberScan(lText.data(), lText.data() + lText.size(), lValue);
+        if (lWhole + lDecimals == 0 || lWhole + lDecimals > 15)
+        {
+            ASSERT_EQ(lEnd, nullptr) << lText;
+            ASSERT_EQ(lValue, -77) << lText;
+            continue;
+        }
+        ASSERT_EQ(lEnd, lText.data() + lNumber.size()) << lText;
+        ASSERT_EQ(lValue, std::strtod(lNumber.c_str(), nullptr)) << lText;
+        double lAlone = -77;
+        ASSERT_EQ(KNumberScan(lNumber.data(), lNumber.data() + lNumber.size(), lAlone), lNumber.data() + lNumber.size()) << lText;
+        ASSERT_EQ(lAlone, lValue) << lText;
+    }
+}
+
 // strtod of the C library, in its "C" locale, is the judge: every text is read to the same bits.
 TEST(KNumberTest, ReadsTheSameBitsAsTheCLibrary)
 {
