@@ -138,12 +138,12 @@ struct KKeyCase
     double              mR[3];
 };
 
-class KKeyTest : public testing::TestWithParam<KKeyCase>
+class KSampleKeyTest : public testing::TestWithParam<KKeyCase>
 {
 };
 
 // The bone's axis is turned 90 degrees about z, its parent's 90 degrees about x; its parent's end is at (1, 2, 3).
-TEST_P(KKeyTest, OneFrameBecomesTheseKeys)
+TEST_P(KSampleKeyTest, OneFrameBecomesTheseKeys)
 {
     const KKeyCase& lCase = GetParam();
     KStage          lStage;
@@ -168,7 +168,7 @@ TEST_P(KKeyTest, OneFrameBecomesTheseKeys)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Cases, KKeyTest,
+    Cases, KSampleKeyTest,
     testing::Values(
         // Translation (2, 0, 0) in the bone's axis frame is (0, 2, 0); with the parent's end (1, 4, 3); in the parent's frame (1, 3, -4).
         KKeyCase{"whole position", {0, 4}, {1.0, 0.0}, false, true, {1.0, 3.0, -4.0}, {0.0, 0.0, 0.0}},
