@@ -120,6 +120,10 @@ bool KQexAcclaimImport::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<K
 {
     if (mScene == nullptr)
         return Fail("There is no scene to import into");
+    for (size_t i = 0; i < pSources.size(); ++i)
+        for (size_t k = 0; k < i && !pSources[i].mTakeName.empty(); ++k)
+            if (pSources[i].mTakeName == pSources[k].mTakeName)
+                return Fail(("Two motions for the take " + pSources[i].mTakeName).c_str());
     mCurves.reserve(pSources.size());
     bool lOk = SayProgress(0.0);
     for (size_t i = 0; i < pSources.size() && lOk; ++i)

@@ -7,7 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -165,6 +168,15 @@ TEST(KQexImporterAcclaim, SeveralMotionsAreSeveralTakes)
     EXPECT_EQ(Tree(lSetup.mResult.mRootNode), kSmallTree);
 }
 
+TEST(KQexImporterAcclaim, TwoMotionsForOneTakeAreRefused)
+{
+    KSetup            lSetup;
+    const std::string lBefore = Snapshot(*lSetup.mScene);
+    EXPECT_FALSE(lSetup.Import(kAsf, {Text(kThree, "1.amc", "one"), Text(kThree, "2.amc", "one")}));
+    EXPECT_EQ(Texts({lSetup.mResult.mMessages.back().mMessage}), "E0 Two motions for the take one\n");
+    EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
+}
+
 TEST(KQexImporterAcclaim, BonesOfOneNameKeepTheirOwnMotionInEveryTake)
 {
     // Two bones named a under the root: the motion means the first, the other one stays still in all takes.
@@ -277,11 +289,11 @@ struct KKeyCase
     const char* mKeys; ///< Of bone b, rotation about x.
 };
 
-class KKeyTest : public testing::TestWithParam<KKeyCase>
+class KImportKeyTest : public testing::TestWithParam<KKeyCase>
 {
 };
 
-TEST_P(KKeyTest, KeysOfOneBone)
+TEST_P(KImportKeyTest, KeysOfOneBone)
 {
     KSetup lSetup;
     ASSERT_TRUE(lSetup.Import(GetParam().mAmc)) << GetParam().mWhat << Texts(lSetup.mResult.mMessages);
@@ -290,7 +302,7 @@ TEST_P(KKeyTest, KeysOfOneBone)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Cases, KKeyTest,
+    Cases, KImportKeyTest,
     testing::Values(KKeyCase{"skipped numbers are skipped time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
                     KKeyCase{"a jump of 1e9 costs one key", "1\nb 1\n1000000001\nb 2\n", "0:1 1e+09:2"},
                     KKeyCase{"a repeated number replaces", "1\nb 1\n2\nb 2\n2\nb 3\n3\nb 4\n", "0:1 1:3 2:4"},
@@ -306,6 +318,104 @@ INSTANTIATE_TEST_SUITE_P(
                     KKeyCase{"only in a frame that comes late", "1\nroot 0\n2\nroot 0\n1\nb 3\n", "0:3 1:3"},
                     KKeyCase{"only in the last frame, late", "1\nroot 0\n2\nroot 0\n2\nb 3\n", "0:3 1:3"},
                     KKeyCase{"never", "1\nroot 0\n2\nroot 0\n", "-"}));
+
+// Frames in any order: of each number the last one counts.
+TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
+{
+    std::mt19937 lRandom(7);
+    for (int lCase = 0; lCase < 200; ++lCase)
+    {
+        std::map<int, int> lExpected;
+        std::string        lAmc;
+        const int          lCount = 2 + static_cast<int>(lRandom() % 30);
+        int                lFirst = 0;
+        for (int i = 0; i < lCount; ++i)
+        {
+            const int lNumber = static_cast<int>(lRandom() % 20) - 5;
+            const int lValue = static_cast<int>(lRandom() % 170);
+            lFirst = i == 0 ? lNumber : lFirst;
+            lExpected[lNumber] = lValue;
+            lAmc += std::to_string(lNumber) + "\nb " + std::to_string(lValue) + '\n';
+        }
+        if (lExpected.size() < 2)
+            continue;
+        std::ostringstream lKeys;
+        for (const auto& [lNumber, lValue] : lExpected)
+            lKeys << (lKeys.tellp() > 0 ? " " : "") << lNumber - lFirst << ':' << lValue;
+        KSetup lSetup;
+        lSetup.mOptions.mRotationFilter = eROTATION_FILTER_NONE;
+        ASSERT_TRUE(lSetup.Import(lAmc));
+        EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "take"), lKeys.str()) << lAmc;
+    }
+}
+
+// What a motion says little about costs little: keys are counted here, not time.
+TEST(KQexImporterAcclaim, CostFollowsTheLinesNotTheBones)
+{
+    const int   kBones = 4000;
+    std::string lAsf = kAsf.substr(0, kAsf.find("  begin"));
+    for (int i = 0; i < kBones; ++i)
+        lAsf += "  begin\n name n" + std::to_string(i) + "\n direction 0 1 0\n length 1\n dof rx\n  end\n";
+    lAsf += ":hierarchy\n";
+    std::string lAmc;
+    for (int i = 0; i < kBones; ++i)
+        lAmc += std::to_string(i) + "\nn" + std::to_string(i) + " 5\n";
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(lAsf, {Text(lAmc, "sparse.amc")}));
+    size_t lKeys = 0;
+    for (const KQexObject* lObject = lSetup.mScene->GetFirstObject(); lObject != nullptr; lObject = lSetup.mScene->GetNextObject(lObject))
+        if (const auto* lCurve = QexCast<KQexAnimCurve>(lObject))
+            lKeys += static_cast<size_t>(lCurve->GetKeyCount());
+    EXPECT_LE(lKeys, 3U * 4U * kBones);
+    EXPECT_EQ(Keys(lSetup.Node("n2000"), true, 0, "take"), "0:0 1999:0 2000:5 3999:5");
+}
+
+TEST(KQexImporterAcclaim, ALongMotionBackwards)
+{
+    std::string lAmc;
+    for (int i = 200000; i > 0; --i)
+        lAmc += std::to_string(i) + "\nb " + std::to_string(i % 100) + '\n';
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(lAmc));
+    const KQexAnimCurve* lCurve = lSetup.Node("b")->mLocalRotation.GetCurveNode(false, "take")->GetCurve(0, 0, nullptr);
+    ASSERT_EQ(lCurve->GetKeyCount(), 200000);
+    EXPECT_EQ(lCurve->GetTime(0).Get(), -199999LL * 5880000);
+    EXPECT_EQ(lCurve->GetValue(0), 1.0F);
+    EXPECT_LE(lSetup.mResult.mMessages.size(), 1100U);
+}
+
+TEST(KQexImporterAcclaim, ThingsThatAreNoMotion)
+{
+    const std::string lTexts[] = {
+        std::string(100000, '\0'),
+        std::string(100000, '\xFF'),
+        "\xC3\x28 1 2\n\xE2\x82",
+        "1\nb " + std::string(1000000, '\0') + "x\n",
+        std::string(3000000, ':'),
+        "1\nb 1e99999999999\n",
+        "1\nb " + std::string(1000000, '9') + "\n",
+        "1\nb ----1\n",
+        ":\n::\n:::\n",
+    };
+    for (const std::string& lText : lTexts)
+    {
+        KSetup            lSetup;
+        const std::string lBefore = Snapshot(*lSetup.mScene);
+        EXPECT_FALSE(lSetup.Import(lText));
+        EXPECT_GE(lSetup.mResult.CountMessages(true), 1U);
+        EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
+        for (const KQexImportMessage& lMessage : lSetup.mResult.mMessages)
+            EXPECT_LE(lMessage.mMessage.mText.size(), 1000U);
+    }
+
+    // A million names that no bone has: warnings are kept in bounds, the frames are read.
+    std::string lNames = "1\nb 1\n";
+    for (int i = 0; i < 1000000; ++i)
+        lNames += "x" + std::to_string(i) + '\n';
+    KSetup lSetup;
+    EXPECT_TRUE(lSetup.Import(lNames + "2\nb 2\n"));
+    EXPECT_LE(lSetup.mResult.mMessages.size(), 1100U);
+}
 
 TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
 {
@@ -338,12 +448,12 @@ struct KFailCase
     const char*              mMessage; ///< The last one.
 };
 
-class KFailTest : public testing::TestWithParam<KFailCase>
+class KImportFailTest : public testing::TestWithParam<KFailCase>
 {
 };
 
 // The second scene has nodes, a take and motion already: those must stay, too.
-TEST_P(KFailTest, TheSceneIsAsItWas)
+TEST_P(KImportFailTest, TheSceneIsAsItWas)
 {
     for (const bool lUsed : {false, true})
     {
@@ -369,7 +479,7 @@ TEST_P(KFailTest, TheSceneIsAsItWas)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Cases, KFailTest,
+    Cases, KImportFailTest,
     testing::Values(
         KFailCase{"an error in the skeleton", Replace(kAsf, "length 3", "length x"), {kThree}, "E26 Can't read bone length\n"},
         KFailCase{"an empty skeleton", "", {}, "E0 The skeleton is incomplete: there is no section\n"},
@@ -488,11 +598,11 @@ struct KRemarkCase
     const char* mRemark;
 };
 
-class KRemarkTest : public testing::TestWithParam<KRemarkCase>
+class KImportRemarkTest : public testing::TestWithParam<KRemarkCase>
 {
 };
 
-TEST_P(KRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
+TEST_P(KImportRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
 {
     KSetup lSetup;
     lSetup.mOptions.mSetPreRotation = GetParam().mPreRotation;
@@ -500,7 +610,7 @@ TEST_P(KRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
     EXPECT_EQ(Texts(lSetup.mResult.mMessages), GetParam().mRemark);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, KRemarkTest,
+INSTANTIATE_TEST_SUITE_P(Cases, KImportRemarkTest,
                          testing::Values(KRemarkCase{"", "", true, ""},
                                          KRemarkCase{"position 0 0 0", "position 0 1 0", false,
                                                      "W0 The root's position or orientation is not zero and is carried as it stands, which "
