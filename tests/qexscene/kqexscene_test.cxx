@@ -1,6 +1,5 @@
 #include <tests/qexscene/scenefixture.h>
-
-#include <pthread.h>
+#include <tests/support/smallstack.h>
 
 #include <random>
 #include <string>
@@ -205,19 +204,8 @@ TEST_F(KQexSceneTest, NothingRefersToWhatHasEndedWhenMemoryIsShort)
     }
 }
 
-/// Runs \p pWork on a stack of 256 KiB.
-void RunOnSmallStack(void* (*pWork)(void*), void* pArgument)
-{
-    pthread_attr_t lAttributes;
-    ASSERT_EQ(pthread_attr_init(&lAttributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&lAttributes, 256 * 1024), 0);
-    pthread_t lThread;
-    ASSERT_EQ(pthread_create(&lThread, &lAttributes, pWork, pArgument), 0);
-    pthread_join(lThread, nullptr);
-    pthread_attr_destroy(&lAttributes);
-}
-
-void* LiveAndDieDeep(void* pResult)
+/// Makes, walks, evaluates and ends chains of nodes; the number of checks that held, of 4.
+int LiveAndDieDeep()
 {
     constexpr int kDepth = 100000;
     KQexScene*    lScene = KQexScene::Create("deep");
@@ -245,15 +233,17 @@ void* LiveAndDieDeep(void* pResult)
         lNode = lParent;
     }
     lScene->Destroy();
-    *static_cast<int*>(pResult) = lResult;
-    return nullptr;
+    return lResult;
 }
 
 TEST_F(KQexSceneTest, DeepTreesLiveAndDieInASmallStack)
 {
-    int lResult = 0;
-    RunOnSmallStack(LiveAndDieDeep, &lResult);
-    EXPECT_EQ(lResult, 4);
+    for (const size_t lSize : qextest::kStackSizes)
+    {
+        int lResult = 0;
+        qextest::RunInStack(lSize, [&lResult] { lResult = LiveAndDieDeep(); });
+        EXPECT_EQ(lResult, 4) << lSize;
+    }
 }
 
 TEST_F(KQexSceneTest, ScenesOfSeveralThreadsAreIndependent)
