@@ -1,9 +1,12 @@
 #include "hostcases.h"
 
 #include <gtest/gtest.h>
+#include <tests/support/assertwatch.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/vectors.h>
 
-#include <fstream>
+#include <algorithm>
+#include <cstdlib>
 
 using nlohmann::json;
 using namespace qexsdk;
@@ -223,6 +226,8 @@ struct KKind
     json (*mRun)(const json&);
 };
 
+const KKind kKinds[] = {{"model", RunModel}, {"import", RunImport}, {"merge", RunMerge}, {"export", RunExport}, {"bind", RunBind}};
+
 class KHostVectorsTest : public testing::TestWithParam<KKind>
 {
 };
@@ -238,31 +243,49 @@ std::string Join(const std::vector<std::string>& pTexts)
 TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
 {
     QEX_SKIP_WITHOUT_VECTORS();
-    std::ifstream lCases(VectorsDir() / "host" / "cases.jsonl");
-    std::ifstream lExpected(VectorsDir() / "host" / "expected.jsonl");
-    std::string   lCaseLine;
-    std::string   lExpectedLine;
-    int           lCount = 0;
-    while (std::getline(lCases, lCaseLine) && std::getline(lExpected, lExpectedLine))
+    const std::vector<json> lCases = ReadJsonLines(VectorsDir() / "host" / "cases.jsonl");
+    const std::vector<json> lExpected = ReadJsonLines(VectorsDir() / "host" / "expected.jsonl");
+    ASSERT_EQ(lExpected.size(), lCases.size() + 1); // the last line is about the whole run
+    int lCount = 0;
+    for (size_t lIter = 0; lIter < lCases.size(); lIter++)
     {
-        const json lCase = json::parse(lCaseLine);
-        json       lWanted = json::parse(lExpectedLine);
+        const json& lCase = lCases[lIter];
+        json        lWanted = lExpected[lIter];
         ASSERT_EQ(lCase["name"], lWanted["name"]);
         if (lCase["kind"] != GetParam().mName)
             continue;
         lCount++;
         for (const char* lKey : {"exactKeys", "keyReducer", "kind", "name"})
             lWanted.erase(lKey);
-        const json                     lGot = GetParam().mRun(lCase);
-        const std::vector<std::string> lOff = Differences(lWanted, lGot, 1e-7);
+        const std::vector<std::string> lOff = Differences(lWanted, GetParam().mRun(lCase), 1e-7);
         EXPECT_TRUE(lOff.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lOff);
     }
     EXPECT_GT(lCount, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest,
-                         testing::Values(KKind{"model", RunModel}, KKind{"import", RunImport}, KKind{"merge", RunMerge},
-                                         KKind{"export", RunExport}, KKind{"bind", RunBind}),
+INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest, testing::ValuesIn(kKinds),
                          [](const testing::TestParamInfo<KKind>& pInfo) { return std::string(pInfo.param.mName); });
+
+// In a process of its own, because each report is made once in a process.
+[[noreturn]] void RunAllForTheirAssertions()
+{
+    KAssertWatch lWatch;
+    for (const json& lCase : ReadJsonLines(VectorsDir() / "host" / "cases.jsonl"))
+        for (const KKind& lKind : kKinds)
+            if (lCase["kind"] == lKind.mName)
+                lKind.mRun(lCase);
+    std::vector<json> lTexts;
+    for (const KAssertReport& lReport : lWatch.GetReports())
+        lTexts.push_back({lReport.mFile, lReport.mText});
+    std::sort(lTexts.begin(), lTexts.end());
+    std::_Exit(json(lTexts) == ReadJsonLines(VectorsDir() / "host" / "expected.jsonl").back()["texts"] ? 0 : 1);
+}
+
+TEST(KHostVectorsAssertTest, TheWholeRunReportsTheseAssertions)
+{
+    QEX_SKIP_WITHOUT_VECTORS();
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(RunAllForTheirAssertions(), testing::ExitedWithCode(0), "");
+}
 
 } // namespace
