@@ -29,6 +29,20 @@ public:
         return lResult;
     }
 
+    /// The rotation in it, without scaling and shear: the images of the axes made orthonormal one after another, x first. Only the
+    /// upper 3x3 part of \p pRotation is written. A transform that flattens x or the x-y plane gives zeros there.
+    void GetRotation(KgeRMatrix& pRotation) const
+    {
+        double(*lM)[4] = pRotation.mData;
+        KmVnorm(lM[0], mData[0].mData);
+        const double* lY = mData[1].mData;
+        const double  lDot = lM[0][0] * lY[0] + lM[0][1] * lY[1] + lM[0][2] * lY[2];
+        KmV(lM[1], lY[0] - lDot * lM[0][0], lY[1] - lDot * lM[0][1], lY[2] - lDot * lM[0][2]);
+        KmVnorm(lM[1], lM[1]);
+        KmV(lM[2], lM[0][1] * lM[1][2] - lM[0][2] * lM[1][1], lM[0][2] * lM[1][0] - lM[0][0] * lM[1][2],
+            lM[0][0] * lM[1][1] - lM[0][1] * lM[1][0]);
+    }
+
     /// The product of column-vector matrices: \p pRight is applied first, then this one.
     KQexMatrix operator*(const KQexMatrix& pRight) const
     {

@@ -3,6 +3,7 @@
 
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <functional>
@@ -42,9 +43,6 @@ struct QEX_API KQexAmcSkeletonNotes
     std::vector<std::string>
         mRemovedBones; ///< Bones of the file that the clean-up took away: their lines are passed over without a warning.
 };
-
-/// Progress of long work, from 0 to 1. Returns false to cancel it.
-using KQexProgress = std::function<bool(double pFraction)>;
 
 /// How a motion is read.
 struct QEX_API KQexAmcReadOptions
@@ -110,6 +108,28 @@ public:
     virtual bool Frame(const KQexAmcFrame& pFrame) = 0;
 };
 
+/// A bone and the node that moves it.
+struct QEX_API KQexAmcPair
+{
+    HKQexAsfNode mBone = nullptr; ///< Not owned.
+    KQexNode*    mNode = nullptr; ///< Not owned.
+};
+
+/// How a motion is written.
+struct QEX_API KQexAmcWriteOptions
+{
+    KQexAnimStack* mStack = nullptr;     ///< Take; null: the rest pose, whatever the frames.
+    KQexSampling   mSampling;            ///< Frames to write; the first gets number 1.
+    KQexAnimStack* mRestStack = nullptr; ///< The nodes' rest pose is the one at time zero in this take; null: their defaults.
+    bool           mIsRootAligned =
+        false; ///< The skeleton's rest pose is the nodes' as seen from their root, as extraction makes it; else both are the same in the world.
+    double      mScale = 1.0;      ///< Factor of the nodes' places.
+    bool        mTellRate = false; ///< Write :SAMPLES-PER-SECOND, at which some readers stop.
+    std::string mAsfName;          ///< Skeleton file named in the first line's comment; empty: none.
+    int mThreads = 0;       ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
+    KQexProgress mProgress; ///< Called now and then; false cancels. Empty: never.
+};
+
 /// Reads AMC files onto the bones of a skeleton. Used by one thread at a time; a read touches neither the bones' frames nor any
 /// keyword table, so that several files may be read at the same time onto different skeletons.
 ///
@@ -135,6 +155,18 @@ public:
 
     /// Reads the open file frame by frame without a host scene; nothing of the skeleton changes. Otherwise as Read().
     bool ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor);
+
+    /// Writes a take as DOF values of \p pAsfScene's bones (frames computed with both flags false): those that, sampled by
+    /// AddSampleFromDOF(), turn and move each bone relative to its rest pose as its node turns and moves relative to the node's.
+    /// Angles are in degrees and continue from frame to frame, lengths are in the skeleton's unit. A value has as many digits as
+    /// the nodes' single-precision curves can tell, six behind the point at most, so that writing what was read changes nothing.
+    ///
+    /// The first of \p pPairs is the root; every other pair's node is below the root's. Bones without a node stay at rest, which is
+    /// zeros. What a bone's DOFs cannot express is left out, with one warning a bone that tells the largest error; the bones
+    /// below make up for it as far as theirs can.
+    /// \return false when something could not be written, memory runs out or the progress call cancels: Discard() then gives
+    ///   the output up
+    bool Write(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions);
 
     /// Count, numbers and rate of the last read.
     const KQexAmcInfo& GetInfo() const { return mInfo; }

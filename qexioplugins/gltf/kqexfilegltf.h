@@ -14,21 +14,6 @@
 namespace qexsdk
 {
 
-/// What a skeleton knows of a bone that its node does not: written into the node's `extras`.
-struct QEX_API KQexGltfBone
-{
-    /// A degree of freedom and its limits.
-    struct KDof
-    {
-        std::string mWord; ///< "tx", "ty", "tz", "rx", "ry", "rz".
-        bool        mHasMin = false;
-        bool        mHasMax = false;
-        double      mMin = 0.0; ///< In the skeleton's units; counts when mHasMin.
-        double      mMax = 0.0; ///< In the skeleton's units; counts when mHasMax.
-    };
-    std::vector<KDof> mDofs; ///< In the order of the skeleton file.
-};
-
 /// A take to write.
 struct QEX_API KQexGltfTake
 {
@@ -44,9 +29,7 @@ struct QEX_API KQexGltfWriteOptions
     bool                      mBoneMesh = true; ///< Bind a simple solid mesh of the bones to the skeleton, so that viewers show something.
     int          mThreads = 0; ///< Threads that evaluate; 0: as many as the machine has, at most 4. The bytes do not depend on it.
     KQexProgress mProgress;    ///< Called now and then; false cancels. Empty: never.
-
-    /// Fills what is known of a node's bone and says true. Empty: nothing is known.
-    std::function<bool(const KQexNode* pNode, KQexGltfBone& pBone)> mBone;
+    const KQexBoneDofs*       mBoneDofs = nullptr; ///< Degrees of freedom by node name, written into `extras`; null: none are known. Not owned.
 };
 
 /// Writes glTF files. Every node of the trees becomes a node of the file with its rest pose as translation, rotation and scale;

@@ -116,11 +116,12 @@ tinygltf::Value KGltfWriter::MakeExtras(const KQexNode* pNode) const
     {
         lExtras["limits"] = tinygltf::Value(lLimits);
     }
-    KQexGltfBone lBone;
-    if (mOptions.mBone && mOptions.mBone(pNode, lBone))
+    const KQexBoneDofs* lKnown = mOptions.mBoneDofs;
+    const auto          lFound = lKnown != nullptr ? lKnown->find(pNode->GetName()) : KQexBoneDofs::const_iterator();
+    if (lKnown != nullptr && lFound != lKnown->end())
     {
         tinygltf::Value::Array lDofs;
-        for (const KQexGltfBone::KDof& lDof : lBone.mDofs)
+        for (const KQexBoneDof& lDof : lFound->second)
         {
             lDofs.push_back(tinygltf::Value(tinygltf::Value::Object{{"dof", tinygltf::Value(lDof.mWord)},
                                                                     {"min", LimitValue(lDof.mHasMin, lDof.mMin)},

@@ -1,4 +1,6 @@
 #include <qexioplugins/motion/kqexfilebvh.h>
+#include <qexioplugins/motion/kqexframewriter.h>
+#include <qexioplugins/motion/kqexrestpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
 #include <qexioplugins/motion/kqextakeguard.h>
 
@@ -7,7 +9,6 @@
 #include <kbaselib/kmath/keulernearest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <new>
@@ -19,12 +20,8 @@ namespace
 {
 
 constexpr double kTicksPerSecond = 705600000.0;
-constexpr int    kBlockFrames = 64;   ///< Frames that one job evaluates or formats.
-constexpr int    kBlocksAThread = 4;  ///< Blocks of a batch for each thread.
-constexpr int    kDecimals = 6;       ///< Digits behind the point, at most.
-constexpr size_t kTypicalNumber = 12; ///< Bytes that most numbers take with the blank behind them.
-constexpr int    kMaxIndent = 64;     ///< Levels behind which indenting stops: a deep chain must not cost the square of its depth.
-constexpr double kStill = 1e-5;       ///< Centimetres by which a key has to leave the rest value to count as movement.
+constexpr int    kDecimals = 6;   ///< Digits behind the point, at most.
+constexpr int    kMaxIndent = 64; ///< Levels behind which indenting stops: a deep chain must not cost the square of its depth.
 
 int IndentLevel(int pLevel)
 {
@@ -53,7 +50,7 @@ struct KBvhScratch
     std::vector<KgeRMatrix>                            mFrames; ///< World rotations of the joints, relative to rest.
 };
 
-class KBvhWriter
+class KBvhWriter : private KQexFrameFormat
 {
 public:
     KBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOptions);
@@ -74,27 +71,23 @@ private:
     void PrintVector(int pLevel, const char* pWord, const double* pVector);
     void PrintChannels(int pLevel, const KBvhJoint& pJoint);
     void CloseJoint(size_t pJoint, int pLevel);
-    bool WriteBatch(long long pFirst, long long pEnd);
-    bool EvaluateBlock(int pBlock, KBvhScratch& pScratch, long long pFirst, long long pEnd);
-    bool EvaluateFrame(KTime pTime, KBvhScratch& pScratch, double* pValues) const;
-    void ContinueBatch();
-    void FormatBlock(int pBlock);
+    bool Evaluate(int pThread, KTime pTime, double* pValues) override;
+    void Continue(double* pValues) override;
+    void Format(long long pFrame, const double* pValues, std::string& pText) const override;
     void ToFileAxes(double* pVector) const;
     void ToFileAxes(KgeRMatrix& pRotation) const;
 
-    KQexFileBvh&                     mFile;
-    const KQexBvhWriteOptions&       mOptions;
-    const KQexAnimLayer*             mLayer;
-    const int                        mCode; ///< Order code of the rotation channels.
-    const int                        mThreads;
-    std::vector<KQexNode*>           mRoots;
-    std::vector<KBvhJoint>           mJoints;         ///< Each tree in pre-order.
-    std::vector<std::string>         mNames;          ///< One a joint; empty for an end site.
-    size_t                           mValueCount = 0; ///< Values of a frame.
-    std::vector<KBvhScratch>         mScratch;        ///< One a thread.
-    std::vector<std::vector<double>> mValues;         ///< Values of each block of the batch.
-    std::vector<std::string>         mText;           ///< Text of each block of the batch.
-    std::vector<double>              mLast;           ///< Values of the frame before.
+    KQexFileBvh&               mFile;
+    const KQexBvhWriteOptions& mOptions;
+    const KQexAnimLayer*       mLayer;
+    const int                  mCode; ///< Order code of the rotation channels.
+    const int                  mThreads;
+    std::vector<KQexNode*>     mRoots;
+    std::vector<KBvhJoint>     mJoints;         ///< Each tree in pre-order.
+    std::vector<std::string>   mNames;          ///< One a joint; empty for an end site.
+    size_t                     mValueCount = 0; ///< Values of a frame.
+    std::vector<KBvhScratch>   mScratch;        ///< One a thread.
+    std::vector<double>        mLast;           ///< Values of the frame before.
 };
 
 KBvhWriter::KBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOptions)
@@ -104,36 +97,6 @@ KBvhWriter::KBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOptions)
       mCode(pOptions.mOrder <= eEULER_ZYX ? 2 * static_cast<int>(pOptions.mOrder) : 0),
       mThreads(KThreadCount(pOptions.mThreads))
 {
-}
-
-/// Whether a key of the curve node, or a channel without keys, leaves the value that the property has at rest.
-bool LeavesRest(const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
-{
-    const KQexAnimCurveNode* lCurveNode = pProperty.GetCurveNode(pLayer);
-    if (lCurveNode == nullptr)
-    {
-        return false;
-    }
-    const auto lRest = KQexGet<qexVectorTemplate3<double>>(pProperty);
-    for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
-    {
-        const double         lValue = lRest.mData[lChannel];
-        const double         lBound = kStill + 1e-6 * std::fabs(lValue);
-        const KQexAnimCurve* lCurve = lCurveNode->GetCurve(lChannel);
-        const int            lCount = lCurve != nullptr ? lCurve->GetKeyCount() : 0;
-        if (lCount == 0 && std::fabs(lCurveNode->GetChannelValue<double>(lChannel, lValue) - lValue) > lBound)
-        {
-            return true;
-        }
-        for (int lKey = 0; lKey < lCount; ++lKey)
-        {
-            if (std::fabs(static_cast<double>(lCurve->GetValue(lKey)) - lValue) > lBound)
-            {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 /// A leaf named after its parent with "_End" and standing still is what BVH has end sites for; any other leaf is a joint, whose
@@ -149,28 +112,9 @@ bool KBvhWriter::IsEndSite(const KQexNode* pNode) const
     return !LeavesRest(pNode->mLocalTranslation, mLayer) && !LeavesRest(pNode->mLocalRotation, mLayer);
 }
 
-/// The rotation of a global transform, without its scaling: columns made orthonormal one after another.
-void GetRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
-{
-    double(*lM)[4] = pRotation.mData;
-    for (int i = 0; i < 3; ++i)
-    {
-        KmVset(lM[i], pTransform.mData[i].mData);
-    }
-    KmVnorm(lM[0], lM[0]);
-    const double lDot = lM[0][0] * lM[1][0] + lM[0][1] * lM[1][1] + lM[0][2] * lM[1][2];
-    for (int i = 0; i < 3; ++i)
-    {
-        lM[1][i] -= lDot * lM[0][i];
-    }
-    KmVnorm(lM[1], lM[1]);
-    KmV(lM[2], lM[0][1] * lM[1][2] - lM[0][2] * lM[1][1], lM[0][2] * lM[1][0] - lM[0][0] * lM[1][2],
-        lM[0][0] * lM[1][1] - lM[0][1] * lM[1][0]);
-}
-
 void KBvhWriter::SetRest(KBvhJoint& pJoint, const KQexGlobalTransforms& pRest) const
 {
-    GetRotation(pJoint.mRestInv, pRest.GetTransform(pJoint.mPose));
+    pRest.GetTransform(pJoint.mPose).GetRotation(pJoint.mRestInv);
     KgeInverse(pJoint.mRestInv, pJoint.mRestInv);
     KmV(pJoint.mOffset, 0.0, 0.0, 0.0);
     if (pJoint.mParent >= 0)
@@ -179,6 +123,13 @@ void KBvhWriter::SetRest(KBvhJoint& pJoint, const KQexGlobalTransforms& pRest) c
         const double* lParent = pRest.GetTransform(mJoints[static_cast<size_t>(pJoint.mParent)].mPose).mData[3].mData;
         KmV(pJoint.mOffset, lPlace[0] - lParent[0], lPlace[1] - lParent[1], lPlace[2] - lParent[2]);
     }
+}
+
+/// Appends a number and a blank.
+void AppendNumber(std::string& pText, double pValue)
+{
+    KNumberAppendFixed(pText, pValue, kDecimals);
+    pText += ' ';
 }
 
 /// What the node's scaling, and those above it, do to the places below it.
@@ -389,11 +340,12 @@ void KBvhWriter::WriteHierarchy()
     }
 }
 
-bool KBvhWriter::EvaluateFrame(KTime pTime, KBvhScratch& pScratch, double* pValues) const
+bool KBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
 {
+    KBvhScratch& lScratch = mScratch[static_cast<size_t>(pThread)];
     for (size_t i = 0; i < mRoots.size(); ++i)
     {
-        if (!mRoots[i]->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoots[i], pTime, *pScratch.mPoses[i]))
+        if (!mRoots[i]->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoots[i], pTime, *lScratch.mPoses[i]))
         {
             return false;
         }
@@ -407,15 +359,15 @@ bool KBvhWriter::EvaluateFrame(KTime pTime, KBvhScratch& pScratch, double* pValu
         {
             continue;
         }
-        const KQexGlobalTransforms& lPose = *pScratch.mPoses[static_cast<size_t>(lJoint.mTree)];
+        const KQexGlobalTransforms& lPose = *lScratch.mPoses[static_cast<size_t>(lJoint.mTree)];
         const KQexMatrix&           lPlace = lPose.GetTransform(lJoint.mPose);
-        KgeRMatrix&                 lFrame = pScratch.mFrames[i];
-        GetRotation(lFrame, lPlace);
+        KgeRMatrix&                 lFrame = lScratch.mFrames[i];
+        lPlace.GetRotation(lFrame);
         KgeMult(lFrame, lFrame, lJoint.mRestInv);
         const bool lIsRoot = lJoint.mParent < 0;
         if (!lIsRoot)
         {
-            KgeInverse(lParentInv, pScratch.mFrames[static_cast<size_t>(lJoint.mParent)]);
+            KgeInverse(lParentInv, lScratch.mFrames[static_cast<size_t>(lJoint.mParent)]);
             KgeMult(lLocal, lParentInv, lFrame);
         }
         if (lJoint.mHasPositions)
@@ -442,134 +394,44 @@ bool KBvhWriter::EvaluateFrame(KTime pTime, KBvhScratch& pScratch, double* pValu
     return true;
 }
 
-bool KBvhWriter::EvaluateBlock(int pBlock, KBvhScratch& pScratch, long long pFirst, long long pEnd)
+/// Makes every rotation the triple nearest to the one of the frame before.
+void KBvhWriter::Continue(double* pValues)
 {
-    std::vector<double>& lValues = mValues[static_cast<size_t>(pBlock)];
-    for (long long lFrame = pFirst; lFrame < pEnd; ++lFrame)
+    double* lLast = mLast.data();
+    for (const KBvhJoint& lJoint : mJoints)
     {
-        double* lInto = lValues.data() + static_cast<size_t>(lFrame - pFirst) * mValueCount;
-        if (!EvaluateFrame(mOptions.mSampling.GetTime(lFrame), pScratch, lInto))
+        if (lJoint.mIsEndSite)
         {
-            return false;
+            continue;
         }
-    }
-    return true;
-}
-
-/// Makes every rotation the triple nearest to the one of the frame before. In the order of the frames, so that the bytes written
-/// do not depend on how blocks and threads divide them.
-void KBvhWriter::ContinueBatch()
-{
-    for (std::vector<double>& lBlock : mValues)
-    {
-        for (size_t lFrame = 0; lFrame < lBlock.size(); lFrame += mValueCount)
-        {
-            double* lValue = lBlock.data() + lFrame;
-            double* lLast = mLast.data();
-            for (const KBvhJoint& lJoint : mJoints)
-            {
-                if (lJoint.mIsEndSite)
-                {
-                    continue;
-                }
-                const int lSkip = lJoint.mHasPositions ? 3 : 0;
-                KmNearestEuler(lValue + lSkip, lLast + lSkip, mCode);
-                KmVset(lLast + lSkip, lValue + lSkip);
-                lValue += lSkip + 3;
-                lLast += lSkip + 3;
-            }
-        }
+        const int lSkip = lJoint.mHasPositions ? 3 : 0;
+        KmNearestEuler(pValues + lSkip, lLast + lSkip, mCode);
+        KmVset(lLast + lSkip, pValues + lSkip);
+        pValues += lSkip + 3;
+        lLast += lSkip + 3;
     }
 }
 
-/// Formats a block; the triples stand in order of application and are written last applied first.
-void KBvhWriter::FormatBlock(int pBlock)
+/// The triples stand in order of application and are written last applied first.
+void KBvhWriter::Format(long long, const double* pValues, std::string& pText) const
 {
-    const std::vector<double>& lValues = mValues[static_cast<size_t>(pBlock)];
-    std::string&               lText = mText[static_cast<size_t>(pBlock)];
-    lText.resize(lValues.size() * kTypicalNumber);
-    size_t     lUsed = 0;
-    const auto lPrint = [&](double pValue, char pAfter)
+    for (const KBvhJoint& lJoint : mJoints)
     {
-        if (lText.size() - lUsed < kNumberBufferSize + 1)
+        if (lJoint.mIsEndSite)
         {
-            lText.resize(2 * lText.size() + kNumberBufferSize + 1);
+            continue;
         }
-        char* lEnd = KNumberPrintFixed(&lText[lUsed], &lText[0] + lText.size() - 1, pValue, kDecimals);
-        *lEnd = pAfter;
-        lUsed = static_cast<size_t>(lEnd + 1 - lText.data());
-    };
-    const double* lValue = lValues.data();
-    const double* lEnd = lValue + lValues.size();
-    while (lValue != lEnd)
-    {
-        for (size_t i = 0; i < mJoints.size(); ++i)
+        for (int i = lJoint.mHasPositions ? 3 : 0; i > 0; --i)
         {
-            if (mJoints[i].mIsEndSite)
-            {
-                continue;
-            }
-            for (int j = mJoints[i].mHasPositions ? 3 : 0; j > 0; --j)
-            {
-                lPrint(*lValue++, ' ');
-            }
-            lPrint(lValue[2], ' ');
-            lPrint(lValue[1], ' ');
-            lPrint(lValue[0], ' ');
-            lValue += 3;
+            AppendNumber(pText, *pValues++);
         }
-        lText[lUsed - 1] = '\n';
-    }
-    lText.resize(lUsed);
-}
-
-bool KBvhWriter::WriteBatch(long long pFirst, long long pEnd)
-{
-    const int         lBlocks = static_cast<int>((pEnd - pFirst + kBlockFrames - 1) / kBlockFrames);
-    std::atomic<bool> lOk{true};
-    mValues.resize(static_cast<size_t>(lBlocks));
-    mText.resize(static_cast<size_t>(lBlocks));
-    for (int i = 0; i < lBlocks; ++i)
-    {
-        const long long lFrames = std::min<long long>(kBlockFrames, pEnd - pFirst - static_cast<long long>(i) * kBlockFrames);
-        mValues[static_cast<size_t>(i)].resize(static_cast<size_t>(lFrames) * mValueCount);
-    }
-    KParallelFor(
-        lBlocks, mThreads,
-        [&](int pBlock)
+        for (int i = 2; i >= 0; --i)
         {
-            const long long lFirst = pFirst + static_cast<long long>(pBlock) * kBlockFrames;
-            if (!EvaluateBlock(pBlock, mScratch[static_cast<size_t>(pBlock % mThreads)], lFirst, std::min(pEnd, lFirst + kBlockFrames)))
-            {
-                lOk = false;
-            }
-        });
-    ContinueBatch();
-    KParallelFor(lBlocks, mThreads,
-                 [&](int pBlock)
-                 {
-                     try
-                     {
-                         FormatBlock(pBlock);
-                     }
-                     catch (const std::bad_alloc&)
-                     {
-                         lOk = false;
-                     }
-                 });
-    if (!lOk)
-    {
-        mFile.Error("Out of memory\n");
-        return false;
-    }
-    for (const std::string& lText : mText)
-    {
-        if (!mFile.GetOutput().Write(lText.data(), lText.size()))
-        {
-            return false;
+            AppendNumber(pText, pValues[i]);
         }
+        pValues += 3;
     }
-    return true;
+    pText.back() = '\n';
 }
 
 bool KBvhWriter::WriteMotion()
@@ -578,20 +440,13 @@ bool KBvhWriter::WriteMotion()
     char            lStep[kNumberBufferSize];
     char* lEnd = KNumberPrint(lStep, lStep + sizeof lStep, static_cast<double>(mOptions.mSampling.mStep.Get()) / kTicksPerSecond, 'g', 10);
     mFile.Print(0, "MOTION\nFrames: %lld\nFrame Time: %.*s\n", lCount, static_cast<int>(lEnd - lStep), lStep);
-    const long long lBatch = static_cast<long long>(kBlockFrames) * kBlocksAThread * mThreads;
     mLast.assign(mValueCount, 0.0);
-    for (long long lFirst = 0; lFirst < lCount; lFirst += lBatch)
+    const KFrameRun lRun = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
+    if (lRun == KFrameRun::eOUT_OF_MEMORY)
     {
-        if (!WriteBatch(lFirst, std::min(lCount, lFirst + lBatch)))
-        {
-            return false;
-        }
-        if (mOptions.mProgress && !mOptions.mProgress(std::min(1.0, static_cast<double>(lFirst + lBatch) / static_cast<double>(lCount))))
-        {
-            return false;
-        }
+        mFile.Error("Out of memory\n");
     }
-    return true;
+    return lRun == KFrameRun::eDONE;
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <kbaselib/kbase/ktime.h>
 
 #include <functional>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 /// \file
@@ -18,6 +20,19 @@ class KQexNode;
 
 /// Progress of long work, from 0 to 1. Returns false to cancel it. Called on the caller's thread.
 using KQexProgress = std::function<bool(double pFraction)>;
+
+/// A degree of freedom of a bone, as skeleton files list it, with its limits.
+struct QEX_API KQexBoneDof
+{
+    std::string mWord;           ///< "tx", "ty", "tz", "rx", "ry" or "rz".
+    bool        mHasMin = false; ///< Whether mMin limits it.
+    bool        mHasMax = false; ///< Whether mMax limits it.
+    double      mMin = 0.0;      ///< Degrees or centimetres.
+    double      mMax = 0.0;      ///< Degrees or centimetres.
+};
+
+/// What is known of bones' degrees of freedom beyond the scene: by name, in the order in which the bone's rotations are applied.
+using KQexBoneDofs = std::unordered_map<std::string, std::vector<KQexBoneDof>>;
 
 /// Evenly spaced points of time: frame i (0 to mCount - 1) is at mStart + i * mStep.
 struct QEX_API KQexSampling

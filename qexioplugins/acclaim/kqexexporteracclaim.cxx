@@ -1,0 +1,427 @@
+#include <qexioplugins/acclaim/kqexexporteracclaim.h>
+
+#include <qexioplugins/acclaim/kqexasfprepare.h>
+#include <qexioplugins/acclaim/kqexasfwalk.h>
+#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexioplugins/motion/kqextakeguard.h>
+
+#include <filesystem>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double      kCentimetres = 2.54;
+constexpr const char* kDofWords[6] = {"tx", "ty", "tz", "rz", "ry", "rx"};
+
+void AddMessage(KQexExportAcclaimResult& pResult, const std::string& pPath, KQexTextMessage::ESeverity pSeverity, const std::string& pText)
+{
+    pResult.mMessages.push_back(KQexImportMessage{pPath, KQexTextMessage{pSeverity, 0, pText}});
+}
+
+bool Fail(KQexExportAcclaimResult& pResult, const std::string& pPath, const char* pText)
+{
+    AddMessage(pResult, pPath, KQexTextMessage::eERROR, pText);
+    return false;
+}
+
+void TakeMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, const std::string& pPath)
+{
+    for (const KQexTextMessage& lMessage : pFile.GetMessages())
+    {
+        pResult.mMessages.push_back(KQexImportMessage{pPath, lMessage});
+    }
+}
+
+/// One export of a tree: what its steps hand to each other.
+class KExport
+{
+public:
+    KExport(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
+            KQexExportAcclaimResult& pResult)
+        : mRoot(pRoot),
+          mAsfPath(pAsfPath),
+          mAmcPath(pAmcPath != nullptr ? pAmcPath : ""),
+          mOptions(pOptions),
+          mResult(pResult),
+          mStack(pOptions.mStack != nullptr ? pOptions.mStack : pRoot->GetScene()->GetEvaluator()->GetContext()),
+          mAmc(false)
+    {
+    }
+
+    bool Run();
+
+private:
+    bool                 MakeSkeleton();
+    bool                 ReadBack(const std::vector<KAsfOrigin>& pOrigins);
+    bool                 WriteSkeleton();
+    bool                 WriteMotion();
+    bool                 Finish();
+    const KQexAnimLayer* GetLayer() const { return mStack != nullptr ? mStack->GetMember<KQexAnimLayer>(0) : nullptr; }
+    bool                 NeedsTranslations() const;
+
+    KQexNode*                       mRoot;
+    std::string                     mAsfPath;
+    std::string                     mAmcPath;
+    const KQexExportAcclaimOptions& mOptions;
+    KQexExportAcclaimResult&        mResult;
+    KQexAnimStack*                  mStack;
+    std::string                     mText;     ///< The skeleton file.
+    KQexAsfSceneOwner               mReadBack; ///< The skeleton as every reader of that text will see it.
+    std::vector<KQexAmcPair>        mPairs;
+    KOutputFile                     mAsf;
+    KQexFileAcclaimAmc              mAmc;
+};
+
+bool KExport::NeedsTranslations() const
+{
+    if (mOptions.mTranslations != eTRANSLATION_DOFS_MOVING)
+    {
+        return mOptions.mTranslations == eTRANSLATION_DOFS_ALL;
+    }
+    for (const KQexNode* lNode = mRoot->GetNextInTree(mRoot); lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
+    {
+        if (LeavesRest(lNode->mLocalTranslation, GetLayer()))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Extracts, prepares and formats the skeleton.
+bool KExport::MakeSkeleton()
+{
+    const KQexAsfSceneOwner lScene(QexSdkNew<KQexAsfScene>());
+    if (!lScene)
+    {
+        return Fail(mResult, mAsfPath, "Out of memory");
+    }
+    KQexAnimEvaluator*     lEvaluator = mRoot->GetScene()->GetEvaluator();
+    const KQexContextGuard lContext(lEvaluator);
+    const bool             lHasTranslations = NeedsTranslations();
+    const double           lScale = mOptions.mBaseScale;
+    // Without a take the values at time zero are the nodes' defaults.
+    lEvaluator->SetContext(mOptions.mBasePoseFirstFrame ? mStack : nullptr);
+    lScene->QEXToASF(mRoot, lHasTranslations, KQexVector4(lScale, lScale, lScale, 1.0), true);
+    if (lScene->mRoot == nullptr)
+    {
+        return Fail(mResult, mAsfPath, "Out of memory");
+    }
+    KAsfPreparation lPreparation(lScene.get(), mRoot, GetLayer(), mOptions, lHasTranslations);
+    if (!lPreparation.Run())
+    {
+        return Fail(mResult, mAsfPath, "Out of memory");
+    }
+    for (const std::string& lWarning : lPreparation.GetWarnings())
+    {
+        AddMessage(mResult, mAsfPath, KQexTextMessage::eWARNING, lWarning);
+    }
+    // What samples into the nodes later needs their curves, not their defaults.
+    lEvaluator->SetContext(mStack);
+    for (const KAsfOrigin& lOrigin : lPreparation.GetOrigins())
+    {
+        lOrigin.mBone->GetCurveNodePointers(lOrigin.mNode);
+    }
+    mResult.mBones = static_cast<int>(lPreparation.GetOrigins().size());
+    KQexFileAcclaimAsf lFile(false);
+    if (!lFile.OpenWriteBuffer(&mText))
+    {
+        return Fail(mResult, mAsfPath, "Out of memory");
+    }
+    lFile.Write(lScene.get());
+    if (!lFile.Close())
+    {
+        return Fail(mResult, mAsfPath, "Out of memory");
+    }
+    return mAmcPath.empty() || ReadBack(lPreparation.GetOrigins());
+}
+
+/// Reads the text as other programs will: motion is made for the bones that they see, with the digits that the text has.
+bool KExport::ReadBack(const std::vector<KAsfOrigin>& pOrigins)
+{
+    KQexImportAcclaimResult lResult;
+    mReadBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(mText.data(), mText.size(), mAsfPath),
+                                                  KQexImportAcclaimOptions(), lResult);
+    if (!mReadBack)
+    {
+        mResult.mMessages.insert(mResult.mMessages.end(), lResult.mMessages.begin(), lResult.mMessages.end());
+        return Fail(mResult, mAsfPath, "The skeleton cannot be read back");
+    }
+    std::unordered_map<std::string, KQexNode*> lNodes;
+    for (size_t i = 1; i < pOrigins.size(); ++i)
+    {
+        lNodes[pOrigins[i].mBone->mName] = pOrigins[i].mNode;
+    }
+    mPairs.push_back(KQexAmcPair{mReadBack->mRoot, mRoot});
+    KQexAsfWalk lWalk(mReadBack->mRoot);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        const auto lFound = lWalk.IsEntering() ? lNodes.find(lBone->mName) : lNodes.end();
+        if (lFound != lNodes.end() && lFound->second != nullptr)
+        {
+            mPairs.push_back(KQexAmcPair{lBone, lFound->second});
+        }
+    }
+    return true;
+}
+
+bool KExport::WriteSkeleton()
+{
+    if (mAsf.Open(mAsfPath.c_str()) && mAsf.Write(mText.data(), mText.size()) && mAsf.Prepare())
+    {
+        return true;
+    }
+    return Fail(mResult, mAsfPath, ("Can't write: " + mAsf.GetReason()).c_str());
+}
+
+/// Opens and writes a motion; its output then only waits for its name.
+bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, KQexAsfScene* pSkeleton, const std::vector<KQexAmcPair>& pPairs,
+                     const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult)
+{
+    const bool lIsWritten = pAmc.OpenWrite(pPath.c_str()) && pAmc.Write(pSkeleton, pPairs, pOptions);
+    TakeMessages(pResult, pAmc, pPath);
+    if (!lIsWritten || !pAmc.GetOutput().Prepare())
+    {
+        if (pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
+        {
+            Fail(pResult, pPath, ("Can't write: " + pAmc.GetOutput().GetReason()).c_str());
+        }
+        pAmc.Discard();
+        return false;
+    }
+    return true;
+}
+
+/// Turns a caller's options into the writer's; wraps the progress call so that a cancel is remembered.
+KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexAnimStack* pStack, KQexExportAcclaimResult& pResult)
+{
+    KQexAmcWriteOptions lOptions;
+    lOptions.mStack = pStack;
+    lOptions.mSampling = pResult.mSampling;
+    lOptions.mRestStack = pOptions.mBasePoseFirstFrame ? pStack : nullptr;
+    lOptions.mScale = pOptions.mBaseScale;
+    lOptions.mTellRate = pOptions.mTellRate;
+    lOptions.mThreads = pOptions.mThreads;
+    if (pOptions.mProgress)
+    {
+        lOptions.mProgress = [&pOptions, &pResult](double pFraction)
+        {
+            pResult.mCancelled = pResult.mCancelled || !pOptions.mProgress(pFraction);
+            return !pResult.mCancelled;
+        };
+    }
+    return lOptions;
+}
+
+bool KExport::WriteMotion()
+{
+    if (mAmcPath.empty())
+    {
+        return true;
+    }
+    if (!MakeSampling({mRoot}, mStack, mOptions.mSampling, mResult.mSampling))
+    {
+        return Fail(mResult, mAmcPath, "No frames in the part of the take that was asked for");
+    }
+    KQexAmcWriteOptions lOptions = MakeWriteOptions(mOptions, mStack, mResult);
+    lOptions.mIsRootAligned = true;
+    lOptions.mAsfName = mAsfPath != "-" ? std::filesystem::path(mAsfPath).filename().string() : "";
+    return WriteMotionFile(mAmc, mAmcPath, mReadBack.get(), mPairs, lOptions, mResult);
+}
+
+bool KExport::Finish()
+{
+    if (!mAsf.Commit())
+    {
+        return Fail(mResult, mAsfPath, ("Can't write: " + mAsf.GetReason()).c_str());
+    }
+    if (!mAmcPath.empty() && !mAmc.Close())
+    {
+        return Fail(mResult, mAmcPath, ("Can't write: " + mAmc.GetOutput().GetReason()).c_str());
+    }
+    return true;
+}
+
+bool KExport::Run()
+{
+    return MakeSkeleton() && WriteSkeleton() && WriteMotion() && Finish();
+}
+
+/// Finds nodes by name below other nodes: the first in pre-order, as the scene's own search does, without walking each time.
+class KNodeFinder
+{
+public:
+    KNodeFinder(KQexNode* pRoot, bool pIsBare)
+    {
+        std::vector<size_t> lOpen;
+        for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
+        {
+            while (!lOpen.empty() && mNodes[lOpen.back()].mNode != lNode->GetParent())
+            {
+                mNodes[lOpen.back()].mEnd = mNodes.size();
+                lOpen.pop_back();
+            }
+            const std::string lName = pIsBare ? static_cast<const char*>(lNode->GetNameWithoutNameSpacePrefix()) : lNode->GetName();
+            lOpen.push_back(mNodes.size());
+            mPlaces[lName].push_back(mNodes.size());
+            mNodes.push_back(KPlace{lNode, 0});
+        }
+        for (const size_t lPlace : lOpen)
+        {
+            mNodes[lPlace].mEnd = mNodes.size();
+        }
+    }
+
+    /// The place of the first node named \p pName below the one at \p pBelow; \p pBelow itself when there is none.
+    size_t Find(size_t pBelow, const std::string& pName) const
+    {
+        const auto lNamed = mPlaces.find(pName);
+        if (lNamed == mPlaces.end())
+        {
+            return pBelow;
+        }
+        const auto lFound = std::upper_bound(lNamed->second.begin(), lNamed->second.end(), pBelow);
+        return lFound != lNamed->second.end() && *lFound < mNodes[pBelow].mEnd ? *lFound : pBelow;
+    }
+
+    KQexNode* GetNode(size_t pPlace) const { return mNodes[pPlace].mNode; }
+
+private:
+    struct KPlace
+    {
+        KQexNode* mNode;
+        size_t    mEnd; ///< Place behind its last descendant.
+    };
+    std::vector<KPlace>                                  mNodes; ///< In pre-order.
+    std::unordered_map<std::string, std::vector<size_t>> mPlaces;
+};
+
+/// Pairs bones and nodes as KQexAsfScene::MergeQEXToASF does: a bone without a node hands its children to the node above.
+void MakePairs(const KNodeFinder& pFinder, KQexAsfScene* pSkeleton, std::vector<KQexAmcPair>& pPairs, std::vector<std::string>& pUnmatched)
+{
+    std::vector<size_t> lOpen;
+    KQexAsfWalk         lWalk(pSkeleton->mRoot);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+        {
+            lOpen.pop_back();
+            continue;
+        }
+        const size_t lAbove = lOpen.empty() ? 0 : lOpen.back();
+        const size_t lPlace = lOpen.empty() ? 0 : pFinder.Find(lAbove, lBone->mName);
+        if (lOpen.empty() || lPlace != lAbove)
+        {
+            pPairs.push_back(KQexAmcPair{lBone, pFinder.GetNode(lPlace)});
+        }
+        else
+        {
+            pUnmatched.emplace_back(lBone->mName);
+        }
+        lOpen.push_back(lPlace);
+    }
+}
+
+bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
+                     KQexExportAcclaimResult& pResult)
+{
+    KQexAnimStack*           lStack = pOptions.mStack != nullptr ? pOptions.mStack : pRoot->GetScene()->GetEvaluator()->GetContext();
+    std::vector<KQexAmcPair> lPairs;
+    MakePairs(KNodeFinder(pRoot, false), pSkeleton, lPairs, pResult.mUnmatched);
+    if (lPairs.size() == 1 && !pResult.mUnmatched.empty())
+    {
+        lPairs.clear();
+        pResult.mUnmatched.clear();
+        MakePairs(KNodeFinder(pRoot, true), pSkeleton, lPairs, pResult.mUnmatched);
+    }
+    for (const KQexAmcPair& lPair : lPairs)
+    {
+        lPair.mBone->GetCurveNodePointers(lPair.mNode);
+    }
+    if (!MakeSampling({pRoot}, lStack, pOptions.mSampling, pResult.mSampling))
+    {
+        return Fail(pResult, pAmcPath, "No frames in the part of the take that was asked for");
+    }
+    KQexFileAcclaimAmc        lAmc(false);
+    const KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
+    if (!WriteMotionFile(lAmc, pAmcPath, pSkeleton, lPairs, lOptions, pResult))
+    {
+        return false;
+    }
+    return lAmc.Close() || Fail(pResult, pAmcPath, ("Can't write: " + lAmc.GetOutput().GetReason()).c_str());
+}
+
+} // namespace
+
+bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
+                                 KQexExportAcclaimResult& pResult)
+{
+    pResult = KQexExportAcclaimResult();
+    if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
+    {
+        return Fail(pResult, pAsfPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
+    }
+    try
+    {
+        pResult.mOk = KExport(pRoot, pAsfPath, pAmcPath, pOptions, pResult).Run();
+    }
+    catch (const std::bad_alloc&)
+    {
+        Fail(pResult, pAsfPath, "Out of memory");
+    }
+    return pResult.mOk;
+}
+
+bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,
+                                       const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
+{
+    pResult = KQexExportAcclaimResult();
+    if (pRoot == nullptr || pSkeleton == nullptr || pSkeleton->mRoot == nullptr)
+    {
+        return Fail(pResult, pAmcPath, "Nothing to export");
+    }
+    try
+    {
+        pResult.mOk = RunMotionExport(pRoot, pSkeleton, pAmcPath, pOptions, pResult);
+    }
+    catch (const std::bad_alloc&)
+    {
+        Fail(pResult, pAmcPath, "Out of memory");
+    }
+    return pResult.mOk;
+}
+
+KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton)
+{
+    KQexBoneDofs lAll;
+    const double lToCentimetres = pSkeleton->mLengthUnit > 0.0 ? kCentimetres / pSkeleton->mLengthUnit : 1.0;
+    KQexAsfWalk  lWalk(pSkeleton->mRoot);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+        {
+            continue;
+        }
+        std::vector<KQexBoneDof>& lDofs = lAll[lBone->mName];
+        for (int i = 0; i < lBone->mOrderCount; ++i)
+        {
+            const int    lCode = lBone->mOrderBuf[i];
+            const double lFactor = lCode < 3 ? lToCentimetres : 1.0;
+            KQexBoneDof  lDof;
+            lDof.mWord = kDofWords[lCode];
+            lDof.mHasMin = lBone->mLimitsActive[lCode][0];
+            lDof.mHasMax = lBone->mLimitsActive[lCode][1];
+            lDof.mMin = lDof.mHasMin ? lBone->mLimitsBuf[lCode][0] * lFactor : 0.0;
+            lDof.mMax = lDof.mHasMax ? lBone->mLimitsBuf[lCode][1] * lFactor : 0.0;
+            lDofs.push_back(lDof);
+        }
+    }
+    return lAll;
+}
+
+} // namespace qexsdk
