@@ -161,9 +161,9 @@ void KAsfPreparation::MakeNamesValid()
             }
         }
     }
-    const std::string lWanted = mOptions.mSkeletonName.empty() ? BareName(mRoot) : mOptions.mSkeletonName;
-    const std::string lName = ValidName(lWanted, mScene->mName).substr(0, kMaxName);
-    if (!mOptions.mSkeletonName.empty() && lName != lWanted)
+    const std::string lWanted = mOptions.mSkeletonName.empty() ? mScene->mName : mOptions.mSkeletonName;
+    const std::string lName = ValidName(lWanted, "ASF").substr(0, kMaxName);
+    if (lName != lWanted)
     {
         mWarnings.push_back("Skeleton renamed (" + lName + "), from (" + lWanted + ")");
     }

@@ -14,6 +14,7 @@ namespace
 constexpr int    kMaxTurns = 10;  ///< Rounds of rounding after which the values are taken as they are.
 constexpr int    kTextDigits = 6; ///< Digits of a number in the written text.
 constexpr double kCentimetres = 2.54;
+constexpr double kAngleScale = 1e6;  ///< Angles keep six decimals: smaller ones are rounding.
 constexpr double kPlaceNoise = 1e-6; ///< Centimetres by which other formats round places.
 
 /// \p pValue as the written text holds it, and never a negative zero.
@@ -68,7 +69,7 @@ void SettleAxis(KQexAsfNode& pBone)
         KmRtoVord(lAngles, pBone.mAxisRM.mData, 0);
         for (int i = 0; i < 3; ++i)
         {
-            lAngles[i] = AsWritten(lAngles[i]);
+            lAngles[i] = Rounded(lAngles[i], kAngleScale);
             lAngles[i] = lAngles[i] == -180.0 ? 180.0 : lAngles[i];
             lIsSettled = lIsSettled && lAngles[i] == pBone.mOrientationV.mData[i];
         }

@@ -29,7 +29,7 @@ struct QEX_API KQexExportAcclaimOptions
     double              mBaseScale = 1.0;                         ///< Factor of all lengths and places.
     bool        mBasePoseFirstFrame = false; ///< The skeleton's rest pose is the take's pose at time zero; else the nodes' defaults.
     double      mLengthUnit = 1.0;           ///< Length unit of the files: a length in them is 2.54 cm over this. Above 0.
-    std::string mSkeletonName;               ///< Name of the skeleton; empty: the root node's.
+    std::string mSkeletonName;               ///< Name of the skeleton; empty: "ASF".
     const KQexBoneDofs* mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
     bool                mTellRate = false;   ///< Write :SAMPLES-PER-SECOND into the motion, at which some readers stop.
     int                 mThreads = 0;        ///< See KQexAmcWriteOptions.

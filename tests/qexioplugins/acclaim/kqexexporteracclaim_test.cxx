@@ -1,0 +1,168 @@
+#include <qexioplugins/acclaim/kqexexporteracclaim.h>
+
+#include <tests/support/randomscene.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+/// The two text files of one export.
+struct KTexts
+{
+    std::string mAsf;
+    std::string mAmc;
+};
+
+/// Exports the scene's tree at \p pRoot, into files of \p pDir.
+KTexts Exported(const KTempDir& pDir, KQexNode* pRoot, const KQexExportAcclaimOptions& pOptions = KQexExportAcclaimOptions())
+{
+    KQexExportAcclaimResult lResult;
+    const std::string       lAsf = (pDir / "out.asf").string();
+    const std::string       lAmc = (pDir / "out.amc").string();
+    EXPECT_TRUE(KQexExporterAcclaim::Export(pRoot, lAsf.c_str(), lAmc.c_str(), pOptions, lResult));
+    for (const KQexImportMessage& lMessage : lResult.mMessages)
+    {
+        EXPECT_EQ(lMessage.mMessage.mSeverity, KQexTextMessage::eWARNING) << lMessage.mMessage.mText;
+    }
+    return KTexts{ReadFile(lAsf), ReadFile(lAmc)};
+}
+
+/// Imports texts; the root's node.
+KQexNode* Imported(KQexScene* pScene, const KTexts& pTexts, KQexImportAcclaimResult& pResult, bool pRemoveDummies = false)
+{
+    KQexImportAcclaimOptions lOptions;
+    lOptions.mKeepAsfScene = true;
+    lOptions.mRemoveDummies = pRemoveDummies;
+    EXPECT_TRUE(KQexImporterAcclaim::Import(pScene, KQexAcclaimSource::Buffer(pTexts.mAsf.data(), pTexts.mAsf.size(), "a.asf"),
+                                            {KQexAcclaimSource::Buffer(pTexts.mAmc.data(), pTexts.mAmc.size(), "a.amc")}, lOptions,
+                                            pResult))
+        << (pResult.mMessages.empty() ? "" : pResult.mMessages.back().mMessage.mText);
+    return pResult.mRootNode;
+}
+
+/// Names of the root's node in an exported skeleton, the others as they are.
+std::map<std::string, std::vector<KQexVector4>> Places(KQexNode* pRoot, int pFrames)
+{
+    std::map<std::string, std::vector<KQexVector4>> lPlaces;
+    KQexGlobalTransforms                            lPose;
+    for (int lFrame = 0; lFrame < pFrames; ++lFrame)
+    {
+        EXPECT_TRUE(pRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pRoot, FrameTime(lFrame), lPose));
+        for (int i = 0; i < lPose.GetCount(); ++i)
+        {
+            lPlaces[i == 0 ? "root" : lPose.GetNode(i)->GetName()].push_back(lPose.GetTransform(i).GetT());
+        }
+    }
+    return lPlaces;
+}
+
+double Distance(const KQexVector4& pA, const KQexVector4& pB)
+{
+    return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) + (pA[2] - pB[2]) * (pA[2] - pB[2]));
+}
+
+/// Every place in \p pOld that has a name in \p pNew too is the same there; gives how many there are.
+int ExpectSamePlaces(const std::map<std::string, std::vector<KQexVector4>>& pOld,
+                     const std::map<std::string, std::vector<KQexVector4>>& pNew, double pTolerance)
+{
+    int lCount = 0;
+    for (const auto& [lName, lFrames] : pOld)
+    {
+        const auto lFound = pNew.find(lName);
+        if (lFound == pNew.end())
+        {
+            continue;
+        }
+        ++lCount;
+        for (size_t i = 0; i < lFrames.size(); ++i)
+        {
+            EXPECT_LT(Distance(lFrames[i], lFound->second[i]), pTolerance) << lName << " frame " << i;
+            if (Distance(lFrames[i], lFound->second[i]) >= pTolerance)
+            {
+                return lCount;
+            }
+        }
+    }
+    return lCount;
+}
+
+/// The first line in which two texts differ, of both; empty when they are the same.
+std::string FirstDifference(const std::string& pA, const std::string& pB)
+{
+    if (pA == pB)
+    {
+        return "";
+    }
+    const size_t lAt = static_cast<size_t>(std::mismatch(pA.begin(), pA.end(), pB.begin(), pB.end()).first - pA.begin());
+    const size_t lFrom = pA.rfind('\n', lAt) + 1;
+    return pA.substr(lFrom, pA.find('\n', lAt) - lFrom) + " | " + pB.substr(lFrom, pB.find('\n', lAt) - lFrom);
+}
+
+class KExportCircle : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(KExportCircle, RandomTreesComeBackWhereTheyWere)
+{
+    std::mt19937 lRandom(static_cast<unsigned>(4000 + GetParam()));
+    KRandomTree  lTree;
+    lTree.mNodes = 1 + 4 * GetParam();
+    lTree.mTranslations = GetParam() % 2 == 0;
+    const KScenePtr          lScene = MakeScene();
+    KQexNode*                lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
+    const KTempDir           lDir;
+    KQexExportAcclaimOptions lOptions;
+    lOptions.mLengthUnit = GetParam() % 3 == 0 ? 0.45 : 1.0;
+    const KTexts            lFirst = Exported(lDir, lRoot, lOptions);
+    const KScenePtr         lBack = MakeScene();
+    KQexImportAcclaimResult lResult;
+    KQexNode*               lBackRoot = Imported(lBack.get(), lFirst, lResult);
+    ASSERT_NE(lBackRoot, nullptr) << lFirst.mAsf;
+    const int lSame = ExpectSamePlaces(Places(lRoot, lTree.mFrames), Places(lBackRoot, lTree.mFrames), 0.02);
+    EXPECT_GE(lSame, 1);
+    const KTexts lSecond = Exported(lDir, lBackRoot, lOptions);
+    EXPECT_EQ(FirstDifference(lFirst.mAsf, lSecond.mAsf), "");
+    EXPECT_EQ(FirstDifference(lFirst.mAmc, lSecond.mAmc), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Trees, KExportCircle, testing::Range(0, 20));
+
+TEST(KExportCorpus, RealMotionComesBackWhereItWas)
+{
+    QEX_SKIP_WITHOUT(CorpusDir(), "ASF_CORPUS_DIR");
+    const std::pair<const char*, const char*> lFiles[] = {{"cmu/01.asf", "cmu/01_01.amc"}, {"cmu_walk/walk.asf", "cmu_walk/walk_01.amc"}};
+    for (const auto& [lAsf, lAmc] : lFiles)
+    {
+        const KTexts            lOriginal{ReadFile(CorpusDir() / lAsf), ReadFile(CorpusDir() / lAmc)};
+        const KScenePtr         lScene = MakeScene();
+        KQexImportAcclaimResult lResult;
+        KQexNode*               lRoot = Imported(lScene.get(), lOriginal, lResult);
+        ASSERT_NE(lRoot, nullptr);
+        const KQexBoneDofs       lDofs = KQexExporterAcclaim::GetBoneDofs(lResult.mAsfScene.get());
+        KQexExportAcclaimOptions lOptions;
+        lOptions.mLengthUnit = 0.45;
+        lOptions.mBoneDofs = &lDofs;
+        const KTempDir          lDir;
+        const KTexts            lFirst = Exported(lDir, lRoot, lOptions);
+        const KScenePtr         lBack = MakeScene();
+        KQexImportAcclaimResult lBackResult;
+        KQexNode*               lBackRoot = Imported(lBack.get(), lFirst, lBackResult);
+        ASSERT_NE(lBackRoot, nullptr);
+        const int lNodes = lRoot->GetChildCount(true) + 1;
+        EXPECT_EQ(ExpectSamePlaces(Places(lRoot, 300), Places(lBackRoot, 300), 0.01), lNodes);
+        const KTexts lSecond = Exported(lDir, lBackRoot, lOptions);
+        EXPECT_EQ(FirstDifference(lFirst.mAsf, lSecond.mAsf), "");
+        EXPECT_EQ(FirstDifference(lFirst.mAmc, lSecond.mAmc), "");
+    }
+}
+
+} // namespace
