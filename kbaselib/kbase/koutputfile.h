@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+struct stat; // the system's, not one of this name space
+
 namespace qexsdk
 {
 

@@ -24,10 +24,11 @@ struct QEX_API KQexAcclaimSource
     /// \p pSize bytes at \p pData, which stay where they are until the import returns. \p pName stands for a path in messages.
     static KQexAcclaimSource Buffer(const char* pData, size_t pSize, const std::string& pName);
 
-    std::string mPath;              ///< Path, or the name that stands for it in messages.
-    const char* mData = nullptr;    ///< The bytes; null for a file.
-    size_t mSize = 0;               ///< Number of bytes at mData.
-    std::string mTakeName;          ///< Take of a motion. Empty: the options' take name for the first motion, else the file's name without folder and extension, made unique.
+    std::string mPath;           ///< Path, or the name that stands for it in messages.
+    const char* mData = nullptr; ///< The bytes; null for a file.
+    size_t      mSize = 0;       ///< Number of bytes at mData.
+    std::string
+        mTakeName; ///< Take of a motion. Empty: the options' take name for the first motion, else the file's name without folder and extension, made unique.
 };
 
 /// How to choose a rotation filter: the values of the library's global setting.
@@ -41,38 +42,43 @@ enum KQexRotationFilter
 /// How an import is done. The frame flags go to reading, sampling and import alike, so that they cannot differ.
 struct QEX_API KQexImportAcclaimOptions
 {
-    bool mRemoveDummies = false;        ///< Remove bones without any DOF; their children keep their places in space.
-    bool mSetRotatePivotOffet = false;  ///< Carry a bone's offset by its node's rotation offset, not by its local translation. Also lets translation limits through.
-    bool mSetPreRotation = false;       ///< Carry a bone's axis frame by its node's pre-rotation, not folded into its rotation. Also lets rotation limits through. Pre-rotations round positions by up to 4.5e-4 of a figure's size close to their poles.
-    bool mSetLimits = true;             ///< Write joint limits to the nodes, as far as the two flags above let them through.
+    bool mRemoveDummies = false; ///< Remove bones without any DOF; their children keep their places in space.
+    bool mSetRotatePivotOffet =
+        false; ///< Carry a bone's offset by its node's rotation offset, not by its local translation. Also lets translation limits through.
+    bool mSetPreRotation =
+        false; ///< Carry a bone's axis frame by its node's pre-rotation, not folded into its rotation. Also lets rotation limits through. Pre-rotations round positions by up to 4.5e-4 of a figure's size close to their poles.
+    bool mSetLimits = true; ///< Write joint limits to the nodes, as far as the two flags above let them through.
 
-    std::string mTakeName;              ///< Take of the first motion. Empty: see KQexAcclaimSource::mTakeName.
-    double mSamplesPerSecond = 0.0;     ///< Frames a second; 0: the file's own, else 120.
-    KQexRotationFilter mRotationFilter = eROTATION_FILTER_UNROLL; ///< Filter of the rotation curves. In force for the time of the import only.
+    std::string        mTakeName;               ///< Take of the first motion. Empty: see KQexAcclaimSource::mTakeName.
+    double             mSamplesPerSecond = 0.0; ///< Frames a second; 0: the file's own, else 120.
+    KQexRotationFilter mRotationFilter =
+        eROTATION_FILTER_UNROLL;         ///< Filter of the rotation curves. In force for the time of the import only.
     bool mUseConstantKeyReducer = false; ///< Drop keys inside runs of equal values. In force for the time of the import only.
-    bool mKeepGoodFrames = false;       ///< After an error in a motion, keep the complete frames before it, when there are any.
+    bool mKeepGoodFrames = false;        ///< After an error in a motion, keep the complete frames before it, when there are any.
 
-    KQexNode* mParentNode = nullptr;    ///< Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
-    KQexNode* mMergeRoot = nullptr;     ///< Bind to the hierarchy at or below this node by bone names instead of building a new one; bones that it lacks are built. Not owned.
+    KQexNode* mParentNode =
+        nullptr; ///< Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
+    KQexNode* mMergeRoot =
+        nullptr; ///< Bind to the hierarchy at or below this node by bone names instead of building a new one; bones that it lacks are built. Not owned.
 
-    bool mKeepAsfScene = false;         ///< Hand the skeleton out in the result, for export, checks or further motions.
-    bool mVerbose = false;              ///< Print every message to standard error as well.
+    bool         mKeepAsfScene = false; ///< Hand the skeleton out in the result, for export, checks or further motions.
+    bool         mVerbose = false;      ///< Print every message to standard error as well.
     KQexProgress mProgress;             ///< Called now and then with the part done, 0 to 1; false cancels. Empty: never.
 };
 
 /// A message with the file that it is about.
 struct QEX_API KQexImportMessage
 {
-    std::string mPath;          ///< Path, or name of the buffer.
-    KQexTextMessage mMessage;   ///< Severity, line (0: the file as a whole) and text.
+    std::string     mPath;    ///< Path, or name of the buffer.
+    KQexTextMessage mMessage; ///< Severity, line (0: the file as a whole) and text.
 };
 
 /// One motion that was imported.
 struct QEX_API KQexImportedTake
 {
-    std::string mName;  ///< Name of the take.
-    std::string mPath;  ///< Path or name of the motion it comes from.
-    KQexAmcInfo mInfo;  ///< Frames, rate and times.
+    std::string mName; ///< Name of the take.
+    std::string mPath; ///< Path or name of the motion it comes from.
+    KQexAmcInfo mInfo; ///< Frames, rate and times.
 };
 
 /// Releases a skeleton through its own Destroy().
@@ -87,13 +93,13 @@ using KQexAsfSceneOwner = std::unique_ptr<KQexAsfScene, KQexAsfSceneDestroyer>;
 /// What an import did.
 struct QEX_API KQexImportAcclaimResult
 {
-    bool mOk = false;                           ///< Everything asked for is in the scene. Otherwise the scene is as it was.
-    bool mCancelled = false;                    ///< The progress call asked to stop.
-    KQexNode* mRootNode = nullptr;              ///< Node of the skeleton's root bone, owned by the scene; null on failure.
-    std::vector<KQexImportedTake> mTakes;       ///< One for each motion, in the order asked for; none on failure.
-    std::vector<KQexImportMessage> mMessages;   ///< Messages of all files in the order of reading, of a failed import too.
-    KQexAmcSkeletonNotes mSkeletonNotes;        ///< What the skeleton's file said beyond the model; ImportMotion() asks for it.
-    KQexAsfSceneOwner mAsfScene;                ///< The skeleton, when mKeepAsfScene asked for it. Destroy it before the host scene.
+    bool                           mOk = false;         ///< Everything asked for is in the scene. Otherwise the scene is as it was.
+    bool                           mCancelled = false;  ///< The progress call asked to stop.
+    KQexNode*                      mRootNode = nullptr; ///< Node of the skeleton's root bone, owned by the scene; null on failure.
+    std::vector<KQexImportedTake>  mTakes;              ///< One for each motion, in the order asked for; none on failure.
+    std::vector<KQexImportMessage> mMessages;           ///< Messages of all files in the order of reading, of a failed import too.
+    KQexAmcSkeletonNotes           mSkeletonNotes;      ///< What the skeleton's file said beyond the model; ImportMotion() asks for it.
+    KQexAsfSceneOwner              mAsfScene; ///< The skeleton, when mKeepAsfScene asked for it. Destroy it before the host scene.
 
     /// Number of warnings, or of errors, among the messages.
     size_t CountMessages(bool pErrors) const;
