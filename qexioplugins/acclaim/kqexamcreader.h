@@ -4,6 +4,7 @@
 #include <qexioplugins/acclaim/kqexamcbones.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
+#include <functional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -33,7 +34,7 @@ private:
     void NotePresent(KQexAmcLine& pLine);
     int  FindLine(std::string_view pName);
     void SayUnknown(std::string_view pName);
-    bool SayFirst(const std::string& pWhat);
+    bool SayFirst(std::string_view pWhat);
     bool FailFrameNumber(std::string_view pToken);
 
     bool BeginFrames();
@@ -63,7 +64,7 @@ private:
     std::vector<int> mPresentBefore;    ///< Those of the frame before it.
     std::vector<int> mNeverAbsent;      ///< Bones that every frame so far has given.
 
-    std::set<std::string> mSaid; ///< Unknown names and words that were warned about.
+    std::set<std::string, std::less<>> mSaid; ///< Unknown names and words that were warned about.
 };
 
 } // namespace qexsdk

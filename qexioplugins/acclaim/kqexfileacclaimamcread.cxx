@@ -5,16 +5,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace qexsdk
 {
 
 namespace
 {
-
-const double kDefaultSamplesPerSecond = 120.0;
-const double kDegreesOfRadian = 57.29577951308232;
 
 // Names and words that are remembered so as to warn once, and how much of each: a file of nothing but unknown names must not
 // fill the memory. Beyond the first bound a text file keeps no further warnings either.
@@ -23,9 +19,6 @@ const size_t kMaxSaidLength = 256;
 
 // What the skeleton reader keeps of a bone's name.
 const size_t kMaxBoneName = 50;
-
-// Frames between two calls of the progress function.
-const long long kProgressStep = 64;
 
 int Length(std::string_view pText)
 {
@@ -165,152 +158,6 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     return true;
 }
 
-bool KQexAmcReader::BeginFrames()
-{
-    if (mInfo.mFrameCount > 0)
-        return true;
-
-    mInfo.mRateSource = eAMC_RATE_DEFAULT;
-    mInfo.mSamplesPerSecond = kDefaultSamplesPerSecond;
-    if (mOptions.mSamplesPerSecond != 0.0)
-    {
-        if (!IsAmcRate(mOptions.mSamplesPerSecond))
-        {
-            mFile.Error("Can't use %g samples a second\n", mOptions.mSamplesPerSecond);
-            return false;
-        }
-        mInfo.mRateSource = eAMC_RATE_CALLER;
-        mInfo.mSamplesPerSecond = mOptions.mSamplesPerSecond;
-    }
-    else if (mHeader.mSamplesPerSecond > 0.0)
-    {
-        mInfo.mRateSource = eAMC_RATE_FILE;
-        mInfo.mSamplesPerSecond = mHeader.mSamplesPerSecond;
-    }
-
-    // A rate such as 30000/1001 is not exact as a double, its frame is in ticks.
-    mTicks = static_cast<double>(KTime::kTicksPerSecond) / mInfo.mSamplesPerSecond;
-    if (std::fabs(mTicks - std::round(mTicks)) <= 1e-9 * mTicks)
-        mTicks = std::round(mTicks);
-
-    const double lUnit = mAsfScene->mLengthUnit;
-    mFrame.mLengthFactor = lUnit > 0.0 ? 2.54 / lUnit : 1.0;
-    mFrame.mAngleFactor = mHeader.mAngle == eAMC_ANGLE_DEGREES   ? 1.0
-                          : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesOfRadian
-                                                                 : mAsfScene->mAngleUnit;
-    return true;
-}
-
-bool KQexAmcReader::ComputeTime(long long pNumber, KTime& pTime) const
-{
-    long long lFrames = 0;
-    if (__builtin_sub_overflow(pNumber, mInfo.mFirstFrame, &lFrames))
-        return false;
-    if (mTicks == std::floor(mTicks) && mTicks < 9e18)
-    {
-        long long lTime = 0;
-        // One frame more has to fit too: a motion of a single frame lasts so long.
-        if (__builtin_mul_overflow(lFrames, static_cast<long long>(mTicks), &lTime) ||
-            lTime > std::numeric_limits<long long>::max() - static_cast<long long>(mTicks))
-            return false;
-        pTime = KTime(lTime);
-        return true;
-    }
-    const long double lTime = static_cast<long double>(lFrames) * static_cast<long double>(mTicks);
-    if (std::fabs(lTime) > 9e18L)
-        return false;
-    pTime = KTime(std::llround(lTime));
-    return true;
-}
-
-bool KQexAmcReader::CommitFrame()
-{
-    mInFrame = false;
-    mFrame.mIndex = mInfo.mFrameCount;
-    for (const int lBone : mPresent)
-        mBones.mBones[static_cast<size_t>(lBone)].mFrame = mFrame.mIndex;
-    SayAbsent();
-    if (!mVisitor.Frame(mFrame))
-    {
-        mStopped = true;
-        return false;
-    }
-
-    ++mInfo.mFrameCount;
-    if (mFrame.mNumber <= mInfo.mLowestFrame)
-    {
-        mInfo.mLowestFrame = mFrame.mNumber;
-        mInfo.mStart = mFrame.mTime;
-    }
-    if (mFrame.mNumber >= mInfo.mHighestFrame)
-    {
-        mInfo.mHighestFrame = mFrame.mNumber;
-        mInfo.mStop = mFrame.mTime;
-    }
-    mBefore = mFrame.mNumber;
-    mPresentBefore.swap(mPresent);
-    return SayProgress();
-}
-
-// Each bone is looked for in mNeverAbsent only as long as it has never been absent; a frame that lacks none of them costs nothing,
-// one that does has that many lines or takes some out: in all that is in proportion to the file.
-void KQexAmcReader::SayAbsent()
-{
-    if (mPresent.size() == mBones.mBones.size())
-        return;
-    std::vector<int> lStill;
-    bool             lSome = false;
-    for (const int lBone : mNeverAbsent)
-        lSome = lSome || mBones.mBones[static_cast<size_t>(lBone)].mFrame != mFrame.mIndex;
-    if (!lSome)
-        return;
-    lStill.reserve(mNeverAbsent.size());
-    for (const int lBone : mNeverAbsent)
-    {
-        const KQexAmcBone& lAbsent = mBones.mBones[static_cast<size_t>(lBone)];
-        if (lAbsent.mFrame == mFrame.mIndex)
-            lStill.push_back(lBone);
-        else
-            mFile.Warning("Bone %s is not in frame %lld, it holds its %s\n", lAbsent.mNode->mName, mFrame.mNumber,
-                          lAbsent.mFrame < 0 ? "rest pose" : "last value");
-    }
-    mNeverAbsent.swap(lStill);
-}
-
-bool KQexAmcReader::SayProgress()
-{
-    if (!mOptions.mProgress || mInfo.mFrameCount % kProgressStep != 0)
-        return true;
-    if (mOptions.mProgress(mFile.GetFraction()))
-        return true;
-    mInfo.mCancelled = true;
-    mStopped = true;
-    return false;
-}
-
-// Without any line left to tell, a frame that ends like the one before it, only sooner, was cut off.
-bool KQexAmcReader::IsCutShort() const
-{
-    if (mCutShort)
-        return true;
-    if (mPresent.empty())
-        return !mBones.mBones.empty();
-    if (mInfo.mFrameCount == 0 || mPresent.size() >= mPresentBefore.size())
-        return false;
-    return std::equal(mPresent.begin(), mPresent.end(), mPresentBefore.begin());
-}
-
-void KQexAmcReader::FinishFile()
-{
-    if (mInFrame && IsCutShort())
-    {
-        mInFrame = false;
-        mFile.Warning("Frame %lld is cut short by the end of the file and dropped\n", mFrame.mNumber);
-    }
-    if (mInFrame)
-        CommitFrame();
-}
-
 // Lines follow each other as they did the frame before, nearly always: that guess saves the search.
 int KQexAmcReader::FindLine(std::string_view pName)
 {
@@ -328,14 +175,17 @@ int KQexAmcReader::FindLine(std::string_view pName)
 }
 
 // Whether it is the first time that a message about pWhat is due. Once too many were given, it never is.
-bool KQexAmcReader::SayFirst(const std::string& pWhat)
+bool KQexAmcReader::SayFirst(std::string_view pWhat)
 {
-    return mSaid.size() < kMaxSaid && mSaid.insert(pWhat).second;
+    if (mSaid.size() >= kMaxSaid || mSaid.find(pWhat) != mSaid.end())
+        return false;
+    mSaid.emplace(pWhat);
+    return true;
 }
 
 void KQexAmcReader::SayUnknown(std::string_view pName)
 {
-    if (SayFirst(std::string(pName.substr(0, kMaxSaidLength))))
+    if (SayFirst(pName.substr(0, kMaxSaidLength)))
         mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", Length(pName), pName.data());
 }
 
