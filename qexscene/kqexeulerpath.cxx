@@ -22,7 +22,8 @@ static double NearestTurn(double pAngle, double pBefore)
     {
         return pAngle;
     }
-    const double lBase = std::remainder(pAngle, 360.0); // Exact, also where a sum with whole turns would not be.
+    // Without its own turns first, which is exact; the sum with all turns would not be where the angle is enormous.
+    const double lBase = std::fabs(pAngle) < 1e9 ? pAngle - 360.0 * std::nearbyint(pAngle / 360.0) : std::remainder(pAngle, 360.0);
     const double lTurns = std::nearbyint((pBefore - lBase) / 360.0);
     const double lNear = static_cast<double>(static_cast<float>(lBase + 360.0 * lTurns));
     if (std::fabs(lNear - pBefore) <= 180.0)
@@ -108,23 +109,42 @@ void KQexEulerPath::Choose(int pKey, const KTriple& pTriple)
     }
 }
 
+/// The triple with each angle turned to be nearest to \p pBefore.
+KQexEulerPath::KTriple KQexEulerPath::Turned(const KTriple& pTriple, const KTriple& pBefore)
+{
+    KTriple lTurned;
+    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    {
+        lTurned.mAngle[lPlace] = NearestTurn(pTriple.mAngle[lPlace], pBefore.mAngle[lPlace]);
+    }
+    return lTurned;
+}
+
+static double Squared(double pValue)
+{
+    return pValue * pValue;
+}
+
+static double SquaredDistance(const double (&pA)[3], const double (&pB)[3])
+{
+    return Squared(pA[0] - pB[0]) + Squared(pA[1] - pB[1]) + Squared(pA[2] - pB[2]);
+}
+
 /// Of the triple and its flipped twin, each with the turns that suit, the one nearer to \p pBefore; the triple where both are.
 KQexEulerPath::KTriple KQexEulerPath::Nearest(const KTriple& pTriple, const KTriple& pBefore) const
 {
-    const double(&lAngle)[3] = pTriple.mAngle;
-    KTriple lPlain = pTriple;
-    KTriple lFlipped = {{lAngle[0] + 180.0, mIsRepeated ? -lAngle[1] : 180.0 - lAngle[1], lAngle[2] + 180.0}};
-    double  lPlainSum = 0.0;
-    double  lFlippedSum = 0.0;
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    const KTriple lPlain = Turned(pTriple, pBefore);
+    // The twin's outer angles are off by what these lack to half a turn, which settles the most of all keys at once.
+    const double lFirst = std::fabs(lPlain.mAngle[0] - pBefore.mAngle[0]);
+    const double lLast = std::fabs(lPlain.mAngle[2] - pBefore.mAngle[2]);
+    if (Squared(lPlain.mAngle[1] - pBefore.mAngle[1]) <= 360.0 * (180.0 - lFirst - lLast))
     {
-        const double lBefore = pBefore.mAngle[lPlace];
-        lPlain.mAngle[lPlace] = NearestTurn(lPlain.mAngle[lPlace], lBefore);
-        lFlipped.mAngle[lPlace] = NearestTurn(lFlipped.mAngle[lPlace], lBefore);
-        lPlainSum += (lPlain.mAngle[lPlace] - lBefore) * (lPlain.mAngle[lPlace] - lBefore);
-        lFlippedSum += (lFlipped.mAngle[lPlace] - lBefore) * (lFlipped.mAngle[lPlace] - lBefore);
+        return lPlain;
     }
-    return lFlippedSum < lPlainSum ? lFlipped : lPlain;
+    const double(&lAngle)[3] = pTriple.mAngle;
+    const KTriple lTwin = {{lAngle[0] + 180.0, mIsRepeated ? -lAngle[1] : 180.0 - lAngle[1], lAngle[2] + 180.0}};
+    const KTriple lFlipped = Turned(lTwin, pBefore);
+    return SquaredDistance(lFlipped.mAngle, pBefore.mAngle) < SquaredDistance(lPlain.mAngle, pBefore.mAngle) ? lFlipped : lPlain;
 }
 
 /// In gimbal lock the rotation depends on first - sign · last only: 1 where that is their difference, -1 where it is their

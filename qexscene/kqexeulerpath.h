@@ -49,11 +49,12 @@ private:
     KTriple Chosen(int pKey) const;
     void    Choose(int pKey, const KTriple& pTriple);
 
-    KTriple Nearest(const KTriple& pTriple, const KTriple& pBefore) const;
-    double  LockSign(const KTriple& pTriple) const;
-    void    PlaceInLock(int pKey, double pSign, const KTriple& pBefore, double pFree);
-    bool    IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const;
-    void    SpreadRun(const KRun& pRun);
+    static KTriple Turned(const KTriple& pTriple, const KTriple& pBefore);
+    KTriple        Nearest(const KTriple& pTriple, const KTriple& pBefore) const;
+    double         LockSign(const KTriple& pTriple) const;
+    void           PlaceInLock(int pKey, double pSign, const KTriple& pBefore, double pFree);
+    bool           IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const;
+    void           SpreadRun(const KRun& pRun);
 
     int                 mAxis[3]; ///< Index of the curve of the first, the middle and the last axis.
     bool                mIsOdd;

@@ -43,6 +43,8 @@ public:
         mCapacity = 0;
     }
 
+    bool HasRoom() const { return mCount < mCapacity; } ///< For one item more.
+
     /// Room for \p pMore items beyond those that are there. False, and nothing changed, when memory runs out.
     bool MakeRoom(int pMore)
     {

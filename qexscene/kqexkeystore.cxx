@@ -8,7 +8,12 @@ int KQexKeyStore::Set(std::int64_t pTime, float pValue)
     const int lCount = GetCount();
     if (lCount == 0 || pTime > mTimes.GetLast())
     {
-        return Insert(lCount, pTime, pValue) ? lCount : -1;
+        if (!mValues.MakeRoom(pValue) || !mTimes.Append(pTime))
+        {
+            return -1;
+        }
+        mValues.AppendInRoom(pValue);
+        return lCount;
     }
     const int lIndex = mTimes.Find(pTime);
     if (lIndex >= 0 && mTimes.Get(lIndex) == pTime)
@@ -18,7 +23,7 @@ int KQexKeyStore::Set(std::int64_t pTime, float pValue)
     return Insert(lIndex + 1, pTime, pValue) ? lIndex + 1 : -1;
 }
 
-/// The value's room comes first, so that after the time is in nothing can fail any more.
+/// Here as in Set the value's room comes first, so that after the time is in nothing can fail any more.
 bool KQexKeyStore::Insert(int pIndex, std::int64_t pTime, float pValue)
 {
     if (!mValues.MakeRoom(pValue) || !mTimes.Insert(pIndex, pTime))
@@ -40,22 +45,19 @@ double KQexKeyStore::Evaluate(std::int64_t pTime) const
     {
         return static_cast<double>(mValues.Get(lCount - 1));
     }
-    const int lKey = mTimes.Find(pTime);
-    if (lKey < 0)
+    const KQexKeyTimes::KPlace lPlace = mTimes.Locate(pTime);
+    if (lPlace.mKey < 0)
     {
         return static_cast<double>(mValues.Get(0));
     }
-    const std::uint64_t lStart = static_cast<std::uint64_t>(mTimes.Get(lKey));
-    const std::uint64_t lSince = static_cast<std::uint64_t>(pTime) - lStart;
-    const double        lValue = static_cast<double>(mValues.Get(lKey));
-    const double        lNext = static_cast<double>(mValues.Get(lKey + 1));
-    if (lSince == 0 || lValue == lNext)
+    const double lValue = static_cast<double>(mValues.Get(lPlace.mKey));
+    const double lNext = static_cast<double>(mValues.Get(lPlace.mKey + 1));
+    if (lPlace.mSince == 0 || lValue == lNext)
     {
         return lValue;
     }
     // Weights instead of a difference: the difference of an infinity and a number would lose the number's side of the sign.
-    const std::uint64_t lStep = static_cast<std::uint64_t>(mTimes.Get(lKey + 1)) - lStart;
-    const double        lWeight = static_cast<double>(lSince) / static_cast<double>(lStep);
+    const double lWeight = static_cast<double>(lPlace.mSince) / static_cast<double>(lPlace.mStep);
     return (1.0 - lWeight) * lValue + lWeight * lNext;
 }
 

@@ -17,9 +17,9 @@ std::int64_t KQexKeyTimes::Get(int pIndex) const
     return lRun.GetTime(pIndex - lRun.mFirst);
 }
 
-int KQexKeyTimes::Find(std::int64_t pTime) const
+/// How many listed times, or starts of runs, are at or before \p pTime.
+int KQexKeyTimes::CountEntriesUpTo(std::int64_t pTime) const
 {
-    // How many entries (times, or starts of runs) are at or before pTime.
     int lLow = 0;
     int lHigh = mIsListed ? mCount : mRuns.GetCount();
     while (lLow < lHigh)
@@ -34,11 +34,32 @@ int KQexKeyTimes::Find(std::int64_t pTime) const
             lHigh = lMiddle;
         }
     }
-    if (mIsListed || lLow == 0)
+    return lLow;
+}
+
+int KQexKeyTimes::Find(std::int64_t pTime) const
+{
+    const int lEntry = CountEntriesUpTo(pTime) - 1;
+    return mIsListed || lEntry < 0 ? lEntry : mRuns[lEntry].mFirst + mRuns[lEntry].Find(pTime, RunCount(lEntry));
+}
+
+KQexKeyTimes::KPlace KQexKeyTimes::Locate(std::int64_t pTime) const
+{
+    const int lEntry = CountEntriesUpTo(pTime) - 1;
+    if (lEntry < 0)
     {
-        return lLow - 1;
+        return {-1, 0, 0};
     }
-    return mRuns[lLow - 1].mFirst + mRuns[lLow - 1].Find(pTime, RunCount(lLow - 1));
+    if (mIsListed)
+    {
+        return {lEntry, KeyTimeStep(mList[lEntry], pTime), KeyTimeStep(mList[lEntry], mList[lEntry + 1])};
+    }
+    const KQexKeyRun&  lRun = mRuns[lEntry];
+    const int          lCount = RunCount(lEntry);
+    const int          lKey = lRun.Find(pTime, lCount);
+    const std::int64_t lBefore = lRun.GetTime(lKey);
+    const std::int64_t lNext = lKey + 1 < lCount ? lRun.GetTime(lKey + 1) : mRuns[lEntry + 1].mStart;
+    return {lRun.mFirst + lKey, KeyTimeStep(lBefore, pTime), KeyTimeStep(lBefore, lNext)};
 }
 
 std::uint64_t KQexKeyTimes::GetCommonStep() const

@@ -29,6 +29,17 @@ public:
     /// Index of the last key at or before \p pTime, -1 when there is none. O(1) when all steps are equal, else O(log n).
     int Find(std::int64_t pTime) const;
 
+    /// Between which keys a time is.
+    struct KPlace
+    {
+        int           mKey;   ///< Find of the time, -1 before the first key; the rest then has no meaning.
+        std::uint64_t mSince; ///< Ticks since that key.
+        std::uint64_t mStep;  ///< Ticks from that key to the next.
+    };
+
+    /// The place of a time before the last key. As fast as Find.
+    KPlace Locate(std::int64_t pTime) const;
+
     /// The largest step such that every time is the first one plus a multiple of it; 0 for fewer than two keys. O(runs), or O(n)
     /// where times are listed.
     std::uint64_t GetCommonStep() const;
@@ -67,6 +78,7 @@ private:
 
     /// \name Runs
     /// \{
+    int          CountEntriesUpTo(std::int64_t pTime) const;
     int          FindRun(int pIndex) const;
     int          RunCount(int pRun) const;
     std::int64_t RunLast(int pRun) const;

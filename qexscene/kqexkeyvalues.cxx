@@ -28,7 +28,7 @@ bool KQexKeyValues::TurnIntoList()
     return true;
 }
 
-bool KQexKeyValues::MakeRoom(float pValue)
+bool KQexKeyValues::MakeMoreRoom(float pValue)
 {
     if (mCount == INT_MAX)
     {

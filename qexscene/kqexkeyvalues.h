@@ -22,9 +22,22 @@ public:
     bool  Set(int pIndex, float pValue);
 
     /// Sees to it that inserting \p pValue cannot fail.
-    bool MakeRoom(float pValue);
+    bool MakeRoom(float pValue) { return mIsConstant || !mList.HasRoom() ? MakeMoreRoom(pValue) : true; }
     /// Puts the value before the value \p pIndex (at the end when it is the count), after MakeRoom for it.
     void InsertInRoom(int pIndex, float pValue);
+    /// Puts the value behind all others, after MakeRoom for it.
+    void AppendInRoom(float pValue)
+    {
+        if (mIsConstant)
+        {
+            mConstant = pValue;
+        }
+        else
+        {
+            mList.AppendInRoom(pValue);
+        }
+        ++mCount;
+    }
 
     /// Exchanges the values with a list of as many (at least one). What was kept once is not listed: \p pList is empty then.
     void SwapList(KQexKeyBlock<float>& pList) noexcept;
@@ -35,6 +48,7 @@ public:
     std::size_t GetMemoryUse() const { return mList.GetMemoryUse(); }
 
 private:
+    bool MakeMoreRoom(float pValue);
     bool FitsConstant(float pValue) const;
     bool TurnIntoList();
 
