@@ -53,6 +53,7 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddInfoCommand(pProgram, pConsole);
     AddCheckCommand(pProgram, pConsole);
     AddDrawCommand(pProgram, pConsole);
+    AddPositionsCommand(pProgram, pConsole);
 }
 
 // The command that was meant, for the hint behind an error.

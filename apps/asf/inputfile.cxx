@@ -211,6 +211,11 @@ bool KInputFile::OpenFor(qexsdk::KQexTextFile& pReader) const
     return mInMemory ? pReader.OpenReadBuffer(mBytes.data(), mBytes.size()) : pReader.OpenRead(mPath.c_str());
 }
 
+qexsdk::KQexAcclaimSource KInputFile::GetSource() const
+{
+    return mInMemory ? qexsdk::KQexAcclaimSource::Buffer(mBytes.data(), mBytes.size(), GetShown()) : qexsdk::KQexAcclaimSource::File(mPath);
+}
+
 bool KInputFile::FailsToRead() const
 {
     if (mInMemory)

@@ -3,6 +3,7 @@
 
 #include <apps/asf/console.h>
 
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <string>
@@ -28,6 +29,9 @@ public:
 
     /// Opens the file for \p pReader. False when that fails; the reader's messages tell why.
     bool OpenFor(qexsdk::KQexTextFile& pReader) const;
+
+    /// The file for the importer. Refers to this object's memory.
+    qexsdk::KQexAcclaimSource GetSource() const;
 
     /// True when reading through the file meets a failure of the system, not of the file's text.
     bool FailsToRead() const;

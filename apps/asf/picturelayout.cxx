@@ -12,7 +12,8 @@ namespace
 constexpr double kOneFigure = 460;   // Pixels of the larger side of a figure alone,
 constexpr double kManyFigures = 250; // and of one among several.
 constexpr double kWidestRow = 1500;
-constexpr double kCharacter = 6.1; // Mean width of a label's character.
+constexpr double kCharacter = 6.1;        // Mean width of a label's character.
+constexpr double kCaptionCharacter = 7.2; // The same of a caption.
 
 // Beyond this an SVG viewer's single precision shows.
 constexpr double kFarthest = 1e9;
@@ -155,14 +156,16 @@ void PlaceCells(const KPicture& pPicture, KLayout& pLayout)
     for (size_t lIndex = 0; lIndex < pLayout.mCells.size(); ++lIndex)
     {
         KCell&       lCell = pLayout.mCells[lIndex];
-        const double lWidth = std::max(lCell.mExtent.Width() * pLayout.mScale, 40.0) + 2 * lLabels;
+        const double lFigure = lCell.mExtent.Width() * pLayout.mScale;
+        const double lInner = std::max({lFigure, kCaptionCharacter * static_cast<double>(CaptionOf(pPicture, lCell).size()), 40.0});
+        const double lWidth = lInner + 2 * lLabels;
         const bool   lOtherView = pPicture.mPoses.size() > 1 && lIndex > 0 && pLayout.mCells[lIndex - 1].mView != lCell.mView;
         if (lIndex > lRowBegin && (lOtherView || lX + lWidth > kWidestRow))
         {
             lEndRow(lIndex);
         }
         lCell.mLabels = lLabels;
-        lCell.mX = lX + lLabels;
+        lCell.mX = lX + lLabels + (lInner - lFigure) / 2;
         lX += lWidth + kMargin;
         lRowHeight = std::max(lRowHeight, CellHeight(pPicture, lCell, pLayout.mScale));
         pLayout.mWidth = std::max(pLayout.mWidth, lX);
@@ -194,6 +197,16 @@ void KExtent::Include(const KViewPoint& pPoint)
     mBottom = mEmpty ? pPoint.mUp : std::min(mBottom, pPoint.mUp);
     mTop = mEmpty ? pPoint.mUp : std::max(mTop, pPoint.mUp);
     mEmpty = false;
+}
+
+std::string CaptionOf(const KPicture& pPicture, const KCell& pCell)
+{
+    static const char* const sViews[] = {"front", "side", "top"};
+    if (pCell.mCaption.empty())
+    {
+        return sViews[pCell.mView];
+    }
+    return pPicture.mViews.size() > 1 ? pCell.mCaption + ", " + sViews[pCell.mView] : pCell.mCaption;
 }
 
 bool LayOut(const KPicture& pPicture, KLayout& pLayout)

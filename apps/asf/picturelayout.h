@@ -53,6 +53,9 @@ struct KLayout
     double             mFigure = 0; ///< Height of a figure in centimetres: what sizes of strokes go by.
 };
 
+/// What stands below the cell: its caption, and the view where there are several.
+std::string CaptionOf(const KPicture& pPicture, const KCell& pCell);
+
 /// Places the picture's views and poses on the page. False when that is not possible: positions are not finite, or too far away.
 bool LayOut(const KPicture& pPicture, KLayout& pLayout);
 

@@ -26,7 +26,7 @@ const char* const kStyle = "<style>\n"
                            ".r{fill:#2f87b7;stroke:#2f87b7}\n"
                            ".bone{stroke-linejoin:round}\n"
                            ".joint{fill:#fdfdfb}\n"
-                           ".trail{fill:none;stroke-width:1.8;stroke-linejoin:round;stroke-linecap:round;opacity:.75}\n"
+                           ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
                            "</style>\n";
 
 const char* SideClass(ESide pSide)
@@ -114,13 +114,17 @@ public:
         for (const KCell& lCell : mLayout.mCells)
         {
             Ground(lCell);
-            for (const KTrail& lTrail : mPicture.mTrails)
-            {
-                Trail(lCell, lTrail);
-            }
+            // Poses behind a trail step back, so that it can be followed.
+            const bool lFaint = mPicture.mInPlace && lCell.mPoses.size() > 1;
+            mText += lFaint ? "<g opacity=\".45\">\n" : "";
             for (const size_t lPose : lCell.mPoses)
             {
                 Pose(lCell, lPose);
+            }
+            mText += lFaint ? "</g>\n" : "";
+            for (const KTrail& lTrail : mPicture.mTrails)
+            {
+                Trail(lCell, lTrail);
             }
             Caption(lCell);
         }
@@ -145,7 +149,7 @@ private:
     {
         if (pCell.mView != eVIEW_TOP)
         {
-            const double lRight = pCell.mX + std::max(pCell.mExtent.Width() * mLayout.mScale, 40.0);
+            const double lRight = pCell.mX + pCell.mExtent.Width() * mLayout.mScale;
             mText += LineAt("ground", pCell.mX - 8, pCell.mY, lRight + 8, pCell.mY);
         }
     }
@@ -238,7 +242,7 @@ private:
         std::stable_sort(lBones.begin(), lHalf, lHigher);
         std::stable_sort(lHalf, lBones.end(), lHigher);
 
-        const double lRight = pCell.mX + std::max(pCell.mExtent.Width() * mLayout.mScale, 40.0);
+        const double lRight = pCell.mX + pCell.mExtent.Width() * mLayout.mScale;
         Column(pCell, {lBones.begin(), lHalf}, lMiddle, pCell.mX - 16, "end");
         Column(pCell, {lHalf, lBones.end()}, lMiddle, lRight + 16, "start");
     }
@@ -263,13 +267,8 @@ private:
 
     void Caption(const KCell& pCell)
     {
-        static const char* const sViews[] = {"front", "side", "top"};
-        std::string              lText = pCell.mCaption;
-        if (mPicture.mViews.size() > 1 || lText.empty())
-        {
-            lText = lText.empty() ? sViews[pCell.mView] : lText + ", " + sViews[pCell.mView];
-        }
-        mText += TextAt(pCell.mX + pCell.mExtent.Width() * mLayout.mScale / 2, pCell.mY + 18, "small", "middle", lText);
+        const double lMiddle = pCell.mX + pCell.mExtent.Width() * mLayout.mScale / 2;
+        mText += TextAt(lMiddle, pCell.mY + 18, "small", "middle", CaptionOf(mPicture, pCell));
     }
 
     // 1, 2 or 5 times a power of ten, about a quarter of a figure.

@@ -1,6 +1,8 @@
 #include <apps/asf/commands/commands.h>
 
 #include <apps/asf/inputfile.h>
+#include <apps/asf/motionsurvey.h>
+#include <apps/asf/numbertext.h>
 #include <apps/asf/skeletonfile.h>
 
 #include <CLI/CLI.hpp>
@@ -19,6 +21,7 @@ struct KCheckOptions
 {
     std::vector<std::string> mFiles;
     bool                     mStrict = false;
+    KMotionOptions           mMotion;
 };
 
 struct KCheckTotals
@@ -27,21 +30,63 @@ struct KCheckTotals
     long long mWarnings = 0;
 };
 
-void CheckSkeleton(const KInputFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
+void Report(const KInputFile& pFile, const KMessages& pMessages, KCheckTotals& pTotals, KConsole& pConsole)
 {
-    KSkeletonFile lSkeleton;
-    lSkeleton.Read(pFile, true, pConsole);
-    lSkeleton.GetMessages().Print(pFile.GetShown(), pConsole);
-    pTotals.mErrors += lSkeleton.GetMessages().mErrors;
-    pTotals.mWarnings += lSkeleton.GetMessages().mWarnings;
-    if (lSkeleton.GetMessages().mErrors > 0)
+    pMessages.Print(pFile.GetShown(), pConsole);
+    pTotals.mErrors += pMessages.mErrors;
+    pTotals.mWarnings += pMessages.mWarnings;
+    if (pMessages.mErrors > 0)
     {
         pConsole.Raise(eEXIT_INPUT);
     }
 }
 
-void RunCheck(const KCheckOptions& pOptions, KConsole& pConsole)
+void CheckSkeleton(const KInputFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
 {
+    KSkeletonFile lSkeleton;
+    lSkeleton.Read(pFile, true, pConsole);
+    Report(pFile, lSkeleton.GetMessages(), pTotals, pConsole);
+}
+
+// A warning for each degree of freedom that leaves its limits.
+void AddOutside(const KMotionSurvey& pSurvey, KMessages& pMessages)
+{
+    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    {
+        for (const KDofSurvey& lDof : lBone.mDofs)
+        {
+            if (lDof.mOutside > 0)
+            {
+                pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
+                              "Bone " + lBone.mName + ": " + DofWord(lDof.mCode) + " leaves its limits " + LimitsText(lDof) + " in " +
+                                  Count(lDof.mOutside, "frame", "frames") + ", from frame " + std::to_string(lDof.mFirstOutside) +
+                                  " on, with " + Short(lDof.mLeast) + " to " + Short(lDof.mGreatest));
+            }
+        }
+    }
+}
+
+void CheckMotion(const KInputFile& pFile, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+{
+    KMotionInput  lInput;
+    KMotionSurvey lSurvey;
+    if (!lInput.OpenSkeletonOf(pFile, pOptions, pConsole))
+    {
+        ++pTotals.mErrors;
+        return;
+    }
+    lSurvey.Read(lInput, pOptions, pConsole);
+    KMessages lMessages = lSurvey.GetMessages();
+    AddOutside(lSurvey, lMessages);
+    Report(pFile, lMessages, pTotals, pConsole);
+}
+
+void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
+{
+    if (!TakeMotionOptions(pOptions.mMotion, pConsole))
+    {
+        return;
+    }
     KCheckTotals lTotals;
     for (const std::string& lPath : pOptions.mFiles)
     {
@@ -49,9 +94,15 @@ void RunCheck(const KCheckOptions& pOptions, KConsole& pConsole)
         if (!lFile.Open(lPath, pConsole))
         {
             ++lTotals.mErrors;
-            continue;
         }
-        CheckSkeleton(lFile, lTotals, pConsole);
+        else if (lFile.GetKind() == eKIND_AMC)
+        {
+            CheckMotion(lFile, pOptions.mMotion, lTotals, pConsole);
+        }
+        else
+        {
+            CheckSkeleton(lFile, lTotals, pConsole);
+        }
     }
     if (pOptions.mStrict && lTotals.mWarnings > 0)
     {
@@ -69,11 +120,13 @@ void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
     CLI::App* lCommand = pProgram.add_subcommand("check", "Say what is wrong with skeletons and motions");
     lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--strict", lOptions->mStrict, "Let warnings count as errors in the exit status");
+    AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("Every message is printed to standard error as FILE:LINE: warning: TEXT, or error: for what keeps a file from\n"
                      "being read. Standard output gets the closing line. The exit status is 0 when there are no errors.\n"
+                     "A motion is read with its skeleton, and values outside the skeleton's limits are warned about.\n"
                      "\n"
                      "Examples:\n"
-                     "  asf check walker.asf\n"
+                     "  asf check walker.asf walk.amc\n"
                      "  asf check --strict *.asf && echo clean");
     lCommand->callback([lOptions, &pConsole] { RunCheck(*lOptions, pConsole); });
 }

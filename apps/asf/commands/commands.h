@@ -18,6 +18,7 @@ namespace asfapp
 void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
 
 } // namespace asfapp
 

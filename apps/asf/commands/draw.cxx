@@ -1,9 +1,13 @@
 #include <apps/asf/commands/commands.h>
 
+#include <apps/asf/framelist.h>
 #include <apps/asf/inputfile.h>
+#include <apps/asf/motioninput.h>
+#include <apps/asf/motionscene.h>
 #include <apps/asf/numbertext.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture.h>
+#include <apps/asf/progress.h>
 #include <apps/asf/skeletonfile.h>
 
 #include <CLI/CLI.hpp>
@@ -20,10 +24,13 @@ namespace
 
 struct KDrawOptions
 {
-    std::string mFile;
-    std::string mOutput;
-    std::string mView = "front";
-    bool        mNames = false;
+    std::vector<std::string> mFiles;
+    std::string              mOutput;
+    std::string              mView = "front";
+    std::string              mFrames;
+    std::vector<std::string> mTrails;
+    bool                     mNames = false;
+    KMotionOptions           mMotion;
 };
 
 std::vector<EView> ViewsOf(const std::string& pWord)
@@ -35,10 +42,26 @@ std::vector<EView> ViewsOf(const std::string& pWord)
     return {pWord == "side" ? eVIEW_SIDE : pWord == "top" ? eVIEW_TOP : eVIEW_FRONT};
 }
 
-KPicture PictureOf(const KInputFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
+std::string FileName(const KInputFile& pFile)
+{
+    return pFile.GetShown().substr(pFile.GetShown().find_last_of('/') + 1);
+}
+
+// What every picture of these options has.
+KPicture StartPicture(const KDrawOptions& pOptions, const std::string& pTitle)
 {
     KPicture lPicture;
-    KPose    lPose;
+    lPicture.mTitle = pTitle;
+    lPicture.mViews = ViewsOf(pOptions.mView);
+    lPicture.mShowNames = pOptions.mNames;
+    return lPicture;
+}
+
+KPicture PictureOfRest(const KInputFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
+{
+    const std::string lName = pSkeleton.GetScene().mName;
+    KPicture          lPicture = StartPicture(pOptions, lName.empty() ? FileName(pFile) : lName);
+    KPose             lPose;
     for (const KRestBone& lBone : pSkeleton.GetBones())
     {
         lPicture.mNames.push_back(lBone.mNode->mName);
@@ -48,39 +71,183 @@ KPicture PictureOf(const KInputFile& pFile, const KSkeletonFile& pSkeleton, cons
     KPoint lLeast;
     KPoint lMost;
     pSkeleton.GetBounds(lLeast, lMost);
-    const std::string lName = pSkeleton.GetScene().mName;
-    lPicture.mTitle = lName.empty() ? pFile.GetShown() : lName;
     lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()) - 1, "bone", "bones") + ", " +
                          Fixed(lMost.mY - lLeast.mY, 1) + " cm high at rest";
     lPicture.mSides = SidesOf(lPicture.mNames);
     lPicture.mPoses.push_back(lPose);
-    lPicture.mViews = ViewsOf(pOptions.mView);
-    lPicture.mShowNames = pOptions.mNames;
     return lPicture;
 }
 
-void RunDraw(const KDrawOptions& pOptions, KConsole& pConsole)
+// A joint and the one it hangs on are the ends of the bone in front of it. The joint keeps that bone's name, an end its own bone's.
+class KPoser
 {
-    KInputFile    lFile;
-    KSkeletonFile lSkeleton;
-    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !lFile.Open(pOptions.mFile, pConsole))
+public:
+    explicit KPoser(KMotionScene& pScene) : mScene(pScene) {}
+
+    void SetUp(KPicture& pPicture) const
     {
-        return;
+        for (const KJoint& lJoint : mScene.GetJoints())
+        {
+            pPicture.mNames.push_back(lJoint.mParent < 0 ? lJoint.mName : mScene.GetJoints()[static_cast<size_t>(lJoint.mParent)].mName);
+        }
+        pPicture.mSides = SidesOf(pPicture.mNames);
     }
-    const bool lOk = lSkeleton.Read(lFile, false, pConsole);
-    lSkeleton.GetMessages().Print(lFile.GetShown(), pConsole);
-    if (!lOk)
+
+    KPose Pose(size_t pFrame)
     {
-        return;
+        KPose lPose;
+        lPose.mCaption = "frame " + std::to_string(mScene.GetFrames()[pFrame]) + ", " + Fixed(mScene.GetSeconds(pFrame), 2) + " s";
+        mScene.Evaluate(pFrame, lPose.mEnds);
+        for (size_t lJoint = 0; lJoint < lPose.mEnds.size(); ++lJoint)
+        {
+            const int lParent = mScene.GetJoints()[lJoint].mParent;
+            lPose.mStarts.push_back(lParent < 0 ? lPose.mEnds[lJoint] : lPose.mEnds[static_cast<size_t>(lParent)]);
+        }
+        return lPose;
     }
-    const std::string lSvg = DrawSvg(PictureOf(lFile, lSkeleton, pOptions));
+
+private:
+    KMotionScene& mScene;
+};
+
+// The joint whose way shows what the bone does: its own end, else its beginning. -1 for an unknown bone.
+int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
+{
+    int lFound = -1;
+    for (size_t lJoint = 0; lJoint < pScene.GetJoints().size(); ++lJoint)
+    {
+        const KJoint& lThis = pScene.GetJoints()[lJoint];
+        if (lThis.mName == pBone && (lFound < 0))
+        {
+            lFound = static_cast<int>(lJoint);
+        }
+        else if (lFound > 0 && lThis.mParent == lFound)
+        {
+            return static_cast<int>(lJoint);
+        }
+    }
+    return lFound;
+}
+
+bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPicture, KConsole& pConsole)
+{
+    std::vector<int> lJoints;
+    for (const std::string& lBone : pOptions.mTrails)
+    {
+        lJoints.push_back(TrailJoint(pScene, lBone));
+        if (lJoints.back() < 0)
+        {
+            pConsole.Fail(eEXIT_CALL, "--trail: the skeleton has no bone " + lBone);
+            return false;
+        }
+        KTrail lTrail;
+        lTrail.mName = lBone;
+        lTrail.mSide = pPicture.mSides[static_cast<size_t>(lJoints.back())];
+        pPicture.mTrails.push_back(lTrail);
+    }
+    KProgress           lProgress("drawing", pConsole);
+    std::vector<KPoint> lPositions;
+    for (size_t lFrame = 0; !lJoints.empty() && lFrame < pScene.GetFrames().size(); ++lFrame)
+    {
+        pScene.Evaluate(lFrame, lPositions);
+        for (size_t lTrail = 0; lTrail < lJoints.size(); ++lTrail)
+        {
+            pPicture.mTrails[lTrail].mPoints.push_back(lPositions[static_cast<size_t>(lJoints[lTrail])]);
+        }
+        lProgress.Show(static_cast<double>(lFrame) / static_cast<double>(pScene.GetFrames().size()));
+    }
+    pPicture.mInPlace = !lJoints.empty();
+    return true;
+}
+
+// Five frames from the first to the last, when none are asked for.
+std::vector<size_t> SpreadFrames(size_t pCount)
+{
+    std::vector<size_t> lFrames;
+    for (size_t lPart = 0; lPart <= 4; ++lPart)
+    {
+        const size_t lFrame = (pCount - 1) * lPart / 4;
+        if (lFrames.empty() || lFrames.back() != lFrame)
+        {
+            lFrames.push_back(lFrame);
+        }
+    }
+    return lFrames;
+}
+
+void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const KInputFile& pFile, KConsole& pConsole)
+{
+    const std::string lSvg = DrawSvg(pPicture);
     if (lSvg.empty())
     {
-        pConsole.Message(eERROR, lFile.GetShown(), 0, "cannot be drawn: its bones reach too far");
+        pConsole.Message(eERROR, pFile.GetShown(), 0, "cannot be drawn: its bones reach too far");
         pConsole.Raise(eEXIT_INPUT);
         return;
     }
     WriteOutput(pOptions.mOutput, lSvg, pConsole);
+}
+
+void DrawRest(const KDrawOptions& pOptions, const KInputFile& pFile, KConsole& pConsole)
+{
+    if (!pOptions.mFrames.empty() || !pOptions.mTrails.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, "--frames and --trail need a motion");
+        return;
+    }
+    KSkeletonFile lSkeleton;
+    const bool    lOk = lSkeleton.Read(pFile, false, pConsole);
+    lSkeleton.GetMessages().Print(pFile.GetShown(), pConsole);
+    if (lOk)
+    {
+        WritePicture(pOptions, PictureOfRest(pFile, lSkeleton, pOptions), pFile, pConsole);
+    }
+}
+
+void DrawMotion(const KDrawOptions& pOptions, const KMotionInput& pInput, KConsole& pConsole)
+{
+    KMotionScene lScene;
+    if (!lScene.Import(pInput, pOptions.mMotion, pConsole))
+    {
+        return;
+    }
+    std::vector<size_t> lFrames = SpreadFrames(lScene.GetFrames().size());
+    const std::string   lWrong = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, lScene.GetFrames(), lFrames);
+    if (!lWrong.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, "--frames: " + lWrong);
+        return;
+    }
+    KPicture lPicture = StartPicture(pOptions, FileName(pInput.GetMotion()));
+    lPicture.mSubtitle =
+        Count(static_cast<long long>(lScene.GetFrames().size()), "frame", "frames") + ", " + Short(lScene.GetRate()) + " a second";
+    KPoser lPoser(lScene);
+    lPoser.SetUp(lPicture);
+    for (const size_t lFrame : lFrames)
+    {
+        lPicture.mPoses.push_back(lPoser.Pose(lFrame));
+    }
+    if (AddTrails(pOptions, lScene, lPicture, pConsole))
+    {
+        WritePicture(pOptions, lPicture, pInput.GetMotion(), pConsole);
+    }
+}
+
+void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
+{
+    KMotionInput lInput;
+    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
+        !lInput.Open(pOptions.mFiles, pOptions.mMotion, false, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole))
+    {
+        return;
+    }
+    if (lInput.HasMotion())
+    {
+        DrawMotion(pOptions, lInput, pConsole);
+    }
+    else
+    {
+        DrawRest(pOptions, lInput.GetSkeleton(), pConsole);
+    }
 }
 
 } // namespace
@@ -88,8 +255,11 @@ void RunDraw(const KDrawOptions& pOptions, KConsole& pConsole)
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDrawOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest as an SVG picture");
-    lCommand->add_option("FILE", lOptions->mFile, "Skeleton to draw; \"-\" is standard input")->required()->option_text(" ");
+    CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses of a motion, as an SVG picture");
+    lCommand->add_option("FILE", lOptions->mFiles, "A skeleton, a skeleton and a motion, or a motion alone; \"-\" is standard input")
+        ->required()
+        ->expected(1, 2)
+        ->option_text("[FILE]");
     lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")
         ->required()
         ->option_text("FILE (needed)");
@@ -97,11 +267,23 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
         ->check(CLI::IsMember({"front", "side", "top", "all"}))
         ->option_text("VIEW");
     lCommand->add_flag("--names", lOptions->mNames, "Write the bones' names beside them");
-    lCommand->footer("The picture opens in any browser. Left limbs are red, right ones blue; the bar at the bottom is the scale.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf draw walker.asf -o walker.svg\n"
-                     "  asf draw walker.asf -o walker.svg --view all --names");
+    lCommand->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last; without it five")
+        ->option_text("LIST");
+    lCommand
+        ->add_option("--trail", lOptions->mTrails,
+                     "Draw the way of a bone's end as well, and the poses where they are in the world; may be given several times")
+        ->option_text("BONE")
+        ->allow_extra_args(false);
+    AddMotionOptions(*lCommand, lOptions->mMotion);
+    lCommand->footer(
+        "The picture opens in any browser. Left limbs are red, right ones blue; the bar at the bottom is the scale. Poses of a\n"
+        "motion stand side by side.\n"
+        "\n"
+        "Examples:\n"
+        "  asf draw walker.asf -o walker.svg\n"
+        "  asf draw walker.asf -o walker.svg --view all --names\n"
+        "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
+        "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand");
     lCommand->callback([lOptions, &pConsole] { RunDraw(*lOptions, pConsole); });
 }
 

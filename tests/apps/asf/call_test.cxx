@@ -45,6 +45,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, KCallTest,
                                          KCallCase{"unknown option", {"info", "--frob", "x.asf"}, 2, "", "asf info --help"},
                                          KCallCase{"no file", {"info"}, 2, "", "asf: error: FILE is required"},
                                          KCallCase{"no output", {"draw", "x.asf"}, 2, "", "--output is required"},
+                                         KCallCase{"help of positions", {"positions", "--help"}, 0, "Examples:\n  asf positions", ""},
                                          KCallCase{"unknown view", {"draw", "x.asf", "-o", "x.svg", "--view", "back"}, 2, "", "back"}));
 
 } // namespace

@@ -1,0 +1,203 @@
+#include <apps/asf/commands/commands.h>
+
+#include <apps/asf/framelist.h>
+#include <apps/asf/motioninput.h>
+#include <apps/asf/motionscene.h>
+#include <apps/asf/outputs.h>
+#include <apps/asf/positionwriter.h>
+#include <apps/asf/progress.h>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace asfapp
+{
+
+namespace
+{
+
+struct KPositionsOptions
+{
+    std::vector<std::string> mFiles;
+    std::string              mOutput = "-";
+    std::string              mFrames;
+    bool                     mWide = false;
+    bool                     mEnds = false;
+    KMotionOptions           mMotion;
+};
+
+bool FormatOf(const KPositionsOptions& pOptions, EPositionFormat& pFormat, KConsole& pConsole)
+{
+    const std::string lExtension = LowerExtension(pOptions.mOutput);
+    const bool        lCsv = pOptions.mOutput == "-" || (lExtension != ".json" && lExtension != ".npy");
+    if (lCsv && pOptions.mOutput != "-" && lExtension != ".csv" && !lExtension.empty() && pOptions.mOutput.compare(0, 5, "/dev/") != 0)
+    {
+        pConsole.Fail(eEXIT_CALL, "--output: .csv, .json or .npy is expected, not " + pOptions.mOutput);
+        return false;
+    }
+    if (pOptions.mWide && !lCsv)
+    {
+        pConsole.Fail(eEXIT_CALL, "--wide is for CSV only");
+        return false;
+    }
+    pFormat = lExtension == ".json" ? eFORMAT_JSON : lExtension == ".npy" ? eFORMAT_NPY : pOptions.mWide ? eFORMAT_CSV_WIDE : eFORMAT_CSV;
+    return true;
+}
+
+std::string NamesPath(const std::string& pOutput)
+{
+    return pOutput.substr(0, pOutput.find_last_of('.')) + ".names.txt";
+}
+
+/// The joints to write: all, or those that are no ends.
+std::vector<size_t> PickJoints(const KMotionScene& pScene, bool pEnds)
+{
+    std::vector<size_t> lPicked;
+    for (size_t lIndex = 0; lIndex < pScene.GetJoints().size(); ++lIndex)
+    {
+        if (pEnds || !pScene.GetJoints()[lIndex].mIsEnd)
+        {
+            lPicked.push_back(lIndex);
+        }
+    }
+    return lPicked;
+}
+
+bool ResolveFrames(const KPositionsOptions& pOptions, const KMotionScene& pScene, std::vector<size_t>& pFrames, KConsole& pConsole)
+{
+    const std::string lWrong = PickFrames(pOptions.mFrames.empty() ? "first-last" : pOptions.mFrames, pScene.GetFrames(), pFrames);
+    if (!lWrong.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, "--frames: " + lWrong);
+    }
+    return lWrong.empty();
+}
+
+void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
+                 const qexsdk::KOutputFile& pOut, const KConsole& pConsole)
+{
+    KProgress           lProgress("writing", pConsole);
+    std::vector<KPoint> lAll;
+    std::vector<KPoint> lPicked(pJoints.size());
+    for (size_t lIndex = 0; lIndex < pFrames.size() && !pOut.HasFailed(); ++lIndex)
+    {
+        pScene.Evaluate(pFrames[lIndex], lAll);
+        for (size_t lJoint = 0; lJoint < pJoints.size(); ++lJoint)
+        {
+            lPicked[lJoint] = lAll[pJoints[lJoint]];
+        }
+        pWriter.Frame(pScene.GetFrames()[pFrames[lIndex]], pScene.GetSeconds(pFrames[lIndex]), lPicked);
+        lProgress.Show(static_cast<double>(lIndex) / static_cast<double>(pFrames.size()));
+    }
+}
+
+// Both files are complete before either takes its name.
+void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOutputFile& pNames, const std::string& pNamesPath,
+               KConsole& pConsole)
+{
+    if (!pOut.Prepare() || !pNames.Prepare())
+    {
+        const bool lFirst = pOut.HasFailed();
+        ReportOutput(lFirst ? pOut : pNames, lFirst ? pPath : pNamesPath, pConsole);
+        pOut.Discard();
+        pNames.Discard();
+        return;
+    }
+    if (CloseOutput(pNames, pNamesPath, pConsole))
+    {
+        CloseOutput(pOut, pPath, pConsole);
+    }
+}
+
+void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, const KMotionInput& pInput, KMotionScene& pScene,
+                KConsole& pConsole)
+{
+    std::vector<size_t> lFrames;
+    if (!ResolveFrames(pOptions, pScene, lFrames, pConsole))
+    {
+        return;
+    }
+    const std::vector<size_t> lJoints = PickJoints(pScene, pOptions.mEnds);
+    KPositionTable            lTable;
+    std::string               lNames;
+    lTable.mSkeleton = pInput.GetSkeleton().GetPath();
+    lTable.mMotion = pInput.GetMotion().GetPath();
+    lTable.mRate = pScene.GetRate();
+    lTable.mFrameCount = lFrames.size();
+    for (const size_t lJoint : lJoints)
+    {
+        lTable.mJoints.push_back(pScene.GetJoints()[lJoint].mName);
+        lNames += lTable.mJoints.back() + "\n";
+    }
+
+    qexsdk::KOutputFile lOut;
+    if (!OpenOutput(lOut, pOptions.mOutput, pConsole))
+    {
+        return;
+    }
+    const std::unique_ptr<KPositionWriter> lWriter = MakePositionWriter(pFormat, lOut);
+    lWriter->Begin(lTable);
+    WriteFrames(pScene, lFrames, lJoints, *lWriter, lOut, pConsole);
+    lWriter->End();
+    qexsdk::KOutputFile lNamesOut;
+    if (pFormat != eFORMAT_NPY)
+    {
+        CloseOutput(lOut, pOptions.mOutput, pConsole);
+    }
+    else if (OpenOutput(lNamesOut, NamesPath(pOptions.mOutput), pConsole))
+    {
+        lNamesOut.Write(lNames.data(), lNames.size());
+        CloseBoth(lOut, pOptions.mOutput, lNamesOut, NamesPath(pOptions.mOutput), pConsole);
+    }
+}
+
+void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
+{
+    KMotionInput    lInput;
+    EPositionFormat lFormat = eFORMAT_CSV;
+    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !FormatOf(pOptions, lFormat, pConsole) ||
+        !lInput.Open(pOptions.mFiles, pOptions.mMotion, true, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole) ||
+        (lFormat == eFORMAT_NPY && !CheckOutput(NamesPath(pOptions.mOutput), lInput.GetPaths(), pConsole)))
+    {
+        return;
+    }
+    KMotionScene lScene;
+    if (lScene.Import(lInput, pOptions.mMotion, pConsole))
+    {
+        WriteTable(pOptions, lFormat, lInput, lScene, pConsole);
+    }
+}
+
+} // namespace
+
+void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
+{
+    auto      lOptions = std::make_shared<KPositionsOptions>();
+    CLI::App* lCommand = pProgram.add_subcommand("positions", "Write where every joint is at every frame");
+    lCommand->add_option("FILE", lOptions->mFiles, "A skeleton and a motion, or a motion alone; \"-\" is standard input")
+        ->required()
+        ->expected(1, 2)
+        ->option_text("[FILE]");
+    lCommand->add_option("-o,--output", lOptions->mOutput, "File to write, .csv, .json or .npy; without it, CSV goes to standard output")
+        ->option_text("FILE");
+    lCommand->add_option("--frames", lOptions->mFrames, "Frames to write, such as 1,100-200,last or 1-last:10; without it all")
+        ->option_text("LIST");
+    lCommand->add_flag("--wide", lOptions->mWide, "CSV with one row a frame instead of one a joint");
+    lCommand->add_flag("--ends", lOptions->mEnds, "Also the ends of the bones that nothing hangs on, named BONE_End");
+    AddMotionOptions(*lCommand, lOptions->mMotion);
+    lCommand->footer("Positions are in the world, in centimetres: x to the figure's left at rest, y up, z ahead. A joint is where its\n"
+                     "bone begins. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. An .npy\n"
+                     "file holds float32 of shape (frames, joints, 3), the joints' names go to OUT.names.txt beside it.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  asf positions walk.amc -o walk.csv\n"
+                     "  asf positions walker.asf walk.amc --frames 1,100-200,last --wide\n"
+                     "  asf positions walk.amc --asf walker.asf --fps 30000/1001 --ends -o walk.npy");
+    lCommand->callback([lOptions, &pConsole] { RunPositions(*lOptions, pConsole); });
+}
+
+} // namespace asfapp

@@ -1,0 +1,49 @@
+#include <apps/asf/progress.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include <unistd.h>
+
+namespace asfapp
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds kBeforeFirst(400);
+constexpr std::chrono::milliseconds kBetween(80);
+constexpr size_t                    kWidth = 30;
+
+} // namespace
+
+KProgress::KProgress(std::string pWhat, const KConsole& pConsole)
+    : mWhat(std::move(pWhat)), mOn(!pConsole.IsQuiet() && isatty(STDERR_FILENO) == 1), mNext(KClock::now() + kBeforeFirst)
+{
+}
+
+KProgress::~KProgress()
+{
+    if (mShown)
+    {
+        std::fputs("\r\033[K", stderr);
+    }
+}
+
+bool KProgress::Show(double pFraction)
+{
+    if (mOn && KClock::now() >= mNext)
+    {
+        mNext = KClock::now() + kBetween;
+        mShown = true;
+        const double      lDone = std::min(std::max(pFraction, 0.0), 1.0);
+        const size_t      lFilled = static_cast<size_t>(lDone * static_cast<double>(kWidth));
+        const std::string lBar = std::string(lFilled, '#') + std::string(kWidth - lFilled, '.');
+        std::fprintf(stderr, "\r\033[K%s [%s] %3d%%", mWhat.c_str(), lBar.c_str(), static_cast<int>(lDone * 100));
+        std::fflush(stderr);
+    }
+    return true;
+}
+
+} // namespace asfapp

@@ -1,0 +1,394 @@
+#include <tests/apps/asf/runasf.h>
+
+#include <apps/asf/framelist.h>
+
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <sstream>
+
+using namespace qextest;
+using nlohmann::json;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// Two frames of the small skeleton; the root moves by one unit along z.
+std::string SmallMotion(const std::string& pHeader = ":FULLY-SPECIFIED\n:DEGREES\n")
+{
+    return pHeader + "1\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n2\nroot 0 0 1 0 0 0\nthigh -10 0 0\nshin 180\n";
+}
+
+class KMotionTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        WriteFile(mFolder / "small.asf", SmallSkeleton());
+        WriteFile(mFolder / "small_01.amc", SmallMotion());
+        mOptions.mFolder = mFolder.Path().string();
+    }
+
+    KRunResult Run(const std::vector<std::string>& pArguments) { return RunAsf(pArguments, mOptions); }
+
+    KTempDir    mFolder;
+    KRunOptions mOptions;
+};
+
+TEST_F(KMotionTest, LongCsv)
+{
+    const KRunResult lResult = Run({"positions", "small.asf", "small_01.amc", "--frames", "last", "--fps", "30"});
+    EXPECT_EQ(lResult.mExit, 0) << lResult.mErr;
+    EXPECT_EQ(lResult.mErr, "");
+    // One unit is 2.54 / 0.45 cm. The hip is one unit to the left, the thigh seven long.
+    EXPECT_EQ(lResult.mOut.substr(0, lResult.mOut.find("2,0.033333,shin")), "frame,time,bone,x,y,z\n"
+                                                                            "2,0.033333,root,0.00000,0.00000,5.64444\n"
+                                                                            "2,0.033333,hip,0.00000,0.00000,5.64444\n"
+                                                                            "2,0.033333,thigh,5.64444,0.00000,5.64444\n");
+}
+
+TEST_F(KMotionTest, WideCsvAndEnds)
+{
+    const KRunResult lResult =
+        Run({"positions", "small_01.amc", "--asf", "small.asf", "--frames", "1", "--fps", "120", "--wide", "--ends"});
+    EXPECT_EQ(
+        lResult.mOut,
+        "frame,time,root.x,root.y,root.z,hip.x,hip.y,hip.z,thigh.x,thigh.y,thigh.z,shin.x,shin.y,shin.z,shin_End.x,shin_End.y,shin_End.z\n"
+        "1,0.000000,0.00000,0.00000,0.00000,0.00000,0.00000,0.00000,5.64444,0.00000,0.00000,5.64444,-39.51111,0.00000,"
+        "5.64444,-79.02222,0.00000\n");
+}
+
+TEST_F(KMotionTest, JsonAndNpyHoldWhatCsvHolds)
+{
+    ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.csv", "--wide", "--ends"}).mExit, 0);
+    ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.json", "--ends"}).mExit, 0);
+    ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.npy", "--ends"}).mExit, 0);
+
+    const json lJson = json::parse(ReadFile(mFolder / "a.json"));
+    EXPECT_EQ(lJson["kind"], "positions");
+    EXPECT_EQ(lJson["unit"], "cm");
+    EXPECT_EQ(lJson["framesPerSecond"], 120);
+    EXPECT_EQ(lJson["joints"], json({"root", "hip", "thigh", "shin", "shin_End"}));
+    ASSERT_EQ(lJson["frames"].size(), 2u);
+    EXPECT_EQ(lJson["frames"][1]["frame"], 2);
+
+    const std::string lNpy = ReadFile(mFolder / "a.npy");
+    ASSERT_EQ(lNpy.substr(0, 8), std::string("\x93NUMPY\x01\x00", 8));
+    const size_t lHeader = 10 + static_cast<unsigned char>(lNpy[8]) + 256u * static_cast<unsigned char>(lNpy[9]);
+    EXPECT_EQ(lHeader % 64, 0u);
+    EXPECT_NE(lNpy.find("{'descr': '<f4', 'fortran_order': False, 'shape': (2, 5, 3), }"), std::string::npos);
+    ASSERT_EQ(lNpy.size(), lHeader + 2 * 5 * 3 * 4);
+    EXPECT_EQ(ReadFile(mFolder / "a.names.txt"), "root\nhip\nthigh\nshin\nshin_End\n");
+
+    std::istringstream lCsv(ReadFile(mFolder / "a.csv"));
+    std::string        lField;
+    std::getline(lCsv, lField);
+    size_t lPlace = lHeader;
+    for (size_t lFrame = 0; lFrame < 2; ++lFrame)
+    {
+        std::getline(lCsv, lField, ',');
+        std::getline(lCsv, lField, ',');
+        for (size_t lValue = 0; lValue < 15; ++lValue, lPlace += 4)
+        {
+            std::getline(lCsv, lField, lValue < 14 ? ',' : '\n');
+            float lFloat = 0;
+            std::memcpy(&lFloat, lNpy.data() + lPlace, 4);
+            EXPECT_NEAR(std::stod(lField), lJson["frames"][lFrame]["positions"][lValue / 3][lValue % 3], 1e-9);
+            EXPECT_NEAR(std::stod(lField), static_cast<double>(lFloat), 1e-4);
+        }
+    }
+}
+
+TEST_F(KMotionTest, BothFilesOrNone)
+{
+    fs::create_directory(mFolder / "a.names.txt");
+    WriteFile(mFolder / "a.npy", "old");
+    const KRunResult lResult = Run({"positions", "small_01.amc", "-q", "-o", "a.npy"});
+    EXPECT_EQ(lResult.mExit, 3);
+    EXPECT_EQ(lResult.mErr, "a.names.txt: error: cannot be written: Is a directory\n");
+    EXPECT_EQ(ReadFile(mFolder / "a.npy"), "old");
+}
+
+TEST_F(KMotionTest, OutputsThatAreInputsAreRefused)
+{
+    EXPECT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "small_01.amc"}).mExit, 2);
+    EXPECT_EQ(Run({"positions", "small.asf", "small_01.amc", "-q", "-o", "./small.asf"}).mExit, 2);
+    WriteFile(mFolder / "small.csv", SmallMotion());
+    EXPECT_EQ(Run({"positions", "small.csv", "--asf", "small.asf", "-q", "-o", "small.csv"}).mExit, 2);
+    EXPECT_EQ(ReadFile(mFolder / "small.asf"), SmallSkeleton());
+    EXPECT_EQ(ReadFile(mFolder / "small_01.amc"), SmallMotion());
+    EXPECT_EQ(ReadFile(mFolder / "small.csv"), SmallMotion());
+}
+
+TEST_F(KMotionTest, TheSkeletonIsFound)
+{
+    const auto lNote = [&](const char* lMotion)
+    {
+        return Run({"info", lMotion}).mErr;
+    };
+    EXPECT_EQ(lNote("small_01.amc").substr(0, 64), "small_01.amc: note: with the skeleton small.asf (its name begins");
+
+    WriteFile(mFolder / "Other.ASF", SmallSkeleton());
+    WriteFile(mFolder / "named.amc", SmallMotion("#!OML:ASF H:\\somewhere\\OTHER.asf\n:DEGREES\n"));
+    EXPECT_NE(lNote("named.amc").find("with the skeleton Other.ASF (named in its header)"), std::string::npos);
+
+    WriteFile(mFolder / "small_0.asf", SmallSkeleton());
+    EXPECT_NE(lNote("small_01.amc").find("with the skeleton small_0.asf (its name begins the motion's)"), std::string::npos);
+
+    WriteFile(mFolder / "x.amc", SmallMotion());
+    const KRunResult lMany = Run({"info", "x.amc"});
+    EXPECT_EQ(lMany.mExit, 2);
+    EXPECT_EQ(lMany.mErr, "x.amc: error: needs its skeleton: it may be any of Other.ASF, small.asf, small_0.asf; tell with --asf FILE\n");
+    EXPECT_EQ(Run({"info", "x.amc", "--asf", "small.asf", "-q"}).mErr, "");
+
+    fs::create_directory(mFolder / "alone");
+    WriteFile(mFolder / "alone/walk.amc", SmallMotion());
+    EXPECT_EQ(Run({"info", "alone/walk.amc"}).mErr,
+              "alone/walk.amc: error: needs its skeleton: there is no ASF file beside it; tell with --asf FILE\n");
+    WriteFile(mFolder / "alone/only.asf", SmallSkeleton());
+    EXPECT_NE(lNote("alone/walk.amc").find("with the skeleton alone/only.asf (the only one beside it)"), std::string::npos);
+}
+
+TEST_F(KMotionTest, TheRateIsToldOrAssumed)
+{
+    const std::string lAssumed = "small_01.amc: note: does not say how many frames a second it has: taken as 120\n";
+    EXPECT_NE(Run({"info", "small_01.amc"}).mErr.find(lAssumed), std::string::npos);
+    EXPECT_EQ(Run({"info", "small_01.amc", "--fps", "30"}).mErr.find(lAssumed), std::string::npos);
+    WriteFile(mFolder / "small_02.amc", SmallMotion(":DEGREES\n:SAMPLES-PER-SECOND 60\n"));
+    EXPECT_EQ(Run({"info", "small_02.amc"}).mErr.find("note: does not say"), std::string::npos);
+
+    for (const auto& [lFps, lRate] : {std::pair<const char*, double>{"25", 25}, {"23.976", 23.976}, {"30000/1001", 30000.0 / 1001}})
+    {
+        const json lMotion = JsonOf(Run({"info", "--json", "-q", "small_01.amc", "--fps", lFps}))["motion"];
+        EXPECT_NEAR(lMotion["framesPerSecond"], lRate, 1e-12);
+        EXPECT_NEAR(lMotion["seconds"], 1 / lRate, 1e-9);
+    }
+    for (const char* lFps : {"0", "-1", "fast", "30/0", "1/", "nan", "30 "})
+    {
+        EXPECT_EQ(Run({"info", "small_01.amc", std::string("--fps=") + lFps}).mExit, 2) << lFps;
+    }
+}
+
+TEST_F(KMotionTest, InfoAndCheckKnowTheLimits)
+{
+    const json lMotion = JsonOf(Run({"info", "--json", "-q", "small_01.amc"}))["motion"];
+    EXPECT_EQ(lMotion["frameCount"], 2);
+    EXPECT_EQ(lMotion["bonesMoved"], 3);
+    EXPECT_NEAR(lMotion["rootTravel"], 2.54 / 0.45, 1e-9);
+    const json lShin = lMotion["bones"][2];
+    EXPECT_EQ(lShin["name"], "shin");
+    EXPECT_EQ(lShin["dofs"],
+              json::parse(R"([{"dof":"rx","least":0.0,"greatest":180.0,"min":-10.0,"max":170.0,"framesOutside":1,"firstOutside":2}])"));
+
+    const KRunResult lCheck = Run({"check", "-q", "small_01.amc"});
+    EXPECT_EQ(lCheck.mExit, 0);
+    EXPECT_EQ(lCheck.mErr, "small_01.amc: warning: Bone shin: rx leaves its limits (-10 170) in 1 frame, from frame 2 on, with 0 to 180\n");
+    EXPECT_EQ(lCheck.mOut, "1 files, 0 errors, 1 warnings\n");
+    EXPECT_EQ(Run({"check", "-q", "--strict", "small_01.amc"}).mExit, 1);
+}
+
+TEST_F(KMotionTest, ABrokenMotionNamesItsLine)
+{
+    WriteFile(mFolder / "small_03.amc", ":DEGREES\n1\nroot 0 0 0 0 0 0\nthigh 0 x 0\nshin 0\n");
+    for (const std::vector<std::string>& lArguments : {std::vector<std::string>{"info", "small_03.amc"},
+                                                       {"check", "small_03.amc"},
+                                                       {"positions", "small_03.amc"},
+                                                       {"draw", "small_03.amc", "-o", "a.svg"}})
+    {
+        const KRunResult lResult = Run(lArguments);
+        EXPECT_EQ(lResult.mExit, 1) << lArguments[0];
+        EXPECT_NE(lResult.mErr.find("small_03.amc:4: error: Bone thigh"), std::string::npos) << lResult.mErr;
+        EXPECT_EQ(lResult.mOut, lArguments[0] == "check" ? "1 files, 1 errors, 0 warnings\n" : "");
+    }
+    EXPECT_FALSE(fs::exists(mFolder / "a.svg"));
+}
+
+TEST_F(KMotionTest, WrongCalls)
+{
+    for (const std::vector<std::string>& lArguments : {std::vector<std::string>{"positions", "small.asf"},
+                                                       {"positions", "small.asf", "small.asf"},
+                                                       {"positions", "small_01.amc", "small_01.amc"},
+                                                       {"positions", "small.asf", "small_01.amc", "--asf", "small.asf"},
+                                                       {"positions", "small_01.amc", "--asf", "small_01.amc"},
+                                                       {"positions", "small_01.amc", "--frames", "7"},
+                                                       {"positions", "small_01.amc", "-o", "a.txt"},
+                                                       {"positions", "small_01.amc", "-o", "a.npy", "--wide"},
+                                                       {"draw", "small.asf", "-o", "a.svg", "--frames", "1"},
+                                                       {"draw", "small_01.amc", "-o", "a.svg", "--trail", "tail"}})
+    {
+        const KRunResult lResult = Run(lArguments);
+        EXPECT_EQ(lResult.mExit, 2) << lArguments.back();
+        EXPECT_NE(lResult.mErr.find("error: "), std::string::npos);
+        EXPECT_EQ(lResult.mOut, "");
+    }
+}
+
+TEST_F(KMotionTest, PosesAndTrails)
+{
+    const std::string lPoses = Run({"draw", "small_01.amc", "-q", "-o", "-", "--frames", "1,2"}).mOut;
+    EXPECT_NE(lPoses.find(">frame 1, 0.00 s</text>"), std::string::npos);
+    EXPECT_NE(lPoses.find(">frame 2, 0.01 s</text>"), std::string::npos);
+    const std::string lTrail = Run({"draw", "small_01.amc", "-q", "-o", "-", "--view", "side", "--trail", "shin"}).mOut;
+    EXPECT_NE(lTrail.find("<title>shin</title></path>"), std::string::npos);
+}
+
+TEST_F(KMotionTest, AMotionOfOneFrameHasOne)
+{
+    WriteFile(mFolder / "small_04.amc", ":DEGREES\n5\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n");
+    const std::string lCsv = Run({"positions", "small_04.amc", "-q", "--wide"}).mOut;
+    EXPECT_EQ(std::count(lCsv.begin(), lCsv.end(), '\n'), 2);
+    EXPECT_NE(lCsv.find("\n5,0.000000,"), std::string::npos);
+}
+
+TEST_F(KMotionTest, FramesKeepTheirNumbersAndTimes)
+{
+    WriteFile(mFolder / "small_05.amc", ":DEGREES\n10\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n13\nroot 0 0 1 0 0 0\nthigh 0 0 0\nshin 0\n");
+    const std::string lCsv = Run({"positions", "small_05.amc", "-q", "--wide", "--fps", "30"}).mOut;
+    EXPECT_EQ(std::count(lCsv.begin(), lCsv.end(), '\n'), 3);
+    EXPECT_NE(lCsv.find("\n10,0.000000,"), std::string::npos);
+    EXPECT_NE(lCsv.find("\n13,0.100000,"), std::string::npos);
+}
+
+TEST_F(KMotionTest, AnInterruptLeavesNothingBehind)
+{
+    std::string lLong = ":DEGREES\n";
+    for (int lFrame = 1; lFrame <= 60000; ++lFrame)
+    {
+        lLong += std::to_string(lFrame) + "\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n";
+    }
+    WriteFile(mFolder / "small_06.amc", lLong);
+    WriteFile(mFolder / "old.csv", "old");
+    // Interrupted as soon as a temporary file shows, or after it ended, in which case the whole new file is there.
+    const KRunResult  lResult = RunShell("\"$ASF\" positions small_06.amc -q -o old.csv & pid=$!; "
+                                          "while kill -0 $pid 2> /dev/null && [ $(ls -A | wc -l) -lt 5 ]; do :; done; "
+                                          "kill -TERM $pid 2> /dev/null; wait $pid; echo $?; ls -A | wc -l",
+                                         mOptions);
+    const std::string lOld = ReadFile(mFolder / "old.csv");
+    EXPECT_TRUE(lResult.mOut == "143\n4\n" || lResult.mOut == "0\n4\n") << lResult.mOut;
+    EXPECT_TRUE(lOld == "old" || std::count(lOld.begin(), lOld.end(), '\n') == 1 + 60000 * 4) << lOld.size();
+}
+
+TEST(AsfPositions, RealMotionsAreWhereAnotherProgramPutsThem)
+{
+    QEX_SKIP_WITHOUT_CORPUS();
+    QEX_SKIP_WITHOUT_ORACLE();
+    for (const auto& [lMotion, lWorld] :
+         {std::pair<const char*, const char*>{"cmu/01_01.amc", "01_01.world.json"}, {"cmu_walk/walk_01.amc", "walk_01.world.json"}})
+    {
+        const json         lOracle = json::parse(ReadFile(OracleDir() / lWorld))["frames"];
+        const KRunResult   lResult = RunAsf({"positions", (CorpusDir() / lMotion).string(), "-q", "--ends"});
+        std::istringstream lRows(lResult.mOut);
+        std::string        lRow;
+        size_t             lCompared = 0;
+        ASSERT_EQ(lResult.mExit, 0) << lResult.mErr;
+        std::getline(lRows, lRow);
+        while (std::getline(lRows, lRow))
+        {
+            std::istringstream       lFields(lRow);
+            std::vector<std::string> lField(6);
+            for (std::string& lText : lField)
+            {
+                std::getline(lFields, lText, ',');
+            }
+            const bool        lEnd = lField[2].size() > 4 && lField[2].substr(lField[2].size() - 4) == "_End";
+            const std::string lBone = lEnd ? lField[2].substr(0, lField[2].size() - 4) : lField[2];
+            if (!lOracle.contains(lField[0]) || !lOracle[lField[0]].contains(lBone))
+            {
+                continue;
+            }
+            const json& lPoint = lOracle[lField[0]][lBone][lEnd ? "end" : "start"];
+            for (size_t lAxis = 0; lAxis < 3; ++lAxis)
+            {
+                // A ten-thousandth of a figure of 160 cm.
+                ASSERT_NEAR(std::stod(lField[3 + lAxis]), lPoint[lAxis].get<double>() * 2.54 / 0.45, 0.016) << lRow;
+            }
+            ++lCompared;
+        }
+        EXPECT_GT(lCompared, 30 * lOracle.size());
+    }
+}
+
+TEST(AsfSamples, TheScriptWritesThem)
+{
+    if (std::system("command -v python3 > /dev/null 2>&1") != 0)
+    {
+        GTEST_SKIP() << "no python3";
+    }
+    KTempDir lFolder;
+    ASSERT_EQ(RunProgram({"python3", Sample("make_walk.py"), lFolder.Path().string()}).mExit, 0);
+    for (const char* lName : {"walker.asf", "walk.amc"})
+    {
+        EXPECT_TRUE(ReadFile(lFolder / lName) == ReadFile(Sample(lName))) << lName;
+    }
+}
+
+// A foot that carries weight stays where it is.
+TEST(AsfSamples, FeetDoNotSlide)
+{
+    const json lWalk = json::parse(RunAsf({"check", "-q", "--strict", Sample("walk.amc")}).mExit == 0 ? "true" : "false");
+    EXPECT_TRUE(lWalk);
+    KTempDir          lFolder;
+    const std::string lOut = (lFolder / "walk.json").string();
+    ASSERT_EQ(RunAsf({"positions", Sample("walk.amc"), "-q", "-o", lOut}).mExit, 0);
+    const json lPositions = json::parse(ReadFile(lOut));
+    size_t     lPlanted = 0;
+    for (const char* lBone : {"left_toes", "right_toes"})
+    {
+        const auto&  lJoints = lPositions["joints"];
+        const size_t lJoint = static_cast<size_t>(std::find(lJoints.begin(), lJoints.end(), lBone) - lJoints.begin());
+        for (size_t lFrame = 1; lFrame < lPositions["frames"].size(); ++lFrame)
+        {
+            const auto& lBefore = lPositions["frames"][lFrame - 1]["positions"][lJoint];
+            const auto& lNow = lPositions["frames"][lFrame]["positions"][lJoint];
+            EXPECT_GT(lNow[1].get<double>(), -0.1);
+            if (lBefore[1].get<double>() < 0.05 && lNow[1].get<double>() < 0.05)
+            {
+                ++lPlanted;
+                EXPECT_NEAR(lNow[2].get<double>(), lBefore[2].get<double>(), 0.1) << lBone << " in frame " << lFrame + 1;
+            }
+        }
+    }
+    EXPECT_GT(lPlanted, 150u);
+}
+
+struct KFrameCase
+{
+    const char*         mList;
+    std::vector<size_t> mIndices; ///< Into 10, 11, 12, 15, 20; empty: the list is refused.
+};
+
+std::ostream& operator<<(std::ostream& pOut, const KFrameCase& pCase)
+{
+    return pOut << '"' << pCase.mList << '"';
+}
+
+class KFrameTest : public testing::TestWithParam<KFrameCase>
+{
+};
+
+TEST_P(KFrameTest, Picks)
+{
+    std::vector<size_t> lIndices;
+    const std::string   lWrong = asfapp::PickFrames(GetParam().mList, {10, 11, 12, 15, 20}, lIndices);
+    EXPECT_EQ(lIndices, GetParam().mIndices);
+    EXPECT_EQ(lWrong.empty(), !GetParam().mIndices.empty()) << lWrong;
+}
+
+INSTANTIATE_TEST_SUITE_P(Lists, KFrameTest,
+                         testing::Values(KFrameCase{"10", {0}}, KFrameCase{"last", {4}}, KFrameCase{"first,last", {0, 4}},
+                                         KFrameCase{"11-15", {1, 2, 3}}, KFrameCase{"first-last", {0, 1, 2, 3, 4}},
+                                         KFrameCase{"10-last:5", {0, 3, 4}}, KFrameCase{"20,10-11,10", {4, 0, 1, 0}}, KFrameCase{"13", {}},
+                                         KFrameCase{"16-19", {}}, KFrameCase{"9", {}}, KFrameCase{"15-21", {}}, KFrameCase{"15-11", {}},
+                                         KFrameCase{"", {}}, KFrameCase{"10,", {}}, KFrameCase{"10-", {}}, KFrameCase{"10-11:0", {}},
+                                         KFrameCase{"10:2", {}}, KFrameCase{"x", {}}, KFrameCase{"lastly", {}},
+                                         KFrameCase{"99999999999999999999", {}}, KFrameCase{"-5", {}}));
+
+TEST(AsfFrames, NegativeNumbers)
+{
+    std::vector<size_t> lIndices;
+    EXPECT_EQ(asfapp::PickFrames("-5--4,0", {-5, -4, 0}, lIndices), "");
+    EXPECT_EQ(lIndices, (std::vector<size_t>{0, 1, 2}));
+}
+
+} // namespace
