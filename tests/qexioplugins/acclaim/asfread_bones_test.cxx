@@ -1,11 +1,9 @@
 #include "asftestsupport.h"
 
 #include <tests/support/memorywatch.h>
-#include <tests/support/smallstack.h>
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
 #include <string>
 
