@@ -53,13 +53,22 @@ public:
     {
     }
 
-    bool Run();
+    /// Into the two files.
+    bool Run() { return MakeSkeleton(!mAmcPath.empty()) && WriteSkeleton() && WriteMotion(mAmcPath, nullptr) && Finish(); }
+
+    /// Into memory; \p pAmc null: the skeleton alone.
+    bool Run(std::string& pAsf, std::string* pAmc)
+    {
+        const bool lOk = MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close()));
+        pAsf.swap(mText);
+        return lOk;
+    }
 
 private:
-    bool                 MakeSkeleton();
+    bool                 MakeSkeleton(bool pIsRead);
     bool                 ReadBack(const std::vector<KAsfOrigin>& pOrigins);
     bool                 WriteSkeleton();
-    bool                 WriteMotion();
+    bool                 WriteMotion(const std::string& pPath, std::string* pBuffer);
     bool                 Finish();
     const KQexAnimLayer* GetLayer() const { return mStack != nullptr ? mStack->GetMember<KQexAnimLayer>(0) : nullptr; }
     bool                 NeedsTranslations() const;
@@ -93,8 +102,8 @@ bool KExport::NeedsTranslations() const
     return false;
 }
 
-/// Extracts, prepares and formats the skeleton.
-bool KExport::MakeSkeleton()
+/// Extracts, prepares and formats the skeleton; \p pIsRead: and reads it back for a motion.
+bool KExport::MakeSkeleton(bool pIsRead)
 {
     const KQexAsfSceneOwner lScene(QexSdkNew<KQexAsfScene>());
     if (!lScene)
@@ -138,7 +147,7 @@ bool KExport::MakeSkeleton()
     {
         return Fail(mResult, mAsfPath, "Out of memory");
     }
-    return mAmcPath.empty() || ReadBack(lPreparation.GetOrigins());
+    return !pIsRead || ReadBack(lPreparation.GetOrigins());
 }
 
 /// Reads the text as other programs will: motion is made for the bones that they see, with the digits that the text has.
@@ -179,11 +188,12 @@ bool KExport::WriteSkeleton()
     return Fail(mResult, mAsfPath, ("Can't write: " + mAsf.GetReason()).c_str());
 }
 
-/// Opens and writes a motion; its output then only waits for its name.
-bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, KQexAsfScene* pSkeleton, const std::vector<KQexAmcPair>& pPairs,
-                     const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult)
+/// Opens and writes a motion, to \p pPath or into \p pBuffer when there is one; a file then only waits for its name.
+bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton,
+                     const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
-    const bool lIsWritten = pAmc.OpenWrite(pPath.c_str()) && pAmc.Write(pSkeleton, pPairs, pOptions);
+    const bool lIsOpen = pBuffer != nullptr ? pAmc.OpenWriteBuffer(pBuffer) : pAmc.OpenWrite(pPath.c_str());
+    const bool lIsWritten = lIsOpen && pAmc.Write(pSkeleton, pPairs, pOptions);
     TakeMessages(pResult, pAmc, pPath);
     if (!lIsWritten || !pAmc.GetOutput().Prepare())
     {
@@ -218,20 +228,20 @@ KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, K
     return lOptions;
 }
 
-bool KExport::WriteMotion()
+bool KExport::WriteMotion(const std::string& pPath, std::string* pBuffer)
 {
-    if (mAmcPath.empty())
+    if (pPath.empty() && pBuffer == nullptr)
     {
         return true;
     }
     if (!MakeSampling({mRoot}, mStack, mOptions.mSampling, mResult.mSampling))
     {
-        return Fail(mResult, mAmcPath, "No frames in the part of the take that was asked for");
+        return Fail(mResult, pPath, "No frames in the part of the take that was asked for");
     }
     KQexAmcWriteOptions lOptions = MakeWriteOptions(mOptions, mStack, mResult);
     lOptions.mIsRootAligned = true;
-    lOptions.mAsfName = mAsfPath != "-" ? std::filesystem::path(mAsfPath).filename().string() : "";
-    return WriteMotionFile(mAmc, mAmcPath, mReadBack.get(), mPairs, lOptions, mResult);
+    lOptions.mAsfName = pBuffer == nullptr && mAsfPath != "-" ? std::filesystem::path(mAsfPath).filename().string() : "";
+    return WriteMotionFile(mAmc, pPath, pBuffer, mReadBack.get(), mPairs, lOptions, mResult);
 }
 
 bool KExport::Finish()
@@ -245,11 +255,6 @@ bool KExport::Finish()
         return Fail(mResult, mAmcPath, ("Can't write: " + mAmc.GetOutput().GetReason()).c_str());
     }
     return true;
-}
-
-bool KExport::Run()
-{
-    return MakeSkeleton() && WriteSkeleton() && WriteMotion() && Finish();
 }
 
 /// Finds nodes by name below other nodes: the first in pre-order, as the scene's own search does, without walking each time.
@@ -349,7 +354,7 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
     }
     KQexFileAcclaimAmc        lAmc(false);
     const KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
-    if (!WriteMotionFile(lAmc, pAmcPath, pSkeleton, lPairs, lOptions, pResult))
+    if (!WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult))
     {
         return false;
     }
@@ -358,23 +363,48 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
 
 } // namespace
 
-bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
-                                 KQexExportAcclaimResult& pResult)
+namespace
+{
+
+/// Checks what every export of a tree needs, runs it and turns a lack of memory into a message.
+template <typename TRun>
+bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
+             const TRun& pRun)
 {
     pResult = KQexExportAcclaimResult();
     if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
     {
-        return Fail(pResult, pAsfPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
+        return Fail(pResult, pPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
     }
     try
     {
-        pResult.mOk = KExport(pRoot, pAsfPath, pAmcPath, pOptions, pResult).Run();
+        pResult.mOk = pRun();
     }
     catch (const std::bad_alloc&)
     {
-        Fail(pResult, pAsfPath, "Out of memory");
+        Fail(pResult, pPath, "Out of memory");
     }
     return pResult.mOk;
+}
+
+} // namespace
+
+bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
+                                 KQexExportAcclaimResult& pResult)
+{
+    return Guarded(pRoot, pAsfPath, pOptions, pResult, [&] { return KExport(pRoot, pAsfPath, pAmcPath, pOptions, pResult).Run(); });
+}
+
+bool KQexExporterAcclaim::ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
+                                        KQexExportAcclaimResult& pResult)
+{
+    return Guarded(pRoot, "", pOptions, pResult, [&] { return KExport(pRoot, "", nullptr, pOptions, pResult).Run(pAsf, &pAmc); });
+}
+
+bool KQexExporterAcclaim::ExportSkeleton(KQexNode* pRoot, std::string& pAsf, const KQexExportAcclaimOptions& pOptions,
+                                         KQexExportAcclaimResult& pResult)
+{
+    return Guarded(pRoot, "", pOptions, pResult, [&] { return KExport(pRoot, "", nullptr, pOptions, pResult).Run(pAsf, nullptr); });
 }
 
 bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,

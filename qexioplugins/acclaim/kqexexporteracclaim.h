@@ -62,6 +62,14 @@ public:
     static bool Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                        KQexExportAcclaimResult& pResult);
 
+    /// The same into memory: \p pAsf, and \p pAmc, which names no skeleton file. Unspecified after a failure.
+    static bool ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
+                              KQexExportAcclaimResult& pResult);
+
+    /// The skeleton alone, into memory.
+    static bool ExportSkeleton(KQexNode* pRoot, std::string& pAsf, const KQexExportAcclaimOptions& pOptions,
+                               KQexExportAcclaimResult& pResult);
+
     /// Writes the take as a motion for the skeleton in \p pSkeleton, a scene read from a file with both frame flags false. Bones
     /// find their nodes by name below their parent's, \p pRoot being the root's; when no name is found, a name-space prefix in
     /// the nodes' names is passed over. Bones without a node stay at rest and are listed in the result.
