@@ -12,6 +12,7 @@ namespace
 
 constexpr double    kTicksPerSecond = 705600000.0;
 constexpr long long kDefaultStep = 705600000 / 120;
+constexpr long long kShortestStep = 705600000 / 10000; ///< No motion is sampled more often than 10,000 times a second.
 constexpr double    kMaxTicks = 9.0e18;
 
 /// Rates that files mean when they write a rounded frame time, as frames per so many seconds.
@@ -31,6 +32,8 @@ struct KKeySpan
     long long mFirst = 0;
     long long mLast = 0;
     long long mStep = 0;
+    long long mMeanStep = 0; ///< Mean step of the curve with the most keys.
+    int       mMostKeys = 1;
     bool      mHasKeys = false;
 
     void Add(long long pTime)
@@ -57,6 +60,12 @@ void AddCurve(const KQexAnimCurve* pCurve, KKeySpan& pSpan)
     pSpan.Add(lTimes.Get(0));
     pSpan.Add(lTimes.GetLast());
     pSpan.mStep = std::gcd(pSpan.mStep, static_cast<long long>(lTimes.GetCommonStep()));
+    if (lTimes.GetCount() > pSpan.mMostKeys)
+    {
+        pSpan.mMostKeys = lTimes.GetCount();
+        const double lLength = static_cast<double>(lTimes.GetLast()) - static_cast<double>(lTimes.Get(0));
+        pSpan.mMeanStep = static_cast<long long>(std::min(kMaxTicks, std::round(lLength / (pSpan.mMostKeys - 1))));
+    }
 }
 
 void AddNode(const KQexNode* pNode, const KQexAnimLayer* pLayer, KKeySpan& pSpan)
@@ -102,7 +111,9 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
             AddNode(lNode, lLayer, lSpan);
         }
     }
-    long long lStep = lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
+    // At a rate that ticks do not divide, keys stand a tick beside their frames, and no usable step is common to all of them.
+    const bool lIsUneven = lSpan.mStep < kShortestStep && lSpan.mMeanStep > 0;
+    long long  lStep = lIsUneven ? std::max(kShortestStep, lSpan.mMeanStep) : lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
     if (pRequest.mFramesPerSecond != 0.0)
     {
         lStep = pRequest.mFramesPerSecond > 0.0 ? NearestFrameStep(1.0 / pRequest.mFramesPerSecond).Get() : 0;
@@ -117,7 +128,8 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
     }
     pSampling.mStart = KTime(lStart);
     pSampling.mStep = KTime(lStep * pRequest.mEvery);
-    pSampling.mCount = (lEnd - lStart) / pSampling.mStep.Get() + 1;
+    const long long lSlack = lIsUneven && !pRequest.mHasEnd ? pSampling.mStep.Get() / 4 : 0;
+    pSampling.mCount = (lEnd - lStart + lSlack) / pSampling.mStep.Get() + 1;
     return true;
 }
 

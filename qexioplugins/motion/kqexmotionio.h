@@ -61,7 +61,7 @@ struct QEX_API KQexSamplingRequest
 QEX_API KTime NearestFrameStep(double pSeconds);
 
 /// The frames that \p pRequest names for \p pStack on the nodes at and below \p pRoots. The rate of the keys is the largest step
-/// on which all of them stand. A take without keys, or no take (\p pStack null), gives one frame at the start and a step of 1/120
+/// on which all of them stand; where that is shorter than a 10,000th of a second, the mean step of the curve with the most keys. A take without keys, or no take (\p pStack null), gives one frame at the start and a step of 1/120
 /// second unless told. False, and \p pSampling unchanged, when the end stands before the start, the rate is not above 0 or the
 /// frames cannot be counted.
 QEX_API bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, const KQexSamplingRequest& pRequest,

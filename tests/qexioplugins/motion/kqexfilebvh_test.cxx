@@ -461,4 +461,21 @@ TEST(BvhSampling, TakesTheRateOfTheKeysUnlessTold)
     EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
 }
 
+TEST(BvhSampling, KeysBesideTheTicksOfTheirFramesAreStillFrames)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");
+    lScene->GetRootNode()->AddChild(lNode);
+    KQexAnimCurve* lCurve = KQexAnimCurve::Create(lScene.get(), "c");
+    lNode->mLocalTranslation.GetCurveNode(true, "take")->ConnectToChannel(lCurve, 0, true);
+    for (int i = 0; i < 500; ++i)
+    {
+        lCurve->AppendSample(KTime(std::llround(i * 705600000.0 / 11.3)), 1.0F);
+    }
+    KQexSampling lSampling;
+    ASSERT_TRUE(MakeSampling({lNode}, lScene->FindAnimStack("take"), KQexSamplingRequest(), lSampling));
+    EXPECT_EQ(lSampling.mCount, 500);
+    EXPECT_NEAR(static_cast<double>(lSampling.mStep.Get()), 705600000.0 / 11.3, 1.0);
+}
+
 } // namespace
