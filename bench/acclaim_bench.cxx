@@ -1,0 +1,225 @@
+// Bones and host nodes: motion into curves beside the bare trigonometry, bones to nodes, nodes to bones.
+
+#include <bench/benchsupport.h>
+
+#include <kbaselib/kmath/maths.h>
+#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <vector>
+
+using namespace qexsdk;
+using namespace qexbench;
+
+namespace
+{
+
+void Demand(bool pDone)
+{
+    if (!pDone)
+    {
+        std::abort();
+    }
+}
+
+// A host scene and a skeleton, ended in the order in which they may be ended.
+struct KStage
+{
+    KStage() : mScene(KQexScene::Create("bench")), mAsf(QexSdkNew<KQexAsfScene>()) { Demand(mScene != nullptr && mAsf != nullptr); }
+    ~KStage()
+    {
+        mAsf->Destroy();
+        mScene->Destroy();
+    }
+    KStage(const KStage&) = delete;
+    KStage& operator=(const KStage&) = delete;
+
+    KQexScene*    mScene;
+    KQexAsfScene* mAsf;
+};
+
+void ReadSkeleton(KStage& pStage, EShape pShape, int pBones, bool pOffset, bool pPreRotation)
+{
+    const std::string  lText = SkeletonText(pShape, pBones);
+    KQexFileAcclaimAsf lFile(false);
+    Demand(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.Read(pStage.mAsf, true, pOffset, pPreRotation));
+}
+
+// What one frame of a bone costs at the least: a sine and cosine for each angle that is turned into a matrix, and the arc tangents
+// and the root that turn the product into angles again.
+double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
+{
+    double lSum = 0.0;
+    if (pPreRotation)
+    {
+        for (int lAxis = 0; lAxis < pAxes; lAxis++)
+        {
+            lSum += pAngles[lAxis];
+        }
+        return lSum;
+    }
+    double lSine[3];
+    double lCosine[3];
+    for (int lAxis = 0; lAxis < 3; lAxis++)
+    {
+        lSine[lAxis] = kSinCosd(pAngles[lAxis], lCosine[lAxis]);
+    }
+    const double lT = kHypot(lCosine[0], lSine[1]);
+    return kAtand(lSine[0], lCosine[1]) + kAtand(lSine[1], lT) + kAtand(lSine[2], lCosine[0]);
+}
+
+constexpr int kSampledBones = 60;
+constexpr int kSampledFrames = 200;
+
+// Every bone turns about three axes, as most bones of real skeletons do.
+void AddSamples(benchmark::State& pState, bool pOffset, bool pPreRotation)
+{
+    KStage lStage;
+    ReadSkeleton(lStage, eRANDOM, kSampledBones, pOffset, pPreRotation);
+    std::vector<KQexAsfNode*> lBones = {lStage.mAsf->mRoot};
+    for (size_t lIter = 0; lIter < lBones.size(); lIter++)
+    {
+        lBones[lIter]->mOrderCount = 0;
+        for (const int lCode : {5, 4, 3})
+        {
+            lBones[lIter]->mOrderBuf[lBones[lIter]->mOrderCount++] = lCode;
+        }
+        for (int lChild = 0; lBones[lIter]->GetChild(lChild) != nullptr; lChild++)
+        {
+            lBones.push_back(lBones[lIter]->GetChild(lChild));
+        }
+    }
+    std::mt19937                           lRandom(1);
+    std::uniform_real_distribution<double> lAngle(-170.0, 170.0);
+    std::vector<double>                    lValues(lBones.size() * kSampledFrames * 3);
+    for (double& lValue : lValues)
+    {
+        lValue = lAngle(lRandom);
+    }
+
+    KBeside lBeside;
+    for (auto lStep : pState)
+    {
+        (void)lStep;
+        lBeside.Bound(
+            [&]
+            {
+                double lSum = 0.0;
+                for (size_t lAt = 0; lAt < lValues.size(); lAt += 3)
+                {
+                    lSum += BareTrigonometry(&lValues[lAt], 3, pPreRotation);
+                }
+                benchmark::DoNotOptimize(lSum);
+            });
+        Demand(lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene));
+        lBeside.Work(pState,
+                     [&]
+                     {
+                         const double* lAt = lValues.data();
+                         for (int lFrame = 0; lFrame < kSampledFrames; lFrame++)
+                         {
+                             const KTime lTime = KTime::FromFrame(lFrame, KFrameRate{120, 1});
+                             for (KQexAsfNode* lBone : lBones)
+                             {
+                                 lBone->AddSampleFromDOF(lAt, lTime, 1.0, 1.0, pOffset, pPreRotation);
+                                 lAt += 3;
+                             }
+                         }
+                     });
+    }
+    lBeside.ReportPieces(pState, "bone", static_cast<double>(lBones.size()) * kSampledFrames);
+}
+
+void Import(benchmark::State& pState, EShape pShape, int pBones)
+{
+    KBeside lBeside;
+    for (auto lStep : pState)
+    {
+        (void)lStep;
+        KStage lStage;
+        ReadSkeleton(lStage, pShape, pBones, false, true);
+        lBeside.Work(pState, [&] { Demand(lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true) != nullptr); });
+    }
+    lBeside.ReportPieces(pState, "bone", pBones);
+}
+
+void Extract(benchmark::State& pState, EShape pShape, int pBones)
+{
+    KStage lStage;
+    ReadSkeleton(lStage, pShape, pBones, false, true);
+    KQexNode*    lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
+    const double lNodes = lTop->GetChildCount(true) + 1;
+    KBeside      lBeside;
+    for (auto lStep : pState)
+    {
+        (void)lStep;
+        KStage lOther;
+        lBeside.Work(pState, [&] { Demand(lOther.mAsf->QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), true)); });
+    }
+    lBeside.ReportPieces(pState, "node", lNodes);
+}
+
+void Bind(benchmark::State& pState, EShape pShape, int pBones)
+{
+    KStage lStage;
+    ReadSkeleton(lStage, pShape, pBones, false, true);
+    KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
+    KBeside   lBeside;
+    for (auto lStep : pState)
+    {
+        (void)lStep;
+        lBeside.Work(pState, [&] { Demand(lStage.mAsf->MergeQEXToASF(lTop)); });
+    }
+    lBeside.ReportPieces(pState, "bone", pBones);
+}
+
+void Merge(benchmark::State& pState, EShape pShape, int pBones)
+{
+    KStage lStage;
+    ReadSkeleton(lStage, pShape, pBones, false, true);
+    KQexNode* lTop = lStage.mScene->GetRootNode();
+    Demand(lStage.mAsf->MergeASFToQEX(lStage.mScene, lTop, "take", false, false, true));
+    KBeside lBeside;
+    for (auto lStep : pState)
+    {
+        (void)lStep;
+        lBeside.Work(pState, [&] { Demand(lStage.mAsf->MergeASFToQEX(lStage.mScene, lTop, "take", false, false, true)); });
+    }
+    lBeside.ReportPieces(pState, "bone", pBones);
+}
+
+using KBench = void (*)(benchmark::State&, EShape, int);
+
+void RegisterSeries(const char* pName, KBench pBench)
+{
+    for (const EShape lShape : {eCHAIN, eFAN, eRANDOM})
+    {
+        for (const int lBones : {10, 100, 1000, 10000, 100000})
+        {
+            const std::string lName = std::string(pName) + "/" + ShapeName(lShape) + "/" + std::to_string(lBones);
+            benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { pBench(pState, lShape, lBones); })->UseManualTime();
+        }
+    }
+}
+
+} // namespace
+
+void RegisterBenches()
+{
+    for (const bool lOffset : {false, true})
+    {
+        for (const bool lPreRotation : {false, true})
+        {
+            const std::string lName =
+                std::string("AddSample/") + (lOffset ? "offset" : "translation") + "/" + (lPreRotation ? "prerotation" : "folded");
+            benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { AddSamples(pState, lOffset, lPreRotation); })
+                ->UseManualTime();
+        }
+    }
+    RegisterSeries("Import", Import);
+    RegisterSeries("Extract", Extract);
+    RegisterSeries("Merge", Merge);
+    RegisterSeries("Bind", Bind);
+}
