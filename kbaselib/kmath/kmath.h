@@ -158,6 +158,16 @@ inline KmMatrix KmRR(KmMatrix pOut, KmConstMatrix pA, KmConstMatrix pB)
 /// The formulas are Ken Shoemake's (Euler Angle Conversion, Graphics Gems IV), with every order about fixed axes.
 ///@{
 
+/// KmXYZtoR of angles whose sines and cosines are known. Where an angle is a constant 0 the compiler leaves its factors of 1 out,
+/// and the values stay those of KmXYZtoR to the last bit.
+inline KmMatrix KmSinCosXYZtoR(KmMatrix pM, double pSX, double pCX, double pSY, double pCY, double pSZ, double pCZ)
+{
+    KmV(pM[0], pCY * pCZ, pCY * pSZ, -pSY);
+    KmV(pM[1], pCZ * (pSY * pSX) - pSZ * pCX, pSZ * (pSY * pSX) + pCZ * pCX, pCY * pSX);
+    KmV(pM[2], pCZ * (pSY * pCX) + pSZ * pSX, pSZ * (pSY * pCX) - pCZ * pSX, pCX * pCY);
+    return pM;
+}
+
 /// The rotation by \p pX about x, then \p pY about y, then \p pZ about z: Rz·Ry·Rx.
 inline KmMatrix KmXYZtoR(KmMatrix pM, double pX, double pY, double pZ)
 {
@@ -165,10 +175,7 @@ inline KmMatrix KmXYZtoR(KmMatrix pM, double pX, double pY, double pZ)
     const double lSX = kSinCosd(pX, &lCX);
     const double lSY = kSinCosd(pY, &lCY);
     const double lSZ = kSinCosd(pZ, &lCZ);
-    KmV(pM[0], lCY * lCZ, lCY * lSZ, -lSY);
-    KmV(pM[1], lCZ * (lSY * lSX) - lSZ * lCX, lSZ * (lSY * lSX) + lCZ * lCX, lCY * lSX);
-    KmV(pM[2], lCZ * (lSY * lCX) + lSZ * lSX, lSZ * (lSY * lCX) - lCZ * lSX, lCX * lCY);
-    return pM;
+    return KmSinCosXYZtoR(pM, lSX, lCX, lSY, lCY, lSZ, lCZ);
 }
 
 /// KmXYZtoR of the angles (v[0], v[1], v[2]).

@@ -1,5 +1,5 @@
+#include <qexioplugins/acclaim/kqexasfdofpose.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
-#include <qexioplugins/acclaim/kqexasfrotation.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
 #include <cstdio>
@@ -12,16 +12,6 @@ namespace
 
 // The source that reports of missing curve nodes name, as their readers know it.
 const char* const kAssertPath = "qexioplugins/acclaim/kqexfileacclaimasf";
-
-bool IsTranslation(int pCode)
-{
-    return pCode >= 0 && pCode <= 2;
-}
-
-bool IsRotation(int pCode)
-{
-    return pCode >= 3 && pCode <= 5;
-}
 
 bool HasDof(const KQexAsfNode& pNode, bool (*pIsOfGroup)(int))
 {
@@ -65,71 +55,14 @@ bool CreateCurves(KQexAsfNode& pNode)
 
     DestroyGroup(pNode.mLTData);
     DestroyGroup(pNode.mLRData);
-    const bool lHasT = !HasDof(pNode, IsTranslation) || CreateGroup(pNode.mLTData, pNode, sTranslationSuffixes);
-    const bool lHasR = !HasDof(pNode, IsRotation) || CreateGroup(pNode.mLRData, pNode, sRotationSuffixes);
+    const bool lHasT = !HasDof(pNode, IsTranslationDof) || CreateGroup(pNode.mLTData, pNode, sTranslationSuffixes);
+    const bool lHasR = !HasDof(pNode, IsRotationDof) || CreateGroup(pNode.mLRData, pNode, sRotationSuffixes);
     return lHasT && lHasR;
 }
 
-// One frame of a bone's DOF values, put together in the order of its DOF list.
-struct KDofPose
+bool HasCurve(KQexAnimCurve* const (&pCurves)[3])
 {
-    KgeTVector mT;  // Sum of the translations, in the bone's axis frame.
-    KgeRVector mR;  // Sum of the angles by axis.
-    KgeRMatrix mRM; // Product of the rotations: the first in the list is applied first.
-};
-
-void AddRotation(KDofPose& pPose, int pAxis, double pAngle)
-{
-    KgeRVector lRDOF;
-    lRDOF.mData[pAxis] = pAngle;
-    for (int lIter = 0; lIter < 3; lIter++)
-        pPose.mR.mData[lIter] += lRDOF.mData[lIter];
-    KgeRMatrix lRMDOF;
-    KgeSet(lRMDOF, lRDOF);
-    KgeMult(pPose.mRM, lRMDOF, pPose.mRM);
-}
-
-void AddTranslation(KDofPose& pPose, int pAxis, double pLength)
-{
-    KgeTVector lTDOF;
-    lTDOF.mData[pAxis] = pLength;
-    KgeAdd(pPose.mT, pPose.mT, lTDOF);
-}
-
-void SetFromDof(KDofPose& pPose, const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, double pAngleUnit)
-{
-    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
-    {
-        const int lCode = pNode.mOrderBuf[lIter];
-        if (IsTranslation(lCode))
-            AddTranslation(pPose, lCode, pDOF[lIter] * pLengthUnit);
-        else if (IsRotation(lCode))
-            AddRotation(pPose, 5 - lCode, pDOF[lIter] * pAngleUnit);
-        // The value of any other code is passed over.
-    }
-}
-
-// From the bone's axis frame into its host node's local space.
-void SetKeyTranslation(KgeTVector& pT, const KQexAsfNode& pNode, bool pSetRotatePivotOffet)
-{
-    KgeTVector lT;
-    KgeMult(lT, pNode.mAxisRM, pT);
-    if (!pSetRotatePivotOffet)
-    {
-        KgeAdd(lT, pNode.mParentPositionV, lT);
-        KgeMult(pT, pNode.mParentAxisRMInv, lT);
-    }
-    else if (pNode.mParent)
-        KgeMult(pT, pNode.mParent->mAxisRMInv, lT);
-    else
-        KgeSet(pT, lT);
-}
-
-void SetKeyRotation(KDofPose& pPose, const KQexAsfNode& pNode)
-{
-    KgeMult(pPose.mRM, pNode.mAxisRM, pPose.mRM);
-    KgeMult(pPose.mRM, pNode.mParentAxisRMInv, pPose.mRM);
-    SetAxisAngles(pPose.mR, pPose.mRM, pNode);
+    return pCurves[0] || pCurves[1] || pCurves[2];
 }
 
 bool AddKeys(KQexAnimCurve* (&pCurves)[3], const double* pValues, KQexAnimCurveKey& pKey, const KTime& pTime)
@@ -259,16 +192,20 @@ void KQexAsfNode::StartSamplingData()
 bool KQexAsfNode::AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
                                    bool pSetPreRotation)
 {
-    KDofPose lPose;
-    SetFromDof(lPose, *this, pDOF, pLengthUnit, pAngleUnit);
-    SetKeyTranslation(lPose.mT, *this, pSetRotatePivotOffet);
-    if (!pSetPreRotation)
-        SetKeyRotation(lPose, *this);
-
+    // What no curve takes is not worked out. Translation and rotation do not touch each other.
     KQexAnimCurveKey lKey;
-    const bool       lHasT = AddKeys(mLTData, lPose.mT.mData, lKey, pTime);
-    const bool       lHasR = AddKeys(mLRData, lPose.mR.mData, lKey, pTime);
-    return lHasT && lHasR;
+    bool             lAll = true;
+    if (HasCurve(mLTData))
+    {
+        const KgeTVector lT = KeyTranslation(*this, pDOF, pLengthUnit, pSetRotatePivotOffet);
+        lAll = AddKeys(mLTData, lT.mData, lKey, pTime);
+    }
+    if (HasCurve(mLRData))
+    {
+        const KgeRVector lR = pSetPreRotation ? SumOfAngles(*this, pDOF, pAngleUnit) : FoldedAngles(*this, pDOF, pAngleUnit);
+        lAll = AddKeys(mLRData, lR.mData, lKey, pTime) && lAll;
+    }
+    return lAll;
 }
 
 void KQexAsfNode::StopSamplingData()

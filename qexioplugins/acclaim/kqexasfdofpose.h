@@ -1,0 +1,114 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
+
+#include <qexioplugins/acclaim/kqexasfrotation.h>
+
+/// \file
+/// One frame of a bone: from the values of its DOFs to the local translation and rotation of its host node.
+///
+/// This is run for every bone of every frame, and its results are those of the general operations (a matrix for every angle, a
+/// product for every step, in the order of the DOF list) to the last bit, the signs of zeros included: where a product is exactly
+/// zero or a plain turn, arc tangents tell the signs of zeros apart. What is left out cannot show: the sines of angles that are a
+/// constant zero, sums with a positive zero where no negative zero can be, and matrices whose angles nobody asks for.
+
+namespace qexsdk
+{
+
+/// Whether the code is one of tx, ty, tz; it is the axis then.
+inline bool IsTranslationDof(int pCode)
+{
+    return pCode >= 0 && pCode <= 2;
+}
+
+/// Whether the code is one of rz, ry, rx; the axis is 5 - code then.
+inline bool IsRotationDof(int pCode)
+{
+    return pCode >= 3 && pCode <= 5;
+}
+
+/// Sum of the angles by axis, in degrees. A frame's sum begins at +0, so that it never is -0 and adding +0 to it changes nothing.
+inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
+{
+    KgeRVector lR;
+    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    {
+        const int lCode = pNode.mOrderBuf[lIter];
+        if (IsRotationDof(lCode))
+            lR.mData[5 - lCode] += pDOF[lIter] * pAngleUnit;
+    }
+    return lR;
+}
+
+/// Product a × b (b applied first) into \p pOut, which must be neither of them. As KmRR, but with the fourth column, which nothing
+/// reads: rows of four doubles are what vector instructions take.
+inline void MultiplyRows(double (*pOut)[4], const double (*pA)[4], const double (*pB)[4])
+{
+    for (int lRow = 0; lRow < 3; lRow++)
+        for (int lColumn = 0; lColumn < 4; lColumn++)
+            pOut[lRow][lColumn] = pB[lRow][0] * pA[0][lColumn] + pB[lRow][1] * pA[1][lColumn] + pB[lRow][2] * pA[2][lColumn];
+}
+
+/// The rotation by \p pAngle degrees about one axis.
+inline void SetAxisRotation(double (*pRows)[4], int pAxis, double pAngle)
+{
+    double       lCos;
+    const double lSin = kSinCosd(pAngle, &lCos);
+    if (pAxis == 0)
+        KmSinCosXYZtoR(pRows, lSin, lCos, 0.0, 1.0, 0.0, 1.0);
+    else if (pAxis == 1)
+        KmSinCosXYZtoR(pRows, 0.0, 1.0, lSin, lCos, 0.0, 1.0);
+    else
+        KmSinCosXYZtoR(pRows, 0.0, 1.0, 0.0, 1.0, lSin, lCos);
+}
+
+/// The angles by axis, in degrees, with the bone's axis frame folded in: the DOFs' rotations one after another, first in the list
+/// first, then the bone's axis, then the inverse of its parent's, taken apart in the order of the list.
+inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
+{
+    KgeRMatrix lRM;
+    KgeRMatrix lProduct;
+    double     lDof[3][4] = {};
+    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    {
+        const int lCode = pNode.mOrderBuf[lIter];
+        if (!IsRotationDof(lCode))
+            continue;
+        SetAxisRotation(lDof, 5 - lCode, pDOF[lIter] * pAngleUnit);
+        MultiplyRows(lProduct.mData, lDof, lRM.mData);
+        KgeSet(lRM, lProduct);
+    }
+    MultiplyRows(lProduct.mData, pNode.mAxisRM.mData, lRM.mData);
+    MultiplyRows(lRM.mData, pNode.mParentAxisRMInv.mData, lProduct.mData);
+    KgeRVector lR;
+    SetAxisAngles(lR, lRM, pNode);
+    return lR;
+}
+
+/// The local translation: the sum of the DOFs' translations, turned from the bone's axis frame into the node's local space; with the
+/// parent bone's end added, unless the node's rotation offset carries that.
+inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, bool pSetRotatePivotOffet)
+{
+    KgeTVector lT;
+    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    {
+        const int lCode = pNode.mOrderBuf[lIter];
+        if (IsTranslationDof(lCode))
+            lT.mData[lCode] += pDOF[lIter] * pLengthUnit;
+    }
+    KgeTVector lGlobal;
+    KgeMult(lGlobal, pNode.mAxisRM, lT);
+    if (!pSetRotatePivotOffet)
+    {
+        KgeAdd(lGlobal, pNode.mParentPositionV, lGlobal);
+        KgeMult(lT, pNode.mParentAxisRMInv, lGlobal);
+        return lT;
+    }
+    if (!pNode.mParent)
+        return lGlobal;
+    KgeMult(lT, pNode.mParent->mAxisRMInv, lGlobal);
+    return lT;
+}
+
+} // namespace qexsdk
+
+#endif
