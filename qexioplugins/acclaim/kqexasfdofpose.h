@@ -39,26 +39,17 @@ inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, doub
     return lR;
 }
 
-/// Product a × b (b applied first) into \p pOut, which must be neither of them. As KmRR, but with the fourth column, which nothing
-/// reads: rows of four doubles are what vector instructions take.
-inline void MultiplyRows(double (*pOut)[4], const double (*pA)[4], const double (*pB)[4])
-{
-    for (int lRow = 0; lRow < 3; lRow++)
-        for (int lColumn = 0; lColumn < 4; lColumn++)
-            pOut[lRow][lColumn] = pB[lRow][0] * pA[0][lColumn] + pB[lRow][1] * pA[1][lColumn] + pB[lRow][2] * pA[2][lColumn];
-}
-
 /// The rotation by \p pAngle degrees about one axis.
-inline void SetAxisRotation(double (*pRows)[4], int pAxis, double pAngle)
+inline void SetAxisRotation(KgeRMatrix& pRM, int pAxis, double pAngle)
 {
     double       lCos;
     const double lSin = kSinCosd(pAngle, &lCos);
     if (pAxis == 0)
-        KmSinCosXYZtoR(pRows, lSin, lCos, 0.0, 1.0, 0.0, 1.0);
+        KmSinCosXYZtoR(pRM.mData, lSin, lCos, 0.0, 1.0, 0.0, 1.0);
     else if (pAxis == 1)
-        KmSinCosXYZtoR(pRows, 0.0, 1.0, lSin, lCos, 0.0, 1.0);
+        KmSinCosXYZtoR(pRM.mData, 0.0, 1.0, lSin, lCos, 0.0, 1.0);
     else
-        KmSinCosXYZtoR(pRows, 0.0, 1.0, 0.0, 1.0, lSin, lCos);
+        KmSinCosXYZtoR(pRM.mData, 0.0, 1.0, 0.0, 1.0, lSin, lCos);
 }
 
 /// The angles by axis, in degrees, with the bone's axis frame folded in: the DOFs' rotations one after another, first in the list
@@ -66,19 +57,17 @@ inline void SetAxisRotation(double (*pRows)[4], int pAxis, double pAngle)
 inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
 {
     KgeRMatrix lRM;
-    KgeRMatrix lProduct;
-    double     lDof[3][4] = {};
+    KgeRMatrix lDofRM;
     for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
     {
         const int lCode = pNode.mOrderBuf[lIter];
         if (!IsRotationDof(lCode))
             continue;
-        SetAxisRotation(lDof, 5 - lCode, pDOF[lIter] * pAngleUnit);
-        MultiplyRows(lProduct.mData, lDof, lRM.mData);
-        KgeSet(lRM, lProduct);
+        SetAxisRotation(lDofRM, 5 - lCode, pDOF[lIter] * pAngleUnit);
+        KgeMult(lRM, lDofRM, lRM);
     }
-    MultiplyRows(lProduct.mData, pNode.mAxisRM.mData, lRM.mData);
-    MultiplyRows(lRM.mData, pNode.mParentAxisRMInv.mData, lProduct.mData);
+    KgeMult(lRM, pNode.mAxisRM, lRM);
+    KgeMult(lRM, pNode.mParentAxisRMInv, lRM);
     KgeRVector lR;
     SetAxisAngles(lR, lRM, pNode);
     return lR;
