@@ -1,0 +1,294 @@
+#include <qexioplugins/acclaim/kqexasfwalk.h>
+#include <qexioplugins/acclaim/kqexexporteracclaim.h>
+
+#include <tests/support/randomscene.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+// What the exporter does beyond extraction, so that nothing is lost that a user would miss.
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+/// A scene with a tree of named nodes.
+class KExportServe : public testing::Test
+{
+protected:
+    KQexNode* Add(KQexNode* pParent, const char* pName, double pX, double pY, double pZ)
+    {
+        KQexNode* lNode = KQexNode::Create(mScene.get(), pName);
+        (pParent != nullptr ? pParent : mScene->GetRootNode())->AddChild(lNode);
+        lNode->SetRotationActive(true);
+        lNode->mLocalTranslation.Set(qexVectorTemplate3<double>(pX, pY, pZ));
+        return lNode;
+    }
+
+    /// Keys at frames 0 and 1.
+    void Animate(KQexNode* pNode, KQexProperty pProperty, unsigned int pChannel, float pFirst, float pSecond)
+    {
+        KQexAnimCurve* lCurve = KQexAnimCurve::Create(mScene.get(), "curve");
+        pProperty.GetCurveNode(true, "take")->ConnectToChannel(lCurve, pChannel, true);
+        lCurve->AppendSample(FrameTime(0), pFirst);
+        lCurve->AppendSample(FrameTime(1), pSecond);
+        EXPECT_NE(pNode, nullptr);
+    }
+
+    void Export(KQexNode* pRoot)
+    {
+        EXPECT_TRUE(KQexExporterAcclaim::ExportBuffers(pRoot, mAsf, mAmc, mOptions, mResult));
+        KQexImportAcclaimResult lResult;
+        mBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(mAsf.data(), mAsf.size(), "back.asf"),
+                                                  KQexImportAcclaimOptions(), lResult);
+        ASSERT_TRUE(mBack) << mAsf;
+        EXPECT_TRUE(lResult.mMessages.empty());
+    }
+
+    std::string Warnings() const
+    {
+        std::string lAll;
+        for (const KQexImportMessage& lMessage : mResult.mMessages)
+        {
+            lAll += lMessage.mMessage.mText + "\n";
+        }
+        return lAll;
+    }
+
+    /// Names in pre-order, each with its depth in blanks.
+    std::string Tree() const
+    {
+        std::string lTree;
+        std::string lIndent;
+        KQexAsfWalk lWalk(mBack->mRoot);
+        while (HKQexAsfNode lBone = lWalk.Next())
+        {
+            if (!lWalk.IsEntering())
+            {
+                lIndent.pop_back();
+                continue;
+            }
+            lTree += lIndent + lBone->mName + "\n";
+            lIndent += ' ';
+        }
+        return lTree;
+    }
+
+    KScenePtr                mScene = MakeScene();
+    KQexExportAcclaimOptions mOptions;
+    KQexExportAcclaimResult  mResult;
+    std::string              mAsf;
+    std::string              mAmc;
+    KQexAsfSceneOwner        mBack;
+};
+
+TEST_F(KExportServe, NamesBecomeValidUniqueAndShort)
+{
+    KQexNode*         lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode*         lParent = lRoot;
+    const std::string lLong(60, 'x');
+    for (const char* lName : {"a b", "a_b", "p(1,2)#", "root", "Begin", "end", "", lLong.c_str(), lLong.c_str()})
+    {
+        lParent = Add(lParent, lName, 0, lParent == lRoot ? 0 : 5, 0);
+    }
+    Add(lParent, "last", 0, 5, 0);
+    Export(lRoot);
+    const std::string lShort(50, 'x');
+    EXPECT_EQ(Tree(), "root\n a_b\n  a_b_2\n   p_1_2__\n    root_2\n     Begin_\n      end_\n       bone\n        " + lShort +
+                          "\n         " + lShort.substr(0, 48) + "_2\n");
+    // Everything but the long names' cut shows in the texts; the last joint has no length.
+    EXPECT_NE(Warnings().find("Bone renamed (a_b), from (a b)\n"), std::string::npos) << Warnings();
+    EXPECT_NE(Warnings().find("Bone renamed (a_b_2), from (a_b)\n"), std::string::npos);
+    EXPECT_NE(Warnings().find("Bone renamed (Begin_), from (Begin)\n"), std::string::npos);
+    EXPECT_NE(Warnings().find("Leaf joints without length left out (last)\n"), std::string::npos);
+    EXPECT_EQ(mResult.mMessages.size(), 10u) << Warnings();
+}
+
+TEST_F(KExportServe, LimitsWithoutTranslationsAreWritten)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    lBone->GetLimits().SetRotationLimitActive(true);
+    lBone->GetLimits().mRotationLimits.SetLimitMinActive(true, false, true);
+    lBone->GetLimits().mRotationLimits.SetLimitMaxActive(true, true, false);
+    lBone->GetLimits().mRotationLimits.SetLimitMin(KQexVector4(-1, -2, -3));
+    lBone->GetLimits().mRotationLimits.SetLimitMax(KQexVector4(1, 2, 3));
+    Export(lRoot);
+    const KQexAsfNode& lBack = *mBack->mRoot->mChildBuf[0];
+    const double       lMin[3] = {-1, 0, -3};
+    const double       lMax[3] = {1, 2, 0};
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
+    {
+        EXPECT_EQ(lBack.mLimitsActive[5 - lAxis][0], lMin[lAxis] != 0) << lAxis;
+        EXPECT_EQ(lBack.mLimitsActive[5 - lAxis][1], lMax[lAxis] != 0) << lAxis;
+        EXPECT_EQ(lBack.mLimitsBuf[5 - lAxis][0], lMin[lAxis]);
+        EXPECT_EQ(lBack.mLimitsBuf[5 - lAxis][1], lMax[lAxis]);
+    }
+    mOptions.mServe = false;
+    Export(lRoot);
+    EXPECT_FALSE(mBack->mRoot->mChildBuf[0]->mLimitsActive[5][0]) << "extraction alone loses them";
+}
+
+TEST_F(KExportServe, AStartThatAllChildrenShareIsABone)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 100, 0);
+    for (const char* lName : {"left", "right"})
+    {
+        KQexNode* lBone = Add(lRoot, lName, 0, 7, 0);
+        Add(lBone, (std::string(lName) + "_End").c_str(), 5, 0, 0);
+    }
+    Export(lRoot);
+    EXPECT_EQ(Tree(), "root\n leftDummy\n  left\n  right\n");
+    EXPECT_NEAR(mBack->mRoot->mChildBuf[0]->mLength, 7.0, 2e-5);
+    EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 0);
+    // The root's own place is in the motion.
+    EXPECT_NE(mAmc.find("root 0 39.3701 0 0 0 0\n"), std::string::npos) << mAmc;
+    mOptions.mServe = false;
+    Export(lRoot);
+    EXPECT_EQ(Tree(), "root\n left\n right\n");
+}
+
+TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lStill = Add(lRoot, "still", 0, 0, 0);
+    KQexNode* lMoving = Add(lStill, "moving", 0, 5, 0);
+    Add(lMoving, "moving_End", 0, 5, 0);
+    Animate(lMoving, lMoving->mLocalTranslation, 1, 5.0F, 7.54F);
+    const struct
+    {
+        KQexTranslationDofs mWanted;
+        int                 mStill;
+        int                 mMoving;
+    } lCases[] = {{eTRANSLATION_DOFS_MOVING, 3, 6}, {eTRANSLATION_DOFS_NONE, 3, 3}, {eTRANSLATION_DOFS_ALL, 6, 6}};
+    for (const auto& lCase : lCases)
+    {
+        mOptions.mTranslations = lCase.mWanted;
+        Export(lRoot);
+        EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, lCase.mStill);
+        EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mChildBuf[0]->mOrderCount, lCase.mMoving);
+        const bool lIsLost = lCase.mWanted == eTRANSLATION_DOFS_NONE;
+        EXPECT_EQ(Warnings(), lIsLost ? "Motion that the DOFs can't express (moving): up to 2.54 cm\n" : "");
+        EXPECT_EQ(mAmc.find("moving 0 1 0 0 0 0\n") != std::string::npos, !lIsLost) << mAmc;
+    }
+}
+
+TEST_F(KExportServe, KnownDofsAndTheirLimitsAreKept)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 0, 0.0F, 30.0F);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
+    KQexBoneDofs lDofs;
+    KQexBoneDof  lDof;
+    lDof.mWord = "rx";
+    lDof.mHasMin = true;
+    lDof.mMin = -45.0;
+    lDofs["bone"] = {lDof};
+    mOptions.mBoneDofs = &lDofs;
+    Export(lRoot);
+    const KQexAsfNode& lBack = *mBack->mRoot->mChildBuf[0];
+    ASSERT_EQ(lBack.mOrderCount, 1);
+    EXPECT_EQ(lBack.mOrderBuf[0], 5);
+    EXPECT_TRUE(lBack.mLimitsActive[5][0]);
+    EXPECT_FALSE(lBack.mLimitsActive[5][1]);
+    EXPECT_EQ(lBack.mLimitsBuf[5][0], -45.0);
+    // The turn about z has no DOF: what is left of it is told.
+    EXPECT_NE(Warnings().find("Motion that the DOFs can't express (bone): up to "), std::string::npos);
+    EXPECT_NE(Warnings().find(" degrees\n"), std::string::npos);
+}
+
+TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 90.0F, 135.0F);
+    Export(lRoot);
+    EXPECT_NEAR(mBack->mRoot->mChildBuf[0]->mDirectionV.mData[1], 1.0, 1e-6);
+    EXPECT_NE(mAmc.find("bone 0 0 90\n"), std::string::npos) << mAmc;
+    mOptions.mBasePoseFirstFrame = true;
+    Export(lRoot);
+    EXPECT_NEAR(mBack->mRoot->mChildBuf[0]->mDirectionV.mData[0], -1.0, 1e-6);
+    EXPECT_NE(mAmc.find("bone 0 0 0\n"), std::string::npos) << mAmc;
+    EXPECT_NE(mAmc.find("bone 0 0 45\n"), std::string::npos) << mAmc;
+}
+
+TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 170.0F, 190.0F);
+    Export(lRoot);
+    EXPECT_NE(mAmc.find("bone 0 0 170\n"), std::string::npos) << mAmc;
+    EXPECT_NE(mAmc.find("bone 0 0 190\n"), std::string::npos) << mAmc;
+}
+
+TEST_F(KExportServe, ScaleUnitAndRate)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 10, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 1.0F);
+    mOptions.mBaseScale = 2.0;
+    mOptions.mLengthUnit = 2.54;
+    mOptions.mTellRate = true;
+    Export(lRoot);
+    EXPECT_NE(mAsf.find("length 2.54\n"), std::string::npos);
+    EXPECT_NE(mAsf.find("length 10\n"), std::string::npos);
+    EXPECT_NE(mAmc.find(":SAMPLES-PER-SECOND 120\n"), std::string::npos) << mAmc;
+    EXPECT_NE(mAmc.find("root 0 20 0 0 0 0\n"), std::string::npos) << mAmc;
+}
+
+TEST_F(KExportServe, MotionForASkeletonThatIsThere)
+{
+    KQexNode* lRoot = Add(nullptr, "actor:hips", 0, 10, 0);
+    KQexNode* lBone = Add(lRoot, "actor:bone", 0, 0, 0);
+    KQexNode* lTip = Add(lBone, "actor:tip", 0, 5, 0);
+    Add(lTip, "actor:tip_End", 0, 5, 0);
+    Animate(lTip, lTip->mLocalRotation, 0, 0.0F, 25.0F);
+    const std::string       lSkeleton = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n"
+                                        "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 40 XYZ\ndof rx ry rz\nend\n"
+                                        "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
+                                        "begin\nname extra\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
+                                        ":hierarchy\nbegin\nroot bone\nbone tip\ntip extra\nend\n";
+    KQexImportAcclaimResult lRead;
+    mBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(lSkeleton.data(), lSkeleton.size(), "s.asf"),
+                                              KQexImportAcclaimOptions(), lRead);
+    ASSERT_TRUE(mBack);
+    const KTempDir    lDir;
+    const std::string lPath = (lDir / "out.amc").string();
+    ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
+    EXPECT_EQ(mResult.mUnmatched, std::vector<std::string>{"extra"});
+    EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 0\nextra 0\n"
+                               "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
+}
+
+TEST_F(KExportServe, WhatCannotBeWrittenLeavesWhatWasThere)
+{
+    KQexNode*      lRoot = Add(nullptr, "hips", 0, 10, 0);
+    const KTempDir lDir;
+    WriteFile(lDir / "old.asf", "old");
+    const std::string lAsf = (lDir / "old.asf").string();
+    for (const std::string& lAmc : {(lDir / "no" / "out.amc").string(), lDir.Path().string()})
+    {
+        EXPECT_FALSE(KQexExporterAcclaim::Export(lRoot, lAsf.c_str(), lAmc.c_str(), mOptions, mResult));
+        EXPECT_FALSE(mResult.mMessages.empty());
+        EXPECT_EQ(ReadFile(lAsf), "old");
+    }
+    mOptions.mSampling.mHasStart = mOptions.mSampling.mHasEnd = true;
+    mOptions.mSampling.mStart = FrameTime(5);
+    EXPECT_FALSE(KQexExporterAcclaim::Export(lRoot, lAsf.c_str(), (lDir / "out.amc").c_str(), mOptions, mResult));
+    EXPECT_EQ(Warnings(), "No frames in the part of the take that was asked for\n");
+    EXPECT_EQ(ReadFile(lAsf), "old");
+    mOptions.mLengthUnit = 0.0;
+    EXPECT_FALSE(KQexExporterAcclaim::ExportSkeleton(lRoot, mAsf, mOptions, mResult));
+    EXPECT_FALSE(KQexExporterAcclaim::ExportSkeleton(nullptr, mAsf, KQexExportAcclaimOptions(), mResult));
+}
+
+} // namespace
