@@ -13,7 +13,8 @@ namespace qexsdk
 {
 
 /// The order in which a node's three rotation angles are applied: eEULER_XYZ turns about x first, R = Rz·Ry·Rx.
-enum ERotationOrder
+/// Any integer may be held: code that takes an order deals with values beyond these.
+enum ERotationOrder : int
 {
     eEULER_XYZ = 0,
     eEULER_XZY = 1,

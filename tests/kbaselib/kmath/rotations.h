@@ -62,13 +62,21 @@ inline void Mark(double (*pM)[4])
 /// All sixteen numbers.
 inline void Copy(double (*pTo)[4], const double (*pFrom)[4])
 {
-    std::copy_n(pFrom[0], 16, pTo[0]);
+    for (int lRow = 0; lRow < 4; ++lRow)
+    {
+        std::copy_n(pFrom[lRow], 4, pTo[lRow]);
+    }
 }
 
 /// The sixteen numbers, row by row.
 inline std::vector<double> Sixteen(const double (*pM)[4])
 {
-    return std::vector<double>(pM[0], pM[0] + 16);
+    std::vector<double> lSixteen;
+    for (int lRow = 0; lRow < 4; ++lRow)
+    {
+        lSixteen.insert(lSixteen.end(), pM[lRow], pM[lRow] + 4);
+    }
+    return lSixteen;
 }
 
 /// The 3×3 part, row by row.
