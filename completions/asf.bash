@@ -4,7 +4,7 @@ _asf()
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "$(asf --help 2> /dev/null | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p') --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "$(asf --help 2> /dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p') --help --version" -- "$word")
     elif [ "$before" = --view ]; then
         mapfile -t COMPREPLY < <(compgen -W "front side top all" -- "$word")
     elif [[ $word == -* ]]; then

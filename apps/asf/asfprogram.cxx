@@ -39,6 +39,14 @@ public:
         const std::string lFooter = pApp->get_footer();
         return lFooter.empty() ? std::string() : lFooter + "\n";
     }
+
+    // FILE, FILE [FILE] or FILE...
+    std::string make_option_usage(const CLI::Option* pOption) const override
+    {
+        const std::string lName = make_option_name(pOption, true);
+        const int         lMost = pOption->get_expected_max();
+        return lMost <= 1 ? lName : lMost < CLI::detail::expected_max_vector_size ? lName + " [" + lName + "]" : lName + "...";
+    }
 };
 
 void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
@@ -46,6 +54,7 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     pProgram.name("asf");
     pProgram.formatter(std::make_shared<KFormatter>());
     pProgram.get_formatter()->column_width(34);
+    pProgram.get_formatter()->label("SUBCOMMAND", "COMMAND");
     pProgram.footer(kExamples);
     pProgram.set_help_flag("-h,--help", "Say how it is called");
     pProgram.set_version_flag("--version", "asf " QEX_VERSION, "Say which version this is");
@@ -54,6 +63,10 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddCheckCommand(pProgram, pConsole);
     AddDrawCommand(pProgram, pConsole);
     AddPositionsCommand(pProgram, pConsole);
+    for (CLI::App* lCommand : pProgram.get_subcommands([](CLI::App*) { return true; }))
+    {
+        lCommand->group("Commands");
+    }
 }
 
 // The command that was meant, for the hint behind an error.
@@ -65,7 +78,8 @@ std::string CalledCommand(const CLI::App& pProgram)
 
 void ReportWrongCall(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
 {
-    pConsole.Fail(eEXIT_CALL, std::string(pError.what()));
+    const bool lNoCommand = pProgram.get_subcommands().empty() && pError.get_name() == "RequiredError";
+    pConsole.Fail(eEXIT_CALL, lNoCommand ? "a command is required" : pError.what());
     const std::string lHint = "Run '" + CalledCommand(pProgram) + " --help' to see how it is called.\n";
     std::fwrite(lHint.data(), 1, lHint.size(), stderr);
 }

@@ -259,7 +259,7 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("FILE", lOptions->mFiles, "A skeleton, a skeleton and a motion, or a motion alone; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
-        ->option_text("[FILE]");
+        ->option_text(" ");
     lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")
         ->required()
         ->option_text("FILE (needed)");

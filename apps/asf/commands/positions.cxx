@@ -181,7 +181,7 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("FILE", lOptions->mFiles, "A skeleton and a motion, or a motion alone; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
-        ->option_text("[FILE]");
+        ->option_text(" ");
     lCommand->add_option("-o,--output", lOptions->mOutput, "File to write, .csv, .json or .npy; without it, CSV goes to standard output")
         ->option_text("FILE");
     lCommand->add_option("--frames", lOptions->mFrames, "Frames to write, such as 1,100-200,last or 1-last:10; without it all")
