@@ -89,7 +89,7 @@ void KLineReader::Close()
     mCapacity = 0;
     mBegin = nullptr;
     mFill = nullptr;
-    mNextReturn = nullptr;
+    ForgetMarks();
     mLine = nullptr;
     mLength = 0;
     mStarted = false;
@@ -119,7 +119,7 @@ bool KLineReader::Rewind()
     mSkipFeed = false;
     mBegin = mBuffer;
     mFill = mBuffer;
-    mNextReturn = nullptr;
+    ForgetMarks();
     mLine = nullptr;
     mLength = 0;
     mLineNumber = 0;
@@ -165,6 +165,9 @@ bool KLineReader::NextLine()
             if (lLength == 0)
                 return Fail(eEND, 0);
         }
+        if (lLength > 0)
+            for (int i = eNUL; i < mMarkCount; ++i)
+                FindMark(mMarks[i], mBegin);
         mLine = mBegin;
         mLength = lLength;
         mBegin = lEnd;
@@ -180,23 +183,38 @@ bool KLineReader::NextLine()
     }
 }
 
-/// The first LF or CR at or behind pFrom, mFill without one. The place of the next CR is kept, so that a text without CRs
-/// is searched for them once, not once a line.
+/// The first LF or CR at or behind pFrom, mFill without one.
 char* KLineReader::FindEnd(char* pFrom)
 {
-    const size_t lSize = static_cast<size_t>(mFill - pFrom);
-    if (lSize == 0)
+    if (pFrom == mFill)
         return mFill;
-    char* lFeed = static_cast<char*>(std::memchr(pFrom, '\n', lSize));
-    if (lFeed == nullptr)
-        lFeed = mFill;
-    if (mNextReturn == nullptr || mNextReturn < pFrom)
+    char* lFeed = static_cast<char*>(std::memchr(pFrom, '\n', static_cast<size_t>(mFill - pFrom)));
+    return std::min(lFeed == nullptr ? mFill : lFeed, FindMark(mMarks[eRETURN], pFrom));
+}
+
+/// The first byte of the mark at or behind pFrom, mFill without one. The place is kept: a text without the byte is searched for
+/// it once, not once a line.
+char* KLineReader::FindMark(KMark& pMark, char* pFrom) const
+{
+    if (pMark.mNext == nullptr || pMark.mNext < pFrom)
     {
-        mNextReturn = static_cast<char*>(std::memchr(pFrom, '\r', lSize));
-        if (mNextReturn == nullptr)
-            mNextReturn = mFill;
+        pMark.mNext = static_cast<char*>(std::memchr(pFrom, pMark.mByte, static_cast<size_t>(mFill - pFrom)));
+        if (pMark.mNext == nullptr)
+            pMark.mNext = mFill;
     }
-    return std::min(lFeed, mNextReturn);
+    return pMark.mNext;
+}
+
+void KLineReader::ForgetMarks()
+{
+    for (KMark& lMark : mMarks)
+        lMark.mNext = nullptr;
+}
+
+void KLineReader::Watch(const char* pBytes)
+{
+    for (mMarkCount = eFIRST_WATCHED; *pBytes != '\0' && mMarkCount < eFIRST_WATCHED + kMaxWatched; ++pBytes)
+        mMarks[mMarkCount++] = {*pBytes, nullptr};
 }
 
 /// Reads the input's first bytes and passes over a byte-order mark.
@@ -227,7 +245,7 @@ bool KLineReader::Refill()
     mAtEnd = lRead == 0;
     mFill += lRead;
     mRead += lRead;
-    mNextReturn = nullptr;
+    ForgetMarks();
     return true;
 }
 

@@ -48,6 +48,19 @@ public:
     /// Closes, and forgets status and line number too.
     void Reset();
 
+    /// Has NextLine() look for the first of each byte of \p pBytes (at most kMaxWatched, those beyond are left out) in each line:
+    /// cheaper than searching every line, as a byte that the input does not hold is looked for once a buffer. To be called before
+    /// the first line is read.
+    void Watch(const char* pBytes);
+
+    /// Place of the first byte number \p pNumber of Watch() in the current line; null when it holds none.
+    char* FindWatched(int pNumber) const { return InLine(mMarks[eFIRST_WATCHED + pNumber].mNext); }
+
+    /// Place of the first NUL in the current line; null when it holds none.
+    char* FindNul() const { return InLine(mMarks[eNUL].mNext); }
+
+    static constexpr int kMaxWatched = 4;
+
     /// Back to before the first line. False, and nothing changed, when the input is a pipe of which something was read;
     /// false with eSYSTEM when the system refuses, or when nothing is open.
     bool Rewind();
@@ -88,6 +101,25 @@ public:
     std::string GetReason() const;
 
 private:
+    /// A byte that lines are searched for.
+    struct KMark
+    {
+        char  mByte = '\0';
+        char* mNext = nullptr; ///< First one at or behind where the search began last, or mFill; null when not known.
+    };
+
+    /// Places in mMarks.
+    enum EMark
+    {
+        eRETURN,
+        eNUL,
+        eFIRST_WATCHED
+    };
+
+    char* InLine(char* pPlace) const { return pPlace >= mLine && pPlace < mLine + mLength ? pPlace : nullptr; }
+    void  ForgetMarks();
+    char* FindMark(KMark& pMark, char* pFrom) const;
+
     bool      Fail(EStatus pStatus, int pError);
     bool      Begin();
     bool      Refill();
@@ -104,10 +136,11 @@ private:
     bool        mAtEnd = false;    ///< The input gave its last byte.
     bool        mSkipFeed = false; ///< The last line ended at a CR: an LF that follows belongs to it.
     char*       mBuffer = nullptr;
-    size_t      mCapacity = 0;         ///< Bytes of mBuffer, one for a NUL not counted.
-    char*       mBegin = nullptr;      ///< First byte not yet handed out.
-    char*       mFill = nullptr;       ///< End of the bytes read.
-    char*       mNextReturn = nullptr; ///< First CR at or behind mBegin, or mFill; null when not known.
+    size_t      mCapacity = 0;    ///< Bytes of mBuffer, one for a NUL not counted.
+    char*       mBegin = nullptr; ///< First byte not yet handed out.
+    char*       mFill = nullptr;  ///< End of the bytes read.
+    KMark       mMarks[eFIRST_WATCHED + kMaxWatched] = {{'\r', nullptr}, {'\0', nullptr}};
+    int         mMarkCount = eFIRST_WATCHED;
     char*       mLine = nullptr;
     size_t      mLength = 0;
     bool        mHasLineEnd = false;

@@ -19,26 +19,22 @@ namespace
 
 constexpr size_t kBlanksPerLevel = 2;
 
-char Lower(char pCharacter)
+/// Each character as it is, or ASCII capitals as small letters.
+struct KFoldTable
 {
-    return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter + ('a' - 'A')) : pCharacter;
-}
+    constexpr explicit KFoldTable(bool pFold) : mTo{}
+    {
+        for (int i = 0; i < 256; ++i)
+            mTo[i] = static_cast<unsigned char>(pFold && i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
+    }
 
-bool EqualsFolded(const char* pEntry, const char* pBegin, const char* pEnd)
-{
-    for (; pBegin != pEnd; ++pBegin, ++pEntry)
-        if (*pEntry == '\0' || Lower(*pEntry) != Lower(*pBegin))
-            return false;
-    return *pEntry == '\0';
-}
+    unsigned char Of(char pCharacter) const { return mTo[static_cast<unsigned char>(pCharacter)]; }
 
-bool EqualsExactly(const char* pEntry, const char* pBegin, const char* pEnd)
-{
-    for (; pBegin != pEnd; ++pBegin, ++pEntry)
-        if (*pEntry == '\0' || *pEntry != *pBegin)
-            return false;
-    return *pEntry == '\0';
-}
+    unsigned char mTo[256];
+};
+
+constexpr KFoldTable kAsIs(false);
+constexpr KFoldTable kFolded(true);
 
 /// The text of a message while it is being formatted.
 struct KMessageText
@@ -56,6 +52,12 @@ struct KMessageText
     }
 };
 
+/// The entry that any token with a colon in front matches.
+bool IsLoneColon(const KToken& pToken)
+{
+    return pToken.mStr[0] == ':' && pToken.mStr[1] == '\0';
+}
+
 bool AddToOutput(void* pContext, const char* pText, size_t pSize)
 {
     return static_cast<KOutputFile*>(pContext)->Write(pText, pSize);
@@ -64,12 +66,22 @@ bool AddToOutput(void* pContext, const char* pText, size_t pSize)
 } // namespace
 
 KQexTextFile::KQexTextFile(const char* pType, const char* pDel, const char* pCom, bool pFoldCase, bool pVerb)
-    : mType(pType), mCom(pCom), mFoldCase(pFoldCase), mVerb(pVerb), mLine(mEmpty), mEnd(mEmpty), mNext(mEmpty), mText(mEmpty)
+    : mType(pType),
+      mCommentCount(0),
+      mFoldCase(pFoldCase),
+      mVerb(pVerb),
+      mLine(mEmpty),
+      mEnd(mEmpty),
+      mNext(mEmpty),
+      mNextEnd(nullptr),
+      mText(mEmpty)
 {
     std::fill(std::begin(mClass), std::end(mClass), static_cast<unsigned char>(eWORD));
-    mClass[0] = eBLANK;
+    mClass[0] = eEND;
     for (; *pDel != '\0'; ++pDel)
         mClass[static_cast<unsigned char>(*pDel)] = eBLANK;
+    mInput.Watch(pCom);
+    mCommentCount = static_cast<int>(std::min<size_t>(std::strlen(pCom), KLineReader::kMaxWatched));
 }
 
 KQexTextFile::~KQexTextFile() = default;
@@ -212,6 +224,7 @@ void KQexTextFile::ClearLine()
     mLine = mEmpty;
     mEnd = mEmpty;
     mNext = mEmpty;
+    mNextEnd = nullptr;
     mText = mEmpty;
 }
 
@@ -219,40 +232,39 @@ void KQexTextFile::ClearLine()
 bool KQexTextFile::LoadLine()
 {
     mLine = mInput.GetLine();
-    size_t lSize = mInput.GetLength();
-    for (const char* i = mCom; *i != '\0' && lSize > 0; ++i)
-        if (const void* lComment = std::memchr(mLine, *i, lSize))
-            lSize = static_cast<size_t>(static_cast<const char*>(lComment) - mLine);
-    while (lSize > 0 && mClass[static_cast<unsigned char>(mLine[lSize - 1])] == eBLANK)
-        --lSize;
-    if (lSize == 0)
-        return false;
-    mEnd = mLine + lSize;
-    *mEnd = '\0';
+    mEnd = mLine + mInput.GetLength();
+    for (int i = 0; i < mCommentCount; ++i)
+        if (char* lComment = mInput.FindWatched(i))
+            mEnd = std::min(mEnd, lComment);
     // A text that is quoted or copied would end at a NUL.
-    for (char* lFrom = mLine; char* lNul = static_cast<char*>(std::memchr(lFrom, '\0', static_cast<size_t>(mEnd - lFrom))); lFrom = lNul)
-        *lNul = ' ';
-    mNext = SkipBlanks(mLine);
+    for (char* lNul = mInput.FindNul(); lNul != nullptr && lNul < mEnd; ++lNul)
+        *lNul = *lNul == '\0' ? ' ' : *lNul;
+    while (mEnd != mLine && mClass[static_cast<unsigned char>(mEnd[-1])] != eWORD)
+        --mEnd;
+    *mEnd = '\0';
+    mNext = mLine;
+    SkipBlanks(mLine);
     mText = mNext;
-    mHasLine = true;
-    return true;
+    mHasLine = mNext != mEnd;
+    return mHasLine;
 }
 
-/// The first byte at or behind pFrom that is no delimiter. There is one up to the line's end, or the NUL there is met.
-char* KQexTextFile::SkipBlanks(char* pFrom) const
+/// Makes the first token at or behind pFrom the next one; without one mNext is mEnd, whose NUL is of a class of its own.
+void KQexTextFile::SkipBlanks(char* pFrom)
 {
-    while (pFrom != mEnd && mClass[static_cast<unsigned char>(*pFrom)] == eBLANK)
+    while (mClass[static_cast<unsigned char>(*pFrom)] == eBLANK)
         ++pFrom;
-    return pFrom;
+    mNext = pFrom;
+    mNextEnd = nullptr;
 }
 
-/// End of the next token. The NUL behind the line is a delimiter, so no bound is tested.
-char* KQexTextFile::TokenEnd() const
+/// End of the next token.
+char* KQexTextFile::TokenEnd()
 {
-    char* lAt = mNext;
-    while (mClass[static_cast<unsigned char>(*lAt)] == eWORD)
-        ++lAt;
-    return lAt;
+    if (mNextEnd == nullptr)
+        for (mNextEnd = mNext; mClass[static_cast<unsigned char>(*mNextEnd)] == eWORD;)
+            ++mNextEnd;
+    return mNextEnd;
 }
 
 void KQexTextFile::InitTokens(KToken* pTokens) const
@@ -261,15 +273,23 @@ void KQexTextFile::InitTokens(KToken* pTokens) const
         pTokens->mCount = 0;
 }
 
-int KQexTextFile::Match(const KToken* pTokens, const char* pBegin, const char* pEnd) const
+/// Index of the entry that the next token matches, or -1.
+int KQexTextFile::Match(const KToken* pTokens)
 {
-    if (pBegin == pEnd)
+    const KFoldTable&   lFold = mFoldCase ? kFolded : kAsIs;
+    const char* const   lEnd = TokenEnd();
+    const unsigned char lFirst = lFold.Of(*mNext);
+    if (lEnd == mNext)
         return -1;
-    const auto lEquals = mFoldCase ? EqualsFolded : EqualsExactly;
     for (int i = 0; pTokens[i].IsValid(); ++i)
     {
         const char* lEntry = pTokens[i].mStr;
-        if (lEquals(lEntry, pBegin, pEnd) || (*pBegin == ':' && lEntry[0] == ':' && lEntry[1] == '\0'))
+        if (lFold.Of(*lEntry) != lFirst)
+            continue;
+        const char* lAt = mNext + 1;
+        for (++lEntry; lAt != lEnd && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
+            ++lAt;
+        if (*lEntry == '\0' && (lAt == lEnd || IsLoneColon(pTokens[i])))
             return i;
     }
     return -1;
@@ -278,20 +298,19 @@ int KQexTextFile::Match(const KToken* pTokens, const char* pBegin, const char* p
 int KQexTextFile::Check(const KToken* pTokens)
 {
     mText = mNext;
-    return Match(pTokens, mNext, TokenEnd());
+    return Match(pTokens);
 }
 
 int KQexTextFile::Handle(KToken* pTokens)
 {
     mText = mNext;
-    char*     lEnd = TokenEnd();
-    const int lResult = Match(pTokens, mNext, lEnd);
-    mNext = SkipBlanks(lEnd);
+    const int lResult = Match(pTokens);
+    SkipBlanks(TokenEnd());
     if (lResult < 0)
         return lResult;
     ++pTokens[lResult].mCount;
     // An unknown section: its name without the colon, which the message supplies.
-    if (pTokens[lResult].mStr[0] == ':' && pTokens[lResult].mStr[1] == '\0')
+    if (IsLoneColon(pTokens[lResult]))
         ++mText;
     return lResult;
 }
@@ -314,7 +333,7 @@ bool KQexTextFile::GetString(char* pText, int pMax, bool& pCut)
     std::memcpy(pText, mNext, lKept);
     pText[lKept] = '\0';
     pCut = lKept < lLength;
-    mNext = SkipBlanks(lEnd);
+    SkipBlanks(lEnd);
     return true;
 }
 
@@ -334,7 +353,7 @@ bool KQexTextFile::GetInteger(int& pValue)
     if (KNumberParse(std::string_view(mNext, static_cast<size_t>(lEnd - mNext)), lValue) != KNumberStatus::eOK)
         return false;
     pValue = lValue;
-    mNext = SkipBlanks(lEnd);
+    SkipBlanks(lEnd);
     return true;
 }
 
@@ -354,13 +373,13 @@ bool KQexTextFile::GetPair(double* pValue, double pFactor)
 }
 
 /// Reads the number that the next token is into pValue, and finds where the token ends.
-bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, char*& pEnd) const
+bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, char*& pEnd)
 {
     // Short plain numbers, which is nearly all of them, without looking for the token's end first.
     if (const char* lEnd = KNumberScan(mNext, mEnd, pValue))
     {
         pEnd = mNext + (lEnd - mNext);
-        if (mClass[static_cast<unsigned char>(*pEnd)] == eBLANK)
+        if (mClass[static_cast<unsigned char>(*pEnd)] != eWORD)
             return true;
     }
     pEnd = TokenEnd();
@@ -380,10 +399,10 @@ bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool p
         char* lEnd = nullptr;
         if (!HasToken() || !ParseNumber(lValue[i], pFinite, lEnd))
         {
-            mNext = lFirst;
+            SkipBlanks(lFirst);
             return false;
         }
-        mNext = SkipBlanks(lEnd);
+        SkipBlanks(lEnd);
     }
     for (int i = 0; i < pCount; ++i)
         pValue[i] = lValue[i] * pFactor;

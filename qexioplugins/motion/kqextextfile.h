@@ -54,7 +54,7 @@ class QEX_API KQexTextFile
 {
 public:
     /// \p pType is the file type's name for messages, \p pDel the characters that separate tokens, \p pCom those that
-    /// start a comment; the three stay the caller's and have to outlive the object. With \p pFoldCase keywords are looked
+    /// start a comment (at most four); the three stay the caller's and have to outlive the object. With \p pFoldCase keywords are looked
     /// up without regard to the case of ASCII letters; with \p pVerb each message also goes to standard error.
     KQexTextFile(const char* pType, const char* pDel, const char* pCom, bool pFoldCase, bool pVerb);
 
@@ -213,24 +213,25 @@ private:
     enum EClass : unsigned char
     {
         eWORD,
-        eBLANK
+        eBLANK,
+        eEND ///< The NUL behind a line; a NUL inside was made a blank.
     };
 
     bool  Reopen(const char* pPath);
     bool  LoadLine();
     void  ClearLine();
     bool  Stop();
-    char* TokenEnd() const;
-    char* SkipBlanks(char* pFrom) const;
-    int   Match(const KToken* pTokens, const char* pBegin, const char* pEnd) const;
-    bool  ParseNumber(double& pValue, bool pFinite, char*& pEnd) const;
+    char* TokenEnd();
+    void  SkipBlanks(char* pFrom);
+    int   Match(const KToken* pTokens);
+    bool  ParseNumber(double& pValue, bool pFinite, char*& pEnd);
     bool  GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite);
     void  Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
     void  ReportNoMemory();
     void  PrintToStandardError(const KQexTextMessage& pMessage) const;
 
     const char*   mType;
-    const char*   mCom;
+    int           mCommentCount; ///< Comment characters, watched by mInput.
     bool          mFoldCase;
     bool          mVerb;
     unsigned char mClass[256];
@@ -246,8 +247,9 @@ private:
     // these point at mEmpty.
     char* mLine;
     char* mEnd;
-    char* mNext; ///< Next token, or mEnd when none is left.
-    char* mText; ///< What operator char*() gives.
+    char* mNext;    ///< Next token, or mEnd when none is left.
+    char* mNextEnd; ///< End of the next token; null while it is not looked for.
+    char* mText;    ///< What operator char*() gives.
     char  mEmpty[1] = {'\0'};
 
     std::vector<KQexTextMessage> mMessages;
