@@ -1,4 +1,5 @@
 #include <kbaselib/kmath/keulerorder.h>
+#include <qexioplugins/acclaim/kqexasfhostindex.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -298,11 +299,11 @@ bool KQexAsfScene::QEXToASF(KQexNode* pRootNode, bool pTAnimated, KQexVector4 pB
 namespace
 {
 
-// A paired bone on the way down, and its host node.
+// A paired bone on the way down, and the number of its host node in the index.
 struct KPair
 {
     KQexAsfNode* mAsfNode;
-    KQexNode*    mQexNode;
+    int          mNumber;
 };
 
 } // namespace
@@ -318,9 +319,9 @@ bool KQexAsfScene::MergeQEXToASF(KQexNode* pRootNode)
 bool KQexAsfScene::RecursiveMerge(KQexNode* pQexNode, KQexAsfNode* pAsfNode, KQexAsfNode* pAsfReferenceNode)
 try
 {
-    std::vector<KPair> lPath;
-    lPath.push_back({pAsfReferenceNode, pQexNode});
-    KQexAsfWalk lWalk(pAsfNode);
+    const KQexAsfTreeIndex lIndex(pQexNode);
+    std::vector<KPair>     lPath = {{pAsfReferenceNode, 0}};
+    KQexAsfWalk            lWalk(pAsfNode);
     while (KQexAsfNode* lNode = lWalk.Next())
     {
         if (lNode == pAsfNode)
@@ -332,13 +333,13 @@ try
             continue;
         }
         // A bone without a namesake is passed over: its children are searched below the same node and take the same axis.
-        KQexNode* lQexNode = lPath.back().mQexNode->FindChild(lNode->mName, true, false);
-        if (!lQexNode)
+        const int lNumber = lIndex.Find(lNode->mName, lPath.back().mNumber);
+        if (lNumber < 0)
             continue;
         KgeSet(lNode->mParentAxisRM, lPath.back().mAsfNode->mAxisRM);
         KgeSet(lNode->mParentAxisRMInv, lPath.back().mAsfNode->mAxisRMInv);
-        lNode->GetCurveNodePointers(lQexNode);
-        lPath.push_back({lNode, lQexNode});
+        lNode->GetCurveNodePointers(lIndex.GetNode(lNumber));
+        lPath.push_back({lNode, lNumber});
     }
     return true;
 }

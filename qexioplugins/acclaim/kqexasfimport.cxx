@@ -1,3 +1,4 @@
+#include <qexioplugins/acclaim/kqexasfhostindex.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -181,9 +182,10 @@ KQexNode* KQexAsfNode::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool p
 bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                                 bool pSetPreRotation)
 {
-    bool        lAll = true;
-    KQexNode*   lParent = pParent;
-    KQexAsfWalk lWalk(this);
+    bool              lAll = true;
+    KQexNode*         lParent = pParent;
+    KQexAsfChildIndex lIndex;
+    KQexAsfWalk       lWalk(this);
     while (HKQexAsfNode lAsfNode = lWalk.Next())
     {
         if (!lWalk.IsEntering())
@@ -191,7 +193,7 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
             lParent = lParent->GetParent();
             continue;
         }
-        KQexNode* lNode = lParent->FindChild(lAsfNode->mName, false, false);
+        KQexNode* lNode = lIndex.Find(*lParent, lAsfNode->mName);
         if (lNode && lNode->GetSkeleton())
         {
             // A node that is there already keeps its offsets, its order and its limits.
