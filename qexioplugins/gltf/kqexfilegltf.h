@@ -28,9 +28,9 @@ struct QEX_API KQexGltfWriteOptions
     std::vector<KQexGltfTake> mTakes;           ///< One animation each; none writes the rest pose alone.
     double                    mScale = 0.01;    ///< Units of the file per centimetre; 0.01 gives the metres that glTF asks for.
     bool                      mBoneMesh = true; ///< Bind a simple solid mesh of the bones to the skeleton, so that viewers show something.
-    int          mThreads = 0; ///< Threads that evaluate; 0: as many as the machine has, at most 4. The bytes do not depend on it.
-    KQexProgress mProgress;    ///< Called now and then; false cancels. Empty: never.
-    const KQexBoneDofs*       mBoneDofs = nullptr; ///< Degrees of freedom by node name, written into `extras`; null: none are known. Not owned.
+    int                 mThreads = 0; ///< Threads that evaluate; 0: as many as the machine has, at most 4. The bytes do not depend on it.
+    KQexProgress        mProgress;    ///< Called now and then; false cancels. Empty: never.
+    const KQexBoneDofs* mBoneDofs = nullptr; ///< Degrees of freedom by node name, written into `extras`; null: none are known. Not owned.
 };
 
 /// How a glTF file is read into a scene.
@@ -45,9 +45,9 @@ struct QEX_API KQexGltfReadOptions
 /// What was read.
 struct QEX_API KQexGltfReadResult
 {
-    std::vector<KQexNode*>    mRoots;             ///< The top nodes, in the file's order; owned by the scene. Empty on failure.
-    std::vector<KQexGltfTake> mTakes;             ///< One for each animation that moves a node; owned by the scene. Empty on failure.
-    KQexBoneDofs              mBoneDofs;          ///< The degrees of freedom that the nodes' `extras` tell of, as the writer puts them there.
+    std::vector<KQexNode*>    mRoots;    ///< The top nodes, in the file's order; owned by the scene. Empty on failure.
+    std::vector<KQexGltfTake> mTakes;    ///< One for each animation that moves a node; owned by the scene. Empty on failure.
+    KQexBoneDofs              mBoneDofs; ///< The degrees of freedom that the nodes' `extras` tell of, as the writer puts them there.
     bool                      mCancelled = false; ///< The progress call asked to stop.
 };
 
@@ -87,6 +87,9 @@ public:
 
     /// The messages of the last call; their lines are 0.
     const std::vector<KQexTextMessage>& GetMessages() const { return mMessages; }
+
+    /// Forgets all messages; for the parts of the reader and the writer.
+    void ClearMessages() { mMessages.clear(); }
 
     /// Adds a message; for the parts of the reader and the writer.
     void Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText);

@@ -216,7 +216,14 @@ bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& 
 
 void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText)
 {
-    mMessages.push_back(KQexTextMessage{pSeverity, 0, pText});
+    try
+    {
+        mMessages.push_back(KQexTextMessage{pSeverity, 0, pText});
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Nothing is left to tell it with but what the call returns.
+    }
     if (mVerb)
     {
         std::fprintf(stderr, "%s: %s\n", pSeverity == KQexTextMessage::eERROR ? "error" : "warning", pText.c_str());

@@ -26,6 +26,11 @@ tinygltf::Value LimitValue(bool pActive, double pValue)
     return pActive ? tinygltf::Value(pValue) : tinygltf::Value();
 }
 
+tinygltf::Value AnglesValue(const KQexVector4& pAngles)
+{
+    return tinygltf::Value(tinygltf::Value::Array{tinygltf::Value(pAngles[0]), tinygltf::Value(pAngles[1]), tinygltf::Value(pAngles[2])});
+}
+
 /// {"min": [x, y, z], "max": [x, y, z]} with null where a limit is not active.
 tinygltf::Value LimitsValue(const KQexLimits& pLimits)
 {
@@ -94,7 +99,7 @@ std::string KGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pN
     return lNew;
 }
 
-/// What glTF itself has no place for: the rotation order, the node's limits, and the bone's degrees of freedom with theirs.
+/// What glTF itself has no place for: the rotation order and the frame in which the angles count, the node's limits, and the bone's degrees of freedom with theirs.
 tinygltf::Value KGltfWriter::MakeExtras(const KQexNode* pNode) const
 {
     tinygltf::Value::Object  lExtras;
@@ -102,6 +107,14 @@ tinygltf::Value KGltfWriter::MakeExtras(const KQexNode* pNode) const
     if (pNode->GetRotationActive() && pNode->GetRotationOrder() <= eEULER_ZYX)
     {
         lExtras["rotationOrder"] = tinygltf::Value(std::string(sOrders[pNode->GetRotationOrder()]));
+    }
+    if (pNode->GetRotationActive() && pNode->GetPreRotation().Length() > 0.0)
+    {
+        lExtras["preRotation"] = AnglesValue(pNode->GetPreRotation());
+    }
+    if (pNode->GetRotationActive() && pNode->GetPostRotation().Length() > 0.0)
+    {
+        lExtras["postRotation"] = AnglesValue(pNode->GetPostRotation());
     }
     tinygltf::Value::Object lLimits;
     if (pNode->GetLimits().GetTranslationLimitActive())

@@ -1,0 +1,113 @@
+#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/kinputfile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <poll.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kFirstPiece = 65536;
+constexpr size_t kLastPiece = 16777216;
+
+/// Whether a read that failed is worth another try; waits for a pipe that somebody made non-blocking.
+bool CanRetry(int pFile)
+{
+    if (errno == EINTR)
+    {
+        return true;
+    }
+    struct pollfd lPoll = {pFile, POLLIN, 0};
+    return errno == EAGAIN && (::poll(&lPoll, 1, -1) > 0 || errno == EINTR);
+}
+
+/// 0, or the errno for which \p pFile is not to be read.
+int CheckKind(int pFile, bool pRegular)
+{
+    struct stat lStat;
+    if (KFileCallsInUse().mFileStat(pFile, &lStat) != 0)
+    {
+        return errno;
+    }
+    if (S_ISDIR(lStat.st_mode))
+    {
+        return EISDIR;
+    }
+    return pRegular && !S_ISREG(lStat.st_mode) ? EINVAL : 0;
+}
+
+/// 0, or the errno that ended reading.
+int ReadAll(int pFile, size_t pMax, std::string& pBytes)
+{
+    size_t lPiece = kFirstPiece;
+    size_t lSize = 0;
+    while (lSize < pMax)
+    {
+        const size_t lRoom = std::min(lPiece, pMax - lSize);
+        if (pBytes.size() < lSize + lRoom)
+        {
+            pBytes.resize(lSize + lRoom);
+        }
+        const ssize_t lRead = KFileCallsInUse().mRead(pFile, &pBytes[lSize], lRoom);
+        if (lRead < 0 && !CanRetry(pFile))
+        {
+            return errno;
+        }
+        if (lRead == 0)
+        {
+            break;
+        }
+        lSize += lRead > 0 ? static_cast<size_t>(lRead) : 0;
+        lPiece = std::min(std::max(lSize, kFirstPiece), kLastPiece);
+    }
+    pBytes.resize(lSize);
+    return 0;
+}
+
+} // namespace
+
+bool KReadWholeFile(const char* pPath, size_t pMax, bool pRegular, std::string& pBytes, std::string& pReason)
+{
+    const bool lOwns = std::strcmp(pPath, "-") != 0;
+    int        lFile = STDIN_FILENO;
+    int        lError = 0;
+    pBytes.clear();
+    if (lOwns)
+    {
+        // Opening a FIFO that is not wanted would wait for somebody to write to it.
+        const int lFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | (pRegular ? O_NONBLOCK : 0);
+        do
+        {
+            lFile = KFileCallsInUse().mOpen(pPath, lFlags, 0);
+        } while (lFile < 0 && errno == EINTR);
+        lError = lFile < 0 ? errno : CheckKind(lFile, pRegular);
+    }
+    try
+    {
+        lError = lError == 0 ? ReadAll(lFile, pMax, pBytes) : lError;
+    }
+    catch (const std::bad_alloc&)
+    {
+        lError = ENOMEM;
+    }
+    if (lOwns && lFile >= 0)
+    {
+        KFileCallsInUse().mClose(lFile);
+    }
+    if (lError != 0)
+    {
+        pReason = std::generic_category().message(lError);
+    }
+    return lError == 0;
+}
+
+} // namespace qexsdk

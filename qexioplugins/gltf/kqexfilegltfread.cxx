@@ -1,0 +1,62 @@
+#include <qexioplugins/gltf/kqexfilegltf.h>
+#include <qexioplugins/gltf/kqexgltfreader.h>
+#include <qexioplugins/motion/kqextakeguard.h>
+
+#include <new>
+#include <string_view>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+/// Opens a file by \p pOpen and reads it; turns what the parts throw into a message.
+template <typename TOpen>
+bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult,
+                 const TOpen& pOpen)
+{
+    pResult = KQexGltfReadResult();
+    pFile.ClearMessages();
+    KQexTakeGuard lTakes(pScene);
+    try
+    {
+        KGltfSource lSource;
+        pOpen(lSource);
+        KGltfReader lReader(pFile, lSource, pScene, pOptions);
+        lReader.ReadNodes();
+        pResult.mCancelled = !lReader.ReadTakes();
+        if (!pResult.mCancelled)
+        {
+            lReader.Finish(pResult);
+            lTakes.Keep();
+            return true;
+        }
+        pFile.Report(KQexTextMessage::eERROR, "Cancelled");
+    }
+    catch (const std::bad_alloc&)
+    {
+        pFile.Report(KQexTextMessage::eERROR, "Out of memory");
+    }
+    catch (const std::exception& lError)
+    {
+        pFile.Report(KQexTextMessage::eERROR, lError.what());
+    }
+    return false;
+}
+
+} // namespace
+
+bool KQexFileGltf::Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult)
+{
+    return GuardedRead(*this, pScene, pOptions, pResult, [&pPath](KGltfSource& pSource) { pSource.OpenPath(pPath); });
+}
+
+bool KQexFileGltf::ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions,
+                              KQexGltfReadResult& pResult)
+{
+    return GuardedRead(*this, pScene, pOptions, pResult,
+                       [pData, pSize](KGltfSource& pSource) { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize)); });
+}
+
+} // namespace qexsdk

@@ -1,0 +1,250 @@
+#include <qexioplugins/gltf/kqexgltfaccessor.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+/// The codes of kinds of numbers, from the standard.
+enum EComponent
+{
+    eBYTE = 5120,
+    eUNSIGNED_BYTE = 5121,
+    eSHORT = 5122,
+    eUNSIGNED_SHORT = 5123,
+    eUNSIGNED_INT = 5125,
+    eFLOAT = 5126
+};
+
+size_t ComponentSize(int pType)
+{
+    switch (pType)
+    {
+    case eBYTE:
+    case eUNSIGNED_BYTE:
+        return 1;
+    case eSHORT:
+    case eUNSIGNED_SHORT:
+        return 2;
+    case eUNSIGNED_INT:
+    case eFLOAT:
+        return 4;
+    default:
+        return 0;
+    }
+}
+
+int ComponentCount(const std::string& pType)
+{
+    struct KCount
+    {
+        const char* mType;
+        int         mCount;
+    };
+    static constexpr KCount sCounts[] = {{"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT2", 4}, {"MAT3", 9}, {"MAT4", 16}};
+    for (const KCount& lCount : sCounts)
+    {
+        if (pType == lCount.mType)
+        {
+            return lCount.mCount;
+        }
+    }
+    return 0;
+}
+
+template <typename T>
+double Load(const unsigned char* pFrom)
+{
+    T lValue;
+    std::memcpy(&lValue, pFrom, sizeof lValue);
+    return static_cast<double>(lValue);
+}
+
+double LoadNumber(const unsigned char* pFrom, int pType)
+{
+    switch (pType)
+    {
+    case eBYTE:
+        return Load<std::int8_t>(pFrom);
+    case eUNSIGNED_BYTE:
+        return Load<std::uint8_t>(pFrom);
+    case eSHORT:
+        return Load<std::int16_t>(pFrom);
+    case eUNSIGNED_SHORT:
+        return Load<std::uint16_t>(pFrom);
+    case eUNSIGNED_INT:
+        return Load<std::uint32_t>(pFrom);
+    default:
+        return Load<float>(pFrom);
+    }
+}
+
+/// What stands for one; the number below minus one counts as minus one.
+double FullScale(int pType)
+{
+    switch (pType)
+    {
+    case eBYTE:
+        return 127.0;
+    case eUNSIGNED_BYTE:
+        return 255.0;
+    case eSHORT:
+        return 32767.0;
+    case eUNSIGNED_SHORT:
+        return 65535.0;
+    case eUNSIGNED_INT:
+        return 4294967295.0;
+    default:
+        return 1.0;
+    }
+}
+
+size_t SparseIndex(const KGltfNumbers& pIndices, size_t pPlace)
+{
+    return static_cast<size_t>(LoadNumber(pIndices.mData + pPlace * pIndices.mStride, pIndices.mComponentType));
+}
+
+} // namespace
+
+void KGltfAccessor::Get(size_t pIndex, double* pResult) const
+{
+    const unsigned char* lFrom = mNumbers.mData != nullptr ? mNumbers.mData + pIndex * mNumbers.mStride : nullptr;
+    size_t               lLow = 0;
+    size_t               lHigh = mSparseCount;
+    while (lLow < lHigh)
+    {
+        const size_t lMiddle = lLow + (lHigh - lLow) / 2;
+        (SparseIndex(mSparseIndices, lMiddle) < pIndex ? lLow : lHigh) =
+            SparseIndex(mSparseIndices, lMiddle) < pIndex ? lMiddle + 1 : lMiddle;
+    }
+    if (lLow < mSparseCount && SparseIndex(mSparseIndices, lLow) == pIndex)
+    {
+        lFrom = mSparseValues.mData + lLow * mSparseValues.mStride;
+    }
+    const size_t lSize = ComponentSize(mNumbers.mComponentType);
+    for (int i = 0; i < mComponents; ++i)
+    {
+        pResult[i] = lFrom != nullptr ? LoadNumber(lFrom + static_cast<size_t>(i) * lSize, mNumbers.mComponentType) : 0.0;
+        if (mIsFraction)
+        {
+            pResult[i] = std::max(pResult[i] / FullScale(mNumbers.mComponentType), -1.0);
+        }
+    }
+}
+
+KGltfAccessors::KGltfAccessors(KGltfSource& pSource)
+    : mSource(pSource),
+      mAccessors(GltfMembers(pSource.GetJson().GetRoot()["accessors"], "accessors")),
+      mViews(GltfMembers(pSource.GetJson().GetRoot()["bufferViews"], "bufferViews")),
+      mBuffers(pSource.GetJson().GetRoot()["buffers"].GetCount()),
+      mChecked(mAccessors.size()),
+      mIsChecked(mAccessors.size(), false)
+{
+}
+
+const KGltfAccessor& KGltfAccessors::Get(size_t pIndex)
+{
+    if (!mIsChecked[pIndex])
+    {
+        mChecked[pIndex] = Check(pIndex);
+        mIsChecked[pIndex] = true;
+    }
+    return mChecked[pIndex];
+}
+
+KGltfAccessor KGltfAccessors::Check(size_t pIndex)
+{
+    const KGltfJson::KValue lFrom = mAccessors[pIndex];
+    const std::string       lName = "accessors[" + std::to_string(pIndex) + "]";
+    KGltfAccessor           lAccessor;
+    lAccessor.mComponents = ComponentCount(lFrom["type"].GetText());
+    const size_t lType = GltfSize(lFrom["componentType"], 0, lName + ".componentType");
+    if (lAccessor.mComponents == 0 || lType > eFLOAT || ComponentSize(static_cast<int>(lType)) == 0)
+    {
+        throw KGltfError(lName + ": no such kind of numbers");
+    }
+    lAccessor.mNumbers.mComponentType = static_cast<int>(lType);
+    lAccessor.mCount = GltfSize(lFrom["count"], 0, lName + ".count");
+    lAccessor.mIsFraction = lFrom["normalized"].IsTrue();
+    if (lFrom["bufferView"].IsValid())
+    {
+        lAccessor.mNumbers = CheckNumbers(lFrom, static_cast<int>(lType), lAccessor.mComponents, lAccessor.mCount, lName);
+    }
+    if (lFrom["sparse"].IsValid())
+    {
+        CheckSparse(lFrom["sparse"], lName + ".sparse", lAccessor);
+    }
+    return lAccessor;
+}
+
+void KGltfAccessors::CheckSparse(const KGltfJson::KValue& pSparse, const std::string& pName, KGltfAccessor& pAccessor)
+{
+    const KGltfJson::KValue lIndices = pSparse["indices"];
+    const size_t            lType = GltfSize(lIndices["componentType"], 0, pName + ".indices.componentType");
+    if (lType != eUNSIGNED_BYTE && lType != eUNSIGNED_SHORT && lType != eUNSIGNED_INT)
+    {
+        throw KGltfError(pName + ".indices: no such kind of indices");
+    }
+    const size_t lCount = GltfSize(pSparse["count"], 0, pName + ".count");
+    pAccessor.mSparseIndices = CheckNumbers(lIndices, static_cast<int>(lType), 1, lCount, pName + ".indices");
+    pAccessor.mSparseValues =
+        CheckNumbers(pSparse["values"], pAccessor.mNumbers.mComponentType, pAccessor.mComponents, lCount, pName + ".values");
+    for (size_t i = 0; i < lCount; ++i)
+    {
+        const size_t lIndex = SparseIndex(pAccessor.mSparseIndices, i);
+        if (lIndex >= pAccessor.mCount || (i > 0 && lIndex <= SparseIndex(pAccessor.mSparseIndices, i - 1)))
+        {
+            throw KGltfError(pName + ".indices do not rise within the accessor");
+        }
+    }
+    pAccessor.mSparseCount = lCount;
+}
+
+KGltfNumbers KGltfAccessors::CheckNumbers(const KGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
+                                          const std::string& pName)
+{
+    const int lView = GltfIndex(pFrom["bufferView"], mViews.size(), pName + ".bufferView");
+    if (lView < 0)
+    {
+        throw KGltfError(pName + ".bufferView is missing");
+    }
+    const KGltfJson::KValue lFrom = mViews[static_cast<size_t>(lView)];
+    const std::string       lName = "bufferViews[" + std::to_string(lView) + "]";
+    const int               lIndex = GltfIndex(lFrom["buffer"], mBuffers, lName + ".buffer");
+    if (lIndex < 0)
+    {
+        throw KGltfError(lName + ".buffer is missing");
+    }
+    const std::string_view lBuffer = mSource.GetBuffer(static_cast<size_t>(lIndex));
+    const size_t           lViewStart = GltfSize(lFrom["byteOffset"], 0, lName + ".byteOffset");
+    const size_t           lViewSize = GltfSize(lFrom["byteLength"], 0, lName + ".byteLength");
+    if (lViewStart > lBuffer.size() || lViewSize > lBuffer.size() - lViewStart)
+    {
+        throw KGltfError(lName + " does not fit into buffers[" + std::to_string(lIndex) + "]");
+    }
+    const size_t lElement = ComponentSize(pComponentType) * static_cast<size_t>(pComponents);
+    const size_t lStart = GltfSize(pFrom["byteOffset"], 0, pName + ".byteOffset");
+    KGltfNumbers lNumbers;
+    lNumbers.mComponentType = pComponentType;
+    lNumbers.mStride = GltfSize(lFrom["byteStride"], lElement, lName + ".byteStride");
+    if (lNumbers.mStride < lElement)
+    {
+        throw KGltfError(lName + ".byteStride is less than an element");
+    }
+    // Division, so that no product of numbers from the file can overflow.
+    if (lStart > lViewSize ||
+        (pCount > 0 && (lElement > lViewSize - lStart || (pCount - 1) > (lViewSize - lStart - lElement) / lNumbers.mStride)))
+    {
+        throw KGltfError(pName + " does not fit into " + lName);
+    }
+    lNumbers.mData = reinterpret_cast<const unsigned char*>(lBuffer.data()) + lViewStart + lStart;
+    return lNumbers;
+}
+
+} // namespace qexsdk

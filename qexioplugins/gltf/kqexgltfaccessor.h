@@ -1,0 +1,74 @@
+#ifndef QEXIOPLUGINS_GLTF_KQEXGLTFACCESSOR_H
+#define QEXIOPLUGINS_GLTF_KQEXGLTFACCESSOR_H
+
+#include <qexioplugins/gltf/kqexgltfsource.h>
+
+#include <string>
+#include <vector>
+
+namespace qexsdk
+{
+
+/// A run of numbers in a buffer that is known to lie within it.
+struct KGltfNumbers
+{
+    const unsigned char* mData = nullptr;
+    size_t               mStride = 0;        ///< Bytes from one element to the next.
+    int                  mComponentType = 0; ///< The file's own code, of the ones that KGltfAccessor takes.
+};
+
+/// An accessor of the file: elements of 1 to 16 numbers, in a buffer, or zeros, with single elements replaced. A view; the
+/// source has to outlive it.
+class KGltfAccessor
+{
+public:
+    size_t GetCount() const { return mCount; }
+    int    GetComponents() const { return mComponents; }
+
+    /// Whether the elements stand in a buffer: else the count is nothing but a claim.
+    bool HasData() const { return mNumbers.mData != nullptr; }
+
+    /// Element \p pIndex below GetCount(); whole numbers that are marked as fractions become those.
+    void Get(size_t pIndex, double* pResult) const;
+
+private:
+    friend class KGltfAccessors;
+
+    KGltfNumbers mNumbers;
+    size_t       mCount = 0;
+    int          mComponents = 0;
+    bool         mIsFraction = false;
+    size_t       mSparseCount = 0;
+    KGltfNumbers mSparseIndices; ///< In rising order.
+    KGltfNumbers mSparseValues;
+};
+
+/// The accessors of a file, each checked when it is asked for the first time: every index, offset and size lies within what it
+/// refers to. Throws KGltfError.
+class KGltfAccessors
+{
+public:
+    /// \p pSource has to outlive this.
+    explicit KGltfAccessors(KGltfSource& pSource);
+
+    size_t GetCount() const { return mAccessors.size(); }
+
+    /// Accessor \p pIndex below GetCount(). Valid as long as this.
+    const KGltfAccessor& Get(size_t pIndex);
+
+private:
+    KGltfAccessor Check(size_t pIndex);
+    void          CheckSparse(const KGltfJson::KValue& pSparse, const std::string& pName, KGltfAccessor& pAccessor);
+    KGltfNumbers CheckNumbers(const KGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount, const std::string& pName);
+
+    KGltfSource&                   mSource;
+    std::vector<KGltfJson::KValue> mAccessors;
+    std::vector<KGltfJson::KValue> mViews;
+    size_t                         mBuffers;
+    std::vector<KGltfAccessor>     mChecked;
+    std::vector<bool>              mIsChecked;
+};
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,114 @@
+#include <qexioplugins/gltf/kqexgltfreader.h>
+
+#include <cstring>
+
+// What this system's own writer says of a node in its `extras`. Other programs put there what they like, so anything that does not look
+// like it is left alone.
+
+namespace qexsdk
+{
+
+namespace
+{
+
+/// Reads up to three numbers of an array, null where there is none.
+void ReadBounds(const KGltfJson::KValue& pFrom, bool* pActive, double* pValues)
+{
+    int i = 0;
+    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && i < 3; lFrom = lFrom.GetNext(), ++i)
+    {
+        pActive[i] = lFrom.Is(KGltfJson::eNUMBER);
+        pValues[i] = lFrom.GetNumber(0.0);
+    }
+}
+
+bool ReadAngles(const KGltfJson::KValue& pFrom, KQexVector4& pAngles)
+{
+    bool   lIsThere[3] = {false, false, false};
+    double lValues[3] = {0.0, 0.0, 0.0};
+    ReadBounds(pFrom, lIsThere, lValues);
+    pAngles = KQexVector4(lValues[0], lValues[1], lValues[2]);
+    return lIsThere[0] && lIsThere[1] && lIsThere[2];
+}
+
+} // namespace
+
+void KGltfReader::ReadExtras(KGltfReadNode& pNode)
+{
+    static const char* const sOrders[6] = {"XYZ", "XZY", "YZX", "YXZ", "ZXY", "ZYX"};
+    const KGltfJson::KValue  lExtras = pNode.mFrom["extras"];
+    KQexNode*                lNode = pNode.mNode;
+    for (int i = 0; i < 6; ++i)
+    {
+        if (std::strcmp(lExtras["rotationOrder"].GetText(), sOrders[i]) == 0)
+        {
+            pNode.mOrder = 2 * i;
+            lNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(i));
+        }
+    }
+    KQexVector4 lAngles;
+    if (ReadAngles(lExtras["preRotation"], lAngles))
+    {
+        lNode->SetPreRotation(kPivotSet0, lAngles);
+        pNode.mPreInverse = KQuaternion::FromEuler(lAngles, 0).Inverse();
+        pNode.mHasPivots = true;
+    }
+    if (ReadAngles(lExtras["postRotation"], lAngles))
+    {
+        lNode->SetPostRotation(kPivotSet0, lAngles);
+        pNode.mPost = KQuaternion::FromEuler(lAngles, 0);
+        pNode.mHasPivots = true;
+    }
+    const KGltfJson::KValue lLimits = lExtras["limits"];
+    if (lLimits["translation"].IsValid())
+    {
+        ReadLimits(lLimits["translation"], lNode->GetLimits().mTranslationLimits);
+    }
+    if (lLimits["rotation"].IsValid())
+    {
+        ReadLimits(lLimits["rotation"], lNode->GetLimits().mRotationLimits);
+    }
+    if (lExtras["dofs"].Is(KGltfJson::eARRAY))
+    {
+        ReadDofs(lExtras["dofs"], mBoneDofs[lNode->GetName()]);
+    }
+}
+
+void KGltfReader::ReadLimits(const KGltfJson::KValue& pFrom, KQexLimits& pLimits) const
+{
+    bool   lMinActive[3] = {false, false, false};
+    bool   lMaxActive[3] = {false, false, false};
+    double lMin[3] = {0.0, 0.0, 0.0};
+    double lMax[3] = {0.0, 0.0, 0.0};
+    ReadBounds(pFrom["min"], lMinActive, lMin);
+    ReadBounds(pFrom["max"], lMaxActive, lMax);
+    pLimits.SetActive(true);
+    pLimits.SetLimitMinActive(lMinActive[0], lMinActive[1], lMinActive[2]);
+    pLimits.SetLimitMaxActive(lMaxActive[0], lMaxActive[1], lMaxActive[2]);
+    pLimits.SetLimitMin(KQexVector4(lMin[0], lMin[1], lMin[2]));
+    pLimits.SetLimitMax(KQexVector4(lMax[0], lMax[1], lMax[2]));
+}
+
+void KGltfReader::ReadDofs(const KGltfJson::KValue& pFrom, std::vector<KQexBoneDof>& pDofs) const
+{
+    static const char* const sWords[6] = {"tx", "ty", "tz", "rx", "ry", "rz"};
+    pDofs.clear();
+    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && pDofs.size() < 6; lFrom = lFrom.GetNext())
+    {
+        KQexBoneDof lDof;
+        for (const char* lWord : sWords)
+        {
+            lDof.mWord = std::strcmp(lFrom["dof"].GetText(), lWord) == 0 ? lWord : lDof.mWord;
+        }
+        lDof.mHasMin = lFrom["min"].Is(KGltfJson::eNUMBER);
+        lDof.mHasMax = lFrom["max"].Is(KGltfJson::eNUMBER);
+        lDof.mMin = lFrom["min"].GetNumber(0.0);
+        lDof.mMax = lFrom["max"].GetNumber(0.0);
+        if (!lDof.mWord.empty())
+        {
+            pDofs.push_back(lDof);
+        }
+    }
+}
+
+} // namespace qexsdk

@@ -1,0 +1,440 @@
+#include <qexioplugins/gltf/kqexgltfreader.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double kShear = 1e-4; ///< Cosine between axes up to which they count as square: files have single precision.
+
+/// Extensions that change meshes, materials and lights at most, which are not looked at anyway.
+bool IsHarmless(const std::string& pExtension)
+{
+    static const char* const sHarmless[] = {"KHR_materials_",        "KHR_texture_", "KHR_draco_mesh_compression",
+                                            "KHR_mesh_quantization", "KHR_lights_",  "EXT_texture_",
+                                            "MSFT_texture_"};
+    return std::any_of(std::begin(sHarmless), std::end(sHarmless),
+                       [&pExtension](const char* pBegin) { return pExtension.compare(0, std::strlen(pBegin), pBegin) == 0; });
+}
+
+std::string NodeText(size_t pIndex)
+{
+    return "nodes[" + std::to_string(pIndex) + "]";
+}
+
+double Dot(const double* pA, const double* pB)
+{
+    return pA[0] * pB[0] + pA[1] * pB[1] + pA[2] * pB[2];
+}
+
+double Determinant(const double (*pM)[3])
+{
+    return pM[0][0] * (pM[1][1] * pM[2][2] - pM[1][2] * pM[2][1]) - pM[0][1] * (pM[1][0] * pM[2][2] - pM[1][2] * pM[2][0]) +
+           pM[0][2] * (pM[1][0] * pM[2][1] - pM[1][1] * pM[2][0]);
+}
+
+/// The rotation whose axes' images are \p pM, which are of unit length and square to each other.
+KQuaternion QuaternionOf(const double (*pM)[3])
+{
+    // From the largest component, so that nothing is divided by a small number.
+    const double lTrace = pM[0][0] + pM[1][1] + pM[2][2];
+    KQuaternion  lQ;
+    if (lTrace > 0.0)
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + lTrace);
+        lQ.mData[0] = (pM[1][2] - pM[2][1]) / lS;
+        lQ.mData[1] = (pM[2][0] - pM[0][2]) / lS;
+        lQ.mData[2] = (pM[0][1] - pM[1][0]) / lS;
+        lQ.mData[3] = lS / 4.0;
+        return lQ;
+    }
+    const int    i = pM[0][0] >= pM[1][1] && pM[0][0] >= pM[2][2] ? 0 : pM[1][1] >= pM[2][2] ? 1 : 2;
+    const int    j = (i + 1) % 3;
+    const int    k = (i + 2) % 3;
+    const double lS = 2.0 * std::sqrt(1.0 + pM[i][i] - pM[j][j] - pM[k][k]);
+    lQ.mData[i] = lS / 4.0;
+    lQ.mData[j] = (pM[i][j] + pM[j][i]) / lS;
+    lQ.mData[k] = (pM[i][k] + pM[k][i]) / lS;
+    lQ.mData[3] = (pM[j][k] - pM[k][j]) / lS;
+    return lQ;
+}
+
+} // namespace
+
+bool GltfNumbers(const KGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
+{
+    if (!pFrom.IsValid())
+    {
+        return false;
+    }
+    bool lOk = pFrom.Is(KGltfJson::eARRAY) && pFrom.GetCount() == static_cast<size_t>(pCount);
+    for (KGltfJson::KValue lNumber = pFrom.GetFirst(); lOk && lNumber.IsValid(); lNumber = lNumber.GetNext())
+    {
+        lOk = lNumber.Is(KGltfJson::eNUMBER);
+        *pResult++ = lNumber.GetNumber(0.0);
+    }
+    if (!lOk)
+    {
+        throw KGltfError(pName + " is not " + std::to_string(pCount) + " numbers");
+    }
+    return true;
+}
+
+bool GltfNormalize(KQuaternion& pRotation)
+{
+    double lLargest = 0.0;
+    for (const double lNumber : pRotation.mData)
+    {
+        lLargest = std::max(lLargest, std::fabs(lNumber));
+    }
+    if (!(lLargest > 0.0) || !std::isfinite(lLargest))
+    {
+        pRotation = KQuaternion();
+        return false;
+    }
+    double lSquare = 0.0;
+    for (double& lNumber : pRotation.mData)
+    {
+        lNumber /= lLargest;
+        lSquare += lNumber * lNumber;
+    }
+    for (double& lNumber : pRotation.mData)
+    {
+        lNumber /= std::sqrt(lSquare);
+    }
+    return true;
+}
+
+KGltfReader::KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions)
+    : mFile(pFile),
+      mSource(pSource),
+      mScene(pScene),
+      mOptions(pOptions),
+      mRoot(pSource.GetJson().GetRoot()),
+      mAccessors(pSource),
+      mAnimations(GltfMembers(mRoot["animations"], "animations"))
+{
+}
+
+KGltfReader::~KGltfReader()
+{
+    for (KQexNode* lRoot : mRoots)
+    {
+        lRoot->Destroy(true, false);
+    }
+}
+
+void KGltfReader::CheckExtensions()
+{
+    for (const KGltfJson::KValue& lExtension : GltfMembers(mRoot["extensionsRequired"], "extensionsRequired"))
+    {
+        const std::string lName = lExtension.GetText();
+        if (!IsHarmless(lName))
+        {
+            Warn("Extension (" + lName.substr(0, 100) + ") is required but not known, reading without it");
+        }
+    }
+}
+
+void KGltfReader::LinkNodes()
+{
+    for (const KGltfJson::KValue& lFrom : GltfMembers(mRoot["nodes"], "nodes"))
+    {
+        mNodes.emplace_back();
+        mNodes.back().mFrom = lFrom;
+    }
+    for (size_t i = 0; i < mNodes.size(); ++i)
+    {
+        const std::string lName = NodeText(i) + ".children";
+        for (const KGltfJson::KValue& lFrom : GltfMembers(mNodes[i].mFrom["children"], lName))
+        {
+            const int      lIndex = GltfIndex(lFrom, mNodes.size(), lName);
+            KGltfReadNode& lChild = mNodes[static_cast<size_t>(lIndex)];
+            if (lChild.mParent >= 0)
+            {
+                throw KGltfError(lName + ": " + NodeText(static_cast<size_t>(lIndex)) + " has a parent already, " +
+                                 NodeText(static_cast<size_t>(lChild.mParent)));
+            }
+            lChild.mParent = static_cast<int>(i);
+            mNodes[i].mChildren.push_back(lIndex);
+        }
+    }
+    CheckCircles();
+}
+
+/// Every node has one parent at most, so following parents from it either ends or goes in a circle.
+void KGltfReader::CheckCircles() const
+{
+    std::vector<size_t> lSeen(mNodes.size(), 0); // The walk that came by, from 1.
+    for (size_t i = 0; i < mNodes.size(); ++i)
+    {
+        int lNode = static_cast<int>(i);
+        while (lNode >= 0 && lSeen[static_cast<size_t>(lNode)] == 0)
+        {
+            lSeen[static_cast<size_t>(lNode)] = i + 1;
+            lNode = mNodes[static_cast<size_t>(lNode)].mParent;
+        }
+        if (lNode >= 0 && lSeen[static_cast<size_t>(lNode)] == i + 1)
+        {
+            throw KGltfError(NodeText(static_cast<size_t>(lNode)) + " is below itself");
+        }
+    }
+}
+
+/// Joints of skins; all nodes when there is no skin.
+void KGltfReader::MarkJoints()
+{
+    const std::vector<KGltfJson::KValue> lSkins = GltfMembers(mRoot["skins"], "skins");
+    for (size_t i = 0; i < lSkins.size(); ++i)
+    {
+        const std::string lName = "skins[" + std::to_string(i) + "]";
+        GltfIndex(lSkins[i]["skeleton"], mNodes.size(), lName + ".skeleton");
+        for (const KGltfJson::KValue& lJoint : GltfMembers(lSkins[i]["joints"], lName + ".joints"))
+        {
+            mNodes[static_cast<size_t>(GltfIndex(lJoint, mNodes.size(), lName + ".joints"))].mIsJoint = true;
+        }
+    }
+    for (size_t i = 0; i < mNodes.size(); ++i)
+    {
+        GltfIndex(mNodes[i].mFrom["skin"], lSkins.size(), NodeText(i) + ".skin");
+        mNodes[i].mIsJoint = mNodes[i].mIsJoint || lSkins.empty();
+    }
+}
+
+void KGltfReader::MarkMoved()
+{
+    for (size_t i = 0; i < mAnimations.size(); ++i)
+    {
+        const std::string lName = "animations[" + std::to_string(i) + "].channels";
+        for (const KGltfJson::KValue& lChannel : GltfMembers(mAnimations[i]["channels"], lName))
+        {
+            const int lNode = GltfIndex(lChannel["target"]["node"], mNodes.size(), lName);
+            if (lNode >= 0)
+            {
+                mNodes[static_cast<size_t>(lNode)].mIsMoved = true;
+            }
+        }
+    }
+}
+
+/// A skinned mesh stands where its skin's joints are, so the node that holds it has no place of its own.
+bool KGltfReader::IsMeshOnly(const KGltfReadNode& pNode) const
+{
+    return pNode.mFrom["mesh"].IsValid() && pNode.mFrom["skin"].IsValid() && pNode.mChildren.empty() && !pNode.mIsJoint && !pNode.mIsMoved;
+}
+
+/// The top nodes of the file's scene; of the whole file when it has no scenes.
+std::vector<int> KGltfReader::FindTops()
+{
+    const std::vector<KGltfJson::KValue> lScenes = GltfMembers(mRoot["scenes"], "scenes");
+    const int                            lScene = GltfIndex(mRoot["scene"], lScenes.size(), "scene");
+    std::vector<int>                     lTops;
+    if (lScenes.empty())
+    {
+        for (size_t i = 0; i < mNodes.size(); ++i)
+        {
+            if (mNodes[i].mParent < 0)
+            {
+                lTops.push_back(static_cast<int>(i));
+            }
+        }
+        return lTops;
+    }
+    const std::string lName = "scenes[" + std::to_string(std::max(lScene, 0)) + "].nodes";
+    std::vector<bool> lSeen(mNodes.size(), false);
+    for (const KGltfJson::KValue& lFrom : GltfMembers(lScenes[static_cast<size_t>(std::max(lScene, 0))]["nodes"], lName))
+    {
+        const int lTop = GltfIndex(lFrom, mNodes.size(), lName);
+        if (mNodes[static_cast<size_t>(lTop)].mParent >= 0 || lSeen[static_cast<size_t>(lTop)])
+        {
+            throw KGltfError(lName + ": " + NodeText(static_cast<size_t>(lTop)) +
+                             (lSeen[static_cast<size_t>(lTop)] ? " stands there twice" : " is below another node"));
+        }
+        lSeen[static_cast<size_t>(lTop)] = true;
+        lTops.push_back(lTop);
+    }
+    return lTops;
+}
+
+void KGltfReader::ReadNodes()
+{
+    CheckExtensions();
+    LinkNodes();
+    MarkJoints();
+    MarkMoved();
+    for (const int lTop : FindTops())
+    {
+        MakeTree(lTop);
+    }
+    if (mRoots.empty())
+    {
+        throw KGltfError("There are no nodes in the file's scene");
+    }
+}
+
+/// In pre-order and with a stack of its own: a node is hung under its parent while it has no children, which costs nothing.
+void KGltfReader::MakeTree(int pTop)
+{
+    std::vector<int> lOpen(1, pTop);
+    while (!lOpen.empty())
+    {
+        const int lIndex = lOpen.back();
+        lOpen.pop_back();
+        if (IsMeshOnly(mNodes[static_cast<size_t>(lIndex)]))
+        {
+            continue;
+        }
+        MakeNode(lIndex);
+        const std::vector<int>& lChildren = mNodes[static_cast<size_t>(lIndex)].mChildren;
+        lOpen.insert(lOpen.end(), lChildren.rbegin(), lChildren.rend());
+    }
+}
+
+void KGltfReader::MakeNode(int pIndex)
+{
+    KGltfReadNode&    lNode = mNodes[static_cast<size_t>(pIndex)];
+    const std::string lText = lNode.mFrom["name"].GetText();
+    const std::string lName = lText.empty() ? "node_" + std::to_string(pIndex) : lText;
+    // Room first: nothing may fail between making the node and having it in a tree.
+    if (mRoots.size() == mRoots.capacity())
+    {
+        mRoots.reserve(2 * mRoots.size() + 8);
+    }
+    KQexNode* lMade = KQexNode::Create(mScene, lName.c_str());
+    if (lMade == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+    lNode.mNode = lMade;
+    KQexNode* lParent = lNode.mParent >= 0 ? mNodes[static_cast<size_t>(lNode.mParent)].mNode : nullptr;
+    if (lParent == nullptr)
+    {
+        mRoots.push_back(lMade);
+    }
+    else
+    {
+        lParent->AddChild(lMade);
+    }
+    if (lNode.mIsJoint)
+    {
+        KQexSkeleton* lSkeleton = KQexSkeleton::Create(mScene, "");
+        if (lSkeleton == nullptr)
+        {
+            throw std::bad_alloc();
+        }
+        lSkeleton->SetSkeletonType(KQexSkeleton::eSKELETON_JOINT);
+        lMade->SetNodeAttribute(lSkeleton);
+    }
+    lMade->SetRotationActive(true);
+    ReadExtras(lNode);
+    SetTransform(lNode, NodeText(static_cast<size_t>(pIndex)));
+}
+
+void KGltfReader::SetTransform(KGltfReadNode& pNode, const std::string& pName)
+{
+    if (pNode.mFrom["matrix"].IsValid())
+    {
+        SetMatrix(pNode, pName);
+        return;
+    }
+    double      lT[3] = {0.0, 0.0, 0.0};
+    double      lS[3] = {1.0, 1.0, 1.0};
+    KQuaternion lR;
+    GltfNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
+    GltfNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
+    if (GltfNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
+    {
+        Warn(pName + ".rotation has no length, taken as none");
+    }
+    SetRest(pNode, lT, lR, lS);
+}
+
+/// Takes a matrix apart: the lengths of its axes are the scale, and what is left of them, made square from the first on, the rotation.
+void KGltfReader::SetMatrix(KGltfReadNode& pNode, const std::string& pName)
+{
+    double lM[16];
+    double lAxes[3][3];
+    double lS[3];
+    GltfNumbers(pNode.mFrom["matrix"], 16, lM, pName + ".matrix");
+    bool lIsFlat = false;
+    for (int i = 0; i < 3; ++i)
+    {
+        const double* lAxis = lM + 4 * i;
+        lS[i] = std::hypot(lAxis[0], lAxis[1], lAxis[2]);
+        lIsFlat = lIsFlat || !(lS[i] > 0.0) || !std::isfinite(lS[i]);
+        for (int j = 0; j < 3; ++j)
+        {
+            lAxes[i][j] = lIsFlat ? 0.0 : lAxis[j] / lS[i];
+        }
+    }
+    const double lTurns = lIsFlat ? 0.0 : Determinant(lAxes);
+    if (lIsFlat || std::fabs(lTurns) < 1e-9)
+    {
+        Warn(pName + ".matrix flattens space, its rotation is left out");
+        SetRest(pNode, lM + 12, KQuaternion(), lS);
+        return;
+    }
+    if (lTurns < 0.0)
+    {
+        lS[0] = -lS[0];
+        std::transform(lAxes[0], lAxes[0] + 3, lAxes[0], std::negate<>());
+    }
+    bool lIsSheared = lM[3] != 0.0 || lM[7] != 0.0 || lM[11] != 0.0 || lM[15] != 1.0;
+    for (int i = 1; i < 3; ++i)
+    {
+        for (int j = 0; j < i; ++j)
+        {
+            const double lAlong = Dot(lAxes[i], lAxes[j]);
+            lIsSheared = lIsSheared || std::fabs(lAlong) > kShear;
+            for (int k = 0; k < 3; ++k)
+            {
+                lAxes[i][k] -= lAlong * lAxes[j][k];
+            }
+        }
+        const double lLength = std::sqrt(Dot(lAxes[i], lAxes[i]));
+        std::transform(lAxes[i], lAxes[i] + 3, lAxes[i], [lLength](double pNumber) { return pNumber / lLength; });
+    }
+    if (lIsSheared)
+    {
+        Warn(pName + ".matrix is sheared, which a node can't be; the nearest rotation and scale are taken");
+    }
+    KQuaternion lR = QuaternionOf(lAxes);
+    GltfNormalize(lR);
+    SetRest(pNode, lM + 12, lR, lS);
+}
+
+void KGltfReader::SetRest(KGltfReadNode& pNode, const double pTranslation[3], const KQuaternion& pRotation, const double pScaling[3])
+{
+    double       lAngles[3] = {0.0, 0.0, 0.0};
+    const double lF = mOptions.mScale;
+    const double lT[3] = {pTranslation[0] * lF, pTranslation[1] * lF, pTranslation[2] * lF};
+    ToAngles(pNode, pRotation, lAngles, lAngles);
+    if (!std::isfinite(lT[0] + lT[1] + lT[2]) || !std::isfinite(pScaling[0] + pScaling[1] + pScaling[2]))
+    {
+        throw KGltfError(std::string("Node (") + pNode.mNode->GetName() + "): a value is too large");
+    }
+    pNode.mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lT[0], lT[1], lT[2]));
+    pNode.mNode->mLocalRotation.Set(qexVectorTemplate3<double>(lAngles[0], lAngles[1], lAngles[2]));
+    pNode.mNode->mLocalScaling.Set(qexVectorTemplate3<double>(pScaling[0], pScaling[1], pScaling[2]));
+}
+
+void KGltfReader::Finish(KQexGltfReadResult& pResult)
+{
+    pResult.mRoots = mRoots;
+    pResult.mTakes.swap(mTakes);
+    pResult.mBoneDofs.swap(mBoneDofs);
+    KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
+    for (KQexNode* lRoot : mRoots)
+    {
+        lParent->AddChild(lRoot);
+    }
+    mRoots.clear();
+}
+
+} // namespace qexsdk

@@ -1,0 +1,337 @@
+#include <qexioplugins/gltf/kqexgltfreader.h>
+
+#include <kbaselib/kmath/keulernearest.h>
+#include <kbaselib/kmath/kmath.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <unordered_set>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double    kTicksPerSecond = 705600000.0;
+constexpr long long kDefaultStep = 705600000 / 120;
+constexpr double    kFreeKeys = 32e6;  ///< Keys that any file may have.
+constexpr double    kKeysAByte = 16.0; ///< And further ones, for each byte of it.
+constexpr double    kLongest = 1e9;    ///< Seconds that a key may be from zero.
+
+int PropertyOf(const char* pPath)
+{
+    static const char* const sPaths[3] = {"translation", "rotation", "scale"};
+    for (int i = 0; i < 3; ++i)
+    {
+        if (std::strcmp(pPath, sPaths[i]) == 0)
+        {
+            return i;
+        }
+    }
+    return -1;
+}
+
+KGltfInterpolation InterpolationOf(const KGltfJson::KValue& pFrom, const std::string& pName)
+{
+    const std::string lWord = pFrom.IsValid() ? pFrom.GetText() : "LINEAR";
+    if (lWord == "LINEAR")
+    {
+        return KGltfInterpolation::eLINEAR;
+    }
+    if (lWord == "STEP")
+    {
+        return KGltfInterpolation::eSTEP;
+    }
+    if (lWord == "CUBICSPLINE")
+    {
+        return KGltfInterpolation::eCUBIC;
+    }
+    throw KGltfError(pName + " is no interpolation (" + lWord.substr(0, 100) + ")");
+}
+
+float ToFloat(double pValue)
+{
+    if (std::fabs(pValue) > static_cast<double>(std::numeric_limits<float>::max()))
+    {
+        throw KGltfError("A value is too large");
+    }
+    return static_cast<float>(pValue);
+}
+
+KQexProperty& PropertyOf(KQexNode* pNode, int pProperty)
+{
+    return pProperty == 0 ? pNode->mLocalTranslation : pProperty == 1 ? pNode->mLocalRotation : pNode->mLocalScaling;
+}
+
+/// Three new curves on the property, on the take's first layer.
+void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimCurve** pCurves)
+{
+    static const char* const sSuffixes[3][3] = {{"_tx", "_ty", "_tz"}, {"_rx", "_ry", "_rz"}, {"_sx", "_sy", "_sz"}};
+    KQexAnimLayer*           lLayer = pStack->GetOrCreateBaseLayer();
+    KQexAnimCurveNode*       lCurveNode = lLayer != nullptr ? PropertyOf(pNode, pProperty).GetCurveNode(lLayer, true) : nullptr;
+    for (unsigned int i = 0; i < 3; ++i)
+    {
+        const std::string lName = std::string(pNode->GetName()) + sSuffixes[pProperty][i];
+        pCurves[i] = lCurveNode != nullptr ? KQexAnimCurve::Create(pNode->GetScene(), lName.c_str()) : nullptr;
+        if (pCurves[i] == nullptr)
+        {
+            throw std::bad_alloc();
+        }
+        if (!lCurveNode->ConnectToChannel(pCurves[i], i, true))
+        {
+            pCurves[i]->Destroy(false, false);
+            throw std::bad_alloc();
+        }
+    }
+}
+
+} // namespace
+
+/// Counts work whose size the file can claim without having it, such as a few keys that are days apart.
+void KGltfReader::Spend(double pKeys, const std::string& pName)
+{
+    mSpent += pKeys;
+    if (mSpent > kFreeKeys + kKeysAByte * static_cast<double>(mSource.GetSize()))
+    {
+        throw KGltfError(pName + ": too long for its size; a lower rate makes fewer frames");
+    }
+}
+
+std::shared_ptr<const std::vector<double>> KGltfReader::GetTimes(size_t pAccessor, const std::string& pName)
+{
+    std::shared_ptr<const std::vector<double>>& lKnown = mTimes[pAccessor];
+    if (lKnown != nullptr)
+    {
+        return lKnown;
+    }
+    const KGltfAccessor& lFrom = mAccessors.Get(pAccessor);
+    if (lFrom.GetComponents() != 1 || !lFrom.HasData() || lFrom.GetCount() == 0)
+    {
+        throw KGltfError(pName + " has no times");
+    }
+    Spend(static_cast<double>(lFrom.GetCount()), pName);
+    auto lTimes = std::make_shared<std::vector<double>>(lFrom.GetCount());
+    for (size_t i = 0; i < lTimes->size(); ++i)
+    {
+        double& lTime = (*lTimes)[i];
+        lFrom.Get(i, &lTime);
+        if (!(std::fabs(lTime) <= kLongest) || (i > 0 && lTime < (*lTimes)[i - 1]))
+        {
+            throw KGltfError(pName + ": times do not rise at key " + std::to_string(i));
+        }
+    }
+    lKnown = lTimes;
+    return lKnown;
+}
+
+void KGltfReader::ReadTracks(const KGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KGltfReadTrack>& pTracks)
+{
+    const std::vector<KGltfJson::KValue> lSamplers = GltfMembers(pAnimation["samplers"], pName + ".samplers");
+    std::unordered_set<size_t>           lTaken;
+    size_t                               lChannel = 0;
+    for (KGltfJson::KValue lFrom = pAnimation["channels"].GetFirst(); lFrom.IsValid(); lFrom = lFrom.GetNext(), ++lChannel)
+    {
+        const std::string lName = pName + ".channels[" + std::to_string(lChannel) + "]";
+        const int         lSampler = GltfIndex(lFrom["sampler"], lSamplers.size(), lName + ".sampler");
+        const int         lNode = GltfIndex(lFrom["target"]["node"], mNodes.size(), lName + ".target.node");
+        const int         lProperty = PropertyOf(lFrom["target"]["path"].GetText());
+        if (lSampler < 0)
+        {
+            throw KGltfError(lName + ".sampler is missing");
+        }
+        // Without a node, or for another path, it moves something that is not a node's place.
+        if (lNode < 0 || lProperty < 0 || mNodes[static_cast<size_t>(lNode)].mNode == nullptr)
+        {
+            continue;
+        }
+        const size_t lPlace = 3 * static_cast<size_t>(lNode) + static_cast<size_t>(lProperty);
+        if (!lTaken.insert(lPlace).second)
+        {
+            Warn(lName + " moves what another channel moves already, left out");
+            continue;
+        }
+        pTracks.push_back(ReadTrack(lSamplers[static_cast<size_t>(lSampler)], pName + ".samplers[" + std::to_string(lSampler) + "]",
+                                    &mNodes[static_cast<size_t>(lNode)], lProperty));
+    }
+}
+
+KGltfReadTrack KGltfReader::ReadTrack(const KGltfJson::KValue& pSampler, const std::string& pName, KGltfReadNode* pTarget, int pProperty)
+{
+    const int lInput = GltfIndex(pSampler["input"], mAccessors.GetCount(), pName + ".input");
+    const int lOutput = GltfIndex(pSampler["output"], mAccessors.GetCount(), pName + ".output");
+    if (lInput < 0 || lOutput < 0)
+    {
+        throw KGltfError(pName + (lInput < 0 ? ".input" : ".output") + " is missing");
+    }
+    const KGltfInterpolation                         lInterpolation = InterpolationOf(pSampler["interpolation"], pName + ".interpolation");
+    const std::shared_ptr<const std::vector<double>> lTimes = GetTimes(static_cast<size_t>(lInput), pName + ".input");
+    const KGltfAccessor&                             lValues = mAccessors.Get(static_cast<size_t>(lOutput));
+    const size_t                                     lWanted = lTimes->size() * (lInterpolation == KGltfInterpolation::eCUBIC ? 3 : 1);
+    if (lValues.GetComponents() != (pProperty == 1 ? 4 : 3) || lValues.GetCount() != lWanted)
+    {
+        throw KGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " + (pProperty == 1 ? "4" : "3") +
+                         " numbers");
+    }
+    Spend(static_cast<double>(lTimes->size()), pName);
+    return KGltfReadTrack{pTarget, pProperty, KGltfKeys(lTimes, &lValues, lInterpolation, pProperty == 1)};
+}
+
+KQexSampling KGltfReader::FindSampling(const std::vector<KGltfReadTrack>& pTracks) const
+{
+    KGltfTimes lTimes;
+    double     lFirst = std::numeric_limits<double>::max();
+    double     lLast = -lFirst;
+    for (const KGltfReadTrack& lTrack : pTracks)
+    {
+        lTimes.push_back(lTrack.mKeys.GetSharedTimes());
+        lFirst = std::min(lFirst, lTimes.back()->front());
+        lLast = std::max(lLast, lTimes.back()->back());
+    }
+    std::sort(lTimes.begin(), lTimes.end());
+    lTimes.erase(std::unique(lTimes.begin(), lTimes.end()), lTimes.end());
+
+    long long lStep = 0;
+    if (mOptions.mFramesPerSecond > 0.0)
+    {
+        lStep = NearestFrameStep(1.0 / mOptions.mFramesPerSecond).Get();
+    }
+    else
+    {
+        lStep = GltfFindStep(lTimes, lFirst);
+        lStep = lStep > 0 ? lStep : kDefaultStep;
+    }
+    if (lStep <= 0)
+    {
+        throw KGltfError("Frames a second out of range");
+    }
+    const double lSeconds = static_cast<double>(lStep) / kTicksPerSecond;
+    const double lStart = std::round(lFirst / lSeconds);
+    const double lFrames = (lLast - lFirst) / lSeconds;
+    KQexSampling lSampling;
+    lSampling.mStep = KTime(lStep);
+    lSampling.mStart =
+        KTime(std::fabs(lFirst - lStart * lSeconds) <= GltfSameTime(lFirst, lSeconds) ? static_cast<long long>(lStart) * lStep
+                                                                                      : std::llround(lFirst * kTicksPerSecond));
+    lSampling.mCount = static_cast<long long>(std::ceil(lFrames - GltfSameTime(lLast, lSeconds) / lSeconds)) + 1;
+    return lSampling;
+}
+
+void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, const KQexSampling& pSampling)
+{
+    KQexNode*      lNode = pTrack.mTarget->mNode;
+    const int      lProperty = pTrack.mProperty;
+    const double   lFactor = lProperty == 0 ? mOptions.mScale : 1.0;
+    const double   lStep = static_cast<double>(pSampling.mStep.Get()) / kTicksPerSecond;
+    const auto     lRest = KQexGet<qexVectorTemplate3<double>>(PropertyOf(lNode, lProperty));
+    double         lNear[3] = {lRest.mData[0], lRest.mData[1], lRest.mData[2]};
+    double         lValue[16];
+    KQexAnimCurve* lCurves[3];
+    MakeCurves(pStack, lNode, lProperty, lCurves);
+    for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
+    {
+        const KTime  lTime = pSampling.GetTime(lFrame);
+        const double lSeconds = static_cast<double>(lTime.Get()) / kTicksPerSecond;
+        if (!pTrack.mKeys.Evaluate(lSeconds, GltfSameTime(lSeconds, lStep), lValue))
+        {
+            throw KGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not a number");
+        }
+        if (lProperty == 1)
+        {
+            KQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
+            GltfNormalize(lRotation);
+            ToAngles(*pTrack.mTarget, lRotation, lNear, lNear);
+            KmVset(lValue, lNear);
+        }
+        for (int i = 0; i < 3; ++i)
+        {
+            if (!lCurves[i]->AppendSample(lTime, ToFloat(lValue[i] * lFactor)))
+            {
+                throw std::bad_alloc();
+            }
+        }
+    }
+}
+
+bool KGltfReader::ReadTake(size_t pIndex)
+{
+    const std::string           lName = "animations[" + std::to_string(pIndex) + "]";
+    const std::string           lText = mAnimations[pIndex]["name"].GetText();
+    std::vector<KGltfReadTrack> lTracks;
+    ReadTracks(mAnimations[pIndex], lName, lTracks);
+    if (lTracks.empty())
+    {
+        Warn("Animation (" + (lText.empty() ? lName : lText) + ") moves no node, left out");
+        return true;
+    }
+    const KQexSampling lSampling = FindSampling(lTracks);
+    const std::string  lTakeName = mTakeNames.Make(lText.empty() ? "Take " + std::to_string(pIndex + 1) : lText);
+    KQexAnimStack*     lStack = mScene->CreateAnimStack(lTakeName.c_str());
+    if (lStack == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+    for (size_t i = 0; i < lTracks.size(); ++i)
+    {
+        const double lPart = static_cast<double>(i) / static_cast<double>(lTracks.size());
+        if (mOptions.mProgress && !mOptions.mProgress((static_cast<double>(pIndex) + lPart) / static_cast<double>(mAnimations.size())))
+        {
+            return false;
+        }
+        Spend(3.0 * static_cast<double>(lSampling.mCount), lName);
+        FillCurves(lStack, lTracks[i], lSampling);
+    }
+    mTakes.push_back(KQexGltfTake{lStack, lSampling});
+    return true;
+}
+
+bool KGltfReader::ReadTakes()
+{
+    for (int i = 0; i < mScene->GetAnimStackCount(); ++i)
+    {
+        mTakeNames.Make(mScene->GetAnimStack(i)->GetName());
+    }
+    for (size_t i = 0; i < mAnimations.size(); ++i)
+    {
+        if (!ReadTake(i))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The angles of a node whose local rotation, pivots included, is \p pRotation: of all that give it, those nearest to \p pNear, which
+/// may be \p pAngles.
+void KGltfReader::ToAngles(const KGltfReadNode& pNode, const KQuaternion& pRotation, const double pNear[3], double pAngles[3]) const
+{
+    const KQuaternion lQ = pNode.mHasPivots ? pNode.mPreInverse * pRotation * pNode.mPost : pRotation;
+    const double*     lV = lQ.mData;
+    double            lMatrix[3][4];
+    for (int i = 0; i < 3; ++i)
+    {
+        const int j = (i + 1) % 3;
+        const int k = (i + 2) % 3;
+        lMatrix[i][i] = 1.0 - 2.0 * (lV[j] * lV[j] + lV[k] * lV[k]);
+        lMatrix[i][j] = 2.0 * (lV[i] * lV[j] + lV[k] * lV[3]);
+        lMatrix[i][k] = 2.0 * (lV[i] * lV[k] - lV[j] * lV[3]);
+    }
+    const int* lAxes = KmEulerAxisRow(pNode.mOrder);
+    double     lAngles[3];
+    double     lNear[3];
+    KmRtoVord(lAngles, lMatrix, pNode.mOrder);
+    for (int i = 0; i < 3; ++i)
+    {
+        lNear[i] = pNear[lAxes[i]];
+    }
+    KmNearestEuler(lAngles, lNear, pNode.mOrder);
+    for (int i = 0; i < 3; ++i)
+    {
+        pAngles[lAxes[i]] = lAngles[i];
+    }
+}
+
+} // namespace qexsdk

@@ -1,0 +1,336 @@
+#include <qexioplugins/gltf/kqexgltfsource.h>
+
+#include <kbaselib/kbase/kinputfile.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr size_t kChunkHead = 8;
+constexpr size_t kFileHead = 12;
+
+size_t LittleEndian(std::string_view pBytes, size_t pPlace)
+{
+    size_t lValue = 0;
+    for (size_t i = 4; i > 0; --i)
+    {
+        lValue = lValue << 8 | static_cast<unsigned char>(pBytes[pPlace + i - 1]);
+    }
+    return lValue;
+}
+
+/// The value of a digit of base 64, -1 for any other character. Both alphabets that are in use are taken.
+int Digit64(char pC)
+{
+    static const std::string_view sDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const char                    lC = pC == '-' ? '+' : pC == '_' ? '/' : pC;
+    const size_t                  lPlace = sDigits.find(lC);
+    return lPlace == std::string_view::npos ? -1 : static_cast<int>(lPlace);
+}
+
+std::string Decode64(std::string_view pText, const std::string& pName)
+{
+    while (!pText.empty() && pText.back() == '=')
+    {
+        pText.remove_suffix(1);
+    }
+    std::string lBytes;
+    lBytes.reserve(pText.size() / 4 * 3 + 3);
+    unsigned lBits = 0;
+    int      lCount = 0;
+    for (const char lC : pText)
+    {
+        const int lDigit = Digit64(lC);
+        if (lDigit < 0)
+        {
+            throw KGltfError(pName + ".uri: not base64");
+        }
+        lBits = (lBits << 6 | static_cast<unsigned>(lDigit)) & 0xFFFFFFu;
+        lCount += 6;
+        if (lCount >= 8)
+        {
+            lCount -= 8;
+            lBytes += static_cast<char>(lBits >> lCount & 0xFFu);
+        }
+    }
+    return lBytes;
+}
+
+int DigitOf16(char pC)
+{
+    static const char* const sDigits = "0123456789abcdef";
+    for (int i = 0; i < 16; ++i)
+    {
+        if (sDigits[i] == (pC >= 'A' && pC <= 'F' ? pC - 'A' + 'a' : pC))
+        {
+            return i;
+        }
+    }
+    return -1;
+}
+
+/// The name of a file as a URI has it, with its escapes undone.
+std::string Unescaped(const std::string& pUri)
+{
+    std::string lName;
+    for (size_t i = 0; i < pUri.size(); ++i)
+    {
+        const int lHigh = pUri[i] == '%' && i + 2 < pUri.size() ? DigitOf16(pUri[i + 1]) : -1;
+        const int lLow = lHigh >= 0 ? DigitOf16(pUri[i + 2]) : -1;
+        lName += lLow >= 0 ? static_cast<char>(16 * lHigh + lLow) : pUri[i];
+        i += lLow >= 0 ? 2 : 0;
+    }
+    return lName;
+}
+
+/// Whether \p pName, which stands as \p pUri in the file, is a plain path below a folder: no other scheme, not absolute, no step
+/// upwards.
+bool IsBelow(const std::string& pName, const std::string& pUri)
+{
+    const fs::path lPath(pName);
+    if (pName.empty() || pUri.find_first_of(":\\") != std::string::npos || pName.find('\0') != std::string::npos || !lPath.is_relative())
+    {
+        return false;
+    }
+    for (const fs::path& lStep : lPath)
+    {
+        if (lStep == "..")
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The file \p pName in the folder of \p pModel, with symbolic links followed; "" when that leads out of the folder.
+std::string PathBelow(const std::string& pModel, const std::string& pName)
+{
+    std::error_code lError;
+    const fs::path  lFolder = fs::weakly_canonical(fs::absolute(fs::path(pModel), lError), lError).parent_path();
+    const fs::path  lFile = lError ? fs::path() : fs::weakly_canonical(lFolder / pName, lError);
+    const fs::path  lWay = lError ? fs::path() : lFile.lexically_relative(lFolder);
+    return lWay.empty() || *lWay.begin() == ".." ? std::string() : lFile.string();
+}
+
+} // namespace
+
+std::vector<KGltfJson::KValue> GltfMembers(const KGltfJson::KValue& pArray, const std::string& pName)
+{
+    if (pArray.IsValid() && !pArray.Is(KGltfJson::eARRAY))
+    {
+        throw KGltfError(pName + " is not an array");
+    }
+    std::vector<KGltfJson::KValue> lMembers;
+    lMembers.reserve(pArray.GetCount());
+    for (KGltfJson::KValue lMember = pArray.GetFirst(); lMember.IsValid(); lMember = lMember.GetNext())
+    {
+        lMembers.push_back(lMember);
+    }
+    return lMembers;
+}
+
+size_t GltfSize(const KGltfJson::KValue& pValue, size_t pDefault, const std::string& pName)
+{
+    if (!pValue.IsValid())
+    {
+        return pDefault;
+    }
+    const double lNumber = pValue.GetNumber(-1.0);
+    if (!(lNumber >= 0.0) || lNumber > 9007199254740992.0 || lNumber != std::floor(lNumber))
+    {
+        throw KGltfError(pName + " is not a whole number from 0");
+    }
+    return static_cast<size_t>(lNumber);
+}
+
+int GltfIndex(const KGltfJson::KValue& pValue, size_t pCount, const std::string& pName)
+{
+    if (!pValue.IsValid())
+    {
+        return -1;
+    }
+    const size_t lIndex = GltfSize(pValue, 0, pName);
+    if (lIndex >= pCount || lIndex > static_cast<size_t>(std::numeric_limits<int>::max()))
+    {
+        throw KGltfError(pName + " is " + std::to_string(lIndex) + ", but there are only " + std::to_string(pCount));
+    }
+    return static_cast<int>(lIndex);
+}
+
+void KGltfSource::OpenPath(const std::string& pPath)
+{
+    std::string lReason;
+    if (!KReadWholeFile(pPath.c_str(), std::numeric_limits<size_t>::max(), false, mOwned, lReason))
+    {
+        throw KGltfError("Can't read " + pPath + ": " + lReason);
+    }
+    mPath = pPath == "-" ? "" : pPath;
+    mBytes = mOwned;
+    Open();
+}
+
+void KGltfSource::OpenBytes(std::string_view pBytes)
+{
+    mBytes = pBytes;
+    Open();
+}
+
+size_t KGltfSource::GetSize() const
+{
+    size_t lSize = mBytes.size();
+    for (const auto& lFile : mFiles)
+    {
+        lSize += lFile.second.size();
+    }
+    return lSize;
+}
+
+void KGltfSource::Open()
+{
+    if (mBytes.substr(0, 4) == "glTF")
+    {
+        OpenBinary();
+    }
+    else
+    {
+        mJson.Parse(mBytes.data(), mBytes.size());
+    }
+    const KGltfJson::KValue lRoot = mJson.GetRoot();
+    const std::string       lVersion = lRoot["asset"]["version"].GetText();
+    if (!lRoot.Is(KGltfJson::eOBJECT) || lVersion.empty())
+    {
+        throw KGltfError("Not a glTF file: asset.version is missing");
+    }
+    if (lVersion.substr(0, 2) != "2.")
+    {
+        throw KGltfError("glTF version (" + lVersion + ") is not supported, only 2");
+    }
+    mBuffers = GltfMembers(lRoot["buffers"], "buffers");
+    mFetched.resize(mBuffers.size());
+}
+
+void KGltfSource::OpenBinary()
+{
+    if (mBytes.size() < kFileHead + kChunkHead)
+    {
+        throw KGltfError("The file is cut off in its head");
+    }
+    if (LittleEndian(mBytes, 4) != 2)
+    {
+        throw KGltfError("glTF version (" + std::to_string(LittleEndian(mBytes, 4)) + ") is not supported, only 2");
+    }
+    const size_t lSize = LittleEndian(mBytes, 8);
+    if (lSize > mBytes.size())
+    {
+        throw KGltfError("The file is cut off: " + std::to_string(lSize) + " bytes by its head, " + std::to_string(mBytes.size()) +
+                         " found");
+    }
+    const std::string_view lFile = mBytes.substr(0, lSize);
+    std::string_view       lJson;
+    for (size_t lPlace = kFileHead; lPlace + kChunkHead <= lFile.size();)
+    {
+        const size_t           lLength = LittleEndian(lFile, lPlace);
+        const std::string_view lKind = lFile.substr(lPlace + 4, 4);
+        lPlace += kChunkHead;
+        if (lLength > lFile.size() - lPlace)
+        {
+            throw KGltfError("A chunk of " + std::to_string(lLength) + " bytes does not fit into the file");
+        }
+        if (lKind == "JSON" && lJson.empty())
+        {
+            lJson = lFile.substr(lPlace, lLength);
+        }
+        else if (lKind == std::string_view("BIN\0", 4) && !mHasChunk)
+        {
+            mChunk = lFile.substr(lPlace, lLength);
+            mHasChunk = true;
+        }
+        lPlace += lLength;
+    }
+    // Some programs fill up with NULs instead of blanks.
+    lJson = lJson.substr(0, lJson.find_last_not_of('\0') + 1);
+    mJson.Parse(lJson.data(), lJson.size());
+}
+
+std::string_view KGltfSource::GetBuffer(size_t pIndex)
+{
+    std::string_view& lBuffer = mFetched[pIndex];
+    if (lBuffer.data() == nullptr)
+    {
+        lBuffer = Fetch(mBuffers[pIndex], pIndex);
+    }
+    return lBuffer;
+}
+
+std::string_view KGltfSource::Fetch(const KGltfJson::KValue& pBuffer, size_t pIndex)
+{
+    const std::string       lName = "buffers[" + std::to_string(pIndex) + "]";
+    const KGltfJson::KValue lUri = pBuffer["uri"];
+    const std::string       lText = lUri.GetText();
+    const size_t            lComma = lText.find(',');
+    std::string_view        lBytes;
+    if (!lUri.IsValid())
+    {
+        if (pIndex != 0 || !mHasChunk)
+        {
+            throw KGltfError(lName + " has no data");
+        }
+        lBytes = mChunk;
+    }
+    else if (lText.compare(0, 5, "data:") == 0)
+    {
+        if (lComma == std::string::npos || lComma < 7 || lText.compare(lComma - 7, 7, ";base64") != 0)
+        {
+            throw KGltfError(lName + ".uri: data that is not base64");
+        }
+        lBytes = mTexts[pIndex] = Decode64(std::string_view(lText).substr(lComma + 1), lName);
+    }
+    else
+    {
+        lBytes = FetchFile(lText);
+    }
+    const size_t lSize = GltfSize(pBuffer["byteLength"], 0, lName + ".byteLength");
+    if (lSize > lBytes.size())
+    {
+        throw KGltfError(lName + " should have " + std::to_string(lSize) + " bytes, found " + std::to_string(lBytes.size()));
+    }
+    return lSize == 0 ? std::string_view("", 0) : lBytes.substr(0, lSize);
+}
+
+std::string_view KGltfSource::FetchFile(const std::string& pUri)
+{
+    const std::string lName = Unescaped(pUri);
+    if (mPath.empty())
+    {
+        throw KGltfError("Can't read the buffer (" + pUri + "): the model is not in a folder");
+    }
+    const std::string lPath = IsBelow(lName, pUri) ? PathBelow(mPath, lName) : std::string();
+    if (lPath.empty())
+    {
+        throw KGltfError("Can't read the buffer (" + pUri + "): it is not in the model's folder");
+    }
+    const auto lKnown = mFiles.find(lPath);
+    if (lKnown != mFiles.end())
+    {
+        return lKnown->second;
+    }
+    std::string lBytes;
+    std::string lReason;
+    if (!KReadWholeFile(lPath.c_str(), std::numeric_limits<size_t>::max(), true, lBytes, lReason))
+    {
+        throw KGltfError("Can't read " + lPath + ": " + lReason);
+    }
+    return mFiles.emplace(lPath, std::move(lBytes)).first->second;
+}
+
+} // namespace qexsdk
