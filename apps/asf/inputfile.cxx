@@ -133,6 +133,20 @@ bool KInputFile::Open(const std::string& pPath, KConsole& pConsole)
     return Load(pConsole);
 }
 
+bool KInputFile::OpenAcclaim(const std::string& pPath, KConsole& pConsole)
+{
+    if (!Open(pPath, pConsole))
+    {
+        return false;
+    }
+    if (mKind == eKIND_BVH)
+    {
+        pConsole.Message(eERROR, GetShown(), 0, "is a BVH file, where an ASF or AMC file is expected");
+        pConsole.Raise(eEXIT_INPUT);
+    }
+    return mKind != eKIND_BVH;
+}
+
 bool KInputFile::Load(KConsole& pConsole)
 {
     const bool  lStandard = mPath == "-";

@@ -27,6 +27,9 @@ public:
     /// Looks at the file. False when it cannot be read or holds nothing to work on; the reason was told to \p pConsole.
     bool Open(const std::string& pPath, KConsole& pConsole);
 
+    /// As Open(), for commands that read skeletons and motions of this format alone: any other is refused, which is said too.
+    bool OpenAcclaim(const std::string& pPath, KConsole& pConsole);
+
     /// Opens the file for \p pReader. False when that fails; the reader's messages tell why.
     bool OpenFor(qexsdk::KQexTextFile& pReader) const;
 

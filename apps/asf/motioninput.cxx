@@ -58,7 +58,7 @@ bool TakeMotionOptions(KMotionOptions& pOptions, KConsole& pConsole)
 
 bool KMotionInput::OpenSkeleton(const std::string& pPath, KConsole& pConsole)
 {
-    if (!mSkeleton.Open(pPath, pConsole))
+    if (!mSkeleton.OpenAcclaim(pPath, pConsole))
     {
         return false;
     }
@@ -82,7 +82,7 @@ bool KMotionInput::OpenSkeletonOf(const KInputFile& pMotion, const KMotionOption
 bool KMotionInput::Open(const std::vector<std::string>& pPaths, const KMotionOptions& pOptions, bool pMotionNeeded, KConsole& pConsole)
 {
     KInputFile lFirst;
-    if (!lFirst.Open(pPaths[0], pConsole))
+    if (!lFirst.OpenAcclaim(pPaths[0], pConsole))
     {
         return false;
     }
@@ -102,7 +102,7 @@ bool KMotionInput::Open(const std::vector<std::string>& pPaths, const KMotionOpt
         return true;
     }
     KInputFile lSecond;
-    if (!lSecond.Open(pPaths[1], pConsole))
+    if (!lSecond.OpenAcclaim(pPaths[1], pConsole))
     {
         return false;
     }

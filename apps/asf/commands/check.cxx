@@ -91,7 +91,7 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
     for (const std::string& lPath : pOptions.mFiles)
     {
         KInputFile lFile;
-        if (!lFile.Open(lPath, pConsole))
+        if (!lFile.OpenAcclaim(lPath, pConsole))
         {
             ++lTotals.mErrors;
         }

@@ -72,7 +72,7 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
     for (const std::string& lPath : pOptions.mFiles)
     {
         KInputFile lFile;
-        if (pConsole.IsOutGone() || !lFile.Open(lPath, pConsole))
+        if (pConsole.IsOutGone() || !lFile.OpenAcclaim(lPath, pConsole))
         {
             continue;
         }

@@ -62,7 +62,9 @@ TEST_P(KInputTest, OneClearLine)
 }
 
 INSTANTIATE_TEST_SUITE_P(Inputs, KInputTest,
-                         testing::Values(KInputCase{"missing", "none.asf", nullptr, 0, 3, "cannot be read: No such file or directory"},
+                         testing::Values(KInputCase{"another format", "walk.bvh", "HIERARCHY\nROOT Hips\n{\n", 22, 1,
+                                                    "is a BVH file, where an ASF or AMC file is expected"},
+                                         KInputCase{"missing", "none.asf", nullptr, 0, 3, "cannot be read: No such file or directory"},
                                          KInputCase{"a folder", "folder.asf", nullptr, 0, 3, "cannot be read: Is a directory"},
                                          KInputCase{"empty", "empty.asf", "", 0, 1, "is empty"},
                                          KInputCase{"blank", "blank.asf", " \n\n\t\r\n", 6, 1, "is empty"},
