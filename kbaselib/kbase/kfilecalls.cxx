@@ -1,5 +1,8 @@
 #include <kbaselib/kbase/kfilecalls.h>
 
+#include <exception>
+#include <system_error>
+
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -52,6 +55,19 @@ KFileCalls& KFileCallsInUse()
 void KFileCallsReset()
 {
     sCalls = kSystemCalls;
+}
+
+std::string KFileErrorText(int pError) noexcept
+{
+    try
+    {
+        // The standard category asks the system in a way that threads may share.
+        return pError == 0 ? std::string() : std::generic_category().message(pError);
+    }
+    catch (const std::exception&)
+    {
+        return std::string();
+    }
 }
 
 } // namespace qexsdk

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <string>
 
 namespace qexsdk
 {
@@ -36,6 +37,9 @@ QEX_API KFileCalls& KFileCallsInUse();
 
 /// Puts the system's own calls back.
 QEX_API void KFileCallsReset();
+
+/// The system's text for \p pError, an errno; "" for 0, and when memory has run out. May be called on any thread.
+QEX_API std::string KFileErrorText(int pError) noexcept;
 
 } // namespace qexsdk
 

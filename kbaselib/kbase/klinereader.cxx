@@ -302,7 +302,7 @@ bool KLineReader::Fail(EStatus pStatus, int pError)
 
 std::string KLineReader::GetReason() const
 {
-    return mError == 0 ? std::string() : std::string(std::strerror(mError));
+    return KFileErrorText(mError);
 }
 
 } // namespace qexsdk

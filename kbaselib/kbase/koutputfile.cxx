@@ -368,7 +368,7 @@ bool KOutputFile::IsBrokenPipe() const
 
 std::string KOutputFile::GetReason() const
 {
-    return mError == 0 ? std::string() : std::string(std::strerror(mError));
+    return KFileErrorText(mError);
 }
 
 void KOutputFile::RemovePending()

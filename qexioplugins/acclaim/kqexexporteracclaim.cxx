@@ -23,10 +23,24 @@ void AddMessage(KQexExportAcclaimResult& pResult, const std::string& pPath, KQex
     pResult.mMessages.push_back(KQexImportMessage{pPath, KQexTextMessage{pSeverity, 0, pText}});
 }
 
-bool Fail(KQexExportAcclaimResult& pResult, const std::string& pPath, const char* pText)
+/// Adds an error. Without memory for it the export fails all the same.
+bool Fail(KQexExportAcclaimResult& pResult, const std::string& pPath, const char* pText) noexcept
 {
-    AddMessage(pResult, pPath, KQexTextMessage::eERROR, pText);
+    try
+    {
+        AddMessage(pResult, pPath, KQexTextMessage::eERROR, pText);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
     return false;
+}
+
+/// The same for what an output says of itself.
+bool FailOutput(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput)
+{
+    return Fail(pResult, pOutput.GetPath(), ("Can't write: " + pOutput.GetReason()).c_str());
 }
 
 void TakeMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, const std::string& pPath)
@@ -185,7 +199,7 @@ bool KExport::WriteSkeleton()
     {
         return true;
     }
-    return Fail(mResult, mAsfPath, ("Can't write: " + mAsf.GetReason()).c_str());
+    return FailOutput(mResult, mAsf);
 }
 
 /// Opens and writes a motion, to \p pPath or into \p pBuffer when there is one; a file then only waits for its name.
@@ -199,7 +213,7 @@ bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::st
     {
         if (pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
         {
-            Fail(pResult, pPath, ("Can't write: " + pAmc.GetOutput().GetReason()).c_str());
+            FailOutput(pResult, pAmc.GetOutput());
         }
         pAmc.Discard();
         return false;
@@ -248,11 +262,11 @@ bool KExport::Finish()
 {
     if (!mAsf.Commit())
     {
-        return Fail(mResult, mAsfPath, ("Can't write: " + mAsf.GetReason()).c_str());
+        return FailOutput(mResult, mAsf);
     }
     if (!mAmcPath.empty() && !mAmc.Close())
     {
-        return Fail(mResult, mAmcPath, ("Can't write: " + mAmc.GetOutput().GetReason()).c_str());
+        return FailOutput(mResult, mAmc.GetOutput());
     }
     return true;
 }
@@ -358,7 +372,7 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
     {
         return false;
     }
-    return lAmc.Close() || Fail(pResult, pAmcPath, ("Can't write: " + lAmc.GetOutput().GetReason()).c_str());
+    return lAmc.Close() || FailOutput(pResult, lAmc.GetOutput());
 }
 
 } // namespace
@@ -369,20 +383,22 @@ namespace
 /// Checks what every export of a tree needs, runs it and turns a lack of memory into a message.
 template <typename TRun>
 bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
-             const TRun& pRun)
+             const TRun& pRun) noexcept
 {
-    pResult = KQexExportAcclaimResult();
-    if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
-    {
-        return Fail(pResult, pPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
-    }
+    std::string lPath;
     try
     {
+        pResult = KQexExportAcclaimResult();
+        lPath = pPath;
+        if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
+        {
+            return Fail(pResult, lPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
+        }
         pResult.mOk = pRun();
     }
     catch (const std::bad_alloc&)
     {
-        Fail(pResult, pPath, "Out of memory");
+        pResult.mOk = Fail(pResult, lPath, "Out of memory");
     }
     return pResult.mOk;
 }
@@ -410,20 +426,8 @@ bool KQexExporterAcclaim::ExportSkeleton(KQexNode* pRoot, std::string& pAsf, con
 bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,
                                        const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
-    pResult = KQexExportAcclaimResult();
-    if (pRoot == nullptr || pSkeleton == nullptr || pSkeleton->mRoot == nullptr)
-    {
-        return Fail(pResult, pAmcPath, "Nothing to export");
-    }
-    try
-    {
-        pResult.mOk = RunMotionExport(pRoot, pSkeleton, pAmcPath, pOptions, pResult);
-    }
-    catch (const std::bad_alloc&)
-    {
-        Fail(pResult, pAmcPath, "Out of memory");
-    }
-    return pResult.mOk;
+    KQexNode* lRoot = pSkeleton != nullptr && pSkeleton->mRoot != nullptr ? pRoot : nullptr;
+    return Guarded(lRoot, pAmcPath, pOptions, pResult, [&] { return RunMotionExport(lRoot, pSkeleton, pAmcPath, pOptions, pResult); });
 }
 
 KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton)
