@@ -1,7 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
 
-#include <qexioplugins/acclaim/kqexasfrotation.h>
+#include <qexioplugins/acclaim/kqexasflocals.h>
 
 /// \file
 /// One frame of a bone: from the values of its DOFs to the local translation and rotation of its host node.

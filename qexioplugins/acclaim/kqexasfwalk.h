@@ -26,11 +26,18 @@ public:
     enum EDirection
     {
         eFIRST_TO_LAST, ///< Children in index order.
-        eLAST_TO_FIRST  ///< Children from the last index down.
+        eLAST_TO_FIRST, ///< Children from the last index down.
+        eALTERNATING    ///< The top's children in index order, their children from the last index down, and so on.
     };
 
     explicit KQexAsfWalk(HKQexAsfNode pTop, EDirection pDirection = eFIRST_TO_LAST)
-        : mTop(pTop), mNode(nullptr), mUp(nullptr), mUpIndex(0), mStep(pDirection == eFIRST_TO_LAST ? 1 : -1), mEntering(false)
+        : mTop(pTop),
+          mNode(nullptr),
+          mUp(nullptr),
+          mUpIndex(0),
+          mStep(pDirection == eFIRST_TO_LAST ? 1 : -1),
+          mTurn(pDirection == eALTERNATING ? -1 : 1),
+          mEntering(false)
     {
     }
 
@@ -49,6 +56,15 @@ public:
     /// Whether the bone that Next() gave is being entered; else it is being left.
     bool IsEntering() const { return mEntering; }
 
+    /// Whether the children of the bone that Next() gave are visited in index order.
+    bool IsForward() const { return mStep * (mEntering ? 1 : mTurn) > 0; }
+
+    /// The bone that the walk came from to the one that Next() gave; null at the top.
+    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : mNode == mTop ? nullptr : mNode->mWalkParent; }
+
+    /// At the leaving of a bone that is released: makes its entry among its parent's children null. Not for the top.
+    void ClearEntry() { mUp->mChildBuf.SetAt(mUpIndex, nullptr); }
+
     /// At the entering of a bone: goes on behind it. Its children do not come up, and neither does its leaving.
     void SkipChildren() { Leave(mNode); }
 
@@ -56,6 +72,7 @@ private:
     HKQexAsfNode Enter(HKQexAsfNode pNode)
     {
         mEntering = true;
+        mStep *= mTurn;
         return mNode = pNode;
     }
 
@@ -63,6 +80,7 @@ private:
     {
         // The way up is taken out of the bone now: after this the caller may release it.
         mEntering = false;
+        mStep *= mTurn;
         mUp = pNode == mTop ? nullptr : pNode->mWalkParent;
         mUpIndex = pNode->mWalkIndex;
         return mNode = pNode;
@@ -88,7 +106,8 @@ private:
     HKQexAsfNode mNode;
     HKQexAsfNode mUp;
     int          mUpIndex;
-    int          mStep;
+    int          mStep; ///< Direction among the children of the bone entered, or of the parent of the bone left.
+    int          mTurn; ///< Factor of mStep at every step down or up.
     bool         mEntering;
 };
 

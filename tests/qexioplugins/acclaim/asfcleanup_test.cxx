@@ -173,6 +173,111 @@ TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
 
 INSTANTIATE_TEST_SUITE_P(Trees, KDummyPropertyTest, testing::Range(1U, 41U));
 
+// Dummy removal as it is defined: one fold after another, from the lowest dummy up.
+void FoldOneByOne(KQexAsfNode* pNode, bool pOffset, bool pPreRotation)
+{
+    for (int lIter = pNode->mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
+    {
+        KQexAsfNode* lDummy = pNode->GetChild(lIter);
+        FoldOneByOne(lDummy, pOffset, pPreRotation);
+        if (lDummy->mOrderCount != 0)
+            continue;
+        for (int lChild = lDummy->mChildBuf.GetCount() - 1; lChild >= 0; lChild--)
+        {
+            KQexAsfNode* lMoved = lDummy->GetChild(lChild);
+            KgeSet(lMoved->mParentAxisRM, lDummy->mParentAxisRM);
+            KgeSet(lMoved->mParentAxisRMInv, lDummy->mParentAxisRMInv);
+            KgeAdd(lMoved->mParentPositionV, lDummy->mParentPositionV, lMoved->mParentPositionV);
+            pNode->AddChild(lMoved);
+            if (!pOffset)
+                KgeMult(lMoved->mLT, lMoved->mParentAxisRMInv, lMoved->mParentPositionV);
+            if (pPreRotation)
+                continue;
+            KgeRMatrix lRM;
+            KgeMult(lRM, lMoved->mParentAxisRMInv, lMoved->mAxisRM);
+            const int  lOrder = EulerOrderFromOrderBuf(lMoved->mOrderBuf, lMoved->mOrderCount);
+            KgeRVector lTmp;
+            KgeSet(lTmp, lRM, lOrder);
+            for (int lAxis = 0; lAxis < 3; lAxis++)
+                lMoved->mLR.mData[KmEulerAxis[lOrder][lAxis]] = lTmp.mData[lAxis];
+        }
+        lDummy->mChildBuf.Clear();
+        QexSdkDelete(lDummy);
+        pNode->mChildBuf.RemoveAt(lIter);
+    }
+}
+
+// Every bone in pre-order with what clean-up may change.
+std::string Fingerprint(KQexAsfNode* pBone, int pDepth = 0)
+{
+    std::string lText = std::to_string(pDepth) + " " + pBone->mName + " " + std::to_string(pBone->mChildBuf.GetBlockCount());
+    char        lNumber[64];
+    for (const double* lVector : {pBone->mParentPositionV.mData, pBone->mLT.mData, pBone->mLR.mData})
+        for (int lIter = 0; lIter < 3; lIter++)
+        {
+            std::snprintf(lNumber, sizeof(lNumber), " %a", lVector[lIter]);
+            lText += lNumber;
+        }
+    for (int lIter = 0; lIter < 3; lIter++)
+    {
+        std::snprintf(lNumber, sizeof(lNumber), " %a %a", pBone->mParentAxisRM.mData[lIter][0], pBone->mParentAxisRMInv.mData[0][lIter]);
+        lText += lNumber;
+    }
+    lText += "\n";
+    for (int lIter = 0; pBone->GetChild(lIter); lIter++)
+        lText += Fingerprint(pBone->GetChild(lIter), pDepth + 1);
+    return lText;
+}
+
+TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
+{
+    for (unsigned int lSeed = 1; lSeed <= 400; lSeed++)
+    {
+        const EShape kShapes[] = {eRANDOM, eCHAIN, eCOMB, eFAN};
+        const bool   lOffset = lSeed % 2 == 0;
+        const bool   lPreRotation = lSeed % 3 == 0;
+        KQexAsfNode* lTrees[2];
+        for (int lWhich = 0; lWhich < 2; lWhich++)
+        {
+            const std::vector<KQexAsfNode*> lBones = RandomBones(kShapes[lSeed / 2 % 4], 10 + static_cast<int>(lSeed % 50), lSeed, true);
+            std::mt19937                    lRandom(lSeed); // dummies upon dummies
+            for (size_t lIter = 1; lIter < lBones.size(); lIter++)
+                if (lRandom() % 2 == 0)
+                    lBones[lIter]->mOrderCount = 0;
+            lTrees[lWhich] = lBones[0];
+            lTrees[lWhich]->SetupPosition(lOffset, lPreRotation);
+        }
+        lTrees[0]->RemoveDummy(lOffset, lPreRotation);
+        FoldOneByOne(lTrees[1], lOffset, lPreRotation);
+        EXPECT_EQ(Fingerprint(lTrees[0]), Fingerprint(lTrees[1])) << "seed " << lSeed;
+        for (KQexAsfNode* lTree : lTrees)
+            QexSdkDelete(lTree);
+    }
+}
+
+// Each of 100,000 bones hangs on a dummy of its own in a run of dummies: moving each of them at every fold would take minutes.
+TEST(KDummyFoldTest, ALongRunOfDummiesMovesEachBoneOnce)
+{
+    const std::vector<KQexAsfNode*> lBones = RandomBones(eCOMB, 100001, 5, false);
+    for (size_t lIter = 2; lIter < lBones.size(); lIter += 2)
+        lBones[lIter]->mOrderCount = 0;
+    for (KQexAsfNode* lBone : lBones)
+    {
+        lBone->mOrderCount = lBone->mOrderCount > 0 ? 1 : 0;
+        SetAxis(lBone, KgeRVector());
+        lBone->mDirectionV = KgeTVector(1.0, 0.0, 0.0);
+        lBone->mLength = 1.0;
+    }
+    KQexAsfNode* lRoot = lBones[0];
+    lRoot->mPositionV = KgeTVector();
+    lRoot->SetupPosition(false, false);
+    lRoot->RemoveDummy(false, false);
+    EXPECT_EQ(lRoot->mChildBuf.GetCount(), 50000);
+    EXPECT_EQ(lRoot->Find("b99999")->mLT.mData[0], 49999.0);
+    EXPECT_EQ(lRoot->Find("b1")->mLT.mData[0], 0.0);
+    QexSdkDelete(lRoot);
+}
+
 class KEndSiteTest : public testing::Test
 {
 protected:

@@ -1,0 +1,237 @@
+#include <qexioplugins/acclaim/kqexasflocals.h>
+#include <qexioplugins/acclaim/kqexasfwalk.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+// Bones taken out of their parent's children, in the order in which they were taken: last index first.
+// The chain runs through mParent, which means nothing any more in a bone that is about to be released.
+class KTakenBones
+{
+public:
+    KTakenBones() : mFirst(nullptr), mLast(nullptr) {}
+
+    void Append(HKQexAsfNode pNode)
+    {
+        pNode->mParent = nullptr;
+        (mLast ? mLast->mParent : mFirst) = pNode;
+        mLast = pNode;
+    }
+
+    HKQexAsfNode TakeFirst()
+    {
+        HKQexAsfNode lNode = mFirst;
+        if (!lNode)
+            return nullptr;
+        mFirst = lNode->mParent;
+        if (!mFirst)
+            mLast = nullptr;
+        return lNode;
+    }
+
+private:
+    HKQexAsfNode mFirst;
+    HKQexAsfNode mLast;
+};
+
+// Closes the gaps that were left as null entries, in one pass: taking each entry out by itself would move the tail every time.
+void CloseGaps(KArrayTemplate<KQexAsfNode*>& pChildBuf)
+{
+    pChildBuf.RemoveIf([](const KQexAsfNode* pChild) { return pChild == nullptr; });
+}
+
+struct KFrameFlags
+{
+    bool mSetRotatePivotOffet;
+    bool mSetPreRotation;
+};
+
+bool IsDummy(const KQexAsfNode& pNode)
+{
+    return pNode.mOrderCount == 0;
+}
+
+// Folds a dummy, with all dummies that hang on it without a bone in between, into the bone above it.
+//
+// Folded one by one from the lowest up, each dummy's children would move once for each dummy above them, which costs the square of
+// their number where dummies hang on dummies. What comes out of that is known beforehand: a moved bone ends in the frame of the
+// bone above the topmost dummy, with the offsets of all dummies in between added to its own, and every fold puts a dummy's children
+// behind the others and turns their order round. So every bone is moved once, to where it would end.
+class KDummyFold
+{
+public:
+    KDummyFold(KQexAsfNode& pNode, KQexAsfNode& pDummy, const KFrameFlags& pFlags) : mNode(pNode), mDummy(pDummy), mFlags(pFlags), mDepth(0)
+    {
+    }
+
+    // Moves the bones and releases the dummies. There must be room for the bones.
+    void Fold()
+    {
+        KQexAsfWalk lWalk(&mDummy, KQexAsfWalk::eALTERNATING);
+        while (HKQexAsfNode lBone = lWalk.Next())
+        {
+            if (!IsDummy(*lBone))
+                lWalk.SkipChildren();
+            else if (lWalk.IsEntering())
+                Enter(*lBone, lWalk);
+            else
+                Leave(*lBone, lWalk);
+        }
+    }
+
+private:
+    // Below the topmost dummy a list is turned round once for each dummy above it; where it is not, its bones come before what the
+    // dummies in it hold, else behind.
+    void Enter(KQexAsfNode& pDummy, const KQexAsfWalk& pWalk)
+    {
+        const KQexAsfNode* lAbove = pWalk.GetAbove();
+        if (mDepth < kExactDepth)
+            KgeSet(mOffsets[mDepth], pDummy.mParentPositionV);
+        mDepth++;
+        // The sum from the topmost dummy on, in a field that no one reads again.
+        if (lAbove)
+            KgeAdd(pDummy.mLT, lAbove->mLT, pDummy.mParentPositionV);
+        else
+            KgeSet(pDummy.mLT, pDummy.mParentPositionV);
+        if (!pWalk.IsForward())
+            for (int lIter = 0; lIter < pDummy.mChildBuf.GetCount(); lIter++)
+                Move(pDummy, pDummy.mChildBuf[lIter]);
+    }
+
+    void Leave(KQexAsfNode& pDummy, KQexAsfWalk& pWalk)
+    {
+        if (pWalk.IsForward())
+            for (int lIter = pDummy.mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
+                Move(pDummy, pDummy.mChildBuf[lIter]);
+        mDepth--;
+        if (pWalk.GetAbove())
+            pWalk.ClearEntry();
+        pDummy.mChildBuf.Clear();
+        if (&pDummy != &mDummy)
+            QexSdkDelete(&pDummy);
+    }
+
+    void Move(const KQexAsfNode& pDummy, HKQexAsfNode pBone)
+    {
+        if (!pBone || IsDummy(*pBone))
+            return;
+        KgeSet(pBone->mParentAxisRM, mDummy.mParentAxisRM);
+        KgeSet(pBone->mParentAxisRMInv, mDummy.mParentAxisRMInv);
+        AddOffsets(pDummy, *pBone);
+        mNode.AddChild(pBone);
+        SetLocals(*pBone, mFlags.mSetRotatePivotOffet, mFlags.mSetPreRotation);
+    }
+
+    // Added from the lowest dummy up, as folding one by one would, so that the sum has the same bits; from far down the sum of all
+    // dummies above is added at once, or the additions would be the square again.
+    void AddOffsets(const KQexAsfNode& pDummy, KQexAsfNode& pBone) const
+    {
+        if (mDepth > kExactDepth)
+            KgeAdd(pBone.mParentPositionV, pDummy.mLT, pBone.mParentPositionV);
+        else
+            for (int lDepth = mDepth - 1; lDepth >= 0; lDepth--)
+                KgeAdd(pBone.mParentPositionV, mOffsets[lDepth], pBone.mParentPositionV);
+    }
+
+    static constexpr int kExactDepth = 32;
+
+    KQexAsfNode& mNode;
+    KQexAsfNode& mDummy;
+    KFrameFlags  mFlags;
+    int          mDepth;                ///< Dummies from the topmost one to the one entered.
+    KgeTVector   mOffsets[kExactDepth]; ///< Their offsets, the topmost one's first.
+};
+
+// How many bones folding the dummy would move.
+int CountBelowDummies(KQexAsfNode& pDummy)
+{
+    int         lCount = 0;
+    KQexAsfWalk lWalk(&pDummy);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (IsDummy(*lBone) || !lWalk.IsEntering())
+            continue;
+        lCount++;
+        lWalk.SkipChildren();
+    }
+    return lCount;
+}
+
+// Takes the dummies out of the children, as far as there is room for the bones that they hold.
+void TakeDummies(KQexAsfNode& pNode, KTakenBones& pTaken)
+{
+    // The count as it would be if each dummy went by itself: its bones come before it goes.
+    int lCount = pNode.mChildBuf.GetCount();
+    for (int lIter = lCount - 1; lIter >= 0; lIter--)
+    {
+        HKQexAsfNode lChild = pNode.mChildBuf[lIter];
+        if (!lChild || !IsDummy(*lChild))
+            continue;
+        const int lMoved = CountBelowDummies(*lChild);
+        if (!pNode.mChildBuf.Reserve(lCount + lMoved))
+            continue;
+        lCount += lMoved - 1;
+        pNode.mChildBuf.SetAt(lIter, nullptr);
+        pTaken.Append(lChild);
+    }
+    CloseGaps(pNode.mChildBuf);
+}
+
+void FoldDummies(KQexAsfNode& pNode, const KFrameFlags& pFlags)
+{
+    KTakenBones lTaken;
+    TakeDummies(pNode, lTaken);
+    while (HKQexAsfNode lDummy = lTaken.TakeFirst())
+    {
+        KDummyFold(pNode, *lDummy, pFlags).Fold();
+        QexSdkDelete(lDummy);
+    }
+}
+
+bool IsEndSite(const KQexAsfNode& pNode)
+{
+    // The length is compared exactly: a bone that has any length is kept.
+    return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode && pNode.mLTNode->IsAnimated(true)) &&
+           !(pNode.mLRNode && pNode.mLRNode->IsAnimated(true));
+}
+
+void RemoveEndSiteChildren(KQexAsfNode& pNode)
+{
+    KTakenBones lTaken;
+    for (int lIter = pNode.mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
+    {
+        HKQexAsfNode lChild = pNode.mChildBuf[lIter];
+        if (!lChild || !IsEndSite(*lChild))
+            continue;
+        pNode.mChildBuf.SetAt(lIter, nullptr);
+        lTaken.Append(lChild);
+    }
+    CloseGaps(pNode.mChildBuf);
+    while (HKQexAsfNode lEndSite = lTaken.TakeFirst())
+        QexSdkDelete(lEndSite);
+}
+
+} // namespace
+
+void KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    KQexAsfWalk lWalk(this);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            FoldDummies(*lNode, {pSetRotatePivotOffet, pSetPreRotation});
+}
+
+void KQexAsfNode::RemoveEndSite()
+{
+    // The children are judged before the walk goes into them, deliberately: a bone that becomes a leaf in this call is kept, so
+    // that one call takes off one level.
+    KQexAsfWalk lWalk(this, KQexAsfWalk::eLAST_TO_FIRST);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            RemoveEndSiteChildren(*lNode);
+}
+
+} // namespace qexsdk

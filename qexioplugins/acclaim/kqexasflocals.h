@@ -1,0 +1,48 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFLOCALS_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXASFLOCALS_H
+
+#include <kbaselib/kmath/keulerorder.h>
+#include <qexioplugins/acclaim/kqexasfnode.h>
+
+namespace qexsdk
+{
+
+/// Angles of \p pRM about x, y and z, in degrees, for the rotation order that the bone's DOF list implies. The decomposition
+/// gives them in the order of application; they are put in the slots of their axes here, whatever the order.
+inline void SetAxisAngles(KgeRVector& pAngles, const KgeRMatrix& pRM, const KQexAsfNode& pNode)
+{
+    const int  lRotOrder = EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount);
+    KgeRVector lApplied;
+    KgeSet(lApplied, pRM, lRotOrder);
+    const int* lAxis = KmEulerAxis[lRotOrder];
+    pAngles.mData[lAxis[0]] = lApplied.mData[0];
+    pAngles.mData[lAxis[1]] = lApplied.mData[1];
+    pAngles.mData[lAxis[2]] = lApplied.mData[2];
+}
+
+/// The parent bone's end, in the parent's axis frame: where the child's host node sits.
+inline void SetLocalTranslation(KQexAsfNode& pNode)
+{
+    KgeMult(pNode.mLT, pNode.mParentAxisRMInv, pNode.mParentPositionV);
+}
+
+/// The bone's axis relative to its parent's axis.
+inline void SetLocalRotation(KQexAsfNode& pNode)
+{
+    KgeRMatrix lRM;
+    KgeMult(lRM, pNode.mParentAxisRMInv, pNode.mAxisRM);
+    SetAxisAngles(pNode.mLR, lRM, pNode);
+}
+
+/// Both, as far as the frame flags leave them to the host node's locals.
+inline void SetLocals(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    if (!pSetRotatePivotOffet)
+        SetLocalTranslation(pNode);
+    if (!pSetPreRotation)
+        SetLocalRotation(pNode);
+}
+
+} // namespace qexsdk
+
+#endif
