@@ -120,19 +120,19 @@ INSTANTIATE_TEST_SUITE_P(Documentation, AsfReadMessagesTest,
                                                       "W2 Ignoring unknown keyword (:note)\n"},
                                          KMessageCase{"end of the file", kRoot + kHierarchy + kDocumentation, false, ""}));
 
-INSTANTIATE_TEST_SUITE_P(Skin, AsfReadMessagesTest,
-                         testing::Values(KMessageCase{"three names", kRest + ":skin\na\nb\nc\n", true, ""},
-                                         KMessageCase{"no names", kRest + ":skin\n", true, ""},
-                                         KMessageCase{"name behind the keyword", kRest + ":skin a\nb\n", true, ""},
-                                         KMessageCase{"more lines", ":skin\na\nb\nc\nd\ne\n" + kRest, true, ""},
-                                         KMessageCase{"two names on a line", kRest + ":skin a b\nc\n", true, ""},
-                                         KMessageCase{"no names before a section", ":skin\n" + kRest, true, ""},
-                                         // With a name behind the keyword the next two lines are names, whatever stands there.
-                                         KMessageCase{"a name that is a section", kRest + ":skin a\n:foo\nb\n", true, ""},
-                                         KMessageCase{"a root that is the third name", ":skin a\nb\n" + kRest, false, "E8 Bone data before :root\n"},
-                    KMessageCase{"a root that is a name", ":skin a\n:root\nb\n" + kHierarchy, false,
-                                                      "E4 Hierarchy before :root\n"},
-                                         KMessageCase{"long name", kRest + ":skin " + std::string(5000, 's') + "\n", true, ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Skin, AsfReadMessagesTest,
+    testing::Values(KMessageCase{"three names", kRest + ":skin\na\nb\nc\n", true, ""},
+                    KMessageCase{"no names", kRest + ":skin\n", true, ""},
+                    KMessageCase{"name behind the keyword", kRest + ":skin a\nb\n", true, ""},
+                    KMessageCase{"more lines", ":skin\na\nb\nc\nd\ne\n" + kRest, true, ""},
+                    KMessageCase{"two names on a line", kRest + ":skin a b\nc\n", true, ""},
+                    KMessageCase{"no names before a section", ":skin\n" + kRest, true, ""},
+                    // With a name behind the keyword the next two lines are names, whatever stands there.
+                    KMessageCase{"a name that is a section", kRest + ":skin a\n:foo\nb\n", true, ""},
+                    KMessageCase{"a root that is the third name", ":skin a\nb\n" + kRest, false, "E8 Bone data before :root\n"},
+                    KMessageCase{"a root that is a name", ":skin a\n:root\nb\n" + kHierarchy, false, "E4 Hierarchy before :root\n"},
+                    KMessageCase{"long name", kRest + ":skin " + std::string(5000, 's') + "\n", true, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
     Root, AsfReadMessagesTest,
