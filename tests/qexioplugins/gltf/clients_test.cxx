@@ -1,0 +1,200 @@
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <qexioplugins/gltf/kqexfilegltf.h>
+#include <qexioplugins/motion/kqexfilebvh.h>
+
+#include <tests/qexioplugins/gltf/assimpscene.h>
+#include <tests/support/corpus.h>
+#include <tests/support/randomscene.h>
+#include <tests/support/runprogram.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+// Real motions, written as BVH and glTF and read by other programs: their joints have to be where the motion's own data say.
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr double kTicksPerSecond = 705600000.0;
+constexpr double kClosest = 1e-3; ///< Of the figure's height.
+
+/// A real motion in a scene, and in files of both formats.
+class KConverted
+{
+public:
+    KConverted(const KCorpusPair& pPair, const KTempDir& pFolder)
+        : mPair(pPair), mBvh(pFolder / (pPair.mName + ".bvh")), mGlb(pFolder / (pPair.mName + ".glb")), mScene(MakeScene())
+    {
+        KQexImportAcclaimOptions lOptions;
+        lOptions.mKeepAsfScene = true;
+        EXPECT_TRUE(KQexImporterAcclaim::Import(mScene.get(), pPair.mAsf.c_str(), pPair.mAmc.c_str(), lOptions, mImported));
+        mWorld = ReadWorld(pPair.mOracle, 2.54 / mImported.mAsfScene->mLengthUnit);
+        mTake.mStack = mScene->FindAnimStack(mImported.mTakes[0].mName.c_str());
+        EXPECT_TRUE(MakeSampling({mImported.mRootNode}, mTake.mStack, KQexSamplingRequest(), mTake.mSampling));
+        WriteBvh();
+        WriteGlb();
+        mImported.mAsfScene.reset();
+    }
+
+    /// Frame of the written files, from 0.
+    long long FrameOf(const KWorldFrame& pFrame) const { return pFrame.mNumber - mImported.mTakes[0].mInfo.mFirstFrame; }
+
+    double SecondsOf(const KWorldFrame& pFrame) const
+    {
+        return static_cast<double>(FrameOf(pFrame) * mTake.mSampling.mStep.Get()) / kTicksPerSecond;
+    }
+
+    KCorpusPair              mPair;
+    fs::path                 mBvh;
+    fs::path                 mGlb;
+    std::vector<KWorldFrame> mWorld; ///< Centimetres.
+
+private:
+    void WriteBvh()
+    {
+        KQexBvhWriteOptions lOptions;
+        KQexFileBvh         lFile;
+        lOptions.mStack = mTake.mStack;
+        lOptions.mSampling = mTake.mSampling;
+        EXPECT_TRUE(lFile.OpenWrite(mBvh.c_str()) && lFile.Write({mImported.mRootNode}, lOptions) && lFile.Close());
+    }
+
+    void WriteGlb()
+    {
+        KQexGltfWriteOptions lOptions;
+        KQexFileGltf         lFile;
+        lOptions.mTakes.push_back(mTake);
+        EXPECT_TRUE(lFile.Write(mGlb.string(), {mImported.mRootNode}, lOptions));
+    }
+
+    KScenePtr               mScene;
+    KQexImportAcclaimResult mImported;
+    KQexGltfTake            mTake;
+};
+
+/// The largest distance of a bone's start from where it should be, in heights of the figure. Every bone has to be there.
+double LargestDistance(const KWorldFrame& pFrame, const KPlaces& pPlaces, double pFactor)
+{
+    double lLargest = 0.0;
+    for (const auto& [lName, lStart] : pFrame.mStarts)
+    {
+        const auto lFound = pPlaces.find(lName);
+        if (lFound == pPlaces.end())
+        {
+            ADD_FAILURE() << lName << " is missing";
+            continue;
+        }
+        const KPoint lPlace{lFound->second.mX * pFactor, lFound->second.mY * pFactor, lFound->second.mZ * pFactor};
+        const double lDistance = Distance(lPlace, lStart) / pFrame.mHeight;
+        EXPECT_LT(lDistance, kClosest) << lName << " in frame " << pFrame.mNumber;
+        lLargest = std::max(lLargest, lDistance);
+    }
+    return lLargest;
+}
+
+void Tell(const std::string& pWhat, double pDistance)
+{
+    std::ostringstream lText;
+    lText << pDistance;
+    testing::Test::RecordProperty(pWhat + "_largest_distance_by_height", lText.str());
+    std::cout << pWhat << ": largest distance over height " << lText.str() << '\n';
+}
+
+TEST(Clients, AssimpFindsEveryBoneWhereTheDataSays)
+{
+    QEX_SKIP_WITHOUT_CORPUS();
+    QEX_SKIP_WITHOUT_ORACLE();
+    const KTempDir lFolder;
+    const auto     lPairs = CorpusPairs();
+    ASSERT_FALSE(lPairs.empty());
+    for (const KCorpusPair& lPair : lPairs)
+    {
+        SCOPED_TRACE(lPair.mName);
+        const KConverted   lFiles(lPair, lFolder);
+        const KAssimpScene lBvh(lFiles.mBvh);
+        const KAssimpScene lGlb(lFiles.mGlb);
+        double             lBvhLargest = 0.0;
+        double             lGlbLargest = 0.0;
+        for (const KWorldFrame& lFrame : lFiles.mWorld)
+        {
+            const double lSeconds = lFiles.SecondsOf(lFrame);
+            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, lBvh.PlacesAt(0, lSeconds), 1.0));
+            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, lGlb.PlacesAt(0, lSeconds), 100.0));
+        }
+        Tell(lPair.mName + "_assimp_bvh", lBvhLargest);
+        Tell(lPair.mName + "_assimp_glb", lGlbLargest);
+    }
+}
+
+KPlaces PlacesOf(const nlohmann::json& pBones)
+{
+    KPlaces lPlaces;
+    for (const auto& [lName, lHead] : pBones.items())
+    {
+        lPlaces[lName] = {lHead[0].get<double>(), lHead[1].get<double>(), lHead[2].get<double>()};
+    }
+    return lPlaces;
+}
+
+nlohmann::json JobOf(const KConverted& pFiles, const fs::path& pFile)
+{
+    nlohmann::json lJob = {{"file", pFile.string()}, {"fps", 120}, {"frames", nlohmann::json::array()}};
+    for (const KWorldFrame& lFrame : pFiles.mWorld)
+    {
+        lJob["frames"].push_back(pFiles.FrameOf(lFrame));
+    }
+    return lJob;
+}
+
+TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
+{
+    QEX_SKIP_WITHOUT_CORPUS();
+    QEX_SKIP_WITHOUT_ORACLE();
+    if (RunProgram({"sh", "-c", "command -v blender"}).mExit != 0)
+    {
+        GTEST_SKIP() << "blender is not installed";
+    }
+    const KTempDir          lFolder;
+    std::vector<KConverted> lFiles;
+    nlohmann::json          lJobs = nlohmann::json::array();
+    for (const KCorpusPair& lPair : CorpusPairs())
+    {
+        lFiles.emplace_back(lPair, lFolder);
+        lJobs.push_back(JobOf(lFiles.back(), lFiles.back().mBvh));
+        lJobs.push_back(JobOf(lFiles.back(), lFiles.back().mGlb));
+    }
+    ASSERT_FALSE(lFiles.empty());
+    WriteFile(lFolder / "jobs.json", lJobs.dump());
+    const KRunResult lRun = RunProgram({"blender", "--background", "--factory-startup", "--python-exit-code", "1", "--python",
+                                        std::string(QEX_SOURCE_DIR) + "/tests/clients/blender_heads.py", "--",
+                                        (lFolder / "jobs.json").string(), (lFolder / "heads.json").string()});
+    ASSERT_EQ(lRun.mExit, 0) << lRun.mOut << lRun.mErr;
+    const nlohmann::json lHeads = nlohmann::json::parse(ReadFile(lFolder / "heads.json"));
+    ASSERT_EQ(lHeads.size(), lJobs.size());
+    for (size_t i = 0; i < lFiles.size(); ++i)
+    {
+        SCOPED_TRACE(lFiles[i].mPair.mName);
+        double lBvhLargest = 0.0;
+        double lGlbLargest = 0.0;
+        for (const KWorldFrame& lFrame : lFiles[i].mWorld)
+        {
+            const std::string lNumber = std::to_string(lFiles[i].FrameOf(lFrame));
+            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, PlacesOf(lHeads[2 * i][lNumber]), 1.0));
+            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, PlacesOf(lHeads[2 * i + 1][lNumber]), 100.0));
+        }
+        Tell(lFiles[i].mPair.mName + "_blender_bvh", lBvhLargest);
+        Tell(lFiles[i].mPair.mName + "_blender_glb", lGlbLargest);
+    }
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+#include <qexioplugins/gltf/kqexfilegltf.h>
+
+#include <tests/support/randomscene.h>
+#include <tests/support/runprogram.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+// Everything that the writer writes has to pass the Khronos validator without a warning.
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+const std::string kClients = std::string(QEX_SOURCE_DIR) + "/tests/clients/";
+const std::string kModules = std::string(QEX_SOURCE_DIR) + "/build/npm/node_modules";
+
+/// Writes a random scene in both formats; the files' paths are added to \p pFiles.
+void WriteScene(unsigned pSeed, const KTempDir& pFolder, std::vector<std::string>& pFiles)
+{
+    std::mt19937 lRandom(pSeed);
+    KRandomTree  lWhat;
+    lWhat.mNodes = 1 + static_cast<int>(pSeed * 11 % 60);
+    lWhat.mFrames = pSeed % 5 == 4 ? 1 : 30;
+    lWhat.mScaling = pSeed % 3 == 0;
+    const KScenePtr      lScene = MakeScene();
+    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lWhat);
+    KQexGltfWriteOptions lOptions;
+    KQexBoneDofs         lDofs;
+    lRoot->GetLimits().SetRotationLimitActive(true);
+    lRoot->GetLimits().mRotationLimits.SetLimitMinActive(true, false, true);
+    lDofs[lRoot->GetName()] = {{"rx", true, true, -10.0, 20.0}, {"rz", false, false, 0.0, 0.0}};
+    lOptions.mBoneDofs = &lDofs;
+    lOptions.mBoneMesh = pSeed % 2 == 0;
+    AnimateProperty(lRandom, lRoot, lRoot->mLocalRotation, "another", 30.0, 17);
+    for (const char* lName : {"take", "another"})
+    {
+        KQexGltfTake lTake;
+        lTake.mStack = lScene->FindAnimStack(lName);
+        ASSERT_TRUE(MakeSampling({lRoot}, lTake.mStack, KQexSamplingRequest(), lTake.mSampling));
+        lOptions.mTakes.push_back(lTake);
+    }
+    for (const char* lEnd : {".glb", ".gltf"})
+    {
+        KQexFileGltf lFile;
+        pFiles.push_back((pFolder / ("scene " + std::to_string(pSeed) + lEnd)).string());
+        ASSERT_TRUE(lFile.Write(pFiles.back(), {lRoot}, lOptions));
+    }
+}
+
+TEST(Clients, TheKhronosValidatorFindsNothing)
+{
+    if (RunProgram({"sh", "-c", "command -v node"}).mExit != 0 || !std::filesystem::is_directory(kModules))
+    {
+        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not there: ./dev test puts it there";
+    }
+    const KTempDir           lFolder;
+    std::vector<std::string> lArguments = {"node", kClients + "validate.js"};
+    for (unsigned lSeed = 1; lSeed <= 20; ++lSeed)
+    {
+        WriteScene(lSeed, lFolder, lArguments);
+    }
+    KRunOptions lOptions;
+    lOptions.mEnvironment["NODE_PATH"] = kModules;
+    const KRunResult lRun = RunProgram(lArguments, lOptions);
+    EXPECT_EQ(lRun.mExit, 0) << lRun.mOut << lRun.mErr;
+    EXPECT_NE(lRun.mOut.find("40 files, 0 errors and warnings"), std::string::npos) << lRun.mOut;
+}
+
+// What passes says something only when what is broken does not.
+TEST(Clients, TheKhronosValidatorIsListenedTo)
+{
+    if (RunProgram({"sh", "-c", "command -v node"}).mExit != 0 || !std::filesystem::is_directory(kModules))
+    {
+        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not there: ./dev test puts it there";
+    }
+    const KTempDir lFolder;
+    WriteFile(lFolder / "bad.gltf", R"({"asset":{"version":"2.0"},"nodes":[{"children":[7]}]})");
+    KRunOptions lOptions;
+    lOptions.mEnvironment["NODE_PATH"] = kModules;
+    EXPECT_EQ(RunProgram({"node", kClients + "validate.js", (lFolder / "bad.gltf").string()}, lOptions).mExit, 1);
+}
+
+} // namespace
