@@ -55,30 +55,33 @@ bool KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent)
     const int lBone = mCount++;
     KBone&    lNew = mBones[lBone];
     lNew.mNode = pNode;
-    lNew.mHash = HashOf(pNode->mName);
     lNew.mParent = pParent;
     lNew.mUp = pParent == 0 ? lBone : pParent;
     lNew.mPlace = mNextPlace++;
     lNew.mSameName = lBone;
     lNew.mAnswerFor = 0;
     lNew.mHoldsTwin = false;
+    lNew.mStart = StartOf(pNode->mName);
     AddName(lBone);
     return true;
 }
 
 void KQexAsfNameIndex::AddName(int pBone)
 {
-    int* lSlot = SlotOf(mBones[pBone].mNode->mName, mBones[pBone].mHash);
-    if (*lSlot == kNone)
+    const char*    lName = mBones[pBone].mNode->mName;
+    const uint32_t lHash = HashOf(lName);
+    KSlot*         lSlot = SlotOf(lName, mBones[pBone].mStart, lHash);
+    if (lSlot->mBone == kNone)
     {
-        *lSlot = pBone;
+        *lSlot = {lHash, pBone};
         ++mNameCount;
         return;
     }
-    mBones[pBone].mSameName = mBones[*lSlot].mSameName;
-    mBones[*lSlot].mSameName = pBone;
+    KBone& lTwin = mBones[lSlot->mBone];
+    mBones[pBone].mSameName = lTwin.mSameName;
+    lTwin.mSameName = pBone;
     mBones[TopOf(pBone)].mHoldsTwin = true;
-    mBones[TopOf(*lSlot)].mHoldsTwin = true;
+    mBones[TopOf(lSlot->mBone)].mHoldsTwin = true;
     ++mState;
 }
 
@@ -101,19 +104,19 @@ bool KQexAsfNameIndex::GrowBones()
 bool KQexAsfNameIndex::GrowTable()
 {
     const size_t lSize = mTableSize == 0 ? 4 * kFirstRoom : mTableSize * 2;
-    int*         lTable = static_cast<int*>(QexSdkMalloc(lSize * sizeof(int)));
+    KSlot*       lTable = static_cast<KSlot*>(QexSdkMalloc(lSize * sizeof(KSlot)));
     if (lTable == nullptr)
         return false;
     for (size_t i = 0; i < lSize; ++i)
-        lTable[i] = kNone;
+        lTable[i] = {0, kNone};
     for (size_t i = 0; i < mTableSize; ++i)
     {
-        if (mTable[i] == kNone)
+        if (mTable[i].mBone == kNone)
             continue;
-        size_t lSlot = mBones[mTable[i]].mHash & (lSize - 1);
-        while (lTable[lSlot] != kNone)
-            lSlot = (lSlot + 1) & (lSize - 1);
-        lTable[lSlot] = mTable[i];
+        size_t lPlace = mTable[i].mHash & (lSize - 1);
+        while (lTable[lPlace].mBone != kNone)
+            lPlace = (lPlace + 1) & (lSize - 1);
+        lTable[lPlace] = mTable[i];
     }
     QexSdkFree(mTable);
     mTable = lTable;
@@ -121,26 +124,72 @@ bool KQexAsfNameIndex::GrowTable()
     return true;
 }
 
-/// The slot that holds a bone of the name, or the free one where it would go.
-int* KQexAsfNameIndex::SlotOf(const char* pName, uint32_t pHash) const
+KQexAsfNameIndex::KNameStart KQexAsfNameIndex::StartOf(const char* pName)
 {
-    for (size_t lSlot = pHash & (mTableSize - 1);; lSlot = (lSlot + 1) & (mTableSize - 1))
+    char lText[sizeof(KNameStart)] = {};
+    for (size_t i = 0; i < sizeof lText && pName[i] != '\0'; ++i)
+        lText[i] = pName[i];
+    KNameStart lStart;
+    std::memcpy(lStart.mText, lText, sizeof lText);
+    return lStart;
+}
+
+bool KQexAsfNameIndex::IsNamed(int pBone, const char* pName, const KNameStart& pStart) const
+{
+    const KBone& lBone = mBones[pBone];
+    if (lBone.mStart.mText[0] != pStart.mText[0] || lBone.mStart.mText[1] != pStart.mText[1])
+        return false;
+    // Only of a name that fills the start more may follow.
+    return reinterpret_cast<const char*>(pStart.mText)[sizeof pStart - 1] == '\0' || std::strcmp(lBone.mNode->mName, pName) == 0;
+}
+
+/// The slot that holds a bone of the name, or the free one where it would go.
+KQexAsfNameIndex::KSlot* KQexAsfNameIndex::SlotOf(const char* pName, const KNameStart& pStart, uint32_t pHash) const
+{
+    for (size_t lPlace = pHash & (mTableSize - 1);; lPlace = (lPlace + 1) & (mTableSize - 1))
     {
-        const int lBone = mTable[lSlot];
-        if (lBone == kNone || (mBones[lBone].mHash == pHash && std::strcmp(mBones[lBone].mNode->mName, pName) == 0))
-            return &mTable[lSlot];
+        KSlot& lSlot = mTable[lPlace];
+        if (lSlot.mBone == kNone || (lSlot.mHash == pHash && IsNamed(lSlot.mBone, pName, pStart)))
+            return &lSlot;
     }
 }
 
 int KQexAsfNameIndex::Find(const char* pName)
 {
-    int* lSlot = SlotOf(pName, HashOf(pName));
-    if (*lSlot != kNone && mBones[*lSlot].mSameName != *lSlot && mBones[*lSlot].mAnswerFor != mState)
+    const KNameStart lStart = StartOf(pName);
+    int              lBone = Guess(pName, lStart);
+    if (lBone == kNone)
+        lBone = LookUp(pName, lStart);
+    if (lBone != kNone && lBone != mFound[0])
     {
-        *lSlot = FirstOf(*lSlot);
-        mBones[*lSlot].mAnswerFor = mState;
+        mFound[1] = mFound[0];
+        mFound[0] = lBone;
     }
-    return *lSlot;
+    return lBone;
+}
+
+/// Families mostly name bones in the order in which they were read, and one parent again and again: the bones found last and
+/// those behind them answer most questions. kNone when none of them does, or when others share the name.
+int KQexAsfNameIndex::Guess(const char* pName, const KNameStart& pStart) const
+{
+    for (const int lBone : {mFound[0], mFound[0] + 1, mFound[1], mFound[1] + 1})
+        if (lBone < mCount && IsNamed(lBone, pName, pStart))
+            return mBones[lBone].mSameName == lBone ? lBone : kNone;
+    return kNone;
+}
+
+int KQexAsfNameIndex::LookUp(const char* pName, const KNameStart& pStart)
+{
+    KSlot* lSlot = SlotOf(pName, pStart, HashOf(pName));
+    if (lSlot->mBone == kNone)
+        return kNone;
+    const KBone& lBone = mBones[lSlot->mBone];
+    if (lBone.mSameName != lSlot->mBone && lBone.mAnswerFor != mState)
+    {
+        lSlot->mBone = FirstOf(lSlot->mBone);
+        mBones[lSlot->mBone].mAnswerFor = mState;
+    }
+    return lSlot->mBone;
 }
 
 /// The first in pre-order of the bones in a ring of one name. Where two of them hang below the same child of the root, their

@@ -49,10 +49,16 @@ public:
     void Compact();
 
 private:
+    /// The start of a name: nearly all names as a whole, so that comparing them does not fetch the bones themselves.
+    struct KNameStart
+    {
+        uint64_t mText[2]; ///< Padded with NUL bytes.
+    };
+
     struct KBone
     {
         HKQexAsfNode mNode;
-        uint32_t     mHash;
+        KNameStart   mStart;
         int          mUp;        ///< A bone nearer to the child of the root that this one hangs below, or itself.
         int          mParent;    ///< Bone that this one is a child of.
         unsigned     mPlace;     ///< Grows along the children of one parent.
@@ -61,11 +67,23 @@ private:
         bool         mHoldsTwin; ///< At a child of the root: a bone at or below it shares its name with another.
     };
 
+    /// A place in the table of names. The hash stands here too, so that looking on costs no look at a bone.
+    struct KSlot
+    {
+        uint32_t mHash;
+        int      mBone; ///< A bone of the name, kNone for a free slot.
+    };
+
+    static KNameStart StartOf(const char* pName);
+
     bool     Add(HKQexAsfNode pNode, int pParent);
     void     AddName(int pBone);
     bool     GrowBones();
     bool     GrowTable();
-    int*     SlotOf(const char* pName, uint32_t pHash) const;
+    KSlot*   SlotOf(const char* pName, const KNameStart& pStart, uint32_t pHash) const;
+    bool     IsNamed(int pBone, const char* pName, const KNameStart& pStart) const;
+    int      Guess(const char* pName, const KNameStart& pStart) const;
+    int      LookUp(const char* pName, const KNameStart& pStart);
     int      FirstOf(int pBone);
     bool     IsBefore(int pLeft, int pRight) const;
     int      DepthOf(int pBone) const;
@@ -75,9 +93,10 @@ private:
     KBone*   mBones = nullptr;
     int      mCount = 0;
     int      mRoom = 0;
-    int*     mTable = nullptr; ///< Open addressing: a bone of each name, kNone for a free slot.
+    KSlot*   mTable = nullptr; ///< Open addressing.
     size_t   mTableSize = 0;   ///< A power of two, more than twice the number of names.
     size_t   mNameCount = 0;
+    int      mFound[2] = {0, 0}; ///< What Find() found last and before that.
     int      mKnownChildren = 0; ///< Children of the root taken in.
     unsigned mNextPlace = 0;
     unsigned mState = 1;        ///< Counts changes that may alter which bone of a name comes first.

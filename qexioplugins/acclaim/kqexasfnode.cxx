@@ -36,15 +36,15 @@ KQexAsfNode::KQexAsfNode()
       mOrientationOrder(0),
       mLength(0.0),
       mParent(nullptr),
+      mWalkParent(nullptr),
+      mWalkIndex(0),
       mLTNode(nullptr),
       mLRNode(nullptr),
       mLSNode(nullptr),
       mLTData{},
       mLRData{},
       mInvalidateRLimits(false),
-      mScene(nullptr),
-      mWalkParent(nullptr),
-      mWalkIndex(0)
+      mScene(nullptr)
 {
 }
 

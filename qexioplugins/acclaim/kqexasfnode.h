@@ -176,31 +176,34 @@ public:
     double                       mLength;             ///< Length.
     HKQexAsfNode                 mParent;             ///< Parent bone, not owned; null at the root.
     KArrayTemplate<KQexAsfNode*> mChildBuf;           ///< Children in file order, owned.
-    KgeRMatrix                   mAxisRM;             ///< Rotation of the bone's axis frame, global.
-    KgeRMatrix                   mAxisRMInv;          ///< Inverse of mAxisRM.
-    KgeRMatrix                   mParentAxisRM;       ///< The parent's mAxisRM, as SetupPosition() copied it.
-    KgeRMatrix                   mParentAxisRMInv;    ///< The parent's mAxisRMInv, as SetupPosition() copied it.
-    KgeTVector                   mParentPositionV;    ///< The parent's mPositionV: start of this bone relative to the parent's start.
-    KgeTVector                   mLT;                 ///< Local translation of the bone's host node.
-    KgeRVector                   mLR;                 ///< Local rotation of the bone's host node: angles about x, y, z in degrees.
-    KQexAnimCurveNode*           mLTNode;             ///< Host translation curve node, not owned.
-    KQexAnimCurveNode*           mLRNode;             ///< Host rotation curve node, not owned.
-    KQexAnimCurveNode*           mLSNode;             ///< Host scaling curve node, not owned.
-    KQexVector4                  mTOffset;            ///< Rotation offset of the host node (export).
-    KQexVector4                  mPreRotation;        ///< Pre-rotation of the host node (export).
-    KQexVector4                  mPostRotation;       ///< Post-rotation of the host node (export).
-    KQexAnimCurve*               mLTData[3];          ///< Translation curves x, y, z being sampled, owned; null when absent.
-    KQexAnimCurve*               mLRData[3];          ///< Rotation curves x, y, z being sampled, owned; null when absent.
-    bool                         mInvalidateRLimits;  ///< Limits count as absent. False.
-    KQexScene*                   mScene;              ///< Scene in which curves are made, not owned.
 
 private:
     friend class KQexAsfWalk;
 
     // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
-    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
+    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere. It stands here
+    // beside what a walk looks at anyway.
     HKQexAsfNode mWalkParent;
     int          mWalkIndex;
+
+public:
+    KgeRMatrix         mAxisRM;            ///< Rotation of the bone's axis frame, global.
+    KgeRMatrix         mAxisRMInv;         ///< Inverse of mAxisRM.
+    KgeRMatrix         mParentAxisRM;      ///< The parent's mAxisRM, as SetupPosition() copied it.
+    KgeRMatrix         mParentAxisRMInv;   ///< The parent's mAxisRMInv, as SetupPosition() copied it.
+    KgeTVector         mParentPositionV;   ///< The parent's mPositionV: start of this bone relative to the parent's start.
+    KgeTVector         mLT;                ///< Local translation of the bone's host node.
+    KgeRVector         mLR;                ///< Local rotation of the bone's host node: angles about x, y, z in degrees.
+    KQexAnimCurveNode* mLTNode;            ///< Host translation curve node, not owned.
+    KQexAnimCurveNode* mLRNode;            ///< Host rotation curve node, not owned.
+    KQexAnimCurveNode* mLSNode;            ///< Host scaling curve node, not owned.
+    KQexVector4        mTOffset;           ///< Rotation offset of the host node (export).
+    KQexVector4        mPreRotation;       ///< Pre-rotation of the host node (export).
+    KQexVector4        mPostRotation;      ///< Post-rotation of the host node (export).
+    KQexAnimCurve*     mLTData[3];         ///< Translation curves x, y, z being sampled, owned; null when absent.
+    KQexAnimCurve*     mLRData[3];         ///< Rotation curves x, y, z being sampled, owned; null when absent.
+    bool               mInvalidateRLimits; ///< Limits count as absent. False.
+    KQexScene*         mScene;             ///< Scene in which curves are made, not owned.
 };
 
 } // namespace qexsdk

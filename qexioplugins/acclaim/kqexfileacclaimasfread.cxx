@@ -559,7 +559,12 @@ bool KQexFileAcclaimAsf::AttachBone(HKQexAsfNode pNode)
     {
         SetAxis(pNode);
         if (NameLengthDofs(pNode->mName) && mQexAsfScene->mRoot->AddChild(pNode))
+        {
+            // While the bone is at hand; what fails here is tried again, and reported, where the index is needed.
+            if (mNameIndex != nullptr)
+                mNameIndex->Update(mQexAsfScene->mRoot);
             return true;
+        }
         lMessage = "Out of memory\n";
     }
     Error("%s", lMessage);

@@ -261,10 +261,12 @@ void KQexTextFile::SkipBlanks(char* pFrom)
 /// End of the next token.
 char* KQexTextFile::TokenEnd()
 {
-    if (mNextEnd == nullptr)
-        for (mNextEnd = mNext; mClass[static_cast<unsigned char>(*mNextEnd)] == eWORD;)
-            ++mNextEnd;
-    return mNextEnd;
+    if (mNextEnd != nullptr)
+        return mNextEnd;
+    char* lEnd = mNext;
+    while (mClass[static_cast<unsigned char>(*lEnd)] == eWORD)
+        ++lEnd;
+    return mNextEnd = lEnd;
 }
 
 void KQexTextFile::InitTokens(KToken* pTokens) const
@@ -276,21 +278,22 @@ void KQexTextFile::InitTokens(KToken* pTokens) const
 /// Index of the entry that the next token matches, or -1.
 int KQexTextFile::Match(const KToken* pTokens)
 {
-    const KFoldTable&   lFold = mFoldCase ? kFolded : kAsIs;
-    const char* const   lEnd = TokenEnd();
-    const unsigned char lFirst = lFold.Of(*mNext);
+    const char* const lEnd = TokenEnd();
     if (lEnd == mNext)
         return -1;
-    for (int i = 0; pTokens[i].IsValid(); ++i)
+    const KFoldTable& lFold = mFoldCase ? kFolded : kAsIs;
+    const char        lSmall = static_cast<char>(lFold.Of(*mNext));
+    const char        lCapital = mFoldCase && lSmall >= 'a' && lSmall <= 'z' ? static_cast<char>(lSmall - ('a' - 'A')) : lSmall;
+    for (const KToken* lToken = pTokens; *lToken->mStr != '\0'; ++lToken)
     {
-        const char* lEntry = pTokens[i].mStr;
-        if (lFold.Of(*lEntry) != lFirst)
+        const char* lEntry = lToken->mStr;
+        if (*lEntry != lSmall && *lEntry != lCapital)
             continue;
         const char* lAt = mNext + 1;
         for (++lEntry; lAt != lEnd && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
             ++lAt;
-        if (*lEntry == '\0' && (lAt == lEnd || IsLoneColon(pTokens[i])))
-            return i;
+        if (*lEntry == '\0' && (lAt == lEnd || IsLoneColon(*lToken)))
+            return static_cast<int>(lToken - pTokens);
     }
     return -1;
 }
