@@ -2,14 +2,19 @@
 
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/console.h>
+#include <apps/asf/convertoptions.h>
 #include <apps/asf/outputs.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace asfapp
 {
@@ -63,6 +68,7 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddCheckCommand(pProgram, pConsole);
     AddDrawCommand(pProgram, pConsole);
     AddPositionsCommand(pProgram, pConsole);
+    AddConvertCommand(pProgram, pConsole);
     for (CLI::App* lCommand : pProgram.get_subcommands([](CLI::App*) { return true; }))
     {
         lCommand->group("Commands");
@@ -90,7 +96,12 @@ void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
     SetUpProgram(lProgram, pConsole);
     try
     {
-        lProgram.parse(pArgumentCount, pArguments);
+        // The parser takes the arguments from the back, without the program's name.
+        std::vector<std::string> lArguments = SplitOutputPairs(pArgumentCount, pArguments);
+        lArguments.erase(lArguments.begin(),
+                         lArguments.begin() + std::min<std::ptrdiff_t>(1, static_cast<std::ptrdiff_t>(lArguments.size())));
+        std::reverse(lArguments.begin(), lArguments.end());
+        lProgram.parse(std::move(lArguments));
     }
     catch (const CLI::Success& lAnswer)
     {

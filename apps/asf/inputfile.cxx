@@ -187,7 +187,10 @@ bool KInputFile::Load(KConsole& pConsole)
 bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole)
 {
     const std::string lExtension = LowerExtension(mPath);
-    mKind = lExtension == ".amc" ? eKIND_AMC : lExtension == ".bvh" ? eKIND_BVH : eKIND_ASF;
+    mKind = lExtension == ".amc"                            ? eKIND_AMC
+            : lExtension == ".bvh"                          ? eKIND_BVH
+            : lExtension == ".glb" || lExtension == ".gltf" ? eKIND_GLTF
+                                                            : eKIND_ASF;
 
     const bool        lUtf16 = pHead.size() > 1 && (pHead.compare(0, 2, "\xff\xfe") == 0 || pHead.compare(0, 2, "\xfe\xff") == 0);
     const bool        lUtf8 = pHead.compare(0, 3, "\xef\xbb\xbf") == 0;
@@ -201,8 +204,9 @@ bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole
         const bool lSkeleton = SkeletonWords().count(lWord) != 0;
         const bool lMotion = MotionWords().count(lWord) != 0 || (!lHasText && IsWhole(lWord));
         const bool lBvh = !lHasText && lWord == "hierarchy";
-        lKnown = lSkeleton || lMotion || lBvh;
-        mKind = lBvh ? eKIND_BVH : lMotion ? eKIND_AMC : lSkeleton ? eKIND_ASF : mKind;
+        const bool lGltf = !lHasText && (lWord[0] == '{' || lText.compare(0, 4, "glTF") == 0);
+        lKnown = lSkeleton || lMotion || lBvh || lGltf;
+        mKind = lBvh ? eKIND_BVH : lGltf ? eKIND_GLTF : lMotion ? eKIND_AMC : lSkeleton ? eKIND_ASF : mKind;
         lHasText = lHasText || lWord[0] != '#';
     }
 

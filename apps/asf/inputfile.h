@@ -16,7 +16,8 @@ enum EFileKind
 {
     eKIND_ASF, ///< A skeleton, or text that is nothing else.
     eKIND_AMC, ///< A motion.
-    eKIND_BVH  ///< Skeleton and motion in one, of another format.
+    eKIND_BVH, ///< Skeleton and motion in one, of another format.
+    eKIND_GLTF ///< The same as a binary file (GLB) or as JSON.
 };
 
 /// One input of a command: a path, or "-" for standard input. What cannot be read twice (standard input, pipes, devices) is kept
@@ -45,6 +46,9 @@ public:
     std::string GetShown() const { return ShownPath(mPath); }
 
     EFileKind GetKind() const { return mKind; }
+
+    /// Takes the file for \p pKind, whatever it looks like.
+    void SetKind(EFileKind pKind) { mKind = pKind; }
 
     /// True when the bytes are held in memory: GetBytes().
     bool               IsInMemory() const { return mInMemory; }

@@ -1,6 +1,7 @@
 #include <apps/asf/motioninput.h>
 
 #include <apps/asf/numbertext.h>
+#include <apps/asf/skeletonfile.h>
 #include <apps/asf/skeletonfinder.h>
 
 #include <CLI/CLI.hpp>
@@ -11,9 +12,6 @@
 namespace asfapp
 {
 
-namespace
-{
-
 bool ParseNumber(const std::string& pText, double& pValue)
 {
     const char* lEnd = pText.data() + pText.size();
@@ -21,20 +19,23 @@ bool ParseNumber(const std::string& pText, double& pValue)
     return lResult.ec == std::errc() && lResult.ptr == lEnd && std::isfinite(pValue);
 }
 
-// "120", "23.976" or "30000/1001".
 bool ParseRate(const std::string& pText, double& pRate)
 {
     const size_t lSlash = pText.find('/');
+    double       lRate = 0;
     double       lDivisor = 1;
-    if (!ParseNumber(pText.substr(0, lSlash), pRate) || (lSlash != std::string::npos && !ParseNumber(pText.substr(lSlash + 1), lDivisor)))
+    if (!ParseNumber(pText.substr(0, lSlash), lRate) || (lSlash != std::string::npos && !ParseNumber(pText.substr(lSlash + 1), lDivisor)))
     {
         return false;
     }
-    pRate /= lDivisor;
-    return pRate >= 1e-3 && pRate <= 1e6;
+    lRate /= lDivisor;
+    if (!(lRate >= 1e-3 && lRate <= 1e6))
+    {
+        return false;
+    }
+    pRate = lRate;
+    return true;
 }
-
-} // namespace
 
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
 {
@@ -143,6 +144,15 @@ void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pCo
         pConsole.Message(lError ? eERROR : eWARNING, ShownPath(lMessage.mPath.empty() ? "asf" : lMessage.mPath), lMessage.mMessage.mLine,
                          lMessage.mMessage.mText);
     }
+}
+
+void PrintTextMessages(const qexsdk::KQexTextFile& pFile, const std::string& pShown, KConsole& pConsole)
+{
+    KMessages lMessages;
+    lMessages.mList = pFile.GetMessages();
+    lMessages.mErrors = pFile.GetErrorCount();
+    lMessages.mWarnings = pFile.GetWarningCount();
+    lMessages.Print(pShown, pConsole);
 }
 
 void NoteRate(const KInputFile& pMotion, const qexsdk::KQexAmcInfo& pInfo, KConsole& pConsole)

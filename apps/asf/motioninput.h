@@ -29,6 +29,12 @@ struct KMotionOptions
 /// Adds --asf, --fps and --quiet. Together with the callback of the command, call TakeMotionOptions().
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions);
 
+/// Reads a rate: "120", "23.976" or "30000/1001". False, and nothing changed, when \p pText is none.
+bool ParseRate(const std::string& pText, double& pRate);
+
+/// Reads a finite number, the whole text of it. False when \p pText is none.
+bool ParseNumber(const std::string& pText, double& pValue);
+
 /// Checks and applies them. False after an error.
 bool TakeMotionOptions(KMotionOptions& pOptions, KConsole& pConsole);
 
@@ -63,6 +69,9 @@ private:
 
 /// Prints the messages of an import.
 void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole);
+
+/// Prints the messages of a text file's reader or writer.
+void PrintTextMessages(const qexsdk::KQexTextFile& pFile, const std::string& pShown, KConsole& pConsole);
 
 /// Says that nobody told the samples a second, when that is so.
 void NoteRate(const KInputFile& pMotion, const qexsdk::KQexAmcInfo& pInfo, KConsole& pConsole);

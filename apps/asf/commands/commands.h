@@ -19,6 +19,7 @@ void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole);
 
 } // namespace asfapp
 

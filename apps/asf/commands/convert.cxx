@@ -1,0 +1,71 @@
+#include <apps/asf/commands/commands.h>
+
+#include <apps/asf/converter.h>
+#include <apps/asf/convertoptions.h>
+#include <apps/asf/figurescene.h>
+#include <apps/asf/outputs.h>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace asfapp
+{
+
+namespace
+{
+
+// What can be told before reading is, so that nobody waits for it.
+bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string>& pInputs, KConsole& pConsole)
+{
+    for (const KConvertOutput& lOutput : pOptions.mTargets)
+    {
+        if (!CheckOutput(lOutput.mPath, pInputs, pConsole))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
+{
+    KFigureInput lInput;
+    if (!TakeConvertOptions(pOptions, pConsole) || !CheckOutputs(pOptions, pOptions.mFiles, pConsole) ||
+        !lInput.Open(pOptions.mFiles, pOptions.mFrom, pOptions.mMotion, pConsole))
+    {
+        return;
+    }
+    std::vector<std::string> lInputs = lInput.GetPaths();
+    if (!pOptions.mSkeleton.empty())
+    {
+        lInputs.push_back(pOptions.mSkeleton);
+    }
+    KFigureScene lFigure;
+    if (CheckOutputs(pOptions, lInputs, pConsole) && lFigure.Load(lInput, FigureOptions(pOptions), pConsole))
+    {
+        KConverter(pOptions, lFigure, lInputs, pConsole).Run();
+    }
+}
+
+} // namespace
+
+void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
+{
+    auto      lOptions = std::make_shared<KConvertOptions>();
+    CLI::App* lCommand = pProgram.add_subcommand("convert", "Turn ASF and AMC, BVH and glTF into each other");
+    AddConvertOptions(*lCommand, *lOptions);
+    lCommand->footer("Lengths are centimetres in BVH and metres in glTF. Several AMC files become several animations of one glTF file.\n"
+                     "What a joint may do (degrees of freedom, limits) goes from ASF to ASF and glTF; BVH has no place for it.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  asf convert walk.amc -o walk.glb\n"
+                     "  asf convert walker.asf walk.amc run.amc -o {name}.bvh --fps 30\n"
+                     "  asf convert dance.bvh -o dance.asf dance.amc\n"
+                     "  asf convert dance.bvh --skeleton performer.asf -o dance.amc\n"
+                     "  asf convert old.asf -o new.asf --length-unit 1\n"
+                     "  asf convert walk.amc -o part.bvh --start 1.5 --end 300f --every 4");
+    lCommand->callback([lOptions, &pConsole] { RunConvert(*lOptions, pConsole); });
+}
+
+} // namespace asfapp

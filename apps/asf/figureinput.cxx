@@ -1,0 +1,125 @@
+#include <apps/asf/figurescene.h>
+
+#include <apps/asf/skeletonfinder.h>
+
+#include <utility>
+
+namespace asfapp
+{
+
+namespace
+{
+
+EFileKind KindOf(const std::string& pWord)
+{
+    return pWord == "asf" ? eKIND_ASF : pWord == "amc" ? eKIND_AMC : pWord == "bvh" ? eKIND_BVH : eKIND_GLTF;
+}
+
+} // namespace
+
+std::string FileStem(const std::string& pPath)
+{
+    if (pPath == "-")
+    {
+        return "motion";
+    }
+    const std::string lName = pPath.substr(pPath.find_last_of('/') + 1);
+    const size_t      lDot = lName.find_last_of('.');
+    return lDot == std::string::npos || lDot == 0 ? lName : lName.substr(0, lDot);
+}
+
+std::vector<std::string> KFigureInput::GetPaths() const
+{
+    std::vector<std::string> lPaths{mFigure.GetPath()};
+    for (const KInputFile& lMotion : mMotions)
+    {
+        lPaths.push_back(lMotion.GetPath());
+    }
+    if (mFigure.GetKind() == eKIND_GLTF && LowerExtension(mFigure.GetPath()) == ".gltf")
+    {
+        // What the file calls its numbers is not known yet; this is how they are mostly called.
+        lPaths.push_back(mFigure.GetPath().substr(0, mFigure.GetPath().size() - 5) + ".bin");
+    }
+    return lPaths;
+}
+
+bool KFigureInput::Open(const std::vector<std::string>& pPaths, const std::string& pFrom, const KMotionOptions& pOptions,
+                        KConsole& pConsole)
+{
+    bool lHasFigure = false;
+    for (const std::string& lPath : pPaths)
+    {
+        KInputFile lFile;
+        if (!lFile.Open(lPath, pConsole))
+        {
+            return false;
+        }
+        if (!pFrom.empty() && pPaths.size() == 1)
+        {
+            lFile.SetKind(KindOf(pFrom));
+        }
+        if (lFile.GetKind() == eKIND_AMC)
+        {
+            mMotions.push_back(std::move(lFile));
+            continue;
+        }
+        if (lHasFigure)
+        {
+            pConsole.Fail(eEXIT_CALL, "one figure at a time is expected, not " + mFigure.GetShown() + " and " + lFile.GetShown());
+            return false;
+        }
+        mFigure = std::move(lFile);
+        lHasFigure = true;
+    }
+    return CheckTogether(lHasFigure, pConsole) && (lHasFigure || FindSkeletonOfAll(pOptions, pConsole)) &&
+           (pOptions.mAsf.empty() || lHasFigure || mFigure.GetKind() == eKIND_ASF);
+}
+
+bool KFigureInput::CheckTogether(bool pHasFigure, KConsole& pConsole) const
+{
+    if (pHasFigure && mFigure.GetKind() != eKIND_ASF && !mMotions.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, mFigure.GetShown() + " has its own motion: " + mMotions.front().GetShown() + " needs an ASF file");
+        return false;
+    }
+    if (!pHasFigure && mMotions.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, "a file to read is expected");
+        return false;
+    }
+    return true;
+}
+
+// All motions go onto one skeleton: they have to agree on it.
+bool KFigureInput::FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& pConsole)
+{
+    std::string lPath = pOptions.mAsf;
+    for (size_t lIndex = 0; lIndex < mMotions.size() && pOptions.mAsf.empty(); ++lIndex)
+    {
+        const std::string lFound = FindSkeleton(mMotions[lIndex], pConsole);
+        if (lFound.empty())
+        {
+            return false;
+        }
+        if (lIndex > 0 && lFound != lPath)
+        {
+            pConsole.Fail(eEXIT_CALL, mMotions.front().GetShown() + " and " + mMotions[lIndex].GetShown() +
+                                          " have different skeletons: convert them one by one, or tell with --asf FILE");
+            return false;
+        }
+        lPath = lFound;
+    }
+    if (!mFigure.Open(lPath, pConsole))
+    {
+        return false;
+    }
+    if (mFigure.GetKind() != eKIND_ASF)
+    {
+        pConsole.Message(eERROR, mFigure.GetShown(), 0, "is no skeleton, where one is expected");
+        pConsole.Raise(eEXIT_CALL);
+        return false;
+    }
+    return true;
+}
+
+} // namespace asfapp
