@@ -69,6 +69,8 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddDrawCommand(pProgram, pConsole);
     AddPositionsCommand(pProgram, pConsole);
     AddConvertCommand(pProgram, pConsole);
+    AddEditCommand(pProgram, pConsole);
+    AddDiffCommand(pProgram, pConsole);
     for (CLI::App* lCommand : pProgram.get_subcommands([](CLI::App*) { return true; }))
     {
         lCommand->group("Commands");

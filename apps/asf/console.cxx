@@ -35,6 +35,11 @@ const char* SeverityColour(ESeverity pSeverity)
 
 } // namespace
 
+ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage)
+{
+    return pMessage.mSeverity == qexsdk::KQexTextMessage::eERROR ? eERROR : eWARNING;
+}
+
 std::string Printable(std::string_view pText)
 {
     std::string lResult;

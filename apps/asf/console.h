@@ -30,6 +30,9 @@ enum ESeverity
     eERROR
 };
 
+/// The severity of a library's message.
+ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage);
+
 /// \p pText with every control character as \\xNN, so that a name out of a file cannot drive a terminal.
 std::string Printable(std::string_view pText);
 

@@ -1,6 +1,7 @@
 #include <apps/asf/converter.h>
 
 #include <apps/asf/numbertext.h>
+#include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 
 #include <cerrno>
@@ -49,7 +50,7 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
         const bool        lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
-        const std::string lPath = lMessage.mPath == "-" ? "standard output" : lMessage.mPath;
+        const std::string lPath = ShownOutput(lMessage.mPath);
         std::string       lText = lMessage.mMessage.mText;
         if (lError && IsBrokenPipe(lText))
         {
@@ -73,7 +74,7 @@ void KConverter::NoteAmcRate(const std::string& pPath, const KSampledTake& pTake
     const double lRate = 1.0 / pTake.mSampling.mStep.GetSeconds();
     if (!mOptions.mTellRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
     {
-        mConsole.Message(eNOTE, pPath == "-" ? "standard output" : pPath, 0,
+        mConsole.Message(eNOTE, ShownOutput(pPath), 0,
                          "has " + Short(lRate) + " frames a second, which AMC files do not say unless --tell-rate asks for it");
     }
 }
@@ -156,7 +157,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
         {
             lList += (lList.empty() ? "" : ", ") + lBone;
         }
-        mConsole.Message(eWARNING, pPath == "-" ? "standard output" : pPath, 0,
+        mConsole.Message(eWARNING, ShownOutput(pPath), 0,
                          Count(static_cast<long long>(lResult.mUnmatched.size()), "bone stays", "bones stay") +
                              " at rest, without a joint of the same name: " + lList);
     }

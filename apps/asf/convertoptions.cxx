@@ -175,6 +175,7 @@ KFigureOptions FigureOptions(const KConvertOptions& pOptions)
 {
     KFigureOptions lOptions;
     lOptions.mSamples = pOptions.mMotion.mSamples;
+    lOptions.mSampleRate = pOptions.mRate;
     lOptions.mTake = pOptions.mTake;
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;

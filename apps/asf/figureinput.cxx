@@ -43,21 +43,35 @@ std::vector<std::string> KFigureInput::GetPaths() const
     return lPaths;
 }
 
-bool KFigureInput::Open(const std::vector<std::string>& pPaths, const std::string& pFrom, const KMotionOptions& pOptions,
-                        KConsole& pConsole)
+bool OpenFiles(const std::vector<std::string>& pPaths, const std::string& pFrom, std::vector<KInputFile>& pFiles, KConsole& pConsole)
 {
-    bool lHasFigure = false;
-    for (const std::string& lPath : pPaths)
+    pFiles.resize(pPaths.size());
+    for (size_t lIndex = 0; lIndex < pPaths.size(); ++lIndex)
     {
-        KInputFile lFile;
-        if (!lFile.Open(lPath, pConsole))
+        if (!pFiles[lIndex].Open(pPaths[lIndex], pConsole))
         {
             return false;
         }
         if (!pFrom.empty() && pPaths.size() == 1)
         {
-            lFile.SetKind(KindOf(pFrom));
+            pFiles[lIndex].SetKind(KindOf(pFrom));
         }
+    }
+    return true;
+}
+
+bool KFigureInput::Open(const std::vector<std::string>& pPaths, const std::string& pFrom, const KMotionOptions& pOptions,
+                        KConsole& pConsole)
+{
+    std::vector<KInputFile> lFiles;
+    return OpenFiles(pPaths, pFrom, lFiles, pConsole) && Take(std::move(lFiles), pOptions, pConsole);
+}
+
+bool KFigureInput::Take(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole)
+{
+    bool lHasFigure = false;
+    for (KInputFile& lFile : pFiles)
+    {
         if (lFile.GetKind() == eKIND_AMC)
         {
             mMotions.push_back(std::move(lFile));
@@ -71,8 +85,12 @@ bool KFigureInput::Open(const std::vector<std::string>& pPaths, const std::strin
         mFigure = std::move(lFile);
         lHasFigure = true;
     }
-    return CheckTogether(lHasFigure, pConsole) && (lHasFigure || FindSkeletonOfAll(pOptions, pConsole)) &&
-           (pOptions.mAsf.empty() || lHasFigure || mFigure.GetKind() == eKIND_ASF);
+    if (lHasFigure && !pOptions.mAsf.empty())
+    {
+        pConsole.Fail(eEXIT_CALL, "--asf is for AMC files given alone, not beside " + mFigure.GetShown());
+        return false;
+    }
+    return CheckTogether(lHasFigure, pConsole) && (lHasFigure || FindSkeletonOfAll(pOptions, pConsole));
 }
 
 bool KFigureInput::CheckTogether(bool pHasFigure, KConsole& pConsole) const

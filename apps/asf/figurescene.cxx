@@ -134,13 +134,6 @@ bool KFigureScene::LoadBvh(const KInputFile& pFile, const KFigureOptions& pOptio
     return true;
 }
 
-bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions&, KConsole& pConsole)
-{
-    pConsole.Message(eERROR, pFile.GetShown(), 0, "is glTF, which cannot be read");
-    pConsole.Raise(eEXIT_INPUT);
-    return false;
-}
-
 // A name that is no take's names the only one.
 bool KFigureScene::PickTake(const std::string& pName, KConsole& pConsole)
 {

@@ -27,6 +27,9 @@ struct KFigureInput
     /// when empty, as the files look. False after an error.
     bool Open(const std::vector<std::string>& pPaths, const std::string& pFrom, const KMotionOptions& pOptions, KConsole& pConsole);
 
+    /// The same for files that were opened before.
+    bool Take(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole);
+
 private:
     bool FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& pConsole);
     bool CheckTogether(bool pHasFigure, KConsole& pConsole) const;
@@ -36,6 +39,7 @@ private:
 struct KFigureOptions
 {
     double                     mSamples = 0;           ///< Frames a second of AMC motions; 0: their own, else 120.
+    double                     mSampleRate = 0;        ///< Frames a second at which curves of glTF are sampled; 0: their own.
     std::string                mTake;                  ///< Name of the take of a lone motion; one of the takes where there are several.
     bool                       mRemoveDummies = false; ///< Leave out bones that only fill a gap.
     bool                       mKeepGoodFrames = false;
@@ -94,6 +98,9 @@ private:
     bool                           mHasDofs = false;
     qexsdk::KQexAsfSceneOwner      mSkeleton;
 };
+
+/// Opens all of \p pPaths. \p pFrom tells what a lone one is. False after an error.
+bool OpenFiles(const std::vector<std::string>& pPaths, const std::string& pFrom, std::vector<KInputFile>& pFiles, KConsole& pConsole);
 
 /// A file's name without its folder and extension; "motion" for standard input.
 std::string FileStem(const std::string& pPath);

@@ -17,12 +17,12 @@ extern "C" void EndBySignal(int pSignal)
     raise(pSignal);
 }
 
+} // namespace
+
 std::string ShownOutput(const std::string& pPath)
 {
     return pPath == "-" ? "standard output" : pPath;
 }
-
-} // namespace
 
 void InstallSignals()
 {

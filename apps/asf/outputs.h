@@ -16,6 +16,9 @@ void InstallSignals();
 /// True when \p pOutput may be written: it is none of \p pInputs, through links either. Else false, after saying so.
 bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pInputs, KConsole& pConsole);
 
+/// How the path of an output is shown: as given, and "standard output" for "-".
+std::string ShownOutput(const std::string& pPath);
+
 /// Opens \p pOut for \p pPath ("-" is standard output). False after saying why not.
 bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 

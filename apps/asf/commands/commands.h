@@ -20,6 +20,8 @@ void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddEditCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole);
 
 } // namespace asfapp
 

@@ -1,0 +1,224 @@
+#include <apps/asf/commands/commands.h>
+
+#include <apps/asf/figurecompare.h>
+#include <apps/asf/jsontext.h>
+#include <apps/asf/numbertext.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace asfapp
+{
+
+namespace
+{
+
+struct KDiffOptions
+{
+    std::vector<std::string> mFiles;
+    double                   mTolerance = 1e-3;
+    std::vector<std::string> mIgnored;
+    std::string              mTake;
+    bool                     mJson = false;
+    KMotionOptions           mMotion;
+};
+
+const char* const kTitles[eASPECT_COUNT] = {"joints missing",     "other parents", "rest pose", "bone lengths",
+                                            "degrees of freedom", "limits",        "frames",    "world positions"};
+
+// Two figures, each with its motion behind it in the order of the call. A lone motion goes with every skeleton.
+bool Distribute(std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
+{
+    std::vector<KInputFile> lFigures;
+    std::vector<KInputFile> lMotions;
+    for (KInputFile& lFile : pFiles)
+    {
+        (lFile.GetKind() == eKIND_AMC ? lMotions : lFigures).push_back(std::move(lFile));
+    }
+    if (lFigures.size() > 2 || lMotions.size() > 2 || (lFigures.size() < 2 && lMotions.size() < 2))
+    {
+        pConsole.Fail(eEXIT_CALL, "two figures to compare are expected, with at most one motion each");
+        return false;
+    }
+    for (size_t lSide = 0; lSide < 2; ++lSide)
+    {
+        if (!lFigures.empty())
+        {
+            pSides[lSide].push_back(lFigures[std::min(lSide, lFigures.size() - 1)]);
+        }
+        const bool lTakesMotion = pSides[lSide].empty() || pSides[lSide].front().GetKind() == eKIND_ASF;
+        if (!lMotions.empty() && (lTakesMotion || lMotions.size() == 2))
+        {
+            pSides[lSide].push_back(lMotions[std::min(lSide, lMotions.size() - 1)]);
+        }
+    }
+    return true;
+}
+
+bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFigureScene& pFigure, std::string& pShown, KConsole& pConsole)
+{
+    KFigureInput   lInput;
+    KFigureOptions lOptions;
+    lOptions.mSamples = pOptions.mMotion.mSamples;
+    lOptions.mTake = pOptions.mTake;
+    if (!lInput.Take(std::move(pFiles), pOptions.mMotion, pConsole) || !pFigure.Load(lInput, lOptions, pConsole))
+    {
+        return false;
+    }
+    pShown = lInput.mFigure.GetShown() + (lInput.mMotions.empty() ? "" : " with " + lInput.mMotions.front().GetShown());
+    return true;
+}
+
+bool IsIgnored(const KDiffOptions& pOptions, int pAspect)
+{
+    return std::find(pOptions.mIgnored.begin(), pOptions.mIgnored.end(), AspectWord(pAspect)) != pOptions.mIgnored.end();
+}
+
+bool IsSame(const KDiffOptions& pOptions, const KFigureComparison& pComparison)
+{
+    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
+    {
+        if (pComparison.Get(lAspect).mDiffers && !IsIgnored(pOptions, lAspect))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string ValueText(const KAspectResult& pResult)
+{
+    if (!pResult.mIsCompared)
+    {
+        return "-";
+    }
+    if (*pResult.mUnit == '\0')
+    {
+        return Short(pResult.mLargest);
+    }
+    return std::isfinite(pResult.mLargest) ? Fixed(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
+}
+
+void WriteTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+{
+    for (int lSide = 0; lSide < 2; ++lSide)
+    {
+        std::string lLine = std::string(lSide == 0 ? "first   " : "second  ") + Printable(pShown[lSide]) + ": " +
+                            Count(static_cast<long long>(pComparison.GetJointCount(lSide)), "joint", "joints");
+        for (const std::string& lOnly : pComparison.GetOnly(lSide))
+        {
+            lLine += (&lOnly == &pComparison.GetOnly(lSide).front() ? ", alone with " : " ") + Printable(lOnly);
+        }
+        pConsole.Out(lLine + "\n");
+    }
+    pConsole.Out("height  " + Fixed(pComparison.GetHeight(), 2) + " cm, tolerance " + Short(pOptions.mTolerance * pComparison.GetHeight()) +
+                 " cm\n\n");
+    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
+    {
+        const KAspectResult& lResult = pComparison.Get(lAspect);
+        const std::string    lVerdict = !lResult.mIsCompared           ? "not compared"
+                                        : !lResult.mDiffers            ? "same"
+                                        : IsIgnored(pOptions, lAspect) ? "ignored"
+                                                                       : "DIFFERS";
+        std::string          lLine = PadRight(kTitles[lAspect], 20) + PadLeft(ValueText(lResult), 16) + "  " +
+                            (lResult.mWhere.empty() ? lVerdict : PadRight(lVerdict, 14) + Printable(lResult.mWhere));
+        pConsole.Out(lLine + "\n");
+    }
+    pConsole.Out(IsSame(pOptions, pComparison) ? "\nsame within the tolerance\n" : "\nthey differ\n");
+}
+
+KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, int pAspect)
+{
+    KJson lObject;
+    lObject["compared"] = pResult.mIsCompared;
+    lObject["same"] = !pResult.mDiffers;
+    lObject["ignored"] = IsIgnored(pOptions, pAspect);
+    // JSON has no infinity: a limit that one of the two lacks has no distance.
+    lObject["largest"] = pResult.mIsCompared && std::isfinite(pResult.mLargest) ? KJson(pResult.mLargest) : KJson();
+    lObject["unit"] = pResult.mUnit;
+    lObject["where"] = pResult.mWhere;
+    return lObject;
+}
+
+void WriteJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+{
+    KJson lObject = JsonHead("diff", pShown[0], IsSame(pOptions, pComparison), {});
+    lObject["other"] = pShown[1];
+    lObject["height"] = pComparison.GetHeight();
+    lObject["tolerance"] = pOptions.mTolerance;
+    lObject["joints"] = {pComparison.GetJointCount(0), pComparison.GetJointCount(1)};
+    lObject["frames"] = {pComparison.GetSampling(0).mCount, pComparison.GetSampling(1).mCount};
+    lObject["only"] = {pComparison.GetOnly(0), pComparison.GetOnly(1)};
+    KJson lAspects = KJson::object();
+    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
+    {
+        lAspects[AspectWord(lAspect)] = JsonOfAspect(pOptions, pComparison.Get(lAspect), lAspect);
+    }
+    lObject["differences"] = lAspects;
+    PrintJsonLine(lObject, pConsole);
+}
+
+void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
+{
+    std::vector<KInputFile> lFiles;
+    std::vector<KInputFile> lSides[2];
+    KFigureScene            lFigures[2];
+    std::string             lShown[2];
+    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !OpenFiles(pOptions.mFiles, "", lFiles, pConsole) ||
+        !Distribute(lFiles, lSides, pConsole) || !LoadSide(std::move(lSides[0]), pOptions, lFigures[0], lShown[0], pConsole) ||
+        !LoadSide(std::move(lSides[1]), pOptions, lFigures[1], lShown[1], pConsole))
+    {
+        return;
+    }
+    KFigureComparison lComparison(lFigures[0], lFigures[1], pOptions.mTolerance);
+    lComparison.Run(pConsole);
+    (pOptions.mJson ? WriteJson : WriteTable)(pOptions, lComparison, lShown, pConsole);
+    if (!IsSame(pOptions, lComparison))
+    {
+        pConsole.Raise(eEXIT_INPUT);
+    }
+}
+
+} // namespace
+
+void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
+{
+    auto      lOptions = std::make_shared<KDiffOptions>();
+    CLI::App* lCommand = pProgram.add_subcommand("diff", "Say how far two figures and their motions are apart");
+    lCommand->add_option("FILE", lOptions->mFiles, "Two of ASF, BVH, GLB or glTF, and the AMC files of the ASF ones; or two AMC files")
+        ->required()
+        ->expected(2, 4)
+        ->option_text("...");
+    lCommand
+        ->add_option("--tolerance", lOptions->mTolerance,
+                     "What counts as the same: part of the first figure's height, of angles in radians; without it 0.001")
+        ->check(CLI::Range(0.0, 1e9))
+        ->option_text("T");
+    lCommand->add_option("--ignore", lOptions->mIgnored, "What may differ: names, parents, rest, lengths, dofs, limits, frames, positions")
+        ->delimiter(',')
+        ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"}))
+        ->type_size(1)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->option_text("WHAT,...");
+    lCommand->add_option("--take", lOptions->mTake, "Which of several takes to compare; without it the first")->option_text("NAME");
+    lCommand->add_flag("--json", lOptions->mJson, "Print the differences as one JSON object");
+    AddMotionOptions(*lCommand, lOptions->mMotion);
+    lCommand->footer("Joints are compared by name, the roots with each other. Frames are compared one by one from the first, whatever\n"
+                     "their rates. The exit status is 0 when nothing differs by more than the tolerance, else 1.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  asf diff old.asf new.asf\n"
+                     "  asf diff old.asf new.asf old.amc new.amc\n"
+                     "  asf diff walk.amc walk.bvh --tolerance 1e-5\n"
+                     "  asf diff walk.amc back.amc --ignore dofs,limits --json");
+    lCommand->callback([lOptions, &pConsole] { RunDiff(*lOptions, pConsole); });
+}
+
+} // namespace asfapp
