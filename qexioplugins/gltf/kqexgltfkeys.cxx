@@ -73,18 +73,15 @@ long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin)
     {
         lMost = lMost == nullptr || lTimes->size() > lMost->size() ? lTimes.get() : lMost;
     }
-    if (lMost == nullptr)
+    if (lMost == nullptr || lMost->size() < 2)
     {
         return 0;
     }
-    if (lMost->size() > 1)
+    const double    lMean = (lMost->back() - lMost->front()) / static_cast<double>(lMost->size() - 1);
+    const long long lStep = lMean <= kLongestStep ? NearestFrameStep(lMean).Get() : 0;
+    if (lStep > 0 && AllStandOn(pTimes, pOrigin, static_cast<double>(lStep) / kTicksPerSecond))
     {
-        const double    lMean = (lMost->back() - lMost->front()) / static_cast<double>(lMost->size() - 1);
-        const long long lStep = lMean <= kLongestStep ? NearestFrameStep(lMean).Get() : 0;
-        if (lStep > 0 && AllStandOn(pTimes, pOrigin, static_cast<double>(lStep) / kTicksPerSecond))
-        {
-            return lStep;
-        }
+        return lStep;
     }
     for (const double lRate : kRates)
     {

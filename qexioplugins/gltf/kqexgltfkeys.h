@@ -55,7 +55,8 @@ double GltfSameTime(double pSeconds, double pStep);
 using KGltfTimes = std::vector<std::shared_ptr<const std::vector<double>>>;
 
 /// The step, in ticks, on which all of \p pTimes stand, counted from \p pOrigin seconds: that of evenly spaced keys, if they are at
-/// least ten a second, else that of the lowest usual rate. 0 when there is none.
+/// least ten a second, else that of the lowest usual rate. 0 when there is none, or
+/// no track has two keys.
 long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin);
 
 } // namespace qexsdk

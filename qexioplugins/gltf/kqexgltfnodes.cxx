@@ -21,6 +21,7 @@ bool IsMovedAway(KQexNode* pNode)
     return lT[0] != 0.0 || lT[1] != 0.0 || lT[2] != 0.0 || lR.mData[3] != 1.0 || lS[0] != 1.0 || lS[1] != 1.0 || lS[2] != 1.0;
 }
 
+/// Null, which the file's writer leaves out, when it does not hold.
 tinygltf::Value LimitValue(bool pActive, double pValue)
 {
     return pActive ? tinygltf::Value(pValue) : tinygltf::Value();
@@ -31,23 +32,30 @@ tinygltf::Value AnglesValue(const KQexVector4& pAngles)
     return tinygltf::Value(tinygltf::Value::Array{tinygltf::Value(pAngles[0]), tinygltf::Value(pAngles[1]), tinygltf::Value(pAngles[2])});
 }
 
-/// {"min": [x, y, z], "max": [x, y, z]} with null where a limit is not active.
+/// The bounds that are active: {"x": …, "z": …}.
+tinygltf::Value BoundsValue(const bool pActive[3], const KQexVector4& pBounds)
+{
+    static const char* const sAxes[3] = {"x", "y", "z"};
+    tinygltf::Value::Object  lBounds;
+    for (int i = 0; i < 3; ++i)
+    {
+        if (pActive[i])
+        {
+            lBounds[sAxes[i]] = tinygltf::Value(pBounds[i]);
+        }
+    }
+    return tinygltf::Value(lBounds);
+}
+
+/// {"min": {…}, "max": {…}}, by axis.
 tinygltf::Value LimitsValue(const KQexLimits& pLimits)
 {
     bool lMinActive[3];
     bool lMaxActive[3];
     pLimits.GetLimitMinActive(lMinActive[0], lMinActive[1], lMinActive[2]);
     pLimits.GetLimitMaxActive(lMaxActive[0], lMaxActive[1], lMaxActive[2]);
-    const KQexVector4      lMin = pLimits.GetLimitMin();
-    const KQexVector4      lMax = pLimits.GetLimitMax();
-    tinygltf::Value::Array lMinimum;
-    tinygltf::Value::Array lMaximum;
-    for (int i = 0; i < 3; ++i)
-    {
-        lMinimum.push_back(LimitValue(lMinActive[i], lMin[i]));
-        lMaximum.push_back(LimitValue(lMaxActive[i], lMax[i]));
-    }
-    return tinygltf::Value(tinygltf::Value::Object{{"min", tinygltf::Value(lMinimum)}, {"max", tinygltf::Value(lMaximum)}});
+    return tinygltf::Value(tinygltf::Value::Object{{"min", BoundsValue(lMinActive, pLimits.GetLimitMin())},
+                                                   {"max", BoundsValue(lMaxActive, pLimits.GetLimitMax())}});
 }
 
 } // namespace

@@ -11,24 +11,25 @@ namespace qexsdk
 namespace
 {
 
-/// Reads up to three numbers of an array, null where there is none.
+/// Reads bounds by axis: {"x": …, "z": …}; an axis that is not there has none.
 void ReadBounds(const KGltfJson::KValue& pFrom, bool* pActive, double* pValues)
 {
-    int i = 0;
-    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && i < 3; lFrom = lFrom.GetNext(), ++i)
+    static const char* const sAxes[3] = {"x", "y", "z"};
+    for (int i = 0; i < 3; ++i)
     {
-        pActive[i] = lFrom.Is(KGltfJson::eNUMBER);
-        pValues[i] = lFrom.GetNumber(0.0);
+        pActive[i] = pFrom[sAxes[i]].Is(KGltfJson::eNUMBER);
+        pValues[i] = pFrom[sAxes[i]].GetNumber(0.0);
     }
 }
 
 bool ReadAngles(const KGltfJson::KValue& pFrom, KQexVector4& pAngles)
 {
-    bool   lIsThere[3] = {false, false, false};
-    double lValues[3] = {0.0, 0.0, 0.0};
-    ReadBounds(pFrom, lIsThere, lValues);
-    pAngles = KQexVector4(lValues[0], lValues[1], lValues[2]);
-    return lIsThere[0] && lIsThere[1] && lIsThere[2];
+    int i = 0;
+    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.Is(KGltfJson::eNUMBER) && i < 3; lFrom = lFrom.GetNext(), ++i)
+    {
+        pAngles[i] = lFrom.GetNumber(0.0);
+    }
+    return i == 3;
 }
 
 } // namespace

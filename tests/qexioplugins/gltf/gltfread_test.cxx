@@ -1,5 +1,6 @@
 #include <qexioplugins/gltf/kqexfilegltf.h>
 
+#include <tests/qexioplugins/gltf/gltfbuild.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
@@ -12,16 +13,6 @@ using namespace qextest;
 
 namespace
 {
-
-std::string MessagesOf(const KQexFileGltf& pFile)
-{
-    std::string lText;
-    for (const KQexTextMessage& lMessage : pFile.GetMessages())
-    {
-        lText += lMessage.mText + "\n";
-    }
-    return lText;
-}
 
 /// What a tree of a scene has to have in common with what was read back.
 class KRoundTrip
@@ -97,5 +88,130 @@ TEST_P(KGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, KGltfRoundTripTest, testing::Range(1u, 25u));
+
+TEST(GltfRoundTrip, BothKindsOfFilesGiveTheSame)
+{
+    KRoundTrip     lTrip(77, KRandomTree());
+    const KTempDir lFolder;
+    for (const char* lName : {"a walk.glb", "a walk: 100%.gltf"})
+    {
+        KQexFileGltf lFile;
+        ASSERT_TRUE(lFile.Write((lFolder / lName).string(), {lTrip.mRoot}, lTrip.mOptions));
+        const KScenePtr    lScene = MakeScene();
+        KQexGltfReadResult lResult;
+        ASSERT_TRUE(lFile.Read((lFolder / lName).string(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
+        ASSERT_EQ(lResult.mTakes.size(), 1u);
+        EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[0], lTrip.mOptions.mTakes[0]), 5e-3) << lName;
+    }
+}
+
+TEST(GltfRoundTrip, EveryTakeComesBack)
+{
+    KRoundTrip   lTrip(78, KRandomTree());
+    std::mt19937 lRandom(79);
+    for (const char* lName : {"run", "jump"})
+    {
+        AnimateProperty(lRandom, lTrip.mRoot, lTrip.mRoot->mLocalRotation, lName, 70.0, 33);
+        AnimateProperty(lRandom, lTrip.mRoot->GetChild(0), lTrip.mRoot->GetChild(0)->mLocalTranslation, lName, 7.0, 33);
+        KQexGltfTake lTake;
+        lTake.mStack = lTrip.mScene->FindAnimStack(lName);
+        ASSERT_TRUE(MakeSampling({lTrip.mRoot}, lTake.mStack, KQexSamplingRequest(), lTake.mSampling));
+        lTrip.mOptions.mTakes.push_back(lTake);
+    }
+    KQexFileGltf lFile;
+    std::string  lBytes;
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lTrip.mRoot}, lTrip.mOptions));
+    const KScenePtr    lScene = MakeScene();
+    KQexGltfReadResult lResult;
+    ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
+    ASSERT_EQ(lResult.mTakes.size(), 3u);
+    for (size_t i = 0; i < 3; ++i)
+    {
+        EXPECT_STREQ(lResult.mTakes[i].mStack->GetName(), lTrip.mOptions.mTakes[i].mStack->GetName());
+        EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[i], lTrip.mOptions.mTakes[i]), 5e-3);
+    }
+
+    // A second reading into the same scene: takes of the same names get others.
+    KQexGltfReadResult lAgain;
+    ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lAgain));
+    EXPECT_STREQ(lAgain.mTakes[0].mStack->GetName(), "take_2");
+    EXPECT_EQ(lScene->GetAnimStackCount(), 6);
+}
+
+TEST(GltfRoundTrip, LimitsPivotsAndDegreesOfFreedomTravelInExtras)
+{
+    KRandomTree lWhat;
+    lWhat.mNodes = 6;
+    KRoundTrip  lTrip(80, lWhat);
+    KQexLimits& lFrom = lTrip.mRoot->GetLimits().mRotationLimits;
+    lFrom.SetActive(true);
+    lFrom.SetLimitMinActive(false, true, false);
+    lFrom.SetLimitMaxActive(true, true, false);
+    lFrom.SetLimitMin(KQexVector4(0.0, -45.5, 0.0));
+    lFrom.SetLimitMax(KQexVector4(12.25, 90.0, 0.0));
+    lTrip.mRoot->GetLimits().mTranslationLimits.SetActive(true);
+    lTrip.mRoot->GetLimits().mTranslationLimits.SetLimitMaxActive(false, false, true);
+    lTrip.mRoot->GetLimits().mTranslationLimits.SetLimitMax(KQexVector4(0.0, 0.0, 7.0));
+    KQexBoneDofs lDofs;
+    lDofs["node0"] = {{"ry", true, true, -45.5, 90.0}, {"rx", false, true, 0.0, 12.25}, {"tz", false, false, 0.0, 0.0}};
+    lTrip.mOptions.mBoneDofs = &lDofs;
+
+    KQexFileGltf lFile;
+    std::string  lBytes;
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lTrip.mRoot}, lTrip.mOptions));
+    const KScenePtr    lScene = MakeScene();
+    KQexGltfReadResult lResult;
+    ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
+    const KQexNode*   lRoot = lResult.mRoots[0];
+    const KQexLimits& lTo = lRoot->GetLimits().mRotationLimits;
+    bool              lMin[3];
+    bool              lMax[3];
+    lTo.GetLimitMinActive(lMin[0], lMin[1], lMin[2]);
+    lTo.GetLimitMaxActive(lMax[0], lMax[1], lMax[2]);
+    EXPECT_TRUE(lTo.GetActive());
+    EXPECT_TRUE(!lMin[0] && lMin[1] && !lMin[2]);
+    EXPECT_TRUE(lMax[0] && lMax[1] && !lMax[2]);
+    EXPECT_EQ(lTo.GetLimitMin()[1], -45.5);
+    EXPECT_EQ(lTo.GetLimitMax()[0], 12.25);
+    EXPECT_TRUE(lRoot->GetLimits().GetTranslationLimitActive());
+    EXPECT_EQ(lRoot->GetLimits().mTranslationLimits.GetLimitMax()[2], 7.0);
+    ASSERT_EQ(lResult.mBoneDofs.size(), 1u);
+    const std::vector<KQexBoneDof>& lRead = lResult.mBoneDofs["node0"];
+    ASSERT_EQ(lRead.size(), 3u);
+    EXPECT_EQ(lRead[0].mWord, "ry");
+    EXPECT_EQ(lRead[0].mMin, -45.5);
+    EXPECT_FALSE(lRead[1].mHasMin);
+    EXPECT_TRUE(lRead[1].mHasMax);
+    EXPECT_EQ(lRead[2].mWord, "tz");
+    for (const KQexNode *lOld = lTrip.mRoot, *lNew = lRoot; lOld != nullptr && lNew != nullptr;
+         lOld = lOld->GetNextInTree(lTrip.mRoot), lNew = lNew->GetNextInTree(lRoot))
+    {
+        EXPECT_EQ(lOld->GetRotationOrder(), lNew->GetRotationOrder());
+        EXPECT_TRUE(lNew->GetRotationActive());
+        EXPECT_NE(lNew->GetSkeleton(), nullptr);
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_EQ(lOld->GetPreRotation()[i], lNew->GetPreRotation()[i]);
+            EXPECT_EQ(lOld->GetPostRotation()[i], lNew->GetPostRotation()[i]);
+        }
+    }
+}
+
+TEST(GltfRoundTrip, AChainOf100000NodesComesBack)
+{
+    KGltfBuild lBuild;
+    lBuild.AddNode({{"translation", {0.0, 1.0, 0.0}}});
+    for (int i = 1; i < 100000; ++i)
+    {
+        lBuild.mJson["nodes"][static_cast<size_t>(i - 1)]["children"] = {i};
+        lBuild.mJson["nodes"].push_back({{"translation", {0.0, 0.5, 0.0}}});
+    }
+    const std::string  lText = lBuild.Text();
+    const KScenePtr    lScene = MakeScene();
+    KQexFileGltf       lFile;
+    KQexGltfReadResult lResult;
+    ASSERT_TRUE(lFile.ReadBuffer(lText.data(), lText.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
+    EXPECT_EQ(lScene->GetRootNode()->GetChildCount(true), 100000);
+}
 
 } // namespace
