@@ -197,4 +197,33 @@ TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
     }
 }
 
+// A blank picture, or another figure, is about 10,000 away; a shade here and there may differ between versions of the renderer.
+TEST(Clients, TheSampleLooksLikeItsPictureInTheDocuments)
+{
+    if (RunProgram({"sh", "-c", "command -v f3d && command -v xvfb-run"}).mExit != 0)
+    {
+        GTEST_SKIP() << "f3d or xvfb-run is not installed";
+    }
+    const KTempDir          lFolder;
+    const KScenePtr         lScene = MakeScene();
+    KQexImportAcclaimResult lImported;
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lScene.get(), (SamplesDir() / "walker.asf").c_str(), (SamplesDir() / "walk.amc").c_str(), {},
+                                            lImported));
+    KQexGltfWriteOptions lOptions;
+    KQexFileGltf         lFile;
+    lOptions.mTakes.resize(1);
+    lOptions.mTakes[0].mStack = lScene->FindAnimStack(lImported.mTakes[0].mName.c_str());
+    ASSERT_TRUE(MakeSampling({lImported.mRootNode}, lOptions.mTakes[0].mStack, {}, lOptions.mTakes[0].mSampling));
+    const std::string lPicture = (fs::path(QEX_SOURCE_DIR) / "docs/walk.png").string();
+    for (const bool lHasMesh : {true, false})
+    {
+        lOptions.mBoneMesh = lHasMesh;
+        ASSERT_TRUE(lFile.Write((lFolder / "walk.glb").string(), {lImported.mRootNode}, lOptions));
+        const KRunResult lRun =
+            RunProgram({std::string(QEX_SOURCE_DIR) + "/tests/clients/picture", (lFolder / "walk.glb").string(), "--ref=" + lPicture,
+                        "--ref-threshold=1500", "--output=" + (lFolder / "difference.png").string()});
+        EXPECT_EQ(lRun.mExit == 0, lHasMesh) << lRun.mOut << lRun.mErr;
+    }
+}
+
 } // namespace
