@@ -36,7 +36,8 @@ public:
     /// unique; else in proportion to the bones of that name.
     int Find(const char* pName);
 
-    HKQexAsfNode GetNode(int pBone) const { return mBones[pBone].mNode; }
+    /// Whether the bone is a child of the root. Does not look at the bone itself: of many, that would be a wait for memory each.
+    bool IsUnderRoot(int pBone) const { return pBone != 0 && mBones[pBone].mParent == 0; }
 
     /// True when \p pBone is \p pTop or hangs below it, \p pTop being a child of the root.
     bool IsBelow(int pBone, int pTop) { return TopOf(pBone) == pTop; }

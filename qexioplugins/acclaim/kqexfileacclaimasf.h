@@ -42,9 +42,9 @@ public:
     /// that the scene had before is released with its bones when the file has a root of its own, and stays otherwise.
     bool Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
-    /// Writes \p pQexAsfScene, which has a root. Values are written as the model holds them, except for the mass unit,
-    /// the angle unit, the axis words and the root's place, which are always those of a default skeleton. Whether
-    /// everything was written is what Close() answers.
+    /// Writes \p pQexAsfScene, which has to have a root: without one an Error is reported and nothing appears. Values are
+    /// written as the model holds them, except for the mass unit, the angle unit, the axis words and the root's place, which are
+    /// always those of a default skeleton. Whether everything was written is what Close() answers.
     void Write(HKQexAsfScene pQexAsfScene);
 
     /// \name Sections of the reader

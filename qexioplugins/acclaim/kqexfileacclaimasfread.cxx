@@ -490,9 +490,9 @@ bool KQexFileAcclaimAsf::ReadBoneDof(HKQexAsfNode pNode)
     bool lWarned = false;
     pNode->mOrderCount = 0;
     mLengthDofs.resize(mFirstLengthDof);
-    for (int lPlace = 0; Check(smDof) != -1; ++lPlace)
+    int lPlace = 0;
+    for (int lCode = Handle(smDof); lCode != -1; lCode = Handle(smDof), ++lPlace)
     {
-        const int lCode = Handle(smDof);
         if (lCode >= kMaxDofs)
         {
             Warning("Unknown degree of freedom (%s)\n", static_cast<char*>(*this));
@@ -654,7 +654,7 @@ bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)
             return false;
         }
         // The first family that names a bone as a child wins.
-        if (pIndex.GetNode(lChild)->mParent != mQexAsfScene->mRoot)
+        if (!pIndex.IsUnderRoot(lChild))
             continue;
         if (pIndex.IsBelow(pParent, lChild))
             Warning("Bone under itself (%s)\n", lName);

@@ -1,6 +1,8 @@
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
+#include <cerrno>
+
 namespace qexsdk
 {
 
@@ -17,6 +19,12 @@ constexpr int kAxisXyz = 5;
 
 void KQexFileAcclaimAsf::Write(HKQexAsfScene pQexAsfScene)
 {
+    if (pQexAsfScene->mRoot == nullptr)
+    {
+        Error("Skeleton has no root\n");
+        GetOutput().SetFailed(EINVAL);
+        return;
+    }
     mQexAsfScene = pQexAsfScene;
     WriteHeader();
     WriteRoot();

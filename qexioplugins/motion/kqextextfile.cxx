@@ -18,6 +18,7 @@ namespace
 {
 
 constexpr size_t kBlanksPerLevel = 2;
+constexpr size_t kFirstMessages = 4;
 
 /// Each character as it is, or ASCII capitals as small letters.
 struct KFoldTable
@@ -100,6 +101,8 @@ bool KQexTextFile::Reopen(const char* pPath)
     try
     {
         mPath = pPath;
+        // Room for the first messages, so that running out of memory can be told even then.
+        mMessages.reserve(kFirstMessages);
         return true;
     }
     catch (const std::exception&)
@@ -128,7 +131,7 @@ bool KQexTextFile::OpenWrite(const char* pPath)
     mWriting = true;
     if (mOutput.Open(pPath))
         return true;
-    Error("Can't write %s (%s)\n", pPath, mOutput.GetReason().c_str());
+    Error("Can't write %s (%s)\n", pPath, std::strerror(mOutput.GetError()));
     return false;
 }
 
@@ -149,7 +152,7 @@ bool KQexTextFile::Close()
     const bool lWasOpen = mOutput.IsOpen();
     const bool lResult = mOutput.Close();
     if (lWasOpen && !lResult)
-        Error("Can't write %s (%s)\n", mPath.c_str(), mOutput.GetReason().c_str());
+        Error("Can't write %s (%s)\n", mPath.c_str(), std::strerror(mOutput.GetError()));
     return lResult;
 }
 
@@ -212,7 +215,7 @@ bool KQexTextFile::Stop()
         Error("Out of memory\n");
         break;
     default:
-        Error("Can't read %s (%s)\n", mPath.c_str(), mInput.GetReason().c_str());
+        Error("Can't read %s (%s)\n", mPath.c_str(), std::strerror(mInput.GetError()));
         break;
     }
     return false;

@@ -91,6 +91,19 @@ TEST(AsfWrite, RootAlone)
                                           "  end\n");
 }
 
+TEST(AsfWrite, WithoutARootNothingAppears)
+{
+    KTempDir           lDir;
+    KQexAsfScene*      lScene = QexSdkNew<KQexAsfScene>();
+    KQexFileAcclaimAsf lFile(false);
+    ASSERT_TRUE(lFile.OpenWrite((lDir / "x.asf").c_str()));
+    lFile.Write(lScene);
+    EXPECT_FALSE(lFile.Close());
+    EXPECT_EQ(lFile.GetMessages()[0].mText, "Skeleton has no root");
+    EXPECT_FALSE(std::filesystem::exists(lDir / "x.asf"));
+    lScene->Destroy();
+}
+
 TEST(AsfWrite, WholeSkeleton)
 {
     KScene lScene;
