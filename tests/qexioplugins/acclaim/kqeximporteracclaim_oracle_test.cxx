@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <filesystem>
 #include <map>
 #include <sstream>
 #include <string>
@@ -24,46 +24,9 @@ using namespace qextest;
 namespace
 {
 
-namespace fs = std::filesystem;
-
-struct KPair
-{
-    fs::path mAsf;
-    fs::path mAmc;
-    fs::path mOracle;
-};
-
-// Every motion with a skeleton beside it whose name begins its own.
-std::vector<KPair> Pairs()
-{
-    std::vector<KPair> lPairs;
-    for (const fs::directory_entry& lMotion : fs::recursive_directory_iterator(CorpusDir()))
-    {
-        if (lMotion.path().extension() != ".amc")
-            continue;
-        const std::string lStem = lMotion.path().stem().string();
-        for (const fs::directory_entry& lSkeleton : fs::directory_iterator(lMotion.path().parent_path()))
-            if (lSkeleton.path().extension() == ".asf" && lStem.rfind(lSkeleton.path().stem().string(), 0) == 0)
-                lPairs.push_back({lSkeleton.path(), lMotion.path(), OracleDir() / (lStem + ".world.json")});
-    }
-    return lPairs;
-}
-
-struct KPoint
-{
-    double mX;
-    double mY;
-    double mZ;
-};
-
 KPoint PointOf(const nlohmann::json& pArray, double pFactor)
 {
     return {pFactor * pArray[0].get<double>(), pFactor * pArray[1].get<double>(), pFactor * pArray[2].get<double>()};
-}
-
-double Distance(const KPoint& pLeft, const KPoint& pRight)
-{
-    return std::hypot(pLeft.mX - pRight.mX, pLeft.mY - pRight.mY, pLeft.mZ - pRight.mZ);
 }
 
 double Height(const nlohmann::json& pFrame, double pFactor)
@@ -105,9 +68,9 @@ TEST_P(KOracleTest, EveryBoneIsWhereTheDataSays)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     QEX_SKIP_WITHOUT_ORACLE();
-    const std::vector<KPair> lPairs = Pairs();
+    const std::vector<KCorpusPair> lPairs = CorpusPairs();
     ASSERT_FALSE(lPairs.empty());
-    for (const KPair& lPair : lPairs)
+    for (const KCorpusPair& lPair : lPairs)
     {
         SCOPED_TRACE(lPair.mAmc.filename().string());
         KQexImportAcclaimResult lFile;
@@ -218,7 +181,7 @@ std::map<std::string, std::vector<float>> AllKeys(KQexScene& pScene)
 TEST(KQexImporterAcclaimOracle, DegreesAndRadiansGiveTheSameScene)
 {
     QEX_SKIP_WITHOUT_CORPUS();
-    for (const KPair& lPair : Pairs())
+    for (const KCorpusPair& lPair : CorpusPairs())
     {
         const std::string                         lDegrees = ReadFile(lPair.mAmc);
         const std::string                         lRadians = InRadians(lDegrees);
