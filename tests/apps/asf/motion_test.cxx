@@ -123,9 +123,9 @@ TEST_F(KMotionTest, OutputsThatAreInputsAreRefused)
 
 TEST_F(KMotionTest, TheSkeletonIsFound)
 {
-    const auto lNote = [&](const char* lMotion)
+    const auto lNote = [&](const char* pMotion)
     {
-        return Run({"info", lMotion}).mErr;
+        return Run({"info", pMotion}).mErr;
     };
     EXPECT_EQ(lNote("small_01.amc").substr(0, 64), "small_01.amc: note: with the skeleton small.asf (its name begins");
 

@@ -43,11 +43,11 @@ void PrintTo(const KBoneCase& pCase, std::ostream* pOut)
     *pOut << pCase.mWhat;
 }
 
-class AsfReadBonesTest : public testing::TestWithParam<KBoneCase>
+class KAsfReadBonesTest : public testing::TestWithParam<KBoneCase>
 {
 };
 
-TEST_P(AsfReadBonesTest, ResultMessagesAndTree)
+TEST_P(KAsfReadBonesTest, ResultMessagesAndTree)
 {
     KMemoryWatch lWatch;
     {
@@ -63,7 +63,7 @@ const std::string kOne = "root<\na<root\n";
 const std::string kNone = "root<\n";
 
 INSTANTIATE_TEST_SUITE_P(
-    BoneData, AsfReadBonesTest,
+    BoneData, KAsfReadBonesTest,
     testing::Values(
         KBoneCase{"one bone", kBone + "end\n" + kEnd, true, "", kOne}, KBoneCase{"no bones", kRoot + ":bonedata\n" + kEnd, true, "", kNone},
         KBoneCase{"before the root", ":bonedata\n" + Bone("a") + kRoot + kEnd, false, "E1 Bone data before :root\n", ""},
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"capitals", kRoot + ":BoneData\nBEGIN\nNAME a\nDirection 1 0 0\nLENGTH 1\nEND\n" + kEnd, true, "", kOne}));
 
 INSTANTIATE_TEST_SUITE_P(
-    BoneLines, AsfReadBonesTest,
+    BoneLines, KAsfReadBonesTest,
     testing::Values(
         KBoneCase{"unknown word", kBone + "foo 1\nend\n" + kEnd, true, "W7 Unknown bonedata token\n", kOne},
         KBoneCase{"id", kBone + "id 1\nend\n" + kEnd, true, "", kOne},
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(
                   kOne}));
 
 INSTANTIATE_TEST_SUITE_P(
-    BoneEnds, AsfReadBonesTest,
+    BoneEnds, KAsfReadBonesTest,
     testing::Values(
         KBoneCase{"nothing", kRoot + ":bonedata\nbegin\nend\n" + kEnd, false, "E4 Bone has no name\n", kNone},
         KBoneCase{"no direction", kRoot + ":bonedata\nbegin\nname a\nlength 1\nend\n" + kEnd, false, "E6 Bone has no direction\n", kNone},
@@ -138,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
 const std::string kThree = kRoot + ":bonedata\n" + Bone("a") + Bone("b") + Bone("c"); // lines 1 to 17
 
 INSTANTIATE_TEST_SUITE_P(
-    Hierarchy, AsfReadBonesTest,
+    Hierarchy, KAsfReadBonesTest,
     testing::Values(
         KBoneCase{"none", kThree + ":hierarchy\n", true, "", "root<\na<root\nb<root\nc<root\n"},
         KBoneCase{"chain", kThree + ":hierarchy\nbegin\nroot a\na b\nb c\nend\n", true, "", "root<\na<root\nb<a\nc<b\n"},
@@ -223,18 +223,18 @@ struct KLengthCase
     double      mLength; ///< Of a bone of length 10.
 };
 
-class AsfReadLengthTest : public testing::TestWithParam<KLengthCase>
+class KAsfReadLengthTest : public testing::TestWithParam<KLengthCase>
 {
 };
 
-TEST_P(AsfReadLengthTest, IsConverted)
+TEST_P(KAsfReadLengthTest, IsConverted)
 {
     KAsfReading lReading;
     const auto  lUnits = std::string(":units\nlength ") + GetParam().mUnit + "\n";
     EXPECT_EQ(ReadBone(lReading, "length 10\n", lUnits)->mLength, GetParam().mLength);
 }
 
-INSTANTIATE_TEST_SUITE_P(Units, AsfReadLengthTest,
+INSTANTIATE_TEST_SUITE_P(Units, KAsfReadLengthTest,
                          testing::Values(KLengthCase{"0.45", (2.54 / 0.45) * 10.0}, KLengthCase{"1", 2.54 * 10.0},
                                          KLengthCase{"2.54", 10.0}, KLengthCase{"0", 10.0}, KLengthCase{"-1", 10.0}));
 
@@ -260,18 +260,18 @@ struct KDofCase
     std::vector<int> mCodes;
 };
 
-class AsfReadDofTest : public testing::TestWithParam<KDofCase>
+class KAsfReadDofTest : public testing::TestWithParam<KDofCase>
 {
 };
 
-TEST_P(AsfReadDofTest, Codes)
+TEST_P(KAsfReadDofTest, Codes)
 {
     KAsfReading  lReading;
     HKQexAsfNode lBone = ReadBone(lReading, GetParam().mLines);
     EXPECT_EQ(std::vector<int>(lBone->mOrderBuf, lBone->mOrderBuf + lBone->mOrderCount), GetParam().mCodes);
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, AsfReadDofTest,
+INSTANTIATE_TEST_SUITE_P(Words, KAsfReadDofTest,
                          testing::Values(KDofCase{"", {}}, KDofCase{"dof\n", {}}, KDofCase{"dof tx ty tz rz ry rx\n", {0, 1, 2, 3, 4, 5}},
                                          KDofCase{"dof rx ry rz\n", {5, 4, 3}}, KDofCase{"dof RZ Tx\n", {3, 0}},
                                          KDofCase{"dof rx foo ry\n", {5}}, KDofCase{"dof l rx l ry l\n", {5, 4}},
@@ -302,7 +302,7 @@ struct KLimitsCase
     const char* mExpected; ///< "code:min,max " for each DOF, a dash for a bound that is not active.
 };
 
-class AsfReadLimitsTest : public testing::TestWithParam<KLimitsCase>
+class KAsfReadLimitsTest : public testing::TestWithParam<KLimitsCase>
 {
 };
 
@@ -324,7 +324,7 @@ std::string LimitsOf(HKQexAsfNode pNode)
     return lText;
 }
 
-TEST_P(AsfReadLimitsTest, Rows)
+TEST_P(KAsfReadLimitsTest, Rows)
 {
     KAsfReading  lReading;
     HKQexAsfNode lBone = ReadBone(lReading, GetParam().mLines);
@@ -332,7 +332,7 @@ TEST_P(AsfReadLimitsTest, Rows)
     EXPECT_EQ(lReading.Messages(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Pairs, AsfReadLimitsTest,
+INSTANTIATE_TEST_SUITE_P(Pairs, KAsfReadLimitsTest,
                          testing::Values(KLimitsCase{"three lines", "dof rx ry rz\nlimits (-160 20)\n(-70 70)\n(-60, 70)\n",
                                                      "5:-160,20 4:-70,70 3:-60,70 "},
                                          KLimitsCase{"one line", "dof rz tx\nlimits (-1 1) (-2 2)\n", "3:-1,1 0:-2,2 "},

@@ -107,11 +107,11 @@ struct KFormCase
     std::string mText;
 };
 
-class AsfReadFormTest : public testing::TestWithParam<KFormCase>
+class KAsfReadFormTest : public testing::TestWithParam<KFormCase>
 {
 };
 
-TEST_P(AsfReadFormTest, SameSkeleton)
+TEST_P(KAsfReadFormTest, SameSkeleton)
 {
     const std::string lOutcome = Outcome(GetParam().mText);
     EXPECT_EQ(lOutcome, Outcome(kText)) << GetParam().mWhat;
@@ -119,7 +119,7 @@ TEST_P(AsfReadFormTest, SameSkeleton)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Forms, AsfReadFormTest,
+    Forms, KAsfReadFormTest,
     testing::Values(KFormCase{"CR LF", Replaced(kText, "\n", "\r\n")}, KFormCase{"CR", Replaced(kText, "\n", "\r")},
                     KFormCase{"no last line end", kText.substr(0, kText.size() - 1)}, KFormCase{"UTF-8 mark", "\xEF\xBB\xBF" + kText},
                     KFormCase{"blank lines", Replaced(kText, "\n", "\n\n   \n")}, KFormCase{"tabs", Replaced(kText, " ", "\t \t")},
@@ -284,7 +284,7 @@ std::string B(int pNumber)
     return "b" + std::to_string(pNumber);
 }
 
-class AsfReadManyTest : public testing::TestWithParam<size_t>
+class KAsfReadManyTest : public testing::TestWithParam<size_t>
 {
 };
 
@@ -309,22 +309,22 @@ void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
     RunInStack(pStack, [&] { EXPECT_GT(WrittenText(lReading.mScene).size(), pText.size()); });
 }
 
-TEST_P(AsfReadManyTest, Chain)
+TEST_P(KAsfReadManyTest, Chain)
 {
-    ReadMany(ManyBones([](int i) { return B(i - 1) + " " + B(i) + "\n"; }), GetParam(), kMany);
+    ReadMany(ManyBones([](int pBone) { return B(pBone - 1) + " " + B(pBone) + "\n"; }), GetParam(), kMany);
 }
 
-TEST_P(AsfReadManyTest, ChainFromItsEnd)
+TEST_P(KAsfReadManyTest, ChainFromItsEnd)
 {
-    ReadMany(ManyBones([](int i) { return B(kMany - 1 - i) + " " + B(kMany - i) + "\n"; }), GetParam(), kMany);
+    ReadMany(ManyBones([](int pBone) { return B(kMany - 1 - pBone) + " " + B(kMany - pBone) + "\n"; }), GetParam(), kMany);
 }
 
-TEST_P(AsfReadManyTest, Fan)
+TEST_P(KAsfReadManyTest, Fan)
 {
-    ReadMany(ManyBones([](int i) { return B(0) + " " + B(i) + "\n"; }), GetParam(), 2);
+    ReadMany(ManyBones([](int pBone) { return B(0) + " " + B(pBone) + "\n"; }), GetParam(), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stacks, AsfReadManyTest, testing::ValuesIn(kStackSizes));
+INSTANTIATE_TEST_SUITE_P(Stacks, KAsfReadManyTest, testing::ValuesIn(kStackSizes));
 
 /// Each of these would take minutes if a section, a name or a bone cost a walk over the tree.
 TEST(AsfReadMany, SectionsAreNotPaidForByBone)

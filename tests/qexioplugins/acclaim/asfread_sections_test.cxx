@@ -37,11 +37,11 @@ void PrintTo(const KMessageCase& pCase, std::ostream* pOut)
     *pOut << pCase.mWhat;
 }
 
-class AsfReadMessagesTest : public testing::TestWithParam<KMessageCase>
+class KAsfReadMessagesTest : public testing::TestWithParam<KMessageCase>
 {
 };
 
-TEST_P(AsfReadMessagesTest, ResultAndMessages)
+TEST_P(KAsfReadMessagesTest, ResultAndMessages)
 {
     KAsfReading lReading;
     EXPECT_EQ(lReading.ReadText(GetParam().mText), GetParam().mOk);
@@ -51,7 +51,7 @@ TEST_P(AsfReadMessagesTest, ResultAndMessages)
 const std::string kRest = kRoot + kBoneData + kHierarchy;
 
 INSTANTIATE_TEST_SUITE_P(
-    Driver, AsfReadMessagesTest,
+    Driver, KAsfReadMessagesTest,
     testing::Values(
         KMessageCase{"whole file", kVersion + kName + kUnits + kDocumentation + kRest, true, ""},
         KMessageCase{"root and hierarchy are enough", kRoot + kHierarchy, true, ""},
@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"unknown section ends a section", ":units\n:foo\n" + kRest, true, "W2 Ignoring unknown keyword (:foo)\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Version, AsfReadMessagesTest,
+    Version, KAsfReadMessagesTest,
     testing::Values(
         KMessageCase{"1.10", ":version 1.10\n" + kRest, true, ""}, KMessageCase{"1.1", ":version 1.1\n" + kRest, true, ""},
         KMessageCase{"1.109", ":version 1.109\n" + kRest, true, ""}, KMessageCase{"+1.1e0", ":version +1.1e0\n" + kRest, true, ""},
@@ -88,7 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"end of the file", kRoot + kHierarchy + kVersion, false, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Name, AsfReadMessagesTest,
+    Name, KAsfReadMessagesTest,
     testing::Values(KMessageCase{"no name", kRoot + ":name\n" + kHierarchy, false, "W6 Can't read skeleton name, using \"Untitled\"\n"},
                     KMessageCase{"a comment is no name", kRoot + ":name # x\n" + kHierarchy, false,
                                  "W6 Can't read skeleton name, using \"Untitled\"\n"},
@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(
                                  "W1 Name cut to 50 characters (" + std::string(50, 'n') + ")\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Units, AsfReadMessagesTest,
+    Units, KAsfReadMessagesTest,
     testing::Values(KMessageCase{"mass", ":units\nmass heavy\n" + kRest, true, "W2 Can't read mass unit, using 1.000000\n"},
                     KMessageCase{"mass keeps what it was", ":units\nmass 3\nmass\n" + kRest, true,
                                  "W3 Can't read mass unit, using 3.000000\n"},
@@ -113,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KMessageCase{"unknown", ":units\ntime 1\n" + kRest, true, "W2 Unknown unit token\n"},
                     KMessageCase{"end of the file", kRoot + kHierarchy + kUnits, false, ""}));
 
-INSTANTIATE_TEST_SUITE_P(Documentation, AsfReadMessagesTest,
+INSTANTIATE_TEST_SUITE_P(Documentation, KAsfReadMessagesTest,
                          testing::Values(KMessageCase{"anything", ":documentation\nbegin end\nroot\nname\n" + kRest, true, ""},
                                          KMessageCase{"a colon inside a line", ":documentation\nnote :root\n" + kRest, true, ""},
                                          KMessageCase{"a colon in front", ":documentation\n:note\n" + kRest, true,
@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Documentation, AsfReadMessagesTest,
                                          KMessageCase{"end of the file", kRoot + kHierarchy + kDocumentation, false, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Skin, AsfReadMessagesTest,
+    Skin, KAsfReadMessagesTest,
     testing::Values(KMessageCase{"three names", kRest + ":skin\na\nb\nc\n", true, ""},
                     KMessageCase{"no names", kRest + ":skin\n", true, ""},
                     KMessageCase{"name behind the keyword", kRest + ":skin a\nb\n", true, ""},
@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KMessageCase{"long name", kRest + ":skin " + std::string(5000, 's') + "\n", true, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Root, AsfReadMessagesTest,
+    Root, KAsfReadMessagesTest,
     testing::Values(
         KMessageCase{"empty", ":root\n" + kHierarchy, true, ""},
         KMessageCase{"unknown axis", ":root\naxis xyx\n" + kHierarchy, false, "E2 Unknown rotation order\n"},
@@ -252,11 +252,11 @@ struct KAxisCase
     int         mCode;
 };
 
-class AsfReadAxisTest : public testing::TestWithParam<KAxisCase>
+class KAsfReadAxisTest : public testing::TestWithParam<KAxisCase>
 {
 };
 
-TEST_P(AsfReadAxisTest, OfRootAndBone)
+TEST_P(KAsfReadAxisTest, OfRootAndBone)
 {
     const std::string lWord = GetParam().mWord;
     KAsfReading       lReading;
@@ -277,7 +277,7 @@ TEST_P(AsfReadAxisTest, OfRootAndBone)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, AsfReadAxisTest,
+INSTANTIATE_TEST_SUITE_P(Words, KAsfReadAxisTest,
                          testing::Values(KAxisCase{"zyx", 10}, KAxisCase{"xzy", 6}, KAxisCase{"yxz", 2}, KAxisCase{"yzx", 8},
                                          KAxisCase{"zxy", 4}, KAxisCase{"xyz", 0}, KAxisCase{"XYZ", 0}, KAxisCase{"ZyX", 10}));
 
@@ -287,11 +287,11 @@ struct KOrderCase
     std::vector<int> mCodes;
 };
 
-class AsfReadOrderTest : public testing::TestWithParam<KOrderCase>
+class KAsfReadOrderTest : public testing::TestWithParam<KOrderCase>
 {
 };
 
-TEST_P(AsfReadOrderTest, Codes)
+TEST_P(KAsfReadOrderTest, Codes)
 {
     KAsfReading lReading;
     ASSERT_TRUE(lReading.ReadText(std::string(":root\norder ") + GetParam().mWords + "\n" + kHierarchy.substr(0, 17) + "end\n"));
@@ -299,7 +299,7 @@ TEST_P(AsfReadOrderTest, Codes)
     EXPECT_EQ(std::vector<int>(lRoot->mOrderBuf, lRoot->mOrderBuf + lRoot->mOrderCount), GetParam().mCodes);
 }
 
-INSTANTIATE_TEST_SUITE_P(Words, AsfReadOrderTest,
+INSTANTIATE_TEST_SUITE_P(Words, KAsfReadOrderTest,
                          testing::Values(KOrderCase{"tx ty tz rz ry rx", {0, 1, 2, 3, 4, 5}}, KOrderCase{"RX RY RZ", {5, 4, 3}},
                                          KOrderCase{"", {}}, KOrderCase{"foo tx", {}}, KOrderCase{"tx l ty", {0}},
                                          KOrderCase{"tx tx", {0, 0}}, KOrderCase{"tx ty tz rz ry rx rx tx", {0, 1, 2, 3, 4, 5}},
