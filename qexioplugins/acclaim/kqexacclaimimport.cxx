@@ -244,27 +244,27 @@ KQexNode* KQexAcclaimImport::Build(KQexAsfScene& pAsfScene)
 
 KQexNode* KQexAcclaimImport::Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow)
 {
-    if (mCurves.empty())
-        BindTake(pAsfScene, pBelow, "");
+    if (mCurves.empty() && !BindTake(pAsfScene, pBelow, ""))
+        return nullptr;
     for (size_t i = 0; i < mCurves.size(); ++i)
     {
         if (KQexAsfCurves::HasAny(pAsfScene.mRoot))
             return nullptr;
         mCurves[i].GiveTo(pAsfScene.mRoot);
-        BindTake(pAsfScene, pBelow, mResult.mTakes[i].mName.c_str());
+        if (!BindTake(pAsfScene, pBelow, mResult.mTakes[i].mName.c_str()))
+            return nullptr;
     }
     return IsRootNode(pAsfScene, *pBelow) ? pBelow : pBelow->FindChild(pAsfScene.mRoot->mName, true, false);
 }
 
-void KQexAcclaimImport::BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName)
+bool KQexAcclaimImport::BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName)
 {
     const bool lLimits = mOptions.mSetLimits;
     const bool lOffset = mOptions.mSetRotatePivotOffet;
     const bool lPreRotation = mOptions.mSetPreRotation;
     if (IsRootNode(pAsfScene, *pBelow))
-        pAsfScene.mRoot->MergeASFToQEX(mScene, pBelow->GetParent(), pTakeName, lLimits, lOffset, lPreRotation);
-    else
-        pAsfScene.MergeASFToQEX(mScene, pBelow, pTakeName, lLimits, lOffset, lPreRotation);
+        return pAsfScene.mRoot->MergeASFToQEX(mScene, pBelow->GetParent(), pTakeName, lLimits, lOffset, lPreRotation);
+    return pAsfScene.MergeASFToQEX(mScene, pBelow, pTakeName, lLimits, lOffset, lPreRotation);
 }
 
 bool KQexAcclaimImport::Fail(const char* pText)

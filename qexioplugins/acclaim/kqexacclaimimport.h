@@ -45,7 +45,7 @@ private:
     bool      Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode);
     KQexNode* Build(KQexAsfScene& pAsfScene);
     KQexNode* Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow);
-    void      BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName);
+    bool      BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName);
     bool      Fail(const char* pText);
 
     KQexScene*                      mScene;

@@ -48,7 +48,12 @@ bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const 
     const HKQexAsfNode lRoot = pAsfScene == nullptr ? nullptr : pAsfScene->mRoot;
     if (lRoot != nullptr)
     {
-        lRoot->CreateDataFromDOF(pScene);
+        if (!lRoot->CreateDataFromDOF(pScene))
+        {
+            Error("Out of memory\n");
+            KQexAsfCurves::Destroy(lRoot);
+            return false;
+        }
         lRoot->StartSamplingData();
     }
     bool lOk = ReadFrames(pAsfScene, pOptions, lSampler);
