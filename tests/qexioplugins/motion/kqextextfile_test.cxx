@@ -11,9 +11,12 @@
 #include <cfloat>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 namespace qextest
@@ -563,6 +566,24 @@ TEST(KQexTextFile, DeviceErrorHalfWayIsReportedOnceAndEndsReading)
     EXPECT_FALSE(lFile.FirstLine());
     EXPECT_EQ(lFile.GetErrorCount(), 1);
     EXPECT_EQ(MessagesOf(lFile), "E" + std::to_string(lLines) + " Can't read " + (lDir / "text").string() + " (Input/output error)\n");
+}
+
+TEST(KQexTextFile, APipeIsReadOnceOnly)
+{
+    KTempDir          lDir;
+    const std::string lPath = (lDir / "fifo").string();
+    ASSERT_EQ(::mkfifo(lPath.c_str(), 0600), 0);
+    std::thread  lWriter([&lPath] { std::ofstream(lPath) << "one\ntwo\n"; });
+    KQexTextFile lFile("TXT", " ", "#", true, false);
+    EXPECT_TRUE(lFile.OpenRead(lPath.c_str()));
+    EXPECT_TRUE(lFile.FirstLine());
+    EXPECT_STREQ(lFile, "one");
+    EXPECT_TRUE(lFile.NextLine());
+    EXPECT_FALSE(lFile.FirstLine());
+    lWriter.join();
+    EXPECT_TRUE(lFile.Eof());
+    EXPECT_TRUE(lFile.HasFailed());
+    EXPECT_EQ(MessagesOf(lFile), "E2 Can't go back to the beginning of " + lPath + "\n");
 }
 
 TEST(KQexTextFile, LineThatIsTooLong)
