@@ -7,6 +7,14 @@ _asf()
         mapfile -t COMPREPLY < <(compgen -W "$(asf --help 2> /dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p') --help --version" -- "$word")
     elif [ "$before" = --view ]; then
         mapfile -t COMPREPLY < <(compgen -W "front side top all" -- "$word")
+    elif [ "$before" = --from ] || [ "$before" = --to ]; then
+        mapfile -t COMPREPLY < <(compgen -W "asf amc bvh glb gltf" -- "$word")
+    elif [ "$before" = --filter ]; then
+        mapfile -t COMPREPLY < <(compgen -W "none unroll gimbal" -- "$word")
+    elif [ "$before" = --translations ]; then
+        mapfile -t COMPREPLY < <(compgen -W "moving none all" -- "$word")
+    elif [ "$before" = --ignore ]; then
+        mapfile -t COMPREPLY < <(compgen -W "names parents rest lengths dofs limits frames positions" -- "$word")
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(asf "$command" --help 2> /dev/null | grep -o -- '--[a-z][a-z-]*' | sort -u)" -- "$word")
     fi

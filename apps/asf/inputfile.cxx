@@ -139,12 +139,14 @@ bool KInputFile::OpenAcclaim(const std::string& pPath, KConsole& pConsole)
     {
         return false;
     }
-    if (mKind == eKIND_BVH)
+    const bool lIsAcclaim = mKind != eKIND_BVH && mKind != eKIND_GLTF;
+    if (!lIsAcclaim)
     {
-        pConsole.Message(eERROR, GetShown(), 0, "is a BVH file, where an ASF or AMC file is expected");
+        pConsole.Message(eERROR, GetShown(), 0,
+                         std::string("is a ") + (mKind == eKIND_BVH ? "BVH" : "glTF") + " file, where an ASF or AMC file is expected");
         pConsole.Raise(eEXIT_INPUT);
     }
-    return mKind != eKIND_BVH;
+    return lIsAcclaim;
 }
 
 bool KInputFile::Load(KConsole& pConsole)

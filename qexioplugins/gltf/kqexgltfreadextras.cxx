@@ -69,7 +69,8 @@ void KGltfReader::ReadExtras(KGltfReadNode& pNode)
     {
         ReadLimits(lLimits["rotation"], lNode->GetLimits().mRotationLimits);
     }
-    if (lExtras["dofs"].Is(KGltfJson::eARRAY))
+    // Programs write an empty list, of a bone without degrees of freedom, as null.
+    if (lExtras["dofs"].Is(KGltfJson::eARRAY) || lExtras["dofs"].Is(KGltfJson::eNULL))
     {
         ReadDofs(lExtras["dofs"], mBoneDofs[lNode->GetName()]);
     }

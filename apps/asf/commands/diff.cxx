@@ -32,16 +32,29 @@ struct KDiffOptions
 const char* const kTitles[eASPECT_COUNT] = {"joints missing",     "other parents", "rest pose", "bone lengths",
                                             "degrees of freedom", "limits",        "frames",    "world positions"};
 
-// Two figures, each with its motion behind it in the order of the call. A lone motion goes with every skeleton.
-bool Distribute(std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
+bool HasMotionItself(const KInputFile& pFile)
+{
+    return pFile.GetKind() == eKIND_BVH || pFile.GetKind() == eKIND_GLTF;
+}
+
+// Two figures, and the motions in their order. A lone motion moves both skeletons; a lone skeleton carries both motions. A motion
+// beside a figure that has its own is a figure by itself.
+bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
 {
     std::vector<KInputFile> lFigures;
     std::vector<KInputFile> lMotions;
-    for (KInputFile& lFile : pFiles)
+    for (const KInputFile& lFile : pFiles)
     {
-        (lFile.GetKind() == eKIND_AMC ? lMotions : lFigures).push_back(std::move(lFile));
+        (lFile.GetKind() == eKIND_AMC ? lMotions : lFigures).push_back(lFile);
     }
-    if (lFigures.size() > 2 || lMotions.size() > 2 || (lFigures.size() < 2 && lMotions.size() < 2))
+    if (lFigures.size() == 1 && lMotions.size() == 1 && HasMotionItself(lFigures.front()))
+    {
+        pSides[0].push_back(pFiles[0]);
+        pSides[1].push_back(pFiles[1]);
+        return true;
+    }
+    const bool lIsShared = lFigures.size() == 1 && !HasMotionItself(lFigures.front());
+    if (lMotions.size() > 2 || !(lFigures.size() == 2 || (lMotions.size() == 2 && (lFigures.empty() || lIsShared))))
     {
         pConsole.Fail(eEXIT_CALL, "two figures to compare are expected, with at most one motion each");
         return false;
@@ -52,8 +65,7 @@ bool Distribute(std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSide
         {
             pSides[lSide].push_back(lFigures[std::min(lSide, lFigures.size() - 1)]);
         }
-        const bool lTakesMotion = pSides[lSide].empty() || pSides[lSide].front().GetKind() == eKIND_ASF;
-        if (!lMotions.empty() && (lTakesMotion || lMotions.size() == 2))
+        if (!lMotions.empty() && (pSides[lSide].empty() || !HasMotionItself(pSides[lSide].front()) || lMotions.size() == 2))
         {
             pSides[lSide].push_back(lMotions[std::min(lSide, lMotions.size() - 1)]);
         }
@@ -205,6 +217,7 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
         ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"}))
         ->type_size(1)
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("WHAT,...");
     lCommand->add_option("--take", lOptions->mTake, "Which of several takes to compare; without it the first")->option_text("NAME");
