@@ -45,30 +45,40 @@ KConverter::KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, s
 {
 }
 
+KConverter::~KConverter()
+{
+    // A text file that goes out of scope would complete itself. To those that have their names this does nothing.
+    for (const auto& lBvh : mBvhs)
+    {
+        lBvh->Discard();
+    }
+}
+
 void KConverter::Run()
 {
     if (!mOptions.mLimits)
     {
         mFigure.DropLimits();
     }
-    if (!SampleTakes() || !CheckTargets())
+    if (SampleTakes() && CheckTargets() && WriteAll())
     {
-        return;
+        Commit();
     }
+}
+
+bool KConverter::WriteAll()
+{
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
         if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) || (lOutput.mKind == eOUT_GLB && !WriteGlb(lOutput)))
         {
-            return;
+            return false;
         }
     }
     // These take their names by themselves once they are complete; the others follow.
     const KConvertOutput* lGltf = FindTarget(eOUT_GLTF);
     const bool            lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
-    if ((lGltf == nullptr || WriteGltf(*lGltf)) && (!lAcclaim || WriteAcclaim()))
-    {
-        Commit();
-    }
+    return (lGltf == nullptr || WriteGltf(*lGltf)) && (!lAcclaim || WriteAcclaim());
 }
 
 const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const

@@ -31,6 +31,11 @@ public:
     /// \p pInputs: paths that are not written to.
     KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
 
+    /// Gives up what is not complete.
+    ~KConverter();
+    KConverter(const KConverter&) = delete;
+    KConverter& operator=(const KConverter&) = delete;
+
     /// Says what is wrong, if anything; the exit status is raised then, and no file is changed.
     void Run();
 
@@ -40,6 +45,7 @@ private:
     bool        CheckTargets();
     std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
 
+    bool WriteAll();
     bool WriteBvhs(const KConvertOutput& pOutput);
     bool WriteBvh(const std::string& pPath, const KSampledTake& pTake);
     bool WriteGlb(const KConvertOutput& pOutput);

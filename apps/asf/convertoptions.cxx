@@ -143,6 +143,7 @@ std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments)
         if (lIsOutput && IsPair(lArguments[lIndex + 1], lArguments[lIndex + 2]))
         {
             lArguments.insert(lArguments.begin() + static_cast<std::ptrdiff_t>(lIndex) + 2, lArguments[lIndex]);
+            lIndex += 3; // What follows the pair is none of it.
         }
     }
     return lArguments;
@@ -197,6 +198,7 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->required()
         ->type_size(1)
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("FILE");
     pCommand.add_option("--from", pOptions.mFrom, "What the input is, instead of what it looks like")->check(lKinds)->option_text("KIND");

@@ -164,9 +164,13 @@ void WriteJson(const KDiffOptions& pOptions, const KFigureComparison& pCompariso
     lObject["other"] = pShown[1];
     lObject["height"] = pComparison.GetHeight();
     lObject["tolerance"] = pOptions.mTolerance;
-    lObject["joints"] = {pComparison.GetJointCount(0), pComparison.GetJointCount(1)};
-    lObject["frames"] = {pComparison.GetSampling(0).mCount, pComparison.GetSampling(1).mCount};
-    lObject["only"] = {pComparison.GetOnly(0), pComparison.GetOnly(1)};
+    lObject["joints"] = KJson::array({pComparison.GetJointCount(0), pComparison.GetJointCount(1)});
+    lObject["frames"] = KJson::array({pComparison.GetSampling(0).mCount, pComparison.GetSampling(1).mCount});
+    for (int lSide = 0; lSide < 2; ++lSide)
+    {
+        // Two lists of two names in braces would count as an object.
+        lObject["only"].push_back(pComparison.GetOnly(lSide));
+    }
     KJson lAspects = KJson::object();
     for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
     {

@@ -128,6 +128,7 @@ void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("--rename", lOptions->mRenames, "Give a bone another name; may be given again")
         ->type_size(1)
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("OLD=NEW");
     lCommand->add_option("--scale", lOptions->mScale, "Factor of all lengths")->check(CLI::Range(1e-9, 1e9))->option_text("FACTOR");
