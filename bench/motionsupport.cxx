@@ -1,0 +1,140 @@
+#include <bench/motionsupport.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+using namespace qexsdk;
+
+namespace qexbench
+{
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+constexpr int kGeneratedBones = 30;
+constexpr int kGeneratedFrames = 2751;
+
+bool IsFrameNumber(const std::string& pLine)
+{
+    const size_t lEnd = pLine.find_last_not_of("\r\n\t ");
+    return lEnd != std::string::npos && pLine.find_first_not_of("0123456789") > lEnd;
+}
+
+} // namespace
+
+void Demand(bool pDone)
+{
+    if (!pDone)
+    {
+        std::abort();
+    }
+}
+
+KMotion ChooseMotion()
+{
+    for (const std::string& lAmc : CorpusFiles(".amc"))
+    {
+        for (const std::string& lAsf : CorpusFiles(".asf"))
+        {
+            const bool lBeside = fs::path(lAsf).parent_path() == fs::path(lAmc).parent_path();
+            if (lBeside && fs::path(lAmc).stem().string().rfind(fs::path(lAsf).stem().string(), 0) == 0)
+            {
+                return {fs::path(lAmc).filename().string(), ReadWholeFile(lAsf), ReadWholeFile(lAmc)};
+            }
+        }
+    }
+    return {"generated", SkeletonText(eRANDOM, kGeneratedBones), MotionText(kGeneratedBones, kGeneratedFrames)};
+}
+
+KLongMotion::KLongMotion(const KMotion& pMotion, int pTimes)
+    : mPath(fs::temp_directory_path() / ("qex_bench_" + std::to_string(pTimes) + "_" + std::to_string(std::rand()) + ".amc"))
+{
+    std::ofstream lFile(mPath, std::ios::binary);
+    for (int i = 0; i < pTimes; ++i)
+    {
+        std::istringstream lText(pMotion.mAmc);
+        for (std::string lLine; std::getline(lText, lLine);)
+        {
+            const bool lNumber = IsFrameNumber(lLine);
+            if (i > 0 && mFrames % pTimes == 0 && !lNumber && (lLine[0] == ':' || lLine[0] == '#'))
+            {
+                continue;
+            }
+            lFile << (lNumber ? std::to_string(++mFrames) : lLine) << '\n';
+        }
+    }
+    Demand(lFile.flush().good());
+    mSize = static_cast<size_t>(fs::file_size(mPath));
+}
+
+KLongMotion::~KLongMotion()
+{
+    fs::remove(mPath);
+}
+
+void ScanFile(const std::string& pPath)
+{
+    std::vector<char> lBuffer(1 << 20);
+    std::FILE*        lFile = std::fopen(pPath.c_str(), "rb");
+    Demand(lFile != nullptr);
+    for (size_t lRead = std::fread(lBuffer.data(), 1, lBuffer.size(), lFile); lRead > 0;
+         lRead = std::fread(lBuffer.data(), 1, lBuffer.size(), lFile))
+    {
+        benchmark::DoNotOptimize(ScanNumbers(lBuffer.data(), lRead));
+    }
+    std::fclose(lFile);
+}
+
+KQexAsfSceneOwner ReadSkeleton(const KMotion& pMotion, KQexImportAcclaimResult& pResult)
+{
+    KQexAsfSceneOwner lScene = KQexImporterAcclaim::ReadSkeleton(
+        KQexAcclaimSource::Buffer(pMotion.mAsf.data(), pMotion.mAsf.size(), "skeleton"), KQexImportAcclaimOptions(), pResult);
+    Demand(lScene != nullptr);
+    return lScene;
+}
+
+void CountRotations(HKQexAsfNode pBone, int& pDofs, int& pBones)
+{
+    std::vector<HKQexAsfNode> lLeft{pBone};
+    while (!lLeft.empty())
+    {
+        const HKQexAsfNode lBone = lLeft.back();
+        lLeft.pop_back();
+        int lDofs = 0;
+        for (int i = 0; i < lBone->mOrderCount; ++i)
+        {
+            lDofs += lBone->mOrderBuf[i] >= 3 ? 1 : 0;
+        }
+        pDofs += lDofs;
+        pBones += lDofs > 0 ? 1 : 0;
+        for (int i = 0; i < lBone->mChildBuf.GetCount(); ++i)
+        {
+            lLeft.push_back(lBone->mChildBuf[i]);
+        }
+    }
+}
+
+double TurnBones(int pFrames, int pDofs, int pBones)
+{
+    double lSum = 0.0;
+    double lAngle = 0.1;
+    for (int i = 0; i < pFrames; ++i)
+    {
+        for (int k = 0; k < pDofs; ++k)
+        {
+            lAngle += 1e-3;
+            lSum += std::sin(lAngle) * std::cos(lAngle);
+        }
+        for (int k = 0; k < 3 * pBones; ++k)
+        {
+            lSum += std::atan2(lSum, lAngle);
+        }
+    }
+    return lSum;
+}
+
+} // namespace qexbench
