@@ -67,7 +67,7 @@ class QEX_API KQexFileGltf
 {
 public:
     /// \param pVerb print every message to standard error as well
-    explicit KQexFileGltf(bool pVerb = false) : mVerb(pVerb) {}
+    explicit KQexFileGltf(bool pVerb = false);
 
     /// Writes the trees at \p pRoots to \p pPath: one binary file, or, when the path ends in ".gltf", JSON and beside it the same
     /// name with ".bin". "-" writes a binary file to standard output. Either all files are there afterwards or, after a
@@ -79,7 +79,7 @@ public:
 
     /// Reads the file at \p pPath, binary or JSON whatever its name, into \p pScene; "-" is standard input. Takes whose names the
     /// scene has already get another one. False after an error or a cancel, which GetMessages() tells of: the scene is then as it
-    /// was. A file that would make more than some 30 million keys, far more than it has itself, is refused.
+    /// was. A file whose animations would make more than four million keys and sixteen for each of its bytes is refused.
     bool Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
 
     /// The same for \p pSize bytes at \p pData, which may refer to no file.
@@ -88,11 +88,17 @@ public:
     /// The messages of the last call; their lines are 0.
     const std::vector<KQexTextMessage>& GetMessages() const { return mMessages; }
 
-    /// Forgets all messages; for the parts of the reader and the writer.
+    /// \name For the parts of the reader and the writer
+    ///@{
+
     void ClearMessages() { mMessages.clear(); }
 
-    /// Adds a message; for the parts of the reader and the writer.
+    /// Adds a message.
     void Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText);
+
+    /// Adds the exception being handled as an error.
+    void ReportException() noexcept;
+    ///@}
 
 private:
     bool                         mVerb;

@@ -2,7 +2,7 @@
 #include <qexioplugins/gltf/kqexgltfreader.h>
 #include <qexioplugins/motion/kqextakeguard.h>
 
-#include <new>
+#include <exception>
 #include <string_view>
 
 namespace qexsdk
@@ -34,13 +34,9 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
         }
         pFile.Report(KQexTextMessage::eERROR, "Cancelled");
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&)
     {
-        pFile.Report(KQexTextMessage::eERROR, "Out of memory");
-    }
-    catch (const std::exception& lError)
-    {
-        pFile.Report(KQexTextMessage::eERROR, lError.what());
+        pFile.ReportException();
     }
     return false;
 }

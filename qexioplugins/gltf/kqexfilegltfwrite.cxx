@@ -91,6 +91,7 @@ std::string BinaryHead(std::string pJson, size_t pBytes)
            std::string("BIN\0", 4);
 }
 
+constexpr size_t kFirstMessages = 4;
 constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header tells its size in 32 bits.
 
 bool EndsIn(const std::string& pText, const std::string& pEnd)
@@ -152,13 +153,9 @@ bool Guarded(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQ
         KGltfWriter lWriter(pFile, pOptions);
         return lWriter.Build(pRoots) && pWrite(lWriter);
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&)
     {
-        pFile.Report(KQexTextMessage::eERROR, "Out of memory");
-    }
-    catch (const std::exception& lError)
-    {
-        pFile.Report(KQexTextMessage::eERROR, lError.what());
+        pFile.ReportException();
     }
     return false;
 }
@@ -214,6 +211,19 @@ bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& 
                    });
 }
 
+KQexFileGltf::KQexFileGltf(bool pVerb) : mVerb(pVerb)
+{
+    try
+    {
+        // Room for the first messages, so that running out of memory can be told even then.
+        mMessages.reserve(kFirstMessages);
+    }
+    catch (const std::bad_alloc&)
+    {
+        mMessages.clear();
+    }
+}
+
 void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText)
 {
     try
@@ -227,6 +237,31 @@ void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::strin
     if (mVerb)
     {
         std::fprintf(stderr, "%s: %s\n", pSeverity == KQexTextMessage::eERROR ? "error" : "warning", pText.c_str());
+    }
+}
+
+void KQexFileGltf::ReportException() noexcept
+{
+    // A text this short needs no memory of its own.
+    const char* const lNoMemory = "Out of memory";
+    try
+    {
+        throw;
+    }
+    catch (const std::bad_alloc&)
+    {
+        Report(KQexTextMessage::eERROR, lNoMemory);
+    }
+    catch (const std::exception& lError)
+    {
+        try
+        {
+            Report(KQexTextMessage::eERROR, lError.what());
+        }
+        catch (const std::bad_alloc&)
+        {
+            Report(KQexTextMessage::eERROR, lNoMemory);
+        }
     }
 }
 

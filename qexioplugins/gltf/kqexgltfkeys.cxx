@@ -147,8 +147,9 @@ void KGltfKeys::MixRotations(double pFraction, const double* pTo, double* pResul
         lFromSquare += pResult[i] * pResult[i];
         lToSquare += pTo[i] * pTo[i];
     }
-    const double lFromLength = std::sqrt(lFromSquare);
-    const double lToLength = std::sqrt(lToSquare);
+    // A key without length is no rotation; what comes out then is the other one, or none either.
+    const double lFromLength = lFromSquare > 0.0 ? std::sqrt(lFromSquare) : 1.0;
+    const double lToLength = lToSquare > 0.0 ? std::sqrt(lToSquare) : 1.0;
     const double lCosine = std::fabs(lDot) / (lFromLength * lToLength);
     double       lFrom = 1.0 - pFraction;
     double       lTo = pFraction;

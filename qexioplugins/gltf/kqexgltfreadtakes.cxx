@@ -18,7 +18,7 @@ namespace
 
 constexpr double    kTicksPerSecond = 705600000.0;
 constexpr long long kDefaultStep = 705600000 / 120;
-constexpr double    kFreeKeys = 32e6;  ///< Keys that any file may have.
+constexpr double    kFreeKeys = 4e6;   ///< Keys that any file may have.
 constexpr double    kKeysAByte = 16.0; ///< And further ones, for each byte of it.
 constexpr double    kLongest = 1e9;    ///< Seconds that a key may be from zero.
 

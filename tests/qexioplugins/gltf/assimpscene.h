@@ -3,15 +3,10 @@
 
 #include <tests/support/corpus.h>
 
+#include <assimp/Importer.hpp>
+
 #include <filesystem>
 #include <memory>
-
-struct aiScene;
-
-namespace Assimp
-{
-class Importer;
-}
 
 namespace qextest
 {

@@ -99,6 +99,18 @@ TEST(GltfMotion, RotationsTakeTheShorterArc)
     EXPECT_NEAR(lRead.Find("it")->EvaluateLocalRotation(KTime(705600000))[2], 90.0, 1e-4);
 }
 
+TEST(GltfMotion, AKeyWithoutLengthIsNoRotation)
+{
+    KGltfBuild lBuild;
+    const int  lNode = lBuild.AddNode({{"name", "it"}});
+    const int  lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F, 2.0F});
+    lBuild.AddChannel(lNode, "rotation", lInput, lBuild.AddFloats("VEC4", 4, {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}), "LINEAR");
+    const KReading lRead(lBuild.Text(), 30.0);
+    ASSERT_TRUE(lRead.mOk);
+    EXPECT_EQ(lRead.Find("it")->EvaluateLocalRotation(KTime(705600000 / 2))[0], 0.0);
+    EXPECT_NEAR(std::fabs(lRead.Find("it")->EvaluateLocalRotation(KTime(2 * 705600000LL))[0]), 180.0, 1e-4);
+}
+
 TEST(GltfMotion, AnglesGoOnFromFrameToFrame)
 {
     KGltfBuild         lBuild;
