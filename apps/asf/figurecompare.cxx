@@ -27,19 +27,6 @@ double Distance(const double* pOne, const double* pOther)
                      (pOne[2] - pOther[2]) * (pOne[2] - pOther[2]));
 }
 
-bool IsFiller(const KQexNode& pNode)
-{
-    const std::string lName = pNode.GetName();
-    for (const KQexNode* lChild = pNode.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
-    {
-        if (std::string(lChild->GetName()) + "Dummy" == lName)
-        {
-            return true;
-        }
-    }
-    return false;
-}
-
 std::string DofsText(const std::vector<KQexBoneDof>& pDofs)
 {
     std::string lText;
@@ -147,7 +134,7 @@ void KFigureComparison::MakePairs()
         else
         {
             mOnly[0].emplace_back(mSides[0].mNodes[lFirst]->GetName());
-            Note(eASPECT_NAMES, IsFiller(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[0].back());
+            Note(eASPECT_NAMES, IsNamedAsFiller(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[0].back());
         }
     }
     for (size_t lSecond = 0; lSecond < lIsTaken.size(); ++lSecond)
@@ -155,7 +142,7 @@ void KFigureComparison::MakePairs()
         if (!lIsTaken[lSecond])
         {
             mOnly[1].emplace_back(mSides[1].mNodes[lSecond]->GetName());
-            Note(eASPECT_NAMES, IsFiller(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[1].back());
+            Note(eASPECT_NAMES, IsNamedAsFiller(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[1].back());
         }
     }
     mResults[eASPECT_NAMES].mDiffers = mResults[eASPECT_NAMES].mLargest > 0;

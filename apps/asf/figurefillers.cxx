@@ -23,19 +23,6 @@ bool IsNear(const TVector& pValue, double pExpected)
            std::fabs(pValue.mData[2] - pExpected) < 1e-6;
 }
 
-bool IsNamedAfterChild(const KQexNode& pNode)
-{
-    const std::string lName = pNode.GetName();
-    for (const KQexNode* lChild = pNode.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
-    {
-        if (lChild->GetName() + kFiller == lName)
-        {
-            return true;
-        }
-    }
-    return false;
-}
-
 bool IsStill(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 {
     for (const KFigureTake& lTake : pTakes)
@@ -96,12 +83,25 @@ void TakeOut(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 
 } // namespace
 
+bool IsNamedAsFiller(const KQexNode& pNode)
+{
+    const std::string lName = pNode.GetName();
+    for (const KQexNode* lChild = pNode.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
+    {
+        if (lChild->GetName() + kFiller == lName)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
 int RemoveFillers(KQexNode* pRoot, const std::vector<KFigureTake>& pTakes)
 {
     std::vector<KQexNode*> lFillers;
     for (KQexNode* lNode = pRoot->GetNextInTree(pRoot); lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        if (IsNamedAfterChild(*lNode) && IsShift(*lNode) && IsStill(*lNode, pTakes))
+        if (IsNamedAsFiller(*lNode) && IsShift(*lNode) && IsStill(*lNode, pTakes))
         {
             lFillers.push_back(lNode);
         }

@@ -105,6 +105,9 @@ bool OpenFiles(const std::vector<std::string>& pPaths, const std::string& pFrom,
 /// A file's name without its folder and extension; "motion" for standard input.
 std::string FileStem(const std::string& pPath);
 
+/// Whether a node is called like one that an export put in front of another: after a child, with "Dummy" behind it.
+bool IsNamedAsFiller(const qexsdk::KQexNode& pNode);
+
 /// Takes out nodes that an export put in front of others to fill a gap: named after a child with "Dummy" behind it, never turned, and
 /// moved by no take. The children keep their places; they go behind their new brothers.
 /// \return the number of nodes taken out

@@ -123,6 +123,28 @@ TEST_F(KConvertTest, CircleThroughGltfKeepsLimits)
     EXPECT_TRUE(fs::exists(mFolder / "gltf" / "w.bin"));
 }
 
+// The same over real motions: joints stay within a ten-thousandth of the figure's height.
+TEST_F(KConvertTest, CirclesOfRealMotions)
+{
+    QEX_SKIP_WITHOUT_CORPUS();
+    for (const auto& lEntry : fs::recursive_directory_iterator(CorpusDir()))
+    {
+        if (lEntry.path().extension() != ".amc")
+        {
+            continue;
+        }
+        SCOPED_TRACE(lEntry.path().filename().string());
+        const std::string lMotion = lEntry.path().string();
+        ExpectConverts(lMotion + " -o real.glb -o real.bvh -o real.asf real.amc");
+        ExpectSame({"real.glb", "real.bvh"}, "frames");
+        ExpectSame({"real.glb", "real.asf", "real.amc"}, "frames");
+        ExpectConverts("real.glb -o glb.asf glb.amc");
+        ExpectSame({"real.asf", "real.amc", "glb.asf", "glb.amc"}, "frames");
+        ExpectConverts("real.bvh -o bvh.asf bvh.amc");
+        ExpectSame({"real.asf", "real.amc", "bvh.asf", "bvh.amc"}, "dofs,limits");
+    }
+}
+
 TEST_F(KConvertTest, ALoneSkeleton)
 {
     ExpectConverts("walker.asf -o new.asf --length-unit 1");
