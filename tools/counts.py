@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Counts the instructions of the main jobs under callgrind and compares them with bench/baseline.json: a gate without a clock.
+
+usage: counts.py ASF [--write]
+
+Fails when a job takes over 5 % more than the baseline says, and says so when one takes over 5 % less: then the baseline is out of date.
+--write makes the figures of this run the baseline.
+"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BASELINE = ROOT / "bench" / "baseline.json"
+TOLERANCE = 0.05
+
+
+def count(command):
+    result = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command], capture_output=True, text=True, check=False)
+    found = re.search(r"Collected : (\d+)", result.stderr)
+    if result.returncode != 0 or not found:
+        sys.exit(f"counts: {' '.join(command)} failed\n{result.stderr[-2000:]}")
+    return int(found.group(1))
+
+
+def measure(asf, folder):
+    walk, bvh = str(ROOT / "samples" / "walk.amc"), str(folder / "walk.bvh")
+    convert = [asf, "convert", "--quiet", "--threads", "1"]
+    # The BVH is an input of the last job, so it is made first.
+    return {
+        "ASF+AMC to BVH": count([*convert, walk, "-o", bvh]),
+        "ASF+AMC to glb": count([*convert, walk, "-o", str(folder / "walk.glb")]),
+        "BVH to ASF+AMC": count([*convert, bvh, "-o", str(folder / "new.asf"), str(folder / "new.amc")]),
+    }
+
+
+def main():
+    with tempfile.TemporaryDirectory() as folder:
+        figures = measure(str(pathlib.Path(sys.argv[1]).resolve()), pathlib.Path(folder))
+    if "--write" in sys.argv[2:]:
+        BASELINE.write_text(json.dumps(figures, indent=2) + "\n")
+        print(f"wrote {BASELINE.relative_to(ROOT)}")
+        return 0
+    baseline = json.loads(BASELINE.read_text())
+    worse = 0
+    for job, figure in figures.items():
+        ratio = figure / baseline[job]
+        state = "more than the baseline allows" if ratio > 1 + TOLERANCE else "far less than the baseline, which is out of date" if ratio < 1 - TOLERANCE else "as before"
+        worse += ratio > 1 + TOLERANCE
+        print(f"{job}: {figure:,} instructions, baseline {baseline[job]:,}, ratio {ratio:.3f}: {state}")
+    return 1 if worse else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
