@@ -159,9 +159,72 @@ KNumberStatus KNumberParse(std::string_view pToken, long long& pValue)
     return ParseInteger(pToken, pValue);
 }
 
+namespace
+{
+
+/// Most digits that PrintSmall writes, with sign and point.
+constexpr int kSmallText = 24;
+
+/// Writes \p pDigits, of which the last \p pDecimals stand behind the point, without zeros at the end.
+char* PrintScaled(char* pAt, unsigned long long pDigits, int pDecimals)
+{
+    while (pDecimals > 0 && pDigits % 10 == 0)
+    {
+        pDigits /= 10;
+        --pDecimals;
+    }
+    char  lText[kSmallText];
+    char* lAt = lText + kSmallText;
+    for (int i = 0; pDigits != 0 || i <= pDecimals; ++i)
+    {
+        if (i == pDecimals && pDecimals > 0)
+        {
+            *--lAt = '.';
+        }
+        *--lAt = static_cast<char>('0' + pDigits % 10);
+        pDigits /= 10;
+    }
+    return std::copy(lAt, lText + kSmallText, pAt);
+}
+
+/// KNumberPrintFixed for the numbers that motion is made of, by whole numbers alone: null for the others, which are those so large
+/// that scaling them rounds, and those so close to the middle between two texts that only all their digits tell which is nearer.
+char* PrintSmall(char* pBegin, char* pEnd, double pValue, int pDecimals)
+{
+    constexpr double kLargest = 1e12;
+    constexpr double kMargin = 1e-3; // Scaling is off by 1e-4 at most.
+    if (pDecimals > 9 || pEnd - pBegin < kSmallText)
+    {
+        return nullptr;
+    }
+    const double lScaled = std::fabs(pValue) * knumberdetail::kExactPowers[pDecimals];
+    if (!(lScaled < kLargest))
+    {
+        return nullptr;
+    }
+    const unsigned long long lFloor = static_cast<unsigned long long>(lScaled);
+    const double             lRest = lScaled - static_cast<double>(lFloor);
+    if (std::fabs(lRest - 0.5) < kMargin)
+    {
+        return nullptr;
+    }
+    const unsigned long long lDigits = lFloor + (lRest > 0.5 ? 1 : 0);
+    if (pValue < 0.0 && lDigits != 0)
+    {
+        *pBegin++ = '-';
+    }
+    return PrintScaled(pBegin, lDigits, pDecimals);
+}
+
+} // namespace
+
 char* KNumberPrintFixed(char* pBegin, char* pEnd, double pValue, int pDecimals)
 {
     const int lDecimals = std::clamp(pDecimals, 0, kNumberMaxDecimals);
+    if (char* lSmall = PrintSmall(pBegin, pEnd, pValue, lDecimals))
+    {
+        return lSmall;
+    }
     if (std::isnan(pValue))
     {
         pValue = std::numeric_limits<double>::quiet_NaN();

@@ -22,8 +22,8 @@ namespace
 constexpr double kCentimetres = 2.54; ///< Centimetres of an inch: a file's unit is that over its length unit.
 constexpr double kAngleNoise = 1e-5;  ///< Degrees by which single-precision curves of half a turn are off.
 constexpr double kLengthNoise = 6e-8; ///< Part of a length by which a single-precision curve is off.
-constexpr double kFewestDecimals = 2; ///< Even in gimbal lock angles keep these.
-constexpr double kMostDecimals = 6;
+constexpr int    kFewestDecimals = 2; ///< Even in gimbal lock angles keep these.
+constexpr int    kMostDecimals = 6;
 constexpr double kTellDegrees = 0.01; ///< Errors up to here are not worth a word.
 constexpr double kTellCentimetres = 0.01;
 
@@ -60,8 +60,14 @@ struct KAmcScratch
 /// Digits behind the point that are above twice the noise.
 int DecimalsFor(double pNoise)
 {
-    const double lDecimals = std::floor(-std::log10(4.0 * std::max(pNoise, 1e-300)));
-    return static_cast<int>(std::min(kMostDecimals, std::max(kFewestDecimals, lDecimals)));
+    int    lDecimals = kMostDecimals;
+    double lStep = 1e-6;
+    while (lDecimals > kFewestDecimals && lStep < 4.0 * pNoise)
+    {
+        lStep *= 10.0;
+        --lDecimals;
+    }
+    return lDecimals;
 }
 
 class KAmcWriter : private KQexFrameFormat

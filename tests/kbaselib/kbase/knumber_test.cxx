@@ -347,5 +347,52 @@ TEST(KNumberTest, TheLocaleDoesNotMatter)
     std::setlocale(LC_ALL, lBefore.c_str());
 }
 
+/// The text that all digits of the number give, without zeros at the end.
+std::string FixedByAllDigits(double pValue, int pDecimals)
+{
+    char lBuffer[400];
+    std::snprintf(lBuffer, sizeof(lBuffer), "%.*f", pDecimals, pValue);
+    std::string lText(lBuffer);
+    if (pDecimals > 0)
+    {
+        lText.erase(lText.find_last_not_of('0') + 1);
+        lText.erase(lText.find_last_not_of('.') + 1);
+    }
+    return lText == "-0" ? "0" : lText;
+}
+
+// Motion's numbers are printed by whole numbers; where only all digits tell, those that stand exactly between two texts among them, the
+// slow way has to take over.
+TEST(KNumberPrintTest, FixedIsNearestWhateverTheWay)
+{
+    std::mt19937_64                        lRandom(17);
+    std::uniform_real_distribution<double> lSpread(-1.0, 1.0);
+    for (int i = 0; i < 400000; ++i)
+    {
+        double lValue = lSpread(lRandom) * 400.0;
+        switch (i % 5)
+        {
+        case 1:
+            lValue = std::round(lValue * 1e4) / 1e4;
+            break;
+        case 2:
+            lValue = static_cast<double>(static_cast<float>(lValue));
+            break;
+        case 3:
+            lValue = std::round(lSpread(lRandom) * 1e6) / 128.0 / static_cast<double>(1 << lRandom() % 10);
+            break;
+        case 4:
+            lValue = lSpread(lRandom) * std::pow(10.0, static_cast<double>(lRandom() % 40) - 20.0);
+            break;
+        default:
+            break;
+        }
+        const int   lDecimals = static_cast<int>(lRandom() % 10);
+        char        lBuffer[kNumberBufferSize];
+        char* const lEnd = KNumberPrintFixed(lBuffer, lBuffer + sizeof(lBuffer), lValue, lDecimals);
+        ASSERT_EQ(std::string(lBuffer, static_cast<size_t>(lEnd - lBuffer)), FixedByAllDigits(lValue, lDecimals)) << lDecimals;
+    }
+}
+
 } // namespace
 } // namespace qexsdk
