@@ -12,7 +12,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr int    kMaxRounds = 60;      ///< Rounds after which the angles are taken as they are.
+constexpr int    kMaxRounds = 300;     ///< Rounds after which the angles are taken as they are.
 constexpr double kSettled = 1e-10;     ///< Degrees by which no angle moves any more.
 constexpr double kGimbalCosine = 1e-6; ///< Below this the gain is as good as boundless.
 
@@ -69,8 +69,10 @@ KDofSolver::KDofSolver(const int* pCodes, int pCount)
             mAxes[mCount++] = lAxis;
         }
     }
-    mIsWhole = mCount == 3 && mIsDistinct;
-    mCode = mCount > 0 ? CodeOf(mAxes, mIsDistinct ? mCount : 1) : 0;
+    const bool lReturns = mCount == 3 && mAxes[0] == mAxes[2] && mAxes[0] != mAxes[1];
+    mIsWhole = (mCount == 3 && mIsDistinct) || lReturns;
+    mCode = mCount > 0 ? CodeOf(mAxes, mIsDistinct || lReturns ? mCount : 1) : 0;
+    mCode |= lReturns ? 1 : 0;
 }
 
 /// The product of the DOFs' rotations from \p pFrom to before \p pTo.
@@ -93,7 +95,7 @@ void KDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& 
     for (int lRound = 0; lRound < kMaxRounds && lMoved > kSettled; ++lRound)
     {
         lMoved = 0.0;
-        for (int i = 0; i < mCount; ++i)
+        for (int i = mCount - 1; i >= 0; --i)
         {
             KgeRMatrix lBefore;
             KgeRMatrix lAfter;
@@ -109,6 +111,22 @@ void KDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& 
         }
     }
     Compose(pAngles, 0, mCount, pReached);
+}
+
+/// Going around from where the DOFs left may end at a hill that is not the highest. Half a turn of the first DOF begins on the
+/// other side.
+void KDofSolver::RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+{
+    double     lOther[6] = {};
+    KgeRMatrix lReached;
+    std::copy(pAngles, pAngles + mCount, lOther);
+    lOther[0] += 180.0;
+    Refine(pWanted, lOther, lReached);
+    if (AngleBetween(pWanted, lReached) < AngleBetween(pWanted, pReached))
+    {
+        std::copy(lOther, lOther + mCount, pAngles);
+        KgeSet(pReached, lReached);
+    }
 }
 
 void KDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
@@ -137,6 +155,7 @@ void KDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& p
     if (mCount > 1 && AngleBetween(pWanted, pReached) > 1e-9)
     {
         Refine(pWanted, pAngles, pReached);
+        RefineFromBehind(pWanted, pAngles, pReached);
     }
 }
 
@@ -159,9 +178,9 @@ double KDofSolver::GetGain(const double* pAngles) const
     {
         return 1.0;
     }
-    double lCosine;
-    kSinCosd(pAngles[1], &lCosine);
-    return 1.0 / std::max(kGimbalCosine, std::fabs(lCosine));
+    double       lCosine;
+    const double lSine = kSinCosd(pAngles[1], &lCosine);
+    return 1.0 / std::max(kGimbalCosine, std::fabs((mCode & 1) != 0 ? lSine : lCosine));
 }
 
 } // namespace qexsdk

@@ -20,7 +20,7 @@ public:
     int GetCount() const { return mCount; }
 
     /// Writes one angle (degrees) for each rotation DOF, in their order, into \p pAngles. \p pReached receives the rotation that
-    /// they make. Three DOFs about three axes reach every rotation; for fewer, or for repeated axes, the angle left over
+    /// they make. Three DOFs, each about another axis than the one before, reach every rotation; for other lists the angle left over
     /// between \p pWanted and \p pReached is as small as going around the DOFs one by one makes it.
     void Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
 
@@ -32,6 +32,7 @@ public:
 
 private:
     void Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    void RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
     void Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const;
 
     int  mAxes[6] = {};

@@ -1,0 +1,129 @@
+#include <qexioplugins/acclaim/kqexdofsolver.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace qexsdk;
+
+namespace
+{
+
+/// DOF codes in the order of a list: 3 rz, 4 ry, 5 rx, 0 to 2 translations.
+class KDofSolverTest : public testing::TestWithParam<std::vector<int>>
+{
+protected:
+    /// The rotation that the list's DOFs make, each later one on the left.
+    KgeRMatrix Compose(const std::vector<double>& pAngles) const
+    {
+        KgeRMatrix lResult;
+        size_t     lNext = 0;
+        for (const int lCode : GetParam())
+        {
+            if (lCode >= 3)
+            {
+                KgeRVector lAngle;
+                KgeRMatrix lTurn;
+                lAngle.mData[5 - lCode] = pAngles[lNext++];
+                KgeSet(lTurn, lAngle);
+                KgeMult(lResult, lTurn, lResult);
+            }
+        }
+        return lResult;
+    }
+
+    std::vector<double> RandomAngles()
+    {
+        std::vector<double> lAngles(static_cast<size_t>(mSolver.GetCount()));
+        for (double& lAngle : lAngles)
+        {
+            lAngle = std::uniform_real_distribution<double>(-180.0, 180.0)(mRandom);
+        }
+        return lAngles;
+    }
+
+    KDofSolver   mSolver{GetParam().data(), static_cast<int>(GetParam().size())};
+    std::mt19937 mRandom{11};
+};
+
+TEST_P(KDofSolverTest, ReachesWhatTheDofsCanMake)
+{
+    for (int i = 0; i < 300; ++i)
+    {
+        const KgeRMatrix    lWanted = Compose(RandomAngles());
+        std::vector<double> lFound(static_cast<size_t>(mSolver.GetCount()));
+        KgeRMatrix          lReached;
+        mSolver.Solve(lWanted, lFound.data(), lReached);
+        EXPECT_LT(AngleBetween(lWanted, lReached), 1e-6);
+        EXPECT_LT(AngleBetween(Compose(lFound), lReached), 1e-6);
+    }
+}
+
+TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
+{
+    const std::vector<int>& lList = GetParam();
+    if (mSolver.GetCount() > 2)
+    {
+        return; // These reach everything, which the other test shows.
+    }
+    for (int i = 0; i < 40; ++i)
+    {
+        KgeRVector lAny;
+        KgeRMatrix lWanted;
+        for (double& lAngle : lAny.mData)
+        {
+            lAngle = std::uniform_real_distribution<double>(-180.0, 180.0)(mRandom);
+        }
+        KgeSet(lWanted, lAny);
+        std::vector<double> lFound(static_cast<size_t>(mSolver.GetCount()));
+        KgeRMatrix          lReached;
+        mSolver.Solve(lWanted, lFound.data(), lReached);
+        double lBest = 180.0;
+        for (int lTry = 0; lTry < 3000; ++lTry)
+        {
+            lBest = std::min(lBest, AngleBetween(lWanted, Compose(RandomAngles())));
+        }
+        EXPECT_LT(AngleBetween(lWanted, lReached), lBest + 1e-9) << lList.size();
+    }
+}
+
+TEST_P(KDofSolverTest, ContinuingChangesNoRotation)
+{
+    for (int i = 0; i < 100; ++i)
+    {
+        const std::vector<double> lLast = RandomAngles();
+        std::vector<double>       lAngles = RandomAngles();
+        const KgeRMatrix          lBefore = Compose(lAngles);
+        mSolver.Continue(lAngles.data(), lLast.data());
+        EXPECT_LT(AngleBetween(lBefore, Compose(lAngles)), 1e-6);
+        for (size_t j = 0; j < lAngles.size(); ++j)
+        {
+            EXPECT_LE(std::fabs(lAngles[j] - lLast[j]), 180.0);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
+                         testing::Values(std::vector<int>{}, std::vector<int>{0, 1, 2}, std::vector<int>{5}, std::vector<int>{4},
+                                         std::vector<int>{3}, std::vector<int>{5, 4}, std::vector<int>{4, 3}, std::vector<int>{3, 5},
+                                         std::vector<int>{5, 3}, std::vector<int>{5, 4, 3}, std::vector<int>{3, 4, 5},
+                                         std::vector<int>{4, 5, 3}, std::vector<int>{2, 3, 5, 4}, std::vector<int>{5, 4, 5}),
+                         [](const testing::TestParamInfo<std::vector<int>>& pInfo) { return std::to_string(pInfo.index); });
+
+TEST(KDofSolverGain, GrowsTowardsGimbalLock)
+{
+    const int        lCodes[3] = {5, 4, 3};
+    const KDofSolver lSolver(lCodes, 3);
+    const double     lFlat[3] = {10.0, 0.0, 20.0};
+    const double     lSteep[3] = {10.0, 60.0, 20.0};
+    const double     lLocked[3] = {10.0, 90.0, 20.0};
+    EXPECT_DOUBLE_EQ(lSolver.GetGain(lFlat), 1.0);
+    EXPECT_NEAR(lSolver.GetGain(lSteep), 2.0, 1e-12);
+    EXPECT_NEAR(lSolver.GetGain(lLocked), 1e6, 1.0);
+}
+
+} // namespace
