@@ -51,6 +51,30 @@ void TakeMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, c
     }
 }
 
+/// Gives a motion's output up unless told otherwise: its file would complete an output that nobody closed, also while an exception
+/// is on its way.
+class KDiscardGuard
+{
+public:
+    explicit KDiscardGuard(KQexFileAcclaimAmc& pAmc) : mAmc(pAmc) {}
+    ~KDiscardGuard()
+    {
+        if (!mKeep)
+        {
+            mAmc.Discard();
+        }
+    }
+    KDiscardGuard(const KDiscardGuard&) = delete;
+    KDiscardGuard& operator=(const KDiscardGuard&) = delete;
+
+    /// The output stays when \p pKeep is true. Gives that back.
+    bool Keep(bool pKeep) { return mKeep = pKeep; }
+
+private:
+    KQexFileAcclaimAmc& mAmc;
+    bool                mKeep = false;
+};
+
 /// One export of a tree: what its steps hand to each other.
 class KExport
 {
@@ -68,12 +92,17 @@ public:
     }
 
     /// Into the two files.
-    bool Run() { return MakeSkeleton(!mAmcPath.empty()) && WriteSkeleton() && WriteMotion(mAmcPath, nullptr) && Finish(); }
+    bool Run()
+    {
+        KDiscardGuard lGuard(mAmc);
+        return lGuard.Keep(MakeSkeleton(!mAmcPath.empty()) && WriteSkeleton() && WriteMotion(mAmcPath, nullptr) && Finish());
+    }
 
     /// Into memory; \p pAmc null: the skeleton alone.
     bool Run(std::string& pAsf, std::string* pAmc)
     {
-        const bool lOk = MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close()));
+        KDiscardGuard lGuard(mAmc);
+        const bool    lOk = lGuard.Keep(MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close())));
         pAsf.swap(mText);
         return lOk;
     }
@@ -207,18 +236,13 @@ bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::st
                      const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
     const bool lIsOpen = pBuffer != nullptr ? pAmc.OpenWriteBuffer(pBuffer) : pAmc.OpenWrite(pPath.c_str());
-    const bool lIsWritten = lIsOpen && pAmc.Write(pSkeleton, pPairs, pOptions);
+    const bool lIsWritten = lIsOpen && pAmc.Write(pSkeleton, pPairs, pOptions) && pAmc.GetOutput().Prepare();
     TakeMessages(pResult, pAmc, pPath);
-    if (!lIsWritten || !pAmc.GetOutput().Prepare())
+    if (!lIsWritten && pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
     {
-        if (pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
-        {
-            FailOutput(pResult, pAmc.GetOutput());
-        }
-        pAmc.Discard();
-        return false;
+        FailOutput(pResult, pAmc.GetOutput());
     }
-    return true;
+    return lIsWritten;
 }
 
 /// Turns a caller's options into the writer's; wraps the progress call so that a cancel is remembered.
@@ -367,12 +391,10 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
         return Fail(pResult, pAmcPath, "No frames in the part of the take that was asked for");
     }
     KQexFileAcclaimAmc        lAmc(false);
+    KDiscardGuard             lGuard(lAmc);
     const KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
-    if (!WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult))
-    {
-        return false;
-    }
-    return lAmc.Close() || FailOutput(pResult, lAmc.GetOutput());
+    return lGuard.Keep(WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult) &&
+                       (lAmc.Close() || FailOutput(pResult, lAmc.GetOutput())));
 }
 
 } // namespace
