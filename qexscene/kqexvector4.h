@@ -5,8 +5,6 @@
 #include <kbaselib/kmath/kgeom.h>
 #include <qexscene/kqexvectortemplate3.h>
 
-#include <cmath>
-
 namespace qexsdk
 {
 
@@ -61,7 +59,7 @@ public:
     }
 
     /// Length of (x, y, z).
-    double Length() const { return std::sqrt(mData[0] * mData[0] + mData[1] * mData[1] + mData[2] * mData[2]); }
+    double Length() const { return KmVlength(mData); }
 
     /// Exact comparison of all four components, without any tolerance.
     constexpr bool operator==(const KQexVector4& pOther) const

@@ -85,14 +85,14 @@ void ReduceKeys(KQexAnimCurve* (&pCurves)[3])
     lFilter.Apply(pCurves, 3);
 }
 
-// Whether there is a whole group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
+// Whether there is a group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
 // default value does not. Only the first curve is asked.
 bool KeepGroup(KQexAnimCurve* (&pCurves)[3])
 {
     if (!pCurves[0])
         return false;
     if (pCurves[0]->GetKeyCount() > 1)
-        return pCurves[1] && pCurves[2];
+        return true;
     DestroyGroup(pCurves);
     return false;
 }
