@@ -23,6 +23,7 @@ namespace qexsdk
 class QEX_API KQexAnimCurve : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// An empty curve in \p pScene (null: a curve that belongs to no scene and is ended by Destroy). Null when memory runs out.
@@ -37,6 +38,8 @@ public:
 
     /// Puts a key with the value of \p pKey at \p pTime; the time in \p pKey is not looked at. A key that is already at that
     /// time gets the value. Later than all others: amortised O(1); elsewhere the keys behind it are moved up.
+    /// \param pTime when the key is.
+    /// \param pKey  its value.
     /// \param pLast when given, receives the index of the key; what it holds before is not looked at.
     /// \return the index of the key; -1, and the curve unchanged, when memory runs out.
     virtual int AddKey(const KTime& pTime, const KQexAnimCurveKey& pKey, int* pLast = nullptr);
@@ -46,8 +49,10 @@ public:
 
     /// Time and value of a key. An index outside 0 … GetKeyCount() - 1 gives value 0 at time 0.
     KQexAnimCurveKey GetKey(int pIndex) const { return KQexAnimCurveKey(GetTime(pIndex), GetValue(pIndex)); }
-    float            GetValue(int pIndex) const { return mKeys.IsIndex(pIndex) ? mKeys.GetValue(pIndex) : 0.0F; }
-    KTime            GetTime(int pIndex) const { return KTime(mKeys.IsIndex(pIndex) ? mKeys.GetTime(pIndex) : 0); }
+    /// The value of key \p pIndex alone; 0 outside.
+    float GetValue(int pIndex) const { return mKeys.IsIndex(pIndex) ? mKeys.GetValue(pIndex) : 0.0F; }
+    /// The time of key \p pIndex alone; 0 outside.
+    KTime GetTime(int pIndex) const { return KTime(mKeys.IsIndex(pIndex) ? mKeys.GetTime(pIndex) : 0); }
 
     /// Gives the key \p pIndex another value. False, and the curve unchanged, for an index out of range or when memory runs out.
     bool SetValue(int pIndex, float pValue);
@@ -74,6 +79,8 @@ public:
     /// \name Keys as a whole
     /// For filters, which read one set of keys and then put another in its place.
     /// \{
+
+    /// All keys; valid until the curve changes or ends.
     const KQexKeyStore& GetKeys() const { return mKeys; }
     /// Exchanges the values with those of \p pValues, which are as many as there are keys. Cannot fail.
     void SwapValues(KQexKeyBlock<float>& pValues) { mKeys.SwapValues(pValues); }
@@ -82,6 +89,7 @@ public:
     /// \}
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexAnimCurve(KQexScene* pScene, const char* pName);
 
 private:

@@ -13,6 +13,7 @@ class QEX_API KQexAnimCurveFilterConstantKeyReducer : public KQexAnimCurveFilter
 {
 public:
     /// \param pCurves any number of curves, each treated by itself; null ones are passed over.
+    /// \param pCount  how many there are.
     /// \return false when \p pCurves is null and \p pCount is not 0, when \p pCount is negative, or when memory runs out; in
     ///     the last case the curves before the one that could not be done are reduced, it and those behind it unchanged.
     bool Apply(KQexAnimCurve** pCurves, int pCount) override;

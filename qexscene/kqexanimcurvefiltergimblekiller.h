@@ -24,7 +24,8 @@ public:
     /// As KQexAnimCurveFilterUnroll::SetRotationOrder. XYZ until it is set: three curves do not tell their order, so
     /// whoever knows that it is another has to say it.
     void SetRotationOrder(int pOrder) { mOrder = pOrder; }
-    int  GetRotationOrder() const { return mOrder; }
+    /// The order that is set.
+    int GetRotationOrder() const { return mOrder; }
 
     /// As KQexAnimCurveFilterUnroll::Apply.
     bool Apply(KQexAnimCurve** pCurves, int pCount) override;

@@ -25,9 +25,11 @@ public:
     /// ZYX 10), which is twice the number of the node's ERotationOrder. Other codes count as the matrix functions take them.
     /// XYZ until it is set.
     void SetRotationOrder(int pOrder) { mOrder = pOrder; }
-    int  GetRotationOrder() const { return mOrder; }
+    /// The order that is set.
+    int GetRotationOrder() const { return mOrder; }
 
     /// \param pCurves the angles about x, y and z in degrees, with keys at equal times.
+    /// \param pCount  how many there are: 3.
     /// \return false, and nothing changed, when there are not exactly three curves, one is null or given twice, their key
     ///     times differ, or memory runs out.
     bool Apply(KQexAnimCurve** pCurves, int pCount) override;

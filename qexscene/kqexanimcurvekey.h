@@ -14,8 +14,10 @@ public:
     /// A key at time 0.
     KQexAnimCurveKeyBase() = default;
 
+    /// When the key is.
     KTime GetTime() const { return mTime; }
-    void  SetTime(const KTime& pTime) { mTime = pTime; }
+    /// Moves the key; a curve that it was read from keeps its own.
+    void SetTime(const KTime& pTime) { mTime = pTime; }
 
     KTime mTime = KTime(0); ///< When the key is.
 };
@@ -41,9 +43,11 @@ class QEX_API KQexAnimCurveKey : public KQexAnimCurveKeyBase
 public:
     /// Value 0 at time 0.
     KQexAnimCurveKey();
+    /// A key at \p pTime with \p pValue, in the unit of what the curve moves.
     KQexAnimCurveKey(const KTime& pTime, float pValue);
     /// A key of its own with the same time and value; its data come from the allocator too.
     KQexAnimCurveKey(const KQexAnimCurveKey& pOther);
+    /// Takes over time and value; the data stay where they are.
     KQexAnimCurveKey& operator=(const KQexAnimCurveKey& pOther);
     ~KQexAnimCurveKey() = default;
 
@@ -54,8 +58,10 @@ public:
         mData->mValue = pValue;
     }
 
+    /// The value, in the unit of what the curve moves.
     float GetValue() const { return mData->mValue; }
-    void  SetValue(float pValue) { mData->mValue = pValue; }
+    /// Changes the value.
+    void SetValue(float pValue) { mData->mValue = pValue; }
 
     /// Installs the allocator for keys constructed from now on, in every thread; null takes it out.
     /// \return the one that was installed, to be put back.

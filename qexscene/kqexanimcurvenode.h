@@ -16,6 +16,7 @@ class KQexAnimLayer;
 class QEX_API KQexAnimCurveNode : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Number of channels.
@@ -29,6 +30,7 @@ public:
     const kQexClassId& GetClassId() const noexcept override;
     KQexObject*        GetSrcObject(kQexClassId pClass, int pIndex) const override;
 
+    /// kChannelCount.
     unsigned int GetChannelsCount() const { return kChannelCount; }
 
     /// The property of channel \p pChannel; not valid (KQexProperty::IsValid) when there is no such channel.
@@ -58,7 +60,9 @@ public:
     }
 
     /// The \p pIndex-th curve of channel \p pChannel, or null. Curve 0 is the one that is evaluated.
-    /// \param pName null: any; else only curves of that name count.
+    /// \param pChannel 0 to 2.
+    /// \param pIndex   from 0.
+    /// \param pName    null: any; else only curves of that name count.
     KQexAnimCurve* GetCurve(unsigned int pChannel, unsigned int pIndex = 0, const char* pName = nullptr) const;
 
     /// Number of curves on channel \p pChannel.
@@ -66,6 +70,8 @@ public:
 
     /// Puts \p pCurve on channel \p pChannel, after the curves that it has. The curve stays the scene's. A curve may be on
     /// several channels.
+    /// \param pCurve   a curve of the same scene, or of none.
+    /// \param pChannel 0 to 2.
     /// \param pInLastPosition kept for the callers that pass it; has no effect.
     /// False when there is no such channel or curve, the curve is of another scene, or memory runs out.
     bool ConnectToChannel(KQexAnimCurve* pCurve, unsigned int pChannel, bool pInLastPosition = true);
@@ -85,6 +91,7 @@ public:
     KQexAnimLayer* GetLayer() const;
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexAnimCurveNode(KQexScene* pScene, const char* pName);
 
 private:

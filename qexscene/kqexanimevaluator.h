@@ -19,6 +19,7 @@ class KQexNode;
 class QEX_API KQexAnimEvaluator : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// The evaluator is its scene's for as long as the scene lives: does nothing.
@@ -43,7 +44,9 @@ public:
 
     /// The local values themselves, as x, y, z and w = 0: centimetres, degrees, factors.
     KQexVector4 GetNodeLocalTranslation(const KQexNode* pNode, KTime pTime) const;
+    /// The same for the rotation: degrees about x, y, z, without pre- and post-rotation.
     KQexVector4 GetNodeLocalRotation(const KQexNode* pNode, KTime pTime) const;
+    /// The same for the scaling: factors.
     KQexVector4 GetNodeLocalScaling(const KQexNode* pNode, KTime pTime) const;
 
     /// The global transforms of \p pRoot and of every node below it at \p pTime, into \p pBuffer, in one pass whose cost is
@@ -52,6 +55,7 @@ public:
     bool EvaluateGlobalTransforms(KQexNode* pRoot, KTime pTime, KQexGlobalTransforms& pBuffer) const;
 
 protected:
+    /// As KQexObject's; the scene makes its evaluator itself.
     KQexAnimEvaluator(KQexScene* pScene, const char* pName) : KQexObject(pScene, pName) {}
 
 private:

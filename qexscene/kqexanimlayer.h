@@ -11,6 +11,7 @@ namespace qexsdk
 class QEX_API KQexAnimLayer : public KQexCollection
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Makes a layer without a stack, owned by the scene of \p pContainer; a stack takes it by AddMember. Null when
@@ -20,6 +21,7 @@ public:
     const kQexClassId& GetClassId() const noexcept override;
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexAnimLayer(KQexScene* pScene, const char* pName) : KQexCollection(pScene, pName) {}
 };
 

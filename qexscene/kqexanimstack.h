@@ -11,6 +11,7 @@ namespace qexsdk
 class QEX_API KQexAnimStack : public KQexCollection
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Makes a stack without layers in the scene of \p pContainer. Null when \p pContainer is null or memory runs out.
@@ -26,6 +27,7 @@ public:
     KQexAnimLayer* GetOrCreateBaseLayer();
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexAnimStack(KQexScene* pScene, const char* pName);
 
 private:

@@ -43,10 +43,12 @@ public:
         return false;
     }
 
+    /// Whether both are the same class: by name, since a shared library may have its own copy.
     bool operator==(const kQexClassId& pOther) const noexcept
     {
         return mName == pOther.mName || (mName != nullptr && pOther.mName != nullptr && std::strcmp(mName, pOther.mName) == 0);
     }
+    /// Whether they are different classes.
     bool operator!=(const kQexClassId& pOther) const noexcept { return !(*this == pOther); }
 
 private:

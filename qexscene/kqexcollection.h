@@ -12,6 +12,7 @@ namespace qexsdk
 class QEX_API KQexCollection : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Makes an empty collection, owned by the scene of \p pContainer. Null when \p pContainer is null or memory runs out.
@@ -31,6 +32,7 @@ public:
     /// Takes \p pMember out. False when it is not a member. O(1).
     bool RemoveMember(KQexObject* pMember);
 
+    /// Number of members.
     int GetMemberCount() const { return mMembers.GetCount(); }
 
     /// Member \p pIndex, in the order in which they were added; null when there is none.
@@ -54,6 +56,7 @@ public:
     }
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexCollection(KQexScene* pScene, const char* pName) : KQexObject(pScene, pName) {}
 
 private:

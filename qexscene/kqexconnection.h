@@ -20,11 +20,11 @@ public:
     /// Takes the connection out of both ends and frees it.
     void Remove() noexcept;
 
-    KQexObject*                  mSrc = nullptr;
-    KQexPropertyData*            mDst = nullptr;
+    KQexObject*                  mSrc = nullptr;     ///< The object that drives.
+    KQexPropertyData*            mDst = nullptr;     ///< The property that is driven.
     KQexConnection*              mPrevDst = nullptr; ///< Neighbours among the connections of the same source.
-    KQexConnection*              mNextDst = nullptr;
-    KQexListHook<KQexConnection> mSrcHook; ///< Place among the connections of the same property.
+    KQexConnection*              mNextDst = nullptr; ///< The same, behind this one.
+    KQexListHook<KQexConnection> mSrcHook;           ///< Place among the connections of the same property.
 
 private:
     void TouchScene() const noexcept;

@@ -28,6 +28,7 @@ public:
     KQexGlobalTransforms(const KQexGlobalTransforms&) = delete;
     KQexGlobalTransforms& operator=(const KQexGlobalTransforms&) = delete;
 
+    /// Number of items; 0 before the first evaluation and after one that failed.
     int GetCount() const { return mCount; }
 
     /// Item \p pIndex, 0 to GetCount() - 1: its node.

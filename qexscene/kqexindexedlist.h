@@ -22,6 +22,7 @@ public:
     using KBase::GetNext;
     using KBase::GetPrev;
 
+    /// Puts \p pItem, which is in no list by this hook, at the end.
     void Append(T* pItem)
     {
         KBase::Append(pItem);
@@ -31,6 +32,7 @@ public:
         }
     }
 
+    /// Takes \p pItem, which is in this list, out of it.
     void Remove(T* pItem)
     {
         if (mIndexValid && pItem == GetLast())

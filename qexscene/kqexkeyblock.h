@@ -25,13 +25,20 @@ public:
     KQexKeyBlock(const KQexKeyBlock&) = delete;
     KQexKeyBlock& operator=(const KQexKeyBlock&) = delete;
 
-    int         GetCount() const { return mCount; }
-    T*          GetItems() { return mItems; }
-    const T*    GetItems() const { return mItems; }
-    T&          operator[](int pIndex) { return mItems[pIndex]; }
-    const T&    operator[](int pIndex) const { return mItems[pIndex]; }
+    /// Number of items.
+    int GetCount() const { return mCount; }
+    /// The items side by side; valid until the block grows. Null while there is no room.
+    T* GetItems() { return mItems; }
+    /// The items to read.
+    const T* GetItems() const { return mItems; }
+    /// Item \p pIndex.
+    T& operator[](int pIndex) { return mItems[pIndex]; }
+    /// Item \p pIndex to read.
+    const T& operator[](int pIndex) const { return mItems[pIndex]; }
+    /// Bytes allocated, spare room included.
     std::size_t GetMemoryUse() const { return static_cast<std::size_t>(mCapacity) * sizeof(T); }
 
+    /// Drops all items and gives their memory back.
     void Clear()
     {
         if (mItems != nullptr)
@@ -99,6 +106,7 @@ public:
 
     /// Puts \p pItem at the end or before the item \p pIndex. There must be room.
     void AppendInRoom(const T& pItem) { mItems[mCount++] = pItem; }
+    /// Puts \p pItem before item \p pIndex; those behind move up. There must be room.
     void InsertInRoom(int pIndex, const T& pItem)
     {
         std::memmove(mItems + pIndex + 1, mItems + pIndex, static_cast<std::size_t>(mCount - pIndex) * sizeof(T));
@@ -106,6 +114,7 @@ public:
         ++mCount;
     }
 
+    /// Puts \p pItem at the end. False, and nothing changed, when memory runs out.
     bool Append(const T& pItem)
     {
         if (!MakeRoom(1))
@@ -116,12 +125,14 @@ public:
         return true;
     }
 
+    /// Takes item \p pIndex out; those behind move down. No memory is given back.
     void Remove(int pIndex)
     {
         std::memmove(mItems + pIndex, mItems + pIndex + 1, static_cast<std::size_t>(mCount - pIndex - 1) * sizeof(T));
         --mCount;
     }
 
+    /// Exchanges items and room.
     void Swap(KQexKeyBlock& pOther) noexcept
     {
         std::swap(mItems, pOther.mItems);

@@ -32,6 +32,7 @@ struct QEX_API KQexKeyRun
     int           mOver = 1;  ///< Positive.
     int           mShift = 0; ///< 0 … mOver - 1.
 
+    /// A run of the one key with index \p pFirst at time \p pStart.
     KQexKeyRun(std::int64_t pStart, int pFirst) : mStart(pStart), mStep(0), mFirst(pFirst) {}
 
     bool IsEven() const { return mRise == 0; } ///< Whether all steps are equal.
@@ -39,6 +40,7 @@ struct QEX_API KQexKeyRun
     /// How many of the steps up to key \p pKey are longer.
     int GetRise(int pKey) const { return static_cast<int>((static_cast<std::int64_t>(mRise) * pKey + mShift) / mOver); }
 
+    /// Time in ticks of key \p pKey of the run, by the formula above.
     std::int64_t GetTime(int pKey) const
     {
         const std::int64_t lTime = KeyTimeAfter(mStart, mStep * static_cast<std::uint64_t>(pKey));
@@ -51,6 +53,7 @@ struct QEX_API KQexKeyRun
     /// What is left from key \p pKey on of the run's \p pCount keys; this run then ends before it.
     KQexKeyRun Split(int pKey, int pCount);
 
+    /// Whether all six numbers are the same.
     bool operator==(const KQexKeyRun& pOther) const
     {
         return mStart == pOther.mStart && mStep == pOther.mStep && mFirst == pOther.mFirst && mRise == pOther.mRise &&
@@ -70,7 +73,9 @@ public:
     void Forget() { mIsKnown = false; }
 
     /// Takes the next key into a run of \p pCount keys. False, and the run unchanged, when no line goes through all of them.
-    /// \param pStep ticks from the run's last key to the new one.
+    /// \param pRun   the run, as it was when this last extended it.
+    /// \param pCount its keys so far, at least one.
+    /// \param pStep  ticks from the run's last key to the new one.
     bool Extend(KQexKeyRun& pRun, int pCount, std::uint64_t pStep);
 
 private:

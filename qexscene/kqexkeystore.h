@@ -18,10 +18,15 @@ namespace qexsdk
 class QEX_API KQexKeyStore
 {
 public:
-    int                 GetCount() const { return mTimes.GetCount(); }
-    bool                IsIndex(int pIndex) const { return pIndex >= 0 && pIndex < GetCount(); }
-    std::int64_t        GetTime(int pIndex) const { return mTimes.Get(pIndex); }
-    float               GetValue(int pIndex) const { return mValues.Get(pIndex); }
+    /// Number of keys.
+    int GetCount() const { return mTimes.GetCount(); }
+    /// Whether there is a key \p pIndex.
+    bool IsIndex(int pIndex) const { return pIndex >= 0 && pIndex < GetCount(); }
+    /// Time of key \p pIndex in ticks.
+    std::int64_t GetTime(int pIndex) const { return mTimes.Get(pIndex); }
+    /// Value of key \p pIndex.
+    float GetValue(int pIndex) const { return mValues.Get(pIndex); }
+    /// All times; valid until a key comes or goes.
     const KQexKeyTimes& GetTimes() const { return mTimes; }
 
     /// Puts a value at a time, over the one that is there. Amortised O(1) behind the last key, elsewhere the keys behind it move.
@@ -37,9 +42,13 @@ public:
     /// The value at \p pTime as KQexAnimCurve::Evaluate tells it.
     double Evaluate(std::int64_t pTime) const;
 
-    void        Clear();
-    void        Compact();
-    void        Swap(KQexKeyStore& pOther) noexcept;
+    /// Removes every key and gives their memory back.
+    void Clear();
+    /// Gives spare room back.
+    void Compact();
+    /// Exchanges all keys.
+    void Swap(KQexKeyStore& pOther) noexcept;
+    /// Bytes allocated for keys, spare room included.
     std::size_t GetMemoryUse() const { return mTimes.GetMemoryUse() + mValues.GetMemoryUse(); }
 
 private:

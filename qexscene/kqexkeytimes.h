@@ -22,8 +22,10 @@ namespace qexsdk
 class QEX_API KQexKeyTimes
 {
 public:
+    /// Number of times.
     int          GetCount() const { return mCount; }
     std::int64_t GetLast() const { return mLast; } ///< Time of the last key; meaningless without keys.
+    /// Time \p pIndex. O(1) when listed or when all steps are equal, else O(log n).
     std::int64_t Get(int pIndex) const;
 
     /// Index of the last key at or before \p pTime, -1 when there is none. O(1) when all steps are equal, else O(log n).
@@ -66,9 +68,13 @@ public:
     /// Adds a time between the keys \p pIndex - 1 and \p pIndex, as Find tells for a time that is not there yet.
     bool Insert(int pIndex, std::int64_t pTime);
 
-    void        Clear();
-    void        Compact();
-    void        Swap(KQexKeyTimes& pOther) noexcept;
+    /// Removes every time and gives their memory back.
+    void Clear();
+    /// Gives spare room back.
+    void Compact();
+    /// Exchanges all times.
+    void Swap(KQexKeyTimes& pOther) noexcept;
+    /// Bytes allocated, spare room included.
     std::size_t GetMemoryUse() const { return mRuns.GetMemoryUse() + mList.GetMemoryUse(); }
 
 private:

@@ -16,10 +16,13 @@ namespace qexsdk
 class QEX_API KQexKeyValues
 {
 public:
-    int   GetCount() const { return mCount; }
-    bool  IsConstant() const { return mIsConstant; } ///< Whether the value is kept once; true without keys.
+    /// Number of values.
+    int  GetCount() const { return mCount; }
+    bool IsConstant() const { return mIsConstant; } ///< Whether the value is kept once; true without keys.
+    /// Value \p pIndex.
     float Get(int pIndex) const { return mIsConstant ? mConstant : mList[pIndex]; }
-    bool  Set(int pIndex, float pValue);
+    /// Changes value \p pIndex. False, and nothing changed, when memory runs out.
+    bool Set(int pIndex, float pValue);
 
     /// Sees to it that inserting \p pValue cannot fail.
     bool MakeRoom(float pValue) { return mIsConstant || !mList.HasRoom() ? MakeMoreRoom(pValue) : true; }
@@ -42,9 +45,13 @@ public:
     /// Exchanges the values with a list of as many (at least one). What was kept once is not listed: \p pList is empty then.
     void SwapList(KQexKeyBlock<float>& pList) noexcept;
 
-    void        Clear();
-    void        Compact();
-    void        Swap(KQexKeyValues& pOther) noexcept;
+    /// Removes every value and gives their memory back.
+    void Clear();
+    /// Gives spare room back.
+    void Compact();
+    /// Exchanges all values.
+    void Swap(KQexKeyValues& pOther) noexcept;
+    /// Bytes allocated, spare room included.
     std::size_t GetMemoryUse() const { return mList.GetMemoryUse(); }
 
 private:

@@ -14,22 +14,27 @@ class QEX_API KQexLimits
 public:
     /// The switch over all six bounds.
     void SetActive(bool pActive) { mActive = pActive; }
+    /// Whether any bound holds.
     bool GetActive() const { return mActive; }
 
     /// Which of the minima hold, by axis.
     void SetLimitMinActive(bool pX, bool pY, bool pZ) { mMin.SetActive(pX, pY, pZ); }
+    /// Which of the minima hold, while GetActive() is true.
     void GetLimitMinActive(bool& pX, bool& pY, bool& pZ) const { mMin.GetActive(pX, pY, pZ); }
 
     /// Which of the maxima hold, by axis.
     void SetLimitMaxActive(bool pX, bool pY, bool pZ) { mMax.SetActive(pX, pY, pZ); }
+    /// Which of the maxima hold, while GetActive() is true.
     void GetLimitMaxActive(bool& pX, bool& pY, bool& pZ) const { mMax.GetActive(pX, pY, pZ); }
 
     /// The minima x, y, z, whether they hold or not; the w given is dropped, the w returned is 0.
-    void        SetLimitMin(const KQexVector4& pLimit) { mMin.SetLimit(pLimit); }
+    void SetLimitMin(const KQexVector4& pLimit) { mMin.SetLimit(pLimit); }
+    /// The minima as they were set.
     KQexVector4 GetLimitMin() const { return mMin.mLimit; }
 
     /// The maxima x, y, z, likewise.
-    void        SetLimitMax(const KQexVector4& pLimit) { mMax.SetLimit(pLimit); }
+    void SetLimitMax(const KQexVector4& pLimit) { mMax.SetLimit(pLimit); }
+    /// The maxima as they were set.
     KQexVector4 GetLimitMax() const { return mMax.mLimit; }
 
 private:

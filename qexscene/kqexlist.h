@@ -8,9 +8,9 @@ namespace qexsdk
 template <typename T>
 struct KQexListHook
 {
-    T*  mPrev = nullptr;
-    T*  mNext = nullptr;
-    int mIndex = 0; ///< Place in a KQexIndexedList while its index is valid; a plain KQexList leaves it alone.
+    T*  mPrev = nullptr; ///< The item before it; null: the first one, or in no list.
+    T*  mNext = nullptr; ///< The item behind it; null: the last one, or in no list.
+    int mIndex = 0;      ///< Place in a KQexIndexedList while its index is valid; a plain KQexList leaves it alone.
 };
 
 /// A doubly linked list through a hook inside its items, in the order in which they were appended. Owns nothing.
@@ -24,12 +24,13 @@ public:
     KQexList(const KQexList&) = delete;
     KQexList& operator=(const KQexList&) = delete;
 
-    T*        GetFirst() const noexcept { return mFirst; }
-    T*        GetLast() const noexcept { return mLast; }
-    int       GetCount() const noexcept { return mCount; }
-    static T* GetNext(const T* pItem) noexcept { return (pItem->*tHook).mNext; }
-    static T* GetPrev(const T* pItem) noexcept { return (pItem->*tHook).mPrev; }
+    T*        GetFirst() const noexcept { return mFirst; }                       ///< Null when the list is empty.
+    T*        GetLast() const noexcept { return mLast; }                         ///< Null when the list is empty.
+    int       GetCount() const noexcept { return mCount; }                       ///< Number of items.
+    static T* GetNext(const T* pItem) noexcept { return (pItem->*tHook).mNext; } ///< The item behind \p pItem, or null.
+    static T* GetPrev(const T* pItem) noexcept { return (pItem->*tHook).mPrev; } ///< The item before \p pItem, or null.
 
+    /// Puts \p pItem, which is in no list by this hook, at the end.
     void Append(T* pItem) noexcept
     {
         (pItem->*tHook).mPrev = mLast;
@@ -39,6 +40,7 @@ public:
         ++mCount;
     }
 
+    /// Takes \p pItem, which is in this list, out of it.
     void Remove(T* pItem) noexcept
     {
         KQexListHook<T>& lHook = pItem->*tHook;

@@ -12,6 +12,7 @@ namespace qexsdk
 class QEX_API KQexMatrix
 {
 public:
+    /// Images of the axes, then the translation; see above.
     KQexVector4 mData[4] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {0.0, 0.0, 0.0, 1.0}};
 
     /// The translation, with w = 0.

@@ -36,6 +36,7 @@ constexpr int kPivotSet0 = 0;
 class QEX_API KQexNode : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Makes a node named exactly \p pName (null counts as "") without a parent, owned by the scene of \p pContainer.
@@ -54,7 +55,8 @@ public:
 
     /// Attaches \p pAttribute, which leaves the node it was attached to; the one attached before stays in the scene. Null
     /// only detaches. False, and nothing changed, when it is of another scene.
-    bool               SetNodeAttribute(KQexNodeAttribute* pAttribute);
+    bool SetNodeAttribute(KQexNodeAttribute* pAttribute);
+    /// The attached attribute, or null.
     KQexNodeAttribute* GetNodeAttribute() const { return mAttribute; }
 
     /// The attribute if it is a skeleton's, else null.
@@ -72,6 +74,7 @@ public:
     /// Takes \p pChild out; it has no parent then. False when it is not a child of this node. O(1).
     bool RemoveChild(KQexNode* pChild);
 
+    /// The parent, or null.
     KQexNode* GetParent() const { return mParent; }
 
     /// Child \p pIndex, in the order in which they were added; null when there is none. See KQexIndexedList for the cost.
@@ -81,11 +84,14 @@ public:
     int GetChildCount(bool pRecursive = false) const;
 
     /// The first node named exactly \p pName below this one (itself excluded) in pre-order, or null.
+    /// \param pName      the name, letter by letter; null finds nothing.
     /// \param pRecursive true: at any depth; false: among the direct children.
     /// \param pInitial   kept for the callers that pass it; has no effect.
     KQexNode* FindChild(const char* pName, bool pRecursive = true, bool pInitial = false) const;
 
+    /// The first child, or null.
     KQexNode* GetFirstChild() const { return mChildren.GetFirst(); }
+    /// The child after this one of the same parent, or null.
     KQexNode* GetNextSibling() const { return KChildren::GetNext(this); }
 
     /// The node after this one in pre-order within the tree below \p pTop, or null after the last. A walk begins at
@@ -95,28 +101,39 @@ public:
 
     /// \name Transform
     /// \{
+
+    /// Whether rotation order, pre- and post-rotation count. From the start they do not.
     void SetRotationActive(bool pActive) { mRotationActive = pActive; }
+    /// Whether they do.
     bool GetRotationActive() const { return mRotationActive; }
 
     /// Kept and given back while rotation is not active, too. Default eEULER_XYZ.
-    void           SetRotationOrder(int pPivotSet, ERotationOrder pOrder);
+    void SetRotationOrder(int pPivotSet, ERotationOrder pOrder);
+    /// The order that was set.
     ERotationOrder GetRotationOrder(int pPivotSet = kPivotSet0) const;
-    void           GetRotationOrder(int pPivotSet, ERotationOrder& pOrder) const;
+    /// The same, stored in \p pOrder.
+    void GetRotationOrder(int pPivotSet, ERotationOrder& pOrder) const;
 
     /// Centimetres, in the parent's space. The w given is dropped, the w returned is 0; so for the next two.
-    void        SetRotationOffset(int pPivotSet, KQexVector4 pOffset);
+    void SetRotationOffset(int pPivotSet, KQexVector4 pOffset);
+    /// The offset that was set, w = 0.
     KQexVector4 GetRotationOffset(int pPivotSet = kPivotSet0) const;
 
     /// XYZ Euler angles in degrees.
-    void        SetPreRotation(int pPivotSet, KQexVector4 pRotation);
+    void SetPreRotation(int pPivotSet, KQexVector4 pRotation);
+    /// The pre-rotation that was set, w = 0.
     KQexVector4 GetPreRotation(int pPivotSet = kPivotSet0) const;
-    void        SetPostRotation(int pPivotSet, KQexVector4 pRotation);
+    /// XYZ Euler angles in degrees, of the rotation whose inverse is applied.
+    void SetPostRotation(int pPivotSet, KQexVector4 pRotation);
+    /// The post-rotation that was set, w = 0.
     KQexVector4 GetPostRotation(int pPivotSet = kPivotSet0) const;
 
     /// The local values at \p pTime in the evaluator's current stack, as x, y, z and w = 0. The flags and the pivot set are
     /// kept for the callers that pass them and have no effect: no target is evaluated and no limit applied.
     KQexVector4 EvaluateLocalTranslation(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
+    /// The same for the rotation: degrees about x, y, z, without pre- and post-rotation.
     KQexVector4 EvaluateLocalRotation(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
+    /// The same for the scaling: factors.
     KQexVector4 EvaluateLocalScaling(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
 
     /// The local transform for the given local values, by the formula of the class. Reads nothing but the node's pivots.
@@ -124,7 +141,9 @@ public:
                                const double pScaling[3]) const;
     /// \}
 
-    KQexNodeLimits&       GetLimits() { return mLimits; }
+    /// The node's limits, part of the node.
+    KQexNodeLimits& GetLimits() { return mLimits; }
+    /// The node's limits to read.
     const KQexNodeLimits& GetLimits() const { return mLimits; }
 
     KQexTypedProperty<qexVectorTemplate3<double>> mLocalTranslation; ///< Centimetres, parent's space; (0, 0, 0).
@@ -132,6 +151,7 @@ public:
     KQexTypedProperty<qexVectorTemplate3<double>> mLocalScaling;     ///< Factors; (1, 1, 1).
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexNode(KQexScene* pScene, const char* pName);
 
 private:

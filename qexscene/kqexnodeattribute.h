@@ -12,6 +12,7 @@ class KQexNode;
 class QEX_API KQexNodeAttribute : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     const kQexClassId& GetClassId() const noexcept override;
@@ -23,6 +24,7 @@ public:
     KQexNode* GetNode() const { return mNode; }
 
 protected:
+    /// As KQexObject's; only derived classes make objects.
     KQexNodeAttribute(KQexScene* pScene, const char* pName) : KQexObject(pScene, pName) {}
 
 private:

@@ -19,12 +19,12 @@ public:
 
     /// \name The switch of each group.
     /// \{
-    void SetTranslationLimitActive(bool pActive) { mTranslationLimits.SetActive(pActive); }
-    bool GetTranslationLimitActive() const { return mTranslationLimits.GetActive(); }
-    void SetRotationLimitActive(bool pActive) { mRotationLimits.SetActive(pActive); }
-    bool GetRotationLimitActive() const { return mRotationLimits.GetActive(); }
-    void SetScalingLimitActive(bool pActive) { mScalingLimits.SetActive(pActive); }
-    bool GetScalingLimitActive() const { return mScalingLimits.GetActive(); }
+    void SetTranslationLimitActive(bool pActive) { mTranslationLimits.SetActive(pActive); } ///< mTranslationLimits.SetActive
+    bool GetTranslationLimitActive() const { return mTranslationLimits.GetActive(); }       ///< mTranslationLimits.GetActive
+    void SetRotationLimitActive(bool pActive) { mRotationLimits.SetActive(pActive); }       ///< mRotationLimits.SetActive
+    bool GetRotationLimitActive() const { return mRotationLimits.GetActive(); }             ///< mRotationLimits.GetActive
+    void SetScalingLimitActive(bool pActive) { mScalingLimits.SetActive(pActive); }         ///< mScalingLimits.SetActive
+    bool GetScalingLimitActive() const { return mScalingLimits.GetActive(); }               ///< mScalingLimits.GetActive
     /// \}
 
     KQexLimits mTranslationLimits; ///< Centimetres, parent's space.

@@ -27,6 +27,7 @@ class KQexScene;
 class QEX_API KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Ends the object: detaches it everywhere and frees it. O(1) and the number of its own connections.
@@ -72,10 +73,15 @@ public:
     /// \name Memory
     /// From QexSdkMalloc; a failed allocation makes the `new` expression give null.
     /// \{
+
+    /// Memory for an object; null when it runs out.
     static void* operator new(std::size_t pSize) noexcept { return QexSdkMalloc(pSize); }
+    /// \p pPlace itself, which the caller owns.
     static void* operator new(std::size_t, void* pPlace) noexcept { return pPlace; }
-    static void  operator delete(void* pMemory) noexcept { QexSdkFree(pMemory); }
-    static void  operator delete(void*, void*) noexcept {}
+    /// Gives the memory back; null does nothing.
+    static void operator delete(void* pMemory) noexcept { QexSdkFree(pMemory); }
+    /// Belongs to the placement form; nothing to give back.
+    static void operator delete(void*, void*) noexcept {}
     /// \}
 
 protected:

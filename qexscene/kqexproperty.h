@@ -20,6 +20,7 @@ class QEX_API KQexPropertyData
 public:
     /// \param pOwner object that the property is part of.
     /// \param pName  name; must outlive the property (a literal, or owned by \p pOwner).
+    /// \param pType the type of its value, for good.
     /// \param pX,pY,pZ the first values of its components.
     KQexPropertyData(KQexObject* pOwner, const char* pName, EQexType pType, double pX, double pY, double pZ);
 
@@ -29,11 +30,11 @@ public:
     KQexPropertyData(const KQexPropertyData&) = delete;
     KQexPropertyData& operator=(const KQexPropertyData&) = delete;
 
-    KQexObject*                                         mOwner;
-    const char*                                         mName;
-    EQexType                                            mType;
+    KQexObject*                                         mOwner;    ///< The object that the property is part of.
+    const char*                                         mName;     ///< Its name; not owned.
+    EQexType                                            mType;     ///< The type of its value.
     double                                              mValue[4]; ///< Its components; those that the type does not have are 0.
-    KQexList<KQexConnection, &KQexConnection::mSrcHook> mSources;
+    KQexList<KQexConnection, &KQexConnection::mSrcHook> mSources;  ///< The connections that drive it, in the order in which they were made.
 };
 
 /// A value of an object that can be read, set and animated. This class is a handle: copy it freely, and do not use it after
@@ -42,9 +43,12 @@ class QEX_API KQexProperty
 {
 public:
     KQexProperty() = default;
+    /// A handle on \p pData, which it does not own; null: not valid.
     explicit KQexProperty(KQexPropertyData* pData) : mProperty(pData) {}
     ~KQexProperty() = default;
+    /// A handle on the same property.
     KQexProperty(const KQexProperty&) = default;
+    /// Becomes a handle on the same property; sets no value.
     KQexProperty& operator=(const KQexProperty&) = default;
 
     /// Whether there is a property behind the handle.
@@ -61,6 +65,7 @@ public:
 
     /// Sets the value, which is what the property has wherever no curve drives it.
     /// \param pValue points to a value of type \p pType; numbers convert to numbers, three and four components to each other.
+    /// \param pType  the type of what \p pValue points to.
     /// \param pCheckForValueEquality kept for the callers that pass it; has no effect.
     /// False, and nothing changed, when the property is not valid, \p pValue is null, or the types do not convert.
     bool Set(const void* pValue, EQexType pType, bool pCheckForValueEquality = true);
@@ -71,11 +76,13 @@ public:
     /// The curve node that drives the property in the take \p pTakeName: on layer 0 of the animation stack of that name.
     /// \param pCreate true: the stack, its base layer and the curve node are made when missing. The node's channels then
     ///                start with the property's value.
+    /// \param pTakeName the stack's name.
     /// Null when there is none, when \p pTakeName is null or empty, or when memory runs out.
     KQexAnimCurveNode* GetCurveNode(bool pCreate, const char* pTakeName);
 
     /// The curve node that drives the property on \p pLayer (null: gives null), made when missing if \p pCreate is true.
-    KQexAnimCurveNode*       GetCurveNode(KQexAnimLayer* pLayer, bool pCreate = false);
+    KQexAnimCurveNode* GetCurveNode(KQexAnimLayer* pLayer, bool pCreate = false);
+    /// The same to read, never made.
     const KQexAnimCurveNode* GetCurveNode(const KQexAnimLayer* pLayer) const;
 
     /// The \p pIndex-th object of class \p pClass (an invalid identifier: any class) that is connected to the property, in
@@ -91,10 +98,12 @@ public:
     bool DisconnectSrcObject(KQexObject* pObject);
 
     /// The property's data, for the evaluator; null when not valid.
-    KQexPropertyData*       GetData() { return mProperty; }
+    KQexPropertyData* GetData() { return mProperty; }
+    /// The same to read.
     const KQexPropertyData* GetData() const { return mProperty; }
 
 protected:
+    /// The property; null: not valid.
     KQexPropertyData* mProperty = nullptr;
 };
 
@@ -121,6 +130,7 @@ class KQexTypedProperty : public KQexProperty
 public:
     /// \param pOwner object that the property is a member of.
     /// \param pName  name; must outlive the property.
+    /// \param pX,pY,pZ the first values of its components.
     KQexTypedProperty(KQexObject* pOwner, const char* pName, double pX = 0.0, double pY = 0.0, double pZ = 0.0)
         : mStorage(pOwner, pName, QexTypeOf(T()), pX, pY, pZ)
     {
@@ -134,7 +144,8 @@ public:
     using KQexProperty::Set;
 
     /// The value wherever no curve drives the property.
-    T    Get() const { return KQexGet<T>(*this); }
+    T Get() const { return KQexGet<T>(*this); }
+    /// Sets that value. Cannot fail for a T that the property is made for.
     bool Set(const T& pValue) { return KQexSet<T>(*this, pValue); }
 
 private:

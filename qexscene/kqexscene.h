@@ -41,6 +41,7 @@ namespace qexsdk
 class QEX_API KQexScene : public KQexObject
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// Makes a scene with a root node ("RootNode") and an evaluator, and no take. Null when memory runs out. The caller
@@ -56,6 +57,7 @@ public:
     /// The node that others are hung under to be part of the scene's tree. Its own transform counts in global transforms.
     KQexNode* GetRootNode() const { return mRootNode; }
 
+    /// The scene's evaluator, never null.
     KQexAnimEvaluator* GetEvaluator() const { return mEvaluator; }
 
     /// \name Takes
@@ -68,6 +70,7 @@ public:
     /// runs out.
     KQexAnimStack* CreateAnimStack(const char* pName);
 
+    /// Number of stacks.
     int GetAnimStackCount() const { return mStacks.GetCount(); }
 
     /// Stack \p pIndex, in the order in which they were made; null when there is none.
@@ -76,8 +79,12 @@ public:
 
     /// \name All objects, in the order in which they were made: the root node and the evaluator are the first two.
     /// \{
-    int         GetObjectCount() const { return mObjects.GetCount(); }
+
+    /// How many there are.
+    int GetObjectCount() const { return mObjects.GetCount(); }
+    /// The first one.
     KQexObject* GetFirstObject() const { return mObjects.GetFirst(); }
+    /// The one made after \p pObject, or null.
     KQexObject* GetNextObject(const KQexObject* pObject) const { return KObjects::GetNext(pObject); }
     /// \}
 
@@ -88,6 +95,7 @@ public:
     unsigned long long GetSerial() const { return mSerial; }
 
 protected:
+    /// As KQexObject's; scenes are made by Create.
     explicit KQexScene(const char* pName);
 
 private:

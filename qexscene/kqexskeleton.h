@@ -10,6 +10,7 @@ namespace qexsdk
 class QEX_API KQexSkeleton : public KQexNodeAttribute
 {
 public:
+    /// The class, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     /// What part of a skeleton the node is.
@@ -27,10 +28,13 @@ public:
 
     const kQexClassId& GetClassId() const noexcept override;
 
-    void          SetSkeletonType(ESkeletonType pType) { mSkeletonType = pType; }
+    /// Says what part of a skeleton the node is.
+    void SetSkeletonType(ESkeletonType pType) { mSkeletonType = pType; }
+    /// What was said last.
     ESkeletonType GetSkeletonType() const { return mSkeletonType; }
 
 protected:
+    /// As KQexObject's; objects are made by Create.
     KQexSkeleton(KQexScene* pScene, const char* pName) : KQexNodeAttribute(pScene, pName) {}
 
 private:

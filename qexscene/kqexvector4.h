@@ -14,30 +14,39 @@ namespace qexsdk
 class QEX_API KQexVector4
 {
 public:
+    /// x, y, z, w.
     double mData[4] = {0.0, 0.0, 0.0, 0.0};
 
     constexpr KQexVector4() = default;
+    /// (\p pX, \p pY, \p pZ, \p pW).
     constexpr KQexVector4(double pX, double pY, double pZ, double pW = 0.0) : mData{pX, pY, pZ, pW} {}
 
     /// \name From three components; w becomes 0.
     /// \{
+
+    /// x, y, z of a property's value.
     constexpr KQexVector4(const qexVectorTemplate3<double>& pV) : mData{pV[0], pV[1], pV[2], 0.0} {}
+    /// x, y, z of a translation; its homogeneous component is dropped.
     KQexVector4(const KgeTVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
+    /// Three Euler angles.
     KQexVector4(const KgeRVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
     /// \}
 
+    /// Its first three numbers, as a property's value.
     constexpr operator qexVectorTemplate3<double>() const { return {mData[0], mData[1], mData[2]}; }
 
     /// Its first three numbers; the fourth of a KgeTVector is 1 as always when one is made. An existing KgeTVector or KgeRVector
     /// that is assigned to takes them by its own operator.
     operator KgeTVector() const { return {mData[0], mData[1], mData[2]}; }
+    /// Its first three numbers, as Euler angles.
     operator KgeRVector() const { return {mData[0], mData[1], mData[2]}; }
 
     /// Its four numbers.
     constexpr operator const double*() const { return mData; }
 
     /// Component \p pIndex, 0 to 3.
-    constexpr double&       operator[](int pIndex) { return mData[pIndex]; }
+    constexpr double& operator[](int pIndex) { return mData[pIndex]; }
+    /// Component \p pIndex to read, 0 to 3.
     constexpr const double& operator[](int pIndex) const { return mData[pIndex]; }
 
     /// Component by component, all four.
@@ -49,6 +58,7 @@ public:
         }
         return *this;
     }
+    /// Component by component, all four.
     constexpr KQexVector4& operator+=(const KQexVector4& pOther)
     {
         for (int lI = 0; lI < 4; ++lI)
@@ -66,6 +76,7 @@ public:
     {
         return mData[0] == pOther.mData[0] && mData[1] == pOther.mData[1] && mData[2] == pOther.mData[2] && mData[3] == pOther.mData[3];
     }
+    /// The opposite of operator==.
     constexpr bool operator!=(const KQexVector4& pOther) const { return !(*this == pOther); }
 };
 

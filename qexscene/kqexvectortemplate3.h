@@ -9,13 +9,16 @@ template <typename T>
 class qexVectorTemplate3
 {
 public:
+    /// x, y, z.
     T mData[3] = {T(), T(), T()};
 
     constexpr qexVectorTemplate3() = default;
+    /// (\p pX, \p pY, \p pZ).
     constexpr qexVectorTemplate3(T pX, T pY, T pZ) : mData{pX, pY, pZ} {}
 
     /// Component \p pIndex, 0 to 2.
-    constexpr T&       operator[](int pIndex) { return mData[pIndex]; }
+    constexpr T& operator[](int pIndex) { return mData[pIndex]; }
+    /// Component \p pIndex to read, 0 to 2.
     constexpr const T& operator[](int pIndex) const { return mData[pIndex]; }
 
     /// Exact comparison, component by component.
@@ -23,6 +26,7 @@ public:
     {
         return mData[0] == pOther.mData[0] && mData[1] == pOther.mData[1] && mData[2] == pOther.mData[2];
     }
+    /// The opposite of operator==.
     constexpr bool operator!=(const qexVectorTemplate3& pOther) const { return !(*this == pOther); }
 };
 

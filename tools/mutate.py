@@ -1,23 +1,34 @@
 #!/usr/bin/env python3
 """Changes one operator, constant or condition of the acclaim and math layers at a time and tells which changes no test notices.
 
-usage: mutate.py COUNT [SEED]
+usage: mutate.py [COUNT] [--seed N] [-j JOBS] [--at FILE[:LINE]]
 
-Works on a copy of the sources in build/mutate, so that the work tree is never touched. A mutant is killed when it does not build or
-when a test program fails or does not end in time; one that survives is printed with its place.
+Works on a copy of the sources in build/mutate, so that the work tree is never touched. A mutant is killed when a test fails, crashes, or
+needs far more processor time or memory than it does without the change. One that does not build says nothing about the tests: it is counted
+apart and another one takes its place. ASF_CORPUS_DIR, ASF_ORACLE_DIR and ASF_VECTORS_DIR are handed on to the tests when they are set.
 """
+import argparse
+import json
+import os
 import pathlib
 import random
 import re
+import resource
 import shutil
 import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutate"
-LAYERS = ("kbaselib/kmath", "qexioplugins/acclaim")
-PROGRAMS = ("tests_kbase", "tests_acclaim")
-SECONDS = 300
+BUILD = WORK / "build"
+
+# Which test programs look at a layer, the quickest to build first: a later one is built only when the ones before it pass.
+PROGRAMS = {
+    "kbaselib/kmath": ("tests_kmath", "tests_acclaim"),
+    "qexioplugins/acclaim": ("tests_acclaim", "tests_faults"),
+}
+SLOW_SECONDS = 0.25  # Tests that take longer come after all others: most mutants never get there.
+MEMORY = 4 << 30
 
 # What stands for what. A word boundary or a blank on both sides keeps templates, includes and comments apart from operators.
 SWAPS = [
@@ -31,74 +42,188 @@ SWAPS = [
 
 
 def code_part(line):
-    """The part of a line that is code: no comment, no preprocessor, no text that only people read."""
+    """The part of a line that is code, at the same columns: no comment, no preprocessor, no text between quotes."""
     if line.lstrip().startswith(("//", "#", "*", "/*", "///")):
         return ""
-    return line.split("//")[0]
+    without_texts = re.sub(r'"(\\.|[^"\\])*"', lambda text: '"' + "_" * (len(text[0]) - 2) + '"', line)
+    return without_texts.split("//")[0]
 
 
-def find_mutants():
+class Mutant:
+    """One place of one source file, and what to put there."""
+
+    def __init__(self, layer, name, number, start, end, replacement):
+        self.layer, self.name, self.number = layer, name, number
+        self.start, self.end, self.replacement = start, end, replacement
+
+    def apply(self):
+        """Changes the copy. Gives the lines before and after."""
+        path = WORK / self.name
+        lines = path.read_text().splitlines(keepends=True)
+        before = lines[self.number]
+        lines[self.number] = before[:self.start] + self.replacement + before[self.end:]
+        path.write_text("".join(lines))
+        return before.strip(), lines[self.number].strip()
+
+
+def find_mutants(place):
+    """All mutants, or those of FILE or FILE:LINE."""
+    name_wanted, _, line_wanted = (place or "").partition(":")
     mutants = []
-    for layer in LAYERS:
+    for layer in PROGRAMS:
         for path in sorted((ROOT / layer).glob("*")):
-            if path.suffix not in (".h", ".cxx"):
+            name = str(path.relative_to(ROOT))
+            if path.suffix not in (".h", ".cxx") or not name.endswith(name_wanted):
                 continue
             for number, line in enumerate(path.read_text().splitlines()):
-                code = code_part(line)
-                if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum)\b", code):
+                if line_wanted and number + 1 != int(line_wanted):
                     continue
-                for pattern, replacement in SWAPS:
-                    for match in re.finditer(pattern, code):
-                        mutants.append((path.relative_to(ROOT), number, match.start(), match.end(), replacement))
+                mutants += line_mutants(layer, name, number, code_part(line))
     return mutants
 
 
-def run(command, seconds=None, cwd=WORK):
+def line_mutants(layer, name, number, code):
+    if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum)\b", code):
+        return []
+    return [Mutant(layer, name, number, match.start(), match.end(), replacement)
+            for pattern, replacement in SWAPS for match in re.finditer(pattern, code)]
+
+
+class Program:
+    """A test program: how long its tests take unchanged, and which of them are slow."""
+
+    def __init__(self, name):
+        self.name, self.seconds, self.slow = name, 60.0, []
+
+    def measure(self):
+        report = BUILD / f"{self.name}.json"
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        if not self.run([f"--gtest_output=json:{report}"], 1800):
+            sys.exit(f"mutate: {self.name} fails without any change")
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        self.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
+        suites = json.loads(report.read_text())["testsuites"]
+        tests = [(f"{suite['name']}.{test['name']}", float(test["time"].rstrip("s"))) for suite in suites for test in suite["testsuite"]]
+        self.slow = [name for name, seconds in tests if seconds > SLOW_SECONDS]
+
+    def passes(self):
+        limit = 5 + 3 * self.seconds
+        slow = ":".join(self.slow)
+        return self.run([f"--gtest_filter=-{slow}"], limit) and (not slow or self.run([f"--gtest_filter={slow}"], limit))
+
+    def run(self, arguments, seconds):
+        """Whether the tests pass within so much processor time; the clock only ends what sleeps for ever."""
+        scratch = WORK / "tmp"
+        shutil.rmtree(scratch, ignore_errors=True)
+        scratch.mkdir(parents=True)
+
+        def limits():
+            resource.setrlimit(resource.RLIMIT_CPU, (int(seconds) + 1, int(seconds) + 1))
+            resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+            resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+        command = [str(BUILD / self.name), "--gtest_brief=1", "--gtest_fail_fast", *arguments]
+        return succeeds(command, 60 + 10 * seconds, preexec_fn=limits, env={**os.environ, "TMPDIR": str(scratch)})
+
+
+def succeeds(command, seconds=None, **options):
     try:
-        return subprocess.run(command, cwd=cwd, timeout=seconds, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False).returncode == 0
+        return subprocess.run(command, cwd=WORK, timeout=seconds, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False, **options).returncode == 0
     except subprocess.TimeoutExpired:
         return False
 
 
-def passes():
-    return run(["ninja", "-C", "build", *PROGRAMS], 1200) and all(
-        run([str(WORK / "build" / program), "--gtest_brief=1"], SECONDS) for program in PROGRAMS)
+def build(program, jobs):
+    return succeeds(["ninja", "-C", str(BUILD), "-j", str(jobs), program])
 
 
-def prepare():
-    files = subprocess.run(["git", "ls-files"], cwd=ROOT, capture_output=True, text=True, check=True).stdout.split("\n")
-    for name in filter(None, files):
+def copy_sources():
+    listed = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True)
+    names = [name for name in listed.stdout.split("\n") if name and (ROOT / name).is_file()]
+    for name in names:
         source, target = ROOT / name, WORK / name
-        if source.is_file() and (not target.exists() or source.read_bytes() != target.read_bytes()):
+        if not target.exists() or source.read_bytes() != target.read_bytes():
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copyfile(source, target)
-    if not run(["cmake", "-G", "Ninja", "-S", ".", "-B", "build", "-DCMAKE_BUILD_TYPE=Debug", "-DQEX_BUILD_APP=OFF", "-DQEX_BUILD_GLTF=OFF"]):
+    for layer in (*PROGRAMS, "kbaselib", "qexscene", "qexioplugins", "tests"):
+        for path in (WORK / layer).rglob("*"):
+            if path.is_file() and not (ROOT / path.relative_to(WORK)).exists():
+                path.unlink()
+
+
+def prepare(programs, jobs):
+    copy_sources()
+    linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []
+    if not succeeds(["cmake", "-G", "Ninja", "-S", str(WORK), "-B", str(BUILD), "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
+                     "-DQEX_BUILD_APP=OFF", "-DQEX_BUILD_GLTF=OFF", *linker]):
         sys.exit("mutate: configuring failed in build/mutate")
-    if not passes():
-        sys.exit("mutate: the tests fail without any change")
+    for program in programs.values():
+        if not build(program.name, jobs):
+            sys.exit(f"mutate: {program.name} does not build")
+        program.measure()
+        print(f"{program.name}: {program.seconds:.0f} s of processor time, {len(program.slow)} slow tests", flush=True)
+
+
+class Restored:
+    """Puts a file of the copy back afterwards, with the object made of it: nothing is compiled only to undo a change."""
+
+    def __init__(self, mutant, programs):
+        objects = sorted(BUILD.glob(f"CMakeFiles/*.dir/{mutant.name}.o"))
+        self.kept = [WORK / mutant.name, *objects]
+        # Without an object of its own, a header's users have to be compiled again: its time must become a new one.
+        self.touch = not objects
+        self.linked = [BUILD / "libqexacclaim.a", *(BUILD / name for name in programs)]
+
+    def __enter__(self):
+        for path in self.kept:
+            shutil.copy2(path, f"{path}.kept")
+
+    def __exit__(self, *_):
+        for path in self.kept:
+            os.replace(f"{path}.kept", path)
+        if self.touch:
+            os.utime(self.kept[0])
+        for path in self.linked:
+            path.unlink(missing_ok=True)
+
+
+def judge(mutant, programs, jobs):
+    """What became of an applied mutant."""
+    for name in PROGRAMS[mutant.layer]:
+        if not build(name, jobs):
+            return "did not build"
+        if not programs[name].passes():
+            return "killed"
+    return "SURVIVED"
 
 
 def main():
-    count = int(sys.argv[1]) if len(sys.argv) > 1 else 120
-    chooser = random.Random(int(sys.argv[2]) if len(sys.argv) > 2 else 20240)
-    prepare()
-    mutants = find_mutants()
-    chosen = chooser.sample(mutants, min(count, len(mutants)))
-    killed = 0
-    for index, (name, number, start, end, replacement) in enumerate(chosen):
-        target = WORK / name
-        original = target.read_text()
-        lines = original.splitlines(keepends=True)
-        old = lines[number]
-        lines[number] = old[:start] + replacement + old[end:]
-        target.write_text("".join(lines))
-        survived = passes()
-        target.write_text(original)
-        killed += not survived
-        state = "SURVIVED" if survived else "killed"
-        print(f"{index + 1}/{len(chosen)} {state} {name}:{number + 1}: {old.strip()}  =>  {lines[number].strip()}", flush=True)
-    print(f"{killed} of {len(chosen)} killed ({100 * killed / max(1, len(chosen)):.1f} %), of {len(mutants)} places")
-    return 0 if 10 * killed >= 9 * len(chosen) else 1
+    parser = argparse.ArgumentParser(description="Tells which changes to the acclaim and math layers no test notices.")
+    parser.add_argument("count", nargs="?", type=int, default=120)
+    parser.add_argument("--seed", type=int, default=20240)
+    parser.add_argument("-j", "--jobs", type=int, default=int(os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", os.cpu_count() or 1)))
+    parser.add_argument("--at", help="FILE or FILE:LINE: only the mutants there")
+    options = parser.parse_args()
+
+    programs = {name: Program(name) for names in PROGRAMS.values() for name in names}
+    prepare(programs, options.jobs)
+    mutants = find_mutants(options.at)
+    random.Random(options.seed).shuffle(mutants)
+    counts = {"killed": 0, "SURVIVED": 0, "did not build": 0}
+    for mutant in mutants:
+        judged = counts["killed"] + counts["SURVIVED"]
+        if judged == options.count:
+            break
+        with Restored(mutant, programs):
+            before, after = mutant.apply()
+            state = judge(mutant, programs, options.jobs)
+        counts[state] += 1
+        print(f"{judged + 1}/{options.count} {state} {mutant.name}:{mutant.number + 1}: {before}  =>  {after}", flush=True)
+    judged = counts["killed"] + counts["SURVIVED"]
+    print(f"{counts['killed']} of {judged} killed ({100 * counts['killed'] / max(1, judged):.1f} %), of {len(mutants)} places; "
+          f"{counts['did not build']} more did not build")
+    return 0 if 10 * counts["killed"] >= 9 * judged else 1
 
 
 if __name__ == "__main__":

@@ -17,19 +17,19 @@ namespace qexsdk
 /// call in place that fails, is interrupted or is cut short the Nth time.
 struct KFileCalls
 {
-    int (*mOpen)(const char* pPath, int pFlags, mode_t pMode);
-    ssize_t (*mRead)(int pFile, void* pData, size_t pSize);
-    ssize_t (*mWrite)(int pFile, const void* pData, size_t pSize);
-    int (*mClose)(int pFile);
-    off_t (*mSeek)(int pFile, off_t pOffset, int pWhence);
-    int (*mFileStat)(int pFile, struct stat* pStat);
-    int (*mStat)(const char* pPath, struct stat* pStat);
-    int (*mLinkStat)(const char* pPath, struct stat* pStat);
-    ssize_t (*mReadLink)(const char* pPath, char* pText, size_t pSize);
-    int (*mAccess)(const char* pPath, int pMode);
-    int (*mChangeMode)(int pFile, mode_t pMode);
-    int (*mRename)(const char* pFrom, const char* pTo);
-    int (*mUnlink)(const char* pPath);
+    int (*mOpen)(const char* pPath, int pFlags, mode_t pMode);     ///< open; with O_CREAT the mode \p pMode.
+    ssize_t (*mRead)(int pFile, void* pData, size_t pSize);        ///< read
+    ssize_t (*mWrite)(int pFile, const void* pData, size_t pSize); ///< write
+    int (*mClose)(int pFile);                                      ///< close; never called again for the same file, whatever it returns.
+    off_t (*mSeek)(int pFile, off_t pOffset, int pWhence);         ///< lseek
+    int (*mFileStat)(int pFile, struct stat* pStat);               ///< fstat
+    int (*mStat)(const char* pPath, struct stat* pStat);           ///< stat: of what a link leads to.
+    int (*mLinkStat)(const char* pPath, struct stat* pStat);       ///< lstat: of the link itself.
+    ssize_t (*mReadLink)(const char* pPath, char* pText, size_t pSize); ///< readlink
+    int (*mAccess)(const char* pPath, int pMode);                       ///< access
+    int (*mChangeMode)(int pFile, mode_t pMode);                        ///< fchmod
+    int (*mRename)(const char* pFrom, const char* pTo);                 ///< rename: replaces what is at \p pTo in one step.
+    int (*mUnlink)(const char* pPath);                                  ///< unlink
 };
 
 /// The table in use; starts with the system's own calls. Not for use while another thread reads or writes files.

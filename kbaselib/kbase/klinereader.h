@@ -59,6 +59,7 @@ public:
     /// Place of the first NUL in the current line; null when it holds none.
     char* FindNul() const { return InLine(mMarks[eNUL].mNext); }
 
+    /// Most bytes that Watch() takes.
     static constexpr int kMaxWatched = 4;
 
     /// Back to before the first line. False, and nothing changed, when the input is a pipe of which something was read;
@@ -86,6 +87,7 @@ public:
     /// Number of the line loaded last, from 1; 0 before the first. A line that was too long counts.
     int64_t GetLineNumber() const { return mLineNumber; }
 
+    /// How reading stands: why the last NextLine() or opening was false.
     EStatus GetStatus() const { return mStatus; }
 
     /// True when reading stopped for another reason than the end of the input.

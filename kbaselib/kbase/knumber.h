@@ -42,7 +42,8 @@ QEX_API KNumberStatus KNumberParse(std::string_view pToken, long long& pValue);
 /// Room for any text of KNumberPrintFixed, KNumberPrint and KNumberPrintShortest whose digits after the point are at most
 /// kNumberMaxDecimals.
 inline constexpr size_t kNumberBufferSize = 384;
-inline constexpr int    kNumberMaxDecimals = 60;
+/// Most digits after the point that KNumberPrintFixed writes.
+inline constexpr int kNumberMaxDecimals = 60;
 
 /// Writes \p pValue without exponent with at most \p pDecimals digits after the point (0 to kNumberMaxDecimals; what lies outside
 /// is moved to the nearer end), nearest to the value, without zeros at the end and without a lone point. A value that rounds to
@@ -55,7 +56,10 @@ QEX_API char* KNumberPrintFixed(char* pBegin, char* pEnd, double pValue, int pDe
 QEX_API char* KNumberPrintShortest(char* pBegin, char* pEnd, double pValue);
 
 /// Writes \p pValue as printf does in the "C" locale for %.*f, %.*g and %.*e; a negative precision means 6.
-/// \param pConversion one of f, g, e
+/// \param pBegin,pEnd where to write.
+/// \param pValue       any number; inf and nan as printf writes them.
+/// \param pConversion  one of f, g, e
+/// \param pPrecision   digits, as printf counts them for the conversion.
 /// \return as for KNumberPrintFixed; null for another conversion too.
 QEX_API char* KNumberPrint(char* pBegin, char* pEnd, double pValue, char pConversion, int pPrecision);
 

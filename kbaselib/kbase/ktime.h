@@ -26,9 +26,9 @@ struct KFrameRate
 class QEX_API KTime
 {
 public:
-    static constexpr long long kTicksPerSecond = 705600000LL;
-    static constexpr long long kMin = LLONG_MIN;
-    static constexpr long long kMax = LLONG_MAX;
+    static constexpr long long kTicksPerSecond = 705600000LL; ///< Flicks in a second.
+    static constexpr long long kMin = LLONG_MIN;              ///< The earliest time.
+    static constexpr long long kMax = LLONG_MAX;              ///< The latest time.
 
     /// Time zero.
     constexpr KTime() = default;
@@ -82,13 +82,14 @@ public:
 
     /// \name Order and arithmetic of tick counts
     ///@{
-    constexpr bool operator==(KTime pOther) const { return mTicks == pOther.mTicks; }
-    constexpr bool operator!=(KTime pOther) const { return mTicks != pOther.mTicks; }
-    constexpr bool operator<(KTime pOther) const { return mTicks < pOther.mTicks; }
-    constexpr bool operator<=(KTime pOther) const { return mTicks <= pOther.mTicks; }
-    constexpr bool operator>(KTime pOther) const { return mTicks > pOther.mTicks; }
-    constexpr bool operator>=(KTime pOther) const { return mTicks >= pOther.mTicks; }
+    constexpr bool operator==(KTime pOther) const { return mTicks == pOther.mTicks; } ///< Same tick.
+    constexpr bool operator!=(KTime pOther) const { return mTicks != pOther.mTicks; } ///< Another tick.
+    constexpr bool operator<(KTime pOther) const { return mTicks < pOther.mTicks; }   ///< Earlier.
+    constexpr bool operator<=(KTime pOther) const { return mTicks <= pOther.mTicks; } ///< Earlier or the same tick.
+    constexpr bool operator>(KTime pOther) const { return mTicks > pOther.mTicks; }   ///< Later.
+    constexpr bool operator>=(KTime pOther) const { return mTicks >= pOther.mTicks; } ///< Later or the same tick.
 
+    /// The sum, kMin or kMax where it would lie beyond them.
     constexpr KTime operator+(KTime pOther) const
     {
         if (pOther.mTicks >= 0)
@@ -97,6 +98,7 @@ public:
         }
         return KTime(mTicks < kMin - pOther.mTicks ? kMin : mTicks + pOther.mTicks);
     }
+    /// The difference, kMin or kMax where it would lie beyond them.
     constexpr KTime operator-(KTime pOther) const
     {
         if (pOther.mTicks >= 0)
@@ -105,8 +107,8 @@ public:
         }
         return KTime(mTicks > kMax + pOther.mTicks ? kMax : mTicks - pOther.mTicks);
     }
-    constexpr KTime& operator+=(KTime pOther) { return *this = *this + pOther; }
-    constexpr KTime& operator-=(KTime pOther) { return *this = *this - pOther; }
+    constexpr KTime& operator+=(KTime pOther) { return *this = *this + pOther; } ///< As operator+.
+    constexpr KTime& operator-=(KTime pOther) { return *this = *this - pOther; } ///< As operator-.
     ///@}
 
 private:

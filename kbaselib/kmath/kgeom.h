@@ -68,9 +68,12 @@ class QEX_API KgeRVector
 public:
     /// (0, 0, 0)
     KgeRVector() : mData{0.0, 0.0, 0.0} {}
+    /// (\p pX, \p pY, \p pZ), degrees.
     KgeRVector(double pX, double pY, double pZ) : mData{pX, pY, pZ} {}
+    /// All three components.
     KgeRVector(const KgeRVector&) = default;
 
+    /// All three components.
     KgeRVector& operator=(const KgeRVector&) = default;
     /// Takes over three components.
     KgeRVector& operator=(const double* pV)

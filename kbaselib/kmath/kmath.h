@@ -19,6 +19,7 @@ namespace qexsdk
 
 /// A matrix to write to, and one to read.
 using KmMatrix = double (*)[4];
+/// A matrix that is only read.
 using KmConstMatrix = const double (*)[4];
 
 /// \name Vectors of three components; a fourth is neither read nor written

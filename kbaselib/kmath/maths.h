@@ -15,6 +15,7 @@ namespace qexsdk
 
 /// Degrees a radian, and radians a degree.
 inline constexpr double kDegreesPerRadian = 57.29577951308232;
+/// Radians in one degree.
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 namespace kmathdetail
@@ -23,8 +24,9 @@ namespace kmathdetail
 template <typename T>
 struct KGiven
 {
-    using Type = T;
+    using Type = T; ///< The type itself.
 };
+/// The type \p T as a parameter that takes no part in deducing it: whole numbers may then be passed.
 template <typename T>
 using KScalar = typename KGiven<T>::Type;
 } // namespace kmathdetail
@@ -150,11 +152,14 @@ inline T kSinCosd(kmathdetail::KScalar<T> pAngle, T* pCos)
 
 /// \name The same for callers that hold a reference
 ///@{
+
+/// The sine of \p pAngle in radians; its cosine goes into \p pCos.
 template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
 inline T kSinCos(kmathdetail::KScalar<T> pAngle, T& pCos)
 {
     return kSinCos<T>(pAngle, &pCos);
 }
+/// The sine of \p pAngle in degrees; its cosine goes into \p pCos.
 template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
 inline T kSinCosd(kmathdetail::KScalar<T> pAngle, T& pCos)
 {

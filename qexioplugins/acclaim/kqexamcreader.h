@@ -17,6 +17,7 @@ namespace qexsdk
 class KQexAmcReader
 {
 public:
+    /// Reads from the open \p pFile; all of them have to outlive this, and stay the caller's.
     KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor,
                   KQexAmcHeader& pHeader, KQexAmcInfo& pInfo);
 

@@ -15,6 +15,7 @@ class KQexAsfCurves
 public:
     KQexAsfCurves() = default;
     ~KQexAsfCurves();
+    /// Takes the curves over.
     KQexAsfCurves(KQexAsfCurves&& pOther) = default;
     KQexAsfCurves(const KQexAsfCurves&) = delete;
     KQexAsfCurves& operator=(const KQexAsfCurves&) = delete;

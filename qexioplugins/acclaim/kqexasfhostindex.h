@@ -20,11 +20,13 @@ namespace qexsdk
 class KQexAsfTreeIndex
 {
 public:
+    /// Indexes the nodes of the tree at \p pTop, itself included, in pre-order; they stay the scene's.
     explicit KQexAsfTreeIndex(KQexNode* pTop);
 
     /// The first node named \p pName below node number \p pWhere, itself excluded, in pre-order; -1 when there is none.
     int Find(const char* pName, int pWhere) const;
 
+    /// The node with that number, from 0 in pre-order; the number is trusted.
     KQexNode* GetNode(int pNumber) const { return mNodes[static_cast<std::size_t>(pNumber)]; }
 
 private:

@@ -141,9 +141,10 @@ public:
 
     /// Turns one frame of this bone's motion into keys at \p pTime; no other bone is touched.
     /// \param pDOF mOrderCount values, in the order of mOrderBuf
+    /// \param pTime when; sampling goes fastest when times rise
     /// \param pLengthUnit factor of every translation value
     /// \param pAngleUnit factor of every rotation value, to degrees
-    /// The flags must be those that the frames were computed with and that the import will be given.
+    /// \param pSetRotatePivotOffet,pSetPreRotation those that the frames were computed with and that the import will be given
     /// \return false when memory ran out for a key
     bool AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
                           bool pSetPreRotation);

@@ -12,8 +12,8 @@ namespace qexsdk
 /// A bone of an extracted skeleton and the host node that it was made for; null for a bone that extraction put in front of another.
 struct KAsfOrigin
 {
-    HKQexAsfNode mBone;
-    KQexNode*    mNode;
+    HKQexAsfNode mBone; ///< The bone; the skeleton owns it.
+    KQexNode*    mNode; ///< The node it was made for, or null; the host scene owns it.
 };
 
 /// Makes an extracted skeleton ready to be written: see KQexExportAcclaimOptions::mServe. All steps change the model only.

@@ -49,6 +49,7 @@ public:
     /// Fills this newly constructed scene from the host tree at \p pRootNode: a bone for every node below it, the root bone named
     /// "root", and a bone named after the child with "Dummy" in front of every child of a node whose children start at different
     /// places. An earlier mRoot is overwritten, not destroyed. Names of more than 255 characters are cut.
+    /// \param pRootNode the node that becomes the root bone; nothing of the host scene changes
     /// \param pTAnimated gives every bone but the root the three translation DOFs and the host's translation limits
     /// \param pBaseScale multiplied into the root node's local scaling, and so into every length
     /// \param pExportDefaultsAsBaseTR takes the pose at time zero for the rest pose; else offsets and pre-rotations alone count

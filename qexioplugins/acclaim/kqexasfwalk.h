@@ -23,6 +23,7 @@ namespace qexsdk
 class KQexAsfWalk
 {
 public:
+    /// In which order the children of a bone are walked.
     enum EDirection
     {
         eFIRST_TO_LAST, ///< Children in index order.
@@ -30,6 +31,7 @@ public:
         eALTERNATING    ///< The top's children in index order, their children from the last index down, and so on.
     };
 
+    /// A walk over \p pTop (null: over nothing) and everything below it; owns nothing.
     explicit KQexAsfWalk(HKQexAsfNode pTop, EDirection pDirection = eFIRST_TO_LAST)
         : mTop(pTop),
           mNode(nullptr),

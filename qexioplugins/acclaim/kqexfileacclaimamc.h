@@ -149,6 +149,7 @@ public:
     ///
     /// \param pAsfScene skeleton with computed frames; its bones own the curves afterwards
     /// \param pScene host scene in which the curves are made
+    /// \param pOptions rates, flags and what to tell while reading
     /// \return true when the motion was read; false after an error (see GetMessages()), when the progress call cancelled, or
     ///   when there is no frame to keep. The bones then own no curves, and \p pScene is as it was.
     bool Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const KQexAmcReadOptions& pOptions);

@@ -51,42 +51,42 @@ public:
     /// Each is entered with the section's keyword consumed and mQexAsfScene set, and leaves the next section's keyword
     /// line current when it returns true. False ends the whole reading.
     ///@{
-    bool ReadVersion();
-    bool ReadName();
-    bool ReadUnits();
-    bool ReadDocumentation();
-    bool ReadRoot();
-    bool ReadBoneData();
-    bool ReadBone(); ///< One bone group, entered with "begin" consumed; the new bone becomes a child of the root.
-    bool ReadHierarchy();
-    bool ReadSkin();
+    bool ReadVersion();       ///< The version; any but 1.10 is a warning.
+    bool ReadName();          ///< The name and, behind it, units. False without a name.
+    bool ReadUnits();         ///< Units, one a line; a bad one is a warning and changes nothing.
+    bool ReadDocumentation(); ///< Passed over.
+    bool ReadRoot();          ///< The root, which takes over the bones of one before it.
+    bool ReadBoneData();      ///< Bone groups. False without a root.
+    bool ReadBone();          ///< One bone group, entered with "begin" consumed; the new bone becomes a child of the root.
+    bool ReadHierarchy();     ///< Families: moves bones below their parents. False without a root.
+    bool ReadSkin();          ///< Passed over. Always true.
     ///@}
 
     /// \name Sections of the writer
     /// mQexAsfScene is set.
     ///@{
-    void WriteRoot();
-    void WriteBoneData();
-    void WriteBone(HKQexAsfNode pNode, int& pIndex); ///< The bone with its id \p pIndex, then its bones; counts the id on.
-    void WriteHierarchy();
-    void WriteHierarchyRecursive(HKQexAsfNode pNode);
-    void WriteFamily(HKQexAsfNode pParent);
+    void WriteRoot();                                 ///< The root's section; its place and axis are zeros.
+    void WriteBoneData();                             ///< Every bone below the root, in pre-order, with ids from 1.
+    void WriteBone(HKQexAsfNode pNode, int& pIndex);  ///< The bone with its id \p pIndex, then its bones; counts the id on.
+    void WriteHierarchy();                            ///< The families of the whole tree.
+    void WriteHierarchyRecursive(HKQexAsfNode pNode); ///< Of \p pNode and all bones below it; no recursion in spite of the name.
+    void WriteFamily(HKQexAsfNode pParent);           ///< One line: \p pParent and its bones.
     ///@}
 
     /// Keyword tables; an entry's place is its meaning.
     static KToken smMain[10];
-    static KToken smUnits[4];
-    static KToken smRoot[5];
-    static KToken smGroup[3];
-    static KToken smBoneData[10];
-    static KToken smAngle[3];
-    static KToken smAxis[7];
-    static KToken smOrder[7]; ///< The place is the DOF code.
-    static KToken smDof[8];   ///< As smOrder, and "l".
+    static KToken smUnits[4];     ///< Words of the units section.
+    static KToken smRoot[5];      ///< Words of the root section.
+    static KToken smGroup[3];     ///< The words that begin and end a group.
+    static KToken smBoneData[10]; ///< Words of a bone group.
+    static KToken smAngle[3];     ///< Units of angles.
+    static KToken smAxis[7];      ///< Axis words; the place is the axis order.
+    static KToken smOrder[7];     ///< The place is the DOF code.
+    static KToken smDof[8];       ///< As smOrder, and "l".
 
-    static const char smType[4];
-    static const char smDel[9];
-    static const char smCom[2];
+    static const char smType[4]; ///< The file type's name, for messages.
+    static const char smDel[9];  ///< What separates tokens.
+    static const char smCom[2];  ///< What begins a comment.
 
     /// The scene being read or written; null outside Read() and Write().
     HKQexAsfScene mQexAsfScene;

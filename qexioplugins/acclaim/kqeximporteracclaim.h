@@ -84,6 +84,7 @@ struct QEX_API KQexImportedTake
 /// Releases a skeleton through its own Destroy().
 struct QEX_API KQexAsfSceneDestroyer
 {
+    /// Releases the skeleton with all its bones; null is allowed.
     void operator()(KQexAsfScene* pScene) const;
 };
 

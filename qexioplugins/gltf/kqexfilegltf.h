@@ -91,6 +91,7 @@ public:
     /// \name For the parts of the reader and the writer
     ///@{
 
+    /// Forgets the messages of the call before.
     void ClearMessages() { mMessages.clear(); }
 
     /// Adds a message.

@@ -12,7 +12,7 @@ namespace qexsdk
 /// A run of numbers in a buffer that is known to lie within it.
 struct KGltfNumbers
 {
-    const unsigned char* mData = nullptr;
+    const unsigned char* mData = nullptr;    ///< The first element; null: no numbers.
     size_t               mStride = 0;        ///< Bytes from one element to the next.
     int                  mComponentType = 0; ///< The file's own code, of the ones that KGltfAccessor takes.
 };
@@ -22,8 +22,10 @@ struct KGltfNumbers
 class KGltfAccessor
 {
 public:
+    /// Number of elements.
     size_t GetCount() const { return mCount; }
-    int    GetComponents() const { return mComponents; }
+    /// Numbers in an element, 1 to 16.
+    int GetComponents() const { return mComponents; }
 
     /// Whether the elements stand in a buffer: else the count is nothing but a claim.
     bool HasData() const { return mNumbers.mData != nullptr; }
@@ -51,6 +53,7 @@ public:
     /// \p pSource has to outlive this.
     explicit KGltfAccessors(KGltfSource& pSource);
 
+    /// Number of accessors.
     size_t GetCount() const { return mAccessors.size(); }
 
     /// Accessor \p pIndex below GetCount(). Valid as long as this.

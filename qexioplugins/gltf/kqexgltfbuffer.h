@@ -14,14 +14,18 @@ namespace qexsdk
 class KGltfBuffer
 {
 public:
+    /// Puts accessors and views into \p pModel, which has to outlive this.
     explicit KGltfBuffer(tinygltf::Model& pModel) : mModel(pModel) {}
 
     /// Adds an accessor over \p pCount elements of type \p pType (TINYGLTF_TYPE_…) made of 32-bit floats, not yet set.
+    /// \param pType   TINYGLTF_TYPE_…: numbers in an element
+    /// \param pCount  elements
     /// \param pTarget TINYGLTF_TARGET_ARRAY_BUFFER for vertices, 0 otherwise
     int AddFloats(int pType, size_t pCount, int pTarget = 0);
 
     /// Adds an accessor over \p pValues, one scalar of four bytes or one vector of 16-bit joints each.
     int AddIndices(const std::vector<std::uint32_t>& pValues);
+    /// As AddIndices, one vector of four joints an element: \p pValues are four times as many.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
 
     /// The floats of accessor \p pAccessor. Valid until the next accessor is added.
@@ -30,6 +34,7 @@ public:
     /// Writes the accessor's minimum and maximum, component by component, as its floats are now.
     void SetBounds(int pAccessor);
 
+    /// The bytes of the buffer; may be moved out when the file is complete.
     std::vector<unsigned char>& GetBytes() { return mBytes; }
 
 private:

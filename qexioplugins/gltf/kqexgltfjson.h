@@ -14,6 +14,7 @@ namespace qexsdk
 class KGltfError : public std::runtime_error
 {
 public:
+    /// An error with the text \p pText.
     explicit KGltfError(const std::string& pText) : std::runtime_error(pText) {}
 };
 
@@ -22,16 +23,18 @@ public:
 class KGltfJson
 {
 public:
+    /// Levels of nesting that are kept.
     static constexpr size_t kMaxDepth = 64;
 
+    /// What a value is.
     enum EType : std::uint8_t
     {
-        eNULL,
-        eBOOLEAN,
-        eNUMBER,
-        eTEXT,
-        eARRAY,
-        eOBJECT
+        eNULL,    ///< null, and what is nested too deep
+        eBOOLEAN, ///< true or false
+        eNUMBER,  ///< a double
+        eTEXT,    ///< UTF-8
+        eARRAY,   ///< values in order
+        eOBJECT   ///< values with names
     };
 
     static constexpr std::uint32_t kNone = 0xFFFFFFFFu; ///< No value.
@@ -39,12 +42,12 @@ public:
     /// A value: its number, its text, or its members.
     struct KEntry
     {
-        double        mNumber = 0.0;
+        double        mNumber = 0.0;  ///< A number; 1 for true.
         std::uint32_t mFirst = kNone; ///< Place in mTexts, or first member.
-        std::uint32_t mCount = 0;
-        std::uint32_t mNext = kNone; ///< Next member of the container.
-        std::uint32_t mKey = 0;      ///< Place in mTexts.
-        EType         mType = eNULL;
+        std::uint32_t mCount = 0;     ///< Members of a container.
+        std::uint32_t mNext = kNone;  ///< Next member of the container.
+        std::uint32_t mKey = 0;       ///< Place in mTexts.
+        EType         mType = eNULL;  ///< What it is.
     };
 
     /// A value of the text, or none: of a member that is missing, behind the last one. A view; the text has to outlive it.
@@ -52,11 +55,16 @@ public:
     {
     public:
         KValue() = default;
+        /// Entry \p pIndex of \p pJson, or none for kNone.
         KValue(const KGltfJson* pJson, std::uint32_t pIndex) : mJson(pJson), mIndex(pIndex) {}
 
-        bool   IsValid() const { return mJson != nullptr && mIndex != kNone; }
-        bool   Is(EType pType) const { return IsValid() && Entry().mType == pType; }
-        bool   IsTrue() const { return Is(eBOOLEAN) && Entry().mNumber != 0.0; }
+        /// Whether there is a value.
+        bool IsValid() const { return mJson != nullptr && mIndex != kNone; }
+        /// Whether there is a value of that type.
+        bool Is(EType pType) const { return IsValid() && Entry().mType == pType; }
+        /// Whether it is the word true.
+        bool IsTrue() const { return Is(eBOOLEAN) && Entry().mNumber != 0.0; }
+        /// The number, \p pDefault for anything else.
         double GetNumber(double pDefault) const { return Is(eNUMBER) ? Entry().mNumber : pDefault; }
 
         /// The text, up to its first NUL; "" for any other value.
@@ -70,6 +78,7 @@ public:
 
         /// The first member of an array or object; then, of each, the next.
         KValue GetFirst() const { return {mJson, GetCount() > 0 ? Entry().mFirst : kNone}; }
+        /// The next member of the same container, or none.
         KValue GetNext() const { return {mJson, IsValid() ? Entry().mNext : kNone}; }
 
         /// The member of that name, none in anything but an object. Linear in the members.
@@ -85,6 +94,7 @@ public:
     /// Reads a text. Throws KGltfError with line, column and what was found when it is no JSON.
     void Parse(const char* pText, size_t pSize);
 
+    /// The outermost value; none before Parse().
     KValue GetRoot() const { return {this, mEntries.empty() ? kNone : 0}; }
 
 private:

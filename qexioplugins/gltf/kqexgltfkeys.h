@@ -28,6 +28,7 @@ public:
     {
     }
 
+    /// The key times in seconds, shared by the tracks that use the same accessor.
     const std::shared_ptr<const std::vector<double>>& GetSharedTimes() const { return mTimes; }
 
     /// The value at \p pTime, in seconds; before the first key and behind the last it is theirs. Later calls ask for later times.

@@ -17,7 +17,9 @@ public:
     /// short to have a direction is left out.
     void AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint);
 
-    bool   IsEmpty() const { return mPositions.empty(); }
+    /// Whether no bone was long enough.
+    bool IsEmpty() const { return mPositions.empty(); }
+    /// Number of vertices.
     size_t GetVertexCount() const { return mPositions.size() / 3; }
 
     const std::vector<float>&         GetPositions() const { return mPositions; } ///< Three a vertex.

@@ -9,7 +9,7 @@ namespace qexsdk
 /// A rotation as a unit quaternion: x, y, z, w.
 struct KQuaternion
 {
-    double mData[4] = {0.0, 0.0, 0.0, 1.0};
+    double mData[4] = {0.0, 0.0, 0.0, 1.0}; ///< x, y, z, w.
 
     /// Half the turn \p pDegrees about axis \p pAxis (0 to 2).
     static KQuaternion About(int pAxis, double pDegrees);
@@ -20,6 +20,7 @@ struct KQuaternion
     /// The product of rotations: \p pRight is applied first.
     KQuaternion operator*(const KQuaternion& pRight) const;
 
+    /// The rotation back.
     KQuaternion Inverse() const;
 };
 
@@ -31,8 +32,11 @@ public:
     /// \p pLayer: the take's; null: the rest pose.
     KGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer);
 
+    /// The translation at \p pTime in centimetres, the node's offset included.
     void GetTranslation(KTime pTime, double pResult[3]) const;
+    /// The rotation at \p pTime, pre- and post-rotation included.
     void GetRotation(KTime pTime, KQuaternion& pResult) const;
+    /// The factors at \p pTime.
     void GetScaling(KTime pTime, double pResult[3]) const;
 
     /// Whether a curve drives the translation, the rotation or the scaling (0, 1, 2), or the take holds another value than the rest pose.

@@ -19,24 +19,24 @@ namespace qexsdk
 /// A node of the file, and what becomes of it.
 struct KGltfReadNode
 {
-    KGltfJson::KValue mFrom;
-    std::vector<int>  mChildren;
-    int               mParent = -1;
-    bool              mIsJoint = false;
-    bool              mIsMoved = false; ///< An animation has it as a target.
-    bool              mHasPivots = false;
-    int               mOrder = 0; ///< Order code of its angles.
-    KQuaternion       mPreInverse;
-    KQuaternion       mPost;
-    KQexNode*         mNode = nullptr; ///< Null: left out.
+    KGltfJson::KValue mFrom;              ///< The node's JSON object.
+    std::vector<int>  mChildren;          ///< Indices of its children.
+    int               mParent = -1;       ///< Index of its parent; -1: none.
+    bool              mIsJoint = false;   ///< A skin names it.
+    bool              mIsMoved = false;   ///< An animation has it as a target.
+    bool              mHasPivots = false; ///< Its pre- or post-rotation is not nothing.
+    int               mOrder = 0;         ///< Order code of its angles.
+    KQuaternion       mPreInverse;        ///< The way back from its pre-rotation.
+    KQuaternion       mPost;              ///< Its post-rotation.
+    KQexNode*         mNode = nullptr;    ///< Null: left out.
 };
 
 /// One property of one node over an animation.
 struct KGltfReadTrack
 {
-    KGltfReadNode* mTarget;
+    KGltfReadNode* mTarget;   ///< The node that moves.
     int            mProperty; ///< 0 translation, 1 rotation, 2 scale.
-    KGltfKeys      mKeys;
+    KGltfKeys      mKeys;     ///< How it moves.
 };
 
 /// Builds nodes and takes from a file. Throws KGltfError, and what the standard library throws when memory runs out; unless
@@ -44,11 +44,13 @@ struct KGltfReadTrack
 class KGltfReader
 {
 public:
+    /// Reads \p pSource into \p pScene; messages go to \p pFile. All of them have to outlive this.
     KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions);
     ~KGltfReader();
     KGltfReader(const KGltfReader&) = delete;
     KGltfReader& operator=(const KGltfReader&) = delete;
 
+    /// Makes the nodes of the file's scene, with their rest pose and extras.
     void ReadNodes();
 
     /// False when the progress call cancels.

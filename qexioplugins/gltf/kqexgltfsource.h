@@ -22,6 +22,7 @@ public:
     /// The same for bytes that stay the caller's and outlive this. Such a file may not refer to others.
     void OpenBytes(std::string_view pBytes);
 
+    /// The file's JSON text; empty before one of the two above.
     const KGltfJson& GetJson() const { return mJson; }
 
     /// Bytes read so far.

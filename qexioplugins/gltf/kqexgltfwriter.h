@@ -17,7 +17,7 @@ namespace qexsdk
 /// A node of the file.
 struct KGltfNode
 {
-    KQexNode*  mNode;
+    KQexNode*  mNode;   ///< The node; its scene owns it.
     int        mParent; ///< Index of the parent, -1 for a top node.
     int        mTree;   ///< Index of its tree.
     KQexMatrix mRest;   ///< Global transform at rest, centimetres.
@@ -26,24 +26,27 @@ struct KGltfNode
 /// The keys of one property of one node over a take; empty when nothing moves.
 struct KGltfTrack
 {
-    int                mProperty;
-    std::vector<float> mValues;
+    int                mProperty; ///< 0 translation, 1 rotation, 2 scale.
+    std::vector<float> mValues;   ///< Three or four numbers a key, in the file's units.
 };
 
 /// Builds the parts of a glTF file from trees of nodes. May throw what the standard library throws when memory runs out.
 class KGltfWriter
 {
 public:
+    /// Messages go to \p pFile; both have to outlive this.
     KGltfWriter(KQexFileGltf& pFile, const KQexGltfWriteOptions& pOptions)
         : mFile(pFile), mOptions(pOptions), mBuffer(mModel), mThreads(KThreadCount(pOptions.mThreads))
     {
     }
 
+    /// Makes the file of the trees at \p pRoots. False when the progress call cancels.
     bool Build(const std::vector<KQexNode*>& pRoots);
 
     /// The JSON text, with a buffer at \p pUri ("" for the binary chunk).
     std::string GetJson(const std::string& pUri);
 
+    /// The bytes of the file's buffer.
     const std::vector<unsigned char>& GetBytes() { return mBuffer.GetBytes(); }
 
 private:

@@ -10,6 +10,7 @@ namespace qexsdk
 class KQexContextGuard
 {
 public:
+    /// Remembers what is current; \p pEvaluator has to outlive this.
     explicit KQexContextGuard(KQexAnimEvaluator* pEvaluator) : mEvaluator(pEvaluator), mStack(pEvaluator->GetContext()) {}
     ~KQexContextGuard() { mEvaluator->SetContext(mStack); }
     KQexContextGuard(const KQexContextGuard&) = delete;
@@ -25,6 +26,7 @@ private:
 class KQexTakeGuard
 {
 public:
+    /// Remembers the takes of \p pScene, which has to outlive this.
     explicit KQexTakeGuard(KQexScene* pScene)
         : mScene(pScene), mCount(pScene->GetAnimStackCount()), mStack(pScene->GetEvaluator()->GetContext())
     {

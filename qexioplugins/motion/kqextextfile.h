@@ -25,6 +25,7 @@ struct KToken
     const char* mStr;   ///< The keyword.
     int         mCount; ///< How often Handle() matched the entry since the table went through InitTokens().
 
+    /// mCount, so that an entry can be asked like a flag.
     operator int() const { return mCount; }
 
     /// False for the entry that ends a table.
@@ -34,15 +35,16 @@ struct KToken
 /// A warning or an error that a text file reported.
 struct KQexTextMessage
 {
+    /// Whether reading goes on.
     enum ESeverity
     {
-        eWARNING,
-        eERROR
+        eWARNING, ///< Reading goes on.
+        eERROR    ///< Reading ends.
     };
 
-    ESeverity   mSeverity;
-    int         mLine; ///< Line of the file from 1, or 0 before the first line.
-    std::string mText; ///< Without its last newline.
+    ESeverity   mSeverity; ///< Which of the two it is.
+    int         mLine;     ///< Line of the file from 1, or 0 before the first line.
+    std::string mText;     ///< Without its last newline.
 };
 
 /// Text services for line-oriented files: lines, tokens, keyword tables, values, formatted output, messages. A file class
@@ -155,6 +157,7 @@ public:
     /// Consumes the next token and copies at most \p pMax characters of it and a NUL: \p pText has room for \p pMax + 1.
     /// False, and nothing changed, when no token is left. \p pCut tells whether the token was longer.
     bool GetString(char* pText, int pMax, bool& pCut);
+    /// The same for callers that do not ask whether it was cut.
     bool GetString(char* pText, int pMax);
     ///@}
 
@@ -190,17 +193,20 @@ public:
 
     /// Reports a problem after which reading goes on / does not go on. Kept with the current line number.
     void Warning(const char* pFormat, ...) QEX_PRINTF(2, 3);
+    /// Reports a problem after which reading does not go on. Kept with the current line number.
     void Error(const char* pFormat, ...) QEX_PRINTF(2, 3);
 
     /// The messages since opening, in order: of the first kMaxMessages all, behind them errors only. Counts leave out none.
     /// When all texts together grow beyond kMaxMessageSize bytes, further ones are cut to kMaxLongText.
     const std::vector<KQexTextMessage>& GetMessages() const { return mMessages; }
-    int                                 GetWarningCount() const { return mWarningCount; }
-    int                                 GetErrorCount() const { return mErrorCount; }
+    /// Warnings since opening, those that GetMessages() leaves out included.
+    int GetWarningCount() const { return mWarningCount; }
+    /// Errors since opening.
+    int GetErrorCount() const { return mErrorCount; }
 
-    static constexpr size_t kMaxMessages = 1000;
-    static constexpr size_t kMaxMessageSize = 4194304;
-    static constexpr size_t kMaxLongText = 4096;
+    static constexpr size_t kMaxMessages = 1000;       ///< Messages of any kind that are kept.
+    static constexpr size_t kMaxMessageSize = 4194304; ///< Bytes of text that are kept uncut.
+    static constexpr size_t kMaxLongText = 4096;       ///< Bytes of a text beyond that.
     ///@}
 
     /// The type text given to the constructor.
