@@ -67,12 +67,12 @@ class Mutant:
 
 
 def find_mutants(place):
-    """All mutants, or those of FILE or FILE:LINE."""
+    """All mutants of the copy, or those of FILE or FILE:LINE."""
     name_wanted, _, line_wanted = (place or "").partition(":")
     mutants = []
     for layer in PROGRAMS:
-        for path in sorted((ROOT / layer).glob("*")):
-            name = str(path.relative_to(ROOT))
+        for path in sorted((WORK / layer).glob("*")):
+            name = str(path.relative_to(WORK))
             if path.suffix not in (".h", ".cxx") or not name.endswith(name_wanted):
                 continue
             for number, line in enumerate(path.read_text().splitlines()):
@@ -93,7 +93,8 @@ class Program:
     """A test program: how long its tests take unchanged, and which of them are slow."""
 
     def __init__(self, name):
-        self.name, self.seconds, self.slow = name, 60.0, []
+        self.name, self.slow = name, []
+        self.quick_seconds = self.slow_seconds = 60.0
 
     def measure(self):
         report = BUILD / f"{self.name}.json"
@@ -101,15 +102,17 @@ class Program:
         if not self.run([f"--gtest_output=json:{report}"], 1800):
             sys.exit(f"mutate: {self.name} fails without any change")
         after = resource.getrusage(resource.RUSAGE_CHILDREN)
-        self.seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
+        seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
         suites = json.loads(report.read_text())["testsuites"]
         tests = [(f"{suite['name']}.{test['name']}", float(test["time"].rstrip("s"))) for suite in suites for test in suite["testsuite"]]
-        self.slow = [name for name, seconds in tests if seconds > SLOW_SECONDS]
+        self.slow = [name for name, clock in tests if clock > SLOW_SECONDS]
+        quick_part = sum(clock for _, clock in tests if clock <= SLOW_SECONDS) / max(sum(clock for _, clock in tests), 1e-3)
+        self.quick_seconds, self.slow_seconds = quick_part * seconds, (1 - quick_part) * seconds
 
     def passes(self):
-        limit = 5 + 3 * self.seconds
         slow = ":".join(self.slow)
-        return self.run([f"--gtest_filter=-{slow}"], limit) and (not slow or self.run([f"--gtest_filter={slow}"], limit))
+        return self.run([f"--gtest_filter=-{slow}"], 5 + 4 * self.quick_seconds) and (
+            not slow or self.run([f"--gtest_filter={slow}"], 5 + 4 * self.slow_seconds))
 
     def run(self, arguments, seconds):
         """Whether the tests pass within so much processor time; the clock only ends what sleeps for ever."""
@@ -162,7 +165,8 @@ def prepare(programs, jobs):
         if not build(program.name, jobs):
             sys.exit(f"mutate: {program.name} does not build")
         program.measure()
-        print(f"{program.name}: {program.seconds:.0f} s of processor time, {len(program.slow)} slow tests", flush=True)
+        print(f"{program.name}: {program.quick_seconds:.0f} s of processor time and {program.slow_seconds:.0f} s for "
+              f"{len(program.slow)} slow tests", flush=True)
 
 
 class Restored:

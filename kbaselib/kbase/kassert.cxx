@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cstdio>
+#include <mutex>
+#include <utility>
 
 namespace qexsdk
 {
@@ -10,6 +12,18 @@ namespace
 {
 
 std::atomic<KAssertHandler> sHandler{nullptr};
+std::mutex                  sFlags; // Over the flags of all sites.
+
+/// Sets the flag; whether it was false. A site that fails on several threads, or again in the handler, is reported by one only.
+bool MayReport(bool* pHideForever)
+{
+    if (pHideForever == nullptr)
+    {
+        return true;
+    }
+    const std::lock_guard<std::mutex> lLock(sFlags);
+    return !std::exchange(*pHideForever, true);
+}
 
 const char* Shown(const char* pText)
 {
@@ -20,7 +34,7 @@ const char* Shown(const char* pText)
 
 void KAssertFailed(const char* pFile, const char* pFunction, unsigned long pLine, const char* pText, bool* pHideForever)
 {
-    if (pHideForever != nullptr && *pHideForever)
+    if (!MayReport(pHideForever))
     {
         return;
     }
@@ -28,10 +42,6 @@ void KAssertFailed(const char* pFile, const char* pFunction, unsigned long pLine
     if (KAssertHandler lHandler = sHandler.load(std::memory_order_acquire))
     {
         lHandler(pFile, pFunction, pLine, pText, pHideForever);
-    }
-    if (pHideForever != nullptr)
-    {
-        *pHideForever = true;
     }
 }
 

@@ -9,13 +9,14 @@ namespace qexsdk
 /// Receives a failed assertion; the arguments are those of KAssertFailed.
 using KAssertHandler = void (*)(const char* pFile, const char* pFunction, unsigned long pLine, const char* pText, bool* pHideForever);
 
-/// Reports a failed assertion to standard error and to the handler; nothing is aborted.
+/// Reports a failed assertion to standard error and to the handler; nothing is aborted. May be called on any thread: the handler
+/// then runs there, reports of different sites at the same time.
 /// \param pFile        the source as the conventions name it (folder and stem), not the path of one machine
 /// \param pFunction    the function it stands in
 /// \param pLine        its line
 /// \param pText        what should have held
-/// \param pHideForever the site's own flag, or null: a report is made when it is null or false, and it is true afterwards, so
-///                     that a site reports once
+/// \param pHideForever the site's own flag, or null: a report is made when it is null or false, and it is true from before the
+///                     report on, so that a site reports once, on whatever thread and whatever the handler does
 QEX_API void KAssertFailed(const char* pFile, const char* pFunction, unsigned long pLine, const char* pText, bool* pHideForever);
 
 /// Installs a handler, null for none, and returns the one installed before.

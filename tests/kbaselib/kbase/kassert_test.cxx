@@ -69,6 +69,24 @@ TEST(KAssertTest, ASiteReportsOnceAndOnlyWhenItFails)
     EXPECT_TRUE(lWatch.GetReports()[0].mHasFlag);
 }
 
+TEST(KAssertTest, ASiteThatFailsAgainInTheHandlerIsNotReportedAgain)
+{
+    static int           sCalls = 0;
+    static bool          sHide = false;
+    const KAssertHandler lBefore = KAssertSetHandler(
+        [](const char*, const char*, unsigned long, const char*, bool* pHideForever)
+        {
+            ++sCalls;
+            EXPECT_TRUE(*pHideForever);
+            KAssertFailed("f", "g", 1, "t", pHideForever);
+        });
+    testing::internal::CaptureStderr();
+    KAssertFailed("f", "g", 1, "t", &sHide);
+    testing::internal::GetCapturedStderr();
+    KAssertSetHandler(lBefore);
+    EXPECT_EQ(sCalls, 1);
+}
+
 TEST(KAssertTest, SettingAHandlerGivesTheOneBefore)
 {
     const KAssertHandler lHandler = [](const char*, const char*, unsigned long, const char*, bool*) {
