@@ -328,6 +328,10 @@ void KQexFileAcclaimAsf::StoreRoot(HKQexAsfNode pNode)
     }
     // The new root takes over the bones of the old one. Its values move to where the bones are, not the other way: that takes
     // no time per bone, however many such sections there are, and no memory that could be missing half-way.
+    std::memcpy(lRoot->mName, pNode->mName, sizeof(lRoot->mName));
+    std::memcpy(lRoot->mLimitsActive, pNode->mLimitsActive, sizeof(lRoot->mLimitsActive));
+    lRoot->mDirectionV = pNode->mDirectionV;
+    lRoot->mLength = pNode->mLength;
     lRoot->mOrderCount = pNode->mOrderCount;
     for (int i = 0; i < pNode->mOrderCount; ++i)
         lRoot->mOrderBuf[i] = pNode->mOrderBuf[i];

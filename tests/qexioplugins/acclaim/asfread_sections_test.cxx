@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 /// The driver and every section but bones and hierarchy: what each line makes of the scene, and what it says.
@@ -320,6 +321,30 @@ TEST(AsfReadRoot, SecondOneTakesOverTheBonesInOrder)
     EXPECT_EQ(lRoot->mPositionV.mData[0], 7.0);
     EXPECT_EQ(lRoot->mOrientationV.mData[0], 0.0) << "nothing of the first one's own values stays";
     EXPECT_EQ(lRoot->mAxisRM.mData[0][0], 1.0);
+}
+
+TEST(AsfReadRoot, SecondOneDrivenAloneLeavesNothingOfARootMadeByHand)
+{
+    KAsfReading  lReading;
+    HKQexAsfNode lFirst = QexSdkNew<KQexAsfNode>();
+    std::strcpy(lFirst->mName, "hips");
+    lFirst->mLength = 3.0;
+    lFirst->mDirectionV.mData[0] = 1.0;
+    lFirst->mLimitsActive[5][1] = true;
+    lReading.mScene->mRoot = lFirst;
+
+    const std::string  lText = "order rz\n" + kDocumentation;
+    KQexFileAcclaimAsf lFile(false);
+    ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
+    lFile.mQexAsfScene = lReading.mScene;
+    ASSERT_TRUE(lFile.ReadRoot());
+    lFile.mQexAsfScene = nullptr;
+    HKQexAsfNode lRoot = lReading.mScene->mRoot;
+    EXPECT_STREQ(lRoot->mName, "root");
+    EXPECT_EQ(lRoot->mLength, 0.0);
+    EXPECT_EQ(lRoot->mDirectionV.mData[0], 0.0);
+    EXPECT_FALSE(lRoot->mLimitsActive[5][1]);
+    EXPECT_EQ(lRoot->mOrderCount, 1);
 }
 
 TEST(AsfReadRoot, OfAnEarlierReadIsReleasedWithItsBones)
