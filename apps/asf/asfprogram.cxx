@@ -84,10 +84,30 @@ std::string CalledCommand(const CLI::App& pProgram)
     return lCalled.empty() ? "asf" : "asf " + lCalled.front()->get_name();
 }
 
+// What is wrong with a call that names no command of ours.
+std::string DescribeMissingCommand(const CLI::App& pProgram)
+{
+    const std::vector<std::string> lWords = pProgram.remaining();
+    if (lWords.empty())
+    {
+        return "a command is required";
+    }
+    if (lWords.front()[0] == '-')
+    {
+        return "a command is required before " + lWords.front();
+    }
+    std::string lCommands;
+    for (const CLI::App* lCommand : pProgram.get_subcommands([](const CLI::App*) { return true; }))
+    {
+        lCommands += (lCommands.empty() ? "" : ", ") + lCommand->get_name();
+    }
+    return "no command " + lWords.front() + " (there are " + lCommands + ")";
+}
+
 void ReportWrongCall(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
 {
     const bool lNoCommand = pProgram.get_subcommands().empty() && pError.get_name() == "RequiredError";
-    pConsole.Fail(eEXIT_CALL, lNoCommand ? "a command is required" : pError.what());
+    pConsole.Fail(eEXIT_CALL, lNoCommand ? DescribeMissingCommand(pProgram) : pError.what());
     const std::string lHint = "Run '" + CalledCommand(pProgram) + " --help' to see how it is called.\n";
     std::fwrite(lHint.data(), 1, lHint.size(), stderr);
 }
