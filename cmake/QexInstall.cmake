@@ -1,4 +1,4 @@
-# Installed: libraries, headers, the CMake package and the program.
+# Installed: libraries, headers, the CMake package, the program, documents and samples.
 # The glTF plug-in has an export set of its own, so that a project that links only qex::acclaim never looks for tinygltf.
 
 include(CMakePackageConfigHelpers)
@@ -35,3 +35,9 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/qexConfig.cmake.in" "
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/qexConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/qexConfig.cmake" "${PROJECT_BINARY_DIR}/qexConfigVersion.cmake"
     DESTINATION "${lPackageDir}")
+
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/SECURITY.md"
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" RENAME copyright)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" "${PROJECT_SOURCE_DIR}/samples" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
+    FILES_MATCHING REGEX "\\.(md|svg|png|asf|amc|cxx)$")

@@ -1,4 +1,4 @@
-# What ./dev package makes: one archive and one Debian package with library, headers, CMake package, program and its documents.
+# What ./dev package makes: one archive and one Debian package with library, headers, CMake package, program and documents.
 
 set(CPACK_PACKAGE_NAME qex)
 set(CPACK_PACKAGE_VENDOR "the qex authors")
@@ -10,4 +10,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# For those who link qex::gltf.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS libtinygltf-dev)
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/StripArchives.cmake")
 include(CPack)

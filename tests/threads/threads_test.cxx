@@ -67,8 +67,8 @@ struct KWalk
 {
     KWalk()
     {
-        const std::string mFolder = SamplesDir().string();
-        EXPECT_TRUE(KQexImporterAcclaim::Import(mScene.get(), (mFolder + "/walker.asf").c_str(), (mFolder + "/walk.amc").c_str(),
+        const std::string lFolder = SamplesDir().string();
+        EXPECT_TRUE(KQexImporterAcclaim::Import(mScene.get(), (lFolder + "/walker.asf").c_str(), (lFolder + "/walk.amc").c_str(),
                                                 KQexImportAcclaimOptions(), mResult));
         mStack = mScene->GetEvaluator()->GetContext();
     }

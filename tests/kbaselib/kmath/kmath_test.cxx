@@ -79,6 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(KLengthCase{"zero", {0, 0, 0}, 0, {0, 0, 0}}, KLengthCase{"negative zero", {-0.0, 0, -0.0}, 0, {0, 0, 0}},
                     KLengthCase{"plain", {2, -3, 6}, 7, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
                     KLengthCase{"tiny", {0, 0, 1e-300}, 1e-300, {0, 0, 1}}, KLengthCase{"subnormal", {0, -5e-324, 0}, 5e-324, {0, -1, 0}},
+                    KLengthCase{"subnormal along x", {5e-324, 0, 0}, 5e-324, {1, 0, 0}},
+                    KLengthCase{"subnormal along z", {0, 0, 5e-324}, 5e-324, {0, 0, 1}},
                     KLengthCase{"small", {2e-155, -3e-155, 6e-155}, 7e-155, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
                     KLengthCase{"large", {2e200, -3e200, 6e200}, 7e200, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
                     KLengthCase{"longer than a number", {-1.5e308, 0, 1.5e308}, kInf, {-std::sqrt(0.5), 0, std::sqrt(0.5)}}));
