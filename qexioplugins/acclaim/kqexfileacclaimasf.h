@@ -40,6 +40,10 @@ public:
     /// \p pSetRotatePivotOffet and \p pSetPreRotation) and with \p pRemoveDummyNodes folds dummy bones (RemoveDummy with
     /// the same two). False when the file cannot be read as a skeleton; the scene then keeps what was read so far. A root
     /// that the scene had before is released with its bones when the file has a root of its own, and stays otherwise.
+    ///
+    /// No other Read() of any object of this class may run at the same time in the process, nor any section of the reader by
+    /// itself: they count in the shared keyword tables. Everything else may, Write() included. KQexImporterAcclaim::ReadSkeleton
+    /// reads under a lock and may be called from any number of threads.
     bool Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
     /// Writes \p pQexAsfScene, which has to have a root: without one an Error is reported and nothing appears. Values are
