@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
@@ -314,6 +315,33 @@ TEST(KQexFileAcclaimAmc, NeedsASkeleton)
     EXPECT_FALSE(lFile.ReadFrames(nullptr, {}, lLog));
     EXPECT_FALSE(lFile.Read(nullptr, nullptr, {}));
     EXPECT_EQ(lFile.GetErrorCount(), 2);
+}
+
+TEST(KQexFileAcclaimAmc, WritesOnlyWhereThereIsSomethingToWrite)
+{
+    KQexImportAcclaimResult        lResult;
+    const KQexAsfSceneOwner        lSkeleton = ReadSmallAsf(kSmallAsf, lResult);
+    const KQexAsfSceneOwner        lEmpty(QexSdkNew<KQexAsfScene>());
+    const KScenePtr                lScene = MakeScene();
+    const std::vector<KQexAmcPair> lPairs = {{lSkeleton->mRoot, lScene->GetRootNode()}};
+    KQexAmcWriteOptions            lOne;
+    KQexAmcWriteOptions            lNone;
+    lOne.mSampling = {KTime(0), FrameTime(1), 1};
+    std::string lOut;
+
+    const auto lWrites = [&lOut](KQexAsfScene* pSkeleton, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions)
+    {
+        KQexFileAcclaimAmc lFile(false);
+        const bool         lOk = lFile.OpenWriteBuffer(&lOut) && lFile.Write(pSkeleton, pPairs, pOptions);
+        EXPECT_EQ(Texts(lFile.GetMessages()), lOk ? "" : "E0 Nothing to write\n");
+        return lOk;
+    };
+    EXPECT_FALSE(lWrites(nullptr, lPairs, lOne));
+    EXPECT_FALSE(lWrites(lEmpty.get(), lPairs, lOne));
+    EXPECT_FALSE(lWrites(lSkeleton.get(), {}, lOne));
+    EXPECT_FALSE(lWrites(lSkeleton.get(), lPairs, lNone));
+    EXPECT_TRUE(lWrites(lSkeleton.get(), lPairs, lOne));
+    EXPECT_EQ(lOut, ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0\na 0 0\nb 0\nc 0 0\n");
 }
 
 TEST(KQexFileAcclaimAmc, BonesThatTheCleanUpRemovedArePassedOver)
