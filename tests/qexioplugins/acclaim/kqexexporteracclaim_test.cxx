@@ -136,6 +136,35 @@ TEST_P(KExportCircle, RandomTreesComeBackWhereTheyWere)
 
 INSTANTIATE_TEST_SUITE_P(Trees, KExportCircle, testing::Range(0, 20));
 
+TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)
+{
+    const std::string lText =
+        ":version 1.10\n:name s\n:units\nlength 0.5\n:root\norder TX RZ\n:bonedata\nbegin\nname arm\ndirection 1 0 0\n"
+        "length 1\naxis 0 0 0 XYZ\ndof ry ty l\nlimits (-10 inf)\n(1 2)\nend\n:hierarchy\nbegin\nroot arm\nend\n";
+    KQexImportAcclaimResult lResult;
+    const KQexAsfSceneOwner lSkeleton =
+        KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(lText.data(), lText.size(), "s.asf"), {}, lResult);
+    ASSERT_NE(lSkeleton, nullptr);
+
+    // Without a unit above zero nothing is converted.
+    for (const double lUnit : {0.5, 0.0, -1.0})
+    {
+        lSkeleton->mLengthUnit = lUnit;
+        const double       lFactor = lUnit > 0.0 ? 2.54 / lUnit : 1.0;
+        const KQexBoneDofs lDofs = KQexExporterAcclaim::GetBoneDofs(lSkeleton.get());
+        ASSERT_EQ(lDofs.size(), 2U);
+        EXPECT_EQ(lDofs.at("root").size(), 2U);
+        const std::vector<KQexBoneDof>& lArm = lDofs.at("arm");
+        ASSERT_EQ(lArm.size(), 2U);
+        EXPECT_EQ(std::string(lArm[0].mWord) + lArm[1].mWord, "ryty");
+        EXPECT_TRUE(lArm[0].mHasMin && !lArm[0].mHasMax && lArm[1].mHasMin && lArm[1].mHasMax);
+        EXPECT_EQ(lArm[0].mMin, -10.0);
+        EXPECT_EQ(lArm[0].mMax, 0.0);
+        EXPECT_DOUBLE_EQ(lArm[1].mMin, lFactor);
+        EXPECT_DOUBLE_EQ(lArm[1].mMax, 2.0 * lFactor);
+    }
+}
+
 TEST(KExportCorpus, RealMotionComesBackWhereItWas)
 {
     QEX_SKIP_WITHOUT(CorpusDir(), "ASF_CORPUS_DIR");

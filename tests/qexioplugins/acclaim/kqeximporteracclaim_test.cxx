@@ -627,6 +627,18 @@ INSTANTIATE_TEST_SUITE_P(Cases, KImportRemarkTest,
                                              "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
                                          KRemarkCase{"dof rx ry", "dof rx ry rx", false, ""}));
 
+TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mRemoveDummies = true;
+    std::string lText = ":version 1.10\n:name s\n:root\norder TX\naxis XYZ\nposition 0 0 0\norientation 0 0 0\n:bonedata\n";
+    for (const char* lName : {"a", "b", "c"})
+        lText += std::string("begin\nname ") + lName + "\ndirection 1 0 0\nlength 1\naxis 0 5 0 XZY\nend\n";
+    ASSERT_TRUE(lSetup.Import(lText + ":hierarchy\nbegin\nroot a b c\nend\n", {}));
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), "W0 A leaf without a degree of freedom is removed and its length lost (a and 2 more)\n"
+                                               "W0 An axis word has another rotation than its letters say (a and 2 more)\n");
+}
+
 TEST(KQexImporterAcclaim, ReadSkeletonHandsItOut)
 {
     KQexImportAcclaimResult  lResult;
