@@ -140,23 +140,43 @@ void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
 
 } // namespace
 
+namespace
+{
+
+/// Runs \p pRun and says what it throws, with words that need no memory when there is none.
+template <typename TRun>
+void Guarded(KConsole& pConsole, const TRun& pRun) noexcept
+{
+    try
+    {
+        try
+        {
+            pRun();
+        }
+        catch (const std::bad_alloc&)
+        {
+            throw;
+        }
+        catch (const std::exception& lError)
+        {
+            pConsole.Fail(eEXIT_SYSTEM, lError.what());
+        }
+    }
+    catch (const std::exception&)
+    {
+        std::fputs("asf: error: out of memory\n", stderr);
+        pConsole.Raise(eEXIT_SYSTEM);
+    }
+}
+
+} // namespace
+
 int RunProgram(int pArgumentCount, char** pArguments)
 {
     InstallSignals();
     KConsole lConsole;
-    try
-    {
-        ParseAndRun(pArgumentCount, pArguments, lConsole);
-    }
-    catch (const std::bad_alloc&)
-    {
-        lConsole.Fail(eEXIT_SYSTEM, "out of memory");
-    }
-    catch (const std::exception& lError)
-    {
-        lConsole.Fail(eEXIT_SYSTEM, lError.what());
-    }
-    lConsole.CloseOut();
+    Guarded(lConsole, [&] { ParseAndRun(pArgumentCount, pArguments, lConsole); });
+    Guarded(lConsole, [&] { lConsole.CloseOut(); });
     return lConsole.GetExit();
 }
 

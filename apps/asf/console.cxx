@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 #include <unistd.h>
 
@@ -68,7 +69,15 @@ KConsole::KConsole() : mOutColour(WantsColour(STDOUT_FILENO)), mErrColour(WantsC
 
 KConsole::~KConsole()
 {
-    CloseOut();
+    try
+    {
+        CloseOut();
+    }
+    catch (const std::exception&)
+    {
+        // Whoever has to know whether it arrived calls CloseOut().
+        mPending.clear();
+    }
 }
 
 bool KConsole::WriteOut()

@@ -195,16 +195,21 @@ bool KConverter::CheckTargets()
 
 bool KConverter::Commit()
 {
-    bool lOk = true;
+    std::vector<qexsdk::KOutputFile*> lOutputs;
     for (const auto& lBvh : mBvhs)
     {
-        lOk = CloseOutput(lBvh->GetOutput(), lBvh->GetOutput().GetPath(), mConsole) && lOk;
+        lOutputs.push_back(&lBvh->GetOutput());
     }
     for (const auto& lGlb : mGlbs)
     {
-        lOk = CloseOutput(*lGlb, lGlb->GetPath(), mConsole) && lOk;
+        lOutputs.push_back(lGlb.get());
     }
-    return lOk;
+    const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size());
+    if (lFailed != nullptr)
+    {
+        ReportOutput(*lFailed, lFailed->GetPath(), mConsole);
+    }
+    return lFailed == nullptr;
 }
 
 } // namespace asfapp

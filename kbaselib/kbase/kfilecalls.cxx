@@ -41,7 +41,7 @@ int CallAccess(const char* pPath, int pMode)
 }
 
 constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,    ::close,  ::lseek,  CallFileStat, CallStat,
-                                     CallLinkStat, ::readlink, CallAccess, ::fchmod, ::rename, ::unlink};
+                                     CallLinkStat, ::readlink, CallAccess, ::fchmod, ::rename, ::link,       ::unlink};
 
 KFileCalls sCalls = kSystemCalls;
 

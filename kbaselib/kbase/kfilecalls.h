@@ -29,6 +29,7 @@ struct KFileCalls
     int (*mAccess)(const char* pPath, int pMode);                       ///< access
     int (*mChangeMode)(int pFile, mode_t pMode);                        ///< fchmod
     int (*mRename)(const char* pFrom, const char* pTo);                 ///< rename: replaces what is at \p pTo in one step.
+    int (*mLink)(const char* pFrom, const char* pTo);                   ///< link: fails when there is something at \p pTo.
     int (*mUnlink)(const char* pPath);                                  ///< unlink
 };
 

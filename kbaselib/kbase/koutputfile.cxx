@@ -1,6 +1,7 @@
 #include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
 #include <kbaselib/kbase/koutputfile.h>
+#include <kbaselib/kbase/kpendingfiles.h>
 
 #include <atomic>
 #include <cerrno>
@@ -23,42 +24,7 @@ constexpr int    kMaxLinks = 40;      ///< As many symbolic links in a row as th
 constexpr int    kMaxAttempts = 1000; ///< Names tried for a temporary file.
 constexpr mode_t kModeBits = 07777;
 
-/// A temporary file that has to go when the process is ended by a signal. The path is copied here, so that a signal's
-/// handler reads no memory that could be given back meanwhile.
-struct KPendingFile
-{
-    std::atomic<int> mState; ///< 0 free, 1 being filled in or taken out, 2 pending.
-    char             mPath[PATH_MAX];
-};
-
-constexpr int kMaxPending = 64;
-
-KPendingFile          sPending[kMaxPending];
 std::atomic<unsigned> sNameCount{0};
-
-/// Notes \p pPath as pending. -1 when the list is full or the path too long for the system anyway.
-int PendingAdd(const std::string& pPath)
-{
-    if (pPath.size() >= PATH_MAX)
-        return -1;
-    for (int i = 0; i < kMaxPending; ++i)
-    {
-        int lFree = 0;
-        if (!sPending[i].mState.compare_exchange_strong(lFree, 1))
-            continue;
-        std::memcpy(sPending[i].mPath, pPath.c_str(), pPath.size() + 1);
-        sPending[i].mState.store(2);
-        return i;
-    }
-    return -1;
-}
-
-void PendingRemove(int& pSlot)
-{
-    if (pSlot >= 0)
-        sPending[pSlot].mState.store(0);
-    pSlot = -1;
-}
 
 /// Waits until a pipe that somebody made non-blocking takes bytes again.
 bool WaitForRoom(int pFile)
@@ -72,6 +38,12 @@ std::string FolderOf(const std::string& pPath)
 {
     const size_t lSlash = pPath.rfind('/');
     return lSlash == std::string::npos ? std::string() : pPath.substr(0, lSlash + 1);
+}
+
+/// A name in the folder of \p pTarget that no other output of this process has.
+std::string NameBeside(const std::string& pTarget)
+{
+    return FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-" + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
 }
 
 /// What \p pPath stands for when its last part is a symbolic link, and links behind that, whether or not the file exists.
@@ -176,17 +148,16 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
 {
     const KFileCalls& lCalls = KFileCallsInUse();
     mTarget = pTarget;
-    const std::string lStart = FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-";
     for (int i = 0; i < kMaxAttempts && mFile < 0; ++i)
     {
         // Noted before it exists: a signal in between finds nothing to remove, which does no harm.
-        mTemporary = lStart + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
-        mSlot = PendingAdd(mTemporary);
+        mTemporary = NameBeside(pTarget);
+        mSlot = KPendingFileAdd(mTemporary);
         mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (mFile >= 0)
             break;
         const int lError = errno;
-        PendingRemove(mSlot);
+        KPendingFileRemove(mSlot);
         mTemporary.clear();
         if (lError != EEXIST && lError != EINTR)
             return Fail(lError);
@@ -281,7 +252,7 @@ bool KOutputFile::Commit()
     {
         if (KFileCallsInUse().mRename(mTemporary.c_str(), mTarget.c_str()) == 0)
         {
-            PendingRemove(mSlot);
+            KPendingFileRemove(mSlot);
             mTemporary.clear();
         }
         else
@@ -298,6 +269,78 @@ bool KOutputFile::Commit()
 bool KOutputFile::Close()
 {
     return Commit();
+}
+
+KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
+{
+    KOutputFile* lFailed = nullptr;
+    for (size_t i = 0; i < pCount && lFailed == nullptr; ++i)
+        if (!pOutputs[i]->Prepare())
+            lFailed = pOutputs[i];
+    size_t lDone = 0;
+    for (; lDone < pCount && lFailed == nullptr; ++lDone)
+        // Nothing comes behind the last one that could still fail.
+        if ((lDone + 1 < pCount && !pOutputs[lDone]->KeepOld()) || !pOutputs[lDone]->Commit())
+            lFailed = pOutputs[lDone];
+    for (size_t i = 0; i < pCount && lFailed != nullptr; ++i)
+        i < lDone&& pOutputs[i] != lFailed ? pOutputs[i]->PutOldBack() : pOutputs[i]->Discard();
+    for (size_t i = 0; i < pCount; ++i)
+        pOutputs[i]->DropOld();
+    return lFailed;
+}
+
+/// Gives the file that is about to be replaced a second name. True when there is none, or the file system has no such names.
+bool KOutputFile::KeepOld()
+{
+    const KFileCalls& lCalls = KFileCallsInUse();
+    mHadOld = true;
+    if (mTemporary.empty())
+        return true;
+    for (int i = 0; i < kMaxAttempts; ++i)
+    {
+        try
+        {
+            mOld = NameBeside(mTarget);
+        }
+        catch (const std::bad_alloc&)
+        {
+            return Fail(ENOMEM);
+        }
+        mOldSlot = KPendingFileAdd(mOld);
+        if (lCalls.mLink(mTarget.c_str(), mOld.c_str()) == 0)
+            return true;
+        const int lError = errno;
+        KPendingFileRemove(mOldSlot);
+        mOld.clear();
+        mHadOld = lError != ENOENT;
+        if (lError == ENOENT || lError == EPERM || lError == EOPNOTSUPP || lError == EMLINK || lError == ENOSYS)
+            return true;
+        if (lError != EEXIST)
+            return Fail(lError);
+    }
+    return Fail(EEXIST);
+}
+
+/// Undoes a commit, as far as the old file is still there.
+void KOutputFile::PutOldBack()
+{
+    mResult = false;
+    if (!mOld.empty() && KFileCallsInUse().mRename(mOld.c_str(), mTarget.c_str()) == 0)
+    {
+        KPendingFileRemove(mOldSlot);
+        mOld.clear();
+    }
+    else if (!mHadOld)
+        KFileCallsInUse().mUnlink(mTarget.c_str());
+}
+
+void KOutputFile::DropOld()
+{
+    if (mOld.empty())
+        return;
+    KFileCallsInUse().mUnlink(mOld.c_str());
+    KPendingFileRemove(mOldSlot);
+    mOld.clear();
 }
 
 void KOutputFile::Discard()
@@ -330,7 +373,7 @@ void KOutputFile::DropTemporary()
     if (mTemporary.empty())
         return;
     KFileCallsInUse().mUnlink(mTemporary.c_str());
-    PendingRemove(mSlot);
+    KPendingFileRemove(mSlot);
     mTemporary.clear();
 }
 
@@ -373,10 +416,7 @@ std::string KOutputFile::GetReason() const
 
 void KOutputFile::RemovePending()
 {
-    // unlink() itself, not the table's: the handler of a signal may call nothing that is not async-signal-safe.
-    for (KPendingFile& lFile : sPending)
-        if (lFile.mState.load() == 2)
-            ::unlink(lFile.mPath);
+    KPendingFilesUnlink();
 }
 
 } // namespace qexsdk

@@ -16,7 +16,7 @@ namespace qexsdk
 /// takes the target's name only when everything was written; until then, and after any failure, an existing target is
 /// as it was. Standard output ("-"), pipes, FIFOs, sockets and devices cannot be replaced and are written directly.
 ///
-/// Two outputs of which both must be complete before either takes its name: Prepare() both, then Commit() both.
+/// Several outputs that belong together: Prepare() each as soon as it is written, then CommitAll().
 ///
 /// One object is used by one thread. The file is not synced to the disk: the promise holds for a process that dies at any
 /// moment, not for a machine that loses its power.
@@ -56,6 +56,11 @@ public:
 
     /// Prepare() and Commit(). Called again, it gives the first result again. True when never opened: nothing was lost.
     bool Close();
+
+    /// Completes \p pCount outputs that belong together: all take their names, or none does, in which case every target is as it
+    /// was before and all outputs are given up. Only on a file system without hard links does a file that took its name before
+    /// another could not keep it. \return null, or the output that failed.
+    static KOutputFile* CommitAll(KOutputFile* const* pOutputs, size_t pCount);
 
     /// Marks the output as failed for a reason of the caller's (\p pError, an errno): what was written is not all there is.
     void SetFailed(int pError);
@@ -100,6 +105,9 @@ private:
 
     bool OpenDirect(const char* pPath);
     bool OpenTemporary(const std::string& pTarget, const struct stat* pOld);
+    bool KeepOld();
+    void PutOldBack();
+    void DropOld();
     bool Flush();
     bool WriteAll(const char* pData, size_t pSize);
     bool Fail(int pError);
@@ -120,6 +128,9 @@ private:
     std::string  mPath;
     std::string  mTarget;    ///< The file to replace, links followed; "" when written directly.
     std::string  mTemporary; ///< "" when there is none.
+    std::string  mOld;       ///< Second name of the file that was replaced, as long as it may be put back; "" without one.
+    int          mOldSlot = -1;
+    bool         mHadOld = false; ///< There was a file to replace.
 };
 
 } // namespace qexsdk

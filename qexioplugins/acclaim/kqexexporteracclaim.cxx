@@ -284,15 +284,9 @@ bool KExport::WriteMotion(const std::string& pPath, std::string* pBuffer)
 
 bool KExport::Finish()
 {
-    if (!mAsf.Commit())
-    {
-        return FailOutput(mResult, mAsf);
-    }
-    if (!mAmcPath.empty() && !mAmc.Close())
-    {
-        return FailOutput(mResult, mAmc.GetOutput());
-    }
-    return true;
+    KOutputFile* const lOutputs[] = {&mAsf, &mAmc.GetOutput()};
+    const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, mAmcPath.empty() ? 1 : 2);
+    return lFailed == nullptr || FailOutput(mResult, *lFailed);
 }
 
 /// Finds nodes by name below other nodes: the first in pre-order, as the scene's own search does, without walking each time.

@@ -186,11 +186,16 @@ bool KQexFileGltf::Write(const std::string& pPath, const std::vector<KQexNode*>&
                                   WriteParts(*this, lMain, pPath, {BinaryHead(pWriter.GetJson(""), lBytes.size()), lBytes}) &&
                                   (lMain.Commit() || ReportOutput(*this, lMain));
                        }
-                       const std::string lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
-                       const std::string lJson = pWriter.GetJson(UriOf(std::filesystem::path(lBinaryPath).filename().string()));
-                       KOutputFile       lBinary;
-                       return WriteParts(*this, lBinary, lBinaryPath, {lBytes}) && WriteParts(*this, lMain, pPath, {lJson, "\n"}) &&
-                              (lBinary.Commit() || ReportOutput(*this, lBinary)) && (lMain.Commit() || ReportOutput(*this, lMain));
+                       const std::string  lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
+                       const std::string  lJson = pWriter.GetJson(UriOf(std::filesystem::path(lBinaryPath).filename().string()));
+                       KOutputFile        lBinary;
+                       KOutputFile* const lOutputs[] = {&lBinary, &lMain};
+                       if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, pPath, {lJson, "\n"}))
+                       {
+                           return false;
+                       }
+                       const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, 2);
+                       return lFailed == nullptr || ReportOutput(*this, *lFailed);
                    });
 }
 

@@ -471,7 +471,12 @@ bool KQexFileBvh::Write(const std::vector<KQexNode*>& pRoots, const KQexBvhWrite
         }
         lEvaluator->SetContext(pOptions.mStack);
         lWriter.WriteHierarchy();
-        return lWriter.WriteMotion();
+        const bool lOk = lWriter.WriteMotion();
+        if (!lOk && GetOutput().HasFailed())
+        {
+            Error("Can't write %s (%s)\n", GetPath().c_str(), GetOutput().GetReason().c_str());
+        }
+        return lOk;
     }
     catch (const std::bad_alloc&)
     {

@@ -13,11 +13,12 @@ std::atomic<long> sLive{0};
 std::atomic<long> sCalls{0};
 std::atomic<long> sFirst{0}; ///< Number of the call that fails; 0: none does.
 std::atomic<bool> sOn{false};
+std::atomic<int>  sUnfailing{0}; ///< KUnfailingMemory objects there are.
 
 bool Admit()
 {
     const long lFirst = sFirst.load();
-    if (lFirst == 0)
+    if (lFirst == 0 || sUnfailing.load() > 0)
     {
         return true;
     }
@@ -154,6 +155,16 @@ long KFailingAllocator::Disarm()
 long KFailingAllocator::GetLive()
 {
     return sLive.load();
+}
+
+KUnfailingMemory::KUnfailingMemory()
+{
+    ++sUnfailing;
+}
+
+KUnfailingMemory::~KUnfailingMemory()
+{
+    --sUnfailing;
 }
 
 } // namespace qextest

@@ -24,6 +24,16 @@ public:
     static long GetLive();
 };
 
+/// While it lives, what the program allocates is neither failed nor counted as a call: for what a test itself needs half-way.
+class KUnfailingMemory
+{
+public:
+    KUnfailingMemory();
+    ~KUnfailingMemory();
+    KUnfailingMemory(const KUnfailingMemory&) = delete;
+    KUnfailingMemory& operator=(const KUnfailingMemory&) = delete;
+};
+
 } // namespace qextest
 
 #endif

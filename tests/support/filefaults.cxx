@@ -89,6 +89,11 @@ int Rename(const char* pFrom, const char* pTo)
     return Count(KFileFaults::eRENAME) == 0 ? sSystem.mRename(pFrom, pTo) : -1;
 }
 
+int Link(const char* pFrom, const char* pTo)
+{
+    return Count(KFileFaults::eLINK) == 0 ? sSystem.mLink(pFrom, pTo) : -1;
+}
+
 int Unlink(const char* pPath)
 {
     return Count(KFileFaults::eUNLINK) == 0 ? sSystem.mUnlink(pPath) : -1;
@@ -111,6 +116,7 @@ KFileFaults::KFileFaults()
     lCalls.mLinkStat = LinkStat;
     lCalls.mChangeMode = ChangeMode;
     lCalls.mRename = Rename;
+    lCalls.mLink = Link;
     lCalls.mUnlink = Unlink;
     Fail(eCALLS, 0, 0);
 }

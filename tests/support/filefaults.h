@@ -20,6 +20,7 @@ public:
         eSTAT,
         eCHANGE_MODE,
         eRENAME,
+        eLINK,
         eUNLINK,
         eCALLS
     };
