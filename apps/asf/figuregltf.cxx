@@ -125,6 +125,7 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 bool KConverter::WriteGltf(const KConvertOutput& pOutput)
 {
     const std::string            lPath = PathOf(pOutput, mTakes.front());
+    const std::string            lShown = ShownOutput(lPath); // Behind the writing nothing may fail any more.
     qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
     qexsdk::KQexFileGltf         lFile;
     bool                         lOk = false;
@@ -136,7 +137,7 @@ bool KConverter::WriteGltf(const KConvertOutput& pOutput)
         };
         lOk = lFile.Write(lPath, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, ShownOutput(lPath), mConsole);
+    PrintGltfMessages(lFile, lShown, mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);

@@ -4,14 +4,11 @@
 
 #include <kbaselib/kbase/koutputfile.h>
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
-#include <sstream>
 #include <string_view>
 
 namespace qexsdk
@@ -50,22 +47,6 @@ bool KGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
         mModel.animations.back().name = SafeName(lNames, lTake.mStack->GetName(), "take");
     }
     return true;
-}
-
-std::string KGltfWriter::GetJson(const std::string& pUri)
-{
-    std::ostringstream lStream;
-    tinygltf::TinyGLTF().WriteGltfSceneToStream(&mModel, lStream, false, false);
-    // The library would embed the numbers as text; they stand outside, and are described here.
-    nlohmann::ordered_json lJson = nlohmann::ordered_json::parse(lStream.str());
-    nlohmann::ordered_json lBuffer;
-    lBuffer["byteLength"] = GetBytes().size();
-    if (!pUri.empty())
-    {
-        lBuffer["uri"] = pUri;
-    }
-    lJson["buffers"] = nlohmann::ordered_json::array({lBuffer});
-    return lJson.dump(pUri.empty() ? -1 : 1);
 }
 
 namespace

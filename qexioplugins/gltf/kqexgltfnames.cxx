@@ -3,7 +3,7 @@
 namespace qexsdk
 {
 
-bool IsUtf8(const std::string& pText)
+bool IsUtf8(std::string_view pText)
 {
     for (size_t i = 0; i < pText.size();)
     {

@@ -44,7 +44,7 @@ protected:
                 EXPECT_TRUE(lOk) << "the next try: " << lStage.mTold;
                 lOk = !GetParam().mIsProgram;
             }
-            if (lOk && GetParam().mOutputs > 0)
+            if (lOk && !GetParam().mOutputs.empty())
             {
                 mFiles.ResetOutputs();
             }
@@ -80,22 +80,7 @@ TEST_P(KAllocationFault, LosesNothing)
     }
 }
 
-/// All that do not write glTF.
-std::vector<KFaultOperation> WithoutGltfOutput()
-{
-    std::vector<KFaultOperation> lOperations;
-    for (const KFaultOperation& lOperation : FaultOperations())
-    {
-        const std::string lName = lOperation.mName;
-        if (lName != "WriteGlb" && lName != "WriteGltf" && lName != "ConvertToBvhAndGlb" && lName != "ConvertToGltf")
-        {
-            lOperations.push_back(lOperation);
-        }
-    }
-    return lOperations;
-}
-
-INSTANTIATE_TEST_SUITE_P(Operations, KAllocationFault, testing::ValuesIn(WithoutGltfOutput()),
+INSTANTIATE_TEST_SUITE_P(Operations, KAllocationFault, testing::ValuesIn(FaultOperations()),
                          [](const testing::TestParamInfo<KFaultOperation>& pInfo) { return std::string(pInfo.param.mName); });
 
 } // namespace

@@ -421,20 +421,20 @@ std::ostream& operator<<(std::ostream& pOut, const KFaultOperation& pOperation)
 const std::vector<KFaultOperation>& FaultOperations()
 {
     static const std::vector<KFaultOperation> sOperations = {
-        {"ReadAsf", false, true, 0, false, ReadAsf},
-        {"ReadAmc", false, true, 0, false, ReadAmc},
-        {"Import", false, true, 0, false, Import},
-        {"ReadBvh", false, true, 0, false, ReadBvh},
-        {"ReadGlb", false, true, 0, false, ReadGlb},
-        {"ReadGltf", false, true, 0, false, ReadGltf},
-        {"WriteBvh", true, false, 1, false, WriteBvh},
-        {"WriteGlb", true, false, 1, false, WriteGlb},
-        {"WriteGltf", true, false, 2, false, WriteGltf},
-        {"WriteAmc", true, true, 1, false, WriteAmc},
-        {"ExportAcclaim", true, false, 2, false, ExportAcclaim},
-        {"ConvertToBvhAndGlb", false, true, 2, true, ConvertToBvhAndGlb},
-        {"ConvertToGltf", false, true, 2, true, ConvertToGltf},
-        {"ConvertToAcclaim", false, true, 2, true, ConvertToAcclaim},
+        {"ReadAsf", false, {"a.asf"}, {}, false, ReadAsf},
+        {"ReadAmc", false, {"a.asf", "a.amc"}, {}, false, ReadAmc},
+        {"Import", false, {"a.asf", "a.amc"}, {}, false, Import},
+        {"ReadBvh", false, {"a.bvh"}, {}, false, ReadBvh},
+        {"ReadGlb", false, {"a.glb"}, {}, false, ReadGlb},
+        {"ReadGltf", false, {"a.gltf", "a.bin"}, {}, false, ReadGltf},
+        {"WriteBvh", true, {}, {"a.bvh"}, false, WriteBvh},
+        {"WriteGlb", true, {}, {"a.glb"}, false, WriteGlb},
+        {"WriteGltf", true, {}, {"a.gltf", "a.bin"}, false, WriteGltf},
+        {"WriteAmc", true, {"a.asf"}, {"a.amc"}, false, WriteAmc},
+        {"ExportAcclaim", true, {}, {"a.asf", "a.amc"}, false, ExportAcclaim},
+        {"ConvertToBvhAndGlb", false, {"a.asf", "a.amc"}, {"a.bvh", "a.glb"}, true, ConvertToBvhAndGlb},
+        {"ConvertToGltf", false, {"a.glb"}, {"a.gltf", "a.bin"}, true, ConvertToGltf},
+        {"ConvertToAcclaim", false, {"a.bvh"}, {"a.asf", "a.amc"}, true, ConvertToAcclaim},
     };
     return sOperations;
 }

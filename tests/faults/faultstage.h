@@ -77,8 +77,8 @@ struct KFaultOperation
 {
     const char*                  mName;
     bool                         mHasMotion; ///< The scene holds an imported motion before.
-    bool                         mReads;
-    int                          mOutputs;   ///< Files that it writes.
+    std::vector<const char*>     mInputs;    ///< Files that it reads, by their names in the folder of inputs.
+    std::vector<const char*>     mOutputs;   ///< Files that it writes, by their names in the folder of outputs.
     bool                         mIsProgram; ///< A call of the command line, which uses nothing of the stage.
     std::function<bool(KStage&)> mRun;       ///< Says whether it succeeded, and leaves what it told in the stage.
 };
