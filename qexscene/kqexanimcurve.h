@@ -73,6 +73,9 @@ public:
     /// O(1) on uniformly sampled keys, else O(log n).
     double Evaluate(const KTime& pTime) const { return mKeys.Evaluate(pTime.Get()); }
 
+    /// The same, for one time of many curves that have mostly the same key times: \p pSpot goes from one to the next.
+    double Evaluate(const KTime& pTime, KQexKeyTimes::KSpot& pSpot) const { return mKeys.Evaluate(pTime.Get(), pSpot); }
+
     /// Bytes allocated for keys, spare room included.
     std::size_t GetMemoryUse() const { return mKeys.GetMemoryUse(); }
 

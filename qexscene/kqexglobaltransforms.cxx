@@ -1,8 +1,6 @@
 #include <qexscene/kqexglobaltransforms.h>
 
 #include <kbaselib/kbase/kmemory.h>
-#include <qexscene/kqexanimcurve.h>
-#include <qexscene/kqexanimcurvenode.h>
 #include <qexscene/kqexnode.h>
 #include <qexscene/kqexscene.h>
 
@@ -77,9 +75,9 @@ bool KQexGlobalTransforms::Gather(KQexNode* pTop, const KQexAnimLayer* pLayer)
         KItem* lItem = new (mItems + mCount) KItem;
         lItem->mNode = lNode;
         lItem->mParent = lParent;
-        SetChannels(lItem->mChannels, lNode->mLocalTranslation, pLayer);
-        SetChannels(lItem->mChannels + 3, lNode->mLocalRotation, pLayer);
-        SetChannels(lItem->mChannels + 6, lNode->mLocalScaling, pLayer);
+        KQexChannel::Find(lItem->mChannels, lNode->mLocalTranslation, pLayer);
+        KQexChannel::Find(lItem->mChannels + 3, lNode->mLocalRotation, pLayer);
+        KQexChannel::Find(lItem->mChannels + 6, lNode->mLocalScaling, pLayer);
         ++mCount;
     }
     mScene = lScene->GetSerial();
@@ -89,27 +87,16 @@ bool KQexGlobalTransforms::Gather(KQexNode* pTop, const KQexAnimLayer* pLayer)
     return true;
 }
 
-void KQexGlobalTransforms::SetChannels(KChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
-{
-    const KQexAnimCurveNode* lCurveNode = pProperty.GetCurveNode(pLayer);
-    for (unsigned int lI = 0; lI < 3; ++lI)
-    {
-        pChannels[lI].mCurve = lCurveNode != nullptr ? lCurveNode->GetCurve(lI) : nullptr;
-        pChannels[lI].mValue = lCurveNode != nullptr ? lCurveNode->GetChannelData(lI)->mValue : pProperty.GetData()->mValue + lI;
-    }
-}
-
 void KQexGlobalTransforms::Evaluate(const KQexMatrix& pOutside, KTime pTime)
 {
+    KQexKeyTimes::KSpot lSpot;
     for (int lIndex = 0; lIndex < mCount; ++lIndex)
     {
         KItem& lItem = mItems[lIndex];
         double lValues[9];
         for (int lI = 0; lI < 9; ++lI)
         {
-            const KChannel& lChannel = lItem.mChannels[lI];
-            const bool      lAnimated = lChannel.mCurve != nullptr && lChannel.mCurve->GetKeyCount() > 0;
-            lValues[lI] = lAnimated ? lChannel.mCurve->Evaluate(pTime) : *lChannel.mValue;
+            lValues[lI] = lItem.mChannels[lI].Evaluate(pTime, lSpot);
         }
         KQexMatrix lLocal;
         lItem.mNode->ComposeLocalTransform(lLocal, lValues, lValues + 3, lValues + 6);

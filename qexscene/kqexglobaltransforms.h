@@ -3,6 +3,7 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 #include <kbaselib/kbase/ktime.h>
+#include <qexscene/kqexchannel.h>
 #include <qexscene/kqexmatrix.h>
 
 #include <cstddef>
@@ -10,10 +11,8 @@
 namespace qexsdk
 {
 
-class KQexAnimCurve;
 class KQexAnimLayer;
 class KQexNode;
-class KQexProperty;
 
 /// The global transforms of a node and of everything below it at one time: what KQexAnimEvaluator::EvaluateGlobalTransforms
 /// fills. Items stand in pre-order, so item 0 is the top node and a parent always comes before its children.
@@ -46,19 +45,12 @@ public:
 private:
     friend class KQexAnimEvaluator;
 
-    /// Where one component of a local value comes from.
-    struct KChannel
-    {
-        const KQexAnimCurve* mCurve; ///< Null: no curve.
-        const double*        mValue; ///< The value without a curve, or with one that has no keys.
-    };
-
     struct KItem
     {
-        KQexMatrix mTransform;
-        KQexNode*  mNode;
-        int        mParent;
-        KChannel   mChannels[9]; ///< Translation x, y, z, rotation x, y, z, scaling x, y, z.
+        KQexMatrix  mTransform;
+        KQexNode*   mNode;
+        int         mParent;
+        KQexChannel mChannels[9]; ///< Translation x, y, z, rotation x, y, z, scaling x, y, z.
     };
 
     /// No items, and nothing known of any tree.
@@ -69,8 +61,6 @@ private:
 
     /// The items of \p pTop's tree and where their values come from, unless they are known already.
     bool Gather(KQexNode* pTop, const KQexAnimLayer* pLayer);
-
-    static void SetChannels(KChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer);
 
     /// The transforms of all items; \p pOutside is that of what item 0 hangs under.
     void Evaluate(const KQexMatrix& pOutside, KTime pTime);

@@ -34,7 +34,7 @@ bool KQexKeyStore::Insert(int pIndex, std::int64_t pTime, float pValue)
     return true;
 }
 
-double KQexKeyStore::Evaluate(std::int64_t pTime) const
+double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const
 {
     const int lCount = GetCount();
     if (lCount == 0)
@@ -45,7 +45,7 @@ double KQexKeyStore::Evaluate(std::int64_t pTime) const
     {
         return static_cast<double>(mValues.Get(lCount - 1));
     }
-    const KQexKeyTimes::KPlace lPlace = mTimes.Locate(pTime);
+    const KQexKeyTimes::KPlace lPlace = mTimes.Locate(pTime, pSpot);
     if (lPlace.mKey < 0)
     {
         return static_cast<double>(mValues.Get(0));

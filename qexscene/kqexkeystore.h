@@ -40,7 +40,12 @@ public:
     void SwapValues(KQexKeyBlock<float>& pList) noexcept { mValues.SwapList(pList); }
 
     /// The value at \p pTime as KQexAnimCurve::Evaluate tells it.
-    double Evaluate(std::int64_t pTime) const;
+    double Evaluate(std::int64_t pTime) const
+    {
+        KQexKeyTimes::KSpot lSpot;
+        return Evaluate(pTime, lSpot);
+    }
+    double Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const;
 
     /// Removes every key and gives their memory back.
     void Clear();

@@ -39,8 +39,32 @@ public:
         std::uint64_t mStep;  ///< Ticks from that key to the next.
     };
 
+    /// A place that was found, for others to use that have the same times.
+    struct KSpot
+    {
+        KPlace        mPlace = {-1, 0, 0}; ///< mKey -1: none yet.
+        std::int64_t  mTime = 0;           ///< The time that is there,
+        std::int64_t  mStart = 0;          ///< in an even run of keys from this time on
+        std::uint64_t mStep = 0;           ///< with this step.
+    };
+
     /// The place of a time before the last key. As fast as Find.
     KPlace Locate(std::int64_t pTime) const;
+
+    /// The same for many curves that have mostly the same times: what was found for the one before is kept in \p pSpot.
+    KPlace Locate(std::int64_t pTime, KSpot& pSpot) const
+    {
+        if (mIsListed || mRuns.GetCount() != 1 || !mRuns[0].IsEven())
+        {
+            return Locate(pTime);
+        }
+        const KQexKeyRun& lRun = mRuns[0];
+        if (pTime != pSpot.mTime || lRun.mStart != pSpot.mStart || lRun.mStep != pSpot.mStep || pSpot.mPlace.mKey < 0)
+        {
+            pSpot = {Locate(pTime), pTime, lRun.mStart, lRun.mStep};
+        }
+        return pSpot.mPlace;
+    }
 
     /// The largest step such that every time is the first one plus a multiple of it; 0 for fewer than two keys. O(runs), or O(n)
     /// where times are listed.

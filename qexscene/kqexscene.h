@@ -19,6 +19,7 @@
 #include <qexscene/kqexanimevaluator.h>
 #include <qexscene/kqexanimlayer.h>
 #include <qexscene/kqexanimstack.h>
+#include <qexscene/kqexchannel.h>
 #include <qexscene/kqexcollection.h>
 #include <qexscene/kqexglobaltransforms.h>
 #include <qexscene/kqexlimits.h>

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -162,29 +163,62 @@ KNumberStatus KNumberParse(std::string_view pToken, long long& pValue)
 namespace
 {
 
-/// Most digits that PrintSmall writes, with sign and point.
-constexpr int kSmallText = 24;
+constexpr int kSmallDecimals = 9; ///< Most decimals that PrintSmall writes.
+constexpr int kSmallText = 32;    ///< Room that it needs: sign, 12 digits, point and the block that the decimals are moved in.
+
+/// The digits of 0 to 99, two each.
+constexpr char kPairs[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839404142434445464748"
+                          "4950515253545556575859606162636465666768697071727374757677787980818283848586878889909192939495969798"
+                          "99";
+
+/// Writes the last \p pCount digits of \p pDigits before \p pEnd; gives back what is left of the number.
+unsigned long long PrintDigits(char* pEnd, unsigned long long pDigits, int pCount)
+{
+    for (; pCount >= 2; pCount -= 2)
+    {
+        const char* lPair = kPairs + 2 * (pDigits % 100);
+        pDigits /= 100;
+        pEnd -= 2;
+        pEnd[0] = lPair[0];
+        pEnd[1] = lPair[1];
+    }
+    if (pCount > 0)
+    {
+        pEnd[-1] = static_cast<char>('0' + pDigits % 10);
+        pDigits /= 10;
+    }
+    return pDigits;
+}
+
+int CountDigits(unsigned long long pNumber)
+{
+    int lCount = 1;
+    for (; pNumber >= 10; pNumber /= 10)
+    {
+        ++lCount;
+    }
+    return lCount;
+}
 
 /// Writes \p pDigits, of which the last \p pDecimals stand behind the point, without zeros at the end.
 char* PrintScaled(char* pAt, unsigned long long pDigits, int pDecimals)
 {
-    while (pDecimals > 0 && pDigits % 10 == 0)
+    char                     lFraction[16] = {};
+    const unsigned long long lWhole = PrintDigits(lFraction + pDecimals, pDigits, pDecimals);
+    const int                lCount = CountDigits(lWhole);
+    PrintDigits(pAt + lCount, lWhole, lCount);
+    pAt += lCount;
+    while (pDecimals > 0 && lFraction[pDecimals - 1] == '0')
     {
-        pDigits /= 10;
         --pDecimals;
     }
-    char  lText[kSmallText];
-    char* lAt = lText + kSmallText;
-    for (int i = 0; pDigits != 0 || i <= pDecimals; ++i)
+    if (pDecimals > 0)
     {
-        if (i == pDecimals && pDecimals > 0)
-        {
-            *--lAt = '.';
-        }
-        *--lAt = static_cast<char>('0' + pDigits % 10);
-        pDigits /= 10;
+        *pAt++ = '.';
+        std::memcpy(pAt, lFraction, sizeof lFraction); // A block of known size costs less than counting.
+        pAt += pDecimals;
     }
-    return std::copy(lAt, lText + kSmallText, pAt);
+    return pAt;
 }
 
 /// KNumberPrintFixed for the numbers that motion is made of, by whole numbers alone: null for the others, which are those so large
@@ -193,7 +227,7 @@ char* PrintSmall(char* pBegin, char* pEnd, double pValue, int pDecimals)
 {
     constexpr double kLargest = 1e12;
     constexpr double kMargin = 1e-3; // Scaling is off by 1e-4 at most.
-    if (pDecimals > 9 || pEnd - pBegin < kSmallText)
+    if (pDecimals > kSmallDecimals || pEnd - pBegin < kSmallText)
     {
         return nullptr;
     }

@@ -1,7 +1,7 @@
 #ifndef KBASELIB_KMATH_KEULERNEAREST_H
 #define KBASELIB_KMATH_KEULERNEAREST_H
 
-#include <kbaselib/kmath/keulertable.h>
+#include <kbaselib/kmath/kmath.h>
 
 #include <cmath>
 
@@ -25,6 +25,12 @@ inline double KmNearestTurn(double pAngle, double pNear)
 /// R(x, 180) R(y, b) R(x, 180) = R(y, -b).
 inline double* KmNearestEuler(double* pV, const double* pNear, int pOrd)
 {
+    // With all three within 60 degrees the flipped triple is at least 120 off in two.
+    constexpr double kNear = 60.0;
+    if (std::fabs(pV[0] - pNear[0]) <= kNear && std::fabs(pV[1] - pNear[1]) <= kNear && std::fabs(pV[2] - pNear[2]) <= kNear)
+    {
+        return KmV(pV, pV[0] + 0.0, pV[1] + 0.0, pV[2] + 0.0); // A turn of zero makes -0 zero, as below.
+    }
     const double lFlipped[3] = {pV[0] + 180.0, ((pOrd & 1) != 0 ? 0.0 : 180.0) - pV[1], pV[2] + 180.0};
     double       lPlain[3];
     double       lOther[3];

@@ -1,6 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXDOFSOLVER_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXDOFSOLVER_H
 
+#include <kbaselib/kmath/keulertable.h>
 #include <kbaselib/kmath/kgeom.h>
 
 namespace qexsdk
@@ -22,7 +23,8 @@ public:
     /// Writes one angle (degrees) for each rotation DOF, in their order, into \p pAngles. \p pReached receives the rotation that
     /// they make. Three DOFs, each about another axis than the one before, reach every rotation; for other lists the angle left over
     /// between \p pWanted and \p pReached is as small as going around the DOFs one by one makes it.
-    void Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    /// \return the angle left over, degrees
+    double Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
 
     /// Replaces angles by equivalent ones nearest to \p pLast: whole turns, and for three axes the flipped triple.
     void Continue(double* pAngles, const double* pLast) const;
@@ -30,16 +32,31 @@ public:
     /// How much an error of the rotation can grow in the angles: 1 far from gimbal lock, without bound close to it.
     double GetGain(const double* pAngles) const;
 
+    /// What the gain is not above, told without trigonometry.
+    double GetGainBound(const double* pAngles) const;
+
+    /// Whether rotations made of angles about three axes in the order \p pOrder may be solved by TakeAngles(): the DOFs turn about
+    /// different axes, in that order.
+    bool Follows(ERotationOrder pOrder) const;
+
+    /// Solve() for the rotation by \p pByAxis[0 to 2] about x, y and z in an order that the DOFs follow: the angles are those. False,
+    /// and \p pAngles undefined, where that does not settle it: an axis without a DOF is turned about, or gimbal lock is near.
+    bool TakeAngles(const double* pByAxis, double* pAngles) const;
+
 private:
-    void Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
-    void RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
-    void Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const;
+    double SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    double SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    double SolveAny(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    void   Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    void   RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    void   Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const;
 
     int  mAxes[6] = {};
     int  mCount = 0;
     int  mCode = 0;          ///< Order code that begins with the DOFs' axes.
     bool mIsWhole = false;   ///< Three different axes.
     bool mIsDistinct = true; ///< No axis twice.
+    bool mHas[3] = {};       ///< Whether there is a DOF about x, y, z.
 };
 
 /// Degrees by which two rotations differ.

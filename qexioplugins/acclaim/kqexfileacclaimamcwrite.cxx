@@ -1,6 +1,8 @@
-#include <qexioplugins/acclaim/kqexasfwalk.h>
-#include <qexioplugins/acclaim/kqexdofsolver.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+
+#include <qexioplugins/acclaim/kqexamcfit.h>
+#include <qexioplugins/acclaim/kqexamcsteps.h>
+#include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/motion/kqexframewriter.h>
 #include <qexioplugins/motion/kqextakeguard.h>
 
@@ -9,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <unordered_map>
@@ -30,16 +33,16 @@ constexpr double kTellCentimetres = 0.01;
 /// What is known of a bone before the first frame.
 struct KAmcBone
 {
-    HKQexAsfNode mBone = nullptr;
-    int          mParent = -1; ///< Index of the parent bone.
-    int          mPose = -1;   ///< Index of its node in the pose; -1 without a node.
-    int          mFrom = -1;   ///< Index of the nearest bone above that has a node.
-    size_t       mValue = 0;   ///< Index of its first value in a frame.
-    KDofSolver   mSolver;
-    KgeRMatrix   mAxis; ///< Its axis, world.
-    KgeRMatrix   mAxisInv;
-    KgeRMatrix   mRestInv;      ///< Takes its node's rotation to the one that the skeleton's rest pose is turned by.
-    double       mRest[3] = {}; ///< From that bone's place to its own at rest, centimetres, as the skeleton's rest pose has it.
+    explicit KAmcBone(HKQexAsfNode pBone) : mBone(pBone), mNameLength(std::strlen(pBone->mName)), mFit(*pBone) {}
+
+    HKQexAsfNode mBone;
+    size_t       mNameLength;
+    KAmcFit      mFit;
+    size_t       mValue = 0;            ///< Index of its first value in a frame.
+    bool         mTakesAngles = false;  ///< Its node's angles are those of the DOFs, as a rule.
+    bool         mHasFixedMove = false; ///< It is displaced by mMove at all times,
+    bool         mIsStill = false;      ///< which is not at all, and no DOF is for it.
+    double       mMove[3] = {};         ///< Displacement from the place at rest, in its axis frame, centimetres.
 };
 
 /// The largest errors of a bone, one set for each thread.
@@ -52,9 +55,16 @@ struct KAmcLoss
 /// What evaluating a frame needs besides its result; one for each thread.
 struct KAmcScratch
 {
-    KQexGlobalTransforms    mPose;
-    std::vector<KgeRMatrix> mTurns; ///< By how much each bone is turned from its rest pose, world.
-    std::vector<KAmcLoss>   mLosses;
+    KAmcMoment             mMoment;
+    std::vector<KAmcStray> mStrays; ///< One a bone.
+    std::vector<KAmcLoss>  mLosses; ///< One a bone.
+
+    /// How bone \p pBone strayed; null when it did not, or for -1.
+    const KAmcStray* GetStray(int pBone) const
+    {
+        const KAmcStray* lStray = pBone >= 0 ? &mStrays[static_cast<size_t>(pBone)] : nullptr;
+        return lStray != nullptr && lStray->mIs ? lStray : nullptr;
+    }
 };
 
 /// Digits behind the point that are above twice the noise.
@@ -70,246 +80,6 @@ int DecimalsFor(double pNoise)
     return lDecimals;
 }
 
-class KAmcWriter : private KQexFrameFormat
-{
-public:
-    KAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions)
-        : mFile(pFile),
-          mOptions(pOptions),
-          mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetres : 1.0),
-          mThreads(KThreadCount(pOptions.mThreads))
-    {
-    }
-
-    bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
-    void WriteHeader();
-    bool WriteFrames();
-    void TellLosses();
-
-private:
-    bool Evaluate(int pThread, KTime pTime, double* pValues) override;
-    void Continue(double* pValues) override;
-    void Format(long long pFrame, const double* pValues, std::string& pText) const override;
-
-    void AddBone(HKQexAsfNode pNode, int pParent);
-    void SetRest(const KQexGlobalTransforms& pPose);
-    void GetReach(const KAmcBone& pBone, const KQexGlobalTransforms& pPose, double* pReach) const;
-    void EvaluateRotation(size_t pBone, KAmcScratch& pScratch, double* pValues) const;
-    void EvaluatePlace(const KAmcBone& pBone, size_t pIndex, KAmcScratch& pScratch, double* pValues) const;
-    void FormatBone(const KAmcBone& pBone, const double* pValues, std::string& pText) const;
-
-    KQexFileAcclaimAmc&                       mFile;
-    const KQexAmcWriteOptions&                mOptions;
-    const double                              mToFile; ///< Units of the file per centimetre.
-    const int                                 mThreads;
-    KQexNode*                                 mRootNode = nullptr;
-    std::vector<KAmcBone>                     mBones; ///< In pre-order.
-    std::vector<std::unique_ptr<KAmcScratch>> mScratch;
-    std::vector<double>                       mLast; ///< Values of the frame before.
-    size_t                                    mValueCount = 0;
-};
-
-void KAmcWriter::AddBone(HKQexAsfNode pNode, int pParent)
-{
-    KAmcBone lBone;
-    lBone.mBone = pNode;
-    lBone.mParent = pParent;
-    lBone.mValue = mValueCount;
-    lBone.mSolver = KDofSolver(pNode->mOrderBuf, pNode->mOrderCount);
-    KgeSet(lBone.mAxis, pNode->mAxisRM);
-    KgeSet(lBone.mAxisInv, pNode->mAxisRMInv);
-    mValueCount += static_cast<size_t>(pNode->mOrderCount);
-    mBones.push_back(lBone);
-}
-
-bool KAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
-{
-    mRootNode = pPairs.front().mNode;
-    KQexGlobalTransforms lPose;
-    if (!mRootNode->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRootNode, KTime(0), lPose))
-    {
-        return false;
-    }
-    std::unordered_map<const KQexNode*, int> lPoseOf;
-    for (int i = 0; i < lPose.GetCount(); ++i)
-    {
-        lPoseOf[lPose.GetNode(i)] = i;
-    }
-    std::unordered_map<const KQexAsfNode*, int> lNodeOf;
-    for (const KQexAmcPair& lPair : pPairs)
-    {
-        const auto lFound = lPoseOf.find(lPair.mNode);
-        lNodeOf[lPair.mBone] = lFound != lPoseOf.end() ? lFound->second : -1;
-    }
-    std::vector<int> lOpen;
-    KQexAsfWalk      lWalk(pRoot);
-    while (HKQexAsfNode lNode = lWalk.Next())
-    {
-        if (!lWalk.IsEntering())
-        {
-            lOpen.pop_back();
-            continue;
-        }
-        AddBone(lNode, lOpen.empty() ? -1 : lOpen.back());
-        KAmcBone&  lBone = mBones.back();
-        const auto lFound = lNodeOf.find(lNode);
-        lBone.mPose = lFound != lNodeOf.end() ? lFound->second : -1;
-        if (lBone.mParent >= 0)
-        {
-            const KAmcBone& lParent = mBones[static_cast<size_t>(lBone.mParent)];
-            lBone.mFrom = lParent.mPose >= 0 ? lBone.mParent : lParent.mFrom;
-        }
-        lOpen.push_back(static_cast<int>(mBones.size()) - 1);
-    }
-    SetRest(lPose);
-    for (int i = 0; i < mThreads; ++i)
-    {
-        mScratch.push_back(std::make_unique<KAmcScratch>());
-        mScratch.back()->mTurns.resize(mBones.size());
-        mScratch.back()->mLosses.resize(mBones.size());
-    }
-    mLast.assign(mValueCount, 0.0);
-    return true;
-}
-
-/// From the place of the nearest bone above with a node to the bone's own, centimetres, world. The root's place itself.
-void KAmcWriter::GetReach(const KAmcBone& pBone, const KQexGlobalTransforms& pPose, double* pReach) const
-{
-    KmVset(pReach, pPose.GetTransform(pBone.mPose).mData[3].mData);
-    if (pBone.mFrom >= 0)
-    {
-        const double* lFrom = pPose.GetTransform(mBones[static_cast<size_t>(pBone.mFrom)].mPose).mData[3].mData;
-        KmV(pReach, pReach[0] - lFrom[0], pReach[1] - lFrom[1], pReach[2] - lFrom[2]);
-    }
-    KmVN(pReach, pReach, mOptions.mScale);
-}
-
-void KAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
-{
-    KgeRMatrix lAlign; // From the skeleton's rest pose to the nodes'.
-    if (mOptions.mIsRootAligned)
-    {
-        pPose.GetTransform(0).GetRotation(lAlign);
-    }
-    KgeRMatrix lAlignInv;
-    KgeInverse(lAlignInv, lAlign);
-    for (KAmcBone& lBone : mBones)
-    {
-        if (lBone.mPose < 0)
-        {
-            continue;
-        }
-        pPose.GetTransform(lBone.mPose).GetRotation(lBone.mRestInv);
-        KgeInverse(lBone.mRestInv, lBone.mRestInv);
-        KgeMult(lBone.mRestInv, lBone.mRestInv, lAlign);
-        if (lBone.mFrom >= 0)
-        {
-            double lReach[3];
-            GetReach(lBone, pPose, lReach);
-            KmRV(lBone.mRest, lAlignInv.mData, lReach);
-        }
-    }
-}
-
-/// With the turns D of a bone and of its parent from their rest poses, and the bone's axis A, sampling turns the bone by
-/// D = D(parent) A M A^-1 for the rotation M that its DOFs make: so M = A^-1 D(parent)^-1 D A.
-void KAmcWriter::EvaluateRotation(size_t pBone, KAmcScratch& pScratch, double* pValues) const
-{
-    const KAmcBone& lBone = mBones[pBone];
-    KgeRMatrix&     lTurn = pScratch.mTurns[pBone];
-    KgeRMatrix      lParentInv;
-    if (lBone.mParent >= 0)
-    {
-        KgeInverse(lParentInv, pScratch.mTurns[static_cast<size_t>(lBone.mParent)]);
-    }
-    if (lBone.mPose < 0)
-    {
-        KgeInverse(lTurn, lParentInv);
-        return;
-    }
-    KgeRMatrix lWanted;
-    KgeRMatrix lReached;
-    pScratch.mPose.GetTransform(lBone.mPose).GetRotation(lTurn);
-    KgeMult(lTurn, lTurn, lBone.mRestInv);
-    KgeMult(lWanted, lParentInv, lTurn);
-    KgeMult(lWanted, lBone.mAxisInv, lWanted);
-    KgeMult(lWanted, lWanted, lBone.mAxis);
-    double lAngles[6];
-    lBone.mSolver.Solve(lWanted, lAngles, lReached);
-    int lNext = 0;
-    for (int i = 0; i < lBone.mBone->mOrderCount; ++i)
-    {
-        if (lBone.mBone->mOrderBuf[i] >= 3)
-        {
-            pValues[i] = lAngles[lNext++];
-        }
-    }
-    const double lOff = AngleBetween(lWanted, lReached);
-    if (lOff > kTellDegrees)
-    {
-        pScratch.mLosses[pBone].mDegrees = std::max(pScratch.mLosses[pBone].mDegrees, lOff);
-    }
-    if (lOff > 0.0)
-    {
-        // The bones below start from where this one really is.
-        KgeMult(lReached, lBone.mAxis, lReached);
-        KgeMult(lReached, lReached, lBone.mAxisInv);
-        KgeInverse(lParentInv, lParentInv);
-        KgeMult(lTurn, lParentInv, lReached);
-    }
-}
-
-/// The displacement from the place at rest, in the bone's axis frame, by the translation DOFs.
-void KAmcWriter::EvaluatePlace(const KAmcBone& pBone, size_t pIndex, KAmcScratch& pScratch, double* pValues) const
-{
-    double lMove[3];
-    GetReach(pBone, pScratch.mPose, lMove);
-    if (pBone.mParent >= 0)
-    {
-        KgeRMatrix lParentInv;
-        KgeInverse(lParentInv, pScratch.mTurns[static_cast<size_t>(pBone.mParent)]);
-        const double lReach[3] = {lMove[0], lMove[1], lMove[2]};
-        KmRV(lMove, lParentInv.mData, lReach);
-        KmV(lMove, lMove[0] - pBone.mRest[0], lMove[1] - pBone.mRest[1], lMove[2] - pBone.mRest[2]);
-    }
-    double lLeft[3];
-    KmRV(lLeft, pBone.mAxisInv.mData, lMove);
-    for (int i = 0; i < pBone.mBone->mOrderCount; ++i)
-    {
-        const int lCode = pBone.mBone->mOrderBuf[i];
-        if (lCode <= 2)
-        {
-            pValues[i] = lLeft[lCode] * mToFile;
-            lLeft[lCode] = 0.0;
-        }
-    }
-    const double lOff = KmVlength(lLeft);
-    if (lOff > kTellCentimetres)
-    {
-        pScratch.mLosses[pIndex].mCentimetres = std::max(pScratch.mLosses[pIndex].mCentimetres, lOff);
-    }
-}
-
-bool KAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
-{
-    KAmcScratch& lScratch = *mScratch[static_cast<size_t>(pThread)];
-    if (!mRootNode->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRootNode, pTime, lScratch.mPose))
-    {
-        return false;
-    }
-    std::fill(pValues, pValues + mValueCount, 0.0);
-    for (size_t i = 0; i < mBones.size(); ++i)
-    {
-        double* lValues = pValues + mBones[i].mValue;
-        EvaluateRotation(i, lScratch, lValues);
-        if (mBones[i].mPose >= 0)
-        {
-            EvaluatePlace(mBones[i], i, lScratch, lValues);
-        }
-    }
-    return true;
-}
-
 /// The values of a bone's rotation DOFs, in their order.
 void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double* pAngles)
 {
@@ -322,6 +92,230 @@ void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double* pAngl
     }
 }
 
+/// Puts angles back where GatherAngles() takes them from.
+void ScatterAngles(const KQexAsfNode& pBone, const double* pAngles, double* pValues)
+{
+    for (int i = 0; i < pBone.mOrderCount; ++i)
+    {
+        if (pBone.mOrderBuf[i] >= 3)
+        {
+            pValues[i] = *pAngles++;
+        }
+    }
+}
+
+class KAmcWriter : private KQexFrameFormat
+{
+public:
+    KAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions)
+        : mFile(pFile),
+          mOptions(pOptions),
+          mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetres : 1.0),
+          mThreads(KThreadCount(pOptions.mThreads))
+    {
+    }
+
+    bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
+    void LookAhead();
+    void WriteHeader();
+    bool WriteFrames();
+    void TellLosses();
+
+private:
+    bool Evaluate(int pThread, KTime pTime, double* pValues) override;
+    void Continue(double* pValues) override;
+    void Format(long long pFrame, const double* pValues, std::string& pText) const override;
+
+    void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose);
+    void SetRest(const KQexGlobalTransforms& pPose);
+    void EvaluateBone(size_t pBone, KAmcScratch& pScratch, double* pValues) const;
+    void SetPlace(size_t pBone, const double* pMove, KAmcScratch& pScratch, double* pValues) const;
+    void FormatBone(const KAmcBone& pBone, const double* pValues, std::string& pText) const;
+
+    KQexFileAcclaimAmc&                       mFile;
+    const KQexAmcWriteOptions&                mOptions;
+    const double                              mToFile; ///< Units of the file per centimetre.
+    const int                                 mThreads;
+    KQexNode*                                 mRootNode = nullptr;
+    std::vector<KAmcBone>                     mBones;  ///< In pre-order.
+    std::vector<KAmcJoint>                    mJoints; ///< One a bone.
+    KAmcSteps                                 mSteps;  ///< Of mJoints.
+    std::vector<std::unique_ptr<KAmcScratch>> mScratch;
+    std::vector<double>                       mLast; ///< Values of the frame before.
+    size_t                                    mValueCount = 0;
+};
+
+void KAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose)
+{
+    std::unordered_map<const KQexNode*, int> lPoseOf;
+    for (int i = 0; i < pPose.GetCount(); ++i)
+    {
+        lPoseOf[pPose.GetNode(i)] = i;
+    }
+    std::unordered_map<const KQexAsfNode*, KAmcJoint> lJointOf;
+    for (const KQexAmcPair& lPair : pPairs)
+    {
+        const auto lFound = lPoseOf.find(lPair.mNode);
+        lJointOf[lPair.mBone] = lFound != lPoseOf.end() ? KAmcJoint{lPair.mNode, lFound->second, -1} : KAmcJoint{};
+    }
+    std::vector<int> lOpen; // For each bone that is open, the nearest one at or above it that has a node.
+    KQexAsfWalk      lWalk(pRoot);
+    while (HKQexAsfNode lNode = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+        {
+            lOpen.pop_back();
+            continue;
+        }
+        const auto lFound = lJointOf.find(lNode);
+        KAmcJoint  lJoint = lFound != lJointOf.end() ? lFound->second : KAmcJoint{};
+        lJoint.mFrom = lOpen.empty() ? -1 : lOpen.back();
+        mBones.emplace_back(lNode);
+        mBones.back().mValue = mValueCount;
+        mValueCount += static_cast<size_t>(lNode->mOrderCount);
+        mJoints.push_back(lJoint);
+        lOpen.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mFrom);
+    }
+}
+
+bool KAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
+{
+    mRootNode = pPairs.front().mNode;
+    KQexGlobalTransforms lPose;
+    if (!mRootNode->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRootNode, KTime(0), lPose))
+    {
+        return false;
+    }
+    AddBones(pRoot, pPairs, lPose);
+    SetRest(lPose);
+    for (int i = 0; i < mThreads; ++i)
+    {
+        mScratch.push_back(std::make_unique<KAmcScratch>());
+        mScratch.back()->mStrays.resize(mBones.size());
+        mScratch.back()->mLosses.resize(mBones.size());
+    }
+    mLast.assign(mValueCount, 0.0);
+    return true;
+}
+
+void KAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
+{
+    KgeRMatrix lAlign; // From the skeleton's rest pose to the nodes'.
+    if (mOptions.mIsRootAligned)
+    {
+        pPose.GetTransform(0).GetRotation(lAlign);
+    }
+    for (size_t i = 0; i < mBones.size(); ++i)
+    {
+        const KAmcJoint& lJoint = mJoints[i];
+        if (lJoint.mNode != nullptr)
+        {
+            const KQexMatrix* lFrom = lJoint.mFrom >= 0 ? &pPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mFrom)].mPose) : nullptr;
+            mBones[i].mFit.SetRest(pPose.GetTransform(lJoint.mPose), lFrom, lAlign, mOptions.mScale);
+        }
+    }
+}
+
+/// What the take tells before its first frame; the evaluator's context is the take now.
+void KAmcWriter::LookAhead()
+{
+    mSteps.Prepare(mRootNode, mJoints);
+    KAmcMoment lMoment;
+    for (size_t i = 0; i < mBones.size(); ++i)
+    {
+        KAmcBone& lBone = mBones[i];
+        if (mJoints[i].mNode == nullptr)
+        {
+            continue;
+        }
+        lBone.mTakesAngles = mSteps.IsOneNode(i) && lBone.mFit.TakesAngles(*mJoints[i].mNode);
+        lBone.mHasFixedMove = mSteps.IsReachFixed(i);
+        if (lBone.mHasFixedMove)
+        {
+            KAmcStep lStep;
+            mSteps.Get(i, lMoment, lStep);
+            lBone.mFit.GetMove(lStep, nullptr, lBone.mMove);
+            lBone.mIsStill = lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mMove) <= kTellCentimetres;
+        }
+    }
+}
+
+/// The displacement by the translation DOFs.
+void KAmcWriter::SetPlace(size_t pBone, const double* pMove, KAmcScratch& pScratch, double* pValues) const
+{
+    const KQexAsfNode& lNode = *mBones[pBone].mBone;
+    double             lLeft[3] = {pMove[0], pMove[1], pMove[2]};
+    for (int i = 0; i < lNode.mOrderCount; ++i)
+    {
+        const int lCode = lNode.mOrderBuf[i];
+        if (lCode <= 2)
+        {
+            pValues[i] = lLeft[lCode] * mToFile;
+            lLeft[lCode] = 0.0;
+        }
+    }
+    const double lOff = KmVlength(lLeft);
+    if (lOff > kTellCentimetres)
+    {
+        pScratch.mLosses[pBone].mCentimetres = std::max(pScratch.mLosses[pBone].mCentimetres, lOff);
+    }
+}
+
+void KAmcWriter::EvaluateBone(size_t pBone, KAmcScratch& pScratch, double* pValues) const
+{
+    const KAmcBone&  lBone = mBones[pBone];
+    const KAmcStray* lAbove = pScratch.GetStray(mJoints[pBone].mFrom);
+    const bool       lHasMove = lBone.mHasFixedMove && lAbove == nullptr;
+    double           lAngles[6];
+    bool             lIsTaken = false;
+    pScratch.mStrays[pBone].mIs = false;
+    if (lBone.mTakesAngles && lAbove == nullptr)
+    {
+        double lByAxis[3];
+        mSteps.GetAngles(pBone, pScratch.mMoment, lByAxis);
+        lIsTaken = lBone.mFit.GetSolver().TakeAngles(lByAxis, lAngles);
+    }
+    double lMove[3];
+    if (!lIsTaken || !lHasMove)
+    {
+        KAmcStep lStep;
+        mSteps.Get(pBone, pScratch.mMoment, lStep);
+        if (!lIsTaken)
+        {
+            const double lOff = lBone.mFit.Solve(lStep, lAbove, lAngles, pScratch.mStrays[pBone]);
+            double&      lMost = pScratch.mLosses[pBone].mDegrees;
+            lMost = lOff > kTellDegrees ? std::max(lMost, lOff) : lMost;
+        }
+        if (!lHasMove)
+        {
+            lBone.mFit.GetMove(lStep, lAbove, lMove);
+        }
+    }
+    if (!lHasMove || !lBone.mIsStill)
+    {
+        SetPlace(pBone, lHasMove ? lBone.mMove : lMove, pScratch, pValues);
+    }
+    ScatterAngles(*lBone.mBone, lAngles, pValues);
+}
+
+bool KAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
+{
+    KAmcScratch& lScratch = *mScratch[static_cast<size_t>(pThread)];
+    if (!mSteps.Begin(pTime, lScratch.mMoment))
+    {
+        return false;
+    }
+    std::fill(pValues, pValues + mValueCount, 0.0);
+    for (size_t i = 0; i < mBones.size(); ++i)
+    {
+        if (mJoints[i].mNode != nullptr)
+        {
+            EvaluateBone(i, lScratch, pValues + mBones[i].mValue);
+        }
+    }
+    return true;
+}
+
 void KAmcWriter::Continue(double* pValues)
 {
     for (const KAmcBone& lBone : mBones)
@@ -331,24 +325,28 @@ void KAmcWriter::Continue(double* pValues)
         double* lValues = pValues + lBone.mValue;
         GatherAngles(*lBone.mBone, lValues, lAngles);
         GatherAngles(*lBone.mBone, mLast.data() + lBone.mValue, lLast);
-        lBone.mSolver.Continue(lAngles, lLast);
-        int lNext = 0;
-        for (int i = 0; i < lBone.mBone->mOrderCount; ++i)
-        {
-            if (lBone.mBone->mOrderBuf[i] >= 3)
-            {
-                lValues[i] = lAngles[lNext++];
-            }
-        }
+        lBone.mFit.GetSolver().Continue(lAngles, lLast);
+        ScatterAngles(*lBone.mBone, lAngles, lValues);
     }
     std::copy(pValues, pValues + mValueCount, mLast.begin());
+}
+
+/// Decimals of a bone's angles, of which the largest is \p pTurned.
+int AngleDecimals(const KAmcBone& pBone, const double* pAngles, double pTurned)
+{
+    const double lNoise = kAngleNoise * pTurned / 180.0;
+    const int    lMost = DecimalsFor(lNoise);
+    return lMost == DecimalsFor(lNoise * pBone.mFit.GetSolver().GetGainBound(pAngles))
+               ? lMost
+               : DecimalsFor(lNoise * pBone.mFit.GetSolver().GetGain(pAngles));
 }
 
 void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::string& pText) const
 {
     const KQexAsfNode& lNode = *pBone.mBone;
+    char               lLine[sizeof(lNode.mName) + 6 * (1 + kNumberBufferSize) + 1];
     double             lAngles[6];
-    double             lPlace = KmVlength(pBone.mRest) * mToFile;
+    double             lPlace = pBone.mFit.GetRestLength() * mToFile;
     double             lTurned = 180.0;
     GatherAngles(lNode, pValues, lAngles);
     for (int i = 0; i < lNode.mOrderCount; ++i)
@@ -356,14 +354,15 @@ void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::s
         (lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned) = std::max(std::fabs(pValues[i]), lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned);
     }
     const int lLengthDecimals = DecimalsFor(2.0 * kLengthNoise * lPlace);
-    const int lAngleDecimals = DecimalsFor(kAngleNoise * lTurned / 180.0 * pBone.mSolver.GetGain(lAngles));
-    pText += lNode.mName;
+    const int lAngleDecimals = AngleDecimals(pBone, lAngles, lTurned);
+    char*     lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
     for (int i = 0; i < lNode.mOrderCount; ++i)
     {
-        pText += ' ';
-        KNumberAppendFixed(pText, pValues[i], lNode.mOrderBuf[i] <= 2 ? lLengthDecimals : lAngleDecimals);
+        *lEnd++ = ' ';
+        lEnd = KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, pValues[i], lNode.mOrderBuf[i] <= 2 ? lLengthDecimals : lAngleDecimals);
     }
-    pText += '\n';
+    *lEnd++ = '\n';
+    pText.append(lLine, static_cast<size_t>(lEnd - lLine));
 }
 
 void KAmcWriter::Format(long long pFrame, const double* pValues, std::string& pText) const
@@ -449,6 +448,7 @@ bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAm
             return false;
         }
         lEvaluator->SetContext(pOptions.mStack);
+        lWriter.LookAhead();
         lWriter.WriteHeader();
         if (!lWriter.WriteFrames())
         {

@@ -107,12 +107,76 @@ TEST_P(KDofSolverTest, ContinuingChangesNoRotation)
     }
 }
 
+TEST_P(KDofSolverTest, TakesAnglesWhereSolvingWouldGiveThem)
+{
+    for (const ERotationOrder lOrder : {eEULER_XYZ, eEULER_XZY, eEULER_YZX, eEULER_YXZ, eEULER_ZXY, eEULER_ZYX})
+    {
+        for (int i = 0; i < 50 && mSolver.Follows(lOrder); ++i)
+        {
+            const std::vector<double> lAngles = RandomAngles();
+            double                    lByAxis[3] = {0.0, 0.0, 0.0};
+            size_t                    lNext = 0;
+            for (const int lCode : GetParam())
+            {
+                if (lCode >= 3)
+                {
+                    lByAxis[5 - lCode] = lAngles[lNext++];
+                }
+            }
+            double     lTaken[6] = {};
+            double     lSolved[6] = {};
+            KgeRMatrix lReached;
+            if (mSolver.TakeAngles(lByAxis, lTaken))
+            {
+                EXPECT_LT(mSolver.Solve(Compose(lAngles), lSolved, lReached), 1e-9);
+                mSolver.Continue(lSolved, lTaken);
+            }
+            for (int k = 0; k < mSolver.GetCount(); ++k)
+            {
+                EXPECT_NEAR(lSolved[k], lTaken[k], 1e-9);
+            }
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
                          testing::Values(std::vector<int>{}, std::vector<int>{0, 1, 2}, std::vector<int>{5}, std::vector<int>{4},
                                          std::vector<int>{3}, std::vector<int>{5, 4}, std::vector<int>{4, 3}, std::vector<int>{3, 5},
                                          std::vector<int>{5, 3}, std::vector<int>{5, 4, 3}, std::vector<int>{3, 4, 5},
                                          std::vector<int>{4, 5, 3}, std::vector<int>{2, 3, 5, 4}, std::vector<int>{5, 4, 5}),
                          [](const testing::TestParamInfo<std::vector<int>>& pInfo) { return std::to_string(pInfo.index); });
+
+TEST(KDofSolverTakes, NothingItMightGetWrong)
+{
+    const int        lCodes[3] = {5, 4, 3};
+    const KDofSolver lSolver(lCodes, 3);
+    const KDofSolver lHinge(lCodes, 1);
+    const double     lLocked[3] = {10.0, -90.0, 20.0};
+    const double     lSteep[3] = {10.0, 630.5, 20.0};
+    const double     lTwisted[3] = {10.0, 0.0, 1e-9};
+    double           lAngles[3];
+    EXPECT_TRUE(lSolver.Follows(eEULER_XYZ));
+    EXPECT_FALSE(lSolver.Follows(eEULER_XZY));
+    EXPECT_TRUE(lHinge.Follows(eEULER_ZYX));
+    EXPECT_FALSE(lSolver.TakeAngles(lLocked, lAngles));
+    EXPECT_FALSE(lSolver.TakeAngles(lSteep, lAngles));
+    EXPECT_TRUE(lSolver.TakeAngles(lTwisted, lAngles));
+    EXPECT_FALSE(lHinge.TakeAngles(lTwisted, lAngles));
+}
+
+TEST(KDofSolverGain, IsNeverAboveItsBound)
+{
+    const int lCodes[2][3] = {{5, 4, 3}, {5, 4, 5}};
+    for (const int* lList : lCodes)
+    {
+        const KDofSolver lSolver(lList, 3);
+        for (double lMiddle = -200.0; lMiddle <= 200.0; lMiddle += 0.5)
+        {
+            const double lAngles[3] = {10.0, lMiddle, 20.0};
+            EXPECT_LE(lSolver.GetGain(lAngles), lSolver.GetGainBound(lAngles) + 1e-9) << lMiddle;
+        }
+    }
+}
 
 TEST(KDofSolverGain, GrowsTowardsGimbalLock)
 {
