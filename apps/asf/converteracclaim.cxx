@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 namespace asfapp
 {
@@ -47,11 +48,13 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
 
 bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
 {
+    bool lIsTold = pResult.mOk;
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
         const bool        lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
         const std::string lPath = ShownOutput(lMessage.mPath);
         std::string       lText = lMessage.mMessage.mText;
+        lIsTold = lIsTold || lError;
         if (lError && IsBrokenPipe(lText))
         {
             continue;
@@ -65,6 +68,10 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
         {
             mConsole.Raise(eEXIT_SYSTEM);
         }
+    }
+    if (!lIsTold)
+    {
+        throw std::bad_alloc(); // There was no memory for a message either.
     }
     return pResult.mOk;
 }
