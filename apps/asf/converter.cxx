@@ -115,6 +115,10 @@ bool KConverter::SampleTakes()
             mConsole.Fail(eEXIT_CALL, "there are no frames in the part of " + lTake.mName + " that --start and --end leave");
             return false;
         }
+        if (lTake.mTake != nullptr && !CheckSpan(*lTake.mTake, lTake.mSampling, mConsole))
+        {
+            return false;
+        }
     }
     return true;
 }

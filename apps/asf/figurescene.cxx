@@ -91,6 +91,7 @@ bool KFigureScene::LoadAcclaim(const KFigureInput& pInput, const KFigureOptions&
         lFigureTake.mName = lTake.mName;
         lFigureTake.mStack = mScene->FindAnimStack(lTake.mName.c_str());
         lFigureTake.mIsSingle = lTake.mInfo.mLowestFrame == lTake.mInfo.mHighestFrame;
+        lFigureTake.mFrames = lTake.mInfo.mFrameCount;
         NoteRate(pInput.mMotions[lIndex], lTake.mInfo, pConsole);
         mTakes.push_back(lFigureTake);
     }
@@ -152,6 +153,20 @@ bool KFigureScene::PickTake(const std::string& pName, KConsole& pConsole)
         lList += (lList.empty() ? "" : ", ") + lTake.mName;
     }
     pConsole.Fail(eEXIT_CALL, "--take: there is no take " + pName + (lList.empty() ? "" : "; there are " + lList));
+    return false;
+}
+
+bool CheckSpan(const KFigureTake& pTake, const qexsdk::KQexSampling& pSampling, KConsole& pConsole)
+{
+    // Some sixteen times as many as there are is what a motion at one frame a second becomes at a film's rate.
+    constexpr long long kAlways = 1000000;
+    constexpr long long kForEach = 16;
+    if (pTake.mFrames == 0 || pSampling.mCount <= kAlways || pSampling.mCount / kForEach <= pTake.mFrames)
+    {
+        return true;
+    }
+    pConsole.Fail(eEXIT_INPUT, "there are " + std::to_string(pSampling.mCount) + " frames between the first and the last moment of " +
+                                   pTake.mName + ", of which its file has only " + std::to_string(pTake.mFrames));
     return false;
 }
 

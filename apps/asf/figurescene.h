@@ -53,7 +53,12 @@ struct KFigureTake
     std::string            mName; ///< Of the take, or of its file without folder and extension.
     qexsdk::KQexAnimStack* mStack = nullptr;
     bool                   mIsSingle = false; ///< One frame, though there are keys behind it.
+    long long              mFrames = 0;       ///< Frames of the file where they need not be evenly spaced, else 0.
 };
+
+/// Says so when \p pSampling has far more frames than the file that \p pTake comes from: a file of two frames whose numbers are a
+/// thousand millions apart would otherwise fill a disk. False then.
+bool CheckSpan(const KFigureTake& pTake, const qexsdk::KQexSampling& pSampling, KConsole& pConsole);
 
 /// A figure in a host scene, whatever format it came from. In centimetres, y up.
 class KFigureScene

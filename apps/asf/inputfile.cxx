@@ -1,5 +1,6 @@
 #include <apps/asf/inputfile.h>
 
+#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/klinereader.h>
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <set>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,6 +25,8 @@ constexpr size_t kHeadSize = 1 << 16;
 // Skeletons and motions that come through a pipe are held in memory. Real ones stay far below.
 constexpr size_t kMemoryLimit = size_t(1) << 30;
 
+constexpr size_t kLargestPiece = 1 << 24;
+
 enum EReadResult
 {
     eREAD_ALL,
@@ -30,25 +34,45 @@ enum EReadResult
     eREAD_FAILED
 };
 
-// Reads at most pLimit bytes.
+/// Whether a text that begins so may be one long line: JSON, or the binary form of it.
+bool MayBeOneLine(std::string_view pBytes)
+{
+    const size_t lFirst = pBytes.find_first_not_of(" \t\r\n\xef\xbb\xbf");
+    return pBytes.substr(0, 4) == "glTF" || (lFirst != std::string_view::npos && pBytes[lFirst] == '{');
+}
+
+/// Reads at most \p pLimit bytes, and none behind a line that is too long for every reader, which then says so.
 EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
 {
-    while (pBytes.size() < pLimit)
+    const qexsdk::KFileCalls& lCalls = qexsdk::KFileCallsInUse();
+    size_t                    lSize = 0;
+    size_t                    lLine = 0; // Where the last line begins.
+    EReadResult               lResult = eREAD_MORE;
+    while (lSize < pLimit && lResult == eREAD_MORE)
     {
-        const size_t lOld = pBytes.size();
-        pBytes.resize(std::min(pLimit, lOld + std::max(kHeadSize, lOld / 2)));
-        const ssize_t lGot = read(pFile, pBytes.data() + lOld, pBytes.size() - lOld);
-        pBytes.resize(lOld + static_cast<size_t>(std::max<ssize_t>(lGot, 0)));
-        if (lGot == 0)
+        // Room is made once for many reads: a pipe gives little at a time.
+        if (lSize == pBytes.size())
         {
-            return eREAD_ALL;
+            pBytes.resize(std::min(pLimit, lSize + std::clamp(lSize / 2, kHeadSize, kLargestPiece)));
         }
-        if (lGot < 0 && errno != EINTR)
+        const ssize_t lGot = lCalls.mRead(pFile, pBytes.data() + lSize, pBytes.size() - lSize);
+        if (lGot == 0 || (lGot < 0 && errno != EINTR))
         {
-            return eREAD_FAILED;
+            lResult = lGot == 0 ? eREAD_ALL : eREAD_FAILED;
+        }
+        const std::string_view lNew(pBytes.data() + lSize, static_cast<size_t>(std::max<ssize_t>(lGot, 0)));
+        const size_t           lEnd = lNew.find_last_of("\r\n");
+        lLine = lEnd == std::string_view::npos ? lLine : lSize + lEnd + 1;
+        lSize += lNew.size();
+        if (lSize - lLine > qexsdk::KLineReader::kMaxLine && !MayBeOneLine(std::string_view(pBytes.data(), lSize)))
+        {
+            lResult = eREAD_ALL;
         }
     }
-    return eREAD_MORE;
+    const int lError = errno;
+    pBytes.resize(lSize);
+    errno = lError;
+    return lResult;
 }
 
 std::string LowerCase(std::string pText)
@@ -151,10 +175,14 @@ bool KInputFile::OpenAcclaim(const std::string& pPath, KConsole& pConsole)
 
 bool KInputFile::Load(KConsole& pConsole)
 {
-    const bool  lStandard = mPath == "-";
-    const int   lFile = lStandard ? STDIN_FILENO : open(mPath.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool                lStandard = mPath == "-";
+    const qexsdk::KFileCalls& lCalls = qexsdk::KFileCallsInUse();
+    int                       lFile = STDIN_FILENO;
+    while (!lStandard && (lFile = lCalls.mOpen(mPath.c_str(), O_RDONLY | O_CLOEXEC, 0)) < 0 && errno == EINTR)
+    {
+    }
     struct stat lStat;
-    bool        lOk = lFile >= 0 && fstat(lFile, &lStat) == 0;
+    bool        lOk = lFile >= 0 && lCalls.mFileStat(lFile, &lStat) == 0;
     if (lOk && S_ISDIR(lStat.st_mode))
     {
         lOk = false;
@@ -169,7 +197,7 @@ bool KInputFile::Load(KConsole& pConsole)
     const int lError = errno;
     if (lFile >= 0 && !lStandard)
     {
-        close(lFile);
+        lCalls.mClose(lFile);
     }
     if (lResult == eREAD_FAILED)
     {

@@ -4,12 +4,16 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <malloc.h>
 #include <new>
 
 namespace
 {
 
 std::atomic<long> sLive{0};
+std::atomic<long> sBytes{0};      ///< Of the blocks that are allocated.
+std::atomic<long> sBytesArmed{0}; ///< The same when Arm() was called.
+std::atomic<long> sPeakBytes{0};  ///< The most there have been since.
 std::atomic<long> sCalls{0};
 std::atomic<long> sFirst{0}; ///< Number of the call that fails; 0: none does.
 std::atomic<bool> sOn{false};
@@ -26,16 +30,30 @@ bool Admit()
     return lCall < lFirst || (lCall > lFirst && !sOn.load());
 }
 
+/// Counts a block that comes or, with \p pBlocks -1, goes.
+void Note(void* pBlock, int pBlocks)
+{
+    if (pBlock == nullptr)
+    {
+        return;
+    }
+    sLive += pBlocks;
+    const long lBytes = sBytes += pBlocks * static_cast<long>(::malloc_usable_size(pBlock));
+    for (long lPeak = sPeakBytes.load(); lPeak < lBytes && !sPeakBytes.compare_exchange_weak(lPeak, lBytes);)
+    {
+    }
+}
+
 void* Allocate(std::size_t pSize) noexcept
 {
     void* lBlock = Admit() ? std::malloc(pSize > 0 ? pSize : 1) : nullptr;
-    sLive += lBlock != nullptr ? 1 : 0;
+    Note(lBlock, 1);
     return lBlock;
 }
 
 void Free(void* pBlock) noexcept
 {
-    sLive -= pBlock != nullptr ? 1 : 0;
+    Note(pBlock, -1);
     std::free(pBlock);
 }
 
@@ -54,8 +72,9 @@ char* Reallocate(char* pBlock, std::size_t pSize)
     {
         return nullptr;
     }
+    Note(pBlock, -1);
     void* lBlock = std::realloc(pBlock, pSize);
-    sLive += lBlock != nullptr && pBlock == nullptr ? 1 : 0;
+    Note(lBlock != nullptr ? lBlock : pBlock, 1);
     return static_cast<char*>(lBlock);
 }
 
@@ -143,6 +162,8 @@ void KFailingAllocator::Arm(long pFirst, bool pOn)
 {
     sCalls = 0;
     sOn = pOn;
+    sBytesArmed = sBytes.load();
+    sPeakBytes = sBytes.load();
     sFirst = pFirst;
 }
 
@@ -155,6 +176,11 @@ long KFailingAllocator::Disarm()
 long KFailingAllocator::GetLive()
 {
     return sLive.load();
+}
+
+long KFailingAllocator::GetPeakBytes()
+{
+    return sPeakBytes.load() - sBytesArmed.load();
 }
 
 KUnfailingMemory::KUnfailingMemory()

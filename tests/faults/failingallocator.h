@@ -22,6 +22,9 @@ public:
 
     /// Blocks that are allocated and not freed, in the whole program.
     static long GetLive();
+
+    /// The most bytes that were allocated at once since Arm(), on top of what was then.
+    static long GetPeakBytes();
 };
 
 /// While it lives, what the program allocates is neither failed nor counted as a call: for what a test itself needs half-way.

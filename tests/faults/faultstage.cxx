@@ -145,7 +145,7 @@ class KSum : public KQexAmcVisitor
 public:
     bool Frame(const KQexAmcFrame& pFrame) override
     {
-        mSum = mSum * 3 + pFrame.mNumber;
+        mSum = mSum * 3 + static_cast<unsigned long long>(pFrame.mNumber);
         for (const int lBone : *pFrame.mPresent)
         {
             for (const double lValue : (*pFrame.mBones)[static_cast<size_t>(lBone)].mValues)

@@ -2,9 +2,11 @@
 
 #include <tests/support/testfolders.h>
 
+#include <csignal>
 #include <cstdlib>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -75,9 +77,14 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
     std::vector<std::string> lEnvironment = EnvironmentWith(pOptions.mEnvironment);
     std::vector<char*>       lArgumentPointers = Pointers(lArguments);
     std::vector<char*>       lEnvironmentPointers = Pointers(lEnvironment);
-    const int                lStreams[3] = {open((lTemp / "in").c_str(), O_RDONLY | O_CLOEXEC),
-                                            open(lOutPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600),
-                                            open(lErrPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
+    int                      lPipe[2] = {-1, -1};
+    if (pOptions.mFeed && pipe2(lPipe, O_CLOEXEC) != 0)
+    {
+        return {};
+    }
+    const int lStreams[3] = {pOptions.mFeed ? lPipe[0] : open((lTemp / "in").c_str(), O_RDONLY | O_CLOEXEC),
+                             open(lOutPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600),
+                             open(lErrPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
 
     const pid_t lChild = fork();
     if (lChild == 0)
@@ -89,10 +96,21 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
         close(lStream);
     }
 
-    KRunResult lResult;
-    int        lStatus = 0;
-    if (lChild > 0 && waitpid(lChild, &lStatus, 0) == lChild)
+    if (pOptions.mFeed)
     {
+        // A program that has seen enough closes its end.
+        const auto lBefore = std::signal(SIGPIPE, SIG_IGN);
+        pOptions.mFeed(lPipe[1]);
+        close(lPipe[1]);
+        std::signal(SIGPIPE, lBefore);
+    }
+
+    KRunResult    lResult;
+    struct rusage lUsage = {};
+    int           lStatus = 0;
+    if (lChild > 0 && wait4(lChild, &lStatus, 0, &lUsage) == lChild)
+    {
+        lResult.mPeak = lUsage.ru_maxrss;
         lResult.mExit = WIFEXITED(lStatus) ? WEXITSTATUS(lStatus) : -1;
         lResult.mSignal = WIFSIGNALED(lStatus) ? WTERMSIG(lStatus) : 0;
     }

@@ -1,6 +1,7 @@
 #ifndef TESTS_SUPPORT_RUNPROGRAM_H
 #define TESTS_SUPPORT_RUNPROGRAM_H
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -18,12 +19,14 @@ struct KRunResult
     int         mSignal = 0; ///< The signal that ended it, 0 for none.
     std::string mOut;        ///< All of its standard output.
     std::string mErr;        ///< All of its standard error.
+    long        mPeak = 0;   ///< The most memory it held, in KiB; at least what this program held when it started the other.
 };
 
 /// How to run a program.
 struct KRunOptions
 {
     std::string                        mInput;       ///< Its standard input.
+    std::function<void(int)>           mFeed;        ///< Not empty: writes its standard input into this pipe.
     std::string                        mFolder;      ///< The folder to run it in; empty: this one's.
     std::map<std::string, std::string> mEnvironment; ///< Variables to set on top of this program's own.
 };

@@ -4,6 +4,8 @@
 #include <apps/asf/jsontext.h>
 #include <apps/asf/numbertext.h>
 
+#include <qexioplugins/motion/kqexmotionio.h>
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -82,6 +84,16 @@ bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFig
     if (!lInput.Take(std::move(pFiles), pOptions.mMotion, pConsole) || !pFigure.Load(lInput, lOptions, pConsole))
     {
         return false;
+    }
+    qexsdk::KQexSampling lSampling;
+    if (!pFigure.GetTakes().empty())
+    {
+        const KFigureTake& lTake = pFigure.GetTakes().front();
+        qexsdk::MakeSampling(pFigure.GetRoots(), lTake.mStack, {}, lSampling);
+        if (!lTake.mIsSingle && !CheckSpan(lTake, lSampling, pConsole))
+        {
+            return false;
+        }
     }
     pShown = lInput.mFigure.GetShown() + (lInput.mMotions.empty() ? "" : " with " + lInput.mMotions.front().GetShown());
     return true;

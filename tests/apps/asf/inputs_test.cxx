@@ -1,5 +1,7 @@
 #include <tests/apps/asf/runasf.h>
+#include <tests/support/asnobody.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -89,13 +91,18 @@ TEST(AsfInputs, UnreadableFile)
     const std::string lPath = (lFolder / "secret.asf").string();
     WriteFile(lPath, SmallSkeleton());
     ASSERT_EQ(chmod(lPath.c_str(), 0), 0);
-    if (geteuid() == 0)
+    if (!AsNobody([] { return faccessat(AT_FDCWD, QEX_ASF_PROGRAM, X_OK, AT_EACCESS) == 0; }))
     {
-        GTEST_SKIP() << "root may read everything";
+        GTEST_SKIP() << "a user without rights cannot reach the program";
     }
-    const KRunResult lResult = RunAsf({"info", lPath});
-    EXPECT_EQ(lResult.mExit, 3);
-    EXPECT_EQ(lResult.mErr, lPath + ": error: cannot be read: Permission denied\n");
+    EXPECT_TRUE(AsNobody(
+        [&lPath]
+        {
+            const KRunResult lResult = RunAsf({"info", lPath});
+            EXPECT_EQ(lResult.mExit, 3);
+            EXPECT_EQ(lResult.mErr, lPath + ": error: cannot be read: Permission denied\n");
+            return !testing::Test::HasFailure();
+        }));
 }
 
 TEST(AsfInputs, StandardInputIsReadAsOftenAsNeeded)
