@@ -1,5 +1,8 @@
 #include <bench/motionsupport.h>
 
+#include <qexioplugins/motion/kqexfilebvh.h>
+
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -74,6 +77,78 @@ KLongMotion::KLongMotion(const KMotion& pMotion, int pTimes)
 KLongMotion::~KLongMotion()
 {
     fs::remove(mPath);
+}
+
+KScratchFile::KScratchFile(const char* pExtension)
+    : mPath(fs::temp_directory_path() / ("qex_bench_out_" + std::to_string(std::rand()) + pExtension))
+{
+}
+
+KScratchFile::~KScratchFile()
+{
+    std::error_code lIgnored;
+    fs::remove(mPath, lIgnored);
+}
+
+size_t FileSize(const std::string& pPath)
+{
+    return static_cast<size_t>(fs::file_size(pPath));
+}
+
+KImported::KImported(const KQexAcclaimSource& pAsf, const std::string& pAmcPath) : mScene(KQexScene::Create("bench"))
+{
+    KQexImportAcclaimOptions lOptions;
+    lOptions.mSetLimits = false;
+    lOptions.mKeepAsfScene = true;
+    Demand(mScene != nullptr && KQexImporterAcclaim::Import(mScene, pAsf, {KQexAcclaimSource::File(pAmcPath)}, lOptions, mResult));
+    mStack = mScene->FindAnimStack(mResult.mTakes.front().mName.c_str());
+    mScene->GetEvaluator()->SetContext(mStack);
+    Demand(MakeSampling({mResult.mRootNode}, mStack, {}, mSampling));
+}
+
+KImported::~KImported()
+{
+    mResult.mAsfScene.reset();
+    mScene->Destroy();
+}
+
+void WriteBvh(const KImported& pFigure, const std::string& pPath)
+{
+    KQexFileBvh         lFile;
+    KQexBvhWriteOptions lOptions;
+    lOptions.mStack = pFigure.mStack;
+    lOptions.mSampling = pFigure.mSampling;
+    Demand(lFile.OpenWrite(pPath.c_str()) && lFile.Write({pFigure.mResult.mRootNode}, lOptions) && lFile.Close());
+}
+
+/// All numbers of a text file, as they are at the end of a parse.
+std::vector<double> NumbersOf(const std::string& pPath)
+{
+    const std::string   lText = ReadWholeFile(pPath);
+    std::vector<double> lNumbers;
+    const char*         lEnd = lText.data() + lText.size();
+    for (const char* lPlace = lText.data(); lPlace < lEnd;)
+    {
+        double     lValue = 0;
+        const auto lResult = std::from_chars(lPlace, lEnd, lValue);
+        if (lResult.ec == std::errc() && lResult.ptr != lPlace)
+        {
+            lNumbers.push_back(lValue);
+        }
+        lPlace = lResult.ptr == lPlace ? lPlace + 1 : lResult.ptr;
+    }
+    return lNumbers;
+}
+
+/// std::to_chars of numbers, six decimals: what writing text could cost at the least.
+void PrintNumbers(const std::vector<double>& pNumbers)
+{
+    char lText[400];
+    for (const double lNumber : pNumbers)
+    {
+        const auto lResult = std::to_chars(lText, lText + sizeof lText, lNumber, std::chars_format::fixed, 6);
+        benchmark::DoNotOptimize(*lResult.ptr = 0);
+    }
 }
 
 void ScanFile(const std::string& pPath)

@@ -6,7 +6,9 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <vector>
 
 /// \file
 /// Motions of any length for benches, and what working on them costs at the least.
@@ -47,6 +49,52 @@ private:
     int                   mFrames = 0;
 };
 
+/// A path that is free, and free again afterwards.
+class KScratchFile
+{
+public:
+    explicit KScratchFile(const char* pExtension);
+    ~KScratchFile();
+    KScratchFile(const KScratchFile&) = delete;
+    KScratchFile& operator=(const KScratchFile&) = delete;
+
+    std::string Path() const { return mPath.string(); }
+
+private:
+    std::filesystem::path mPath;
+};
+
+/// Bytes of a file.
+size_t FileSize(const std::string& pPath);
+
+/// An imported motion: what every conversion from AMC begins with.
+class KImported
+{
+public:
+    KImported(const qexsdk::KQexAcclaimSource& pAsf, const std::string& pAmcPath);
+    KImported(const KMotion& pMotion, const std::string& pAmcPath)
+        : KImported(qexsdk::KQexAcclaimSource::Buffer(pMotion.mAsf.data(), pMotion.mAsf.size(), "skeleton"), pAmcPath)
+    {
+    }
+    ~KImported();
+    KImported(const KImported&) = delete;
+    KImported& operator=(const KImported&) = delete;
+
+    qexsdk::KQexScene*              mScene;
+    qexsdk::KQexImportAcclaimResult mResult;
+    qexsdk::KQexAnimStack*          mStack = nullptr;
+    qexsdk::KQexSampling            mSampling;
+};
+
+/// The figure as BVH.
+void WriteBvh(const KImported& pFigure, const std::string& pPath);
+
+/// All numbers of a text file, as they are at the end of a parse.
+std::vector<double> NumbersOf(const std::string& pPath);
+
+/// std::to_chars of numbers, six decimals: what writing text could cost at the least.
+void PrintNumbers(const std::vector<double>& pNumbers);
+
 /// Reading a file and std::from_chars over its numbers, through a buffer: what parsing could cost at the least.
 void ScanFile(const std::string& pPath);
 
@@ -58,6 +106,16 @@ void CountRotations(qexsdk::HKQexAsfNode pBone, int& pDofs, int& pBones);
 
 /// The trigonometry that sampling cannot do without: a sine-cosine pair a rotation DOF, three arc tangents a rotating bone.
 double TurnBones(int pFrames, int pDofs, int pBones);
+
+/// Registers \p pBench(state, motion, times) for one so many times as long as a motion.
+template <typename TBench>
+void RegisterTimes(const std::string& pName, const std::shared_ptr<KMotion>& pMotion, int pTimes, TBench pBench)
+{
+    benchmark::RegisterBenchmark((pName + "/" + pMotion->mName + "/x" + std::to_string(pTimes)).c_str(),
+                                 [=](benchmark::State& pState) { pBench(pState, *pMotion, pTimes); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+}
 
 } // namespace qexbench
 

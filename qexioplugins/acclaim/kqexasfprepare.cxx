@@ -61,6 +61,20 @@ void CopyName(KQexAsfNode& pBone, const std::string& pName)
     std::snprintf(pBone.mName, sizeof pBone.mName, "%s", pName.c_str());
 }
 
+/// Two rotations that are one after another in one rest pose are not in another: seen from there, what they make takes a third.
+void AddThirdRotation(KQexAsfNode& pBone)
+{
+    bool lHas[6] = {};
+    for (int i = 0; i < pBone.mOrderCount; ++i)
+    {
+        lHas[pBone.mOrderBuf[i]] = true;
+    }
+    if (lHas[3] + lHas[4] + lHas[5] == 2 && pBone.mOrderCount < 6)
+    {
+        pBone.mOrderBuf[pBone.mOrderCount++] = !lHas[3] ? 3 : !lHas[4] ? 4 : 5;
+    }
+}
+
 } // namespace
 
 KAsfPreparation::KAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer,
@@ -288,6 +302,10 @@ void KAsfPreparation::SetDofs(const KAsfOrigin& pOrigin)
         if (lFound != mOptions.mBoneDofs->end() && !(lFound->second.empty() && IsMoved(pOrigin.mNode, mLayer)))
         {
             SetKnownDofs(lBone, lFound->second);
+            if (mOptions.mBasePoseFirstFrame)
+            {
+                AddThirdRotation(lBone);
+            }
             return;
         }
     }

@@ -329,6 +329,22 @@ void KDofSolver::Continue(double* pAngles, const double* pLast) const
     }
 }
 
+/// At the pole the second turn takes the first axis to the third or to its opposite, so that the third angle and plus or minus the
+/// first make one turn: for axes x, y, z and y = 90 degrees it takes x to -z.
+void KDofSolver::RoundInLock(double* pAngles, double pStep) const
+{
+    if (!mIsWhole)
+    {
+        return;
+    }
+    double       lCosine;
+    const double lSine = kSinCosd(pAngles[1], &lCosine);
+    const bool   lIsSum = (mCode & 1) != 0 ? lCosine > 0.0 : (lSine < 0.0) == ((mCode & 2) == 0);
+    const double lRounded = std::round(pAngles[0] / pStep) * pStep;
+    pAngles[2] += (pAngles[0] - lRounded) * (lIsSum ? 1.0 : -1.0);
+    pAngles[0] = lRounded;
+}
+
 double KDofSolver::GetGainBound(const double* pAngles) const
 {
     if (!mIsWhole)

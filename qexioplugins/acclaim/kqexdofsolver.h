@@ -32,6 +32,10 @@ public:
     /// How much an error of the rotation can grow in the angles: 1 far from gimbal lock, without bound close to it.
     double GetGain(const double* pAngles) const;
 
+    /// Rounds the first of three angles near gimbal lock to a multiple of \p pStep degrees and lets the third make up for it: only their sum
+    /// or difference is known well there. Other DOFs stay as they are.
+    void RoundInLock(double* pAngles, double pStep) const;
+
     /// What the gain is not above, told without trigonometry.
     double GetGainBound(const double* pAngles) const;
 

@@ -331,14 +331,29 @@ void KAmcWriter::Continue(double* pValues)
     std::copy(pValues, pValues + mValueCount, mLast.begin());
 }
 
-/// Decimals of a bone's angles, of which the largest is \p pTurned.
-int AngleDecimals(const KAmcBone& pBone, const double* pAngles, double pTurned)
+/// Decimals of a bone's angles, of which the largest is \p pTurned. Close to gimbal lock, where a pair of angles is known worse than the
+/// fewest decimals tell, the angles are changed to others for the same rotation of which only one is.
+int AngleDecimals(const KDofSolver& pSolver, double* pAngles, double pTurned)
 {
-    const double lNoise = kAngleNoise * pTurned / 180.0;
-    const int    lMost = DecimalsFor(lNoise);
-    return lMost == DecimalsFor(lNoise * pBone.mFit.GetSolver().GetGainBound(pAngles))
-               ? lMost
-               : DecimalsFor(lNoise * pBone.mFit.GetSolver().GetGain(pAngles));
+    constexpr double kWidestStep = 1.0; // Wider ones would show as jumps between frames.
+    const double     lNoise = kAngleNoise * pTurned / 180.0;
+    const int        lMost = DecimalsFor(lNoise);
+    if (lMost == DecimalsFor(lNoise * pSolver.GetGainBound(pAngles)))
+    {
+        return lMost;
+    }
+    const double lOutside = lNoise * pSolver.GetGain(pAngles);
+    double       lStep = 0.01;
+    if (lStep >= 4.0 * lOutside)
+    {
+        return DecimalsFor(lOutside);
+    }
+    while (lStep < 4.0 * lOutside && lStep < kWidestStep)
+    {
+        lStep *= 10.0;
+    }
+    pSolver.RoundInLock(pAngles, lStep);
+    return lMost;
 }
 
 void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::string& pText) const
@@ -353,13 +368,15 @@ void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::s
     {
         (lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned) = std::max(std::fabs(pValues[i]), lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned);
     }
-    const int lLengthDecimals = DecimalsFor(2.0 * kLengthNoise * lPlace);
-    const int lAngleDecimals = AngleDecimals(pBone, lAngles, lTurned);
-    char*     lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
+    const int     lLengthDecimals = DecimalsFor(2.0 * kLengthNoise * lPlace);
+    const int     lAngleDecimals = AngleDecimals(pBone.mFit.GetSolver(), lAngles, lTurned);
+    const double* lAngle = lAngles;
+    char*         lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
     for (int i = 0; i < lNode.mOrderCount; ++i)
     {
         *lEnd++ = ' ';
-        lEnd = KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, pValues[i], lNode.mOrderBuf[i] <= 2 ? lLengthDecimals : lAngleDecimals);
+        lEnd = lNode.mOrderBuf[i] <= 2 ? KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, pValues[i], lLengthDecimals)
+                                       : KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, *lAngle++, lAngleDecimals);
     }
     *lEnd++ = '\n';
     pText.append(lLine, static_cast<size_t>(lEnd - lLine));

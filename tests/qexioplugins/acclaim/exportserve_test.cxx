@@ -218,6 +218,29 @@ TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
     EXPECT_NE(mAmc.find("bone 0 0 45\n"), std::string::npos) << mAmc;
 }
 
+// Rx then Ry with the pose of the first frame as rest pose: what is left of both, seen from there, turns about z as well.
+TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 0, 40.0F, 10.0F);
+    Animate(lBone, lBone->mLocalRotation, 1, 30.0F, 70.0F);
+    KQexBoneDofs lDofs;
+    lDofs["bone"].resize(2);
+    lDofs["bone"][0].mWord = "rx";
+    lDofs["bone"][1].mWord = "ry";
+    mOptions.mBoneDofs = &lDofs;
+    Export(lRoot);
+    EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 2);
+    EXPECT_EQ(Warnings().find("can't express"), std::string::npos) << Warnings();
+    mOptions.mBasePoseFirstFrame = true;
+    Export(lRoot);
+    ASSERT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 3);
+    EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderBuf[2], 3);
+    EXPECT_EQ(Warnings().find("can't express"), std::string::npos) << Warnings();
+}
+
 TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);

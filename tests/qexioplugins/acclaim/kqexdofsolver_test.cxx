@@ -91,6 +91,25 @@ TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
     }
 }
 
+TEST_P(KDofSolverTest, RoundingInLockChangesNoRotation)
+{
+    for (const double lLock : {0.0, 90.0, 180.0, -90.0, 270.0})
+    {
+        for (int i = 0; i < 20; ++i)
+        {
+            std::vector<double> lAngles = RandomAngles();
+            if (lAngles.size() != 3 || (lAngles[1] = lLock, mSolver.GetGain(lAngles.data()) < 1e5))
+            {
+                break;
+            }
+            const KgeRMatrix lBefore = Compose(lAngles);
+            mSolver.RoundInLock(lAngles.data(), 1.0);
+            EXPECT_EQ(lAngles[0], std::round(lAngles[0]));
+            EXPECT_LT(AngleBetween(lBefore, Compose(lAngles)), 1e-6) << lLock;
+        }
+    }
+}
+
 TEST_P(KDofSolverTest, ContinuingChangesNoRotation)
 {
     for (int i = 0; i < 100; ++i)

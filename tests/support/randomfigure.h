@@ -1,0 +1,27 @@
+#ifndef TESTS_SUPPORT_RANDOMFIGURE_H
+#define TESTS_SUPPORT_RANDOMFIGURE_H
+
+#include <string>
+
+/// \file
+/// Random skeleton files with motions, for properties over random input.
+
+namespace qextest
+{
+
+/// A skeleton file and a motion for it.
+struct KRandomFigure
+{
+    std::string mAsf;
+    std::string mAmc;
+    bool        mIsRootTurned = false; ///< The root's orientation at rest is not zero.
+};
+
+/// The figure of \p pSeed, always the same: \p pBones bones "b0", "b1", … in a random tree, of chance length, direction, axis, axis word
+/// and degrees of freedom (none to six, in any order, translations among them), some with limits, in one of several length units, in
+/// degrees or radians; the root's words in any order. The motion swings every degree of freedom for \p pFrames frames.
+KRandomFigure MakeRandomFigure(unsigned int pSeed, int pBones, int pFrames);
+
+} // namespace qextest
+
+#endif
