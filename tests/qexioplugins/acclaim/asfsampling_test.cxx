@@ -84,6 +84,25 @@ TEST_F(KSamplingTest, CurvesAreMadeForWhatABoneCanDo)
     EXPECT_EQ(lBoth->mLRData[0]->GetKeyCount(), 0);
 }
 
+TEST_F(KSamplingTest, EachCurveOfAGroupTakesItsKeysWithoutTheOthers)
+{
+    KQexAsfNode* lRoot = Root({0, 1, 2, 5, 4, 3});
+    for (int lKept = 0; lKept < 3; lKept++)
+    {
+        lRoot->CreateDataFromDOF(mStage.mScene);
+        for (int lIter = 0; lIter < 3; lIter++)
+            for (KQexAnimCurve** lGroup : {lRoot->mLTData, lRoot->mLRData})
+                if (lIter != lKept)
+                {
+                    lGroup[lIter]->Destroy();
+                    lGroup[lIter] = nullptr;
+                }
+        Sample(lRoot, {{10.0, 11.0, 12.0, 1.0, 0.0, 0.0}}, false, false);
+        EXPECT_EQ(Values(lRoot->mLTData[lKept]), std::vector<float>{static_cast<float>(10 + lKept)});
+        EXPECT_EQ(Values(lRoot->mLRData[lKept]), std::vector<float>{lKept == 0 ? 1.0F : 0.0F});
+    }
+}
+
 TEST_F(KSamplingTest, TheLongestNameIsNotCut)
 {
     KQexAsfNode* lRoot = Root({5});
