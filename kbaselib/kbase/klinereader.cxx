@@ -131,8 +131,50 @@ bool KLineReader::Rewind()
 
 bool KLineReader::NextLine()
 {
+    return TakeLine() || LoadLine();
+}
+
+/// NextLine() for nearly every line: one that stands in the buffer as a whole and ends at LF or CR LF. False, with nothing changed,
+/// for any other.
+bool KLineReader::TakeLine()
+{
+    if (mStatus != eOK || mSkipFeed || mBegin == mFill)
+        return false;
+    char* const lFeed = static_cast<char*>(std::memchr(mBegin, '\n', static_cast<size_t>(mFill - mBegin)));
+    if (lFeed == nullptr)
+        return false;
+    char* lEnd = FindMark(mMarks[eRETURN], mBegin);
+    if (lEnd >= lFeed)
+        lEnd = lFeed;
+    else if (lEnd + 1 != lFeed)
+        return false;
+    const size_t lLength = static_cast<size_t>(lEnd - mBegin);
+    if (lLength > kMaxLine)
+        return false;
+    mIsPlain = lEnd <= mQuietEnd || IsQuiet(lEnd);
+    mLine = mBegin;
+    mLength = lLength;
+    mBegin = lFeed + 1;
+    mHasLineEnd = true;
+    *lEnd = '\0';
+    ++mLineNumber;
+    return true;
+}
+
+/// Whether there is no mark from mBegin up to pEnd, carriage returns left out.
+bool KLineReader::IsQuiet(const char* pEnd)
+{
+    mQuietEnd = mFill;
+    for (int i = eNUL; i < mMarkCount; ++i)
+        mQuietEnd = std::min(mQuietEnd, FindMark(mMarks[i], mBegin));
+    return pEnd <= mQuietEnd;
+}
+
+bool KLineReader::LoadLine()
+{
     mLine = nullptr;
     mLength = 0;
+    mIsPlain = false;
     if (mStatus != eOK || !IsOpen())
         return false;
     if (!mStarted && !Begin())
@@ -209,12 +251,14 @@ void KLineReader::ForgetMarks()
 {
     for (KMark& lMark : mMarks)
         lMark.mNext = nullptr;
+    mQuietEnd = nullptr;
 }
 
 void KLineReader::Watch(const char* pBytes)
 {
     for (mMarkCount = eFIRST_WATCHED; *pBytes != '\0' && mMarkCount < eFIRST_WATCHED + kMaxWatched; ++pBytes)
         mMarks[mMarkCount++] = {*pBytes, nullptr};
+    mQuietEnd = nullptr;
 }
 
 /// Reads the input's first bytes and passes over a byte-order mark.
@@ -244,6 +288,7 @@ bool KLineReader::Refill()
         return Fail(eSYSTEM, errno);
     mAtEnd = lRead == 0;
     mFill += lRead;
+    std::memset(mFill, 0, 1 + kReadable);
     mRead += lRead;
     ForgetMarks();
     return true;
@@ -262,7 +307,7 @@ bool KLineReader::MakeRoom()
     }
     // A line as long as the buffer. NextLine() gives up before the largest buffer is full.
     const size_t lCapacity = mBuffer == nullptr ? kFirstCapacity : std::min(mCapacity * 2, kLastCapacity);
-    char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1));
+    char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1 + kReadable));
     if (lBuffer == nullptr)
         return false;
     if (lKept > 0)

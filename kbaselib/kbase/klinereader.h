@@ -59,6 +59,9 @@ public:
     /// Place of the first NUL in the current line; null when it holds none.
     char* FindNul() const { return InLine(mMarks[eNUL].mNext); }
 
+    /// True when the current line is known to hold neither a byte of Watch() nor a NUL, so that nothing needs to be looked for.
+    bool IsPlain() const { return mIsPlain; }
+
     /// Most bytes that Watch() takes.
     static constexpr int kMaxWatched = 4;
 
@@ -69,8 +72,12 @@ public:
     /// Loads the next line. False when there is none, GetStatus() tells why; asked again, it stays false.
     bool NextLine();
 
-    /// The current line without its end, followed by a NUL. It may be written to until the next call of NextLine().
+    /// The current line without its end, followed by a NUL and by kReadable bytes that may be read. It may be written to until the
+    /// next call of NextLine().
     char* GetLine() const { return mLine; }
+
+    /// Bytes behind a line's NUL that may be read whatever they are, for those who look at several bytes together.
+    static constexpr size_t kReadable = 8;
 
     /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
     size_t GetLength() const { return mLength; }
@@ -120,6 +127,9 @@ private:
 
     char* InLine(char* pPlace) const { return pPlace >= mLine && pPlace < mLine + mLength ? pPlace : nullptr; }
     void  ForgetMarks();
+    bool  TakeLine();
+    bool  LoadLine();
+    bool  IsQuiet(const char* pEnd);
     char* FindMark(KMark& pMark, char* pFrom) const;
 
     bool      Fail(EStatus pStatus, int pError);
@@ -138,11 +148,13 @@ private:
     bool        mAtEnd = false;    ///< The input gave its last byte.
     bool        mSkipFeed = false; ///< The last line ended at a CR: an LF that follows belongs to it.
     char*       mBuffer = nullptr;
-    size_t      mCapacity = 0;    ///< Bytes of mBuffer, one for a NUL not counted.
+    size_t      mCapacity = 0;    ///< Bytes of mBuffer, those for a NUL and kReadable not counted.
     char*       mBegin = nullptr; ///< First byte not yet handed out.
     char*       mFill = nullptr;  ///< End of the bytes read.
     KMark       mMarks[eFIRST_WATCHED + kMaxWatched] = {{'\r', nullptr}, {'\0', nullptr}};
     int         mMarkCount = eFIRST_WATCHED;
+    char*       mQuietEnd = nullptr; ///< From mBegin up to here no mark but eRETURN was found; null when not known.
+    bool        mIsPlain = false;
     char*       mLine = nullptr;
     size_t      mLength = 0;
     bool        mHasLineEnd = false;

@@ -88,13 +88,18 @@ KNumberStatus ParseInteger(std::string_view pToken, T& pValue)
 {
     bool                   lNegative = false;
     const std::string_view lDigits = WithoutSign(pToken, lNegative);
-    if (lDigits.empty() || !std::all_of(lDigits.begin(), lDigits.end(), IsDigit))
+    if (lDigits.empty() || !IsDigit(lDigits.front()))
     {
         return KNumberStatus::eINVALID;
     }
     const char* lBegin = lNegative ? lDigits.data() - 1 : lDigits.data();
+    const char* lEnd = lDigits.data() + lDigits.size();
     T           lValue = 0;
-    const auto  lResult = std::from_chars(lBegin, lDigits.data() + lDigits.size(), lValue);
+    const auto  lResult = std::from_chars(lBegin, lEnd, lValue);
+    if (lResult.ptr != lEnd)
+    {
+        return KNumberStatus::eINVALID;
+    }
     if (lResult.ec == std::errc::result_out_of_range)
     {
         pValue = lNegative ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();

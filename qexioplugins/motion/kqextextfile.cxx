@@ -235,27 +235,34 @@ void KQexTextFile::ClearLine()
 bool KQexTextFile::LoadLine()
 {
     mLine = mInput.GetLine();
-    mEnd = mLine + mInput.GetLength();
-    for (int i = 0; i < mCommentCount; ++i)
-        if (char* lComment = mInput.FindWatched(i))
-            mEnd = std::min(mEnd, lComment);
-    // A text that is quoted or copied would end at a NUL.
-    for (char* lNul = mInput.FindNul(); lNul != nullptr && lNul < mEnd; ++lNul)
-        *lNul = *lNul == '\0' ? ' ' : *lNul;
-    while (mEnd != mLine && mClass[static_cast<unsigned char>(mEnd[-1])] != eWORD)
-        --mEnd;
-    *mEnd = '\0';
-    mNext = mLine;
+    char* lEnd = mLine + mInput.GetLength();
+    if (!mInput.IsPlain())
+        lEnd = CutComment(lEnd);
+    while (lEnd != mLine && !IsInToken(lEnd[-1]))
+        --lEnd;
+    *lEnd = '\0';
+    mEnd = lEnd;
     SkipBlanks(mLine);
     mText = mNext;
-    mHasLine = mNext != mEnd;
+    mHasLine = mNext != lEnd;
     return mHasLine;
+}
+
+/// Where the input's line ends without its comment. NULs before that become blanks: a text that is quoted or copied would end there.
+char* KQexTextFile::CutComment(char* pEnd)
+{
+    for (int i = 0; i < mCommentCount; ++i)
+        if (char* lComment = mInput.FindWatched(i))
+            pEnd = std::min(pEnd, lComment);
+    for (char* lNul = mInput.FindNul(); lNul != nullptr && lNul < pEnd; ++lNul)
+        *lNul = *lNul == '\0' ? ' ' : *lNul;
+    return pEnd;
 }
 
 /// Makes the first token at or behind pFrom the next one; without one mNext is mEnd, whose NUL is of a class of its own.
 void KQexTextFile::SkipBlanks(char* pFrom)
 {
-    while (mClass[static_cast<unsigned char>(*pFrom)] == eBLANK)
+    while (IsBlank(*pFrom))
         ++pFrom;
     mNext = pFrom;
     mNextEnd = nullptr;
@@ -267,7 +274,7 @@ char* KQexTextFile::TokenEnd()
     if (mNextEnd != nullptr)
         return mNextEnd;
     char* lEnd = mNext;
-    while (mClass[static_cast<unsigned char>(*lEnd)] == eWORD)
+    while (IsInToken(*lEnd))
         ++lEnd;
     return mNextEnd = lEnd;
 }
@@ -281,22 +288,24 @@ void KQexTextFile::InitTokens(KToken* pTokens) const
 /// Index of the entry that the next token matches, or -1.
 int KQexTextFile::Match(const KToken* pTokens)
 {
-    const char* const lEnd = TokenEnd();
-    if (lEnd == mNext)
-        return -1;
-    const KFoldTable& lFold = mFoldCase ? kFolded : kAsIs;
-    const char        lSmall = static_cast<char>(lFold.Of(*mNext));
-    const char        lCapital = mFoldCase && lSmall >= 'a' && lSmall <= 'z' ? static_cast<char>(lSmall - ('a' - 'A')) : lSmall;
+    const KFoldTable&   lFold = mFoldCase ? kFolded : kAsIs;
+    const unsigned char lFirst = lFold.Of(*mNext);
     for (const KToken* lToken = pTokens; *lToken->mStr != '\0'; ++lToken)
     {
         const char* lEntry = lToken->mStr;
-        if (*lEntry != lSmall && *lEntry != lCapital)
+        if (lFold.Of(*lEntry) != lFirst)
             continue;
-        const char* lAt = mNext + 1;
-        for (++lEntry; lAt != lEnd && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
+        // The token's end shows while the two are compared, so that most tokens are looked at once.
+        char* lAt = mNext + 1;
+        for (++lEntry; IsInToken(*lAt) && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
             ++lAt;
-        if (*lEntry == '\0' && (lAt == lEnd || IsLoneColon(*lToken)))
-            return static_cast<int>(lToken - pTokens);
+        if (*lEntry != '\0')
+            continue;
+        if (!IsInToken(*lAt))
+            mNextEnd = lAt;
+        else if (!IsLoneColon(*lToken))
+            continue;
+        return static_cast<int>(lToken - pTokens);
     }
     return -1;
 }
@@ -309,16 +318,19 @@ int KQexTextFile::Check(const KToken* pTokens)
 
 int KQexTextFile::Handle(KToken* pTokens)
 {
-    mText = mNext;
-    const int lResult = Match(pTokens);
+    return Take(pTokens, Check(pTokens));
+}
+
+int KQexTextFile::Take(KToken* pTokens, int pIndex)
+{
     SkipBlanks(TokenEnd());
-    if (lResult < 0)
-        return lResult;
-    ++pTokens[lResult].mCount;
+    if (pIndex < 0)
+        return pIndex;
+    ++pTokens[pIndex].mCount;
     // An unknown section: its name without the colon, which the message supplies.
-    if (IsLoneColon(pTokens[lResult]))
+    if (IsLoneColon(pTokens[pIndex]))
         ++mText;
-    return lResult;
+    return pIndex;
 }
 
 const char* KQexTextFile::PeekToken(size_t& pLength)
@@ -333,13 +345,12 @@ bool KQexTextFile::GetString(char* pText, int pMax, bool& pCut)
     mText = mNext;
     if (!HasToken())
         return false;
-    char*        lEnd = TokenEnd();
-    const size_t lLength = static_cast<size_t>(lEnd - mNext);
-    const size_t lKept = std::min(lLength, static_cast<size_t>(std::max(pMax, 0)));
-    std::memcpy(pText, mNext, lKept);
-    pText[lKept] = '\0';
-    pCut = lKept < lLength;
-    SkipBlanks(lEnd);
+    char* lAt = mNext;
+    for (int i = 0; i < pMax && IsInToken(*lAt); ++i)
+        *pText++ = *lAt++;
+    *pText = '\0';
+    pCut = IsInToken(*lAt);
+    SkipBlanks(pCut ? TokenEnd() : lAt);
     return true;
 }
 
@@ -378,18 +389,16 @@ bool KQexTextFile::GetPair(double* pValue, double pFactor)
     return GetNumbers(pValue, 2, pFactor, false);
 }
 
-/// Reads the number that the next token is into pValue, and finds where the token ends.
-bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, char*& pEnd)
+/// Reads the number that the token at pAt is into pValue, and moves pAt behind the token.
+bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) const
 {
-    // Short plain numbers, which is nearly all of them, without looking for the token's end first.
-    if (const char* lEnd = KNumberScan(mNext, mEnd, pValue))
-    {
-        pEnd = mNext + (lEnd - mNext);
-        if (mClass[static_cast<unsigned char>(*pEnd)] != eWORD)
-            return true;
-    }
-    pEnd = TokenEnd();
-    const std::string_view lToken(mNext, static_cast<size_t>(pEnd - mNext));
+    const char* lEnd = pAt;
+    while (IsInToken(*lEnd))
+        ++lEnd;
+    const std::string_view lToken(pAt, static_cast<size_t>(lEnd - pAt));
+    pAt = lEnd;
+    if (lToken.empty())
+        return false;
     if (pFinite)
         return KNumberParse(lToken, pValue) == KNumberStatus::eOK;
     return KNumberParse(lToken, pValue, KNumberWords::eNONFINITE) != KNumberStatus::eINVALID;
@@ -397,19 +406,28 @@ bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, char*& pEnd)
 
 bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)
 {
-    double      lValue[3];
-    char* const lFirst = mNext;
+    // The NUL at the line's end ends a number, so that the bytes behind it may be looked at together with the last digits.
+    const char* const lReadable = mEnd + KLineReader::kReadable;
+    const char*       lAt = mNext;
+    double            lValue[3];
     for (int i = 0; i < pCount; ++i)
     {
-        mText = mNext;
-        char* lEnd = nullptr;
-        if (!HasToken() || !ParseNumber(lValue[i], pFinite, lEnd))
+        const char* const lToken = lAt;
+        // Short plain numbers, which is nearly all of them, without looking for the token's end first.
+        const char* lEnd = KNumberScan(lToken, lReadable, lValue[i]);
+        if (lEnd != nullptr && !IsInToken(*lEnd))
+            lAt = lEnd;
+        else if (!ParseNumber(lValue[i], pFinite, lAt))
         {
-            SkipBlanks(lFirst);
+            mText = mNext + (lToken - mNext);
             return false;
         }
-        SkipBlanks(lEnd);
+        mText = mNext + (lToken - mNext);
+        while (IsBlank(*lAt))
+            ++lAt;
     }
+    mNext += lAt - mNext;
+    mNextEnd = nullptr;
     for (int i = 0; i < pCount; ++i)
         pValue[i] = lValue[i] * pFactor;
     return true;

@@ -151,6 +151,10 @@ public:
     /// As Check(), but consumes the token, matched or not, and counts the match in its entry.
     int Handle(KToken* pTokens);
 
+    /// The second half of Handle(): consumes the next token, for which Check(\p pTokens) has just given \p pIndex, and counts it.
+    /// \return \p pIndex
+    int Take(KToken* pTokens, int pIndex);
+
     /// Text of the next token, as a place in the current line; null when no token is left. Consumes nothing.
     const char* PeekToken(size_t& pLength);
 
@@ -225,12 +229,15 @@ private:
 
     bool  Reopen(const char* pPath);
     bool  LoadLine();
+    char* CutComment(char* pEnd);
+    bool  IsInToken(char pCharacter) const { return mClass[static_cast<unsigned char>(pCharacter)] == eWORD; }
+    bool  IsBlank(char pCharacter) const { return mClass[static_cast<unsigned char>(pCharacter)] == eBLANK; }
     void  ClearLine();
     bool  Stop();
     char* TokenEnd();
     void  SkipBlanks(char* pFrom);
     int   Match(const KToken* pTokens);
-    bool  ParseNumber(double& pValue, bool pFinite, char*& pEnd);
+    bool  ParseNumber(double& pValue, bool pFinite, const char*& pAt) const;
     bool  GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite);
     void  Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
     void  ReportNoMemory();
@@ -256,7 +263,7 @@ private:
     char* mNext;    ///< Next token, or mEnd when none is left.
     char* mNextEnd; ///< End of the next token; null while it is not looked for.
     char* mText;    ///< What operator char*() gives.
-    char  mEmpty[1] = {'\0'};
+    char  mEmpty[1 + KLineReader::kReadable] = {};
 
     std::vector<KQexTextMessage> mMessages;
     size_t                       mMessageSize = 0; ///< Bytes of the texts of mMessages.

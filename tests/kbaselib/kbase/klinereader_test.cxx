@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -117,6 +118,34 @@ TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
             ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
             EXPECT_EQ(LinesOf(lReader), Split(lText)) << lPad;
         }
+}
+
+TEST(KLineReader, WatchedBytesAreFoundInTheirLinesOnly)
+{
+    // What each line holds, in a text longer than the buffer: nothing, a watched byte, a NUL, both.
+    const std::string kLines[] = {"plain", "", "no#tes", std::string("nu\0l", 4), "more", std::string("#\0", 2), "end#"};
+    for (const char* lEnd : {"\n", "\r\n", "\r"})
+    {
+        std::string lText;
+        while (lText.size() < 200000)
+            for (const std::string& lLine : kLines)
+                lText += lLine + lEnd;
+        KLineReader lReader;
+        lReader.Watch("#;");
+        ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
+        for (size_t i = 0; lReader.NextLine(); ++i)
+        {
+            const std::string& lLine = kLines[i % std::size(kLines)];
+            ASSERT_EQ(std::string(lReader.GetLine(), lReader.GetLength()), lLine) << i;
+            const size_t lMark = lLine.find('#');
+            const size_t lNul = lLine.find('\0');
+            ASSERT_EQ(lReader.FindWatched(0), lMark == std::string::npos ? nullptr : lReader.GetLine() + lMark) << i;
+            ASSERT_EQ(lReader.FindWatched(1), nullptr) << i;
+            ASSERT_EQ(lReader.FindNul(), lNul == std::string::npos ? nullptr : lReader.GetLine() + lNul) << i;
+            ASSERT_FALSE(lReader.IsPlain() && (lMark != std::string::npos || lNul != std::string::npos)) << i;
+        }
+        EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND);
+    }
 }
 
 TEST(KLineReader, ReadsThatBringOneByte)

@@ -173,6 +173,9 @@ TEST_P(KNumberScanTest, ReadsThePlainNumberInFront)
 INSTANTIATE_TEST_SUITE_P(Texts, KNumberScanTest,
                          testing::Values(KScanCase{"12.5 7", 4, 12.5}, KScanCase{"-0.25\n", 5, -0.25}, KScanCase{"+3", 2, 3},
                                          KScanCase{"1e5", 1, 1}, KScanCase{"5.x", 2, 5}, KScanCase{".5", 2, 0.5},
+                                         KScanCase{"0.765432 ", 8, 0.765432}, KScanCase{"0.7654321 ", 9, 0.7654321},
+                                         KScanCase{"765432.1 9", 8, 765432.1}, KScanCase{".7654321.5", 8, 0.7654321},
+                                         KScanCase{"1.5.25 and more", 3, 1.5}, KScanCase{"12345678.5 ", 10, 12345678.5},
                                          KScanCase{"123456789012345", 15, 123456789012345.0}, KScanCase{"1234567890123456", -1, 0},
                                          KScanCase{"0.0000000000000001", -1, 0}, KScanCase{"", -1, 0}, KScanCase{"-", -1, 0},
                                          KScanCase{".", -1, 0}, KScanCase{"x", -1, 0}, KScanCase{"-.", -1, 0}));
