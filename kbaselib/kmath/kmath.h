@@ -143,15 +143,24 @@ inline double* KmRV(double* pOut, KmConstMatrix pM, const double* pV)
 /// both: everything is computed before anything is stored.
 inline KmMatrix KmRR(KmMatrix pOut, KmConstMatrix pA, KmConstMatrix pB)
 {
-    double lProduct[3][4];
-    for (int lRow = 0; lRow < 3; ++lRow)
+    // In nine variables, not in an array: reading back in pairs what was stored one by one would wait for all stores before it.
+    const auto lAt = [pA, pB](int pRow, int pColumn)
     {
-        for (int lColumn = 0; lColumn < 3; ++lColumn)
-        {
-            lProduct[lRow][lColumn] = pB[lRow][0] * pA[0][lColumn] + pB[lRow][1] * pA[1][lColumn] + pB[lRow][2] * pA[2][lColumn];
-        }
-    }
-    return KmRset(pOut, lProduct);
+        return pB[pRow][0] * pA[0][pColumn] + pB[pRow][1] * pA[1][pColumn] + pB[pRow][2] * pA[2][pColumn];
+    };
+    const double l00 = lAt(0, 0);
+    const double l01 = lAt(0, 1);
+    const double l02 = lAt(0, 2);
+    const double l10 = lAt(1, 0);
+    const double l11 = lAt(1, 1);
+    const double l12 = lAt(1, 2);
+    const double l20 = lAt(2, 0);
+    const double l21 = lAt(2, 1);
+    const double l22 = lAt(2, 2);
+    KmV(pOut[0], l00, l01, l02);
+    KmV(pOut[1], l10, l11, l12);
+    KmV(pOut[2], l20, l21, l22);
+    return pOut;
 }
 
 ///@}
