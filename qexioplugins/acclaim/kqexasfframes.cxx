@@ -40,20 +40,22 @@ void SetupRoot(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotati
 
 } // namespace
 
+void SetupFrame(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    if (pSetRotatePivotOffet && pSetPreRotation)
+        SetupCarriedByHost(pNode);
+    else if (pNode.mParent)
+        SetupChild(pNode, pSetRotatePivotOffet, pSetPreRotation);
+    else
+        SetupRoot(pNode, pSetRotatePivotOffet, pSetPreRotation);
+}
+
 void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
-    {
-        if (!lWalk.IsEntering())
-            continue;
-        if (pSetRotatePivotOffet && pSetPreRotation)
-            SetupCarriedByHost(*lNode);
-        else if (lNode->mParent)
-            SetupChild(*lNode, pSetRotatePivotOffet, pSetPreRotation);
-        else
-            SetupRoot(*lNode, pSetRotatePivotOffet, pSetPreRotation);
-    }
+        if (lWalk.IsEntering())
+            SetupFrame(*lNode, pSetRotatePivotOffet, pSetPreRotation);
 }
 
 } // namespace qexsdk

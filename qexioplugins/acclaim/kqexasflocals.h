@@ -43,6 +43,9 @@ inline void SetLocals(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPr
         SetLocalRotation(pNode);
 }
 
+/// What SetupPosition() does for one bone. Of the parent only what was read is looked at, and mPositionV.
+void SetupFrame(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
+
 } // namespace qexsdk
 
 #endif

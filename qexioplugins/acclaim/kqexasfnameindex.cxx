@@ -1,3 +1,5 @@
+#include <kbaselib/kbase/kprefetch.h>
+#include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
 
 #include <climits>
@@ -10,6 +12,10 @@ namespace
 {
 
 constexpr int kFirstRoom = 64;
+
+/// Bones by which a walk asks for what it will need ahead of itself.
+constexpr int kFramesAhead = 2;
+constexpr int kMovesAhead = 12;
 
 /// FNV-1a.
 uint32_t HashOf(const char* pName)
@@ -59,6 +65,7 @@ bool KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent)
     lNew.mUp = pParent == 0 ? lBone : pParent;
     lNew.mPlace = mNextPlace++;
     lNew.mSameName = lBone;
+    lNew.mNextMoved = kNone;
     lNew.mAnswerFor = 0;
     lNew.mHoldsTwin = false;
     lNew.mStart = StartOf(pNode->mName);
@@ -255,38 +262,116 @@ int KQexAsfNameIndex::TopOf(int pBone)
     return pBone;
 }
 
-bool KQexAsfNameIndex::Move(int pBone, int pParent)
+void KQexAsfNameIndex::Move(int pBone, int pParent)
 {
-    KBone&       lBone = mBones[pBone];
-    HKQexAsfNode lParent = mBones[pParent].mNode;
+    KBone& lBone = mBones[pBone];
     if (pParent == 0)
     {
         // To the end of the list that it stands in; the room it leaves is the room it takes.
-        lParent->RemoveChild(lBone.mNode);
-        lParent->AddChild(lBone.mNode);
+        HKQexAsfNode lRoot = mBones[0].mNode;
+        lRoot->RemoveChild(lBone.mNode);
+        lRoot->AddChild(lBone.mNode);
     }
-    else if (!lParent->AddChild(lBone.mNode))
-        return false;
+    else
+    {
+        // Bones that are asked for here and there lie far apart in memory. Hung over one after the other later, what each of them
+        // needs can be fetched beforehand.
+        (mLastMoved == kNone ? mFirstMoved : mBones[mLastMoved].mNextMoved) = pBone;
+        mLastMoved = pBone;
+        lBone.mNextMoved = kNone;
+    }
     lBone.mPlace = mNextPlace++;
     lBone.mParent = pParent;
     lBone.mUp = pParent == 0 ? pBone : TopOf(pParent);
-    mHasMoved = true;
     if (lBone.mHoldsTwin)
     {
         mBones[lBone.mUp].mHoldsTwin = true;
         ++mState;
     }
-    return true;
 }
 
-void KQexAsfNameIndex::Compact()
+bool KQexAsfNameIndex::Settle()
 {
-    if (!mHasMoved)
-        return;
+    if (mFirstMoved == kNone)
+        return true;
+    const bool   lOk = HangOver();
     HKQexAsfNode lRoot = mBones[0].mNode;
-    lRoot->mChildBuf.RemoveIf([lRoot](HKQexAsfNode pChild) { return pChild->mParent != lRoot; });
+    // The children stand here in the order of the list, but for those that were hung back under the root: so only of those the bone
+    // itself has to be asked.
+    int lBone = 0;
+    lRoot->mChildBuf.RemoveIf(
+        [this, lRoot, &lBone](HKQexAsfNode pChild)
+        {
+            while (lBone < mCount && mBones[lBone].mNode != pChild)
+                ++lBone;
+            return lBone < mCount ? mBones[lBone].mParent != 0 : pChild->mParent != lRoot;
+        });
     mKnownChildren = lRoot->mChildBuf.GetCount();
-    mHasMoved = false;
+    mFirstMoved = kNone;
+    mLastMoved = kNone;
+    return lOk;
+}
+
+/// The bones of the list to their parents. Those that no memory is left for go back under the root, as far as the index knows.
+bool KQexAsfNameIndex::HangOver()
+{
+    int lAhead = mFirstMoved;
+    for (int i = 0; i < kMovesAhead && lAhead != kNone; ++i)
+        lAhead = ApproachMove(lAhead);
+    bool lOk = true;
+    for (int lBone = mFirstMoved; lBone != kNone; lBone = mBones[lBone].mNextMoved)
+    {
+        if (lAhead != kNone)
+            lAhead = ApproachMove(lAhead);
+        lOk = lOk && mBones[mBones[lBone].mParent].mNode->AddChild(mBones[lBone].mNode);
+        if (!lOk)
+            mBones[lBone].mParent = 0;
+    }
+    return lOk;
+}
+
+/// Asks for what hanging a bone over needs.
+/// \return the next bone of the list
+int KQexAsfNameIndex::ApproachMove(int pBone) const
+{
+    KPrefetch(&mBones[pBone].mNode->mParent);
+    KPrefetch(&mBones[mBones[pBone].mParent].mNode->mChildBuf, &mBones[mBones[pBone].mParent].mNode->mChildBuf + 1);
+    return mBones[pBone].mNextMoved;
+}
+
+void KQexAsfNameIndex::Expect(const char* pName) const
+{
+    if (mTableSize != 0)
+        KPrefetch(&mTable[HashOf(pName) & (mTableSize - 1)]);
+}
+
+/// Asks for what the frame of a bone is computed from, and for where it goes.
+void KQexAsfNameIndex::Approach(int pBone) const
+{
+    if (pBone >= mCount)
+        return;
+    const KQexAsfNode* lNode = mBones[pBone].mNode;
+    KPrefetch(&lNode->mOrderCount);
+    KPrefetch(&lNode->mDirectionV, &lNode->mChildBuf);
+    KPrefetch(&lNode->mAxisRM, &lNode->mLR + 1);
+    if (mBones[pBone].mParent + 1 == pBone)
+        return;
+    const KQexAsfNode* lParent = mBones[mBones[pBone].mParent].mNode;
+    KPrefetch(&lParent->mPositionV, &lParent->mDirectionV + 1);
+    KPrefetch(&lParent->mAxisRM, &lParent->mAxisRMInv + 1);
+}
+
+void KQexAsfNameIndex::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    for (int lBone = 0; lBone < mCount; ++lBone)
+    {
+        Approach(lBone + kFramesAhead);
+        KQexAsfNode& lNode = *mBones[lBone].mNode;
+        // A parent that stands behind its child: its end is the one thing of it that has to be there before.
+        if (mBones[lBone].mParent > lBone)
+            KgeMult(lNode.mParent->mPositionV, lNode.mParent->mDirectionV, lNode.mParent->mLength);
+        SetupFrame(lNode, pSetRotatePivotOffet, pSetPreRotation);
+    }
 }
 
 } // namespace qexsdk

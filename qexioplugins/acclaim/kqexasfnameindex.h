@@ -14,7 +14,7 @@ namespace qexsdk
 /// KQexAsfNode::Find() on the root would, Move() hangs a child of the root under another bone. Neither walks the tree or
 /// searches a child list.
 ///
-/// A moved bone leaves the root's child list only at Compact(); until then the list holds bones whose mParent is another one.
+/// A moved bone leaves the root's child list for that of its new parent only at Settle().
 /// While the index is in use, bones may be added at the end of the root's children, and are changed in no other way.
 ///
 /// Bones are told by their place in the index, 0 for the root. Used by one thread; owns nothing of the tree.
@@ -42,12 +42,20 @@ public:
     /// True when \p pBone is \p pTop or hangs below it, \p pTop being a child of the root.
     bool IsBelow(int pBone, int pTop) { return TopOf(pBone) == pTop; }
 
-    /// Hangs \p pBone, a child of the root, behind the children of \p pParent, which is not below it. False, with nothing
-    /// changed, when memory runs out.
-    bool Move(int pBone, int pParent);
+    /// Hangs \p pBone, a child of the root, behind the children of \p pParent, which is not below it. For the index this counts at
+    /// once; the bones themselves are hung over by Settle().
+    void Move(int pBone, int pParent);
 
-    /// Takes the bones that were moved out of the root's child list.
-    void Compact();
+    /// Carries out what Move() was asked for, in that order, and takes the bones out of the root's child list. False when memory
+    /// runs out: the bones whose turn had not come are still children of the root then.
+    bool Settle();
+
+    /// Takes note that a bone named \p pName will be added soon: where its name will go comes into reach meanwhile.
+    void Expect(const char* pName) const;
+
+    /// Computes the frames of all bones as SetupPosition() of the root does, in the order in which they stand in memory. Nothing may
+    /// have been added to the tree since the last Update().
+    void SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
 private:
     /// The start of a name: nearly all names as a whole, so that comparing them does not fetch the bones themselves.
@@ -64,6 +72,7 @@ private:
         int          mParent;    ///< Bone that this one is a child of.
         unsigned     mPlace;     ///< Grows along the children of one parent.
         int          mSameName;  ///< Next bone of the same name, in a ring.
+        int          mNextMoved; ///< Next bone to be hung over, kNone behind the last.
         unsigned     mAnswerFor; ///< mState for which this bone is known to be the first of its name.
         bool         mHoldsTwin; ///< At a child of the root: a bone at or below it shares its name with another.
     };
@@ -77,6 +86,7 @@ private:
 
     static KNameStart StartOf(const char* pName);
 
+    void     Approach(int pBone) const;
     bool     Add(HKQexAsfNode pNode, int pParent);
     void     AddName(int pBone);
     bool     GrowBones();
@@ -85,6 +95,8 @@ private:
     bool     IsNamed(int pBone, const char* pName, const KNameStart& pStart) const;
     int      Guess(const char* pName, const KNameStart& pStart) const;
     int      LookUp(const char* pName, const KNameStart& pStart);
+    bool     HangOver();
+    int      ApproachMove(int pBone) const;
     int      FirstOf(int pBone);
     bool     IsBefore(int pLeft, int pRight) const;
     int      DepthOf(int pBone) const;
@@ -97,11 +109,12 @@ private:
     KSlot*   mTable = nullptr; ///< Open addressing.
     size_t   mTableSize = 0;   ///< A power of two, more than twice the number of names.
     size_t   mNameCount = 0;
-    int      mFound[2] = {0, 0}; ///< What Find() found last and before that.
+    int      mFound[2] = {0, 0};  ///< What Find() found last and before that.
+    int      mFirstMoved = kNone; ///< Bones to be hung over, as a list.
+    int      mLastMoved = kNone;
     int      mKnownChildren = 0; ///< Children of the root taken in.
     unsigned mNextPlace = 0;
-    unsigned mState = 1;        ///< Counts changes that may alter which bone of a name comes first.
-    bool     mHasMoved = false; ///< The root's child list waits for Compact().
+    unsigned mState = 1; ///< Counts changes that may alter which bone of a name comes first.
 };
 
 } // namespace qexsdk

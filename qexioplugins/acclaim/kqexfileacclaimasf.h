@@ -113,7 +113,7 @@ private:
     void StoreRoot(HKQexAsfNode pNode);
 
     bool ReadBoneLines(HKQexAsfNode pNode);
-    bool ReadBoneLine(HKQexAsfNode pNode);
+    bool ReadBoneLine(HKQexAsfNode pNode, int pKeyword);
     bool ReadBoneName(HKQexAsfNode pNode);
     bool ReadBoneDirection(HKQexAsfNode pNode);
     bool ReadBoneLength(HKQexAsfNode pNode);
@@ -124,6 +124,7 @@ private:
     bool AddLengthDof(int pPlace);
     bool NameLengthDofs(const char* pName);
 
+    bool SettleFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamily(KQexAsfNameIndex& pIndex);
     bool ReadChildren(KQexAsfNameIndex& pIndex, int pParent);

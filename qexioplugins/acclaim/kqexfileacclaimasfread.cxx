@@ -66,7 +66,7 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     KQexAsfNameIndex lNameIndex;
     mNameIndex = &lNameIndex;
     bool lOk = ReadSections();
-    lNameIndex.Compact();
+    lOk = SettleFamilies(lNameIndex) && lOk;
     mNameIndex = nullptr;
 
     HKQexAsfNode lRoot = mQexAsfScene->mRoot;
@@ -79,7 +79,11 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
         QexSdkDelete(lFormerRoot);
     if (lOk)
     {
-        lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
+        // Without memory for all of them in the index, up and down the tree does as well.
+        if (lNameIndex.Update(lRoot))
+            lNameIndex.SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
+        else
+            lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
         if (pRemoveDummyNodes)
             lRoot->RemoveDummy(pSetRotatePivotOffet, pSetPreRotation);
     }
@@ -350,9 +354,12 @@ bool KQexFileAcclaimAsf::ReadBoneData()
         return false;
     InitTokens(smGroup);
     bool lOk = NextLine();
-    while (lOk && Check(smMain) == -1)
+    while (lOk)
     {
-        switch (Handle(smGroup))
+        const int lGroup = Check(smGroup);
+        if (lGroup == -1 && Check(smMain) != -1)
+            break;
+        switch (Take(smGroup, lGroup))
         {
         case eGROUP_BEGIN:
             lOk = ReadBone();
@@ -395,19 +402,21 @@ bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
 {
     while (NextLine())
     {
-        if (Check(smGroup) != -1)
+        // Nearly all lines are of the bone, so that is asked first; no word is in both tables.
+        const int lKeyword = Check(smBoneData);
+        if (lKeyword == -1 && Check(smGroup) != -1)
             return true;
-        if (!ReadBoneLine(pNode))
+        if (!ReadBoneLine(pNode, Take(smBoneData, lKeyword)))
             return false;
     }
     return false;
 }
 
-bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode)
+bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode, int pKeyword)
 {
     double lIgnored = 0.0;
     int    lId = 0;
-    switch (Handle(smBoneData))
+    switch (pKeyword)
     {
     case 0:
         // Bones are told by their names.
@@ -452,6 +461,8 @@ bool KQexFileAcclaimAsf::ReadBoneName(HKQexAsfNode pNode)
         Error("Forbidden bone name\n");
         return false;
     }
+    if (mNameIndex != nullptr)
+        mNameIndex->Expect(pNode->mName);
     return true;
 }
 
@@ -462,7 +473,9 @@ bool KQexFileAcclaimAsf::ReadBoneDirection(HKQexAsfNode pNode)
         Error("Can't read bone direction\n");
         return false;
     }
-    if (KgeLength(pNode->mDirectionV) > 0.0)
+    // A length of zero is that of an exact zero only.
+    const double* lData = pNode->mDirectionV.mData;
+    if (lData[0] != 0.0 || lData[1] != 0.0 || lData[2] != 0.0)
         KgeNorm(pNode->mDirectionV, pNode->mDirectionV);
     return true;
 }
@@ -598,8 +611,16 @@ bool KQexFileAcclaimAsf::ReadHierarchy()
         return ReadFamilies(*mNameIndex);
     KQexAsfNameIndex lIndex;
     const bool       lOk = ReadFamilies(lIndex);
-    lIndex.Compact();
-    return lOk;
+    return SettleFamilies(lIndex) && lOk;
+}
+
+/// Hangs the bones where the families said, also when reading them ended early.
+bool KQexFileAcclaimAsf::SettleFamilies(KQexAsfNameIndex& pIndex)
+{
+    if (pIndex.Settle())
+        return true;
+    Error("Out of memory\n");
+    return false;
 }
 
 bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
@@ -662,11 +683,8 @@ bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)
             continue;
         if (pIndex.IsBelow(pParent, lChild))
             Warning("Bone under itself (%s)\n", lName);
-        else if (!pIndex.Move(lChild, pParent))
-        {
-            Error("Out of memory\n");
-            return false;
-        }
+        else
+            pIndex.Move(lChild, pParent);
     }
     return true;
 }
