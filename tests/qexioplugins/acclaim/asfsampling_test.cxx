@@ -103,6 +103,21 @@ TEST_F(KSamplingTest, EachCurveOfAGroupTakesItsKeysWithoutTheOthers)
     }
 }
 
+TEST_F(KSamplingTest, WhatStandsBehindTheCountedDofsDoesNotCount)
+{
+    KQexAsfNode* lRoot = Root({1, 5});
+    lRoot->mOrderBuf[2] = 0;
+    lRoot->mOrderBuf[3] = 4;
+    lRoot->CreateDataFromDOF(mStage.mScene);
+    Sample(lRoot, {{3.0, 20.0, 7.0, 50.0, 9.0, 9.0}}, false, false);
+    for (int lIter = 0; lIter < 3; lIter++)
+    {
+        EXPECT_EQ(Values(lRoot->mLTData[lIter]), std::vector<float>{lIter == 1 ? 3.0F : 0.0F});
+        ASSERT_EQ(Values(lRoot->mLRData[lIter]).size(), 1U);
+        EXPECT_NEAR(Values(lRoot->mLRData[lIter])[0], lIter == 0 ? 20.0F : 0.0F, 1e-5F);
+    }
+}
+
 TEST_F(KSamplingTest, TheLongestNameIsNotCut)
 {
     KQexAsfNode* lRoot = Root({5});
