@@ -313,7 +313,7 @@ bool KDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
     {
         pAngles[i] = pByAxis[mAxes[i]];
     }
-    return mCount < 3 || std::fabs(std::remainder(pAngles[1], 180.0)) <= kFarFromLock;
+    return mCount < 3 || std::fabs(pAngles[1]) <= kFarFromLock || std::fabs(std::remainder(pAngles[1], 180.0)) <= kFarFromLock;
 }
 
 void KDofSolver::Continue(double* pAngles, const double* pLast) const
