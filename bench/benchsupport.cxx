@@ -8,9 +8,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <random>
 
 #include <malloc.h>
+#include <unistd.h>
 
 namespace qexbench
 {
@@ -151,6 +153,42 @@ double ScanNumbers(const char* pText, size_t pSize)
     return lSum + lRest;
 }
 
+void ScanFile(const std::string& pPath)
+{
+    static std::vector<char> sBuffer(1 << 16);
+    std::FILE*               lFile = std::fopen(pPath.c_str(), "rb");
+    if (lFile == nullptr)
+    {
+        std::fprintf(stderr, "%s: cannot be read\n", pPath.c_str());
+        std::exit(3);
+    }
+    std::setvbuf(lFile, nullptr, _IONBF, 0);
+    for (size_t lRead = std::fread(sBuffer.data(), 1, sBuffer.size(), lFile); lRead > 0;
+         lRead = std::fread(sBuffer.data(), 1, sBuffer.size(), lFile))
+    {
+        benchmark::DoNotOptimize(ScanNumbers(sBuffer.data(), lRead));
+    }
+    std::fclose(lFile);
+}
+
+KTextFile::KTextFile(const std::string& pText)
+{
+    static int        sCount = 0;
+    const std::string lName = "qexbench-" + std::to_string(::getpid()) + "-" + std::to_string(++sCount);
+    mPath = (std::filesystem::temp_directory_path() / lName).string();
+    if (!(std::ofstream(mPath, std::ios::binary) << pText).flush())
+    {
+        std::fprintf(stderr, "%s: cannot be written\n", mPath.c_str());
+        std::exit(3);
+    }
+}
+
+KTextFile::~KTextFile()
+{
+    std::error_code lError;
+    std::filesystem::remove(mPath, lError);
+}
+
 std::string ReadWholeFile(const std::string& pPath)
 {
     std::ifstream lIn(pPath, std::ios::binary);
@@ -179,6 +217,25 @@ std::vector<std::string> CorpusFiles(const std::string& pExtension)
     }
     std::sort(lResult.begin(), lResult.end());
     return lResult;
+}
+
+void KeepMemory()
+{
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_MMAP_MAX, 0);
+}
+
+void DropMemory()
+{
+    malloc_trim(0);
+}
+
+void SettleMemory()
+{
+    // A large block makes the allocator join the small ones that lie free.
+    void* lBlock = std::malloc(1 << 20);
+    benchmark::DoNotOptimize(lBlock);
+    std::free(lBlock);
 }
 
 size_t HeapInUse()

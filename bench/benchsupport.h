@@ -40,11 +40,41 @@ std::string MotionText(int pBones, int pFrames);
 /// \return a sum that depends on every byte, so that no compiler leaves work out
 double ScanNumbers(const char* pText, size_t pSize);
 
+/// The bound of every reader of text: reading a file and ScanNumbers() over its bytes, through one buffer that is at hand already.
+void ScanFile(const std::string& pPath);
+
+/// A text as a file, gone with the object.
+class KTextFile
+{
+public:
+    /// Writes \p pText; a file that cannot be written ends the program with a message.
+    explicit KTextFile(const std::string& pText);
+    ~KTextFile();
+    KTextFile(const KTextFile&) = delete;
+    KTextFile& operator=(const KTextFile&) = delete;
+
+    /// Where it lies.
+    const std::string& Path() const { return mPath; }
+
+private:
+    std::string mPath;
+};
+
 /// The whole of a file; a file that cannot be read ends the program with a message.
 std::string ReadWholeFile(const std::string& pPath);
 
 /// Files below the folder that ASF_CORPUS_DIR names whose names end in \p pExtension (".asf"), sorted; none when it is unset.
 std::vector<std::string> CorpusFiles(const std::string& pExtension);
+
+/// Has memory that is given back stay with the process from here on, so that the next bench finds it there. Without it that depends
+/// on what was given back last, and a bench measures the system's pages or does not.
+void KeepMemory();
+
+/// Gives the memory that was given back to the system after all: the next one to ask for memory gets pages never seen before.
+void DropMemory();
+
+/// Completes what giving memory back left to whoever asks for memory next.
+void SettleMemory();
 
 /// Bytes of heap in use now.
 size_t HeapInUse();

@@ -151,19 +151,6 @@ void PrintNumbers(const std::vector<double>& pNumbers)
     }
 }
 
-void ScanFile(const std::string& pPath)
-{
-    std::vector<char> lBuffer(1 << 20);
-    std::FILE*        lFile = std::fopen(pPath.c_str(), "rb");
-    Demand(lFile != nullptr);
-    for (size_t lRead = std::fread(lBuffer.data(), 1, lBuffer.size(), lFile); lRead > 0;
-         lRead = std::fread(lBuffer.data(), 1, lBuffer.size(), lFile))
-    {
-        benchmark::DoNotOptimize(ScanNumbers(lBuffer.data(), lRead));
-    }
-    std::fclose(lFile);
-}
-
 KQexAsfSceneOwner ReadSkeleton(const KMotion& pMotion, KQexImportAcclaimResult& pResult)
 {
     KQexAsfSceneOwner lScene = KQexImporterAcclaim::ReadSkeleton(

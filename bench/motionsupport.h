@@ -95,9 +95,6 @@ std::vector<double> NumbersOf(const std::string& pPath);
 /// std::to_chars of numbers, six decimals: what writing text could cost at the least.
 void PrintNumbers(const std::vector<double>& pNumbers);
 
-/// Reading a file and std::from_chars over its numbers, through a buffer: what parsing could cost at the least.
-void ScanFile(const std::string& pPath);
-
 /// The motion's skeleton.
 qexsdk::KQexAsfSceneOwner ReadSkeleton(const KMotion& pMotion, qexsdk::KQexImportAcclaimResult& pResult);
 
