@@ -8,6 +8,7 @@
 #include <qexscene/kqexlist.h>
 
 #include <cstddef>
+#include <new>
 
 namespace qexsdk
 {
@@ -76,10 +77,14 @@ public:
 
     /// Memory for an object; null when it runs out.
     static void* operator new(std::size_t pSize) noexcept { return QexSdkMalloc(pSize); }
+    /// The same, for callers who say that they look at the result.
+    static void* operator new(std::size_t pSize, const std::nothrow_t&) noexcept { return QexSdkMalloc(pSize); }
     /// \p pPlace itself, which the caller owns.
     static void* operator new(std::size_t, void* pPlace) noexcept { return pPlace; }
     /// Gives the memory back; null does nothing.
     static void operator delete(void* pMemory) noexcept { QexSdkFree(pMemory); }
+    /// Belongs to the form that is given std::nothrow.
+    static void operator delete(void* pMemory, const std::nothrow_t&) noexcept { QexSdkFree(pMemory); }
     /// Belongs to the placement form; nothing to give back.
     static void operator delete(void*, void*) noexcept {}
     /// \}

@@ -74,6 +74,8 @@ int FollowLinks(std::string& pPath)
 
 KOutputFile::~KOutputFile()
 {
+    // A string keeps what it holds, which nobody gave up, or is already gone.
+    mOut = nullptr;
     Discard();
     Reset();
 }
@@ -178,6 +180,8 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
 
 bool KOutputFile::Write(const char* pData, size_t pSize)
 {
+    if (mState == eCLOSED)
+        mResult = false;
     if (mState != eOPEN || mError != 0)
         return false;
     mSize += pSize;

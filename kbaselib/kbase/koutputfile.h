@@ -25,7 +25,7 @@ class QEX_API KOutputFile
 public:
     KOutputFile() = default;
 
-    /// Gives up what was not closed, as Discard() does.
+    /// Gives up a file that was not closed, as Discard() does; a string keeps what it holds.
     ~KOutputFile();
 
     KOutputFile(const KOutputFile&) = delete;
@@ -54,7 +54,8 @@ public:
     /// A second call gives the first answer.
     bool Commit();
 
-    /// Prepare() and Commit(). Called again, it gives the first result again. True when never opened: nothing was lost.
+    /// Prepare() and Commit(). Called again, it gives the first result again. When never opened: true unless something was
+    /// written, which is lost.
     bool Close();
 
     /// Completes \p pCount outputs that belong together: all take their names, or none does, in which case every target is as it

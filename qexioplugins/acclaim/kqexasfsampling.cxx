@@ -127,17 +127,18 @@ void StopSampling(KQexAsfNode& pNode)
     }
 }
 
-// False, and the curve still the bone's, when memory ran out.
+// False when memory ran out. The curve stays the bone's, and the one there is stays in its place, then and when the curve belongs
+// to another scene than the node, which is no want of memory.
 bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnimCurve*& pCurve)
 {
     KQexAnimCurve* lOld = pCurveNode.GetCurve(pChannel, 0, nullptr);
-    if (lOld)
+    if (pCurve && pCurve != lOld && !pCurveNode.ConnectToChannel(pCurve, pChannel, true))
+        return pCurve->GetScene() && pCurve->GetScene() != pCurveNode.GetScene();
+    if (lOld && pCurve != lOld)
     {
         pCurveNode.DisconnectFromChannel(lOld, pChannel);
         lOld->Destroy(false, false);
     }
-    if (pCurve && !pCurveNode.ConnectToChannel(pCurve, pChannel, true))
-        return false;
     pCurve = nullptr;
     return true;
 }

@@ -435,6 +435,8 @@ bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool p
 
 void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
 {
+    // Without an output, too: Close() tells that it is lost.
+    mWriting = true;
     for (int i = 0; i < pLevel; ++i)
         mOutput.Write("  ", kBlanksPerLevel);
     std::va_list lArguments;

@@ -1,4 +1,5 @@
 #include <tests/qexscene/scenefixture.h>
+#include <tests/support/memorywatch.h>
 
 using namespace qexsdk;
 
@@ -19,6 +20,23 @@ TEST_F(KQexObjectTest, KeepsItsNameExactly)
         EXPECT_NE(lNode->GetName(), lName) << "copied";
     }
     EXPECT_STREQ(MakeNode(nullptr)->GetName(), "");
+}
+
+// Every form of making an object asks the library's own memory, and gives null without it.
+TEST_F(KQexObjectTest, MemoryIsTheLibrarys)
+{
+    KMemoryWatch lWatch;
+    for (const long lAllowed : {-1L, 0L})
+    {
+        lWatch.FailAfter(lAllowed);
+        void* lPlain = KQexObject::operator new(100);
+        void* lNoThrow = KQexObject::operator new(100, std::nothrow);
+        EXPECT_EQ(lPlain != nullptr && lNoThrow != nullptr, lAllowed < 0);
+        EXPECT_EQ(lWatch.GetBlocks(), lAllowed < 0 ? 2u : 0u);
+        KQexObject::operator delete(lPlain);
+        KQexObject::operator delete(lNoThrow, std::nothrow);
+        EXPECT_EQ(lWatch.GetBlocks(), 0u);
+    }
 }
 
 struct KPrefixCase

@@ -261,10 +261,20 @@ TEST(KOutputFile, DiscardAfterCloseUndoesNothing)
 TEST(KOutputFile, NeverOpenedHasLostNothing)
 {
     KOutputFile lOutput;
-    EXPECT_FALSE(lOutput.Write("x", 1));
     EXPECT_TRUE(lOutput.Prepare());
     EXPECT_TRUE(lOutput.Close());
     EXPECT_FALSE(lOutput.HasFailed());
+}
+
+TEST(KOutputFile, WhatIsWrittenToNoFileIsLost)
+{
+    KTempDir    lDir;
+    KOutputFile lOutput;
+    EXPECT_FALSE(lOutput.Write("x", 1));
+    EXPECT_FALSE(lOutput.Close());
+    EXPECT_FALSE(lOutput.Close());
+    ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Close()) << "begins anew";
 }
 
 TEST(KOutputFile, OfTwoBothAreCompleteBeforeEitherTakesItsName)
@@ -565,6 +575,23 @@ TEST(KOutputFile, MemoryHoldsWhatWasWritten)
     lOutput.Discard();
     EXPECT_EQ(lText, "");
     EXPECT_FALSE(lOutput.Close());
+}
+
+TEST(KOutputFile, DestructionLeavesTheStringAlone)
+{
+    std::string lText;
+    {
+        KOutputFile lOutput;
+        ASSERT_TRUE(lOutput.OpenBuffer(&lText));
+        EXPECT_TRUE(lOutput.Write("abc", 3));
+    }
+    EXPECT_EQ(lText, "abc");
+    KOutputFile lOutput;
+    {
+        std::string lShort;
+        ASSERT_TRUE(lOutput.OpenBuffer(&lShort));
+        EXPECT_TRUE(lOutput.Write("abc", 3));
+    }
 }
 
 TEST(KOutputFile, RemovePendingTakesTemporaryFilesAway)

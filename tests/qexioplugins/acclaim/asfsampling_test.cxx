@@ -364,6 +364,26 @@ TEST_F(KSamplingTest, CurvesAreHandedOverOnce)
     EXPECT_EQ(lT->GetChannelValue<double>(2, -1.0), 3.0);
 }
 
+// What cannot be connected is no want of memory: the node is made, with its values and without the curves.
+TEST_F(KSamplingTest, CurvesOfAnotherSceneStayWithTheBone)
+{
+    KQexAsfNode* lRoot = Root({5});
+    KQexScene*   lOther = KQexScene::Create("other");
+    lRoot->mLR = KgeRVector(4.0, 5.0, 6.0);
+    lRoot->CreateDataFromDOF(mStage.mScene);
+    KQexNode* lNode = lRoot->ASFToQEX(lOther, "take", false, false, false);
+    ASSERT_NE(lNode, nullptr);
+    EXPECT_EQ(lNode->mLocalRotation.Get()[1], 5.0);
+    EXPECT_TRUE(lRoot->mLRData[0] && lRoot->mLRData[1] && lRoot->mLRData[2]);
+    EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take")->GetCurve(0), nullptr);
+    // Nor does a curve that is there go for one that cannot take its place.
+    KQexAnimCurve* lOld = KQexAnimCurve::Create(lOther, "old");
+    ASSERT_TRUE(lNode->mLocalRotation.GetCurveNode(false, "take")->ConnectToChannel(lOld, 0));
+    EXPECT_TRUE(lRoot->SetKFCurves(lNode, "take"));
+    EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take")->GetCurve(0), lOld);
+    lOther->Destroy();
+}
+
 TEST_F(KSamplingTest, CurvesThatAreThereAreReplaced)
 {
     KQexAsfNode* lRoot = Root({5});

@@ -129,6 +129,18 @@ TEST(KQexTextFile, NeverOpened)
     EXPECT_EQ(lValue, 3);
 }
 
+TEST(KQexTextFile, WhatIsPrintedIntoNoFileIsLost)
+{
+    KQexTextFile lFile("TXT", " ", "#", true, false);
+    lFile.Print(0, "text\n");
+    EXPECT_FALSE(lFile.Close());
+    std::string lText;
+    ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
+    lFile.Print(0, "text\n");
+    EXPECT_TRUE(lFile.Close()) << "begins anew";
+    EXPECT_EQ(lText, "text\n");
+}
+
 TEST(KQexTextFile, LastLineIsCurrentUntilThereIsNone)
 {
     KText lFile("a\nb");
