@@ -136,6 +136,21 @@ TEST_P(KExportCircle, RandomTreesComeBackWhereTheyWere)
 
 INSTANTIATE_TEST_SUITE_P(Trees, KExportCircle, testing::Range(0, 20));
 
+TEST(KExportMotion, NamesTheSkeletonBesideIt)
+{
+    std::mt19937    lRandom(3);
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
+    const KTempDir  lDir;
+    EXPECT_EQ(Exported(lDir, lRoot).mAmc.compare(0, 18, "#!OML:ASF out.asf\n"), 0);
+
+    // In memory there is no file to name.
+    KTexts                  lTexts;
+    KQexExportAcclaimResult lResult;
+    EXPECT_TRUE(KQexExporterAcclaim::ExportBuffers(lRoot, lTexts.mAsf, lTexts.mAmc, KQexExportAcclaimOptions(), lResult));
+    EXPECT_EQ(lTexts.mAmc.compare(0, 17, ":FULLY-SPECIFIED\n"), 0);
+}
+
 TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)
 {
     const std::string lText =
