@@ -24,7 +24,7 @@ namespace
 
 constexpr double kCentimetres = 2.54; ///< Centimetres of an inch: a file's unit is that over its length unit.
 constexpr double kAngleNoise = 1e-5;  ///< Degrees by which single-precision curves of half a turn are off.
-constexpr double kLengthNoise = 6e-8; ///< Part of a length by which a single-precision curve is off.
+constexpr double kLengthNoise = 2e-7; ///< Part of a length by which places are off: single precision, three times over by way of glTF.
 constexpr int    kFewestDecimals = 2; ///< Even in gimbal lock angles keep these.
 constexpr int    kMostDecimals = 6;
 constexpr double kTellDegrees = 0.01; ///< Errors up to here are not worth a word.
@@ -368,7 +368,7 @@ void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::s
     {
         (lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned) = std::max(std::fabs(pValues[i]), lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned);
     }
-    const int     lLengthDecimals = DecimalsFor(2.0 * kLengthNoise * lPlace);
+    const int     lLengthDecimals = DecimalsFor(kLengthNoise * lPlace);
     const int     lAngleDecimals = AngleDecimals(pBone.mFit.GetSolver(), lAngles, lTurned);
     const double* lAngle = lAngles;
     char*         lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
