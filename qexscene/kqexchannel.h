@@ -17,6 +17,7 @@ struct QEX_API KQexChannel
     const KQexAnimCurve* mCurve = nullptr; ///< Null: no curve.
     const double*        mValue = nullptr; ///< The value without a curve, or with one that has no keys.
 
+    /// Whether there is a curve with keys.
     bool IsAnimated() const { return mCurve != nullptr && mCurve->GetKeyCount() > 0; }
 
     /// The value at \p pTime; see KQexAnimCurve::Evaluate.

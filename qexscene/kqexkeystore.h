@@ -45,6 +45,7 @@ public:
         KQexKeyTimes::KSpot lSpot;
         return Evaluate(pTime, lSpot);
     }
+    /// The same for many curves that have mostly the same times: \p pSpot keeps what was found for the one before.
     double Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const;
 
     /// Removes every key and gives their memory back.

@@ -11,14 +11,15 @@ namespace qexsdk
 /// How far a bone's DOFs left it from where its node is.
 struct KAmcStray
 {
-    bool       mIs = false;
-    KgeRMatrix mTurn; ///< From the reached rotation to the wanted one, in the frame of the skeleton's rest pose.
+    bool       mIs = false; ///< Whether it did not get all the way.
+    KgeRMatrix mTurn;       ///< From the reached rotation to the wanted one, in the frame of the skeleton's rest pose.
 };
 
 /// Finds what a bone's DOFs must be for the bone to move as its node does: what is known of that before the first frame.
 class KAmcFit
 {
 public:
+    /// For the DOFs of \p pBone.
     explicit KAmcFit(const KQexAsfNode& pBone);
 
     /// Takes the poses at rest, which both turn from: the bone's is its axis, the nodes' is given.
@@ -33,12 +34,15 @@ public:
     bool TakesAngles(const KQexNode& pNode) const;
 
     /// The displacement from the place at rest, in the bone's axis frame, centimetres.
+    /// \param pStep how the bone's node stands as seen from the node above
     /// \param pAbove where the bone above strayed to; null: it did not
+    /// \param pMove receives x, y, z
     void GetMove(const KAmcStep& pStep, const KAmcStray* pAbove, double* pMove) const;
 
     /// The angles of the rotation DOFs, and by how many degrees they fail; \p pStray then says how.
     double Solve(const KAmcStep& pStep, const KAmcStray* pAbove, double* pAngles, KAmcStray& pStray) const;
 
+    /// What finds the angles; part of this.
     const KDofSolver& GetSolver() const { return mSolver; }
 
     /// The distance at rest to the nearest bone above that has a node, centimetres.

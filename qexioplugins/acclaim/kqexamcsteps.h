@@ -21,16 +21,16 @@ struct KAmcJoint
 /// How a node stands as seen from the node of the bone above at one time.
 struct KAmcStep
 {
-    KgeRMatrix mTurn;
+    KgeRMatrix mTurn;          ///< Its rotation.
     double     mReach[3] = {}; ///< Its place, centimetres.
 };
 
 /// What a thread keeps from one question to the next.
 struct KAmcMoment
 {
-    KTime                mTime;
+    KTime                mTime; ///< The time asked for last.
     KQexGlobalTransforms mPose; ///< At that time, where steps are told by global transforms.
-    KQexKeyTimes::KSpot  mSpot;
+    KQexKeyTimes::KSpot  mSpot; ///< Its place among the times of keys.
 };
 
 /// Tells how every bone's node stands as seen from the node of the nearest bone above, in one take.

@@ -21,11 +21,11 @@ public:
 
     /// \name Containers. An object's members are keys, each with the one value that follows.
     ///@{
-    void BeginObject() { Begin('{'); }
-    void EndObject() { End('}'); }
-    void BeginArray() { Begin('['); }
-    void EndArray() { End(']'); }
-    void Key(std::string_view pKey);
+    void BeginObject() { Begin('{'); } ///< Begins an object.
+    void EndObject() { End('}'); }     ///< Ends the object begun last.
+    void BeginArray() { Begin('['); }  ///< Begins an array.
+    void EndArray() { End(']'); }      ///< Ends the array begun last.
+    void Key(std::string_view pKey);   ///< The key of the next value, quoted as Text() is.
     ///@}
 
     /// Text in UTF-8; what is none has its bytes above 127 replaced by question marks.
@@ -34,7 +34,9 @@ public:
     /// The shortest number that reads back as \p pValue; null when it is not finite, for which JSON has no word.
     void Number(double pValue);
 
+    /// A number of things.
     void Count(size_t pValue);
+    /// An index or another whole number.
     void Index(int pValue);
 
 private:
