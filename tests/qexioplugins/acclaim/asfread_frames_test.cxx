@@ -50,7 +50,8 @@ std::vector<double> FrameOf(const KQexAsfNode& pBone)
         lFrame.insert(lFrame.end(), lVector->mData, lVector->mData + 4);
     lFrame.insert(lFrame.end(), pBone.mLR.mData, pBone.mLR.mData + 3);
     for (const KgeRMatrix* lMatrix : {&pBone.mParentAxisRM, &pBone.mParentAxisRMInv})
-        lFrame.insert(lFrame.end(), lMatrix->mData[0], lMatrix->mData[0] + 16);
+        for (const auto& lRow : lMatrix->mData)
+            lFrame.insert(lFrame.end(), lRow, lRow + 4);
     return lFrame;
 }
 
