@@ -135,8 +135,7 @@ bool MountSmall(const fs::path& pFolder, int pPages)
 /// Leaves the others' name space of mounts. False when that is not permitted.
 bool LeaveMounts()
 {
-    const int lFlags = ::geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER;
-    return ::unshare(lFlags) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 /// Runs \p pCheck in a process of its own; its failed expectations count here. \return false when it says that it could not.
