@@ -51,13 +51,14 @@ private:
     bool WriteGlb(const KConvertOutput& pOutput);
     bool WriteGltf(const KConvertOutput& pOutput);
     bool WriteAcclaim();
-    bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton);
+    bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
+                     const qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc);
     bool Commit();
 
     qexsdk::KQexGltfWriteOptions     GltfOptions() const;
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake) const;
-    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pTellMessages);
+    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
     void                             NoteAmcRate(const std::string& pPath, const KSampledTake& pTake);
     const KConvertOutput*            FindTarget(EOutputKind pKind) const;

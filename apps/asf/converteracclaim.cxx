@@ -92,7 +92,8 @@ bool KConverter::WriteAcclaim()
     const KConvertOutput* lAmc = FindTarget(eOUT_AMC);
     if (lAsf == nullptr)
     {
-        qexsdk::KQexAsfSceneOwner lSkeleton = mOptions.mSkeleton.empty() ? nullptr : ReadSkeleton(mOptions.mSkeleton, true);
+        qexsdk::KQexAmcSkeletonNotes lNotes = mFigure.GetSkeletonNotes();
+        qexsdk::KQexAsfSceneOwner    lSkeleton = mOptions.mSkeleton.empty() ? nullptr : ReadSkeleton(mOptions.mSkeleton, true, lNotes);
         if (!mOptions.mSkeleton.empty() && !lSkeleton)
         {
             return false;
@@ -100,7 +101,7 @@ bool KConverter::WriteAcclaim()
         bool lOk = true;
         for (size_t lTake = 0; lTake < mTakes.size() && lOk; ++lTake)
         {
-            lOk = WriteMotion(PathOf(*lAmc, mTakes[lTake]), mTakes[lTake], lSkeleton ? lSkeleton.get() : mFigure.GetSkeleton());
+            lOk = WriteMotion(PathOf(*lAmc, mTakes[lTake]), mTakes[lTake], lSkeleton ? lSkeleton.get() : mFigure.GetSkeleton(), lNotes);
         }
         return lOk;
     }
@@ -135,19 +136,22 @@ bool KConverter::WriteFurtherMotions(const std::string& pAsfPath, const KConvert
         mConsole.Fail(eEXIT_CALL, "--output: several takes need a skeleton in a file, not on standard output");
         return false;
     }
-    const qexsdk::KQexAsfSceneOwner lSkeleton = ReadSkeleton(pAsfPath, false);
+    qexsdk::KQexAmcSkeletonNotes    lNotes;
+    const qexsdk::KQexAsfSceneOwner lSkeleton = ReadSkeleton(pAsfPath, false, lNotes);
     bool                            lOk = lSkeleton != nullptr;
     for (size_t lTake = 1; lTake < mTakes.size() && lOk; ++lTake)
     {
-        lOk = WriteMotion(PathOf(pAmc, mTakes[lTake]), mTakes[lTake], lSkeleton.get());
+        lOk = WriteMotion(PathOf(pAmc, mTakes[lTake]), mTakes[lTake], lSkeleton.get(), lNotes);
     }
     return lOk;
 }
 
-bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton)
+bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
+                             const qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
     qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(pTake);
     qexsdk::KQexExportAcclaimResult  lResult;
+    lOptions.mSkeletonNotes = pNotes;
     {
         KProgress lProgress("writing", mConsole);
         lOptions.mProgress = [&lProgress](double pFraction)
@@ -175,7 +179,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
     return lOk;
 }
 
-qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pTellMessages)
+qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
     KInputFile lFile;
     if (!lFile.Open(pPath, mConsole))
@@ -184,6 +188,7 @@ qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, boo
     }
     qexsdk::KQexImportAcclaimResult lResult;
     qexsdk::KQexAsfSceneOwner       lSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
+    pNotes = lResult.mSkeletonNotes;
     if (pTellMessages || !lSkeleton)
     {
         PrintMessages(lResult, mConsole);

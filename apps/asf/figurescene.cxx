@@ -97,6 +97,7 @@ bool KFigureScene::LoadAcclaim(const KFigureInput& pInput, const KFigureOptions&
     }
     mRoots.assign(1, lResult.mRootNode);
     mSkeleton = std::move(lResult.mAsfScene);
+    mSkeletonNotes = lResult.mSkeletonNotes;
     mDofs = qexsdk::KQexExporterAcclaim::GetBoneDofs(mSkeleton.get());
     mHasDofs = true;
     return true;

@@ -90,6 +90,9 @@ public:
     /// The skeleton that was read, null for other formats.
     qexsdk::KQexAsfScene* GetSkeleton() const { return mSkeleton.get(); }
 
+    /// What its file said beyond it; empty without one.
+    const qexsdk::KQexAmcSkeletonNotes& GetSkeletonNotes() const { return mSkeletonNotes; }
+
 private:
     bool LoadAcclaim(const KFigureInput& pInput, const KFigureOptions& pOptions, KConsole& pConsole);
     bool LoadBvh(const KInputFile& pFile, const KFigureOptions& pOptions, KConsole& pConsole);
@@ -102,6 +105,7 @@ private:
     qexsdk::KQexBoneDofs           mDofs;
     bool                           mHasDofs = false;
     qexsdk::KQexAsfSceneOwner      mSkeleton;
+    qexsdk::KQexAmcSkeletonNotes   mSkeletonNotes;
 };
 
 /// Opens all of \p pPaths. \p pFrom tells what a lone one is. False after an error.

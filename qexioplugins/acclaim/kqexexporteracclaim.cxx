@@ -384,9 +384,10 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
     {
         return Fail(pResult, pAmcPath, "No frames in the part of the take that was asked for");
     }
-    KQexFileAcclaimAmc        lAmc(false);
-    KDiscardGuard             lGuard(lAmc);
-    const KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
+    KQexFileAcclaimAmc  lAmc(false);
+    KDiscardGuard       lGuard(lAmc);
+    KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
+    lOptions.mSkeletonNotes = pOptions.mSkeletonNotes;
     return lGuard.Keep(WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult) &&
                        (lAmc.Close() || FailOutput(pResult, lAmc.GetOutput())));
 }

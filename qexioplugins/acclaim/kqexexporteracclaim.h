@@ -27,13 +27,14 @@ struct QEX_API KQexExportAcclaimOptions
     KQexSamplingRequest mSampling;                                ///< Part and rate of the take.
     KQexTranslationDofs mTranslations = eTRANSLATION_DOFS_MOVING; ///< Bones with translation DOFs.
     double              mBaseScale = 1.0;                         ///< Factor of all lengths and places.
-    bool        mBasePoseFirstFrame = false; ///< The skeleton's rest pose is the take's pose at time zero; else the nodes' defaults.
-    double      mLengthUnit = 1.0;           ///< Length unit of the files: a length in them is 2.54 cm over this. Above 0.
-    std::string mSkeletonName;               ///< Name of the skeleton; empty: "ASF".
-    const KQexBoneDofs* mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
-    bool                mTellRate = false;   ///< Write :SAMPLES-PER-SECOND into the motion, at which some readers stop.
-    int                 mThreads = 0;        ///< See KQexAmcWriteOptions.
-    KQexProgress        mProgress;           ///< Called now and then; false cancels. Empty: never.
+    bool        mBasePoseFirstFrame = false;  ///< The skeleton's rest pose is the take's pose at time zero; else the nodes' defaults.
+    double      mLengthUnit = 1.0;            ///< Length unit of the files: a length in them is 2.54 cm over this. Above 0.
+    std::string mSkeletonName;                ///< Name of the skeleton; empty: "ASF".
+    const KQexBoneDofs*  mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
+    bool                 mTellRate = false;   ///< Write :SAMPLES-PER-SECOND into the motion, at which some readers stop.
+    int                  mThreads = 0;        ///< See KQexAmcWriteOptions.
+    KQexAmcSkeletonNotes mSkeletonNotes; ///< ExportMotion(): what the skeleton's file said beyond the model, as ReadSkeleton() tells it.
+    KQexProgress         mProgress;      ///< Called now and then; false cancels. Empty: never.
 
     /// Change the extracted skeleton, before it is written, where it would lose something: limits move to the rows that are
     /// written, a root's offset that its children share becomes a bone, bones that extraction put in front of others are

@@ -123,9 +123,10 @@ struct QEX_API KQexAmcWriteOptions
     KQexAnimStack* mRestStack = nullptr; ///< The nodes' rest pose is the one at time zero in this take; null: their defaults.
     bool           mIsRootAligned =
         false; ///< The skeleton's rest pose is the nodes' as seen from their root, as extraction makes it; else both are the same in the world.
-    double      mScale = 1.0;      ///< Factor of the nodes' places.
-    bool        mTellRate = false; ///< Write :SAMPLES-PER-SECOND, at which some readers stop.
-    std::string mAsfName;          ///< Skeleton file named in the first line's comment; empty: none.
+    double               mScale = 1.0;      ///< Factor of the nodes' places.
+    bool                 mTellRate = false; ///< Write :SAMPLES-PER-SECOND, at which some readers stop.
+    std::string          mAsfName;          ///< Skeleton file named in the first line's comment; empty: none.
+    KQexAmcSkeletonNotes mSkeletonNotes;    ///< What the skeleton's file said beyond the model: where it has an `l`, a zero is written.
     int mThreads = 0;       ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
     KQexProgress mProgress; ///< Called now and then; false cancels. Empty: never.
 };

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
 #include <unordered_map>
 
 namespace qexsdk
@@ -35,14 +36,15 @@ struct KAmcBone
 {
     explicit KAmcBone(HKQexAsfNode pBone) : mBone(pBone), mNameLength(std::strlen(pBone->mName)), mFit(*pBone) {}
 
-    HKQexAsfNode mBone;
-    size_t       mNameLength;
-    KAmcFit      mFit;
-    size_t       mValue = 0;            ///< Index of its first value in a frame.
-    bool         mTakesAngles = false;  ///< Its node's angles are those of the DOFs, as a rule.
-    bool         mHasFixedMove = false; ///< It is displaced by mMove at all times,
-    bool         mIsStill = false;      ///< which is not at all, and no DOF is for it.
-    double       mMove[3] = {};         ///< Displacement from the place at rest, in its axis frame, centimetres.
+    HKQexAsfNode     mBone;
+    size_t           mNameLength;
+    KAmcFit          mFit;
+    size_t           mValue = 0;            ///< Index of its first value in a frame.
+    std::vector<int> mLengthPlaces;         ///< Places on its line, from 0 and rising, that the skeleton's file gives to lengths.
+    bool             mTakesAngles = false;  ///< Its node's angles are those of the DOFs, as a rule.
+    bool             mHasFixedMove = false; ///< It is displaced by mMove at all times,
+    bool             mIsStill = false;      ///< which is not at all, and no DOF is for it.
+    double           mMove[3] = {};         ///< Displacement from the place at rest, in its axis frame, centimetres.
 };
 
 /// The largest errors of a bone, one set for each thread.
@@ -127,6 +129,7 @@ private:
     void Format(long long pFrame, const double* pValues, std::string& pText) const override;
 
     void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose);
+    void AddLengths();
     void SetRest(const KQexGlobalTransforms& pPose);
     void EvaluateBone(size_t pBone, KAmcScratch& pScratch, double* pValues) const;
     void SetPlace(size_t pBone, const double* pMove, KAmcScratch& pScratch, double* pValues) const;
@@ -178,6 +181,28 @@ void KAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pP
     }
 }
 
+/// A bone's length is no DOF of ours, but readers of the same skeleton expect a value for it.
+void KAmcWriter::AddLengths()
+{
+    std::unordered_map<std::string, std::vector<int>> lPlacesOf;
+    for (const KQexAsfLengthDof& lLength : mOptions.mSkeletonNotes.mLengthDofs)
+    {
+        lPlacesOf[lLength.mBone].push_back(lLength.mPlace);
+    }
+    if (lPlacesOf.empty())
+    {
+        return;
+    }
+    for (KAmcBone& lBone : mBones)
+    {
+        const auto lFound = lPlacesOf.find(lBone.mBone->mName);
+        if (lFound != lPlacesOf.end())
+        {
+            lBone.mLengthPlaces = lFound->second;
+        }
+    }
+}
+
 bool KAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
 {
     mRootNode = pPairs.front().mNode;
@@ -187,6 +212,7 @@ bool KAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPa
         return false;
     }
     AddBones(pRoot, pPairs, lPose);
+    AddLengths();
     SetRest(lPose);
     for (int i = 0; i < mThreads; ++i)
     {
@@ -372,14 +398,25 @@ void KAmcWriter::FormatBone(const KAmcBone& pBone, const double* pValues, std::s
     const int     lAngleDecimals = AngleDecimals(pBone.mFit.GetSolver(), lAngles, lTurned);
     const double* lAngle = lAngles;
     char*         lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
-    for (int i = 0; i < lNode.mOrderCount; ++i)
+    auto          lLength = pBone.mLengthPlaces.begin();
+    int           lOnLine = 0;
+    for (int i = 0; i < lNode.mOrderCount; ++i, ++lOnLine)
     {
+        for (; lLength != pBone.mLengthPlaces.end() && *lLength == lOnLine; ++lLength, ++lOnLine)
+        {
+            pText.append(lLine, static_cast<size_t>(lEnd - lLine)).append(" 0");
+            lEnd = lLine;
+        }
         *lEnd++ = ' ';
         lEnd = lNode.mOrderBuf[i] <= 2 ? KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, pValues[i], lLengthDecimals)
                                        : KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, *lAngle++, lAngleDecimals);
     }
-    *lEnd++ = '\n';
     pText.append(lLine, static_cast<size_t>(lEnd - lLine));
+    for (; lLength != pBone.mLengthPlaces.end(); ++lLength)
+    {
+        pText.append(" 0");
+    }
+    pText += '\n';
 }
 
 void KAmcWriter::Format(long long pFrame, const double* pValues, std::string& pText) const
@@ -388,7 +425,7 @@ void KAmcWriter::Format(long long pFrame, const double* pValues, std::string& pT
     pText += '\n';
     for (const KAmcBone& lBone : mBones)
     {
-        if (lBone.mBone->mOrderCount > 0)
+        if (lBone.mBone->mOrderCount > 0 || !lBone.mLengthPlaces.empty())
         {
             FormatBone(lBone, pValues + lBone.mValue, pText);
         }

@@ -292,6 +292,37 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
 }
 
+TEST_F(KExportServe, LengthsOfTheSkeletonsFileKeepTheirPlacesInMotion)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 10, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    KQexNode* lTip = Add(lBone, "tip", 0, 5, 0);
+    Add(lTip, "tip_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 25.0F);
+    const std::string       lSkeleton = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n"
+                                        "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l rx l ry rz l l\nend\n"
+                                        "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l\nend\n"
+                                        ":hierarchy\nbegin\nroot bone\nbone tip\nend\n";
+    const KQexAcclaimSource lSource = KQexAcclaimSource::Buffer(lSkeleton.data(), lSkeleton.size(), "s.asf");
+    KQexImportAcclaimResult lRead;
+    mBack = KQexImporterAcclaim::ReadSkeleton(lSource, KQexImportAcclaimOptions(), lRead);
+    ASSERT_TRUE(mBack);
+    mOptions.mSkeletonNotes = lRead.mSkeletonNotes;
+    const KTempDir    lDir;
+    const std::string lPath = (lDir / "out.amc").string();
+    ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
+    EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 0 0 0\ntip 0\n"
+                               "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 25 0 0\ntip 0\n");
+
+    KQexScene* lAgain = KQexScene::Create("again");
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lAgain, lSource, {KQexAcclaimSource::File(lPath)}, KQexImportAcclaimOptions(), lRead));
+    for (const KQexImportMessage& lMessage : lRead.mMessages)
+    {
+        EXPECT_NE(lMessage.mPath, lPath) << lMessage.mMessage.mText;
+    }
+    lAgain->Destroy();
+}
+
 TEST_F(KExportServe, WhatCannotBeWrittenLeavesWhatWasThere)
 {
     KQexNode*      lRoot = Add(nullptr, "hips", 0, 10, 0);
