@@ -16,7 +16,7 @@ bool AsNobody(TCheck pCheck)
     if (lChild == 0)
     {
         constexpr unsigned kNobody = 65534;
-        const bool         lReady = ::geteuid() != 0 || (::setegid(kNobody) == 0 && ::seteuid(kNobody) == 0);
+        const bool         lReady = ::geteuid() != 0 || (::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
         ::_exit(lReady && pCheck() ? 0 : 1);
     }
     int lStatus = 0;
