@@ -107,9 +107,7 @@ void Circle(benchmark::State& pState, const KMotion& pMotion, int pTimes, KCircl
         lPeak = std::max(lPeak, PeakMemory());
         lBeside.Bound([&] { lLeast.Run(lLong, pByBvh ? lBvh.Path() : lEnd.mAmc.Path()); });
     }
-    lBeside.ReportBytes(pState, lLong.Size());
-    lBeside.ReportPieces(pState, "frame", lLong.Frames());
-    pState.counters["peak_MB"] = static_cast<double>(lPeak) / 1e6;
+    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
 }
 
 } // namespace

@@ -68,9 +68,7 @@ void Convert(benchmark::State& pState, const KMotion& pMotion, int pTimes, const
         lBeside.Work(pState, [&] { pWriter(KImported(pMotion, lLong.Path()), lOut.Path()); });
         lPeak = std::max(lPeak, PeakMemory());
     }
-    lBeside.ReportBytes(pState, lLong.Size());
-    lBeside.ReportPieces(pState, "frame", lLong.Frames());
-    pState.counters["peak_MB"] = static_cast<double>(lPeak) / 1e6;
+    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
 }
 
 /// Writing the motion alone, of a scene that is there, beside to_chars of the same numbers on one thread.
@@ -127,9 +125,7 @@ void ReadBvh(benchmark::State& pState, const KMotion& pMotion, int pTimes)
         lPeak = std::max(lPeak, PeakMemory());
         lScene->Destroy();
     }
-    lBeside.ReportBytes(pState, FileSize(lIn.Path()));
-    lBeside.ReportPieces(pState, "frame", lFrames);
-    pState.counters["peak_MB"] = static_cast<double>(lPeak) / 1e6;
+    ReportMotion(pState, lBeside, FileSize(lIn.Path()), lFrames, lPeak);
 }
 
 } // namespace

@@ -73,9 +73,7 @@ void WholeImport(benchmark::State& pState, const KMotion& pMotion, int pTimes)
         lPeak = std::max(lPeak, PeakMemory());
         lScene->Destroy();
     }
-    lBeside.ReportBytes(pState, lLong.Size());
-    lBeside.ReportPieces(pState, "frame", lLong.Frames());
-    pState.counters["peak_MB"] = static_cast<double>(lPeak) / 1e6;
+    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
 }
 
 } // namespace

@@ -90,6 +90,13 @@ KScratchFile::~KScratchFile()
     fs::remove(mPath, lIgnored);
 }
 
+void ReportMotion(benchmark::State& pState, const KBeside& pBeside, size_t pBytes, double pFrames, size_t pPeak)
+{
+    pBeside.ReportBytes(pState, pBytes);
+    pBeside.ReportPieces(pState, "frame", pFrames);
+    pState.counters["peak_MB"] = static_cast<double>(pPeak) / 1e6;
+}
+
 size_t FileSize(const std::string& pPath)
 {
     return static_cast<size_t>(fs::file_size(pPath));

@@ -64,6 +64,10 @@ private:
     std::filesystem::path mPath;
 };
 
+/// Adds the counters of a job on a file of \p pBytes and \p pFrames frames: those of ReportBytes() and ReportPieces(), and the most
+/// memory it held, \p pPeak bytes, as peak_MB.
+void ReportMotion(benchmark::State& pState, const KBeside& pBeside, size_t pBytes, double pFrames, size_t pPeak);
+
 /// Bytes of a file.
 size_t FileSize(const std::string& pPath);
 

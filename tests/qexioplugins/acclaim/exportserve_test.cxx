@@ -14,6 +14,8 @@ using namespace qextest;
 namespace
 {
 
+const std::string kSkeletonHead = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n";
+
 /// A scene with a tree of named nodes.
 class KExportServe : public testing::Test
 {
@@ -37,12 +39,24 @@ protected:
         EXPECT_NE(pNode, nullptr);
     }
 
+    static KQexAcclaimSource SkeletonSource(const std::string& pAsf)
+    {
+        return KQexAcclaimSource::Buffer(pAsf.data(), pAsf.size(), "back.asf");
+    }
+
+    /// Reads a skeleton into mBack, null when that fails, and what motion for it needs into mOptions.
+    KQexImportAcclaimResult ReadBack(const std::string& pAsf)
+    {
+        KQexImportAcclaimResult lResult;
+        mBack = KQexImporterAcclaim::ReadSkeleton(SkeletonSource(pAsf), KQexImportAcclaimOptions(), lResult);
+        mOptions.mSkeletonNotes = lResult.mSkeletonNotes;
+        return lResult;
+    }
+
     void Export(KQexNode* pRoot)
     {
         EXPECT_TRUE(KQexExporterAcclaim::ExportBuffers(pRoot, mAsf, mAmc, mOptions, mResult));
-        KQexImportAcclaimResult lResult;
-        mBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(mAsf.data(), mAsf.size(), "back.asf"),
-                                                  KQexImportAcclaimOptions(), lResult);
+        const KQexImportAcclaimResult lResult = ReadBack(mAsf);
         ASSERT_TRUE(mBack) << mAsf;
         EXPECT_TRUE(lResult.mMessages.empty());
     }
@@ -275,14 +289,11 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
     KQexNode* lTip = Add(lBone, "actor:tip", 0, 5, 0);
     Add(lTip, "actor:tip_End", 0, 5, 0);
     Animate(lTip, lTip->mLocalRotation, 0, 0.0F, 25.0F);
-    const std::string       lSkeleton = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n"
-                                        "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 40 XYZ\ndof rx ry rz\nend\n"
-                                        "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
-                                        "begin\nname extra\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
-                                        ":hierarchy\nbegin\nroot bone\nbone tip\ntip extra\nend\n";
-    KQexImportAcclaimResult lRead;
-    mBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(lSkeleton.data(), lSkeleton.size(), "s.asf"),
-                                              KQexImportAcclaimOptions(), lRead);
+    const std::string lSkeleton = kSkeletonHead + "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 40 XYZ\ndof rx ry rz\nend\n"
+                                                  "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
+                                                  "begin\nname extra\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
+                                                  ":hierarchy\nbegin\nroot bone\nbone tip\ntip extra\nend\n";
+    ReadBack(lSkeleton);
     ASSERT_TRUE(mBack);
     const KTempDir    lDir;
     const std::string lPath = (lDir / "out.amc").string();
@@ -299,23 +310,20 @@ TEST_F(KExportServe, LengthsOfTheSkeletonsFileKeepTheirPlacesInMotion)
     KQexNode* lTip = Add(lBone, "tip", 0, 5, 0);
     Add(lTip, "tip_End", 0, 5, 0);
     Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 25.0F);
-    const std::string       lSkeleton = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n"
-                                        "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l rx l ry rz l l\nend\n"
-                                        "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l\nend\n"
-                                        ":hierarchy\nbegin\nroot bone\nbone tip\nend\n";
-    const KQexAcclaimSource lSource = KQexAcclaimSource::Buffer(lSkeleton.data(), lSkeleton.size(), "s.asf");
-    KQexImportAcclaimResult lRead;
-    mBack = KQexImporterAcclaim::ReadSkeleton(lSource, KQexImportAcclaimOptions(), lRead);
+    const std::string lSkeleton = kSkeletonHead + "begin\nname bone\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l rx l ry rz l l\nend\n"
+                                                  "begin\nname tip\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof l\nend\n"
+                                                  ":hierarchy\nbegin\nroot bone\nbone tip\nend\n";
+    ReadBack(lSkeleton);
     ASSERT_TRUE(mBack);
-    mOptions.mSkeletonNotes = lRead.mSkeletonNotes;
     const KTempDir    lDir;
     const std::string lPath = (lDir / "out.amc").string();
     ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
     EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 0 0 0\ntip 0\n"
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 25 0 0\ntip 0\n");
 
-    KQexScene* lAgain = KQexScene::Create("again");
-    ASSERT_TRUE(KQexImporterAcclaim::Import(lAgain, lSource, {KQexAcclaimSource::File(lPath)}, KQexImportAcclaimOptions(), lRead));
+    KQexScene*              lAgain = KQexScene::Create("again");
+    KQexImportAcclaimResult lRead;
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lAgain, SkeletonSource(lSkeleton), {KQexAcclaimSource::File(lPath)}, {}, lRead));
     for (const KQexImportMessage& lMessage : lRead.mMessages)
     {
         EXPECT_NE(lMessage.mPath, lPath) << lMessage.mMessage.mText;
