@@ -287,7 +287,12 @@ KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
         if ((lDone + 1 < pCount && !pOutputs[lDone]->KeepOld()) || !pOutputs[lDone]->Commit())
             lFailed = pOutputs[lDone];
     for (size_t i = 0; i < pCount && lFailed != nullptr; ++i)
-        i < lDone&& pOutputs[i] != lFailed ? pOutputs[i]->PutOldBack() : pOutputs[i]->Discard();
+    {
+        if (i < lDone && pOutputs[i] != lFailed)
+            pOutputs[i]->PutOldBack();
+        else
+            pOutputs[i]->Discard();
+    }
     for (size_t i = 0; i < pCount; ++i)
         pOutputs[i]->DropOld();
     return lFailed;
