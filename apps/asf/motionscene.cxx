@@ -63,8 +63,8 @@ void KMotionScene::CollectJoints()
         lJoint.mName = lNode->GetName();
         const auto lParent = lPlaces.find(lNode->GetParent());
         lJoint.mParent = lParent == lPlaces.end() ? -1 : lParent->second;
-        const qexsdk::KQexSkeleton* lSkeleton = lNode->GetSkeleton();
-        lJoint.mIsEnd = lSkeleton != nullptr && lSkeleton->GetSkeletonType() == qexsdk::KQexSkeleton::eSKELETON_END;
+        // The import switches rotation on for every bone, and for nothing else: names do not tell, a bone may be called NAME_End.
+        lJoint.mIsEnd = !lNode->GetRotationActive();
         lPlaces.emplace(lNode, static_cast<int>(mJoints.size()));
         mJoints.push_back(lJoint);
     }

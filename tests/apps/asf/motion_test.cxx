@@ -59,6 +59,22 @@ TEST_F(KMotionTest, WideCsvAndEnds)
         "5.64444,-79.02222,0.00000\n");
 }
 
+TEST_F(KMotionTest, EndsAreLeftOutUnlessAskedFor)
+{
+    const std::string lCall[] = {"positions", "small_01.amc", "--asf", "small.asf", "--frames", "1", "-q"};
+    const KRunResult  lResult = Run({std::begin(lCall), std::end(lCall)});
+    EXPECT_EQ(lResult.mExit, 0) << lResult.mErr;
+    EXPECT_EQ(lResult.mOut.find("_End"), std::string::npos) << lResult.mOut;
+    EXPECT_EQ(std::count(lResult.mOut.begin(), lResult.mOut.end(), '\n'), 5) << "a head line, root, hip, thigh and shin";
+
+    // A bone may have the name that an end would have.
+    WriteFile(mFolder / "end.asf", Replaced(Replaced(SmallSkeleton(), "name shin", "name thigh_End"), "thigh shin", "thigh thigh_End"));
+    WriteFile(mFolder / "end.amc", Replaced(SmallMotion(), "shin", "thigh_End"));
+    const KRunResult lNamed = Run({"positions", "end.asf", "end.amc", "--frames", "1", "-q"});
+    EXPECT_NE(lNamed.mOut.find(",thigh_End,"), std::string::npos) << lNamed.mOut << lNamed.mErr;
+    EXPECT_EQ(lNamed.mOut.find("_End_End"), std::string::npos) << lNamed.mOut;
+}
+
 TEST_F(KMotionTest, JsonAndNpyHoldWhatCsvHolds)
 {
     ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.csv", "--wide", "--ends"}).mExit, 0);
