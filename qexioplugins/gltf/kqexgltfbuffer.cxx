@@ -6,6 +6,30 @@
 namespace qexsdk
 {
 
+namespace
+{
+
+size_t ComponentsOf(int pType)
+{
+    return static_cast<size_t>(tinygltf::GetNumComponentsInType(static_cast<uint32_t>(pType)));
+}
+
+template <typename T>
+void FindBounds(tinygltf::Accessor& pAccessor, const T* pValues)
+{
+    const size_t lComponents = ComponentsOf(pAccessor.type);
+    pAccessor.minValues.assign(pValues, pValues + lComponents);
+    pAccessor.maxValues = pAccessor.minValues;
+    for (size_t i = 0; i < pAccessor.count * lComponents; ++i)
+    {
+        const double lValue = static_cast<double>(pValues[i]);
+        pAccessor.minValues[i % lComponents] = std::min(pAccessor.minValues[i % lComponents], lValue);
+        pAccessor.maxValues[i % lComponents] = std::max(pAccessor.maxValues[i % lComponents], lValue);
+    }
+}
+
+} // namespace
+
 int KGltfBuffer::AddAccessor(int pComponentType, int pType, size_t pCount, size_t pBytes, int pTarget)
 {
     tinygltf::BufferView lView;
@@ -28,17 +52,7 @@ int KGltfBuffer::AddAccessor(int pComponentType, int pType, size_t pCount, size_
 
 int KGltfBuffer::AddFloats(int pType, size_t pCount, int pTarget)
 {
-    const size_t lComponents = static_cast<size_t>(tinygltf::GetNumComponentsInType(static_cast<uint32_t>(pType)));
-    return AddAccessor(TINYGLTF_COMPONENT_TYPE_FLOAT, pType, pCount, pCount * lComponents * sizeof(float), pTarget);
-}
-
-int KGltfBuffer::AddIndices(const std::vector<std::uint32_t>& pValues)
-{
-    const size_t lBytes = pValues.size() * sizeof(std::uint32_t);
-    const int    lAccessor = AddAccessor(TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT, TINYGLTF_TYPE_SCALAR, pValues.size(), lBytes,
-                                         TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER);
-    std::memcpy(mBytes.data() + GetOffset(lAccessor), pValues.data(), lBytes);
-    return lAccessor;
+    return AddAccessor(TINYGLTF_COMPONENT_TYPE_FLOAT, pType, pCount, pCount * ComponentsOf(pType) * sizeof(float), pTarget);
 }
 
 int KGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
@@ -47,6 +61,7 @@ int KGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
     const int    lAccessor =
         AddAccessor(TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT, TINYGLTF_TYPE_VEC4, pValues.size() / 4, lBytes, TINYGLTF_TARGET_ARRAY_BUFFER);
     std::memcpy(mBytes.data() + GetOffset(lAccessor), pValues.data(), lBytes);
+    FindBounds(mModel.accessors[static_cast<size_t>(lAccessor)], pValues.data());
     return lAccessor;
 }
 
@@ -63,17 +78,7 @@ float* KGltfBuffer::GetFloats(int pAccessor)
 
 void KGltfBuffer::SetBounds(int pAccessor)
 {
-    tinygltf::Accessor& lAccessor = mModel.accessors[static_cast<size_t>(pAccessor)];
-    const size_t        lComponents = static_cast<size_t>(tinygltf::GetNumComponentsInType(static_cast<uint32_t>(lAccessor.type)));
-    const float*        lValues = GetFloats(pAccessor);
-    lAccessor.minValues.assign(lValues, lValues + lComponents);
-    lAccessor.maxValues = lAccessor.minValues;
-    for (size_t i = 0; i < lAccessor.count * lComponents; ++i)
-    {
-        const double lValue = static_cast<double>(lValues[i]);
-        lAccessor.minValues[i % lComponents] = std::min(lAccessor.minValues[i % lComponents], lValue);
-        lAccessor.maxValues[i % lComponents] = std::max(lAccessor.maxValues[i % lComponents], lValue);
-    }
+    FindBounds(mModel.accessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
 }
 
 } // namespace qexsdk

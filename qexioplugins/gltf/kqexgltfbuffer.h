@@ -23,9 +23,7 @@ public:
     /// \param pTarget TINYGLTF_TARGET_ARRAY_BUFFER for vertices, 0 otherwise
     int AddFloats(int pType, size_t pCount, int pTarget = 0);
 
-    /// Adds an accessor over \p pValues, one scalar of four bytes or one vector of 16-bit joints each.
-    int AddIndices(const std::vector<std::uint32_t>& pValues);
-    /// As AddIndices, one vector of four joints an element: \p pValues are four times as many.
+    /// Adds an accessor over vectors of four 16-bit joints, \p pValues one after another, with its minimum and maximum.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
 
     /// The floats of accessor \p pAccessor. Valid until the next accessor is added.

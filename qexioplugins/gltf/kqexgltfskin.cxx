@@ -61,6 +61,7 @@ void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, tinygltf::
         WriteInverse(mNodes[lJoint].mRest, mOptions.mScale, lOut);
         lOut += 16;
     }
+    mBuffer.SetBounds(pSkin.inverseBindMatrices);
 }
 
 /// A skin over the skeleton nodes of a tree, or over all its nodes when none is one.
@@ -129,15 +130,15 @@ void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSk
     {
         const int lAccessor = mBuffer.AddFloats(pType, lCount, TINYGLTF_TARGET_ARRAY_BUFFER);
         std::copy(pValues.begin(), pValues.end(), mBuffer.GetFloats(lAccessor));
+        mBuffer.SetBounds(lAccessor);
         lPrimitive.attributes[pWord] = lAccessor;
-        return lAccessor;
     };
     std::vector<float> lWeights(4 * lCount, 0.0F);
     for (size_t i = 0; i < lCount; ++i)
     {
         lWeights[4 * i] = 1.0F;
     }
-    mBuffer.SetBounds(lAddFloats("POSITION", TINYGLTF_TYPE_VEC3, lBones.GetPositions()));
+    lAddFloats("POSITION", TINYGLTF_TYPE_VEC3, lBones.GetPositions());
     lAddFloats("NORMAL", TINYGLTF_TYPE_VEC3, lBones.GetNormals());
     lAddFloats("WEIGHTS_0", TINYGLTF_TYPE_VEC4, lWeights);
     lPrimitive.attributes["JOINTS_0"] = mBuffer.AddJoints(lBones.GetJoints());

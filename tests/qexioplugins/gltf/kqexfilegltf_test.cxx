@@ -1,9 +1,13 @@
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
 
 using namespace qexsdk;
 using namespace qextest;
@@ -35,9 +39,29 @@ TEST(GltfWrite, BinaryHeadTellsTheSize)
     std::string lThree;
     ASSERT_TRUE(lFile.WriteBuffer(lThree, {lRoot}, lOptions));
     EXPECT_EQ(lThree, lOut) << "the bytes do not depend on the threads";
-    if (const char* lKeep = std::getenv("QEX_KEEP"))
+}
+
+TEST(GltfWrite, EveryAccessorTellsItsMinimumAndMaximum)
+{
+    const KScenePtr         lScene = MakeScene();
+    KQexImportAcclaimResult lImported;
+    ASSERT_TRUE(KQexImporterAcclaim::Import(lScene.get(), (SamplesDir() / "walker.asf").c_str(), (SamplesDir() / "walk.amc").c_str(), {},
+                                            lImported));
+    KQexGltfWriteOptions lOptions;
+    lOptions.mTakes.resize(1);
+    lOptions.mTakes[0].mStack = lScene->GetAnimStack(0);
+    ASSERT_TRUE(MakeSampling({lImported.mRootNode}, lOptions.mTakes[0].mStack, {}, lOptions.mTakes[0].mSampling));
+    const KTempDir lFolder;
+    KQexFileGltf   lFile;
+    ASSERT_TRUE(lFile.Write((lFolder / "walk.gltf").string(), {lImported.mRootNode}, lOptions));
+    const nlohmann::json lJson = nlohmann::json::parse(ReadFile(lFolder / "walk.gltf"));
+    ASSERT_GT(lJson["accessors"].size(), 6u);
+    const std::map<std::string, size_t> kComponents = {{"SCALAR", 1}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
+    for (const nlohmann::json& lAccessor : lJson["accessors"])
     {
-        WriteFile(lKeep, lOut);
+        const size_t lComponents = kComponents.at(lAccessor["type"]);
+        EXPECT_EQ(lAccessor.value("min", nlohmann::json()).size(), lComponents) << lAccessor;
+        EXPECT_EQ(lAccessor.value("max", nlohmann::json()).size(), lComponents) << lAccessor;
     }
 }
 
