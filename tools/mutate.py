@@ -158,7 +158,9 @@ def copy_sources():
 def prepare(programs, jobs):
     copy_sources()
     linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []
-    if not succeeds(["cmake", "-G", "Ninja", "-S", str(WORK), "-B", str(BUILD), "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", *linker]):
+    # With glTF and the program, because the tests of faults are tests of everything.
+    if not succeeds(["cmake", "-G", "Ninja", "-S", str(WORK), "-B", str(BUILD), "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
+                     "-DQEX_BUILD_APP=ON", "-DQEX_BUILD_GLTF=ON", *linker]):
         sys.exit("mutate: configuring failed in build/mutate")
     for program in programs.values():
         if not build(program.name, jobs):
