@@ -98,9 +98,10 @@ class Program:
 
     def measure(self):
         report = BUILD / f"{self.name}.json"
+        report.unlink(missing_ok=True)
         before = resource.getrusage(resource.RUSAGE_CHILDREN)
         if not self.run([f"--gtest_output=json:{report}"], 1800):
-            sys.exit(f"mutate: {self.name} fails without any change")
+            sys.exit(f"mutate: {self.name} fails without any change: {', '.join(failed_tests(report)) or 'it crashed or took too long'}")
         after = resource.getrusage(resource.RUSAGE_CHILDREN)
         seconds = after.ru_utime - before.ru_utime + after.ru_stime - before.ru_stime
         suites = json.loads(report.read_text())["testsuites"]
@@ -135,6 +136,11 @@ def succeeds(command, seconds=None, **options):
                               stderr=subprocess.DEVNULL, check=False, **options).returncode == 0
     except subprocess.TimeoutExpired:
         return False
+
+
+def failed_tests(report):
+    suites = json.loads(report.read_text())["testsuites"] if report.exists() else []
+    return [f"{suite['name']}.{test['name']}" for suite in suites for test in suite["testsuite"] if test.get("failures")]
 
 
 def build(program, jobs):

@@ -65,6 +65,8 @@ protected:
             ::dup2(lNull, STDIN_FILENO);
             ::dup2(lNull, STDOUT_FILENO);
             ::dup2(lNull, STDERR_FILENO);
+            // A shell hands on to what it runs in the background that interruptions are ignored.
+            ::signal(SIGINT, SIG_DFL);
             ::execv(lArguments[0], lArguments.data());
             ::_exit(127);
         }
