@@ -138,7 +138,7 @@ bool KLineReader::NextLine()
 /// for any other.
 bool KLineReader::TakeLine()
 {
-    if (mStatus != eOK || mSkipFeed || mBegin == mFill)
+    if (mStatus != eOK || !SkipFeed())
         return false;
     char* const lFeed = static_cast<char*>(std::memchr(mBegin, '\n', static_cast<size_t>(mFill - mBegin)));
     if (lFeed == nullptr)
@@ -159,6 +159,17 @@ bool KLineReader::TakeLine()
     *lEnd = '\0';
     ++mLineNumber;
     return true;
+}
+
+/// Passes over the LF behind a CR that ended the line before. \return whether there are bytes at mBegin then
+bool KLineReader::SkipFeed()
+{
+    if (mSkipFeed && mBegin != mFill)
+    {
+        mBegin += *mBegin == '\n' ? 1 : 0;
+        mSkipFeed = false;
+    }
+    return mBegin != mFill;
 }
 
 /// Whether there is no mark from mBegin up to pEnd, carriage returns left out.
@@ -183,11 +194,7 @@ bool KLineReader::LoadLine()
     size_t lSearched = 0;
     for (;;)
     {
-        if (mSkipFeed && mBegin != mFill)
-        {
-            mBegin += *mBegin == '\n' ? 1 : 0;
-            mSkipFeed = false;
-        }
+        SkipFeed();
         char*        lEnd = FindEnd(mBegin + lSearched);
         const size_t lLength = static_cast<size_t>(lEnd - mBegin);
         if (lLength > kMaxLine)

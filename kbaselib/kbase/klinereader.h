@@ -128,6 +128,7 @@ private:
     char* InLine(char* pPlace) const { return pPlace >= mLine && pPlace < mLine + mLength ? pPlace : nullptr; }
     void  ForgetMarks();
     bool  TakeLine();
+    bool  SkipFeed();
     bool  LoadLine();
     bool  IsQuiet(const char* pEnd);
     char* FindMark(KMark& pMark, char* pFrom) const;

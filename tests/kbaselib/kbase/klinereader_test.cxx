@@ -120,6 +120,28 @@ TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
         }
 }
 
+// Whatever ends the lines: only of the first one, which is read together with the buffer, it need not be known.
+TEST(KLineReader, LinesWithoutWatchedBytesAreKnownToBePlain)
+{
+    for (const char* lEnd : {"\n", "\r\n"})
+    {
+        std::string lText;
+        for (int i = 0; i < 100; ++i)
+            lText += "line" + std::to_string(i) + lEnd;
+        KLineReader lReader;
+        lReader.Watch("#");
+        ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
+        ASSERT_TRUE(lReader.NextLine());
+        for (int i = 1; i < 100; ++i)
+        {
+            ASSERT_TRUE(lReader.NextLine());
+            EXPECT_EQ(std::string(lReader.GetLine(), lReader.GetLength()), "line" + std::to_string(i));
+            EXPECT_TRUE(lReader.IsPlain()) << i;
+        }
+        EXPECT_FALSE(lReader.NextLine());
+    }
+}
+
 TEST(KLineReader, WatchedBytesAreFoundInTheirLinesOnly)
 {
     // What each line holds, in a text longer than the buffer: nothing, a watched byte, a NUL, both.
