@@ -1,3 +1,4 @@
+#include <qexioplugins/acclaim/kqexasflevels.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -52,6 +53,22 @@ struct KFrameFlags
 bool IsDummy(const KQexAsfNode& pNode)
 {
     return pNode.mOrderCount == 0;
+}
+
+/// Children ahead of the one looked at for which memory is asked.
+constexpr int kChildrenAhead = 16;
+
+/// Asks for what taking a dummy out looks at.
+void ApproachDummy(const KQexAsfNode& pDummy)
+{
+    KPrefetch(&pDummy.mParentAxisRM, &pDummy.mLT + 1);
+    KPrefetch(&pDummy.mLTData, &pDummy + 1);
+}
+
+/// Asks for what moving a bone computes from and writes.
+void ApproachMoved(const KQexAsfNode& pBone)
+{
+    KPrefetch(&pBone.mAxisRM, &pBone.mLR + 1);
 }
 
 // Folds a dummy, with all dummies that hang on it without a bone in between, into the bone above it.
@@ -154,6 +171,7 @@ int CountBelowDummies(KQexAsfNode& pDummy)
     {
         if (IsDummy(*lBone) || !lWalk.IsEntering())
             continue;
+        ApproachMoved(*lBone);
         lCount++;
         lWalk.SkipChildren();
     }
@@ -168,8 +186,11 @@ void TakeDummies(KQexAsfNode& pNode, KTakenBones& pTaken)
     for (int lIter = lCount - 1; lIter >= 0; lIter--)
     {
         HKQexAsfNode lChild = pNode.mChildBuf[lIter];
+        if (const KQexAsfNode* lAhead = pNode.mChildBuf[lIter - kChildrenAhead])
+            KPrefetch(&lAhead->mOrderCount);
         if (!lChild || !IsDummy(*lChild))
             continue;
+        ApproachDummy(*lChild);
         const int lMoved = CountBelowDummies(*lChild);
         if (!pNode.mChildBuf.Reserve(lCount + lMoved))
             continue;
@@ -218,6 +239,11 @@ void RemoveEndSiteChildren(KQexAsfNode& pNode)
 
 void KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
+    KQexAsfLevels lLevels(this);
+    while (HKQexAsfNode lNode = lLevels.Next())
+        FoldDummies(*lNode, {pSetRotatePivotOffet, pSetPreRotation});
+    if (!lLevels.HasFailed())
+        return;
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
         if (lWalk.IsEntering())

@@ -1,3 +1,4 @@
+#include <qexioplugins/acclaim/kqexasflevels.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -50,8 +51,34 @@ void SetupFrame(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotat
         SetupRoot(pNode, pSetRotatePivotOffet, pSetPreRotation);
 }
 
+namespace
+{
+
+/// Bones ahead of the one being computed for which memory is asked.
+constexpr int kFramesAhead = 2;
+
+/// Asks for what the frame of a bone is computed from, and for where it goes. Null does nothing.
+void Approach(const KQexAsfNode* pNode)
+{
+    if (!pNode)
+        return;
+    KPrefetch(&pNode->mParent, &pNode->mLR + 1);
+    if (pNode->mParent)
+        KPrefetch(&pNode->mParent->mPositionV, &pNode->mParent->mAxisRMInv + 1);
+}
+
+} // namespace
+
 void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
+    KQexAsfLevels lLevels(this);
+    while (HKQexAsfNode lNode = lLevels.Next())
+    {
+        Approach(lLevels.GetAhead(kFramesAhead));
+        SetupFrame(*lNode, pSetRotatePivotOffet, pSetPreRotation);
+    }
+    if (!lLevels.HasFailed())
+        return;
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
         if (lWalk.IsEntering())

@@ -351,14 +351,11 @@ void KQexAsfNameIndex::Approach(int pBone) const
     if (pBone >= mCount)
         return;
     const KQexAsfNode* lNode = mBones[pBone].mNode;
-    KPrefetch(&lNode->mOrderCount);
-    KPrefetch(&lNode->mDirectionV, &lNode->mChildBuf);
-    KPrefetch(&lNode->mAxisRM, &lNode->mLR + 1);
+    KPrefetch(&lNode->mParent, &lNode->mLR + 1);
     if (mBones[pBone].mParent + 1 == pBone)
         return;
     const KQexAsfNode* lParent = mBones[mBones[pBone].mParent].mNode;
-    KPrefetch(&lParent->mPositionV, &lParent->mDirectionV + 1);
-    KPrefetch(&lParent->mAxisRM, &lParent->mAxisRMInv + 1);
+    KPrefetch(&lParent->mPositionV, &lParent->mAxisRMInv + 1);
 }
 
 void KQexAsfNameIndex::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)

@@ -165,29 +165,32 @@ public:
 
     ///@}
 
-    char                         mName[256];          ///< Name, NUL-terminated. Empty by default.
-    int                          mOrderCount;         ///< Number of valid entries in mOrderBuf, 0 to 6.
-    int                          mOrderBuf[6];        ///< DOF codes in the order of the file. Not initialised.
-    double                       mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
-    bool                         mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
-    int                          mOrientationOrder;   ///< Rotation order code of the bone's axis line.
-    KgeRVector                   mOrientationV;       ///< Axis angles in degrees.
-    KgeTVector                   mPositionV;          ///< End of the bone relative to its start, global axes; at the root its position.
-    KgeTVector                   mDirectionV;         ///< Direction, global axes.
-    double                       mLength;             ///< Length.
-    HKQexAsfNode                 mParent;             ///< Parent bone, not owned; null at the root.
-    KArrayTemplate<KQexAsfNode*> mChildBuf;           ///< Children in file order, owned.
+    // In the order in which they are used together: what only a file's text fills, what every walk over the tree looks at, what
+    // frames are computed from and where they go, and what belongs to the host scene.
+
+    char       mName[256];          ///< Name, NUL-terminated. Empty by default; what stands behind the NUL is not initialised.
+    double     mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
+    bool       mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
+    int        mOrientationOrder;   ///< Rotation order code of the bone's axis line.
+    KgeRVector mOrientationV;       ///< Axis angles in degrees.
+
+    HKQexAsfNode                 mParent;     ///< Parent bone, not owned; null at the root.
+    KArrayTemplate<KQexAsfNode*> mChildBuf;   ///< Children in file order, owned.
+    int                          mOrderCount; ///< Number of valid entries in mOrderBuf, 0 to 6.
 
 private:
     friend class KQexAsfWalk;
 
     // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
-    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere. It stands here
-    // beside what a walk looks at anyway.
-    HKQexAsfNode mWalkParent;
+    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
     int          mWalkIndex;
+    HKQexAsfNode mWalkParent;
 
 public:
+    int                mOrderBuf[6];       ///< DOF codes in the order of the file. Not initialised.
+    double             mLength;            ///< Length.
+    KgeTVector         mDirectionV;        ///< Direction, global axes.
+    KgeTVector         mPositionV;         ///< End of the bone relative to its start, global axes; at the root its position.
     KgeRMatrix         mAxisRM;            ///< Rotation of the bone's axis frame, global.
     KgeRMatrix         mAxisRMInv;         ///< Inverse of mAxisRM.
     KgeRMatrix         mParentAxisRM;      ///< The parent's mAxisRM, as SetupPosition() copied it.

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <exception>
+#include <optional>
 
 namespace qexsdk
 {
@@ -63,10 +64,10 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     mQexAsfScene->mRoot = nullptr;
     mLengthDofs.clear();
 
-    KQexAsfNameIndex lNameIndex;
-    mNameIndex = &lNameIndex;
+    std::optional<KQexAsfNameIndex> lNameIndex(std::in_place);
+    mNameIndex = &*lNameIndex;
     bool lOk = ReadSections();
-    lOk = SettleFamilies(lNameIndex) && lOk;
+    lOk = SettleFamilies(*lNameIndex) && lOk;
     mNameIndex = nullptr;
 
     HKQexAsfNode lRoot = mQexAsfScene->mRoot;
@@ -80,10 +81,12 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     if (lOk)
     {
         // Without memory for all of them in the index, up and down the tree does as well.
-        if (lNameIndex.Update(lRoot))
-            lNameIndex.SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
+        if (lNameIndex->Update(lRoot))
+            lNameIndex->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
         else
             lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
+        // What comes now has a list of its own, which takes less memory than the index did.
+        lNameIndex.reset();
         if (pRemoveDummyNodes)
             lRoot->RemoveDummy(pSetRotatePivotOffet, pSetPreRotation);
     }

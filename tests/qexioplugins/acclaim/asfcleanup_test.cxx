@@ -4,6 +4,7 @@
 #include <kbaselib/kmath/keulerorder.h>
 #include <tests/support/memorywatch.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 
@@ -111,6 +112,53 @@ TEST_F(KCleanUpTest, GrowsTheChildArrayAsAddingWould)
     mRoot->RemoveDummy(false, false);
     EXPECT_EQ(ChildNames(mRoot), "kept kept kept kept");
     EXPECT_EQ(mRoot->mChildBuf.GetBlockCount(), 2);
+}
+
+std::string Outline(KQexAsfNode* pRoot)
+{
+    std::string               lText;
+    std::vector<KQexAsfNode*> lStack = {pRoot};
+    while (!lStack.empty())
+    {
+        KQexAsfNode* lBone = lStack.back();
+        lStack.pop_back();
+        lText += lBone->mName + (": " + ChildNames(lBone)) + "\n";
+        for (int lIter = 0; lBone->GetChild(lIter); lIter++)
+            lStack.push_back(lBone->GetChild(lIter));
+    }
+    return lText;
+}
+
+// A dummy whose bones there is no room for stays, and nothing else happens to the tree: with memory again the rest is done.
+TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
+{
+    for (const EShape lShape : {eCHAIN, eFAN, eCOMB, eRANDOM})
+    {
+        KQexAsfNode* lRoot = RandomBones(lShape, 200, 11, true)[0];
+        lRoot->RemoveDummy(false, false);
+        std::string lExpected = Outline(lRoot);
+        QexSdkDelete(lRoot);
+        for (long lNumber = 0; lNumber < 4; ++lNumber)
+        {
+            lRoot = RandomBones(lShape, 200, 11, true)[0];
+            {
+                KMemoryWatch lWatch;
+                lWatch.FailAfter(lNumber);
+                lRoot->RemoveDummy(false, false);
+            }
+            if (lShape == eCHAIN)
+            {
+                EXPECT_EQ(Outline(lRoot), lExpected) << "a chain needs no more room: " << lNumber << " allocations";
+            }
+            lRoot->RemoveDummy(false, false);
+            std::string lOutline = Outline(lRoot);
+            std::sort(lOutline.begin(), lOutline.end());
+            std::string lLetters = lExpected;
+            std::sort(lLetters.begin(), lLetters.end());
+            EXPECT_EQ(lOutline, lLetters) << kShapeNames[lShape] << ", " << lNumber << " allocations";
+            QexSdkDelete(lRoot);
+        }
+    }
 }
 
 // A place in space: a host node's rotation and translation, put together from the bones' locals down to this one.

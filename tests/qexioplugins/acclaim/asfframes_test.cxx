@@ -1,6 +1,7 @@
 #include "asfbuild.h"
 
 #include <gtest/gtest.h>
+#include <tests/support/memorywatch.h>
 
 #include <cmath>
 
@@ -166,5 +167,44 @@ TEST_P(KFrameFlagsTest, ATrueFlagLeavesItsQuantityAsItWas)
 }
 
 INSTANTIATE_TEST_SUITE_P(Flags, KFrameFlagsTest, testing::Values(KFlagCase{false, false}, KFlagCase{true, false}, KFlagCase{false, true}));
+
+std::vector<double> Frames(const std::vector<KQexAsfNode*>& pBones)
+{
+    std::vector<double> lFrames;
+    for (const KQexAsfNode* lBone : pBones)
+    {
+        for (const KgeTVector* lVector : {&lBone->mPositionV, &lBone->mParentPositionV, &lBone->mLT})
+            lFrames.insert(lFrames.end(), lVector->mData, lVector->mData + 3);
+        lFrames.insert(lFrames.end(), lBone->mLR.mData, lBone->mLR.mData + 3);
+        for (const KgeRMatrix* lMatrix : {&lBone->mParentAxisRM, &lBone->mParentAxisRMInv})
+            lFrames.insert(lFrames.end(), lMatrix->mData[0], lMatrix->mData[0] + 16);
+    }
+    return lFrames;
+}
+
+TEST(KFramesMemoryTest, FramesAreTheSameWithoutMemory)
+{
+    for (const EShape lShape : {eCHAIN, eFAN, eCOMB, eRANDOM})
+    {
+        const std::vector<KQexAsfNode*> lBones = RandomBones(lShape, 200, 7, true);
+        lBones[0]->SetupPosition(false, false);
+        const std::vector<double> lExpected = Frames(lBones);
+        for (long lNumber = 0; lNumber < 4; ++lNumber)
+        {
+            for (size_t i = 1; i < lBones.size(); ++i)
+            {
+                lBones[i]->mPositionV.Init();
+                lBones[i]->mParentAxisRM.Init();
+                lBones[i]->mLR.Init();
+            }
+            KMemoryWatch lWatch;
+            lWatch.FailAfter(lNumber);
+            lBones[0]->SetupPosition(false, false);
+            EXPECT_EQ(Frames(lBones), lExpected) << kShapeNames[lShape] << ", " << lNumber << " allocations";
+            EXPECT_EQ(lWatch.GetBlocks(), 0U);
+        }
+        QexSdkDelete(lBones[0]);
+    }
+}
 
 } // namespace
