@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Changes one operator, constant or condition of the acclaim and math layers at a time and tells which changes no test notices.
 
-usage: mutate.py [COUNT] [--seed N] [-j JOBS] [--at FILE[:LINE]]
+usage: mutate.py [COUNT] [--seed N] [--skip N] [-j JOBS] [--at FILE[:LINE]]
 
 Works on a copy of the sources in build/mutate, so that the work tree is never touched. A mutant is killed when a test fails, crashes, or
 needs far more processor time or memory than it does without the change. One that does not build says nothing about the tests: it is counted
@@ -213,6 +213,7 @@ def main():
     parser = argparse.ArgumentParser(description="Tells which changes to the acclaim and math layers no test notices.")
     parser.add_argument("count", nargs="?", type=int, default=120)
     parser.add_argument("--seed", type=int, default=20240)
+    parser.add_argument("--skip", type=int, default=0, help="places of the seed's order to pass over: two machines can share a run")
     parser.add_argument("-j", "--jobs", type=int, default=int(os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", os.cpu_count() or 1)))
     parser.add_argument("--at", help="FILE or FILE:LINE: only the mutants there")
     options = parser.parse_args()
@@ -222,7 +223,7 @@ def main():
     mutants = find_mutants(options.at)
     random.Random(options.seed).shuffle(mutants)
     counts = {"killed": 0, "SURVIVED": 0, "did not build": 0}
-    for mutant in mutants:
+    for mutant in mutants[options.skip:]:
         judged = counts["killed"] + counts["SURVIVED"]
         if judged == options.count:
             break
