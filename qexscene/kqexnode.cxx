@@ -45,10 +45,6 @@ KQexNode::~KQexNode()
         mParent->Detach(this);
     }
     SetNodeAttribute(nullptr);
-    if (IsSceneRoot())
-    {
-        GetScene()->mRootNode = nullptr;
-    }
 }
 
 bool KQexNode::IsSceneRoot() const

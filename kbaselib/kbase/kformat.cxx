@@ -321,7 +321,11 @@ bool KFormatter::Digits(const KConversion& pConversion, bool pNegative, const ch
     if (pConversion.mLeft)
         return Put(lSign, lSignSize) && Put(pDigits, pSize) && Fill(' ', lPadding);
     if (pZeroPad)
-        return Put(lSign, lSignSize) && Fill('0', lPadding) && Put(pDigits, pSize);
+    {
+        // A number of base 16 begins with its 0x, zeros or not.
+        const size_t lPrefix = pSize > 2 && (pDigits[1] | 0x20) == 'x' ? 2 : 0;
+        return Put(lSign, lSignSize) && Put(pDigits, lPrefix) && Fill('0', lPadding) && Put(pDigits + lPrefix, pSize - lPrefix);
+    }
     return Fill(' ', lPadding) && Put(lSign, lSignSize) && Put(pDigits, pSize);
 }
 

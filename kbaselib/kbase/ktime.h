@@ -72,11 +72,7 @@ public:
         const long long lRunTicks = kTicksPerSecond * pRate.mSeconds;
         const long long lRuns = FloorDivide(mTicks, lRunTicks);
         const long long lFrame = lRuns * pRate.mFrames + FloorRest(mTicks, lRunTicks) * pRate.mFrames / lRunTicks;
-        // The start of a frame is rounded to a flick, which can carry it past this time, or the next one's start back to it.
-        if (FromFrame(lFrame, pRate).mTicks > mTicks)
-        {
-            return lFrame - 1;
-        }
+        // The start of a frame is rounded to a flick, which can bring the next one's back to this time.
         return FromFrame(lFrame + 1, pRate).mTicks <= mTicks ? lFrame + 1 : lFrame;
     }
 

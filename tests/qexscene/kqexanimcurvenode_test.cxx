@@ -90,6 +90,25 @@ TEST_F(KQexAnimCurveNodeTest, AChannelCanHaveSeveralCurvesAndTheFirstCounts)
     EXPECT_EQ(mCurveNode->Evaluate(0, KTime(0)), 2.0);
 }
 
+TEST_F(KQexAnimCurveNodeTest, SourcesAreTheCurvesOfAllChannelsInTurn)
+{
+    KQexAnimCurve* lX = MakeCurve({1.0F}, "x");
+    KQexAnimCurve* lSecondX = MakeCurve({1.0F}, "second");
+    KQexAnimCurve* lZ = MakeCurve({1.0F}, "z");
+    ASSERT_TRUE(mCurveNode->ConnectToChannel(lZ, 2, true));
+    ASSERT_TRUE(mCurveNode->ConnectToChannel(lX, 0, true));
+    ASSERT_TRUE(mCurveNode->ConnectToChannel(lSecondX, 0));
+    KQexObject* const lSources[] = {lX, lSecondX, lZ, nullptr};
+    for (int i = 0; i < 4; ++i)
+    {
+        EXPECT_EQ(mCurveNode->GetSrcObject(KQexAnimCurve::smClassId, i), lSources[i]) << i;
+    }
+    EXPECT_EQ(mCurveNode->GetSrcObject(KQexNode::smClassId, 0), nullptr);
+    EXPECT_EQ(mCurveNode->GetCurve(0, 0, "second"), lSecondX);
+    EXPECT_EQ(mCurveNode->GetCurve(0, 1, "second"), nullptr);
+    EXPECT_EQ(mCurveNode->GetCurve(0, 0, "z"), nullptr);
+}
+
 TEST_F(KQexAnimCurveNodeTest, ACurveCanBeOnSeveralChannelsAndLeavesThemAll)
 {
     KQexAnimCurve*     lCurve = MakeCurve({1.0F, 3.0F});

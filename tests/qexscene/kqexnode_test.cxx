@@ -222,6 +222,9 @@ TEST_F(KQexNodeTest, SourcesAreTheAttributeAndTheChildren)
     EXPECT_EQ(lNode->GetSrcObject(kQexClassId(), 1), lFirst);
     EXPECT_EQ(lNode->GetSrcObject(KQexNode::smClassId, 1), lSecond);
     EXPECT_EQ(lNode->GetSrcObject(KQexNode::smClassId, 2), nullptr);
+    EXPECT_EQ(lNode->GetSrcObject(KQexNodeAttribute::smClassId, 0), lSkeleton);
+    EXPECT_EQ(lNode->GetSrcObject(KQexNodeAttribute::smClassId, 1), nullptr);
+    EXPECT_EQ(lNode->GetSrcObject(KQexAnimCurve::smClassId, 0), nullptr);
 }
 
 } // namespace

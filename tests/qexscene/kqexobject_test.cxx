@@ -79,6 +79,27 @@ TEST_F(KQexObjectTest, KnowsItsSceneAndClass)
     EXPECT_EQ(QexCast<KQexNode>(lObject), lNode);
     EXPECT_EQ(QexCast<KQexAnimCurve>(lObject), nullptr);
     EXPECT_EQ(QexCast<KQexNode>(static_cast<KQexObject*>(nullptr)), nullptr);
+    const KQexObject* lConst = lNode;
+    EXPECT_EQ(QexCast<KQexNode>(lConst), lNode);
+    EXPECT_EQ(QexCast<KQexAnimCurve>(lConst), nullptr);
+    EXPECT_EQ(QexCast<KQexNode>(static_cast<const KQexObject*>(nullptr)), nullptr);
+    EXPECT_TRUE(mScene->Is(KQexScene::smClassId));
+    EXPECT_FALSE(mScene->Is(KQexNode::smClassId));
+}
+
+/// An object of no class of its own.
+class KPlainObject : public KQexObject
+{
+public:
+    explicit KPlainObject(KQexScene* pScene) : KQexObject(pScene, nullptr) {}
+};
+
+TEST_F(KQexObjectTest, WithoutAClassOfItsOwnItIsJustAnObject)
+{
+    KPlainObject lObject(mScene);
+    EXPECT_EQ(lObject.GetClassId(), KQexObject::smClassId);
+    EXPECT_STREQ(lObject.GetName(), "");
+    EXPECT_EQ(lObject.GetSrcObject(kQexClassId(), 0), nullptr);
 }
 
 TEST_F(KQexObjectTest, AnyObjectOfTheSceneCanBeTheContainer)
@@ -86,7 +107,22 @@ TEST_F(KQexObjectTest, AnyObjectOfTheSceneCanBeTheContainer)
     KQexNode* lNode = KQexNode::Create(MakeNode("container"), "n");
     EXPECT_EQ(lNode->GetScene(), mScene);
     EXPECT_EQ(lNode->GetParent(), nullptr);
-    EXPECT_EQ(KQexNode::Create(nullptr, "n"), nullptr);
+}
+
+TEST_F(KQexObjectTest, WithoutAContainerInASceneThereIsNoObject)
+{
+    KPlainObject      lOutside(nullptr);
+    KQexObject* const lContainers[] = {nullptr, &lOutside};
+    for (KQexObject* lContainer : lContainers)
+    {
+        EXPECT_EQ(KQexNode::Create(lContainer, "n"), nullptr);
+        EXPECT_EQ(KQexSkeleton::Create(lContainer, ""), nullptr);
+        EXPECT_EQ(KQexCollection::Create(lContainer, "c"), nullptr);
+        EXPECT_EQ(KQexAnimStack::Create(lContainer, "s"), nullptr);
+        EXPECT_EQ(KQexAnimLayer::Create(lContainer, "l"), nullptr);
+        EXPECT_EQ(KQexAnimCurveNode::Create(lContainer, "c"), nullptr);
+    }
+    EXPECT_EQ(mScene->GetObjectCount(), 2);
 }
 
 /// A curve that tells when it is asked to end, and when it does.

@@ -87,6 +87,9 @@ TEST_F(KQexPropertyTest, NumbersConvertToNumbers)
     EXPECT_EQ(KQexGet<float>(lChannel), -7.0F);
     EXPECT_TRUE(KQexSet<bool>(lChannel, true));
     EXPECT_EQ(KQexGet<double>(lChannel), 1.0);
+    EXPECT_TRUE(KQexSet<bool>(lChannel, false));
+    EXPECT_EQ(KQexGet<double>(lChannel), 0.0);
+    EXPECT_EQ(KQexGet<bool>(lChannel), false);
     for (const double lHuge : {1e300, std::numeric_limits<double>::infinity()})
     {
         KQexSet<double>(lChannel, lHuge);

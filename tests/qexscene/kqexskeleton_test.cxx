@@ -71,9 +71,4 @@ TEST_F(KQexSkeletonTest, OfAnotherSceneIsRefused)
     lOther->Destroy();
 }
 
-TEST_F(KQexSkeletonTest, NeedsAContainer)
-{
-    EXPECT_EQ(KQexSkeleton::Create(nullptr, ""), nullptr);
-}
-
 } // namespace

@@ -79,6 +79,16 @@ int LinkStat(const char* pPath, struct stat* pStat)
     return Count(KFileFaults::eSTAT) == 0 ? sSystem.mLinkStat(pPath, pStat) : -1;
 }
 
+ssize_t ReadLink(const char* pPath, char* pText, size_t pSize)
+{
+    return Count(KFileFaults::eREAD_LINK) == 0 ? sSystem.mReadLink(pPath, pText, pSize) : -1;
+}
+
+int Access(const char* pPath, int pMode)
+{
+    return Count(KFileFaults::eACCESS) == 0 ? sSystem.mAccess(pPath, pMode) : -1;
+}
+
 int ChangeMode(int pFile, mode_t pMode)
 {
     return Count(KFileFaults::eCHANGE_MODE) == 0 ? sSystem.mChangeMode(pFile, pMode) : -1;
@@ -114,6 +124,8 @@ KFileFaults::KFileFaults()
     lCalls.mFileStat = FileStat;
     lCalls.mStat = Stat;
     lCalls.mLinkStat = LinkStat;
+    lCalls.mReadLink = ReadLink;
+    lCalls.mAccess = Access;
     lCalls.mChangeMode = ChangeMode;
     lCalls.mRename = Rename;
     lCalls.mLink = Link;

@@ -18,6 +18,8 @@ public:
         eCLOSE,
         eSEEK,
         eSTAT,
+        eACCESS,
+        eREAD_LINK,
         eCHANGE_MODE,
         eRENAME,
         eLINK,

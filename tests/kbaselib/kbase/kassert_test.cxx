@@ -30,6 +30,13 @@ TEST(KAssertTest, ReportsToStandardErrorAndToTheHandler)
     EXPECT_FALSE(lWatch.GetReports()[0].mHasFlag);
 }
 
+TEST(KAssertTest, TextsThatAreMissingAreEmpty)
+{
+    testing::internal::CaptureStderr();
+    KAssertFailed(nullptr, nullptr, 3, nullptr, nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), ":3: : assertion failed: \n");
+}
+
 TEST(KAssertTest, WithoutAFlagEveryFailureIsReported)
 {
     KAssertWatch lWatch;

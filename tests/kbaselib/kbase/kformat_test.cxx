@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
@@ -57,8 +58,8 @@ TEST(KFormat, RealsAreThoseOfPrintf)
         INFINITY, -INFINITY, NAN,     1.0 / 3.0};
     for (const double lValue : lValues)
         for (const char* lFormat :
-             {"%g",      "%f",  "%e",  "%G",     "%F",      "%E",   "%.0f", "%.3g", "%.17g", "%.12f", "%12.3f|", "%-12.3f|",
-              "%012.3f", "%+g", "% g", "%+012g", "%-+12g|", "%.0e", "%5g",  "%.0g", "%lf",   "%a",    "%A",      "%.3a"})
+             {"%g",  "%f",     "%e",      "%G",   "%F",  "%E",   "%.0f", "%.3g", "%.17g", "%.12f", "%12.3f|", "%-12.3f|", "%012.3f", "%+g",
+              "% g", "%+012g", "%-+12g|", "%.0e", "%5g", "%.0g", "%lf",  "%a",   "%A",    "%.3a",  "%020a",   "%-20a|",   "%+020A"})
             EXPECT_AS_PRINTF(lFormat, lValue);
 }
 
@@ -79,16 +80,26 @@ TEST(KFormat, LongReals)
     EXPECT_AS_PRINTF("%Lg %.20Lf", 1.0L / 3.0L, -2.5L);
     EXPECT_AS_PRINTF("%.500f", 0.1);
     EXPECT_AS_PRINTF("%.40Lf", static_cast<long double>(1e300));
+    // Base 16 leaves open where the first digit ends: only the number counts.
+    for (const char* lFormat : {"%La", "%LA", "%.20La"})
+        EXPECT_EQ(std::strtold(Format(lFormat, -1.0L / 3.0L).c_str(), nullptr), -1.0L / 3.0L) << lFormat;
+}
+
+TEST(KFormat, AnAbsurdPrecisionHasItsBound)
+{
+    EXPECT_EQ(Format("%.99999f", 1.0), "1." + std::string(5000, '0'));
+    EXPECT_EQ(Format("%.9999999999f", 1.0), Format("%.99999f", 1.0)) << "no count overflows";
 }
 
 TEST(KFormat, IntegersAreThoseOfPrintf)
 {
     for (const int lValue : {0, 1, -1, 42, INT_MAX, INT_MIN})
-        for (const char* lFormat : {"%d", "%i", "%5d|", "%-5d|", "%05d", "%+d", "% d", "%.4d", "%8.4d", "%u", "%x", "%X", "%o", "%#x",
-                                    "%#o", "%hd", "%hhd", "%hu", "%hhu"})
+        for (const char* lFormat : {"%d", "%i",  "%5d|", "%-5d|", "%05d", "%+d", "% d",  "%.4d", "%8.4d", "%u",    "%x",     "%X",
+                                    "%o", "%#x", "%#o",  "%hd",   "%hhd", "%hu", "%hhu", "%08x", "%#08x", "%#08X", "%#-8x|", "%#.6x"})
             EXPECT_AS_PRINTF(lFormat, lValue);
     EXPECT_AS_PRINTF("%ld %lld %lu %llu", LONG_MIN, LLONG_MIN, ULONG_MAX, ULLONG_MAX);
     EXPECT_AS_PRINTF("%zu %jd %td %lx", SIZE_MAX, INTMAX_MIN, PTRDIFF_MIN, ULONG_MAX);
+    EXPECT_AS_PRINTF("%ju %jx %tu %zd", UINTMAX_MAX, UINTMAX_MAX, size_t{1}, ptrdiff_t{-1});
     EXPECT_AS_PRINTF("%*d %-*d| %.*f", 6, 12, 6, 12, 2, 3.14159);
     EXPECT_AS_PRINTF("%*d|", -6, 12);
 }
@@ -111,7 +122,7 @@ TEST(KFormat, TextIsThatOfPrintf)
 
 TEST(KFormat, WhatIsNoConversionStandsAsItIs)
 {
-    const char* const lFormats[] = {"%", "50%", "%y", "%ls", "%5"};
+    const char* const lFormats[] = {"%", "50%", "%y", "%ls", "%lc", "%5"};
     for (const char* lFormat : lFormats)
         EXPECT_EQ(Format(lFormat), lFormat);
 }
@@ -121,6 +132,42 @@ TEST(KFormat, LocaleOfTheProcessDoesNotMatter)
     QEX_WITH_COMMA_LOCALE();
     EXPECT_EQ(Printf("%.1f", 0.5), "0,5");
     EXPECT_EQ(Format("%.1f %g %e %d", 0.5, 1234.5, 1.5, 1234567), "0.5 1234.5 1.500000e+00 1234567");
+}
+
+/// A sink that refuses its piece mRefused, and counts them.
+struct KRefusal
+{
+    int         mRefused = 0;
+    int         mCount = 0;
+    static bool Take(void* pContext, const char*, size_t)
+    {
+        KRefusal* lSelf = static_cast<KRefusal*>(pContext);
+        return ++lSelf->mCount != lSelf->mRefused;
+    }
+};
+
+TEST(KFormat, NothingComesBehindAnyRefusedPiece)
+{
+    const auto lRun = [](KRefusal& pSink, const char* pFormat, ...)
+    {
+        std::va_list lArguments;
+        va_start(lArguments, pFormat);
+        const bool lOk = KFormat(KRefusal::Take, &pSink, pFormat, lArguments);
+        va_end(lArguments);
+        return lOk;
+    };
+    for (int lRefused = 1;; ++lRefused)
+    {
+        KRefusal   lSink{lRefused};
+        const bool lOk = lRun(lSink, "a%-+9db%+09dc%#09xd%+9de%9sf%-9sg", 1, 2, 3, 4, "s", "t");
+        EXPECT_EQ(lOk, lSink.mCount < lRefused);
+        EXPECT_LE(lSink.mCount, lRefused);
+        if (lOk)
+        {
+            EXPECT_GT(lSink.mCount, 20);
+            break;
+        }
+    }
 }
 
 TEST(KFormat, ASinkThatRefusesEndsIt)

@@ -3,6 +3,7 @@
 #include <tests/support/asnobody.h>
 #include <tests/support/filefaults.h>
 #include <tests/support/memorywatch.h>
+#include <tests/support/standardinput.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
@@ -13,8 +14,8 @@
 #include <iterator>
 #include <string>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace qextest
@@ -366,14 +367,25 @@ TEST(KLineReader, InterruptedCallsAreRepeated)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", "one\ntwo\n");
-    KFileFaults lFaults;
-    for (const KFileFaults::ECall lCall : {KFileFaults::eREAD, KFileFaults::eOPEN})
+    KFileFaults                              lFaults;
+    const std::pair<KFileFaults::ECall, int> lCases[] = {
+        {KFileFaults::eREAD, EINTR}, {KFileFaults::eREAD, EAGAIN}, {KFileFaults::eOPEN, EINTR}};
+    for (const auto& [lCall, lError] : lCases)
     {
-        lFaults.Fail(lCall, 1, EINTR);
+        lFaults.Fail(lCall, 1, lError);
         KLineReader lReader;
         ASSERT_TRUE(lReader.OpenPath((lDir / "text").c_str()));
         EXPECT_EQ(LinesOf(lReader), (KLines{"one", "two"}));
     }
+}
+
+TEST(KLineReader, PipeThatWasMadeNonBlockingIsWaitedFor)
+{
+    KStandardInput lInput("one\ntwo\n", true);
+    KLineReader    lReader;
+    ASSERT_TRUE(lReader.OpenPath("-"));
+    EXPECT_EQ(LinesOf(lReader), (KLines{"one", "two"}));
+    EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND);
 }
 
 TEST(KLineReader, GoingBackThatTheSystemRefuses)
@@ -389,41 +401,6 @@ TEST(KLineReader, GoingBackThatTheSystemRefuses)
     EXPECT_FALSE(lReader.Rewind());
     EXPECT_EQ(lReader.GetStatus(), KLineReader::eSYSTEM);
 }
-
-/// Lets standard input be a pipe that gives pText.
-class KStandardInput
-{
-public:
-    explicit KStandardInput(const std::string& pText) : mKept(::dup(STDIN_FILENO))
-    {
-        int lEnds[2];
-        EXPECT_EQ(::pipe(lEnds), 0);
-        ::dup2(lEnds[0], STDIN_FILENO);
-        ::close(lEnds[0]);
-        mWriter = std::thread(
-            [pText, lFile = lEnds[1]]
-            {
-                for (size_t i = 0; i < pText.size();)
-                {
-                    const ssize_t lSize = ::write(lFile, pText.data() + i, pText.size() - i);
-                    if (lSize <= 0)
-                        break;
-                    i += static_cast<size_t>(lSize);
-                }
-                ::close(lFile);
-            });
-    }
-    ~KStandardInput()
-    {
-        mWriter.join();
-        ::dup2(mKept, STDIN_FILENO);
-        ::close(mKept);
-    }
-
-private:
-    int         mKept;
-    std::thread mWriter;
-};
 
 TEST(KLineReader, DashIsStandardInput)
 {
@@ -453,6 +430,19 @@ TEST(KLineReader, LineWithoutEndFromAPipeIsBounded)
     while (::read(STDIN_FILENO, lRest, sizeof lRest) > 0)
     {
     }
+}
+
+TEST(KLineReader, NothingIsReadBehindALineThatIsTooLong)
+{
+    // With a second line in the buffer, so that the fast way and the slow one both meet it.
+    const std::string lText = "one\n" + std::string(KLineReader::kMaxLine + 1, 'x') + "\ntwo\n";
+    KLineReader       lReader;
+    ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
+    EXPECT_TRUE(lReader.NextLine());
+    EXPECT_FALSE(lReader.NextLine());
+    EXPECT_EQ(lReader.GetStatus(), KLineReader::eTOO_LONG);
+    EXPECT_EQ(lReader.GetLineNumber(), 2);
+    EXPECT_FALSE(lReader.NextLine());
 }
 
 TEST(KLineReader, PlaceInTheInput)

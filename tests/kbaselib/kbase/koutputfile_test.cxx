@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/koutputfile.h>
 
 #include <tests/support/asnobody.h>
@@ -8,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
@@ -378,17 +381,18 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
     const KFaultCase lCase = GetParam();
     for (const bool lOnwards : {false, true})
     {
-        if (lOnwards && lCase.mError == EINTR)
+        if (lOnwards && (lCase.mError == EINTR || lCase.mError == EAGAIN))
             continue;
         // A call that fails is often the last one: only a try in which none failed ends the series.
         for (int lNumber = 1, lCalls = 1; lCalls >= lNumber - 1; ++lNumber)
         {
             KTempDir lDir;
             WriteFile(lDir / "old", "old");
+            fs::create_symlink("old", lDir / "link");
             KFileFaults lFaults;
             lFaults.Fail(lCase.mCall, lNumber, lCase.mError, lOnwards);
             KOutputFile lOutput;
-            bool        lOk = lOutput.Open((lDir / "old").c_str());
+            bool        lOk = lOutput.Open((lDir / "link").c_str());
             lOk = lOk && WriteInPieces(lOutput, LongText());
             const bool lClosed = lOutput.Close();
             lCalls = lFaults.GetCount(lCase.mCall);
@@ -397,23 +401,84 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
             EXPECT_EQ(lClosed, !lCase.mFails || lCalls < lNumber);
             EXPECT_EQ(lOutput.GetError(), lClosed ? 0 : lCase.mError);
             EXPECT_EQ(ReadFile(lDir / "old"), lClosed ? LongText() : "old") << lNumber;
-            EXPECT_EQ(CountFiles(lDir.Path()), 1u) << lNumber;
+            EXPECT_EQ(CountFiles(lDir.Path()), 2u) << lNumber;
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, KOutputFileFaultTest,
-                         testing::Values(KFaultCase{"full disk", KFileFaults::eWRITE, ENOSPC, true},
-                                         KFaultCase{"device error", KFileFaults::eWRITE, EIO, true},
-                                         KFaultCase{"interrupted write", KFileFaults::eWRITE, EINTR, false},
-                                         KFaultCase{"short write", KFileFaults::eWRITE, KFileFaults::kShort, false},
-                                         KFaultCase{"no open", KFileFaults::eOPEN, EACCES, true},
-                                         KFaultCase{"interrupted open", KFileFaults::eOPEN, EINTR, false},
-                                         KFaultCase{"late error", KFileFaults::eCLOSE, EIO, true},
-                                         KFaultCase{"interrupted close", KFileFaults::eCLOSE, EINTR, false},
-                                         KFaultCase{"no stat", KFileFaults::eSTAT, EACCES, true},
-                                         KFaultCase{"no mode", KFileFaults::eCHANGE_MODE, EPERM, true},
-                                         KFaultCase{"no rename", KFileFaults::eRENAME, EACCES, true}));
+INSTANTIATE_TEST_SUITE_P(
+    Faults, KOutputFileFaultTest,
+    testing::Values(
+        KFaultCase{"full disk", KFileFaults::eWRITE, ENOSPC, true}, KFaultCase{"device error", KFileFaults::eWRITE, EIO, true},
+        KFaultCase{"interrupted write", KFileFaults::eWRITE, EINTR, false},
+        KFaultCase{"short write", KFileFaults::eWRITE, KFileFaults::kShort, false}, KFaultCase{"no open", KFileFaults::eOPEN, EACCES, true},
+        KFaultCase{"interrupted open", KFileFaults::eOPEN, EINTR, false}, KFaultCase{"late error", KFileFaults::eCLOSE, EIO, true},
+        KFaultCase{"interrupted close", KFileFaults::eCLOSE, EINTR, false},
+        KFaultCase{"no room for now", KFileFaults::eWRITE, EAGAIN, false}, KFaultCase{"no stat", KFileFaults::eSTAT, EACCES, true},
+        KFaultCase{"no link", KFileFaults::eREAD_LINK, EACCES, true}, KFaultCase{"read-only", KFileFaults::eACCESS, EACCES, true},
+        KFaultCase{"no mode", KFileFaults::eCHANGE_MODE, EPERM, true}, KFaultCase{"no rename", KFileFaults::eRENAME, EACCES, true}));
+
+TEST(KOutputFile, AWriteThatTakesNothingIsAnError)
+{
+    KTempDir lDir;
+    KFileCallsInUse().mWrite = [](int, const void*, size_t) -> ssize_t
+    {
+        return 0;
+    };
+    KOutputFile lOutput;
+    EXPECT_TRUE(lOutput.Open((lDir / "new").c_str()));
+    EXPECT_TRUE(lOutput.Write("x", 1)) << "stands in the buffer";
+    EXPECT_FALSE(lOutput.Close());
+    KFileCallsReset();
+    EXPECT_EQ(lOutput.GetError(), EIO);
+    EXPECT_EQ(CountFiles(lDir.Path()), 0u);
+}
+
+TEST(KOutputFile, LinksThatFollowEachOtherForEverEndSomewhere)
+{
+    // The system itself refuses a circle; one that is made while it is looked at leads here.
+    KTempDir lDir;
+    WriteFile(lDir / "real", "old");
+    fs::create_symlink("real", lDir / "link");
+    KFileCallsInUse().mReadLink = [](const char*, char* pText, size_t) -> ssize_t
+    {
+        std::memcpy(pText, "link", 4);
+        return 4;
+    };
+    KOutputFile lOutput;
+    EXPECT_FALSE(lOutput.Open((lDir / "link").c_str()));
+    EXPECT_EQ(lOutput.GetError(), ELOOP);
+    KFileCallsInUse().mReadLink = [](const char*, char* pText, size_t pSize) -> ssize_t
+    {
+        std::memset(pText, 'x', pSize);
+        return static_cast<ssize_t>(pSize);
+    };
+    EXPECT_FALSE(lOutput.Open((lDir / "link").c_str()));
+    EXPECT_EQ(lOutput.GetError(), ENAMETOOLONG) << "cut off, it would be another file";
+    KFileCallsReset();
+    EXPECT_EQ(ReadFile(lDir / "real"), "old");
+}
+
+TEST(KOutputFile, OfSeveralNoneTakesItsNameWhenOneCanNotBeFinished)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "a", "old");
+    WriteFile(lDir / "b", "old");
+    for (const int lBad : {1, 2})
+    {
+        KOutputFile lA;
+        KOutputFile lB;
+        ASSERT_TRUE(lA.Open((lDir / "a").c_str()) && lA.Write("new", 3));
+        ASSERT_TRUE(lB.Open((lDir / "b").c_str()) && lB.Write("new", 3));
+        KFileFaults lFaults;
+        lFaults.Fail(KFileFaults::eWRITE, lBad, ENOSPC);
+        KOutputFile* lBoth[] = {&lA, &lB};
+        EXPECT_EQ(KOutputFile::CommitAll(lBoth, 2), lBad == 1 ? &lA : &lB);
+        EXPECT_EQ(lBoth[lBad - 1]->GetError(), ENOSPC);
+        EXPECT_EQ(ReadFile(lDir / "a") + ReadFile(lDir / "b"), "oldold");
+        EXPECT_EQ(CountFiles(lDir.Path()), 2u);
+    }
+}
 
 TEST(KOutputFile, WithoutMemoryNothingOpens)
 {
@@ -480,6 +545,19 @@ TEST(KOutputFile, FifoIsWrittenDirectly)
     EXPECT_TRUE(fs::is_fifo(lDir / "fifo"));
 }
 
+TEST(KOutputFile, DeviceThatCanNotBeOpened)
+{
+    KFileFaults lFaults;
+    KOutputFile lOutput;
+    lFaults.Fail(KFileFaults::eOPEN, 1, EACCES);
+    EXPECT_FALSE(lOutput.Open("/dev/null"));
+    EXPECT_EQ(lOutput.GetError(), EACCES);
+    lFaults.Fail(KFileFaults::eOPEN, 1, EINTR);
+    EXPECT_TRUE(lOutput.Open("/dev/null")) << "an interrupted call is repeated";
+    EXPECT_EQ(lFaults.GetCount(KFileFaults::eOPEN), 2);
+    EXPECT_TRUE(lOutput.Close());
+}
+
 /// Lets standard output be another file while it lives.
 class KStandardOutput
 {
@@ -536,10 +614,14 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     int lEnds[2];
     ASSERT_EQ(::pipe(lEnds), 0);
     ASSERT_EQ(::fcntl(lEnds[1], F_SETFL, O_NONBLOCK), 0);
+    size_t lBefore = 0;
+    for (const std::string lFull(4096, '-'); ::write(lEnds[1], lFull.data(), lFull.size()) > 0;)
+        lBefore += lFull.size();
     size_t      lGot = 0;
     std::thread lReader(
         [&]
         {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // Meanwhile the first write finds the pipe full.
             char lBuffer[512];
             for (ssize_t lSize = 0; (lSize = ::read(lEnds[0], lBuffer, sizeof lBuffer)) > 0;)
                 lGot += static_cast<size_t>(lSize);
@@ -556,7 +638,7 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     lReader.join();
     ::close(lEnds[0]);
     EXPECT_TRUE(lClosed);
-    EXPECT_EQ(lGot, LongText().size());
+    EXPECT_EQ(lGot, lBefore + LongText().size());
 }
 
 TEST(KOutputFile, MemoryHoldsWhatWasWritten)

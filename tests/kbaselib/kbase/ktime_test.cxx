@@ -111,6 +111,7 @@ TEST(KTimeTest, SumsStopAtTheEnds)
     lTime -= KTime(1);
     EXPECT_EQ(lTime.Get(), KTime::kMin);
     EXPECT_EQ((KTime(KTime::kMin) + KTime(-1)).Get(), KTime::kMin);
+    EXPECT_EQ((KTime(1) + KTime(KTime::kMin)).Get(), KTime::kMin + 1);
     EXPECT_EQ((KTime(KTime::kMax) - KTime(KTime::kMin)).Get(), KTime::kMax);
     EXPECT_EQ((KTime(-2) - KTime(KTime::kMin)).Get(), KTime::kMax - 1);
 }
@@ -119,6 +120,10 @@ TEST(KTimeTest, FramesStopAtTheEnds)
 {
     EXPECT_EQ(KTime::FromFrame(std::numeric_limits<long long>::max(), {30, 1}).Get(), KTime::kMax);
     EXPECT_EQ(KTime::FromFrame(std::numeric_limits<long long>::min(), {30, 1}).Get(), KTime::kMin);
+    for (const long long lBack : {1LL, 23520000LL, 705600000LL, 3 * 705600000LL})
+    {
+        EXPECT_EQ(KTime(KTime::kMax - lBack).GetFrame({30, 1}), (KTime::kMax - lBack) / 23520000) << lBack;
+    }
     // Within some seconds of the ends the frame is told to the second only.
     EXPECT_NEAR(static_cast<double>(KTime(KTime::kMax).GetFrame({30, 1})), 392150171634.0, 60.0);
     EXPECT_NEAR(static_cast<double>(KTime(KTime::kMin).GetFrame({30, 1})), -392150171635.0, 60.0);

@@ -1,0 +1,49 @@
+#include <qexscene/kqexchannel.h>
+
+#include <tests/qexscene/scenefixture.h>
+
+using namespace qexsdk;
+
+namespace
+{
+
+class KQexChannelTest : public qextest::KSceneTest
+{
+};
+
+TEST_F(KQexChannelTest, IsAlwaysAskTheKeysWhereThereAreAny)
+{
+    KQexNode*          lNode = MakeNode("n");
+    KQexAnimCurveNode* lCurveNode = lNode->mLocalScaling.GetCurveNode(true, "take");
+    const auto         lIsAlways = [&](double pValue)
+    {
+        KQexChannel lChannels[3];
+        KQexChannel::Find(lChannels, lNode->mLocalScaling, mScene->FindAnimStack("take")->GetMember<KQexAnimLayer>(0));
+        return lChannels[1].IsAlways(pValue);
+    };
+    EXPECT_TRUE(lIsAlways(1.0)) << "the channel's value";
+    EXPECT_FALSE(lIsAlways(2.0));
+
+    KQexAnimCurve* lCurve = MakeCurve({});
+    ASSERT_TRUE(lCurveNode->ConnectToChannel(lCurve, 1, true));
+    EXPECT_TRUE(lIsAlways(1.0)) << "a curve without keys says nothing";
+
+    EXPECT_TRUE(lCurve->AppendSample(Seconds(0), 2.0F));
+    EXPECT_TRUE(lCurve->AppendSample(Seconds(1), 2.0F));
+    EXPECT_TRUE(lIsAlways(2.0)) << "now the keys count";
+    EXPECT_FALSE(lIsAlways(1.0));
+    EXPECT_TRUE(lCurve->AppendSample(Seconds(2), 2.5F));
+    EXPECT_FALSE(lIsAlways(2.0)) << "and every one of them";
+}
+
+TEST_F(KQexChannelTest, WithoutALayerThePropertyItselfCounts)
+{
+    KQexNode* lNode = MakeNode("n");
+    lNode->mLocalTranslation.Set(qexVectorTemplate3<double>(1.0, 2.0, 3.0));
+    lNode->mLocalTranslation.GetCurveNode(true, "take")->SetChannelValue<double>(2, 7.0);
+    KQexChannel lChannels[3];
+    KQexChannel::Find(lChannels, lNode->mLocalTranslation, nullptr);
+    EXPECT_TRUE(lChannels[2].IsAlways(3.0));
+}
+
+} // namespace
