@@ -80,13 +80,6 @@ std::string_view KBvhTokens::Peek()
     return std::string_view(mNext, static_cast<size_t>(TokenEnd() - mNext));
 }
 
-std::string_view KBvhTokens::Next()
-{
-    const std::string_view lToken = Peek();
-    mNext += lToken.size();
-    return lToken;
-}
-
 bool KBvhTokens::Accept(const char* pWord)
 {
     const std::string_view lToken = Peek();

@@ -20,9 +20,6 @@ public:
     /// The next token, which stays next; empty at the end of the file. Lives until the line changes.
     std::string_view Peek();
 
-    /// The next token, consumed.
-    std::string_view Next();
-
     /// Consumes the next token when it equals \p pWord, ASCII case ignored.
     bool Accept(const char* pWord);
 

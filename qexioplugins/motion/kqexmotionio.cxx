@@ -44,7 +44,11 @@ struct KKeySpan
             mHasKeys = true;
             return;
         }
-        mStep = std::gcd(mStep, pTime - mFirst);
+        // Keys as far apart as time can't count are no frames of one sampling, whatever their step.
+        if (std::fabs(static_cast<double>(pTime) - static_cast<double>(mFirst)) <= kMaxTicks)
+        {
+            mStep = std::gcd(mStep, pTime - mFirst);
+        }
         mFirst = std::min(mFirst, pTime);
         mLast = std::max(mLast, pTime);
     }

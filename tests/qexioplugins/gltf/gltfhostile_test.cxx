@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <sys/stat.h>
 
@@ -163,7 +164,10 @@ INSTANTIATE_TEST_SUITE_P(
         KBadCase{"/buffers/0/uri", "\"data:text/plain,abc\"", "not base64"},
         KBadCase{"/buffers/0", "{\"byteLength\":4}", "buffers[0] has no data"},
         KBadCase{"/buffers/0/uri", "\"a.bin\"", "the model is not in a folder"},
+        KBadCase{"/buffers/0/uri", "\"data:base64\"", "not base64"}, KBadCase{"/buffers/0/uri", "\"data:,\"", "not base64"},
         KBadCase{"/accessors/0/sparse", "{\"count\":1}", "sparse.indices: no such kind"},
+        KBadCase{"/accessors/0/sparse", R"({"count":1,"indices":{"componentType":5123},"values":{"bufferView":0}})",
+                 "sparse.indices.bufferView is missing"},
         KBadCase{"/accessors/0/sparse", R"({"count":9,"indices":{"bufferView":0,"componentType":5121},"values":{"bufferView":0}})",
                  "does not fit"},
         KBadCase{"/accessors/0/sparse", R"({"count":2,"indices":{"bufferView":0,"componentType":5121},"values":{"bufferView":0}})",
@@ -292,6 +296,10 @@ TEST(GltfHostile, NoFileOutsideTheModelsFolderIsOpened)
                                      {"inside.bin", true},
                                      {"./own.bin", true},
                                      {"below/it%3A%201%25.bin", true},
+                                     {"below/it%3a%201%25.bin", true},
+                                     {"below/it%3A%201%.bin", true},
+                                     {"below/it%3A%201%2", false},
+                                     {"own%GGbin", false},
                                      {"../secret.bin", false},
                                      {"%2e%2e/secret.bin", false},
                                      {"..%2fsecret.bin", false},
@@ -318,6 +326,33 @@ TEST(GltfHostile, NoFileOutsideTheModelsFolderIsOpened)
             lScenario.ExpectUntouched();
         }
     }
+}
+
+TEST(GltfHostile, OneFileMayBeSeveralBuffersInEitherAlphabet)
+{
+    const KTempDir lFolder;
+    KGltfBuild     lBuild = SoundFile();
+    nlohmann::json lJson = nlohmann::json::parse(lBuild.Text());
+    WriteFile(lFolder / "own.bin", lBuild.mBytes);
+    const size_t lSize = lBuild.mBytes.size();
+    lJson["buffers"] = {{{"byteLength", lSize}, {"uri", "own.bin"}}, {{"byteLength", lSize}, {"uri", "./own.bin"}}};
+    lJson["bufferViews"][1]["buffer"] = 1;
+    WriteFile(lFolder / "it.gltf", lJson.dump());
+    KScenario lScenario;
+    EXPECT_TRUE(lScenario.mFile.Read((lFolder / "it.gltf").string(), lScenario.mScene.get(), {}, lScenario.mResult))
+        << MessagesOf(lScenario.mFile);
+
+    std::string lText = SoundFile().Text();
+    // The numbers of the sound file have neither digit, so the last, unused bytes get them.
+    lJson = nlohmann::json::parse(lText);
+    lBuild.mBytes += "\xFB\xEF\xBE\xFF\xFF\xFF";
+    std::string lDigits = Encode64(lBuild.mBytes);
+    ASSERT_NE(lDigits.find("++++////"), std::string::npos) << lDigits;
+    std::replace(lDigits.begin(), lDigits.end(), '+', '-');
+    std::replace(lDigits.begin(), lDigits.end(), '/', '_');
+    lJson["buffers"][0] = {{"byteLength", lBuild.mBytes.size()}, {"uri", "data:application/octet-stream;base64," + lDigits + "=="}};
+    KScenario lOther;
+    EXPECT_TRUE(lOther.Read(lJson.dump())) << MessagesOf(lOther.mFile);
 }
 
 TEST(GltfHostile, WhatCannotBeReadIsNamed)
@@ -356,6 +391,8 @@ TEST(GltfHostile, WhatIsNoMotionIsLeftAlone)
     lJson["images"] = {{{"uri", "../../etc/passwd"}}};
     lJson["meshes"] = {{{"primitives", {{{"attributes", {{"POSITION", 99}}}}}}}};
     lJson["extensionsRequired"] = {"KHR_draco_mesh_compression", "XX_unheard_of"};
+    lJson["extras"] = {{"nothing", nullptr}, {"yes", true}, {"no", false}, {"deep", {{"er", {1, "two", nullptr}}}}};
+    lJson["nodes"][0]["extras"] = nullptr;
     lJson["animations"][0]["channels"].push_back({{"sampler", 0}, {"target", {{"node", 0}, {"path", "weights"}}}});
     lJson["animations"].push_back({{"name", "nothing"}, {"channels", nlohmann::json::array()}, {"samplers", nlohmann::json::array()}});
     KScenario lScenario;

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <functional>
 
 // Files as other programs write them: kinds of keys, of numbers and of transforms.
 
@@ -172,16 +174,15 @@ std::vector<double> Even(double pFirst, double pRate, int pCount)
     return lTimes;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rates, KGltfRateTest,
-                         testing::Values(KRateCase{"even", Even(0, 24, 48), 0, 24, 48}, KRateCase{"slow", Even(0, 12, 9), 0, 12, 9},
-                                         KRateCase{"odd", Even(0, 59, 60), 0, 59, 60},
-                                         KRateCase{"film", Even(0, 30000.0 / 1001, 99), 0, 29.97002997, 99},
-                                         KRateCase{"long", Even(0, 120, 30000), 0, 120, 30000},
-                                         KRateCase{"late", Even(1.25, 120, 50), 0, 120, 50},
-                                         KRateCase{"gaps", {0, 0.1, 0.5, 0.6}, 0, 30, 19}, KRateCase{"seconds", {0, 1, 2}, 0, 24, 49},
-                                         KRateCase{"none", {0, 0.0101, 0.0333, 0.5}, 0, 120, 61},
-                                         KRateCase{"asked", Even(0, 24, 25), 60, 60, 61}, KRateCase{"one", {0.5}, 0, 120, 1}),
-                         [](const auto& pInfo) { return std::string(pInfo.param.mWhat); });
+INSTANTIATE_TEST_SUITE_P(
+    Rates, KGltfRateTest,
+    testing::Values(KRateCase{"even", Even(0, 24, 48), 0, 24, 48}, KRateCase{"slow", Even(0, 12, 9), 0, 12, 9},
+                    KRateCase{"odd", Even(0, 59, 60), 0, 59, 60}, KRateCase{"film", Even(0, 30000.0 / 1001, 99), 0, 29.97002997, 99},
+                    KRateCase{"long", Even(0, 120, 30000), 0, 120, 30000}, KRateCase{"late", Even(1.25, 120, 50), 0, 120, 50},
+                    KRateCase{"gaps", {0, 0.1, 0.5, 0.6}, 0, 30, 19}, KRateCase{"seconds", {0, 1, 2}, 0, 24, 49},
+                    KRateCase{"none", {0, 0.0101, 0.0333, 0.5}, 0, 120, 61}, KRateCase{"asked", Even(0, 24, 25), 60, 60, 61},
+                    KRateCase{"beside", {0.005, 1.005}, 60, 60, 61}, KRateCase{"one", {0.5}, 0, 120, 1}),
+    [](const auto& pInfo) { return std::string(pInfo.param.mWhat); });
 
 TEST(GltfMotion, NormalizedWholeNumbersAreFractions)
 {
@@ -200,6 +201,84 @@ TEST(GltfMotion, NormalizedWholeNumbersAreFractions)
     ASSERT_TRUE(lRead.mOk);
     EXPECT_NEAR(lRead.Find("bytes")->EvaluateLocalRotation(KTime(705600000))[0], 90.0, 1e-3);
     EXPECT_NEAR(lRead.Find("shorts")->EvaluateLocalRotation(KTime(705600000))[1], 90.0, 1e-3);
+}
+
+struct KNumbersCase
+{
+    const char*                     mWhat;
+    int                             mKind;
+    std::function<int(KGltfBuild&)> mAdd; ///< The view of (full scale, -full scale or 0, half) and its second element.
+    double                          mSecond;
+};
+
+class KGltfNumbersTest : public testing::TestWithParam<KNumbersCase>
+{
+};
+
+// Four of them, so that every kind stands on four bytes: 1, the least, about a half, 0.
+TEST_P(KGltfNumbersTest, AreFractionsOfTheirFullScale)
+{
+    KGltfBuild lBuild;
+    const int  lNode = lBuild.AddNode({{"name", "it"}});
+    const int  lOutput = lBuild.AddAccessor(GetParam().mAdd(lBuild), GetParam().mKind, "VEC4", 1);
+    lBuild.mJson["accessors"][static_cast<size_t>(lOutput)]["normalized"] = true;
+    lBuild.AddChannel(lNode, "rotation", lBuild.AddFloats("SCALAR", 1, {0.0F}), lOutput, nullptr);
+    const KReading lRead(lBuild.Text());
+    ASSERT_TRUE(lRead.mOk);
+    // (0, 0.6 or -0.6, 0, 0.8) as nearly as the kind can tell.
+    EXPECT_NEAR(lRead.Find("it")->EvaluateLocalRotation(KTime(0))[1], GetParam().mSecond, 1.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, KGltfNumbersTest,
+                         testing::Values(KNumbersCase{"int8", 5120,
+                                                      [](KGltfBuild& pBuild) {
+                                                          return pBuild.AddView<std::int8_t>({0, -76, 0, 102});
+                                                      },
+                                                      -73.74},
+                                         KNumbersCase{"uint8", 5121,
+                                                      [](KGltfBuild& pBuild) {
+                                                          return pBuild.AddView<std::uint8_t>({0, 153, 0, 204});
+                                                      },
+                                                      73.74},
+                                         KNumbersCase{"int16", 5122,
+                                                      [](KGltfBuild& pBuild) {
+                                                          return pBuild.AddView<std::int16_t>({0, -19660, 0, 26214});
+                                                      },
+                                                      -73.74},
+                                         KNumbersCase{"uint16", 5123,
+                                                      [](KGltfBuild& pBuild) {
+                                                          return pBuild.AddView<std::uint16_t>({0, 39321, 0, 52428});
+                                                      },
+                                                      73.74},
+                                         KNumbersCase{"uint32", 5125,
+                                                      [](KGltfBuild& pBuild) {
+                                                          return pBuild.AddView<std::uint32_t>({0, 2576980377U, 0, 3435973836U});
+                                                      },
+                                                      73.74}),
+                         [](const auto& pInfo) { return std::string(pInfo.param.mWhat); });
+
+TEST(GltfMotion, OfTwoChannelsForTheSamePropertyTheFirstCounts)
+{
+    KGltfBuild lBuild;
+    const int  lNode = lBuild.AddNode({{"name", "it"}});
+    const int  lInput = lBuild.AddFloats("SCALAR", 1, {0.0F});
+    lBuild.AddChannel(lNode, "translation", lInput, lBuild.AddFloats("VEC3", 3, {1, 2, 3}), nullptr);
+    lBuild.AddChannel(lNode, "translation", lInput, lBuild.AddFloats("VEC3", 3, {7, 8, 9}), nullptr);
+    lBuild.AddChannel(lNode, "scale", lInput, lBuild.AddFloats("VEC3", 3, {2, 2, 2}), nullptr);
+    KReading lRead(lBuild.Text());
+    EXPECT_EQ(MessagesOf(lRead.mFile), "animations[0].channels[1] moves what another channel moves already, left out\n");
+    EXPECT_NEAR(lRead.Global("it", 0).mData[3][2], 300.0, 1e-3);
+    EXPECT_NEAR(lRead.Global("it", 0).mData[0][0], 2.0, 1e-6);
+}
+
+TEST(GltfMotion, ARotationWithoutLengthIsNone)
+{
+    KGltfBuild lBuild;
+    lBuild.AddNode({{"name", "it"}, {"rotation", {0, 0, 0, 0}}, {"translation", {1, 0, 0}}});
+    KReading lRead(lBuild.Text());
+    EXPECT_EQ(MessagesOf(lRead.mFile), "nodes[0].rotation has no length, taken as none\n");
+    EXPECT_EQ(lRead.Global("it", 0).mData[1][1], 1.0);
+    EXPECT_NEAR(lRead.Global("it", 0).mData[3][0], 100.0, 1e-9);
 }
 
 TEST(GltfMotion, SparseElementsReplaceThoseOfTheBuffer)

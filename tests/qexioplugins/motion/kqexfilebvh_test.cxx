@@ -1,10 +1,12 @@
 #include <qexioplugins/motion/kqexfilebvh.h>
+#include <qexioplugins/motion/kqexsafenames.h>
 
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 
 using namespace qexsdk;
@@ -183,9 +185,35 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadFile{"Frames: 2", "Frames: -2", 17, "Number of frames expected, found (-2)"},
                     KBadFile{"Frame Time: .0083333", "Frame Time: fast", 18, "Frame time expected, found (fast)"},
                     KBadFile{"Frame Time: .0083333", "Frame Time: 1e99", 18, "Frame time out of range (1e+99)"},
+                    KBadFile{"Frame Time: .0083333", "Frame Time: 1e10", 20, "More frames than can be timed (1)"},
                     KBadFile{"4 5 6", "4 five 6", 20, "Frame 2, value 2 of 9: number expected, found (five)"},
                     KBadFile{"-1 -2 -3\n", "-1 -2\n", 20, "Frame 2, value 9 of 9: number expected, found (end of file)"}),
     [](const testing::TestParamInfo<KBadFile>& pInfo) { return std::to_string(pInfo.index); });
+
+TEST(BvhRead, AHierarchyNeedsARoot)
+{
+    const KScenePtr   lScene = MakeScene();
+    KQexFileBvh       lFile;
+    KQexBvhReadResult lResult;
+    EXPECT_FALSE(ReadText(lScene.get(), "HIERARCHY\nMOTION\nFrames: 0\nFrame Time: 1\n", lFile, lResult));
+    EXPECT_EQ(lFile.GetMessages().back().mText, "ROOT expected, found (MOTION)");
+}
+
+TEST(BvhRead, GoesBelowTheParentAtTheRateThatWereAskedFor)
+{
+    const KScenePtr    lScene = MakeScene();
+    KQexNode*          lParent = KQexNode::Create(lScene.get(), "parent");
+    KQexFileBvh        lFile;
+    KQexBvhReadResult  lResult;
+    KQexBvhReadOptions lOptions;
+    lOptions.mParentNode = lParent;
+    lOptions.mFramesPerSecond = 30.0;
+    ASSERT_TRUE(ReadText(lScene.get(), Replaced(kSmall, "Frame Time: .0083333", "Frame Time: 0"), lFile, lResult, lOptions));
+    EXPECT_TRUE(lFile.GetMessages().empty()) << "what the file says of the rate does not matter";
+    EXPECT_EQ(lResult.mStep, KTime::FromFrame(1, {30, 1}));
+    EXPECT_EQ(lResult.mRoots.front()->GetParent(), lParent);
+    EXPECT_EQ(lParent->FindChild("Left Leg")->mLocalRotation.GetCurveNode(false, "Take 001")->GetCurve(0)->GetTime(1), lResult.mStep);
+}
 
 TEST(BvhRead, WarnsAboutAnotherNumberOfFrames)
 {
@@ -433,6 +461,122 @@ TEST(BvhWrite, NamesAreMadeSafeAndUniqueWithAWarning)
     {
         EXPECT_NE(lText.find(lName), std::string::npos) << lName;
     }
+}
+
+TEST(BvhWrite, NamesThatWereMadeUniqueArePassedOver)
+{
+    KQexUniqueNames lNames;
+    for (const char* lName : {"a", "a_2", "a_3"})
+    {
+        EXPECT_EQ(lNames.Make(lName), lName);
+    }
+    EXPECT_EQ(lNames.Make("a"), "a_4");
+    EXPECT_EQ(lNames.Make("a"), "a_5");
+
+    KQexUniqueNames lShort(4);
+    for (const char* lName : {"long", "lo_2", "lo_3"})
+    {
+        EXPECT_EQ(lShort.Make(std::string(lName) + "er"), lName);
+    }
+    EXPECT_EQ(lShort.Make("longest"), "lo_4");
+}
+
+TEST(BvhWrite, WithoutFramesOrNodesThereIsNothingToWrite)
+{
+    const KScenePtr     lScene = MakeScene();
+    std::string         lText;
+    KQexFileBvh         lFile;
+    KQexBvhWriteOptions lOptions;
+    lOptions.mSampling.mCount = 1;
+    ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
+    EXPECT_FALSE(lFile.Write({}, lOptions));
+    lOptions.mSampling.mCount = 0;
+    EXPECT_FALSE(lFile.Write({lScene->GetRootNode()}, lOptions));
+    EXPECT_EQ(lText, "");
+    ASSERT_EQ(lFile.GetErrorCount(), 2);
+    EXPECT_EQ(lFile.GetMessages().back().mText, "Nothing to write");
+}
+
+// A take can move a node without a single key: by another value of its channel.
+TEST(BvhWrite, AChannelValueThatLeavesTheRestIsMotion)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lRoot = KQexNode::Create(lScene.get(), "hips");
+    KQexNode*       lTip = KQexNode::Create(lScene.get(), "hips_End");
+    lScene->GetRootNode()->AddChild(lRoot);
+    lRoot->AddChild(lTip);
+    lTip->mLocalTranslation.Set(qexVectorTemplate3<double>(10, 0, 0));
+    KQexAnimCurveNode* lCurveNode = lTip->mLocalTranslation.GetCurveNode(true, "take");
+    EXPECT_NE(Written(lScene.get(), lRoot).find("End Site\n"), std::string::npos) << "still";
+    lCurveNode->SetChannelValue<double>(1, 5.0);
+    const std::string lText = Written(lScene.get(), lRoot);
+    EXPECT_NE(lText.find("  JOINT hips_End\n"), std::string::npos) << lText;
+    EXPECT_NE(lText.find("\n0 0 0 0 0 0 10 5 0 0 0 0\n"), std::string::npos) << lText;
+}
+
+TEST(BvhWrite, CancelsInTheMiddle)
+{
+    std::mt19937 lRandom(7);
+    KRandomTree  lTree;
+    lTree.mFrames = 700;
+    const KScenePtr     lScene = MakeScene();
+    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
+    KQexBvhWriteOptions lOptions;
+    lOptions.mStack = lScene->FindAnimStack("take");
+    ASSERT_TRUE(MakeSampling({lRoot}, lOptions.mStack, KQexSamplingRequest(), lOptions.mSampling));
+    double lFraction = -1.0;
+    lOptions.mProgress = [&](double pFraction)
+    {
+        EXPECT_GT(pFraction, lFraction);
+        lFraction = pFraction;
+        return false;
+    };
+    std::string lText;
+    KQexFileBvh lFile;
+    ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
+    EXPECT_FALSE(lFile.Write({lRoot}, lOptions));
+    EXPECT_GT(lFraction, 0.0);
+    EXPECT_LT(lFraction, 1.0) << "asked once";
+    EXPECT_EQ(lFile.GetErrorCount(), 0) << "no error, it was wanted";
+}
+
+TEST(BvhSampling, StepsOfFrames)
+{
+    EXPECT_EQ(NearestFrameStep(1.0 / 120.0).Get(), 5880000);
+    EXPECT_EQ(NearestFrameStep(0.0083333).Get(), 5880000);
+    EXPECT_EQ(NearestFrameStep(2.5).Get(), 1764000000);
+    for (const double lNone : {0.0, -1.0, 1e300, std::nan("")})
+    {
+        EXPECT_EQ(NearestFrameStep(lNone).Get(), 0) << lNone;
+    }
+}
+
+TEST(BvhSampling, WhatDoesNotFitIntoTimeIsRefused)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");
+    lScene->GetRootNode()->AddChild(lNode);
+    KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, "take");
+    KQexAnimCurve*     lEmpty = KQexAnimCurve::Create(lScene.get(), "empty");
+    KQexAnimCurve*     lLate = KQexAnimCurve::Create(lScene.get(), "late");
+    KQexAnimCurve*     lEarly = KQexAnimCurve::Create(lScene.get(), "early");
+    lCurveNode->ConnectToChannel(lEmpty, 0, true);
+    lCurveNode->ConnectToChannel(lLate, 1, true);
+    lCurveNode->ConnectToChannel(lEarly, 2, true);
+    lLate->AppendSample(KTime(KTime::kMax), 1.0F);
+    lEarly->AppendSample(KTime(KTime::kMin), 1.0F);
+    KQexSampling        lSampling;
+    KQexSamplingRequest lRequest;
+    KQexAnimStack*      lStack = lScene->FindAnimStack("take");
+    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "longer than time can count";
+    lRequest.mHasStart = lRequest.mHasEnd = true;
+    lRequest.mEnd = KTime(705600000);
+    EXPECT_TRUE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "a part of it can be had";
+    lRequest.mEvery = 0;
+    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling));
+    lRequest.mEvery = INT_MAX;
+    lRequest.mFramesPerSecond = 1e-4;
+    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "nor can one step";
 }
 
 TEST(BvhSampling, TakesTheRateOfTheKeysUnlessTold)

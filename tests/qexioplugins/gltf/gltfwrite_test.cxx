@@ -1,0 +1,289 @@
+#include <qexioplugins/gltf/kqexfilegltf.h>
+
+#include <tests/qexioplugins/gltf/gltfbuild.h>
+#include <tests/support/randomscene.h>
+#include <tests/support/testfolders.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+// What is written of scenes out of the ordinary: several trees, groups above them, odd names, takes in which nothing moves.
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+KQexNode* AddNode(KQexNode* pParent, const char* pName, double pX = 0.0, double pY = 0.0, double pZ = 0.0)
+{
+    KQexNode* lNode = KQexNode::Create(pParent->GetScene(), pName);
+    EXPECT_TRUE(pParent->AddChild(lNode));
+    lNode->mLocalTranslation.Set(qexVectorTemplate3<double>(pX, pY, pZ));
+    return lNode;
+}
+
+/// A scene written and read back.
+class KWritten
+{
+public:
+    KWritten(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions = KQexGltfWriteOptions())
+    {
+        KTempDir lFolder;
+        EXPECT_TRUE(mFile.Write((lFolder / "it.gltf").string(), pRoots, pOptions)) << MessagesOf(mFile);
+        mMessages = MessagesOf(mFile);
+        mJson = nlohmann::json::parse(ReadFile(lFolder / "it.gltf"));
+        EXPECT_TRUE(mFile.Read((lFolder / "it.gltf").string(), mScene.get(), {}, mResult)) << MessagesOf(mFile);
+    }
+
+    std::vector<std::string> Names() const
+    {
+        std::vector<std::string> lNames;
+        for (const nlohmann::json& lNode : mJson["nodes"])
+        {
+            if (!lNode.contains("mesh"))
+            {
+                lNames.push_back(lNode.value("name", ""));
+            }
+        }
+        return lNames;
+    }
+
+    KQexFileGltf       mFile;
+    KQexGltfReadResult mResult;
+    KScenePtr          mScene = MakeScene();
+    std::string        mMessages;
+    nlohmann::json     mJson;
+};
+
+KQexVector4 Place(KQexNode* pNode)
+{
+    return pNode->GetScene()->GetEvaluator()->GetNodeGlobalTransform(pNode, KTime(0)).GetT();
+}
+
+TEST(GltfWrite, TreesKeepTheirPlacesBelowGroupsThatMoveThem)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lGroup = AddNode(lScene->GetRootNode(), "group", 100, 0, 0);
+    KQexNode*       lInner = AddNode(lGroup, "inner", 0, 50, 0);
+    lGroup->mLocalRotation.Set(qexVectorTemplate3<double>(0, 0, 90));
+    lInner->mLocalScaling.Set(qexVectorTemplate3<double>(2, 2, 2));
+    KQexNode*       lFirst = AddNode(lInner, "first", 1, 2, 3);
+    KQexNode*       lBelow = AddNode(lFirst, "below", 10, 0, 0);
+    KQexNode* const lSecond = AddNode(lScene->GetRootNode(), "second", 7, 8, 9);
+    const KWritten  lWritten({lFirst, lSecond});
+    EXPECT_EQ(lWritten.mMessages, "");
+    EXPECT_EQ(lWritten.Names(), (std::vector<std::string>{"group", "inner", "first", "below", "second"}));
+    EXPECT_EQ(lWritten.mJson["skins"].size(), 2u) << "one a tree";
+    for (KQexNode* lNode : {lGroup, lInner, lFirst, lBelow, lSecond})
+    {
+        KQexNode* lOther = lWritten.mScene->GetRootNode()->FindChild(lNode->GetName());
+        ASSERT_NE(lOther, nullptr) << lNode->GetName();
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_NEAR(Place(lOther)[i], Place(lNode)[i], 1e-3) << lNode->GetName() << i;
+        }
+    }
+}
+
+TEST(GltfWrite, ASceneRootThatIsMovedComesAlong)
+{
+    for (const int lWhat : {0, 1, 2, 3, 4, 5, 6})
+    {
+        const KScenePtr lScene = MakeScene();
+        KQexNode*       lTop = lScene->GetRootNode();
+        KQexNode*       lNode = AddNode(lTop, "node", 1, 2, 3);
+        double          lValues[3] = {0, 0, 0};
+        lValues[lWhat % 3] = 2.0;
+        if (lWhat < 3)
+        {
+            lTop->mLocalTranslation.Set(qexVectorTemplate3<double>(lValues[0], lValues[1], lValues[2]));
+        }
+        else if (lWhat < 6)
+        {
+            lTop->mLocalScaling.Set(qexVectorTemplate3<double>(1 + lValues[0], 1 + lValues[1], 1 + lValues[2]));
+        }
+        else
+        {
+            lTop->mLocalRotation.Set(qexVectorTemplate3<double>(10, 20, 30));
+        }
+        const KWritten lWritten({lNode});
+        EXPECT_EQ(lWritten.mJson["nodes"][0]["name"], "RootNode");
+        KQexNode* lOther = lWritten.mScene->GetRootNode()->FindChild("node");
+        ASSERT_NE(lOther, nullptr);
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_NEAR(Place(lOther)[i], Place(lNode)[i], 1e-3) << lWhat;
+        }
+    }
+}
+
+TEST(GltfWrite, NamesAreUniqueAndText)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lTop = AddNode(lScene->GetRootNode(), "top");
+    for (const char* lName : {"a", "a", "",
+                              "Gr\xC3\xB6\xC3\x9F"
+                              "e",
+                              "latin \xF6 one"})
+    {
+        AddNode(lTop, lName);
+    }
+    const KWritten lWritten({lTop});
+    EXPECT_EQ(lWritten.Names(), (std::vector<std::string>{"top", "a", "a_2", "node",
+                                                          "Gr\xC3\xB6\xC3\x9F"
+                                                          "e",
+                                                          "latin _ one"}));
+    EXPECT_EQ(lWritten.mMessages,
+              "Name changed (a_2), from (a)\nName changed (node), from ()\nName changed (latin _ one), from (latin _ one)\n");
+}
+
+struct KUtf8Case
+{
+    const char* mText;
+    bool        mIsText;
+};
+
+class KGltfUtf8Test : public testing::TestWithParam<KUtf8Case>
+{
+};
+
+// A name that is text stays as it is; of any other the bytes that are not ASCII go.
+TEST_P(KGltfUtf8Test, IsKeptOrReplaced)
+{
+    const KScenePtr lScene = MakeScene();
+    const KWritten  lWritten({AddNode(lScene->GetRootNode(), GetParam().mText)});
+    EXPECT_EQ(lWritten.Names()[0] == GetParam().mText, GetParam().mIsText) << lWritten.Names()[0];
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, KGltfUtf8Test,
+                         testing::Values(KUtf8Case{"plain", true}, KUtf8Case{"\x7F", true}, KUtf8Case{"\xC2\x80", true},
+                                         KUtf8Case{"\xDF\xBF", true}, KUtf8Case{"\xE0\xA0\x80", true}, KUtf8Case{"\xED\x9F\xBF", true},
+                                         KUtf8Case{"\xEE\x80\x80", true}, KUtf8Case{"\xEF\xBF\xBF", true},
+                                         KUtf8Case{"\xF0\x90\x80\x80", true}, KUtf8Case{"\xF4\x8F\xBF\xBF", true},
+                                         // Followers alone, cut short, too long for what they say, halves of pairs, beyond the last.
+                                         KUtf8Case{"\x80", false}, KUtf8Case{"\xC2", false}, KUtf8Case{"\xC2x", false},
+                                         KUtf8Case{"\xC0\x80", false}, KUtf8Case{"\xC1\xBF", false}, KUtf8Case{"\xE0\x9F\xBF", false},
+                                         KUtf8Case{"\xE2\x82", false}, KUtf8Case{"\xE2\x82x", false}, KUtf8Case{"\xED\xA0\x80", false},
+                                         KUtf8Case{"\xED\xBF\xBF", false}, KUtf8Case{"\xF0\x8F\xBF\xBF", false},
+                                         KUtf8Case{"\xF4\x90\x80\x80", false}, KUtf8Case{"\xF5\x80\x80\x80", false},
+                                         KUtf8Case{"\xF0\x90\x80", false}, KUtf8Case{"\xFF", false}));
+
+TEST(GltfWrite, ATakeInWhichNothingMovesIsLeftOutWithAWarning)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lNode = AddNode(lScene->GetRootNode(), "node", 1, 2, 3);
+    KQexAnimCurve*  lCurve = KQexAnimCurve::Create(lScene.get(), "x");
+    lNode->mLocalTranslation.GetCurveNode(true, "still")->ConnectToChannel(lCurve, 0, true);
+    lCurve->AppendSample(FrameTime(0), 1.0F);
+    lCurve->AppendSample(FrameTime(1), 1.0F);
+    lNode->mLocalTranslation.GetCurveNode(true, "elsewhere")->SetChannelValue<double>(0, 5.0);
+    KQexGltfWriteOptions lOptions;
+    for (const char* lName : {"still", "elsewhere"})
+    {
+        KQexGltfTake lTake;
+        lTake.mStack = lScene->FindAnimStack(lName);
+        ASSERT_TRUE(MakeSampling({lNode}, lTake.mStack, {}, lTake.mSampling));
+        lOptions.mTakes.push_back(lTake);
+    }
+    const KWritten lWritten({lNode}, lOptions);
+    EXPECT_EQ(lWritten.mMessages, "Nothing moves in take (still), no animation written\n");
+    ASSERT_EQ(lWritten.mResult.mTakes.size(), 1u);
+    EXPECT_STREQ(lWritten.mResult.mTakes[0].mStack->GetName(), "elsewhere");
+    lWritten.mScene->GetEvaluator()->SetContext(lWritten.mResult.mTakes[0].mStack);
+    EXPECT_NEAR(Place(lWritten.mScene->GetRootNode()->FindChild("node"))[0], 5.0, 1e-4) << "one frame of another pose is motion";
+}
+
+TEST(GltfWrite, CancelsAfterAnyPartAndLeavesTheFile)
+{
+    std::mt19937    lRandom(5);
+    const KScenePtr lScene = MakeScene();
+    KRandomTree     lTree;
+    lTree.mNodes = 40;
+    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
+    KQexGltfWriteOptions lOptions;
+    lOptions.mThreads = 1;
+    lOptions.mTakes.resize(1);
+    lOptions.mTakes[0].mStack = lScene->FindAnimStack("take");
+    ASSERT_TRUE(MakeSampling({lRoot}, lOptions.mTakes[0].mStack, {}, lOptions.mTakes[0].mSampling));
+    const KTempDir lFolder;
+    WriteFile(lFolder / "it.glb", "old");
+    double lFraction = 0.0;
+    for (int lLeft = 0;; ++lLeft)
+    {
+        int lCalls = 0;
+        lFraction = 0.0;
+        lOptions.mProgress = [&](double pFraction)
+        {
+            EXPECT_GT(pFraction, lFraction);
+            lFraction = pFraction;
+            return lCalls++ < lLeft;
+        };
+        KQexFileGltf lFile;
+        const bool   lOk = lFile.Write((lFolder / "it.glb").string(), {lRoot}, lOptions);
+        EXPECT_EQ(lOk, lCalls <= lLeft);
+        EXPECT_EQ(ReadFile(lFolder / "it.glb") == "old", !lOk);
+        if (lOk)
+        {
+            EXPECT_GT(lLeft, 1);
+            break;
+        }
+    }
+    EXPECT_DOUBLE_EQ(lFraction, 1.0);
+}
+
+TEST(GltfWrite, TheBinaryPartIsFoundWhateverTheFileIsCalled)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lNode = AddNode(lScene->GetRootNode(), "node", 1, 2, 3);
+    AddNode(lNode, "tip", 4, 5, 6);
+    const KTempDir lFolder;
+    for (const char* lName : {"plain.gltf", "A-b_c.d~.GLTF", "two words.gltf", "100%25 #1?.gltf",
+                              "Gr\xC3\xB6\xC3\x9F"
+                              "e.gltf",
+                              "\xF6.gltf", "a:b.gltf"})
+    {
+        const std::string  lPath = (lFolder / lName).string();
+        KQexFileGltf       lFile;
+        KQexGltfReadResult lResult;
+        const KScenePtr    lBack = MakeScene();
+        ASSERT_TRUE(lFile.Write(lPath, {lNode}, {})) << MessagesOf(lFile);
+        EXPECT_TRUE(std::filesystem::exists(lPath.substr(0, lPath.size() - 5) + ".bin"));
+        EXPECT_TRUE(lFile.Read(lPath, lBack.get(), {}, lResult)) << MessagesOf(lFile);
+        EXPECT_NE(lBack->GetRootNode()->FindChild("tip"), nullptr);
+    }
+}
+
+TEST(GltfWrite, WithoutNodesThereIsNothingToWrite)
+{
+    const KTempDir lFolder;
+    std::string    lOut = "before";
+    KQexFileGltf   lFile(true);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(lFile.WriteBuffer(lOut, {}, {}));
+    EXPECT_FALSE(lFile.Write((lFolder / "it.glb").string(), {}, {}));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "error: Nothing to write\nerror: Nothing to write\n");
+    EXPECT_EQ(MessagesOf(lFile), "Nothing to write\n");
+    EXPECT_EQ(lOut, "before");
+    EXPECT_FALSE(std::filesystem::exists(lFolder / "it.glb"));
+}
+
+TEST(GltfWrite, MoreJointsThanASkinCanTellApartHaveNone)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lTop = AddNode(lScene->GetRootNode(), "top");
+    for (int i = 0; i < 65535; ++i)
+    {
+        AddNode(lTop, std::to_string(i).c_str());
+    }
+    std::string  lOut;
+    KQexFileGltf lFile;
+    EXPECT_TRUE(lFile.WriteBuffer(lOut, {lTop}, {}));
+    EXPECT_EQ(MessagesOf(lFile), "Skin left out: more joints than a skin can have\n");
+    lTop->GetChild(0)->Destroy();
+    EXPECT_TRUE(lFile.WriteBuffer(lOut, {lTop}, {}));
+    EXPECT_EQ(MessagesOf(lFile), "");
+}
+
+} // namespace
