@@ -2,6 +2,7 @@
 
 #include <apps/asf/numbertext.h>
 
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -17,10 +18,9 @@ namespace
 {
 
 using qexsdk::HKQexAsfNode;
+using qexsdk::kMaxName;
 using qexsdk::KQexAsfNode;
 using qexsdk::KQexAsfWalk;
-
-constexpr size_t kMaxName = 50;
 
 // A name is read back as it is when it is one word that nothing else in the format looks like.
 std::string WhyInvalid(const std::string& pName)

@@ -7,6 +7,13 @@
 namespace qexsdk
 {
 
+/// The axis frame of the bone, from the angles and the order of its axis line.
+inline void SetAxisFrame(KQexAsfNode* pNode)
+{
+    KgeSet(pNode->mAxisRM, pNode->mOrientationV, pNode->mOrientationOrder);
+    KgeInverse(pNode->mAxisRMInv, pNode->mAxisRM);
+}
+
 /// Angles of \p pRM about x, y and z, in degrees, for the rotation order that the bone's DOF list implies. The decomposition
 /// gives them in the order of application; they are put in the slots of their axes here, whatever the order.
 inline void SetAxisAngles(KgeRVector& pAngles, const KgeRMatrix& pRM, const KQexAsfNode& pNode)

@@ -30,7 +30,8 @@ void DestroyCurves(KQexAsfNode& pNode)
 } // namespace
 
 KQexAsfNode::KQexAsfNode()
-    : mLimitsActive{},
+    : mName{},
+      mLimitsActive{},
       mOrientationOrder(0),
       mParent(nullptr),
       mOrderCount(0),
@@ -45,8 +46,6 @@ KQexAsfNode::KQexAsfNode()
       mInvalidateRLimits(false),
       mScene(nullptr)
 {
-    // All of it would be four lines of memory more for every bone.
-    mName[0] = '\0';
 }
 
 KQexAsfNode::~KQexAsfNode()

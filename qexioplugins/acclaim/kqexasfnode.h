@@ -168,7 +168,7 @@ public:
     // In the order in which they are used together: what only a file's text fills, what every walk over the tree looks at, what
     // frames are computed from and where they go, and what belongs to the host scene.
 
-    char       mName[256];          ///< Name, NUL-terminated. Empty by default; what stands behind the NUL is not initialised.
+    char       mName[256];          ///< Name, NUL-terminated. All NULs by default, so that 255 characters may be put in and end.
     double     mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
     bool       mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
     int        mOrientationOrder;   ///< Rotation order code of the bone's axis line.

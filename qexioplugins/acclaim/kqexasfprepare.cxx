@@ -1,3 +1,4 @@
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/motion/kqexrestpose.h>
@@ -14,7 +15,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr size_t      kMaxName = 50; ///< Characters of a name that are read.
 constexpr double      kCentimetres = 2.54;
 constexpr const char* kDummy = "Dummy";
 
