@@ -29,6 +29,14 @@ std::string Stem(const std::string& pPath)
     return lStem.empty() || lStem == "-" ? kNamelessTake : lStem;
 }
 
+// At its end the bones from the root on own no curves.
+struct KCurveGuard
+{
+    HKQexAsfNode mRoot;
+
+    ~KCurveGuard() { KQexAsfCurves::Destroy(mRoot); }
+};
+
 // Hands the bones' curves to the nodes that were just made of them: the trees are the same but for the end nodes.
 void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
 {
@@ -151,6 +159,8 @@ bool KQexAcclaimImport::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSou
     lTake.mName = ChooseTakeName(pSource);
     lTake.mPath = pSource.mPath;
     const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, lOptions);
+    // Should memory run out before the curves are taken over: a skeleton of the caller's outlives them.
+    const KCurveGuard lGuard{lOk ? pAsfScene.mRoot : nullptr};
     TakeMessages(lFile, pSource.mPath);
     lTake.mInfo = lFile.GetInfo();
     mResult.mCancelled = mResult.mCancelled || lTake.mInfo.mCancelled;

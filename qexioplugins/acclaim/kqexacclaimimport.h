@@ -34,6 +34,9 @@ public:
     /// Hands the curves over to nodes that exist already.
     bool AttachToExisting(KQexAsfScene& pAsfScene);
 
+    /// Adds an error that no file is to blame for. \return false
+    bool Fail(const char* pText);
+
 private:
     bool        ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount);
     void        RemoveDummies(KQexAsfScene& pAsfScene);
@@ -46,7 +49,6 @@ private:
     KQexNode* Build(KQexAsfScene& pAsfScene);
     KQexNode* Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow);
     bool      BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const char* pTakeName);
-    bool      Fail(const char* pText);
 
     KQexScene*                      mScene;
     KQexSceneUndo                   mUndo; ///< Armed until the import is complete.

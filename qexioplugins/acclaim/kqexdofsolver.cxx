@@ -218,7 +218,7 @@ double KDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatr
     const double lCosine = kHypot(lM[lAxis[0]][lAxis[0]], lM[lAxis[0]][lAxis[1]]);
     if (lCosine < kGimbalCosine)
     {
-        return SolveAny(pWanted, pAngles, pReached);
+        return SolveTwoInLock(pWanted, pAngles, pReached);
     }
     KDirection lTurns[2] = {KDirection::Of(lM[lAxis[2]][lAxis[2]], lSign * lM[lAxis[1]][lAxis[2]]),
                             KDirection::Of(lCosine, -lSign * lM[lAxis[0]][lAxis[2]])};
@@ -250,14 +250,12 @@ double KDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatr
     return lLeft;
 }
 
-double KDofSolver::SolveAny(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+/// Where the triple's first and third angle turn about one axis, the search begins with that triple of which the third is zero.
+double KDofSolver::SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     double lTriple[3];
     KmRtoVord(lTriple, pWanted.mData, mCode);
-    for (int i = 0; i < mCount; ++i)
-    {
-        pAngles[i] = i < 2 && mIsDistinct ? lTriple[i] : 0.0;
-    }
+    std::copy(lTriple, lTriple + 2, pAngles);
     Compose(pAngles, 0, mCount, pReached);
     double lLeft = AngleBetween(pWanted, pReached);
     if (lLeft > kExact)
@@ -265,6 +263,30 @@ double KDofSolver::SolveAny(const KgeRMatrix& pWanted, double* pAngles, KgeRMatr
         Refine(pWanted, pAngles, pReached);
         RefineFromBehind(pWanted, pAngles, pReached);
         lLeft = AngleBetween(pWanted, pReached);
+    }
+    return lLeft;
+}
+
+/// A DOF about the axis of the one before adds nothing to it, and of the others three reach everything. The rest stay at zero.
+double KDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+{
+    int    lCodes[3] = {};
+    int    lPlaces[3] = {};
+    double lAngles[3] = {};
+    int    lCount = 0;
+    for (int i = 0; i < mCount && lCount < 3; ++i)
+    {
+        if (lCount == 0 || mAxes[i] != mAxes[lPlaces[lCount - 1]])
+        {
+            lCodes[lCount] = 5 - mAxes[i];
+            lPlaces[lCount++] = i;
+        }
+    }
+    const double lLeft = KDofSolver(lCodes, lCount).Solve(pWanted, lAngles, pReached);
+    std::fill(pAngles, pAngles + mCount, 0.0);
+    for (int i = 0; i < lCount; ++i)
+    {
+        pAngles[lPlaces[i]] = lAngles[i];
     }
     return lLeft;
 }
@@ -286,7 +308,7 @@ double KDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix&
     {
         return SolveOne(pWanted, pAngles, pReached);
     }
-    return mCount == 2 && mIsDistinct ? SolveTwo(pWanted, pAngles, pReached) : SolveAny(pWanted, pAngles, pReached);
+    return mCount == 2 && mIsDistinct ? SolveTwo(pWanted, pAngles, pReached) : SolveRepeated(pWanted, pAngles, pReached);
 }
 
 bool KDofSolver::Follows(ERotationOrder pOrder) const

@@ -21,8 +21,8 @@ public:
     int GetCount() const { return mCount; }
 
     /// Writes one angle (degrees) for each rotation DOF, in their order, into \p pAngles. \p pReached receives the rotation that
-    /// they make. Three DOFs, each about another axis than the one before, reach every rotation; for other lists the angle left over
-    /// between \p pWanted and \p pReached is as small as going around the DOFs one by one makes it.
+    /// they make. Three DOFs, each about another axis than the one before, reach every rotation, whatever else is in the list; for
+    /// other lists the angle left over between \p pWanted and \p pReached is as small as going around the DOFs one by one makes it.
     /// \return the angle left over, degrees
     double Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
 
@@ -50,7 +50,8 @@ public:
 private:
     double SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
     double SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
-    double SolveAny(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    double SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
+    double SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
     void   Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
     void   RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const;
     void   Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const;

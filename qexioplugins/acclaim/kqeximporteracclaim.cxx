@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <mutex>
 #include <new>
+#include <utility>
 
 namespace qexsdk
 {
@@ -106,13 +107,21 @@ bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScen
                                        KQexImportAcclaimResult& pResult)
 {
     // The notes may be those of the very result that is about to be cleared.
-    const KQexAmcSkeletonNotes lNotes = pNotes;
+    const bool           lIsOwn = &pNotes == &pResult.mSkeletonNotes;
+    KQexAmcSkeletonNotes lOwn;
+    if (lIsOwn)
+        std::swap(lOwn, pResult.mSkeletonNotes);
     return RunLocked(pResult,
                      [&]
                      {
-                         pResult.mSkeletonNotes = lNotes;
+                         if (lIsOwn)
+                             std::swap(lOwn, pResult.mSkeletonNotes);
+                         else
+                             pResult.mSkeletonNotes = pNotes;
                          KQexAcclaimImport lImport(pScene, pOptions, pResult);
-                         return pAsfScene != nullptr && lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
+                         if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
+                             return lImport.Fail("The motion has no skeleton");
+                         return lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
                      });
 }
 

@@ -185,6 +185,31 @@ bool Import(KStage& pStage)
     return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
+/// The same motion once more, as another take of the nodes that are there.
+bool Merge(KStage& pStage)
+{
+    KQexImportAcclaimOptions lOptions;
+    KQexImportAcclaimResult  lResult;
+    lOptions.mMergeRoot = pStage.mScene->GetRootNode();
+    const auto lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const bool lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, lOptions, lResult);
+    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+}
+
+/// The same by a skeleton that was read before.
+bool ImportMotion(KStage& pStage)
+{
+    KQexImportAcclaimOptions lOptions;
+    KQexImportAcclaimResult  lResult;
+    const auto               lSource = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto               lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const KQexAsfSceneOwner  lSkeleton = KQexImporterAcclaim::ReadSkeleton(lSource, lOptions, lResult);
+    const bool lOk = lSkeleton && KQexImporterAcclaim::ImportMotion(pStage.mScene.get(), lSkeleton.get(), lResult.mSkeletonNotes, lMotions,
+                                                                    lOptions, lResult);
+    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+}
+
 bool ReadBvh(KStage& pStage)
 {
     KQexBvhReadResult lResult;
@@ -424,6 +449,8 @@ const std::vector<KFaultOperation>& FaultOperations()
         {"ReadAsf", false, {"a.asf"}, {}, false, ReadAsf},
         {"ReadAmc", false, {"a.asf", "a.amc"}, {}, false, ReadAmc},
         {"Import", false, {"a.asf", "a.amc"}, {}, false, Import},
+        {"Merge", true, {"a.asf", "a.amc"}, {}, false, Merge},
+        {"ImportMotion", true, {"a.asf", "a.amc"}, {}, false, ImportMotion},
         {"ReadBvh", false, {"a.bvh"}, {}, false, ReadBvh},
         {"ReadGlb", false, {"a.glb"}, {}, false, ReadGlb},
         {"ReadGltf", false, {"a.gltf", "a.bin"}, {}, false, ReadGltf},

@@ -6,6 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
 // What the exporter does beyond extraction, so that nothing is lost that a user would miss.
 
 using namespace qexsdk;
@@ -120,6 +124,43 @@ TEST_F(KExportServe, NamesBecomeValidUniqueAndShort)
     EXPECT_EQ(mResult.mMessages.size(), 10u) << Warnings();
 }
 
+TEST_F(KExportServe, NamesThatWouldOpenASectionOrSplitAreMended)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    Add(Add(lRoot, "#bone", 0, 0, 0), "#bone_End", 0, 5, 0);
+    mOptions.mSkeletonName = ":my skeleton";
+    Export(lRoot);
+    EXPECT_EQ(Tree(), "root\n _bone\n");
+    EXPECT_NE(mAsf.find(":name _my_skeleton\n"), std::string::npos) << mAsf;
+    EXPECT_EQ(Warnings(), "Bone renamed (_bone), from (#bone)\nSkeleton renamed (_my_skeleton), from (:my skeleton)\n");
+    mOptions.mSkeletonName = std::string(60, 'y');
+    Export(lRoot);
+    EXPECT_STREQ(mBack->GetName(), std::string(50, 'y').c_str());
+}
+
+// What an export once put in front of a bone has no DOFs; a joint that is only called so keeps them, as does one that moves.
+TEST_F(KExportServe, DummiesAreThoseWithTheNameOfTheirChildThatNeverMove)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lDummy = Add(lRoot, "armDummy", 0, 0, 0);
+    Add(Add(lDummy, "arm", 0, 5, 0), "arm_End", 0, 5, 0);
+    KQexNode* lTest = Add(lRoot, "crashDummy", 0, 0, 0);
+    Add(Add(lTest, "belt", 5, 0, 0), "belt_End", 0, 5, 0);
+    KQexNode* lMoved = Add(lRoot, "legDummy", 0, 0, 0);
+    Add(Add(lMoved, "leg", 0, 0, 5), "leg_End", 0, 5, 0);
+    KQexNode* lLeaf = Add(lRoot, "toeDummy", 0, 0, 0);
+    Add(lLeaf, "toeDummy_End", 0, 0, 5);
+    Animate(lMoved, lMoved->mLocalRotation, 1, 0.0F, 5.0F);
+    Export(lRoot);
+    const std::pair<const char*, int> lDofs[] = {{"armDummy", 0}, {"crashDummy", 3}, {"legDummy", 3}, {"toeDummy", 0}};
+    for (const auto& [lName, lCount] : lDofs)
+    {
+        const HKQexAsfNode lBone = mBack->mRoot->Find(lName);
+        ASSERT_NE(lBone, nullptr) << lName;
+        EXPECT_EQ(lBone->mOrderCount, lCount) << lName;
+    }
+}
+
 TEST_F(KExportServe, LimitsWithoutTranslationsAreWritten)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
@@ -216,6 +257,73 @@ TEST_F(KExportServe, KnownDofsAndTheirLimitsAreKept)
     EXPECT_NE(Warnings().find(" degrees\n"), std::string::npos);
 }
 
+TEST_F(KExportServe, OfKnownDofsOnlySixThatAreWordsCount)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
+    KQexBoneDofs lDofs;
+    for (const char* lWord : {"l", "rx", "RX", "", "tx", "ty", "tz", "ry", "rz", "rx"})
+    {
+        lDofs["bone"].emplace_back().mWord = lWord;
+    }
+    mOptions.mBoneDofs = &lDofs;
+    Export(lRoot);
+    EXPECT_NE(mAsf.find(" dof rx tx ty tz ry rz\n"), std::string::npos) << mAsf;
+}
+
+TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
+    Animate(lBone, lBone->mLocalTranslation, 0, 0.0F, 3.0F);
+    KQexBoneDofs lDofs;
+    lDofs["bone"].emplace_back().mWord = "ry";
+    mOptions.mBoneDofs = &lDofs;
+    Export(lRoot);
+    EXPECT_EQ(Warnings(), "Motion that the DOFs can't express (bone): up to 20 degrees and 3 cm\n");
+}
+
+// Only the sum of two angles is known there: one of them is rounded, the other makes up for it.
+TEST_F(KExportServe, AnglesInGimbalLockAreRoundAndTurnTheSame)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 3, 5, 1);
+    for (const float lLock : {90.0F, -90.0F})
+    {
+        Animate(lBone, lBone->mLocalRotation, 0, 33.337F, 12.345F);
+        Animate(lBone, lBone->mLocalRotation, 1, lLock, lLock);
+        Animate(lBone, lBone->mLocalRotation, 2, 0.123F, -7.89F);
+        Export(lRoot);
+        const size_t lLine = mAmc.find("\nbone ");
+        ASSERT_NE(lLine, std::string::npos) << mAmc;
+        const double lFirst = std::strtod(mAmc.c_str() + lLine + 6, nullptr);
+        EXPECT_EQ(lFirst, std::round(lFirst)) << mAmc;
+
+        const KScenePtr         lAgain = MakeScene();
+        KQexImportAcclaimResult lRead;
+        ASSERT_TRUE(KQexImporterAcclaim::Import(lAgain.get(), SkeletonSource(mAsf),
+                                                {KQexAcclaimSource::Buffer(mAmc.data(), mAmc.size(), "back.amc")}, {}, lRead));
+        for (const int lFrame : {0, 1})
+        {
+            const KQexVector4 lOld = mScene->GetEvaluator()->GetNodeGlobalTransform(lBone->GetChild(0), FrameTime(lFrame)).GetT();
+            KQexNode*         lEnd = lRead.mRootNode->FindChild("bone_End");
+            ASSERT_NE(lEnd, nullptr);
+            const KQexVector4 lNew = lAgain->GetEvaluator()->GetNodeGlobalTransform(lEnd, FrameTime(lFrame)).GetT();
+            for (int i = 0; i < 3; ++i)
+            {
+                EXPECT_NEAR(lNew[i], lOld[i], 1e-4) << lLock << ' ' << lFrame;
+            }
+        }
+        for (unsigned int i = 0; i < 3; ++i)
+        {
+            lBone->mLocalRotation.GetCurveNode(false, "take")->GetCurve(i)->Destroy(false, false);
+        }
+    }
+}
+
 TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
@@ -253,6 +361,33 @@ TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
     ASSERT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 3);
     EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderBuf[2], 3);
     EXPECT_EQ(Warnings().find("can't express"), std::string::npos) << Warnings();
+}
+
+TEST_F(KExportServe, TheThirdRotationIsTheOneThatIsMissing)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
+    mOptions.mBasePoseFirstFrame = true;
+    const struct
+    {
+        std::vector<const char*> mWords;
+        const char*              mWritten;
+    } lCases[] = {{{"ry", "rz"}, "ry rz rx"},
+                  {{"rz", "tx", "rx"}, "rz tx rx ry"},
+                  {{"ry"}, "ry"},
+                  {{"rx", "ry", "rx", "ry", "tx", "ty"}, "rx ry rx ry tx ty"},
+                  {{"rz", "ry", "rx"}, "rz ry rx"}};
+    for (const auto& lCase : lCases)
+    {
+        KQexBoneDofs lDofs;
+        for (const char* lWord : lCase.mWords)
+        {
+            lDofs["bone"].emplace_back().mWord = lWord;
+        }
+        mOptions.mBoneDofs = &lDofs;
+        Export(lRoot);
+        EXPECT_NE(mAsf.find(std::string(" dof ") + lCase.mWritten + "\n"), std::string::npos) << mAsf;
+    }
 }
 
 TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
@@ -301,6 +436,44 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
     EXPECT_EQ(mResult.mUnmatched, std::vector<std::string>{"extra"});
     EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 0\nextra 0\n"
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
+}
+
+// Bones find their nodes below their parents': of nodes of one name each side has its own.
+TEST_F(KExportServe, MotionForASkeletonWithBranches)
+{
+    KQexNode*   lRoot = Add(nullptr, "hips", 0, 0, 0);
+    std::string lSkeleton = kSkeletonHead;
+    float       lAngle = 10.0F;
+    for (const char* lName : {"left", "right", "tail"})
+    {
+        KQexNode* lLeg = Add(lRoot, lName, 0, 0, 0);
+        KQexNode* lToe = Add(Add(lLeg, "between", 0, 5, 0), "toe", 0, 5, 0);
+        Add(lToe, "toe_End", 0, 5, 0);
+        Animate(lToe, lToe->mLocalRotation, 0, 0.0F, lAngle);
+        lAngle += 10.0F;
+        lSkeleton += std::string("begin\nname ") + lName + "\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n";
+    }
+    lSkeleton += "begin\nname toe\ndirection 0 1 0\nlength 2\naxis 0 0 0 XYZ\ndof rx\nend\n"
+                 ":hierarchy\nbegin\nroot left right tail\nright toe\nend\n";
+    ReadBack(lSkeleton);
+    ASSERT_TRUE(mBack);
+    const KTempDir    lDir;
+    const std::string lPath = (lDir / "out.amc").string();
+    ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
+    EXPECT_TRUE(mResult.mUnmatched.empty());
+    EXPECT_NE(ReadFile(lPath).find("\n2\nroot 0 0 0 0 0 0\nleft 0\nright 0\ntoe 20\ntail 0\n"), std::string::npos) << ReadFile(lPath);
+
+    mOptions.mSampling.mEvery = 0;
+    EXPECT_FALSE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult));
+    EXPECT_EQ(Warnings(), "No frames in the part of the take that was asked for\n");
+    const KQexAsfSceneOwner lEmpty(QexSdkNew<KQexAsfScene>());
+    KQexAsfScene* const     lNone[] = {nullptr, lEmpty.get()};
+    for (KQexAsfScene* lScene : lNone)
+    {
+        EXPECT_FALSE(KQexExporterAcclaim::ExportMotion(lRoot, lScene, lPath.c_str(), mOptions, mResult));
+        EXPECT_EQ(Warnings(), "Nothing to export\n");
+    }
+    EXPECT_TRUE(KQexExporterAcclaim::GetBoneDofs(lEmpty.get()).empty());
 }
 
 TEST_F(KExportServe, LengthsOfTheSkeletonsFileKeepTheirPlacesInMotion)

@@ -36,6 +36,24 @@ protected:
         return lResult;
     }
 
+    /// Expects no random angles to come nearer to a rotation than the solver does.
+    void ExpectNearest(const KgeRVector& pAngles)
+    {
+        KgeRMatrix lWanted;
+        KgeSet(lWanted, pAngles);
+        std::vector<double> lFound(static_cast<size_t>(mSolver.GetCount()));
+        KgeRMatrix          lReached;
+        const double        lLeft = mSolver.Solve(lWanted, lFound.data(), lReached);
+        EXPECT_NEAR(lLeft, AngleBetween(lWanted, lReached), 1e-6);
+        EXPECT_LT(AngleBetween(Compose(lFound), lReached), 1e-6);
+        double lBest = 180.0;
+        for (int lTry = 0; lTry < 3000; ++lTry)
+        {
+            lBest = std::min(lBest, AngleBetween(lWanted, Compose(RandomAngles())));
+        }
+        EXPECT_LT(lLeft, lBest + 1e-5) << pAngles.mData[0] << ' ' << pAngles.mData[1] << ' ' << pAngles.mData[2];
+    }
+
     std::vector<double> RandomAngles()
     {
         std::vector<double> lAngles(static_cast<size_t>(mSolver.GetCount()));
@@ -65,29 +83,32 @@ TEST_P(KDofSolverTest, ReachesWhatTheDofsCanMake)
 
 TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
 {
-    const std::vector<int>& lList = GetParam();
-    if (mSolver.GetCount() > 2)
-    {
-        return; // These reach everything, which the other test shows.
-    }
     for (int i = 0; i < 40; ++i)
     {
         KgeRVector lAny;
-        KgeRMatrix lWanted;
         for (double& lAngle : lAny.mData)
         {
             lAngle = std::uniform_real_distribution<double>(-180.0, 180.0)(mRandom);
         }
-        KgeSet(lWanted, lAny);
-        std::vector<double> lFound(static_cast<size_t>(mSolver.GetCount()));
-        KgeRMatrix          lReached;
-        mSolver.Solve(lWanted, lFound.data(), lReached);
-        double lBest = 180.0;
-        for (int lTry = 0; lTry < 3000; ++lTry)
+        ExpectNearest(lAny);
+    }
+}
+
+// Where the triple that the search begins with has no angles of its own.
+TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
+{
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
+    {
+        for (const double lQuarter : {90.0, -90.0, 180.0})
         {
-            lBest = std::min(lBest, AngleBetween(lWanted, Compose(RandomAngles())));
+            for (const double lTwist : {0.0, 30.0, -140.0})
+            {
+                KgeRVector lTurn;
+                lTurn.mData[lAxis] = lQuarter;
+                lTurn.mData[(lAxis + 1) % 3] = lTwist;
+                ExpectNearest(lTurn);
+            }
         }
-        EXPECT_LT(AngleBetween(lWanted, lReached), lBest + 1e-9) << lList.size();
     }
 }
 
@@ -162,7 +183,10 @@ INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
                          testing::Values(std::vector<int>{}, std::vector<int>{0, 1, 2}, std::vector<int>{5}, std::vector<int>{4},
                                          std::vector<int>{3}, std::vector<int>{5, 4}, std::vector<int>{4, 3}, std::vector<int>{3, 5},
                                          std::vector<int>{5, 3}, std::vector<int>{5, 4, 3}, std::vector<int>{3, 4, 5},
-                                         std::vector<int>{4, 5, 3}, std::vector<int>{2, 3, 5, 4}, std::vector<int>{5, 4, 5}),
+                                         std::vector<int>{4, 5, 3}, std::vector<int>{2, 3, 5, 4}, std::vector<int>{5, 4, 5},
+                                         std::vector<int>{5, 5}, std::vector<int>{3, 3, 3}, std::vector<int>{5, 5, 4},
+                                         std::vector<int>{3, 4, 4}, std::vector<int>{5, 4, 3, 5}, std::vector<int>{5, 4, 5, 4},
+                                         std::vector<int>{3, 4, 5, 3, 4, 5}),
                          [](const testing::TestParamInfo<std::vector<int>>& pInfo) { return std::to_string(pInfo.index); });
 
 TEST(KDofSolverTakes, NothingItMightGetWrong)

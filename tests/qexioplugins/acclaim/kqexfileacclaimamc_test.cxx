@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/support/memorywatch.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
 
 using namespace qexsdk;
 using namespace qextest;
@@ -469,6 +471,70 @@ TEST(KQexFileAcclaimAmc, PeekTellsWhyItCannot)
     EXPECT_EQ(lReason, "No such file or directory");
     EXPECT_FALSE(KQexFileAcclaimAmc::PeekHeader(lFolder.Path().c_str(), lHeader, lReason));
     EXPECT_EQ(lReason, "Is a directory");
+    const std::pair<std::string, const char*> lTexts[] = {{"# " + std::string(2000000, 'x') + "\n1\n", "Line is too long"},
+                                                          {"\xFF\xFE"
+                                                           "1\n",
+                                                           "UTF-16 text is not supported"}};
+    for (const auto& [lText, lExpected] : lTexts)
+    {
+        WriteFile(lFolder / "a.amc", lText);
+        EXPECT_FALSE(KQexFileAcclaimAmc::PeekHeader((lFolder / "a.amc").c_str(), lHeader, lReason));
+        EXPECT_EQ(lReason, lExpected);
+    }
+    KMemoryWatch lWatch;
+    lWatch.FailAfter(0);
+    EXPECT_FALSE(KQexFileAcclaimAmc::PeekHeader((lFolder / "a.amc").c_str(), lHeader, lReason));
+    EXPECT_EQ(lReason, "Out of memory");
+}
+
+TEST(KQexFileAcclaimAmc, FramesTooFarApartForTimeAreRefused)
+{
+    struct KCase
+    {
+        double      mRate;
+        const char* mText;
+        const char* mMessage;
+    };
+    const KCase lCases[] = {{0, "1\nb 1\n1568706801120\nb 2\n", "E3 Frame number 1568706801120 is too far from the first, 1\n"},
+                            {0, "-9223372036854775807\nb 1\n9223372036854775807\nb 2\n",
+                             "E3 Frame number 9223372036854775807 is too far from the first, -9223372036854775807\n"},
+                            {7.3, "1\nb 1\n99999999999\nb 2\n", "E3 Frame number 99999999999 is too far from the first, 1\n"},
+                            {7.3, "1\nb 1\n-99999999999\nb 2\n", "E3 Frame number -99999999999 is too far from the first, 1\n"},
+                            {1e-11, "1\nb 1\n3\nb 2\n", nullptr}};
+    for (const KCase& lCase : lCases)
+    {
+        KQexAmcReadOptions lOptions;
+        lOptions.mSamplesPerSecond = lCase.mRate;
+        const KAmcOutcome lOutcome = ReadAmc(lCase.mText, lOptions);
+        EXPECT_FALSE(lOutcome.mOk);
+        const size_t lLast = lOutcome.mMessages.rfind('E');
+        ASSERT_NE(lLast, std::string::npos);
+        EXPECT_EQ(lOutcome.mMessages.substr(lLast), lCase.mMessage == nullptr ? "E1 Can't use 1e-11 samples a second\n" : lCase.mMessage);
+    }
+}
+
+TEST(KQexFileAcclaimAmc, WordsBetweenFramesAndTextBehindTheirNumbersAreSaidOnce)
+{
+    const KAmcOutcome lOutcome = ReadAmc("1 x\n" + SmallFrame(1, 1).substr(2) + ":DEGREES\n:SAMPLES-PER-SECOND 60\n:degrees\n" +
+                                         ":FULLY-SPECIFIED\n2 y\n" + SmallFrame(2, 2).substr(2) + ":radians\n");
+    EXPECT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mFrames, kTwoFrames);
+    EXPECT_EQ(lOutcome.mMessages, "W1 Ignoring the text after a frame number (x)\n"
+                                  "W6 Ignoring :DEGREES after the first frame\n"
+                                  "W7 Ignoring :SAMPLES-PER-SECOND after the first frame\n"
+                                  "W15 Ignoring :radians after the first frame\n");
+}
+
+TEST(KQexFileAcclaimAmc, ManyWordsOfALineAreNotAllNamed)
+{
+    std::string  lAsf = kSmallAsf;
+    const size_t lAt = lAsf.find("dof rx\n");
+    ASSERT_NE(lAt, std::string::npos);
+    lAsf.replace(lAt, 6, "dof rx l l l l l l l l l l l l l");
+    const KAmcOutcome lOutcome = ReadAmc("1\nb 1 2\n", {}, lAsf);
+    EXPECT_FALSE(lOutcome.mOk);
+    EXPECT_NE(lOutcome.mMessages.find("Bone b: 14 values expected (rx l l l l l l l l l l l ...), only 2 found\n"), std::string::npos)
+        << lOutcome.mMessages;
 }
 
 TEST(KQexFileAcclaimAmc, AFileThatCannotBeOpened)

@@ -3,6 +3,7 @@
 #include <tests/qexioplugins/acclaim/amcsupport.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/randomscene.h>
+#include <tests/support/standardinput.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
@@ -219,6 +220,81 @@ TEST(KQexImporterAcclaim, MotionOntoASkeletonThatIsThere)
     EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
     EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take 3"), "0:9 1:10");
     EXPECT_EQ(Tree(lSetup.mScene->GetRootNode()), std::string("RootNode(") + kSmallTree + ")");
+}
+
+TEST(KQexImporterAcclaim, MotionOntoOneOfTwoTrees)
+{
+    KSetup lSetup;
+    lSetup.mOptions.mKeepAsfScene = true;
+    for (const char* lName : {"first", "second"})
+    {
+        lSetup.mOptions.mParentNode = KQexNode::Create(lSetup.mScene.get(), lName);
+        lSetup.mScene->GetRootNode()->AddChild(lSetup.mOptions.mParentNode);
+        ASSERT_TRUE(lSetup.Import(kAsf, {}));
+    }
+    KQexAsfSceneOwner lAsfScene = std::move(lSetup.mResult.mAsfScene);
+    KQexNode* const   lRoot = lSetup.mResult.mRootNode;
+    // Below the group, and at the skeleton's root itself.
+    for (KQexNode* lMergeRoot : {lSetup.Node("second"), lRoot})
+    {
+        const std::string lTake = lMergeRoot->GetName();
+        lSetup.mOptions.mMergeRoot = lMergeRoot;
+        lSetup.mOptions.mTakeName = lTake;
+        ASSERT_TRUE(KQexImporterAcclaim::ImportMotion(lSetup.mScene.get(), lAsfScene.get(), lSetup.mResult.mSkeletonNotes,
+                                                      {Text(kThree, "walk.amc")}, lSetup.mOptions, lSetup.mResult));
+        EXPECT_EQ(lSetup.mResult.mRootNode, lRoot);
+        EXPECT_EQ(Keys(lRoot->FindChild("b"), true, 0, lTake.c_str()), "0:4 1:5 2:6");
+        EXPECT_EQ(Keys(lSetup.Node("first")->FindChild("b"), true, 0, lTake.c_str()), "-");
+    }
+}
+
+TEST(KQexImporterAcclaim, NeedsASceneAndASkeleton)
+{
+    KSetup                  lSetup;
+    KQexImportAcclaimResult lResult;
+    EXPECT_FALSE(KQexImporterAcclaim::Import(nullptr, Text(kAsf, "small.asf"), {}, {}, lResult));
+    EXPECT_EQ(lResult.mMessages.back().mMessage.mText, "There is no scene to import into");
+
+    const KQexAsfSceneOwner lEmpty(QexSdkNew<KQexAsfScene>());
+    KQexAsfScene* const     lSkeletons[] = {nullptr, lEmpty.get()};
+    for (KQexAsfScene* lSkeleton : lSkeletons)
+    {
+        for (const std::vector<KQexAcclaimSource>& lMotions : {std::vector<KQexAcclaimSource>(), {Text(kThree, "walk.amc")}})
+        {
+            EXPECT_FALSE(KQexImporterAcclaim::ImportMotion(lSetup.mScene.get(), lSkeleton, {}, lMotions, {}, lResult));
+            EXPECT_EQ(Texts(lResult.mMessages), "E0 The motion has no skeleton\n");
+        }
+    }
+    EXPECT_EQ(lSetup.mScene->GetObjectCount(), 2);
+}
+
+TEST(KQexImporterAcclaim, TakesAreNamedAfterTheirFiles)
+{
+    const char* const lCases[][2] = {{"walk.amc", "walk"}, {"a.b/walk", "walk"},       {"c:\\d\\walk.x.amc", "walk.x"},
+                                     {"dir/.amc", ".amc"}, {".hidden.amc", ".hidden"}, {"-", "Take 001"},
+                                     {"", "Take 001"},     {"dir/", "Take 001"}};
+    for (const auto& lCase : lCases)
+    {
+        KSetup lSetup;
+        lSetup.mOptions.mTakeName.clear();
+        ASSERT_TRUE(lSetup.Import(kAsf, {Text(kThree, lCase[0])}));
+        EXPECT_EQ(lSetup.mResult.mTakes[0].mName, lCase[1]) << lCase[0];
+    }
+}
+
+TEST(KQexImporterAcclaim, AFileThatEndsTooSoonIsExplained)
+{
+    const KTempDir lFolder;
+    WriteFile(lFolder / "cut.asf", kAsf.substr(0, kAsf.find("id 2")));
+    KSetup lSetup;
+    EXPECT_FALSE(KQexImporterAcclaim::Import(lSetup.mScene.get(), (lFolder / "cut.asf").c_str(), nullptr, {}, lSetup.mResult));
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages),
+              "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins in line 13\n");
+
+    // What came from standard input can't be looked at again.
+    KStandardInput lInput(kAsf.substr(0, kAsf.find("id 2")));
+    EXPECT_FALSE(KQexImporterAcclaim::Import(lSetup.mScene.get(), "-", "", {}, lSetup.mResult));
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), "E0 The skeleton is incomplete\n");
 }
 
 TEST(KQexImporterAcclaim, ParentAndMergeRoot)
