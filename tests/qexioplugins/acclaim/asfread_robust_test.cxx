@@ -414,19 +414,22 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
     };
     for (int lRound = 0; lRound < 300; ++lRound)
     {
-        const int   lBones = 2 + lNext(40);
-        const int   lNames = 1 + lNext(lBones);
-        std::string lText = ":root\n:bonedata\n";
-        for (int i = 0; i < lBones; ++i)
-            lText += "begin\nname " + B(i < lNames ? i : lNext(lNames)) + "\ndirection 1 0 0\nlength " + std::to_string(i) + "\nend\n";
+        // Half of the bones share three names: where all names are shared, the first bones soon hold all that is named.
+        std::vector<std::string> lNames;
+        std::string              lText = ":root\n:bonedata\n";
+        for (int i = 2 + lNext(40); i > 0; --i)
+        {
+            lNames.push_back(B(lNext(2) == 0 ? lNext(3) : i + 3));
+            lText += "begin\nname " + lNames.back() + "\ndirection 1 0 0\nlength " + std::to_string(i) + "\nend\n";
+        }
         KAsfReading lPlain;
         ASSERT_TRUE(lPlain.ReadText(lText + ":hierarchy\n"));
         KPlainHierarchy lExpected(lPlain.mScene->mRoot);
         lText += ":hierarchy\nbegin\n";
         for (int i = 0; i < 60; ++i)
         {
-            const std::string lParent = B(lNext(lNames));
-            const std::string lChild = B(lNext(lNames));
+            const std::string lParent = lNames[static_cast<size_t>(lNext(static_cast<int>(lNames.size())))];
+            const std::string lChild = lNames[static_cast<size_t>(lNext(static_cast<int>(lNames.size())))];
             lText += lParent + " " + lChild + "\n";
             lExpected.Family(lParent, lChild);
             if (lNext(10) == 0)

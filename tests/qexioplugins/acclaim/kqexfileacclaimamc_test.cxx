@@ -224,14 +224,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(KQexFileAcclaimAmc, UnitsOfAnglesAndLengths)
 {
     const std::string lRadiansAsf = Replace(kSmallAsf, "angle deg", "angle rad");
-    const std::string lLengthAsf = Replace(kSmallAsf, "length 2.54", "length 0.5");
+    const std::string lLengthAsf = Replace(kSmallAsf, "length 2.54", "length 0.05");
     const std::string lNoUnitAsf = Replace(kSmallAsf, "length 2.54", "length 0");
     EXPECT_EQ(ReadAmc(kTwo).mAngleFactor, 1.0);
     EXPECT_EQ(ReadAmc(":RADIANS\n" + kTwo).mAngleFactor, 57.29577951308232);
     EXPECT_EQ(ReadAmc(kTwo, {}, lRadiansAsf).mAngleFactor, 57.29577951308232);
     EXPECT_EQ(ReadAmc(":DEGREES\n" + kTwo, {}, lRadiansAsf).mAngleFactor, 1.0);
     EXPECT_EQ(ReadAmc(kTwo).mLengthFactor, 1.0);
-    EXPECT_EQ(ReadAmc(kTwo, {}, lLengthAsf).mLengthFactor, 2.54 / 0.5);
+    EXPECT_EQ(ReadAmc(kTwo, {}, lLengthAsf).mLengthFactor, 2.54 / 0.05);
     EXPECT_EQ(ReadAmc(kTwo, {}, lNoUnitAsf).mLengthFactor, 1.0);
 }
 
