@@ -5,7 +5,8 @@ usage: mutate.py [COUNT] [--seed N] [--skip N] [-j JOBS] [--at FILE[:LINE]]
 
 Works on a copy of the sources in build/mutate, so that the work tree is never touched. A mutant is killed when a test fails, crashes, or
 needs far more processor time or memory than it does without the change. One that does not build says nothing about the tests: it is counted
-apart and another one takes its place. ASF_CORPUS_DIR, ASF_ORACLE_DIR and ASF_VECTORS_DIR are handed on to the tests when they are set.
+apart and another one takes its place; so is one that changes no result, as tools/mutants-equal.json tells with a reason. ASF_CORPUS_DIR,
+ASF_ORACLE_DIR and ASF_VECTORS_DIR are handed on to the tests when they are set.
 """
 import argparse
 import json
@@ -25,7 +26,7 @@ BUILD = WORK / "build"
 # Which test programs look at a layer, the quickest to build first: a later one is built only when the ones before it pass.
 PROGRAMS = {
     "kbaselib/kmath": ("tests_kmath", "tests_acclaim"),
-    "qexioplugins/acclaim": ("tests_acclaim", "tests_faults"),
+    "qexioplugins/acclaim": ("tests_acclaim",),
 }
 SLOW_SECONDS = 0.25  # Tests that take longer come after all others: most mutants never get there.
 MEMORY = 4 << 30
@@ -36,7 +37,7 @@ SWAPS = [
     (r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "), (r" >= ", " > "),
     (r" && ", " || "), (r" \|\| ", " && "),
     (r"\btrue\b", "false"), (r"\bfalse\b", "true"),
-    (r"\b0\b(?!\.)", "1"), (r"\b1\b(?!\.)", "2"), (r"\b2\b(?!\.)", "1"), (r"\b0\.0\b", "1.0"), (r"\b1\.0\b", "0.5"),
+    (r"(?<!\.)\b0\b(?!\.)", "1"), (r"(?<!\.)\b1\b(?!\.)", "2"), (r"(?<!\.)\b2\b(?!\.)", "1"), (r"\b0\.0\b", "1.0"), (r"\b1\.0\b", "0.5"),
     (r"\+\+(?=l?[A-Za-z])", "--"), (r"if \((?!!)", "if (!"), (r"(?<=[(,= ])-(?=[a-zA-Zk])", ""),
 ]
 
@@ -83,10 +84,22 @@ def find_mutants(place):
 
 
 def line_mutants(layer, name, number, code):
-    if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum)\b", code):
+    # Declarations, and what only asks for memory early: no test can tell.
+    if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum|KPrefetch)\b", code):
         return []
     return [Mutant(layer, name, number, match.start(), match.end(), replacement)
             for pattern, replacement in SWAPS for match in re.finditer(pattern, code)]
+
+
+class EqualMutants:
+    """Those that were looked at and change no result, by their lines before and after: with a reason each in the file."""
+
+    def __init__(self):
+        entries = json.loads((ROOT / "tools" / "mutants-equal.json").read_text())
+        self.known = {(entry["file"], entry["before"], entry["after"]) for entry in entries}
+
+    def holds(self, mutant, before, after):
+        return (mutant.name, before, after) in self.known
 
 
 class Program:
@@ -164,9 +177,8 @@ def copy_sources():
 def prepare(programs, jobs):
     copy_sources()
     linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld"] if shutil.which("ld.lld") else []
-    # With glTF and the program, because the tests of faults are tests of everything.
     if not succeeds(["cmake", "-G", "Ninja", "-S", str(WORK), "-B", str(BUILD), "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0",
-                     "-DQEX_BUILD_APP=ON", "-DQEX_BUILD_GLTF=ON", *linker]):
+                     "-DQEX_BUILD_APP=OFF", "-DQEX_BUILD_GLTF=OFF", *linker]):
         sys.exit("mutate: configuring failed in build/mutate")
     for program in programs.values():
         if not build(program.name, jobs):
@@ -222,19 +234,20 @@ def main():
     prepare(programs, options.jobs)
     mutants = find_mutants(options.at)
     random.Random(options.seed).shuffle(mutants)
-    counts = {"killed": 0, "SURVIVED": 0, "did not build": 0}
+    counts = {"killed": 0, "SURVIVED": 0, "did not build": 0, "changes nothing": 0}
+    equal = EqualMutants()
     for mutant in mutants[options.skip:]:
         judged = counts["killed"] + counts["SURVIVED"]
         if judged == options.count:
             break
         with Restored(mutant, programs):
             before, after = mutant.apply()
-            state = judge(mutant, programs, options.jobs)
+            state = "changes nothing" if equal.holds(mutant, before, after) else judge(mutant, programs, options.jobs)
         counts[state] += 1
         print(f"{judged + 1}/{options.count} {state} {mutant.name}:{mutant.number + 1}: {before}  =>  {after}", flush=True)
     judged = counts["killed"] + counts["SURVIVED"]
     print(f"{counts['killed']} of {judged} killed ({100 * counts['killed'] / max(1, judged):.1f} %), of {len(mutants)} places; "
-          f"{counts['did not build']} more did not build")
+          f"{counts['did not build']} more did not build, {counts['changes nothing']} are known to change nothing")
     return 0 if 10 * counts["killed"] >= 9 * judged else 1
 
 
