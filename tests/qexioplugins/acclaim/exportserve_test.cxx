@@ -420,6 +420,7 @@ TEST_F(KExportServe, ScaleUnitAndRate)
 TEST_F(KExportServe, MotionForASkeletonThatIsThere)
 {
     KQexNode* lRoot = Add(nullptr, "actor:hips", 0, 10, 0);
+    Add(lRoot, "actor:extra", 0, 3, 0); // Not where the skeleton has it.
     KQexNode* lBone = Add(lRoot, "actor:bone", 0, 0, 0);
     KQexNode* lTip = Add(lBone, "actor:tip", 0, 5, 0);
     Add(lTip, "actor:tip_End", 0, 5, 0);
