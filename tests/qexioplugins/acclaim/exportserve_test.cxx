@@ -212,7 +212,7 @@ TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
     KQexNode* lStill = Add(lRoot, "still", 0, 0, 0);
     KQexNode* lMoving = Add(lStill, "moving", 0, 5, 0);
     Add(lMoving, "moving_End", 0, 5, 0);
-    Animate(lMoving, lMoving->mLocalTranslation, 1, 5.0F, 7.54F);
+    Animate(lMoving, lMoving->mLocalTranslation, 1, 5.0F, 5.254F);
     const struct
     {
         KQexTranslationDofs mWanted;
@@ -226,8 +226,8 @@ TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
         EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, lCase.mStill);
         EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mChildBuf[0]->mOrderCount, lCase.mMoving);
         const bool lIsLost = lCase.mWanted == eTRANSLATION_DOFS_NONE;
-        EXPECT_EQ(Warnings(), lIsLost ? "Motion that the DOFs can't express (moving): up to 2.54 cm\n" : "");
-        EXPECT_EQ(mAmc.find("moving 0 1 0 0 0 0\n") != std::string::npos, !lIsLost) << mAmc;
+        EXPECT_EQ(Warnings(), lIsLost ? "Motion that the DOFs can't express (moving): up to 0.254 cm\n" : "");
+        EXPECT_EQ(mAmc.find("moving 0 0.1 0 0 0 0\n") != std::string::npos, !lIsLost) << mAmc;
     }
 }
 
@@ -276,13 +276,13 @@ TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
     Add(lBone, "bone_End", 0, 5, 0);
-    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
-    Animate(lBone, lBone->mLocalTranslation, 0, 0.0F, 3.0F);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 0.5F);
+    Animate(lBone, lBone->mLocalTranslation, 0, 0.0F, 0.5F);
     KQexBoneDofs lDofs;
     lDofs["bone"].emplace_back().mWord = "ry";
     mOptions.mBoneDofs = &lDofs;
     Export(lRoot);
-    EXPECT_EQ(Warnings(), "Motion that the DOFs can't express (bone): up to 20 degrees and 3 cm\n");
+    EXPECT_EQ(Warnings(), "Motion that the DOFs can't express (bone): up to 0.5 degrees and 0.5 cm\n");
 }
 
 // Only the sum of two angles is known there: one of them is rounded, the other makes up for it.
