@@ -108,6 +108,30 @@ TEST_P(KSettleTest, MovesTheEndByLittle)
     }
 }
 
+// No side is preferred: the mirror image of a direction settles as the mirror image.
+TEST_P(KSettleTest, SettlesMirrorImagesAlike)
+{
+    for (int lRound = 0; lRound < 5000; ++lRound)
+    {
+        SetRandomBone();
+        const KgeTVector lDirection = mBone->mDirectionV;
+        const double     lLength = mBone->mLength;
+        SettleBone(*mBone, GetParam());
+        const KgeTVector lSettled = mBone->mDirectionV;
+        for (int lAxis = 0; lAxis < 3; ++lAxis)
+        {
+            mBone->mDirectionV = lDirection;
+            mBone->mDirectionV[lAxis] = -mBone->mDirectionV[lAxis];
+            mBone->mLength = lLength;
+            SettleBone(*mBone, GetParam());
+            for (int i = 0; i < 3; ++i)
+            {
+                ASSERT_EQ(mBone->mDirectionV[i], i == lAxis ? -lSettled[i] : lSettled[i]) << "round " << lRound;
+            }
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(LengthUnits, KSettleTest, testing::Values(2.54, 0.45, 1.0, 0.0254));
 
 } // namespace

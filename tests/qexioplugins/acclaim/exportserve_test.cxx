@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 #include <utility>
 
 // What the exporter does beyond extraction, so that nothing is lost that a user would miss.
@@ -437,6 +438,56 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
     EXPECT_EQ(mResult.mUnmatched, std::vector<std::string>{"extra"});
     EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 0\nextra 0\n"
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
+}
+
+// The progress call may stop it at any time: no file appears, and the one that was there stays.
+TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
+    const KTempDir    lDir;
+    const std::string lAsf = (lDir / "out.asf").string();
+    const std::string lAmc = (lDir / "out.amc").string();
+    WriteFile(lDir / "out.amc", "before");
+    int lCalls = 0;
+    int lStopAt = 1;
+    mOptions.mProgress = [&](double)
+    {
+        return ++lCalls != lStopAt;
+    };
+    for (;; ++lStopAt)
+    {
+        lCalls = 0;
+        if (KQexExporterAcclaim::Export(lRoot, lAsf.c_str(), lAmc.c_str(), mOptions, mResult))
+        {
+            break;
+        }
+        ASSERT_LT(lStopAt, 100);
+        EXPECT_TRUE(mResult.mCancelled) << lStopAt;
+        EXPECT_FALSE(std::filesystem::exists(lAsf)) << lStopAt;
+        EXPECT_EQ(ReadFile(lAmc), "before") << lStopAt;
+    }
+    EXPECT_GT(lStopAt, 1);
+    EXPECT_FALSE(mResult.mCancelled);
+    EXPECT_NE(ReadFile(lAmc), "before");
+}
+
+// Messages are the caller's to show.
+TEST_F(KExportServe, PrintsNothing)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    Add(lBone, "bone_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalTranslation, 1, 0.0F, 2.0F);
+    mOptions.mTranslations = eTRANSLATION_DOFS_NONE;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    Export(lRoot);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_NE(Warnings(), "");
 }
 
 // Bones find their nodes below their parents': of nodes of one name each side has its own.

@@ -701,7 +701,9 @@ INSTANTIATE_TEST_SUITE_P(Cases, KImportRemarkTest,
                                          KRemarkCase{
                                              "dof rx ry", "dof rx ry rx", true,
                                              "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
-                                         KRemarkCase{"dof rx ry", "dof rx ry rx", false, ""}));
+                                         KRemarkCase{"dof rx ry", "dof rx ry rx", false, ""},
+                                         // The second line replaces the first, whose last word is no longer the bone's.
+                                         KRemarkCase{"dof rx ry", "dof ry rx rx rx\n    dof ry rx", true, ""}));
 
 TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
 {
