@@ -87,8 +87,10 @@ def line_mutants(layer, name, number, code):
     # Declarations, and what only asks for memory early: no test can tell.
     if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum|KPrefetch)\b", code):
         return []
+    # Nor where the counts of keyword tables begin: they are cleared first, or never asked for.
     return [Mutant(layer, name, number, match.start(), match.end(), replacement)
-            for pattern, replacement in SWAPS for match in re.finditer(pattern, code)]
+            for pattern, replacement in SWAPS for match in re.finditer(pattern, code)
+            if not re.search(r'\{"_*", $', code[:match.start()])]
 
 
 class EqualMutants:
