@@ -114,7 +114,7 @@ TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
 
 TEST_P(KDofSolverTest, RoundingInLockChangesNoRotation)
 {
-    for (const double lLock : {0.0, 90.0, 180.0, -90.0, 270.0})
+    for (const double lLock : {0.0, 90.0, 180.0, -90.0, 270.0, 89.999999, -89.999999, 1e-6, 179.999999})
     {
         for (int i = 0; i < 20; ++i)
         {
@@ -126,7 +126,7 @@ TEST_P(KDofSolverTest, RoundingInLockChangesNoRotation)
             const KgeRMatrix lBefore = Compose(lAngles);
             mSolver.RoundInLock(lAngles.data(), 1.0);
             EXPECT_EQ(lAngles[0], std::round(lAngles[0]));
-            EXPECT_LT(AngleBetween(lBefore, Compose(lAngles)), 1e-6) << lLock;
+            EXPECT_LT(AngleBetween(lBefore, Compose(lAngles)), 1e-5) << lLock;
         }
     }
 }
