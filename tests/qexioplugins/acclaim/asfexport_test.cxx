@@ -173,6 +173,20 @@ TEST_F(KExportTest, ScalesMultiplyDownTheChain)
     EXPECT_DOUBLE_EQ(lRoot->Find("Head")->mParentPositionV.mData[0], 2.54);
 }
 
+TEST_F(KExportTest, EachAxisHasItsOwnScale)
+{
+    KQexNode* lChest = Node(mTop, "Chest");
+    KQexNode* lHead = Node(lChest, "Head", 2.54, 2.54, 2.54);
+    Node(lHead, "End", 2.54);
+    lChest->mLocalScaling.Set(qexVectorTemplate3<double>(2.0, 3.0, 4.0));
+    const KQexAsfNode* lBone = Export()->Find("Chest");
+    EXPECT_DOUBLE_EQ(lBone->mLength, std::sqrt(4.0 + 9.0 + 16.0));
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_DOUBLE_EQ(lBone->mDirectionV.mData[i], (2.0 + i) / std::sqrt(29.0));
+    }
+}
+
 struct KExportOrderCase
 {
     ERotationOrder   mOrder;

@@ -440,6 +440,27 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
 }
 
+// A bone whose DOFs leave a part of its turn out carries the next one to another place: what that one's DOFs can, they make up for.
+TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
+    KQexNode* lTip = Add(lBone, "tip", 0, 5, 0);
+    Add(lTip, "tip_End", 0, 5, 0);
+    Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 30.0F);
+    KQexBoneDofs lDofs;
+    lDofs["bone"].emplace_back().mWord = "ry";
+    for (const char* lWord : {"rx", "ry", "rz", "tx", "ty", "tz"})
+    {
+        lDofs["tip"].emplace_back().mWord = lWord;
+    }
+    mOptions.mBoneDofs = &lDofs;
+    mOptions.mLengthUnit = 2.54;
+    Export(lRoot);
+    // Where it is, (-5 sin 30, 5 cos 30), less where its parent leaves it, (0, 5).
+    EXPECT_NE(mAmc.find("bone 0\ntip 0 0 30 -2.5 -0.66987"), std::string::npos) << mAmc;
+}
+
 // The progress call may stop it at any time: no file appears, and the one that was there stays.
 TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
 {
