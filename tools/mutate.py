@@ -58,13 +58,13 @@ class Mutant:
         self.start, self.end, self.replacement = start, end, replacement
 
     def apply(self):
-        """Changes the copy. Gives the lines before and after."""
+        """Changes the copy. Gives the line above, and the line before and after."""
         path = WORK / self.name
         lines = path.read_text().splitlines(keepends=True)
         before = lines[self.number]
         lines[self.number] = before[:self.start] + self.replacement + before[self.end:]
         path.write_text("".join(lines))
-        return before.strip(), lines[self.number].strip()
+        return lines[self.number - 1].strip(), before.strip(), lines[self.number].strip()
 
 
 def find_mutants(place):
@@ -92,15 +92,16 @@ def line_mutants(layer, name, number, code):
 
 
 class EqualMutants:
-    """Those that were looked at and change no result, by their lines before and after: with a reason each in the file. Nor does
-    it matter where the counts of keyword tables begin: they are cleared first, or never asked for."""
+    """Those that were looked at and change no result, by their lines before and after, and the line above where that is not enough:
+    with a reason each in the file. Nor does it matter where the counts of keyword tables begin: they are cleared first, or never
+    asked for."""
 
     def __init__(self):
         entries = json.loads((ROOT / "tools" / "mutants-equal.json").read_text())
-        self.known = {(entry["file"], entry["before"], entry["after"]) for entry in entries}
+        self.known = {(entry["file"], entry["before"], entry["after"]): entry.get("above") for entry in entries}
 
-    def holds(self, mutant, before, after):
-        return (mutant.name, before, after) in self.known or re.search(r'\{"[^"]*", [01]\}', before) is not None
+    def holds(self, mutant, above, before, after):
+        return self.known.get((mutant.name, before, after), False) in (None, above) or re.search(r'\{"[^"]*", [01]\}', before) is not None
 
 
 class Program:
@@ -242,8 +243,8 @@ def main():
         if judged == options.count:
             break
         with Restored(mutant, programs):
-            before, after = mutant.apply()
-            state = "changes nothing" if equal.holds(mutant, before, after) else judge(mutant, programs, options.jobs)
+            above, before, after = mutant.apply()
+            state = "changes nothing" if equal.holds(mutant, above, before, after) else judge(mutant, programs, options.jobs)
         counts[state] += 1
         print(f"{judged + 1}/{options.count} {state} {mutant.name}:{mutant.number + 1}: {before}  =>  {after}", flush=True)
     judged = counts["killed"] + counts["SURVIVED"]
