@@ -445,6 +445,23 @@ TEST(KLineReader, NothingIsReadBehindALineThatIsTooLong)
     EXPECT_FALSE(lReader.NextLine());
 }
 
+/// A long line makes the buffer large: what comes next may then stand in it as a whole, and is too long all the same.
+TEST(KLineReader, LinesThatAreTooLongBehindALongOne)
+{
+    for (int lShort = 0; lShort < 40000; lShort += 2500)
+    {
+        std::string lText(KLineReader::kMaxLine, 'x');
+        for (int i = 0; i <= lShort; ++i)
+            lText += "\nab";
+        lText += '\n' + std::string(KLineReader::kMaxLine + 1, 'y') + "\nend\n";
+        KLineReader lReader;
+        ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
+        EXPECT_EQ(LinesOf(lReader).size(), static_cast<size_t>(lShort) + 2);
+        EXPECT_EQ(lReader.GetStatus(), KLineReader::eTOO_LONG);
+        EXPECT_EQ(lReader.GetLineNumber(), lShort + 3);
+    }
+}
+
 TEST(KLineReader, PlaceInTheInput)
 {
     const std::string lText = "one\ntwo\r\nthree";

@@ -511,6 +511,22 @@ TEST_F(KExportServe, PrintsNothing)
     EXPECT_NE(Warnings(), "");
 }
 
+TEST_F(KExportServe, ASkeletonAloneGoesIntoAFile)
+{
+    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
+    Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
+    const KTempDir    lDir;
+    const std::string lPath = (lDir / "out.asf").string();
+    for (const char* lNoMotion : {static_cast<const char*>(nullptr), ""})
+    {
+        ASSERT_TRUE(KQexExporterAcclaim::Export(lRoot, lPath.c_str(), lNoMotion, mOptions, mResult)) << Warnings();
+        EXPECT_EQ(mResult.mBones, 2);
+        ASSERT_TRUE(KQexExporterAcclaim::ExportSkeleton(lRoot, mAsf, mOptions, mResult));
+        EXPECT_EQ(ReadFile(lPath), mAsf);
+        WriteFile(lPath, "old");
+    }
+}
+
 // Bones find their nodes below their parents': of nodes of one name each side has its own.
 TEST_F(KExportServe, MotionForASkeletonWithBranches)
 {

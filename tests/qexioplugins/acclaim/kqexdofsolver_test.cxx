@@ -99,7 +99,7 @@ TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
 {
     for (int lAxis = 0; lAxis < 3; ++lAxis)
     {
-        for (const double lQuarter : {90.0, -90.0, 180.0})
+        for (const double lQuarter : {90.0, -90.0, 180.0, 89.99999})
         {
             for (const double lTwist : {0.0, 30.0, -140.0})
             {
@@ -205,6 +205,17 @@ TEST(KDofSolverTakes, NothingItMightGetWrong)
     EXPECT_FALSE(lSolver.TakeAngles(lSteep, lAngles));
     EXPECT_TRUE(lSolver.TakeAngles(lTwisted, lAngles));
     EXPECT_FALSE(lHinge.TakeAngles(lTwisted, lAngles));
+}
+
+TEST(KDofSolverGain, OtherListsAreNotRounded)
+{
+    const int        lCodes[2] = {5, 4};
+    const KDofSolver lSolver(lCodes, 2);
+    double           lAngles[2] = {10.3, 90.0};
+    lSolver.RoundInLock(lAngles, 1.0);
+    EXPECT_EQ(lAngles[0], 10.3);
+    EXPECT_EQ(lAngles[1], 90.0);
+    EXPECT_EQ(lSolver.GetGain(lAngles), 1.0);
 }
 
 TEST(KDofSolverGain, IsNeverAboveItsBound)

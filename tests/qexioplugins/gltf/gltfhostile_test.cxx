@@ -371,6 +371,17 @@ TEST(GltfHostile, WhatCannotBeReadIsNamed)
         << MessagesOf(lScenario.mFile);
 }
 
+TEST(GltfHostile, ARateThatTimeCanNotCountIsRefused)
+{
+    const std::string   lText = SoundFile().Text();
+    KScenario           lScenario;
+    KQexGltfReadOptions lOptions;
+    lOptions.mFramesPerSecond = 1e12;
+    EXPECT_FALSE(lScenario.mFile.ReadBuffer(lText.data(), lText.size(), lScenario.mScene.get(), lOptions, lScenario.mResult));
+    EXPECT_NE(MessagesOf(lScenario.mFile).find("Frames a second out of range"), std::string::npos) << MessagesOf(lScenario.mFile);
+    lScenario.ExpectUntouched();
+}
+
 TEST(GltfHostile, ACancelledReadingLeavesNothing)
 {
     const std::string   lText = SoundFile().Text();

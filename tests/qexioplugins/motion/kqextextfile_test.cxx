@@ -538,6 +538,19 @@ TEST(KQexTextFile, VerboseMessagesGoToStandardErrorToo)
     EXPECT_STREQ(lFile.GetType(), "TXT");
 }
 
+TEST(KQexTextFile, VerboseMessagesBeyondThoseThatAreKeptAreShown)
+{
+    KQexTextFile      lFile("TXT", " ", "#", true, true);
+    const std::string lText = "a\n";
+    ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
+    testing::internal::CaptureStderr();
+    for (size_t i = 0; i <= KQexTextFile::kMaxMessages; ++i)
+        lFile.Warning("%zu\n", i);
+    const std::string lShown = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(lFile.GetMessages().size(), KQexTextFile::kMaxMessages);
+    EXPECT_EQ(lShown.substr(lShown.size() - 22), "\nTXT:0: warning: 1000\n") << "named by its type, having no path";
+}
+
 TEST(KQexTextFile, QuietMessagesDoNot)
 {
     KText lFile("a\n");
@@ -597,6 +610,21 @@ TEST(KQexTextFile, DeviceErrorHalfWayIsReportedOnceAndEndsReading)
     EXPECT_FALSE(lFile.FirstLine());
     EXPECT_EQ(lFile.GetErrorCount(), 1);
     EXPECT_EQ(MessagesOf(lFile), "E" + std::to_string(lLines) + " Can't read " + (lDir / "text").string() + " (Input/output error)\n");
+}
+
+TEST(KQexTextFile, GoingBackThatTheSystemRefusesIsReported)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "text", "one\ntwo\n");
+    KFileFaults  lFaults;
+    KQexTextFile lFile("TXT", " ", "#", true, false);
+    ASSERT_TRUE(lFile.OpenRead((lDir / "text").c_str()));
+    EXPECT_TRUE(lFile.FirstLine());
+    lFaults.Fail(KFileFaults::eSEEK, 1, EIO);
+    EXPECT_FALSE(lFile.FirstLine());
+    EXPECT_TRUE(lFile.Eof());
+    EXPECT_TRUE(lFile.HasFailed());
+    EXPECT_EQ(MessagesOf(lFile), "E1 Can't read " + (lDir / "text").string() + " (Input/output error)\n");
 }
 
 TEST(KQexTextFile, APipeIsReadOnceOnly)
