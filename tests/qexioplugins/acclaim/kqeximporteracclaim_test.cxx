@@ -691,6 +691,9 @@ INSTANTIATE_TEST_SUITE_P(Cases, KImportRemarkTest,
                                          KRemarkCase{"position 0 0 0", "position 0 1 0", false,
                                                      "W0 The root's position or orientation is not zero and is carried as it stands, which "
                                                      "may not be where it is expected (root)\n"},
+                                         KRemarkCase{"position 0 0 0", "position 0 0 1", false,
+                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                                     "may not be where it is expected (root)\n"},
                                          KRemarkCase{"orientation 0 0 0", "orientation 0 0 9", false,
                                                      "W0 The root's position or orientation is not zero and is carried as it stands, which "
                                                      "may not be where it is expected (root)\n"},
