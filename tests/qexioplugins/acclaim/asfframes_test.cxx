@@ -177,7 +177,8 @@ std::vector<double> Frames(const std::vector<KQexAsfNode*>& pBones)
             lFrames.insert(lFrames.end(), lVector->mData, lVector->mData + 3);
         lFrames.insert(lFrames.end(), lBone->mLR.mData, lBone->mLR.mData + 3);
         for (const KgeRMatrix* lMatrix : {&lBone->mParentAxisRM, &lBone->mParentAxisRMInv})
-            lFrames.insert(lFrames.end(), lMatrix->mData[0], lMatrix->mData[0] + 16);
+            for (const double(&lRow)[4] : lMatrix->mData)
+                lFrames.insert(lFrames.end(), lRow, lRow + 4);
     }
     return lFrames;
 }
