@@ -87,8 +87,7 @@ void KQexAmcBones::AddLengths(const KQexAmcSkeletonNotes& pNotes)
         if (lFound < 0 || lLength.mPlace < 0)
             continue;
         KQexAmcLine& lLine = mLines[static_cast<size_t>(lFound)];
-        ++lLine.mValueCount;
-        lLine.mLengthPlaces.push_back(lLength.mPlace);
+        lLine.mValueCount += AddLengthPlace(lLine.mLengthPlaces, lLength.mPlace) ? 1 : 0;
     }
 }
 

@@ -11,6 +11,16 @@
 namespace qexsdk
 {
 
+/// Adds the place of an `l` to those of a bone. Places of one bone rise: one that does not belongs to another bone of the same name,
+/// which has no line of its own. \return whether it was added
+inline bool AddLengthPlace(std::vector<int>& pPlaces, int pPlace)
+{
+    if (!pPlaces.empty() && pPlace <= pPlaces.back())
+        return false;
+    pPlaces.push_back(pPlace);
+    return true;
+}
+
 /// What a motion's lines about one name look like, and what was said about them so far.
 struct KQexAmcLine
 {

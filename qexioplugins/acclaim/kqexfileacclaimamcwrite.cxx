@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
+#include <qexioplugins/acclaim/kqexamcbones.h>
 #include <qexioplugins/acclaim/kqexamcfit.h>
 #include <qexioplugins/acclaim/kqexamcsteps.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
@@ -187,7 +188,7 @@ void KAmcWriter::AddLengths()
     std::unordered_map<std::string, std::vector<int>> lPlacesOf;
     for (const KQexAsfLengthDof& lLength : mOptions.mSkeletonNotes.mLengthDofs)
     {
-        lPlacesOf[lLength.mBone].push_back(lLength.mPlace);
+        AddLengthPlace(lPlacesOf[lLength.mBone], lLength.mPlace);
     }
     if (lPlacesOf.empty())
     {

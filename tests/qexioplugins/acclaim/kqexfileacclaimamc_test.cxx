@@ -395,6 +395,17 @@ TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
     }
 }
 
+// Of bones of one name only one has a line, with its own lengths and not the others' as well.
+TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
+{
+    const std::string lTwin = "name c\n    direction 0 -1 0\n    length 1\n    axis 0 0 0 XYZ\n    dof l rz ry\n  end\n";
+    const std::string lAsf = Replace(Replace(kSmallAsf, "dof rz l ry", "dof l rz ry"), "name d", lTwin + "  begin\n    id 5\n    name d");
+    const KAmcOutcome lOutcome = ReadAmc("1\nroot 1\na 2 3\nb 4\nc 9 1 2\n", {}, lAsf);
+    EXPECT_TRUE(lOutcome.mOk) << lOutcome.mMessages;
+    const KAmcOutcome lShort = ReadAmc("1\nroot 1\na 2 3\nb 4\nc 9 1\n", {}, lAsf);
+    EXPECT_NE(lShort.mMessages.find("Bone c: 3 values expected (l rz ry), only 2 found\n"), std::string::npos) << lShort.mMessages;
+}
+
 // A file may end anywhere: whatever frames come out are those of the whole file. Within the first frame nothing tells a file that
 // was cut between two lines from one that never had the other bones; they are warned about.
 TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
