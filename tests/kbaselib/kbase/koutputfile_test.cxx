@@ -512,8 +512,6 @@ TEST(KOutputFile, DeviceIsWrittenDirectly)
     EXPECT_TRUE(lNull.Close());
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 
-    if (!fs::exists("/dev/full"))
-        GTEST_SKIP() << "no /dev/full here";
     KOutputFile lFull;
     ASSERT_TRUE(lFull.Open("/dev/full"));
     EXPECT_TRUE(lFull.Write("x", 1)) << "stands in the buffer";
