@@ -174,27 +174,29 @@ bool ReadAmc(KStage& pStage)
     return lOk;
 }
 
+/// Imports the skeleton with its motion.
+bool RunImport(KStage& pStage, const KQexImportAcclaimOptions& pOptions)
+{
+    KQexImportAcclaimResult lResult;
+    const auto lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const bool lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, pOptions, lResult);
+    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+}
+
 bool Import(KStage& pStage)
 {
     KQexImportAcclaimOptions lOptions;
-    KQexImportAcclaimResult  lResult;
     lOptions.mUseConstantKeyReducer = true;
-    const auto lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
-    const auto lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
-    const bool lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, lOptions, lResult);
-    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return RunImport(pStage, lOptions);
 }
 
 /// The same motion once more, as another take of the nodes that are there.
 bool Merge(KStage& pStage)
 {
     KQexImportAcclaimOptions lOptions;
-    KQexImportAcclaimResult  lResult;
     lOptions.mMergeRoot = pStage.mScene->GetRootNode();
-    const auto lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
-    const auto lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
-    const bool lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, lOptions, lResult);
-    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return RunImport(pStage, lOptions);
 }
 
 /// The same by a skeleton that was read before.

@@ -34,6 +34,14 @@ protected:
         return lNode;
     }
 
+    /// A root "hips" at the origin and below it a bone of 5 cm, "bone", with its end.
+    KQexNode* AddBone()
+    {
+        KQexNode* lBone = Add(Add(nullptr, "hips", 0, 0, 0), "bone", 0, 0, 0);
+        Add(lBone, "bone_End", 0, 5, 0);
+        return lBone;
+    }
+
     /// Keys at frames 0 and 1.
     void Animate(KQexNode* pNode, KQexProperty pProperty, unsigned int pChannel, float pFirst, float pSecond)
     {
@@ -164,9 +172,8 @@ TEST_F(KExportServe, DummiesAreThoseWithTheNameOfTheirChildThatNeverMove)
 
 TEST_F(KExportServe, LimitsWithoutTranslationsAreWritten)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     lBone->GetLimits().SetRotationLimitActive(true);
     lBone->GetLimits().mRotationLimits.SetLimitMinActive(true, false, true);
     lBone->GetLimits().mRotationLimits.SetLimitMaxActive(true, true, false);
@@ -234,9 +241,8 @@ TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
 
 TEST_F(KExportServe, KnownDofsAndTheirLimitsAreKept)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 0, 0.0F, 30.0F);
     Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
     KQexBoneDofs lDofs;
@@ -274,9 +280,8 @@ TEST_F(KExportServe, OfKnownDofsOnlySixThatAreWordsCount)
 
 TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 0.5F);
     Animate(lBone, lBone->mLocalTranslation, 0, 0.0F, 0.5F);
     KQexBoneDofs lDofs;
@@ -327,9 +332,8 @@ TEST_F(KExportServe, AnglesInGimbalLockAreRoundAndTurnTheSame)
 
 TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 2, 90.0F, 135.0F);
     Export(lRoot);
     EXPECT_NEAR(mBack->mRoot->mChildBuf[0]->mDirectionV.mData[1], 1.0, 1e-6);
@@ -344,9 +348,8 @@ TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
 // Rx then Ry with the pose of the first frame as rest pose: what is left of both, seen from there, turns about z as well.
 TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 0, 40.0F, 10.0F);
     Animate(lBone, lBone->mLocalRotation, 1, 30.0F, 70.0F);
     KQexBoneDofs lDofs;
@@ -393,9 +396,8 @@ TEST_F(KExportServe, TheThirdRotationIsTheOneThatIsMissing)
 
 TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 2, 170.0F, 190.0F);
     Export(lRoot);
     EXPECT_NE(mAmc.find("bone 0 0 170\n"), std::string::npos) << mAmc;
@@ -464,9 +466,8 @@ TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
 // The progress call may stop it at any time: no file appears, and the one that was there stays.
 TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 20.0F);
     const KTempDir    lDir;
     const std::string lAsf = (lDir / "out.asf").string();
@@ -498,9 +499,8 @@ TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
 // Messages are the caller's to show.
 TEST_F(KExportServe, PrintsNothing)
 {
-    KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
-    KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
-    Add(lBone, "bone_End", 0, 5, 0);
+    KQexNode* lBone = AddBone();
+    KQexNode* lRoot = lBone->GetParent();
     Animate(lBone, lBone->mLocalTranslation, 1, 0.0F, 2.0F);
     mOptions.mTranslations = eTRANSLATION_DOFS_NONE;
     testing::internal::CaptureStdout();
