@@ -178,9 +178,9 @@ bool ReadAmc(KStage& pStage)
 bool RunImport(KStage& pStage, const KQexImportAcclaimOptions& pOptions)
 {
     KQexImportAcclaimResult lResult;
-    const auto lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
-    const auto lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
-    const bool lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, pOptions, lResult);
+    const auto              lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto              lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const bool              lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, pOptions, lResult);
     return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
