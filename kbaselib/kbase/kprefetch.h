@@ -18,6 +18,8 @@ inline void KPrefetch(const void* pAt)
 {
 #if defined(__GNUC__)
     __builtin_prefetch(pAt);
+    // For g++ a function that does nothing else is one without effect, and calls of it are left out.
+    __asm__ volatile("");
 #else
     (void)pAt;
 #endif
