@@ -1,6 +1,7 @@
 #ifndef KBASELIB_KBASE_KPREFETCH_H
 #define KBASELIB_KBASE_KPREFETCH_H
 
+#include <algorithm>
 #include <cstddef>
 
 /// \file
@@ -35,6 +36,31 @@ inline void KPrefetch(const void* pBegin, const void* pEnd)
     }
     KPrefetch(lEnd - 1);
 }
+
+/// KPrefetch for a range that is needed later, a few lines at a time: all at once, the processor would have to wait for the first
+/// of them before it could ask for the last.
+class KPrefetchSteps
+{
+public:
+    /// The range of \p pSize bytes at \p pBegin; it may be any.
+    KPrefetchSteps(const void* pBegin, size_t pSize) : mAt(static_cast<const char*>(pBegin)), mLeft(pSize) {}
+
+    /// Asks for the next four lines, as far as there are any left.
+    void Step()
+    {
+        const size_t lSize = std::min(mLeft, 4 * kPrefetchLine);
+        if (lSize > 0)
+        {
+            KPrefetch(mAt, mAt + lSize);
+        }
+        mAt += lSize;
+        mLeft -= lSize;
+    }
+
+private:
+    const char* mAt;
+    size_t      mLeft;
+};
 
 } // namespace qexsdk
 
