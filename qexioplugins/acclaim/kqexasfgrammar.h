@@ -15,6 +15,10 @@ inline constexpr int kMaxDofs = 6;
 /// The name that the root has in the model and in hierarchies; no bone may have it.
 inline constexpr char kRootName[] = "root";
 
+/// Rotation order codes of the words in smAxis, in its order. Deliberately so: "xzy" and "yxz", and "yzx" and "zxy", do not get
+/// the codes that their letters spell, and skeletons, motion and the writers of both have always been read with these.
+inline constexpr int kAxisCodes[] = {10, 6, 2, 8, 4, 0};
+
 /// Places in smMain.
 enum KMainKeyword
 {
@@ -33,6 +37,20 @@ enum KGroupKeyword
 {
     eGROUP_BEGIN,
     eGROUP_END
+};
+
+/// Places in smBoneData.
+enum KBoneKeyword
+{
+    eBONE_ID,
+    eBONE_NAME,
+    eBONE_DIRECTION,
+    eBONE_LENGTH,
+    eBONE_AXIS,
+    eBONE_DOF,
+    eBONE_LIMITS,
+    eBONE_BODYMASS,
+    eBONE_COFMASS
 };
 
 } // namespace qexsdk

@@ -2,6 +2,7 @@
 #define QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMASF_H
 
 #include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/motion/kqextextfile.h>
@@ -14,6 +15,7 @@ namespace qexsdk
 {
 
 class KQexAsfNameIndex;
+class KQexAsfScan;
 
 /// A word "l" on a bone's dof line. The bone keeps no DOF for it, but every line of motion has a value in its place.
 struct QEX_API KQexAsfLengthDof
@@ -111,6 +113,16 @@ private:
     bool ReadRootLine(HKQexAsfNode pNode);
     void ReadRootOrder(HKQexAsfNode pNode);
     void StoreRoot(HKQexAsfNode pNode);
+
+    void ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext);
+    bool ScanBoneHead(KQexAsfScan& pScan, KQexAsfNode& pNode, KPrefetchSteps& pNext);
+    bool ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    bool ScanBoneDirection(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    bool ScanBoneLength(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    bool ScanBoneAxis(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    bool ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    bool ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
 
     bool ReadBoneLines(HKQexAsfNode pNode);
     bool ReadBoneLine(HKQexAsfNode pNode, int pKeyword);

@@ -16,10 +16,6 @@ namespace
 constexpr int kMaxSkinName = 1024;
 constexpr int kMaxSkinNames = 3;
 
-/// Rotation order codes of the words in smAxis, in its order. Deliberately so: "xzy" and "yxz", and "yzx" and "zxy", do not get
-/// the codes that their letters spell, and skeletons, motion and the writers of both have always been read with these.
-constexpr int kAxisCodes[] = {10, 6, 2, 8, 4, 0};
-
 } // namespace
 
 bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes, bool pSetRotatePivotOffet, bool pSetPreRotation)

@@ -1,22 +1,15 @@
 #include <kbaselib/kbase/kprefetch.h>
+#include <qexioplugins/acclaim/kqexasfbonevalues.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
-#include <cfloat>
 #include <cstring>
 #include <exception>
 
 namespace qexsdk
 {
-
-namespace
-{
-
-constexpr double kCentimetresPerInch = 2.54;
-
-} // namespace
 
 bool KQexFileAcclaimAsf::ReadBoneData()
 {
@@ -73,6 +66,7 @@ bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
     // Where the next bone will probably be: bones that are made one after the other mostly lie so, with a little of the allocator's
     // between them.
     KPrefetchSteps lNext(pNode + 1, sizeof(KQexAsfNode) + kPrefetchLine);
+    ScanBone(*pNode, lNext);
     while (NextLine())
     {
         lNext.Step();
@@ -92,28 +86,28 @@ bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode, int pKeyword)
     int    lId = 0;
     switch (pKeyword)
     {
-    case 0:
+    case eBONE_ID:
         // Bones are told by their names.
         if (!GetInteger(lId))
             Warning("Can't read bone id value\n");
         return true;
-    case 1:
+    case eBONE_NAME:
         return ReadBoneName(pNode);
-    case 2:
+    case eBONE_DIRECTION:
         return ReadBoneDirection(pNode);
-    case 3:
+    case eBONE_LENGTH:
         return ReadBoneLength(pNode);
-    case 4:
+    case eBONE_AXIS:
         return ReadBoneAxis(pNode);
-    case 5:
+    case eBONE_DOF:
         return ReadBoneDof(pNode);
-    case 6:
+    case eBONE_LIMITS:
         return ReadBoneLimits(pNode);
-    case 7:
+    case eBONE_BODYMASS:
         if (!GetDouble(lIgnored, mQexAsfScene->mMassUnit))
             Warning("Can't read bodymass value\n");
         return true;
-    case 8:
+    case eBONE_COFMASS:
         if (!GetDouble(lIgnored, 1.0))
             Warning("Can't read cofmass value\n");
         return true;
@@ -147,10 +141,7 @@ bool KQexFileAcclaimAsf::ReadBoneDirection(HKQexAsfNode pNode)
         Error("Can't read bone direction\n");
         return false;
     }
-    // A length of zero is that of an exact zero only.
-    const double* lData = pNode->mDirectionV.mData;
-    if (lData[0] != 0.0 || lData[1] != 0.0 || lData[2] != 0.0)
-        KgeNorm(pNode->mDirectionV, pNode->mDirectionV);
+    SettleDirection(*pNode);
     return true;
 }
 
@@ -161,8 +152,7 @@ bool KQexFileAcclaimAsf::ReadBoneLength(HKQexAsfNode pNode)
         Error("Can't read bone length\n");
         return false;
     }
-    if (mQexAsfScene->mLengthUnit > 0.0)
-        pNode->mLength = (kCentimetresPerInch / mQexAsfScene->mLengthUnit) * pNode->mLength;
+    SettleLength(*pNode, mQexAsfScene->mLengthUnit);
     return true;
 }
 
@@ -226,12 +216,8 @@ bool KQexFileAcclaimAsf::ReadBoneLimits(HKQexAsfNode pNode)
             Error("Can't read dof limits\n");
             return false;
         }
-        // The DOF's code says which row, not its place in the list. An infinity or NaN is no limit.
-        const int lCode = pNode->mOrderBuf[i];
-        pNode->mLimitsActive[lCode][0] = lPair[0] >= -DBL_MAX;
-        pNode->mLimitsActive[lCode][1] = lPair[1] <= DBL_MAX;
-        for (int j = 0; j < 2; ++j)
-            pNode->mLimitsBuf[lCode][j] = pNode->mLimitsActive[lCode][j] ? lPair[j] : 0.0;
+        // The DOF's code says which row, not its place in the list.
+        StoreLimits(*pNode, pNode->mOrderBuf[i], lPair);
     }
     return true;
 }
@@ -240,11 +226,11 @@ bool KQexFileAcclaimAsf::ReadBoneLimits(HKQexAsfNode pNode)
 bool KQexFileAcclaimAsf::AttachBone(HKQexAsfNode pNode)
 {
     const char* lMessage = nullptr;
-    if (smBoneData[1] == 0)
+    if (smBoneData[eBONE_NAME] == 0)
         lMessage = "Bone has no name\n";
-    else if (smBoneData[2] == 0)
+    else if (smBoneData[eBONE_DIRECTION] == 0)
         lMessage = "Bone has no direction\n";
-    else if (smBoneData[3] == 0)
+    else if (smBoneData[eBONE_LENGTH] == 0)
         lMessage = "Bone has no length\n";
     if (lMessage == nullptr)
     {

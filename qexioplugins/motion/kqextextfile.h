@@ -219,6 +219,10 @@ public:
     /// The path that was opened; "" for memory.
     const std::string& GetPath() const { return mPath; }
 
+protected:
+    /// The input, for a grammar that looks at several lines at once.
+    KLineReader& GetInput() { return mInput; }
+
 private:
     enum EClass : unsigned char
     {

@@ -1,0 +1,178 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFSCAN_H
+#define QEXIOPLUGINS_ACCLAIM_KQEXASFSCAN_H
+
+#include <kbaselib/kbase/knumberscan.h>
+#include <qexioplugins/motion/kqextextfile.h>
+
+#include <cstddef>
+
+namespace qexsdk
+{
+
+/// Lines that are in memory already, looked at token by token, for those that nearly all skeleton files have nearly everywhere: plain,
+/// complete, nothing left over, no comment. It is strict and says only yes or no, which takes a third of the time that the text services
+/// need; after a no they look at the same line, and know what it is and what to say about it.
+///
+/// Tokens are those of the text services with KQexFileAcclaimAsf::smDel and smCom. Each operation goes on behind what it found and is
+/// true; or it is false, and nothing is found any more.
+class KQexAsfScan
+{
+public:
+    /// The lines behind the current one of \p pInput, which has to stay as it is until TakeLines().
+    explicit KQexAsfScan(KLineReader& pInput)
+        : mInput(pInput),
+          mBegin(pInput.GetAhead() > 0 ? pInput.GetAheadText() : ""),
+          mEnd(mBegin + pInput.GetAhead()),
+          mAt(mBegin),
+          mLine(mBegin),
+          mTaken(mBegin),
+          mLines(0),
+          mTakenLines(0)
+    {
+    }
+
+    /// The next token is \p pWord, in small letters as there.
+    bool Word(const char* pWord)
+    {
+        SkipBlanks();
+        while (*pWord != '\0' && *pWord == *mAt)
+        {
+            ++pWord;
+            ++mAt;
+        }
+        return *pWord == '\0' && IsTokenEnd();
+    }
+
+    /// Index of the first entry of \p pTokens that the next token equals in small or capital letters, -1 for none. The entries are small
+    /// letters.
+    int Letters(const KToken* pTokens)
+    {
+        SkipBlanks();
+        for (int lIter = 0; *pTokens[lIter].mStr != '\0'; ++lIter)
+        {
+            // Capitals and small letters differ in one bit.
+            const char* lEntry = pTokens[lIter].mStr;
+            const char* lAt = mAt;
+            for (; *lEntry != '\0' && *lEntry == (*lAt | 0x20); ++lEntry)
+                ++lAt;
+            if (*lEntry != '\0' || ClassOf(*lAt) < eBLANK)
+                continue;
+            mAt = lAt;
+            return lIter;
+        }
+        return -1;
+    }
+
+    /// The next \p pCount tokens are short plain numbers, which go to \p pValue.
+    bool Numbers(double* pValue, int pCount)
+    {
+        for (int lIter = 0; lIter < pCount; ++lIter)
+        {
+            SkipBlanks();
+            const char* lEnd = KNumberScan(mAt, mEnd + KLineReader::kReadable, pValue[lIter]);
+            if (lEnd == nullptr)
+                return false;
+            mAt = lEnd;
+            if (!IsTokenEnd())
+                return false;
+        }
+        return true;
+    }
+
+    /// The next token is a whole number without a sign, of up to nine digits.
+    bool Digits()
+    {
+        SkipBlanks();
+        const char* lFirst = mAt;
+        while (static_cast<unsigned char>(*mAt - '0') < 10)
+            ++mAt;
+        return mAt != lFirst && mAt - lFirst < 10 && IsTokenEnd();
+    }
+
+    /// The next token has up to \p pMax characters, printable ASCII all; they go to \p pName, with a NUL behind them.
+    bool Name(char* pName, int pMax)
+    {
+        SkipBlanks();
+        const char* lFirst = mAt;
+        for (; ClassOf(*mAt) == eNAME && mAt - lFirst < pMax; ++mAt)
+            *pName++ = *mAt;
+        *pName = '\0';
+        return mAt != lFirst && IsTokenEnd();
+    }
+
+    /// Nothing but blanks is left of the line, which ends with LF or CR LF.
+    bool LineEnd()
+    {
+        SkipBlanks();
+        if (static_cast<size_t>(mAt - mLine) > KLineReader::kMaxLine)
+            return false;
+        mAt += *mAt == '\r' ? 1 : 0;
+        if (*mAt != '\n')
+            return false;
+        mLine = ++mAt;
+        ++mLines;
+        return true;
+    }
+
+    /// The lines found so far are those that TakeLines() takes.
+    void Keep()
+    {
+        mTaken = mLine;
+        mTakenLines = mLines;
+    }
+
+    /// Takes the lines kept out of the input, whose next line is the one behind them.
+    void TakeLines() { mInput.SkipAhead(static_cast<size_t>(mTaken - mBegin), mTakenLines); }
+
+private:
+    enum EClass : unsigned char
+    {
+        eOTHER, ///< What the text services decide about, among it the NUL behind the lines.
+        eNAME,
+        eBLANK, ///< This one and the next end a token.
+        eLINE_END
+    };
+
+    struct KClasses
+    {
+        constexpr KClasses() : mOf{}
+        {
+            for (int i = '!'; i <= '~'; ++i)
+                mOf[i] = eNAME;
+            for (const char lBlank : {' ', '\t', ',', '(', ')'})
+                mOf[static_cast<unsigned char>(lBlank)] = eBLANK;
+            mOf[static_cast<unsigned char>('\r')] = eLINE_END;
+            mOf[static_cast<unsigned char>('\n')] = eLINE_END;
+            mOf[static_cast<unsigned char>('#')] = eOTHER;
+        }
+
+        EClass mOf[256];
+    };
+
+    static EClass ClassOf(char pCharacter)
+    {
+        static constexpr KClasses kClasses;
+        return kClasses.mOf[static_cast<unsigned char>(pCharacter)];
+    }
+
+    void SkipBlanks()
+    {
+        while (ClassOf(*mAt) == eBLANK)
+            ++mAt;
+    }
+
+    bool IsTokenEnd() const { return ClassOf(*mAt) >= eBLANK; }
+
+    KLineReader& mInput;
+    const char*  mBegin;
+    const char*  mEnd;
+    const char*  mAt;
+    const char*  mLine; ///< Begin of the line that mAt is in.
+    const char*  mTaken;
+    int          mLines;
+    int          mTakenLines;
+};
+
+} // namespace qexsdk
+
+#endif
