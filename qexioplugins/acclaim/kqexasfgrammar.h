@@ -1,6 +1,9 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFGRAMMAR_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFGRAMMAR_H
 
+#include <cstddef>
+#include <cstring>
+
 /// \file
 /// What the parts of the skeleton reader know in common: the places of keywords in its tables, and the sizes of names and lists.
 
@@ -14,6 +17,12 @@ inline constexpr int kMaxDofs = 6;
 
 /// The name that the root has in the model and in hierarchies; no bone may have it.
 inline constexpr char kRootName[] = "root";
+
+/// Whether the \p pLength characters at \p pName are the root's name.
+inline bool IsRootName(const char* pName, size_t pLength)
+{
+    return pLength == sizeof(kRootName) - 1 && std::memcmp(pName, kRootName, pLength) == 0;
+}
 
 /// Rotation order codes of the words in smAxis, in its order. Deliberately so: "xzy" and "yxz", and "yzx" and "zxy", do not get
 /// the codes that their letters spell, and skeletons, motion and the writers of both have always been read with these.

@@ -2,6 +2,7 @@
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -14,19 +15,28 @@ namespace
 constexpr int kFirstRoom = 64;
 
 /// Bones by which a walk asks for what it will need ahead of itself.
-constexpr int kFramesAhead = 2;
+constexpr int kFramesAhead = 4;
 constexpr int kMovesAhead = 12;
 
-/// FNV-1a.
-uint32_t HashOf(const char* pName)
+constexpr uint64_t kFactor = 0x9E3779B97F4A7C15u;
+
+/// Eight characters at a time: a factor moves each bit up, what is up there comes back down.
+uint64_t Mixed(uint64_t pHash, uint64_t pText)
 {
-    uint32_t lHash = 2166136261u;
-    for (; *pName != '\0'; ++pName)
-        lHash = (lHash ^ static_cast<unsigned char>(*pName)) * 16777619u;
-    return lHash ^ (lHash >> 15);
+    const uint64_t lProduct = (pHash ^ pText) * kFactor;
+    return lProduct ^ (lProduct >> 32);
 }
 
 } // namespace
+
+KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText), mLength(pLength), mStart{}
+{
+    std::memcpy(mStart.mText, pText, std::min(pLength, sizeof mStart));
+    uint64_t lHash = Mixed(Mixed(kFactor, mStart.mText[0]), mStart.mText[1]);
+    for (size_t i = sizeof mStart; i < pLength; ++i)
+        lHash = Mixed(lHash, static_cast<unsigned char>(pText[i]));
+    mHash = static_cast<uint32_t>(lHash);
+}
 
 KQexAsfNameIndex::~KQexAsfNameIndex()
 {
@@ -68,19 +78,19 @@ bool KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent)
     lNew.mNextMoved = kNone;
     lNew.mAnswerFor = 0;
     lNew.mHoldsTwin = false;
-    lNew.mStart = StartOf(pNode->mName);
     AddName(lBone);
     return true;
 }
 
 void KQexAsfNameIndex::AddName(int pBone)
 {
-    const char*    lName = mBones[pBone].mNode->mName;
-    const uint32_t lHash = HashOf(lName);
-    KSlot*         lSlot = SlotOf(lName, mBones[pBone].mStart, lHash);
+    const char* lText = mBones[pBone].mNode->mName;
+    const KName lName(lText, std::strlen(lText));
+    mBones[pBone].mStart = lName.mStart;
+    KSlot* lSlot = SlotOf(lName);
     if (lSlot->mBone == kNone)
     {
-        *lSlot = {lHash, pBone};
+        *lSlot = {lName.mHash, pBone};
         ++mNameCount;
         return;
     }
@@ -131,42 +141,39 @@ bool KQexAsfNameIndex::GrowTable()
     return true;
 }
 
-KQexAsfNameIndex::KNameStart KQexAsfNameIndex::StartOf(const char* pName)
-{
-    char lText[sizeof(KNameStart)] = {};
-    for (size_t i = 0; i < sizeof lText && pName[i] != '\0'; ++i)
-        lText[i] = pName[i];
-    KNameStart lStart;
-    std::memcpy(lStart.mText, lText, sizeof lText);
-    return lStart;
-}
-
-bool KQexAsfNameIndex::IsNamed(int pBone, const char* pName, const KNameStart& pStart) const
+bool KQexAsfNameIndex::IsNamed(int pBone, const KName& pName) const
 {
     const KBone& lBone = mBones[pBone];
-    if (lBone.mStart.mText[0] != pStart.mText[0] || lBone.mStart.mText[1] != pStart.mText[1])
+    if (lBone.mStart.mText[0] != pName.mStart.mText[0] || lBone.mStart.mText[1] != pName.mStart.mText[1])
         return false;
     // Only of a name that fills the start more may follow.
-    return reinterpret_cast<const char*>(pStart.mText)[sizeof pStart - 1] == '\0' || std::strcmp(lBone.mNode->mName, pName) == 0;
+    if (pName.mLength < sizeof(KNameStart))
+        return true;
+    const char* lName = lBone.mNode->mName;
+    return std::strncmp(lName, pName.mText, pName.mLength) == 0 && lName[pName.mLength] == '\0';
 }
 
 /// The slot that holds a bone of the name, or the free one where it would go.
-KQexAsfNameIndex::KSlot* KQexAsfNameIndex::SlotOf(const char* pName, const KNameStart& pStart, uint32_t pHash) const
+KQexAsfNameIndex::KSlot* KQexAsfNameIndex::SlotOf(const KName& pName) const
 {
-    for (size_t lPlace = pHash & (mTableSize - 1);; lPlace = (lPlace + 1) & (mTableSize - 1))
+    for (size_t lPlace = pName.mHash & (mTableSize - 1);; lPlace = (lPlace + 1) & (mTableSize - 1))
     {
         KSlot& lSlot = mTable[lPlace];
-        if (lSlot.mBone == kNone || (lSlot.mHash == pHash && IsNamed(lSlot.mBone, pName, pStart)))
+        if (lSlot.mBone == kNone || (lSlot.mHash == pName.mHash && IsNamed(lSlot.mBone, pName)))
             return &lSlot;
     }
 }
 
 int KQexAsfNameIndex::Find(const char* pName)
 {
-    const KNameStart lStart = StartOf(pName);
-    int              lBone = Guess(pName, lStart);
+    return Find(KName(pName, std::strlen(pName)));
+}
+
+int KQexAsfNameIndex::Find(const KName& pName)
+{
+    int lBone = Guess(pName);
     if (lBone == kNone)
-        lBone = LookUp(pName, lStart);
+        lBone = LookUp(pName);
     if (lBone != kNone && lBone != mFound[0])
     {
         mFound[1] = mFound[0];
@@ -177,17 +184,17 @@ int KQexAsfNameIndex::Find(const char* pName)
 
 /// Families mostly name bones in the order in which they were read, and one parent again and again: the bones found last and
 /// those behind them answer most questions. kNone when none of them does, or when others share the name.
-int KQexAsfNameIndex::Guess(const char* pName, const KNameStart& pStart) const
+int KQexAsfNameIndex::Guess(const KName& pName) const
 {
     for (const int lBone : {mFound[0], mFound[0] + 1, mFound[1], mFound[1] + 1})
-        if (lBone < mCount && IsNamed(lBone, pName, pStart))
+        if (lBone < mCount && IsNamed(lBone, pName))
             return mBones[lBone].mSameName == lBone ? lBone : kNone;
     return kNone;
 }
 
-int KQexAsfNameIndex::LookUp(const char* pName, const KNameStart& pStart)
+int KQexAsfNameIndex::LookUp(const KName& pName)
 {
-    KSlot* lSlot = SlotOf(pName, pStart, HashOf(pName));
+    KSlot* lSlot = SlotOf(pName);
     if (lSlot->mBone == kNone)
         return kNone;
     const KBone& lBone = mBones[lSlot->mBone];
@@ -339,14 +346,28 @@ int KQexAsfNameIndex::ApproachMove(int pBone) const
     return mBones[pBone].mNextMoved;
 }
 
-void KQexAsfNameIndex::Expect(const char* pName) const
+void KQexAsfNameIndex::Approach(const KName& pName) const
 {
     if (mTableSize != 0)
-        KPrefetch(&mTable[HashOf(pName) & (mTableSize - 1)]);
+        KPrefetch(&mTable[pName.mHash & (mTableSize - 1)]);
+}
+
+void KQexAsfNameIndex::ApproachFound(const KName& pName) const
+{
+    if (mTableSize == 0)
+        return;
+    const int lBone = mTable[pName.mHash & (mTableSize - 1)].mBone;
+    if (lBone != kNone)
+        KPrefetch(&mBones[lBone]);
+}
+
+void KQexAsfNameIndex::Expect(const char* pName) const
+{
+    Approach(KName(pName, std::strlen(pName)));
 }
 
 /// Asks for what the frame of a bone is computed from, and for where it goes.
-void KQexAsfNameIndex::Approach(int pBone) const
+void KQexAsfNameIndex::ApproachFrame(int pBone) const
 {
     if (pBone >= mCount)
         return;
@@ -362,7 +383,7 @@ void KQexAsfNameIndex::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRota
 {
     for (int lBone = 0; lBone < mCount; ++lBone)
     {
-        Approach(lBone + kFramesAhead);
+        ApproachFrame(lBone + kFramesAhead);
         KQexAsfNode& lNode = *mBones[lBone].mNode;
         // A parent that stands behind its child: its end is the one thing of it that has to be there before.
         if (mBones[lBone].mParent > lBone)

@@ -20,8 +20,30 @@ namespace qexsdk
 /// Bones are told by their place in the index, 0 for the root. Used by one thread; owns nothing of the tree.
 class QEX_API KQexAsfNameIndex
 {
+    /// The start of a name: nearly all names as a whole, so that comparing them does not fetch the bones themselves.
+    struct KNameStart
+    {
+        uint64_t mText[2]; ///< Padded with NUL bytes.
+    };
+
 public:
     static constexpr int kNone = -1; ///< No bone of that name.
+
+    /// A name made ready to be looked for. What it was made from stays the caller's and has to outlive it.
+    class KName
+    {
+    public:
+        KName() = default;
+        /// The \p pLength characters at \p pText.
+        KName(const char* pText, size_t pLength);
+
+    private:
+        friend class KQexAsfNameIndex;
+        const char* mText;
+        size_t      mLength;
+        KNameStart  mStart;
+        uint32_t    mHash;
+    };
 
     KQexAsfNameIndex() = default;
     ~KQexAsfNameIndex();
@@ -34,7 +56,16 @@ public:
 
     /// The first bone in pre-order whose name is \p pName, or kNone. Amortised constant time while names are
     /// unique; else in proportion to the bones of that name.
+    int Find(const KName& pName);
+    /// The same for a name that ends with a NUL.
     int Find(const char* pName);
+
+    /// \name Looking for many names
+    /// Asks for the memory that Find(\p pName) will look at: first where the name is told, then, when that has come, what is told there.
+    ///@{
+    void Approach(const KName& pName) const;
+    void ApproachFound(const KName& pName) const;
+    ///@}
 
     /// Whether the bone is a child of the root. Does not look at the bone itself: of many, that would be a wait for memory each.
     bool IsUnderRoot(int pBone) const { return pBone != 0 && mBones[pBone].mParent == 0; }
@@ -58,12 +89,6 @@ public:
     void SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
 private:
-    /// The start of a name: nearly all names as a whole, so that comparing them does not fetch the bones themselves.
-    struct KNameStart
-    {
-        uint64_t mText[2]; ///< Padded with NUL bytes.
-    };
-
     struct KBone
     {
         HKQexAsfNode mNode;
@@ -84,17 +109,15 @@ private:
         int      mBone; ///< A bone of the name, kNone for a free slot.
     };
 
-    static KNameStart StartOf(const char* pName);
-
-    void     Approach(int pBone) const;
+    void     ApproachFrame(int pBone) const;
     bool     Add(HKQexAsfNode pNode, int pParent);
     void     AddName(int pBone);
     bool     GrowBones();
     bool     GrowTable();
-    KSlot*   SlotOf(const char* pName, const KNameStart& pStart, uint32_t pHash) const;
-    bool     IsNamed(int pBone, const char* pName, const KNameStart& pStart) const;
-    int      Guess(const char* pName, const KNameStart& pStart) const;
-    int      LookUp(const char* pName, const KNameStart& pStart);
+    KSlot*   SlotOf(const KName& pName) const;
+    bool     IsNamed(int pBone, const KName& pName) const;
+    int      Guess(const KName& pName) const;
+    int      LookUp(const KName& pName);
     bool     HangOver();
     int      ApproachMove(int pBone) const;
     int      FirstOf(int pBone);

@@ -25,9 +25,8 @@ public:
           mEnd(mBegin + pInput.GetAhead()),
           mAt(mBegin),
           mLine(mBegin),
-          mTaken(mBegin),
           mLines(0),
-          mTakenLines(0)
+          mTaken(GetPlace())
     {
     }
 
@@ -89,15 +88,15 @@ public:
         return mAt != lFirst && mAt - lFirst < 10 && IsTokenEnd();
     }
 
-    /// The next token has up to \p pMax characters, printable ASCII all; they go to \p pName, with a NUL behind them.
-    bool Name(char* pName, int pMax)
+    /// The next token, of \p pLength characters, up to \p pMax and printable ASCII all; null when there is no such token.
+    const char* Text(size_t& pLength, size_t pMax)
     {
         SkipBlanks();
         const char* lFirst = mAt;
-        for (; ClassOf(*mAt) == eNAME && mAt - lFirst < pMax; ++mAt)
-            *pName++ = *mAt;
-        *pName = '\0';
-        return mAt != lFirst && IsTokenEnd();
+        while (ClassOf(*mAt) == eNAME)
+            ++mAt;
+        pLength = static_cast<size_t>(mAt - lFirst);
+        return pLength > 0 && pLength <= pMax && IsTokenEnd() ? lFirst : nullptr;
     }
 
     /// Nothing but blanks is left of the line, which ends with LF or CR LF.
@@ -106,23 +105,31 @@ public:
         SkipBlanks();
         if (static_cast<size_t>(mAt - mLine) > KLineReader::kMaxLine)
             return false;
-        mAt += *mAt == '\r' ? 1 : 0;
-        if (*mAt != '\n')
+        const char* lFeed = mAt + (*mAt == '\r' ? 1 : 0);
+        if (*lFeed != '\n')
             return false;
-        mLine = ++mAt;
+        mAt = lFeed + 1;
+        mLine = mAt;
         ++mLines;
         return true;
     }
 
-    /// The lines found so far are those that TakeLines() takes.
-    void Keep()
+    /// Where the line that is being looked at begins, and how many lines were found before it.
+    struct KPlace
     {
-        mTaken = mLine;
-        mTakenLines = mLines;
-    }
+        const char* mLine;
+        int         mLines;
+    };
+
+    /// See KPlace.
+    KPlace GetPlace() const { return {mLine, mLines}; }
+
+    /// The lines up to \p pPlace, by default those found so far, are those that TakeLines() takes.
+    void Keep(const KPlace& pPlace) { mTaken = pPlace; }
+    void Keep() { Keep(GetPlace()); }
 
     /// Takes the lines kept out of the input, whose next line is the one behind them.
-    void TakeLines() { mInput.SkipAhead(static_cast<size_t>(mTaken - mBegin), mTakenLines); }
+    void TakeLines() { mInput.SkipAhead(static_cast<size_t>(mTaken.mLine - mBegin), mTaken.mLines); }
 
 private:
     enum EClass : unsigned char
@@ -168,9 +175,8 @@ private:
     const char*  mEnd;
     const char*  mAt;
     const char*  mLine; ///< Begin of the line that mAt is in.
-    const char*  mTaken;
     int          mLines;
-    int          mTakenLines;
+    KPlace       mTaken;
 };
 
 } // namespace qexsdk

@@ -122,6 +122,10 @@ private:
     bool ScanBoneAxis(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode);
+    struct KFamilyWord;
+    void ScanFamilies(KQexAsfNameIndex& pIndex);
+    bool ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord);
+    bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
 
     bool ReadBoneLines(HKQexAsfNode pNode);

@@ -47,7 +47,7 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
             Error("Out of memory\n");
             return false;
         }
-        while (NextLine() && Check(smGroup) == -1)
+        for (ScanFamilies(pIndex); NextLine() && Check(smGroup) == -1; ScanFamilies(pIndex))
             if (!ReadFamily(pIndex))
                 return false;
     }

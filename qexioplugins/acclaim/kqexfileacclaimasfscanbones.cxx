@@ -43,10 +43,13 @@ bool KQexFileAcclaimAsf::ScanBoneHead(KQexAsfScan& pScan, KQexAsfNode& pNode, KP
 
 bool KQexFileAcclaimAsf::ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode)
 {
-    char lName[kMaxName + 1];
-    if (!pScan.Word(smBoneData[eBONE_NAME].mStr) || !pScan.Name(lName, kMaxName) || !pScan.LineEnd() || std::strcmp(lName, kRootName) == 0)
+    if (!pScan.Word(smBoneData[eBONE_NAME].mStr))
         return false;
-    std::strcpy(pNode.mName, lName);
+    size_t      lLength = 0;
+    const char* lName = pScan.Text(lLength, kMaxName);
+    if (lName == nullptr || !pScan.LineEnd() || IsRootName(lName, lLength))
+        return false;
+    std::memcpy(pNode.mName, lName, lLength);
     KeepBoneLine(pScan, eBONE_NAME);
     if (mNameIndex != nullptr)
         mNameIndex->Expect(pNode.mName);
