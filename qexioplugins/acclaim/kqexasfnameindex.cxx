@@ -75,7 +75,7 @@ bool KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent)
     lNew.mUp = pParent == 0 ? lBone : pParent;
     lNew.mPlace = mNextPlace++;
     lNew.mSameName = lBone;
-    lNew.mNextMoved = kNone;
+    lNew.mMoved = kNone;
     lNew.mAnswerFor = 0;
     lNew.mHoldsTwin = false;
     AddName(lBone);
@@ -283,9 +283,7 @@ void KQexAsfNameIndex::Move(int pBone, int pParent)
     {
         // Bones that are asked for here and there lie far apart in memory. Hung over one after the other later, what each of them
         // needs can be fetched beforehand.
-        (mLastMoved == kNone ? mFirstMoved : mBones[mLastMoved].mNextMoved) = pBone;
-        mLastMoved = pBone;
-        lBone.mNextMoved = kNone;
+        mBones[mMovedCount++].mMoved = pBone;
     }
     lBone.mPlace = mNextPlace++;
     lBone.mParent = pParent;
@@ -299,7 +297,7 @@ void KQexAsfNameIndex::Move(int pBone, int pParent)
 
 bool KQexAsfNameIndex::Settle()
 {
-    if (mFirstMoved == kNone)
+    if (mMovedCount == 0)
         return true;
     const bool   lOk = HangOver();
     HKQexAsfNode lRoot = mBones[0].mNode;
@@ -314,36 +312,36 @@ bool KQexAsfNameIndex::Settle()
             return lBone < mCount ? mBones[lBone].mParent != 0 : pChild->mParent != lRoot;
         });
     mKnownChildren = lRoot->mChildBuf.GetCount();
-    mFirstMoved = kNone;
-    mLastMoved = kNone;
+    mMovedCount = 0;
     return lOk;
 }
 
 /// The bones of the list to their parents. Those that no memory is left for go back under the root, as far as the index knows.
 bool KQexAsfNameIndex::HangOver()
 {
-    int lAhead = mFirstMoved;
-    for (int i = 0; i < kMovesAhead && lAhead != kNone; ++i)
-        lAhead = ApproachMove(lAhead);
     bool lOk = true;
-    for (int lBone = mFirstMoved; lBone != kNone; lBone = mBones[lBone].mNextMoved)
+    for (int i = 0; i < mMovedCount; ++i)
     {
-        if (lAhead != kNone)
-            lAhead = ApproachMove(lAhead);
-        lOk = lOk && mBones[mBones[lBone].mParent].mNode->AddChild(mBones[lBone].mNode);
+        ApproachMove(i);
+        KBone& lBone = mBones[mBones[i].mMoved];
+        lOk = lOk && mBones[lBone.mParent].mNode->AddChild(lBone.mNode);
         if (!lOk)
-            mBones[lBone].mParent = 0;
+            lBone.mParent = 0;
     }
     return lOk;
 }
 
-/// Asks for what hanging a bone over needs.
-/// \return the next bone of the list
-int KQexAsfNameIndex::ApproachMove(int pBone) const
+/// Asks for what hanging over the bones behind place pMove of the list needs, and for where that is told before.
+void KQexAsfNameIndex::ApproachMove(int pMove) const
 {
-    KPrefetch(&mBones[pBone].mNode->mParent);
-    KPrefetch(&mBones[mBones[pBone].mParent].mNode->mChildBuf, &mBones[mBones[pBone].mParent].mNode->mChildBuf + 1);
-    return mBones[pBone].mNextMoved;
+    if (pMove + 2 * kMovesAhead < mMovedCount)
+        KPrefetch(&mBones[mBones[pMove + 2 * kMovesAhead].mMoved]);
+    if (pMove + kMovesAhead >= mMovedCount)
+        return;
+    const KBone& lBone = mBones[mBones[pMove + kMovesAhead].mMoved];
+    KPrefetch(&lBone.mNode->mParent);
+    const KQexAsfNode* lParent = mBones[lBone.mParent].mNode;
+    KPrefetch(&lParent->mChildBuf, &lParent->mChildBuf + 1);
 }
 
 void KQexAsfNameIndex::Approach(const KName& pName) const

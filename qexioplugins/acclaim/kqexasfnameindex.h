@@ -97,7 +97,7 @@ private:
         int          mParent;    ///< Bone that this one is a child of.
         unsigned     mPlace;     ///< Grows along the children of one parent.
         int          mSameName;  ///< Next bone of the same name, in a ring.
-        int          mNextMoved; ///< Next bone to be hung over, kNone behind the last.
+        int          mMoved;     ///< Not of this bone: at place n, the n-th bone to be hung over.
         unsigned     mAnswerFor; ///< mState for which this bone is known to be the first of its name.
         bool         mHoldsTwin; ///< At a child of the root: a bone at or below it shares its name with another.
     };
@@ -119,7 +119,7 @@ private:
     int      Guess(const KName& pName) const;
     int      LookUp(const KName& pName);
     bool     HangOver();
-    int      ApproachMove(int pBone) const;
+    void     ApproachMove(int pMove) const;
     int      FirstOf(int pBone);
     bool     IsBefore(int pLeft, int pRight) const;
     int      DepthOf(int pBone) const;
@@ -132,9 +132,8 @@ private:
     KSlot*   mTable = nullptr; ///< Open addressing.
     size_t   mTableSize = 0;   ///< A power of two, more than twice the number of names.
     size_t   mNameCount = 0;
-    int      mFound[2] = {0, 0};  ///< What Find() found last and before that.
-    int      mFirstMoved = kNone; ///< Bones to be hung over, as a list.
-    int      mLastMoved = kNone;
+    int      mFound[2] = {0, 0}; ///< What Find() found last and before that.
+    int      mMovedCount = 0;    ///< Bones to be hung over.
     int      mKnownChildren = 0; ///< Children of the root taken in.
     unsigned mNextPlace = 0;
     unsigned mState = 1; ///< Counts changes that may alter which bone of a name comes first.
