@@ -114,7 +114,7 @@ private:
     void ReadRootOrder(HKQexAsfNode pNode);
     void StoreRoot(HKQexAsfNode pNode);
 
-    void ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext);
+    bool ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext);
     bool ScanBoneHead(KQexAsfScan& pScan, KQexAsfNode& pNode, KPrefetchSteps& pNext);
     bool ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneDirection(KQexAsfScan& pScan, KQexAsfNode& pNode);
@@ -128,7 +128,10 @@ private:
     bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
 
-    bool ReadBoneLines(HKQexAsfNode pNode);
+    bool ScanGroupWord(int pKeyword);
+    bool ReadBones();
+    bool ReadBoneGroup(bool* pEnded);
+    bool ReadBoneLines(HKQexAsfNode pNode, KPrefetchSteps& pNext);
     bool ReadBoneLine(HKQexAsfNode pNode, int pKeyword);
     bool ReadBoneName(HKQexAsfNode pNode);
     bool ReadBoneDirection(HKQexAsfNode pNode);

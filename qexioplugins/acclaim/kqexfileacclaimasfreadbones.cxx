@@ -25,7 +25,7 @@ bool KQexFileAcclaimAsf::ReadBoneData()
         switch (Take(smGroup, lGroup))
         {
         case eGROUP_BEGIN:
-            lOk = ReadBone();
+            lOk = ReadBones();
             break;
         case eGROUP_END:
             lOk = NextLine();
@@ -41,7 +41,24 @@ bool KQexFileAcclaimAsf::ReadBoneData()
     return lOk;
 }
 
+/// A bone, and those behind it as long as their groups end and begin as most files write it.
+bool KQexFileAcclaimAsf::ReadBones()
+{
+    bool lEnded = false;
+    bool lOk = true;
+    do
+        lOk = ReadBoneGroup(&lEnded);
+    while (lOk && lEnded && ScanGroupWord(eGROUP_BEGIN));
+    return lOk && lEnded ? NextLine() : lOk;
+}
+
 bool KQexFileAcclaimAsf::ReadBone()
+{
+    return ReadBoneGroup(nullptr);
+}
+
+/// Reads a bone group. With pEnded its "end" may be taken too, which pEnded then tells: no line is current then that is of use.
+bool KQexFileAcclaimAsf::ReadBoneGroup(bool* pEnded)
 {
     if (!CheckRoot("Bone data before :root\n"))
         return false;
@@ -53,7 +70,14 @@ bool KQexFileAcclaimAsf::ReadBone()
     }
     InitTokens(smBoneData);
     mFirstLengthDof = mLengthDofs.size();
-    if (ReadBoneLines(lNode) && AttachBone(lNode))
+    // Where the next bone will probably be: bones that are made one after the other mostly lie so, with a little of the allocator's
+    // between them.
+    KPrefetchSteps lNext(lNode + 1, sizeof(KQexAsfNode) + kPrefetchLine);
+    const bool     lPlain = ScanBone(*lNode, lNext);
+    const bool     lEnded = lPlain && pEnded != nullptr && ScanGroupWord(eGROUP_END);
+    if (pEnded != nullptr)
+        *pEnded = lEnded;
+    if ((lEnded || ReadBoneLines(lNode, lNext)) && AttachBone(lNode))
         return true;
     mLengthDofs.resize(mFirstLengthDof);
     QexSdkDelete(lNode);
@@ -61,15 +85,11 @@ bool KQexFileAcclaimAsf::ReadBone()
 }
 
 /// The lines up to the next "begin" or "end", which stays current.
-bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
+bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode, KPrefetchSteps& pNext)
 {
-    // Where the next bone will probably be: bones that are made one after the other mostly lie so, with a little of the allocator's
-    // between them.
-    KPrefetchSteps lNext(pNode + 1, sizeof(KQexAsfNode) + kPrefetchLine);
-    ScanBone(*pNode, lNext);
     while (NextLine())
     {
-        lNext.Step();
+        pNext.Step();
         // Nearly all lines are of the bone, so that is asked first; no word is in both tables.
         const int lKeyword = Check(smBoneData);
         if (lKeyword == -1 && Check(smGroup) != -1)

@@ -11,14 +11,29 @@
 namespace qexsdk
 {
 
-/// Takes the first lines of a bone as far as they are those that nearly all files have: one of each, in the order of smBoneData, up to
-/// the limits. From the first other line on, ReadBoneLines() reads; what a line comes to is the same there.
-void KQexFileAcclaimAsf::ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext)
+/// Takes the lines of a bone as far as they are those that nearly all files have: one of each, in the order of smBoneData, up to the
+/// limits. From the first other line on, ReadBoneLines() reads; what a line comes to is the same there. False when the lines
+/// that every bone has were not all there.
+bool KQexFileAcclaimAsf::ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext)
 {
     KQexAsfScan lScan(GetInput());
-    if (ScanBoneHead(lScan, pNode, pNext) && ScanBoneDof(lScan, pNode))
+    const bool  lPlain = ScanBoneHead(lScan, pNode, pNext);
+    if (lPlain && ScanBoneDof(lScan, pNode))
         ScanBoneLimits(lScan, pNode);
     lScan.TakeLines();
+    return lPlain;
+}
+
+/// Takes a line that consists of the word of smGroup. False, and nothing taken, when it may be another.
+bool KQexFileAcclaimAsf::ScanGroupWord(int pKeyword)
+{
+    KQexAsfScan lScan(GetInput());
+    if (!lScan.Word(smGroup[pKeyword].mStr) || !lScan.LineEnd())
+        return false;
+    ++smGroup[pKeyword].mCount;
+    lScan.Keep();
+    lScan.TakeLines();
+    return true;
 }
 
 /// The lines that every bone has.

@@ -241,6 +241,24 @@ TEST(AsfScan, LinesThatTheBufferCutsReadAsWithComments)
     }
 }
 
+TEST(AsfScan, GroupsThatEndAndBeginOtherwise)
+{
+    const std::string lBone = "id 1\nname NAME\ndirection 1 0 0\nlength 1\naxis 0 0 0 xyz\n";
+    const auto        lNamed = [&lBone](const char* pName)
+    {
+        return std::string(lBone).replace(lBone.find("NAME"), 4, pName);
+    };
+    for (const char* lBetween :
+         {"end\nbegin\n", "begin\n", "end\nend\nbegin\n", "end\nbegin\nbegin\n", "end begin\nbegin\n", "end\nbegin x\n", "END\nBEGIN\n",
+          "end\n\nbegin\n", "end\nwhat\nbegin\n", "end\n:bonedata\nbegin\n", "end\n:root\n:bonedata\nbegin\n"})
+        for (const char* lEnd :
+             {"end\n", "end", "", "begin\n", "end\nbegin\n", "end\nbegin", "end\n:hierarchy\n", "end\n:hierarchy\nbegin\na b\nend\n"})
+        {
+            const std::string lText = kHead + "begin\n" + lNamed("a") + lBetween + lNamed("b") + lEnd;
+            EXPECT_EQ(OutcomeBits(lText), OutcomeBits(Commented(lText))) << lText;
+        }
+}
+
 TEST(AsfScan, LineNumbersGoOnBehindIt)
 {
     KAsfReading lReading;
