@@ -21,12 +21,12 @@ void SetupCarriedByHost(KQexAsfNode& pNode)
         pNode.mParentPositionV.Init();
 }
 
-void SetupChild(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation)
+/// All but mParentAxisRMInv, which has to be there.
+inline void SetupChild(KQexAsfNode& pNode, const KQexAsfNode& pParent, bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
     KgeMult(pNode.mPositionV, pNode.mDirectionV, pNode.mLength);
-    KgeSet(pNode.mParentPositionV, pNode.mParent->mPositionV);
-    KgeSet(pNode.mParentAxisRM, pNode.mParent->mAxisRM);
-    KgeSet(pNode.mParentAxisRMInv, pNode.mParent->mAxisRMInv);
+    KgeSet(pNode.mParentPositionV, pParent.mPositionV);
+    KgeSet(pNode.mParentAxisRM, pParent.mAxisRM);
     SetLocals(pNode, pSetRotatePivotOffet, pSetPreRotation);
 }
 
@@ -46,25 +46,46 @@ void SetupFrame(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotat
     if (pSetRotatePivotOffet && pSetPreRotation)
         SetupCarriedByHost(pNode);
     else if (pNode.mParent)
-        SetupChild(pNode, pSetRotatePivotOffet, pSetPreRotation);
+    {
+        KgeSet(pNode.mParentAxisRMInv, pNode.mParent->mAxisRMInv);
+        SetupChild(pNode, *pNode.mParent, pSetRotatePivotOffet, pSetPreRotation);
+    }
     else
         SetupRoot(pNode, pSetRotatePivotOffet, pSetPreRotation);
+}
+
+void SetupReadFrame(KQexAsfNode& pNode, const KQexAsfNode& pParent, bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    if (pSetRotatePivotOffet && pSetPreRotation)
+    {
+        SetupCarriedByHost(pNode);
+        return;
+    }
+    KgeInverse(pNode.mParentAxisRMInv, pParent.mAxisRM);
+    SetupChild(pNode, pParent, pSetRotatePivotOffet, pSetPreRotation);
 }
 
 namespace
 {
 
 /// Bones ahead of the one being computed for which memory is asked.
-constexpr int kFramesAhead = 2;
+constexpr int kFramesAhead = 4;
 
-/// Asks for what the frame of a bone is computed from, and for where it goes. Null does nothing.
-void Approach(const KQexAsfNode* pNode)
+/// Asks for what the frame of a bone that comes soon is computed from, and for where it goes.
+void Approach(const KQexAsfNode& pNode, const KQexAsfLevels& pLevels)
 {
-    if (!pNode)
+    if (const KQexAsfNode* lNode = pLevels.GetAhead(kFramesAhead))
+    {
+        KPrefetch(&lNode->mParent, &lNode->mLR + 1);
+        if (lNode->mParent)
+        {
+            KPrefetch(&lNode->mParent->mPositionV, &lNode->mParent->mAxisRM + 1);
+            KPrefetch(&lNode->mParent->mAxisRMInv, &lNode->mParent->mAxisRMInv + 1);
+        }
         return;
-    KPrefetch(&pNode->mParent, &pNode->mLR + 1);
-    if (pNode->mParent)
-        KPrefetch(&pNode->mParent->mPositionV, &pNode->mParent->mAxisRMInv + 1);
+    }
+    const std::ptrdiff_t lGuess = pLevels.GuessAhead(kFramesAhead);
+    KPrefetch(reinterpret_cast<const char*>(&pNode.mParent) + lGuess, reinterpret_cast<const char*>(&pNode.mLR + 1) + lGuess);
 }
 
 } // namespace
@@ -74,7 +95,7 @@ void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
     KQexAsfLevels lLevels(this);
     while (HKQexAsfNode lNode = lLevels.Next())
     {
-        Approach(lLevels.GetAhead(kFramesAhead));
+        Approach(*lNode, lLevels);
         SetupFrame(*lNode, pSetRotatePivotOffet, pSetPreRotation);
     }
     if (!lLevels.HasFailed())

@@ -4,6 +4,8 @@
 #include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 
+#include <cstddef>
+
 namespace qexsdk
 {
 
@@ -45,6 +47,13 @@ public:
 
     /// The bone that comes \p pCount calls of Next() later; null when that is not known yet. Up to kAhead, its tree fields are at hand.
     const KQexAsfNode* GetAhead(int pCount) const { return mNodes[mAt + pCount]; }
+
+    /// Bytes from the last bone to where the one \p pCount calls later probably is, for when GetAhead() does not know it: where every
+    /// bone has one child, what is known ends at the child. Bones that were made one after the other mostly lie so.
+    std::ptrdiff_t GuessAhead(int pCount) const
+    {
+        return mAt < 1 ? 0 : pCount * (reinterpret_cast<const char*>(mNodes[mAt]) - reinterpret_cast<const char*>(mNodes[mAt - 1]));
+    }
 
     /// See GetAhead(): far enough for memory to answer, near enough for the answer to be in the cache still.
     static constexpr int kAhead = 4;

@@ -367,26 +367,30 @@ void KQexAsfNameIndex::Expect(const char* pName) const
 /// Asks for what the frame of a bone is computed from, and for where it goes.
 void KQexAsfNameIndex::ApproachFrame(int pBone) const
 {
+    // Where a bone's parent is told, before that.
+    if (pBone + 3 * kFramesAhead < mCount)
+        KPrefetch(&mBones[mBones[pBone + 3 * kFramesAhead].mParent]);
     if (pBone >= mCount)
         return;
     const KQexAsfNode* lNode = mBones[pBone].mNode;
-    KPrefetch(&lNode->mParent, &lNode->mLR + 1);
+    KPrefetch(&lNode->mOrderCount, &lNode->mLR + 1);
     if (mBones[pBone].mParent + 1 == pBone)
         return;
     const KQexAsfNode* lParent = mBones[mBones[pBone].mParent].mNode;
-    KPrefetch(&lParent->mPositionV, &lParent->mAxisRMInv + 1);
+    KPrefetch(&lParent->mPositionV, &lParent->mAxisRM + 1);
 }
 
 void KQexAsfNameIndex::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
-    for (int lBone = 0; lBone < mCount; ++lBone)
+    SetupFrame(*mBones[0].mNode, pSetRotatePivotOffet, pSetPreRotation);
+    for (int lBone = 1; lBone < mCount; ++lBone)
     {
         ApproachFrame(lBone + kFramesAhead);
-        KQexAsfNode& lNode = *mBones[lBone].mNode;
+        KQexAsfNode& lParent = *mBones[mBones[lBone].mParent].mNode;
         // A parent that stands behind its child: its end is the one thing of it that has to be there before.
         if (mBones[lBone].mParent > lBone)
-            KgeMult(lNode.mParent->mPositionV, lNode.mParent->mDirectionV, lNode.mParent->mLength);
-        SetupFrame(lNode, pSetRotatePivotOffet, pSetPreRotation);
+            KgeMult(lParent.mPositionV, lParent.mDirectionV, lParent.mLength);
+        SetupReadFrame(*mBones[lBone].mNode, lParent, pSetRotatePivotOffet, pSetPreRotation);
     }
 }
 

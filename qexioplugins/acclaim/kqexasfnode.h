@@ -173,6 +173,7 @@ public:
     bool       mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
     int        mOrientationOrder;   ///< Rotation order code of the bone's axis line.
     KgeRVector mOrientationV;       ///< Axis angles in degrees.
+    KgeRMatrix mAxisRMInv;          ///< Inverse of mAxisRM.
 
     HKQexAsfNode                 mParent;     ///< Parent bone, not owned; null at the root.
     KArrayTemplate<KQexAsfNode*> mChildBuf;   ///< Children in file order, owned.
@@ -192,7 +193,6 @@ public:
     KgeTVector         mDirectionV;        ///< Direction, global axes.
     KgeTVector         mPositionV;         ///< End of the bone relative to its start, global axes; at the root its position.
     KgeRMatrix         mAxisRM;            ///< Rotation of the bone's axis frame, global.
-    KgeRMatrix         mAxisRMInv;         ///< Inverse of mAxisRM.
     KgeRMatrix         mParentAxisRM;      ///< The parent's mAxisRM, as SetupPosition() copied it.
     KgeRMatrix         mParentAxisRMInv;   ///< The parent's mAxisRMInv, as SetupPosition() copied it.
     KgeTVector         mParentPositionV;   ///< The parent's mPositionV: start of this bone relative to the parent's start.
