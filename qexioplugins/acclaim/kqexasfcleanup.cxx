@@ -44,6 +44,9 @@ void CloseGaps(KArrayTemplate<KQexAsfNode*>& pChildBuf)
     pChildBuf.RemoveIf([](const KQexAsfNode* pChild) { return pChild == nullptr; });
 }
 
+/// Children ahead of the one looked at for which memory is asked.
+constexpr int kChildrenAhead = 32;
+
 struct KFrameFlags
 {
     bool mSetRotatePivotOffet;
@@ -55,20 +58,55 @@ bool IsDummy(const KQexAsfNode& pNode)
     return pNode.mOrderCount == 0;
 }
 
-/// Children ahead of the one looked at for which memory is asked.
-constexpr int kChildrenAhead = 16;
-
 /// Asks for what taking a dummy out looks at.
 void ApproachDummy(const KQexAsfNode& pDummy)
 {
-    KPrefetch(&pDummy.mParentAxisRM, &pDummy.mLT + 1);
+    if (pDummy.mChildBuf.GetCount() > 0)
+    {
+        KPrefetch(pDummy.mChildBuf.GetItems());
+        KPrefetch(&pDummy.mParentAxisRM, &pDummy.mLT + 1);
+    }
+    // Releasing it looks at the blocks on both sides.
+    KPrefetch(reinterpret_cast<const char*>(&pDummy) - sizeof(size_t));
     KPrefetch(&pDummy.mLTData, &pDummy + 1);
+    KPrefetch(&pDummy + 2);
 }
 
 /// Asks for what moving a bone computes from and writes.
 void ApproachMoved(const KQexAsfNode& pBone)
 {
     KPrefetch(&pBone.mAxisRM, &pBone.mLR + 1);
+}
+
+/// Calls pDo(child) for the children that TakeDummies() will look at first, but not for more than a few.
+template <typename TDo>
+void ForFirstChildren(const KQexAsfNode* pNode, const TDo& pDo)
+{
+    if (!pNode)
+        return;
+    const int lLast = pNode->mChildBuf.GetCount() - 1;
+    for (int lIter = lLast; lIter >= 0 && lIter > lLast - kChildrenAhead; lIter--)
+        if (const KQexAsfNode* lChild = pNode->mChildBuf[lIter])
+            pDo(*lChild);
+}
+
+/// Asks step by step for what folding the dummies of the bones that come soon looks at.
+void ApproachFolds(const KQexAsfNode& pNode, const KQexAsfLevels& pLevels)
+{
+    if (!pLevels.GetAhead(1))
+    {
+        const std::ptrdiff_t lGuess = pLevels.GuessAhead(KQexAsfLevels::kAhead);
+        KPrefetch(reinterpret_cast<const char*>(&pNode.mParent) + lGuess, reinterpret_cast<const char*>(&pNode + 1) + lGuess);
+        return;
+    }
+    ForFirstChildren(pLevels.GetAhead(KQexAsfLevels::kAhead),
+                     [](const KQexAsfNode& pChild) { KPrefetch(&pChild.mParent, &pChild.mOrderCount + 1); });
+    ForFirstChildren(pLevels.GetAhead(KQexAsfLevels::kAhead / 2),
+                     [](const KQexAsfNode& pChild)
+                     {
+                         if (IsDummy(pChild))
+                             ApproachDummy(pChild);
+                     });
 }
 
 // Folds a dummy, with all dummies that hang on it without a bone in between, into the bone above it.
@@ -178,38 +216,51 @@ int CountBelowDummies(KQexAsfNode& pDummy)
     return lCount;
 }
 
-// Takes the dummies out of the children, as far as there is room for the bones that they hold.
-void TakeDummies(KQexAsfNode& pNode, KTakenBones& pTaken)
+// Takes the dummies out of the children, as far as there is room for the bones that they hold. Those that hold none are gone then.
+// Returns whether a child has, or will have, anything below it.
+bool TakeDummies(KQexAsfNode& pNode, KTakenBones& pTaken)
 {
+    bool lDeeper = false;
     // The count as it would be if each dummy went by itself: its bones come before it goes.
     int lCount = pNode.mChildBuf.GetCount();
     for (int lIter = lCount - 1; lIter >= 0; lIter--)
     {
         HKQexAsfNode lChild = pNode.mChildBuf[lIter];
         if (const KQexAsfNode* lAhead = pNode.mChildBuf[lIter - kChildrenAhead])
-            KPrefetch(&lAhead->mOrderCount);
-        if (!lChild || !IsDummy(*lChild))
+            KPrefetch(&lAhead->mParent, &lAhead->mOrderCount + 1);
+        const KQexAsfNode* lNear = pNode.mChildBuf[lIter - kChildrenAhead / 2];
+        if (lNear && IsDummy(*lNear))
+            ApproachDummy(*lNear);
+        if (!lChild)
             continue;
-        ApproachDummy(*lChild);
+        lDeeper = lDeeper || lChild->mChildBuf.GetCount() > 0;
+        if (!IsDummy(*lChild))
+            continue;
         const int lMoved = CountBelowDummies(*lChild);
         if (!pNode.mChildBuf.Reserve(lCount + lMoved))
             continue;
         lCount += lMoved - 1;
         pNode.mChildBuf.SetAt(lIter, nullptr);
-        pTaken.Append(lChild);
+        if (lChild->mChildBuf.GetCount() == 0)
+            QexSdkDelete(lChild);
+        else
+            pTaken.Append(lChild);
     }
     CloseGaps(pNode.mChildBuf);
+    return lDeeper;
 }
 
-void FoldDummies(KQexAsfNode& pNode, const KFrameFlags& pFlags)
+// Returns as TakeDummies() does.
+bool FoldDummies(KQexAsfNode& pNode, const KFrameFlags& pFlags)
 {
     KTakenBones lTaken;
-    TakeDummies(pNode, lTaken);
+    const bool  lDeeper = TakeDummies(pNode, lTaken);
     while (HKQexAsfNode lDummy = lTaken.TakeFirst())
     {
         KDummyFold(pNode, *lDummy, pFlags).Fold();
         QexSdkDelete(lDummy);
     }
+    return lDeeper;
 }
 
 bool IsEndSite(const KQexAsfNode& pNode)
@@ -239,9 +290,13 @@ void RemoveEndSiteChildren(KQexAsfNode& pNode)
 
 void KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
-    KQexAsfLevels lLevels(this);
+    KQexAsfLevels lLevels(this, KQexAsfLevels::eWITH_CHILDREN);
     while (HKQexAsfNode lNode = lLevels.Next())
-        FoldDummies(*lNode, {pSetRotatePivotOffet, pSetPreRotation});
+    {
+        ApproachFolds(*lNode, lLevels);
+        if (!FoldDummies(*lNode, {pSetRotatePivotOffet, pSetPreRotation}))
+            lLevels.SkipChildren();
+    }
     if (!lLevels.HasFailed())
         return;
     KQexAsfWalk lWalk(this);

@@ -23,29 +23,41 @@ namespace qexsdk
 class KQexAsfLevels
 {
 public:
+    /// Which bones come up.
+    enum EBones
+    {
+        eALL,
+        eWITH_CHILDREN ///< Those that have children when their parent is passed, and the top.
+    };
+
     /// The levels below \p pTop, itself first; owns nothing.
-    explicit KQexAsfLevels(HKQexAsfNode pTop) : mAt(-1), mFailed(mNodes.Add(pTop) < 0) {}
+    explicit KQexAsfLevels(HKQexAsfNode pTop, EBones pBones = eALL) : mBones(pBones), mAt(-1), mFailed(mNodes.Add(pTop) < 0) {}
 
     /// The next bone; null behind the last one, and when there is no memory for more.
     HKQexAsfNode Next()
     {
-        if (mAt >= 0)
+        if (mAt >= 0 && !mSkip)
             AddChildren(*mNodes[mAt]);
+        mSkip = false;
         if (mFailed)
             return nullptr;
         ++mAt;
         // First where its children are told, then the children's list.
+        if (const KQexAsfNode* lNode = GetAhead(3 * kAhead))
+            KPrefetch(&lNode->mParent, &lNode->mOrderCount + 1);
         if (const KQexAsfNode* lNode = GetAhead(2 * kAhead))
-            KPrefetch(&lNode->mParent);
-        if (const KQexAsfNode* lNode = GetAhead(kAhead))
             KPrefetch(lNode->mChildBuf.GetItems());
         return mNodes[mAt];
     }
 
+    /// Nothing below the bone that Next() gave comes up.
+    void SkipChildren() { mSkip = true; }
+
     /// Whether Next() was null for want of memory: not all bones came up.
     bool HasFailed() const { return mFailed; }
 
-    /// The bone that comes \p pCount calls of Next() later; null when that is not known yet. Up to kAhead, its tree fields are at hand.
+    /// The bone that comes \p pCount calls of Next() later; null when that is not known yet. Up to kAhead, its tree fields and its list of
+    /// children are at hand.
     const KQexAsfNode* GetAhead(int pCount) const { return mNodes[mAt + pCount]; }
 
     /// Bytes from the last bone to where the one \p pCount calls later probably is, for when GetAhead() does not know it: where every
@@ -63,12 +75,17 @@ private:
     {
         const int lCount = pNode.mChildBuf.GetCount();
         for (int lIndex = 0; lIndex < lCount && !mFailed; ++lIndex)
-            if (HKQexAsfNode lChild = pNode.mChildBuf[lIndex])
+        {
+            HKQexAsfNode lChild = pNode.mChildBuf[lIndex];
+            if (lChild && (mBones == eALL || lChild->mChildBuf.GetCount() > 0))
                 mFailed = mNodes.Add(lChild) < 0;
+        }
     }
 
+    EBones                       mBones;
     KArrayTemplate<KQexAsfNode*> mNodes; ///< Those that came up, then those that are known to come.
     int                          mAt;    ///< Index of the bone that Next() gave last.
+    bool                         mSkip = false;
     bool                         mFailed;
 };
 
