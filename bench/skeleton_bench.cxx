@@ -111,6 +111,7 @@ void WriteGenerated(benchmark::State& pState, EShape pShape, int pBones)
 
 void Frames(benchmark::State& pState, EShape pShape, int pBones)
 {
+    SettleMemory();
     const KSceneOwner lScene = ReadText(SkeletonText(pShape, pBones));
     KBeside           lBeside;
     for (auto lStep : pState)
@@ -128,6 +129,8 @@ void CleanUp(benchmark::State& pState, EShape pShape, int pBones)
     for (auto lStep : pState)
     {
         (void)lStep;
+        // The bones of the turn before lay scattered when they were given back.
+        SettleMemory();
         const KSceneOwner lScene = ReadText(lText);
         lBeside.Work(pState, [&lScene] { lScene->mRoot->RemoveDummy(false, false); });
     }
