@@ -1,5 +1,7 @@
 #include "asftestsupport.h"
 
+#include <tests/support/comments.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -54,20 +56,6 @@ std::string OutcomeBits(const std::string& pText)
     if (lReading.mScene->mRoot != nullptr)
         for (const KQexAsfNode* lNode : PreOrder(lReading.mScene->mRoot))
             lResult += BoneBits(*lNode);
-    return lResult;
-}
-
-/// The text with a comment at the end of every line.
-std::string Commented(const std::string& pText)
-{
-    std::string lResult;
-    for (size_t i = 0; i < pText.size(); ++i)
-    {
-        const bool lFeed = pText[i] == '\n' && (i == 0 || pText[i - 1] != '\r');
-        if (lFeed || pText[i] == '\r')
-            lResult += '#';
-        lResult += pText[i];
-    }
     return lResult;
 }
 
