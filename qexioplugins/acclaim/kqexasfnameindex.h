@@ -60,12 +60,12 @@ public:
     /// The same for a name that ends with a NUL.
     int Find(const char* pName);
 
-    /// \name Looking for many names
-    /// Asks for the memory that Find(\p pName) will look at: first where the name is told, then, when that has come, what is told there.
-    ///@{
+    /// Asks for the memory that Find(\p pName) will look at first. For many names, this is called for all of them, then ApproachFound()
+    /// for all, then Find().
     void Approach(const KName& pName) const;
+
+    /// Asks for what Find(\p pName) will look at then; see Approach().
     void ApproachFound(const KName& pName) const;
-    ///@}
 
     /// Whether the bone is a child of the root. Does not look at the bone itself: of many, that would be a wait for memory each.
     bool IsUnderRoot(int pBone) const { return pBone != 0 && mBones[pBone].mParent == 0; }

@@ -114,18 +114,28 @@ public:
         return true;
     }
 
+    /// Whether the line that is being looked at has its end in memory.
+    bool HasWholeLine()
+    {
+        if (mLastFeed == nullptr)
+            for (mLastFeed = mEnd; mLastFeed != mBegin && *mLastFeed != '\n';)
+                --mLastFeed;
+        return mLine <= mLastFeed && *mLastFeed == '\n';
+    }
+
     /// Where the line that is being looked at begins, and how many lines were found before it.
     struct KPlace
     {
-        const char* mLine;
-        int         mLines;
+        const char* mLine;  ///< The line's first byte.
+        int         mLines; ///< Lines before it, counted from where the scan began.
     };
 
     /// See KPlace.
     KPlace GetPlace() const { return {mLine, mLines}; }
 
-    /// The lines up to \p pPlace, by default those found so far, are those that TakeLines() takes.
+    /// The lines up to \p pPlace are those that TakeLines() takes.
     void Keep(const KPlace& pPlace) { mTaken = pPlace; }
+    /// The same for all lines found so far.
     void Keep() { Keep(GetPlace()); }
 
     /// Takes the lines kept out of the input, whose next line is the one behind them.
@@ -174,7 +184,8 @@ private:
     const char*  mBegin;
     const char*  mEnd;
     const char*  mAt;
-    const char*  mLine; ///< Begin of the line that mAt is in.
+    const char*  mLine;               ///< Begin of the line that mAt is in.
+    const char*  mLastFeed = nullptr; ///< Where the last line end is; null while it is not known.
     int          mLines;
     KPlace       mTaken;
 };

@@ -123,7 +123,7 @@ private:
     bool ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode);
     struct KFamilyWord;
-    void ScanFamilies(KQexAsfNameIndex& pIndex);
+    int  ScanFamilies(KQexAsfNameIndex& pIndex, int& pParent);
     bool ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord);
     bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
@@ -145,7 +145,9 @@ private:
 
     bool SettleFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilies(KQexAsfNameIndex& pIndex);
+    bool ReadFamilyLines(KQexAsfNameIndex& pIndex);
     bool ReadFamily(KQexAsfNameIndex& pIndex);
+    bool ReadFamilyRest(KQexAsfNameIndex& pIndex, int pDone, int pParent);
     bool ReadChildren(KQexAsfNameIndex& pIndex, int pParent);
 
     void WriteHeader();

@@ -47,11 +47,24 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
             Error("Out of memory\n");
             return false;
         }
-        for (ScanFamilies(pIndex); NextLine() && Check(smGroup) == -1; ScanFamilies(pIndex))
-            if (!ReadFamily(pIndex))
-                return false;
+        if (!ReadFamilyLines(pIndex))
+            return false;
     }
     return true;
+}
+
+/// The lines up to the next "begin" or "end".
+bool KQexFileAcclaimAsf::ReadFamilyLines(KQexAsfNameIndex& pIndex)
+{
+    for (;;)
+    {
+        int       lParent = KQexAsfNameIndex::kNone;
+        const int lDone = ScanFamilies(pIndex, lParent);
+        if (!NextLine() || Check(smGroup) != -1)
+            return true;
+        if (!(lDone > 0 ? ReadFamilyRest(pIndex, lDone, lParent) : ReadFamily(pIndex)))
+            return false;
+    }
 }
 
 bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
@@ -70,6 +83,15 @@ bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
         return ReadChildren(pIndex, lParent);
     Error("Unknown parent bone name (%s)\n", lName);
     return false;
+}
+
+/// A line of the bone pParent whose first pDone words are done.
+bool KQexFileAcclaimAsf::ReadFamilyRest(KQexAsfNameIndex& pIndex, int pDone, int pParent)
+{
+    char lName[kMaxName + 1];
+    for (int i = 0; i < pDone; ++i)
+        ReadNameWord(lName);
+    return ReadChildren(pIndex, pParent);
 }
 
 bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)

@@ -16,16 +16,17 @@ struct KQexFileAcclaimAsf::KFamilyWord
 };
 
 /// Takes lines of families as far as they are those that nearly all files have: names of bones that there are, and nothing else. From
-/// the first other line on, ReadFamily() reads; of that line some children may have been moved already, which it passes over.
+/// the first other word on, ReadFamily() reads.
 ///
 /// Names that are asked for here and there lie far apart in memory. A number of them is asked for together.
-void KQexFileAcclaimAsf::ScanFamilies(KQexAsfNameIndex& pIndex)
+/// \return how many words of the next line are done; their line is that of the bone pParent, when there are any
+int KQexFileAcclaimAsf::ScanFamilies(KQexAsfNameIndex& pIndex, int& pParent)
 {
     constexpr int kWords = 32;
     KFamilyWord   lWords[kWords];
     KQexAsfScan   lScan(GetInput());
     bool          lIsParent = true;
-    int           lParent = 0;
+    int           lDone = 0;
     int           lCount = kWords;
     while (lCount == kWords)
     {
@@ -38,21 +39,26 @@ void KQexFileAcclaimAsf::ScanFamilies(KQexAsfNameIndex& pIndex)
             pIndex.ApproachFound(lWords[i].mName);
         for (int i = 0; i < lCount; ++i)
         {
-            if (!TakeFamilyWord(pIndex, lWords[i], lParent))
+            if (!TakeFamilyWord(pIndex, lWords[i], pParent))
             {
                 lCount = 0;
                 break;
             }
-            if (lWords[i].mIsLast)
-                lScan.Keep(lWords[i].mBehind);
+            ++lDone;
+            if (!lWords[i].mIsLast)
+                continue;
+            lDone = 0;
+            lScan.Keep(lWords[i].mBehind);
         }
     }
     lScan.TakeLines();
+    return lDone;
 }
 
 bool KQexFileAcclaimAsf::ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord)
 {
-    if (pIsParent && pScan.Letters(smGroup) >= 0)
+    // Of a line that is not there as a whole nothing is done yet: it may never come.
+    if (pIsParent && (!pScan.HasWholeLine() || pScan.Letters(smGroup) >= 0))
         return false;
     size_t      lLength = 0;
     const char* lText = pScan.Text(lLength, kMaxName);
