@@ -3,7 +3,6 @@
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
 
 #include <algorithm>
-#include <chrono>
 #include <climits>
 #include <cstring>
 
@@ -21,9 +20,13 @@ constexpr int kMovesAhead = 12;
 
 constexpr uint64_t kFactor = 0x9E3779B97F4A7C15u;
 
-/// Differs from run to run, so that no file can be written whose names all meet in one place of the table.
-const uint64_t sSeed =
-    static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count()) ^ reinterpret_cast<uintptr_t>(&sSeed);
+/// Where hashes begin: the place of the program in memory, which systems choose anew for each run, so that no file can be written whose
+/// names all meet in one place of the table.
+uint64_t Seed()
+{
+    static const char sPlace = '\0';
+    return reinterpret_cast<uintptr_t>(&sPlace);
+}
 
 /// Eight characters at a time: the factor moves each bit up, and what is up there comes back down. Every bit of the text has reached all
 /// places after the second turn behind it.
@@ -38,7 +41,7 @@ uint64_t Mixed(uint64_t pHash, uint64_t pText)
 KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText), mLength(pLength), mStart{}
 {
     std::memcpy(mStart.mText, pText, std::min(pLength, sizeof mStart));
-    uint64_t lHash = Mixed(Mixed(sSeed, mStart.mText[0]), mStart.mText[1]);
+    uint64_t lHash = Mixed(Mixed(Seed(), mStart.mText[0]), mStart.mText[1]);
     for (size_t i = sizeof mStart; i < pLength; ++i)
         lHash = Mixed(lHash, static_cast<unsigned char>(pText[i]));
     mHash = static_cast<uint32_t>(Mixed(lHash, pLength));

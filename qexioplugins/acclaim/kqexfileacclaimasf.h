@@ -2,7 +2,6 @@
 #define QEXIOPLUGINS_ACCLAIM_KQEXFILEACCLAIMASF_H
 
 #include <kbaselib/kbase/kbaseexport.h>
-#include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/motion/kqextextfile.h>
@@ -14,6 +13,7 @@
 namespace qexsdk
 {
 
+class KPrefetchSteps;
 class KQexAsfNameIndex;
 class KQexAsfScan;
 
@@ -114,6 +114,10 @@ private:
     void ReadRootOrder(HKQexAsfNode pNode);
     void StoreRoot(HKQexAsfNode pNode);
 
+    bool ReadBones();
+    bool ReadBoneGroup(bool* pEnded);
+    bool ScanGroupWord(int pKeyword);
+
     bool ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext);
     bool ScanBoneHead(KQexAsfScan& pScan, KQexAsfNode& pNode, KPrefetchSteps& pNext);
     bool ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode);
@@ -122,15 +126,8 @@ private:
     bool ScanBoneAxis(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode);
     bool ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    struct KFamilyWord;
-    int  ScanFamilies(KQexAsfNameIndex& pIndex, int& pParent);
-    bool ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord);
-    bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
 
-    bool ScanGroupWord(int pKeyword);
-    bool ReadBones();
-    bool ReadBoneGroup(bool* pEnded);
     bool ReadBoneLines(HKQexAsfNode pNode, KPrefetchSteps& pNext);
     bool ReadBoneLine(HKQexAsfNode pNode, int pKeyword);
     bool ReadBoneName(HKQexAsfNode pNode);
@@ -146,6 +143,10 @@ private:
     bool SettleFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilyLines(KQexAsfNameIndex& pIndex);
+    struct KFamilyWord;
+    int  ScanFamilies(KQexAsfNameIndex& pIndex, int& pParent);
+    bool ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord);
+    bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     bool ReadFamily(KQexAsfNameIndex& pIndex);
     bool ReadFamilyRest(KQexAsfNameIndex& pIndex, int pDone, int pParent);
     bool ReadChildren(KQexAsfNameIndex& pIndex, int pParent);
