@@ -75,7 +75,7 @@ bool KQexFileAcclaimAsf::ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFam
 /// Does what the word asks for; pParent is the bone that its line's first word named. False when there is something to say about it.
 bool KQexFileAcclaimAsf::TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent)
 {
-    const int lBone = pIndex.Find(pWord.mName);
+    const int lBone = pIndex.FindApproached(pWord.mName);
     if (lBone < 0)
         return false;
     if (pWord.mIsParent)
