@@ -2,7 +2,6 @@
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 
@@ -36,15 +35,39 @@ uint64_t Mixed(uint64_t pHash, uint64_t pText)
     return lProduct ^ (lProduct >> 32);
 }
 
+constexpr size_t kEnd = sizeof(uint64_t);
+
+template <typename TBits>
+uint64_t BitsAt(const char* pText)
+{
+    TBits lBits;
+    std::memcpy(&lBits, pText, sizeof lBits);
+    return lBits;
+}
+
+/// A name of less than eight characters, such that among those of one length no two come to the same.
+uint64_t ShortName(const char* pText, size_t pLength)
+{
+    if (pLength >= sizeof(uint32_t))
+        return BitsAt<uint32_t>(pText) | BitsAt<uint32_t>(pText + pLength - sizeof(uint32_t)) << 32;
+    uint64_t lText = 0;
+    for (size_t i = 0; i < pLength; ++i)
+        lText = lText << 8 | static_cast<unsigned char>(pText[i]);
+    return lText;
+}
+
 } // namespace
 
-KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText), mLength(pLength), mStart{}
+KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText), mLength(pLength)
 {
-    std::memcpy(mStart.mText, pText, std::min(pLength, sizeof mStart));
-    uint64_t lHash = Mixed(Mixed(Seed(), mStart.mText[0]), mStart.mText[1]);
-    for (size_t i = sizeof mStart; i < pLength; ++i)
-        lHash = Mixed(lHash, static_cast<unsigned char>(pText[i]));
-    mHash = static_cast<uint32_t>(Mixed(lHash, pLength));
+    if (pLength < kEnd)
+        mEnds.mFirst = ShortName(pText, pLength);
+    else
+        mEnds = {BitsAt<uint64_t>(pText), BitsAt<uint64_t>(pText + pLength - kEnd)};
+    uint64_t lHash = Mixed(Mixed(Seed() + pLength, mEnds.mFirst), mEnds.mLast);
+    for (size_t i = kEnd; i + kEnd < pLength; i += kEnd)
+        lHash = Mixed(lHash, BitsAt<uint64_t>(pText + i));
+    mHash = static_cast<uint32_t>(Mixed(lHash, 0));
 }
 
 KQexAsfNameIndex::~KQexAsfNameIndex()
@@ -91,11 +114,20 @@ bool KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent)
     return true;
 }
 
+KQexAsfNameIndex::KName KQexAsfNameIndex::NameOf(const KQexAsfNode& pNode)
+{
+    if (mExpected.mText != pNode.mName)
+        return KName(pNode.mName, std::strlen(pNode.mName));
+    const KName lName = mExpected;
+    mExpected = KName();
+    return lName;
+}
+
 void KQexAsfNameIndex::AddName(int pBone)
 {
-    const char* lText = mBones[pBone].mNode->mName;
-    const KName lName(lText, std::strlen(lText));
-    mBones[pBone].mStart = lName.mStart;
+    const KName lName = NameOf(*mBones[pBone].mNode);
+    mBones[pBone].mEnds = lName.mEnds;
+    mBones[pBone].mLength = static_cast<uint8_t>(lName.mLength);
     KSlot* lSlot = SlotOf(lName);
     if (lSlot->mBone == kNone)
     {
@@ -153,13 +185,9 @@ bool KQexAsfNameIndex::GrowTable()
 bool KQexAsfNameIndex::IsNamed(int pBone, const KName& pName) const
 {
     const KBone& lBone = mBones[pBone];
-    if (lBone.mStart.mText[0] != pName.mStart.mText[0] || lBone.mStart.mText[1] != pName.mStart.mText[1])
+    if (lBone.mEnds.mFirst != pName.mEnds.mFirst || lBone.mEnds.mLast != pName.mEnds.mLast || lBone.mLength != pName.mLength)
         return false;
-    // Only of a name that fills the start more may follow.
-    if (pName.mLength < sizeof(KNameStart))
-        return true;
-    const char* lName = lBone.mNode->mName;
-    return std::strncmp(lName, pName.mText, pName.mLength) == 0 && lName[pName.mLength] == '\0';
+    return pName.mLength <= 2 * kEnd || std::memcmp(lBone.mNode->mName, pName.mText, pName.mLength) == 0;
 }
 
 /// The slot that holds a bone of the name, or the free one where it would go.
@@ -368,9 +396,10 @@ void KQexAsfNameIndex::ApproachFound(const KName& pName) const
         KPrefetch(&mBones[lBone]);
 }
 
-void KQexAsfNameIndex::Expect(const char* pName) const
+void KQexAsfNameIndex::Expect(const char* pName, size_t pLength)
 {
-    Approach(KName(pName, std::strlen(pName)));
+    mExpected = KName(pName, pLength);
+    Approach(mExpected);
 }
 
 /// Asks for what the frame of a bone is computed from, and for where it goes.

@@ -20,10 +20,12 @@ namespace qexsdk
 /// Bones are told by their place in the index, 0 for the root. Used by one thread; owns nothing of the tree.
 class QEX_API KQexAsfNameIndex
 {
-    /// The start of a name: nearly all names as a whole, so that comparing them does not fetch the bones themselves.
-    struct KNameStart
+    /// The first and the last eight characters of a name, which may be the same ones. With the length they are all of nearly every name, so
+    /// that comparing names does not fetch the bones themselves.
+    struct KNameEnds
     {
-        uint64_t mText[2]; ///< Padded with NUL bytes.
+        uint64_t mFirst;
+        uint64_t mLast; ///< 0 where mFirst holds the whole name.
     };
 
 public:
@@ -39,10 +41,10 @@ public:
 
     private:
         friend class KQexAsfNameIndex;
-        const char* mText;
-        size_t      mLength;
-        KNameStart  mStart;
-        uint32_t    mHash;
+        const char* mText = nullptr;
+        size_t      mLength = 0;
+        KNameEnds   mEnds = {0, 0};
+        uint32_t    mHash = 0;
     };
 
     KQexAsfNameIndex() = default;
@@ -85,8 +87,9 @@ public:
     /// runs out: the bones whose turn had not come are still children of the root then.
     bool Settle();
 
-    /// Takes note that a bone named \p pName will be added soon: where its name will go comes into reach meanwhile.
-    void Expect(const char* pName) const;
+    /// Takes note that a bone will be added soon whose mName is at \p pName, \p pLength characters that stay as they are until then: where
+    /// its name will go comes into reach meanwhile.
+    void Expect(const char* pName, size_t pLength);
 
     /// Computes the frames of all bones as SetupPosition() of the root does, in the order in which they stand in memory. Nothing may
     /// have been added to the tree since the last Update().
@@ -96,7 +99,7 @@ private:
     struct KBone
     {
         HKQexAsfNode mNode;
-        KNameStart   mStart;
+        KNameEnds    mEnds;
         int          mUp;        ///< A bone nearer to the child of the root that this one hangs below, or itself.
         int          mParent;    ///< Bone that this one is a child of.
         unsigned     mPlace;     ///< Grows along the children of one parent.
@@ -104,6 +107,7 @@ private:
         int          mMoved;     ///< Not of this bone: at place n, the n-th bone to be hung over.
         unsigned     mAnswerFor; ///< mState for which this bone is known to be the first of its name.
         bool         mHoldsTwin; ///< At a child of the root: a bone at or below it shares its name with another.
+        uint8_t      mLength;    ///< Of the name; it has no more than 255 characters.
     };
 
     /// A place in the table of names. The hash stands here too, so that looking on costs no look at a bone.
@@ -115,6 +119,7 @@ private:
 
     void     ApproachFrame(int pBone) const;
     bool     Add(HKQexAsfNode pNode, int pParent);
+    KName    NameOf(const KQexAsfNode& pNode);
     void     AddName(int pBone);
     bool     GrowBones();
     bool     GrowTable();
@@ -136,6 +141,7 @@ private:
     KSlot*   mTable = nullptr; ///< Open addressing.
     size_t   mTableSize = 0;   ///< A power of two, more than twice the number of names.
     size_t   mNameCount = 0;
+    KName    mExpected;          ///< Of the bone that is added next, if its name lies there.
     int      mFound[2] = {0, 0}; ///< What Find() found last and before that.
     int      mMovedCount = 0;    ///< Bones to be hung over.
     int      mKnownChildren = 0; ///< Children of the root taken in.

@@ -150,7 +150,7 @@ bool KQexFileAcclaimAsf::ReadBoneName(HKQexAsfNode pNode)
         return false;
     }
     if (mNameIndex != nullptr)
-        mNameIndex->Expect(pNode->mName);
+        mNameIndex->Expect(pNode->mName, std::strlen(pNode->mName));
     return true;
 }
 

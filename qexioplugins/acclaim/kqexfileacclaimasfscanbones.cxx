@@ -67,7 +67,7 @@ bool KQexFileAcclaimAsf::ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode)
     std::memcpy(pNode.mName, lName, lLength);
     KeepBoneLine(pScan, eBONE_NAME);
     if (mNameIndex != nullptr)
-        mNameIndex->Expect(pNode.mName);
+        mNameIndex->Expect(pNode.mName, lLength);
     return true;
 }
 

@@ -442,6 +442,37 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
     }
 }
 
+/// Names of one letter, and all that differ from them in one place: none may pass for another, whatever part of them is compared.
+TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
+{
+    std::vector<std::string> lNames;
+    for (size_t lLength = 1; lLength <= 50; ++lLength)
+    {
+        const std::string lPlain(lLength, 'a');
+        lNames.push_back(lPlain);
+        for (size_t i = 0; i < lLength; ++i)
+            lNames.emplace_back(lPlain).at(i) = 'b';
+    }
+    std::string lBones = ":root\n:bonedata\n";
+    std::string lFamilies = ":hierarchy\nbegin\n";
+    for (size_t i = 0; i < lNames.size(); ++i)
+    {
+        // What counts is the last name of a bone.
+        lBones += "begin\nname " + lNames[lNames.size() - 1 - i] + "x\nname " + lNames[i] + "\ndirection 1 0 0\nlength 1\nend\n";
+        if (i > 0)
+            lFamilies += lNames[i - 1] + " " + lNames[i] + "\n";
+    }
+    KAsfReading lReading;
+    ASSERT_TRUE(lReading.ReadText(lBones + lFamilies + "end\n"));
+    const std::vector<HKQexAsfNode> lNodes = PreOrder(lReading.mScene->mRoot);
+    ASSERT_EQ(lNodes.size(), lNames.size() + 1);
+    for (size_t i = 0; i < lNames.size(); ++i)
+    {
+        ASSERT_EQ(lNodes[i + 1]->mName, lNames[i]);
+        ASSERT_EQ(lNodes[i + 1]->mParent, lNodes[i]);
+    }
+}
+
 TEST(AsfReadMemory, HeapHoldsBonesChildArraysOneBufferAndTheIndex)
 {
     KMemoryWatch lWatch;
