@@ -158,7 +158,7 @@ using KBench = void (*)(benchmark::State&, EShape, int);
 
 /// The best of so few is still worth something, however short a time is asked for.
 constexpr int kManyBones = 10000;
-constexpr int kManyTurns = 10;
+constexpr int kManyTurns = 20;
 
 void Register(const char* pName, KBench pBench, EShape pShape, int pBones)
 {
