@@ -2,8 +2,11 @@
 
 #include <bench/benchsupport.h>
 
+#include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -109,17 +112,124 @@ void WriteGenerated(benchmark::State& pState, EShape pShape, int pBones)
     lBeside.ReportPieces(pState, "bone", pBones);
 }
 
+using KBones = std::vector<HKQexAsfNode>;
+
+/// All bones in the order in which they lie, the root first.
+KBones BonesOf(HKQexAsfNode pRoot)
+{
+    KBones lBones = {pRoot};
+    for (size_t i = 0; i < lBones.size(); ++i)
+        for (int lChild = 0; lChild < lBones[i]->mChildBuf.GetCount(); ++lChild)
+            lBones.push_back(lBones[i]->mChildBuf[lChild]);
+    std::sort(lBones.begin() + 1, lBones.end());
+    return lBones;
+}
+
+/// What every way to a bone's frame has to do: take over its parent's axis and place, and turn a matrix into three angles.
+void TakeOver(KQexAsfNode& pBone, const KQexAsfNode& pParent)
+{
+    KgeSet(pBone.mParentAxisRM, pParent.mAxisRM);
+    KgeSet(pBone.mParentAxisRMInv, pParent.mAxisRMInv);
+    KgeSet(pBone.mParentPositionV, pParent.mPositionV);
+    KgeSet(pBone.mLT, pParent.mPositionV);
+    const auto& lRM = pBone.mAxisRM.mData;
+    pBone.mLR.mData[0] = std::atan2(lRM[1][2], lRM[2][2]);
+    pBone.mLR.mData[1] = std::atan2(lRM[0][2], lRM[0][0]);
+    pBone.mLR.mData[2] = std::atan2(lRM[0][1], lRM[0][0]);
+}
+
+/// Bones ahead of the one taken over whose memory is asked for.
+constexpr size_t kBonesAhead = 8;
+
+void ApproachBone(const KBones& pBones, size_t pBone)
+{
+    if (pBone < pBones.size())
+        KPrefetch(&pBones[pBone]->mDirectionV, &pBones[pBone]->mLR + 1);
+}
+
+/// The bound of frames: TakeOver() for every bone below the root, in the order in which they lie.
+void TakeOverFrames(const KBones& pBones)
+{
+    for (size_t i = 1; i < pBones.size(); ++i)
+    {
+        ApproachBone(pBones, i + kBonesAhead);
+        KgeSet(pBones[i]->mPositionV, pBones[i]->mDirectionV);
+        TakeOver(*pBones[i], *pBones[i]->mParent);
+    }
+}
+
 void Frames(benchmark::State& pState, EShape pShape, int pBones)
 {
     SettleMemory();
     const KSceneOwner lScene = ReadText(SkeletonText(pShape, pBones));
+    const KBones      lBones = BonesOf(lScene->mRoot);
     KBeside           lBeside;
     for (auto lStep : pState)
     {
         (void)lStep;
+        lBeside.Bound([&lBones] { TakeOverFrames(lBones); });
         lBeside.Work(pState, [&lScene] { lScene->mRoot->SetupPosition(false, false); });
     }
     lBeside.ReportPieces(pState, "bone", pBones);
+}
+
+/// What clean-up has to do, told beforehand.
+class KTakenApart
+{
+public:
+    /// The bones of a scene, which has none afterwards.
+    explicit KTakenApart(const KSceneOwner& pScene) : mBones(BonesOf(pScene->mRoot))
+    {
+        pScene->mRoot = nullptr;
+        for (const HKQexAsfNode lBone : mBones)
+        {
+            const bool lIsDummy = lBone->mParent != nullptr && lBone->mOrderCount == 0;
+            (lIsDummy ? mDummies : mKept).push_back(lBone);
+            if (!lIsDummy && lBone->mParent != nullptr && lBone->mParent->mOrderCount == 0)
+                mMoved.push_back(lBone);
+        }
+    }
+    ~KTakenApart() { Release(mKept); }
+    KTakenApart(const KTakenApart&) = delete;
+    KTakenApart& operator=(const KTakenApart&) = delete;
+
+    /// The bound of clean-up: a look at every bone, TakeOver() for those that hang on dummies, and the dummies' memory given back, all in
+    /// the order in which they lie. To be called once.
+    void TakeOverDummies()
+    {
+        int lSum = 0;
+        for (const HKQexAsfNode lBone : mBones)
+            lSum += lBone->mOrderCount;
+        benchmark::DoNotOptimize(lSum);
+        for (size_t i = 0; i < mMoved.size(); ++i)
+        {
+            ApproachBone(mMoved, i + kBonesAhead);
+            TakeOver(*mMoved[i], *mMoved[i]->mParent);
+        }
+        Release(mDummies);
+    }
+
+private:
+    static void Release(const KBones& pBones)
+    {
+        for (const HKQexAsfNode lBone : pBones)
+        {
+            lBone->mChildBuf.Clear();
+            QexSdkDelete(lBone);
+        }
+    }
+
+    KBones mBones;
+    KBones mDummies;
+    KBones mKept;
+    KBones mMoved; ///< Kept ones that hang on a dummy.
+};
+
+KSceneOwner ReadSettled(const std::string& pText)
+{
+    // The bones of the turn before lay scattered when they were given back.
+    SettleMemory();
+    return ReadText(pText);
 }
 
 void CleanUp(benchmark::State& pState, EShape pShape, int pBones)
@@ -129,9 +239,11 @@ void CleanUp(benchmark::State& pState, EShape pShape, int pBones)
     for (auto lStep : pState)
     {
         (void)lStep;
-        // The bones of the turn before lay scattered when they were given back.
-        SettleMemory();
-        const KSceneOwner lScene = ReadText(lText);
+        {
+            KTakenApart lApart(ReadSettled(lText));
+            lBeside.Bound([&lApart] { lApart.TakeOverDummies(); });
+        }
+        const KSceneOwner lScene = ReadSettled(lText);
         lBeside.Work(pState, [&lScene] { lScene->mRoot->RemoveDummy(false, false); });
     }
     lBeside.ReportPieces(pState, "bone", pBones);
