@@ -144,7 +144,7 @@ private:
     {
         const KQexAsfNode* lAbove = pWalk.GetAbove();
         if (mDepth < kExactDepth)
-            KgeSet(mOffsets[mDepth], pDummy.mParentPositionV);
+            KmVset(mOffsets[mDepth], pDummy.mParentPositionV.mData);
         mDepth++;
         // The sum from the topmost dummy on, in a field that no one reads again.
         if (lAbove)
@@ -188,7 +188,7 @@ private:
             KgeAdd(pBone.mParentPositionV, pDummy.mLT, pBone.mParentPositionV);
         else
             for (int lDepth = mDepth - 1; lDepth >= 0; lDepth--)
-                KgeAdd(pBone.mParentPositionV, mOffsets[lDepth], pBone.mParentPositionV);
+                KmVadd(pBone.mParentPositionV.mData, mOffsets[lDepth], pBone.mParentPositionV.mData);
     }
 
     static constexpr int kExactDepth = 32;
@@ -196,8 +196,8 @@ private:
     KQexAsfNode& mNode;
     KQexAsfNode& mDummy;
     KFrameFlags  mFlags;
-    int          mDepth;                ///< Dummies from the topmost one to the one entered.
-    KgeTVector   mOffsets[kExactDepth]; ///< Their offsets, the topmost one's first.
+    int          mDepth;                   ///< Dummies from the topmost one to the one entered.
+    double       mOffsets[kExactDepth][3]; ///< Their offsets, the topmost one's first. Not initialised: most dummies are alone.
 };
 
 // How many bones folding the dummy would move.
