@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstring>
+#include <memory>
 
 namespace qexsdk
 {
@@ -72,7 +73,7 @@ KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText)
 
 KQexAsfNameIndex::~KQexAsfNameIndex()
 {
-    QexSdkFree(mBones);
+    QexSdkFree(mBonesMemory);
     QexSdkFree(mTable);
 }
 
@@ -148,12 +149,18 @@ bool KQexAsfNameIndex::GrowBones()
     if (mRoom > INT_MAX / 2)
         return false;
     const int lRoom = mRoom == 0 ? kFirstRoom : mRoom * 2;
-    KBone*    lBones = static_cast<KBone*>(QexSdkMalloc(static_cast<size_t>(lRoom) * sizeof(KBone)));
-    if (lBones == nullptr)
+    // The allocator aligns for less than a line.
+    const size_t lSize = static_cast<size_t>(lRoom) * sizeof(KBone);
+    size_t       lSpace = lSize + alignof(KBone);
+    void*        lMemory = QexSdkMalloc(lSpace);
+    if (lMemory == nullptr)
         return false;
+    void*  lAligned = lMemory;
+    KBone* lBones = static_cast<KBone*>(std::align(alignof(KBone), lSize, lAligned, lSpace));
     if (mCount > 0)
         std::memcpy(lBones, mBones, static_cast<size_t>(mCount) * sizeof(KBone));
-    QexSdkFree(mBones);
+    QexSdkFree(mBonesMemory);
+    mBonesMemory = lMemory;
     mBones = lBones;
     mRoom = lRoom;
     return true;

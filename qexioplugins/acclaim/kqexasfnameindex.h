@@ -2,6 +2,7 @@
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFNAMEINDEX_H
 
 #include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 
 #include <cstddef>
@@ -96,7 +97,8 @@ public:
     void SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
 private:
-    struct KBone
+    /// A whole line of memory each, as bones are mostly asked for here and there: across two of them, most would be fetched twice.
+    struct alignas(kPrefetchLine) KBone
     {
         HKQexAsfNode mNode;
         KNameEnds    mEnds;
@@ -135,6 +137,7 @@ private:
     int      TopOf(int pBone);
     unsigned PlaceOfTop(int pBone) { return mBones[TopOf(pBone)].mPlace; }
 
+    void*    mBonesMemory = nullptr; ///< What mBones lie in.
     KBone*   mBones = nullptr;
     int      mCount = 0;
     int      mRoom = 0;
