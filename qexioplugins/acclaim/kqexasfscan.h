@@ -5,6 +5,8 @@
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace qexsdk
 {
@@ -21,7 +23,7 @@ public:
     /// The lines behind the current one of \p pInput, which has to stay as it is until TakeLines().
     explicit KQexAsfScan(KLineReader& pInput)
         : mInput(pInput),
-          mBegin(pInput.GetAhead() > 0 ? pInput.GetAheadText() : ""),
+          mBegin(pInput.GetAhead() > 0 ? pInput.GetAheadText() : kNothing),
           mEnd(mBegin + pInput.GetAhead()),
           mAt(mBegin),
           mLine(mBegin),
@@ -43,16 +45,19 @@ public:
     }
 
     /// Index of the first entry of \p pTokens that the next token equals in small or capital letters, -1 for none. The entries are small
-    /// letters.
+    /// letters, two at least.
     int Letters(const KToken* pTokens)
     {
         SkipBlanks();
+        // Capitals and small letters differ in one bit. The first two tell nearly all entries apart.
+        const unsigned lStart = At<uint16_t>(mAt) | 0x2020u;
         for (int lIter = 0; *pTokens[lIter].mStr != '\0'; ++lIter)
         {
-            // Capitals and small letters differ in one bit.
             const char* lEntry = pTokens[lIter].mStr;
-            const char* lAt = mAt;
-            for (; *lEntry != '\0' && *lEntry == (*lAt | 0x20); ++lEntry)
+            if (At<uint16_t>(lEntry) != lStart)
+                continue;
+            const char* lAt = mAt + sizeof(uint16_t);
+            for (lEntry += sizeof(uint16_t); *lEntry != '\0' && *lEntry == (*lAt | 0x20); ++lEntry)
                 ++lAt;
             if (*lEntry != '\0' || ClassOf(*lAt) < eBLANK)
                 continue;
@@ -172,13 +177,28 @@ private:
         return kClasses.mOf[static_cast<unsigned char>(pCharacter)];
     }
 
+    /// As many characters as fit into a TBits, at once.
+    template <typename TBits>
+    static TBits At(const char* pText)
+    {
+        static_assert(sizeof(TBits) <= KLineReader::kReadable);
+        TBits lBits;
+        std::memcpy(&lBits, pText, sizeof lBits);
+        return lBits;
+    }
+
     void SkipBlanks()
     {
+        // Most lines begin with that many.
+        if (At<uint32_t>(mAt) == 0x20202020u)
+            mAt += sizeof(uint32_t);
         while (ClassOf(*mAt) == eBLANK)
             ++mAt;
     }
 
     bool IsTokenEnd() const { return ClassOf(*mAt) >= eBLANK; }
+
+    static constexpr char kNothing[1 + KLineReader::kReadable] = {};
 
     KLineReader& mInput;
     const char*  mBegin;
