@@ -1,9 +1,10 @@
 #ifndef KBASELIB_KBASE_KNUMBERSCAN_H
 #define KBASELIB_KBASE_KNUMBERSCAN_H
 
+#include <kbaselib/kbase/kbits.h>
+
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 /// \file
 /// The fast way through text that is made of short plain numbers. Where digits end is what a processor cannot foresee, so eight
@@ -37,9 +38,7 @@ inline const char* AppendDigitsSlowly(const char* pAt, const char* pEnd, std::ui
 /// Eight characters, the first one the lowest byte. A digit is its value; whatever else is 10 or more.
 inline std::uint64_t LoadEight(const char* pAt)
 {
-    std::uint64_t lWord;
-    std::memcpy(&lWord, pAt, sizeof(lWord));
-    return lWord ^ (std::uint64_t{0x0101010101010101} * '0');
+    return KBitsAt<std::uint64_t>(pAt) ^ (std::uint64_t{0x0101010101010101} * '0');
 }
 
 /// The highest bit of each byte of LoadEight() that is no digit.

@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kbits.h>
 #include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfnameindex.h>
@@ -15,7 +16,7 @@ namespace
 constexpr int kFirstRoom = 64;
 
 /// Bones by which a walk asks for what it will need ahead of itself.
-constexpr int kFramesAhead = 4;
+constexpr int kBonesAhead = 4;
 constexpr int kMovesAhead = 12;
 
 constexpr uint64_t kFactor = 0x9E3779B97F4A7C15u;
@@ -38,19 +39,11 @@ uint64_t Mixed(uint64_t pHash, uint64_t pText)
 
 constexpr size_t kEnd = sizeof(uint64_t);
 
-template <typename TBits>
-uint64_t BitsAt(const char* pText)
-{
-    TBits lBits;
-    std::memcpy(&lBits, pText, sizeof lBits);
-    return lBits;
-}
-
 /// A name of less than eight characters, such that among those of one length no two come to the same.
 uint64_t ShortName(const char* pText, size_t pLength)
 {
     if (pLength >= sizeof(uint32_t))
-        return BitsAt<uint32_t>(pText) | BitsAt<uint32_t>(pText + pLength - sizeof(uint32_t)) << 32;
+        return KBitsAt<uint32_t>(pText) | uint64_t{KBitsAt<uint32_t>(pText + pLength - sizeof(uint32_t))} << 32;
     uint64_t lText = 0;
     for (size_t i = 0; i < pLength; ++i)
         lText = lText << 8 | static_cast<unsigned char>(pText[i]);
@@ -64,10 +57,10 @@ KQexAsfNameIndex::KName::KName(const char* pText, size_t pLength) : mText(pText)
     if (pLength < kEnd)
         mEnds.mFirst = ShortName(pText, pLength);
     else
-        mEnds = {BitsAt<uint64_t>(pText), BitsAt<uint64_t>(pText + pLength - kEnd)};
+        mEnds = {KBitsAt<uint64_t>(pText), KBitsAt<uint64_t>(pText + pLength - kEnd)};
     uint64_t lHash = Mixed(Mixed(Seed() + pLength, mEnds.mFirst), mEnds.mLast);
     for (size_t i = kEnd; i + kEnd < pLength; i += kEnd)
-        lHash = Mixed(lHash, BitsAt<uint64_t>(pText + i));
+        lHash = Mixed(lHash, KBitsAt<uint64_t>(pText + i));
     mHash = static_cast<uint32_t>(Mixed(lHash, 0));
 }
 
@@ -402,8 +395,8 @@ void KQexAsfNameIndex::Expect(const char* pName, size_t pLength)
 void KQexAsfNameIndex::ApproachFrame(int pBone) const
 {
     // Where a bone's parent is told, before that.
-    if (pBone + 3 * kFramesAhead < mCount)
-        KPrefetch(&mBones[mBones[pBone + 3 * kFramesAhead].mParent]);
+    if (pBone + 3 * kBonesAhead < mCount)
+        KPrefetch(&mBones[mBones[pBone + 3 * kBonesAhead].mParent]);
     if (pBone >= mCount)
         return;
     const KQexAsfNode* lNode = mBones[pBone].mNode;
@@ -419,7 +412,7 @@ void KQexAsfNameIndex::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRota
     SetupFrame(*mBones[0].mNode, pSetRotatePivotOffet, pSetPreRotation);
     for (int lBone = 1; lBone < mCount; ++lBone)
     {
-        ApproachFrame(lBone + kFramesAhead);
+        ApproachFrame(lBone + kBonesAhead);
         KQexAsfNode& lParent = *mBones[mBones[lBone].mParent].mNode;
         // A parent that stands behind its child: its end is the one thing of it that has to be there before.
         if (mBones[lBone].mParent > lBone)

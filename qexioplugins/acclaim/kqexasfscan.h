@@ -1,12 +1,12 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFSCAN_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFSCAN_H
 
+#include <kbaselib/kbase/kbits.h>
 #include <kbaselib/kbase/knumberscan.h>
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace qexsdk
 {
@@ -50,11 +50,11 @@ public:
     {
         SkipBlanks();
         // Capitals and small letters differ in one bit. The first two tell nearly all entries apart.
-        const unsigned lStart = At<uint16_t>(mAt) | 0x2020u;
+        const unsigned lStart = KBitsAt<uint16_t>(mAt) | 0x2020u;
         for (int lIter = 0; *pTokens[lIter].mStr != '\0'; ++lIter)
         {
             const char* lEntry = pTokens[lIter].mStr;
-            if (At<uint16_t>(lEntry) != lStart)
+            if (KBitsAt<uint16_t>(lEntry) != lStart)
                 continue;
             const char* lAt = mAt + sizeof(uint16_t);
             for (lEntry += sizeof(uint16_t); *lEntry != '\0' && *lEntry == (*lAt | 0x20); ++lEntry)
@@ -177,20 +177,13 @@ private:
         return kClasses.mOf[static_cast<unsigned char>(pCharacter)];
     }
 
-    /// As many characters as fit into a TBits, at once.
-    template <typename TBits>
-    static TBits At(const char* pText)
-    {
-        static_assert(sizeof(TBits) <= KLineReader::kReadable);
-        TBits lBits;
-        std::memcpy(&lBits, pText, sizeof lBits);
-        return lBits;
-    }
+    // What is looked at together may reach beyond the end of a line.
+    static_assert(sizeof(uint32_t) <= KLineReader::kReadable);
 
     void SkipBlanks()
     {
         // Most lines begin with that many.
-        if (At<uint32_t>(mAt) == 0x20202020u)
+        if (KBitsAt<uint32_t>(mAt) == 0x20202020u)
             mAt += sizeof(uint32_t);
         while (ClassOf(*mAt) == eBLANK)
             ++mAt;
