@@ -16,14 +16,6 @@ using namespace qexbench;
 namespace
 {
 
-void Demand(bool pDone)
-{
-    if (!pDone)
-    {
-        std::abort();
-    }
-}
-
 // A host scene and a skeleton, ended in the order in which they may be ended.
 struct KStage
 {

@@ -75,6 +75,14 @@ void AppendFamilies(std::string& pText, int pParent, const std::vector<int>& pCh
 
 } // namespace
 
+void Demand(bool pDone)
+{
+    if (!pDone)
+    {
+        std::abort();
+    }
+}
+
 const char* ShapeName(EShape pShape)
 {
     static const char* const kNames[] = {"chain", "fan", "random"};
@@ -271,8 +279,8 @@ void KBeside::ReportBytes(benchmark::State& pState, size_t pBytes) const
     pState.counters["MB/s"] = static_cast<double>(pBytes) / mWork / 1e6;
     if (mBoundCount > 0)
     {
-        pState.counters["bound_MB/s"] = static_cast<double>(pBytes) / mBound / 1e6;
-        pState.counters["of_bound"] = mBound / mWork;
+        pState.counters[mOther + "_MB/s"] = static_cast<double>(pBytes) / mBound / 1e6;
+        pState.counters["of_" + mOther] = mBound / mWork;
     }
 }
 
@@ -281,8 +289,8 @@ void KBeside::ReportPieces(benchmark::State& pState, const char* pPiece, double 
     pState.counters[std::string("ns/") + pPiece] = mWork / pPieces * 1e9;
     if (mBoundCount > 0)
     {
-        pState.counters[std::string("bound_ns/") + pPiece] = mBound / pPieces * 1e9;
-        pState.counters["of_bound"] = mBound / mWork;
+        pState.counters[mOther + "_ns/" + pPiece] = mBound / pPieces * 1e9;
+        pState.counters["of_" + mOther] = mBound / mWork;
     }
 }
 

@@ -18,6 +18,9 @@ void RegisterBenches();
 namespace qexbench
 {
 
+/// Ends the program unless \p pDone: a figure for a file that was not read would be worth nothing.
+void Demand(bool pDone);
+
 /// How the bones of a generated skeleton hang together.
 enum EShape
 {
@@ -89,6 +92,9 @@ void ResetPeakMemory();
 class KBeside
 {
 public:
+    /// \param pOther what the counters call the other work: "bound" only if no work of this kind could do with less
+    explicit KBeside(const char* pOther = "bound") : mOther(pOther) {}
+
     /// Times one call of \p pWork, which counts as the bench's iteration.
     template <typename TWork>
     void Work(benchmark::State& pState, TWork&& pWork)
@@ -99,7 +105,7 @@ public:
         ++mCount;
     }
 
-    /// Times one call of the bound.
+    /// Times one call of the other work.
     template <typename TWork>
     void Bound(TWork&& pWork)
     {
@@ -108,11 +114,14 @@ public:
         ++mBoundCount;
     }
 
-    /// Adds the counters: MB/s of the best work and of the best bound over \p pBytes, and of_bound, the first over the second
-    /// (1: as fast as the bound).
+    /// Seconds of the fastest work.
+    double BestWork() const { return mWork; }
+
+    /// Adds the counters: MB/s of the best work and of the best other one (bound_MB/s) over \p pBytes, and of_bound, the first over
+    /// the second (1: as fast as the bound).
     void ReportBytes(benchmark::State& pState, size_t pBytes) const;
 
-    /// Adds the counters: ns a piece of the best work and, when there was a bound, of the bound, and of_bound.
+    /// Adds the counters: ns a piece of the best work and, when there was another one, of that (bound_ns/PIECE), and of_bound.
     void ReportPieces(benchmark::State& pState, const char* pPiece, double pPieces) const;
 
 private:
@@ -124,10 +133,11 @@ private:
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - lStart).count();
     }
 
-    double  mWork = 0.0;  ///< seconds of the fastest work
-    double  mBound = 0.0; ///< seconds of the fastest bound
-    int64_t mCount = 0;
-    int64_t mBoundCount = 0;
+    std::string mOther;
+    double      mWork = 0.0;  ///< seconds of the fastest work
+    double      mBound = 0.0; ///< seconds of the fastest other work
+    int64_t     mCount = 0;
+    int64_t     mBoundCount = 0;
 };
 
 } // namespace qexbench

@@ -29,14 +29,6 @@ bool IsFrameNumber(const std::string& pLine)
 
 } // namespace
 
-void Demand(bool pDone)
-{
-    if (!pDone)
-    {
-        std::abort();
-    }
-}
-
 KMotion ChooseMotion()
 {
     for (const std::string& lAmc : CorpusFiles(".amc"))

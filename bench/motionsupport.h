@@ -16,9 +16,6 @@
 namespace qexbench
 {
 
-/// Ends the program when \p pDone is false: a bench of something that failed measures nothing.
-void Demand(bool pDone);
-
 /// A motion and its skeleton, as text.
 struct KMotion
 {
