@@ -1,5 +1,7 @@
 #include <apps/asf/asflint.h>
 
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
+
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
@@ -17,8 +19,7 @@ namespace
 constexpr double kLeastLengthUnit = 0.01;
 constexpr double kMostLengthUnit = 50.0;
 
-// Names in a skeleton file end here, and skin names there.
-constexpr int kNameSize = 50;
+// Skin names end here.
 constexpr int kSkinNameSize = 1024;
 
 } // namespace
@@ -131,8 +132,8 @@ bool KAsfLint::Version()
 
 bool KAsfLint::Name(int pLine)
 {
-    char lName[kNameSize + 1];
-    if (!GetString(lName, kNameSize))
+    char lName[qexsdk::kMaxName + 1];
+    if (!GetString(lName, qexsdk::kMaxName))
     {
         Stop(pLine, "Reading stops here: the section :name has no name");
         return false;

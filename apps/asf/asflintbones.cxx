@@ -1,26 +1,13 @@
 #include <apps/asf/asflint.h>
 
-#include <algorithm>
-#include <cctype>
+#include <kbaselib/kbase/kletters.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 
 namespace asfapp
 {
 
+using qexsdk::KEqualsFolded;
 using qexsdk::KQexFileAcclaimAsf;
-
-namespace
-{
-
-constexpr int kNameSize = 50;
-
-bool EqualsFolded(const std::string& pText, const char* pLower)
-{
-    std::string lText = pText;
-    std::transform(lText.begin(), lText.end(), lText.begin(), [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
-    return lText == pLower;
-}
-
-} // namespace
 
 bool KAsfLint::BoneData(int pLine)
 {
@@ -138,14 +125,14 @@ bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
 
 bool KAsfLint::BoneName(KGroup& pGroup)
 {
-    char lName[kNameSize + 1];
-    if (!GetString(lName, kNameSize))
+    char lName[qexsdk::kMaxName + 1];
+    if (!GetString(lName, qexsdk::kMaxName))
     {
         return false;
     }
     pGroup.mName = lName;
     pGroup.mNameLine = GetLineNumber();
-    if (EqualsFolded(pGroup.mName, "begin") || EqualsFolded(pGroup.mName, "end"))
+    if (KEqualsFolded(pGroup.mName, "begin") || KEqualsFolded(pGroup.mName, "end"))
     {
         Find(pGroup.mNameLine, "Bone is named like a group word, the hierarchy cannot name it first on a line (%s)", lName);
     }
@@ -240,13 +227,13 @@ bool KAsfLint::Hierarchy()
 
 void KAsfLint::Family()
 {
-    char lName[kNameSize + 1];
-    if (!GetString(lName, kNameSize))
+    char lName[qexsdk::kMaxName + 1];
+    if (!GetString(lName, qexsdk::kMaxName))
     {
         return;
     }
     const std::string lParent = lName;
-    while (GetString(lName, kNameSize))
+    while (GetString(lName, qexsdk::kMaxName))
     {
         Child(lParent, lName);
     }

@@ -34,8 +34,7 @@ qexsdk::KTime TimeOf(const KMoment& pMoment, const qexsdk::KQexSampling& pFrames
     {
         return qexsdk::KTime(pFrames.mStart.Get() + std::llround(pMoment.mValue * static_cast<double>(pFrames.mStep.Get())));
     }
-    constexpr double kTicksPerSecond = 705600000.0;
-    return qexsdk::KTime(std::llround(pMoment.mValue * kTicksPerSecond));
+    return qexsdk::KTime::FromSeconds(pMoment.mValue);
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 #include <apps/asf/convertoptions.h>
+#include <kbaselib/kbase/kletters.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <set>
 
 namespace asfapp
@@ -41,7 +41,7 @@ bool TakeChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCon
     std::string              lWord;
     for (const char lChar : pWord)
     {
-        lWord.insert(lWord.begin(), static_cast<char>(std::tolower(static_cast<unsigned char>(lChar))));
+        lWord.insert(lWord.begin(), qexsdk::KToLower(lChar));
     }
     for (int lOrder = 0; lOrder < 6 && !pWord.empty(); ++lOrder)
     {

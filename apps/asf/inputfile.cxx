@@ -1,6 +1,7 @@
 #include <apps/asf/inputfile.h>
 
 #include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/klinereader.h>
 
 #include <algorithm>
@@ -75,12 +76,6 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
     return lResult;
 }
 
-std::string LowerCase(std::string pText)
-{
-    std::transform(pText.begin(), pText.end(), pText.begin(), [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
-    return pText;
-}
-
 // The first word of every line, in lower case. Empty lines give none.
 class KFirstWords
 {
@@ -101,7 +96,7 @@ public:
             if (lFrom < lEnd)
             {
                 const size_t lStop = mText.find_first_of(std::string(" \t,()\r\n\0", 8), lFrom);
-                pWord = LowerCase(mText.substr(lFrom, std::min(lStop, lEnd) - lFrom));
+                pWord = qexsdk::KToLower(mText.substr(lFrom, std::min(lStop, lEnd) - lFrom));
                 return true;
             }
         }
@@ -138,7 +133,7 @@ std::string LowerExtension(const std::string& pPath)
     const size_t lSlash = pPath.find_last_of('/');
     const size_t lDot = pPath.find_last_of('.');
     const bool   lHas = lDot != std::string::npos && (lSlash == std::string::npos || lDot > lSlash);
-    return lHas ? LowerCase(pPath.substr(lDot)) : std::string();
+    return lHas ? qexsdk::KToLower(pPath.substr(lDot)) : std::string();
 }
 
 bool IsSameFile(const std::string& pOne, const std::string& pOther)

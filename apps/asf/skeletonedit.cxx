@@ -2,6 +2,7 @@
 
 #include <apps/asf/numbertext.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
@@ -18,6 +19,7 @@ namespace
 {
 
 using qexsdk::HKQexAsfNode;
+using qexsdk::KEqualsFolded;
 using qexsdk::kMaxName;
 using qexsdk::KQexAsfNode;
 using qexsdk::KQexAsfWalk;
@@ -28,14 +30,11 @@ std::string WhyInvalid(const std::string& pName)
     const bool lIsWord =
         std::all_of(pName.begin(), pName.end(),
                     [](char pC) { return static_cast<unsigned char>(pC) > ' ' && pC != '\x7f' && std::strchr(",()#", pC) == nullptr; });
-    std::string lLower = pName;
-    std::transform(lLower.begin(), lLower.end(), lLower.begin(),
-                   [](char pC) { return pC >= 'A' && pC <= 'Z' ? static_cast<char>(pC + 32) : pC; });
     if (pName.empty() || !lIsWord || pName[0] == ':')
     {
         return "a name has no blank, comma, parenthesis or #, and no colon in front";
     }
-    if (lLower == "root" || lLower == "begin" || lLower == "end")
+    if (KEqualsFolded(pName, "root") || KEqualsFolded(pName, "begin") || KEqualsFolded(pName, "end"))
     {
         return pName + " is a word of the format";
     }
@@ -205,7 +204,7 @@ void KSkeletonEdit::Settle(const qexsdk::KQexAmcSkeletonNotes& pNotes)
     {
         mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l: motions of this skeleton do not fit it");
     }
-    const double lPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / 2.54 : 1.0;
+    const double lPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / qexsdk::kCentimetresPerInch : 1.0;
     for (HKQexAsfNode lBone : Bones(mScene.mRoot))
     {
         lBone->mLength *= lPerCentimetre;

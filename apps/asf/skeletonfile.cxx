@@ -3,6 +3,7 @@
 #include <apps/asf/asflint.h>
 
 #include <kbaselib/kbase/kmemory.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 
 #include <algorithm>
 
@@ -102,7 +103,7 @@ bool KSkeletonFile::Read(const KInputFile& pFile, bool pLint, KConsole& pConsole
 
 double KSkeletonFile::GetCentimetresPerUnit() const
 {
-    return mScene->mLengthUnit > 0 ? 2.54 / mScene->mLengthUnit : 1.0;
+    return mScene->mLengthUnit > 0 ? qexsdk::kCentimetresPerInch / mScene->mLengthUnit : 1.0;
 }
 
 // Children are numbered behind their parent and before the parent's next sibling, without recursion: trees may be deep.

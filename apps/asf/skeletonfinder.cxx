@@ -1,9 +1,9 @@
 #include <apps/asf/skeletonfinder.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <vector>
 
@@ -14,12 +14,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-std::string LowerCase(std::string pText)
-{
-    std::transform(pText.begin(), pText.end(), pText.begin(), [](unsigned char pChar) { return static_cast<char>(std::tolower(pChar)); });
-    return pText;
-}
 
 // Headers name files of other machines, with their separators.
 std::string LastPart(const std::string& pPath)
@@ -77,7 +71,7 @@ std::string Named(const std::vector<std::string>& pCandidates, const std::string
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
     {
-        if (lCandidate == pName || (lFound.empty() && LowerCase(lCandidate) == LowerCase(pName)))
+        if (lCandidate == pName || (lFound.empty() && qexsdk::KEqualsFolded(lCandidate, pName)))
         {
             lFound = lCandidate;
         }
@@ -90,8 +84,8 @@ std::string LongestBeginning(const std::vector<std::string>& pCandidates, const 
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
     {
-        const std::string lStem = LowerCase(Stem(lCandidate));
-        const bool        lBegins = !lStem.empty() && LowerCase(pMotionName).compare(0, lStem.size(), lStem) == 0;
+        const std::string lStem = qexsdk::KToLower(Stem(lCandidate));
+        const bool        lBegins = !lStem.empty() && qexsdk::KToLower(pMotionName).compare(0, lStem.size(), lStem) == 0;
         if (lBegins && (lFound.empty() || lStem.size() > Stem(lFound).size()))
         {
             lFound = lCandidate;

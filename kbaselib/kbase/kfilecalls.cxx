@@ -1,10 +1,12 @@
 #include <kbaselib/kbase/kfilecalls.h>
 
+#include <cerrno>
 #include <exception>
 #include <system_error>
 
 #include <cstdio>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace qexsdk
@@ -55,6 +57,16 @@ KFileCalls& KFileCallsInUse()
 void KFileCallsReset()
 {
     sCalls = kSystemCalls;
+}
+
+bool KFileCanRetry(int pFile, short pEvent)
+{
+    if (errno == EINTR)
+        return true;
+    if (errno != EAGAIN)
+        return false;
+    struct pollfd lPoll = {pFile, pEvent, 0};
+    return ::poll(&lPoll, 1, -1) > 0 || errno == EINTR;
 }
 
 std::string KFileErrorText(int pError) noexcept

@@ -39,6 +39,11 @@ QEX_API KFileCalls& KFileCallsInUse();
 /// Puts the system's own calls back.
 QEX_API void KFileCallsReset();
 
+/// Whether a call that failed with errno is worth another try: it was interrupted, or the other end of a pipe that somebody made
+/// non-blocking was not ready. Waits for it then. Leaves errno as it is if not.
+/// \param pEvent POLLIN or POLLOUT: what the call was to do
+bool KFileCanRetry(int pFile, short pEvent);
+
 /// The system's text for \p pError, an errno; "" for 0, and when memory has run out. May be called on any thread.
 QEX_API std::string KFileErrorText(int pError) noexcept;
 

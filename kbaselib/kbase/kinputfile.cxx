@@ -19,17 +19,6 @@ namespace
 constexpr size_t kFirstPiece = 65536;
 constexpr size_t kLastPiece = 16777216;
 
-/// Whether a read that failed is worth another try; waits for a pipe that somebody made non-blocking.
-bool CanRetry(int pFile)
-{
-    if (errno == EINTR)
-    {
-        return true;
-    }
-    struct pollfd lPoll = {pFile, POLLIN, 0};
-    return errno == EAGAIN && (::poll(&lPoll, 1, -1) > 0 || errno == EINTR);
-}
-
 /// 0, or the errno for which \p pFile is not to be read.
 int CheckKind(int pFile, bool pRegular)
 {
@@ -58,7 +47,7 @@ int ReadAll(int pFile, size_t pMax, std::string& pBytes)
             pBytes.resize(lSize + lRoom);
         }
         const ssize_t lRead = KFileCallsInUse().mRead(pFile, &pBytes[lSize], lRoom);
-        if (lRead < 0 && !CanRetry(pFile))
+        if (lRead < 0 && !KFileCanRetry(pFile, POLLIN))
         {
             return errno;
         }

@@ -20,15 +20,6 @@ constexpr size_t kFirstCapacity = 65536;
 /// Room for the longest line and for what shows that it is ended or too long.
 constexpr size_t kLastCapacity = KLineReader::kMaxLine + kFirstCapacity;
 
-/// Whether a read() that failed is worth another try; waits for a pipe that somebody made non-blocking.
-bool CanRetry(int pFile)
-{
-    if (errno == EINTR)
-        return true;
-    struct pollfd lPoll = {pFile, POLLIN, 0};
-    return errno == EAGAIN && (::poll(&lPoll, 1, -1) > 0 || errno == EINTR);
-}
-
 } // namespace
 
 KLineReader::~KLineReader()
@@ -341,7 +332,7 @@ ptrdiff_t KLineReader::ReadSome(char* pTo, size_t pSize)
     ptrdiff_t lRead = 0;
     do
         lRead = KFileCallsInUse().mRead(mFile, pTo, pSize);
-    while (lRead < 0 && CanRetry(mFile));
+    while (lRead < 0 && KFileCanRetry(mFile, POLLIN));
     return lRead;
 }
 

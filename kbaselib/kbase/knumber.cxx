@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/knumber.h>
 
 #include <algorithm>
@@ -17,14 +18,6 @@ namespace
 bool IsDigit(char pChar)
 {
     return pChar >= '0' && pChar <= '9';
-}
-
-/// Whether \p pText is \p pLower when case is ignored.
-bool IsWord(std::string_view pText, std::string_view pLower)
-{
-    return std::equal(pText.begin(), pText.end(), pLower.begin(), pLower.end(),
-                      [](char pFirst, char pSecond)
-                      { return (pFirst >= 'A' && pFirst <= 'Z' ? pFirst + ('a' - 'A') : pFirst) == pSecond; });
 }
 
 /// Cuts the sign off; \p pNegative tells which it was.
@@ -70,12 +63,12 @@ bool IsLarge(std::string_view pNumber)
 /// Reads one of the words for what is not finite.
 bool ParseWord(std::string_view pText, double& pValue)
 {
-    if (IsWord(pText, "inf") || IsWord(pText, "infinity"))
+    if (KEqualsFolded(pText, "inf") || KEqualsFolded(pText, "infinity"))
     {
         pValue = std::numeric_limits<double>::infinity();
         return true;
     }
-    if (IsWord(pText, "nan"))
+    if (KEqualsFolded(pText, "nan"))
     {
         pValue = std::numeric_limits<double>::quiet_NaN();
         return true;

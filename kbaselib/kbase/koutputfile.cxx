@@ -26,13 +26,6 @@ constexpr mode_t kModeBits = 07777;
 
 std::atomic<unsigned> sNameCount{0};
 
-/// Waits until a pipe that somebody made non-blocking takes bytes again.
-bool WaitForRoom(int pFile)
-{
-    struct pollfd lPoll = {pFile, POLLOUT, 0};
-    return ::poll(&lPoll, 1, -1) > 0 || errno == EINTR;
-}
-
 /// The folder part of \p pPath with its last slash, "" when there is none.
 std::string FolderOf(const std::string& pPath)
 {
@@ -218,9 +211,7 @@ bool KOutputFile::WriteAll(const char* pData, size_t pSize)
     while (pSize > 0)
     {
         const ssize_t lWritten = KFileCallsInUse().mWrite(mFile, pData, pSize);
-        if (lWritten < 0 && errno == EINTR)
-            continue;
-        if (lWritten < 0 && errno == EAGAIN && WaitForRoom(mFile))
+        if (lWritten < 0 && KFileCanRetry(mFile, POLLOUT))
             continue;
         if (lWritten < 0)
             return Fail(errno);

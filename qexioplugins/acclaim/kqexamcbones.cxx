@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexamcbones.h>
 
 #include <qexioplugins/acclaim/kqexasfwalk.h>
@@ -14,19 +15,14 @@ namespace
 const char* const kDofWords[] = {"tx", "ty", "tz", "rz", "ry", "rx"};
 const int         kDofWordCount = 6;
 
-char Fold(char pCharacter)
-{
-    return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter - 'A' + 'a') : pCharacter;
-}
-
 // Order of two names without regard to case: below, above or equal to 0.
 int CompareFolded(std::string_view pLeft, std::string_view pRight)
 {
     const size_t lCount = std::min(pLeft.size(), pRight.size());
     for (size_t i = 0; i < lCount; ++i)
     {
-        const auto lLeft = static_cast<unsigned char>(Fold(pLeft[i]));
-        const auto lRight = static_cast<unsigned char>(Fold(pRight[i]));
+        const auto lLeft = static_cast<unsigned char>(KToLower(pLeft[i]));
+        const auto lRight = static_cast<unsigned char>(KToLower(pRight[i]));
         if (lLeft != lRight)
             return lLeft < lRight ? -1 : 1;
     }

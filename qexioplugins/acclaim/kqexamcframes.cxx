@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexamcheader.h>
 #include <qexioplugins/acclaim/kqexamcreader.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 
 #include <algorithm>
 #include <cmath>
@@ -48,7 +49,7 @@ bool KQexAmcReader::BeginFrames()
         mTicks = std::round(mTicks);
 
     const double lUnit = mAsfScene->mLengthUnit;
-    mFrame.mLengthFactor = lUnit > 0.0 ? 2.54 / lUnit : 1.0;
+    mFrame.mLengthFactor = lUnit > 0.0 ? kCentimetresPerInch / lUnit : 1.0;
     mFrame.mAngleFactor = mHeader.mAngle == eAMC_ANGLE_DEGREES   ? 1.0
                           : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesOfRadian
                                                                  : mAsfScene->mAngleUnit;

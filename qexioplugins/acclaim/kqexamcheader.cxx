@@ -1,10 +1,10 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
 
 #include <kbaselib/kbase/klinereader.h>
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kbase/ktime.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace qexsdk
@@ -28,11 +28,6 @@ const KWordEntry kWords[] = {
     {":asf-file", eAMC_ASF_FILE},
     {":asf-path", eAMC_ASF_PATH},
 };
-
-char Fold(char pCharacter)
-{
-    return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter - 'A' + 'a') : pCharacter;
-}
 
 bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
 {
@@ -88,24 +83,10 @@ void TakeHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
 
 } // namespace
 
-std::string FoldAmcCase(std::string_view pText)
-{
-    std::string lText(pText);
-    for (char& lCharacter : lText)
-        lCharacter = Fold(lCharacter);
-    return lText;
-}
-
-bool EqualsAmcWord(std::string_view pText, std::string_view pLower)
-{
-    return std::equal(pText.begin(), pText.end(), pLower.begin(), pLower.end(),
-                      [](char pLeft, char pRight) { return Fold(pLeft) == pRight; });
-}
-
 KQexAmcWord FindAmcWord(std::string_view pToken)
 {
     for (const KWordEntry& lEntry : kWords)
-        if (EqualsAmcWord(pToken, lEntry.mText))
+        if (KEqualsFolded(pToken, lEntry.mText))
             return lEntry.mWord;
     return eAMC_UNKNOWN;
 }
@@ -143,7 +124,7 @@ KQexAmcWordResult TakeAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmc
 bool TakeAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
     std::string_view lRest = pLine;
-    if (!EqualsAmcWord(TakeAmcToken(lRest), "#!oml:asf"))
+    if (!KEqualsFolded(TakeAmcToken(lRest), "#!oml:asf"))
         return false;
     // :ASF-FILE says the same in the format's own words: it has precedence wherever it stands.
     if (pHeader.mAsfFile.empty())

@@ -29,12 +29,6 @@ enum KQexAmcWordResult
     eAMC_WORD_UNUSABLE ///< The value behind the word makes no sense; the header is as it was.
 };
 
-/// \p pText with its ASCII letters in lower case.
-std::string FoldAmcCase(std::string_view pText);
-
-/// Whether \p pText equals \p pLower, which is in lower case, apart from the case of ASCII letters.
-bool EqualsAmcWord(std::string_view pText, std::string_view pLower);
-
 /// The word that \p pToken is, whatever its case.
 KQexAmcWord FindAmcWord(std::string_view pToken);
 

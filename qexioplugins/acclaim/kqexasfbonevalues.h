@@ -2,6 +2,7 @@
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFBONEVALUES_H
 
 #include <kbaselib/kmath/kgeom.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 
 #include <cfloat>
@@ -24,7 +25,6 @@ inline void SettleDirection(KQexAsfNode& pNode)
 /// The length, just put into mLength in units of the file, in centimetres.
 inline void SettleLength(KQexAsfNode& pNode, double pLengthUnit)
 {
-    constexpr double kCentimetresPerInch = 2.54;
     if (pLengthUnit > 0.0)
         pNode.mLength = (kCentimetresPerInch / pLengthUnit) * pNode.mLength;
 }

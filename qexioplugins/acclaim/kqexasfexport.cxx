@@ -1,4 +1,5 @@
 #include <kbaselib/kmath/keulerorder.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 
 #include <cstdio>
@@ -138,7 +139,7 @@ void SetFrame(KQexAsfNode& pNode, const KQexVector4& pT, const KQexVector4& pR, 
     KgeSet(lT, pT[0] * pGS[0], pT[1] * pGS[1], pT[2] * pGS[2]);
     KgeMult(pNode.mPositionV, pNode.mAxisRM, lT);
     KgeSet(pNode.mDirectionV, pNode.mPositionV);
-    pNode.mLength = KgeLength(pNode.mDirectionV) * pLengthUnit / 2.54;
+    pNode.mLength = KgeLength(pNode.mDirectionV) * pLengthUnit / kCentimetresPerInch;
     KgeNorm(pNode.mDirectionV, pNode.mDirectionV);
 }
 

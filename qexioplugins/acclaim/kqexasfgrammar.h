@@ -15,6 +15,9 @@ inline constexpr int kMaxName = 50;
 /// Degrees of freedom kept of a bone.
 inline constexpr int kMaxDofs = 6;
 
+/// Centimetres of a length of 1 in a file whose length unit is 1. In general they are this over the length unit.
+inline constexpr double kCentimetresPerInch = 2.54;
+
 /// The name that the root has in the model and in hierarchies; no bone may have it.
 inline constexpr char kRootName[] = "root";
 

@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
@@ -15,18 +16,11 @@ namespace qexsdk
 namespace
 {
 
-constexpr double      kCentimetres = 2.54;
 constexpr const char* kDummy = "Dummy";
 
 bool EndsIn(const std::string& pText, const std::string& pEnd)
 {
     return pText.size() > pEnd.size() && pText.compare(pText.size() - pEnd.size(), pEnd.size(), pEnd) == 0;
-}
-
-bool EqualsFolded(const std::string& pName, const char* pWord)
-{
-    return std::equal(pName.begin(), pName.end(), pWord, pWord + std::strlen(pWord),
-                      [](char pA, char pB) { return (pA >= 'A' && pA <= 'Z' ? static_cast<char>(pA + 32) : pA) == pB; });
 }
 
 /// A name that is read as one word and as nothing but a name.
@@ -39,7 +33,7 @@ std::string ValidName(const std::string& pName, const char* pIfEmpty)
     {
         lName.front() = '_';
     }
-    if (EqualsFolded(lName, "begin") || EqualsFolded(lName, "end"))
+    if (KEqualsFolded(lName, "begin") || KEqualsFolded(lName, "end"))
     {
         lName += '_';
     }
@@ -272,7 +266,7 @@ void KAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBon
         {
             continue;
         }
-        const double lFactor = lCode < 3 ? mOptions.mLengthUnit / kCentimetres : 1.0;
+        const double lFactor = lCode < 3 ? mOptions.mLengthUnit / kCentimetresPerInch : 1.0;
         pBone.mOrderBuf[pBone.mOrderCount++] = lCode;
         pBone.mLimitsActive[lCode][0] = lDof.mHasMin;
         pBone.mLimitsActive[lCode][1] = lDof.mHasMax;

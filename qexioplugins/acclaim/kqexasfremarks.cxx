@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfremarks.h>
 
 #include <kbaselib/kbase/klinereader.h>
@@ -123,11 +124,11 @@ KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLi
                 continue;
             lSection = lName.substr(0, 50);
             lBegin = static_cast<int>(lLines.GetLineNumber());
-            lHasRoot = lHasRoot || EqualsAmcWord(lName, ":root");
+            lHasRoot = lHasRoot || KEqualsFolded(lName, ":root");
         }
 
     std::string lText = "The skeleton is incomplete";
-    if (lHasRoot || EqualsAmcWord(lSection, ":name"))
+    if (lHasRoot || KEqualsFolded(lSection, ":name"))
         lText += ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin);
     else if (pSkeleton.mData != nullptr || pSkeleton.mPath != "-")
     {

@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 
 #include <kbaselib/kbase/knumber.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 
 #include <algorithm>
 #include <cmath>
@@ -12,9 +13,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr int    kMaxTurns = 10;  ///< Rounds of rounding after which the values are taken as they are.
-constexpr int    kTextDigits = 6; ///< Digits of a number in the written text.
-constexpr double kCentimetres = 2.54;
+constexpr int    kMaxTurns = 10;      ///< Rounds of rounding after which the values are taken as they are.
+constexpr int    kTextDigits = 6;     ///< Digits of a number in the written text.
 constexpr double kAngleScale = 1e6;   ///< Angles keep six decimals: smaller ones are rounding.
 constexpr double kPlaceSteps = 0.125; ///< Steps of a direction's last digit that rounding places takes.
 constexpr double kMostOff = 0.35;     ///< Steps that making it a unit vector may take beside that.
@@ -94,7 +94,7 @@ bool IsShort(const double* pUnit, double pScale, double pMost, double* pFound)
 /// of the roundings holds, and then found again by its being that short. So no other direction may look as if it were.
 void SettleDirection(KQexAsfNode& pBone, double pLengthUnit)
 {
-    const double lLength = pBone.mLength * kCentimetres / (pLengthUnit > 0.0 ? pLengthUnit : kCentimetres);
+    const double lLength = pBone.mLength * kCentimetresPerInch / (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch);
     const double lDecimals = std::floor(-std::log10(4.0 * kPlaceNoise / std::max(lLength, 1e-9)));
     const double lScale = std::pow(10.0, std::min(6.0, std::max(2.0, lDecimals)));
     double       lUnit[3];
@@ -119,7 +119,7 @@ void SettleDirection(KQexAsfNode& pBone, double pLengthUnit)
 /// A length keeps the digits that places have.
 void SettleLength(KQexAsfNode& pBone, double pLengthUnit)
 {
-    const double lNoise = kPlaceNoise * (pLengthUnit > 0.0 ? pLengthUnit : kCentimetres) / kCentimetres;
+    const double lNoise = kPlaceNoise * (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch) / kCentimetresPerInch;
     pBone.mLength = Rounded(pBone.mLength, std::pow(10.0, std::floor(-std::log10(4.0 * lNoise))));
 }
 

@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
@@ -15,7 +16,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr double      kCentimetres = 2.54;
 constexpr const char* kDofWords[6] = {"tx", "ty", "tz", "rz", "ry", "rx"};
 
 void AddMessage(KQexExportAcclaimResult& pResult, const std::string& pPath, KQexTextMessage::ESeverity pSeverity, const std::string& pText)
@@ -450,7 +450,7 @@ bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton,
 KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton)
 {
     KQexBoneDofs lAll;
-    const double lToCentimetres = pSkeleton->mLengthUnit > 0.0 ? kCentimetres / pSkeleton->mLengthUnit : 1.0;
+    const double lToCentimetres = pSkeleton->mLengthUnit > 0.0 ? kCentimetresPerInch / pSkeleton->mLengthUnit : 1.0;
     KQexAsfWalk  lWalk(pSkeleton->mRoot);
     while (HKQexAsfNode lBone = lWalk.Next())
     {

@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
 #include <qexioplugins/acclaim/kqexamcreader.h>
 
@@ -110,7 +111,7 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     const KQexAmcWord lWord = FindAmcWord(pWord);
     if (lWord == eAMC_UNKNOWN)
     {
-        if (SayFirst(FoldAmcCase(pWord.substr(0, kMaxSaidLength))))
+        if (SayFirst(KToLower(std::string(pWord.substr(0, kMaxSaidLength)))))
             mFile.Warning("Ignoring unknown keyword (%.*s)\n", Length(pWord), pWord.data());
         return true;
     }
@@ -118,7 +119,7 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     if (mInfo.mFrameCount > 0 || mInFrame)
     {
         const bool lMatters = lWord == eAMC_DEGREES || lWord == eAMC_RADIANS || lWord == eAMC_SAMPLES_PER_SECOND;
-        if (lMatters && SayFirst(FoldAmcCase(pWord)))
+        if (lMatters && SayFirst(KToLower(std::string(pWord))))
             mFile.Warning("Ignoring %.*s after the first frame\n", Length(pWord), pWord.data());
         return true;
     }

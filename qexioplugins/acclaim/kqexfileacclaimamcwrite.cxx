@@ -3,6 +3,7 @@
 #include <qexioplugins/acclaim/kqexamcbones.h>
 #include <qexioplugins/acclaim/kqexamcfit.h>
 #include <qexioplugins/acclaim/kqexamcsteps.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/motion/kqexframewriter.h>
 #include <qexioplugins/motion/kqextakeguard.h>
@@ -24,7 +25,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kCentimetres = 2.54; ///< Centimetres of an inch: a file's unit is that over its length unit.
 constexpr double kAngleNoise = 1e-5;  ///< Degrees by which single-precision curves of half a turn are off.
 constexpr double kLengthNoise = 2e-7; ///< Part of a length by which places are off: single precision, three times over by way of glTF.
 constexpr int    kFewestDecimals = 2; ///< Even in gimbal lock angles keep these.
@@ -113,7 +113,7 @@ public:
     KAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions)
         : mFile(pFile),
           mOptions(pOptions),
-          mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetres : 1.0),
+          mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetresPerInch : 1.0),
           mThreads(KThreadCount(pOptions.mThreads))
     {
     }

@@ -1,10 +1,10 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 #include <qexioplugins/motion/kqextakeguard.h>
 
 #include <kbaselib/kbase/koutputfile.h>
 
-#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
@@ -77,8 +77,7 @@ constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header tells i
 
 bool EndsIn(const std::string& pText, const std::string& pEnd)
 {
-    return pText.size() >= pEnd.size() && std::equal(pEnd.rbegin(), pEnd.rend(), pText.rbegin(),
-                                                     [](char pA, char pB) { return pA == std::tolower(static_cast<unsigned char>(pB)); });
+    return pText.size() >= pEnd.size() && KEqualsFolded(std::string_view(pText).substr(pText.size() - pEnd.size()), pEnd);
 }
 
 /// A file name as it stands in a URI: what is not a plain character is escaped.

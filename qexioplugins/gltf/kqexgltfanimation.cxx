@@ -11,7 +11,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr double      kTicksPerSecond = 705600000.0;
 constexpr int         kNodesAThread = 4;    ///< Nodes of a batch for each thread.
 constexpr double      kSameRotation = 1e-7; ///< Difference of quaternion components up to which two rotations are one.
 constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
@@ -110,7 +109,7 @@ int KGltfWriter::AddTimes(const KQexSampling& pSampling)
     float*    lOut = mBuffer.GetFloats(lTimes);
     for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
     {
-        lOut[lFrame] = static_cast<float>(static_cast<double>(lFrame * pSampling.mStep.Get()) / kTicksPerSecond);
+        lOut[lFrame] = static_cast<float>(KTime(lFrame * pSampling.mStep.Get()).GetSeconds());
     }
     mBuffer.SetBounds(lTimes);
     return lTimes;

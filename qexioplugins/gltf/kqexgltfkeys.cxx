@@ -11,7 +11,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kTicksPerSecond = 705600000.0;
 constexpr double kLongestStep = 0.1;  ///< Seconds; keys farther apart are no frames.
 constexpr double kNearlyOne = 0.9995; ///< Cosine above which an arc is as good as its chord.
 
@@ -79,7 +78,7 @@ long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin)
     }
     const double    lMean = (lMost->back() - lMost->front()) / static_cast<double>(lMost->size() - 1);
     const long long lStep = lMean <= kLongestStep ? NearestFrameStep(lMean).Get() : 0;
-    if (lStep > 0 && AllStandOn(pTimes, pOrigin, static_cast<double>(lStep) / kTicksPerSecond))
+    if (lStep > 0 && AllStandOn(pTimes, pOrigin, KTime(lStep).GetSeconds()))
     {
         return lStep;
     }

@@ -1,6 +1,6 @@
 #include <qexioplugins/gltf/kqexgltfmesh.h>
 
-#include <kbaselib/kmath/kmath.h>
+#include <qexioplugins/gltf/kqexgltfvectors.h>
 
 #include <cmath>
 #include <utility>
@@ -14,21 +14,6 @@ namespace
 constexpr double kRingPlace = 0.2;  ///< Where a bone is thickest, as a part of its length.
 constexpr double kRingRadius = 0.1; ///< How thick it is there, as a part of its length.
 constexpr double kShortest = 1e-9;  ///< Bones not longer than this have no direction.
-
-void Cross(double* pOut, const double* pA, const double* pB)
-{
-    KmV(pOut, pA[1] * pB[2] - pA[2] * pB[1], pA[2] * pB[0] - pA[0] * pB[2], pA[0] * pB[1] - pA[1] * pB[0]);
-}
-
-double Dot(const double* pA, const double* pB)
-{
-    return pA[0] * pB[0] + pA[1] * pB[1] + pA[2] * pB[2];
-}
-
-void Subtract(double* pOut, const double* pA, const double* pB)
-{
-    KmV(pOut, pA[0] - pB[0], pA[1] - pB[1], pA[2] - pB[2]);
-}
 
 /// Two directions at right angles to \p pAlong and to each other, each as long as \p pRadius.
 void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)

@@ -1,4 +1,5 @@
 #include <qexioplugins/gltf/kqexgltfreader.h>
+#include <qexioplugins/gltf/kqexgltfvectors.h>
 
 #include <algorithm>
 #include <cmath>
@@ -26,11 +27,6 @@ bool IsHarmless(const std::string& pExtension)
 std::string NodeText(size_t pIndex)
 {
     return "nodes[" + std::to_string(pIndex) + "]";
-}
-
-double Dot(const double* pA, const double* pB)
-{
-    return pA[0] * pB[0] + pA[1] * pB[1] + pA[2] * pB[2];
 }
 
 double Determinant(const double (*pM)[3])

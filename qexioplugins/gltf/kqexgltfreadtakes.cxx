@@ -16,7 +16,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr double    kTicksPerSecond = 705600000.0;
 constexpr long long kDefaultStep = 705600000 / 120;
 constexpr double    kFreeKeys = 4e6;   ///< Keys that any file may have.
 constexpr double    kKeysAByte = 16.0; ///< And further ones, for each byte of it.
@@ -208,14 +207,14 @@ KQexSampling KGltfReader::FindSampling(const std::vector<KGltfReadTrack>& pTrack
     {
         throw KGltfError("Frames a second out of range");
     }
-    const double lSeconds = static_cast<double>(lStep) / kTicksPerSecond;
+    const double lSeconds = KTime(lStep).GetSeconds();
     const double lStart = std::round(lFirst / lSeconds);
     const double lFrames = (lLast - lFirst) / lSeconds;
     KQexSampling lSampling;
     lSampling.mStep = KTime(lStep);
     lSampling.mStart =
         KTime(std::fabs(lFirst - lStart * lSeconds) <= GltfSameTime(lFirst, lSeconds) ? static_cast<long long>(lStart) * lStep
-                                                                                      : std::llround(lFirst * kTicksPerSecond));
+                                                                                      : KTime::FromSeconds(lFirst).Get());
     lSampling.mCount = static_cast<long long>(std::ceil(lFrames - GltfSameTime(lLast, lSeconds) / lSeconds)) + 1;
     return lSampling;
 }
@@ -225,7 +224,7 @@ void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, cons
     KQexNode*      lNode = pTrack.mTarget->mNode;
     const int      lProperty = pTrack.mProperty;
     const double   lFactor = lProperty == 0 ? mOptions.mScale : 1.0;
-    const double   lStep = static_cast<double>(pSampling.mStep.Get()) / kTicksPerSecond;
+    const double   lStep = pSampling.mStep.GetSeconds();
     const auto     lRest = KQexGet<qexVectorTemplate3<double>>(PropertyOf(lNode, lProperty));
     double         lNear[3] = {lRest.mData[0], lRest.mData[1], lRest.mData[2]};
     double         lValue[16];
@@ -234,7 +233,7 @@ void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, cons
     for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
     {
         const KTime  lTime = pSampling.GetTime(lFrame);
-        const double lSeconds = static_cast<double>(lTime.Get()) / kTicksPerSecond;
+        const double lSeconds = lTime.GetSeconds();
         if (!pTrack.mKeys.Evaluate(lSeconds, GltfSameTime(lSeconds, lStep), lValue))
         {
             throw KGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not a number");

@@ -1,3 +1,4 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/gltf/kqexgltfsource.h>
 
 #include <kbaselib/kbase/kinputfile.h>
@@ -71,7 +72,7 @@ int DigitOf16(char pC)
     static const char* const sDigits = "0123456789abcdef";
     for (int i = 0; i < 16; ++i)
     {
-        if (sDigits[i] == (pC >= 'A' && pC <= 'F' ? pC - 'A' + 'a' : pC))
+        if (sDigits[i] == KToLower(pC))
         {
             return i;
         }

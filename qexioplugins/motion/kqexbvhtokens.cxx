@@ -1,8 +1,8 @@
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/motion/kqexbvhtokens.h>
 
 #include <kbaselib/kbase/knumber.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace qexsdk
@@ -10,17 +10,6 @@ namespace qexsdk
 
 namespace
 {
-
-char Lower(char pC)
-{
-    return pC >= 'A' && pC <= 'Z' ? static_cast<char>(pC - 'A' + 'a') : pC;
-}
-
-bool EqualsWord(std::string_view pToken, std::string_view pWord)
-{
-    return pToken.size() == pWord.size() &&
-           std::equal(pToken.begin(), pToken.end(), pWord.begin(), [](char pA, char pB) { return Lower(pA) == Lower(pB); });
-}
 
 constexpr size_t kOffendingMax = 60;
 
@@ -83,7 +72,7 @@ std::string_view KBvhTokens::Peek()
 bool KBvhTokens::Accept(const char* pWord)
 {
     const std::string_view lToken = Peek();
-    if (lToken.empty() || !EqualsWord(lToken, pWord))
+    if (lToken.empty() || !KEqualsFolded(lToken, pWord))
     {
         return false;
     }

@@ -19,9 +19,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kTicksPerSecond = 705600000.0;
-constexpr int    kDecimals = 6;   ///< Digits behind the point, at most.
-constexpr int    kMaxIndent = 64; ///< Levels behind which indenting stops: a deep chain must not cost the square of its depth.
+constexpr int kDecimals = 6;   ///< Digits behind the point, at most.
+constexpr int kMaxIndent = 64; ///< Levels behind which indenting stops: a deep chain must not cost the square of its depth.
 
 int IndentLevel(int pLevel)
 {
@@ -438,7 +437,7 @@ bool KBvhWriter::WriteMotion()
 {
     const long long lCount = mOptions.mSampling.mCount;
     char            lStep[kNumberBufferSize];
-    char* lEnd = KNumberPrint(lStep, lStep + sizeof lStep, static_cast<double>(mOptions.mSampling.mStep.Get()) / kTicksPerSecond, 'g', 10);
+    char*           lEnd = KNumberPrint(lStep, lStep + sizeof lStep, mOptions.mSampling.mStep.GetSeconds(), 'g', 10);
     mFile.Print(0, "MOTION\nFrames: %lld\nFrame Time: %.*s\n", lCount, static_cast<int>(lEnd - lStep), lStep);
     mLast.assign(mValueCount, 0.0);
     const KFrameRun lRun = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);

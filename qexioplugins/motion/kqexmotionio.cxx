@@ -10,7 +10,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr double    kTicksPerSecond = 705600000.0;
+constexpr double    kTicksPerSecond = static_cast<double>(KTime::kTicksPerSecond);
 constexpr long long kDefaultStep = 705600000 / 120;
 constexpr long long kShortestStep = 705600000 / 10000; ///< No motion is sampled more often than 10,000 times a second.
 constexpr double    kMaxTicks = 9.0e18;
