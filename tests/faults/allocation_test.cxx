@@ -11,12 +11,12 @@ using namespace qextest;
 namespace
 {
 
-constexpr int kFrames = 3;
+constexpr int kFewFrames = 3;
 
 class KAllocationFault : public testing::TestWithParam<KFaultOperation>
 {
 protected:
-    KAllocationFault() : mFiles(kFrames) {}
+    KAllocationFault() : mFiles(kFewFrames) {}
 
     /// Runs the operation with allocation \p pCall failing. False when it makes fewer allocations.
     bool Try(KFailingAllocator& pAllocator, long pCall, bool pOn) const

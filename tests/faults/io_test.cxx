@@ -47,12 +47,12 @@ const KCallFault kFaults[] = {
     {"rename ENOSPC", KFileFaults::eRENAME, ENOSPC, false, true},
 };
 
-constexpr int kFrames = 2000; ///< Enough for several reads and writes of each file.
+constexpr int kManyPieces = 2000; ///< Enough for several reads and writes of each file.
 
 class KCallFaultTest : public testing::TestWithParam<KFaultOperation>
 {
 protected:
-    KCallFaultTest() : mFiles(kFrames)
+    KCallFaultTest() : mFiles(kManyPieces)
     {
         KStage lStage(mFiles);
         Prepare(lStage);

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr int         kFrames = 4000;
+constexpr int         kKilledFrames = 4000;
 constexpr int         kDefaultCount = 60; ///< QEX_KILL_COUNT asks for another number.
 constexpr const char* kLeftover = ".qex-";
 
@@ -116,7 +116,7 @@ protected:
 
     int CountLeftovers() const { return static_cast<int>(mFiles.GetOutputs().size()) - static_cast<int>(mOld.size()); }
 
-    KFaultFiles                        mFiles{kFrames};
+    KFaultFiles                        mFiles{kKilledFrames};
     std::map<std::string, std::string> mOld;
     std::map<std::string, std::string> mNew;
     KClock::duration                   mDuration{};

@@ -23,12 +23,12 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr int kFrames = 300;
+constexpr int kPlaceFrames = 300;
 
 class KPlaceTest : public testing::TestWithParam<KFaultOperation>
 {
 protected:
-    KPlaceTest() : mFiles(kFrames), mStage(mFiles)
+    KPlaceTest() : mFiles(kPlaceFrames), mStage(mFiles)
     {
         if (GetParam().mHasMotion)
         {
@@ -389,7 +389,7 @@ TEST_P(KInputPlaceTest, Fifos)
 
 TEST(KGltfPlace, NumbersOfAModelFromAFifoAreRefusedAtOnce)
 {
-    const KFaultFiles lFiles(kFrames);
+    const KFaultFiles lFiles(kPlaceFrames);
     KStage            lStage(lFiles);
     fs::remove(lFiles.In("a.bin"));
     ASSERT_EQ(::mkfifo(lFiles.In("a.bin").c_str(), 0600), 0);

@@ -2,6 +2,7 @@
 
 #include <qexscene/kqexscene.h>
 #include <tests/support/memorywatch.h>
+#include <tests/support/nonnumbers.h>
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,6 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <map>
 #include <random>
 #include <string>
@@ -21,10 +21,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr float  kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float  kInf = std::numeric_limits<float>::infinity();
-constexpr double kNanD = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfD = std::numeric_limits<double>::infinity();
+using namespace qextest;
 
 using KKeyMap = std::map<long long, float>;
 
@@ -219,13 +216,13 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexAnimCurveEvaluate,
                                          KEvaluateCase{"the whole of time", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, 0, 0.0},
                                          KEvaluateCase{"its first tick", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMin, -1.0},
                                          KEvaluateCase{"its last tick", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMax, 1.0},
-                                         KEvaluateCase{"at a number beside NaN", {{0, 1.0F}, {4, kNan}}, 0, 1.0},
-                                         KEvaluateCase{"at NaN", {{0, 1.0F}, {4, kNan}}, 4, kNanD},
-                                         KEvaluateCase{"next to NaN", {{0, 1.0F}, {4, kNan}}, 1, kNanD},
-                                         KEvaluateCase{"towards infinity", {{0, 1.0F}, {4, kInf}}, 1, kInfD},
-                                         KEvaluateCase{"from minus infinity", {{0, -kInf}, {4, 1.0F}}, 3, -kInfD},
-                                         KEvaluateCase{"between equal infinities", {{0, kInf}, {4, kInf}}, 1, kInfD},
-                                         KEvaluateCase{"between opposite infinities", {{0, -kInf}, {4, kInf}}, 1, kNanD}));
+                                         KEvaluateCase{"at a number beside NaN", {{0, 1.0F}, {4, kNanF}}, 0, 1.0},
+                                         KEvaluateCase{"at NaN", {{0, 1.0F}, {4, kNanF}}, 4, kNan},
+                                         KEvaluateCase{"next to NaN", {{0, 1.0F}, {4, kNanF}}, 1, kNan},
+                                         KEvaluateCase{"towards infinity", {{0, 1.0F}, {4, kInfF}}, 1, kInf},
+                                         KEvaluateCase{"from minus infinity", {{0, -kInfF}, {4, 1.0F}}, 3, -kInf},
+                                         KEvaluateCase{"between equal infinities", {{0, kInfF}, {4, kInfF}}, 1, kInf},
+                                         KEvaluateCase{"between opposite infinities", {{0, -kInfF}, {4, kInfF}}, 1, kNan}));
 
 /// How a curve of the random tests gets its key times.
 enum KTimesKind
@@ -427,7 +424,7 @@ TEST(KQexAnimCurve, ZerosOfBothSignsAndNansComeBackBitByBit)
 {
     KOwnCurve lCurve;
     KKeyMap   lExpected;
-    for (const float lValue : {0.0F, -0.0F, kNan, -kNan, kInf, -kInf, FLT_MIN / 4.0F})
+    for (const float lValue : {0.0F, -0.0F, kNanF, -kNanF, kInfF, -kInfF, FLT_MIN / 4.0F})
     {
         const long long lTime = lCurve->GetKeyCount();
         ASSERT_TRUE(lCurve->AppendSample(KTime(lTime), lValue));

@@ -5,6 +5,7 @@
 #include <kbaselib/kmath/keulertable.h>
 #include <qexscene/kqexanimcurve.h>
 #include <tests/support/memorywatch.h>
+#include <tests/support/nonnumbers.h>
 
 #include <gtest/gtest.h>
 
@@ -22,8 +23,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInf = std::numeric_limits<float>::infinity();
+using namespace qextest;
 
 using KAngles = std::array<float, 3>; ///< About x, y and z in degrees.
 using KPath = std::vector<KAngles>;
@@ -142,7 +142,7 @@ float Largest(const KAngles& pAngles)
 double Allowed(const KAngles& pFrom, const KAngles& pTo)
 {
     const float lSize = std::fmax(Largest(pFrom), Largest(pTo));
-    return lSize < 1000.0F ? 1e-4 : 1.5 * static_cast<double>(std::nextafter(lSize, kInf) - lSize);
+    return lSize < 1000.0F ? 1e-4 : 1.5 * static_cast<double>(std::nextafter(lSize, kInfF) - lSize);
 }
 
 double Distance(const KAngles& pA, const KAngles& pB)
@@ -286,8 +286,8 @@ INSTANTIATE_TEST_SUITE_P(
             "repeated axis: mirrored at 0", 1, {{0.0F, 5.0F, 0.0F}, {180.0F, 5.0F, 180.0F}}, {{0.0F, 5.0F, 0.0F}, {0.0F, -5.0F, 0.0F}}},
         KUnrollCase{"keys that are not finite stay and are passed over",
                     0,
-                    {{kNan, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInf, 720.0F}, {-170.0F, 0.0F, 0.0F}},
-                    {{kNan, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInf, 720.0F}, {190.0F, 0.0F, 0.0F}}},
+                    {{kNanF, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInfF, 720.0F}, {-170.0F, 0.0F, 0.0F}},
+                    {{kNanF, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInfF, 720.0F}, {190.0F, 0.0F, 0.0F}}},
         KUnrollCase{"enormous angles keep their rotation",
                     0,
                     {{0.0F, 0.0F, 0.0F}, {3.6e8F, 0.0F, FLT_MAX}},
@@ -480,12 +480,12 @@ INSTANTIATE_TEST_SUITE_P(
                               {{30.0F, 80.0F, 20.0F}, {10.0F, 89.999F, 0.0F}, {30.0F, 80.0F, 20.0F}}},
                     KLockCase{"a key that is not finite ends the run",
                               0,
-                              {{10.0F, 80.0F, 10.0F}, {0.0F, 90.0F, 0.0F}, {kNan, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
-                              {{10.0F, 80.0F, 10.0F}, {10.0F, 90.0F, 10.0F}, {kNan, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}}},
+                              {{10.0F, 80.0F, 10.0F}, {0.0F, 90.0F, 0.0F}, {kNanF, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
+                              {{10.0F, 80.0F, 10.0F}, {10.0F, 90.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}}},
                     KLockCase{"a run may begin behind one",
                               0,
-                              {{10.0F, 80.0F, 10.0F}, {kNan, 90.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
-                              {{10.0F, 80.0F, 10.0F}, {kNan, 90.0F, 0.0F}, {25.0F, 90.0F, 25.0F}, {40.0F, 80.0F, 40.0F}}}));
+                              {{10.0F, 80.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
+                              {{10.0F, 80.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {25.0F, 90.0F, 25.0F}, {40.0F, 80.0F, 40.0F}}}));
 
 /// Every rotation filter, to ask the same of both.
 class KRotationFilters : public testing::TestWithParam<bool>
@@ -604,8 +604,8 @@ INSTANTIATE_TEST_SUITE_P(Table, KReduce,
                                          KReduceCase{"a straight slope is no run", {1.0F, 2.0F, 3.0F, 4.0F}, {0, 1, 2, 3}},
                                          KReduceCase{"a step of single precision", {1.0F, 1.0F, std::nextafter(1.0F, 2.0F)}, {0, 1, 2}},
                                          KReduceCase{"zeros of both signs", {0.0F, -0.0F, 0.0F, -0.0F}, {0, 3}},
-                                         KReduceCase{"infinities", {kInf, kInf, kInf, -kInf}, {0, 2, 3}},
-                                         KReduceCase{"NaN equals nothing", {kNan, kNan, kNan, 1.0F}, {0, 1, 2, 3}}));
+                                         KReduceCase{"infinities", {kInfF, kInfF, kInfF, -kInfF}, {0, 2, 3}},
+                                         KReduceCase{"NaN equals nothing", {kNanF, kNanF, kNanF, 1.0F}, {0, 1, 2, 3}}));
 
 TEST(KQexAnimCurveFilterConstantKeyReducer, LeavesEveryEvaluatedValueAsItWas)
 {

@@ -3,6 +3,7 @@
 
 #include <tests/support/runprogram.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <nlohmann/json.hpp>
 
@@ -51,14 +52,6 @@ inline std::string SmallSkeleton()
            "  begin\n    id 3\n    name shin\n    direction 0 -1 0\n    length 7\n    axis 0 0 0 XYZ\n    dof rx\n    limits (-10 170)\n  "
            "end\n"
            ":hierarchy\n  begin\n    root hip\n    hip thigh\n    thigh shin\n  end\n";
-}
-
-/// \p pText with the first \p pFrom replaced by \p pTo; fails the test when there is none.
-inline std::string Replaced(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    const size_t lPlace = pText.find(pFrom);
-    EXPECT_NE(lPlace, std::string::npos) << pFrom;
-    return lPlace == std::string::npos ? pText : pText.replace(lPlace, pFrom.size(), pTo);
 }
 
 /// Number of the line of \p pText that holds \p pPart, from 1; 0 when none does.

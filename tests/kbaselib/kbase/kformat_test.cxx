@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 #include <random>
 #include <string>
 
@@ -135,31 +134,31 @@ TEST(KFormat, LocaleOfTheProcessDoesNotMatter)
 }
 
 /// A sink that refuses its piece mRefused, and counts them.
-struct KRefusal
+struct KRefusingSink
 {
     int         mRefused = 0;
     int         mCount = 0;
     static bool Take(void* pContext, const char*, size_t)
     {
-        KRefusal* lSelf = static_cast<KRefusal*>(pContext);
+        KRefusingSink* lSelf = static_cast<KRefusingSink*>(pContext);
         return ++lSelf->mCount != lSelf->mRefused;
     }
 };
 
 TEST(KFormat, NothingComesBehindAnyRefusedPiece)
 {
-    const auto lRun = [](KRefusal& pSink, const char* pFormat, ...)
+    const auto lRun = [](KRefusingSink& pSink, const char* pFormat, ...)
     {
         std::va_list lArguments;
         va_start(lArguments, pFormat);
-        const bool lOk = KFormat(KRefusal::Take, &pSink, pFormat, lArguments);
+        const bool lOk = KFormat(KRefusingSink::Take, &pSink, pFormat, lArguments);
         va_end(lArguments);
         return lOk;
     };
     for (int lRefused = 1;; ++lRefused)
     {
-        KRefusal   lSink{lRefused};
-        const bool lOk = lRun(lSink, "a%-+9db%+09dc%#09xd%+9de%9sf%-9sg", 1, 2, 3, 4, "s", "t");
+        KRefusingSink lSink{lRefused};
+        const bool    lOk = lRun(lSink, "a%-+9db%+09dc%#09xd%+9de%9sf%-9sg", 1, 2, 3, 4, "s", "t");
         EXPECT_EQ(lOk, lSink.mCount < lRefused);
         EXPECT_LE(lSink.mCount, lRefused);
         if (lOk)

@@ -3,6 +3,7 @@
 #include <tests/support/filefaults.h>
 #include <tests/support/standardinput.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -25,14 +26,6 @@ namespace
 constexpr size_t kAll = std::numeric_limits<size_t>::max();
 
 /// Longer than what is read at once.
-std::string LongText()
-{
-    std::string lText;
-    for (int i = 0; lText.size() < 300000; ++i)
-        lText += std::to_string(i) + "\n";
-    return lText;
-}
-
 std::string Reason(int pError)
 {
     return std::generic_category().message(pError);

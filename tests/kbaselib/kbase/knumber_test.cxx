@@ -1,6 +1,7 @@
 #include <kbaselib/kbase/knumber.h>
 
 #include <gtest/gtest.h>
+#include <tests/support/nonnumbers.h>
 
 #include <clocale>
 #include <cmath>
@@ -18,7 +19,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace qextest;
 
 struct KDoubleCase
 {

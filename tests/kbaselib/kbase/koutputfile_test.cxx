@@ -5,6 +5,7 @@
 #include <tests/support/filefaults.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -29,15 +30,6 @@ namespace fs = std::filesystem;
 
 namespace
 {
-
-/// Longer than the output's own buffer.
-std::string LongText()
-{
-    std::string lText;
-    for (int i = 0; lText.size() < 300000; ++i)
-        lText += std::to_string(i) + "\n";
-    return lText;
-}
 
 size_t CountFiles(const fs::path& pFolder)
 {

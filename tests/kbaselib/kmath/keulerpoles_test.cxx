@@ -12,9 +12,6 @@ namespace
 
 using namespace qextest;
 
-constexpr int    kTriples = 10000;
-constexpr double kClose = 1e-12;
-
 struct KLockCase
 {
     const char* mWhat;

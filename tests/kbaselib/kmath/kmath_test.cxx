@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <tests/kbaselib/kmath/rotations.h>
+#include <tests/support/nonnumbers.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
 
 namespace qexsdk
@@ -13,8 +13,6 @@ namespace
 {
 
 using namespace qextest;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(KmVectorTest, EachFunctionReturnsItsOutputAndLeavesTheFourth)
 {

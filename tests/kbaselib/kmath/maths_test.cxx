@@ -1,6 +1,7 @@
 #include <kbaselib/kmath/maths.h>
 
 #include <gtest/gtest.h>
+#include <tests/support/nonnumbers.h>
 
 #include <cmath>
 #include <limits>
@@ -11,7 +12,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace qextest;
+
 constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 struct KNormCase

@@ -14,6 +14,10 @@
 namespace qextest
 {
 
+/// Random cases a test takes, and how near the results have to be to those of another way.
+inline constexpr int    kTriples = 10000;
+inline constexpr double kClose = 1e-12;
+
 /// Random Euler angles of a fixed seed.
 class KRandomAngles
 {

@@ -17,11 +17,11 @@ using namespace qexsdk;
 namespace
 {
 
-const std::string kRoot = ":root\n"; // line 1
+const std::string kHead = ":root\n"; // line 1
 const std::string kEnd = ":hierarchy\n";
 
 /// Lines 4 to 6 of a bone's group that is complete but for its "end"; a case's own lines follow from line 7.
-const std::string kBone = kRoot + ":bonedata\nbegin\nname a\ndirection 0 2 0\nlength 1\n";
+const std::string kBone = kHead + ":bonedata\nbegin\nname a\ndirection 0 2 0\nlength 1\n";
 
 /// A bone named pName in three lines.
 std::string Bone(const std::string& pName)
@@ -65,27 +65,27 @@ const std::string kNone = "root<\n";
 INSTANTIATE_TEST_SUITE_P(
     BoneData, KAsfReadBonesTest,
     testing::Values(
-        KBoneCase{"one bone", kBone + "end\n" + kEnd, true, "", kOne}, KBoneCase{"no bones", kRoot + ":bonedata\n" + kEnd, true, "", kNone},
-        KBoneCase{"before the root", ":bonedata\n" + Bone("a") + kRoot + kEnd, false, "E1 Bone data before :root\n", ""},
-        KBoneCase{"end of the file at once", kRoot + ":bonedata\n", false, "", kNone},
+        KBoneCase{"one bone", kBone + "end\n" + kEnd, true, "", kOne}, KBoneCase{"no bones", kHead + ":bonedata\n" + kEnd, true, "", kNone},
+        KBoneCase{"before the root", ":bonedata\n" + Bone("a") + kHead + kEnd, false, "E1 Bone data before :root\n", ""},
+        KBoneCase{"end of the file at once", kHead + ":bonedata\n", false, "", kNone},
         KBoneCase{"end of the file after a bone", kBone + "end\n", false, "", kOne},
         KBoneCase{"end of the file in a bone", kBone, false, "", kNone},
         KBoneCase{"begin ends a group too", kBone + Bone("b") + kEnd, true, "", "root<\na<root\nb<root\n"},
         KBoneCase{"two ends", kBone + "end\nend\n" + kEnd, true, "", kOne},
-        KBoneCase{"misplaced word", kRoot + ":bonedata\nfoo\n" + Bone("a") + kEnd, true, "W3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"misplaced words, one warning each", kRoot + ":bonedata\nfoo bar baz\n" + Bone("a") + kEnd, true,
+        KBoneCase{"misplaced word", kHead + ":bonedata\nfoo\n" + Bone("a") + kEnd, true, "W3 Begin/End keyword expected\n", kOne},
+        KBoneCase{"misplaced words, one warning each", kHead + ":bonedata\nfoo bar baz\n" + Bone("a") + kEnd, true,
                   "W3 Begin/End keyword expected\nW3 Begin/End keyword expected\nW3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"begin behind a misplaced word", kRoot + ":bonedata\nfoo begin\nname a\ndirection 1 0 0\nlength 1\nend\n" + kEnd, true,
+        KBoneCase{"begin behind a misplaced word", kHead + ":bonedata\nfoo begin\nname a\ndirection 1 0 0\nlength 1\nend\n" + kEnd, true,
                   "W3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"end behind a misplaced word", kRoot + ":bonedata\nfoo end bar\n" + Bone("a") + kEnd, true,
+        KBoneCase{"end behind a misplaced word", kHead + ":bonedata\nfoo end bar\n" + Bone("a") + kEnd, true,
                   "W3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"misplaced words to the end of the file", kRoot + ":bonedata\nfoo\nbar\n", false,
+        KBoneCase{"misplaced words to the end of the file", kHead + ":bonedata\nfoo\nbar\n", false,
                   "W3 Begin/End keyword expected\nW4 Begin/End keyword expected\n", kNone},
-        KBoneCase{"a section behind a misplaced word", kRoot + ":bonedata\nfoo :hierarchy\nbegin\nend\n", true,
+        KBoneCase{"a section behind a misplaced word", kHead + ":bonedata\nfoo :hierarchy\nbegin\nend\n", true,
                   "W3 Begin/End keyword expected\n", kNone},
         KBoneCase{"second section", kBone + "end\n:bonedata\n" + Bone("b") + kEnd, true, "", "root<\na<root\nb<root\n"},
         KBoneCase{"section keyword inside a group", kBone + ":hierarchy\n", false, "W7 Unknown bonedata token\n", kNone},
-        KBoneCase{"capitals", kRoot + ":BoneData\nBEGIN\nNAME a\nDirection 1 0 0\nLENGTH 1\nEND\n" + kEnd, true, "", kOne}));
+        KBoneCase{"capitals", kHead + ":BoneData\nBEGIN\nNAME a\nDirection 1 0 0\nLENGTH 1\nEND\n" + kEnd, true, "", kOne}));
 
 INSTANTIATE_TEST_SUITE_P(
     BoneLines, KAsfReadBonesTest,
@@ -129,13 +129,13 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     BoneEnds, KAsfReadBonesTest,
     testing::Values(
-        KBoneCase{"nothing", kRoot + ":bonedata\nbegin\nend\n" + kEnd, false, "E4 Bone has no name\n", kNone},
-        KBoneCase{"no direction", kRoot + ":bonedata\nbegin\nname a\nlength 1\nend\n" + kEnd, false, "E6 Bone has no direction\n", kNone},
-        KBoneCase{"no length", kRoot + ":bonedata\nbegin\nname a\ndirection 1 0 0\nend\n" + kEnd, false, "E6 Bone has no length\n", kNone},
-        KBoneCase{"name comes first", kRoot + ":bonedata\nbegin\nlength 1\nend\n" + kEnd, false, "E5 Bone has no name\n", kNone},
+        KBoneCase{"nothing", kHead + ":bonedata\nbegin\nend\n" + kEnd, false, "E4 Bone has no name\n", kNone},
+        KBoneCase{"no direction", kHead + ":bonedata\nbegin\nname a\nlength 1\nend\n" + kEnd, false, "E6 Bone has no direction\n", kNone},
+        KBoneCase{"no length", kHead + ":bonedata\nbegin\nname a\ndirection 1 0 0\nend\n" + kEnd, false, "E6 Bone has no length\n", kNone},
+        KBoneCase{"name comes first", kHead + ":bonedata\nbegin\nlength 1\nend\n" + kEnd, false, "E5 Bone has no name\n", kNone},
         KBoneCase{"counts are those of the bone", kBone + "end\nbegin\nname b\nend\n" + kEnd, false, "E10 Bone has no direction\n", kOne}));
 
-const std::string kThree = kRoot + ":bonedata\n" + Bone("a") + Bone("b") + Bone("c"); // lines 1 to 17
+const std::string kThree = kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("c"); // lines 1 to 17
 
 INSTANTIATE_TEST_SUITE_P(
     Hierarchy, KAsfReadBonesTest,
@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"fan in the order of the line", kThree + ":hierarchy\nbegin\na c b\nend\n", true, "", "root<\na<root\nc<a\nb<a\n"},
         KBoneCase{"a bone that is not named", kThree + ":hierarchy\nbegin\nb c\nend\n", true, "", "root<\na<root\nb<root\nc<b\n"},
         KBoneCase{"no end", kThree + ":hierarchy\nbegin\na b\n", true, "", "root<\na<root\nb<a\nc<root\n"},
-        KBoneCase{"before the root", ":hierarchy\nbegin\nend\n" + kRoot + kEnd, false, "E1 Hierarchy before :root\n", ""},
+        KBoneCase{"before the root", ":hierarchy\nbegin\nend\n" + kHead + kEnd, false, "E1 Hierarchy before :root\n", ""},
         KBoneCase{"first family wins", kThree + ":hierarchy\nbegin\na c\nb c\nend\n", true, "", "root<\na<root\nc<a\nb<root\n"},
         KBoneCase{"root's line is passed over", kThree + ":hierarchy\nbegin\nroot foo bar\nend\n", true, "",
                   "root<\na<root\nb<root\nc<root\n"},
@@ -181,19 +181,19 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"itself when it has a parent already", kThree + ":hierarchy\nbegin\na b\nb b\nend\n", true, "",
                   "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"root as a child", kThree + ":hierarchy\nbegin\na root\nend\n", true, "", "root<\na<root\nb<root\nc<root\n"},
-        KBoneCase{"two of a name: the first", kRoot + ":bonedata\n" + Bone("a") + Bone("b") + Bone("b") + ":hierarchy\nbegin\nb a\nend\n",
+        KBoneCase{"two of a name: the first", kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("b") + ":hierarchy\nbegin\nb a\nend\n",
                   true, "", "root<\nb<root\na<b\nb<root\n"},
         KBoneCase{"two of a name: both are moved in turn",
-                  kRoot + ":bonedata\n" + Bone("b") + Bone("a") + Bone("b") + ":hierarchy\nbegin\na b\na b\nend\n", true, "",
+                  kHead + ":bonedata\n" + Bone("b") + Bone("a") + Bone("b") + ":hierarchy\nbegin\na b\na b\nend\n", true, "",
                   "root<\na<root\nb<a\nb<root\n"},
         KBoneCase{"names cut in a family",
-                  kRoot + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\n" + std::string(60, 'p') +
+                  kHead + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\n" + std::string(60, 'p') +
                       " a\nend\n",
                   true, "W15 Name cut to 50 characters (" + std::string(50, 'p') + ")\n",
                   "root<\n" + std::string(50, 'p') + "<root\na<" + std::string(50, 'p') + "\n"},
         KBoneCase{
             "child names cut",
-            kRoot + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\na " + std::string(60, 'p') + "\nend\n",
+            kHead + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\na " + std::string(60, 'p') + "\nend\n",
             true, "W15 Name cut to 50 characters (" + std::string(50, 'p') + ")\n", "root<\na<root\n" + std::string(50, 'p') + "<a\n"}));
 
 /// Reads a bone with pLines behind its name, direction and length.
@@ -280,7 +280,7 @@ INSTANTIATE_TEST_SUITE_P(Words, KAsfReadDofTest,
 
 TEST(AsfReadBone, LengthDofsAreNotedForMotion)
 {
-    const std::string lText = kRoot + ":bonedata\nbegin\ndof rx l\nname a\ndirection 1 0 0\nlength 1\ndof l ty l\nend\n" + Bone("b") +
+    const std::string lText = kHead + ":bonedata\nbegin\ndof rx l\nname a\ndirection 1 0 0\nlength 1\ndof l ty l\nend\n" + Bone("b") +
                               "begin\nname c\n" + "direction 1 0 0\nlength 1\ndof rx ry l\nend\n" + "begin\ndof l\nname d\nend\n";
     KAsfReading        lReading;
     KQexFileAcclaimAsf lFile(false);
@@ -365,7 +365,7 @@ TEST(AsfReadBone, DefaultsOfWhatIsLeftOut)
 
 TEST(AsfReadMessages, TheFirstThousandAreKept)
 {
-    std::string lText = kRoot + ":bonedata\n";
+    std::string lText = kHead + ":bonedata\n";
     for (int i = 0; i < 3000; ++i)
         lText += "foo\n";
     KAsfReading lReading;

@@ -5,6 +5,7 @@
 #include <tests/support/memorywatch.h>
 #include <tests/support/smallstack.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -78,13 +79,6 @@ std::string Outcome(const std::string& pText)
     return lResult;
 }
 
-std::string Replaced(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    for (size_t lAt = 0; (lAt = pText.find(pFrom, lAt)) != std::string::npos; lAt += pTo.size())
-        pText.replace(lAt, pFrom.size(), pTo);
-    return pText;
-}
-
 std::string InCapitals(std::string pText)
 {
     // Names keep their case: it counts.
@@ -96,7 +90,7 @@ std::string InCapitals(std::string pText)
         std::string lCapitals = lWord;
         for (char& lCharacter : lCapitals)
             lCharacter = static_cast<char>(std::toupper(lCharacter));
-        pText = Replaced(pText, lWord, lCapitals);
+        pText = ReplacedAll(pText, lWord, lCapitals);
     }
     return pText;
 }
@@ -120,14 +114,15 @@ TEST_P(KAsfReadFormTest, SameSkeleton)
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, KAsfReadFormTest,
-    testing::Values(KFormCase{"CR LF", Replaced(kText, "\n", "\r\n")}, KFormCase{"CR", Replaced(kText, "\n", "\r")},
+    testing::Values(KFormCase{"CR LF", ReplacedAll(kText, "\n", "\r\n")}, KFormCase{"CR", ReplacedAll(kText, "\n", "\r")},
                     KFormCase{"no last line end", kText.substr(0, kText.size() - 1)}, KFormCase{"UTF-8 mark", "\xEF\xBB\xBF" + kText},
-                    KFormCase{"blank lines", Replaced(kText, "\n", "\n\n   \n")}, KFormCase{"tabs", Replaced(kText, " ", "\t \t")},
-                    KFormCase{"indented", Replaced(kText, "\n", "\n \t")}, KFormCase{"trailing blanks", Replaced(kText, "\n", " \t\n")},
-                    KFormCase{"commas", Replaced(kText, " ", " , ")}, KFormCase{"parentheses", Replaced(kText, " ", " ( ")},
-                    KFormCase{"NUL for a blank", Replaced(kText, " ", std::string("\0", 1))},
-                    KFormCase{"comment lines", Replaced(kText, "\n", "\n# begin end :root\n")},
-                    KFormCase{"comments behind", Replaced(kText, "\n", "# :root\n")}, KFormCase{"capitals", InCapitals(kText)}));
+                    KFormCase{"blank lines", ReplacedAll(kText, "\n", "\n\n   \n")}, KFormCase{"tabs", ReplacedAll(kText, " ", "\t \t")},
+                    KFormCase{"indented", ReplacedAll(kText, "\n", "\n \t")},
+                    KFormCase{"trailing blanks", ReplacedAll(kText, "\n", " \t\n")}, KFormCase{"commas", ReplacedAll(kText, " ", " , ")},
+                    KFormCase{"parentheses", ReplacedAll(kText, " ", " ( ")},
+                    KFormCase{"NUL for a blank", ReplacedAll(kText, " ", std::string("\0", 1))},
+                    KFormCase{"comment lines", ReplacedAll(kText, "\n", "\n# begin end :root\n")},
+                    KFormCase{"comments behind", ReplacedAll(kText, "\n", "# :root\n")}, KFormCase{"capitals", InCapitals(kText)}));
 
 TEST(AsfReadRobust, DecimalCommaOfTheProcessChangesNothing)
 {

@@ -4,6 +4,7 @@
 #include <tests/support/memorywatch.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -82,13 +83,6 @@ const char kFull1[] = "1@0 root(1) a(2 3) b(4) c(5 6)\n";
 const char kFull2[] = "2@1 root(2) a(3 4) b(5) c(6 7)\n";
 const char kFull3[] = "3@2 root(3) a(4 5) b(6) c(7 8)\n";
 
-std::string Replace(std::string pText, const std::string& pOld, const std::string& pNew)
-{
-    for (size_t lAt = pText.find(pOld); lAt != std::string::npos; lAt = pText.find(pOld, lAt + pNew.size()))
-        pText.replace(lAt, pOld.size(), pNew);
-    return pText;
-}
-
 const std::string kTwo = SmallFrame(1, 1) + SmallFrame(2, 2);
 const std::string kTwoFrames = std::string(kFull1) + kFull2;
 
@@ -101,13 +95,13 @@ INSTANTIATE_TEST_SUITE_P(
             "#!OML:ASF C:\\a b\\x.ASF\n# a comment\n:FULLY-SPECIFIED\n:DEGREES\n\n1 # one\nroot 1 # x\na 2 3\n#\nb 4\n  c\t5 99 6  \n" +
                 SmallFrame(2, 2),
             true, kTwoFrames, ""},
-        KAmcCase{"CR LF", Replace(kTwo, "\n", "\r\n"), true, kTwoFrames, ""},
-        KAmcCase{"lone CR", Replace(kTwo, "\n", "\r"), true, kTwoFrames, ""},
+        KAmcCase{"CR LF", ReplacedAll(kTwo, "\n", "\r\n"), true, kTwoFrames, ""},
+        KAmcCase{"lone CR", ReplacedAll(kTwo, "\n", "\r"), true, kTwoFrames, ""},
         KAmcCase{"no line end at the end", kTwo.substr(0, kTwo.size() - 1), true, kTwoFrames, ""},
         KAmcCase{"byte-order mark", "\xEF\xBB\xBF" + kTwo, true, kTwoFrames, ""},
-        KAmcCase{"NUL bytes are blanks", Replace(kTwo, " ", std::string(1, '\0')), true, kTwoFrames, ""},
+        KAmcCase{"NUL bytes are blanks", ReplacedAll(kTwo, " ", std::string(1, '\0')), true, kTwoFrames, ""},
         KAmcCase{"words in any case", ":fully-Specified\n:degrees\n" + kTwo, true, kTwoFrames, ""},
-        KAmcCase{"names in any case", Replace(Replace(kTwo, "root", "ROOT"), "\na", "\nA"), true, kTwoFrames, ""},
+        KAmcCase{"names in any case", ReplacedAll(ReplacedAll(kTwo, "root", "ROOT"), "\na", "\nA"), true, kTwoFrames, ""},
         KAmcCase{"bones in any order", "1\nc 5 0 6\nb 4\na 2 3\nroot 1\n" + SmallFrame(2, 2), true,
                  "1@0 c(5 6) b(4) a(2 3) root(1)\n" + std::string(kFull2), ""},
         KAmcCase{"every way to write a number",
@@ -135,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KAmcCase{"beyond what a number holds", kTwo + "99999999999999999999\nroot 1\n", false, kTwoFrames,
                              "E11 Frame number expected, not (99999999999999999999)\n"},
                     KAmcCase{"with a point", kTwo + "3.5\nroot 1\n", false, kTwoFrames, "E11 Frame number expected, not (3.5)\n"},
-                    KAmcCase{"text behind a frame number", Replace(kTwo, "2\nroot", "2 of 9\nroot"), true, kTwoFrames,
+                    KAmcCase{"text behind a frame number", ReplacedAll(kTwo, "2\nroot", "2 of 9\nroot"), true, kTwoFrames,
                              "W6 Ignoring the text after a frame number (of 9)\n"},
                     KAmcCase{"values before a frame number", "root 1\n" + kTwo, false, "", "E1 Frame number expected before bone root\n"},
                     KAmcCase{"no frame", ":DEGREES\n", false, "", "E1 The motion has no complete frame\n"},
@@ -165,10 +159,11 @@ INSTANTIATE_TEST_SUITE_P(
                  "1@0 root(1) a(2 3) c(5 6)\n2@1 root(2) c(6 7)\n3@2 root(3) b(4) c(1 1)\n",
                  "W5 Bone b is not in frame 1, it holds its rest pose\nW8 Bone a is not in frame 2, it holds its last value\n"},
         KAmcCase{"unknown, each name once",
-                 "1\nroot 1\ntail 1 2\nhorn\na 2 3\nb 4\nc 5 99 6\n" + Replace(SmallFrame(2, 2), "\nc", "\ntail x\nc"), true, kTwoFrames,
+                 "1\nroot 1\ntail 1 2\nhorn\na 2 3\nb 4\nc 5 99 6\n" + ReplacedAll(SmallFrame(2, 2), "\nc", "\ntail x\nc"), true,
+                 kTwoFrames,
                  "W3 The skeleton has no bone tail, its values are ignored\nW4 The skeleton has no bone horn, its values are ignored\n"},
         KAmcCase{
-            "too many values, each bone once", Replace(kTwo, " 99 ", " 99 1 ") + "3\nroot 1 2 3\na 1 2 x\nb 1\nc 1 2 3 4\n", true,
+            "too many values, each bone once", ReplacedAll(kTwo, " 99 ", " 99 1 ") + "3\nroot 1 2 3\na 1 2 x\nb 1\nc 1 2 3 4\n", true,
             "1@0 root(1) a(2 3) b(4) c(5 1)\n2@1 root(2) a(3 4) b(5) c(6 1)\n3@2 root(1) a(1 2) b(1) c(1 3)\n",
             "W5 Bone c has more than 3 values, ignoring the others (6)\nW12 Bone root has more than 1 values, ignoring the others (2 3)\n"
             "W13 Bone a has more than 2 values, ignoring the others (x)\n"},
@@ -223,9 +218,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(KQexFileAcclaimAmc, UnitsOfAnglesAndLengths)
 {
-    const std::string lRadiansAsf = Replace(kSmallAsf, "angle deg", "angle rad");
-    const std::string lLengthAsf = Replace(kSmallAsf, "length 2.54", "length 0.05");
-    const std::string lNoUnitAsf = Replace(kSmallAsf, "length 2.54", "length 0");
+    const std::string lRadiansAsf = ReplacedAll(kSmallAsf, "angle deg", "angle rad");
+    const std::string lLengthAsf = ReplacedAll(kSmallAsf, "length 2.54", "length 0.05");
+    const std::string lNoUnitAsf = ReplacedAll(kSmallAsf, "length 2.54", "length 0");
     EXPECT_EQ(ReadAmc(kTwo).mAngleFactor, 1.0);
     EXPECT_EQ(ReadAmc(":RADIANS\n" + kTwo).mAngleFactor, 57.29577951308232);
     EXPECT_EQ(ReadAmc(kTwo, {}, lRadiansAsf).mAngleFactor, 57.29577951308232);
@@ -350,7 +345,7 @@ TEST(KQexFileAcclaimAmc, BonesThatTheCleanUpRemovedArePassedOver)
 {
     KQexAmcReadOptions lOptions;
     lOptions.mSkeletonNotes.mRemovedBones = {"hip", "l"};
-    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\na", "\nhip 1 2 3\nl x\na"), lOptions);
+    const KAmcOutcome lOutcome = ReadAmc(ReplacedAll(kTwo, "\na", "\nhip 1 2 3\nl x\na"), lOptions);
     EXPECT_TRUE(lOutcome.mOk);
     EXPECT_EQ(lOutcome.mFrames, kTwoFrames);
     EXPECT_EQ(lOutcome.mMessages, "");
@@ -358,20 +353,21 @@ TEST(KQexFileAcclaimAmc, BonesThatTheCleanUpRemovedArePassedOver)
 
 TEST(KQexFileAcclaimAmc, BonesNamedLikeNumbers)
 {
-    const std::string lAsf = Replace(Replace(kSmallAsf, "name b", "name 7"), "a b\n    b c", "a 7\n    7 c");
-    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\nb", "\n7"), {}, lAsf);
+    const std::string lAsf = ReplacedAll(ReplacedAll(kSmallAsf, "name b", "name 7"), "a b\n    b c", "a 7\n    7 c");
+    const KAmcOutcome lOutcome = ReadAmc(ReplacedAll(kTwo, "\nb", "\n7"), {}, lAsf);
     EXPECT_TRUE(lOutcome.mOk);
-    EXPECT_EQ(lOutcome.mFrames, Replace(kTwoFrames, " b(", " 7("));
+    EXPECT_EQ(lOutcome.mFrames, ReplacedAll(kTwoFrames, " b(", " 7("));
     EXPECT_EQ(lOutcome.mMessages, "");
 }
 
 TEST(KQexFileAcclaimAmc, NamesThatTheSkeletonCutAreFound)
 {
     const std::string lName(60, 'n');
-    const std::string lAsf = Replace(Replace(kSmallAsf, "name b", "name " + lName), "a b\n    b c", "a " + lName + "\n    " + lName + " c");
-    const KAmcOutcome lOutcome = ReadAmc(Replace(kTwo, "\nb", "\n" + lName), {}, lAsf);
+    const std::string lAsf =
+        ReplacedAll(ReplacedAll(kSmallAsf, "name b", "name " + lName), "a b\n    b c", "a " + lName + "\n    " + lName + " c");
+    const KAmcOutcome lOutcome = ReadAmc(ReplacedAll(kTwo, "\nb", "\n" + lName), {}, lAsf);
     EXPECT_TRUE(lOutcome.mOk);
-    EXPECT_EQ(lOutcome.mFrames, Replace(kTwoFrames, " b(", " " + std::string(50, 'n') + "("));
+    EXPECT_EQ(lOutcome.mFrames, ReplacedAll(kTwoFrames, " b(", " " + std::string(50, 'n') + "("));
 }
 
 TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
@@ -386,7 +382,7 @@ TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
         {"l rz ry", "9 1 2", "c(1 2)"}, {"rz ry l", "1 2 9", "c(1 2)"}, {"l rz l ry l", "8 1 9 2 7", "c(1 2)"}, {"l", "9", ""}};
     for (const KLengthCase& lCase : lCases)
     {
-        const std::string lAsf = Replace(kSmallAsf, "dof rz l ry", std::string("dof ") + lCase.mDof);
+        const std::string lAsf = ReplacedAll(kSmallAsf, "dof rz l ry", std::string("dof ") + lCase.mDof);
         const KAmcOutcome lOutcome = ReadAmc(std::string("1\nroot 1\na 2 3\nb 4\nc ") + lCase.mValues + "\n", {}, lAsf);
         EXPECT_TRUE(lOutcome.mOk) << lCase.mDof;
         const std::string lBone = *lCase.mFrame == '\0' ? "" : std::string(" ") + lCase.mFrame;
@@ -399,7 +395,8 @@ TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
 TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
 {
     const std::string lTwin = "name c\n    direction 0 -1 0\n    length 1\n    axis 0 0 0 XYZ\n    dof l rz ry\n  end\n";
-    const std::string lAsf = Replace(Replace(kSmallAsf, "dof rz l ry", "dof l rz ry"), "name d", lTwin + "  begin\n    id 5\n    name d");
+    const std::string lAsf =
+        ReplacedAll(ReplacedAll(kSmallAsf, "dof rz l ry", "dof l rz ry"), "name d", lTwin + "  begin\n    id 5\n    name d");
     const KAmcOutcome lOutcome = ReadAmc("1\nroot 1\na 2 3\nb 4\nc 9 1 2\n", {}, lAsf);
     EXPECT_TRUE(lOutcome.mOk) << lOutcome.mMessages;
     const KAmcOutcome lShort = ReadAmc("1\nroot 1\na 2 3\nb 4\nc 9 1\n", {}, lAsf);

@@ -5,6 +5,7 @@
 #include <tests/support/randomscene.h>
 #include <tests/support/standardinput.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -22,12 +23,6 @@ using namespace qextest;
 
 namespace
 {
-
-std::string Replace(std::string pText, const std::string& pOld, const std::string& pNew)
-{
-    const size_t lAt = pText.find(pOld);
-    return lAt == std::string::npos ? pText : pText.replace(lAt, pOld.size(), pNew);
-}
 
 KQexAcclaimSource Text(const std::string& pText, const char* pName, const char* pTake = "")
 {
@@ -181,7 +176,7 @@ TEST(KQexImporterAcclaim, TwoMotionsForOneTakeAreRefused)
 TEST(KQexImporterAcclaim, BonesOfOneNameKeepTheirOwnMotionInEveryTake)
 {
     // Two bones named a under the root: the motion means the first, the other one stays still in all takes.
-    const std::string lAsf = Replace(Replace(kAsf, "name d", "name a"), "root a d", "root a");
+    const std::string lAsf = Replaced(Replaced(kAsf, "name d", "name a"), "root a d", "root a");
     KSetup            lSetup;
     ASSERT_TRUE(lSetup.Import(lAsf, {Text(kThree, "1.amc", "one"), Text(kThree, "2.amc", "two")})) << Texts(lSetup.mResult.mMessages);
     KQexNode* lFirst = lSetup.mResult.mRootNode->GetChild(0);
@@ -327,7 +322,7 @@ TEST(KQexImporterAcclaim, ParentAndMergeRoot)
 
 TEST(KQexImporterAcclaim, LimitsFollowTheFlags)
 {
-    const std::string lAsf = Replace(kAsf, "dof rx\n", "dof rx\n    limits (-10 20)\n");
+    const std::string lAsf = Replaced(kAsf, "dof rx\n", "dof rx\n    limits (-10 20)\n");
     for (const bool lSetLimits : {false, true})
     {
         KSetup lSetup;
@@ -342,7 +337,7 @@ TEST(KQexImporterAcclaim, DummiesGoWithoutAWarningAboutTheirLines)
 {
     KSetup lSetup;
     lSetup.mOptions.mRemoveDummies = true;
-    ASSERT_TRUE(lSetup.Import(Replace(kThree, "\nb", "\nd\nb")));
+    ASSERT_TRUE(lSetup.Import(Replaced(kThree, "\nb", "\nd\nb")));
     EXPECT_EQ(Tree(lSetup.mResult.mRootNode), "root(a(b(c(c_End))))");
     EXPECT_EQ(Texts(lSetup.mResult.mMessages),
               std::string(kLengthWarning) + "W0 A leaf without a degree of freedom is removed and its length lost (d)\n");
@@ -557,11 +552,11 @@ TEST_P(KImportFailTest, TheSceneIsAsItWas)
 INSTANTIATE_TEST_SUITE_P(
     Cases, KImportFailTest,
     testing::Values(
-        KFailCase{"an error in the skeleton", Replace(kAsf, "length 3", "length x"), {kThree}, "E26 Can't read bone length\n"},
+        KFailCase{"an error in the skeleton", Replaced(kAsf, "length 3", "length x"), {kThree}, "E26 Can't read bone length\n"},
         KFailCase{"an empty skeleton", "", {}, "E0 The skeleton is incomplete: there is no section\n"},
         KFailCase{"no root", ":version 1.10\n:skin\n", {}, "E0 The skeleton is incomplete: there is no :root\n"},
         KFailCase{"no name",
-                  Replace(kAsf, ":name small", ":name"),
+                  Replaced(kAsf, ":name small", ":name"),
                   {},
                   "E2 The skeleton is incomplete: reading ended in the section :name that begins in line 2\n"},
         KFailCase{"cut in the bones",
@@ -682,7 +677,7 @@ TEST_P(KImportRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
 {
     KSetup lSetup;
     lSetup.mOptions.mSetPreRotation = GetParam().mPreRotation;
-    ASSERT_TRUE(lSetup.Import(Replace(Replace(kAsf, "dof rz l ry", "dof rz"), GetParam().mOld, GetParam().mNew), {}));
+    ASSERT_TRUE(lSetup.Import(Replaced(Replaced(kAsf, "dof rz l ry", "dof rz"), GetParam().mOld, GetParam().mNew), {}));
     EXPECT_EQ(Texts(lSetup.mResult.mMessages), GetParam().mRemark);
 }
 

@@ -3,6 +3,7 @@
 
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
+#include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
@@ -35,13 +36,6 @@ constexpr const char* kSmall = "HIERARCHY\n"
                                "Frame Time: .0083333\n"
                                "0 0 0 10 20 30 1 2 3\n"
                                "4 5 6 11 21 31 -1 -2 -3\n";
-
-std::string Replaced(std::string pText, const std::string& pOld, const std::string& pNew)
-{
-    const size_t lAt = pText.find(pOld);
-    EXPECT_NE(lAt, std::string::npos) << pOld;
-    return pText.replace(lAt, pOld.size(), pNew);
-}
 
 bool ReadText(KQexScene* pScene, const std::string& pText, KQexFileBvh& pFile, KQexBvhReadResult& pResult,
               const KQexBvhReadOptions& pOptions = KQexBvhReadOptions())
