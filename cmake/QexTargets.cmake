@@ -15,6 +15,13 @@ function(qex_set_up_target pTarget)
     endif()
 endfunction()
 
+# A target whose sources may be compiled several at a time: see QEX_UNITY.
+function(qex_allow_unity pTarget)
+    if(QEX_UNITY)
+        set_target_properties(${pTarget} PROPERTIES UNITY_BUILD ON)
+    endif()
+endfunction()
+
 # find_package that names the Debian package to install, or the option to switch off, when something is missing.
 macro(qex_find_package pPackage pDebian pOption)
     find_package(${pPackage} QUIET ${ARGN})
