@@ -35,7 +35,7 @@ void ReadBeside(benchmark::State& pState, KBeside& pBeside, const std::string& p
     {
         (void)lStep;
         pBeside.Bound([&] { lAll([&](size_t) { ScanFile(pPath); }); });
-        lAll([&](size_t i) { lScenes[i].reset(); });
+        lAll([&](size_t pAt) { lScenes[pAt].reset(); });
         pPrepare();
         pBeside.Work(pState, [&] { lAll(lRead); });
     }
