@@ -26,9 +26,9 @@ void ReadBeside(benchmark::State& pState, KBeside& pBeside, const std::string& p
         }
     };
     std::vector<KSceneOwner> lScenes(static_cast<size_t>(pSkeletons));
-    const auto               lRead = [&](size_t i)
+    const auto               lRead = [&](size_t pAt)
     {
-        lScenes[i] = ReadPath(pPath, pRemoveDummyNodes);
+        lScenes[pAt] = ReadPath(pPath, pRemoveDummyNodes);
     };
     lAll(lRead);
     for (auto lStep : pState)
