@@ -118,9 +118,7 @@ void ApproachFolds(const KQexAsfNode& pNode, const KQexAsfLevels& pLevels)
 class KDummyFold
 {
 public:
-    KDummyFold(KQexAsfNode& pNode, KQexAsfNode& pDummy, const KFrameFlags& pFlags) : mNode(pNode), mDummy(pDummy), mFlags(pFlags), mDepth(0)
-    {
-    }
+    KDummyFold(KQexAsfNode& pNode, KQexAsfNode& pDummy, const KFrameFlags& pFlags) : mNode(pNode), mDummy(pDummy), mFlags(pFlags) {}
 
     // Moves the bones and releases the dummies. There must be room for the bones.
     void Fold()
@@ -143,9 +141,8 @@ private:
     void Enter(KQexAsfNode& pDummy, const KQexAsfWalk& pWalk)
     {
         const KQexAsfNode* lAbove = pWalk.GetAbove();
-        if (mDepth < kExactDepth)
-            KmVset(mOffsets[mDepth], pDummy.mParentPositionV.mData);
         mDepth++;
+        mAdditions += kAdditionsPerBone;
         // The sum from the topmost dummy on, in a field that no one reads again.
         if (lAbove)
             KgeAdd(pDummy.mLT, lAbove->mLT, pDummy.mParentPositionV);
@@ -153,14 +150,14 @@ private:
             KgeSet(pDummy.mLT, pDummy.mParentPositionV);
         if (!pWalk.IsForward())
             for (int lIter = 0; lIter < pDummy.mChildBuf.GetCount(); lIter++)
-                Move(pDummy, pDummy.mChildBuf[lIter]);
+                Move(pDummy, pDummy.mChildBuf[lIter], pWalk);
     }
 
     void Leave(KQexAsfNode& pDummy, KQexAsfWalk& pWalk)
     {
         if (pWalk.IsForward())
             for (int lIter = pDummy.mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
-                Move(pDummy, pDummy.mChildBuf[lIter]);
+                Move(pDummy, pDummy.mChildBuf[lIter], pWalk);
         mDepth--;
         if (pWalk.GetAbove())
             pWalk.ClearEntry();
@@ -169,35 +166,40 @@ private:
             QexSdkDelete(&pDummy);
     }
 
-    void Move(const KQexAsfNode& pDummy, HKQexAsfNode pBone)
+    void Move(const KQexAsfNode& pDummy, HKQexAsfNode pBone, const KQexAsfWalk& pWalk)
     {
         if (!pBone || IsDummy(*pBone))
             return;
         KgeSet(pBone->mParentAxisRM, mDummy.mParentAxisRM);
         KgeSet(pBone->mParentAxisRMInv, mDummy.mParentAxisRMInv);
-        AddOffsets(pDummy, *pBone);
+        AddOffsets(pDummy, *pBone, pWalk);
         mNode.AddChild(pBone);
         SetLocals(*pBone, mFlags.mSetRotatePivotOffet, mFlags.mSetPreRotation);
     }
 
-    // Added from the lowest dummy up, as folding one by one would, so that the sum has the same bits; from far down the sum of all
-    // dummies above is added at once, or the additions would be the square again.
-    void AddOffsets(const KQexAsfNode& pDummy, KQexAsfNode& pBone) const
+    // Added from the lowest dummy up, as folding one by one would, so that the sum has the same bits. Where bones hang on hundreds of
+    // dummies in a row at every height that would be the square of their number again: there, the sum of all dummies above is added.
+    void AddOffsets(const KQexAsfNode& pDummy, KQexAsfNode& pBone, const KQexAsfWalk& pWalk)
     {
-        if (mDepth > kExactDepth)
+        mAdditions += kAdditionsPerBone - mDepth;
+        if (mAdditions < 0)
+        {
+            mAdditions += mDepth;
             KgeAdd(pBone.mParentPositionV, pDummy.mLT, pBone.mParentPositionV);
-        else
-            for (int lDepth = mDepth - 1; lDepth >= 0; lDepth--)
-                KmVadd(pBone.mParentPositionV.mData, mOffsets[lDepth], pBone.mParentPositionV.mData);
+            return;
+        }
+        for (const KQexAsfNode* lDummy = &pDummy; lDummy; lDummy = pWalk.GetAbove(*lDummy))
+            KgeAdd(pBone.mParentPositionV, lDummy->mParentPositionV, pBone.mParentPositionV);
     }
 
-    static constexpr int kExactDepth = 32;
+    /// Dummies and moved bones give that many additions, which is more than skeletons need.
+    static constexpr int kAdditionsPerBone = 64;
 
     KQexAsfNode& mNode;
     KQexAsfNode& mDummy;
     KFrameFlags  mFlags;
-    int          mDepth;                   ///< Dummies from the topmost one to the one entered.
-    double       mOffsets[kExactDepth][3]; ///< Their offsets, the topmost one's first. Not initialised: most dummies are alone.
+    int          mDepth = 0;     ///< Dummies from the topmost one to the one entered.
+    long long    mAdditions = 0; ///< How many may still be made.
 };
 
 // How many bones folding the dummy would move.

@@ -62,7 +62,10 @@ public:
     bool IsForward() const { return mStep * (mEntering ? 1 : mTurn) > 0; }
 
     /// The bone that the walk came from to the one that Next() gave; null at the top.
-    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : mNode == mTop ? nullptr : mNode->mWalkParent; }
+    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : GetAbove(*mNode); }
+
+    /// The same for a bone that has been entered and not left yet.
+    HKQexAsfNode GetAbove(const KQexAsfNode& pNode) const { return &pNode == mTop ? nullptr : pNode.mWalkParent; }
 
     /// At the leaving of a bone that is released: makes its entry among its parent's children null. Not for the top.
     void ClearEntry() { mUp->mChildBuf.SetAt(mUpIndex, nullptr); }

@@ -303,6 +303,35 @@ TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
     }
 }
 
+// The sum is made from the lowest dummy up however many there are: with offsets that cancel each other any other order shows.
+TEST(KDummyFoldTest, ALongRunOfDummiesAddsUpAsFoldingOneByOneDoes)
+{
+    for (const EShape lShape : {eCHAIN, eCOMB})
+        for (const int lCount : {31, 33, 34, 40, 100, 200})
+        {
+            KQexAsfNode* lTrees[2];
+            for (KQexAsfNode*& lTree : lTrees)
+            {
+                const std::vector<KQexAsfNode*> lBones = RandomBones(lShape, lCount + 2, static_cast<unsigned>(lCount), true);
+                lTree = lBones[0];
+                lTree->SetupPosition(false, false);
+                for (size_t lIter = 1; lIter < lBones.size(); lIter++)
+                {
+                    const bool lKept = lShape == eCHAIN ? lIter + 1 == lBones.size() : lIter % 2 == 1;
+                    lBones[lIter]->mOrderCount = lKept ? 1 : 0;
+                    lBones[lIter]->mOrderBuf[0] = 3;
+                    const double lHuge = lIter == 2 ? 1e16 : lIter + 3 > lBones.size() ? -1e16 : 0.0;
+                    lBones[lIter]->mParentPositionV.mData[1] += lHuge;
+                }
+            }
+            lTrees[0]->RemoveDummy(false, false);
+            FoldOneByOne(lTrees[1], false, false);
+            EXPECT_EQ(Fingerprint(lTrees[0]), Fingerprint(lTrees[1])) << lShape << ", " << lCount;
+            for (KQexAsfNode* lTree : lTrees)
+                QexSdkDelete(lTree);
+        }
+}
+
 // Each of 100,000 bones hangs on a dummy of its own in a run of dummies: moving each of them at every fold would take minutes.
 TEST(KDummyFoldTest, ALongRunOfDummiesMovesEachBoneOnce)
 {
