@@ -308,13 +308,23 @@ int KQexAsfNameIndex::TopOf(int pBone)
 
 void KQexAsfNameIndex::Move(int pBone, int pParent)
 {
-    // Bones that are asked for here and there lie far apart in memory. Hung over one after the other later, what each of them needs can
-    // be fetched beforehand.
-    mBones[mMovedCount++].mMoved = pBone;
     KBone& lBone = mBones[pBone];
+    if (pParent == 0)
+    {
+        // To the end of the list that it stands in; the room it leaves is the room it takes.
+        HKQexAsfNode lRoot = mBones[0].mNode;
+        lRoot->RemoveChild(lBone.mNode);
+        lRoot->AddChild(lBone.mNode);
+    }
+    else
+    {
+        // Bones that are asked for here and there lie far apart in memory. Hung over one after the other later, what each of them
+        // needs can be fetched beforehand.
+        mBones[mMovedCount++].mMoved = pBone;
+    }
     lBone.mPlace = mNextPlace++;
     lBone.mParent = pParent;
-    lBone.mUp = TopOf(pParent);
+    lBone.mUp = pParent == 0 ? pBone : TopOf(pParent);
     if (lBone.mHoldsTwin)
     {
         mBones[lBone.mUp].mHoldsTwin = true;
@@ -328,14 +338,15 @@ bool KQexAsfNameIndex::Settle()
         return true;
     const bool   lOk = HangOver();
     HKQexAsfNode lRoot = mBones[0].mNode;
-    // The children stand here in the order of the list, so that the bones themselves need not be asked. Those that are not known yet stay.
+    // The children stand here in the order of the list, but for those that were hung back under the root: so only of those the bone
+    // itself has to be asked.
     int lBone = 0;
     lRoot->mChildBuf.RemoveIf(
-        [this, &lBone](const KQexAsfNode* pChild)
+        [this, lRoot, &lBone](HKQexAsfNode pChild)
         {
             while (lBone < mCount && mBones[lBone].mNode != pChild)
                 ++lBone;
-            return lBone < mCount && mBones[lBone].mParent != 0;
+            return lBone < mCount ? mBones[lBone].mParent != 0 : pChild->mParent != lRoot;
         });
     mKnownChildren = lRoot->mChildBuf.GetCount();
     mMovedCount = 0;

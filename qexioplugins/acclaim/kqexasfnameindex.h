@@ -80,7 +80,7 @@ public:
     /// True when \p pBone is \p pTop or hangs below it, \p pTop being a child of the root.
     bool IsBelow(int pBone, int pTop) { return TopOf(pBone) == pTop; }
 
-    /// Hangs \p pBone, a child of the root, behind the children of \p pParent, which is not the root and not below it. For the index this counts at
+    /// Hangs \p pBone, a child of the root, behind the children of \p pParent, which is not below it. For the index this counts at
     /// once; the bones themselves are hung over by Settle().
     void Move(int pBone, int pParent);
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace qexsdk
 {
@@ -119,9 +120,12 @@ public:
         return true;
     }
 
-    /// Whether the line that is being looked at has its end in memory.
+    /// Whether the line that is being looked at has its end in memory and is not longer than a line may be.
     bool HasWholeLine()
     {
+        // Few buffers hold a line that is too long.
+        if (static_cast<size_t>(mEnd - mLine) > KLineReader::kMaxLine)
+            return std::memchr(mLine, '\n', KLineReader::kMaxLine) != nullptr;
         if (mLastFeed == nullptr)
             for (mLastFeed = mEnd; mLastFeed != mBegin && *mLastFeed != '\n';)
                 --mLastFeed;

@@ -103,6 +103,7 @@ bool KQexFileAcclaimAsf::ScanBoneAxis(KQexAsfScan& pScan, KQexAsfNode& pNode)
         return false;
     std::copy(lAngles, lAngles + 3, pNode.mOrientationV.mData);
     pNode.mOrientationOrder = kAxisCodes[lAxis];
+    ++smAxis[lAxis].mCount;
     KeepBoneLine(pScan, eBONE_AXIS);
     return true;
 }
@@ -113,6 +114,7 @@ bool KQexFileAcclaimAsf::ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode)
         return false;
     int lCodes[kMaxDofs];
     int lCount = 0;
+    // smDof begins with the words of smOrder; its last one is a single letter.
     for (int lCode = pScan.Letters(smOrder); lCode >= 0; lCode = pScan.Letters(smOrder))
     {
         if (lCount == kMaxDofs)
@@ -122,6 +124,8 @@ bool KQexFileAcclaimAsf::ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode)
     if (lCount == 0 || !pScan.LineEnd())
         return false;
     std::copy(lCodes, lCodes + lCount, pNode.mOrderBuf);
+    for (int i = 0; i < lCount; ++i)
+        ++smDof[lCodes[i]].mCount;
     pNode.mOrderCount = lCount;
     KeepBoneLine(pScan, eBONE_DOF);
     return true;
@@ -142,7 +146,7 @@ bool KQexFileAcclaimAsf::ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode)
     return true;
 }
 
-/// The line just found is one of the bone's; it counts as one that Handle() met.
+/// The line just found is one of the bone's. Its words count as ones that Handle() met, as all that are taken here do.
 void KQexFileAcclaimAsf::KeepBoneLine(KQexAsfScan& pScan, int pKeyword)
 {
     ++smBoneData[pKeyword].mCount;

@@ -376,6 +376,34 @@ TEST(AsfReadMessages, TheFirstThousandAreKept)
     EXPECT_EQ(MessageLine(lReading.mMessages.back()), "E3004 Bone has no name");
 }
 
+/// A root of a name of its own can be named on a family's line: its children go to the end of its list then.
+TEST(AsfReadSections, ARootOfAnotherNameTakesItsChildrenAgain)
+{
+    for (const char* lComment : {"", " # not the quick way"})
+    {
+        KAsfReading lReading;
+        lReading.mScene->mRoot = QexSdkNew<KQexAsfNode>();
+        std::strcpy(lReading.mScene->mRoot->mName, "Hips");
+        for (const char* lName : {"a", "b", "c", "d"})
+        {
+            HKQexAsfNode lNode = QexSdkNew<KQexAsfNode>();
+            std::strcpy(lNode->mName, lName);
+            lReading.mScene->mRoot->AddChild(lNode);
+        }
+        const std::string  lText = std::string("x\nbegin\na c\nHips b") + lComment + "\nHips d a" + lComment + "\nend\n";
+        KQexFileAcclaimAsf lFile(false);
+        ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
+        lFile.mQexAsfScene = lReading.mScene;
+        lFile.FirstLine();
+        EXPECT_TRUE(lFile.ReadHierarchy());
+        EXPECT_TRUE(lFile.GetMessages().empty());
+        std::string lOrder;
+        for (const KQexAsfNode* lNode : PreOrder(lReading.mScene->mRoot))
+            lOrder += lNode->mName + std::string(" ");
+        EXPECT_EQ(lOrder, "Hips b d a c ") << lComment;
+    }
+}
+
 /// The sections one at a time, as a caller may drive them.
 TEST(AsfReadSections, CanBeDrivenAlone)
 {

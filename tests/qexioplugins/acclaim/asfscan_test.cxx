@@ -48,12 +48,22 @@ std::string BoneBits(const KQexAsfNode& pNode)
     return lResult + "\n";
 }
 
+/// The tables with the words of bones and families, which count what was found.
+KToken* const kTables[] = {KQexFileAcclaimAsf::smGroup, KQexFileAcclaimAsf::smBoneData, KQexFileAcclaimAsf::smAxis,
+                           KQexFileAcclaimAsf::smOrder, KQexFileAcclaimAsf::smDof};
+
 /// All that reading the text gave.
 std::string OutcomeBits(const std::string& pText)
 {
+    for (KToken* lTable : kTables)
+        for (; *lTable->mStr != '\0'; ++lTable)
+            lTable->mCount = 0;
     KAsfReading lReading;
     lReading.ReadText(pText);
     std::string lResult = (lReading.mOk ? "ok\n" : "failed\n") + lReading.Messages();
+    for (const KToken* lTable : kTables)
+        for (; *lTable->mStr != '\0'; ++lTable)
+            lResult += lTable->mStr + std::string("=") + std::to_string(lTable->mCount) + " ";
     if (lReading.mScene->mRoot != nullptr)
         for (const KQexAsfNode* lNode : PreOrder(lReading.mScene->mRoot))
             lResult += BoneBits(*lNode);
@@ -227,6 +237,30 @@ TEST(AsfScan, LinesThatTheBufferCutsReadAsWithComments)
         const std::string lWide = ":documentation\n" + std::string(900000, 'x') + "\n" + lBone + std::string(lSize, ' ') +
                                   "\nname hand\ndirection 1 0 0\nlength 1\nend\n:hierarchy\n";
         EXPECT_EQ(OutcomeBits(lWide).substr(0, 2), lSize + 4 > KLineReader::kMaxLine ? "fa" : "ok");
+    }
+}
+
+/// A buffer that a long line made grow can hold the whole of one that is too long: nothing that stands there is done. Such a line has to
+/// begin where the buffer does, so that the line before it lies across the end of the buffer before.
+TEST(AsfScan, NothingOnALineThatIsTooLongIsDone)
+{
+    constexpr size_t  kBuffer = KLineReader::kMaxLine + 65536;
+    const std::string lHead = ":documentation\n" + std::string(KLineReader::kMaxLine, 'x') + "\n" + kHead;
+    std::string       lText = lHead;
+    for (const char* lName : {"a", "b", "c"})
+        lText += std::string("begin\nid 1\nname ") + lName + "\ndirection 1 0 0\nlength 1\naxis 0 0 0 xyz\nend\n";
+    lText += ":hierarchy\nbegin\n";
+    for (const size_t lEnd : {kBuffer - 100, kBuffer - 10, kBuffer, kBuffer + 10, kBuffer + 1000})
+    {
+        std::string lLong = lText;
+        while (lLong.size() + 500 < lEnd)
+            lLong += "root" + std::string(100, ' ') + "\n";
+        lLong += "root" + std::string(1000, ' ') + "\n";
+        lLong += "a b c" + std::string(KLineReader::kMaxLine - 4, ' ') + "\nend\n";
+        KAsfReading lReading;
+        EXPECT_FALSE(lReading.ReadText(lLong));
+        EXPECT_NE(lReading.Messages().find("Line is too long"), std::string::npos);
+        EXPECT_EQ(lReading.mScene->mRoot->mChildBuf.GetCount(), 3) << lEnd;
     }
 }
 
