@@ -15,13 +15,11 @@ function(qex_set_up_target pTarget)
     endif()
 endfunction()
 
-# A target around the library, with the sources that take the longest to compile: QEX_UNITY and QEX_OUTER_OPTIMISATION hold for it.
-function(qex_set_up_outer_target pTarget)
-    qex_set_up_target(${pTarget})
+# A target whose sources may be compiled several at a time: see QEX_UNITY.
+function(qex_allow_unity pTarget)
     if(QEX_UNITY)
         set_target_properties(${pTarget} PROPERTIES UNITY_BUILD ON)
     endif()
-    target_compile_options(${pTarget} PRIVATE $<$<CONFIG:RelWithDebInfo,Release>:${QEX_OUTER_OPTIMISATION}>)
 endfunction()
 
 # find_package that names the Debian package to install, or the option to switch off, when something is missing.
