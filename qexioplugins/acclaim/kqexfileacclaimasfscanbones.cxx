@@ -123,9 +123,11 @@ bool KQexFileAcclaimAsf::ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode)
     }
     if (lCount == 0 || !pScan.LineEnd())
         return false;
-    std::copy(lCodes, lCodes + lCount, pNode.mOrderBuf);
     for (int i = 0; i < lCount; ++i)
+    {
+        pNode.mOrderBuf[i] = lCodes[i];
         ++smDof[lCodes[i]].mCount;
+    }
     pNode.mOrderCount = lCount;
     KeepBoneLine(pScan, eBONE_DOF);
     return true;
