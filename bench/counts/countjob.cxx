@@ -1,0 +1,114 @@
+// One job of the library, run once, for tools/counts.py: callgrind counts the instructions of CountedJob() alone.
+//
+// usage: countjob JOB SKELETON.asf MOTION.amc, JOB being read-asf, read-amc, import-amc or write-amc
+
+#include <qexioplugins/acclaim/kqexexporteracclaim.h>
+#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <string>
+
+using namespace qexsdk;
+
+namespace
+{
+
+struct KFiles
+{
+    const char* mAsf;
+    const char* mAmc;
+};
+
+class KNothing : public KQexAmcVisitor
+{
+public:
+    bool Frame(const KQexAmcFrame&) override { return true; }
+};
+
+} // namespace
+
+// The name that --toggle-collect looks for.
+extern "C"
+{
+    bool CountedJob(const std::function<bool()>& pJob);
+
+    [[gnu::noinline]] bool CountedJob(const std::function<bool()>& pJob)
+    {
+        return pJob();
+    }
+}
+
+namespace
+{
+
+bool ReadAsf(const KFiles& pFiles)
+{
+    KQexFileAcclaimAsf lFile(false);
+    KQexAsfScene       lScene;
+    return CountedJob([&] { return lFile.OpenRead(pFiles.mAsf) && lFile.Read(&lScene, false, false, false); });
+}
+
+bool ReadAmc(const KFiles& pFiles)
+{
+    KQexImportAcclaimResult lResult;
+    const KQexAsfSceneOwner lSkeleton = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(pFiles.mAsf), {}, lResult);
+    KQexFileAcclaimAmc      lFile(false);
+    KNothing                lNothing;
+    return lSkeleton && CountedJob([&] { return lFile.OpenRead(pFiles.mAmc) && lFile.ReadFrames(lSkeleton.get(), {}, lNothing); });
+}
+
+bool Import(KQexScene* pScene, const KFiles& pFiles, KQexImportAcclaimResult& pResult)
+{
+    KQexImportAcclaimOptions lOptions;
+    lOptions.mKeepAsfScene = true;
+    return KQexImporterAcclaim::Import(pScene, KQexAcclaimSource::File(pFiles.mAsf), {KQexAcclaimSource::File(pFiles.mAmc)}, lOptions,
+                                       pResult);
+}
+
+bool ImportAmc(const KFiles& pFiles)
+{
+    KQexScene* lScene = KQexScene::Create("counts");
+    bool       lDone = false;
+    {
+        KQexImportAcclaimResult lResult;
+        lDone = CountedJob([&] { return Import(lScene, pFiles, lResult); });
+    }
+    lScene->Destroy();
+    return lDone;
+}
+
+bool WriteAmc(const KFiles& pFiles)
+{
+    KQexScene* lScene = KQexScene::Create("counts");
+    bool       lDone = false;
+    {
+        KQexImportAcclaimResult  lImported;
+        KQexExportAcclaimOptions lOptions;
+        KQexExportAcclaimResult  lResult;
+        std::string              lAsf;
+        std::string              lAmc;
+        lOptions.mThreads = 1;
+        lDone = Import(lScene, pFiles, lImported) &&
+                CountedJob([&] { return KQexExporterAcclaim::ExportBuffers(lImported.mRootNode, lAsf, lAmc, lOptions, lResult); });
+    }
+    lScene->Destroy();
+    return lDone;
+}
+
+} // namespace
+
+int main(int pCount, char** pArguments)
+{
+    const std::map<std::string, bool (*)(const KFiles&)> lJobs = {
+        {"read-asf", ReadAsf}, {"read-amc", ReadAmc}, {"import-amc", ImportAmc}, {"write-amc", WriteAmc}};
+    const auto lJob = pCount == 4 ? lJobs.find(pArguments[1]) : lJobs.end();
+    if (lJob == lJobs.end())
+    {
+        std::fprintf(stderr, "usage: countjob read-asf|read-amc|import-amc|write-amc SKELETON.asf MOTION.amc\n");
+        return 2;
+    }
+    return lJob->second({pArguments[2], pArguments[3]}) ? 0 : 1;
+}
