@@ -2,8 +2,6 @@
 
 #include <bench/skeletonsupport.h>
 
-#include <kbaselib/kbase/kprefetch.h>
-
 #include <algorithm>
 #include <cmath>
 #include <deque>
@@ -42,30 +40,11 @@ void TakeOver(KQexAsfNode& pBone, const KQexAsfNode& pParent)
     pBone.mLR.mData[2] = std::atan2(lRM[0][1], lRM[0][0]);
 }
 
-constexpr size_t kBonesAhead = 8;
-
-/// Asks for the memory of TakeOver() of bones behind pBone: that of a bone first, and that of its parent once the bone can tell it.
-void Approach(const KBones& pBones, size_t pBone)
-{
-    if (pBone + 2 * kBonesAhead < pBones.size())
-    {
-        const KQexAsfNode& lBone = *pBones[pBone + 2 * kBonesAhead];
-        KPrefetch(&lBone.mParent, &lBone.mLR + 1);
-    }
-    if (pBone + kBonesAhead < pBones.size())
-    {
-        const KQexAsfNode& lParent = *pBones[pBone + kBonesAhead]->mParent;
-        KPrefetch(&lParent.mAxisRMInv, &lParent.mAxisRMInv + 1);
-        KPrefetch(&lParent.mPositionV, &lParent.mAxisRM + 1);
-    }
-}
-
 /// What frames stand beside: TakeOver() for every bone below the root, in the order in which they lie.
 void TakeOverFrames(const KBones& pBones)
 {
     for (size_t i = 1; i < pBones.size(); ++i)
     {
-        Approach(pBones, i);
         KgeSet(pBones[i]->mPositionV, pBones[i]->mDirectionV);
         TakeOver(*pBones[i], *pBones[i]->mParent);
     }
@@ -138,11 +117,8 @@ public:
         for (const HKQexAsfNode lBone : mBones)
             lSum += lBone->mOrderCount;
         benchmark::DoNotOptimize(lSum);
-        for (size_t i = 0; i < mMoved.size(); ++i)
-        {
-            Approach(mMoved, i);
-            TakeOver(*mMoved[i], *mMoved[i]->mParent);
-        }
+        for (const HKQexAsfNode lBone : mMoved)
+            TakeOver(*lBone, *lBone->mParent);
         Release(mDummies);
     }
 

@@ -84,8 +84,8 @@ def find_mutants(place):
 
 
 def line_mutants(layer, name, number, code):
-    # Declarations, and what only asks for memory early: no test can tell.
-    if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum|KPrefetch)\b", code):
+    # Declarations: no test can tell.
+    if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum)\b", code):
         return []
     return [Mutant(layer, name, number, match.start(), match.end(), replacement)
             for pattern, replacement in SWAPS for match in re.finditer(pattern, code)]

@@ -30,9 +30,6 @@ public:
     /// The number of blocks, so the room in items divided by kBlockItems; 0 while there is no memory behind the array.
     int GetBlockCount() const { return mBlock == nullptr ? 0 : static_cast<int>(Header()->mBlockCount); }
 
-    /// Where the items begin in memory, for KPrefetch(); null while there is none.
-    const void* GetItems() const { return mBlock == nullptr ? nullptr : mBlock + sizeof(KHeader); }
-
     /// Makes room for \p pCount items, growing as adding them would. False, with the array unchanged but for room that it may
     /// have gained, when memory runs out.
     bool Reserve(int pCount)

@@ -79,20 +79,6 @@ public:
     /// Bytes behind a line's NUL that may be read whatever they are, for those who look at several bytes together.
     static constexpr size_t kReadable = 8;
 
-    /// Bytes behind the current line that are in memory already: 0 at a buffer's end and before the first line. They are followed by
-    /// a NUL and by kReadable bytes that may be read.
-    size_t GetAhead() const { return mStatus == eOK && !mSkipFeed ? static_cast<size_t>(mFill - mBegin) : 0; }
-
-    /// The first of the bytes that GetAhead() counts.
-    const char* GetAheadText() const { return mBegin; }
-
-    /// Passes over the next \p pSize bytes, of those that GetAhead() counts, which are \p pLines whole lines.
-    void SkipAhead(size_t pSize, int pLines)
-    {
-        mBegin += pSize;
-        mLineNumber += pLines;
-    }
-
     /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
     size_t GetLength() const { return mLength; }
 

@@ -121,7 +121,8 @@ void KQexAcclaimImport::RemoveDummies(KQexAsfScene& pAsfScene)
     while (const HKQexAsfNode lBone = lWalk.Next())
         if (lWalk.IsEntering() && lBone != pAsfScene.mRoot && lBone->mOrderCount == 0)
             mResult.mSkeletonNotes.mRemovedBones.push_back(lBone->mName);
-    pAsfScene.mRoot->RemoveDummy(mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+    if (!pAsfScene.mRoot->RemoveDummy(mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation))
+        throw std::bad_alloc();
 }
 
 bool KQexAcclaimImport::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexAcclaimSource>& pSources)

@@ -7,6 +7,13 @@
 namespace qexsdk
 {
 
+/// The two frame flags (see KQexAsfNode) as one value.
+struct KQexFrameFlags
+{
+    bool mSetRotatePivotOffet = false; ///< The bone's offset is carried by the host node's rotation offset.
+    bool mSetPreRotation = false;      ///< The bone's axis frame is carried by the host node's pre-rotation.
+};
+
 /// The axis frame of the bone, from the angles and the order of its axis line.
 inline void SetAxisFrame(KQexAsfNode* pNode)
 {
@@ -42,20 +49,13 @@ inline void SetLocalRotation(KQexAsfNode& pNode)
 }
 
 /// Both, as far as the frame flags leave them to the host node's locals.
-inline void SetLocals(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation)
+inline void SetLocals(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
-    if (!pSetRotatePivotOffet)
+    if (!pFlags.mSetRotatePivotOffet)
         SetLocalTranslation(pNode);
-    if (!pSetPreRotation)
+    if (!pFlags.mSetPreRotation)
         SetLocalRotation(pNode);
 }
-
-/// What SetupPosition() does for one bone. Of the parent only what was read is looked at, and mPositionV.
-void SetupFrame(KQexAsfNode& pNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
-
-/// The same for a bone below \p pParent whose axis frame is as SetAxisFrame() left it: the inverse is turned over from the frame again,
-/// which takes less time than getting it from memory.
-void SetupReadFrame(KQexAsfNode& pNode, const KQexAsfNode& pParent, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
 } // namespace qexsdk
 

@@ -31,20 +31,20 @@ void DestroyCurves(KQexAsfNode& pNode)
 
 KQexAsfNode::KQexAsfNode()
     : mName{},
+      mOrderCount(0),
       mLimitsActive{},
       mOrientationOrder(0),
-      mParent(nullptr),
-      mOrderCount(0),
-      mWalkIndex(0),
-      mWalkParent(nullptr),
       mLength(0.0),
+      mParent(nullptr),
       mLTNode(nullptr),
       mLRNode(nullptr),
       mLSNode(nullptr),
       mLTData{},
       mLRData{},
       mInvalidateRLimits(false),
-      mScene(nullptr)
+      mScene(nullptr),
+      mWalkIndex(0),
+      mWalkParent(nullptr)
 {
 }
 

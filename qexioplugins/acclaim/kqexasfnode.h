@@ -93,8 +93,9 @@ public:
     /// Removes every bone below this one that has no DOF at all. Its children go to the end of its parent's children, last
     /// one first, with the removed bone's offset added to theirs and its parent's axis as their parent axis; mLT and mLR follow
     /// unless their flag is true. Children are cleaned before they are judged, so runs of such bones go as a whole.
-    /// A bone whose children cannot be taken over for want of memory stays. Linear in the number of bones.
-    void RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation);
+    /// Linear in the number of bones.
+    /// \return false when memory ran out for the children of some; those stay, with their children
+    bool RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
     /// Removes every bone below this one that has no children, a length of exactly 0 and neither animated translation nor
     /// animated rotation. A bone that loses its last child here is not judged again. Linear in the number of bones.
@@ -165,34 +166,22 @@ public:
 
     ///@}
 
-    // In the order in which they are used together: what only a file's text fills, what every walk over the tree looks at, what
-    // frames are computed from and where they go, and what belongs to the host scene.
-
     char       mName[256];          ///< Name, NUL-terminated. All NULs by default, so that 255 characters may be put in and end.
+    int        mOrderCount;         ///< Number of valid entries in mOrderBuf, 0 to 6.
+    int        mOrderBuf[6];        ///< DOF codes in the order of the file. Not initialised.
     double     mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
     bool       mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
     int        mOrientationOrder;   ///< Rotation order code of the bone's axis line.
     KgeRVector mOrientationV;       ///< Axis angles in degrees.
-    KgeRMatrix mAxisRMInv;          ///< Inverse of mAxisRM.
+    KgeTVector mPositionV;          ///< End of the bone relative to its start, global axes; at the root its position.
+    KgeTVector mDirectionV;         ///< Direction, global axes.
+    double     mLength;             ///< Length.
 
-    HKQexAsfNode                 mParent;     ///< Parent bone, not owned; null at the root.
-    KArrayTemplate<KQexAsfNode*> mChildBuf;   ///< Children in file order, owned.
-    int                          mOrderCount; ///< Number of valid entries in mOrderBuf, 0 to 6.
+    HKQexAsfNode                 mParent;   ///< Parent bone, not owned; null at the root.
+    KArrayTemplate<KQexAsfNode*> mChildBuf; ///< Children in file order, owned.
 
-private:
-    friend class KQexAsfWalk;
-
-    // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
-    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
-    int          mWalkIndex;
-    HKQexAsfNode mWalkParent;
-
-public:
-    int                mOrderBuf[6];       ///< DOF codes in the order of the file. Not initialised.
-    double             mLength;            ///< Length.
-    KgeTVector         mDirectionV;        ///< Direction, global axes.
-    KgeTVector         mPositionV;         ///< End of the bone relative to its start, global axes; at the root its position.
     KgeRMatrix         mAxisRM;            ///< Rotation of the bone's axis frame, global.
+    KgeRMatrix         mAxisRMInv;         ///< Inverse of mAxisRM.
     KgeRMatrix         mParentAxisRM;      ///< The parent's mAxisRM, as SetupPosition() copied it.
     KgeRMatrix         mParentAxisRMInv;   ///< The parent's mAxisRMInv, as SetupPosition() copied it.
     KgeTVector         mParentPositionV;   ///< The parent's mPositionV: start of this bone relative to the parent's start.
@@ -208,6 +197,14 @@ public:
     KQexAnimCurve*     mLRData[3];         ///< Rotation curves x, y, z being sampled, owned; null when absent.
     bool               mInvalidateRLimits; ///< Limits count as absent. False.
     KQexScene*         mScene;             ///< Scene in which curves are made, not owned.
+
+private:
+    friend class KQexAsfWalk;
+
+    // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
+    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
+    int          mWalkIndex;
+    HKQexAsfNode mWalkParent;
 };
 
 } // namespace qexsdk

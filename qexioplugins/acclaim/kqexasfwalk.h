@@ -28,7 +28,7 @@ public:
     {
         eFIRST_TO_LAST, ///< Children in index order.
         eLAST_TO_FIRST, ///< Children from the last index down.
-        eALTERNATING    ///< The top's children in index order, their children from the last index down, and so on.
+        eALTERNATING    ///< The top's children from the last index down, their children in index order, and so on.
     };
 
     /// A walk over \p pTop (null: over nothing) and everything below it; owns nothing.
@@ -37,7 +37,7 @@ public:
           mNode(nullptr),
           mUp(nullptr),
           mUpIndex(0),
-          mStep(pDirection == eFIRST_TO_LAST ? 1 : -1),
+          mStep(pDirection == eLAST_TO_FIRST ? -1 : 1),
           mTurn(pDirection == eALTERNATING ? -1 : 1),
           mEntering(false)
     {
@@ -62,10 +62,7 @@ public:
     bool IsForward() const { return mStep * (mEntering ? 1 : mTurn) > 0; }
 
     /// The bone that the walk came from to the one that Next() gave; null at the top.
-    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : GetAbove(*mNode); }
-
-    /// The same for a bone that has been entered and not left yet.
-    HKQexAsfNode GetAbove(const KQexAsfNode& pNode) const { return &pNode == mTop ? nullptr : pNode.mWalkParent; }
+    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : mNode == mTop ? nullptr : mNode->mWalkParent; }
 
     /// At the leaving of a bone that is released: makes its entry among its parent's children null. Not for the top.
     void ClearEntry() { mUp->mChildBuf.SetAt(mUpIndex, nullptr); }

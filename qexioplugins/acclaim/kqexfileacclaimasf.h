@@ -13,9 +13,7 @@
 namespace qexsdk
 {
 
-class KPrefetchSteps;
 class KQexAsfNameIndex;
-class KQexAsfScan;
 
 /// A word "l" on a bone's dof line. The bone keeps no DOF for it, but every line of motion has a value in its place.
 struct QEX_API KQexAsfLengthDof
@@ -114,21 +112,7 @@ private:
     void ReadRootOrder(HKQexAsfNode pNode);
     void StoreRoot(HKQexAsfNode pNode);
 
-    bool ReadBones();
-    bool ReadBoneGroup(bool* pEnded);
-    bool ScanGroupWord(int pKeyword);
-
-    bool ScanBone(KQexAsfNode& pNode, KPrefetchSteps& pNext);
-    bool ScanBoneHead(KQexAsfScan& pScan, KQexAsfNode& pNode, KPrefetchSteps& pNext);
-    bool ScanBoneName(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    bool ScanBoneDirection(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    bool ScanBoneLength(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    bool ScanBoneAxis(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    bool ScanBoneDof(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    bool ScanBoneLimits(KQexAsfScan& pScan, KQexAsfNode& pNode);
-    void KeepBoneLine(KQexAsfScan& pScan, int pKeyword);
-
-    bool ReadBoneLines(HKQexAsfNode pNode, KPrefetchSteps& pNext);
+    bool ReadBoneLines(HKQexAsfNode pNode);
     bool ReadBoneLine(HKQexAsfNode pNode, int pKeyword);
     bool ReadBoneName(HKQexAsfNode pNode);
     bool ReadBoneDirection(HKQexAsfNode pNode);
@@ -140,15 +124,9 @@ private:
     bool AddLengthDof(int pPlace);
     bool NameLengthDofs(const char* pName);
 
-    bool SettleFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilies(KQexAsfNameIndex& pIndex);
     bool ReadFamilyLines(KQexAsfNameIndex& pIndex);
-    struct KFamilyWord;
-    int  ScanFamilies(KQexAsfNameIndex& pIndex, int& pParent);
-    bool ScanFamilyWord(KQexAsfScan& pScan, bool pIsParent, KFamilyWord& pWord);
-    bool TakeFamilyWord(KQexAsfNameIndex& pIndex, const KFamilyWord& pWord, int& pParent);
     bool ReadFamily(KQexAsfNameIndex& pIndex);
-    bool ReadFamilyRest(KQexAsfNameIndex& pIndex, int pDone, int pParent);
     bool ReadChildren(KQexAsfNameIndex& pIndex, int pParent);
 
     void WriteHeader();

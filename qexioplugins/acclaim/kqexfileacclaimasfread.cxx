@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <optional>
 
 namespace qexsdk
 {
@@ -26,11 +25,7 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     mQexAsfScene->mRoot = nullptr;
     mLengthDofs.clear();
 
-    std::optional<KQexAsfNameIndex> lNameIndex(std::in_place);
-    mNameIndex = &*lNameIndex;
     bool lOk = ReadSections();
-    lOk = SettleFamilies(*lNameIndex) && lOk;
-    mNameIndex = nullptr;
 
     HKQexAsfNode lRoot = mQexAsfScene->mRoot;
     if (lRoot == nullptr)
@@ -42,15 +37,12 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
         QexSdkDelete(lFormerRoot);
     if (lOk)
     {
-        // Without memory for all of them in the index, up and down the tree does as well.
-        if (lNameIndex->Update(lRoot))
-            lNameIndex->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
-        else
-            lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
-        // What comes now has a list of its own, which takes less memory than the index did.
-        lNameIndex.reset();
-        if (pRemoveDummyNodes)
-            lRoot->RemoveDummy(pSetRotatePivotOffet, pSetPreRotation);
+        lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
+        if (pRemoveDummyNodes && !lRoot->RemoveDummy(pSetRotatePivotOffet, pSetPreRotation))
+        {
+            Error("Out of memory\n");
+            lOk = false;
+        }
     }
     mQexAsfScene = nullptr;
     return lOk;
@@ -58,11 +50,16 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
 
 bool KQexFileAcclaimAsf::ReadSections()
 {
+    // One index for all hierarchy sections: a file may have as many as bones.
+    KQexAsfNameIndex lNameIndex;
+    mNameIndex = &lNameIndex;
     FirstLine();
     InitTokens(smMain);
     bool lOk = true;
     while (lOk && !Eof())
         lOk = ReadSection(Handle(smMain));
+    lNameIndex.CloseGaps();
+    mNameIndex = nullptr;
     return lOk && !HasFailed();
 }
 

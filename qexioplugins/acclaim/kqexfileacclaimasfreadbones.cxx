@@ -1,8 +1,6 @@
-#include <kbaselib/kbase/kprefetch.h>
 #include <qexioplugins/acclaim/kqexasfbonevalues.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
-#include <qexioplugins/acclaim/kqexasfnameindex.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <cstring>
@@ -17,15 +15,12 @@ bool KQexFileAcclaimAsf::ReadBoneData()
         return false;
     InitTokens(smGroup);
     bool lOk = NextLine();
-    while (lOk)
+    while (lOk && Check(smMain) == -1)
     {
-        const int lGroup = Check(smGroup);
-        if (lGroup == -1 && Check(smMain) != -1)
-            break;
-        switch (Take(smGroup, lGroup))
+        switch (Handle(smGroup))
         {
         case eGROUP_BEGIN:
-            lOk = ReadBones();
+            lOk = ReadBone();
             break;
         case eGROUP_END:
             lOk = NextLine();
@@ -41,24 +36,7 @@ bool KQexFileAcclaimAsf::ReadBoneData()
     return lOk;
 }
 
-/// A bone, and those behind it as long as their groups end and begin as most files write it.
-bool KQexFileAcclaimAsf::ReadBones()
-{
-    bool lEnded = false;
-    bool lOk = true;
-    do
-        lOk = ReadBoneGroup(&lEnded);
-    while (lOk && lEnded && ScanGroupWord(eGROUP_BEGIN));
-    return lOk && lEnded ? NextLine() : lOk;
-}
-
 bool KQexFileAcclaimAsf::ReadBone()
-{
-    return ReadBoneGroup(nullptr);
-}
-
-/// Reads a bone group. With pEnded its "end" may be taken too, which pEnded then tells: no line is current then that is of use.
-bool KQexFileAcclaimAsf::ReadBoneGroup(bool* pEnded)
 {
     if (!CheckRoot("Bone data before :root\n"))
         return false;
@@ -70,14 +48,7 @@ bool KQexFileAcclaimAsf::ReadBoneGroup(bool* pEnded)
     }
     InitTokens(smBoneData);
     mFirstLengthDof = mLengthDofs.size();
-    // Where the next bone will probably be: bones that are made one after the other mostly lie so, with a little of the allocator's
-    // between them.
-    KPrefetchSteps lNext(lNode + 1, sizeof(KQexAsfNode) + kPrefetchLine);
-    const bool     lPlain = ScanBone(*lNode, lNext);
-    const bool     lEnded = lPlain && pEnded != nullptr && ScanGroupWord(eGROUP_END);
-    if (pEnded != nullptr)
-        *pEnded = lEnded;
-    if ((lEnded || ReadBoneLines(lNode, lNext)) && AttachBone(lNode))
+    if (ReadBoneLines(lNode) && AttachBone(lNode))
         return true;
     mLengthDofs.resize(mFirstLengthDof);
     QexSdkDelete(lNode);
@@ -85,16 +56,13 @@ bool KQexFileAcclaimAsf::ReadBoneGroup(bool* pEnded)
 }
 
 /// The lines up to the next "begin" or "end", which stays current.
-bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode, KPrefetchSteps& pNext)
+bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
 {
     while (NextLine())
     {
-        pNext.Step();
-        // Nearly all lines are of the bone, so that is asked first; no word is in both tables.
-        const int lKeyword = Check(smBoneData);
-        if (lKeyword == -1 && Check(smGroup) != -1)
+        if (Check(smGroup) != -1)
             return true;
-        if (!ReadBoneLine(pNode, Take(smBoneData, lKeyword)))
+        if (!ReadBoneLine(pNode, Handle(smBoneData)))
             return false;
     }
     return false;
@@ -149,8 +117,6 @@ bool KQexFileAcclaimAsf::ReadBoneName(HKQexAsfNode pNode)
         Error("Forbidden bone name\n");
         return false;
     }
-    if (mNameIndex != nullptr)
-        mNameIndex->Expect(pNode->mName, std::strlen(pNode->mName));
     return true;
 }
 
@@ -256,12 +222,7 @@ bool KQexFileAcclaimAsf::AttachBone(HKQexAsfNode pNode)
     {
         SetAxisFrame(pNode);
         if (NameLengthDofs(pNode->mName) && mQexAsfScene->mRoot->AddChild(pNode))
-        {
-            // While the bone is at hand; what fails here is tried again, and reported, where the index is needed.
-            if (mNameIndex != nullptr)
-                mNameIndex->Update(mQexAsfScene->mRoot);
             return true;
-        }
         lMessage = "Out of memory\n";
     }
     Error("%s", lMessage);

@@ -3,6 +3,7 @@
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <cstring>
+#include <new>
 
 namespace qexsdk
 {
@@ -12,20 +13,19 @@ bool KQexFileAcclaimAsf::ReadHierarchy()
     if (!CheckRoot("Hierarchy before :root\n"))
         return false;
     InitTokens(smGroup);
-    if (mNameIndex != nullptr)
-        return ReadFamilies(*mNameIndex);
-    KQexAsfNameIndex lIndex;
-    const bool       lOk = ReadFamilies(lIndex);
-    return SettleFamilies(lIndex) && lOk;
-}
-
-/// Hangs the bones where the families said, also when reading them ended early.
-bool KQexFileAcclaimAsf::SettleFamilies(KQexAsfNameIndex& pIndex)
-{
-    if (pIndex.Settle())
-        return true;
-    Error("Out of memory\n");
-    return false;
+    KQexAsfNameIndex  lOwnIndex;
+    KQexAsfNameIndex& lIndex = mNameIndex != nullptr ? *mNameIndex : lOwnIndex;
+    bool              lOk = false;
+    try
+    {
+        lOk = ReadFamilies(lIndex);
+    }
+    catch (const std::bad_alloc&)
+    {
+        Error("Out of memory\n");
+    }
+    lOwnIndex.CloseGaps();
+    return lOk;
 }
 
 bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
@@ -42,11 +42,7 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
             Warning("Begin/End keyword expected\n");
             continue;
         }
-        if (!pIndex.Update(mQexAsfScene->mRoot))
-        {
-            Error("Out of memory\n");
-            return false;
-        }
+        pIndex.Update(mQexAsfScene->mRoot);
         if (!ReadFamilyLines(pIndex))
             return false;
     }
@@ -56,15 +52,12 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
 /// The lines up to the next "begin" or "end".
 bool KQexFileAcclaimAsf::ReadFamilyLines(KQexAsfNameIndex& pIndex)
 {
-    for (;;)
+    while (NextLine() && Check(smGroup) == -1)
     {
-        int       lParent = KQexAsfNameIndex::kNone;
-        const int lDone = ScanFamilies(pIndex, lParent);
-        if (!NextLine() || Check(smGroup) != -1)
-            return true;
-        if (!(lDone > 0 ? ReadFamilyRest(pIndex, lDone, lParent) : ReadFamily(pIndex)))
+        if (!ReadFamily(pIndex))
             return false;
     }
+    return true;
 }
 
 bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
@@ -85,15 +78,6 @@ bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
     return false;
 }
 
-/// A line of the bone pParent whose first pDone words are done.
-bool KQexFileAcclaimAsf::ReadFamilyRest(KQexAsfNameIndex& pIndex, int pDone, int pParent)
-{
-    char lName[kMaxName + 1];
-    for (int i = 0; i < pDone; ++i)
-        ReadNameWord(lName);
-    return ReadChildren(pIndex, pParent);
-}
-
 bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)
 {
     char lName[kMaxName + 1];
@@ -110,8 +94,11 @@ bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)
             continue;
         if (pIndex.IsBelow(pParent, lChild))
             Warning("Bone under itself (%s)\n", lName);
-        else
-            pIndex.Move(lChild, pParent);
+        else if (!pIndex.Move(lChild, pParent))
+        {
+            Error("Out of memory\n");
+            return false;
+        }
     }
     return true;
 }

@@ -318,19 +318,16 @@ int KQexTextFile::Check(const KToken* pTokens)
 
 int KQexTextFile::Handle(KToken* pTokens)
 {
-    return Take(pTokens, Check(pTokens));
-}
-
-int KQexTextFile::Take(KToken* pTokens, int pIndex)
-{
+    const int lIndex = Check(pTokens);
     SkipBlanks(TokenEnd());
-    if (pIndex < 0)
-        return pIndex;
-    ++pTokens[pIndex].mCount;
-    // An unknown section: its name without the colon, which the message supplies.
-    if (IsLoneColon(pTokens[pIndex]))
-        ++mText;
-    return pIndex;
+    if (lIndex >= 0)
+    {
+        ++pTokens[lIndex].mCount;
+        // An unknown section: its name without the colon, which the message supplies.
+        if (IsLoneColon(pTokens[lIndex]))
+            ++mText;
+    }
+    return lIndex;
 }
 
 const char* KQexTextFile::PeekToken(size_t& pLength)

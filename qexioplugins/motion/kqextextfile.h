@@ -151,10 +151,6 @@ public:
     /// As Check(), but consumes the token, matched or not, and counts the match in its entry.
     int Handle(KToken* pTokens);
 
-    /// The second half of Handle(): consumes the next token, for which Check(\p pTokens) has just given \p pIndex, and counts it.
-    /// \return \p pIndex
-    int Take(KToken* pTokens, int pIndex);
-
     /// Text of the next token, as a place in the current line; null when no token is left. Consumes nothing.
     const char* PeekToken(size_t& pLength);
 
@@ -218,10 +214,6 @@ public:
 
     /// The path that was opened; "" for memory.
     const std::string& GetPath() const { return mPath; }
-
-protected:
-    /// The input, for a grammar that looks at several lines at once.
-    KLineReader& GetInput() { return mInput; }
 
 private:
     enum EClass : unsigned char

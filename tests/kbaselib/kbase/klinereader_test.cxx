@@ -478,37 +478,6 @@ TEST(KLineReader, PlaceInTheInput)
     EXPECT_EQ(lReader.GetPosition(), static_cast<int64_t>(lText.size()));
 }
 
-TEST(KLineReader, LinesAheadMayBePassedOver)
-{
-    const std::string lText = "one\ntwo\nthree # x\nfour\r\nfive";
-    KLineReader       lReader;
-    lReader.Watch("#");
-    ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
-    EXPECT_EQ(lReader.GetAhead(), 0u) << "nothing was read yet";
-    ASSERT_TRUE(lReader.NextLine());
-    ASSERT_EQ(lReader.GetAhead(), lText.size() - 4);
-    EXPECT_EQ(std::string(lReader.GetAheadText(), lReader.GetAhead()), lText.substr(4));
-    EXPECT_EQ(lReader.GetAheadText()[lReader.GetAhead()], '\0');
-    lReader.SkipAhead(4, 1);
-    ASSERT_TRUE(lReader.NextLine());
-    EXPECT_STREQ(lReader.GetLine(), "three # x");
-    EXPECT_EQ(lReader.FindWatched(0), lReader.GetLine() + 6);
-    EXPECT_EQ(lReader.GetLineNumber(), 3);
-    EXPECT_EQ(lReader.GetPosition(), 18);
-    lReader.SkipAhead(6, 1);
-    ASSERT_TRUE(lReader.NextLine());
-    EXPECT_STREQ(lReader.GetLine(), "five");
-    EXPECT_FALSE(lReader.NextLine());
-    EXPECT_EQ(lReader.GetLineNumber(), 5);
-    EXPECT_EQ(lReader.GetAhead(), 0u);
-    const std::string lReturns = "one\rtwo\n";
-    ASSERT_TRUE(lReader.OpenBuffer(lReturns.data(), lReturns.size()));
-    ASSERT_TRUE(lReader.NextLine());
-    EXPECT_EQ(lReader.GetAhead(), 0u) << "what follows may belong to the line end";
-    ASSERT_TRUE(lReader.NextLine());
-    EXPECT_STREQ(lReader.GetLine(), "two");
-}
-
 TEST(KLineReader, StatusAndNumberOutliveClosing)
 {
     KLineReader lReader;

@@ -9,7 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <map>
 #include <string>
 
 /// Whatever the file is written like, cut off at or lacks, and whatever the system refuses: the same skeleton, or a clean end.
@@ -361,6 +364,76 @@ TEST(AsfReadMany, AllOfOneName)
     EXPECT_EQ(lReading.mWarningCount, kMany) << "each line would hang the first one under itself";
 }
 
+/// The bones pNames, and pLines as families; each name of pParents has one child then.
+void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLines, const std::vector<std::string>& pParents)
+{
+    std::string lText = ":root\n:bonedata\n";
+    for (const std::string& lName : pNames)
+        lText += "begin\nname " + lName + "\ndirection 1 0 0\nlength 1\nend\n";
+    KAsfReading lReading;
+    ASSERT_TRUE(lReading.ReadText(lText + ":hierarchy\nbegin\n" + pLines + "end\n"));
+    std::map<std::string, int> lChildren;
+    for (const HKQexAsfNode lNode : PreOrder(lReading.mScene->mRoot))
+        lChildren[lNode->mName] = lNode->mChildBuf.GetCount();
+    for (const std::string& lParent : pParents)
+        ASSERT_EQ(lChildren[lParent], 1) << lParent;
+}
+
+/// Which bone of a name comes first changes with nearly every line of these.
+TEST(AsfReadMany, FirstOfANameMovesAway)
+{
+    std::vector<std::string> lNames(kMany / 2, "a");
+    std::vector<std::string> lParents;
+    std::string              lLines;
+    for (int i = 0; i < kMany / 2; ++i)
+    {
+        lParents.push_back("c" + std::to_string(i));
+        lLines += lParents.back() + " a\n";
+    }
+    lNames.insert(lNames.end(), lParents.begin(), lParents.end());
+    ReadRepeated(lNames, lLines, lParents);
+}
+
+TEST(AsfReadMany, BonesOfANameMoveToTheFront)
+{
+    std::vector<std::string> lNames(kMany / 2, "a");
+    std::vector<std::string> lParents;
+    std::string              lLines;
+    std::string              lMoves;
+    for (int i = 0; i < kMany / 2; ++i)
+    {
+        lParents.push_back("c" + std::to_string(i));
+        lParents.push_back("d" + std::to_string(i));
+        lLines += lParents.back() + " a\n";
+        lMoves += lParents.end()[-2] + " d" + std::to_string(kMany / 2 - 1 - i) + "\na\n";
+    }
+    for (const char lKind : {'c', 'd'})
+        std::copy_if(lParents.begin(), lParents.end(), std::back_inserter(lNames),
+                     [=](const std::string& pName) { return pName[0] == lKind; });
+    ReadRepeated(lNames, lLines + lMoves, lParents);
+}
+
+/// 50,000 bones of one name below the last bone of a chain of 50,000.
+TEST(AsfReadMany, BonesOfANameShareADeepParent)
+{
+    std::vector<std::string> lNames(kMany / 2, "a");
+    std::vector<std::string> lParents;
+    std::string              lLines;
+    for (int i = 0; i < kMany / 2; ++i)
+    {
+        lNames.push_back(B(i));
+        if (i > 0)
+        {
+            lParents.push_back(B(i - 1));
+            lLines += B(i - 1) + " " + B(i) + "\n";
+        }
+    }
+    lNames.emplace_back("z");
+    for (int i = 0; i < kMany / 2; ++i)
+        lLines += lNames.end()[-2] + " a\n";
+    ReadRepeated(lNames, lLines + "a z\n", lParents);
+}
+
 TEST(AsfReadMany, MisplacedWordsOnOneLine)
 {
     std::string lText = ":root\n:bonedata\n";
@@ -407,21 +480,23 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
         lState = lState * 1664525u + 1013904223u;
         return static_cast<int>((lState >> 8) % static_cast<unsigned>(pBelow));
     };
-    for (int lRound = 0; lRound < 300; ++lRound)
+    for (int lRound = 0; lRound < 600; ++lRound)
     {
-        // Half of the bones share three names: where all names are shared, the first bones soon hold all that is named.
+        // Half of the bones share a few names: where all names are shared, the first bones soon hold all that is named.
+        const bool               lIsLarge = lRound % 10 == 0;
+        const int                lShared = lIsLarge ? 40 : 3;
         std::vector<std::string> lNames;
         std::string              lText = ":root\n:bonedata\n";
-        for (int i = 2 + lNext(40); i > 0; --i)
+        for (int i = 2 + lNext(lIsLarge ? 400 : 40); i > 0; --i)
         {
-            lNames.push_back(B(lNext(2) == 0 ? lNext(3) : i + 3));
+            lNames.push_back(B(lNext(2) == 0 ? lNext(lShared) : i + lShared));
             lText += "begin\nname " + lNames.back() + "\ndirection 1 0 0\nlength " + std::to_string(i) + "\nend\n";
         }
         KAsfReading lPlain;
         ASSERT_TRUE(lPlain.ReadText(lText + ":hierarchy\n"));
         KPlainHierarchy lExpected(lPlain.mScene->mRoot);
         lText += ":hierarchy\nbegin\n";
-        for (int i = 0; i < 60; ++i)
+        for (int i = 0; i < (lIsLarge ? 1000 : 60); ++i)
         {
             const std::string lParent = lNames[static_cast<size_t>(lNext(static_cast<int>(lNames.size())))];
             const std::string lChild = lNames[static_cast<size_t>(lNext(static_cast<int>(lNames.size())))];
@@ -468,14 +543,14 @@ TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
     }
 }
 
-TEST(AsfReadMemory, HeapHoldsBonesChildArraysOneBufferAndTheIndex)
+TEST(AsfReadMemory, HeapHoldsBonesChildArraysAndOneBuffer)
 {
     KMemoryWatch lWatch;
     KAsfReading  lReading;
     const long   lBefore = lWatch.GetCalls();
     ASSERT_TRUE(lReading.ReadText(kText));
-    // Root and two bones, the child blocks of root and hip, the line buffer, the index and its table.
-    EXPECT_EQ(lWatch.GetCalls() - lBefore, 3 + 2 + 1 + 2);
+    // Root and two bones, the child blocks of root and hip, the line buffer. The index is of the standard library.
+    EXPECT_EQ(lWatch.GetCalls() - lBefore, 3 + 2 + 1);
     // Scene, three bones and two child blocks are left.
     EXPECT_EQ(lWatch.GetBlocks(), 6u);
 }

@@ -38,13 +38,6 @@ void FillLimits(KQexLimits& pLimits, const json& pDescription)
     pLimits.SetLimitMax(Vector3<KQexVector4>(pDescription["max"]));
 }
 
-KQexProperty Property(KQexNode& pNode, const std::string& pWhich)
-{
-    if (pWhich == "t")
-        return pNode.mLocalTranslation;
-    return pWhich == "r" ? pNode.mLocalRotation : pNode.mLocalScaling;
-}
-
 void AddCurve(KQexNode& pNode, KQexAnimCurveNode& pCurveNode, unsigned int pChannel, const std::string& pName, const json& pKeys)
 {
     KQexAnimCurve* lCurve = KQexAnimCurve::Create(pNode.GetScene(), pName.c_str());
@@ -101,6 +94,13 @@ KQexNode* MakeNode(KQexScene* pScene, const json& pDescription)
 }
 
 } // namespace
+
+KQexProperty Property(KQexNode& pNode, const std::string& pWhich)
+{
+    if (pWhich == "t")
+        return pNode.mLocalTranslation;
+    return pWhich == "r" ? pNode.mLocalRotation : pNode.mLocalScaling;
+}
 
 KHostCase::KHostCase(const json& pCase) : mScene(KQexScene::Create("")), mAsf(QexSdkNew<KQexAsfScene>())
 {

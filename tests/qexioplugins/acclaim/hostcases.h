@@ -30,6 +30,9 @@ struct KHostCase
 /// A bone with the axis frame, DOFs and limits of its description; not attached to anything.
 qexsdk::KQexAsfNode* MakeBone(const nlohmann::json& pBone);
 
+/// The node's local translation ("t"), rotation ("r") or scaling ("s").
+qexsdk::KQexProperty Property(qexsdk::KQexNode& pNode, const std::string& pWhich);
+
 /// Every bone of the tree in pre-order with all its fields.
 /// \param pLimitRows how many rows of the limits are given for a bone with DOFs; -1: all six for every bone.
 nlohmann::json DescribeBones(qexsdk::KQexAsfNode* pRoot, int pLimitRows = -1);

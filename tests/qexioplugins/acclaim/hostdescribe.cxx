@@ -13,13 +13,6 @@ namespace qextest
 namespace
 {
 
-KQexProperty Property(KQexNode& pNode, const std::string& pWhich)
-{
-    if (pWhich == "t")
-        return pNode.mLocalTranslation;
-    return pWhich == "r" ? pNode.mLocalRotation : pNode.mLocalScaling;
-}
-
 json Row(const double* pValues)
 {
     return {pValues[0], pValues[1], pValues[2]};

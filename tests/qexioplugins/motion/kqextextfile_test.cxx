@@ -231,18 +231,6 @@ TEST(KQexTextFile, HandleConsumesWhetherOrNotItMatched)
     EXPECT_EQ(sWords[0].mCount, 0);
 }
 
-TEST(KQexTextFile, TakeIsTheRestOfHandle)
-{
-    KText lFile("x alpha y");
-    lFile.InitTokens(sWords);
-    EXPECT_EQ(lFile.Take(sWords, lFile.Check(sWords)), -1);
-    EXPECT_STREQ(lFile, "x alpha y") << "the token looked at last";
-    EXPECT_EQ(lFile.Take(sWords, lFile.Check(sWords)), 0);
-    EXPECT_EQ(sWords[0].mCount, 1);
-    EXPECT_EQ(lFile.Check(sWords), -1);
-    EXPECT_STREQ(lFile, "y");
-}
-
 TEST(KQexTextFile, EntryWithADelimiterMatchesNoToken)
 {
     KToken lTable[] = {{"a b", 0}, {"a", 0}, {"", 0}};
