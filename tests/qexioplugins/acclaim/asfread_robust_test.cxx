@@ -216,6 +216,35 @@ TEST(AsfReadRobust, EveryAllocationFails)
     }
 }
 
+/// Dummies whose bones there is no memory for are no success: the only allocation that folding needs fails.
+TEST(AsfReadRobust, DummiesThatStayAreAnError)
+{
+    std::string lText = ":root\n:bonedata\n";
+    std::string lFamily = "d";
+    for (int i = 0; i < 20; ++i)
+    {
+        lText += "begin\nname b" + std::to_string(i) + "\ndirection 1 0 0\nlength 1\ndof rx\nend\n";
+        lFamily += " b" + std::to_string(i);
+    }
+    lText += "begin\nname d\ndirection 1 0 0\nlength 1\nend\nbegin\nname top\ndirection 1 0 0\nlength 1\ndof "
+             "rx\nend\n:hierarchy\nbegin\ntop d\n" +
+             lFamily + "\nend\n";
+    long lCalls = 0;
+    {
+        KMemoryWatch lWatch;
+        KAsfReading  lPlain;
+        ASSERT_TRUE(lPlain.ReadText(lText));
+        lCalls = lWatch.GetCalls();
+    }
+    KMemoryWatch lWatch;
+    KAsfReading  lReading;
+    lWatch.FailAfter(lCalls);
+    EXPECT_FALSE(lReading.ReadText(lText, true));
+    EXPECT_EQ(lReading.Messages(), "E" + std::to_string(lReading.mMessages.back().mLine) + " Out of memory\n");
+    EXPECT_EQ(lReading.Bone("top")->mChildBuf.GetCount(), 1);
+    EXPECT_EQ(lReading.Bone("d")->mChildBuf.GetCount(), 20) << "nothing is lost";
+}
+
 /// Fails every read call in turn: an I/O error is never taken for the end of the file, not even behind the hierarchy.
 TEST(AsfReadRobust, EveryReadCallFails)
 {

@@ -715,6 +715,31 @@ TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
                                                "W0 An axis word has another rotation than its letters say (a and 2 more)\n");
 }
 
+/// The only allocation that folding needs fails: a skeleton with its dummies left in it is no success.
+TEST(KQexImporterAcclaim, DummiesThatStayAreAnError)
+{
+    std::string lText = ":root\n:bonedata\n";
+    std::string lFamilies = "top d\nd";
+    for (const char* lName : {"d", "top", "b1", "b2", "b3", "b4", "b5"})
+    {
+        lText += std::string("begin\nname ") + lName + "\ndirection 1 0 0\nlength 1\n" + (*lName == 'd' ? "" : "dof rx\n") + "end\n";
+        lFamilies += *lName == 'b' ? std::string(" ") + lName : "";
+    }
+    lText += ":hierarchy\nbegin\n" + lFamilies + "\nend\n";
+    KQexImportAcclaimOptions lOptions;
+    KQexImportAcclaimResult  lResult;
+    KMemoryWatch             lWatch;
+    ASSERT_NE(KQexImporterAcclaim::ReadSkeleton(Text(lText, "small.asf"), lOptions, lResult), nullptr);
+    const long lCalls = lWatch.GetCalls();
+    lOptions.mRemoveDummies = true;
+    lWatch.FailAfter(lCalls);
+    EXPECT_EQ(KQexImporterAcclaim::ReadSkeleton(Text(lText, "small.asf"), lOptions, lResult), nullptr);
+    EXPECT_FALSE(lResult.mOk);
+    EXPECT_EQ(Texts(lResult.mMessages), "E0 Out of memory\n");
+    lWatch.FailAfter(-1);
+    EXPECT_NE(KQexImporterAcclaim::ReadSkeleton(Text(lText, "small.asf"), lOptions, lResult), nullptr);
+}
+
 TEST(KQexImporterAcclaim, ReadSkeletonHandsItOut)
 {
     KQexImportAcclaimResult  lResult;
