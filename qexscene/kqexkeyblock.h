@@ -69,15 +69,6 @@ public:
         return SetCapacity(mCapacity == 0 || lNeeded > lGrown ? lNeeded : lGrown);
     }
 
-    /// Gives room back when three quarters and more of it lie idle.
-    void ShrinkIdle()
-    {
-        if (mCapacity > 8 && mCount < mCapacity / 4)
-        {
-            SetCapacity(mCount + mCount / 4 + 2);
-        }
-    }
-
     /// Exactly \p pCapacity items' room, unless there are more items. False, and nothing changed, when memory runs out.
     bool SetCapacity(int pCapacity)
     {
@@ -123,13 +114,6 @@ public:
         }
         AppendInRoom(pItem);
         return true;
-    }
-
-    /// Takes item \p pIndex out; those behind move down. No memory is given back.
-    void Remove(int pIndex)
-    {
-        std::memmove(mItems + pIndex, mItems + pIndex + 1, static_cast<std::size_t>(mCount - pIndex - 1) * sizeof(T));
-        --mCount;
     }
 
     /// Exchanges items and room.

@@ -5,17 +5,18 @@
 
 #include <cstdarg>
 #include <cstddef>
+#include <string>
 
 namespace qexsdk
 {
 
-/// Takes the pieces of a formatted text, in order. False stops the formatting.
-using KFormatSink = bool (*)(void* pContext, const char* pText, size_t pSize);
+/// vsnprintf as in the "C" locale, whatever the locale of the process or of the thread is.
+/// \return as vsnprintf; -1, with an errno, also where the system has no "C" locale to give: nothing is ever written in another one's way
+QEX_API int KFormat(char* pText, size_t pSize, const char* pFormat, std::va_list pArguments);
 
-/// printf into \p pSink, with numbers written as in the "C" locale whatever the locale of the process or the thread is. All
-/// conversions of printf but %n and the wide ones (%ls, %lc), which are written as they stand in the format; the # flag
-/// counts for %x and %o only. A null string is "(null)". False when the sink refused a piece. Allocates nothing for fields of up to 400 characters.
-QEX_API bool KFormat(KFormatSink pSink, void* pContext, const char* pFormat, std::va_list pArguments);
+/// The same, appended to \p pText, of which at most \p pLimit bytes are added. May throw std::bad_alloc, and adds nothing then.
+/// \return false, with an errno and nothing added, when KFormat gives -1
+QEX_API bool KFormatAppend(std::string& pText, size_t pLimit, const char* pFormat, std::va_list pArguments);
 
 } // namespace qexsdk
 

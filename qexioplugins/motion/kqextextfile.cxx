@@ -37,31 +37,10 @@ struct KFoldTable
 constexpr KFoldTable kAsIs(false);
 constexpr KFoldTable kFolded(true);
 
-/// The text of a message while it is being formatted.
-struct KMessageText
-{
-    std::string& mText;
-    size_t       mLimit;
-
-    /// Lets go through what allocation throws: formatting holds nothing that would be lost.
-    static bool Add(void* pContext, const char* pText, size_t pSize)
-    {
-        KMessageText& lThis = *static_cast<KMessageText*>(pContext);
-        const size_t  lSize = std::min(pSize, lThis.mLimit - lThis.mText.size());
-        lThis.mText.append(pText, lSize);
-        return lSize == pSize;
-    }
-};
-
 /// The entry that any token with a colon in front matches.
 bool IsLoneColon(const KToken& pToken)
 {
     return pToken.mStr[0] == ':' && pToken.mStr[1] == '\0';
-}
-
-bool AddToOutput(void* pContext, const char* pText, size_t pSize)
-{
-    return static_cast<KOutputFile*>(pContext)->Write(pText, pSize);
 }
 
 } // namespace
@@ -434,12 +413,20 @@ void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
 {
     // Without an output, too: Close() tells that it is lost.
     mWriting = true;
-    for (int i = 0; i < pLevel; ++i)
-        mOutput.Write("  ", kBlanksPerLevel);
     std::va_list lArguments;
     va_start(lArguments, pFormat);
-    if (!KFormat(AddToOutput, &mOutput, pFormat, lArguments))
+    try
+    {
+        mPrinted.assign(kBlanksPerLevel * static_cast<size_t>(std::max(pLevel, 0)), ' ');
+        if (KFormatAppend(mPrinted, std::string::npos, pFormat, lArguments))
+            mOutput.Write(mPrinted.data(), mPrinted.size());
+        else
+            mOutput.SetFailed(errno);
+    }
+    catch (const std::exception&)
+    {
         mOutput.SetFailed(ENOMEM);
+    }
     va_end(lArguments);
 }
 
@@ -469,8 +456,11 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
     try
     {
         KQexTextMessage lMessage{pSeverity, GetLineNumber(), std::string()};
-        KMessageText    lText{lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText};
-        KFormat(KMessageText::Add, &lText, pFormat, pArguments);
+        if (!KFormatAppend(lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText, pFormat, pArguments))
+        {
+            ReportNoMemory();
+            return;
+        }
         if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
             lMessage.mText.pop_back();
         if (mVerb)

@@ -248,6 +248,7 @@ private:
     KLineReader mInput;
     KOutputFile mOutput;
     std::string mPath;
+    std::string mPrinted; ///< What Print() formats at a time.
     bool        mWriting = false;
     bool        mHasLine = false;
     bool        mFailed = false;

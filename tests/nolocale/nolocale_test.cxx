@@ -1,0 +1,64 @@
+// A program whose system has no "C" locale to give: what would be written with another locale's numbers is an error instead.
+
+#include <kbaselib/kbase/kformat.h>
+#include <qexioplugins/motion/kqextextfile.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <locale.h>
+#include <string>
+
+// Stands in front of the C library's.
+extern "C" locale_t newlocale(int, const char*, locale_t)
+{
+    return static_cast<locale_t>(nullptr);
+}
+
+namespace qextest
+{
+
+using namespace qexsdk;
+
+namespace
+{
+
+bool Format(std::string& pText, const char* pFormat, ...)
+{
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    const bool lOk = KFormatAppend(pText, std::string::npos, pFormat, lArguments);
+    va_end(lArguments);
+    return lOk;
+}
+
+class KText : public KQexTextFile
+{
+public:
+    KText() : KQexTextFile("TEXT", " ", "#", true, false) {}
+};
+
+TEST(NoLocale, NothingIsFormatted)
+{
+    std::string lText = "before";
+    errno = 0;
+    EXPECT_FALSE(Format(lText, "%g", 0.5));
+    EXPECT_EQ(errno, ENOMEM);
+    EXPECT_EQ(lText, "before");
+}
+
+TEST(NoLocale, AnOutputIsNotCompleted)
+{
+    KText       lFile;
+    std::string lOut;
+    ASSERT_TRUE(lFile.OpenWriteBuffer(&lOut));
+    lFile.Print(1, "%g\n", 0.5);
+    EXPECT_FALSE(lFile.Close());
+    EXPECT_EQ(lFile.GetErrorCount(), 2) << "the output's, and that its message could not be formatted";
+    EXPECT_TRUE(lFile.HasFailed());
+}
+
+} // namespace
+
+} // namespace qextest
