@@ -286,7 +286,7 @@ bool KLineReader::Refill()
         return Fail(eSYSTEM, errno);
     mAtEnd = lRead == 0;
     mFill += lRead;
-    std::memset(mFill, 0, 1 + kReadable);
+    *mFill = '\0';
     mRead += lRead;
     ForgetMarks();
     return true;
@@ -305,7 +305,7 @@ bool KLineReader::MakeRoom()
     }
     // A line as long as the buffer. NextLine() gives up before the largest buffer is full.
     const size_t lCapacity = mBuffer == nullptr ? kFirstCapacity : std::min(mCapacity * 2, kLastCapacity);
-    char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1 + kReadable));
+    char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1));
     if (lBuffer == nullptr)
         return false;
     if (lKept > 0)

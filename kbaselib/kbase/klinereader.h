@@ -72,12 +72,8 @@ public:
     /// Loads the next line. False when there is none, GetStatus() tells why; asked again, it stays false.
     bool NextLine();
 
-    /// The current line without its end, followed by a NUL and by kReadable bytes that may be read. It may be written to until the
-    /// next call of NextLine().
+    /// The current line without its end, followed by a NUL. It may be written to until the next call of NextLine().
     char* GetLine() const { return mLine; }
-
-    /// Bytes behind a line's NUL that may be read whatever they are, for those who look at several bytes together.
-    static constexpr size_t kReadable = 8;
 
     /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
     size_t GetLength() const { return mLength; }
@@ -149,7 +145,7 @@ private:
     bool        mAtEnd = false;    ///< The input gave its last byte.
     bool        mSkipFeed = false; ///< The last line ended at a CR: an LF that follows belongs to it.
     char*       mBuffer = nullptr;
-    size_t      mCapacity = 0;    ///< Bytes of mBuffer, those for a NUL and kReadable not counted.
+    size_t      mCapacity = 0;    ///< Bytes of mBuffer, that for a NUL not counted.
     char*       mBegin = nullptr; ///< First byte not yet handed out.
     char*       mFill = nullptr;  ///< End of the bytes read.
     KMark       mMarks[eFIRST_WATCHED + kMaxWatched] = {{'\r', nullptr}, {'\0', nullptr}};

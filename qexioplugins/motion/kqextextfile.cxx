@@ -382,15 +382,13 @@ bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) c
 
 bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)
 {
-    // The NUL at the line's end ends a number, so that the bytes behind it may be looked at together with the last digits.
-    const char* const lReadable = mEnd + KLineReader::kReadable;
-    const char*       lAt = mNext;
-    double            lValue[3];
+    const char* lAt = mNext;
+    double      lValue[3];
     for (int i = 0; i < pCount; ++i)
     {
         const char* const lToken = lAt;
         // Short plain numbers, which is nearly all of them, without looking for the token's end first.
-        const char* lEnd = KNumberScan(lToken, lReadable, lValue[i]);
+        const char* lEnd = KNumberScan(lToken, mEnd, lValue[i]);
         if (lEnd != nullptr && !IsInToken(*lEnd))
             lAt = lEnd;
         else if (!ParseNumber(lValue[i], pFinite, lAt))

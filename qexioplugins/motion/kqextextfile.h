@@ -260,7 +260,7 @@ private:
     char* mNext;    ///< Next token, or mEnd when none is left.
     char* mNextEnd; ///< End of the next token; null while it is not looked for.
     char* mText;    ///< What operator char*() gives.
-    char  mEmpty[1 + KLineReader::kReadable] = {};
+    char  mEmpty[1] = {};
 
     std::vector<KQexTextMessage> mMessages;
     size_t                       mMessageSize = 0; ///< Bytes of the texts of mMessages.
