@@ -1,5 +1,5 @@
 # cmake -P cmake/CheckLayers.cmake: each layer includes only itself, the layers below it and the language's standard library.
-# Exceptions: the base layer's file input and output call POSIX, the glTF plug-in stands on tinygltf.
+# Exceptions: the base layer's file input and output call POSIX, the glTF plug-in stands on nlohmann-json.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(kRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
@@ -16,7 +16,7 @@ set(kStandard
     cstring ctime cuchar cwchar cwctype)
 
 set(lMore_kbaselib/kbase errno.h fcntl.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
-set(lMore_qexioplugins/gltf tiny_gltf.h nlohmann/json.hpp)
+set(lMore_qexioplugins/gltf nlohmann/json.hpp)
 
 set(lBad "")
 set(lBelow "")

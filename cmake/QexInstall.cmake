@@ -1,5 +1,4 @@
 # Installed: libraries, headers, the CMake package, the program, documents and samples.
-# The glTF plug-in has an export set of its own, so that a project that links only qex::acclaim never looks for tinygltf.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,11 +6,7 @@ set(lPackageDir "${CMAKE_INSTALL_LIBDIR}/cmake/qex")
 
 get_property(lLayers GLOBAL PROPERTY QEX_LAYERS)
 foreach(lLayer IN LISTS lLayers)
-    set(lSet qexTargets)
-    if(lLayer STREQUAL "gltf")
-        set(lSet qexGltfTargets)
-    endif()
-    install(TARGETS qex_${lLayer} EXPORT ${lSet}
+    install(TARGETS qex_${lLayer} EXPORT qexTargets
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
@@ -26,10 +21,8 @@ foreach(lFolder IN LISTS lFolders)
 endforeach()
 
 install(EXPORT qexTargets NAMESPACE qex:: DESTINATION "${lPackageDir}")
-if(QEX_BUILD_GLTF)
-    install(EXPORT qexGltfTargets NAMESPACE qex:: DESTINATION "${lPackageDir}")
-endif()
 
+list(JOIN lLayers " " QEX_LAYERS)
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/qexConfig.cmake.in" "${PROJECT_BINARY_DIR}/qexConfig.cmake"
     INSTALL_DESTINATION "${lPackageDir}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/qexConfigVersion.cmake" COMPATIBILITY SameMinorVersion)

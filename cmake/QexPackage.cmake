@@ -10,7 +10,5 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# For those who link qex::gltf.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS libtinygltf-dev)
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/StripArchives.cmake")
 include(CPack)

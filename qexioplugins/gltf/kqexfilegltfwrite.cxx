@@ -16,8 +16,6 @@ namespace qexsdk
 
 bool KGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
 {
-    mModel.asset.version = "2.0";
-    mModel.asset.generator = "qex";
     for (KQexNode* lRoot : pRoots)
     {
         if (!AddTree(lRoot))
@@ -37,14 +35,14 @@ bool KGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
         {
             return false;
         }
-        if (mModel.animations.back().channels.empty())
+        if (mModel.mAnimations.back().mChannels.empty())
         {
-            mModel.animations.pop_back();
+            mModel.mAnimations.pop_back();
             mFile.Report(KQexTextMessage::eWARNING,
                          std::string("Nothing moves in take (") + lTake.mStack->GetName() + "), no animation written");
             continue;
         }
-        mModel.animations.back().name = SafeName(lNames, lTake.mStack->GetName(), "take");
+        mModel.mAnimations.back().mName = SafeName(lNames, lTake.mStack->GetName(), "take");
     }
     return true;
 }

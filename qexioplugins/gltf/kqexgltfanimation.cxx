@@ -105,7 +105,7 @@ void KGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::ve
 
 int KGltfWriter::AddTimes(const KQexSampling& pSampling)
 {
-    const int lTimes = mBuffer.AddFloats(TINYGLTF_TYPE_SCALAR, static_cast<size_t>(pSampling.mCount));
+    const int lTimes = mBuffer.AddFloats(eGLTF_SCALAR, static_cast<size_t>(pSampling.mCount));
     float*    lOut = mBuffer.GetFloats(lTimes);
     for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
     {
@@ -115,23 +115,14 @@ int KGltfWriter::AddTimes(const KQexSampling& pSampling)
     return lTimes;
 }
 
-void KGltfWriter::AddChannel(tinygltf::Animation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack)
+void KGltfWriter::AddChannel(KGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack)
 {
     const int lComponents = pTrack.mProperty == 1 ? 4 : 3;
-    const int lValues = mBuffer.AddFloats(lComponents == 4 ? TINYGLTF_TYPE_VEC4 : TINYGLTF_TYPE_VEC3,
-                                          pTrack.mValues.size() / static_cast<size_t>(lComponents));
+    const int lValues =
+        mBuffer.AddFloats(lComponents == 4 ? eGLTF_VEC4 : eGLTF_VEC3, pTrack.mValues.size() / static_cast<size_t>(lComponents));
     std::copy(pTrack.mValues.begin(), pTrack.mValues.end(), mBuffer.GetFloats(lValues));
     mBuffer.SetBounds(lValues);
-    tinygltf::AnimationSampler lSampler;
-    lSampler.input = pTimes;
-    lSampler.output = lValues;
-    lSampler.interpolation = "LINEAR";
-    tinygltf::AnimationChannel lChannel;
-    lChannel.sampler = static_cast<int>(pAnimation.samplers.size());
-    lChannel.target_node = static_cast<int>(pNode);
-    lChannel.target_path = kPaths[pTrack.mProperty];
-    pAnimation.samplers.push_back(lSampler);
-    pAnimation.channels.push_back(lChannel);
+    pAnimation.mChannels.push_back({pTimes, lValues, static_cast<int>(pNode), kPaths[pTrack.mProperty]});
 }
 
 /// Makes room for all that a take can need at once: growing a buffer of hundreds of megabytes step by step would copy it each time.
@@ -149,9 +140,9 @@ void KGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
 bool KGltfWriter::AddAnimation(const KQexGltfTake& pTake)
 {
     ReserveTake(pTake.mStack->GetMember<KQexAnimLayer>(0), pTake.mSampling.mCount);
-    tinygltf::Animation lAnimation;
-    const size_t        lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
-    int                 lTimes = -1;
+    KGltfModel::KAnimation lAnimation;
+    const size_t           lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
+    int                    lTimes = -1;
     for (size_t lFirst = 0; lFirst < mNodes.size(); lFirst += lBatch)
     {
         const int                            lCount = static_cast<int>(std::min(lBatch, mNodes.size() - lFirst));
@@ -188,7 +179,7 @@ bool KGltfWriter::AddAnimation(const KQexGltfTake& pTake)
             return false;
         }
     }
-    mModel.animations.push_back(lAnimation);
+    mModel.mAnimations.push_back(lAnimation);
     return true;
 }
 

@@ -9,66 +9,49 @@ namespace qexsdk
 namespace
 {
 
-size_t ComponentsOf(int pType)
-{
-    return static_cast<size_t>(tinygltf::GetNumComponentsInType(static_cast<uint32_t>(pType)));
-}
-
 template <typename T>
-void FindBounds(tinygltf::Accessor& pAccessor, const T* pValues)
+void FindBounds(KGltfModel::KAccessor& pAccessor, const T* pValues)
 {
-    const size_t lComponents = ComponentsOf(pAccessor.type);
-    pAccessor.minValues.assign(pValues, pValues + lComponents);
-    pAccessor.maxValues = pAccessor.minValues;
-    for (size_t i = 0; i < pAccessor.count * lComponents; ++i)
+    const size_t lComponents = pAccessor.mElement;
+    pAccessor.mMin.assign(pValues, pValues + lComponents);
+    pAccessor.mMax = pAccessor.mMin;
+    for (size_t i = 0; i < pAccessor.mCount * lComponents; ++i)
     {
         const double lValue = static_cast<double>(pValues[i]);
-        pAccessor.minValues[i % lComponents] = std::min(pAccessor.minValues[i % lComponents], lValue);
-        pAccessor.maxValues[i % lComponents] = std::max(pAccessor.maxValues[i % lComponents], lValue);
+        pAccessor.mMin[i % lComponents] = std::min(pAccessor.mMin[i % lComponents], lValue);
+        pAccessor.mMax[i % lComponents] = std::max(pAccessor.mMax[i % lComponents], lValue);
     }
 }
 
 } // namespace
 
-int KGltfBuffer::AddAccessor(int pComponentType, int pType, size_t pCount, size_t pBytes, int pTarget)
+int KGltfBuffer::AddAccessor(int pComponentType, KGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
 {
-    tinygltf::BufferView lView;
-    lView.buffer = 0;
-    lView.byteOffset = mBytes.size();
-    lView.byteLength = pBytes;
-    lView.target = pTarget;
-    mModel.bufferViews.push_back(lView);
+    mModel.mViews.push_back({mBytes.size(), pBytes, pTarget});
     // Everything starts at a multiple of four bytes.
     mBytes.resize(mBytes.size() + (pBytes + 3) / 4 * 4);
-
-    tinygltf::Accessor lAccessor;
-    lAccessor.bufferView = static_cast<int>(mModel.bufferViews.size()) - 1;
-    lAccessor.componentType = pComponentType;
-    lAccessor.type = pType;
-    lAccessor.count = pCount;
-    mModel.accessors.push_back(lAccessor);
-    return static_cast<int>(mModel.accessors.size()) - 1;
+    mModel.mAccessors.push_back({static_cast<int>(mModel.mViews.size()) - 1, pComponentType, pElement, pCount, {}, {}});
+    return static_cast<int>(mModel.mAccessors.size()) - 1;
 }
 
-int KGltfBuffer::AddFloats(int pType, size_t pCount, int pTarget)
+int KGltfBuffer::AddFloats(KGltfElement pElement, size_t pCount, int pTarget)
 {
-    return AddAccessor(TINYGLTF_COMPONENT_TYPE_FLOAT, pType, pCount, pCount * ComponentsOf(pType) * sizeof(float), pTarget);
+    return AddAccessor(eGLTF_FLOAT, pElement, pCount, pCount * pElement * sizeof(float), pTarget);
 }
 
 int KGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
 {
     const size_t lBytes = pValues.size() * sizeof(std::uint16_t);
-    const int    lAccessor =
-        AddAccessor(TINYGLTF_COMPONENT_TYPE_UNSIGNED_SHORT, TINYGLTF_TYPE_VEC4, pValues.size() / 4, lBytes, TINYGLTF_TARGET_ARRAY_BUFFER);
+    const int    lAccessor = AddAccessor(eGLTF_UNSIGNED_SHORT, eGLTF_VEC4, pValues.size() / 4, lBytes, eGLTF_ARRAY_BUFFER);
     std::memcpy(mBytes.data() + GetOffset(lAccessor), pValues.data(), lBytes);
-    FindBounds(mModel.accessors[static_cast<size_t>(lAccessor)], pValues.data());
+    FindBounds(mModel.mAccessors[static_cast<size_t>(lAccessor)], pValues.data());
     return lAccessor;
 }
 
 size_t KGltfBuffer::GetOffset(int pAccessor) const
 {
-    const int lView = mModel.accessors[static_cast<size_t>(pAccessor)].bufferView;
-    return mModel.bufferViews[static_cast<size_t>(lView)].byteOffset;
+    const int lView = mModel.mAccessors[static_cast<size_t>(pAccessor)].mView;
+    return mModel.mViews[static_cast<size_t>(lView)].mOffset;
 }
 
 float* KGltfBuffer::GetFloats(int pAccessor)
@@ -78,7 +61,7 @@ float* KGltfBuffer::GetFloats(int pAccessor)
 
 void KGltfBuffer::SetBounds(int pAccessor)
 {
-    FindBounds(mModel.accessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
+    FindBounds(mModel.mAccessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
 }
 
 } // namespace qexsdk

@@ -1,7 +1,7 @@
 #ifndef QEXIOPLUGINS_GLTF_KQEXGLTFBUFFER_H
 #define QEXIOPLUGINS_GLTF_KQEXGLTFBUFFER_H
 
-#include <tiny_gltf.h>
+#include <qexioplugins/gltf/kqexgltfmodel.h>
 
 #include <cstdint>
 #include <vector>
@@ -15,13 +15,11 @@ class KGltfBuffer
 {
 public:
     /// Puts accessors and views into \p pModel, which has to outlive this.
-    explicit KGltfBuffer(tinygltf::Model& pModel) : mModel(pModel) {}
+    explicit KGltfBuffer(KGltfModel& pModel) : mModel(pModel) {}
 
-    /// Adds an accessor over \p pCount elements of type \p pType (TINYGLTF_TYPE_…) made of 32-bit floats, not yet set.
-    /// \param pType   TINYGLTF_TYPE_…: numbers in an element
-    /// \param pCount  elements
-    /// \param pTarget TINYGLTF_TARGET_ARRAY_BUFFER for vertices, 0 otherwise
-    int AddFloats(int pType, size_t pCount, int pTarget = 0);
+    /// Adds an accessor over \p pCount elements made of 32-bit floats, not yet set.
+    /// \param pTarget eGLTF_ARRAY_BUFFER for vertices, 0 otherwise
+    int AddFloats(KGltfElement pElement, size_t pCount, int pTarget = 0);
 
     /// Adds an accessor over vectors of four 16-bit joints, \p pValues one after another, with its minimum and maximum.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
@@ -36,10 +34,10 @@ public:
     std::vector<unsigned char>& GetBytes() { return mBytes; }
 
 private:
-    int    AddAccessor(int pComponentType, int pType, size_t pCount, size_t pBytes, int pTarget);
+    int    AddAccessor(int pComponentType, KGltfElement pElement, size_t pCount, size_t pBytes, int pTarget);
     size_t GetOffset(int pAccessor) const;
 
-    tinygltf::Model&           mModel;
+    KGltfModel&                mModel;
     std::vector<unsigned char> mBytes;
 };
 

@@ -52,16 +52,16 @@ void KGltfWriter::GetPlace(const KGltfNode& pNode, double* pPlace) const
     KmVN(pPlace, pNode.mRest.mData[3].mData, mOptions.mScale);
 }
 
-void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, tinygltf::Skin& pSkin)
+void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KGltfModel::KSkin& pSkin)
 {
-    pSkin.inverseBindMatrices = mBuffer.AddFloats(TINYGLTF_TYPE_MAT4, pJoints.size());
-    float* lOut = mBuffer.GetFloats(pSkin.inverseBindMatrices);
+    pSkin.mInverseBinds = mBuffer.AddFloats(eGLTF_MAT4, pJoints.size());
+    float* lOut = mBuffer.GetFloats(pSkin.mInverseBinds);
     for (const size_t lJoint : pJoints)
     {
         WriteInverse(mNodes[lJoint].mRest, mOptions.mScale, lOut);
         lOut += 16;
     }
-    mBuffer.SetBounds(pSkin.inverseBindMatrices);
+    mBuffer.SetBounds(pSkin.mInverseBinds);
 }
 
 /// A skin over the skeleton nodes of a tree, or over all its nodes when none is one.
@@ -86,15 +86,15 @@ void KGltfWriter::AddSkin(int pTree)
         mFile.Report(KQexTextMessage::eWARNING, "Skin left out: more joints than a skin can have");
         return;
     }
-    tinygltf::Skin lSkin;
-    lSkin.name = mModel.nodes[lJoints.front()].name;
-    lSkin.skeleton = static_cast<int>(mTops[static_cast<size_t>(pTree)]);
-    lSkin.joints.assign(lJoints.begin(), lJoints.end());
+    KGltfModel::KSkin lSkin;
+    lSkin.mName = mModel.mNodes[lJoints.front()].mName;
+    lSkin.mSkeleton = static_cast<int>(mTops[static_cast<size_t>(pTree)]);
+    lSkin.mJoints.assign(lJoints.begin(), lJoints.end());
     AddInverseBinds(lJoints, lSkin);
-    mModel.skins.push_back(lSkin);
+    mModel.mSkins.push_back(lSkin);
     if (mOptions.mBoneMesh)
     {
-        AddMesh(pTree, lJoints, static_cast<int>(mModel.skins.size()) - 1);
+        AddMesh(pTree, lJoints, static_cast<int>(mModel.mSkins.size()) - 1);
     }
 }
 
@@ -124,45 +124,36 @@ void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSk
     {
         return;
     }
-    const size_t        lCount = lBones.GetVertexCount();
-    tinygltf::Primitive lPrimitive;
-    const auto          lAddFloats = [&](const char* pWord, int pType, const std::vector<float>& pValues)
+    const size_t           lCount = lBones.GetVertexCount();
+    KGltfModel::KPrimitive lPrimitive;
+    const auto             lAddFloats = [&](const char* pWord, KGltfElement pElement, const std::vector<float>& pValues)
     {
-        const int lAccessor = mBuffer.AddFloats(pType, lCount, TINYGLTF_TARGET_ARRAY_BUFFER);
+        const int lAccessor = mBuffer.AddFloats(pElement, lCount, eGLTF_ARRAY_BUFFER);
         std::copy(pValues.begin(), pValues.end(), mBuffer.GetFloats(lAccessor));
         mBuffer.SetBounds(lAccessor);
-        lPrimitive.attributes[pWord] = lAccessor;
+        lPrimitive.mAttributes[pWord] = lAccessor;
     };
     std::vector<float> lWeights(4 * lCount, 0.0F);
     for (size_t i = 0; i < lCount; ++i)
     {
         lWeights[4 * i] = 1.0F;
     }
-    lAddFloats("POSITION", TINYGLTF_TYPE_VEC3, lBones.GetPositions());
-    lAddFloats("NORMAL", TINYGLTF_TYPE_VEC3, lBones.GetNormals());
-    lAddFloats("WEIGHTS_0", TINYGLTF_TYPE_VEC4, lWeights);
-    lPrimitive.attributes["JOINTS_0"] = mBuffer.AddJoints(lBones.GetJoints());
-    lPrimitive.mode = TINYGLTF_MODE_TRIANGLES;
-    if (mModel.materials.empty())
+    lAddFloats("POSITION", eGLTF_VEC3, lBones.GetPositions());
+    lAddFloats("NORMAL", eGLTF_VEC3, lBones.GetNormals());
+    lAddFloats("WEIGHTS_0", eGLTF_VEC4, lWeights);
+    lPrimitive.mAttributes["JOINTS_0"] = mBuffer.AddJoints(lBones.GetJoints());
+    if (mModel.mMaterials.empty())
     {
-        tinygltf::Material lMaterial;
-        lMaterial.name = "bone";
-        lMaterial.pbrMetallicRoughness.baseColorFactor = {0.75, 0.72, 0.65, 1.0};
-        lMaterial.pbrMetallicRoughness.metallicFactor = 0.0;
-        lMaterial.pbrMetallicRoughness.roughnessFactor = 0.8;
-        mModel.materials.push_back(lMaterial);
+        mModel.mMaterials.push_back({"bone", {0.75, 0.72, 0.65, 1.0}, 0.0, 0.8});
     }
-    lPrimitive.material = 0;
-    tinygltf::Mesh lMesh;
-    lMesh.name = mModel.skins[static_cast<size_t>(pSkin)].name + "_bones";
-    lMesh.primitives.push_back(lPrimitive);
-    mModel.meshes.push_back(lMesh);
-    tinygltf::Node lNode;
-    lNode.name = lMesh.name;
-    lNode.mesh = static_cast<int>(mModel.meshes.size()) - 1;
-    lNode.skin = pSkin;
-    mModel.nodes.push_back(lNode);
-    mModel.scenes[0].nodes.push_back(static_cast<int>(mModel.nodes.size()) - 1);
+    lPrimitive.mMaterial = 0;
+    KGltfModel::KNode lNode;
+    lNode.mName = mModel.mSkins[static_cast<size_t>(pSkin)].mName + "_bones";
+    lNode.mMesh = static_cast<int>(mModel.mMeshes.size());
+    lNode.mSkin = pSkin;
+    mModel.mMeshes.push_back({lNode.mName, lPrimitive});
+    mModel.mNodes.push_back(lNode);
+    mModel.mTopNodes.push_back(static_cast<int>(mModel.mNodes.size()) - 1);
 }
 
 } // namespace qexsdk

@@ -1,4 +1,5 @@
 #include <qexioplugins/gltf/kqexgltfjsonwriter.h>
+#include <qexioplugins/gltf/kqexgltfwriteextras.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 
 namespace qexsdk
@@ -11,25 +12,33 @@ namespace
 class KGltfText
 {
 public:
-    KGltfText(const tinygltf::Model& pModel, std::string& pOut, bool pIsIndented) : mModel(pModel), mJson(pOut, pIsIndented) {}
+    KGltfText(const KGltfModel& pModel, const KQexBoneDofs* pBoneDofs, std::string& pOut, bool pIsIndented)
+        : mModel(pModel), mBoneDofs(pBoneDofs), mJson(pOut, pIsIndented)
+    {
+    }
 
     void Write(const std::string& pUri, size_t pBytes)
     {
         mJson.BeginObject();
         mJson.Key("asset");
         mJson.BeginObject();
-        AddText("generator", mModel.asset.generator);
-        AddText("version", mModel.asset.version);
+        AddText("generator", "qex");
+        AddText("version", "2.0");
         mJson.EndObject();
-        AddIndex("scene", mModel.defaultScene);
-        AddObjects("scenes", mModel.scenes, [this](const tinygltf::Scene& pScene) { AddIndices("nodes", pScene.nodes); });
-        AddObjects("nodes", mModel.nodes, [this](const tinygltf::Node& pNode) { AddNode(pNode); });
-        AddObjects("skins", mModel.skins, [this](const tinygltf::Skin& pSkin) { AddSkin(pSkin); });
-        AddObjects("meshes", mModel.meshes, [this](const tinygltf::Mesh& pMesh) { AddMesh(pMesh); });
-        AddObjects("materials", mModel.materials, [this](const tinygltf::Material& pMaterial) { AddMaterial(pMaterial); });
-        AddObjects("animations", mModel.animations, [this](const tinygltf::Animation& pAnimation) { AddAnimation(pAnimation); });
-        AddObjects("accessors", mModel.accessors, [this](const tinygltf::Accessor& pAccessor) { AddAccessor(pAccessor); });
-        AddObjects("bufferViews", mModel.bufferViews, [this](const tinygltf::BufferView& pView) { AddView(pView); });
+        AddIndex("scene", 0);
+        mJson.Key("scenes");
+        mJson.BeginArray();
+        mJson.BeginObject();
+        AddIndices("nodes", mModel.mTopNodes);
+        mJson.EndObject();
+        mJson.EndArray();
+        AddObjects("nodes", mModel.mNodes, [this](const KGltfModel::KNode& pNode) { AddNode(pNode); });
+        AddObjects("skins", mModel.mSkins, [this](const KGltfModel::KSkin& pSkin) { AddSkin(pSkin); });
+        AddObjects("meshes", mModel.mMeshes, [this](const KGltfModel::KMesh& pMesh) { AddMesh(pMesh); });
+        AddObjects("materials", mModel.mMaterials, [this](const KGltfModel::KMaterial& pMaterial) { AddMaterial(pMaterial); });
+        AddObjects("animations", mModel.mAnimations, [this](const KGltfModel::KAnimation& pAnimation) { AddAnimation(pAnimation); });
+        AddObjects("accessors", mModel.mAccessors, [this](const KGltfModel::KAccessor& pAccessor) { AddAccessor(pAccessor); });
+        AddObjects("bufferViews", mModel.mViews, [this](const KGltfModel::KView& pView) { AddView(pView); });
         mJson.Key("buffers");
         mJson.BeginArray();
         mJson.BeginObject();
@@ -112,156 +121,121 @@ private:
         AddArray(pKey, pNumbers, [this](double pNumber) { mJson.Number(pNumber); });
     }
 
-    void AddNode(const tinygltf::Node& pNode)
+    void AddNode(const KGltfModel::KNode& pNode)
     {
-        AddText("name", pNode.name);
-        AddIndex("mesh", pNode.mesh);
-        AddIndex("skin", pNode.skin);
-        AddNumbers("translation", pNode.translation);
-        AddNumbers("rotation", pNode.rotation);
-        AddNumbers("scale", pNode.scale);
-        AddIndices("children", pNode.children);
-        if (pNode.extras.IsObject())
+        AddText("name", pNode.mName);
+        AddIndex("mesh", pNode.mMesh);
+        AddIndex("skin", pNode.mSkin);
+        AddNumbers("translation", pNode.mTranslation);
+        AddNumbers("rotation", pNode.mRotation);
+        AddNumbers("scale", pNode.mScale);
+        AddIndices("children", pNode.mChildren);
+        if (pNode.mSource != nullptr)
         {
-            mJson.Key("extras");
-            AddValue(pNode.extras);
+            WriteGltfExtras(mJson, *pNode.mSource, mBoneDofs);
         }
     }
 
-    /// Not deep: what the writer puts into a node's extras.
-    void AddValue(const tinygltf::Value& pValue)
+    void AddSkin(const KGltfModel::KSkin& pSkin)
     {
-        if (pValue.IsObject())
-        {
-            mJson.BeginObject();
-            for (const auto& [lKey, lMember] : pValue.Get<tinygltf::Value::Object>())
-            {
-                // A value that was not set stands for none.
-                if (lMember.Type() != tinygltf::NULL_TYPE)
-                {
-                    mJson.Key(lKey);
-                    AddValue(lMember);
-                }
-            }
-            mJson.EndObject();
-        }
-        else if (pValue.IsArray())
-        {
-            mJson.BeginArray();
-            for (const tinygltf::Value& lMember : pValue.Get<tinygltf::Value::Array>())
-            {
-                AddValue(lMember);
-            }
-            mJson.EndArray();
-        }
-        else if (pValue.IsString())
-        {
-            mJson.Text(pValue.Get<std::string>());
-        }
-        else
-        {
-            mJson.Number(pValue.GetNumberAsDouble());
-        }
+        AddText("name", pSkin.mName);
+        AddIndex("inverseBindMatrices", pSkin.mInverseBinds);
+        AddIndex("skeleton", pSkin.mSkeleton);
+        AddIndices("joints", pSkin.mJoints);
     }
 
-    void AddSkin(const tinygltf::Skin& pSkin)
+    void AddMesh(const KGltfModel::KMesh& pMesh)
     {
-        AddText("name", pSkin.name);
-        AddIndex("inverseBindMatrices", pSkin.inverseBindMatrices);
-        AddIndex("skeleton", pSkin.skeleton);
-        AddIndices("joints", pSkin.joints);
+        AddText("name", pMesh.mName);
+        mJson.Key("primitives");
+        mJson.BeginArray();
+        mJson.BeginObject();
+        mJson.Key("attributes");
+        mJson.BeginObject();
+        for (const auto& [lWord, lAccessor] : pMesh.mPrimitive.mAttributes)
+        {
+            AddIndex(lWord.c_str(), lAccessor);
+        }
+        mJson.EndObject();
+        AddIndex("material", pMesh.mPrimitive.mMaterial);
+        AddIndex("mode", eGLTF_TRIANGLES);
+        mJson.EndObject();
+        mJson.EndArray();
     }
 
-    void AddMesh(const tinygltf::Mesh& pMesh)
+    void AddMaterial(const KGltfModel::KMaterial& pMaterial)
     {
-        AddText("name", pMesh.name);
-        AddObjects("primitives", pMesh.primitives,
-                   [this](const tinygltf::Primitive& pPrimitive)
-                   {
-                       mJson.Key("attributes");
-                       mJson.BeginObject();
-                       for (const auto& [lWord, lAccessor] : pPrimitive.attributes)
-                       {
-                           AddIndex(lWord.c_str(), lAccessor);
-                       }
-                       mJson.EndObject();
-                       AddIndex("material", pPrimitive.material);
-                       AddIndex("mode", pPrimitive.mode);
-                   });
-    }
-
-    void AddMaterial(const tinygltf::Material& pMaterial)
-    {
-        AddText("name", pMaterial.name);
+        AddText("name", pMaterial.mName);
         mJson.Key("pbrMetallicRoughness");
         mJson.BeginObject();
-        AddNumbers("baseColorFactor", pMaterial.pbrMetallicRoughness.baseColorFactor);
-        AddNumber("metallicFactor", pMaterial.pbrMetallicRoughness.metallicFactor);
-        AddNumber("roughnessFactor", pMaterial.pbrMetallicRoughness.roughnessFactor);
+        AddNumbers("baseColorFactor", pMaterial.mColor);
+        AddNumber("metallicFactor", pMaterial.mMetallic);
+        AddNumber("roughnessFactor", pMaterial.mRoughness);
         mJson.EndObject();
     }
 
-    void AddAnimation(const tinygltf::Animation& pAnimation)
+    void AddAnimation(const KGltfModel::KAnimation& pAnimation)
     {
-        AddText("name", pAnimation.name);
-        AddObjects("channels", pAnimation.channels,
-                   [this](const tinygltf::AnimationChannel& pChannel)
+        AddText("name", pAnimation.mName);
+        int lSampler = 0;
+        AddObjects("channels", pAnimation.mChannels,
+                   [this, &lSampler](const KGltfModel::KChannel& pChannel)
                    {
-                       AddIndex("sampler", pChannel.sampler);
+                       AddIndex("sampler", lSampler++);
                        mJson.Key("target");
                        mJson.BeginObject();
-                       AddIndex("node", pChannel.target_node);
-                       AddText("path", pChannel.target_path);
+                       AddIndex("node", pChannel.mNode);
+                       AddText("path", pChannel.mPath);
                        mJson.EndObject();
                    });
-        AddObjects("samplers", pAnimation.samplers,
-                   [this](const tinygltf::AnimationSampler& pSampler)
+        AddObjects("samplers", pAnimation.mChannels,
+                   [this](const KGltfModel::KChannel& pChannel)
                    {
-                       AddIndex("input", pSampler.input);
-                       AddText("interpolation", pSampler.interpolation);
-                       AddIndex("output", pSampler.output);
+                       AddIndex("input", pChannel.mInput);
+                       AddText("interpolation", "LINEAR");
+                       AddIndex("output", pChannel.mOutput);
                    });
     }
 
-    void AddAccessor(const tinygltf::Accessor& pAccessor)
+    void AddAccessor(const KGltfModel::KAccessor& pAccessor)
     {
-        AddIndex("bufferView", pAccessor.bufferView);
-        AddIndex("componentType", pAccessor.componentType);
-        AddCount("count", pAccessor.count);
-        AddText("type", TypeName(pAccessor.type));
-        AddNumbers("max", pAccessor.maxValues);
-        AddNumbers("min", pAccessor.minValues);
+        AddIndex("bufferView", pAccessor.mView);
+        AddIndex("componentType", pAccessor.mComponentType);
+        AddCount("count", pAccessor.mCount);
+        AddText("type", ElementName(pAccessor.mElement));
+        AddNumbers("max", pAccessor.mMax);
+        AddNumbers("min", pAccessor.mMin);
     }
 
-    /// Of those that the writer uses.
-    static const char* TypeName(int pType)
+    static const char* ElementName(KGltfElement pElement)
     {
-        switch (pType)
+        switch (pElement)
         {
-        case TINYGLTF_TYPE_VEC3:
+        case eGLTF_VEC3:
             return "VEC3";
-        case TINYGLTF_TYPE_VEC4:
+        case eGLTF_VEC4:
             return "VEC4";
-        case TINYGLTF_TYPE_MAT4:
+        case eGLTF_MAT4:
             return "MAT4";
         default:
             return "SCALAR";
         }
     }
 
-    void AddView(const tinygltf::BufferView& pView)
+    void AddView(const KGltfModel::KView& pView)
     {
-        AddIndex("buffer", pView.buffer);
-        AddCount("byteOffset", pView.byteOffset);
-        AddCount("byteLength", pView.byteLength);
-        if (pView.target != 0)
+        AddIndex("buffer", 0);
+        AddCount("byteOffset", pView.mOffset);
+        AddCount("byteLength", pView.mLength);
+        if (pView.mTarget != 0)
         {
-            AddIndex("target", pView.target);
+            AddIndex("target", pView.mTarget);
         }
     }
 
-    const tinygltf::Model& mModel;
-    KGltfJsonWriter        mJson;
+    const KGltfModel&   mModel;
+    const KQexBoneDofs* mBoneDofs;
+    KGltfJsonWriter     mJson;
 };
 
 } // namespace
@@ -269,7 +243,7 @@ private:
 std::string KGltfWriter::GetJson(const std::string& pUri)
 {
     std::string lJson;
-    KGltfText(mModel, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
+    KGltfText(mModel, mOptions.mBoneDofs, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
     return lJson;
 }
 

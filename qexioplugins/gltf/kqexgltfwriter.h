@@ -50,26 +50,25 @@ public:
     const std::vector<unsigned char>& GetBytes() { return mBuffer.GetBytes(); }
 
 private:
-    bool            AddTree(KQexNode* pRoot);
-    std::string     SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty);
-    void            AddNodes();
-    tinygltf::Value MakeExtras(const KQexNode* pNode) const;
-    void            AddSkin(int pTree);
-    void            AddInverseBinds(const std::vector<size_t>& pJoints, tinygltf::Skin& pSkin);
-    void            AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin);
-    bool            AddAnimation(const KQexGltfTake& pTake);
-    void            ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
-    void            MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const;
+    bool        AddTree(KQexNode* pRoot);
+    std::string SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty);
+    void        AddNodes();
+    void        AddSkin(int pTree);
+    void        AddInverseBinds(const std::vector<size_t>& pJoints, KGltfModel::KSkin& pSkin);
+    void        AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin);
+    bool        AddAnimation(const KQexGltfTake& pTake);
+    void        ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
+    void        MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const;
     void MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
     void MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
     int  AddTimes(const KQexSampling& pSampling);
-    void AddChannel(tinygltf::Animation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack);
+    void AddChannel(KGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack);
     void GetPlace(const KGltfNode& pNode, double* pPlace) const;
     size_t mDone = 0;
 
     KQexFileGltf&               mFile;
     const KQexGltfWriteOptions& mOptions;
-    tinygltf::Model             mModel;
+    KGltfModel                  mModel;
     KGltfBuffer                 mBuffer;
     int                         mThreads;
     std::vector<KGltfNode>      mNodes; ///< Each tree in pre-order; the first nodes of the file, in this order.
