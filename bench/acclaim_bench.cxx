@@ -1,7 +1,6 @@
 // Bones and host nodes: motion into curves beside the bare trigonometry, bones to nodes, nodes to bones.
 
 #include <bench/benchsupport.h>
-
 #include <kbaselib/kmath/maths.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 

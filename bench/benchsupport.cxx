@@ -9,9 +9,8 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
-#include <random>
-
 #include <malloc.h>
+#include <random>
 #include <unistd.h>
 
 namespace qexbench

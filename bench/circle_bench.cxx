@@ -2,7 +2,6 @@
 // and the figure that came out once more.
 
 #include <bench/motionsupport.h>
-
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
 

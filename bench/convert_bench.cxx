@@ -2,7 +2,6 @@
 // parsing BVH.
 
 #include <bench/motionsupport.h>
-
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
 #ifdef QEX_BENCH_GLTF

@@ -1,7 +1,6 @@
 // Motion: parsing alone beside the bare numbers, and whole imports of one, ten and a hundred times a real motion.
 
 #include <bench/motionsupport.h>
-
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <memory>

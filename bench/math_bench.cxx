@@ -1,7 +1,6 @@
 // The math layer, and numbers as text: what one rotation costs beside its bare sines, and one number beside std::from_chars.
 
 #include <bench/benchsupport.h>
-
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kmath/kgeom.h>
 

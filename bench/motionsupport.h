@@ -2,7 +2,6 @@
 #define BENCH_MOTIONSUPPORT_H
 
 #include <bench/benchsupport.h>
-
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <filesystem>

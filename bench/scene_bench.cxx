@@ -2,7 +2,6 @@
 // ending nodes.
 
 #include <bench/benchsupport.h>
-
 #include <qexscene/kqexscene.h>
 
 #include <cmath>

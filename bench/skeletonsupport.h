@@ -2,7 +2,6 @@
 #define BENCH_SKELETONSUPPORT_H
 
 #include <bench/benchsupport.h>
-
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <memory>

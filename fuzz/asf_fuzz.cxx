@@ -1,7 +1,6 @@
 /// The skeleton reader, with the flags in the first byte, and the writer on what it read.
 
 #include <fuzz/fuzzsupport.h>
-
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <string>

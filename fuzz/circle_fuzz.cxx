@@ -1,7 +1,6 @@
 /// A skeleton through a scene and back: what the exporter writes is read without a word.
 
 #include <fuzz/fuzzsupport.h>
-
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 

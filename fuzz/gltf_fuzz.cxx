@@ -1,7 +1,6 @@
 /// The glTF reader, and the writer on what it read.
 
 #include <fuzz/fuzzsupport.h>
-
 #include <qexioplugins/gltf/kqexfilegltf.h>
 
 using namespace qexsdk;

@@ -1,9 +1,8 @@
 // The pivots of a node, and its local transform.
 
-#include <qexscene/kqexnode.h>
-
 #include <kbaselib/kmath/kmath.h>
 #include <qexscene/kqexanimevaluator.h>
+#include <qexscene/kqexnode.h>
 #include <qexscene/kqexscene.h>
 
 namespace qexsdk

@@ -59,8 +59,13 @@ bool KQexObject::SetName(const char* pName)
 
 KString KQexObject::GetNameWithoutNameSpacePrefix() const
 {
+    return KString(GetBareName());
+}
+
+const char* KQexObject::GetBareName() const noexcept
+{
     const char* lColon = std::strrchr(GetName(), ':');
-    return KString(lColon != nullptr ? lColon + 1 : GetName());
+    return lColon != nullptr ? lColon + 1 : GetName();
 }
 
 const kQexClassId& KQexObject::GetClassId() const noexcept

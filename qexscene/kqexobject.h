@@ -52,6 +52,9 @@ public:
     /// The name after its last colon: what stands before is a name-space prefix.
     KString GetNameWithoutNameSpacePrefix() const;
 
+    /// The same as part of GetName(), valid as long as that.
+    const char* GetBareName() const noexcept;
+
     /// The owning scene; a scene gives itself. Null for an object that its scene has let go of.
     KQexScene* GetScene() const noexcept { return mScene; }
 

@@ -85,6 +85,8 @@ public:
     int GetObjectCount() const { return mObjects.GetCount(); }
     /// The first one.
     KQexObject* GetFirstObject() const { return mObjects.GetFirst(); }
+    /// The one made last.
+    KQexObject* GetLastObject() const { return mObjects.GetLast(); }
     /// The one made after \p pObject, or null.
     KQexObject* GetNextObject(const KQexObject* pObject) const { return KObjects::GetNext(pObject); }
     /// \}

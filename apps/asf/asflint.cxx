@@ -48,25 +48,25 @@ bool KAsfLint::Dispatch(int pSection, int pLine)
 {
     switch (pSection)
     {
-    case 0:
+    case qexsdk::eMAIN_VERSION:
         return Version() || (StopAtEnd(pLine, ":version"), false);
-    case 1:
+    case qexsdk::eMAIN_NAME:
         return Name(pLine);
-    case 2:
+    case qexsdk::eMAIN_UNITS:
         LeftOver();
         return Units(pLine, ":units");
-    case 3:
+    case qexsdk::eMAIN_DOCUMENTATION:
         return Documentation(pLine);
-    case 4:
+    case qexsdk::eMAIN_ROOT:
         LeftOver();
         return Root(pLine);
-    case 5:
+    case qexsdk::eMAIN_BONEDATA:
         LeftOver();
         return BoneData(pLine);
-    case 6:
+    case qexsdk::eMAIN_HIERARCHY:
         LeftOver();
         return Hierarchy();
-    case 7:
+    case qexsdk::eMAIN_SKIN:
         Skin();
         return true;
     default:
@@ -159,10 +159,10 @@ bool KAsfLint::Units(int pLine, const char* pWord)
 void KAsfLint::Unit(int pUnit)
 {
     double lValue = 0;
-    if (pUnit == 2)
+    if (pUnit == qexsdk::eUNIT_ANGLE)
     {
         const int lAngle = Handle(KQexFileAcclaimAsf::smAngle);
-        if (lAngle == 1)
+        if (lAngle == qexsdk::eANGLE_RADIANS)
         {
             Find(GetLineNumber(), "Angles are declared in rad, but axes, orientation and limits are used as degrees");
         }
@@ -176,7 +176,7 @@ void KAsfLint::Unit(int pUnit)
     {
         return;
     }
-    if (pUnit == 1 && !(lValue >= kLeastLengthUnit && lValue <= kMostLengthUnit))
+    if (pUnit == qexsdk::eUNIT_LENGTH && !(lValue >= kLeastLengthUnit && lValue <= kMostLengthUnit))
     {
         Find(GetLineNumber(),
              lValue > 0 ? "No real file has the length unit %g" : "No real file has the length unit %g: lengths stay unconverted", lValue);
@@ -227,7 +227,7 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
     };
     switch (pWord)
     {
-    case 0:
+    case qexsdk::eROOT_AXIS:
         pAxis = Handle(KQexFileAcclaimAsf::smAxis);
         pAxisLine = GetLineNumber();
         if (pAxis == -1)
@@ -235,10 +235,10 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
             return false;
         }
         break;
-    case 1:
+    case qexsdk::eROOT_ORDER:
         Channels(KQexFileAcclaimAsf::smOrder, lCodes);
         break;
-    case 2:
+    case qexsdk::eROOT_POSITION:
         if (!GetVector(lVector, 1.0))
         {
             return true;
@@ -248,7 +248,7 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
             Find(GetLineNumber(), "Root position other than zero: an import counts it twice and does not scale it");
         }
         break;
-    case 3:
+    case qexsdk::eROOT_ORIENTATION:
         if (!GetVector(pAngles, 1.0))
         {
             return true;
@@ -272,11 +272,11 @@ void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
     while (Check(pTable) != -1)
     {
         const int lCode = Handle(pTable);
-        if (lCode < 6 && std::find(pCodes.begin(), pCodes.end(), lCode) != pCodes.end())
+        if (lCode < qexsdk::kMaxDofs && std::find(pCodes.begin(), pCodes.end(), lCode) != pCodes.end())
         {
             Find(GetLineNumber(), "Degree of freedom twice on the line (%s)", pTable[lCode].mStr);
         }
-        if (lCode < 6 && pCodes.size() < 6)
+        if (lCode < qexsdk::kMaxDofs && pCodes.size() < qexsdk::kMaxDofs)
         {
             pCodes.push_back(lCode);
         }

@@ -1,5 +1,4 @@
 #include <apps/asf/asflint.h>
-
 #include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 
@@ -17,14 +16,14 @@ bool KAsfLint::BoneData(int pLine)
         const int lGroupLine = GetLineNumber();
         switch (Handle(KQexFileAcclaimAsf::smGroup))
         {
-        case 0:
+        case qexsdk::eGROUP_BEGIN:
             LeftOver();
             if (!Bone(lGroupLine))
             {
                 return false;
             }
             break;
-        case 1:
+        case qexsdk::eGROUP_END:
             LeftOver();
             lMore = NextLine();
             break;
@@ -69,16 +68,16 @@ bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
     bool   lTaken = true; // False: the reader has a message about the line already.
     switch (pWord)
     {
-    case 0:
+    case qexsdk::eBONE_ID:
         lTaken = GetInteger(lInteger);
         break;
-    case 1:
+    case qexsdk::eBONE_NAME:
         if (!BoneName(pGroup))
         {
             return false;
         }
         break;
-    case 2:
+    case qexsdk::eBONE_DIRECTION:
         if (!GetVector(lVector, 1.0))
         {
             return false;
@@ -86,30 +85,30 @@ bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
         pGroup.mDirectionLine = GetLineNumber();
         pGroup.mZeroDirection = lVector[0] == 0 && lVector[1] == 0 && lVector[2] == 0;
         break;
-    case 3:
+    case qexsdk::eBONE_LENGTH:
         if (!GetDouble(lValue, 1.0))
         {
             return false;
         }
         pGroup.mHasLength = lValue != 0;
         break;
-    case 4:
+    case qexsdk::eBONE_AXIS:
         if (!BoneAxis())
         {
             return false;
         }
         break;
-    case 5:
+    case qexsdk::eBONE_DOF:
         Channels(KQexFileAcclaimAsf::smDof, pGroup.mCodes);
         break;
-    case 6:
+    case qexsdk::eBONE_LIMITS:
         if (!Limits(pGroup))
         {
             return false;
         }
         break;
-    case 7:
-    case 8:
+    case qexsdk::eBONE_BODYMASS:
+    case qexsdk::eBONE_COFMASS:
         lTaken = GetDouble(lValue, 1.0);
         break;
     default:
@@ -208,7 +207,7 @@ bool KAsfLint::Hierarchy()
         {
             LeftOver();
         }
-        if (lWord != 0)
+        if (lWord != qexsdk::eGROUP_BEGIN)
         {
             continue;
         }

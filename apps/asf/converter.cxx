@@ -3,7 +3,6 @@
 #include <apps/asf/numbertext.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
-
 #include <qexioplugins/motion/kqexsafenames.h>
 
 #include <cmath>

@@ -3,7 +3,6 @@
 
 #include <apps/asf/convertoptions.h>
 #include <apps/asf/figurescene.h>
-
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
 #include <qexioplugins/motion/kqexmotionio.h>

@@ -1,5 +1,4 @@
 #include <apps/asf/converter.h>
-
 #include <apps/asf/numbertext.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>

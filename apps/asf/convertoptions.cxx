@@ -1,4 +1,5 @@
 #include <apps/asf/convertoptions.h>
+
 #include <kbaselib/kbase/kletters.h>
 
 #include <CLI/CLI.hpp>

@@ -3,7 +3,6 @@
 
 #include <apps/asf/figurescene.h>
 #include <apps/asf/motioninput.h>
-
 #include <kbaselib/kmath/keulertable.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 

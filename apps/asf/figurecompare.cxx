@@ -2,6 +2,7 @@
 
 #include <apps/asf/numbertext.h>
 #include <apps/asf/progress.h>
+#include <kbaselib/kmath/maths.h>
 
 #include <algorithm>
 #include <cmath>
@@ -18,8 +19,6 @@ using qexsdk::KQexBoneDof;
 using qexsdk::KQexNode;
 
 const char* const kWords[eASPECT_COUNT] = {"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"};
-
-constexpr double kDegreesPerRadian = 57.29577951308232;
 
 double Distance(const double* pOne, const double* pOther)
 {
@@ -279,7 +278,7 @@ void KFigureComparison::CompareLimits(const std::string& pBone, const KQexBoneDo
     const double lLargest = std::max(LimitDifference(pFirst.mHasMin, pFirst.mMin, pSecond.mHasMin, pSecond.mMin),
                                      LimitDifference(pFirst.mHasMax, pFirst.mMax, pSecond.mHasMax, pSecond.mMax));
     const bool   lIsAngle = pFirst.mWord[0] == 'r';
-    const bool   lDiffers = !(lLargest <= (lIsAngle ? mTolerance * kDegreesPerRadian : mTolerance * mHeight));
+    const bool   lDiffers = !(lLargest <= (lIsAngle ? mTolerance * qexsdk::kDegreesPerRadian : mTolerance * mHeight));
     if (lLargest > mResults[eASPECT_LIMITS].mLargest)
     {
         mResults[eASPECT_LIMITS].mUnit = lIsAngle ? "deg" : "cm";

@@ -2,7 +2,6 @@
 #define APPS_ASF_FIGURECOMPARE_H
 
 #include <apps/asf/figurescene.h>
-
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <set>

@@ -1,5 +1,4 @@
 #include <apps/asf/figurescene.h>
-
 #include <qexioplugins/motion/kqexrestpose.h>
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #include <apps/asf/figurescene.h>
-
 #include <apps/asf/skeletonfinder.h>
+#include <kbaselib/kbase/kpath.h>
 
 #include <utility>
 
@@ -23,9 +23,7 @@ std::string FileStem(const std::string& pPath)
     {
         return "motion";
     }
-    const std::string lName = pPath.substr(pPath.find_last_of('/') + 1);
-    const size_t      lDot = lName.find_last_of('.');
-    return lDot == std::string::npos || lDot == 0 ? lName : lName.substr(0, lDot);
+    return qexsdk::KPathStem(pPath);
 }
 
 std::vector<std::string> KFigureInput::GetPaths() const

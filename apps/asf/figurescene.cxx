@@ -1,7 +1,6 @@
 #include <apps/asf/figurescene.h>
 
 #include <apps/asf/progress.h>
-
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
 

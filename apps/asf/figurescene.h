@@ -3,7 +3,6 @@
 
 #include <apps/asf/inputfile.h>
 #include <apps/asf/motioninput.h>
-
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexscene/kqexscene.h>
 

@@ -8,10 +8,9 @@
 #include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <set>
 #include <string_view>
-
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -2,7 +2,6 @@
 #define APPS_ASF_INPUTFILE_H
 
 #include <apps/asf/console.h>
-
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/motion/kqextextfile.h>
 

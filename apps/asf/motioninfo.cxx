@@ -1,7 +1,7 @@
-#include <apps/asf/motionsurvey.h>
-
 #include <apps/asf/jsontext.h>
+#include <apps/asf/motionsurvey.h>
 #include <apps/asf/numbertext.h>
+#include <kbaselib/kmath/kdofcodes.h>
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ std::string OutsideText(const KDofSurvey& pDof)
 KJson JsonDof(const KDofSurvey& pDof)
 {
     KJson lDof;
-    lDof["dof"] = DofWord(pDof.mCode);
+    lDof["dof"] = qexsdk::kDofWords[pDof.mCode];
     lDof["least"] = pDof.mLeast;
     lDof["greatest"] = pDof.mGreatest;
     lDof["min"] = pDof.mHasMin ? KJson(pDof.mMin) : KJson(nullptr);
@@ -105,7 +105,7 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
         for (const KDofSurvey& lDof : lBone.mDofs)
         {
             const bool lRead = lBone.mFrames > 0;
-            lWriteRow(lName, DofWord(lDof.mCode), lRead ? Fixed(lDof.mLeast, 3) : "-", lRead ? Fixed(lDof.mGreatest, 3) : "-",
+            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lRead ? Fixed(lDof.mLeast, 3) : "-", lRead ? Fixed(lDof.mGreatest, 3) : "-",
                       LimitsText(lDof), OutsideText(lDof));
             lName.clear();
         }

@@ -3,7 +3,6 @@
 
 #include <apps/asf/console.h>
 #include <apps/asf/inputfile.h>
-
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <string>

@@ -3,7 +3,6 @@
 
 #include <apps/asf/motioninput.h>
 #include <apps/asf/skeletonfile.h>
-
 #include <qexscene/kqexscene.h>
 
 #include <memory>

@@ -1,6 +1,7 @@
 #include <apps/asf/motionsurvey.h>
 
 #include <apps/asf/progress.h>
+#include <kbaselib/kmath/kdofcodes.h>
 
 #include <algorithm>
 #include <cmath>
@@ -115,7 +116,7 @@ void KMotionSurvey::AddValues(const qexsdk::KQexAmcFrame& pFrame, size_t pBone)
     for (size_t lIndex = 0; lIndex < lBone.mDofs.size(); ++lIndex)
     {
         KDofSurvey&  lDof = lBone.mDofs[lIndex];
-        const double lValue = lValues.mValues[lIndex] * (lDof.mCode < 3 ? 1.0 : pFrame.mAngleFactor);
+        const double lValue = lValues.mValues[lIndex] * (qexsdk::KIsTranslationDof(lDof.mCode) ? 1.0 : pFrame.mAngleFactor);
         lDof.mLeast = lBone.mFrames == 0 ? lValue : std::min(lDof.mLeast, lValue);
         lDof.mGreatest = lBone.mFrames == 0 ? lValue : std::max(lDof.mGreatest, lValue);
         if ((lDof.mHasMin && lValue < lDof.mMin - kTolerance) || (lDof.mHasMax && lValue > lDof.mMax + kTolerance))

@@ -3,7 +3,6 @@
 
 #include <apps/asf/motioninput.h>
 #include <apps/asf/skeletonfile.h>
-
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <vector>

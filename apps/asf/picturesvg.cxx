@@ -1,6 +1,5 @@
-#include <apps/asf/picture.h>
-
 #include <apps/asf/numbertext.h>
+#include <apps/asf/picture.h>
 #include <apps/asf/picturelayout.h>
 
 #include <algorithm>

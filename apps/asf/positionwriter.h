@@ -2,7 +2,6 @@
 #define APPS_ASF_POSITIONWRITER_H
 
 #include <apps/asf/skeletonfile.h>
-
 #include <kbaselib/kbase/koutputfile.h>
 
 #include <memory>

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
-
 #include <unistd.h>
+#include <utility>
 
 namespace asfapp
 {

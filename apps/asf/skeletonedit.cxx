@@ -1,10 +1,9 @@
 #include <apps/asf/skeletonedit.h>
 
 #include <apps/asf/numbertext.h>
-
 #include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
-#include <qexioplugins/acclaim/kqexasfprepare.h>
+#include <qexioplugins/acclaim/kqexasfround.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
 #include <algorithm>
@@ -196,7 +195,7 @@ void KSkeletonEdit::WarnOfUnits()
     }
 }
 
-void KSkeletonEdit::Settle(const qexsdk::KQexAmcSkeletonNotes& pNotes)
+void KSkeletonEdit::MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
     WarnOfRoot();
     WarnOfUnits();
@@ -208,7 +207,7 @@ void KSkeletonEdit::Settle(const qexsdk::KQexAmcSkeletonNotes& pNotes)
     for (HKQexAsfNode lBone : Bones(mScene.mRoot))
     {
         lBone->mLength *= lPerCentimetre;
-        qexsdk::SettleBone(*lBone, mScene.mLengthUnit);
+        qexsdk::RoundBone(*lBone, mScene.mLengthUnit);
     }
 }
 

@@ -31,7 +31,7 @@ public:
 
     /// Makes the model ready for the writer, after all changes: lengths in the file's unit, angles in the order that is written.
     /// Warns of what the written file cannot hold.
-    void Settle(const qexsdk::KQexAmcSkeletonNotes& pNotes);
+    void MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes);
 
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
 

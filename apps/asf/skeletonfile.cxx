@@ -1,7 +1,6 @@
 #include <apps/asf/skeletonfile.h>
 
 #include <apps/asf/asflint.h>
-
 #include <kbaselib/kbase/kmemory.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 
@@ -164,11 +163,6 @@ bool KSkeletonFile::GetBounds(KPoint& pLeast, KPoint& pMost) const
         pMost = {std::max(pMost.mX, lBone.mEnd.mX), std::max(pMost.mY, lBone.mEnd.mY), std::max(pMost.mZ, lBone.mEnd.mZ)};
     }
     return true;
-}
-
-const char* DofWord(int pCode)
-{
-    return pCode >= 0 && pCode < 6 ? qexsdk::KQexFileAcclaimAsf::smDof[pCode].mStr : "";
 }
 
 } // namespace asfapp

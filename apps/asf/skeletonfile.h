@@ -3,7 +3,6 @@
 
 #include <apps/asf/console.h>
 #include <apps/asf/inputfile.h>
-
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
@@ -78,9 +77,6 @@ private:
     bool                      mOk = false;
     std::vector<KRestBone>    mBones;
 };
-
-/// The DOF word of a code, "tx" to "rx".
-const char* DofWord(int pCode);
 
 } // namespace asfapp
 

@@ -1,6 +1,7 @@
 #include <apps/asf/skeletonfinder.h>
 
 #include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/kpath.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <algorithm>
@@ -19,11 +20,6 @@ namespace fs = std::filesystem;
 std::string LastPart(const std::string& pPath)
 {
     return pPath.substr(pPath.find_last_of("/\\") + 1);
-}
-
-std::string Stem(const std::string& pName)
-{
-    return pName.substr(0, pName.find_last_of('.'));
 }
 
 fs::path FolderOf(const KInputFile& pMotion)
@@ -84,9 +80,9 @@ std::string LongestBeginning(const std::vector<std::string>& pCandidates, const 
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
     {
-        const std::string lStem = qexsdk::KToLower(Stem(lCandidate));
+        const std::string lStem = qexsdk::KToLower(qexsdk::KPathStem(lCandidate));
         const bool        lBegins = !lStem.empty() && qexsdk::KToLower(pMotionName).compare(0, lStem.size(), lStem) == 0;
-        if (lBegins && (lFound.empty() || lStem.size() > Stem(lFound).size()))
+        if (lBegins && (lFound.empty() || lStem.size() > qexsdk::KPathStem(lFound).size()))
         {
             lFound = lCandidate;
         }

@@ -1,6 +1,7 @@
 #include <apps/asf/skeletoninfo.h>
 
 #include <apps/asf/numbertext.h>
+#include <kbaselib/kmath/kdofcodes.h>
 
 #include <algorithm>
 
@@ -38,7 +39,7 @@ std::string DofText(const qexsdk::KQexAsfNode& pNode)
     {
         const int lCode = pNode.mOrderBuf[lIndex];
         lText += lIndex > 0 ? "  " : "";
-        lText += DofWord(lCode) + LimitText(pNode, lCode);
+        lText += qexsdk::kDofWords[lCode] + LimitText(pNode, lCode);
     }
     return lText;
 }

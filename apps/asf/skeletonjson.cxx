@@ -1,6 +1,6 @@
-#include <apps/asf/skeletoninfo.h>
-
 #include <apps/asf/jsontext.h>
+#include <apps/asf/skeletoninfo.h>
+#include <kbaselib/kmath/kdofcodes.h>
 
 #include <algorithm>
 
@@ -41,7 +41,7 @@ KJson JsonDofs(const qexsdk::KQexAsfNode& pNode)
         const int     lCode = pNode.mOrderBuf[lIndex];
         const bool*   lActive = pNode.mLimitsActive[lCode];
         const double* lLimit = pNode.mLimitsBuf[lCode];
-        lDofs.push_back({{"dof", DofWord(lCode)},
+        lDofs.push_back({{"dof", qexsdk::kDofWords[lCode]},
                          {"min", lActive[0] ? KJson(lLimit[0]) : KJson(nullptr)},
                          {"max", lActive[1] ? KJson(lLimit[1]) : KJson(nullptr)}});
     }

@@ -1,12 +1,11 @@
 #include <kbaselib/kbase/kfilecalls.h>
 
 #include <cerrno>
-#include <exception>
-#include <system_error>
-
 #include <cstdio>
+#include <exception>
 #include <fcntl.h>
 #include <poll.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace qexsdk

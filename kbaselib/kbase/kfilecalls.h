@@ -3,11 +3,10 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 
-#include <sys/stat.h>
-#include <sys/types.h>
-
 #include <cstddef>
 #include <string>
+#include <sys/stat.h>
+#include <sys/types.h>
 
 namespace qexsdk
 {

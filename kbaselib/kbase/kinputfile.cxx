@@ -1,5 +1,6 @@
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kinputfile.h>
+
+#include <kbaselib/kbase/kfilecalls.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,6 @@
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/klinereader.h>
+
+#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
 
 #include <algorithm>

@@ -1,5 +1,6 @@
-#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/knumber.h>
+
+#include <kbaselib/kbase/kletters.h>
 
 #include <algorithm>
 #include <charconv>

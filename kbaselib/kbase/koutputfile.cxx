@@ -1,6 +1,7 @@
+#include <kbaselib/kbase/koutputfile.h>
+
 #include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
-#include <kbaselib/kbase/koutputfile.h>
 #include <kbaselib/kbase/kpendingfiles.h>
 
 #include <atomic>

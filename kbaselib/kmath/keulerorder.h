@@ -1,11 +1,11 @@
 #ifndef KBASELIB_KMATH_KEULERORDER_H
 #define KBASELIB_KMATH_KEULERORDER_H
 
+#include <kbaselib/kmath/kdofcodes.h>
 #include <kbaselib/kmath/keulertable.h>
 
 /// \file
-/// A bone's list of degrees of freedom (DOFs) and rotation orders, one from the other. DOF codes: 0 tx, 1 ty, 2 tz, 3 rz, 4 ry,
-/// 5 rx, 6 length; the rotation code c turns about axis 5 - c.
+/// A bone's list of degrees of freedom and rotation orders, one from the other.
 
 namespace qexsdk
 {
@@ -33,7 +33,7 @@ inline int EulerOrderFromOrderBuf(const int* pOrderBuf, int pOrderCount)
     int lIndex = 0;
     for (int lIter = pOrderCount - 1; lIter >= 0 && lIndex < 2; --lIter)
     {
-        if (pOrderBuf[lIter] >= 3 && pOrderBuf[lIter] <= 5)
+        if (KIsRotationDof(pOrderBuf[lIter]))
         {
             lOrderBuf[lIndex++] = 5 - pOrderBuf[lIter];
         }

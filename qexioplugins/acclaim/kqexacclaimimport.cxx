@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexacclaimimport.h>
 
+#include <kbaselib/kbase/kpath.h>
 #include <qexioplugins/acclaim/kqexasfremarks.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -17,16 +18,6 @@ const char kNamelessTake[] = "Take 001";
 bool Open(KQexTextFile& pFile, const KQexAcclaimSource& pSource)
 {
     return pSource.mData != nullptr ? pFile.OpenReadBuffer(pSource.mData, pSource.mSize) : pFile.OpenRead(pSource.mPath.c_str());
-}
-
-// The file's name without folder and extension.
-std::string Stem(const std::string& pPath)
-{
-    const size_t      lSlash = pPath.find_last_of("/\\");
-    const std::string lName = lSlash == std::string::npos ? pPath : pPath.substr(lSlash + 1);
-    const size_t      lPoint = lName.rfind('.');
-    const std::string lStem = lPoint == std::string::npos || lPoint == 0 ? lName : lName.substr(0, lPoint);
-    return lStem.empty() || lStem == "-" ? kNamelessTake : lStem;
 }
 
 // At its end the bones from the root on own no curves.
@@ -181,7 +172,8 @@ std::string KQexAcclaimImport::ChooseTakeName(const KQexAcclaimSource& pSource) 
         return mOptions.mTakeName;
 
     // A name of our own choosing must not lay hands on motion that is there already.
-    const std::string lStem = Stem(pSource.mPath);
+    const std::string lFileStem = KPathStem(pSource.mPath);
+    const std::string lStem = lFileStem.empty() || lFileStem == "-" ? kNamelessTake : lFileStem;
     std::string       lName = lStem;
     for (int i = 2; IsTaken(lName); ++i)
         lName = lStem + " " + std::to_string(i);

@@ -3,7 +3,7 @@
 
 #include <qexioplugins/acclaim/kqexasfcurves.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
-#include <qexioplugins/acclaim/kqexsceneundo.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <string>
 #include <vector>

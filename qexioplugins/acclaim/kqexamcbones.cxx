@@ -1,6 +1,7 @@
-#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexamcbones.h>
 
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
 #include <algorithm>
@@ -11,9 +12,6 @@ namespace qexsdk
 
 namespace
 {
-
-const char* const kDofWords[] = {"tx", "ty", "tz", "rz", "ry", "rx"};
-const int         kDofWordCount = 6;
 
 // Order of two names without regard to case: below, above or equal to 0.
 int CompareFolded(std::string_view pLeft, std::string_view pRight)
@@ -124,7 +122,7 @@ const char* KQexAmcBones::Word(const KQexAmcLine& pLine, int pPlace) const
         return "l";
     const HKQexAsfNode lBone = mBones[static_cast<size_t>(pLine.mBone)].mNode;
     const int          lCode = lDof < lBone->mOrderCount ? lBone->mOrderBuf[lDof] : -1;
-    return lCode >= 0 && lCode < kDofWordCount ? kDofWords[lCode] : "l";
+    return lCode >= 0 && lCode < eDOF_COUNT ? kDofWords[lCode] : "l";
 }
 
 std::string KQexAmcBones::Words(const KQexAmcLine& pLine) const

@@ -1,3 +1,4 @@
+#include <kbaselib/kmath/maths.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
 #include <qexioplugins/acclaim/kqexamcreader.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
@@ -13,7 +14,6 @@ namespace
 {
 
 const double kDefaultSamplesPerSecond = 120.0;
-const double kDegreesOfRadian = 57.29577951308232;
 
 // Frames between two calls of the progress function.
 const long long kProgressStep = 64;
@@ -51,7 +51,7 @@ bool KQexAmcReader::BeginFrames()
     const double lUnit = mAsfScene->mLengthUnit;
     mFrame.mLengthFactor = lUnit > 0.0 ? kCentimetresPerInch / lUnit : 1.0;
     mFrame.mAngleFactor = mHeader.mAngle == eAMC_ANGLE_DEGREES   ? 1.0
-                          : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesOfRadian
+                          : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesPerRadian
                                                                  : mAsfScene->mAngleUnit;
     return true;
 }

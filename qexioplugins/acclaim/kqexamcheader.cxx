@@ -1,6 +1,6 @@
-#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/klinereader.h>
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kbase/ktime.h>

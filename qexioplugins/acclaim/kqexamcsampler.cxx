@@ -46,11 +46,6 @@ bool HasKeys(KQexAnimCurve* const* pCurves, long long pKeys)
 
 } // namespace
 
-KQexAmcSampler::KQexAmcSampler(bool pSetRotatePivotOffet, bool pSetPreRotation)
-    : mSetRotatePivotOffet(pSetRotatePivotOffet), mSetPreRotation(pSetPreRotation)
-{
-}
-
 bool KQexAmcSampler::Frame(const KQexAmcFrame& pFrame)
 {
     const std::vector<KQexAmcBone>& lBones = *pFrame.mBones;
@@ -85,7 +80,7 @@ bool KQexAmcSampler::Frame(const KQexAmcFrame& pFrame)
 
 void KQexAmcSampler::Sample(KState& pState, const double* pValues, const KTime& pTime)
 {
-    pState.mNode->AddSampleFromDOF(pValues, pTime, mLengthFactor, mAngleFactor, mSetRotatePivotOffet, mSetPreRotation);
+    pState.mNode->AddSampleFromDOF(pValues, pTime, mLengthFactor, mAngleFactor, mFlags.mSetRotatePivotOffet, mFlags.mSetPreRotation);
     ++pState.mKeys;
 }
 

@@ -1,6 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXAMCSAMPLER_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXAMCSAMPLER_H
 
+#include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <vector>
@@ -16,8 +17,8 @@ namespace qexsdk
 class KQexAmcSampler : public KQexAmcVisitor
 {
 public:
-    /// The frame flags are those that the bones' frames were computed with. The bones' curves have been made.
-    KQexAmcSampler(bool pSetRotatePivotOffet, bool pSetPreRotation);
+    /// \p pFlags are those that the bones' frames were computed with. The bones' curves have been made.
+    explicit KQexAmcSampler(KQexFrameFlags pFlags) : mFlags(pFlags) {}
 
     bool Frame(const KQexAmcFrame& pFrame) override;
 
@@ -49,8 +50,7 @@ private:
 
     double                   mLengthFactor = 1.0;
     double                   mAngleFactor = 1.0;
-    bool                     mSetRotatePivotOffet;
-    bool                     mSetPreRotation;
+    KQexFrameFlags           mFlags;
     std::vector<KState>      mStates;      ///< One for each bone of the motion, in its order.
     std::vector<KLateSample> mLate;        ///< In the order of the file.
     long long                mInOrder = 0; ///< Frames in order so far.

@@ -1,6 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFDOFPOSE_H
 
+#include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 
 /// \file
@@ -14,18 +15,6 @@
 namespace qexsdk
 {
 
-/// Whether the code is one of tx, ty, tz; it is the axis then.
-inline bool IsTranslationDof(int pCode)
-{
-    return pCode >= 0 && pCode <= 2;
-}
-
-/// Whether the code is one of rz, ry, rx; the axis is 5 - code then.
-inline bool IsRotationDof(int pCode)
-{
-    return pCode >= 3 && pCode <= 5;
-}
-
 /// Sum of the angles by axis, in degrees. A frame's sum begins at +0, so that it never is -0 and adding +0 to it changes nothing.
 inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
 {
@@ -33,7 +22,7 @@ inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, doub
     for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
     {
         const int lCode = pNode.mOrderBuf[lIter];
-        if (IsRotationDof(lCode))
+        if (KIsRotationDof(lCode))
             lR.mData[5 - lCode] += pDOF[lIter] * pAngleUnit;
     }
     return lR;
@@ -61,7 +50,7 @@ inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, dou
     for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
     {
         const int lCode = pNode.mOrderBuf[lIter];
-        if (!IsRotationDof(lCode))
+        if (!KIsRotationDof(lCode))
             continue;
         SetAxisRotation(lDofRM, 5 - lCode, pDOF[lIter] * pAngleUnit);
         KgeMult(lRM, lDofRM, lRM);
@@ -75,18 +64,18 @@ inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, dou
 
 /// The local translation: the sum of the DOFs' translations, turned from the bone's axis frame into the node's local space; with the
 /// parent bone's end added, unless the node's rotation offset carries that.
-inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, bool pSetRotatePivotOffet)
+inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, KQexFrameFlags pFlags)
 {
     KgeTVector lT;
     for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
     {
         const int lCode = pNode.mOrderBuf[lIter];
-        if (IsTranslationDof(lCode))
+        if (KIsTranslationDof(lCode))
             lT.mData[lCode] += pDOF[lIter] * pLengthUnit;
     }
     KgeTVector lGlobal;
     KgeMult(lGlobal, pNode.mAxisRM, lT);
-    if (!pSetRotatePivotOffet)
+    if (!pFlags.mSetRotatePivotOffet)
     {
         KgeAdd(lGlobal, pNode.mParentPositionV, lGlobal);
         KgeMult(lT, pNode.mParentAxisRMInv, lGlobal);

@@ -44,6 +44,30 @@ enum KMainKeyword
     eMAIN_SKIN
 };
 
+/// Places in smUnits.
+enum KUnitKeyword
+{
+    eUNIT_MASS,
+    eUNIT_LENGTH,
+    eUNIT_ANGLE
+};
+
+/// Places in smAngle.
+enum KAngleKeyword
+{
+    eANGLE_DEGREES,
+    eANGLE_RADIANS
+};
+
+/// Places in smRoot.
+enum KRootKeyword
+{
+    eROOT_AXIS,
+    eROOT_ORDER,
+    eROOT_POSITION,
+    eROOT_ORIENTATION
+};
+
 /// Places in smGroup.
 enum KGroupKeyword
 {

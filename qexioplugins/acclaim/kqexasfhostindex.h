@@ -1,6 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXASFHOSTINDEX_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXASFHOSTINDEX_H
 
+#include <kbaselib/kbase/kstringhash.h>
 #include <qexscene/kqexscene.h>
 
 #include <cstddef>
@@ -15,29 +16,31 @@
 namespace qexsdk
 {
 
-/// All nodes at and below one, numbered in pre-order (the top is 0), by name. Tells of the tree as it was at construction.
-/// Building it and growing it may throw std::bad_alloc; looking up does not.
+/// All nodes at and below one, numbered in pre-order (the top is 0), by name. Shows the tree as it was at construction.
+/// Building it may throw std::bad_alloc; looking up does not.
 class KQexAsfTreeIndex
 {
 public:
-    /// Indexes the nodes of the tree at \p pTop, itself included, in pre-order; they stay the scene's.
-    explicit KQexAsfTreeIndex(KQexNode* pTop);
+    /// Which part of a node's name counts.
+    enum EName
+    {
+        eWHOLE, ///< All of it.
+        eBARE   ///< What follows the name-space prefix.
+    };
 
-    /// The first node named \p pName below node number \p pWhere, itself excluded, in pre-order; -1 when there is none.
+    /// Indexes the nodes of the tree at \p pTop, itself included; they stay the scene's.
+    explicit KQexAsfTreeIndex(KQexNode* pTop, EName pName = eWHOLE);
+
+    /// The first node named \p pName below node number \p pWhere, itself excluded, in pre-order; -1 when there is none. O(log n).
     int Find(const char* pName, int pWhere) const;
 
     /// The node with that number, from 0 in pre-order; the number is trusted.
     KQexNode* GetNode(int pNumber) const { return mNodes[static_cast<std::size_t>(pNumber)]; }
 
 private:
-    void NumberNodes(KQexNode* pTop);
-    void SortByName();
-
-    std::vector<KQexNode*>                    mNodes;
-    std::vector<int>                          mEnds;   ///< By number: the number behind the last node below.
-    std::unordered_map<std::string_view, int> mNames;  ///< Name to the number of the name, in the order of first use.
-    std::vector<int>                          mStarts; ///< By the name's number: where its nodes begin in mByName; one more at the end.
-    std::vector<int>                          mByName; ///< Nodes of one name after those of another, ascending.
+    std::vector<KQexNode*>                                              mNodes;
+    std::vector<int>                                                    mEnds;  ///< By number: the number after the last node below.
+    std::unordered_map<std::string_view, std::vector<int>, KStringHash> mNames; ///< Numbers of the nodes of a name, ascending.
 };
 
 /// The children of nodes by name, while children are only appended.
@@ -50,8 +53,8 @@ public:
 private:
     struct KChildren
     {
-        std::unordered_map<std::string_view, KQexNode*> mFirst;
-        KQexNode*                                       mLast = nullptr; ///< The last child that is in the index.
+        std::unordered_map<std::string_view, KQexNode*, KStringHash> mFirst;
+        KQexNode*                                                    mLast = nullptr; ///< The last child that is in the index.
     };
 
     KQexNode* FindIndexed(const KQexNode& pParent, const char* pName);

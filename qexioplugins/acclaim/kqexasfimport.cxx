@@ -1,4 +1,5 @@
 #include <qexioplugins/acclaim/kqexasfhostindex.h>
+#include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
@@ -27,7 +28,7 @@ KQexNode* CreateSkeletonNode(KQexScene* pScene, const char* pName)
 }
 
 // The far end of a leaf bone. Nothing moves it, so it gets no curves, no rotation order and no limits.
-bool AddEndNode(const KQexAsfNode& pNode, KQexNode& pQexNode, KQexScene* pScene, bool pSetRotatePivotOffet)
+bool AddEndNode(const KQexAsfNode& pNode, KQexNode& pQexNode, KQexScene* pScene, KQexFrameFlags pFlags)
 {
     char lName[1024];
     std::snprintf(lName, sizeof(lName), "%s%s", pNode.mName, "_End");
@@ -37,7 +38,7 @@ bool AddEndNode(const KQexAsfNode& pNode, KQexNode& pQexNode, KQexScene* pScene,
 
     KgeTVector lT;
     KgeMult(lT, pNode.mAxisRMInv, pNode.mPositionV);
-    if (pSetRotatePivotOffet)
+    if (pFlags.mSetRotatePivotOffet)
         lEnd->SetRotationOffset(kPivotSet0, KQexVector4(lT));
     else
         lEnd->mLocalTranslation.Set(qexVectorTemplate3<double>(lT.mData[0], lT.mData[1], lT.mData[2]));
@@ -121,9 +122,8 @@ namespace
 
 struct KImportFlags
 {
-    bool mSetLimits;
-    bool mSetRotatePivotOffet;
-    bool mSetPreRotation;
+    bool           mSetLimits;
+    KQexFrameFlags mFrame;
 };
 
 // The host node of one bone, under pParent unless that is null; null, and no node, when memory ran out. The node is attached
@@ -135,11 +135,11 @@ KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, KQexNode* pParen
         return nullptr;
     const bool lIsAttached = !pParent || pParent->AddChild(lNode);
     const bool lHasCurves = pNode.SetKFCurves(lNode, pTakeName);
-    pNode.SetDoFs(lNode, pFlags.mSetRotatePivotOffet, pFlags.mSetPreRotation);
+    pNode.SetDoFs(lNode, pFlags.mFrame.mSetRotatePivotOffet, pFlags.mFrame.mSetPreRotation);
     if (pFlags.mSetLimits)
-        pNode.SetLimits(lNode, pFlags.mSetRotatePivotOffet, pFlags.mSetPreRotation);
+        pNode.SetLimits(lNode, pFlags.mFrame.mSetRotatePivotOffet, pFlags.mFrame.mSetPreRotation);
     const bool lNeedsEnd = pNode.mChildBuf.GetCount() == 0 && pNode.mLength > 0.0;
-    const bool lHasEnd = !lNeedsEnd || AddEndNode(pNode, *lNode, pScene, pFlags.mSetRotatePivotOffet);
+    const bool lHasEnd = !lNeedsEnd || AddEndNode(pNode, *lNode, pScene, pFlags.mFrame);
     if (lIsAttached && lHasCurves && lHasEnd)
         return lNode;
     lNode->Destroy(true);
@@ -176,7 +176,7 @@ KQexNode* CreateTree(KQexAsfNode& pTop, KQexScene* pScene, KQexNode* pParent, co
 
 KQexNode* KQexAsfNode::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
-    return CreateTree(*this, pScene, nullptr, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation});
+    return CreateTree(*this, pScene, nullptr, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}});
 }
 
 bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
@@ -202,7 +202,7 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
             continue;
         }
         // A namesake that is no part of a skeleton stays beside the new node, deliberately.
-        lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation}) && lAll;
+        lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) && lAll;
         lWalk.SkipChildren();
     }
     return lAll;
@@ -224,7 +224,7 @@ bool KQexAsfScene::MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const c
     // The merge begins at the parent, where it finds the node once more, as a child.
     if (lNode && lNode->GetParent())
         return mRoot->MergeASFToQEX(pScene, lNode->GetParent(), pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
-    return CreateTree(*mRoot, pScene, pRootNode, pTakeName, {pSetLimits, pSetRotatePivotOffet, pSetPreRotation}) != nullptr;
+    return CreateTree(*mRoot, pScene, pRootNode, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) != nullptr;
 }
 
 } // namespace qexsdk

@@ -1,6 +1,9 @@
-#include <kbaselib/kbase/kletters.h>
-#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kmath/kdofcodes.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
+#include <qexioplugins/acclaim/kqexasfround.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/motion/kqexrestpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
@@ -42,7 +45,7 @@ std::string ValidName(const std::string& pName, const char* pIfEmpty)
 
 std::string BareName(const KQexNode* pNode)
 {
-    return static_cast<const char*>(pNode->GetNameWithoutNameSpacePrefix());
+    return pNode->GetBareName();
 }
 
 bool IsMoved(const KQexNode* pNode, const KQexAnimLayer* pLayer)
@@ -58,14 +61,14 @@ void CopyName(KQexAsfNode& pBone, const std::string& pName)
 /// Two rotations that are one after another in one rest pose are not in another: seen from there, what they make takes a third.
 void AddThirdRotation(KQexAsfNode& pBone)
 {
-    bool lHas[6] = {};
+    bool lHas[eDOF_COUNT] = {};
     for (int i = 0; i < pBone.mOrderCount; ++i)
     {
         lHas[pBone.mOrderBuf[i]] = true;
     }
-    if (lHas[3] + lHas[4] + lHas[5] == 2 && pBone.mOrderCount < 6)
+    if (lHas[eDOF_RZ] + lHas[eDOF_RY] + lHas[eDOF_RX] == 2 && pBone.mOrderCount < kMaxDofs)
     {
-        pBone.mOrderBuf[pBone.mOrderCount++] = !lHas[3] ? 3 : !lHas[4] ? 4 : 5;
+        pBone.mOrderBuf[pBone.mOrderCount++] = !lHas[eDOF_RZ] ? eDOF_RZ : !lHas[eDOF_RY] ? eDOF_RY : eDOF_RX;
     }
 }
 
@@ -255,18 +258,16 @@ void KAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
 
 void KAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const
 {
-    static const char* const sWords[6] = {"tx", "ty", "tz", "rz", "ry", "rx"};
     pBone.mOrderCount = 0;
     std::memset(pBone.mLimitsActive, 0, sizeof pBone.mLimitsActive);
     for (const KQexBoneDof& lDof : pDofs)
     {
-        const auto lWord = std::find(std::begin(sWords), std::end(sWords), lDof.mWord);
-        const int  lCode = static_cast<int>(lWord - std::begin(sWords));
-        if (lCode == 6 || pBone.mOrderCount == 6)
+        const int lCode = KDofCodeOf(lDof.mWord);
+        if (lCode < 0 || pBone.mOrderCount == kMaxDofs)
         {
             continue;
         }
-        const double lFactor = lCode < 3 ? mOptions.mLengthUnit / kCentimetresPerInch : 1.0;
+        const double lFactor = KIsTranslationDof(lCode) ? mOptions.mLengthUnit / kCentimetresPerInch : 1.0;
         pBone.mOrderBuf[pBone.mOrderCount++] = lCode;
         pBone.mLimitsActive[lCode][0] = lDof.mHasMin;
         pBone.mLimitsActive[lCode][1] = lDof.mHasMax;
@@ -342,7 +343,7 @@ bool KAsfPreparation::Run()
         SetUnit(*lOrigin.mBone);
         if (mOptions.mServe && lOrigin.mBone != mScene->mRoot)
         {
-            SettleBone(*lOrigin.mBone, mScene->mLengthUnit);
+            RoundBone(*lOrigin.mBone, mScene->mLengthUnit);
         }
     }
     return true;

@@ -54,10 +54,6 @@ private:
     std::vector<std::string>        mWarnings;
 };
 
-/// Rounds a bone's direction, length and axis to values that the written text holds and that come back as they are when it is read
-/// and the skeleton extracted again; the matrices follow. \p pLengthUnit is the scene's.
-void SettleBone(KQexAsfNode& pBone, double pLengthUnit);
-
 } // namespace qexsdk
 
 #endif

@@ -1,8 +1,9 @@
-#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/kqexasfremarks.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/klinereader.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 
 #include <string_view>
@@ -122,7 +123,7 @@ KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLi
             const std::string_view lName = SectionOf(lLines);
             if (lName.empty())
                 continue;
-            lSection = lName.substr(0, 50);
+            lSection = lName.substr(0, kMaxName);
             lBegin = static_cast<int>(lLines.GetLineNumber());
             lHasRoot = lHasRoot || KEqualsFolded(lName, ":root");
         }

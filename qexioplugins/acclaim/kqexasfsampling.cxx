@@ -1,3 +1,4 @@
+#include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/kqexasfdofpose.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
@@ -55,8 +56,8 @@ bool CreateCurves(KQexAsfNode& pNode)
 
     DestroyGroup(pNode.mLTData);
     DestroyGroup(pNode.mLRData);
-    const bool lHasT = !HasDof(pNode, IsTranslationDof) || CreateGroup(pNode.mLTData, pNode, sTranslationSuffixes);
-    const bool lHasR = !HasDof(pNode, IsRotationDof) || CreateGroup(pNode.mLRData, pNode, sRotationSuffixes);
+    const bool lHasT = !HasDof(pNode, KIsTranslationDof) || CreateGroup(pNode.mLTData, pNode, sTranslationSuffixes);
+    const bool lHasR = !HasDof(pNode, KIsRotationDof) || CreateGroup(pNode.mLRData, pNode, sRotationSuffixes);
     return lHasT && lHasR;
 }
 
@@ -198,7 +199,7 @@ bool KQexAsfNode::AddSampleFromDOF(const double* pDOF, const KTime& pTime, doubl
     bool             lAll = true;
     if (HasCurve(mLTData))
     {
-        const KgeTVector lT = KeyTranslation(*this, pDOF, pLengthUnit, pSetRotatePivotOffet);
+        const KgeTVector lT = KeyTranslation(*this, pDOF, pLengthUnit, {pSetRotatePivotOffet, pSetPreRotation});
         lAll = AddKeys(mLTData, lT.mData, lKey, pTime);
     }
     if (HasCurve(mLRData))

@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexdofsolver.h>
 
+#include <kbaselib/kmath/kdofcodes.h>
 #include <kbaselib/kmath/keulernearest.h>
 #include <kbaselib/kmath/keulertable.h>
 
@@ -130,7 +131,7 @@ KDofSolver::KDofSolver(const int* pCodes, int pCount)
 {
     for (int i = 0; i < pCount; ++i)
     {
-        if (pCodes[i] >= 3 && pCodes[i] <= 5)
+        if (KIsRotationDof(pCodes[i]))
         {
             const int lAxis = 5 - pCodes[i];
             mIsDistinct = mIsDistinct && !mHas[lAxis];

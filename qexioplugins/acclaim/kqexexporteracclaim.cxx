@@ -1,11 +1,13 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
+#include <qexioplugins/acclaim/kqexasfhostindex.h>
 #include <qexioplugins/acclaim/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/motion/kqexrestpose.h>
-#include <qexioplugins/motion/kqextakeguard.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <filesystem>
 #include <new>
@@ -15,8 +17,6 @@ namespace qexsdk
 
 namespace
 {
-
-constexpr const char* kDofWords[6] = {"tx", "ty", "tz", "rz", "ry", "rx"};
 
 void AddMessage(KQexExportAcclaimResult& pResult, const std::string& pPath, KQexTextMessage::ESeverity pSeverity, const std::string& pText)
 {
@@ -289,60 +289,12 @@ bool KExport::Finish()
     return lFailed == nullptr || FailOutput(mResult, *lFailed);
 }
 
-/// Finds nodes by name below other nodes: the first in pre-order, as the scene's own search does, without walking each time.
-class KNodeFinder
-{
-public:
-    KNodeFinder(KQexNode* pRoot, bool pIsBare)
-    {
-        std::vector<size_t> lOpen;
-        for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
-        {
-            while (!lOpen.empty() && mNodes[lOpen.back()].mNode != lNode->GetParent())
-            {
-                mNodes[lOpen.back()].mEnd = mNodes.size();
-                lOpen.pop_back();
-            }
-            const std::string lName = pIsBare ? static_cast<const char*>(lNode->GetNameWithoutNameSpacePrefix()) : lNode->GetName();
-            lOpen.push_back(mNodes.size());
-            mPlaces[lName].push_back(mNodes.size());
-            mNodes.push_back(KPlace{lNode, 0});
-        }
-        for (const size_t lPlace : lOpen)
-        {
-            mNodes[lPlace].mEnd = mNodes.size();
-        }
-    }
-
-    /// The place of the first node named \p pName below the one at \p pBelow; \p pBelow itself when there is none.
-    size_t Find(size_t pBelow, const std::string& pName) const
-    {
-        const auto lNamed = mPlaces.find(pName);
-        if (lNamed == mPlaces.end())
-        {
-            return pBelow;
-        }
-        const auto lFound = std::upper_bound(lNamed->second.begin(), lNamed->second.end(), pBelow);
-        return lFound != lNamed->second.end() && *lFound < mNodes[pBelow].mEnd ? *lFound : pBelow;
-    }
-
-    KQexNode* GetNode(size_t pPlace) const { return mNodes[pPlace].mNode; }
-
-private:
-    struct KPlace
-    {
-        KQexNode* mNode;
-        size_t    mEnd; ///< Place behind its last descendant.
-    };
-    std::vector<KPlace>                                  mNodes; ///< In pre-order.
-    std::unordered_map<std::string, std::vector<size_t>> mPlaces;
-};
-
 /// Pairs bones and nodes as KQexAsfScene::MergeQEXToASF does: a bone without a node hands its children to the node above.
-void MakePairs(const KNodeFinder& pFinder, KQexAsfScene* pSkeleton, std::vector<KQexAmcPair>& pPairs, std::vector<std::string>& pUnmatched)
+void MakePairs(const KQexAsfTreeIndex& pNodes, KQexAsfScene* pSkeleton, std::vector<KQexAmcPair>& pPairs,
+               std::vector<std::string>& pUnmatched)
 {
-    std::vector<size_t> lOpen;
-    KQexAsfWalk         lWalk(pSkeleton->mRoot);
+    std::vector<int> lOpen; ///< For each bone on the way down: the number of its node, or of the next one above that has one.
+    KQexAsfWalk      lWalk(pSkeleton->mRoot);
     while (HKQexAsfNode lBone = lWalk.Next())
     {
         if (!lWalk.IsEntering())
@@ -350,17 +302,16 @@ void MakePairs(const KNodeFinder& pFinder, KQexAsfScene* pSkeleton, std::vector<
             lOpen.pop_back();
             continue;
         }
-        const size_t lAbove = lOpen.empty() ? 0 : lOpen.back();
-        const size_t lPlace = lOpen.empty() ? 0 : pFinder.Find(lAbove, lBone->mName);
-        if (lOpen.empty() || lPlace != lAbove)
+        const int lFound = lOpen.empty() ? 0 : pNodes.Find(lBone->mName, lOpen.back());
+        if (lFound >= 0)
         {
-            pPairs.push_back(KQexAmcPair{lBone, pFinder.GetNode(lPlace)});
+            pPairs.push_back(KQexAmcPair{lBone, pNodes.GetNode(lFound)});
         }
         else
         {
             pUnmatched.emplace_back(lBone->mName);
         }
-        lOpen.push_back(lPlace);
+        lOpen.push_back(lFound >= 0 ? lFound : lOpen.back());
     }
 }
 
@@ -369,12 +320,12 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
 {
     KQexAnimStack*           lStack = pOptions.mStack != nullptr ? pOptions.mStack : pRoot->GetScene()->GetEvaluator()->GetContext();
     std::vector<KQexAmcPair> lPairs;
-    MakePairs(KNodeFinder(pRoot, false), pSkeleton, lPairs, pResult.mUnmatched);
+    MakePairs(KQexAsfTreeIndex(pRoot), pSkeleton, lPairs, pResult.mUnmatched);
     if (lPairs.size() == 1 && !pResult.mUnmatched.empty())
     {
         lPairs.clear();
         pResult.mUnmatched.clear();
-        MakePairs(KNodeFinder(pRoot, true), pSkeleton, lPairs, pResult.mUnmatched);
+        MakePairs(KQexAsfTreeIndex(pRoot, KQexAsfTreeIndex::eBARE), pSkeleton, lPairs, pResult.mUnmatched);
     }
     for (const KQexAmcPair& lPair : lPairs)
     {
@@ -462,7 +413,7 @@ KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton)
         for (int i = 0; i < lBone->mOrderCount; ++i)
         {
             const int    lCode = lBone->mOrderBuf[i];
-            const double lFactor = lCode < 3 ? lToCentimetres : 1.0;
+            const double lFactor = KIsTranslationDof(lCode) ? lToCentimetres : 1.0;
             KQexBoneDof  lDof;
             lDof.mWord = kDofWords[lCode];
             lDof.mHasMin = lBone->mLimitsActive[lCode][0];

@@ -44,7 +44,7 @@ bool KQexFileAcclaimAmc::ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOp
 
 bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const KQexAmcReadOptions& pOptions)
 {
-    KQexAmcSampler     lSampler(pOptions.mSetRotatePivotOffet, pOptions.mSetPreRotation);
+    KQexAmcSampler     lSampler({pOptions.mSetRotatePivotOffet, pOptions.mSetPreRotation});
     const HKQexAsfNode lRoot = pAsfScene == nullptr ? nullptr : pAsfScene->mRoot;
     if (lRoot != nullptr)
     {

@@ -1,8 +1,8 @@
 #include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/knumber.h>
 #include <qexioplugins/acclaim/kqexamcheader.h>
 #include <qexioplugins/acclaim/kqexamcreader.h>
-
-#include <kbaselib/kbase/knumber.h>
+#include <qexioplugins/acclaim/kqexasfgrammar.h>
 
 #include <algorithm>
 #include <cmath>
@@ -17,9 +17,6 @@ namespace
 // fill the memory. Beyond the first bound a text file keeps no further warnings either.
 const size_t kMaxSaid = KQexTextFile::kMaxMessages;
 const size_t kMaxSaidLength = 256;
-
-// What the skeleton reader keeps of a bone's name.
-const size_t kMaxBoneName = 50;
 
 int Length(std::string_view pText)
 {
@@ -165,8 +162,8 @@ int KQexAmcReader::FindLine(std::string_view pName)
     std::vector<KQexAmcLine>& lLines = mBones.mLines;
     const int                 lGuess = mLine < 0 ? 0 : lLines[static_cast<size_t>(mLine)].mNext;
     int                       lFound = lLines[static_cast<size_t>(lGuess)].mName == pName ? lGuess : mBones.Find(pName);
-    if (lFound < 0 && pName.size() > kMaxBoneName)
-        lFound = mBones.Find(pName.substr(0, kMaxBoneName));
+    if (lFound < 0 && pName.size() > kMaxName)
+        lFound = mBones.Find(pName.substr(0, kMaxName));
     if (lFound < 0)
         return lFound;
     if (mLine >= 0)

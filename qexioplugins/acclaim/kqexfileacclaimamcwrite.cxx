@@ -1,15 +1,13 @@
-#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
-
+#include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/kparallel.h>
 #include <qexioplugins/acclaim/kqexamcbones.h>
 #include <qexioplugins/acclaim/kqexamcfit.h>
 #include <qexioplugins/acclaim/kqexamcsteps.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasfwalk.h>
+#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 #include <qexioplugins/motion/kqexframewriter.h>
-#include <qexioplugins/motion/kqextakeguard.h>
-
-#include <kbaselib/kbase/knumber.h>
-#include <kbaselib/kbase/kparallel.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,12 @@
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
+#include <kbaselib/kmath/kdofcodes.h>
+
 namespace qexsdk
 {
 
 // The place of an entry is its meaning: the reader acts on the index that a look-up gives, and in smOrder and smDof it is the
-// DOF code that a bone stores. Rotations are listed z, y, x, the reverse of the translations, because the model and the Euler
-// orders count them so.
+// DOF code that a bone stores.
 
 KToken KQexFileAcclaimAsf::smMain[10] = {{":version", 0}, {":name", 0},     {":units", 0},     {":documentation", 0},
                                          {":root", 0},    {":bonedata", 0}, {":hierarchy", 0}, {":skin", 0},
@@ -24,9 +25,11 @@ KToken KQexFileAcclaimAsf::smAngle[3] = {{"deg", 0}, {"rad", 0}, {"", 0}};
 
 KToken KQexFileAcclaimAsf::smAxis[7] = {{"zyx", 0}, {"xzy", 0}, {"yxz", 0}, {"yzx", 0}, {"zxy", 0}, {"xyz", 0}, {"", 0}};
 
-KToken KQexFileAcclaimAsf::smOrder[7] = {{"tx", 0}, {"ty", 0}, {"tz", 0}, {"rz", 0}, {"ry", 0}, {"rx", 0}, {"", 0}};
+KToken KQexFileAcclaimAsf::smOrder[7] = {
+    {kDofWords[0], 0}, {kDofWords[1], 0}, {kDofWords[2], 0}, {kDofWords[3], 0}, {kDofWords[4], 0}, {kDofWords[5], 0}, {"", 0}};
 
-KToken KQexFileAcclaimAsf::smDof[8] = {{"tx", 0}, {"ty", 0}, {"tz", 0}, {"rz", 0}, {"ry", 0}, {"rx", 0}, {"l", 0}, {"", 0}};
+KToken KQexFileAcclaimAsf::smDof[8] = {{kDofWords[0], 0}, {kDofWords[1], 0}, {kDofWords[2], 0}, {kDofWords[3], 0},
+                                       {kDofWords[4], 0}, {kDofWords[5], 0}, {"l", 0},          {"", 0}};
 
 const char KQexFileAcclaimAsf::smType[4] = "ASF";
 const char KQexFileAcclaimAsf::smDel[9] = " \t, ()\r\n";

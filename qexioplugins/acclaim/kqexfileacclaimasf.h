@@ -107,6 +107,7 @@ private:
     bool ReadAxisWord(int& pOrder);
     bool ReadNameWord(char* pName);
 
+    void ReadAngleUnit();
     bool ReadRootLines(HKQexAsfNode pNode);
     bool ReadRootLine(HKQexAsfNode pNode);
     void ReadRootOrder(HKQexAsfNode pNode);

@@ -166,31 +166,39 @@ bool KQexFileAcclaimAsf::ReadUnits()
             return true;
         switch (Handle(smUnits))
         {
-        case 0:
+        case eUNIT_MASS:
             if (!GetDouble(mQexAsfScene->mMassUnit, 1.0))
                 Warning("Can't read mass unit, using %f\n", mQexAsfScene->mMassUnit);
             break;
-        case 1:
+        case eUNIT_LENGTH:
             if (!GetDouble(mQexAsfScene->mLengthUnit, 1.0))
                 Warning("Can't read length unit, using %f\n", mQexAsfScene->mLengthUnit);
             break;
-        case 2:
-        {
-            const int lAngle = Handle(smAngle);
-            if (lAngle == 0)
-                mQexAsfScene->mAngleUnit = 1.0;
-            else if (lAngle == 1)
-                mQexAsfScene->mAngleUnit = kDegreesPerRadian;
-            else
-                Warning("Unknown angle unit, using default (deg)\n");
+        case eUNIT_ANGLE:
+            ReadAngleUnit();
             break;
-        }
         default:
             Warning("Unknown unit token\n");
             break;
         }
     }
     return false;
+}
+
+void KQexFileAcclaimAsf::ReadAngleUnit()
+{
+    switch (Handle(smAngle))
+    {
+    case eANGLE_DEGREES:
+        mQexAsfScene->mAngleUnit = 1.0;
+        break;
+    case eANGLE_RADIANS:
+        mQexAsfScene->mAngleUnit = kDegreesPerRadian;
+        break;
+    default:
+        Warning("Unknown angle unit, using default (deg)\n");
+        break;
+    }
 }
 
 bool KQexFileAcclaimAsf::ReadDocumentation()
@@ -247,16 +255,16 @@ bool KQexFileAcclaimAsf::ReadRootLine(HKQexAsfNode pNode)
 {
     switch (Handle(smRoot))
     {
-    case 0:
+    case eROOT_AXIS:
         return ReadAxisWord(pNode->mOrientationOrder);
-    case 1:
+    case eROOT_ORDER:
         ReadRootOrder(pNode);
         break;
-    case 2:
+    case eROOT_POSITION:
         if (!GetVector(pNode->mPositionV.mData, 1.0))
             Warning("Can't read position, using 0.0 0.0 0.0\n");
         break;
-    case 3:
+    case eROOT_ORIENTATION:
         if (!GetVector(pNode->mOrientationV.mData, 1.0))
             Warning("Can't read orientation, using 0.0 0.0 0.0\n");
         break;

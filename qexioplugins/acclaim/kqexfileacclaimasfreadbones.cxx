@@ -1,8 +1,8 @@
-#include <qexioplugins/acclaim/kqexasfbonevalues.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
 #include <qexioplugins/acclaim/kqexasflocals.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
+#include <cfloat>
 #include <cstring>
 #include <exception>
 
@@ -127,7 +127,9 @@ bool KQexFileAcclaimAsf::ReadBoneDirection(HKQexAsfNode pNode)
         Error("Can't read bone direction\n");
         return false;
     }
-    SettleDirection(*pNode);
+    // A direction of zeros stays: only an exact zero has length zero.
+    if (KgeLength(pNode->mDirectionV) > 0.0)
+        KgeNorm(pNode->mDirectionV, pNode->mDirectionV);
     return true;
 }
 
@@ -138,7 +140,9 @@ bool KQexFileAcclaimAsf::ReadBoneLength(HKQexAsfNode pNode)
         Error("Can't read bone length\n");
         return false;
     }
-    SettleLength(*pNode, mQexAsfScene->mLengthUnit);
+    // The division comes first: its rounding is part of every length.
+    if (mQexAsfScene->mLengthUnit > 0.0)
+        pNode->mLength = (kCentimetresPerInch / mQexAsfScene->mLengthUnit) * pNode->mLength;
     return true;
 }
 
@@ -191,6 +195,20 @@ bool KQexFileAcclaimAsf::AddLengthDof(int pPlace)
         return false;
     }
 }
+
+namespace
+{
+
+/// The limits of the DOF \p pCode: \p pPair is the lower and the upper one. An infinity or NaN is no limit.
+void StoreLimits(KQexAsfNode& pNode, int pCode, const double* pPair)
+{
+    pNode.mLimitsActive[pCode][0] = pPair[0] >= -DBL_MAX;
+    pNode.mLimitsActive[pCode][1] = pPair[1] <= DBL_MAX;
+    for (int i = 0; i < 2; ++i)
+        pNode.mLimitsBuf[pCode][i] = pNode.mLimitsActive[pCode][i] ? pPair[i] : 0.0;
+}
+
+} // namespace
 
 bool KQexFileAcclaimAsf::ReadBoneLimits(HKQexAsfNode pNode)
 {

@@ -1,6 +1,6 @@
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfreader.h>
-#include <qexioplugins/motion/kqextakeguard.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <exception>
 #include <string_view>
@@ -18,7 +18,7 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
 {
     pResult = KQexGltfReadResult();
     pFile.ClearMessages();
-    KQexTakeGuard lTakes(pScene);
+    KQexSceneUndo lUndo(pScene);
     try
     {
         KGltfSource lSource;
@@ -29,7 +29,7 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
         if (!pResult.mCancelled)
         {
             lReader.Finish(pResult);
-            lTakes.Keep();
+            lUndo.Keep();
             return true;
         }
         pFile.Report(KQexTextMessage::eERROR, "Cancelled");

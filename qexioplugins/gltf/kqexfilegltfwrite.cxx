@@ -1,9 +1,8 @@
 #include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
-#include <qexioplugins/motion/kqextakeguard.h>
-
-#include <kbaselib/kbase/koutputfile.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <cctype>
 #include <cstdio>

@@ -1,4 +1,5 @@
 #include <qexioplugins/gltf/kqexgltfjsonwriter.h>
+
 #include <qexioplugins/gltf/kqexgltfnames.h>
 
 #include <charconv>

@@ -1,6 +1,5 @@
-#include <qexioplugins/gltf/kqexgltfwriter.h>
-
 #include <qexioplugins/gltf/kqexgltfnames.h>
+#include <qexioplugins/gltf/kqexgltfwriter.h>
 
 namespace qexsdk
 {

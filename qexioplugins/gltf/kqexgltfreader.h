@@ -39,14 +39,13 @@ struct KGltfReadTrack
     KGltfKeys      mKeys;     ///< How it moves.
 };
 
-/// Builds nodes and takes from a file. Throws KGltfError, and what the standard library throws when memory runs out; unless
-/// Finish() was called, what was built goes with it.
+/// Builds nodes and takes from a file. Throws KGltfError, and what the standard library throws when memory runs out; what was built
+/// is then the caller's to undo.
 class KGltfReader
 {
 public:
     /// Reads \p pSource into \p pScene; messages go to \p pFile. All of them have to outlive this.
     KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions);
-    ~KGltfReader();
     KGltfReader(const KGltfReader&) = delete;
     KGltfReader& operator=(const KGltfReader&) = delete;
 

@@ -1,3 +1,4 @@
+#include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/gltf/kqexgltfreader.h>
 
 #include <cstring>
@@ -93,20 +94,16 @@ void KGltfReader::ReadLimits(const KGltfJson::KValue& pFrom, KQexLimits& pLimits
 
 void KGltfReader::ReadDofs(const KGltfJson::KValue& pFrom, std::vector<KQexBoneDof>& pDofs) const
 {
-    static const char* const sWords[6] = {"tx", "ty", "tz", "rx", "ry", "rz"};
     pDofs.clear();
     for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && pDofs.size() < 6; lFrom = lFrom.GetNext())
     {
         KQexBoneDof lDof;
-        for (const char* lWord : sWords)
-        {
-            lDof.mWord = std::strcmp(lFrom["dof"].GetText(), lWord) == 0 ? lWord : lDof.mWord;
-        }
+        lDof.mWord = lFrom["dof"].GetText();
         lDof.mHasMin = lFrom["min"].Is(KGltfJson::eNUMBER);
         lDof.mHasMax = lFrom["max"].Is(KGltfJson::eNUMBER);
         lDof.mMin = lFrom["min"].GetNumber(0.0);
         lDof.mMax = lFrom["max"].GetNumber(0.0);
-        if (!lDof.mWord.empty())
+        if (KDofCodeOf(lDof.mWord) >= 0)
         {
             pDofs.push_back(lDof);
         }

@@ -118,14 +118,6 @@ KGltfReader::KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* p
 {
 }
 
-KGltfReader::~KGltfReader()
-{
-    for (KQexNode* lRoot : mRoots)
-    {
-        lRoot->Destroy(true, false);
-    }
-}
-
 void KGltfReader::CheckExtensions()
 {
     for (const KGltfJson::KValue& lExtension : GltfMembers(mRoot["extensionsRequired"], "extensionsRequired"))

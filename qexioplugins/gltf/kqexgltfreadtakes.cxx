@@ -1,7 +1,6 @@
-#include <qexioplugins/gltf/kqexgltfreader.h>
-
 #include <kbaselib/kmath/keulernearest.h>
 #include <kbaselib/kmath/kmath.h>
+#include <qexioplugins/gltf/kqexgltfreader.h>
 
 #include <algorithm>
 #include <cmath>

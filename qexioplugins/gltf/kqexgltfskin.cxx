@@ -1,7 +1,6 @@
+#include <kbaselib/kmath/kmath.h>
 #include <qexioplugins/gltf/kqexgltfmesh.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
-
-#include <kbaselib/kmath/kmath.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/gltf/kqexgltfsource.h>
 
 #include <kbaselib/kbase/kinputfile.h>
+#include <kbaselib/kbase/kletters.h>
 
 #include <cmath>
 #include <cstdlib>

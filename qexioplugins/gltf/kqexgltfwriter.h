@@ -1,12 +1,11 @@
 #ifndef QEXIOPLUGINS_GLTF_KQEXGLTFWRITER_H
 #define QEXIOPLUGINS_GLTF_KQEXGLTFWRITER_H
 
+#include <kbaselib/kbase/kparallel.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfbuffer.h>
 #include <qexioplugins/gltf/kqexgltfpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
-
-#include <kbaselib/kbase/kparallel.h>
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
-#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/motion/kqexbvhtokens.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/knumber.h>
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #include <qexioplugins/motion/kqexbvhtokens.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
-#include <qexioplugins/motion/kqextakeguard.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>
 #include <limits>
@@ -38,7 +38,6 @@ public:
 
     bool ReadHierarchy();
     bool ReadMotion(KQexBvhReadResult& pResult);
-    void TakeBack();
     void Finish(KQexBvhReadResult& pResult);
 
 private:
@@ -453,15 +452,6 @@ bool KBvhBuilder::ReadMotion(KQexBvhReadResult& pResult)
     return lOk;
 }
 
-/// Puts the scene back to what it was before the read.
-void KBvhBuilder::TakeBack()
-{
-    for (KQexNode* lRoot : mRoots)
-    {
-        lRoot->Destroy(true, false);
-    }
-}
-
 void KBvhBuilder::Finish(KQexBvhReadResult& pResult)
 {
     KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
@@ -486,14 +476,14 @@ KQexFileBvh::~KQexFileBvh()
 bool KQexFileBvh::Read(KQexScene* pScene, const KQexBvhReadOptions& pOptions, KQexBvhReadResult& pResult)
 {
     pResult = KQexBvhReadResult();
-    KQexTakeGuard lTake(pScene);
+    KQexSceneUndo lUndo(pScene);
     KBvhBuilder   lBuilder(*this, pScene, pOptions);
     try
     {
         if (lBuilder.ReadHierarchy() && lBuilder.ReadMotion(pResult))
         {
             lBuilder.Finish(pResult);
-            lTake.Keep();
+            lUndo.Keep();
             return true;
         }
     }
@@ -501,7 +491,6 @@ bool KQexFileBvh::Read(KQexScene* pScene, const KQexBvhReadOptions& pOptions, KQ
     {
         Error("Out of memory\n");
     }
-    lBuilder.TakeBack();
     return false;
 }
 

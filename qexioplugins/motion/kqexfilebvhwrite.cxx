@@ -1,12 +1,11 @@
+#include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/kparallel.h>
+#include <kbaselib/kmath/keulernearest.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
 #include <qexioplugins/motion/kqexframewriter.h>
 #include <qexioplugins/motion/kqexrestpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
-#include <qexioplugins/motion/kqextakeguard.h>
-
-#include <kbaselib/kbase/knumber.h>
-#include <kbaselib/kbase/kparallel.h>
-#include <kbaselib/kmath/keulernearest.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>
 #include <cmath>

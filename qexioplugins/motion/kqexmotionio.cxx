@@ -1,4 +1,5 @@
 #include <qexioplugins/motion/kqexmotionio.h>
+
 #include <qexscene/kqexscene.h>
 
 #include <cmath>

@@ -1,6 +1,7 @@
+#include <qexioplugins/motion/kqextextfile.h>
+
 #include <kbaselib/kbase/kformat.h>
 #include <kbaselib/kbase/knumber.h>
-#include <qexioplugins/motion/kqextextfile.h>
 
 #include <algorithm>
 #include <cerrno>

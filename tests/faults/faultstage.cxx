@@ -1,7 +1,7 @@
-#include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
 
 #include <apps/asf/asfprogram.h>
+#include <tests/faults/failingallocator.h>
 
 #include <cstdio>
 #include <fcntl.h>

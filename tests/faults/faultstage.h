@@ -5,7 +5,6 @@
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
-
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

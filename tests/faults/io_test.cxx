@@ -1,5 +1,4 @@
 #include <tests/faults/faultstage.h>
-
 #include <tests/support/filefaults.h>
 
 #include <cerrno>

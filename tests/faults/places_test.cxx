@@ -1,8 +1,7 @@
-#include <tests/faults/faultstage.h>
-
-#include <tests/support/asnobody.h>
-
 #include <kbaselib/kbase/kfilecalls.h>
+
+#include <tests/faults/faultstage.h>
+#include <tests/support/asnobody.h>
 
 #include <cerrno>
 #include <cstring>

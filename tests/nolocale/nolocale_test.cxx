@@ -1,6 +1,7 @@
 // A program whose system has no "C" locale to give: what would be written with another locale's numbers is an error instead.
 
 #include <kbaselib/kbase/kformat.h>
+
 #include <qexioplugins/motion/kqextextfile.h>
 
 #include <gtest/gtest.h>

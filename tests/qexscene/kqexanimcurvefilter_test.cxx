@@ -1,9 +1,9 @@
 #include <qexscene/kqexanimcurvefilterconstantkeyreducer.h>
-#include <qexscene/kqexanimcurvefiltergimblekiller.h>
-#include <qexscene/kqexanimcurvefilterunroll.h>
 
 #include <kbaselib/kmath/keulertable.h>
 #include <qexscene/kqexanimcurve.h>
+#include <qexscene/kqexanimcurvefiltergimblekiller.h>
+#include <qexscene/kqexanimcurvefilterunroll.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/nonnumbers.h>
 

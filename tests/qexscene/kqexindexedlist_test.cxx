@@ -1,7 +1,8 @@
 #include <qexscene/kqexindexedlist.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>

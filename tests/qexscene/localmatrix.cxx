@@ -2,7 +2,6 @@
 
 #include <Imath/ImathMatrix.h>
 #include <Imath/ImathVec.h>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 #define TESTS_QEXSCENE_SCENEFIXTURE_H
 
 #include <qexscene/kqexscene.h>
+#include <tests/support/memorywatch.h>
 
 #include <gtest/gtest.h>
-#include <tests/support/memorywatch.h>
 
 #include <initializer_list>
 

@@ -1,4 +1,5 @@
 #include <tests/support/corpus.h>
+
 #include <tests/support/testfolders.h>
 
 #include <nlohmann/json.hpp>

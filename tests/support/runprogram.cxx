@@ -4,7 +4,6 @@
 
 #include <csignal>
 #include <cstdlib>
-
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

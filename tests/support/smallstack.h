@@ -2,10 +2,10 @@
 #define TESTS_SUPPORT_SMALLSTACK_H
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <cstddef>
 #include <functional>
+#include <pthread.h>
 
 /// \file
 /// Running code in a thread with a stack of a given size, which code that recurses over a deep tree does not survive.

@@ -1,10 +1,10 @@
 #include <kbaselib/kbase/kassert.h>
+
 #include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/motion/kqexfilebvh.h>
-
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

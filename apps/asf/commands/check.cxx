@@ -1,9 +1,9 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/inputfile.h>
 #include <apps/asf/motionsurvey.h>
 #include <apps/asf/numbertext.h>
 #include <apps/asf/skeletonfile.h>
+#include <kbaselib/kmath/kdofcodes.h>
 
 #include <CLI/CLI.hpp>
 
@@ -58,8 +58,8 @@ void AddOutside(const KMotionSurvey& pSurvey, KMessages& pMessages)
             if (lDof.mOutside > 0)
             {
                 pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
-                              "Bone " + lBone.mName + ": " + DofWord(lDof.mCode) + " leaves its limits " + LimitsText(lDof) + " in " +
-                                  Count(lDof.mOutside, "frame", "frames") + ", from frame " + std::to_string(lDof.mFirstOutside) +
+                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " leaves its limits " + LimitsText(lDof) +
+                                  " in " + Count(lDof.mOutside, "frame", "frames") + ", from frame " + std::to_string(lDof.mFirstOutside) +
                                   " on, with " + Short(lDof.mLeast) + " to " + Short(lDof.mGreatest));
             }
         }

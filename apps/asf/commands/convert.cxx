@@ -1,5 +1,4 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/converter.h>
 #include <apps/asf/convertoptions.h>
 #include <apps/asf/figurescene.h>

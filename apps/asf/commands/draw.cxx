@@ -1,5 +1,4 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/framelist.h>
 #include <apps/asf/inputfile.h>
 #include <apps/asf/motioninput.h>

@@ -1,10 +1,8 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/inputfile.h>
 #include <apps/asf/motioninput.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/skeletonedit.h>
-
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
@@ -109,7 +107,7 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
     {
         lEdit.RemoveDummies();
     }
-    lEdit.Settle(lResult.mSkeletonNotes);
+    lEdit.MakeWritable(lResult.mSkeletonNotes);
     for (const std::string& lWarning : lEdit.GetWarnings())
     {
         pConsole.Message(eWARNING, lFile.GetShown(), 0, lWarning);

@@ -1,5 +1,4 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/inputfile.h>
 #include <apps/asf/motionsurvey.h>
 #include <apps/asf/skeletoninfo.h>

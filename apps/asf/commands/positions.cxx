@@ -1,5 +1,4 @@
 #include <apps/asf/commands/commands.h>
-
 #include <apps/asf/framelist.h>
 #include <apps/asf/motioninput.h>
 #include <apps/asf/motionscene.h>

@@ -1,6 +1,6 @@
-#include <tests/apps/asf/runasf.h>
-
 #include <apps/asf/picture.h>
+
+#include <tests/apps/asf/runasf.h>
 
 using namespace qextest;
 

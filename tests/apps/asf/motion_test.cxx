@@ -1,6 +1,6 @@
-#include <tests/apps/asf/runasf.h>
-
 #include <apps/asf/framelist.h>
+
+#include <tests/apps/asf/runasf.h>
 
 #include <cmath>
 #include <cstring>

@@ -1,7 +1,8 @@
 #include <kbaselib/kbase/karray.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>

@@ -1,7 +1,8 @@
 #include <kbaselib/kbase/kassert.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/assertwatch.h>
+
+#include <gtest/gtest.h>
 
 namespace qexsdk
 {

@@ -1,7 +1,8 @@
 #include <kbaselib/kbase/kmemory.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>

@@ -1,7 +1,8 @@
 #include <kbaselib/kbase/knumber.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/nonnumbers.h>
+
+#include <gtest/gtest.h>
 
 #include <clocale>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include <kbaselib/kbase/kfilecalls.h>
-#include <kbaselib/kbase/koutputfile.h>
 
+#include <kbaselib/kbase/koutputfile.h>
 #include <tests/support/asnobody.h>
 #include <tests/support/filefaults.h>
 #include <tests/support/memorywatch.h>

@@ -1,10 +1,10 @@
 #include <kbaselib/kmath/kmath.h>
 
-#include <gtest/gtest.h>
 #include <tests/kbaselib/kmath/rotations.h>
 
 #include <Imath/ImathEuler.h>
 #include <Imath/ImathMatrix.h>
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>

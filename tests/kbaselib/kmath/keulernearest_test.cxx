@@ -1,8 +1,9 @@
 #include <kbaselib/kmath/keulernearest.h>
+
 #include <kbaselib/kmath/kmath.h>
+#include <tests/kbaselib/kmath/rotations.h>
 
 #include <gtest/gtest.h>
-#include <tests/kbaselib/kmath/rotations.h>
 
 #include <limits>
 

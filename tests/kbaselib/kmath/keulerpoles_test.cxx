@@ -1,7 +1,8 @@
 #include <kbaselib/kmath/kmath.h>
 
-#include <gtest/gtest.h>
 #include <tests/kbaselib/kmath/rotations.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 

@@ -1,8 +1,9 @@
 #include <kbaselib/kmath/kmath.h>
 
-#include <gtest/gtest.h>
 #include <tests/kbaselib/kmath/rotations.h>
 #include <tests/support/nonnumbers.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>

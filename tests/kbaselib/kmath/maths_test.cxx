@@ -1,7 +1,8 @@
 #include <kbaselib/kmath/maths.h>
 
-#include <gtest/gtest.h>
 #include <tests/support/nonnumbers.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>

@@ -1,9 +1,10 @@
 #include <kbaselib/kmath/kgeom.h>
 
-#include <gtest/gtest.h>
 #include <tests/kbaselib/kmath/rotations.h>
 #include <tests/support/testfolders.h>
 #include <tests/support/vectors.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>

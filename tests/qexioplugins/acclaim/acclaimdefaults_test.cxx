@@ -1,4 +1,5 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
+
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 

@@ -1,8 +1,9 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <kbaselib/kmath/keulerorder.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>

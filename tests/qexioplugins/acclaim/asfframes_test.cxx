@@ -1,7 +1,8 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 

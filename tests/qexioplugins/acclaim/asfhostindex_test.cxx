@@ -1,7 +1,8 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <qexioplugins/acclaim/kqexasfhostindex.h>
+
+#include <gtest/gtest.h>
 
 using namespace qexsdk;
 using namespace qextest;

@@ -1,8 +1,9 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/smallstack.h>
+
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <map>

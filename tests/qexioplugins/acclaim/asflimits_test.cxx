@@ -1,7 +1,8 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <kbaselib/kmath/keulerorder.h>
+
+#include <gtest/gtest.h>
 
 #include <array>
 

@@ -1,9 +1,10 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <kbaselib/kmath/keulerorder.h>
 #include <tests/support/assertwatch.h>
 #include <tests/support/memorywatch.h>
+
+#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include <qexioplugins/acclaim/kqexasfwalk.h>
-#include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

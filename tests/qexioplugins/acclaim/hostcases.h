@@ -1,8 +1,9 @@
 #ifndef TESTS_QEXIOPLUGINS_ACCLAIM_HOSTCASES_H
 #define TESTS_QEXIOPLUGINS_ACCLAIM_HOSTCASES_H
 
-#include <nlohmann/json.hpp>
 #include <qexioplugins/acclaim/kqexasfscene.h>
+
+#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>

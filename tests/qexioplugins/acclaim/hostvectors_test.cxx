@@ -1,9 +1,10 @@
 #include "hostcases.h"
 
-#include <gtest/gtest.h>
 #include <tests/support/assertwatch.h>
 #include <tests/support/testfolders.h>
 #include <tests/support/vectors.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
-#include <qexioplugins/gltf/kqexfilegltf.h>
 
+#include <qexioplugins/gltf/kqexfilegltf.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

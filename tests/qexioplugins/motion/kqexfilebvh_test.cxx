@@ -1,6 +1,6 @@
 #include <qexioplugins/motion/kqexfilebvh.h>
-#include <qexioplugins/motion/kqexsafenames.h>
 
+#include <qexioplugins/motion/kqexsafenames.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 #include <tests/support/texts.h>

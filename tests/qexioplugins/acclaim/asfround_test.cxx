@@ -1,8 +1,9 @@
 #include "asfbuild.h"
 
-#include <gtest/gtest.h>
 #include <kbaselib/kbase/knumber.h>
-#include <qexioplugins/acclaim/kqexasfprepare.h>
+#include <qexioplugins/acclaim/kqexasfround.h>
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -24,17 +25,17 @@ std::string Text(const double* pNumbers, int pCount)
     return lText;
 }
 
-/// What the writer prints of a settled bone.
+/// What the writer prints of a rounded bone.
 std::string Written(const KQexAsfNode& pBone)
 {
     return Text(pBone.mDirectionV.mData, 3) + "| " + Text(&pBone.mLength, 1) + "| " + Text(pBone.mOrientationV.mData, 3);
 }
 
-class KSettleTest : public testing::TestWithParam<double>
+class KRoundTest : public testing::TestWithParam<double>
 {
 protected:
-    KSettleTest() : mBone(Bone(nullptr, "bone")) {}
-    ~KSettleTest() override { QexSdkDelete(mBone); }
+    KRoundTest() : mBone(Bone(nullptr, "bone")) {}
+    ~KRoundTest() override { QexSdkDelete(mBone); }
 
     double Part() { return mPart(mRandom); }
 
@@ -60,12 +61,12 @@ protected:
 
 // Reading makes a direction a unit vector again and an axis a matrix; other formats round the place of a bone's end to a millionth of a
 // centimetre. None of that may change a digit of what is written next.
-TEST_P(KSettleTest, StaysAsItIsWrittenOnceItIsSettled)
+TEST_P(KRoundTest, StaysAsItIsWrittenOnceItIsRounded)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
     {
         SetRandomBone();
-        SettleBone(*mBone, GetParam());
+        RoundBone(*mBone, GetParam());
         const std::string lWritten = Written(*mBone);
         const double      lCentimetres = mBone->mLength * 2.54 / GetParam();
         double            lReach[3];
@@ -77,13 +78,13 @@ TEST_P(KSettleTest, StaysAsItIsWrittenOnceItIsSettled)
         mBone->mLength = KmVlength(lReach) * GetParam() / 2.54;
         KmVnorm(mBone->mDirectionV.mData, lReach);
         SetAxis(mBone, mBone->mOrientationV);
-        SettleBone(*mBone, GetParam());
+        RoundBone(*mBone, GetParam());
         ASSERT_EQ(Written(*mBone), lWritten) << "round " << lRound << ", " << lCentimetres << " cm";
     }
 }
 
 // As many digits as the place of the bone's end has, or one less.
-TEST_P(KSettleTest, MovesTheEndByLittle)
+TEST_P(KRoundTest, MovesTheEndByLittle)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
     {
@@ -91,7 +92,7 @@ TEST_P(KSettleTest, MovesTheEndByLittle)
         const double     lLength = mBone->mLength;
         const KgeTVector lDirection = mBone->mDirectionV;
         const KgeRMatrix lAxis = mBone->mAxisRM;
-        SettleBone(*mBone, GetParam());
+        RoundBone(*mBone, GetParam());
         const double lCentimetres = lLength * 2.54 / GetParam();
         double       lMoved[3];
         for (int i = 0; i < 3; ++i)
@@ -108,30 +109,30 @@ TEST_P(KSettleTest, MovesTheEndByLittle)
     }
 }
 
-// No side is preferred: the mirror image of a direction settles as the mirror image.
-TEST_P(KSettleTest, SettlesMirrorImagesAlike)
+// No side is preferred: the mirror image of a direction is rounded to the mirror image.
+TEST_P(KRoundTest, RoundsMirrorImagesAlike)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
     {
         SetRandomBone();
         const KgeTVector lDirection = mBone->mDirectionV;
         const double     lLength = mBone->mLength;
-        SettleBone(*mBone, GetParam());
-        const KgeTVector lSettled = mBone->mDirectionV;
+        RoundBone(*mBone, GetParam());
+        const KgeTVector lRounded = mBone->mDirectionV;
         for (int lAxis = 0; lAxis < 3; ++lAxis)
         {
             mBone->mDirectionV = lDirection;
             mBone->mDirectionV[lAxis] = -mBone->mDirectionV[lAxis];
             mBone->mLength = lLength;
-            SettleBone(*mBone, GetParam());
+            RoundBone(*mBone, GetParam());
             for (int i = 0; i < 3; ++i)
             {
-                ASSERT_EQ(mBone->mDirectionV[i], i == lAxis ? -lSettled[i] : lSettled[i]) << "round " << lRound;
+                ASSERT_EQ(mBone->mDirectionV[i], i == lAxis ? -lRounded[i] : lRounded[i]) << "round " << lRound;
             }
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(LengthUnits, KSettleTest, testing::Values(2.54, 0.45, 1.0, 0.0254));
+INSTANTIATE_TEST_SUITE_P(LengthUnits, KRoundTest, testing::Values(2.54, 0.45, 1.0, 0.0254));
 
 } // namespace

@@ -1,4 +1,4 @@
-#include <qexioplugins/acclaim/kqexasfprepare.h>
+#include <qexioplugins/acclaim/kqexasfround.h>
 
 #include <kbaselib/kbase/knumber.h>
 #include <qexioplugins/acclaim/kqexasfgrammar.h>
@@ -46,7 +46,7 @@ double UnitOff(const double* pDirection, const double* pFrom)
 }
 
 /// The rounding of \p pUnit moved by whole steps.
-void RoundDirection(const double* pUnit, const int* pMoves, double pScale, double* pRounded)
+void RoundComponents(const double* pUnit, const int* pMoves, double pScale, double* pRounded)
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -56,14 +56,14 @@ void RoundDirection(const double* pUnit, const int* pMoves, double pScale, doubl
 
 /// Of the roundings next to a direction the nearest that is settled: made a unit vector it moves by \p pMost steps at most, so that it still
 /// rounds to itself. False when there is none.
-bool FindSettled(const double* pUnit, double pScale, double pMost, double* pFound)
+bool FindStable(const double* pUnit, double pScale, double pMost, double* pFound)
 {
     double lLeast = std::numeric_limits<double>::infinity();
     for (int lTry = 0; lTry < 27; ++lTry)
     {
         const int lMoves[3] = {lTry % 3 - 1, lTry / 3 % 3 - 1, lTry / 9 - 1};
         double    lRounded[3];
-        RoundDirection(pUnit, lMoves, pScale, lRounded);
+        RoundComponents(pUnit, lMoves, pScale, lRounded);
         const double lOff[3] = {lRounded[0] - pUnit[0], lRounded[1] - pUnit[1], lRounded[2] - pUnit[2]};
         const double lDistance = KmVlength(lOff);
         if (lDistance < lLeast && UnitOff(lRounded, lRounded) * pScale <= pMost)
@@ -80,7 +80,7 @@ bool IsShort(const double* pUnit, double pScale, double pMost, double* pFound)
 {
     const int lNoMoves[3] = {};
     double    lRounded[3];
-    RoundDirection(pUnit, lNoMoves, pScale, lRounded);
+    RoundComponents(pUnit, lNoMoves, pScale, lRounded);
     if (UnitOff(lRounded, pUnit) * pScale > pMost || UnitOff(lRounded, lRounded) * pScale > kMostShort)
     {
         return false;
@@ -92,7 +92,7 @@ bool IsShort(const double* pUnit, double pScale, double pMost, double* pFound)
 /// A direction is made a unit vector again when it is read, and other formats round the place it leads to: it is rounded such that
 /// neither changes a digit. A short bone's direction keeps fewer digits, as the places have no more; one digit less is kept where none
 /// of the roundings holds, and then found again by its being that short. So no other direction may look as if it were.
-void SettleDirection(KQexAsfNode& pBone, double pLengthUnit)
+void RoundDirection(KQexAsfNode& pBone, double pLengthUnit)
 {
     const double lLength = pBone.mLength * kCentimetresPerInch / (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch);
     const double lDecimals = std::floor(-std::log10(4.0 * kPlaceNoise / std::max(lLength, 1e-9)));
@@ -102,22 +102,22 @@ void SettleDirection(KQexAsfNode& pBone, double pLengthUnit)
     KmVnorm(lUnit, pBone.mDirectionV.mData);
     if (!IsShort(lUnit, lScale / 10.0, 2.0 * kPlaceSteps / 10.0, lFound))
     {
-        if (FindSettled(lUnit, lScale, kMostOff, lFound))
+        if (FindStable(lUnit, lScale, kMostOff, lFound))
         {
             KmVnorm(lUnit, lFound);
             IsShort(lUnit, lScale / 10.0, 3.0 * kPlaceSteps / 10.0, lFound);
         }
-        else if (!FindSettled(lUnit, lScale / 10.0, kMostShort, lFound))
+        else if (!FindStable(lUnit, lScale / 10.0, kMostShort, lFound))
         {
             const int lNoMoves[3] = {};
-            RoundDirection(lUnit, lNoMoves, lScale, lFound);
+            RoundComponents(lUnit, lNoMoves, lScale, lFound);
         }
     }
     pBone.mDirectionV = lFound;
 }
 
 /// A length keeps the digits that places have.
-void SettleLength(KQexAsfNode& pBone, double pLengthUnit)
+void RoundLength(KQexAsfNode& pBone, double pLengthUnit)
 {
     const double lNoise = kPlaceNoise * (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch) / kCentimetresPerInch;
     pBone.mLength = Rounded(pBone.mLength, std::pow(10.0, std::floor(-std::log10(4.0 * lNoise))));
@@ -125,22 +125,22 @@ void SettleLength(KQexAsfNode& pBone, double pLengthUnit)
 
 /// Angles are decomposed again when the skeleton has gone through a scene: rounds until that changes no digit. Half a turn is
 /// always written as 180.
-void SettleAxis(KQexAsfNode& pBone)
+void RoundAxis(KQexAsfNode& pBone)
 {
     for (int lTurn = 0; lTurn < kMaxTurns; ++lTurn)
     {
-        bool   lIsSettled = lTurn > 0;
+        bool   lIsStable = lTurn > 0;
         double lAngles[3];
         KmRtoVord(lAngles, pBone.mAxisRM.mData, 0);
         for (int i = 0; i < 3; ++i)
         {
             lAngles[i] = Rounded(lAngles[i], kAngleScale);
             lAngles[i] = lAngles[i] == -180.0 ? 180.0 : lAngles[i];
-            lIsSettled = lIsSettled && lAngles[i] == pBone.mOrientationV.mData[i];
+            lIsStable = lIsStable && lAngles[i] == pBone.mOrientationV.mData[i];
         }
         pBone.mOrientationV = lAngles;
         KgeSet(pBone.mAxisRM, pBone.mOrientationV);
-        if (lIsSettled)
+        if (lIsStable)
         {
             break;
         }
@@ -151,11 +151,11 @@ void SettleAxis(KQexAsfNode& pBone)
 
 } // namespace
 
-void SettleBone(KQexAsfNode& pBone, double pLengthUnit)
+void RoundBone(KQexAsfNode& pBone, double pLengthUnit)
 {
-    SettleLength(pBone, pLengthUnit);
-    SettleDirection(pBone, pLengthUnit);
-    SettleAxis(pBone);
+    RoundLength(pBone, pLengthUnit);
+    RoundDirection(pBone, pLengthUnit);
+    RoundAxis(pBone);
 }
 
 } // namespace qexsdk

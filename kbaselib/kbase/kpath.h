@@ -1,0 +1,20 @@
+#ifndef KBASELIB_KBASE_KPATH_H
+#define KBASELIB_KBASE_KPATH_H
+
+#include <string>
+
+namespace qexsdk
+{
+
+/// The file's name in \p pPath without folder and extension; folders end at / or \. A name that only begins with a point has no extension.
+inline std::string KPathStem(const std::string& pPath)
+{
+    const size_t      lSlash = pPath.find_last_of("/\\");
+    const std::string lName = lSlash == std::string::npos ? pPath : pPath.substr(lSlash + 1);
+    const size_t      lPoint = lName.rfind('.');
+    return lPoint == std::string::npos || lPoint == 0 ? lName : lName.substr(0, lPoint);
+}
+
+} // namespace qexsdk
+
+#endif
