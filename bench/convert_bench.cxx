@@ -3,7 +3,7 @@
 
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
-#include <qexioplugins/motion/kqexfilebvh.h>
+#include <qexioplugins/bvh/kqexfilebvh.h>
 #ifdef QEX_BENCH_GLTF
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #endif

@@ -2,6 +2,7 @@
 
 #include <bench/benchsupport.h>
 #include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/knumberscan.h>
 #include <kbaselib/kmath/kgeom.h>
 
 #include <charconv>

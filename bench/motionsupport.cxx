@@ -1,6 +1,6 @@
 #include <bench/motionsupport.h>
 
-#include <qexioplugins/motion/kqexfilebvh.h>
+#include <qexioplugins/bvh/kqexfilebvh.h>
 
 #include <charconv>
 #include <cmath>

@@ -1,10 +1,32 @@
-# cmake -P cmake/CheckLayers.cmake: each layer includes only itself, the layers below it and the language's standard library.
+# cmake -P cmake/CheckLayers.cmake: each folder includes only itself, the folders below it and the language's standard library.
 # Exceptions: the base layer's file input and output call POSIX, the glTF plug-in stands on nlohmann-json.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(kRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
-set(kLayers kbaselib/kbase kbaselib/kmath qexscene qexioplugins/motion qexioplugins/acclaim qexioplugins/gltf)
+# Folder, then the folders that it may include beside itself. Sub-folders without a row are part of the folder above. The public headers
+# of a folder with sub-folders stand beside them, and are open to all of them.
+set(kBase kbaselib/kbase)
+set(kMath ${kBase} kbaselib/kmath)
+set(kScene ${kMath} qexscene)
+set(kMotion ${kScene} qexioplugins/motion)
+set(kAcclaim qexioplugins/acclaim)
+
+set(kMay_kbaselib/kbase ${kBase})
+set(kMay_kbaselib/kmath ${kBase})
+set(kMay_qexscene ${kMath})
+set(kMay_qexioplugins/motion ${kScene})
+set(kMay_qexioplugins/bvh ${kMotion})
+set(kMay_${kAcclaim}/model ${kMotion} ${kAcclaim})
+set(kMay_${kAcclaim}/asf ${kMay_${kAcclaim}/model} ${kAcclaim}/model)
+set(kMay_${kAcclaim}/amc ${kMay_${kAcclaim}/asf})
+set(kMay_${kAcclaim}/scene ${kMay_${kAcclaim}/asf} ${kAcclaim}/asf ${kAcclaim}/amc)
+set(kMay_${kAcclaim}/exchange ${kMay_${kAcclaim}/scene} ${kAcclaim}/scene)
+set(kMay_${kAcclaim} ${kMay_${kAcclaim}/exchange} ${kAcclaim}/exchange)
+set(kMay_qexioplugins/gltf ${kMotion})
+
+# A header that only forwards to its new place.
+set(kForwarding qexioplugins/motion/kqexfilebvh.h)
 
 set(kStandard
     algorithm any array atomic bitset charconv chrono codecvt complex condition_variable deque exception execution filesystem
@@ -15,26 +37,48 @@ set(kStandard
     cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib
     cstring ctime cuchar cwchar cwctype)
 
-set(lMore_kbaselib/kbase errno.h fcntl.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
+set(lMore_kbaselib/kbase errno.h fcntl.h locale.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
 set(lMore_qexioplugins/gltf nlohmann/json.hpp)
 
+get_cmake_property(lVariables VARIABLES)
+set(lFolders "")
+foreach(lVariable IN LISTS lVariables)
+    if(lVariable MATCHES "^kMay_(.+)$")
+        list(APPEND lFolders "${CMAKE_MATCH_1}")
+    endif()
+endforeach()
+
+# The folder with a row that a file belongs to.
+function(find_folder pFile pResult)
+    get_filename_component(lFolder "${pFile}" DIRECTORY)
+    while(lFolder AND NOT lFolder IN_LIST lFolders)
+        get_filename_component(lFolder "${lFolder}" DIRECTORY)
+    endwhile()
+    set(${pResult} "${lFolder}" PARENT_SCOPE)
+endfunction()
+
 set(lBad "")
-set(lBelow "")
 set(lCount 0)
-foreach(lLayer IN LISTS kLayers)
-    list(APPEND lBelow "${lLayer}")
-    file(GLOB lFiles "${kRoot}/${lLayer}/*.h" "${kRoot}/${lLayer}/*.cxx")
-    foreach(lFile IN LISTS lFiles)
-        math(EXPR lCount "${lCount} + 1")
-        file(STRINGS "${lFile}" lLines REGEX "^[ \t]*#[ \t]*include")
-        foreach(lLine IN LISTS lLines)
-            string(REGEX REPLACE "^[^<\"]*[<\"]([^>\"]*)[>\"].*$" "\\1" lHeader "${lLine}")
-            get_filename_component(lFolder "${lHeader}" DIRECTORY)
-            if(NOT lHeader IN_LIST kStandard AND NOT lHeader IN_LIST lMore_${lLayer} AND NOT lFolder IN_LIST lBelow)
-                file(RELATIVE_PATH lName "${kRoot}" "${lFile}")
-                list(APPEND lBad "${lName}: ${lHeader}")
-            endif()
-        endforeach()
+file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*")
+list(FILTER lFiles INCLUDE REGEX "\\.(h|cxx)$")
+foreach(lFile IN LISTS lFiles)
+    math(EXPR lCount "${lCount} + 1")
+    find_folder("${lFile}" lFrom)
+    file(STRINGS "${kRoot}/${lFile}" lLines REGEX "^[ \t]*#[ \t]*include")
+    foreach(lLine IN LISTS lLines)
+        string(REGEX REPLACE "^[^<\"]*[<\"]([^>\"]*)[>\"].*$" "\\1" lHeader "${lLine}")
+        find_folder("${lHeader}" lTo)
+        # A public header shows nothing of the folders below it.
+        set(lIsInside FALSE)
+        if(lFile MATCHES "\\.h$" AND lTo MATCHES "^${lFrom}/")
+            set(lIsInside TRUE)
+        endif()
+        if(lHeader IN_LIST kStandard OR lHeader IN_LIST lMore_${lFrom} OR lFile IN_LIST kForwarding)
+            continue()
+        endif()
+        if(NOT lTo OR lIsInside OR NOT (lTo STREQUAL lFrom OR lTo IN_LIST kMay_${lFrom}))
+            list(APPEND lBad "${lFile}: ${lHeader}")
+        endif()
     endforeach()
 endforeach()
 

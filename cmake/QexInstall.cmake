@@ -12,12 +12,10 @@ foreach(lLayer IN LISTS lLayers)
         RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endforeach()
 
-get_property(lFolders GLOBAL PROPERTY QEX_FOLDERS)
-foreach(lFolder IN LISTS lFolders)
-    if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${lFolder}")
-        install(DIRECTORY "${PROJECT_SOURCE_DIR}/${lFolder}/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${lFolder}"
-            FILES_MATCHING PATTERN "*.h")
-    endif()
+get_property(lHeaders GLOBAL PROPERTY QEX_HEADERS)
+foreach(lHeader IN LISTS lHeaders)
+    get_filename_component(lFolder "${lHeader}" DIRECTORY)
+    install(FILES "${PROJECT_SOURCE_DIR}/${lHeader}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${lFolder}")
 endforeach()
 
 install(EXPORT qexTargets NAMESPACE qex:: DESTINATION "${lPackageDir}")

@@ -30,12 +30,13 @@ macro(qex_find_package pPackage pDebian pOption)
     endif()
 endmacro()
 
-# One layer of the library: target qex_NAME, alias qex::NAME, made of FOLDER/*.cxx. A folder without sources makes an interface target.
-# Sets QEX_NAME_KIND to INTERFACE or LIBRARY.
+# One layer of the library: target qex_NAME, alias qex::NAME, made of all sources in and below FOLDER. A folder without sources makes an
+# interface target. HEADERS are the public headers, those that are installed; DEPENDS the layers that it uses; EXTERNAL what it links
+# beside them. Sets QEX_NAME_KIND to INTERFACE or LIBRARY.
 function(qex_add_layer pName)
-    cmake_parse_arguments(PARSE_ARGV 1 lArg "" "FOLDER" "DEPENDS;EXTERNAL")
+    cmake_parse_arguments(PARSE_ARGV 1 lArg "" "FOLDER" "HEADERS;DEPENDS;EXTERNAL")
     set(lTarget qex_${pName})
-    file(GLOB lSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${lArg_FOLDER}/*.cxx")
+    file(GLOB_RECURSE lSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${lArg_FOLDER}/*.cxx")
     list(TRANSFORM lArg_DEPENDS PREPEND qex_ OUTPUT_VARIABLE lDepends)
 
     if(lSources)
@@ -69,5 +70,6 @@ function(qex_add_layer pName)
 
     set(QEX_${pName}_KIND ${lKind} PARENT_SCOPE)
     set_property(GLOBAL APPEND PROPERTY QEX_LAYERS ${pName})
-    set_property(GLOBAL APPEND PROPERTY QEX_FOLDERS ${lArg_FOLDER})
+    list(TRANSFORM lArg_HEADERS PREPEND "${lArg_FOLDER}/" OUTPUT_VARIABLE lHeaders)
+    set_property(GLOBAL APPEND PROPERTY QEX_HEADERS ${lHeaders})
 endfunction()

@@ -1,6 +1,7 @@
 /// The motion reader and the importer: a skeleton, a NUL, a motion.
 
 #include <fuzz/fuzzsupport.h>
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 using namespace qexsdk;
 

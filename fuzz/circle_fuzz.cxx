@@ -3,6 +3,7 @@
 #include <fuzz/fuzzsupport.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 using namespace qexsdk;
 

@@ -2,6 +2,7 @@
 /// skeleton.
 
 #include <fuzz/fuzzsupport.h>
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 using namespace qexsdk;
 

@@ -2,7 +2,7 @@
 #define FUZZ_FUZZSUPPORT_H
 
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
-#include <qexioplugins/motion/kqexfilebvh.h>
+#include <qexioplugins/bvh/kqexfilebvh.h>
 
 #include <cstdint>
 #include <cstdlib>

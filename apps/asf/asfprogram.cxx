@@ -2,7 +2,7 @@
 
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/console.h>
-#include <apps/asf/convertoptions.h>
+#include <apps/asf/figure/convertoptions.h>
 #include <apps/asf/outputs.h>
 
 #include <CLI/CLI.hpp>

@@ -1,6 +1,7 @@
 #include <kbaselib/kbase/knumber.h>
 
 #include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/knumberscan.h>
 
 #include <algorithm>
 #include <charconv>

@@ -2,7 +2,6 @@
 #define KBASELIB_KBASE_KNUMBER_H
 
 #include <kbaselib/kbase/kbaseexport.h>
-#include <kbaselib/kbase/knumberscan.h>
 
 #include <cstddef>
 #include <string>

@@ -2,6 +2,7 @@
 
 #include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
+#include <kbaselib/kbase/koutputnames.h>
 #include <kbaselib/kbase/kpendingfiles.h>
 
 #include <atomic>
@@ -21,48 +22,7 @@ namespace
 {
 
 constexpr size_t kBufferSize = 65536;
-constexpr int    kMaxLinks = 40;      ///< As many symbolic links in a row as the system itself follows.
-constexpr int    kMaxAttempts = 1000; ///< Names tried for a temporary file.
 constexpr mode_t kModeBits = 07777;
-
-std::atomic<unsigned> sNameCount{0};
-
-/// The folder part of \p pPath with its last slash, "" when there is none.
-std::string FolderOf(const std::string& pPath)
-{
-    const size_t lSlash = pPath.rfind('/');
-    return lSlash == std::string::npos ? std::string() : pPath.substr(0, lSlash + 1);
-}
-
-/// A name in the folder of \p pTarget that no other output of this process has.
-std::string NameBeside(const std::string& pTarget)
-{
-    return FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-" + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
-}
-
-/// What \p pPath stands for when its last part is a symbolic link, and links behind that, whether or not the file exists.
-/// 0, or an errno.
-int FollowLinks(std::string& pPath)
-{
-    const KFileCalls& lCalls = KFileCallsInUse();
-    for (int i = 0; i < kMaxLinks; ++i)
-    {
-        struct stat lStat;
-        if (lCalls.mLinkStat(pPath.c_str(), &lStat) != 0)
-            return errno == ENOENT ? 0 : errno;
-        if (!S_ISLNK(lStat.st_mode))
-            return 0;
-        char          lText[PATH_MAX];
-        const ssize_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
-        if (lSize < 0)
-            return errno;
-        if (static_cast<size_t>(lSize) == sizeof lText)
-            return ENAMETOOLONG;
-        const std::string lLink(lText, static_cast<size_t>(lSize));
-        pPath = !lLink.empty() && lLink[0] == '/' ? lLink : FolderOf(pPath) + lLink;
-    }
-    return ELOOP;
-}
 
 } // namespace
 
@@ -104,7 +64,7 @@ bool KOutputFile::Open(const char* pPath)
             return OpenDirect(pPath);
 
         std::string lTarget = pPath;
-        if (const int lError = FollowLinks(lTarget))
+        if (const int lError = KFollowLinks(lTarget))
             return Fail(lError);
         // Replacing a file asks nothing of the file itself, but who made it read-only does not want it replaced.
         if (lExists && KFileCallsInUse().mAccess(lTarget.c_str(), W_OK) != 0)
@@ -144,10 +104,10 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
 {
     const KFileCalls& lCalls = KFileCallsInUse();
     mTarget = pTarget;
-    for (int i = 0; i < kMaxAttempts && mFile < 0; ++i)
+    for (int i = 0; i < kMaxTemporaryNames && mFile < 0; ++i)
     {
         // Noted before it exists: a signal in between finds nothing to remove, which does no harm.
-        mTemporary = NameBeside(pTarget);
+        mTemporary = KTemporaryName(pTarget);
         mSlot = KPendingFileAdd(mTemporary);
         mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (mFile >= 0)
@@ -265,83 +225,6 @@ bool KOutputFile::Commit()
 bool KOutputFile::Close()
 {
     return Commit();
-}
-
-KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
-{
-    KOutputFile* lFailed = nullptr;
-    for (size_t i = 0; i < pCount && lFailed == nullptr; ++i)
-        if (!pOutputs[i]->Prepare())
-            lFailed = pOutputs[i];
-    size_t lDone = 0;
-    for (; lDone < pCount && lFailed == nullptr; ++lDone)
-        // Nothing comes behind the last one that could still fail.
-        if ((lDone + 1 < pCount && !pOutputs[lDone]->KeepOld()) || !pOutputs[lDone]->Commit())
-            lFailed = pOutputs[lDone];
-    for (size_t i = 0; i < pCount && lFailed != nullptr; ++i)
-    {
-        if (i < lDone && pOutputs[i] != lFailed)
-            pOutputs[i]->PutOldBack();
-        else
-            pOutputs[i]->Discard();
-    }
-    for (size_t i = 0; i < pCount; ++i)
-        pOutputs[i]->DropOld();
-    return lFailed;
-}
-
-/// Gives the file that is about to be replaced a second name. True when there is none, or the file system has no such names.
-bool KOutputFile::KeepOld()
-{
-    const KFileCalls& lCalls = KFileCallsInUse();
-    mHadOld = true;
-    if (mTemporary.empty())
-        return true;
-    for (int i = 0; i < kMaxAttempts; ++i)
-    {
-        try
-        {
-            mOld = NameBeside(mTarget);
-        }
-        catch (const std::bad_alloc&)
-        {
-            return Fail(ENOMEM);
-        }
-        mOldSlot = KPendingFileAdd(mOld);
-        if (lCalls.mLink(mTarget.c_str(), mOld.c_str()) == 0)
-            return true;
-        const int lError = errno;
-        KPendingFileRemove(mOldSlot);
-        mOld.clear();
-        mHadOld = lError != ENOENT;
-        if (lError == ENOENT || lError == EPERM || lError == EOPNOTSUPP || lError == EMLINK || lError == ENOSYS)
-            return true;
-        if (lError != EEXIST)
-            return Fail(lError);
-    }
-    return Fail(EEXIST);
-}
-
-/// Undoes a commit, as far as the old file is still there.
-void KOutputFile::PutOldBack()
-{
-    mResult = false;
-    if (!mOld.empty() && KFileCallsInUse().mRename(mOld.c_str(), mTarget.c_str()) == 0)
-    {
-        KPendingFileRemove(mOldSlot);
-        mOld.clear();
-    }
-    else if (!mHadOld)
-        KFileCallsInUse().mUnlink(mTarget.c_str());
-}
-
-void KOutputFile::DropOld()
-{
-    if (mOld.empty())
-        return;
-    KFileCallsInUse().mUnlink(mOld.c_str());
-    KPendingFileRemove(mOldSlot);
-    mOld.clear();
 }
 
 void KOutputFile::Discard()

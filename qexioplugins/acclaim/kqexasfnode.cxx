@@ -1,6 +1,6 @@
 #include <qexioplugins/acclaim/kqexasfnode.h>
 
-#include <qexioplugins/acclaim/kqexasfwalk.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
 #include <cstring>
 

@@ -25,4 +25,10 @@ HKQexAsfNode KQexAsfScene::GetRootNode()
     return mRoot;
 }
 
+void KQexAsfSceneDestroyer::operator()(KQexAsfScene* pScene) const
+{
+    if (pScene != nullptr)
+        pScene->Destroy();
+}
+
 } // namespace qexsdk

@@ -3,6 +3,8 @@
 
 #include <qexioplugins/acclaim/kqexasfnode.h>
 
+#include <memory>
+
 namespace qexsdk
 {
 
@@ -74,6 +76,16 @@ private:
     void SetupNode(KQexAsfNode* pAsfNode, KQexVector4 pT, KQexVector4 pR, KQexVector4 pGS);
     bool RecursiveMerge(KQexNode* pQexNode, KQexAsfNode* pAsfNode, KQexAsfNode* pAsfReferenceNode);
 };
+
+/// Releases a skeleton through its own Destroy().
+struct QEX_API KQexAsfSceneDestroyer
+{
+    /// Releases the skeleton with all its bones; null is allowed.
+    void operator()(KQexAsfScene* pScene) const;
+};
+
+/// A skeleton that is released with its owner.
+using KQexAsfSceneOwner = std::unique_ptr<KQexAsfScene, KQexAsfSceneDestroyer>;
 
 } // namespace qexsdk
 

@@ -1,7 +1,9 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXEXPORTERACCLAIM_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXEXPORTERACCLAIM_H
 
-#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <qexioplugins/acclaim/kqexasfscene.h>
+#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+#include <qexioplugins/motion/kqextextmessage.h>
 
 #include <string>
 #include <vector>

@@ -1,8 +1,10 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
-#include <qexioplugins/acclaim/kqexamcreader.h>
-#include <qexioplugins/acclaim/kqexamcsampler.h>
-#include <qexioplugins/acclaim/kqexasfcurves.h>
+#include <qexioplugins/acclaim/amc/kqexamcreader.h>
+#include <qexioplugins/acclaim/amc/kqexamcsampler.h>
+#include <qexioplugins/acclaim/amc/kqexamcwriter.h>
+#include <qexioplugins/acclaim/model/kqexasfcurves.h>
+#include <qexscene/kqexsceneundo.h>
 
 #include <new>
 
@@ -69,6 +71,41 @@ bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const 
     else
         lRoot->StopSamplingData();
     return lOk;
+}
+
+bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions)
+{
+    if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr || pPairs.empty() || pOptions.mSampling.mCount < 1)
+    {
+        Error("Nothing to write\n");
+        return false;
+    }
+    KQexAnimEvaluator*     lEvaluator = pPairs.front().mNode->GetScene()->GetEvaluator();
+    const KQexContextGuard lContext(lEvaluator);
+    try
+    {
+        KQexAmcWriter lWriter(*this, pAsfScene, pOptions);
+        lEvaluator->SetContext(pOptions.mRestStack);
+        if (!lWriter.Prepare(pAsfScene->mRoot, pPairs))
+        {
+            Error("Out of memory\n");
+            return false;
+        }
+        lEvaluator->SetContext(pOptions.mStack);
+        lWriter.LookAhead();
+        lWriter.WriteHeader();
+        if (!lWriter.WriteFrames())
+        {
+            return false;
+        }
+        lWriter.TellLosses();
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        Error("Out of memory\n");
+        return false;
+    }
 }
 
 } // namespace qexsdk

@@ -1,6 +1,6 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
-#include <qexioplugins/acclaim/kqexacclaimimport.h>
+#include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <algorithm>
 #include <mutex>
@@ -64,12 +64,6 @@ KQexAcclaimSource KQexAcclaimSource::Buffer(const char* pData, size_t pSize, con
     return lSource;
 }
 
-void KQexAsfSceneDestroyer::operator()(KQexAsfScene* pScene) const
-{
-    if (pScene != nullptr)
-        pScene->Destroy();
-}
-
 size_t KQexImportAcclaimResult::CountMessages(bool pErrors) const
 {
     const KQexTextMessage::ESeverity lWanted = pErrors ? KQexTextMessage::eERROR : KQexTextMessage::eWARNING;
@@ -83,7 +77,7 @@ bool KQexImporterAcclaim::Import(KQexScene* pScene, const KQexAcclaimSource& pSk
     return RunLocked(pResult,
                      [&]
                      {
-                         KQexAcclaimImport lImport(pScene, pOptions, pResult);
+                         KQexImportRun     lImport(pScene, pOptions, pResult);
                          KQexAsfSceneOwner lAsfScene = lImport.ReadSkeleton(pSkeleton);
                          if (lAsfScene == nullptr || !lImport.ReadMotions(*lAsfScene, pMotions) || !lImport.Attach(*lAsfScene))
                              return false;
@@ -118,7 +112,7 @@ bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScen
                              std::swap(lOwn, pResult.mSkeletonNotes);
                          else
                              pResult.mSkeletonNotes = pNotes;
-                         KQexAcclaimImport lImport(pScene, pOptions, pResult);
+                         KQexImportRun lImport(pScene, pOptions, pResult);
                          if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
                              return lImport.Fail("The motion has no skeleton");
                          return lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
@@ -132,7 +126,7 @@ KQexAsfSceneOwner KQexImporterAcclaim::ReadSkeleton(const KQexAcclaimSource& pSk
     RunLocked(pResult,
               [&]
               {
-                  lAsfScene = KQexAcclaimImport(nullptr, pOptions, pResult).ReadSkeleton(pSkeleton);
+                  lAsfScene = KQexImportRun(nullptr, pOptions, pResult).ReadSkeleton(pSkeleton);
                   return lAsfScene != nullptr;
               });
     return lAsfScene;

@@ -66,13 +66,6 @@ struct QEX_API KQexImportAcclaimOptions
     KQexProgress mProgress;             ///< Called now and then with the part done, 0 to 1; false cancels. Empty: never.
 };
 
-/// A message with the file that it is about.
-struct QEX_API KQexImportMessage
-{
-    std::string     mPath;    ///< Path, or name of the buffer.
-    KQexTextMessage mMessage; ///< Severity, line (0: the file as a whole) and text.
-};
-
 /// One motion that was imported.
 struct QEX_API KQexImportedTake
 {
@@ -80,16 +73,6 @@ struct QEX_API KQexImportedTake
     std::string mPath; ///< Path or name of the motion it comes from.
     KQexAmcInfo mInfo; ///< Frames, rate and times.
 };
-
-/// Releases a skeleton through its own Destroy().
-struct QEX_API KQexAsfSceneDestroyer
-{
-    /// Releases the skeleton with all its bones; null is allowed.
-    void operator()(KQexAsfScene* pScene) const;
-};
-
-/// A skeleton that is released with its owner.
-using KQexAsfSceneOwner = std::unique_ptr<KQexAsfScene, KQexAsfSceneDestroyer>;
 
 /// What an import did.
 struct QEX_API KQexImportAcclaimResult

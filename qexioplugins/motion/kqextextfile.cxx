@@ -2,6 +2,7 @@
 
 #include <kbaselib/kbase/kformat.h>
 #include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/knumberscan.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,7 +19,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr size_t kBlanksPerLevel = 2;
 constexpr size_t kFirstMessages = 4;
 
 /// Each character as it is, or ASCII capitals as small letters.
@@ -335,166 +335,6 @@ bool KQexTextFile::GetString(char* pText, int pMax)
 {
     bool lCut = false;
     return GetString(pText, pMax, lCut);
-}
-
-bool KQexTextFile::GetInteger(int& pValue)
-{
-    mText = mNext;
-    if (!HasToken())
-        return false;
-    char* lEnd = TokenEnd();
-    int   lValue = 0;
-    if (KNumberParse(std::string_view(mNext, static_cast<size_t>(lEnd - mNext)), lValue) != KNumberStatus::eOK)
-        return false;
-    pValue = lValue;
-    SkipBlanks(lEnd);
-    return true;
-}
-
-bool KQexTextFile::GetDouble(double& pValue, double pFactor)
-{
-    return GetNumbers(&pValue, 1, pFactor, true);
-}
-
-bool KQexTextFile::GetVector(double* pValue, double pFactor)
-{
-    return GetNumbers(pValue, 3, pFactor, true);
-}
-
-bool KQexTextFile::GetPair(double* pValue, double pFactor)
-{
-    return GetNumbers(pValue, 2, pFactor, false);
-}
-
-/// Reads the number that the token at pAt is into pValue, and moves pAt behind the token.
-bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) const
-{
-    const char* lEnd = pAt;
-    while (IsInToken(*lEnd))
-        ++lEnd;
-    const std::string_view lToken(pAt, static_cast<size_t>(lEnd - pAt));
-    pAt = lEnd;
-    if (lToken.empty())
-        return false;
-    if (pFinite)
-        return KNumberParse(lToken, pValue) == KNumberStatus::eOK;
-    return KNumberParse(lToken, pValue, KNumberWords::eNONFINITE) != KNumberStatus::eINVALID;
-}
-
-bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)
-{
-    const char* lAt = mNext;
-    double      lValue[3];
-    for (int i = 0; i < pCount; ++i)
-    {
-        const char* const lToken = lAt;
-        // Short plain numbers, which is nearly all of them, without looking for the token's end first.
-        const char* lEnd = KNumberScan(lToken, mEnd, lValue[i]);
-        if (lEnd != nullptr && !IsInToken(*lEnd))
-            lAt = lEnd;
-        else if (!ParseNumber(lValue[i], pFinite, lAt))
-        {
-            mText = mNext + (lToken - mNext);
-            return false;
-        }
-        mText = mNext + (lToken - mNext);
-        while (IsBlank(*lAt))
-            ++lAt;
-    }
-    mNext += lAt - mNext;
-    mNextEnd = nullptr;
-    for (int i = 0; i < pCount; ++i)
-        pValue[i] = lValue[i] * pFactor;
-    return true;
-}
-
-void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
-{
-    // Without an output, too: Close() tells that it is lost.
-    mWriting = true;
-    std::va_list lArguments;
-    va_start(lArguments, pFormat);
-    try
-    {
-        mPrinted.assign(kBlanksPerLevel * static_cast<size_t>(std::max(pLevel, 0)), ' ');
-        if (KFormatAppend(mPrinted, std::string::npos, pFormat, lArguments))
-            mOutput.Write(mPrinted.data(), mPrinted.size());
-        else
-            mOutput.SetFailed(errno);
-    }
-    catch (const std::exception&)
-    {
-        mOutput.SetFailed(ENOMEM);
-    }
-    va_end(lArguments);
-}
-
-void KQexTextFile::Warning(const char* pFormat, ...)
-{
-    std::va_list lArguments;
-    va_start(lArguments, pFormat);
-    ++mWarningCount;
-    Report(KQexTextMessage::eWARNING, pFormat, lArguments);
-    va_end(lArguments);
-}
-
-void KQexTextFile::Error(const char* pFormat, ...)
-{
-    std::va_list lArguments;
-    va_start(lArguments, pFormat);
-    ++mErrorCount;
-    Report(KQexTextMessage::eERROR, pFormat, lArguments);
-    va_end(lArguments);
-}
-
-void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments)
-{
-    const bool lKeep = pSeverity == KQexTextMessage::eERROR || mMessages.size() < kMaxMessages;
-    if (!lKeep && !mVerb)
-        return;
-    try
-    {
-        KQexTextMessage lMessage{pSeverity, GetLineNumber(), std::string()};
-        if (!KFormatAppend(lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText, pFormat, pArguments))
-        {
-            ReportNoMemory();
-            return;
-        }
-        if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
-            lMessage.mText.pop_back();
-        if (mVerb)
-            PrintToStandardError(lMessage);
-        if (!lKeep)
-            return;
-        mMessages.push_back(std::move(lMessage));
-        mMessageSize += mMessages.back().mText.size();
-    }
-    catch (const std::exception&)
-    {
-        ReportNoMemory();
-    }
-}
-
-/// A message that cannot be kept is not passed over: the reading fails.
-void KQexTextFile::ReportNoMemory()
-{
-    mFailed = true;
-    ++mErrorCount;
-    try
-    {
-        mMessages.push_back(KQexTextMessage{KQexTextMessage::eERROR, GetLineNumber(), "Out of memory"});
-    }
-    catch (const std::exception&)
-    {
-        // The count tells.
-    }
-}
-
-void KQexTextFile::PrintToStandardError(const KQexTextMessage& pMessage) const
-{
-    const char* lPath = mPath.empty() ? mType : mPath.c_str();
-    const char* lSeverity = pMessage.mSeverity == KQexTextMessage::eERROR ? "error" : "warning";
-    std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
 }
 
 } // namespace qexsdk

@@ -4,6 +4,7 @@
 #include <kbaselib/kbase/kbaseexport.h>
 #include <kbaselib/kbase/klinereader.h>
 #include <kbaselib/kbase/koutputfile.h>
+#include <qexioplugins/motion/kqextextmessage.h>
 
 #include <cstdarg>
 #include <cstddef>
@@ -30,21 +31,6 @@ struct KToken
 
     /// False for the entry that ends a table.
     bool IsValid() const { return mStr != nullptr && *mStr != '\0'; }
-};
-
-/// A warning or an error that a text file reported.
-struct KQexTextMessage
-{
-    /// Whether reading goes on.
-    enum ESeverity
-    {
-        eWARNING, ///< Reading goes on.
-        eERROR    ///< Reading ends.
-    };
-
-    ESeverity   mSeverity; ///< Which of the two it is.
-    int         mLine;     ///< Line of the file from 1, or 0 before the first line.
-    std::string mText;     ///< Without its last newline.
 };
 
 /// Text services for line-oriented files: lines, tokens, keyword tables, values, formatted output, messages. A file class

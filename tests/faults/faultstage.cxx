@@ -1,6 +1,7 @@
 #include <tests/faults/faultstage.h>
 
 #include <apps/asf/asfprogram.h>
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <tests/faults/failingallocator.h>
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
+
 #include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
 

@@ -1,6 +1,6 @@
 #include <qexscene/kqexsceneundo.h>
 
-#include "scenefixture.h"
+#include <tests/qexscene/scenefixture.h>
 
 #include <gtest/gtest.h>
 

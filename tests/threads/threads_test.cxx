@@ -3,8 +3,8 @@
 #include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <qexioplugins/bvh/kqexfilebvh.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
-#include <qexioplugins/motion/kqexfilebvh.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

@@ -1,8 +1,8 @@
 #include <apps/asf/commands/commands.h>
+#include <apps/asf/figure/skeletonfile.h>
 #include <apps/asf/inputfile.h>
-#include <apps/asf/motionsurvey.h>
-#include <apps/asf/numbertext.h>
-#include <apps/asf/skeletonfile.h>
+#include <apps/asf/report/motionsurvey.h>
+#include <apps/asf/report/numbertext.h>
 #include <kbaselib/kmath/kdofcodes.h>
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/converter.h>
-#include <apps/asf/convertoptions.h>
-#include <apps/asf/figurescene.h>
+#include <apps/asf/figure/converter.h>
+#include <apps/asf/figure/convertoptions.h>
+#include <apps/asf/figure/figurescene.h>
 #include <apps/asf/outputs.h>
 
 #include <CLI/CLI.hpp>

@@ -1,7 +1,7 @@
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/figurecompare.h>
-#include <apps/asf/jsontext.h>
-#include <apps/asf/numbertext.h>
+#include <apps/asf/report/figurecompare.h>
+#include <apps/asf/report/jsontext.h>
+#include <apps/asf/report/numbertext.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <CLI/CLI.hpp>

@@ -1,13 +1,13 @@
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/framelist.h>
+#include <apps/asf/figure/framelist.h>
+#include <apps/asf/figure/motioninput.h>
+#include <apps/asf/figure/motionscene.h>
+#include <apps/asf/figure/skeletonfile.h>
 #include <apps/asf/inputfile.h>
-#include <apps/asf/motioninput.h>
-#include <apps/asf/motionscene.h>
-#include <apps/asf/numbertext.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/picture.h>
+#include <apps/asf/picture/picture.h>
 #include <apps/asf/progress.h>
-#include <apps/asf/skeletonfile.h>
+#include <apps/asf/report/numbertext.h>
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 #include <apps/asf/commands/commands.h>
+#include <apps/asf/figure/motioninput.h>
+#include <apps/asf/figure/skeletonedit.h>
 #include <apps/asf/inputfile.h>
-#include <apps/asf/motioninput.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/skeletonedit.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 

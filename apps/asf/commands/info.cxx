@@ -1,7 +1,7 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/inputfile.h>
-#include <apps/asf/motionsurvey.h>
-#include <apps/asf/skeletoninfo.h>
+#include <apps/asf/report/motionsurvey.h>
+#include <apps/asf/report/skeletoninfo.h>
 
 #include <CLI/CLI.hpp>
 

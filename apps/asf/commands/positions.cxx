@@ -1,10 +1,10 @@
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/framelist.h>
-#include <apps/asf/motioninput.h>
-#include <apps/asf/motionscene.h>
+#include <apps/asf/figure/framelist.h>
+#include <apps/asf/figure/motioninput.h>
+#include <apps/asf/figure/motionscene.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/positionwriter.h>
 #include <apps/asf/progress.h>
+#include <apps/asf/report/positionwriter.h>
 
 #include <CLI/CLI.hpp>
 

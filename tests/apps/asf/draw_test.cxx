@@ -1,4 +1,4 @@
-#include <apps/asf/picture.h>
+#include <apps/asf/picture/picture.h>
 
 #include <tests/apps/asf/runasf.h>
 

@@ -1,5 +1,6 @@
 #include <kbaselib/kbase/knumber.h>
 
+#include <kbaselib/kbase/knumberscan.h>
 #include <tests/support/nonnumbers.h>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-#include "asfbuild.h"
-
+#include <tests/qexioplugins/acclaim/asfbuild.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/smallstack.h>
 

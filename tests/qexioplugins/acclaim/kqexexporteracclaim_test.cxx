@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 

@@ -1,7 +1,7 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
+#include <qexioplugins/bvh/kqexfilebvh.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
-#include <qexioplugins/motion/kqexfilebvh.h>
 #include <tests/qexioplugins/gltf/assimpscene.h>
 #include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>

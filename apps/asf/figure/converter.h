@@ -1,0 +1,77 @@
+#ifndef APPS_ASF_FIGURE_CONVERTER_H
+#define APPS_ASF_FIGURE_CONVERTER_H
+
+#include <apps/asf/figure/convertoptions.h>
+#include <apps/asf/figure/figurescene.h>
+#include <qexioplugins/bvh/kqexfilebvh.h>
+#include <qexioplugins/gltf/kqexfilegltf.h>
+#include <qexioplugins/motion/kqexmotionio.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace asfapp
+{
+
+/// A take with the frames of it that are written.
+struct KSampledTake
+{
+    const KFigureTake*          mTake = nullptr; ///< Null: the rest pose alone.
+    std::string                 mName;           ///< As it stands in file names.
+    qexsdk::KQexSamplingRequest mRequest;
+    qexsdk::KQexSampling        mSampling;
+};
+
+/// Writes a figure to the files of one call of `asf convert`: all of them are complete before the first takes its name.
+class KConverter
+{
+public:
+    /// \p pInputs: paths that are not written to.
+    KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
+
+    /// Gives up what is not complete.
+    ~KConverter();
+    KConverter(const KConverter&) = delete;
+    KConverter& operator=(const KConverter&) = delete;
+
+    /// Says what is wrong, if anything; the exit status is raised then, and no file is changed.
+    void Run();
+
+private:
+    bool        SampleTakes();
+    bool        SampleTake(KSampledTake& pTake) const;
+    bool        CheckTargets();
+    std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
+
+    bool WriteAll();
+    bool WriteBvhs(const KConvertOutput& pOutput);
+    bool WriteBvh(const std::string& pPath, const KSampledTake& pTake);
+    bool WriteGlb(const KConvertOutput& pOutput);
+    bool WriteGltf(const KConvertOutput& pOutput);
+    bool WriteAcclaim();
+    bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
+                     const qexsdk::KQexAmcSkeletonNotes& pNotes);
+    bool WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc);
+    bool Commit();
+
+    qexsdk::KQexGltfWriteOptions     GltfOptions() const;
+    qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake) const;
+    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
+    bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
+    void                             NoteAmcRate(const std::string& pPath, const KSampledTake& pTake);
+    const KConvertOutput*            FindTarget(EOutputKind pKind) const;
+
+    const KConvertOptions&    mOptions;
+    KFigureScene&             mFigure;
+    std::vector<std::string>  mInputs;
+    KConsole&                 mConsole;
+    std::vector<KSampledTake> mTakes; ///< At least one.
+
+    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs; ///< Complete, still without their names.
+    std::vector<std::unique_ptr<qexsdk::KOutputFile>> mGlbs; ///< The same.
+};
+
+} // namespace asfapp
+
+#endif

@@ -1,0 +1,202 @@
+#include <apps/asf/figure/converter.h>
+#include <apps/asf/outputs.h>
+#include <apps/asf/progress.h>
+#include <apps/asf/report/numbertext.h>
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+namespace asfapp
+{
+
+namespace
+{
+
+const std::string kCannotWrite = "Can't write: ";
+
+// A pipe whose reader went away is no failure worth a word.
+bool IsBrokenPipe(const std::string& pText)
+{
+    return pText == kCannotWrite + std::strerror(EPIPE);
+}
+
+} // namespace
+
+qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& pTake) const
+{
+    qexsdk::KQexExportAcclaimOptions lOptions;
+    lOptions.mStack = pTake.mTake != nullptr ? pTake.mTake->mStack : nullptr;
+    lOptions.mSampling = pTake.mRequest;
+    lOptions.mTranslations = mOptions.mTranslations == "all"    ? qexsdk::eTRANSLATION_DOFS_ALL
+                             : mOptions.mTranslations == "none" ? qexsdk::eTRANSLATION_DOFS_NONE
+                                                                : qexsdk::eTRANSLATION_DOFS_MOVING;
+    lOptions.mBaseScale = mOptions.mScale;
+    lOptions.mBasePoseFirstFrame = mOptions.mBasePose == "first-frame";
+    lOptions.mTellRate = mOptions.mTellRate;
+    lOptions.mThreads = mOptions.mThreads;
+    lOptions.mServe = !mOptions.mRaw;
+    // Asked for translations, the skeleton's own degrees of freedom would be in the way.
+    lOptions.mBoneDofs = mOptions.mTranslations == "moving" ? mFigure.GetBoneDofs() : nullptr;
+    const qexsdk::KQexAsfScene* lSkeleton = mFigure.GetSkeleton();
+    lOptions.mLengthUnit = lSkeleton != nullptr && lSkeleton->mLengthUnit > 0 ? lSkeleton->mLengthUnit : 1.0;
+    lOptions.mLengthUnit = mOptions.mLengthUnit > 0 ? mOptions.mLengthUnit : lOptions.mLengthUnit;
+    lOptions.mSkeletonName = lSkeleton != nullptr ? lSkeleton->mName : "";
+    return lOptions;
+}
+
+bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
+{
+    bool lIsTold = pResult.mOk;
+    for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
+    {
+        const bool        lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
+        const std::string lPath = ShownOutput(lMessage.mPath);
+        std::string       lText = lMessage.mMessage.mText;
+        lIsTold = lIsTold || lError;
+        if (lError && IsBrokenPipe(lText))
+        {
+            continue;
+        }
+        if (lText.compare(0, kCannotWrite.size(), kCannotWrite) == 0)
+        {
+            lText = "cannot be written: " + lText.substr(kCannotWrite.size());
+        }
+        mConsole.Message(lError ? eERROR : eWARNING, lPath, lMessage.mMessage.mLine, lText);
+        if (lError)
+        {
+            mConsole.Raise(eEXIT_SYSTEM);
+        }
+    }
+    if (!lIsTold)
+    {
+        throw std::bad_alloc(); // There was no memory for a message either.
+    }
+    return pResult.mOk;
+}
+
+void KConverter::NoteAmcRate(const std::string& pPath, const KSampledTake& pTake)
+{
+    const double lRate = 1.0 / pTake.mSampling.mStep.GetSeconds();
+    if (!mOptions.mTellRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
+    {
+        mConsole.Message(eNOTE, ShownOutput(pPath), 0,
+                         "has " + Short(lRate) + " frames a second, which AMC files do not say unless --tell-rate asks for it");
+    }
+}
+
+bool KConverter::WriteAcclaim()
+{
+    const KConvertOutput* lAsf = FindTarget(eOUT_ASF);
+    const KConvertOutput* lAmc = FindTarget(eOUT_AMC);
+    if (lAsf == nullptr)
+    {
+        qexsdk::KQexAmcSkeletonNotes lNotes = mFigure.GetSkeletonNotes();
+        qexsdk::KQexAsfSceneOwner    lSkeleton = mOptions.mSkeleton.empty() ? nullptr : ReadSkeleton(mOptions.mSkeleton, true, lNotes);
+        if (!mOptions.mSkeleton.empty() && !lSkeleton)
+        {
+            return false;
+        }
+        bool lOk = true;
+        for (size_t lTake = 0; lTake < mTakes.size() && lOk; ++lTake)
+        {
+            lOk = WriteMotion(PathOf(*lAmc, mTakes[lTake]), mTakes[lTake], lSkeleton ? lSkeleton.get() : mFigure.GetSkeleton(), lNotes);
+        }
+        return lOk;
+    }
+    const std::string                lAsfPath = PathOf(*lAsf, mTakes.front());
+    const std::string                lAmcPath = lAmc != nullptr ? PathOf(*lAmc, mTakes.front()) : "";
+    qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(mTakes.front());
+    qexsdk::KQexExportAcclaimResult  lResult;
+    {
+        KProgress lProgress("writing", mConsole);
+        lOptions.mProgress = [&lProgress](double pFraction)
+        {
+            return lProgress.Show(pFraction);
+        };
+        qexsdk::KQexExporterAcclaim::Export(mFigure.GetTop(), lAsfPath.c_str(), lAmcPath.c_str(), lOptions, lResult);
+    }
+    if (!ReportExport(lResult))
+    {
+        return false;
+    }
+    if (lAmc != nullptr)
+    {
+        NoteAmcRate(lAmcPath, mTakes.front());
+    }
+    return lAmc == nullptr || mTakes.size() == 1 || WriteFurtherMotions(lAsfPath, *lAmc);
+}
+
+// The skeleton is there now; the other takes are motions for it.
+bool KConverter::WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc)
+{
+    if (pAsfPath == "-")
+    {
+        mConsole.Fail(eEXIT_CALL, "--output: several takes need a skeleton in a file, not on standard output");
+        return false;
+    }
+    qexsdk::KQexAmcSkeletonNotes    lNotes;
+    const qexsdk::KQexAsfSceneOwner lSkeleton = ReadSkeleton(pAsfPath, false, lNotes);
+    bool                            lOk = lSkeleton != nullptr;
+    for (size_t lTake = 1; lTake < mTakes.size() && lOk; ++lTake)
+    {
+        lOk = WriteMotion(PathOf(pAmc, mTakes[lTake]), mTakes[lTake], lSkeleton.get(), lNotes);
+    }
+    return lOk;
+}
+
+bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
+                             const qexsdk::KQexAmcSkeletonNotes& pNotes)
+{
+    qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(pTake);
+    qexsdk::KQexExportAcclaimResult  lResult;
+    lOptions.mSkeletonNotes = pNotes;
+    {
+        KProgress lProgress("writing", mConsole);
+        lOptions.mProgress = [&lProgress](double pFraction)
+        {
+            return lProgress.Show(pFraction);
+        };
+        qexsdk::KQexExporterAcclaim::ExportMotion(mFigure.GetTop(), pSkeleton, pPath.c_str(), lOptions, lResult);
+    }
+    const bool lOk = ReportExport(lResult);
+    if (lOk && !lResult.mUnmatched.empty())
+    {
+        std::string lList;
+        for (const std::string& lBone : lResult.mUnmatched)
+        {
+            lList += (lList.empty() ? "" : ", ") + lBone;
+        }
+        mConsole.Message(eWARNING, ShownOutput(pPath), 0,
+                         Count(static_cast<long long>(lResult.mUnmatched.size()), "bone stays", "bones stay") +
+                             " at rest, without a joint of the same name: " + lList);
+    }
+    if (lOk)
+    {
+        NoteAmcRate(pPath, pTake);
+    }
+    return lOk;
+}
+
+qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
+{
+    KInputFile lFile;
+    if (!lFile.Open(pPath, mConsole))
+    {
+        return nullptr;
+    }
+    qexsdk::KQexImportAcclaimResult lResult;
+    qexsdk::KQexAsfSceneOwner       lSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
+    pNotes = lResult.mSkeletonNotes;
+    if (pTellMessages || !lSkeleton)
+    {
+        PrintMessages(lResult, mConsole);
+    }
+    if (!lSkeleton)
+    {
+        mConsole.Raise(lFile.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
+    }
+    return lSkeleton;
+}
+
+} // namespace asfapp

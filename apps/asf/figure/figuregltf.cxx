@@ -1,0 +1,179 @@
+#include <apps/asf/figure/converter.h>
+#include <apps/asf/figure/figurescene.h>
+#include <apps/asf/outputs.h>
+#include <apps/asf/progress.h>
+
+/// \file
+/// Everything of a figure that is about glTF, which a build may leave out.
+
+namespace asfapp
+{
+
+#ifdef QEX_WITH_GLTF
+
+namespace
+{
+
+void PrintGltfMessages(const qexsdk::KQexFileGltf& pFile, const std::string& pShown, KConsole& pConsole)
+{
+    for (const qexsdk::KQexTextMessage& lMessage : pFile.GetMessages())
+    {
+        pConsole.Message(SeverityOf(lMessage), pShown, 0, lMessage.mText);
+    }
+}
+
+bool ReadGltf(const KInputFile& pFile, qexsdk::KQexFileGltf& pReader, qexsdk::KQexScene* pScene,
+              const qexsdk::KQexGltfReadOptions& pOptions, qexsdk::KQexGltfReadResult& pResult)
+{
+    return pFile.IsInMemory() ? pReader.ReadBuffer(pFile.GetBytes().data(), pFile.GetBytes().size(), pScene, pOptions, pResult)
+                              : pReader.Read(pFile.GetPath(), pScene, pOptions, pResult);
+}
+
+} // namespace
+
+bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions& pOptions, KConsole& pConsole)
+{
+    qexsdk::KQexFileGltf        lReader;
+    qexsdk::KQexGltfReadOptions lOptions;
+    qexsdk::KQexGltfReadResult  lResult;
+    lOptions.mFramesPerSecond = pOptions.mSampleRate;
+    bool lOk = false;
+    {
+        KProgress lProgress("reading", pConsole);
+        lOptions.mProgress = [&lProgress](double pFraction)
+        {
+            return lProgress.Show(pFraction);
+        };
+        lOk = ReadGltf(pFile, lReader, mScene, lOptions, lResult);
+    }
+    PrintGltfMessages(lReader, pFile.GetShown(), pConsole);
+    if (!lOk)
+    {
+        pConsole.Raise(eEXIT_INPUT);
+        return false;
+    }
+    mRoots = lResult.mRoots;
+    for (const qexsdk::KQexGltfTake& lRead : lResult.mTakes)
+    {
+        KFigureTake lTake;
+        lTake.mName = lRead.mStack->GetName();
+        lTake.mStack = lRead.mStack;
+        lTake.mIsSingle = lRead.mSampling.mCount == 1;
+        mTakes.push_back(lTake);
+    }
+    mDofs = std::move(lResult.mBoneDofs);
+    mHasDofs = !mDofs.empty();
+    return true;
+}
+
+qexsdk::KQexGltfWriteOptions KConverter::GltfOptions() const
+{
+    qexsdk::KQexGltfWriteOptions lOptions;
+    for (const KSampledTake& lTake : mTakes)
+    {
+        if (lTake.mTake != nullptr)
+        {
+            qexsdk::KQexGltfTake lGltfTake;
+            lGltfTake.mStack = lTake.mTake->mStack;
+            lGltfTake.mSampling = lTake.mSampling;
+            lOptions.mTakes.push_back(lGltfTake);
+        }
+    }
+    lOptions.mScale *= mOptions.mScale;
+    lOptions.mBoneMesh = mOptions.mMesh != "none";
+    lOptions.mThreads = mOptions.mThreads;
+    lOptions.mBoneDofs = mFigure.GetBoneDofs();
+    return lOptions;
+}
+
+bool KConverter::WriteGlb(const KConvertOutput& pOutput)
+{
+    const std::string            lPath = PathOf(pOutput, mTakes.front());
+    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
+    mGlbs.push_back(std::make_unique<qexsdk::KOutputFile>());
+    qexsdk::KOutputFile& lOut = *mGlbs.back();
+    if (!OpenOutput(lOut, lPath, mConsole))
+    {
+        return false;
+    }
+    qexsdk::KQexFileGltf lFile;
+    std::string          lBytes;
+    bool                 lOk = false;
+    {
+        KProgress lProgress("writing", mConsole);
+        lOptions.mProgress = [&lProgress](double pFraction)
+        {
+            return lProgress.Show(pFraction);
+        };
+        lOk = lFile.WriteBuffer(lBytes, mFigure.GetRoots(), lOptions);
+    }
+    PrintGltfMessages(lFile, ShownOutput(lPath), mConsole);
+    if (!lOk)
+    {
+        mConsole.Raise(eEXIT_SYSTEM);
+        return false;
+    }
+    lOut.Write(lBytes.data(), lBytes.size());
+    if (!lOut.Prepare())
+    {
+        ReportOutput(lOut, lPath, mConsole);
+        return false;
+    }
+    return true;
+}
+
+bool KConverter::WriteGltf(const KConvertOutput& pOutput)
+{
+    const std::string            lPath = PathOf(pOutput, mTakes.front());
+    const std::string            lShown = ShownOutput(lPath); // Behind the writing nothing may fail any more.
+    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
+    qexsdk::KQexFileGltf         lFile;
+    bool                         lOk = false;
+    {
+        KProgress lProgress("writing", mConsole);
+        lOptions.mProgress = [&lProgress](double pFraction)
+        {
+            return lProgress.Show(pFraction);
+        };
+        lOk = lFile.Write(lPath, mFigure.GetRoots(), lOptions);
+    }
+    PrintGltfMessages(lFile, lShown, mConsole);
+    if (!lOk)
+    {
+        mConsole.Raise(eEXIT_SYSTEM);
+    }
+    return lOk;
+}
+
+#else
+
+namespace
+{
+
+bool SayThereIsNone(const std::string& pPath, KConsole& pConsole)
+{
+    pConsole.Message(eERROR, pPath, 0, "is glTF, which this asf was built without");
+    pConsole.Raise(eEXIT_CALL);
+    return false;
+}
+
+} // namespace
+
+bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions&, KConsole& pConsole)
+{
+    return SayThereIsNone(pFile.GetShown(), pConsole);
+}
+
+bool KConverter::WriteGlb(const KConvertOutput& pOutput)
+{
+    return SayThereIsNone(pOutput.mPath, mConsole);
+}
+
+bool KConverter::WriteGltf(const KConvertOutput& pOutput)
+{
+    return SayThereIsNone(pOutput.mPath, mConsole);
+}
+
+#endif
+
+} // namespace asfapp

@@ -1,0 +1,214 @@
+#include <apps/asf/figure/skeletonedit.h>
+
+#include <apps/asf/report/numbertext.h>
+#include <kbaselib/kbase/kletters.h>
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
+#include <qexioplugins/acclaim/model/kqexasfround.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace asfapp
+{
+
+namespace
+{
+
+using qexsdk::HKQexAsfNode;
+using qexsdk::KEqualsFolded;
+using qexsdk::kMaxName;
+using qexsdk::KQexAsfNode;
+using qexsdk::KQexAsfWalk;
+
+// A name is read back as it is when it is one word that nothing else in the format looks like.
+std::string WhyInvalid(const std::string& pName)
+{
+    const bool lIsWord =
+        std::all_of(pName.begin(), pName.end(),
+                    [](char pC) { return static_cast<unsigned char>(pC) > ' ' && pC != '\x7f' && std::strchr(",()#", pC) == nullptr; });
+    if (pName.empty() || !lIsWord || pName[0] == ':')
+    {
+        return "a name has no blank, comma, parenthesis or #, and no colon in front";
+    }
+    if (KEqualsFolded(pName, "root") || KEqualsFolded(pName, "begin") || KEqualsFolded(pName, "end"))
+    {
+        return pName + " is a word of the format";
+    }
+    return pName.size() > kMaxName ? "a name has at most 50 characters" : "";
+}
+
+// All bones but the root, parents before children.
+std::vector<HKQexAsfNode> Bones(HKQexAsfNode pRoot)
+{
+    std::vector<HKQexAsfNode> lBones;
+    KQexAsfWalk               lWalk(pRoot);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (lWalk.IsEntering() && lBone != pRoot)
+        {
+            lBones.push_back(lBone);
+        }
+    }
+    return lBones;
+}
+
+void SetVector(KQexAsfNode& pBone, const double* pVector)
+{
+    const double lLength = std::sqrt(pVector[0] * pVector[0] + pVector[1] * pVector[1] + pVector[2] * pVector[2]);
+    for (int lAxis = 0; lAxis < 3 && lLength > 0; ++lAxis)
+    {
+        pBone.mDirectionV.mData[lAxis] = pVector[lAxis] / lLength;
+    }
+    pBone.mLength = lLength;
+}
+
+bool IsZero(const double* pValues)
+{
+    return pValues[0] == 0 && pValues[1] == 0 && pValues[2] == 0;
+}
+
+} // namespace
+
+std::string KSkeletonEdit::Rename(const std::string& pFrom, const std::string& pTo)
+{
+    HKQexAsfNode      lBone = mScene.mRoot->Find(pFrom.c_str());
+    const std::string lWhy = WhyInvalid(pTo);
+    if (lBone == nullptr || lBone == mScene.mRoot)
+    {
+        return lBone == nullptr ? "the skeleton has no bone " + pFrom : "the root keeps its name";
+    }
+    if (!lWhy.empty())
+    {
+        return lWhy;
+    }
+    if (pFrom != pTo && mScene.mRoot->Find(pTo.c_str()) != nullptr)
+    {
+        return "there is a bone " + pTo + " already";
+    }
+    std::snprintf(lBone->mName, sizeof lBone->mName, "%s", pTo.c_str());
+    return std::string();
+}
+
+void KSkeletonEdit::Scale(double pFactor)
+{
+    for (HKQexAsfNode lBone : Bones(mScene.mRoot))
+    {
+        lBone->mLength *= pFactor;
+        for (int lRow = 0; lRow < 3; ++lRow)
+        {
+            for (int lBound = 0; lBound < 2; ++lBound)
+            {
+                lBone->mLimitsBuf[lRow][lBound] *= lBone->mLimitsActive[lRow][lBound] ? pFactor : 1.0;
+            }
+        }
+    }
+}
+
+void KSkeletonEdit::DropLimits()
+{
+    for (HKQexAsfNode lBone : Bones(mScene.mRoot))
+    {
+        std::memset(lBone->mLimitsActive, 0, sizeof lBone->mLimitsActive);
+    }
+}
+
+bool KSkeletonEdit::IsDummy(const KQexAsfNode& pBone) const
+{
+    return pBone.mOrderCount == 0;
+}
+
+// The children go behind their new brothers.
+bool KSkeletonEdit::Dissolve(HKQexAsfNode pBone)
+{
+    HKQexAsfNode lParent = pBone->mParent;
+    const bool   lIsAlone = lParent != mScene.mRoot && lParent->mChildBuf.GetCount() == 1;
+    if (pBone->mLength > 0 && !lIsAlone)
+    {
+        return false;
+    }
+    double lVector[3];
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
+    {
+        lVector[lAxis] = lParent->mDirectionV.mData[lAxis] * lParent->mLength + pBone->mDirectionV.mData[lAxis] * pBone->mLength;
+    }
+    for (int lChild = 0; lChild < pBone->mChildBuf.GetCount(); ++lChild)
+    {
+        if (!lParent->AddChild(pBone->mChildBuf[lChild]))
+        {
+            throw std::bad_alloc();
+        }
+    }
+    if (pBone->mLength > 0)
+    {
+        SetVector(*lParent, lVector);
+    }
+    pBone->mChildBuf.Clear();
+    lParent->RemoveChild(pBone);
+    qexsdk::QexSdkDelete(pBone);
+    return true;
+}
+
+void KSkeletonEdit::RemoveDummies()
+{
+    std::string               lKept;
+    std::vector<HKQexAsfNode> lBones = Bones(mScene.mRoot);
+    // From the leaves up, so that a run of dummies goes as a whole.
+    for (auto lBone = lBones.rbegin(); lBone != lBones.rend(); ++lBone)
+    {
+        if (IsDummy(**lBone))
+        {
+            const std::string lName = (*lBone)->mName;
+            lKept = Dissolve(*lBone) ? lKept : lName + (lKept.empty() ? "" : ", ") + lKept;
+        }
+    }
+    if (!lKept.empty())
+    {
+        mWarnings.push_back("Bones without degrees of freedom that others start from are kept (" + lKept + ")");
+    }
+}
+
+void KSkeletonEdit::WarnOfRoot()
+{
+    const KQexAsfNode& lRoot = *mScene.mRoot;
+    if (!IsZero(lRoot.mPositionV.mData))
+    {
+        mWarnings.push_back("The root's position is written as zero: motions say where the figure is");
+    }
+    if (!IsZero(lRoot.mOrientationV.mData))
+    {
+        mWarnings.push_back("The root's orientation is written as zero");
+    }
+}
+
+void KSkeletonEdit::WarnOfUnits()
+{
+    if (mScene.mMassUnit != 1)
+    {
+        mWarnings.push_back("The mass unit " + Short(mScene.mMassUnit) + " is written as 1");
+    }
+    if (mScene.mAngleUnit != 1)
+    {
+        mWarnings.push_back("The angle unit is written as degrees: motions of this skeleton that are in radians do not fit it");
+    }
+}
+
+void KSkeletonEdit::MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes)
+{
+    WarnOfRoot();
+    WarnOfUnits();
+    for (const qexsdk::KQexAsfLengthDof& lDof : pNotes.mLengthDofs)
+    {
+        mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l: motions of this skeleton do not fit it");
+    }
+    const double lPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / qexsdk::kCentimetresPerInch : 1.0;
+    for (HKQexAsfNode lBone : Bones(mScene.mRoot))
+    {
+        lBone->mLength *= lPerCentimetre;
+        qexsdk::RoundBone(*lBone, mScene.mLengthUnit);
+    }
+}
+
+} // namespace asfapp

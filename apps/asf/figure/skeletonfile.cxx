@@ -1,0 +1,168 @@
+#include <apps/asf/figure/skeletonfile.h>
+
+#include <apps/asf/report/asflint.h>
+#include <kbaselib/kbase/kmemory.h>
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
+
+#include <algorithm>
+
+namespace asfapp
+{
+
+using qexsdk::KQexTextMessage;
+
+void KMessages::Add(KQexTextMessage::ESeverity pSeverity, int pLine, const std::string& pText)
+{
+    mList.push_back({pSeverity, pLine, pText});
+    ++(pSeverity == KQexTextMessage::eERROR ? mErrors : mWarnings);
+}
+
+void KMessages::SortByLine()
+{
+    std::stable_sort(mList.begin(), mList.end(),
+                     [](const KQexTextMessage& pOne, const KQexTextMessage& pOther) { return pOne.mLine < pOther.mLine; });
+}
+
+void KMessages::Print(const std::string& pPath, KConsole& pConsole) const
+{
+    for (const KQexTextMessage& lMessage : mList)
+    {
+        pConsole.Message(lMessage.mSeverity == KQexTextMessage::eERROR ? eERROR : eWARNING, pPath, lMessage.mLine, lMessage.mText);
+    }
+    const long long lLeftOut = static_cast<long long>(mErrors) + mWarnings - static_cast<long long>(mList.size());
+    if (lLeftOut > 0)
+    {
+        pConsole.Message(eWARNING, pPath, 0, std::to_string(lLeftOut) + " further warnings are not shown");
+    }
+}
+
+namespace
+{
+
+// What the lint adds to a reader's messages: all of it for a file that was read, else what stands in front of the error.
+void AddFindings(const KAsfLint& pLint, bool pOk, KMessages& pMessages)
+{
+    int lLast = -1;
+    for (const KQexTextMessage& lMessage : pMessages.mList)
+    {
+        lLast = lMessage.mSeverity == KQexTextMessage::eERROR ? lMessage.mLine : lLast;
+    }
+    const bool lAll = pOk || lLast < 0;
+    int        lKept = 0;
+    for (const KQexTextMessage& lFinding : pLint.GetFindings())
+    {
+        if (lAll || lFinding.mLine <= lLast)
+        {
+            pMessages.Add(lFinding.mSeverity, lFinding.mLine, lFinding.mText);
+            ++lKept;
+        }
+    }
+    pMessages.mWarnings += lAll ? pLint.GetFindingCount() - lKept : 0;
+    pMessages.SortByLine();
+}
+
+} // namespace
+
+bool KSkeletonFile::Read(const KInputFile& pFile, bool pLint, KConsole& pConsole)
+{
+    mScene.reset(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>());
+    bool lSystem = false;
+    {
+        qexsdk::KQexFileAcclaimAsf lReader(false);
+        mOk = pFile.OpenFor(lReader) && lReader.Read(mScene.get(), false, false, false);
+        mMessages.mList = lReader.GetMessages();
+        mMessages.mErrors = lReader.GetErrorCount();
+        mMessages.mWarnings = lReader.GetWarningCount();
+        lSystem = !mOk && lReader.HasFailed() && pFile.FailsToRead();
+    }
+    const bool lSilent = !mOk && mMessages.mErrors == 0;
+    if (!lSystem && (pLint || lSilent))
+    {
+        KAsfLint lLint;
+        if (pFile.OpenFor(lLint))
+        {
+            lLint.Run();
+            if (lSilent && !lLint.GetStopText().empty())
+            {
+                mMessages.Add(KQexTextMessage::eERROR, lLint.GetStopLine(), lLint.GetStopText());
+            }
+            if (pLint)
+            {
+                AddFindings(lLint, mOk, mMessages);
+            }
+        }
+    }
+    if (!mOk)
+    {
+        pConsole.Raise(lSystem ? eEXIT_SYSTEM : eEXIT_INPUT);
+    }
+    CollectBones();
+    return mOk;
+}
+
+double KSkeletonFile::GetCentimetresPerUnit() const
+{
+    return mScene->mLengthUnit > 0 ? qexsdk::kCentimetresPerInch / mScene->mLengthUnit : 1.0;
+}
+
+// Children are numbered behind their parent and before the parent's next sibling, without recursion: trees may be deep.
+void KSkeletonFile::CollectBones()
+{
+    mBones.clear();
+    if (mScene->mRoot == nullptr)
+    {
+        return;
+    }
+    struct KPending
+    {
+        qexsdk::HKQexAsfNode mNode;
+        int                  mParent;
+    };
+    const double          lScale = GetCentimetresPerUnit();
+    std::vector<KPending> lPending{{mScene->mRoot, -1}};
+    while (!lPending.empty())
+    {
+        const KPending lNext = lPending.back();
+        lPending.pop_back();
+        KRestBone lBone;
+        lBone.mNode = lNext.mNode;
+        lBone.mParent = lNext.mParent;
+        const double* lVector = lNext.mNode->mPositionV.mData;
+        if (lNext.mParent < 0)
+        {
+            // The model holds the root's position in the file's units, the bones' vectors in centimetres.
+            lBone.mStart = {lVector[0] * lScale, lVector[1] * lScale, lVector[2] * lScale};
+            lBone.mEnd = lBone.mStart;
+        }
+        else
+        {
+            const KRestBone& lParent = mBones[static_cast<size_t>(lNext.mParent)];
+            lBone.mDepth = lParent.mDepth + 1;
+            lBone.mStart = lParent.mEnd;
+            lBone.mEnd = {lBone.mStart.mX + lVector[0], lBone.mStart.mY + lVector[1], lBone.mStart.mZ + lVector[2]};
+        }
+        const int lIndex = static_cast<int>(mBones.size());
+        mBones.push_back(lBone);
+        for (int lChild = lNext.mNode->mChildBuf.GetCount() - 1; lChild >= 0; --lChild)
+        {
+            lPending.push_back({lNext.mNode->mChildBuf[lChild], lIndex});
+        }
+    }
+}
+
+bool KSkeletonFile::GetBounds(KPoint& pLeast, KPoint& pMost) const
+{
+    if (mBones.empty())
+    {
+        return false;
+    }
+    pLeast = pMost = mBones.front().mEnd;
+    for (const KRestBone& lBone : mBones)
+    {
+        pLeast = {std::min(pLeast.mX, lBone.mEnd.mX), std::min(pLeast.mY, lBone.mEnd.mY), std::min(pLeast.mZ, lBone.mEnd.mZ)};
+        pMost = {std::max(pMost.mX, lBone.mEnd.mX), std::max(pMost.mY, lBone.mEnd.mY), std::max(pMost.mZ, lBone.mEnd.mZ)};
+    }
+    return true;
+}
+
+} // namespace asfapp

@@ -1,0 +1,298 @@
+#include <apps/asf/picture/picture.h>
+#include <apps/asf/picture/picturelayout.h>
+#include <apps/asf/report/numbertext.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace asfapp
+{
+
+namespace
+{
+
+const char* const kStyle = "<style>\n"
+                           "text{font-family:'DejaVu Sans','Segoe UI',Helvetica,Arial,sans-serif;fill:#3a3d46;font-size:12px}\n"
+                           ".title{font-size:17px;font-weight:600;fill:#22242b}\n"
+                           ".small{fill:#7b7f8c}\n"
+                           ".label{font-size:10.5px}\n"
+                           ".leader{stroke:#c3c6cf;stroke-width:.7;fill:none}\n"
+                           ".ground{stroke:#d5d7de;stroke-width:1.2}\n"
+                           ".bar{stroke:#3a3d46;stroke-width:1.4;fill:none}\n"
+                           ".m{fill:#5b6070;stroke:#5b6070}\n"
+                           ".l{fill:#e2725b;stroke:#e2725b}\n"
+                           ".r{fill:#2f87b7;stroke:#2f87b7}\n"
+                           ".bone{stroke-linejoin:round}\n"
+                           ".joint{fill:#fdfdfb}\n"
+                           ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
+                           "</style>\n";
+
+const char* SideClass(ESide pSide)
+{
+    return pSide == eSIDE_LEFT ? "l" : pSide == eSIDE_RIGHT ? "r" : "m";
+}
+
+std::string Px(double pValue)
+{
+    std::string lText = Fixed(pValue, 2);
+    lText.erase(lText.find_last_not_of('0') + 1);
+    if (lText.back() == '.')
+    {
+        lText.pop_back();
+    }
+    return lText == "-0" ? "0" : lText;
+}
+
+// Number of bytes of the UTF-8 sequence at pPlace, 0 when it is none.
+size_t SequenceLength(const std::string& pText, size_t pPlace)
+{
+    const auto lByte = [&](size_t pIndex)
+    {
+        return pIndex < pText.size() ? static_cast<unsigned char>(pText[pIndex]) : 0u;
+    };
+    const unsigned lFirst = lByte(pPlace);
+    const size_t   lSize = lFirst < 0x80                     ? 1
+                           : lFirst >= 0xc2 && lFirst < 0xe0 ? 2
+                           : lFirst >= 0xe0 && lFirst < 0xf0 ? 3
+                           : lFirst >= 0xf0 && lFirst < 0xf5 ? 4
+                                                             : 0;
+    for (size_t lIndex = 1; lIndex < lSize; ++lIndex)
+    {
+        if ((lByte(pPlace + lIndex) & 0xc0) != 0x80)
+        {
+            return 0;
+        }
+    }
+    // Overlong forms, surrogates and what lies beyond the last code point.
+    const unsigned lSecond = lByte(pPlace + 1);
+    const bool     lBad = (lFirst == 0xe0 && lSecond < 0xa0) || (lFirst == 0xed && lSecond >= 0xa0) || (lFirst == 0xf0 && lSecond < 0x90) ||
+                      (lFirst == 0xf4 && lSecond >= 0x90);
+    return lBad ? 0 : lSize;
+}
+
+// Text between tags: valid XML whatever the bytes are.
+std::string Xml(const std::string& pText)
+{
+    std::string lResult;
+    for (size_t lPlace = 0; lPlace < pText.size();)
+    {
+        const size_t lSize = SequenceLength(pText, lPlace);
+        const char   lChar = pText[lPlace];
+        if (lSize == 0 || (lSize == 1 && static_cast<unsigned char>(lChar) < 0x20) || lChar == 0x7f)
+        {
+            lResult += "\xef\xbf\xbd";
+            ++lPlace;
+            continue;
+        }
+        lResult += lChar == '&' ? "&amp;" : lChar == '<' ? "&lt;" : lChar == '>' ? "&gt;" : pText.substr(lPlace, lSize);
+        lPlace += lSize;
+    }
+    return lResult;
+}
+
+std::string TextAt(double pX, double pY, const char* pClass, const char* pAnchor, const std::string& pText)
+{
+    return "<text x=\"" + Px(pX) + "\" y=\"" + Px(pY) + "\" class=\"" + pClass + "\" text-anchor=\"" + pAnchor + "\">" + Xml(pText) +
+           "</text>\n";
+}
+
+std::string LineAt(const char* pClass, double pX1, double pY1, double pX2, double pY2)
+{
+    return std::string("<path class=\"") + pClass + "\" d=\"M" + Px(pX1) + " " + Px(pY1) + "L" + Px(pX2) + " " + Px(pY2) + "\"/>\n";
+}
+
+class KDrawing
+{
+public:
+    KDrawing(const KPicture& pPicture, const KLayout& pLayout) : mPicture(pPicture), mLayout(pLayout) {}
+
+    std::string Draw()
+    {
+        Header();
+        for (const KCell& lCell : mLayout.mCells)
+        {
+            Ground(lCell);
+            // Poses behind a trail step back, so that it can be followed.
+            const bool lFaint = mPicture.mInPlace && lCell.mPoses.size() > 1;
+            mText += lFaint ? "<g opacity=\".45\">\n" : "";
+            for (const size_t lPose : lCell.mPoses)
+            {
+                Pose(lCell, lPose);
+            }
+            mText += lFaint ? "</g>\n" : "";
+            for (const KTrail& lTrail : mPicture.mTrails)
+            {
+                Trail(lCell, lTrail);
+            }
+            Caption(lCell);
+        }
+        ScaleBar();
+        mText += "</svg>\n";
+        return std::move(mText);
+    }
+
+private:
+    void Header()
+    {
+        const std::string lSize = "width=\"" + Px(mLayout.mWidth) + "\" height=\"" + Px(mLayout.mHeight) + "\"";
+        mText += "<svg xmlns=\"http://www.w3.org/2000/svg\" " + lSize + " viewBox=\"0 0 " + Px(mLayout.mWidth) + " " + Px(mLayout.mHeight) +
+                 "\" role=\"img\">\n<title>" + Xml(mPicture.mTitle) + "</title>\n";
+        mText += kStyle;
+        mText += "<rect " + lSize + " fill=\"#fdfdfb\"/>\n";
+        mText += TextAt(kMargin, 30, "title", "start", mPicture.mTitle);
+        mText += TextAt(kMargin, 47, "small", "start", mPicture.mSubtitle);
+    }
+
+    void Ground(const KCell& pCell)
+    {
+        if (pCell.mView != eVIEW_TOP)
+        {
+            const double lRight = pCell.mX + pCell.mExtent.Width() * mLayout.mScale;
+            mText += LineAt("ground", pCell.mX - 8, pCell.mY, lRight + 8, pCell.mY);
+        }
+    }
+
+    void Trail(const KCell& pCell, const KTrail& pTrail)
+    {
+        mText += std::string("<path class=\"trail ") + SideClass(pTrail.mSide) + "\" style=\"fill:none\" d=\"";
+        char lCommand = 'M';
+        for (const KPoint& lPoint : pTrail.mPoints)
+        {
+            const KViewPoint lAt = ToPixels(mPicture, mLayout, pCell, pCell.mPoses.front(), lPoint);
+            mText += lCommand + Px(lAt.mRight) + " " + Px(lAt.mUp);
+            lCommand = 'L';
+        }
+        mText += "\"><title>" + Xml(pTrail.mName) + "</title></path>\n";
+    }
+
+    // Far bones first, so that near ones cover them. Rounded, so that the last bit of a sum does not decide.
+    void Pose(const KCell& pCell, size_t pPose)
+    {
+        const KPose&            lPose = mPicture.mPoses[pPose];
+        std::vector<KViewPoint> lStarts;
+        std::vector<KViewPoint> lEnds;
+        for (size_t lBone = 0; lBone < lPose.mEnds.size(); ++lBone)
+        {
+            lStarts.push_back(ToPixels(mPicture, mLayout, pCell, pPose, lPose.mStarts[lBone]));
+            lEnds.push_back(ToPixels(mPicture, mLayout, pCell, pPose, lPose.mEnds[lBone]));
+        }
+        std::vector<size_t> lOrder(lEnds.size());
+        std::iota(lOrder.begin(), lOrder.end(), size_t(0));
+        const auto lNear = [&](size_t pBone)
+        {
+            return std::round((lStarts[pBone].mNear + lEnds[pBone].mNear) * 1e4);
+        };
+        std::stable_sort(lOrder.begin(), lOrder.end(), [&](size_t pOne, size_t pOther) { return lNear(pOne) < lNear(pOther); });
+        if (mPicture.mShowNames)
+        {
+            Labels(pCell, lStarts, lEnds);
+        }
+        for (const size_t lBone : lOrder)
+        {
+            Bone(lBone, lStarts[lBone], lEnds[lBone]);
+        }
+    }
+
+    // A kite, widest near the joint that it turns about.
+    void Bone(size_t pBone, const KViewPoint& pStart, const KViewPoint& pEnd)
+    {
+        const double      lFigure = std::max(mLayout.mFigure * mLayout.mScale, 1.0);
+        const double      lAlongX = pEnd.mRight - pStart.mRight;
+        const double      lAlongY = pEnd.mUp - pStart.mUp;
+        const double      lLength = std::hypot(lAlongX, lAlongY);
+        const double      lHalf = std::min(std::max(0.07 * lLength, 0.0035 * lFigure), 0.0135 * lFigure);
+        const double      lJoint = 0.0062 * lFigure;
+        const std::string lClass = SideClass(mPicture.mSides[pBone]);
+        mText += "<g class=\"" + lClass + "\" stroke-width=\"" + Px(std::max(0.003 * lFigure, 0.6)) + "\"><title>" +
+                 Xml(mPicture.mNames[pBone]) + "</title>";
+        if (lLength > 0.01)
+        {
+            const double lX = pStart.mRight + 0.18 * lAlongX;
+            const double lY = pStart.mUp + 0.18 * lAlongY;
+            const double lAcrossX = -lAlongY / lLength * lHalf;
+            const double lAcrossY = lAlongX / lLength * lHalf;
+            mText += "<path class=\"bone\" d=\"M" + Px(pStart.mRight) + " " + Px(pStart.mUp) + "L" + Px(lX + lAcrossX) + " " +
+                     Px(lY + lAcrossY) + "L" + Px(pEnd.mRight) + " " + Px(pEnd.mUp) + "L" + Px(lX - lAcrossX) + " " + Px(lY - lAcrossY) +
+                     "Z\"/>";
+        }
+        mText += "<circle class=\"joint\" cx=\"" + Px(pStart.mRight) + "\" cy=\"" + Px(pStart.mUp) + "\" r=\"" + Px(lJoint) + "\"/></g>\n";
+    }
+
+    // Names stand in a column on either side, in the order of the bones' heights, so that none covers another.
+    void Labels(const KCell& pCell, const std::vector<KViewPoint>& pStarts, const std::vector<KViewPoint>& pEnds)
+    {
+        std::vector<size_t> lBones;
+        for (size_t lBone = 1; lBone < pEnds.size(); ++lBone)
+        {
+            lBones.push_back(lBone);
+        }
+        const auto lMiddle = [&](size_t pBone)
+        {
+            return KViewPoint{(pStarts[pBone].mRight + pEnds[pBone].mRight) / 2, (pStarts[pBone].mUp + pEnds[pBone].mUp) / 2, 0};
+        };
+        std::stable_sort(lBones.begin(), lBones.end(),
+                         [&](size_t pOne, size_t pOther) { return lMiddle(pOne).mRight < lMiddle(pOther).mRight; });
+        const auto lHalf = lBones.begin() + static_cast<std::ptrdiff_t>(lBones.size() / 2);
+        const auto lHigher = [&](size_t pOne, size_t pOther)
+        {
+            return lMiddle(pOne).mUp < lMiddle(pOther).mUp;
+        };
+        std::stable_sort(lBones.begin(), lHalf, lHigher);
+        std::stable_sort(lHalf, lBones.end(), lHigher);
+
+        const double lRight = pCell.mX + pCell.mExtent.Width() * mLayout.mScale;
+        Column(pCell, {lBones.begin(), lHalf}, lMiddle, pCell.mX - 16, "end");
+        Column(pCell, {lHalf, lBones.end()}, lMiddle, lRight + 16, "start");
+    }
+
+    template <class KMiddle>
+    void Column(const KCell& pCell, const std::vector<size_t>& pBones, const KMiddle& pMiddle, double pX, const char* pAnchor)
+    {
+        const double lRoom = kLabelPitch * static_cast<double>(pBones.size());
+        double       lNext = pCell.mY - std::max(pCell.mExtent.Height() * mLayout.mScale, lRoom);
+        double       lRest = lRoom;
+        for (const size_t lBone : pBones)
+        {
+            const KViewPoint lAt = pMiddle(lBone);
+            // As near to its bone as those above allow and those below need.
+            const double lY = std::max(lNext, std::min(lAt.mUp, pCell.mY - lRest + kLabelPitch));
+            lNext = lY + kLabelPitch;
+            lRest -= kLabelPitch;
+            mText += LineAt("leader", pX + (pAnchor[0] == 'e' ? 4 : -4), lY, lAt.mRight, lAt.mUp);
+            mText += TextAt(pX, lY + 3.6, "label", pAnchor, mPicture.mNames[lBone]);
+        }
+    }
+
+    void Caption(const KCell& pCell)
+    {
+        const double lMiddle = pCell.mX + pCell.mExtent.Width() * mLayout.mScale / 2;
+        mText += TextAt(lMiddle, pCell.mY + 18, "small", "middle", CaptionOf(mPicture, pCell));
+    }
+
+    // 1, 2 or 5 times a power of ten, about a quarter of a figure.
+    void ScaleBar()
+    {
+        const double lWish = std::max(mLayout.mFigure, 1e-3) / 4;
+        const double lPower = std::pow(10.0, std::floor(std::log10(lWish)));
+        const double lLength = lPower * (lWish >= 5 * lPower ? 5 : lWish >= 2 * lPower ? 2 : 1);
+        const double lY = mLayout.mHeight - 20;
+        const double lEnd = kMargin + lLength * mLayout.mScale;
+        mText += "<path class=\"bar\" d=\"M" + Px(kMargin) + " " + Px(lY - 4) + "v8m0 -4H" + Px(lEnd) + "m0 -4v8\"/>\n";
+        mText += TextAt(lEnd + 8, lY + 4, "", "start", Short(lLength) + " cm");
+    }
+
+    const KPicture& mPicture;
+    const KLayout&  mLayout;
+    std::string     mText;
+};
+
+} // namespace
+
+std::string DrawSvg(const KPicture& pPicture)
+{
+    KLayout lLayout;
+    return LayOut(pPicture, lLayout) ? KDrawing(pPicture, lLayout).Draw() : std::string();
+}
+
+} // namespace asfapp

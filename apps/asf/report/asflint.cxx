@@ -1,0 +1,349 @@
+#include <apps/asf/report/asflint.h>
+
+#include <qexioplugins/acclaim/asf/kqexasfgrammar.h>
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+
+namespace asfapp
+{
+
+using qexsdk::KQexFileAcclaimAsf;
+using qexsdk::KQexTextMessage;
+
+namespace
+{
+
+// Length units of real files: 0.45 (the rule), 1 (inches), 0.3937 (centimetres), 0.03937 (millimetres), 39.37 (metres).
+constexpr double kLeastLengthUnit = 0.01;
+constexpr double kMostLengthUnit = 50.0;
+
+// Skin names end here.
+constexpr int kSkinNameSize = 1024;
+
+} // namespace
+
+KAsfLint::KAsfLint() : KQexTextFile(KQexFileAcclaimAsf::smType, KQexFileAcclaimAsf::smDel, KQexFileAcclaimAsf::smCom, true, false) {}
+
+void KAsfLint::Run()
+{
+    FirstLine();
+    InitTokens(KQexFileAcclaimAsf::smMain);
+    bool lGoesOn = true;
+    while (lGoesOn && !Eof())
+    {
+        const int lLine = GetLineNumber();
+        lGoesOn = Dispatch(Handle(KQexFileAcclaimAsf::smMain), lLine);
+    }
+    if (lGoesOn)
+    {
+        Finish();
+    }
+    std::stable_sort(mFindings.begin(), mFindings.end(),
+                     [](const KQexTextMessage& pOne, const KQexTextMessage& pOther) { return pOne.mLine < pOther.mLine; });
+}
+
+bool KAsfLint::Dispatch(int pSection, int pLine)
+{
+    switch (pSection)
+    {
+    case qexsdk::eMAIN_VERSION:
+        return Version() || (StopAtEnd(pLine, ":version"), false);
+    case qexsdk::eMAIN_NAME:
+        return Name(pLine);
+    case qexsdk::eMAIN_UNITS:
+        LeftOver();
+        return Units(pLine, ":units");
+    case qexsdk::eMAIN_DOCUMENTATION:
+        return Documentation(pLine);
+    case qexsdk::eMAIN_ROOT:
+        LeftOver();
+        return Root(pLine);
+    case qexsdk::eMAIN_BONEDATA:
+        LeftOver();
+        return BoneData(pLine);
+    case qexsdk::eMAIN_HIERARCHY:
+        LeftOver();
+        return Hierarchy();
+    case qexsdk::eMAIN_SKIN:
+        Skin();
+        return true;
+    default:
+        Skip();
+        return true;
+    }
+}
+
+void KAsfLint::Find(int pLine, const char* pFormat, ...)
+{
+    ++mFindingCount;
+    if (mFindings.size() >= kMaxMessages)
+    {
+        return;
+    }
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    char lText[512];
+    std::vsnprintf(lText, sizeof lText, pFormat, lArguments);
+    va_end(lArguments);
+    mFindings.push_back({KQexTextMessage::eWARNING, pLine, lText});
+}
+
+void KAsfLint::Stop(int pLine, const std::string& pText)
+{
+    mStopLine = pLine;
+    mStopText = pText;
+}
+
+void KAsfLint::StopAtEnd(int pLine, const char* pWord)
+{
+    Stop(pLine, std::string("The file ends inside the section ") + pWord + " that begins here");
+}
+
+// Called where the reader is done with a line.
+void KAsfLint::LeftOver()
+{
+    size_t      lLength = 0;
+    const char* lText = PeekToken(lLength);
+    if (lText != nullptr)
+    {
+        Find(GetLineNumber(), "Left over on the line (%.200s)", lText);
+    }
+}
+
+void KAsfLint::Skip()
+{
+    while (NextLine() && Check(KQexFileAcclaimAsf::smMain) == -1)
+    {
+    }
+}
+
+bool KAsfLint::Version()
+{
+    double lVersion = 0;
+    if (GetDouble(lVersion, 1.0))
+    {
+        LeftOver();
+    }
+    Skip();
+    return !Eof();
+}
+
+bool KAsfLint::Name(int pLine)
+{
+    char lName[qexsdk::kMaxName + 1];
+    if (!GetString(lName, qexsdk::kMaxName))
+    {
+        Stop(pLine, "Reading stops here: the section :name has no name");
+        return false;
+    }
+    LeftOver();
+    return Units(pLine, ":name");
+}
+
+bool KAsfLint::Units(int pLine, const char* pWord)
+{
+    while (NextLine())
+    {
+        if (Check(KQexFileAcclaimAsf::smMain) != -1)
+        {
+            return true;
+        }
+        Unit(Handle(KQexFileAcclaimAsf::smUnits));
+    }
+    StopAtEnd(pLine, pWord);
+    return false;
+}
+
+void KAsfLint::Unit(int pUnit)
+{
+    double lValue = 0;
+    if (pUnit == qexsdk::eUNIT_ANGLE)
+    {
+        const int lAngle = Handle(KQexFileAcclaimAsf::smAngle);
+        if (lAngle == qexsdk::eANGLE_RADIANS)
+        {
+            Find(GetLineNumber(), "Angles are declared in rad, but axes, orientation and limits are used as degrees");
+        }
+        if (lAngle != -1)
+        {
+            LeftOver();
+        }
+        return;
+    }
+    if (pUnit == -1 || !GetDouble(lValue, 1.0))
+    {
+        return;
+    }
+    if (pUnit == qexsdk::eUNIT_LENGTH && !(lValue >= kLeastLengthUnit && lValue <= kMostLengthUnit))
+    {
+        Find(GetLineNumber(),
+             lValue > 0 ? "No real file has the length unit %g" : "No real file has the length unit %g: lengths stay unconverted", lValue);
+    }
+    LeftOver();
+}
+
+bool KAsfLint::Documentation(int pLine)
+{
+    Skip();
+    if (Eof())
+    {
+        StopAtEnd(pLine, ":documentation");
+    }
+    return !Eof();
+}
+
+bool KAsfLint::Root(int pLine)
+{
+    int    lAxis = -1;
+    int    lAxisLine = 0;
+    double lAngles[3] = {0, 0, 0};
+    while (NextLine())
+    {
+        if (Check(KQexFileAcclaimAsf::smMain) != -1)
+        {
+            CheckAxis(lAxisLine, lAxis, lAngles);
+            mHasRoot = true;
+            return true;
+        }
+        if (!RootLine(Handle(KQexFileAcclaimAsf::smRoot), lAxis, lAxisLine, lAngles))
+        {
+            return false;
+        }
+    }
+    StopAtEnd(pLine, ":root");
+    return false;
+}
+
+// False when the reader gives up with an error of its own.
+bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
+{
+    std::vector<int> lCodes;
+    double           lVector[3] = {0, 0, 0};
+    const auto       lIsZero = [](const double* pVector)
+    {
+        return pVector[0] == 0 && pVector[1] == 0 && pVector[2] == 0;
+    };
+    switch (pWord)
+    {
+    case qexsdk::eROOT_AXIS:
+        pAxis = Handle(KQexFileAcclaimAsf::smAxis);
+        pAxisLine = GetLineNumber();
+        if (pAxis == -1)
+        {
+            return false;
+        }
+        break;
+    case qexsdk::eROOT_ORDER:
+        Channels(KQexFileAcclaimAsf::smOrder, lCodes);
+        break;
+    case qexsdk::eROOT_POSITION:
+        if (!GetVector(lVector, 1.0))
+        {
+            return true;
+        }
+        if (!lIsZero(lVector))
+        {
+            Find(GetLineNumber(), "Root position other than zero: an import counts it twice and does not scale it");
+        }
+        break;
+    case qexsdk::eROOT_ORIENTATION:
+        if (!GetVector(pAngles, 1.0))
+        {
+            return true;
+        }
+        if (!lIsZero(pAngles))
+        {
+            Find(GetLineNumber(), "Root orientation other than zero: an import turns the root's translation by it");
+        }
+        break;
+    default:
+        return true;
+    }
+    LeftOver();
+    return true;
+}
+
+// The DOF words of a line, as far as the reader takes them.
+void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
+{
+    pCodes.clear();
+    while (Check(pTable) != -1)
+    {
+        const int lCode = Handle(pTable);
+        if (lCode < qexsdk::kMaxDofs && std::find(pCodes.begin(), pCodes.end(), lCode) != pCodes.end())
+        {
+            Find(GetLineNumber(), "Degree of freedom twice on the line (%s)", pTable[lCode].mStr);
+        }
+        if (lCode < qexsdk::kMaxDofs && pCodes.size() < qexsdk::kMaxDofs)
+        {
+            pCodes.push_back(lCode);
+        }
+    }
+}
+
+// Four axis words are read as the order of another pair of letters; without an angle that makes no difference.
+void KAsfLint::CheckAxis(int pLine, int pWord, const double* pAngles)
+{
+    static const char* const sReadAs[] = {nullptr, "yxz", "xzy", "zxy", "yzx", nullptr};
+    const bool               lTurns = pAngles[0] != 0 || pAngles[1] != 0 || pAngles[2] != 0;
+    if (pWord >= 0 && pWord < 6 && sReadAs[pWord] != nullptr && lTurns)
+    {
+        Find(pLine, "Axis word %s is read as the order %s", KQexFileAcclaimAsf::smAxis[pWord].mStr, sReadAs[pWord]);
+    }
+}
+
+// Up to three lines count as skin names, whatever they hold.
+void KAsfLint::Skin()
+{
+    char lName[kSkinNameSize + 1];
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
+    {
+        const bool lIsKeyword = lIndex > 0 && Check(KQexFileAcclaimAsf::smMain) != -1;
+        const int  lLine = GetLineNumber();
+        if (!GetString(lName, kSkinNameSize))
+        {
+            break;
+        }
+        if (lIsKeyword)
+        {
+            Find(lLine, "Keyword line is taken for a skin name, its section is lost (%.200s)", lName);
+        }
+        else
+        {
+            LeftOver();
+        }
+        if (!NextLine())
+        {
+            break;
+        }
+    }
+    while (!Eof() && Check(KQexFileAcclaimAsf::smMain) == -1 && NextLine())
+    {
+    }
+}
+
+void KAsfLint::Finish()
+{
+    if (!mHasRoot)
+    {
+        Stop(0, "No section :root");
+        return;
+    }
+    if (!mHasHierarchy && mBones.size() > 1)
+    {
+        Find(mBones.front().mLine, "No section :hierarchy: every bone stays under root");
+        return;
+    }
+    for (const KBone& lBone : mBones)
+    {
+        if (mHasHierarchy && !lBone.mIsChild)
+        {
+            Find(lBone.mLine, "Bone is missing from the hierarchy, it stays under root (%s)", lBone.mName.c_str());
+        }
+    }
+}
+
+} // namespace asfapp

@@ -1,0 +1,122 @@
+#include <apps/asf/report/jsontext.h>
+#include <apps/asf/report/motionsurvey.h>
+#include <apps/asf/report/numbertext.h>
+#include <kbaselib/kmath/kdofcodes.h>
+
+#include <algorithm>
+
+namespace asfapp
+{
+
+namespace
+{
+
+void WriteSummary(const KMotionSurvey& pSurvey, KConsole& pConsole)
+{
+    const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
+    pConsole.Out("  frames  " + std::to_string(lInfo.mFrameCount) + " (" + std::to_string(lInfo.mLowestFrame) + " to " +
+                 std::to_string(lInfo.mHighestFrame) + "), " + Short(lInfo.mSamplesPerSecond) + " a second, " +
+                 Fixed(pSurvey.GetSeconds(), 3) + " s\n");
+    pConsole.Out("  bones   " + std::to_string(pSurvey.CountMoving()) + " of " + std::to_string(pSurvey.GetBones().size()) +
+                 " with degrees of freedom are moved\n");
+    pConsole.Out("  root    " + Fixed(pSurvey.GetRootTravel(), 1) + " cm from start to end, " + Fixed(pSurvey.GetRootWay(), 1) +
+                 " cm along its way\n\n");
+}
+
+std::string OutsideText(const KDofSurvey& pDof)
+{
+    return pDof.mOutside == 0 ? std::string()
+                              : Count(pDof.mOutside, "frame", "frames") + " outside, from " + std::to_string(pDof.mFirstOutside) + " on";
+}
+
+KJson JsonDof(const KDofSurvey& pDof)
+{
+    KJson lDof;
+    lDof["dof"] = qexsdk::kDofWords[pDof.mCode];
+    lDof["least"] = pDof.mLeast;
+    lDof["greatest"] = pDof.mGreatest;
+    lDof["min"] = pDof.mHasMin ? KJson(pDof.mMin) : KJson(nullptr);
+    lDof["max"] = pDof.mHasMax ? KJson(pDof.mMax) : KJson(nullptr);
+    lDof["framesOutside"] = pDof.mOutside;
+    lDof["firstOutside"] = pDof.mOutside > 0 ? KJson(pDof.mFirstOutside) : KJson(nullptr);
+    return lDof;
+}
+
+KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
+{
+    static const char* const   sSources[] = {"caller", "file", "default"};
+    const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
+    KJson                      lBones = KJson::array();
+    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    {
+        KJson lDofs = KJson::array();
+        for (const KDofSurvey& lDof : lBone.mDofs)
+        {
+            lDofs.push_back(JsonDof(lDof));
+        }
+        lBones.push_back({{"name", lBone.mName}, {"frames", lBone.mFrames}, {"moves", lBone.Moves()}, {"dofs", lDofs}});
+    }
+    KJson lMotion;
+    lMotion["skeleton"] = pInput.GetSkeleton().GetPath();
+    lMotion["frameCount"] = lInfo.mFrameCount;
+    lMotion["firstFrame"] = lInfo.mLowestFrame;
+    lMotion["lastFrame"] = lInfo.mHighestFrame;
+    lMotion["framesPerSecond"] = lInfo.mSamplesPerSecond;
+    lMotion["rateFrom"] = sSources[lInfo.mRateSource];
+    lMotion["seconds"] = pSurvey.GetSeconds();
+    lMotion["bonesMoved"] = pSurvey.CountMoving();
+    lMotion["rootTravel"] = pSurvey.GetRootTravel();
+    lMotion["rootWay"] = pSurvey.GetRootWay();
+    lMotion["bones"] = lBones;
+    return lMotion;
+}
+
+} // namespace
+
+std::string LimitsText(const KDofSurvey& pDof)
+{
+    return pDof.mHasMin || pDof.mHasMax
+               ? "(" + (pDof.mHasMin ? Short(pDof.mMin) : "-inf") + " " + (pDof.mHasMax ? Short(pDof.mMax) : "inf") + ")"
+               : std::string();
+}
+
+void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
+{
+    pConsole.Out(pConsole.Bold(Printable(pInput.GetMotion().GetShown())) + ": motion of " + Printable(pInput.GetSkeleton().GetShown()) +
+                 "\n");
+    WriteSummary(pSurvey, pConsole);
+    size_t lWidth = 4;
+    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    {
+        lWidth = std::max(lWidth, Printable(lBone.mName).size());
+    }
+    const auto lWriteRow = [&](const std::string& pBone, const char* pDof, const std::string& pLeast, const std::string& pGreatest,
+                               const std::string& pLimits, const std::string& pRest)
+    {
+        std::string lLine = "  " + PadRight(pBone, lWidth) + "  " + PadRight(pDof, 3) + "  " + PadLeft(pLeast, 10) + "  " +
+                            PadLeft(pGreatest, 10) + "  " + PadRight(pLimits, 14) + "  " + pRest;
+        lLine.erase(lLine.find_last_not_of(' ') + 1);
+        pConsole.Out(lLine + "\n");
+    };
+    lWriteRow("bone", "dof", "least", "greatest", "limits", "");
+    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    {
+        std::string lName = Printable(lBone.mName);
+        for (const KDofSurvey& lDof : lBone.mDofs)
+        {
+            const bool lRead = lBone.mFrames > 0;
+            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lRead ? Fixed(lDof.mLeast, 3) : "-", lRead ? Fixed(lDof.mGreatest, 3) : "-",
+                      LimitsText(lDof), OutsideText(lDof));
+            lName.clear();
+        }
+    }
+}
+
+void WriteMotionJson(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
+{
+    KJson lObject = JsonHead("motion", pInput.GetMotion().GetPath(), pSurvey.IsOk(), pSurvey.GetMessages());
+    lObject["motion"] = pSurvey.IsOk() ? JsonMotion(pInput, pSurvey) : KJson(nullptr);
+    PrintJsonLine(lObject, pConsole);
+}
+
+} // namespace asfapp

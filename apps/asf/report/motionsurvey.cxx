@@ -1,0 +1,170 @@
+#include <apps/asf/report/motionsurvey.h>
+
+#include <apps/asf/progress.h>
+#include <kbaselib/kmath/kdofcodes.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace asfapp
+{
+
+namespace
+{
+
+// Values are written with six digits or so: what is beyond a limit by less than this is on it.
+constexpr double kTolerance = 1e-6;
+
+double Distance(const KPoint& pOne, const KPoint& pOther)
+{
+    return std::hypot(pOne.mX - pOther.mX, pOne.mY - pOther.mY, pOne.mZ - pOther.mZ);
+}
+
+// Where the root's translation values put it, in centimetres.
+KPoint RootPlace(const qexsdk::KQexAmcBone& pRoot, double pFactor)
+{
+    double lPlace[3] = {0, 0, 0};
+    for (int lIndex = 0; lIndex < pRoot.mNode->mOrderCount; ++lIndex)
+    {
+        const int lCode = pRoot.mNode->mOrderBuf[lIndex];
+        if (lCode < 3)
+        {
+            lPlace[lCode] += pRoot.mValues[lIndex] * pFactor;
+        }
+    }
+    return {lPlace[0], lPlace[1], lPlace[2]};
+}
+
+} // namespace
+
+bool KBoneSurvey::Moves() const
+{
+    return std::any_of(mDofs.begin(), mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mGreatest - pDof.mLeast > kTolerance; });
+}
+
+bool KMotionSurvey::Read(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole)
+{
+    qexsdk::KQexImportAcclaimResult lResult;
+    qexsdk::KQexAsfSceneOwner       lSkeleton =
+        qexsdk::KQexImporterAcclaim::ReadSkeleton(pInput.GetSkeleton().GetSource(), qexsdk::KQexImportAcclaimOptions(), lResult);
+    if (lSkeleton == nullptr)
+    {
+        PrintMessages(lResult, pConsole);
+        pInput.RaiseFailure(pConsole);
+        mMessages.Add(qexsdk::KQexTextMessage::eERROR, 0, "The motion cannot be read without its skeleton");
+        return false;
+    }
+    KProgress                  lProgress("reading", pConsole);
+    qexsdk::KQexAmcReadOptions lOptions;
+    lOptions.mSamplesPerSecond = pOptions.mSamples;
+    lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
+    lOptions.mProgress = [&lProgress](double pFraction)
+    {
+        return lProgress.Show(pFraction);
+    };
+    qexsdk::KQexFileAcclaimAmc lReader(false);
+    mOk = pInput.GetMotion().OpenFor(lReader) && lReader.ReadFrames(lSkeleton.get(), lOptions, *this);
+    mInfo = lReader.GetInfo();
+    mMessages.mList = lReader.GetMessages();
+    mMessages.mErrors = lReader.GetErrorCount();
+    mMessages.mWarnings = lReader.GetWarningCount();
+    if (!mOk)
+    {
+        pInput.RaiseFailure(pConsole);
+    }
+    return mOk;
+}
+
+bool KMotionSurvey::Frame(const qexsdk::KQexAmcFrame& pFrame)
+{
+    if (mBones.empty())
+    {
+        AddBones(pFrame);
+    }
+    for (const int lBone : *pFrame.mPresent)
+    {
+        AddValues(pFrame, static_cast<size_t>(lBone));
+    }
+    FollowRoot(pFrame);
+    return true;
+}
+
+void KMotionSurvey::AddBones(const qexsdk::KQexAmcFrame& pFrame)
+{
+    for (const qexsdk::KQexAmcBone& lBone : *pFrame.mBones)
+    {
+        KBoneSurvey lSurvey;
+        lSurvey.mName = lBone.mNode->mName;
+        for (int lIndex = 0; lIndex < lBone.mNode->mOrderCount; ++lIndex)
+        {
+            KDofSurvey lDof;
+            lDof.mCode = lBone.mNode->mOrderBuf[lIndex];
+            lDof.mHasMin = lBone.mNode->mLimitsActive[lDof.mCode][0];
+            lDof.mHasMax = lBone.mNode->mLimitsActive[lDof.mCode][1];
+            lDof.mMin = lDof.mHasMin ? lBone.mNode->mLimitsBuf[lDof.mCode][0] : 0;
+            lDof.mMax = lDof.mHasMax ? lBone.mNode->mLimitsBuf[lDof.mCode][1] : 0;
+            lSurvey.mDofs.push_back(lDof);
+        }
+        mBones.push_back(lSurvey);
+    }
+}
+
+void KMotionSurvey::AddValues(const qexsdk::KQexAmcFrame& pFrame, size_t pBone)
+{
+    KBoneSurvey&               lBone = mBones[pBone];
+    const qexsdk::KQexAmcBone& lValues = (*pFrame.mBones)[pBone];
+    for (size_t lIndex = 0; lIndex < lBone.mDofs.size(); ++lIndex)
+    {
+        KDofSurvey&  lDof = lBone.mDofs[lIndex];
+        const double lValue = lValues.mValues[lIndex] * (qexsdk::KIsTranslationDof(lDof.mCode) ? 1.0 : pFrame.mAngleFactor);
+        lDof.mLeast = lBone.mFrames == 0 ? lValue : std::min(lDof.mLeast, lValue);
+        lDof.mGreatest = lBone.mFrames == 0 ? lValue : std::max(lDof.mGreatest, lValue);
+        if ((lDof.mHasMin && lValue < lDof.mMin - kTolerance) || (lDof.mHasMax && lValue > lDof.mMax + kTolerance))
+        {
+            lDof.mFirstOutside = lDof.mOutside == 0 ? pFrame.mNumber : lDof.mFirstOutside;
+            ++lDof.mOutside;
+        }
+    }
+    ++lBone.mFrames;
+}
+
+void KMotionSurvey::FollowRoot(const qexsdk::KQexAmcFrame& pFrame)
+{
+    if (pFrame.mBones->empty() || pFrame.mBones->front().mNode->mParent != nullptr)
+    {
+        return;
+    }
+    const KPoint lPlace = RootPlace(pFrame.mBones->front(), pFrame.mLengthFactor);
+    if (pFrame.mIndex == 0)
+    {
+        mRootFirst = lPlace;
+        mRootLast = lPlace;
+    }
+    mRootWay += Distance(mRootLast, lPlace);
+    mRootLast = lPlace;
+}
+
+double KMotionSurvey::GetSeconds() const
+{
+    return mInfo.mSamplesPerSecond > 0 ? static_cast<double>(mInfo.mHighestFrame - mInfo.mLowestFrame) / mInfo.mSamplesPerSecond : 0;
+}
+
+double KMotionSurvey::GetRootTravel() const
+{
+    return Distance(mRootFirst, mRootLast);
+}
+
+int KMotionSurvey::CountMoving() const
+{
+    return static_cast<int>(std::count_if(mBones.begin(), mBones.end(), [](const KBoneSurvey& pBone) { return pBone.Moves(); }));
+}
+
+bool KMotionSurvey::HasOutside() const
+{
+    return std::any_of(
+        mBones.begin(), mBones.end(),
+        [](const KBoneSurvey& pBone)
+        { return std::any_of(pBone.mDofs.begin(), pBone.mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mOutside > 0; }); });
+}
+
+} // namespace asfapp

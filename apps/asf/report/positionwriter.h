@@ -1,0 +1,50 @@
+#ifndef APPS_ASF_REPORT_POSITIONWRITER_H
+#define APPS_ASF_REPORT_POSITIONWRITER_H
+
+#include <apps/asf/figure/skeletonfile.h>
+#include <kbaselib/kbase/koutputfile.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace asfapp
+{
+
+/// What a table of positions is about.
+struct KPositionTable
+{
+    std::string              mSkeleton; ///< Paths, for the formats that keep them.
+    std::string              mMotion;
+    double                   mRate = 0; ///< Frames a second.
+    std::vector<std::string> mJoints;   ///< Names.
+    size_t                   mFrameCount = 0;
+};
+
+/// Writes world positions frame by frame. Whether the bytes arrived is what closing the output tells.
+class KPositionWriter
+{
+public:
+    virtual ~KPositionWriter() = default;
+
+    virtual void Begin(const KPositionTable& pTable) = 0;
+
+    /// One position for each joint of the table, in centimetres.
+    virtual void Frame(long long pNumber, double pSeconds, const std::vector<KPoint>& pPositions) = 0;
+
+    virtual void End() = 0;
+};
+
+enum EPositionFormat
+{
+    eFORMAT_CSV,      ///< A row for each joint and frame: frame,time,bone,x,y,z.
+    eFORMAT_CSV_WIDE, ///< A row for each frame: frame,time, then x, y and z of each joint.
+    eFORMAT_JSON,
+    eFORMAT_NPY ///< float32 of shape (frames, joints, 3).
+};
+
+std::unique_ptr<KPositionWriter> MakePositionWriter(EPositionFormat pFormat, qexsdk::KOutputFile& pOut);
+
+} // namespace asfapp
+
+#endif

@@ -1,0 +1,111 @@
+#include <apps/asf/report/skeletoninfo.h>
+
+#include <apps/asf/report/numbertext.h>
+#include <kbaselib/kmath/kdofcodes.h>
+
+#include <algorithm>
+
+namespace asfapp
+{
+
+namespace
+{
+
+// Deeper bones stand where these do, so that a chain of bones costs what its bones cost.
+constexpr int kMostIndent = 32;
+
+constexpr size_t kMostNameWidth = 60;
+
+std::string Indented(const KRestBone& pBone)
+{
+    return std::string(2 * static_cast<size_t>(std::min(pBone.mDepth, kMostIndent)), ' ') + Printable(pBone.mNode->mName);
+}
+
+std::string LimitText(const qexsdk::KQexAsfNode& pNode, int pCode)
+{
+    const bool* lActive = pNode.mLimitsActive[pCode];
+    if (!lActive[0] && !lActive[1])
+    {
+        return std::string();
+    }
+    const double* lLimit = pNode.mLimitsBuf[pCode];
+    return "(" + (lActive[0] ? Short(lLimit[0]) : "-inf") + " " + (lActive[1] ? Short(lLimit[1]) : "inf") + ")";
+}
+
+std::string DofText(const qexsdk::KQexAsfNode& pNode)
+{
+    std::string lText;
+    for (int lIndex = 0; lIndex < pNode.mOrderCount; ++lIndex)
+    {
+        const int lCode = pNode.mOrderBuf[lIndex];
+        lText += lIndex > 0 ? "  " : "";
+        lText += qexsdk::kDofWords[lCode] + LimitText(pNode, lCode);
+    }
+    return lText;
+}
+
+// The root has no length of its own.
+std::string LengthText(const KRestBone& pBone, double pScale)
+{
+    return pBone.mParent < 0 ? std::string() : Fixed(pBone.mNode->mLength * pScale, 3);
+}
+
+void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
+{
+    const qexsdk::KQexAsfScene& lScene = pSkeleton.GetScene();
+    const auto&                 lBones = pSkeleton.GetBones();
+    const double                lScale = pSkeleton.GetCentimetresPerUnit();
+    long long                   lDofs = 0;
+    int                         lDepth = 0;
+    for (const KRestBone& lBone : lBones)
+    {
+        lDofs += lBone.mNode->mOrderCount;
+        lDepth = std::max(lDepth, lBone.mDepth);
+    }
+    KPoint lLeast;
+    KPoint lMost;
+    pSkeleton.GetBounds(lLeast, lMost);
+    pConsole.Out("  units   mass " + Short(lScene.mMassUnit) + ", length " + Short(lScene.mLengthUnit) + " (1 unit is " + Short(lScale) +
+                 " cm), angle " + (lScene.mAngleUnit == 1.0 ? "deg" : "rad") + "\n");
+    pConsole.Out("  bones   " + std::to_string(lBones.size() - 1) + " below the root, " + Count(lDofs, "degree", "degrees") +
+                 " of freedom, " + Count(lDepth, "level", "levels") + " deep\n");
+    pConsole.Out("  height  " + Fixed(lMost.mY - lLeast.mY, 1) + " cm at rest (" + Fixed(lMost.mX - lLeast.mX, 1) + " wide, " +
+                 Fixed(lMost.mZ - lLeast.mZ, 1) + " deep)\n\n");
+}
+
+} // namespace
+
+void WriteSkeletonInfo(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
+{
+    const std::string lName = pSkeleton.GetScene().mName;
+    pConsole.Out(pConsole.Bold(Printable(pFile.GetShown())) + ": " + (lName.empty() ? "a skeleton without a name" : Printable(lName)) +
+                 "\n");
+    WriteSummary(pSkeleton, pConsole);
+
+    size_t lNameWidth = 4;
+    size_t lLengthWidth = 2;
+    for (const KRestBone& lBone : pSkeleton.GetBones())
+    {
+        lNameWidth = std::max(lNameWidth, std::min(Indented(lBone).size(), kMostNameWidth));
+        lLengthWidth = std::max(lLengthWidth, LengthText(lBone, 1.0).size());
+    }
+    const auto lWriteLine =
+        [&](const std::string& pName, const std::string& pCentimetres, const std::string& pUnits, const std::string& pDofs)
+    {
+        std::string lLine =
+            "  " + PadRight(pName, lNameWidth) + "  " + PadLeft(pCentimetres, lLengthWidth) + "  " + PadLeft(pUnits, 9) + "  " + pDofs;
+        lLine.erase(lLine.find_last_not_of(' ') + 1);
+        return pConsole.Out(lLine + "\n");
+    };
+    lWriteLine("bone", "cm", "in file", "degrees of freedom (lower and upper limit)");
+    for (const KRestBone& lBone : pSkeleton.GetBones())
+    {
+        const std::string lUnits = LengthText(lBone, 1.0 / pSkeleton.GetCentimetresPerUnit());
+        if (!lWriteLine(Indented(lBone), LengthText(lBone, 1.0), lUnits, DofText(*lBone.mNode)))
+        {
+            return;
+        }
+    }
+}
+
+} // namespace asfapp

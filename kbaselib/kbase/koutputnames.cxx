@@ -1,0 +1,56 @@
+#include <kbaselib/kbase/koutputnames.h>
+
+#include <kbaselib/kbase/kfilecalls.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <unistd.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr int kMaxLinks = 40; ///< As many symbolic links in a row as the system itself follows.
+
+std::atomic<unsigned> sNameCount{0};
+
+/// The folder part of \p pPath with its last slash, "" when there is none.
+std::string FolderOf(const std::string& pPath)
+{
+    const size_t lSlash = pPath.rfind('/');
+    return lSlash == std::string::npos ? std::string() : pPath.substr(0, lSlash + 1);
+}
+
+} // namespace
+
+std::string KTemporaryName(const std::string& pTarget)
+{
+    return FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-" + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
+}
+
+int KFollowLinks(std::string& pPath)
+{
+    const KFileCalls& lCalls = KFileCallsInUse();
+    for (int i = 0; i < kMaxLinks; ++i)
+    {
+        struct stat lStat;
+        if (lCalls.mLinkStat(pPath.c_str(), &lStat) != 0)
+            return errno == ENOENT ? 0 : errno;
+        if (!S_ISLNK(lStat.st_mode))
+            return 0;
+        char          lText[PATH_MAX];
+        const ssize_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
+        if (lSize < 0)
+            return errno;
+        if (static_cast<size_t>(lSize) == sizeof lText)
+            return ENAMETOOLONG;
+        const std::string lLink(lText, static_cast<size_t>(lSize));
+        pPath = !lLink.empty() && lLink[0] == '/' ? lLink : FolderOf(pPath) + lLink;
+    }
+    return ELOOP;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,196 @@
+#include <qexioplugins/acclaim/amc/kqexamcheader.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/klinereader.h>
+#include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/ktime.h>
+
+#include <cmath>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+struct KWordEntry
+{
+    const char* mText;
+    KQexAmcWord mWord;
+};
+
+const KWordEntry kWords[] = {
+    {":fully-specified", eAMC_FULLY_SPECIFIED},
+    {":degrees", eAMC_DEGREES},
+    {":radians", eAMC_RADIANS},
+    {":samples-per-second", eAMC_SAMPLES_PER_SECOND},
+    {":frame-range", eAMC_FRAME_RANGE},
+    {":asf-file", eAMC_ASF_FILE},
+    {":asf-path", eAMC_ASF_PATH},
+};
+
+bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
+{
+    double lRate = 0.0;
+    if (KNumberParse(TakeAmcToken(pRest), lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
+        return false;
+    pHeader.mSamplesPerSecond = lRate;
+    return true;
+}
+
+bool TakeFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
+{
+    long long lFirst = 0;
+    long long lLast = 0;
+    if (KNumberParse(TakeAmcToken(pRest), lFirst) != KNumberStatus::eOK || KNumberParse(TakeAmcToken(pRest), lLast) != KNumberStatus::eOK)
+        return false;
+    pHeader.mHasFrameRange = true;
+    pHeader.mFrameRange[0] = lFirst;
+    pHeader.mFrameRange[1] = lLast;
+    return true;
+}
+
+bool TakeText(std::string_view pRest, std::string& pText)
+{
+    const std::string_view lText = TrimAmcText(pRest);
+    if (lText.empty())
+        return false;
+    pText = lText;
+    return true;
+}
+
+// Enters one line of the header. False for the first line behind it.
+bool TakeHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
+{
+    if (TakeAmcOmlLine(pLine, pHeader))
+        return true;
+    std::string_view       lRest = pLine.substr(0, pLine.find(KQexFileAcclaimAmc::smCom[0]));
+    const std::string_view lWord = TakeAmcToken(lRest);
+    if (lWord.empty())
+        return true;
+    if (lWord.front() != ':')
+        return false;
+    TakeAmcWord(FindAmcWord(lWord), lRest, pHeader);
+    return true;
+}
+
+void TakeHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
+{
+    while (pLines.NextLine() && TakeHeaderLine(std::string_view(pLines.GetLine(), pLines.GetLength()), pHeader))
+    {
+    }
+}
+
+} // namespace
+
+KQexAmcWord FindAmcWord(std::string_view pToken)
+{
+    for (const KWordEntry& lEntry : kWords)
+        if (KEqualsFolded(pToken, lEntry.mText))
+            return lEntry.mWord;
+    return eAMC_UNKNOWN;
+}
+
+KQexAmcWordResult TakeAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader)
+{
+    bool lTaken = true;
+    switch (pWord)
+    {
+    case eAMC_DEGREES:
+        pHeader.mAngle = eAMC_ANGLE_DEGREES;
+        break;
+    case eAMC_RADIANS:
+        pHeader.mAngle = eAMC_ANGLE_RADIANS;
+        break;
+    case eAMC_SAMPLES_PER_SECOND:
+        lTaken = TakeRate(pRest, pHeader);
+        break;
+    case eAMC_FRAME_RANGE:
+        lTaken = TakeFrameRange(pRest, pHeader);
+        break;
+    case eAMC_ASF_FILE:
+        lTaken = TakeText(pRest, pHeader.mAsfFile);
+        break;
+    case eAMC_ASF_PATH:
+        lTaken = TakeText(pRest, pHeader.mAsfPath);
+        break;
+    case eAMC_FULLY_SPECIFIED:
+    case eAMC_UNKNOWN:
+        break;
+    }
+    return lTaken ? eAMC_WORD_TAKEN : eAMC_WORD_UNUSABLE;
+}
+
+bool TakeAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
+{
+    std::string_view lRest = pLine;
+    if (!KEqualsFolded(TakeAmcToken(lRest), "#!oml:asf"))
+        return false;
+    // :ASF-FILE says the same in the format's own words: it has precedence wherever it stands.
+    if (pHeader.mAsfFile.empty())
+        TakeText(lRest, pHeader.mAsfFile);
+    return true;
+}
+
+bool IsAmcRate(double pSamplesPerSecond)
+{
+    return std::isfinite(pSamplesPerSecond) && pSamplesPerSecond >= 1e-6 &&
+           pSamplesPerSecond <= static_cast<double>(KTime::kTicksPerSecond);
+}
+
+std::string_view TakeAmcToken(std::string_view& pText)
+{
+    size_t lBegin = 0;
+    while (lBegin < pText.size() && IsAmcBlank(pText[lBegin]))
+        ++lBegin;
+    size_t lEnd = lBegin;
+    while (lEnd < pText.size() && !IsAmcBlank(pText[lEnd]))
+        ++lEnd;
+    const std::string_view lToken = pText.substr(lBegin, lEnd - lBegin);
+    pText.remove_prefix(lEnd);
+    return lToken;
+}
+
+std::string_view TrimAmcText(std::string_view pText)
+{
+    while (!pText.empty() && IsAmcBlank(pText.front()))
+        pText.remove_prefix(1);
+    while (!pText.empty() && IsAmcBlank(pText.back()))
+        pText.remove_suffix(1);
+    return pText;
+}
+
+bool KQexFileAcclaimAmc::PeekHeader(const char* pPath, KQexAmcHeader& pHeader, std::string& pReason)
+{
+    pHeader = KQexAmcHeader();
+    KLineReader lLines;
+    if (lLines.OpenPath(pPath))
+        TakeHeaderLines(lLines, pHeader);
+    if (!lLines.HasFailed())
+        return true;
+    switch (lLines.GetStatus())
+    {
+    case KLineReader::eTOO_LONG:
+        pReason = "Line is too long";
+        break;
+    case KLineReader::eUTF16:
+        pReason = "UTF-16 text is not supported";
+        break;
+    case KLineReader::eMEMORY:
+        pReason = "Out of memory";
+        break;
+    default:
+        pReason = lLines.GetReason();
+    }
+    return false;
+}
+
+void KQexFileAcclaimAmc::PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader)
+{
+    pHeader = KQexAmcHeader();
+    KLineReader lLines;
+    if (lLines.OpenBuffer(pData, pSize))
+        TakeHeaderLines(lLines, pHeader);
+}
+
+} // namespace qexsdk

@@ -1,0 +1,73 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_AMC_KQEXAMCREADER_H
+#define QEXIOPLUGINS_ACCLAIM_AMC_KQEXAMCREADER_H
+
+#include <qexioplugins/acclaim/amc/kqexamcbones.h>
+#include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qexsdk
+{
+
+/// One read of a motion file: lines into frames, frames to a visitor.
+class KQexAmcReader
+{
+public:
+    /// Reads from the open \p pFile; all of them have to outlive this, and stay the caller's.
+    KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor,
+                  KQexAmcHeader& pHeader, KQexAmcInfo& pInfo);
+
+    /// Reads to the end, to the first error, or until someone asks to stop. True when there are frames to keep.
+    bool Run();
+
+private:
+    bool ReadLines();
+    bool ReadLine();
+    bool ReadWord(std::string_view pWord, std::string_view pRest);
+    bool ReadFrameLine(long long pNumber, std::string_view pRest);
+    bool ReadBoneLine(std::string_view pName, const char* pText, const char* pEnd);
+    bool ReadValues(const KQexAmcLine& pLine, const char*& pText, const char* pEnd);
+    bool FailValue(const KQexAmcLine& pLine, int pPlace, std::string_view pToken, bool pAtEnd);
+    void NotePresent(KQexAmcLine& pLine);
+    int  FindLine(std::string_view pName);
+    void SayUnknown(std::string_view pName);
+    bool SayFirst(std::string_view pWhat);
+    bool FailFrameNumber(std::string_view pToken);
+
+    bool BeginFrames();
+    bool ComputeTime(long long pNumber, KTime& pTime) const;
+    bool CommitFrame();
+    bool IsCutShort() const;
+    void FinishFile();
+    void SayAbsent();
+    bool SayProgress();
+
+    KQexFileAcclaimAmc&       mFile;
+    KQexAsfScene*             mAsfScene;
+    const KQexAmcReadOptions& mOptions;
+    KQexAmcVisitor&           mVisitor;
+    KQexAmcHeader&            mHeader;
+    KQexAmcInfo&              mInfo;
+
+    KQexAmcBones     mBones;
+    KQexAmcFrame     mFrame; ///< The frame in progress.
+    bool             mInFrame = false;
+    bool             mStopped = false;  ///< The visitor or the progress call asked to.
+    double           mTicks = 0;        ///< Ticks of a frame.
+    long long        mBefore = 0;       ///< Number of the frame before the one in progress.
+    int              mLine = -1;        ///< Index of the bone line read last, -1 for none.
+    bool             mCutShort = false; ///< The end of the file cut the last line short.
+    std::vector<int> mPresent;          ///< Bones of the frame in progress, as KQexAmcFrame::mPresent.
+    std::vector<int> mPresentBefore;    ///< Those of the frame before it.
+    std::vector<int> mNeverAbsent;      ///< Bones that every frame so far has given.
+
+    std::set<std::string, std::less<>> mSaid; ///< Unknown names and words that were warned about.
+};
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,148 @@
+#include <qexioplugins/acclaim/amc/kqexamcsteps.h>
+
+#include <algorithm>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double kUnscaled[3] = {1.0, 1.0, 1.0};
+
+bool IsUnscaled(const KQexNode& pNode, const KQexAnimLayer* pLayer)
+{
+    KQexChannel lChannels[3];
+    KQexChannel::Find(lChannels, pNode.mLocalScaling, pLayer);
+    return std::all_of(lChannels, lChannels + 3, [](const KQexChannel& pChannel) { return pChannel.IsAlways(1.0); });
+}
+
+void TakeRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        KmVset(pRotation.mData[i], pTransform.mData[i].mData);
+    }
+}
+
+} // namespace
+
+void KAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KAmcJoint>& pJoints)
+{
+    const KQexAnimStack* lStack = pRoot->GetScene()->GetEvaluator()->GetContext();
+    mRoot = pRoot;
+    mJoints = pJoints;
+    FindSpans(lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr, 1 + static_cast<size_t>(pRoot->GetChildCount(true)));
+}
+
+/// The links of all joints, unless a node among them is scaled or they are more than a few times the nodes: several bones may be
+/// below the same long row of nodes without bones.
+void KAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
+{
+    mLinks.clear();
+    mSpans.clear();
+    mIsLocal = true;
+    for (size_t i = 0; i < mJoints.size() && mIsLocal; ++i)
+    {
+        const int lFrom = mJoints[i].mFrom;
+        mIsLocal = AddSpan(mJoints[i], lFrom >= 0 ? mJoints[static_cast<size_t>(lFrom)].mNode : nullptr, pLayer, 2 * pNodes + 16);
+    }
+}
+
+bool KAmcSteps::AddSpan(const KAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks)
+{
+    KSpan lSpan;
+    lSpan.mFirst = mLinks.size();
+    lSpan.mIsReachFixed = true;
+    const KQexNode* lNode = pJoint.mNode;
+    for (; lNode != nullptr && lNode != pFrom; lNode = lNode->GetParent())
+    {
+        KLink lLink;
+        lLink.mNode = lNode;
+        KQexChannel::Find(lLink.mChannels, lNode->mLocalTranslation, pLayer);
+        KQexChannel::Find(lLink.mChannels + 3, lNode->mLocalRotation, pLayer);
+        if (mLinks.size() == pMostLinks || !IsUnscaled(*lNode, pLayer))
+        {
+            return false;
+        }
+        // The lowest node's rotation moves what is below it, not the node itself.
+        const int lMoving = lNode == pJoint.mNode ? 3 : 6;
+        lSpan.mIsReachFixed = lSpan.mIsReachFixed && std::none_of(lLink.mChannels, lLink.mChannels + lMoving,
+                                                                  [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
+        mLinks.push_back(lLink);
+    }
+    std::reverse(mLinks.begin() + static_cast<std::ptrdiff_t>(lSpan.mFirst), mLinks.end());
+    lSpan.mEnd = mLinks.size();
+    mSpans.push_back(lSpan);
+    return pJoint.mNode == nullptr || lNode == pFrom;
+}
+
+bool KAmcSteps::Begin(KTime pTime, KAmcMoment& pMoment) const
+{
+    pMoment.mTime = pTime;
+    return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pMoment.mPose);
+}
+
+void KAmcSteps::Get(size_t pJoint, KAmcMoment& pMoment, KAmcStep& pStep) const
+{
+    if (mIsLocal)
+    {
+        GetLocal(mSpans[pJoint], pMoment, pStep);
+    }
+    else
+    {
+        GetGlobal(pJoint, pMoment.mPose, pStep);
+    }
+}
+
+void KAmcSteps::GetLocal(const KSpan& pSpan, KAmcMoment& pMoment, KAmcStep& pStep) const
+{
+    KQexMatrix lStep;
+    for (size_t i = pSpan.mFirst; i < pSpan.mEnd; ++i)
+    {
+        const KLink& lLink = mLinks[i];
+        double       lValues[6];
+        KQexMatrix   lLocal;
+        for (int k = 0; k < 6; ++k)
+        {
+            lValues[k] = lLink.mChannels[k].Evaluate(pMoment.mTime, pMoment.mSpot);
+        }
+        lLink.mNode->ComposeLocalTransform(i == pSpan.mFirst ? lStep : lLocal, lValues, lValues + 3, kUnscaled);
+        if (i > pSpan.mFirst)
+        {
+            lStep = lStep * lLocal;
+        }
+    }
+    TakeRotation(pStep.mTurn, lStep);
+    KmVset(pStep.mReach, lStep.mData[3].mData);
+}
+
+void KAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KAmcStep& pStep) const
+{
+    const KQexMatrix& lTransform = pPose.GetTransform(mJoints[pJoint].mPose);
+    lTransform.GetRotation(pStep.mTurn);
+    KmVset(pStep.mReach, lTransform.mData[3].mData);
+    const int lAbove = mJoints[pJoint].mFrom;
+    if (lAbove >= 0)
+    {
+        const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lAbove)].mPose);
+        const double*     lPlace = lFrom.mData[3].mData;
+        KgeRMatrix        lFromInv;
+        lFrom.GetRotation(lFromInv);
+        KgeInverse(lFromInv, lFromInv);
+        KgeMult(pStep.mTurn, lFromInv, pStep.mTurn);
+        KmV(pStep.mReach, pStep.mReach[0] - lPlace[0], pStep.mReach[1] - lPlace[1], pStep.mReach[2] - lPlace[2]);
+        KmRV(pStep.mReach, lFromInv.mData, pStep.mReach);
+    }
+}
+
+void KAmcSteps::GetAngles(size_t pJoint, KAmcMoment& pMoment, double* pAngles) const
+{
+    const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
+    for (int i = 0; i < 3; ++i)
+    {
+        pAngles[i] = lChannels[i].Evaluate(pMoment.mTime, pMoment.mSpot);
+    }
+}
+
+} // namespace qexsdk

@@ -1,0 +1,352 @@
+#include <qexioplugins/acclaim/exchange/kqexasfprepare.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kmath/kdofcodes.h>
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
+#include <qexioplugins/acclaim/model/kqexasfround.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexioplugins/motion/kqexsafenames.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <new>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr const char* kDummy = "Dummy";
+
+bool EndsIn(const std::string& pText, const std::string& pEnd)
+{
+    return pText.size() > pEnd.size() && pText.compare(pText.size() - pEnd.size(), pEnd.size(), pEnd) == 0;
+}
+
+/// A name that is read as one word and as nothing but a name.
+std::string ValidName(const std::string& pName, const char* pIfEmpty)
+{
+    std::string lName =
+        MakeSafeName(pName, pIfEmpty,
+                     [](char pC) { return static_cast<unsigned char>(pC) > ' ' && pC != '\x7f' && std::strchr(",()#", pC) == nullptr; });
+    if (lName.front() == ':')
+    {
+        lName.front() = '_';
+    }
+    if (KEqualsFolded(lName, "begin") || KEqualsFolded(lName, "end"))
+    {
+        lName += '_';
+    }
+    return lName;
+}
+
+std::string BareName(const KQexNode* pNode)
+{
+    return pNode->GetBareName();
+}
+
+bool IsMoved(const KQexNode* pNode, const KQexAnimLayer* pLayer)
+{
+    return LeavesRest(pNode->mLocalTranslation, pLayer) || LeavesRest(pNode->mLocalRotation, pLayer);
+}
+
+void CopyName(KQexAsfNode& pBone, const std::string& pName)
+{
+    std::snprintf(pBone.mName, sizeof pBone.mName, "%s", pName.c_str());
+}
+
+/// Two rotations that are one after another in one rest pose are not in another: seen from there, what they make takes a third.
+void AddThirdRotation(KQexAsfNode& pBone)
+{
+    bool lHas[eDOF_COUNT] = {};
+    for (int i = 0; i < pBone.mOrderCount; ++i)
+    {
+        lHas[pBone.mOrderBuf[i]] = true;
+    }
+    if (lHas[eDOF_RZ] + lHas[eDOF_RY] + lHas[eDOF_RX] == 2 && pBone.mOrderCount < kMaxDofs)
+    {
+        pBone.mOrderBuf[pBone.mOrderCount++] = !lHas[eDOF_RZ] ? eDOF_RZ : !lHas[eDOF_RY] ? eDOF_RY : eDOF_RX;
+    }
+}
+
+} // namespace
+
+KAsfPreparation::KAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer,
+                                 const KQexExportAcclaimOptions& pOptions, bool pHasTranslations)
+    : mScene(pScene), mRoot(pRoot), mLayer(pLayer), mOptions(pOptions), mHasTranslations(pHasTranslations)
+{
+}
+
+/// Pairs bones with nodes. Extraction keeps the order of children, and the clean-up only takes some away, so the next node of the
+/// bone's name is the bone's.
+void KAsfPreparation::FindOrigins()
+{
+    struct KOpen
+    {
+        KQexNode* mNode;
+        KQexNode* mNext; ///< Child of mNode that the next bone is looked for from.
+    };
+    std::vector<KOpen> lOpen;
+    KQexAsfWalk        lWalk(mScene->mRoot);
+    while (HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+        {
+            lOpen.pop_back();
+            continue;
+        }
+        if (lOpen.empty())
+        {
+            mOrigins.push_back(KAsfOrigin{lBone, mRoot});
+            lOpen.push_back(KOpen{mRoot, mRoot->GetFirstChild()});
+            continue;
+        }
+        if (lBone->mOrderCount == 0)
+        {
+            // Put in front of a child of the same node: the child is looked for where this one stands.
+            mOrigins.push_back(KAsfOrigin{lBone, nullptr});
+            lOpen.push_back(lOpen.back());
+            continue;
+        }
+        KOpen& lAbove = lOpen.back();
+        while (lAbove.mNext != nullptr && BareName(lAbove.mNext).compare(0, sizeof lBone->mName - 1, lBone->mName) != 0)
+        {
+            lAbove.mNext = lAbove.mNext->GetNextSibling();
+        }
+        KQexNode* lNode = lAbove.mNext;
+        mOrigins.push_back(KAsfOrigin{lBone, lNode});
+        if (lNode != nullptr)
+        {
+            lAbove.mNext = lNode->GetNextSibling();
+        }
+        lOpen.push_back(KOpen{lNode, lNode != nullptr ? lNode->GetFirstChild() : nullptr});
+    }
+}
+
+/// End markers give their parents' bones a length and are meant to go; any other leaf is a loss.
+void KAsfPreparation::TellDroppedLeaves()
+{
+    std::unordered_map<const KQexNode*, bool> lKept;
+    for (const KAsfOrigin& lOrigin : mOrigins)
+    {
+        lKept[lOrigin.mNode] = true;
+    }
+    std::string lDropped;
+    for (const KQexNode* lNode = mRoot; lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
+    {
+        if (lKept.count(lNode) == 0 && BareName(lNode) != BareName(lNode->GetParent()) + "_End")
+        {
+            lDropped += (lDropped.empty() ? "" : ", ") + std::string(lNode->GetName());
+        }
+    }
+    if (!lDropped.empty())
+    {
+        mWarnings.push_back("Leaf joints without length left out (" + lDropped + ")");
+    }
+}
+
+void KAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
+{
+    if (pName != pBone->mName)
+    {
+        mWarnings.push_back("Bone renamed (" + pName + "), from (" + pBone->mName + ")");
+        CopyName(*pBone, pName);
+    }
+}
+
+/// Bones keep their names before those that extraction made up do.
+void KAsfPreparation::MakeNamesValid()
+{
+    KQexUniqueNames lNames(kMaxName);
+    lNames.Make("root");
+    for (const bool lIsMadeUp : {false, true})
+    {
+        for (size_t i = 1; i < mOrigins.size(); ++i)
+        {
+            if ((mOrigins[i].mNode == nullptr) == lIsMadeUp)
+            {
+                NameBone(mOrigins[i].mBone, lNames.Make(ValidName(mOrigins[i].mBone->mName, "bone")));
+            }
+        }
+    }
+    const std::string lWanted = mOptions.mSkeletonName.empty() ? mScene->mName : mOptions.mSkeletonName;
+    const std::string lName = ValidName(lWanted, "ASF").substr(0, kMaxName);
+    if (lName != lWanted)
+    {
+        mWarnings.push_back("Skeleton renamed (" + lName + "), from (" + lWanted + ")");
+    }
+    std::snprintf(mScene->mName, sizeof mScene->mName, "%s", lName.c_str());
+}
+
+/// The root of a file has no length. When all its children start away from it at one place, a bone in front of them reaches there.
+bool KAsfPreparation::AddSharedStart()
+{
+    HKQexAsfNode lRoot = mScene->mRoot;
+    const int    lCount = lRoot->mChildBuf.GetCount();
+    if (!(lRoot->mLength > 0.0) || lCount == 0)
+    {
+        return true;
+    }
+    HKQexAsfNode lStart = QexSdkNew<KQexAsfNode>();
+    if (lStart == nullptr)
+    {
+        return false;
+    }
+    CopyName(*lStart, lRoot->mChildBuf[0]->mName + std::string(kDummy));
+    KgeSet(lStart->mDirectionV, lRoot->mDirectionV);
+    lStart->mLength = lRoot->mLength;
+    lRoot->mLength = 0.0;
+    for (int i = 0; i < lCount; ++i)
+    {
+        if (!lStart->AddChild(lRoot->mChildBuf[i]))
+        {
+            // The bones stay the root's; the new one lets go of those it has.
+            lStart->mChildBuf.Clear();
+            QexSdkDelete(lStart);
+            return false;
+        }
+    }
+    lRoot->mChildBuf.Clear();
+    if (!lRoot->AddChild(lStart))
+    {
+        QexSdkDelete(lStart);
+        return false;
+    }
+    mOrigins.insert(mOrigins.begin() + 1, KAsfOrigin{lStart, nullptr});
+    return true;
+}
+
+/// Whether the node came from a bone that an export once put in front of another: it never moved and has no limits.
+bool KAsfPreparation::IsDummy(const KAsfOrigin& pOrigin) const
+{
+    const std::string lName = BareName(pOrigin.mNode);
+    if (!EndsIn(lName, kDummy) || IsMoved(pOrigin.mNode, mLayer))
+    {
+        return false;
+    }
+    for (const KQexNode* lChild = pOrigin.mNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
+    {
+        if (BareName(lChild) + kDummy == lName || BareName(lChild) == lName + "_End")
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Extraction without translations leaves the rotations' limits, z, y and x, in the rows of the translations.
+void KAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
+{
+    if (mHasTranslations)
+    {
+        return;
+    }
+    for (int lRow = 0; lRow < 3; ++lRow)
+    {
+        for (int lBound = 0; lBound < 2; ++lBound)
+        {
+            pBone.mLimitsBuf[lRow + 3][lBound] = pBone.mLimitsBuf[lRow][lBound];
+            pBone.mLimitsActive[lRow + 3][lBound] = pBone.mLimitsActive[lRow][lBound];
+            pBone.mLimitsBuf[lRow][lBound] = 0.0;
+            pBone.mLimitsActive[lRow][lBound] = false;
+        }
+    }
+}
+
+void KAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const
+{
+    pBone.mOrderCount = 0;
+    std::memset(pBone.mLimitsActive, 0, sizeof pBone.mLimitsActive);
+    for (const KQexBoneDof& lDof : pDofs)
+    {
+        const int lCode = KDofCodeOf(lDof.mWord);
+        if (lCode < 0 || pBone.mOrderCount == kMaxDofs)
+        {
+            continue;
+        }
+        const double lFactor = KIsTranslationDof(lCode) ? mOptions.mLengthUnit / kCentimetresPerInch : 1.0;
+        pBone.mOrderBuf[pBone.mOrderCount++] = lCode;
+        pBone.mLimitsActive[lCode][0] = lDof.mHasMin;
+        pBone.mLimitsActive[lCode][1] = lDof.mHasMax;
+        pBone.mLimitsBuf[lCode][0] = lDof.mMin * lFactor;
+        pBone.mLimitsBuf[lCode][1] = lDof.mMax * lFactor;
+    }
+}
+
+void KAsfPreparation::SetDofs(const KAsfOrigin& pOrigin)
+{
+    KQexAsfNode& lBone = *pOrigin.mBone;
+    if (pOrigin.mNode == nullptr || lBone.mParent == nullptr)
+    {
+        return;
+    }
+    const bool lIsPlaced = mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
+                           (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && LeavesRest(pOrigin.mNode->mLocalTranslation, mLayer));
+    MoveLimits(lBone);
+    if (!lIsPlaced && mHasTranslations)
+    {
+        std::copy(lBone.mOrderBuf + 3, lBone.mOrderBuf + 6, lBone.mOrderBuf);
+        lBone.mOrderCount = 3;
+    }
+    if (mOptions.mBoneDofs != nullptr)
+    {
+        const auto lFound = mOptions.mBoneDofs->find(BareName(pOrigin.mNode));
+        if (lFound != mOptions.mBoneDofs->end() && !(lFound->second.empty() && IsMoved(pOrigin.mNode, mLayer)))
+        {
+            SetKnownDofs(lBone, lFound->second);
+            if (mOptions.mBasePoseFirstFrame)
+            {
+                AddThirdRotation(lBone);
+            }
+            return;
+        }
+    }
+    if (IsDummy(pOrigin))
+    {
+        lBone.mOrderCount = 0;
+    }
+}
+
+/// Extraction writes the unit 1.0.
+void KAsfPreparation::SetUnit(KQexAsfNode& pBone) const
+{
+    pBone.mLength *= mOptions.mLengthUnit;
+}
+
+bool KAsfPreparation::Run()
+{
+    try
+    {
+        FindOrigins();
+        TellDroppedLeaves();
+        if (mOptions.mServe)
+        {
+            // Known by its own name: the made-up bone below the root has none to be looked up by.
+            std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KAsfOrigin& pOrigin) { SetDofs(pOrigin); });
+            if (!AddSharedStart())
+            {
+                return false;
+            }
+        }
+        MakeNamesValid();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+    mScene->mLengthUnit = mOptions.mLengthUnit;
+    for (const KAsfOrigin& lOrigin : mOrigins)
+    {
+        SetUnit(*lOrigin.mBone);
+        if (mOptions.mServe && lOrigin.mBone != mScene->mRoot)
+        {
+            RoundBone(*lOrigin.mBone, mScene->mLengthUnit);
+        }
+    }
+    return true;
+}
+
+} // namespace qexsdk

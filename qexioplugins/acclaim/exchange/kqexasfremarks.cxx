@@ -1,0 +1,142 @@
+#include <qexioplugins/acclaim/exchange/kqexasfremarks.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/klinereader.h>
+#include <qexioplugins/acclaim/amc/kqexamcheader.h>
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+
+#include <string_view>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+bool IsZero(const KgeRVector& pVector)
+{
+    return pVector[0] == 0.0 && pVector[1] == 0.0 && pVector[2] == 0.0;
+}
+
+bool IsZero(const KgeTVector& pVector)
+{
+    return pVector[0] == 0.0 && pVector[1] == 0.0 && pVector[2] == 0.0;
+}
+
+// The reader gives four of the six axis words the rotation of another one's letters.
+bool HasOddAxisWord(const KQexAsfNode& pBone)
+{
+    const int lOrder = pBone.mOrientationOrder;
+    return (lOrder == 2 || lOrder == 4 || lOrder == 6 || lOrder == 8) && !IsZero(pBone.mOrientationV);
+}
+
+bool RepeatsRotationAxis(const KQexAsfNode& pBone)
+{
+    for (int i = 0; i < pBone.mOrderCount; ++i)
+        for (int j = 0; j < i; ++j)
+            if (pBone.mOrderBuf[i] == pBone.mOrderBuf[j] && pBone.mOrderBuf[i] >= 3)
+                return true;
+    return false;
+}
+
+// One warning for all bones of a kind, naming the first.
+class KRemark
+{
+public:
+    explicit KRemark(const char* pText) : mText(pText) {}
+
+    void Note(const KQexAsfNode& pBone)
+    {
+        if (mFirst.empty())
+            mFirst = pBone.mName;
+        ++mCount;
+    }
+
+    void AppendTo(std::vector<KQexTextMessage>& pRemarks) const
+    {
+        if (mCount == 0)
+            return;
+        const std::string lOthers = mCount > 1 ? " and " + std::to_string(mCount - 1) + " more" : "";
+        pRemarks.push_back({KQexTextMessage::eWARNING, 0, mText + (" (" + mFirst + lOthers + ")")});
+    }
+
+private:
+    std::string mText;
+    std::string mFirst;
+    int         mCount = 0;
+};
+
+// The section that a line of the file opens, or "".
+std::string_view SectionOf(const KLineReader& pLines)
+{
+    std::string_view       lText(pLines.GetLine(), pLines.GetLength());
+    const std::string_view lToken = TakeAmcToken(lText);
+    return !lToken.empty() && lToken.front() == ':' ? lToken : std::string_view();
+}
+
+bool Open(KLineReader& pLines, const KQexAcclaimSource& pSource)
+{
+    if (pSource.mData != nullptr)
+        return pLines.OpenBuffer(pSource.mData, pSource.mSize);
+    // What standard input gave is gone.
+    return pSource.mPath != "-" && pLines.OpenPath(pSource.mPath.c_str());
+}
+
+} // namespace
+
+void RemarkOnSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pRemarks)
+{
+    KRemark lRoot("The root's position or orientation is not zero and is carried as it stands, which may not be where it is expected");
+    KRemark lLeaf("A leaf without a degree of freedom is removed and its length lost");
+    KRemark lAxis("An axis word has another rotation than its letters say");
+    KRemark lTwice("A rotation axis is listed twice and its angles are added up by the pre-rotation");
+
+    if (!IsZero(pAsfScene.mRoot->mPositionV) || !IsZero(pAsfScene.mRoot->mOrientationV))
+        lRoot.Note(*pAsfScene.mRoot);
+    KQexAsfWalk lWalk(pAsfScene.mRoot);
+    while (const HKQexAsfNode lBone = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+            continue;
+        if (pOptions.mRemoveDummies && lBone != pAsfScene.mRoot && lBone->mChildBuf.GetCount() == 0 && lBone->mOrderCount == 0 &&
+            lBone->mLength > 0.0)
+            lLeaf.Note(*lBone);
+        if (HasOddAxisWord(*lBone))
+            lAxis.Note(*lBone);
+        if (pOptions.mSetPreRotation && RepeatsRotationAxis(*lBone))
+            lTwice.Note(*lBone);
+    }
+    for (const KRemark* lRemark : {&lRoot, &lLeaf, &lAxis, &lTwice})
+        lRemark->AppendTo(pRemarks);
+}
+
+KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLine)
+{
+    std::string lSection;
+    int         lBegin = 0;
+    bool        lHasRoot = false;
+    KLineReader lLines;
+    if (Open(lLines, pSkeleton))
+        while (lLines.GetLineNumber() < pLine && lLines.NextLine())
+        {
+            const std::string_view lName = SectionOf(lLines);
+            if (lName.empty())
+                continue;
+            lSection = lName.substr(0, kMaxName);
+            lBegin = static_cast<int>(lLines.GetLineNumber());
+            lHasRoot = lHasRoot || KEqualsFolded(lName, ":root");
+        }
+
+    std::string lText = "The skeleton is incomplete";
+    if (lHasRoot || KEqualsFolded(lSection, ":name"))
+        lText += ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin);
+    else if (pSkeleton.mData != nullptr || pSkeleton.mPath != "-")
+    {
+        lText += lBegin > 0 ? ": there is no :root" : ": there is no section";
+        lBegin = 0;
+    }
+    return {KQexTextMessage::eERROR, lBegin, lText};
+}
+
+} // namespace qexsdk

@@ -1,0 +1,151 @@
+#include <qexioplugins/acclaim/model/kqexasflocals.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+bool IsDummy(const KQexAsfNode& pNode)
+{
+    return pNode.mOrderCount == 0;
+}
+
+/// Takes out null entries in one pass: each by itself would move the tail every time.
+void CloseGaps(KArrayTemplate<KQexAsfNode*>& pChildBuf)
+{
+    pChildBuf.RemoveIf([](const KQexAsfNode* pChild) { return pChild == nullptr; });
+}
+
+/// Folds the dummies below a bone into it, as far down as no other bone is between.
+///
+/// Folded one by one from the lowest up, a bone would move once for each dummy above it, which is quadratic where dummies are below dummies.
+/// What that comes to is known: every fold appends a dummy's children to those of its parent, last one first, and a moved bone ends in
+/// the frame of the bone above the topmost dummy, with the offsets of all dummies between added to its own. So each bone moves once.
+class KDummyFold
+{
+public:
+    KDummyFold(KQexAsfNode& pNode, KQexFrameFlags pFlags) : mNode(pNode), mFlags(pFlags), mWalk(&pNode, KQexAsfWalk::eALTERNATING) {}
+
+    /// Folds. False, with nothing changed, when there is no memory for the bones that move.
+    bool Fold()
+    {
+        if (!mNode.mChildBuf.Reserve(mNode.mChildBuf.GetCount() + CountMoved()))
+            return false;
+        while (HKQexAsfNode lNode = mWalk.Next())
+        {
+            if (lNode == &mNode)
+                continue;
+            if (!IsDummy(*lNode))
+                mWalk.SkipChildren();
+            else if (mWalk.IsEntering())
+                Enter(*lNode);
+            else
+                Leave(*lNode);
+        }
+        CloseGaps(mNode.mChildBuf);
+        return true;
+    }
+
+private:
+    int CountMoved() const
+    {
+        int         lCount = 0;
+        KQexAsfWalk lWalk(&mNode);
+        while (HKQexAsfNode lNode = lWalk.Next())
+        {
+            if (lNode == &mNode || IsDummy(*lNode))
+                continue;
+            lCount += lWalk.GetAbove() == &mNode ? 0 : 1;
+            lWalk.SkipChildren();
+        }
+        return lCount;
+    }
+
+    /// The child lists turn round once for each dummy above them. In the order that results, a list's own bones come first where it is
+    /// walked from the last to the first, and behind what its dummies hold where it is walked forward.
+    void Enter(KQexAsfNode& pDummy)
+    {
+        if (const KQexAsfNode* lAbove = mWalk.GetAbove(); lAbove != &mNode)
+            AddParentFrame(pDummy, *lAbove);
+        if (!mWalk.IsForward())
+            for (int lIter = 0; lIter < pDummy.mChildBuf.GetCount(); ++lIter)
+                Move(pDummy, pDummy.mChildBuf[lIter]);
+    }
+
+    void Leave(KQexAsfNode& pDummy)
+    {
+        if (mWalk.IsForward())
+            for (int lIter = pDummy.mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
+                Move(pDummy, pDummy.mChildBuf[lIter]);
+        mWalk.ClearEntry();
+        pDummy.mChildBuf.Clear();
+        QexSdkDelete(&pDummy);
+    }
+
+    void Move(const KQexAsfNode& pDummy, HKQexAsfNode pBone)
+    {
+        if (!pBone || IsDummy(*pBone))
+            return;
+        AddParentFrame(*pBone, pDummy);
+        mNode.AddChild(pBone);
+        SetLocals(*pBone, mFlags);
+    }
+
+    /// The dummy's parent axis, not the dummy's own: only its offset is added.
+    static void AddParentFrame(KQexAsfNode& pBone, const KQexAsfNode& pDummy)
+    {
+        KgeSet(pBone.mParentAxisRM, pDummy.mParentAxisRM);
+        KgeSet(pBone.mParentAxisRMInv, pDummy.mParentAxisRMInv);
+        KgeAdd(pBone.mParentPositionV, pDummy.mParentPositionV, pBone.mParentPositionV);
+    }
+
+    KQexAsfNode&   mNode;
+    KQexFrameFlags mFlags;
+    KQexAsfWalk    mWalk;
+};
+
+bool IsEndSite(const KQexAsfNode& pNode)
+{
+    // The length is compared exactly: a bone that has any length is kept.
+    return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode && pNode.mLTNode->IsAnimated(true)) &&
+           !(pNode.mLRNode && pNode.mLRNode->IsAnimated(true));
+}
+
+void RemoveEndSiteChildren(KQexAsfNode& pNode)
+{
+    for (int lIter = pNode.mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
+    {
+        HKQexAsfNode lChild = pNode.mChildBuf[lIter];
+        if (!lChild || !IsEndSite(*lChild))
+            continue;
+        pNode.mChildBuf.SetAt(lIter, nullptr);
+        QexSdkDelete(lChild);
+    }
+    CloseGaps(pNode.mChildBuf);
+}
+
+} // namespace
+
+bool KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    bool        lOk = true;
+    KQexAsfWalk lWalk(this);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            lOk = KDummyFold(*lNode, {pSetRotatePivotOffet, pSetPreRotation}).Fold() && lOk;
+    return lOk;
+}
+
+void KQexAsfNode::RemoveEndSite()
+{
+    // The children are judged before the walk goes into them, deliberately: a bone that becomes a leaf in this call is kept, so
+    // that one call takes off one level.
+    KQexAsfWalk lWalk(this, KQexAsfWalk::eLAST_TO_FIRST);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            RemoveEndSiteChildren(*lNode);
+}
+
+} // namespace qexsdk

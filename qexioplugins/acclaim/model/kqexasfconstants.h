@@ -1,0 +1,32 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFCONSTANTS_H
+#define QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFCONSTANTS_H
+
+#include <cstddef>
+#include <cstring>
+
+/// \file
+/// What skeletons and motion have in common: sizes of names and lists, the unit of lengths, the root's name.
+
+namespace qexsdk
+{
+
+/// Characters kept of a name.
+inline constexpr int kMaxName = 50;
+/// Degrees of freedom kept of a bone.
+inline constexpr int kMaxDofs = 6;
+
+/// Centimetres of a length of 1 in a file whose length unit is 1. In general they are this over the length unit.
+inline constexpr double kCentimetresPerInch = 2.54;
+
+/// The name that the root has in the model and in hierarchies; no bone may have it.
+inline constexpr char kRootName[] = "root";
+
+/// Whether the \p pLength characters at \p pName are the root's name.
+inline bool IsRootName(const char* pName, size_t pLength)
+{
+    return pLength == sizeof(kRootName) - 1 && std::memcmp(pName, kRootName, pLength) == 0;
+}
+
+} // namespace qexsdk
+
+#endif

@@ -1,0 +1,62 @@
+#include <qexioplugins/acclaim/model/kqexasflocals.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+/// Both quantities are carried by the host node's offsets. The parent's axis fields stay as they were, deliberately: with both
+/// flags set nothing reads them.
+void SetupCarriedByHost(KQexAsfNode& pNode)
+{
+    pNode.mLR.Init();
+    pNode.mLT.Init();
+    KgeMult(pNode.mPositionV, pNode.mDirectionV, pNode.mLength);
+    if (pNode.mParent)
+        KgeSet(pNode.mParentPositionV, pNode.mParent->mPositionV);
+    else
+        pNode.mParentPositionV.Init();
+}
+
+void SetupChild(KQexAsfNode& pNode, const KQexAsfNode& pParent, KQexFrameFlags pFlags)
+{
+    KgeMult(pNode.mPositionV, pNode.mDirectionV, pNode.mLength);
+    KgeSet(pNode.mParentPositionV, pParent.mPositionV);
+    KgeSet(pNode.mParentAxisRM, pParent.mAxisRM);
+    KgeSet(pNode.mParentAxisRMInv, pParent.mAxisRMInv);
+    SetLocals(pNode, pFlags);
+}
+
+/// The root's position is the one read from the file; it is not its direction times its length, deliberately.
+void SetupRoot(KQexAsfNode& pNode, KQexFrameFlags pFlags)
+{
+    if (!pFlags.mSetRotatePivotOffet)
+        KgeSet(pNode.mLT, pNode.mPositionV);
+    if (!pFlags.mSetPreRotation)
+        KgeSet(pNode.mLR, pNode.mAxisRM);
+}
+
+void SetupFrame(KQexAsfNode& pNode, KQexFrameFlags pFlags)
+{
+    if (pFlags.mSetRotatePivotOffet && pFlags.mSetPreRotation)
+        SetupCarriedByHost(pNode);
+    else if (pNode.mParent)
+        SetupChild(pNode, *pNode.mParent, pFlags);
+    else
+        SetupRoot(pNode, pFlags);
+}
+
+} // namespace
+
+void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
+{
+    // Pre-order: a bone reads its parent's end, which has to be there.
+    KQexAsfWalk lWalk(this);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            SetupFrame(*lNode, {pSetRotatePivotOffet, pSetPreRotation});
+}
+
+} // namespace qexsdk

@@ -1,0 +1,15 @@
+#ifndef QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFROUND_H
+#define QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFROUND_H
+
+#include <qexioplugins/acclaim/kqexasfnode.h>
+
+namespace qexsdk
+{
+
+/// Rounds a bone's direction, length and axis to values that the written text holds and that come back as they are when it is read
+/// and the skeleton extracted again; the matrices follow. \p pLengthUnit is the scene's.
+void RoundBone(KQexAsfNode& pBone, double pLengthUnit);
+
+} // namespace qexsdk
+
+#endif

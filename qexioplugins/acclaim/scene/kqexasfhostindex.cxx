@@ -1,0 +1,73 @@
+#include <qexioplugins/acclaim/scene/kqexasfhostindex.h>
+
+#include <algorithm>
+#include <new>
+
+namespace qexsdk
+{
+
+KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, EName pName)
+{
+    std::vector<int> lOpen; // the nodes whose end is not known yet: the last one's ancestors and itself
+    for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+    {
+        const int lNumber = static_cast<int>(mNodes.size());
+        while (!lOpen.empty() && GetNode(lOpen.back()) != lNode->GetParent())
+        {
+            mEnds[static_cast<std::size_t>(lOpen.back())] = lNumber;
+            lOpen.pop_back();
+        }
+        lOpen.push_back(lNumber);
+        mNodes.push_back(lNode);
+        mEnds.push_back(0);
+        mNames[pName == eWHOLE ? lNode->GetName() : lNode->GetBareName()].push_back(lNumber);
+    }
+    for (int lNumber : lOpen)
+    {
+        mEnds[static_cast<std::size_t>(lNumber)] = static_cast<int>(mNodes.size());
+    }
+}
+
+int KQexAsfTreeIndex::Find(const char* pName, int pWhere) const
+{
+    const auto lName = mNames.find(pName);
+    if (lName == mNames.end())
+    {
+        return -1;
+    }
+    const std::vector<int>& lNumbers = lName->second;
+    const auto              lFound = std::upper_bound(lNumbers.begin(), lNumbers.end(), pWhere);
+    return lFound != lNumbers.end() && *lFound < mEnds[static_cast<std::size_t>(pWhere)] ? *lFound : -1;
+}
+
+KQexNode* KQexAsfChildIndex::Find(const KQexNode& pParent, const char* pName)
+{
+    // Few children are searched faster than indexed.
+    if (pParent.GetChildCount(false) <= 16)
+        return pParent.FindChild(pName, false, false);
+    try
+    {
+        return FindIndexed(pParent, pName);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return pParent.FindChild(pName, false, false);
+    }
+}
+
+KQexNode* KQexAsfChildIndex::FindIndexed(const KQexNode& pParent, const char* pName)
+{
+    KChildren& lChildren = mParents[&pParent];
+    for (;;)
+    {
+        KQexNode* lNext = lChildren.mLast ? lChildren.mLast->GetNextSibling() : pParent.GetFirstChild();
+        if (!lNext)
+            break;
+        lChildren.mFirst.emplace(lNext->GetName(), lNext);
+        lChildren.mLast = lNext;
+    }
+    const auto lFound = lChildren.mFirst.find(pName);
+    return lFound == lChildren.mFirst.end() ? nullptr : lFound->second;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,257 @@
+#include <kbaselib/kmath/kdofcodes.h>
+#include <qexioplugins/acclaim/kqexasfnode.h>
+#include <qexioplugins/acclaim/model/kqexasfwalk.h>
+#include <qexioplugins/acclaim/scene/kqexasfdofpose.h>
+
+#include <cstdio>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+// The source that reports of missing curve nodes name, as their readers know it.
+const char* const kAssertPath = "qexioplugins/acclaim/kqexfileacclaimasf";
+
+bool HasDof(const KQexAsfNode& pNode, bool (*pIsOfGroup)(int))
+{
+    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+        if (pIsOfGroup(pNode.mOrderBuf[lIter]))
+            return true;
+    return false;
+}
+
+void DestroyGroup(KQexAnimCurve* (&pCurves)[3])
+{
+    for (KQexAnimCurve*& lCurve : pCurves)
+    {
+        if (lCurve)
+            lCurve->Destroy(false, false);
+        lCurve = nullptr;
+    }
+}
+
+// All three curves of a group or none, so that no half of a motion is taken for the whole.
+bool CreateGroup(KQexAnimCurve* (&pCurves)[3], const KQexAsfNode& pNode, const char* const (&pSuffixes)[3])
+{
+    for (int lIter = 0; lIter < 3; lIter++)
+    {
+        char lName[sizeof(pNode.mName) + 4];
+        std::snprintf(lName, sizeof(lName), "%s%s", pNode.mName, pSuffixes[lIter]);
+        pCurves[lIter] = KQexAnimCurve::Create(pNode.mScene, lName);
+        if (!pCurves[lIter])
+        {
+            DestroyGroup(pCurves);
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CreateCurves(KQexAsfNode& pNode)
+{
+    static const char* const sTranslationSuffixes[3] = {"_tx", "_ty", "_tz"};
+    static const char* const sRotationSuffixes[3] = {"_rx", "_ry", "_rz"};
+
+    DestroyGroup(pNode.mLTData);
+    DestroyGroup(pNode.mLRData);
+    const bool lHasT = !HasDof(pNode, KIsTranslationDof) || CreateGroup(pNode.mLTData, pNode, sTranslationSuffixes);
+    const bool lHasR = !HasDof(pNode, KIsRotationDof) || CreateGroup(pNode.mLRData, pNode, sRotationSuffixes);
+    return lHasT && lHasR;
+}
+
+bool HasCurve(KQexAnimCurve* const (&pCurves)[3])
+{
+    return pCurves[0] || pCurves[1] || pCurves[2];
+}
+
+bool AddKeys(KQexAnimCurve* (&pCurves)[3], const double* pValues, KQexAnimCurveKey& pKey, const KTime& pTime)
+{
+    bool lAll = true;
+    for (int lIter = 0; lIter < 3; lIter++)
+    {
+        pKey.Set(pTime, static_cast<float>(pValues[lIter]));
+        if (pCurves[lIter])
+            lAll = pCurves[lIter]->AddKey(pTime, pKey) >= 0 && lAll;
+    }
+    return lAll;
+}
+
+void ReduceKeys(KQexAnimCurve* (&pCurves)[3])
+{
+    if (!KFCURVE_GetUseConstantKeyReducer())
+        return;
+    KQexAnimCurveFilterConstantKeyReducer lFilter;
+    lFilter.Apply(pCurves, 3);
+}
+
+// Whether there is a group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
+// default value does not. Only the first curve is asked.
+bool KeepGroup(KQexAnimCurve* (&pCurves)[3])
+{
+    if (!pCurves[0])
+        return false;
+    if (pCurves[0]->GetKeyCount() > 1)
+        return true;
+    DestroyGroup(pCurves);
+    return false;
+}
+
+void FilterRotation(KQexAsfNode& pNode)
+{
+    const int lChoice = KFCURVE_GetRotationFilterToApply();
+    if (lChoice == 2)
+    {
+        // The filter takes the math library's order code, which is not halved as it is for a host node.
+        KQexAnimCurveFilterUnroll lFilter;
+        lFilter.SetRotationOrder(EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount));
+        lFilter.Apply(pNode.mLRData, 3);
+    }
+    else if (lChoice == 1)
+    {
+        // Triples that are equivalent in one order are not in another, so this filter has to know it as well.
+        KQexAnimCurveFilterGimbleKiller lFilter;
+        lFilter.SetRotationOrder(EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount));
+        lFilter.Apply(pNode.mLRData, 3);
+    }
+}
+
+void StopSampling(KQexAsfNode& pNode)
+{
+    if (KeepGroup(pNode.mLTData))
+        ReduceKeys(pNode.mLTData);
+    if (KeepGroup(pNode.mLRData))
+    {
+        FilterRotation(pNode);
+        ReduceKeys(pNode.mLRData);
+    }
+}
+
+// False when memory ran out. The curve stays the bone's, and the one there is stays in its place, then and when the curve belongs
+// to another scene than the node, which is no want of memory.
+bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnimCurve*& pCurve)
+{
+    KQexAnimCurve* lOld = pCurveNode.GetCurve(pChannel, 0, nullptr);
+    if (pCurve && pCurve != lOld && !pCurveNode.ConnectToChannel(pCurve, pChannel, true))
+        return pCurve->GetScene() && pCurve->GetScene() != pCurveNode.GetScene();
+    if (lOld && pCurve != lOld)
+    {
+        pCurveNode.DisconnectFromChannel(lOld, pChannel);
+        lOld->Destroy(false, false);
+    }
+    pCurve = nullptr;
+    return true;
+}
+
+bool HandOver(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const double* pDefaults)
+{
+    bool lAll = true;
+    for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+    {
+        pCurveNode.SetChannelValue<double>(lChannel, pDefaults[lChannel]);
+        lAll = ReplaceCurve(pCurveNode, lChannel, pCurves[lChannel]) && lAll;
+    }
+    return lAll;
+}
+
+// A take without a name has no curve node, and that is no want of memory.
+bool IsTake(const char* pTakeName)
+{
+    return pTakeName && *pTakeName;
+}
+
+qexVectorTemplate3<double> ToVector3(const double* pValues)
+{
+    return qexVectorTemplate3<double>(pValues[0], pValues[1], pValues[2]);
+}
+
+} // namespace
+
+bool KQexAsfNode::CreateDataFromDOF(KQexScene* pScene)
+{
+    bool        lAll = true;
+    KQexAsfWalk lWalk(this);
+    while (HKQexAsfNode lNode = lWalk.Next())
+    {
+        if (!lWalk.IsEntering())
+            continue;
+        lNode->SetScene(pScene);
+        lAll = CreateCurves(*lNode) && lAll;
+    }
+    return lAll;
+}
+
+void KQexAsfNode::StartSamplingData()
+{
+    KQexAsfWalk lWalk(this);
+    while (lWalk.Next())
+    {
+        // Nothing has to be prepared in a bone: the curves are new and empty.
+    }
+}
+
+bool KQexAsfNode::AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
+                                   bool pSetPreRotation)
+{
+    // What no curve takes is not worked out. Translation and rotation do not touch each other.
+    KQexAnimCurveKey lKey;
+    bool             lAll = true;
+    if (HasCurve(mLTData))
+    {
+        const KgeTVector lT = KeyTranslation(*this, pDOF, pLengthUnit, {pSetRotatePivotOffet, pSetPreRotation});
+        lAll = AddKeys(mLTData, lT.mData, lKey, pTime);
+    }
+    if (HasCurve(mLRData))
+    {
+        const KgeRVector lR = pSetPreRotation ? SumOfAngles(*this, pDOF, pAngleUnit) : FoldedAngles(*this, pDOF, pAngleUnit);
+        lAll = AddKeys(mLRData, lR.mData, lKey, pTime) && lAll;
+    }
+    return lAll;
+}
+
+void KQexAsfNode::StopSamplingData()
+{
+    KQexAsfWalk lWalk(this);
+    while (HKQexAsfNode lNode = lWalk.Next())
+        if (lWalk.IsEntering())
+            StopSampling(*lNode);
+}
+
+bool KQexAsfNode::SetKFCurves(KQexNode* pQexNode, const char* pTakeName)
+{
+    bool lAll = true;
+    pQexNode->mLocalTranslation.Set(ToVector3(mLT.mData));
+    if (mLTData[0])
+    {
+        KQexAnimCurveNode* lTranslation = pQexNode->mLocalTranslation.GetCurveNode(true, pTakeName);
+        QEX_ASSERT(kAssertPath, lTranslation, "lTranslation!=NULL");
+        lAll = lTranslation ? HandOver(*lTranslation, mLTData, mLT.mData) : !IsTake(pTakeName);
+    }
+
+    pQexNode->mLocalRotation.Set(ToVector3(mLR.mData));
+    if (mLRData[0])
+    {
+        KQexAnimCurveNode* lRotation = pQexNode->mLocalRotation.GetCurveNode(true, pTakeName);
+        QEX_ASSERT(kAssertPath, lRotation, "lRotation!=NULL");
+        lAll = (lRotation ? HandOver(*lRotation, mLRData, mLR.mData) : !IsTake(pTakeName)) && lAll;
+    }
+    return lAll;
+}
+
+void KQexAsfNode::GetCurveNodePointers(KQexNode* pQexNode)
+{
+    if (!pQexNode)
+        return;
+    KQexAnimStack* lStack = pQexNode->GetScene()->GetEvaluator()->GetContext();
+    KQexAnimLayer* lLayer = lStack ? lStack->GetMember<KQexAnimLayer>(0) : nullptr;
+
+    mTOffset = pQexNode->GetRotationOffset();
+    mPreRotation = pQexNode->GetPreRotation();
+    mPostRotation = pQexNode->GetPostRotation();
+    mLTNode = lLayer ? pQexNode->mLocalTranslation.GetCurveNode(lLayer, false) : nullptr;
+    mLRNode = lLayer ? pQexNode->mLocalRotation.GetCurveNode(lLayer, false) : nullptr;
+    mLSNode = lLayer ? pQexNode->mLocalScaling.GetCurveNode(lLayer, false) : nullptr;
+}
+
+} // namespace qexsdk

@@ -1,0 +1,278 @@
+#include <qexioplugins/bvh/kqexbvhbuilder.h>
+
+#include <kbaselib/kmath/keulertable.h>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+/// Channel words by code: positions x, y, z are 0 to 2, rotations about x, y, z are 3 to 5.
+constexpr const char* kChannelWords[6] = {"Xposition", "Yposition", "Zposition", "Xrotation", "Yrotation", "Zrotation"};
+
+template <typename T>
+void ReserveOneMore(std::vector<T>& pVector)
+{
+    if (pVector.size() == pVector.capacity())
+    {
+        pVector.reserve(2 * pVector.size() + 8);
+    }
+}
+
+} // namespace
+
+bool KQexBvhBuilder::Expected(const char* pWhat)
+{
+    const std::string_view lFound = mTokens.Offending();
+    if (!mFile.HasFailed())
+    {
+        mFile.Error("%s expected, found (%.*s)\n", pWhat, QEX_VIEW(lFound));
+    }
+    return false;
+}
+
+bool KQexBvhBuilder::OutOfMemory()
+{
+    mFile.Error("Out of memory\n");
+    return false;
+}
+
+KQexNode* KQexBvhBuilder::MakeNode(const std::string& pName)
+{
+    KQexNode*     lNode = KQexNode::Create(mScene, pName.c_str());
+    KQexSkeleton* lSkeleton = lNode != nullptr ? KQexSkeleton::Create(mScene, "") : nullptr;
+    if (lSkeleton == nullptr)
+    {
+        if (lNode != nullptr)
+        {
+            lNode->Destroy();
+        }
+        return nullptr;
+    }
+    lSkeleton->SetSkeletonType(KQexSkeleton::eSKELETON_JOINT);
+    lNode->SetNodeAttribute(lSkeleton);
+    lNode->SetRotationActive(true);
+    return lNode;
+}
+
+bool KQexBvhBuilder::OpenJoint(bool pIsEndSite)
+{
+    std::string lName(mTokens.NextName());
+    if (pIsEndSite)
+    {
+        lName = std::string(mOpen.back().mNode->GetName()) + "_End";
+    }
+    else if (lName.empty())
+    {
+        return Expected("Joint name");
+    }
+    if (!mTokens.Accept("{"))
+    {
+        return Expected("{");
+    }
+    // Room first: nothing may fail between making the node and having it in the tree.
+    ReserveOneMore(mOpen);
+    ReserveOneMore(mRoots);
+    KQexNode* lNode = MakeNode(lName);
+    if (lNode == nullptr)
+    {
+        return OutOfMemory();
+    }
+    if (mOpen.empty())
+    {
+        mRoots.push_back(lNode);
+    }
+    else
+    {
+        mOpen.back().mNode->AddChild(lNode);
+    }
+    mOpen.push_back(KOpenJoint{lNode, {0, 0, 0}, pIsEndSite});
+    return true;
+}
+
+bool KQexBvhBuilder::ReadOffset()
+{
+    KOpenJoint& lJoint = mOpen.back();
+    for (double& lValue : lJoint.mOffset)
+    {
+        if (!mTokens.NextNumber(lValue))
+        {
+            return Expected("Offset value");
+        }
+        lValue *= mOptions.mScale;
+    }
+    lJoint.mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lJoint.mOffset[0], lJoint.mOffset[1], lJoint.mOffset[2]));
+    return true;
+}
+
+int KQexBvhBuilder::ReadChannelWord()
+{
+    for (int lCode = 0; lCode < 6; ++lCode)
+    {
+        if (mTokens.Accept(kChannelWords[lCode]))
+        {
+            return lCode;
+        }
+    }
+    return -1;
+}
+
+bool KQexBvhBuilder::MakeCurve(KQexNode* pNode, int pCode)
+{
+    const bool               lIsPosition = pCode < 3;
+    const unsigned int       lAxis = static_cast<unsigned int>(pCode % 3);
+    KQexProperty&            lProperty = lIsPosition ? static_cast<KQexProperty&>(pNode->mLocalTranslation) : pNode->mLocalRotation;
+    KQexAnimCurveNode*       lCurveNode = lProperty.GetCurveNode(true, mOptions.mTakeName.c_str());
+    static const char* const sSuffixes[6] = {"_tx", "_ty", "_tz", "_rx", "_ry", "_rz"};
+    const std::string        lName = std::string(pNode->GetName()) + sSuffixes[pCode];
+    ReserveOneMore(mChannels);
+    KQexAnimCurve* lCurve = lCurveNode != nullptr ? KQexAnimCurve::Create(mScene, lName.c_str()) : nullptr;
+    if (lCurve == nullptr)
+    {
+        return OutOfMemory();
+    }
+    if (!lCurveNode->ConnectToChannel(lCurve, lAxis, true))
+    {
+        lCurve->Destroy(false, false);
+        return OutOfMemory();
+    }
+    mChannels.push_back(KChannel{lCurve, lIsPosition ? mOptions.mScale : 1.0});
+    return true;
+}
+
+/// The rotation order of channels listed with the last applied first. Axes that have no channel stay at zero, so where
+/// they stand in the order does not matter.
+bool KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
+{
+    int lAxes[3] = {0, 1, 2};
+    int lPlace = 0;
+    for (int i = pCount - 1; i >= 0; --i)
+    {
+        for (int j = lPlace; j < 3; ++j)
+        {
+            if (lAxes[j] == pAxes[i])
+            {
+                std::swap(lAxes[j], lAxes[lPlace]);
+            }
+        }
+        ++lPlace;
+    }
+    for (int lOrder = 0; lOrder < 6; ++lOrder)
+    {
+        const int* lRow = KmEulerAxis[2 * lOrder];
+        if (lRow[0] == lAxes[0] && lRow[1] == lAxes[1])
+        {
+            pNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lOrder));
+        }
+    }
+    return true;
+}
+
+bool KQexBvhBuilder::ReadChannels()
+{
+    long long lCount = 0;
+    if (!mTokens.NextCount(lCount))
+    {
+        return Expected("Number of channels");
+    }
+    if (lCount > 6)
+    {
+        mFile.Error("More than six channels (%lld)\n", lCount);
+        return false;
+    }
+    KQexNode* lNode = mOpen.back().mNode;
+    int       lRotations[3] = {0, 0, 0};
+    int       lRotationCount = 0;
+    unsigned  lSeen = 0;
+    for (long long i = 0; i < lCount; ++i)
+    {
+        const int lCode = ReadChannelWord();
+        if (lCode < 0)
+        {
+            return Expected("Channel name");
+        }
+        if ((lSeen & (1u << lCode)) != 0)
+        {
+            mFile.Error("Channel repeated (%s)\n", kChannelWords[lCode]);
+            return false;
+        }
+        lSeen |= 1u << lCode;
+        if (lCode >= 3)
+        {
+            lRotations[lRotationCount++] = lCode - 3;
+        }
+        if (!MakeCurve(lNode, lCode))
+        {
+            return false;
+        }
+    }
+    return SetOrder(lNode, lRotations, lRotationCount);
+}
+
+bool KQexBvhBuilder::ReadJointStatement()
+{
+    if (mTokens.Accept("}"))
+    {
+        mOpen.pop_back();
+        return true;
+    }
+    if (mTokens.Accept("OFFSET"))
+    {
+        return ReadOffset();
+    }
+    if (mTokens.Accept("CHANNELS"))
+    {
+        return ReadChannels();
+    }
+    if (!mOpen.back().mIsEndSite)
+    {
+        if (mTokens.Accept("JOINT"))
+        {
+            return OpenJoint(false);
+        }
+        if (mTokens.Accept("End"))
+        {
+            mTokens.Accept("Site");
+            return OpenJoint(true);
+        }
+    }
+    return Expected("OFFSET, CHANNELS, JOINT, End Site or }");
+}
+
+bool KQexBvhBuilder::ReadHierarchy()
+{
+    if (!mTokens.Accept("HIERARCHY"))
+    {
+        return Expected("HIERARCHY");
+    }
+    while (mTokens.Accept("ROOT"))
+    {
+        if (!OpenJoint(false))
+        {
+            return false;
+        }
+        while (!mOpen.empty())
+        {
+            if (!ReadJointStatement())
+            {
+                return false;
+            }
+        }
+    }
+    return !mRoots.empty() || Expected("ROOT");
+}
+
+void KQexBvhBuilder::Finish(KQexBvhReadResult& pResult)
+{
+    KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
+    for (KQexNode* lRoot : mRoots)
+    {
+        lParent->AddChild(lRoot);
+    }
+    pResult.mRoots.swap(mRoots);
+    pResult.mFrames = mFrames;
+    pResult.mStep = KTime(mStep);
+}
+
+} // namespace qexsdk

@@ -1,0 +1,131 @@
+#include <qexioplugins/bvh/kqexbvhtokens.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/knumber.h>
+#include <kbaselib/kbase/knumberscan.h>
+
+#include <cmath>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kOffendingMax = 60;
+
+} // namespace
+
+KBvhTokens::KBvhTokens(KQexTextFile& pFile) : mFile(pFile)
+{
+    if (mFile.FirstLine())
+    {
+        mNext = mFile.GetLine();
+        mEnd = mNext + mFile.GetLineLength();
+    }
+}
+
+bool KBvhTokens::Fill()
+{
+    for (;;)
+    {
+        while (mNext != mEnd && IsBlank(*mNext))
+        {
+            ++mNext;
+        }
+        if (mNext != mEnd)
+        {
+            return true;
+        }
+        if (!mFile.NextLine())
+        {
+            mNext = mEnd = nullptr;
+            return false;
+        }
+        mNext = mFile.GetLine();
+        mEnd = mNext + mFile.GetLineLength();
+    }
+}
+
+const char* KBvhTokens::TokenEnd() const
+{
+    const char* lEnd = mNext;
+    if (IsBrace(*lEnd))
+    {
+        return lEnd + 1;
+    }
+    while (lEnd != mEnd && !IsBlank(*lEnd) && !IsBrace(*lEnd))
+    {
+        ++lEnd;
+    }
+    return lEnd;
+}
+
+std::string_view KBvhTokens::Peek()
+{
+    if (!Fill())
+    {
+        return {};
+    }
+    return std::string_view(mNext, static_cast<size_t>(TokenEnd() - mNext));
+}
+
+bool KBvhTokens::Accept(const char* pWord)
+{
+    const std::string_view lToken = Peek();
+    if (lToken.empty() || !KEqualsFolded(lToken, pWord))
+    {
+        return false;
+    }
+    mNext += lToken.size();
+    return true;
+}
+
+std::string_view KBvhTokens::NextName()
+{
+    // The name ends with its line: a joint without one must not take its brace's line for it.
+    while (mNext != mEnd && IsBlank(*mNext))
+    {
+        ++mNext;
+    }
+    const char* lBegin = mNext;
+    while (mNext != mEnd && *mNext != '{')
+    {
+        ++mNext;
+    }
+    const char* lEnd = mNext;
+    while (lEnd != lBegin && IsBlank(lEnd[-1]))
+    {
+        --lEnd;
+    }
+    return std::string_view(lBegin, static_cast<size_t>(lEnd - lBegin));
+}
+
+bool KBvhTokens::NextNumber(double& pValue)
+{
+    if (!Fill())
+    {
+        return false;
+    }
+    const char* lEnd = KNumberScan(mNext, mEnd, pValue);
+    if (lEnd != nullptr && (lEnd == mEnd || IsBlank(*lEnd) || IsBrace(*lEnd)))
+    {
+        mNext = lEnd;
+        return true;
+    }
+    return NextParsed(pValue);
+}
+
+bool KBvhTokens::NextCount(long long& pValue)
+{
+    const std::string_view lToken = Peek();
+    return !lToken.empty() && lToken.front() != '-' && NextParsed(pValue);
+}
+
+std::string_view KBvhTokens::Offending()
+{
+    const std::string_view lToken = Peek();
+    return lToken.empty() ? std::string_view("end of file") : lToken.substr(0, kOffendingMax);
+}
+
+} // namespace qexsdk

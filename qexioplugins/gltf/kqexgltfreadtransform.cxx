@@ -1,0 +1,180 @@
+#include <qexioplugins/gltf/kqexgltfreader.h>
+#include <qexioplugins/gltf/kqexgltfvectors.h>
+
+#include <cmath>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr double kShear = 1e-4; ///< Cosine between axes up to which they count as square: files have single precision.
+
+double Determinant(const double (*pM)[3])
+{
+    return pM[0][0] * (pM[1][1] * pM[2][2] - pM[1][2] * pM[2][1]) - pM[0][1] * (pM[1][0] * pM[2][2] - pM[1][2] * pM[2][0]) +
+           pM[0][2] * (pM[1][0] * pM[2][1] - pM[1][1] * pM[2][0]);
+}
+
+/// The rotation whose axes' images are \p pM, which are of unit length and square to each other.
+KQuaternion QuaternionOf(const double (*pM)[3])
+{
+    // From the largest component, so that nothing is divided by a small number.
+    const double lTrace = pM[0][0] + pM[1][1] + pM[2][2];
+    KQuaternion  lQ;
+    if (lTrace > 0.0)
+    {
+        const double lS = 2.0 * std::sqrt(1.0 + lTrace);
+        lQ.mData[0] = (pM[1][2] - pM[2][1]) / lS;
+        lQ.mData[1] = (pM[2][0] - pM[0][2]) / lS;
+        lQ.mData[2] = (pM[0][1] - pM[1][0]) / lS;
+        lQ.mData[3] = lS / 4.0;
+        return lQ;
+    }
+    const int    i = pM[0][0] >= pM[1][1] && pM[0][0] >= pM[2][2] ? 0 : pM[1][1] >= pM[2][2] ? 1 : 2;
+    const int    j = (i + 1) % 3;
+    const int    k = (i + 2) % 3;
+    const double lS = 2.0 * std::sqrt(1.0 + pM[i][i] - pM[j][j] - pM[k][k]);
+    lQ.mData[i] = lS / 4.0;
+    lQ.mData[j] = (pM[i][j] + pM[j][i]) / lS;
+    lQ.mData[k] = (pM[i][k] + pM[k][i]) / lS;
+    lQ.mData[3] = (pM[j][k] - pM[k][j]) / lS;
+    return lQ;
+}
+
+} // namespace
+
+bool GltfNumbers(const KGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
+{
+    if (!pFrom.IsValid())
+    {
+        return false;
+    }
+    bool lOk = pFrom.Is(KGltfJson::eARRAY) && pFrom.GetCount() == static_cast<size_t>(pCount);
+    for (KGltfJson::KValue lNumber = pFrom.GetFirst(); lOk && lNumber.IsValid(); lNumber = lNumber.GetNext())
+    {
+        lOk = lNumber.Is(KGltfJson::eNUMBER);
+        *pResult++ = lNumber.GetNumber(0.0);
+    }
+    if (!lOk)
+    {
+        throw KGltfError(pName + " is not " + std::to_string(pCount) + " numbers");
+    }
+    return true;
+}
+
+bool GltfNormalize(KQuaternion& pRotation)
+{
+    double lLargest = 0.0;
+    for (const double lNumber : pRotation.mData)
+    {
+        lLargest = std::max(lLargest, std::fabs(lNumber));
+    }
+    if (!(lLargest > 0.0) || !std::isfinite(lLargest))
+    {
+        pRotation = KQuaternion();
+        return false;
+    }
+    double lSquare = 0.0;
+    for (double& lNumber : pRotation.mData)
+    {
+        lNumber /= lLargest;
+        lSquare += lNumber * lNumber;
+    }
+    for (double& lNumber : pRotation.mData)
+    {
+        lNumber /= std::sqrt(lSquare);
+    }
+    return true;
+}
+
+void KGltfReader::SetTransform(KGltfReadNode& pNode, const std::string& pName)
+{
+    if (pNode.mFrom["matrix"].IsValid())
+    {
+        SetMatrix(pNode, pName);
+        return;
+    }
+    double      lT[3] = {0.0, 0.0, 0.0};
+    double      lS[3] = {1.0, 1.0, 1.0};
+    KQuaternion lR;
+    GltfNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
+    GltfNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
+    if (GltfNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
+    {
+        Warn(pName + ".rotation has no length, taken as none");
+    }
+    SetRest(pNode, lT, lR, lS);
+}
+
+/// Takes a matrix apart: the lengths of its axes are the scale, and what is left of them, made square from the first on, the rotation.
+void KGltfReader::SetMatrix(KGltfReadNode& pNode, const std::string& pName)
+{
+    double lM[16];
+    double lAxes[3][3];
+    double lS[3];
+    GltfNumbers(pNode.mFrom["matrix"], 16, lM, pName + ".matrix");
+    bool lIsFlat = false;
+    for (int i = 0; i < 3; ++i)
+    {
+        const double* lAxis = lM + 4 * i;
+        lS[i] = std::hypot(lAxis[0], lAxis[1], lAxis[2]);
+        lIsFlat = lIsFlat || !(lS[i] > 0.0) || !std::isfinite(lS[i]);
+        for (int j = 0; j < 3; ++j)
+        {
+            lAxes[i][j] = lIsFlat ? 0.0 : lAxis[j] / lS[i];
+        }
+    }
+    const double lTurns = lIsFlat ? 0.0 : Determinant(lAxes);
+    if (lIsFlat || std::fabs(lTurns) < 1e-9)
+    {
+        Warn(pName + ".matrix flattens space, its rotation is left out");
+        SetRest(pNode, lM + 12, KQuaternion(), lS);
+        return;
+    }
+    if (lTurns < 0.0)
+    {
+        lS[0] = -lS[0];
+        std::transform(lAxes[0], lAxes[0] + 3, lAxes[0], std::negate<>());
+    }
+    bool lIsSheared = lM[3] != 0.0 || lM[7] != 0.0 || lM[11] != 0.0 || lM[15] != 1.0;
+    for (int i = 1; i < 3; ++i)
+    {
+        for (int j = 0; j < i; ++j)
+        {
+            const double lAlong = Dot(lAxes[i], lAxes[j]);
+            lIsSheared = lIsSheared || std::fabs(lAlong) > kShear;
+            for (int k = 0; k < 3; ++k)
+            {
+                lAxes[i][k] -= lAlong * lAxes[j][k];
+            }
+        }
+        const double lLength = std::sqrt(Dot(lAxes[i], lAxes[i]));
+        std::transform(lAxes[i], lAxes[i] + 3, lAxes[i], [lLength](double pNumber) { return pNumber / lLength; });
+    }
+    if (lIsSheared)
+    {
+        Warn(pName + ".matrix is sheared, which a node can't be; the nearest rotation and scale are taken");
+    }
+    KQuaternion lR = QuaternionOf(lAxes);
+    GltfNormalize(lR);
+    SetRest(pNode, lM + 12, lR, lS);
+}
+
+void KGltfReader::SetRest(KGltfReadNode& pNode, const double pTranslation[3], const KQuaternion& pRotation, const double pScaling[3])
+{
+    double       lAngles[3] = {0.0, 0.0, 0.0};
+    const double lF = mOptions.mScale;
+    const double lT[3] = {pTranslation[0] * lF, pTranslation[1] * lF, pTranslation[2] * lF};
+    ToAngles(pNode, pRotation, lAngles, lAngles);
+    if (!std::isfinite(lT[0] + lT[1] + lT[2]) || !std::isfinite(pScaling[0] + pScaling[1] + pScaling[2]))
+    {
+        throw KGltfError(std::string("Node (") + pNode.mNode->GetName() + "): a value is too large");
+    }
+    pNode.mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lT[0], lT[1], lT[2]));
+    pNode.mNode->mLocalRotation.Set(qexVectorTemplate3<double>(lAngles[0], lAngles[1], lAngles[2]));
+    pNode.mNode->mLocalScaling.Set(qexVectorTemplate3<double>(pScaling[0], pScaling[1], pScaling[2]));
+}
+
+} // namespace qexsdk

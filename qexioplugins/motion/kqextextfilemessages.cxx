@@ -1,0 +1,108 @@
+#include <kbaselib/kbase/kformat.h>
+#include <qexioplugins/motion/kqextextfile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+
+namespace qexsdk
+{
+
+namespace
+{
+
+constexpr size_t kBlanksPerLevel = 2;
+
+} // namespace
+
+void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
+{
+    // Without an output, too: Close() tells that it is lost.
+    mWriting = true;
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    try
+    {
+        mPrinted.assign(kBlanksPerLevel * static_cast<size_t>(std::max(pLevel, 0)), ' ');
+        if (KFormatAppend(mPrinted, std::string::npos, pFormat, lArguments))
+            mOutput.Write(mPrinted.data(), mPrinted.size());
+        else
+            mOutput.SetFailed(errno);
+    }
+    catch (const std::exception&)
+    {
+        mOutput.SetFailed(ENOMEM);
+    }
+    va_end(lArguments);
+}
+
+void KQexTextFile::Warning(const char* pFormat, ...)
+{
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    ++mWarningCount;
+    Report(KQexTextMessage::eWARNING, pFormat, lArguments);
+    va_end(lArguments);
+}
+
+void KQexTextFile::Error(const char* pFormat, ...)
+{
+    std::va_list lArguments;
+    va_start(lArguments, pFormat);
+    ++mErrorCount;
+    Report(KQexTextMessage::eERROR, pFormat, lArguments);
+    va_end(lArguments);
+}
+
+void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments)
+{
+    const bool lKeep = pSeverity == KQexTextMessage::eERROR || mMessages.size() < kMaxMessages;
+    if (!lKeep && !mVerb)
+        return;
+    try
+    {
+        KQexTextMessage lMessage{pSeverity, GetLineNumber(), std::string()};
+        if (!KFormatAppend(lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText, pFormat, pArguments))
+        {
+            ReportNoMemory();
+            return;
+        }
+        if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
+            lMessage.mText.pop_back();
+        if (mVerb)
+            PrintToStandardError(lMessage);
+        if (!lKeep)
+            return;
+        mMessages.push_back(std::move(lMessage));
+        mMessageSize += mMessages.back().mText.size();
+    }
+    catch (const std::exception&)
+    {
+        ReportNoMemory();
+    }
+}
+
+/// A message that cannot be kept is not passed over: the reading fails.
+void KQexTextFile::ReportNoMemory()
+{
+    mFailed = true;
+    ++mErrorCount;
+    try
+    {
+        mMessages.push_back(KQexTextMessage{KQexTextMessage::eERROR, GetLineNumber(), "Out of memory"});
+    }
+    catch (const std::exception&)
+    {
+        // The count tells.
+    }
+}
+
+void KQexTextFile::PrintToStandardError(const KQexTextMessage& pMessage) const
+{
+    const char* lPath = mPath.empty() ? mType : mPath.c_str();
+    const char* lSeverity = pMessage.mSeverity == KQexTextMessage::eERROR ? "error" : "warning";
+    std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
+}
+
+} // namespace qexsdk

@@ -1,0 +1,128 @@
+#include <qexioplugins/acclaim/amc/kqexamcsteps.h>
+
+#include <tests/support/randomscene.h>
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+constexpr int kNodes = 40;
+constexpr int kFrames = 12;
+
+/// A random tree with all that a node's transform is made of, scaled or not, and bones on two of three of its nodes.
+class KAmcStepsTest : public testing::TestWithParam<bool>
+{
+protected:
+    KAmcStepsTest()
+    {
+        KRandomTree lWhat;
+        lWhat.mNodes = kNodes;
+        lWhat.mFrames = kFrames;
+        lWhat.mScaling = GetParam();
+        mTop = MakeRandomTree(mRandom, mScene.get(), lWhat);
+        mScene->GetEvaluator()->SetContext(mScene->FindAnimStack("take"));
+        KQexGlobalTransforms lPose;
+        EXPECT_TRUE(mScene->GetEvaluator()->EvaluateGlobalTransforms(mTop, KTime(0), lPose));
+        std::vector<int> lJointOf; // For each node the joint at or above it.
+        for (int i = 0; i < lPose.GetCount(); ++i)
+        {
+            lJointOf.push_back(i == 0 ? -1 : lJointOf[static_cast<size_t>(lPose.GetParentIndex(i))]);
+            if (i % 3 != 1)
+            {
+                mJoints.push_back(KAmcJoint{lPose.GetNode(i), i, lJointOf.back()});
+                lJointOf.back() = static_cast<int>(mJoints.size()) - 1;
+            }
+        }
+        mSteps.Prepare(mTop, mJoints);
+    }
+
+    /// What a step must be, by the nodes' transforms in the world.
+    KAmcStep Expected(const KAmcJoint& pJoint, KTime pTime) const
+    {
+        KAmcStep         lStep;
+        const KQexMatrix lHere = mScene->GetEvaluator()->GetNodeGlobalTransform(pJoint.mNode, pTime);
+        lHere.GetRotation(lStep.mTurn);
+        KmVset(lStep.mReach, lHere.mData[3].mData);
+        if (pJoint.mFrom >= 0)
+        {
+            const KQexMatrix lFrom =
+                mScene->GetEvaluator()->GetNodeGlobalTransform(mJoints[static_cast<size_t>(pJoint.mFrom)].mNode, pTime);
+            KgeRMatrix lBack;
+            lFrom.GetRotation(lBack);
+            KgeInverse(lBack, lBack);
+            KgeMult(lStep.mTurn, lBack, lStep.mTurn);
+            for (int i = 0; i < 3; ++i)
+            {
+                lStep.mReach[i] -= lFrom.mData[3].mData[i];
+            }
+            KmRV(lStep.mReach, lBack.mData, lStep.mReach);
+        }
+        return lStep;
+    }
+
+    static void ExpectSame(const KAmcStep& pStep, const KAmcStep& pExpected)
+    {
+        for (int i = 0; i < 3; ++i)
+        {
+            EXPECT_NEAR(pStep.mReach[i], pExpected.mReach[i], 1e-8);
+            for (int j = 0; j < 3; ++j)
+            {
+                EXPECT_NEAR(pStep.mTurn.mData[i][j], pExpected.mTurn.mData[i][j], 1e-11);
+            }
+        }
+    }
+
+    std::mt19937           mRandom{5};
+    KScenePtr              mScene = MakeScene();
+    KQexNode*              mTop = nullptr;
+    std::vector<KAmcJoint> mJoints;
+    KAmcSteps              mSteps;
+};
+
+TEST_P(KAmcStepsTest, AreWhatTheTransformsInTheWorldSay)
+{
+    KAmcMoment lMoment;
+    for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
+    {
+        ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lMoment));
+        for (size_t i = 0; i < mJoints.size(); ++i)
+        {
+            SCOPED_TRACE(std::string(mJoints[i].mNode->GetName()) + " at " + std::to_string(lFrame));
+            KAmcStep lStep;
+            mSteps.Get(i, lMoment, lStep);
+            ExpectSame(lStep, Expected(mJoints[i], FrameTime(lFrame)));
+        }
+    }
+}
+
+TEST_P(KAmcStepsTest, KnowWhichReachesNeverChange)
+{
+    int lFixed = 0;
+    for (size_t i = 0; i < mJoints.size(); ++i)
+    {
+        if (mSteps.IsReachFixed(i))
+        {
+            const KAmcStep lFirst = Expected(mJoints[i], FrameTime(0));
+            const KAmcStep lLast = Expected(mJoints[i], FrameTime(kFrames - 1));
+            for (int k = 0; k < 3; ++k)
+            {
+                EXPECT_NEAR(lFirst.mReach[k], lLast.mReach[k], 1e-8) << mJoints[i].mNode->GetName();
+            }
+            ++lFixed;
+        }
+    }
+    EXPECT_EQ(lFixed > 0, !GetParam());
+}
+
+INSTANTIATE_TEST_SUITE_P(Trees, KAmcStepsTest, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& pInfo) { return std::string(pInfo.param ? "Scaled" : "Unscaled"); });
+
+} // namespace

@@ -1,0 +1,251 @@
+#include <tests/qexioplugins/acclaim/asfbuild.h>
+#include <tests/support/memorywatch.h>
+#include <tests/support/smallstack.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+// The tree as "name(child child(…))".
+std::string Tree(KQexNode* pNode)
+{
+    std::string lText = pNode->GetName();
+    for (int lIter = 0; lIter < pNode->GetChildCount(false); lIter++)
+        lText += (lIter == 0 ? "(" : " ") + Tree(pNode->GetChild(lIter));
+    return lText + (pNode->GetChildCount(false) > 0 ? ")" : "");
+}
+
+class KImportTest : public testing::Test
+{
+protected:
+    KQexNode* Import(bool pSetLimits = false, bool pOffset = false, bool pPreRotation = false)
+    {
+        mStage.mAsf->mRoot->SetupPosition(pOffset, pPreRotation);
+        return mStage.mAsf->ASFToQEX(mStage.mScene, "take", pSetLimits, pOffset, pPreRotation);
+    }
+
+    KStage       mStage;
+    KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
+};
+
+TEST_F(KImportTest, AChildlessRootWithALengthBecomesTwoNodes)
+{
+    mRoot->mDirectionV = KgeTVector(0.0, 1.0, 0.0);
+    mRoot->mLength = 5.0;
+    EXPECT_EQ(Tree(Import()), "root(root_End)");
+}
+
+TEST_F(KImportTest, OnlyLeavesWithALengthGetAnEnd)
+{
+    mRoot->mLength = 5.0;
+    Bone(mRoot, "long", {5}, {0.0, 3.0, 0.0});
+    Bone(mRoot, "none");
+    Bone(mRoot, "negative")->mLength = -1.0;
+    Bone(Bone(mRoot, "inner", {5}, {0.0, 3.0, 0.0}), "leaf", {5}, {0.0, 1e-12, 0.0});
+    KQexNode* lNode = Import();
+    EXPECT_EQ(Tree(lNode), "root(long(long_End) none negative inner(leaf(leaf_End)))");
+    EXPECT_EQ(lNode->GetParent(), nullptr);
+    EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
+}
+
+TEST_F(KImportTest, EveryNodeIsAJointOfASkeleton)
+{
+    Bone(mRoot, "leaf", {5}, {0.0, 3.0, 0.0});
+    KQexNode* lTop = Import();
+    for (KQexNode* lNode = lTop; lNode; lNode = lNode->GetNextInTree(lTop))
+    {
+        ASSERT_TRUE(lNode->GetSkeleton());
+        EXPECT_EQ(static_cast<int>(lNode->GetSkeleton()->GetSkeletonType()), 2);
+        EXPECT_STREQ(lNode->GetSkeleton()->GetName(), "");
+    }
+}
+
+TEST_F(KImportTest, TheEndIsInTheBonesOwnFrame)
+{
+    Bone(mRoot, "leaf", {5}, {0.0, 3.0, 0.0}, {0.0, 0.0, 90.0});
+    for (bool lOffset : {false, true})
+    {
+        KQexNode*         lEnd = Import(false, lOffset)->FindChild("leaf_End", true, false);
+        const KQexVector4 lWhere = lOffset ? lEnd->GetRotationOffset() : KQexVector4(lEnd->mLocalTranslation.Get());
+        const KQexVector4 lOther = lOffset ? KQexVector4(lEnd->mLocalTranslation.Get()) : lEnd->GetRotationOffset();
+        EXPECT_NEAR(lWhere[0], 3.0, 1e-12);
+        EXPECT_NEAR(lWhere[1], 0.0, 1e-12);
+        EXPECT_EQ(lOther.Length(), 0.0);
+        EXPECT_FALSE(lEnd->GetRotationActive());
+        EXPECT_EQ(lEnd->mLocalTranslation.GetCurveNode(false, "take"), nullptr);
+    }
+}
+
+TEST_F(KImportTest, TheLongestNameGetsItsEnding)
+{
+    std::memset(mRoot->mName, 'n', 255);
+    mRoot->mLength = 1.0;
+    EXPECT_EQ(std::string(Import()->GetChild(0)->GetName()), std::string(255, 'n') + "_End");
+}
+
+TEST_F(KImportTest, LimitsAreTouchedOnlyWhenAskedFor)
+{
+    KQexAsfNode* lBone = Bone(mRoot, "bone");
+    lBone->mLimitsActive[5][0] = true;
+    lBone->mLimitsBuf[5][0] = -20.0;
+    EXPECT_FALSE(Import(false, true, true)->GetChild(0)->GetLimits().GetRotationLimitActive());
+    EXPECT_TRUE(Import(true, true, true)->GetChild(0)->GetLimits().GetRotationLimitActive());
+}
+
+TEST_F(KImportTest, NoRootIsNoNode)
+{
+    KQexAsfScene lEmpty;
+    EXPECT_EQ(lEmpty.ASFToQEX(mStage.mScene, "take", true, true, true), nullptr);
+    EXPECT_TRUE(lEmpty.MergeASFToQEX(mStage.mScene, mStage.mScene->GetRootNode(), "take", true, true, true));
+    EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
+}
+
+// Every number of allocations that succeed before memory runs out: null and a scene without anything new, or all of it.
+TEST_F(KImportTest, WithoutMemoryNothingStays)
+{
+    Bone(Bone(mRoot, "a", {5}, {1.0, 0.0, 0.0}), "b", {5}, {0.0, 3.0, 0.0});
+    mRoot->SetupPosition(false, false);
+    mStage.mScene->CreateAnimStack("take");
+    const int lBefore = mStage.mScene->GetObjectCount();
+    for (long lFail = 0; lFail < 1000; lFail++)
+    {
+        // Curves of a failed import went with its nodes, as they do when an importer gives up.
+        mRoot->CreateDataFromDOF(mStage.mScene);
+        KMemoryWatch lWatch;
+        lWatch.FailAfter(lFail);
+        KQexNode* lNode = mStage.mAsf->ASFToQEX(mStage.mScene, "take", true, true, true);
+        lWatch.FailAfter(-1);
+        if (lNode)
+        {
+            EXPECT_EQ(Tree(lNode), "root(a(b(b_End)))");
+            EXPECT_GT(lFail, 20);
+            lNode->Destroy(true);
+            return;
+        }
+        mRoot->mOrderCount = 0;
+        for (KQexAsfNode* lBone : {mRoot, mRoot->GetChild(0), mRoot->GetChild(0)->GetChild(0)})
+        {
+            const int lCount = lBone == mRoot ? 6 : 1;
+            lBone->mOrderCount = 0;
+            lBone->CreateDataFromDOF(mStage.mScene);
+            lBone->mOrderCount = lCount;
+        }
+        EXPECT_EQ(mStage.mScene->GetObjectCount(), lBefore) << "after " << lFail;
+    }
+    FAIL() << "never done";
+}
+
+struct KWholeCase
+{
+    bool mOffset;
+    bool mPreRotation;
+};
+
+class KImportPropertyTest : public testing::TestWithParam<KWholeCase>
+{
+protected:
+    static std::map<std::string, KQexVector4> Places(const KStage& pStage, KQexNode* pTop, KTime pTime)
+    {
+        std::map<std::string, KQexVector4> lPlaces;
+        for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+            lPlaces[lNode->GetName()] = pStage.mScene->GetEvaluator()->GetNodeGlobalTransform(lNode, pTime).GetT();
+        return lPlaces;
+    }
+
+    // A random skeleton and two random frames, the same for a seed whatever the flags, and where its nodes are at the second one.
+    static std::map<std::string, KQexVector4> Moved(unsigned int pSeed, bool pRemoveDummy, const KWholeCase& pFlags)
+    {
+        KStage                          lStage;
+        const std::vector<KQexAsfNode*> lBones = RandomBones(eRANDOM, 40, pSeed, true);
+        std::vector<KQexAsfNode*>       lMoved;
+        for (KQexAsfNode* lBone : lBones)
+        {
+            // Pre-rotations carry the axis only where no rotation axis repeats.
+            if (lBone->mOrderCount > 0)
+            {
+                const int kDofs[] = {5, 3, 4};
+                std::memcpy(lBone->mOrderBuf, kDofs, sizeof(kDofs));
+                lBone->mOrderCount = 3;
+                lMoved.push_back(lBone);
+            }
+        }
+        KQexAsfNode* lRoot = lStage.mAsf->mRoot = lBones[0];
+        lRoot->mPositionV.Init(); // an offset of the root is carried in ways that differ with the flags
+        lRoot->SetupPosition(pFlags.mOffset, pFlags.mPreRotation);
+        if (pRemoveDummy)
+            lRoot->RemoveDummy(pFlags.mOffset, pFlags.mPreRotation);
+        lRoot->CreateDataFromDOF(lStage.mScene);
+        std::mt19937                           lRandom(pSeed);
+        std::uniform_real_distribution<double> lAngle(-60.0, 60.0);
+        for (long long lFrame = 0; lFrame < 2; lFrame++)
+            for (KQexAsfNode* lBone : lMoved)
+            {
+                const double lValues[3] = {lAngle(lRandom), lAngle(lRandom), lAngle(lRandom)};
+                lBone->AddSampleFromDOF(lValues, KTime(lFrame), 1.0, 1.0, pFlags.mOffset, pFlags.mPreRotation);
+            }
+        lRoot->StopSamplingData();
+        KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, pFlags.mOffset, pFlags.mPreRotation);
+        return Places(lStage, lTop, KTime(1));
+    }
+};
+
+// The flags choose what carries the frames, and clean-up what carries an offset; where the bones are stays the same.
+TEST_P(KImportPropertyTest, PlacesDoNotDependOnTheFlags)
+{
+    for (unsigned int lSeed = 1; lSeed <= 10; lSeed++)
+    {
+        const std::map<std::string, KQexVector4> lPlain = Moved(lSeed, false, {false, false});
+        for (bool lRemoveDummy : {false, true})
+        {
+            const std::map<std::string, KQexVector4> lPlaces = Moved(lSeed, lRemoveDummy, GetParam());
+            EXPECT_EQ(lPlaces.size() < lPlain.size(), lRemoveDummy);
+            for (const auto& [lName, lPlace] : lPlaces)
+                for (int lIter = 0; lIter < 3; lIter++)
+                {
+                    if (lPlain.count(lName)) // a bone may become a leaf, and get an end, by clean-up
+                    {
+                        EXPECT_NEAR(lPlace[lIter], lPlain.at(lName)[lIter], 1e-5) << lName << " seed " << lSeed;
+                    }
+                }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Flags, KImportPropertyTest,
+                         testing::Values(KWholeCase{false, false}, KWholeCase{true, false}, KWholeCase{false, true},
+                                         KWholeCase{true, true}));
+
+class KLargeImportTest : public testing::TestWithParam<EShape>
+{
+};
+
+TEST_P(KLargeImportTest, StandsInASmallStack)
+{
+    RunInStack(kStackSizes[1],
+               [&]
+               {
+                   KStage lStage;
+                   lStage.mAsf->mRoot = RandomBones(GetParam(), 100000, 3, false)[0];
+                   lStage.mAsf->mRoot->SetupPosition(false, true);
+                   lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene);
+                   lStage.mAsf->mRoot->StopSamplingData();
+                   KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
+                   ASSERT_TRUE(lTop);
+                   EXPECT_GT(lTop->GetChildCount(true), 99999);
+                   KQexAsfScene lBack;
+                   EXPECT_TRUE(lBack.QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), false));
+                   EXPECT_TRUE(lBack.mRoot->Find("b99999"));
+               });
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, KLargeImportTest, testing::Values(eCHAIN, eFAN, eCOMB, eRANDOM),
+                         [](const testing::TestParamInfo<EShape>& pInfo) { return std::string(kShapeNames[pInfo.param]); });
+
+} // namespace

@@ -1,0 +1,254 @@
+#include <tests/qexioplugins/acclaim/asfbuild.h>
+
+#include <gtest/gtest.h>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+// The tree as "name(child child(…))".
+std::string Tree(KQexNode* pNode)
+{
+    std::string lText = pNode->GetName();
+    for (int lIter = 0; lIter < pNode->GetChildCount(false); lIter++)
+        lText += (lIter == 0 ? "(" : " ") + Tree(pNode->GetChild(lIter));
+    return lText + (pNode->GetChildCount(false) > 0 ? ")" : "");
+}
+
+// A skeleton root(a(b) c), sampled with two frames, and a host tree to bind it to.
+class KMergeTest : public testing::Test
+{
+protected:
+    KMergeTest()
+    {
+        Bone(Bone(mRoot, "a", {5}, {0.0, 1.0, 0.0}), "b", {5}, {0.0, 1.0, 0.0});
+        Bone(mRoot, "c");
+        mRoot->SetupPosition(false, false);
+        mRoot->CreateDataFromDOF(mStage.mScene);
+        for (KQexAsfNode* lBone : {mRoot, mRoot->Find("a"), mRoot->Find("b"), mRoot->Find("c")})
+            for (long long lFrame = 0; lFrame < 2; lFrame++)
+            {
+                const double lValues[6] = {1.0, 2.0, 3.0, 4.0, 5.0, 6.0 + static_cast<double>(lFrame)};
+                lBone->AddSampleFromDOF(lValues, KTime(lFrame), 1.0, 1.0, false, false);
+            }
+        mRoot->StopSamplingData();
+    }
+
+    KQexNode* Node(KQexNode* pParent, const char* pName, bool pSkeleton = true)
+    {
+        KQexNode* lNode = KQexNode::Create(mStage.mScene, pName);
+        if (pSkeleton)
+            lNode->SetNodeAttribute(KQexSkeleton::Create(mStage.mScene, ""));
+        if (pParent)
+            pParent->AddChild(lNode);
+        return lNode;
+    }
+
+    bool MergeScene(KQexNode* pWhere) { return mStage.mAsf->MergeASFToQEX(mStage.mScene, pWhere, "take", true, false, true); }
+
+    static bool HasCurves(KQexNode* pNode) { return pNode && pNode->mLocalRotation.GetCurveNode(false, "take"); }
+
+    KStage       mStage;
+    KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
+    KQexNode*    mTop = Node(nullptr, "top", false);
+};
+
+TEST_F(KMergeTest, WhereEveryBoneExistsNoNodeIsMade)
+{
+    KQexNode* lRoot = Node(mTop, "root");
+    KQexNode* lA = Node(lRoot, "a");
+    Node(lA, "b");
+    Node(lRoot, "c");
+    lA->SetRotationOrder(kPivotSet0, eEULER_YZX);
+    lA->SetRotationOffset(kPivotSet0, KQexVector4(1.0, 2.0, 3.0));
+    const int lNodes = mTop->GetChildCount(true);
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(mTop->GetChildCount(true), lNodes);
+    EXPECT_EQ(Tree(mTop), "top(root(a(b) c))");
+    for (const char* lName : {"root", "a", "b", "c"})
+        EXPECT_TRUE(HasCurves(mTop->FindChild(lName, true, false))) << lName;
+    // What was there keeps its order, its offsets and its limits.
+    EXPECT_EQ(lA->GetRotationOrder(), eEULER_YZX);
+    EXPECT_EQ(lA->GetRotationOffset()[1], 2.0);
+    EXPECT_FALSE(lA->GetRotationActive());
+    EXPECT_EQ(lA->mLocalTranslation.Get()[0], mRoot->Find("a")->mLT.mData[0]);
+    for (KQexAsfNode* lBone : {mRoot, mRoot->Find("b")})
+        EXPECT_FALSE(lBone->mLRData[0]);
+}
+
+TEST_F(KMergeTest, AMissingBoneIsBuiltWithAllBelowIt)
+{
+    Node(Node(mTop, "root"), "c");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(root(c a(b(b_End))))");
+    EXPECT_TRUE(mTop->FindChild("a", true, false)->GetRotationActive());
+    for (const char* lName : {"root", "a", "b", "c"})
+        EXPECT_TRUE(HasCurves(mTop->FindChild(lName, true, false))) << lName;
+}
+
+TEST_F(KMergeTest, TheWalkGoesOnBesideAMissingBone)
+{
+    KQexNode* lRoot = Node(mTop, "root");
+    Node(lRoot, "a");
+    Node(lRoot, "c");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(root(a(b(b_End)) c))");
+}
+
+TEST_F(KMergeTest, ANamesakeWithoutASkeletonStaysBesideTheNewNode)
+{
+    KQexNode* lRoot = Node(mTop, "root");
+    KQexNode* lOther = Node(lRoot, "a", false);
+    Node(lOther, "b");
+    Node(lRoot, "c");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(root(a(b) c a(b(b_End))))");
+    EXPECT_FALSE(HasCurves(lOther));
+}
+
+TEST_F(KMergeTest, TheRootIsSearchedAtAnyDepth)
+{
+    KQexNode* lHolder = Node(Node(mTop, "x", false), "y", false);
+    KQexNode* lRoot = Node(lHolder, "root");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(x(y(root(a(b(b_End)) c))))");
+    EXPECT_TRUE(HasCurves(lRoot));
+}
+
+TEST_F(KMergeTest, TheRootsNamesakeWithoutASkeletonGetsABrother)
+{
+    Node(Node(mTop, "x", false), "root", false);
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(x(root root(a(b(b_End)) c)))");
+}
+
+TEST_F(KMergeTest, ARootThatIsNowhereBelowIsBuiltBelow)
+{
+    Node(mTop, "other");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(other root(a(b(b_End)) c))");
+}
+
+TEST_F(KMergeTest, TheNodeItselfIsNotBelowItself)
+{
+    KQexNode* lRoot = Node(nullptr, "root");
+    EXPECT_TRUE(MergeScene(lRoot));
+    EXPECT_EQ(Tree(lRoot), "root(root(a(b(b_End)) c))");
+}
+
+TEST_F(KMergeTest, ABoneIsSearchedAmongDirectChildrenOnly)
+{
+    Node(Node(mTop, "x", false), "root");
+    EXPECT_TRUE(mRoot->MergeASFToQEX(mStage.mScene, mTop, "take", false, true, false));
+    EXPECT_EQ(Tree(mTop), "top(x(root) root(a(b(b_End)) c))");
+}
+
+TEST_F(KMergeTest, BonesOfOneNameShareTheirNode)
+{
+    // The second one finds the node that was just built for the first.
+    mRoot->Find("c")->mName[0] = 'a';
+    Node(mTop, "root");
+    EXPECT_TRUE(MergeScene(mTop));
+    EXPECT_EQ(Tree(mTop), "top(root(a(b(b_End))))");
+}
+
+TEST_F(KMergeTest, BelowTheBoneTheWalkEndsThere)
+{
+    KQexNode* lA = Node(mTop, "a");
+    EXPECT_TRUE(mRoot->Find("a")->MergeASFToQEX(mStage.mScene, mTop, "take", false, true, false));
+    EXPECT_EQ(Tree(mTop), "top(a(b(b_End)))");
+    EXPECT_TRUE(HasCurves(lA));
+    EXPECT_TRUE(mRoot->Find("c")->mLRData[0]);
+}
+
+// Binding a skeleton to host nodes by name.
+class KBindTest : public testing::Test
+{
+protected:
+    KQexNode* Node(KQexNode* pParent, const char* pName, double pOffset)
+    {
+        KQexNode* lNode = KQexNode::Create(mStage.mScene, pName);
+        lNode->SetRotationOffset(kPivotSet0, KQexVector4(pOffset, 0.0, 0.0));
+        if (pParent)
+            pParent->AddChild(lNode);
+        return lNode;
+    }
+
+    bool Merge() { return mStage.mAsf->MergeQEXToASF(mHost); }
+
+    KStage       mStage;
+    KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {}, {}, {1.0, 2.0, 3.0});
+    KQexNode*    mHost = Node(nullptr, "hips", 1.0);
+};
+
+TEST_F(KBindTest, ABoneInBetweenThatIsMissingIsPassedOver)
+{
+    KQexAsfNode* lA = Bone(mRoot, "a", {5}, {0.0, 1.0, 0.0}, {10.0, 0.0, 0.0});
+    KQexAsfNode* lB = Bone(lA, "b", {5}, {0.0, 1.0, 0.0}, {20.0, 0.0, 0.0});
+    KQexAsfNode* lC = Bone(lB, "c", {5}, {0.0, 1.0, 0.0}, {30.0, 0.0, 0.0});
+    KQexAsfNode* lD = Bone(mRoot, "d", {5}, {0.0, 1.0, 0.0}, {40.0, 0.0, 0.0});
+    KQexNode*    lHostA = Node(mHost, "a", 2.0);
+    Node(mHost, "c", 9.0); // not below a's node
+    Node(Node(lHostA, "deeper", 3.0), "c", 4.0);
+    Node(mHost, "d", 5.0);
+    mRoot->SetupPosition(false, false);
+    const KgeRMatrix lBefore = lB->mParentAxisRM;
+    EXPECT_TRUE(Merge());
+    EXPECT_EQ(mRoot->mTOffset[0], 1.0);
+    EXPECT_EQ(lA->mTOffset[0], 2.0);
+    EXPECT_EQ(lB->mTOffset[0], 0.0);
+    EXPECT_EQ(lC->mTOffset[0], 4.0);
+    EXPECT_EQ(lD->mTOffset[0], 5.0);
+    for (int lRow = 0; lRow < 3; lRow++)
+        for (int lColumn = 0; lColumn < 3; lColumn++)
+        {
+            EXPECT_EQ(lA->mParentAxisRM.mData[lRow][lColumn], mRoot->mAxisRM.mData[lRow][lColumn]);
+            EXPECT_EQ(lB->mParentAxisRM.mData[lRow][lColumn], lBefore.mData[lRow][lColumn]);
+            EXPECT_EQ(lC->mParentAxisRM.mData[lRow][lColumn], lA->mAxisRM.mData[lRow][lColumn]);
+            EXPECT_EQ(lC->mParentAxisRMInv.mData[lRow][lColumn], lA->mAxisRMInv.mData[lRow][lColumn]);
+            EXPECT_EQ(lD->mParentAxisRM.mData[lRow][lColumn], mRoot->mAxisRM.mData[lRow][lColumn]);
+            EXPECT_EQ(mRoot->mParentAxisRM.mData[lRow][lColumn], lRow == lColumn ? 1.0 : 0.0);
+        }
+}
+
+TEST_F(KBindTest, NoNameMatchingIsNoFailure)
+{
+    KQexAsfNode* lA = Bone(mRoot, "a");
+    Node(mHost, "x", 2.0);
+    EXPECT_TRUE(Merge());
+    EXPECT_EQ(mRoot->mTOffset[0], 1.0); // the root is not asked for its name
+    EXPECT_EQ(lA->mTOffset[0], 0.0);
+    KQexAsfScene lEmpty;
+    EXPECT_TRUE(lEmpty.MergeQEXToASF(mHost));
+}
+
+TEST_F(KBindTest, OfTwoNamesakesTheFirstInPreOrderIsTaken)
+{
+    KQexAsfNode* lA = Bone(mRoot, "a");
+    Node(Node(mHost, "x", 2.0), "a", 3.0);
+    Node(mHost, "a", 4.0);
+    EXPECT_TRUE(Merge());
+    EXPECT_EQ(lA->mTOffset[0], 3.0);
+}
+
+TEST_F(KBindTest, EverythingElseStays)
+{
+    KQexAsfNode* lA = Bone(mRoot, "a", {5}, {0.0, 1.0, 0.0}, {10.0, 0.0, 0.0});
+    Node(mHost, "a", 2.0);
+    mRoot->mPositionV = KgeTVector(1.0, 2.0, 3.0);
+    mRoot->SetupPosition(false, false);
+    const KgeTVector lLT = lA->mLT;
+    const KgeTVector lParentPosition = lA->mParentPositionV;
+    EXPECT_TRUE(Merge());
+    for (int lIter = 0; lIter < 3; lIter++)
+    {
+        EXPECT_EQ(lA->mLT.mData[lIter], lLT.mData[lIter]);
+        EXPECT_EQ(lA->mParentPositionV.mData[lIter], lParentPosition.mData[lIter]);
+    }
+    EXPECT_EQ(lA->mOrderCount, 1);
+    EXPECT_EQ(lA->mLength, 1.0);
+}
+
+} // namespace
