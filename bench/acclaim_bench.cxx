@@ -15,7 +15,7 @@ using namespace qexbench;
 namespace
 {
 
-// A host scene and a skeleton, ended in the order in which they may be ended.
+/// A host scene and a skeleton, ended in the order in which they may be ended.
 struct KStage
 {
     KStage() : mScene(KQexScene::Create("bench")), mAsf(QexSdkNew<KQexAsfScene>()) { Demand(mScene != nullptr && mAsf != nullptr); }
@@ -38,14 +38,14 @@ void ReadSkeleton(KStage& pStage, EShape pShape, int pBones, bool pOffset, bool 
     Demand(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.Read(pStage.mAsf, true, pOffset, pPreRotation));
 }
 
-// What one frame of a bone costs at the least: a sine and cosine for each angle that is turned into a matrix, and the arc tangents
-// and the root that turn the product into angles again.
+/// What one frame of a bone costs at the least: a sine and cosine for each angle that is turned into a matrix, and the arc tangents
+/// and the root that turn the product into angles again.
 double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
 {
     double lSum = 0.0;
     if (pPreRotation)
     {
-        for (int lAxis = 0; lAxis < pAxes; lAxis++)
+        for (int lAxis = 0; lAxis < pAxes; ++lAxis)
         {
             lSum += pAngles[lAxis];
         }
@@ -53,7 +53,7 @@ double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
     }
     double lSine[3];
     double lCosine[3];
-    for (int lAxis = 0; lAxis < 3; lAxis++)
+    for (int lAxis = 0; lAxis < 3; ++lAxis)
     {
         lSine[lAxis] = kSinCosd(pAngles[lAxis], lCosine[lAxis]);
     }
@@ -64,20 +64,20 @@ double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
 constexpr int kSampledBones = 60;
 constexpr int kSampledFrames = 200;
 
-// Every bone turns about three axes, as most bones of real skeletons do.
+/// Every bone turns about three axes, as most bones of real skeletons do.
 void AddSamples(benchmark::State& pState, bool pOffset, bool pPreRotation)
 {
     KStage lStage;
     ReadSkeleton(lStage, eRANDOM, kSampledBones, pOffset, pPreRotation);
     std::vector<KQexAsfNode*> lBones = {lStage.mAsf->mRoot};
-    for (size_t lIter = 0; lIter < lBones.size(); lIter++)
+    for (size_t lIter = 0; lIter < lBones.size(); ++lIter)
     {
         lBones[lIter]->mOrderCount = 0;
         for (const int lCode : {5, 4, 3})
         {
             lBones[lIter]->mOrderBuf[lBones[lIter]->mOrderCount++] = lCode;
         }
-        for (int lChild = 0; lBones[lIter]->GetChild(lChild) != nullptr; lChild++)
+        for (int lChild = 0; lBones[lIter]->GetChild(lChild) != nullptr; ++lChild)
         {
             lBones.push_back(lBones[lIter]->GetChild(lChild));
         }
@@ -109,7 +109,7 @@ void AddSamples(benchmark::State& pState, bool pOffset, bool pPreRotation)
                      [&]
                      {
                          const double* lAt = lValues.data();
-                         for (int lFrame = 0; lFrame < kSampledFrames; lFrame++)
+                         for (int lFrame = 0; lFrame < kSampledFrames; ++lFrame)
                          {
                              const KTime lTime = KTime::FromFrame(lFrame, KFrameRate{120, 1});
                              for (KQexAsfNode* lBone : lBones)

@@ -60,7 +60,7 @@ void AppendFamily(std::string& pText, int pParent, const std::vector<int>& pChil
     pText += '\n';
 }
 
-// A fan's family is spread over several lines, as no reader takes a line of any length.
+/// A fan's family is spread over several lines, as no reader takes a line of any length.
 void AppendFamilies(std::string& pText, int pParent, const std::vector<int>& pChildren)
 {
     for (size_t lFirst = 0; lFirst < pChildren.size(); lFirst += 1000)

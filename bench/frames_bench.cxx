@@ -21,8 +21,12 @@ KBones BonesOf(HKQexAsfNode pRoot)
 {
     KBones lBones = {pRoot};
     for (size_t i = 0; i < lBones.size(); ++i)
+    {
         for (int lChild = 0; lChild < lBones[i]->mChildBuf.GetCount(); ++lChild)
+        {
             lBones.push_back(lBones[i]->mChildBuf[lChild]);
+        }
+    }
     std::sort(lBones.begin() + 1, lBones.end());
     return lBones;
 }
@@ -58,7 +62,9 @@ KScenes ReadSettled(const std::string& pText, int pSkeletons)
     SettleMemory();
     KScenes lScenes;
     for (int i = 0; i < pSkeletons; ++i)
+    {
         lScenes.push_back(ReadText(pText));
+    }
     return lScenes;
 }
 
@@ -67,7 +73,9 @@ void Frames(benchmark::State& pState, const KCase& pCase)
     const KScenes       lScenes = ReadSettled(SkeletonText(pCase.mShape, pCase.mSize.mBones), pCase.mSize.mSkeletons);
     std::vector<KBones> lBones;
     for (const KSceneOwner& lScene : lScenes)
+    {
         lBones.push_back(BonesOf(lScene->mRoot));
+    }
 
     KBeside lBeside("moves");
     for (auto lStep : pState)
@@ -77,13 +85,17 @@ void Frames(benchmark::State& pState, const KCase& pCase)
             [&lBones]
             {
                 for (const KBones& lOf : lBones)
+                {
                     TakeOverFrames(lOf);
+                }
             });
         lBeside.Work(pState,
                      [&lScenes]
                      {
                          for (const KSceneOwner& lScene : lScenes)
+                         {
                              lScene->mRoot->SetupPosition(false, false);
+                         }
                      });
     }
     pCase.Report(pState, lBeside);
@@ -102,7 +114,9 @@ public:
             const bool lIsDummy = lBone->mParent != nullptr && lBone->mOrderCount == 0;
             (lIsDummy ? mDummies : mKept).push_back(lBone);
             if (!lIsDummy && lBone->mParent != nullptr && lBone->mParent->mOrderCount == 0)
+            {
                 mMoved.push_back(lBone);
+            }
         }
     }
     ~KTakenApart() { Release(mKept); }
@@ -115,10 +129,14 @@ public:
     {
         int lSum = 0;
         for (const HKQexAsfNode lBone : mBones)
+        {
             lSum += lBone->mOrderCount;
+        }
         benchmark::DoNotOptimize(lSum);
         for (const HKQexAsfNode lBone : mMoved)
+        {
             TakeOver(*lBone, *lBone->mParent);
+        }
         Release(mDummies);
     }
 
@@ -148,12 +166,16 @@ void CleanUp(benchmark::State& pState, const KCase& pCase)
         {
             std::deque<KTakenApart> lAparts;
             for (const KSceneOwner& lScene : ReadSettled(lText, pCase.mSize.mSkeletons))
+            {
                 lAparts.emplace_back(lScene);
+            }
             lBeside.Bound(
                 [&lAparts]
                 {
                     for (KTakenApart& lApart : lAparts)
+                    {
                         lApart.TakeOverDummies();
+                    }
                 });
         }
         const KScenes lScenes = ReadSettled(lText, pCase.mSize.mSkeletons);
@@ -161,7 +183,9 @@ void CleanUp(benchmark::State& pState, const KCase& pCase)
                      [&lScenes]
                      {
                          for (const KSceneOwner& lScene : lScenes)
+                         {
                              lScene->mRoot->RemoveDummy(false, false);
+                         }
                      });
     }
     pCase.Report(pState, lBeside);

@@ -30,7 +30,7 @@ KTime FrameTime(int pFrame)
     return KTime(pFrame * (KTime::kTicksPerSecond / 120));
 }
 
-// What an import leaves: rotation curves on every node, a rotation offset and, if asked, a pre-rotation.
+/// What an import leaves: rotation curves on every node, a rotation offset and, if asked, a pre-rotation.
 void Animate(KQexScene& pScene, KQexNode& pNode, bool pPreRotation, std::mt19937& pRandom)
 {
     std::uniform_real_distribution<double> lAngle(-90.0, 90.0);
@@ -68,8 +68,8 @@ KSceneOwner MakeScene(int pNodes, bool pPreRotation)
     return lScene;
 }
 
-// The least a node costs: three sine-cosine pairs, the rotation they make, its product with the pre-rotation, the one with the
-// parent's transform. Everything is at hand; nothing is looked up.
+/// The least a node costs: three sine-cosine pairs, the rotation they make, its product with the pre-rotation, the one with the
+/// parent's transform. Everything is at hand; nothing is looked up.
 double BareTransforms(const std::vector<double>& pAngles, std::vector<KQexMatrix>& pMatrices, bool pPreRotation, double pTurn)
 {
     KQexMatrix lPre = pMatrices[0];
@@ -130,7 +130,7 @@ void GlobalTransforms(benchmark::State& pState, int pNodes, bool pPreRotation)
     lBeside.ReportPieces(pState, "node_frame", static_cast<double>(pNodes) * lFrames);
 }
 
-// A chain: the deepest tree there is.
+/// A chain: the deepest tree there is.
 void MakeAndEnd(benchmark::State& pState, int pNodes)
 {
     KBeside lBeside;

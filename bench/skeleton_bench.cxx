@@ -51,19 +51,19 @@ void ReadCase(benchmark::State& pState, const KCase& pCase, TPrepare&& pPrepare,
     pCase.Report(pState, lBeside);
 }
 
-// What is measured is reading: the memory that the skeleton before had is there.
+/// What is measured is reading: the memory that the skeleton before had is there.
 void ReadGenerated(benchmark::State& pState, const KCase& pCase)
 {
     ReadCase(pState, pCase, SettleMemory);
 }
 
-// All that one call can do: bones, hierarchy, frames and clean-up.
+/// All that one call can do: bones, hierarchy, frames and clean-up.
 void ReadClean(benchmark::State& pState, const KCase& pCase)
 {
     ReadCase(pState, pCase, SettleMemory, true);
 }
 
-// As a program's first reading: the system hands out every page anew.
+/// As a program's first reading: the system hands out every page anew.
 void ReadFresh(benchmark::State& pState, const KCase& pCase)
 {
     ReadCase(pState, pCase, DropMemory);

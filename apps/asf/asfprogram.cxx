@@ -77,14 +77,14 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     }
 }
 
-// The command that was meant, for the hint behind an error.
+/// The command that was meant, for the hint behind an error.
 std::string CalledCommand(const CLI::App& pProgram)
 {
     const auto lCalled = pProgram.get_subcommands();
     return lCalled.empty() ? "asf" : "asf " + lCalled.front()->get_name();
 }
 
-// What is wrong with a call that names no command of ours.
+/// What is wrong with a call that names no command of ours.
 std::string DescribeMissingCommand(const CLI::App& pProgram)
 {
     const std::vector<std::string> lWords = pProgram.remaining();

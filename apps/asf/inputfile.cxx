@@ -22,7 +22,7 @@ namespace
 
 constexpr size_t kHeadSize = 1 << 16;
 
-// Skeletons and motions that come through a pipe are held in memory. Real ones stay far below.
+/// Skeletons and motions that come through a pipe are held in memory. Real ones stay far below.
 constexpr size_t kMemoryLimit = size_t(1) << 30;
 
 constexpr size_t kLargestPiece = 1 << 24;
@@ -75,7 +75,7 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
     return lResult;
 }
 
-// The first word of every line, in lower case. Empty lines give none.
+/// The first word of every line, in lower case. Empty lines give none.
 class KFirstWords
 {
 public:

@@ -30,7 +30,7 @@ public:
 
 } // namespace
 
-// The name that --toggle-collect looks for.
+/// The name that --toggle-collect looks for.
 extern "C"
 {
     bool CountedJob(const std::function<bool()>& pJob);

@@ -14,7 +14,7 @@ namespace qexsdk
 namespace
 {
 
-// Variadic and overloaded system calls have no address of the table's type.
+/// Variadic and overloaded system calls have no address of the table's type.
 int CallOpen(const char* pPath, int pFlags, mode_t pMode)
 {
     return ::open(pPath, pFlags, pMode);
@@ -61,9 +61,13 @@ void KFileCallsReset()
 bool KFileCanRetry(int pFile, short pEvent)
 {
     if (errno == EINTR)
+    {
         return true;
+    }
     if (errno != EAGAIN)
+    {
         return false;
+    }
     struct pollfd lPoll = {pFile, pEvent, 0};
     return ::poll(&lPoll, 1, -1) > 0 || errno == EINTR;
 }

@@ -21,7 +21,9 @@ constexpr char KToLower(char pCharacter)
 inline std::string KToLower(std::string pText)
 {
     for (char& lCharacter : pText)
+    {
         lCharacter = KToLower(lCharacter);
+    }
     return pText;
 }
 

@@ -37,17 +37,24 @@ bool KLineReader::OpenPath(const char* pPath)
         return true;
     }
     do
+    {
         mFile = KFileCallsInUse().mOpen(pPath, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
-    while (mFile < 0 && errno == EINTR);
+    } while (mFile < 0 && errno == EINTR);
     if (mFile < 0)
+    {
         return Fail(eSYSTEM, errno);
+    }
     mOwnsFile = true;
 
     struct stat lStat;
     if (KFileCallsInUse().mFileStat(mFile, &lStat) != 0)
+    {
         Fail(eSYSTEM, errno);
+    }
     else if (S_ISDIR(lStat.st_mode))
+    {
         Fail(eSYSTEM, EISDIR);
+    }
     if (mStatus == eOK)
     {
         mSize = S_ISREG(lStat.st_mode) ? static_cast<int64_t>(lStat.st_size) : 0;
@@ -70,7 +77,9 @@ void KLineReader::Close()
 {
     // Nothing was written: what close() may report is nobody's loss.
     if (mOwnsFile)
+    {
         KFileCallsInUse().mClose(mFile);
+    }
     mFile = -1;
     mOwnsFile = false;
     mMemory = nullptr;
@@ -102,9 +111,13 @@ void KLineReader::Reset()
 bool KLineReader::Rewind()
 {
     if (!IsOpen())
+    {
         return Fail(eSYSTEM, EBADF);
+    }
     if (mMemory == nullptr && mStarted && KFileCallsInUse().mSeek(mFile, 0, SEEK_SET) < 0)
+    {
         return errno == ESPIPE ? false : Fail(eSYSTEM, errno);
+    }
     mMemoryPlace = 0;
     mStarted = false;
     mAtEnd = false;
@@ -131,18 +144,28 @@ bool KLineReader::NextLine()
 bool KLineReader::TakeLine()
 {
     if (mStatus != eOK || !SkipFeed())
+    {
         return false;
+    }
     char* const lFeed = static_cast<char*>(std::memchr(mBegin, '\n', static_cast<size_t>(mFill - mBegin)));
     if (lFeed == nullptr)
+    {
         return false;
+    }
     char* lEnd = FindMark(mMarks[eRETURN], mBegin);
     if (lEnd >= lFeed)
+    {
         lEnd = lFeed;
+    }
     else if (lEnd + 1 != lFeed)
+    {
         return false;
+    }
     const size_t lLength = static_cast<size_t>(lEnd - mBegin);
     if (lLength > kMaxLine)
+    {
         return false;
+    }
     mIsPlain = lEnd <= mQuietEnd || IsQuiet(lEnd);
     mLine = mBegin;
     mLength = lLength;
@@ -169,7 +192,9 @@ bool KLineReader::IsQuiet(const char* pEnd)
 {
     mQuietEnd = mFill;
     for (int i = eNUL; i < mMarkCount; ++i)
+    {
         mQuietEnd = std::min(mQuietEnd, FindMark(mMarks[i], mBegin));
+    }
     return pEnd <= mQuietEnd;
 }
 
@@ -179,9 +204,13 @@ bool KLineReader::LoadLine()
     mLength = 0;
     mIsPlain = false;
     if (mStatus != eOK || !IsOpen())
+    {
         return false;
+    }
     if (!mStarted && !Begin())
+    {
         return false;
+    }
 
     size_t lSearched = 0;
     for (;;)
@@ -200,15 +229,23 @@ bool KLineReader::LoadLine()
             if (!mAtEnd)
             {
                 if (!Refill())
+                {
                     return false;
+                }
                 continue;
             }
             if (lLength == 0)
+            {
                 return Fail(eEND, 0);
+            }
         }
         if (lLength > 0)
+        {
             for (int i = eNUL; i < mMarkCount; ++i)
+            {
                 FindMark(mMarks[i], mBegin);
+            }
+        }
         mLine = mBegin;
         mLength = lLength;
         mBegin = lEnd;
@@ -228,7 +265,9 @@ bool KLineReader::LoadLine()
 char* KLineReader::FindEnd(char* pFrom)
 {
     if (pFrom == mFill)
+    {
         return mFill;
+    }
     char* lFeed = static_cast<char*>(std::memchr(pFrom, '\n', static_cast<size_t>(mFill - pFrom)));
     return std::min(lFeed == nullptr ? mFill : lFeed, FindMark(mMarks[eRETURN], pFrom));
 }
@@ -241,7 +280,9 @@ char* KLineReader::FindMark(KMark& pMark, char* pFrom) const
     {
         pMark.mNext = static_cast<char*>(std::memchr(pFrom, pMark.mByte, static_cast<size_t>(mFill - pFrom)));
         if (pMark.mNext == nullptr)
+        {
             pMark.mNext = mFill;
+        }
     }
     return pMark.mNext;
 }
@@ -249,14 +290,18 @@ char* KLineReader::FindMark(KMark& pMark, char* pFrom) const
 void KLineReader::ForgetMarks()
 {
     for (KMark& lMark : mMarks)
+    {
         lMark.mNext = nullptr;
+    }
     mQuietEnd = nullptr;
 }
 
 void KLineReader::Watch(const char* pBytes)
 {
     for (mMarkCount = eFIRST_WATCHED; *pBytes != '\0' && mMarkCount < eFIRST_WATCHED + kMaxWatched; ++pBytes)
+    {
         mMarks[mMarkCount++] = {*pBytes, nullptr};
+    }
     mQuietEnd = nullptr;
 }
 
@@ -267,13 +312,21 @@ bool KLineReader::Begin()
     mBegin = mBuffer;
     mFill = mBuffer;
     while (mFill - mBegin < 3 && !mAtEnd)
+    {
         if (!Refill())
+        {
             return false;
+        }
+    }
     const size_t lSize = static_cast<size_t>(mFill - mBegin);
     if (lSize >= 2 && (std::memcmp(mBegin, "\xFF\xFE", 2) == 0 || std::memcmp(mBegin, "\xFE\xFF", 2) == 0))
+    {
         return Fail(eUTF16, 0);
+    }
     if (lSize >= 3 && std::memcmp(mBegin, "\xEF\xBB\xBF", 3) == 0)
+    {
         mBegin += 3;
+    }
     return true;
 }
 
@@ -281,10 +334,14 @@ bool KLineReader::Begin()
 bool KLineReader::Refill()
 {
     if (!MakeRoom())
+    {
         return Fail(eMEMORY, 0);
+    }
     const ptrdiff_t lRead = ReadSome(mFill, mCapacity - static_cast<size_t>(mFill - mBuffer));
     if (lRead < 0)
+    {
         return Fail(eSYSTEM, errno);
+    }
     mAtEnd = lRead == 0;
     mFill += lRead;
     *mFill = '\0';
@@ -299,7 +356,9 @@ bool KLineReader::MakeRoom()
     if (mBuffer != nullptr && lKept < mCapacity)
     {
         if (mBegin != mBuffer)
+        {
             std::memmove(mBuffer, mBegin, lKept);
+        }
         mBegin = mBuffer;
         mFill = mBuffer + lKept;
         return true;
@@ -308,9 +367,13 @@ bool KLineReader::MakeRoom()
     const size_t lCapacity = mBuffer == nullptr ? kFirstCapacity : std::min(mCapacity * 2, kLastCapacity);
     char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1));
     if (lBuffer == nullptr)
+    {
         return false;
+    }
     if (lKept > 0)
+    {
         std::memcpy(lBuffer, mBegin, lKept);
+    }
     QexSdkFree(mBuffer);
     mBuffer = lBuffer;
     mCapacity = lCapacity;
@@ -326,14 +389,17 @@ ptrdiff_t KLineReader::ReadSome(char* pTo, size_t pSize)
     {
         const size_t lSize = std::min(pSize, mMemorySize - mMemoryPlace);
         if (lSize > 0)
+        {
             std::memcpy(pTo, mMemory + mMemoryPlace, lSize);
+        }
         mMemoryPlace += lSize;
         return static_cast<ptrdiff_t>(lSize);
     }
     ptrdiff_t lRead = 0;
     do
+    {
         lRead = KFileCallsInUse().mRead(mFile, pTo, pSize);
-    while (lRead < 0 && KFileCanRetry(mFile, POLLIN));
+    } while (lRead < 0 && KFileCanRetry(mFile, POLLIN));
     return lRead;
 }
 

@@ -43,10 +43,14 @@ bool KOutputFile::Open(const char* pPath)
     {
         mPath = pPath;
         if (mPath.empty())
+        {
             return Fail(ENOENT);
+        }
         mBuffer = static_cast<char*>(QexSdkMalloc(kBufferSize));
         if (mBuffer == nullptr)
+        {
             return Fail(ENOMEM);
+        }
         if (mPath == "-")
         {
             mFile = STDOUT_FILENO;
@@ -57,18 +61,28 @@ bool KOutputFile::Open(const char* pPath)
         struct stat lStat;
         const bool  lExists = KFileCallsInUse().mStat(pPath, &lStat) == 0;
         if (!lExists && errno != ENOENT)
+        {
             return Fail(errno);
+        }
         if (lExists && S_ISDIR(lStat.st_mode))
+        {
             return Fail(EISDIR);
+        }
         if (lExists && !S_ISREG(lStat.st_mode))
+        {
             return OpenDirect(pPath);
+        }
 
         std::string lTarget = pPath;
         if (const int lError = KFollowLinks(lTarget))
+        {
             return Fail(lError);
+        }
         // Replacing a file asks nothing of the file itself, but who made it read-only does not want it replaced.
         if (lExists && KFileCallsInUse().mAccess(lTarget.c_str(), W_OK) != 0)
+        {
             return Fail(errno);
+        }
         return OpenTemporary(lTarget, lExists ? &lStat : nullptr);
     }
     catch (const std::bad_alloc&)
@@ -91,10 +105,13 @@ bool KOutputFile::OpenBuffer(std::string* pOut)
 bool KOutputFile::OpenDirect(const char* pPath)
 {
     do
+    {
         mFile = KFileCallsInUse().mOpen(pPath, O_WRONLY | O_CLOEXEC | O_NOCTTY, 0);
-    while (mFile < 0 && errno == EINTR);
+    } while (mFile < 0 && errno == EINTR);
     if (mFile < 0)
+    {
         return Fail(errno);
+    }
     mOwnsFile = true;
     mState = eOPEN;
     return true;
@@ -111,15 +128,21 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
         mSlot = KPendingFileAdd(mTemporary);
         mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (mFile >= 0)
+        {
             break;
+        }
         const int lError = errno;
         KPendingFileRemove(mSlot);
         mTemporary.clear();
         if (lError != EEXIST && lError != EINTR)
+        {
             return Fail(lError);
+        }
     }
     if (mFile < 0)
+    {
         return Fail(EEXIST);
+    }
     mOwnsFile = true;
     mState = eOPEN;
     if (pOld != nullptr && lCalls.mChangeMode(mFile, pOld->st_mode & kModeBits) != 0)
@@ -135,9 +158,13 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
 bool KOutputFile::Write(const char* pData, size_t pSize)
 {
     if (mState == eCLOSED)
+    {
         mResult = false;
+    }
     if (mState != eOPEN || mError != 0)
+    {
         return false;
+    }
     mSize += pSize;
     if (mOut != nullptr)
     {
@@ -152,9 +179,13 @@ bool KOutputFile::Write(const char* pData, size_t pSize)
         }
     }
     if (pSize > kBufferSize - mFill && !Flush())
+    {
         return false;
+    }
     if (pSize >= kBufferSize)
+    {
         return WriteAll(pData, pSize);
+    }
     std::memcpy(mBuffer + mFill, pData, pSize);
     mFill += pSize;
     return true;
@@ -173,12 +204,18 @@ bool KOutputFile::WriteAll(const char* pData, size_t pSize)
     {
         const ssize_t lWritten = KFileCallsInUse().mWrite(mFile, pData, pSize);
         if (lWritten < 0 && KFileCanRetry(mFile, POLLOUT))
+        {
             continue;
+        }
         if (lWritten < 0)
+        {
             return Fail(errno);
+        }
         // A call that takes nothing and names no reason would be repeated for ever.
         if (lWritten == 0)
+        {
             return Fail(EIO);
+        }
         pData += lWritten;
         pSize -= static_cast<size_t>(lWritten);
     }
@@ -188,22 +225,32 @@ bool KOutputFile::WriteAll(const char* pData, size_t pSize)
 bool KOutputFile::Prepare()
 {
     if (mState == eDONE || mState == eCLOSED)
+    {
         return mResult;
+    }
     if (mState == ePREPARED)
+    {
         return mError == 0;
+    }
     mState = ePREPARED;
     if (mError == 0 && mOut == nullptr)
+    {
         Flush();
+    }
     CloseFile();
     if (mError != 0)
+    {
         DropTemporary();
+    }
     return mError == 0;
 }
 
 bool KOutputFile::Commit()
 {
     if (mState == eDONE || mState == eCLOSED)
+    {
         return mResult;
+    }
     if (Prepare() && !mTemporary.empty())
     {
         if (KFileCallsInUse().mRename(mTemporary.c_str(), mTarget.c_str()) == 0)
@@ -230,11 +277,15 @@ bool KOutputFile::Close()
 void KOutputFile::Discard()
 {
     if (!IsOpen())
+    {
         return;
+    }
     CloseFile();
     DropTemporary();
     if (mOut != nullptr)
+    {
         mOut->clear();
+    }
     mResult = false;
     mState = eDONE;
 }
@@ -243,7 +294,9 @@ void KOutputFile::CloseFile()
 {
     // An interrupted close() has closed the file all the same. What it reports otherwise can be a write that failed late.
     if (mOwnsFile && KFileCallsInUse().mClose(mFile) != 0 && errno != EINTR)
+    {
         Fail(errno);
+    }
     mFile = -1;
     mOwnsFile = false;
     QexSdkFree(mBuffer);
@@ -255,7 +308,9 @@ void KOutputFile::DropTemporary()
 {
     CloseFile();
     if (mTemporary.empty())
+    {
         return;
+    }
     KFileCallsInUse().mUnlink(mTemporary.c_str());
     KPendingFileRemove(mSlot);
     mTemporary.clear();
@@ -264,14 +319,18 @@ void KOutputFile::DropTemporary()
 bool KOutputFile::Fail(int pError)
 {
     if (mError == 0)
+    {
         mError = pError == 0 ? EIO : pError;
+    }
     return false;
 }
 
 void KOutputFile::SetFailed(int pError)
 {
     if (IsOpen())
+    {
         Fail(pError);
+    }
 }
 
 void KOutputFile::Reset()

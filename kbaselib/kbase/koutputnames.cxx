@@ -38,15 +38,23 @@ int KFollowLinks(std::string& pPath)
     {
         struct stat lStat;
         if (lCalls.mLinkStat(pPath.c_str(), &lStat) != 0)
+        {
             return errno == ENOENT ? 0 : errno;
+        }
         if (!S_ISLNK(lStat.st_mode))
+        {
             return 0;
+        }
         char          lText[PATH_MAX];
         const ssize_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
         if (lSize < 0)
+        {
             return errno;
+        }
         if (static_cast<size_t>(lSize) == sizeof lText)
+        {
             return ENAMETOOLONG;
+        }
         const std::string lLink(lText, static_cast<size_t>(lSize));
         pPath = !lLink.empty() && lLink[0] == '/' ? lLink : FolderOf(pPath) + lLink;
     }

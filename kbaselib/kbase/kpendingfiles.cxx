@@ -28,12 +28,16 @@ KPendingFile sPending[kMaxPending];
 int KPendingFileAdd(const std::string& pPath)
 {
     if (pPath.size() >= PATH_MAX)
+    {
         return -1;
+    }
     for (int i = 0; i < kMaxPending; ++i)
     {
         int lFree = 0;
         if (!sPending[i].mState.compare_exchange_strong(lFree, 1))
+        {
             continue;
+        }
         std::memcpy(sPending[i].mPath, pPath.c_str(), pPath.size() + 1);
         sPending[i].mState.store(2);
         return i;
@@ -44,7 +48,9 @@ int KPendingFileAdd(const std::string& pPath)
 void KPendingFileRemove(int& pSlot)
 {
     if (pSlot >= 0)
+    {
         sPending[pSlot].mState.store(0);
+    }
     pSlot = -1;
 }
 
@@ -52,8 +58,12 @@ void KPendingFilesUnlink()
 {
     // unlink() itself, not the table's: the handler of a signal may call nothing that is not async-signal-safe.
     for (KPendingFile& lFile : sPending)
+    {
         if (lFile.mState.load() == 2)
+        {
             ::unlink(lFile.mPath);
+        }
+    }
 }
 
 } // namespace qexsdk

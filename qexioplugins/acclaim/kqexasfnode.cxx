@@ -12,15 +12,17 @@ namespace
 
 void DestroyCurve(KQexAnimCurve*& pCurve)
 {
-    if (!pCurve)
+    if (pCurve == nullptr)
+    {
         return;
+    }
     pCurve->Destroy(false, false);
     pCurve = nullptr;
 }
 
 void DestroyCurves(KQexAsfNode& pNode)
 {
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         DestroyCurve(pNode.mLTData[lIter]);
         DestroyCurve(pNode.mLRData[lIter]);
@@ -54,7 +56,9 @@ KQexAsfNode::~KQexAsfNode()
     while (HKQexAsfNode lNode = lWalk.Next())
     {
         if (lWalk.IsEntering())
+        {
             DestroyCurves(*lNode);
+        }
         else if (lNode != this)
         {
             // Its children are gone by now; without entries its own destructor has nothing to walk.
@@ -75,15 +79,21 @@ HKQexAsfNode KQexAsfNode::Find(const char* pName)
 {
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering() && std::strcmp(lNode->mName, pName) == 0)
+        {
             return lNode;
+        }
+    }
     return nullptr;
 }
 
 bool KQexAsfNode::AddChild(HKQexAsfNode pChild)
 {
     if (mChildBuf.Add(pChild) < 0)
+    {
         return false;
+    }
     pChild->mParent = this;
     return true;
 }
@@ -93,7 +103,7 @@ void KQexAsfNode::RemoveChild(HKQexAsfNode pChild)
     // Cleared before the search, deliberately: also a bone that is no child of this one is without a parent afterwards.
     pChild->mParent = nullptr;
     const int lCount = mChildBuf.GetCount();
-    for (int lIter = 0; lIter < lCount; lIter++)
+    for (int lIter = 0; lIter < lCount; ++lIter)
     {
         if (mChildBuf[lIter] == pChild)
         {

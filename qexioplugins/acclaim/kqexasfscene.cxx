@@ -28,7 +28,9 @@ HKQexAsfNode KQexAsfScene::GetRootNode()
 void KQexAsfSceneDestroyer::operator()(KQexAsfScene* pScene) const
 {
     if (pScene != nullptr)
+    {
         pScene->Destroy();
+    }
 }
 
 } // namespace qexsdk

@@ -65,11 +65,17 @@ bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const 
         lOk = false;
     }
     if (lRoot == nullptr)
+    {
         return false;
+    }
     if (!lOk)
+    {
         KQexAsfCurves::Destroy(lRoot);
+    }
     else
+    {
         lRoot->StopSamplingData();
+    }
     return lOk;
 }
 

@@ -13,10 +13,10 @@ namespace qexsdk
 namespace
 {
 
-// The skeleton reader's keyword tables and the filter settings belong to the whole process: one import at a time.
+/// The skeleton reader's keyword tables and the filter settings belong to the whole process: one import at a time.
 std::mutex sMutex;
 
-// Runs one import under the lock. Everything that fails for want of memory ends here, the scene as it was.
+/// Runs one import under the lock. Everything that fails for want of memory ends here, the scene as it was.
 template <typename TWork>
 bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
 {
@@ -80,9 +80,13 @@ bool KQexImporterAcclaim::Import(KQexScene* pScene, const KQexAcclaimSource& pSk
                          KQexImportRun     lImport(pScene, pOptions, pResult);
                          KQexAsfSceneOwner lAsfScene = lImport.ReadSkeleton(pSkeleton);
                          if (lAsfScene == nullptr || !lImport.ReadMotions(*lAsfScene, pMotions) || !lImport.Attach(*lAsfScene))
+                         {
                              return false;
+                         }
                          if (pOptions.mKeepAsfScene)
+                         {
                              pResult.mAsfScene = std::move(lAsfScene);
+                         }
                          return true;
                      });
 }
@@ -92,7 +96,9 @@ bool KQexImporterAcclaim::Import(KQexScene* pScene, const char* pAsfPath, const 
 {
     std::vector<KQexAcclaimSource> lMotions;
     if (pAmcPath != nullptr && *pAmcPath != '\0')
+    {
         lMotions.push_back(KQexAcclaimSource::File(pAmcPath));
+    }
     return Import(pScene, KQexAcclaimSource::File(pAsfPath), lMotions, pOptions, pResult);
 }
 
@@ -104,17 +110,25 @@ bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScen
     const bool           lIsOwn = &pNotes == &pResult.mSkeletonNotes;
     KQexAmcSkeletonNotes lOwn;
     if (lIsOwn)
+    {
         std::swap(lOwn, pResult.mSkeletonNotes);
+    }
     return RunLocked(pResult,
                      [&]
                      {
                          if (lIsOwn)
+                         {
                              std::swap(lOwn, pResult.mSkeletonNotes);
+                         }
                          else
+                         {
                              pResult.mSkeletonNotes = pNotes;
+                         }
                          KQexImportRun lImport(pScene, pOptions, pResult);
                          if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
+                         {
                              return lImport.Fail("The motion has no skeleton");
+                         }
                          return lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
                      });
 }

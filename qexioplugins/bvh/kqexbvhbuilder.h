@@ -63,7 +63,7 @@ private:
     bool      HasFrames() const { return mFrames > 0; }
 
     KQexFileBvh&              mFile;
-    KBvhTokens                mTokens;
+    KQexBvhTokens             mTokens;
     KQexScene*                mScene;
     const KQexBvhReadOptions& mOptions;
     std::vector<KQexNode*>    mRoots;

@@ -16,7 +16,7 @@ constexpr size_t kOffendingMax = 60;
 
 } // namespace
 
-KBvhTokens::KBvhTokens(KQexTextFile& pFile) : mFile(pFile)
+KQexBvhTokens::KQexBvhTokens(KQexTextFile& pFile) : mFile(pFile)
 {
     if (mFile.FirstLine())
     {
@@ -25,7 +25,7 @@ KBvhTokens::KBvhTokens(KQexTextFile& pFile) : mFile(pFile)
     }
 }
 
-bool KBvhTokens::Fill()
+bool KQexBvhTokens::Fill()
 {
     for (;;)
     {
@@ -47,7 +47,7 @@ bool KBvhTokens::Fill()
     }
 }
 
-const char* KBvhTokens::TokenEnd() const
+const char* KQexBvhTokens::TokenEnd() const
 {
     const char* lEnd = mNext;
     if (IsBrace(*lEnd))
@@ -61,7 +61,7 @@ const char* KBvhTokens::TokenEnd() const
     return lEnd;
 }
 
-std::string_view KBvhTokens::Peek()
+std::string_view KQexBvhTokens::Peek()
 {
     if (!Fill())
     {
@@ -70,7 +70,7 @@ std::string_view KBvhTokens::Peek()
     return std::string_view(mNext, static_cast<size_t>(TokenEnd() - mNext));
 }
 
-bool KBvhTokens::Accept(const char* pWord)
+bool KQexBvhTokens::Accept(const char* pWord)
 {
     const std::string_view lToken = Peek();
     if (lToken.empty() || !KEqualsFolded(lToken, pWord))
@@ -81,7 +81,7 @@ bool KBvhTokens::Accept(const char* pWord)
     return true;
 }
 
-std::string_view KBvhTokens::NextName()
+std::string_view KQexBvhTokens::NextName()
 {
     // The name ends with its line: a joint without one must not take its brace's line for it.
     while (mNext != mEnd && IsBlank(*mNext))
@@ -101,7 +101,7 @@ std::string_view KBvhTokens::NextName()
     return std::string_view(lBegin, static_cast<size_t>(lEnd - lBegin));
 }
 
-bool KBvhTokens::NextNumber(double& pValue)
+bool KQexBvhTokens::NextNumber(double& pValue)
 {
     if (!Fill())
     {
@@ -116,13 +116,13 @@ bool KBvhTokens::NextNumber(double& pValue)
     return NextParsed(pValue);
 }
 
-bool KBvhTokens::NextCount(long long& pValue)
+bool KQexBvhTokens::NextCount(long long& pValue)
 {
     const std::string_view lToken = Peek();
     return !lToken.empty() && lToken.front() != '-' && NextParsed(pValue);
 }
 
-std::string_view KBvhTokens::Offending()
+std::string_view KQexBvhTokens::Offending()
 {
     const std::string_view lToken = Peek();
     return lToken.empty() ? std::string_view("end of file") : lToken.substr(0, kOffendingMax);

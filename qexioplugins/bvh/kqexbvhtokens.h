@@ -11,11 +11,11 @@ namespace qexsdk
 
 /// The tokens of a BVH file as one stream, whatever its lines: words, and braces each by itself. Blanks, tabs and colons
 /// separate; so "Frames:12" and "Frames : 12" are the same two tokens.
-class KBvhTokens
+class KQexBvhTokens
 {
 public:
     /// \p pFile is open for reading, and outlives the object.
-    explicit KBvhTokens(KQexTextFile& pFile);
+    explicit KQexBvhTokens(KQexTextFile& pFile);
 
     /// The next token, which stays next; empty at the end of the file. Lives until the line changes.
     std::string_view Peek();

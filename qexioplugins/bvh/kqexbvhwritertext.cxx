@@ -133,12 +133,12 @@ bool KQexBvhWriter::WriteMotion()
     char*           lEnd = KNumberPrint(lStep, lStep + sizeof lStep, mOptions.mSampling.mStep.GetSeconds(), 'g', 10);
     mFile.Print(0, "MOTION\nFrames: %lld\nFrame Time: %.*s\n", lCount, static_cast<int>(lEnd - lStep), lStep);
     mLast.assign(mValueCount, 0.0);
-    const KFrameRun lRun = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lRun == KFrameRun::eOUT_OF_MEMORY)
+    const KQexFrameRun lRun = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
+    if (lRun == KQexFrameRun::eOUT_OF_MEMORY)
     {
         mFile.Error("Out of memory\n");
     }
-    return lRun == KFrameRun::eDONE;
+    return lRun == KQexFrameRun::eDONE;
 }
 
 } // namespace qexsdk

@@ -21,9 +21,9 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
     KQexSceneUndo lUndo(pScene);
     try
     {
-        KGltfSource lSource;
+        KQexGltfSource lSource;
         pOpen(lSource);
-        KGltfReader lReader(pFile, lSource, pScene, pOptions);
+        KQexGltfReader lReader(pFile, lSource, pScene, pOptions);
         lReader.ReadNodes();
         pResult.mCancelled = !lReader.ReadTakes();
         if (!pResult.mCancelled)
@@ -45,14 +45,14 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
 
 bool KQexFileGltf::Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult)
 {
-    return GuardedRead(*this, pScene, pOptions, pResult, [&pPath](KGltfSource& pSource) { pSource.OpenPath(pPath); });
+    return GuardedRead(*this, pScene, pOptions, pResult, [&pPath](KQexGltfSource& pSource) { pSource.OpenPath(pPath); });
 }
 
 bool KQexFileGltf::ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions,
                               KQexGltfReadResult& pResult)
 {
     return GuardedRead(*this, pScene, pOptions, pResult,
-                       [pData, pSize](KGltfSource& pSource) { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize)); });
+                       [pData, pSize](KQexGltfSource& pSource) { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize)); });
 }
 
 } // namespace qexsdk

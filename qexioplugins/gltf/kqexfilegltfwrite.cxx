@@ -13,7 +13,7 @@
 namespace qexsdk
 {
 
-bool KGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
+bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
 {
     for (KQexNode* lRoot : pRoots)
     {
@@ -127,7 +127,7 @@ bool Guarded(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQ
     lEvaluator->SetContext(nullptr);
     try
     {
-        KGltfWriter lWriter(pFile, pOptions);
+        KQexGltfWriter lWriter(pFile, pOptions);
         return lWriter.Build(pRoots) && pWrite(lWriter);
     }
     catch (const std::exception&)
@@ -153,7 +153,7 @@ bool KQexFileGltf::Write(const std::string& pPath, const std::vector<KQexNode*>&
 {
     mMessages.clear();
     return Guarded(*this, pRoots, pOptions,
-                   [&](KGltfWriter& pWriter)
+                   [&](KQexGltfWriter& pWriter)
                    {
                        const std::string_view lBytes(reinterpret_cast<const char*>(pWriter.GetBytes().data()), pWriter.GetBytes().size());
                        KOutputFile            lMain;
@@ -180,7 +180,7 @@ bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& 
 {
     mMessages.clear();
     return Guarded(*this, pRoots, pOptions,
-                   [&](KGltfWriter& pWriter)
+                   [&](KQexGltfWriter& pWriter)
                    {
                        const std::vector<unsigned char>& lBytes = pWriter.GetBytes();
                        if (!CheckSize(*this, lBytes.size()))

@@ -105,14 +105,14 @@ double FullScale(int pType)
     }
 }
 
-size_t SparseIndex(const KGltfNumbers& pIndices, size_t pPlace)
+size_t SparseIndex(const KQexGltfNumbers& pIndices, size_t pPlace)
 {
     return static_cast<size_t>(LoadNumber(pIndices.mData + pPlace * pIndices.mStride, pIndices.mComponentType));
 }
 
 } // namespace
 
-void KGltfAccessor::Get(size_t pIndex, double* pResult) const
+void KQexGltfAccessor::Get(size_t pIndex, double* pResult) const
 {
     const unsigned char* lFrom = mNumbers.mData != nullptr ? mNumbers.mData + pIndex * mNumbers.mStride : nullptr;
     size_t               lLow = 0;
@@ -138,7 +138,7 @@ void KGltfAccessor::Get(size_t pIndex, double* pResult) const
     }
 }
 
-KGltfAccessors::KGltfAccessors(KGltfSource& pSource)
+KQexGltfAccessors::KQexGltfAccessors(KQexGltfSource& pSource)
     : mSource(pSource),
       mAccessors(GltfMembers(pSource.GetJson().GetRoot()["accessors"], "accessors")),
       mViews(GltfMembers(pSource.GetJson().GetRoot()["bufferViews"], "bufferViews")),
@@ -148,7 +148,7 @@ KGltfAccessors::KGltfAccessors(KGltfSource& pSource)
 {
 }
 
-const KGltfAccessor& KGltfAccessors::Get(size_t pIndex)
+const KQexGltfAccessor& KQexGltfAccessors::Get(size_t pIndex)
 {
     if (!mIsChecked[pIndex])
     {
@@ -158,16 +158,16 @@ const KGltfAccessor& KGltfAccessors::Get(size_t pIndex)
     return mChecked[pIndex];
 }
 
-KGltfAccessor KGltfAccessors::Check(size_t pIndex)
+KQexGltfAccessor KQexGltfAccessors::Check(size_t pIndex)
 {
-    const KGltfJson::KValue lFrom = mAccessors[pIndex];
-    const std::string       lName = "accessors[" + std::to_string(pIndex) + "]";
-    KGltfAccessor           lAccessor;
+    const KQexGltfJson::KValue lFrom = mAccessors[pIndex];
+    const std::string          lName = "accessors[" + std::to_string(pIndex) + "]";
+    KQexGltfAccessor           lAccessor;
     lAccessor.mComponents = ComponentCount(lFrom["type"].GetText());
     const size_t lType = GltfSize(lFrom["componentType"], 0, lName + ".componentType");
     if (lAccessor.mComponents == 0 || lType > eFLOAT || ComponentSize(static_cast<int>(lType)) == 0)
     {
-        throw KGltfError(lName + ": no such kind of numbers");
+        throw KQexGltfError(lName + ": no such kind of numbers");
     }
     lAccessor.mNumbers.mComponentType = static_cast<int>(lType);
     lAccessor.mCount = GltfSize(lFrom["count"], 0, lName + ".count");
@@ -183,13 +183,13 @@ KGltfAccessor KGltfAccessors::Check(size_t pIndex)
     return lAccessor;
 }
 
-void KGltfAccessors::CheckSparse(const KGltfJson::KValue& pSparse, const std::string& pName, KGltfAccessor& pAccessor)
+void KQexGltfAccessors::CheckSparse(const KQexGltfJson::KValue& pSparse, const std::string& pName, KQexGltfAccessor& pAccessor)
 {
-    const KGltfJson::KValue lIndices = pSparse["indices"];
-    const size_t            lType = GltfSize(lIndices["componentType"], 0, pName + ".indices.componentType");
+    const KQexGltfJson::KValue lIndices = pSparse["indices"];
+    const size_t               lType = GltfSize(lIndices["componentType"], 0, pName + ".indices.componentType");
     if (lType != eUNSIGNED_BYTE && lType != eUNSIGNED_SHORT && lType != eUNSIGNED_INT)
     {
-        throw KGltfError(pName + ".indices: no such kind of indices");
+        throw KQexGltfError(pName + ".indices: no such kind of indices");
     }
     const size_t lCount = GltfSize(pSparse["count"], 0, pName + ".count");
     pAccessor.mSparseIndices = CheckNumbers(lIndices, static_cast<int>(lType), 1, lCount, pName + ".indices");
@@ -200,48 +200,48 @@ void KGltfAccessors::CheckSparse(const KGltfJson::KValue& pSparse, const std::st
         const size_t lIndex = SparseIndex(pAccessor.mSparseIndices, i);
         if (lIndex >= pAccessor.mCount || (i > 0 && lIndex <= SparseIndex(pAccessor.mSparseIndices, i - 1)))
         {
-            throw KGltfError(pName + ".indices do not rise within the accessor");
+            throw KQexGltfError(pName + ".indices do not rise within the accessor");
         }
     }
     pAccessor.mSparseCount = lCount;
 }
 
-KGltfNumbers KGltfAccessors::CheckNumbers(const KGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
-                                          const std::string& pName)
+KQexGltfNumbers KQexGltfAccessors::CheckNumbers(const KQexGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
+                                                const std::string& pName)
 {
     const int lView = GltfIndex(pFrom["bufferView"], mViews.size(), pName + ".bufferView");
     if (lView < 0)
     {
-        throw KGltfError(pName + ".bufferView is missing");
+        throw KQexGltfError(pName + ".bufferView is missing");
     }
-    const KGltfJson::KValue lFrom = mViews[static_cast<size_t>(lView)];
-    const std::string       lName = "bufferViews[" + std::to_string(lView) + "]";
-    const int               lIndex = GltfIndex(lFrom["buffer"], mBuffers, lName + ".buffer");
+    const KQexGltfJson::KValue lFrom = mViews[static_cast<size_t>(lView)];
+    const std::string          lName = "bufferViews[" + std::to_string(lView) + "]";
+    const int                  lIndex = GltfIndex(lFrom["buffer"], mBuffers, lName + ".buffer");
     if (lIndex < 0)
     {
-        throw KGltfError(lName + ".buffer is missing");
+        throw KQexGltfError(lName + ".buffer is missing");
     }
     const std::string_view lBuffer = mSource.GetBuffer(static_cast<size_t>(lIndex));
     const size_t           lViewStart = GltfSize(lFrom["byteOffset"], 0, lName + ".byteOffset");
     const size_t           lViewSize = GltfSize(lFrom["byteLength"], 0, lName + ".byteLength");
     if (lViewStart > lBuffer.size() || lViewSize > lBuffer.size() - lViewStart)
     {
-        throw KGltfError(lName + " does not fit into buffers[" + std::to_string(lIndex) + "]");
+        throw KQexGltfError(lName + " does not fit into buffers[" + std::to_string(lIndex) + "]");
     }
-    const size_t lElement = ComponentSize(pComponentType) * static_cast<size_t>(pComponents);
-    const size_t lStart = GltfSize(pFrom["byteOffset"], 0, pName + ".byteOffset");
-    KGltfNumbers lNumbers;
+    const size_t    lElement = ComponentSize(pComponentType) * static_cast<size_t>(pComponents);
+    const size_t    lStart = GltfSize(pFrom["byteOffset"], 0, pName + ".byteOffset");
+    KQexGltfNumbers lNumbers;
     lNumbers.mComponentType = pComponentType;
     lNumbers.mStride = GltfSize(lFrom["byteStride"], lElement, lName + ".byteStride");
     if (lNumbers.mStride < lElement)
     {
-        throw KGltfError(lName + ".byteStride is less than an element");
+        throw KQexGltfError(lName + ".byteStride is less than an element");
     }
     // Division, so that no product of numbers from the file can overflow.
     if (lStart > lViewSize ||
         (pCount > 0 && (lElement > lViewSize - lStart || (pCount - 1) > (lViewSize - lStart - lElement) / lNumbers.mStride)))
     {
-        throw KGltfError(pName + " does not fit into " + lName);
+        throw KQexGltfError(pName + " does not fit into " + lName);
     }
     lNumbers.mData = reinterpret_cast<const unsigned char*>(lBuffer.data()) + lViewStart + lStart;
     return lNumbers;

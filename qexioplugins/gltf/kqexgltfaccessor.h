@@ -10,16 +10,16 @@ namespace qexsdk
 {
 
 /// A run of numbers in a buffer that is known to lie within it.
-struct KGltfNumbers
+struct KQexGltfNumbers
 {
     const unsigned char* mData = nullptr;    ///< The first element; null: no numbers.
     size_t               mStride = 0;        ///< Bytes from one element to the next.
-    int                  mComponentType = 0; ///< The file's own code, of the ones that KGltfAccessor takes.
+    int                  mComponentType = 0; ///< The file's own code, of the ones that KQexGltfAccessor takes.
 };
 
 /// An accessor of the file: elements of 1 to 16 numbers, in a buffer, or zeros, with single elements replaced. A view; the
 /// source has to outlive it.
-class KGltfAccessor
+class KQexGltfAccessor
 {
 public:
     /// Number of elements.
@@ -34,42 +34,43 @@ public:
     void Get(size_t pIndex, double* pResult) const;
 
 private:
-    friend class KGltfAccessors;
+    friend class KQexGltfAccessors;
 
-    KGltfNumbers mNumbers;
-    size_t       mCount = 0;
-    int          mComponents = 0;
-    bool         mIsFraction = false;
-    size_t       mSparseCount = 0;
-    KGltfNumbers mSparseIndices; ///< In rising order.
-    KGltfNumbers mSparseValues;
+    KQexGltfNumbers mNumbers;
+    size_t          mCount = 0;
+    int             mComponents = 0;
+    bool            mIsFraction = false;
+    size_t          mSparseCount = 0;
+    KQexGltfNumbers mSparseIndices; ///< In rising order.
+    KQexGltfNumbers mSparseValues;
 };
 
 /// The accessors of a file, each checked when it is asked for the first time: every index, offset and size lies within what it
-/// refers to. Throws KGltfError.
-class KGltfAccessors
+/// refers to. Throws KQexGltfError.
+class KQexGltfAccessors
 {
 public:
     /// \p pSource has to outlive this.
-    explicit KGltfAccessors(KGltfSource& pSource);
+    explicit KQexGltfAccessors(KQexGltfSource& pSource);
 
     /// Number of accessors.
     size_t GetCount() const { return mAccessors.size(); }
 
     /// Accessor \p pIndex below GetCount(). Valid as long as this.
-    const KGltfAccessor& Get(size_t pIndex);
+    const KQexGltfAccessor& Get(size_t pIndex);
 
 private:
-    KGltfAccessor Check(size_t pIndex);
-    void          CheckSparse(const KGltfJson::KValue& pSparse, const std::string& pName, KGltfAccessor& pAccessor);
-    KGltfNumbers CheckNumbers(const KGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount, const std::string& pName);
+    KQexGltfAccessor Check(size_t pIndex);
+    void             CheckSparse(const KQexGltfJson::KValue& pSparse, const std::string& pName, KQexGltfAccessor& pAccessor);
+    KQexGltfNumbers  CheckNumbers(const KQexGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
+                                  const std::string& pName);
 
-    KGltfSource&                   mSource;
-    std::vector<KGltfJson::KValue> mAccessors;
-    std::vector<KGltfJson::KValue> mViews;
-    size_t                         mBuffers;
-    std::vector<KGltfAccessor>     mChecked;
-    std::vector<bool>              mIsChecked;
+    KQexGltfSource&                   mSource;
+    std::vector<KQexGltfJson::KValue> mAccessors;
+    std::vector<KQexGltfJson::KValue> mViews;
+    size_t                            mBuffers;
+    std::vector<KQexGltfAccessor>     mChecked;
+    std::vector<bool>                 mIsChecked;
 };
 
 } // namespace qexsdk

@@ -17,12 +17,12 @@ constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
 
 } // namespace
 
-void KGltfWriter::MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling,
-                                  KGltfTrack& pTrack) const
+void KQexGltfWriter::MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+                                     KQexGltfTrack& pTrack) const
 {
     const bool   lIsScaling = pTrack.mProperty == 2;
     const double lFactor = lIsScaling ? 1.0 : mOptions.mScale;
-    const auto   lGet = [lIsScaling](const KGltfNodePose& pFrom, KTime pTime, double* pValue)
+    const auto   lGet = [lIsScaling](const KQexGltfNodePose& pFrom, KTime pTime, double* pValue)
     {
         lIsScaling ? pFrom.GetScaling(pTime, pValue) : pFrom.GetTranslation(pTime, pValue);
     };
@@ -49,13 +49,13 @@ void KGltfWriter::MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePos
 }
 
 /// Every quaternion takes the sign that is nearer to the one before, so that viewers that interpolate go the short way.
-void KGltfWriter::MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling,
-                                    KGltfTrack& pTrack) const
+void KQexGltfWriter::MakeRotationTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+                                       KQexGltfTrack& pTrack) const
 {
-    KQuaternion lRest;
-    KQuaternion lLast;
-    KQuaternion lValue;
-    bool        lMoves = false;
+    KQexQuaternion lRest;
+    KQexQuaternion lLast;
+    KQexQuaternion lValue;
+    bool           lMoves = false;
     pRest.GetRotation(KTime(0), lRest);
     lLast = lRest;
     pTrack.mValues.resize(static_cast<size_t>(4 * pSampling.mCount));
@@ -84,17 +84,17 @@ void KGltfWriter::MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodeP
     }
 }
 
-void KGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const
+void KQexGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KQexGltfTrack>& pTracks) const
 {
-    const KGltfNodePose lRest(pNode, nullptr);
-    const KGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
+    const KQexGltfNodePose lRest(pNode, nullptr);
+    const KQexGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
     for (int lProperty = 0; lProperty < 3; ++lProperty)
     {
         if (!lPose.IsDriven(lProperty))
         {
             continue;
         }
-        KGltfTrack lTrack{lProperty, {}};
+        KQexGltfTrack lTrack{lProperty, {}};
         lProperty == 1 ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack) : MakeVectorTrack(lRest, lPose, pTake.mSampling, lTrack);
         if (!lTrack.mValues.empty())
         {
@@ -103,7 +103,7 @@ void KGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::ve
     }
 }
 
-int KGltfWriter::AddTimes(const KQexSampling& pSampling)
+int KQexGltfWriter::AddTimes(const KQexSampling& pSampling)
 {
     const int lTimes = mBuffer.AddFloats(eGLTF_SCALAR, static_cast<size_t>(pSampling.mCount));
     float*    lOut = mBuffer.GetFloats(lTimes);
@@ -115,7 +115,7 @@ int KGltfWriter::AddTimes(const KQexSampling& pSampling)
     return lTimes;
 }
 
-void KGltfWriter::AddChannel(KGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack)
+void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack)
 {
     const int lComponents = pTrack.mProperty == 1 ? 4 : 3;
     const int lValues =
@@ -126,28 +126,28 @@ void KGltfWriter::AddChannel(KGltfModel::KAnimation& pAnimation, int pTimes, siz
 }
 
 /// Makes room for all that a take can need at once: growing a buffer of hundreds of megabytes step by step would copy it each time.
-void KGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
+void KQexGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
 {
     size_t lFloats = 1;
-    for (const KGltfNode& lNode : mNodes)
+    for (const KQexGltfNode& lNode : mNodes)
     {
-        const KGltfNodePose lPose(lNode.mNode, pLayer);
+        const KQexGltfNodePose lPose(lNode.mNode, pLayer);
         lFloats += (lPose.IsDriven(0) ? 3u : 0u) + (lPose.IsDriven(1) ? 4u : 0u) + (lPose.IsDriven(2) ? 3u : 0u);
     }
     mBuffer.GetBytes().reserve(mBuffer.GetBytes().size() + lFloats * sizeof(float) * static_cast<size_t>(pFrames));
 }
 
-bool KGltfWriter::AddAnimation(const KQexGltfTake& pTake)
+bool KQexGltfWriter::AddAnimation(const KQexGltfTake& pTake)
 {
     ReserveTake(pTake.mStack->GetMember<KQexAnimLayer>(0), pTake.mSampling.mCount);
-    KGltfModel::KAnimation lAnimation;
-    const size_t           lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
-    int                    lTimes = -1;
+    KQexGltfModel::KAnimation lAnimation;
+    const size_t              lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
+    int                       lTimes = -1;
     for (size_t lFirst = 0; lFirst < mNodes.size(); lFirst += lBatch)
     {
-        const int                            lCount = static_cast<int>(std::min(lBatch, mNodes.size() - lFirst));
-        std::vector<std::vector<KGltfTrack>> lTracks(static_cast<size_t>(lCount));
-        std::atomic<bool>                    lOk{true};
+        const int                               lCount = static_cast<int>(std::min(lBatch, mNodes.size() - lFirst));
+        std::vector<std::vector<KQexGltfTrack>> lTracks(static_cast<size_t>(lCount));
+        std::atomic<bool>                       lOk{true};
         KParallelFor(lCount, mThreads,
                      [&](int pIndex)
                      {
@@ -166,7 +166,7 @@ bool KGltfWriter::AddAnimation(const KQexGltfTake& pTake)
         }
         for (size_t i = 0; i < lTracks.size(); ++i)
         {
-            for (const KGltfTrack& lTrack : lTracks[i])
+            for (const KQexGltfTrack& lTrack : lTracks[i])
             {
                 lTimes = lTimes < 0 ? AddTimes(pTake.mSampling) : lTimes;
                 AddChannel(lAnimation, lTimes, lFirst + i, lTrack);

@@ -10,7 +10,7 @@ namespace
 {
 
 template <typename T>
-void FindBounds(KGltfModel::KAccessor& pAccessor, const T* pValues)
+void FindBounds(KQexGltfModel::KAccessor& pAccessor, const T* pValues)
 {
     const size_t lComponents = pAccessor.mElement;
     pAccessor.mMin.assign(pValues, pValues + lComponents);
@@ -25,7 +25,7 @@ void FindBounds(KGltfModel::KAccessor& pAccessor, const T* pValues)
 
 } // namespace
 
-int KGltfBuffer::AddAccessor(int pComponentType, KGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
+int KQexGltfBuffer::AddAccessor(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
 {
     mModel.mViews.push_back({mBytes.size(), pBytes, pTarget});
     // Everything starts at a multiple of four bytes.
@@ -34,12 +34,12 @@ int KGltfBuffer::AddAccessor(int pComponentType, KGltfElement pElement, size_t p
     return static_cast<int>(mModel.mAccessors.size()) - 1;
 }
 
-int KGltfBuffer::AddFloats(KGltfElement pElement, size_t pCount, int pTarget)
+int KQexGltfBuffer::AddFloats(KQexGltfElement pElement, size_t pCount, int pTarget)
 {
     return AddAccessor(eGLTF_FLOAT, pElement, pCount, pCount * pElement * sizeof(float), pTarget);
 }
 
-int KGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
+int KQexGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
 {
     const size_t lBytes = pValues.size() * sizeof(std::uint16_t);
     const int    lAccessor = AddAccessor(eGLTF_UNSIGNED_SHORT, eGLTF_VEC4, pValues.size() / 4, lBytes, eGLTF_ARRAY_BUFFER);
@@ -48,18 +48,18 @@ int KGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
     return lAccessor;
 }
 
-size_t KGltfBuffer::GetOffset(int pAccessor) const
+size_t KQexGltfBuffer::GetOffset(int pAccessor) const
 {
     const int lView = mModel.mAccessors[static_cast<size_t>(pAccessor)].mView;
     return mModel.mViews[static_cast<size_t>(lView)].mOffset;
 }
 
-float* KGltfBuffer::GetFloats(int pAccessor)
+float* KQexGltfBuffer::GetFloats(int pAccessor)
 {
     return reinterpret_cast<float*>(mBytes.data() + GetOffset(pAccessor));
 }
 
-void KGltfBuffer::SetBounds(int pAccessor)
+void KQexGltfBuffer::SetBounds(int pAccessor)
 {
     FindBounds(mModel.mAccessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
 }

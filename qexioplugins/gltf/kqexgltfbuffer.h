@@ -11,15 +11,15 @@ namespace qexsdk
 
 /// The one buffer of a glTF file under construction, and its accessors. Numbers stand in it as the file has them, little-endian,
 /// like every machine this builds for.
-class KGltfBuffer
+class KQexGltfBuffer
 {
 public:
     /// Puts accessors and views into \p pModel, which has to outlive this.
-    explicit KGltfBuffer(KGltfModel& pModel) : mModel(pModel) {}
+    explicit KQexGltfBuffer(KQexGltfModel& pModel) : mModel(pModel) {}
 
     /// Adds an accessor over \p pCount elements made of 32-bit floats, not yet set.
     /// \param pTarget eGLTF_ARRAY_BUFFER for vertices, 0 otherwise
-    int AddFloats(KGltfElement pElement, size_t pCount, int pTarget = 0);
+    int AddFloats(KQexGltfElement pElement, size_t pCount, int pTarget = 0);
 
     /// Adds an accessor over vectors of four 16-bit joints, \p pValues one after another, with its minimum and maximum.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
@@ -34,10 +34,10 @@ public:
     std::vector<unsigned char>& GetBytes() { return mBytes; }
 
 private:
-    int    AddAccessor(int pComponentType, KGltfElement pElement, size_t pCount, size_t pBytes, int pTarget);
+    int    AddAccessor(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget);
     size_t GetOffset(int pAccessor) const;
 
-    KGltfModel&                mModel;
+    KQexGltfModel&             mModel;
     std::vector<unsigned char> mBytes;
 };
 

@@ -16,7 +16,7 @@ constexpr size_t kMaxReason = 300;       ///< Bytes of a message: it quotes the 
 
 } // namespace
 
-KGltfJson::KValue KGltfJson::KValue::operator[](const char* pKey) const
+KQexGltfJson::KValue KQexGltfJson::KValue::operator[](const char* pKey) const
 {
     if (!Is(eOBJECT))
     {
@@ -31,23 +31,23 @@ KGltfJson::KValue KGltfJson::KValue::operator[](const char* pKey) const
 }
 
 /// Takes the parser's events and appends the values.
-class KGltfJsonBuilder : public nlohmann::json_sax<nlohmann::json>
+class KQexGltfJsonBuilder : public nlohmann::json_sax<nlohmann::json>
 {
 public:
-    explicit KGltfJsonBuilder(KGltfJson& pJson) : mJson(pJson) {}
+    explicit KQexGltfJsonBuilder(KQexGltfJson& pJson) : mJson(pJson) {}
 
-    bool null() override { return Add(KGltfJson::eNULL, 0.0); }
-    bool boolean(bool pValue) override { return Add(KGltfJson::eBOOLEAN, pValue ? 1.0 : 0.0); }
-    bool number_integer(number_integer_t pValue) override { return Add(KGltfJson::eNUMBER, static_cast<double>(pValue)); }
-    bool number_unsigned(number_unsigned_t pValue) override { return Add(KGltfJson::eNUMBER, static_cast<double>(pValue)); }
-    bool number_float(number_float_t pValue, const string_t&) override { return Add(KGltfJson::eNUMBER, pValue); }
-    bool binary(binary_t&) override { return Add(KGltfJson::eNULL, 0.0); }
+    bool null() override { return Add(KQexGltfJson::eNULL, 0.0); }
+    bool boolean(bool pValue) override { return Add(KQexGltfJson::eBOOLEAN, pValue ? 1.0 : 0.0); }
+    bool number_integer(number_integer_t pValue) override { return Add(KQexGltfJson::eNUMBER, static_cast<double>(pValue)); }
+    bool number_unsigned(number_unsigned_t pValue) override { return Add(KQexGltfJson::eNUMBER, static_cast<double>(pValue)); }
+    bool number_float(number_float_t pValue, const string_t&) override { return Add(KQexGltfJson::eNUMBER, pValue); }
+    bool binary(binary_t&) override { return Add(KQexGltfJson::eNULL, 0.0); }
 
     bool string(string_t& pValue) override
     {
         if (mDeep == 0)
         {
-            Add(KGltfJson::eTEXT, 0.0);
+            Add(KQexGltfJson::eTEXT, 0.0);
             const std::uint32_t lText = AddText(pValue);
             mJson.mEntries.back().mFirst = lText;
         }
@@ -60,8 +60,8 @@ public:
         return true;
     }
 
-    bool start_object(std::size_t) override { return Open(KGltfJson::eOBJECT); }
-    bool start_array(std::size_t) override { return Open(KGltfJson::eARRAY); }
+    bool start_object(std::size_t) override { return Open(KQexGltfJson::eOBJECT); }
+    bool start_array(std::size_t) override { return Open(KQexGltfJson::eARRAY); }
     bool end_object() override { return Close(); }
     bool end_array() override { return Close(); }
 
@@ -70,7 +70,7 @@ public:
         // The parser's texts begin with a number of its own in brackets.
         const char* lText = std::strchr(pError.what(), ']');
         lText = lText != nullptr ? lText + 2 : pError.what();
-        throw KGltfError("Not JSON: " + std::string(lText, strnlen(lText, kMaxReason)));
+        throw KQexGltfError("Not JSON: " + std::string(lText, strnlen(lText, kMaxReason)));
     }
 
 private:
@@ -89,14 +89,14 @@ private:
         return lPlace;
     }
 
-    bool Add(KGltfJson::EType pType, double pNumber)
+    bool Add(KQexGltfJson::EType pType, double pNumber)
     {
         if (mDeep > 0)
         {
             return true;
         }
-        const auto        lIndex = static_cast<std::uint32_t>(mJson.mEntries.size());
-        KGltfJson::KEntry lEntry;
+        const auto           lIndex = static_cast<std::uint32_t>(mJson.mEntries.size());
+        KQexGltfJson::KEntry lEntry;
         lEntry.mType = pType;
         lEntry.mNumber = pNumber;
         lEntry.mKey = mKey;
@@ -105,22 +105,22 @@ private:
         if (!mOpen.empty())
         {
             KOpen& lOpen = mOpen.back();
-            (lOpen.mLast == KGltfJson::kNone ? mJson.mEntries[lOpen.mIndex].mFirst : mJson.mEntries[lOpen.mLast].mNext) = lIndex;
+            (lOpen.mLast == KQexGltfJson::kNone ? mJson.mEntries[lOpen.mIndex].mFirst : mJson.mEntries[lOpen.mLast].mNext) = lIndex;
             lOpen.mLast = lIndex;
             ++mJson.mEntries[lOpen.mIndex].mCount;
         }
         return true;
     }
 
-    bool Open(KGltfJson::EType pType)
+    bool Open(KQexGltfJson::EType pType)
     {
         if (mDeep == 0)
         {
-            const bool lTooDeep = mOpen.size() >= KGltfJson::kMaxDepth;
-            Add(lTooDeep ? KGltfJson::eNULL : pType, 0.0);
+            const bool lTooDeep = mOpen.size() >= KQexGltfJson::kMaxDepth;
+            Add(lTooDeep ? KQexGltfJson::eNULL : pType, 0.0);
             if (!lTooDeep)
             {
-                mOpen.push_back(KOpen{static_cast<std::uint32_t>(mJson.mEntries.size()) - 1, KGltfJson::kNone});
+                mOpen.push_back(KOpen{static_cast<std::uint32_t>(mJson.mEntries.size()) - 1, KQexGltfJson::kNone});
                 return true;
             }
         }
@@ -139,21 +139,21 @@ private:
         return true;
     }
 
-    KGltfJson&         mJson;
+    KQexGltfJson&      mJson;
     std::vector<KOpen> mOpen;
     size_t             mDeep = 0; ///< Containers open below the greatest depth.
     std::uint32_t      mKey = 0;  ///< Name of the value to come.
 };
 
-void KGltfJson::Parse(const char* pText, size_t pSize)
+void KQexGltfJson::Parse(const char* pText, size_t pSize)
 {
     mEntries.clear();
     mTexts.assign(1, '\0');
     if (pSize > kMaxJson)
     {
-        throw KGltfError("More than 2 GB of JSON");
+        throw KQexGltfError("More than 2 GB of JSON");
     }
-    KGltfJsonBuilder lBuilder(*this);
+    KQexGltfJsonBuilder lBuilder(*this);
     nlohmann::json::sax_parse(pText, pText + pSize, &lBuilder);
 }
 

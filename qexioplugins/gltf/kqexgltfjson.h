@@ -11,16 +11,16 @@ namespace qexsdk
 {
 
 /// What is wrong with a file, as the user is told. Thrown by the parts of the reader, caught by its entry.
-class KGltfError : public std::runtime_error
+class KQexGltfError : public std::runtime_error
 {
 public:
     /// An error with the text \p pText.
-    explicit KGltfError(const std::string& pText) : std::runtime_error(pText) {}
+    explicit KQexGltfError(const std::string& pText) : std::runtime_error(pText) {}
 };
 
 /// A JSON text, as one flat list of values: reading, looking and releasing cost no stack, however deep the text is nested. What
 /// is nested deeper than kMaxDepth, which nothing in glTF is, counts as null.
-class KGltfJson
+class KQexGltfJson
 {
 public:
     /// Levels of nesting that are kept.
@@ -56,7 +56,7 @@ public:
     public:
         KValue() = default;
         /// Entry \p pIndex of \p pJson, or none for kNone.
-        KValue(const KGltfJson* pJson, std::uint32_t pIndex) : mJson(pJson), mIndex(pIndex) {}
+        KValue(const KQexGltfJson* pJson, std::uint32_t pIndex) : mJson(pJson), mIndex(pIndex) {}
 
         /// Whether there is a value.
         bool IsValid() const { return mJson != nullptr && mIndex != kNone; }
@@ -87,18 +87,18 @@ public:
     private:
         const KEntry& Entry() const { return mJson->mEntries[mIndex]; }
 
-        const KGltfJson* mJson = nullptr;
-        std::uint32_t    mIndex = kNone;
+        const KQexGltfJson* mJson = nullptr;
+        std::uint32_t       mIndex = kNone;
     };
 
-    /// Reads a text. Throws KGltfError with line, column and what was found when it is no JSON.
+    /// Reads a text. Throws KQexGltfError with line, column and what was found when it is no JSON.
     void Parse(const char* pText, size_t pSize);
 
     /// The outermost value; none before Parse().
     KValue GetRoot() const { return {this, mEntries.empty() ? kNone : 0}; }
 
 private:
-    friend class KGltfJsonBuilder;
+    friend class KQexGltfJsonBuilder;
     std::vector<KEntry> mEntries; ///< The root first.
     std::string         mTexts;   ///< Keys and texts, each with a NUL behind it; "" at 0.
 };

@@ -23,7 +23,7 @@ void AppendNumber(std::string& pOut, TNumber pValue)
 
 } // namespace
 
-void KGltfJsonWriter::Begin(char pBracket)
+void KQexGltfJsonWriter::Begin(char pBracket)
 {
     Separate();
     mOut += pBracket;
@@ -31,7 +31,7 @@ void KGltfJsonWriter::Begin(char pBracket)
     mIsFirst = true;
 }
 
-void KGltfJsonWriter::End(char pBracket)
+void KQexGltfJsonWriter::End(char pBracket)
 {
     --mDepth;
     if (!mIsFirst)
@@ -43,7 +43,7 @@ void KGltfJsonWriter::End(char pBracket)
 }
 
 /// What stands between the value before and the next one.
-void KGltfJsonWriter::Separate()
+void KQexGltfJsonWriter::Separate()
 {
     if (mHasKey)
     {
@@ -61,7 +61,7 @@ void KGltfJsonWriter::Separate()
     mIsFirst = false;
 }
 
-void KGltfJsonWriter::BreakLine()
+void KQexGltfJsonWriter::BreakLine()
 {
     if (mIsIndented)
     {
@@ -70,7 +70,7 @@ void KGltfJsonWriter::BreakLine()
     }
 }
 
-void KGltfJsonWriter::Key(std::string_view pKey)
+void KQexGltfJsonWriter::Key(std::string_view pKey)
 {
     Separate();
     Quote(pKey);
@@ -78,13 +78,13 @@ void KGltfJsonWriter::Key(std::string_view pKey)
     mHasKey = true;
 }
 
-void KGltfJsonWriter::Text(std::string_view pText)
+void KQexGltfJsonWriter::Text(std::string_view pText)
 {
     Separate();
     Quote(pText);
 }
 
-void KGltfJsonWriter::Quote(std::string_view pText)
+void KQexGltfJsonWriter::Quote(std::string_view pText)
 {
     const bool lIsUtf8 = IsUtf8(pText);
     mOut += '"';
@@ -110,7 +110,7 @@ void KGltfJsonWriter::Quote(std::string_view pText)
     mOut += '"';
 }
 
-void KGltfJsonWriter::Number(double pValue)
+void KQexGltfJsonWriter::Number(double pValue)
 {
     Separate();
     if (std::isfinite(pValue))
@@ -123,13 +123,13 @@ void KGltfJsonWriter::Number(double pValue)
     }
 }
 
-void KGltfJsonWriter::Count(size_t pValue)
+void KQexGltfJsonWriter::Count(size_t pValue)
 {
     Separate();
     AppendNumber(mOut, pValue);
 }
 
-void KGltfJsonWriter::Index(int pValue)
+void KQexGltfJsonWriter::Index(int pValue)
 {
     Separate();
     AppendNumber(mOut, pValue);

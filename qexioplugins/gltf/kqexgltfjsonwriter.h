@@ -12,12 +12,12 @@ namespace qexsdk
 
 /// Appends a JSON text to a string, value by value, without ever holding it in another form. Whatever throws for lack of memory
 /// leaves nothing behind but a text that is cut off, which a tree of values would not promise: releasing one can take memory.
-class QEX_API KGltfJsonWriter
+class QEX_API KQexGltfJsonWriter
 {
 public:
     /// \param pOut        receives the text; has to outlive the writer
     /// \param pIsIndented every value on a line of its own; else all of it on one line
-    KGltfJsonWriter(std::string& pOut, bool pIsIndented) : mOut(pOut), mIsIndented(pIsIndented) {}
+    KQexGltfJsonWriter(std::string& pOut, bool pIsIndented) : mOut(pOut), mIsIndented(pIsIndented) {}
 
     /// \name Containers. An object's members are keys, each with the one value that follows.
     ///@{

@@ -53,7 +53,7 @@ bool StandsOn(const std::vector<double>& pTimes, double pOrigin, double pStep)
                        });
 }
 
-bool AllStandOn(const KGltfTimes& pTimes, double pOrigin, double pStep)
+bool AllStandOn(const KQexGltfTimes& pTimes, double pOrigin, double pStep)
 {
     return std::all_of(pTimes.begin(), pTimes.end(), [pOrigin, pStep](const auto& pEach) { return StandsOn(*pEach, pOrigin, pStep); });
 }
@@ -65,7 +65,7 @@ double GltfSameTime(double pSeconds, double pStep)
     return std::min(1e-3 * pStep + 1.2e-7 * std::fabs(pSeconds), 0.05 * pStep);
 }
 
-long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin)
+long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin)
 {
     const std::vector<double>* lMost = nullptr;
     for (const auto& lTimes : pTimes)
@@ -93,19 +93,19 @@ long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin)
 }
 
 /// \p pPart: with tangents, 0 the incoming one, 1 the value, 2 the outgoing one.
-void KGltfKeys::GetValue(size_t pKey, int pPart, double* pResult) const
+void KQexGltfKeys::GetValue(size_t pKey, int pPart, double* pResult) const
 {
-    mValues->Get(mInterpolation == KGltfInterpolation::eCUBIC ? 3 * pKey + static_cast<size_t>(pPart) : pKey, pResult);
+    mValues->Get(mInterpolation == KQexGltfInterpolation::eCUBIC ? 3 * pKey + static_cast<size_t>(pPart) : pKey, pResult);
 }
 
-bool KGltfKeys::Evaluate(double pTime, double pSame, double* pResult)
+bool KQexGltfKeys::Evaluate(double pTime, double pSame, double* pResult)
 {
     const std::vector<double>& lTimes = *mTimes;
     while (mKey + 1 < lTimes.size() && lTimes[mKey + 1] <= pTime + pSame)
     {
         ++mKey;
     }
-    const bool lIsAtKey = pTime - lTimes[mKey] <= pSame || mKey + 1 == lTimes.size() || mInterpolation == KGltfInterpolation::eSTEP;
+    const bool lIsAtKey = pTime - lTimes[mKey] <= pSame || mKey + 1 == lTimes.size() || mInterpolation == KQexGltfInterpolation::eSTEP;
     GetValue(mKey, 1, pResult);
     if (!lIsAtKey)
     {
@@ -114,9 +114,9 @@ bool KGltfKeys::Evaluate(double pTime, double pSame, double* pResult)
     return std::all_of(pResult, pResult + mValues->GetComponents(), [](double pNumber) { return std::isfinite(pNumber); });
 }
 
-void KGltfKeys::Mix(double pFraction, double* pResult) const
+void KQexGltfKeys::Mix(double pFraction, double* pResult) const
 {
-    if (mInterpolation == KGltfInterpolation::eCUBIC)
+    if (mInterpolation == KQexGltfInterpolation::eCUBIC)
     {
         MixCubic(pFraction, pResult);
         return;
@@ -135,7 +135,7 @@ void KGltfKeys::Mix(double pFraction, double* pResult) const
 }
 
 /// The shorter arc between two rotations, at constant speed.
-void KGltfKeys::MixRotations(double pFraction, const double* pTo, double* pResult) const
+void KQexGltfKeys::MixRotations(double pFraction, const double* pTo, double* pResult) const
 {
     double lDot = 0.0;
     double lFromSquare = 0.0;
@@ -167,7 +167,7 @@ void KGltfKeys::MixRotations(double pFraction, const double* pTo, double* pResul
 }
 
 /// A cubic with the keys' values and tangents at its ends (Hermite's).
-void KGltfKeys::MixCubic(double pFraction, double* pResult) const
+void KQexGltfKeys::MixCubic(double pFraction, double* pResult) const
 {
     const double lSpan = (*mTimes)[mKey + 1] - (*mTimes)[mKey];
     const double lS = pFraction;

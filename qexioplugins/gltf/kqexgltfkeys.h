@@ -10,7 +10,7 @@ namespace qexsdk
 {
 
 /// How a value goes from one key to the next.
-enum class KGltfInterpolation
+enum class KQexGltfInterpolation
 {
     eSTEP,
     eLINEAR,
@@ -18,12 +18,12 @@ enum class KGltfInterpolation
 };
 
 /// The keys of a track: times, and as many values of three or four numbers, or three times as many (tangent, value, tangent).
-class KGltfKeys
+class KQexGltfKeys
 {
 public:
     /// \p pTimes rise, and are at least one; \p pValues are as many as the interpolation asks for.
-    KGltfKeys(std::shared_ptr<const std::vector<double>> pTimes, const KGltfAccessor* pValues, KGltfInterpolation pInterpolation,
-              bool pIsRotation)
+    KQexGltfKeys(std::shared_ptr<const std::vector<double>> pTimes, const KQexGltfAccessor* pValues, KQexGltfInterpolation pInterpolation,
+                 bool pIsRotation)
         : mTimes(std::move(pTimes)), mValues(pValues), mInterpolation(pInterpolation), mIsRotation(pIsRotation)
     {
     }
@@ -42,8 +42,8 @@ private:
     void MixCubic(double pFraction, double* pResult) const;
 
     std::shared_ptr<const std::vector<double>> mTimes;
-    const KGltfAccessor*                       mValues;
-    KGltfInterpolation                         mInterpolation;
+    const KQexGltfAccessor*                    mValues;
+    KQexGltfInterpolation                      mInterpolation;
     bool                                       mIsRotation;
     size_t                                     mKey = 0; ///< Last key at or before the time asked for.
 };
@@ -53,12 +53,12 @@ private:
 double GltfSameTime(double pSeconds, double pStep);
 
 /// The times of several tracks, each rising.
-using KGltfTimes = std::vector<std::shared_ptr<const std::vector<double>>>;
+using KQexGltfTimes = std::vector<std::shared_ptr<const std::vector<double>>>;
 
 /// The step, in ticks, on which all of \p pTimes stand, counted from \p pOrigin seconds: that of evenly spaced keys, if they are at
 /// least ten a second, else that of the lowest usual rate. 0 when there is none, or
 /// no track has two keys.
-long long GltfFindStep(const KGltfTimes& pTimes, double pOrigin);
+long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin);
 
 } // namespace qexsdk
 

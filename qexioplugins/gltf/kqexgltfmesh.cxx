@@ -28,7 +28,7 @@ void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
 
 } // namespace
 
-void KGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC, const double* pInside, std::uint16_t pJoint)
+void KQexGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC, const double* pInside, std::uint16_t pJoint)
 {
     double lAB[3];
     double lAC[3];
@@ -55,7 +55,7 @@ void KGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC
     }
 }
 
-void KGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint)
+void KQexGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint)
 {
     double lAlong[3];
     Subtract(lAlong, pEnd, pStart);

@@ -10,7 +10,7 @@ namespace qexsdk
 
 /// The triangles of a solid that shows a skeleton: an octahedron along each bone, thick near its start. Every corner has its own
 /// vertices, so that faces look flat, and belongs to one joint altogether.
-class KGltfBoneMesh
+class KQexGltfBoneMesh
 {
 public:
     /// Adds the bone from \p pStart to \p pEnd (three coordinates each, units of the file), moved by joint \p pJoint. A bone too

@@ -8,7 +8,7 @@
 
 /// \file
 /// A glTF file under construction: its JSON objects as plain structs, as far as the writer uses them. Indices are into the vectors
-/// of KGltfModel, -1 for none; empty vectors and indices of -1 are not written.
+/// of KQexGltfModel, -1 for none; empty vectors and indices of -1 are not written.
 
 namespace qexsdk
 {
@@ -16,7 +16,7 @@ namespace qexsdk
 class KQexNode;
 
 /// What an accessor's elements are: the number of their components.
-enum KGltfElement
+enum KQexGltfElement
 {
     eGLTF_SCALAR = 1,
     eGLTF_VEC3 = 3,
@@ -25,7 +25,7 @@ enum KGltfElement
 };
 
 /// Numbers that the format gives to words.
-enum KGltfConstant
+enum KQexGltfConstant
 {
     eGLTF_TRIANGLES = 4,
     eGLTF_UNSIGNED_SHORT = 5123,
@@ -34,7 +34,7 @@ enum KGltfConstant
 };
 
 /// The file.
-struct KGltfModel
+struct KQexGltfModel
 {
     /// Part of the buffer.
     struct KView
@@ -49,7 +49,7 @@ struct KGltfModel
     {
         int                 mView = -1;
         int                 mComponentType = eGLTF_FLOAT; ///< eGLTF_FLOAT or eGLTF_UNSIGNED_SHORT.
-        KGltfElement        mElement = eGLTF_SCALAR;
+        KQexGltfElement     mElement = eGLTF_SCALAR;
         size_t              mCount = 0; ///< Elements.
         std::vector<double> mMin;       ///< The least value of each component.
         std::vector<double> mMax;       ///< The largest value of each component.

@@ -10,10 +10,10 @@ namespace
 /// Whether a node's own transform at rest is anything but identity.
 bool IsMovedAway(KQexNode* pNode)
 {
-    const KGltfNodePose lPose(pNode, nullptr);
-    double              lT[3];
-    double              lS[3];
-    KQuaternion         lR;
+    const KQexGltfNodePose lPose(pNode, nullptr);
+    double                 lT[3];
+    double                 lS[3];
+    KQexQuaternion         lR;
     lPose.GetTranslation(KTime(0), lT);
     lPose.GetRotation(KTime(0), lR);
     lPose.GetScaling(KTime(0), lS);
@@ -23,7 +23,7 @@ bool IsMovedAway(KQexNode* pNode)
 } // namespace
 
 /// Adds the tree at \p pRoot. Ancestors that move it out of its place come along, so that global transforms stay what they are.
-bool KGltfWriter::AddTree(KQexNode* pRoot)
+bool KQexGltfWriter::AddTree(KQexNode* pRoot)
 {
     const KQexNode*        lSceneRoot = pRoot->GetScene()->GetRootNode();
     std::vector<KQexNode*> lAbove;
@@ -40,7 +40,7 @@ bool KGltfWriter::AddTree(KQexNode* pRoot)
     for (size_t i = lAbove.size(); i > 0; --i)
     {
         const int lParent = i == lAbove.size() ? -1 : static_cast<int>(mNodes.size()) - 1;
-        mNodes.push_back(KGltfNode{lAbove[i - 1], lParent, lTree, lEvaluator->GetNodeGlobalTransform(lAbove[i - 1], KTime(0))});
+        mNodes.push_back(KQexGltfNode{lAbove[i - 1], lParent, lTree, lEvaluator->GetNodeGlobalTransform(lAbove[i - 1], KTime(0))});
     }
     KQexGlobalTransforms lRest;
     if (!lEvaluator->EvaluateGlobalTransforms(pRoot, KTime(0), lRest))
@@ -51,12 +51,12 @@ bool KGltfWriter::AddTree(KQexNode* pRoot)
     for (int i = 0; i < lRest.GetCount(); ++i)
     {
         const int lParent = i > 0 ? lFirst + lRest.GetParentIndex(i) : lAbove.empty() ? -1 : lFirst - 1;
-        mNodes.push_back(KGltfNode{lRest.GetNode(i), lParent, lTree, lRest.GetTransform(i)});
+        mNodes.push_back(KQexGltfNode{lRest.GetNode(i), lParent, lTree, lRest.GetTransform(i)});
     }
     return true;
 }
 
-std::string KGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty)
+std::string KQexGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty)
 {
     const bool        lIsText = IsUtf8(pName);
     const std::string lNew = pNames.Make(
@@ -69,17 +69,17 @@ std::string KGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pN
     return lNew;
 }
 
-void KGltfWriter::AddNodes()
+void KQexGltfWriter::AddNodes()
 {
     KQexUniqueNames lNames;
     for (size_t i = 0; i < mNodes.size(); ++i)
     {
-        const KGltfNode&    lFrom = mNodes[i];
-        const KGltfNodePose lPose(lFrom.mNode, nullptr);
-        KGltfModel::KNode   lNode;
-        double              lT[3];
-        double              lS[3];
-        KQuaternion         lR;
+        const KQexGltfNode&    lFrom = mNodes[i];
+        const KQexGltfNodePose lPose(lFrom.mNode, nullptr);
+        KQexGltfModel::KNode   lNode;
+        double                 lT[3];
+        double                 lS[3];
+        KQexQuaternion         lR;
         lPose.GetTranslation(KTime(0), lT);
         lPose.GetRotation(KTime(0), lR);
         lPose.GetScaling(KTime(0), lS);

@@ -6,24 +6,24 @@
 namespace qexsdk
 {
 
-KQuaternion KQuaternion::About(int pAxis, double pDegrees)
+KQexQuaternion KQexQuaternion::About(int pAxis, double pDegrees)
 {
-    KQuaternion lResult;
+    KQexQuaternion lResult;
     lResult.mData[pAxis] = kSinCosd(0.5 * pDegrees, &lResult.mData[3]);
     return lResult;
 }
 
-KQuaternion KQuaternion::FromEuler(const double pDegrees[3], int pOrder)
+KQexQuaternion KQexQuaternion::FromEuler(const double pDegrees[3], int pOrder)
 {
     const int* lAxes = KmEulerAxisRow(pOrder);
     return About(lAxes[2], pDegrees[lAxes[2]]) * About(lAxes[1], pDegrees[lAxes[1]]) * About(lAxes[0], pDegrees[lAxes[0]]);
 }
 
-KQuaternion KQuaternion::operator*(const KQuaternion& pRight) const
+KQexQuaternion KQexQuaternion::operator*(const KQexQuaternion& pRight) const
 {
-    const double* lA = mData;
-    const double* lB = pRight.mData;
-    KQuaternion   lResult;
+    const double*  lA = mData;
+    const double*  lB = pRight.mData;
+    KQexQuaternion lResult;
     lResult.mData[0] = lA[3] * lB[0] + lA[0] * lB[3] + lA[1] * lB[2] - lA[2] * lB[1];
     lResult.mData[1] = lA[3] * lB[1] - lA[0] * lB[2] + lA[1] * lB[3] + lA[2] * lB[0];
     lResult.mData[2] = lA[3] * lB[2] + lA[0] * lB[1] - lA[1] * lB[0] + lA[2] * lB[3];
@@ -31,9 +31,9 @@ KQuaternion KQuaternion::operator*(const KQuaternion& pRight) const
     return lResult;
 }
 
-KQuaternion KQuaternion::Inverse() const
+KQexQuaternion KQexQuaternion::Inverse() const
 {
-    KQuaternion lResult;
+    KQexQuaternion lResult;
     for (int i = 0; i < 3; ++i)
     {
         lResult.mData[i] = -mData[i];
@@ -42,7 +42,7 @@ KQuaternion KQuaternion::Inverse() const
     return lResult;
 }
 
-KGltfNodePose::KGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
+KQexGltfNodePose::KQexGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
 {
     Bind(0, pNode->mLocalTranslation, pLayer);
     Bind(1, pNode->mLocalRotation, pLayer);
@@ -61,11 +61,11 @@ KGltfNodePose::KGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
     const KQexVector4 lPost = pNode->GetPostRotation();
     mOrder = lOrder <= eEULER_ZYX ? 2 * lOrder : 0;
     mHasPivots = lPre.Length() > 0.0 || lPost.Length() > 0.0;
-    mPre = KQuaternion::FromEuler(lPre, 0);
-    mPostInverse = KQuaternion::FromEuler(lPost, 0).Inverse();
+    mPre = KQexQuaternion::FromEuler(lPre, 0);
+    mPostInverse = KQexQuaternion::FromEuler(lPost, 0).Inverse();
 }
 
-void KGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
+void KQexGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
 {
     const auto               lRest = KQexGet<qexVectorTemplate3<double>>(pFrom);
     const KQexAnimCurveNode* lCurveNode = pLayer != nullptr ? pFrom.GetCurveNode(pLayer) : nullptr;
@@ -83,7 +83,7 @@ void KGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQexAni
     }
 }
 
-void KGltfNodePose::GetTranslation(KTime pTime, double pResult[3]) const
+void KQexGltfNodePose::GetTranslation(KTime pTime, double pResult[3]) const
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -91,17 +91,17 @@ void KGltfNodePose::GetTranslation(KTime pTime, double pResult[3]) const
     }
 }
 
-void KGltfNodePose::GetRotation(KTime pTime, KQuaternion& pResult) const
+void KQexGltfNodePose::GetRotation(KTime pTime, KQexQuaternion& pResult) const
 {
     const double lAngles[3] = {mChannels[1][0].At(pTime), mChannels[1][1].At(pTime), mChannels[1][2].At(pTime)};
-    pResult = KQuaternion::FromEuler(lAngles, mOrder);
+    pResult = KQexQuaternion::FromEuler(lAngles, mOrder);
     if (mHasPivots)
     {
         pResult = mPre * pResult * mPostInverse;
     }
 }
 
-void KGltfNodePose::GetScaling(KTime pTime, double pResult[3]) const
+void KQexGltfNodePose::GetScaling(KTime pTime, double pResult[3]) const
 {
     for (int i = 0; i < 3; ++i)
     {

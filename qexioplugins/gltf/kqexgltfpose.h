@@ -7,35 +7,35 @@ namespace qexsdk
 {
 
 /// A rotation as a unit quaternion: x, y, z, w.
-struct KQuaternion
+struct KQexQuaternion
 {
     double mData[4] = {0.0, 0.0, 0.0, 1.0}; ///< x, y, z, w.
 
     /// Half the turn \p pDegrees about axis \p pAxis (0 to 2).
-    static KQuaternion About(int pAxis, double pDegrees);
+    static KQexQuaternion About(int pAxis, double pDegrees);
 
     /// The rotation that applies \p pDegrees about x, y and z in order code \p pOrder's order of application.
-    static KQuaternion FromEuler(const double pDegrees[3], int pOrder);
+    static KQexQuaternion FromEuler(const double pDegrees[3], int pOrder);
 
     /// The product of rotations: \p pRight is applied first.
-    KQuaternion operator*(const KQuaternion& pRight) const;
+    KQexQuaternion operator*(const KQexQuaternion& pRight) const;
 
     /// The rotation back.
-    KQuaternion Inverse() const;
+    KQexQuaternion Inverse() const;
 };
 
 /// Local transforms of one node at any time, in the form that glTF has: a translation, a rotation and a scaling. The node's
 /// T(translation) T(offset) R(pre) R(rotation) R(post)^-1 S(scaling) is of that form already, so nothing is lost.
-class KGltfNodePose
+class KQexGltfNodePose
 {
 public:
     /// \p pLayer: the take's; null: the rest pose.
-    KGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer);
+    KQexGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer);
 
     /// The translation at \p pTime in centimetres, the node's offset included.
     void GetTranslation(KTime pTime, double pResult[3]) const;
     /// The rotation at \p pTime, pre- and post-rotation included.
-    void GetRotation(KTime pTime, KQuaternion& pResult) const;
+    void GetRotation(KTime pTime, KQexQuaternion& pResult) const;
     /// The factors at \p pTime.
     void GetScaling(KTime pTime, double pResult[3]) const;
 
@@ -54,13 +54,13 @@ private:
 
     void Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
 
-    KChannel    mChannels[3][3];
-    bool        mIsDriven[3] = {false, false, false};
-    double      mOffset[3];
-    KQuaternion mPre;
-    KQuaternion mPostInverse;
-    int         mOrder = 0;
-    bool        mHasPivots = false;
+    KChannel       mChannels[3][3];
+    bool           mIsDriven[3] = {false, false, false};
+    double         mOffset[3];
+    KQexQuaternion mPre;
+    KQexQuaternion mPostInverse;
+    int            mOrder = 0;
+    bool           mHasPivots = false;
 };
 
 } // namespace qexsdk

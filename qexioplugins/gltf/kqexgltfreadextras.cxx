@@ -13,20 +13,20 @@ namespace
 {
 
 /// Reads bounds by axis: {"x": …, "z": …}; an axis that is not there has none.
-void ReadBounds(const KGltfJson::KValue& pFrom, bool* pActive, double* pValues)
+void ReadBounds(const KQexGltfJson::KValue& pFrom, bool* pActive, double* pValues)
 {
     static const char* const sAxes[3] = {"x", "y", "z"};
     for (int i = 0; i < 3; ++i)
     {
-        pActive[i] = pFrom[sAxes[i]].Is(KGltfJson::eNUMBER);
+        pActive[i] = pFrom[sAxes[i]].Is(KQexGltfJson::eNUMBER);
         pValues[i] = pFrom[sAxes[i]].GetNumber(0.0);
     }
 }
 
-bool ReadAngles(const KGltfJson::KValue& pFrom, KQexVector4& pAngles)
+bool ReadAngles(const KQexGltfJson::KValue& pFrom, KQexVector4& pAngles)
 {
     int i = 0;
-    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.Is(KGltfJson::eNUMBER) && i < 3; lFrom = lFrom.GetNext(), ++i)
+    for (KQexGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.Is(KQexGltfJson::eNUMBER) && i < 3; lFrom = lFrom.GetNext(), ++i)
     {
         pAngles[i] = lFrom.GetNumber(0.0);
     }
@@ -35,11 +35,11 @@ bool ReadAngles(const KGltfJson::KValue& pFrom, KQexVector4& pAngles)
 
 } // namespace
 
-void KGltfReader::ReadExtras(KGltfReadNode& pNode)
+void KQexGltfReader::ReadExtras(KQexGltfReadNode& pNode)
 {
-    static const char* const sOrders[6] = {"XYZ", "XZY", "YZX", "YXZ", "ZXY", "ZYX"};
-    const KGltfJson::KValue  lExtras = pNode.mFrom["extras"];
-    KQexNode*                lNode = pNode.mNode;
+    static const char* const   sOrders[6] = {"XYZ", "XZY", "YZX", "YXZ", "ZXY", "ZYX"};
+    const KQexGltfJson::KValue lExtras = pNode.mFrom["extras"];
+    KQexNode*                  lNode = pNode.mNode;
     for (int i = 0; i < 6; ++i)
     {
         if (std::strcmp(lExtras["rotationOrder"].GetText(), sOrders[i]) == 0)
@@ -52,16 +52,16 @@ void KGltfReader::ReadExtras(KGltfReadNode& pNode)
     if (ReadAngles(lExtras["preRotation"], lAngles))
     {
         lNode->SetPreRotation(kPivotSet0, lAngles);
-        pNode.mPreInverse = KQuaternion::FromEuler(lAngles, 0).Inverse();
+        pNode.mPreInverse = KQexQuaternion::FromEuler(lAngles, 0).Inverse();
         pNode.mHasPivots = true;
     }
     if (ReadAngles(lExtras["postRotation"], lAngles))
     {
         lNode->SetPostRotation(kPivotSet0, lAngles);
-        pNode.mPost = KQuaternion::FromEuler(lAngles, 0);
+        pNode.mPost = KQexQuaternion::FromEuler(lAngles, 0);
         pNode.mHasPivots = true;
     }
-    const KGltfJson::KValue lLimits = lExtras["limits"];
+    const KQexGltfJson::KValue lLimits = lExtras["limits"];
     if (lLimits["translation"].IsValid())
     {
         ReadLimits(lLimits["translation"], lNode->GetLimits().mTranslationLimits);
@@ -71,13 +71,13 @@ void KGltfReader::ReadExtras(KGltfReadNode& pNode)
         ReadLimits(lLimits["rotation"], lNode->GetLimits().mRotationLimits);
     }
     // Programs write an empty list, of a bone without degrees of freedom, as null.
-    if (lExtras["dofs"].Is(KGltfJson::eARRAY) || lExtras["dofs"].Is(KGltfJson::eNULL))
+    if (lExtras["dofs"].Is(KQexGltfJson::eARRAY) || lExtras["dofs"].Is(KQexGltfJson::eNULL))
     {
         ReadDofs(lExtras["dofs"], mBoneDofs[lNode->GetName()]);
     }
 }
 
-void KGltfReader::ReadLimits(const KGltfJson::KValue& pFrom, KQexLimits& pLimits) const
+void KQexGltfReader::ReadLimits(const KQexGltfJson::KValue& pFrom, KQexLimits& pLimits) const
 {
     bool   lMinActive[3] = {false, false, false};
     bool   lMaxActive[3] = {false, false, false};
@@ -92,15 +92,15 @@ void KGltfReader::ReadLimits(const KGltfJson::KValue& pFrom, KQexLimits& pLimits
     pLimits.SetLimitMax(KQexVector4(lMax[0], lMax[1], lMax[2]));
 }
 
-void KGltfReader::ReadDofs(const KGltfJson::KValue& pFrom, std::vector<KQexBoneDof>& pDofs) const
+void KQexGltfReader::ReadDofs(const KQexGltfJson::KValue& pFrom, std::vector<KQexBoneDof>& pDofs) const
 {
     pDofs.clear();
-    for (KGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && pDofs.size() < 6; lFrom = lFrom.GetNext())
+    for (KQexGltfJson::KValue lFrom = pFrom.GetFirst(); lFrom.IsValid() && pDofs.size() < 6; lFrom = lFrom.GetNext())
     {
         KQexBoneDof lDof;
         lDof.mWord = lFrom["dof"].GetText();
-        lDof.mHasMin = lFrom["min"].Is(KGltfJson::eNUMBER);
-        lDof.mHasMax = lFrom["max"].Is(KGltfJson::eNUMBER);
+        lDof.mHasMin = lFrom["min"].Is(KQexGltfJson::eNUMBER);
+        lDof.mHasMax = lFrom["max"].Is(KQexGltfJson::eNUMBER);
         lDof.mMin = lFrom["min"].GetNumber(0.0);
         lDof.mMax = lFrom["max"].GetNumber(0.0);
         if (KDofCodeOf(lDof.mWord) >= 0)

@@ -29,7 +29,7 @@ std::string NodeText(size_t pIndex)
 
 } // namespace
 
-KGltfReader::KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions)
+KQexGltfReader::KQexGltfReader(KQexFileGltf& pFile, KQexGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions)
     : mFile(pFile),
       mSource(pSource),
       mScene(pScene),
@@ -40,9 +40,9 @@ KGltfReader::KGltfReader(KQexFileGltf& pFile, KGltfSource& pSource, KQexScene* p
 {
 }
 
-void KGltfReader::CheckExtensions()
+void KQexGltfReader::CheckExtensions()
 {
-    for (const KGltfJson::KValue& lExtension : GltfMembers(mRoot["extensionsRequired"], "extensionsRequired"))
+    for (const KQexGltfJson::KValue& lExtension : GltfMembers(mRoot["extensionsRequired"], "extensionsRequired"))
     {
         const std::string lName = lExtension.GetText();
         if (!IsHarmless(lName))
@@ -52,9 +52,9 @@ void KGltfReader::CheckExtensions()
     }
 }
 
-void KGltfReader::LinkNodes()
+void KQexGltfReader::LinkNodes()
 {
-    for (const KGltfJson::KValue& lFrom : GltfMembers(mRoot["nodes"], "nodes"))
+    for (const KQexGltfJson::KValue& lFrom : GltfMembers(mRoot["nodes"], "nodes"))
     {
         mNodes.emplace_back();
         mNodes.back().mFrom = lFrom;
@@ -62,14 +62,14 @@ void KGltfReader::LinkNodes()
     for (size_t i = 0; i < mNodes.size(); ++i)
     {
         const std::string lName = NodeText(i) + ".children";
-        for (const KGltfJson::KValue& lFrom : GltfMembers(mNodes[i].mFrom["children"], lName))
+        for (const KQexGltfJson::KValue& lFrom : GltfMembers(mNodes[i].mFrom["children"], lName))
         {
-            const int      lIndex = GltfIndex(lFrom, mNodes.size(), lName);
-            KGltfReadNode& lChild = mNodes[static_cast<size_t>(lIndex)];
+            const int         lIndex = GltfIndex(lFrom, mNodes.size(), lName);
+            KQexGltfReadNode& lChild = mNodes[static_cast<size_t>(lIndex)];
             if (lChild.mParent >= 0)
             {
-                throw KGltfError(lName + ": " + NodeText(static_cast<size_t>(lIndex)) + " has a parent already, " +
-                                 NodeText(static_cast<size_t>(lChild.mParent)));
+                throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lIndex)) + " has a parent already, " +
+                                    NodeText(static_cast<size_t>(lChild.mParent)));
             }
             lChild.mParent = static_cast<int>(i);
             mNodes[i].mChildren.push_back(lIndex);
@@ -79,7 +79,7 @@ void KGltfReader::LinkNodes()
 }
 
 /// Every node has one parent at most, so following parents from it either ends or goes in a circle.
-void KGltfReader::CheckCircles() const
+void KQexGltfReader::CheckCircles() const
 {
     std::vector<size_t> lSeen(mNodes.size(), 0); // The walk that came by, from 1.
     for (size_t i = 0; i < mNodes.size(); ++i)
@@ -92,20 +92,20 @@ void KGltfReader::CheckCircles() const
         }
         if (lNode >= 0 && lSeen[static_cast<size_t>(lNode)] == i + 1)
         {
-            throw KGltfError(NodeText(static_cast<size_t>(lNode)) + " is below itself");
+            throw KQexGltfError(NodeText(static_cast<size_t>(lNode)) + " is below itself");
         }
     }
 }
 
 /// Joints of skins; all nodes when there is no skin.
-void KGltfReader::MarkJoints()
+void KQexGltfReader::MarkJoints()
 {
-    const std::vector<KGltfJson::KValue> lSkins = GltfMembers(mRoot["skins"], "skins");
+    const std::vector<KQexGltfJson::KValue> lSkins = GltfMembers(mRoot["skins"], "skins");
     for (size_t i = 0; i < lSkins.size(); ++i)
     {
         const std::string lName = "skins[" + std::to_string(i) + "]";
         GltfIndex(lSkins[i]["skeleton"], mNodes.size(), lName + ".skeleton");
-        for (const KGltfJson::KValue& lJoint : GltfMembers(lSkins[i]["joints"], lName + ".joints"))
+        for (const KQexGltfJson::KValue& lJoint : GltfMembers(lSkins[i]["joints"], lName + ".joints"))
         {
             mNodes[static_cast<size_t>(GltfIndex(lJoint, mNodes.size(), lName + ".joints"))].mIsJoint = true;
         }
@@ -117,12 +117,12 @@ void KGltfReader::MarkJoints()
     }
 }
 
-void KGltfReader::MarkMoved()
+void KQexGltfReader::MarkMoved()
 {
     for (size_t i = 0; i < mAnimations.size(); ++i)
     {
         const std::string lName = "animations[" + std::to_string(i) + "].channels";
-        for (const KGltfJson::KValue& lChannel : GltfMembers(mAnimations[i]["channels"], lName))
+        for (const KQexGltfJson::KValue& lChannel : GltfMembers(mAnimations[i]["channels"], lName))
         {
             const int lNode = GltfIndex(lChannel["target"]["node"], mNodes.size(), lName);
             if (lNode >= 0)
@@ -134,17 +134,17 @@ void KGltfReader::MarkMoved()
 }
 
 /// A skinned mesh stands where its skin's joints are, so the node that holds it has no place of its own.
-bool KGltfReader::IsMeshOnly(const KGltfReadNode& pNode) const
+bool KQexGltfReader::IsMeshOnly(const KQexGltfReadNode& pNode) const
 {
     return pNode.mFrom["mesh"].IsValid() && pNode.mFrom["skin"].IsValid() && pNode.mChildren.empty() && !pNode.mIsJoint && !pNode.mIsMoved;
 }
 
 /// The top nodes of the file's scene; of the whole file when it has no scenes.
-std::vector<int> KGltfReader::FindTops()
+std::vector<int> KQexGltfReader::FindTops()
 {
-    const std::vector<KGltfJson::KValue> lScenes = GltfMembers(mRoot["scenes"], "scenes");
-    const int                            lScene = GltfIndex(mRoot["scene"], lScenes.size(), "scene");
-    std::vector<int>                     lTops;
+    const std::vector<KQexGltfJson::KValue> lScenes = GltfMembers(mRoot["scenes"], "scenes");
+    const int                               lScene = GltfIndex(mRoot["scene"], lScenes.size(), "scene");
+    std::vector<int>                        lTops;
     if (lScenes.empty())
     {
         for (size_t i = 0; i < mNodes.size(); ++i)
@@ -158,13 +158,13 @@ std::vector<int> KGltfReader::FindTops()
     }
     const std::string lName = "scenes[" + std::to_string(std::max(lScene, 0)) + "].nodes";
     std::vector<bool> lSeen(mNodes.size(), false);
-    for (const KGltfJson::KValue& lFrom : GltfMembers(lScenes[static_cast<size_t>(std::max(lScene, 0))]["nodes"], lName))
+    for (const KQexGltfJson::KValue& lFrom : GltfMembers(lScenes[static_cast<size_t>(std::max(lScene, 0))]["nodes"], lName))
     {
         const int lTop = GltfIndex(lFrom, mNodes.size(), lName);
         if (mNodes[static_cast<size_t>(lTop)].mParent >= 0 || lSeen[static_cast<size_t>(lTop)])
         {
-            throw KGltfError(lName + ": " + NodeText(static_cast<size_t>(lTop)) +
-                             (lSeen[static_cast<size_t>(lTop)] ? " stands there twice" : " is below another node"));
+            throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lTop)) +
+                                (lSeen[static_cast<size_t>(lTop)] ? " stands there twice" : " is below another node"));
         }
         lSeen[static_cast<size_t>(lTop)] = true;
         lTops.push_back(lTop);
@@ -172,7 +172,7 @@ std::vector<int> KGltfReader::FindTops()
     return lTops;
 }
 
-void KGltfReader::ReadNodes()
+void KQexGltfReader::ReadNodes()
 {
     CheckExtensions();
     LinkNodes();
@@ -184,12 +184,12 @@ void KGltfReader::ReadNodes()
     }
     if (mRoots.empty())
     {
-        throw KGltfError("There are no nodes in the file's scene");
+        throw KQexGltfError("There are no nodes in the file's scene");
     }
 }
 
 /// In pre-order and with a stack of its own: a node is hung under its parent while it has no children, which costs nothing.
-void KGltfReader::MakeTree(int pTop)
+void KQexGltfReader::MakeTree(int pTop)
 {
     std::vector<int> lOpen(1, pTop);
     while (!lOpen.empty())
@@ -206,9 +206,9 @@ void KGltfReader::MakeTree(int pTop)
     }
 }
 
-void KGltfReader::MakeNode(int pIndex)
+void KQexGltfReader::MakeNode(int pIndex)
 {
-    KGltfReadNode&    lNode = mNodes[static_cast<size_t>(pIndex)];
+    KQexGltfReadNode& lNode = mNodes[static_cast<size_t>(pIndex)];
     const std::string lText = lNode.mFrom["name"].GetText();
     const std::string lName = lText.empty() ? "node_" + std::to_string(pIndex) : lText;
     // Room first: nothing may fail between making the node and having it in a tree.
@@ -246,7 +246,7 @@ void KGltfReader::MakeNode(int pIndex)
     SetTransform(lNode, NodeText(static_cast<size_t>(pIndex)));
 }
 
-void KGltfReader::Finish(KQexGltfReadResult& pResult)
+void KQexGltfReader::Finish(KQexGltfReadResult& pResult)
 {
     pResult.mRoots = mRoots;
     pResult.mTakes.swap(mTakes);

@@ -33,29 +33,29 @@ int PropertyOf(const char* pPath)
     return -1;
 }
 
-KGltfInterpolation InterpolationOf(const KGltfJson::KValue& pFrom, const std::string& pName)
+KQexGltfInterpolation InterpolationOf(const KQexGltfJson::KValue& pFrom, const std::string& pName)
 {
     const std::string lWord = pFrom.IsValid() ? pFrom.GetText() : "LINEAR";
     if (lWord == "LINEAR")
     {
-        return KGltfInterpolation::eLINEAR;
+        return KQexGltfInterpolation::eLINEAR;
     }
     if (lWord == "STEP")
     {
-        return KGltfInterpolation::eSTEP;
+        return KQexGltfInterpolation::eSTEP;
     }
     if (lWord == "CUBICSPLINE")
     {
-        return KGltfInterpolation::eCUBIC;
+        return KQexGltfInterpolation::eCUBIC;
     }
-    throw KGltfError(pName + " is no interpolation (" + lWord.substr(0, 100) + ")");
+    throw KQexGltfError(pName + " is no interpolation (" + lWord.substr(0, 100) + ")");
 }
 
 float ToFloat(double pValue)
 {
     if (std::fabs(pValue) > static_cast<double>(std::numeric_limits<float>::max()))
     {
-        throw KGltfError("A value is too large");
+        throw KQexGltfError("A value is too large");
     }
     return static_cast<float>(pValue);
 }
@@ -90,26 +90,26 @@ void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimC
 } // namespace
 
 /// Counts work whose size the file can claim without having it, such as a few keys that are days apart.
-void KGltfReader::Spend(double pKeys, const std::string& pName)
+void KQexGltfReader::Spend(double pKeys, const std::string& pName)
 {
     mSpent += pKeys;
     if (mSpent > kFreeKeys + kKeysAByte * static_cast<double>(mSource.GetSize()))
     {
-        throw KGltfError(pName + ": too long for its size; a lower rate makes fewer frames");
+        throw KQexGltfError(pName + ": too long for its size; a lower rate makes fewer frames");
     }
 }
 
-std::shared_ptr<const std::vector<double>> KGltfReader::GetTimes(size_t pAccessor, const std::string& pName)
+std::shared_ptr<const std::vector<double>> KQexGltfReader::GetTimes(size_t pAccessor, const std::string& pName)
 {
     std::shared_ptr<const std::vector<double>>& lKnown = mTimes[pAccessor];
     if (lKnown != nullptr)
     {
         return lKnown;
     }
-    const KGltfAccessor& lFrom = mAccessors.Get(pAccessor);
+    const KQexGltfAccessor& lFrom = mAccessors.Get(pAccessor);
     if (lFrom.GetComponents() != 1 || !lFrom.HasData() || lFrom.GetCount() == 0)
     {
-        throw KGltfError(pName + " has no times");
+        throw KQexGltfError(pName + " has no times");
     }
     Spend(static_cast<double>(lFrom.GetCount()), pName);
     auto lTimes = std::make_shared<std::vector<double>>(lFrom.GetCount());
@@ -119,19 +119,19 @@ std::shared_ptr<const std::vector<double>> KGltfReader::GetTimes(size_t pAccesso
         lFrom.Get(i, &lTime);
         if (!(std::fabs(lTime) <= kLongest) || (i > 0 && lTime < (*lTimes)[i - 1]))
         {
-            throw KGltfError(pName + ": times do not rise at key " + std::to_string(i));
+            throw KQexGltfError(pName + ": times do not rise at key " + std::to_string(i));
         }
     }
     lKnown = lTimes;
     return lKnown;
 }
 
-void KGltfReader::ReadTracks(const KGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KGltfReadTrack>& pTracks)
+void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KQexGltfReadTrack>& pTracks)
 {
-    const std::vector<KGltfJson::KValue> lSamplers = GltfMembers(pAnimation["samplers"], pName + ".samplers");
-    std::unordered_set<size_t>           lTaken;
-    size_t                               lChannel = 0;
-    for (KGltfJson::KValue lFrom = pAnimation["channels"].GetFirst(); lFrom.IsValid(); lFrom = lFrom.GetNext(), ++lChannel)
+    const std::vector<KQexGltfJson::KValue> lSamplers = GltfMembers(pAnimation["samplers"], pName + ".samplers");
+    std::unordered_set<size_t>              lTaken;
+    size_t                                  lChannel = 0;
+    for (KQexGltfJson::KValue lFrom = pAnimation["channels"].GetFirst(); lFrom.IsValid(); lFrom = lFrom.GetNext(), ++lChannel)
     {
         const std::string lName = pName + ".channels[" + std::to_string(lChannel) + "]";
         const int         lSampler = GltfIndex(lFrom["sampler"], lSamplers.size(), lName + ".sampler");
@@ -139,7 +139,7 @@ void KGltfReader::ReadTracks(const KGltfJson::KValue& pAnimation, const std::str
         const int         lProperty = PropertyOf(lFrom["target"]["path"].GetText());
         if (lSampler < 0)
         {
-            throw KGltfError(lName + ".sampler is missing");
+            throw KQexGltfError(lName + ".sampler is missing");
         }
         // Without a node, or for another path, it moves something that is not a node's place.
         if (lNode < 0 || lProperty < 0 || mNodes[static_cast<size_t>(lNode)].mNode == nullptr)
@@ -157,33 +157,34 @@ void KGltfReader::ReadTracks(const KGltfJson::KValue& pAnimation, const std::str
     }
 }
 
-KGltfReadTrack KGltfReader::ReadTrack(const KGltfJson::KValue& pSampler, const std::string& pName, KGltfReadNode* pTarget, int pProperty)
+KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
+                                            int pProperty)
 {
     const int lInput = GltfIndex(pSampler["input"], mAccessors.GetCount(), pName + ".input");
     const int lOutput = GltfIndex(pSampler["output"], mAccessors.GetCount(), pName + ".output");
     if (lInput < 0 || lOutput < 0)
     {
-        throw KGltfError(pName + (lInput < 0 ? ".input" : ".output") + " is missing");
+        throw KQexGltfError(pName + (lInput < 0 ? ".input" : ".output") + " is missing");
     }
-    const KGltfInterpolation                         lInterpolation = InterpolationOf(pSampler["interpolation"], pName + ".interpolation");
+    const KQexGltfInterpolation                      lInterpolation = InterpolationOf(pSampler["interpolation"], pName + ".interpolation");
     const std::shared_ptr<const std::vector<double>> lTimes = GetTimes(static_cast<size_t>(lInput), pName + ".input");
-    const KGltfAccessor&                             lValues = mAccessors.Get(static_cast<size_t>(lOutput));
-    const size_t                                     lWanted = lTimes->size() * (lInterpolation == KGltfInterpolation::eCUBIC ? 3 : 1);
+    const KQexGltfAccessor&                          lValues = mAccessors.Get(static_cast<size_t>(lOutput));
+    const size_t                                     lWanted = lTimes->size() * (lInterpolation == KQexGltfInterpolation::eCUBIC ? 3 : 1);
     if (lValues.GetComponents() != (pProperty == 1 ? 4 : 3) || lValues.GetCount() != lWanted)
     {
-        throw KGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " + (pProperty == 1 ? "4" : "3") +
-                         " numbers");
+        throw KQexGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " + (pProperty == 1 ? "4" : "3") +
+                            " numbers");
     }
     Spend(static_cast<double>(lTimes->size()), pName);
-    return KGltfReadTrack{pTarget, pProperty, KGltfKeys(lTimes, &lValues, lInterpolation, pProperty == 1)};
+    return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == 1)};
 }
 
-KQexSampling KGltfReader::FindSampling(const std::vector<KGltfReadTrack>& pTracks) const
+KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const
 {
-    KGltfTimes lTimes;
-    double     lFirst = std::numeric_limits<double>::max();
-    double     lLast = -lFirst;
-    for (const KGltfReadTrack& lTrack : pTracks)
+    KQexGltfTimes lTimes;
+    double        lFirst = std::numeric_limits<double>::max();
+    double        lLast = -lFirst;
+    for (const KQexGltfReadTrack& lTrack : pTracks)
     {
         lTimes.push_back(lTrack.mKeys.GetSharedTimes());
         lFirst = std::min(lFirst, lTimes.back()->front());
@@ -204,7 +205,7 @@ KQexSampling KGltfReader::FindSampling(const std::vector<KGltfReadTrack>& pTrack
     }
     if (lStep <= 0)
     {
-        throw KGltfError("Frames a second out of range");
+        throw KQexGltfError("Frames a second out of range");
     }
     const double lSeconds = KTime(lStep).GetSeconds();
     const double lStart = std::round(lFirst / lSeconds);
@@ -218,7 +219,7 @@ KQexSampling KGltfReader::FindSampling(const std::vector<KGltfReadTrack>& pTrack
     return lSampling;
 }
 
-void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, const KQexSampling& pSampling)
+void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling)
 {
     KQexNode*      lNode = pTrack.mTarget->mNode;
     const int      lProperty = pTrack.mProperty;
@@ -235,11 +236,11 @@ void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, cons
         const double lSeconds = lTime.GetSeconds();
         if (!pTrack.mKeys.Evaluate(lSeconds, GltfSameTime(lSeconds, lStep), lValue))
         {
-            throw KGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not a number");
+            throw KQexGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not a number");
         }
         if (lProperty == 1)
         {
-            KQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
+            KQexQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
             GltfNormalize(lRotation);
             ToAngles(*pTrack.mTarget, lRotation, lNear, lNear);
             KmVset(lValue, lNear);
@@ -254,11 +255,11 @@ void KGltfReader::FillCurves(KQexAnimStack* pStack, KGltfReadTrack& pTrack, cons
     }
 }
 
-bool KGltfReader::ReadTake(size_t pIndex)
+bool KQexGltfReader::ReadTake(size_t pIndex)
 {
-    const std::string           lName = "animations[" + std::to_string(pIndex) + "]";
-    const std::string           lText = mAnimations[pIndex]["name"].GetText();
-    std::vector<KGltfReadTrack> lTracks;
+    const std::string              lName = "animations[" + std::to_string(pIndex) + "]";
+    const std::string              lText = mAnimations[pIndex]["name"].GetText();
+    std::vector<KQexGltfReadTrack> lTracks;
     ReadTracks(mAnimations[pIndex], lName, lTracks);
     if (lTracks.empty())
     {
@@ -286,7 +287,7 @@ bool KGltfReader::ReadTake(size_t pIndex)
     return true;
 }
 
-bool KGltfReader::ReadTakes()
+bool KQexGltfReader::ReadTakes()
 {
     for (int i = 0; i < mScene->GetAnimStackCount(); ++i)
     {
@@ -304,11 +305,12 @@ bool KGltfReader::ReadTakes()
 
 /// The angles of a node whose local rotation, pivots included, is \p pRotation: of all that give it, those nearest to \p pNear, which
 /// may be \p pAngles.
-void KGltfReader::ToAngles(const KGltfReadNode& pNode, const KQuaternion& pRotation, const double pNear[3], double pAngles[3]) const
+void KQexGltfReader::ToAngles(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3],
+                              double pAngles[3]) const
 {
-    const KQuaternion lQ = pNode.mHasPivots ? pNode.mPreInverse * pRotation * pNode.mPost : pRotation;
-    const double*     lV = lQ.mData;
-    double            lMatrix[3][4];
+    const KQexQuaternion lQ = pNode.mHasPivots ? pNode.mPreInverse * pRotation * pNode.mPost : pRotation;
+    const double*        lV = lQ.mData;
+    double               lMatrix[3][4];
     for (int i = 0; i < 3; ++i)
     {
         const int j = (i + 1) % 3;

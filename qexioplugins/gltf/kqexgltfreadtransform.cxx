@@ -18,11 +18,11 @@ double Determinant(const double (*pM)[3])
 }
 
 /// The rotation whose axes' images are \p pM, which are of unit length and square to each other.
-KQuaternion QuaternionOf(const double (*pM)[3])
+KQexQuaternion QuaternionOf(const double (*pM)[3])
 {
     // From the largest component, so that nothing is divided by a small number.
-    const double lTrace = pM[0][0] + pM[1][1] + pM[2][2];
-    KQuaternion  lQ;
+    const double   lTrace = pM[0][0] + pM[1][1] + pM[2][2];
+    KQexQuaternion lQ;
     if (lTrace > 0.0)
     {
         const double lS = 2.0 * std::sqrt(1.0 + lTrace);
@@ -45,26 +45,26 @@ KQuaternion QuaternionOf(const double (*pM)[3])
 
 } // namespace
 
-bool GltfNumbers(const KGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
+bool GltfNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
 {
     if (!pFrom.IsValid())
     {
         return false;
     }
-    bool lOk = pFrom.Is(KGltfJson::eARRAY) && pFrom.GetCount() == static_cast<size_t>(pCount);
-    for (KGltfJson::KValue lNumber = pFrom.GetFirst(); lOk && lNumber.IsValid(); lNumber = lNumber.GetNext())
+    bool lOk = pFrom.Is(KQexGltfJson::eARRAY) && pFrom.GetCount() == static_cast<size_t>(pCount);
+    for (KQexGltfJson::KValue lNumber = pFrom.GetFirst(); lOk && lNumber.IsValid(); lNumber = lNumber.GetNext())
     {
-        lOk = lNumber.Is(KGltfJson::eNUMBER);
+        lOk = lNumber.Is(KQexGltfJson::eNUMBER);
         *pResult++ = lNumber.GetNumber(0.0);
     }
     if (!lOk)
     {
-        throw KGltfError(pName + " is not " + std::to_string(pCount) + " numbers");
+        throw KQexGltfError(pName + " is not " + std::to_string(pCount) + " numbers");
     }
     return true;
 }
 
-bool GltfNormalize(KQuaternion& pRotation)
+bool GltfNormalize(KQexQuaternion& pRotation)
 {
     double lLargest = 0.0;
     for (const double lNumber : pRotation.mData)
@@ -73,7 +73,7 @@ bool GltfNormalize(KQuaternion& pRotation)
     }
     if (!(lLargest > 0.0) || !std::isfinite(lLargest))
     {
-        pRotation = KQuaternion();
+        pRotation = KQexQuaternion();
         return false;
     }
     double lSquare = 0.0;
@@ -89,16 +89,16 @@ bool GltfNormalize(KQuaternion& pRotation)
     return true;
 }
 
-void KGltfReader::SetTransform(KGltfReadNode& pNode, const std::string& pName)
+void KQexGltfReader::SetTransform(KQexGltfReadNode& pNode, const std::string& pName)
 {
     if (pNode.mFrom["matrix"].IsValid())
     {
         SetMatrix(pNode, pName);
         return;
     }
-    double      lT[3] = {0.0, 0.0, 0.0};
-    double      lS[3] = {1.0, 1.0, 1.0};
-    KQuaternion lR;
+    double         lT[3] = {0.0, 0.0, 0.0};
+    double         lS[3] = {1.0, 1.0, 1.0};
+    KQexQuaternion lR;
     GltfNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
     GltfNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
     if (GltfNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
@@ -109,7 +109,7 @@ void KGltfReader::SetTransform(KGltfReadNode& pNode, const std::string& pName)
 }
 
 /// Takes a matrix apart: the lengths of its axes are the scale, and what is left of them, made square from the first on, the rotation.
-void KGltfReader::SetMatrix(KGltfReadNode& pNode, const std::string& pName)
+void KQexGltfReader::SetMatrix(KQexGltfReadNode& pNode, const std::string& pName)
 {
     double lM[16];
     double lAxes[3][3];
@@ -130,7 +130,7 @@ void KGltfReader::SetMatrix(KGltfReadNode& pNode, const std::string& pName)
     if (lIsFlat || std::fabs(lTurns) < 1e-9)
     {
         Warn(pName + ".matrix flattens space, its rotation is left out");
-        SetRest(pNode, lM + 12, KQuaternion(), lS);
+        SetRest(pNode, lM + 12, KQexQuaternion(), lS);
         return;
     }
     if (lTurns < 0.0)
@@ -157,12 +157,13 @@ void KGltfReader::SetMatrix(KGltfReadNode& pNode, const std::string& pName)
     {
         Warn(pName + ".matrix is sheared, which a node can't be; the nearest rotation and scale are taken");
     }
-    KQuaternion lR = QuaternionOf(lAxes);
+    KQexQuaternion lR = QuaternionOf(lAxes);
     GltfNormalize(lR);
     SetRest(pNode, lM + 12, lR, lS);
 }
 
-void KGltfReader::SetRest(KGltfReadNode& pNode, const double pTranslation[3], const KQuaternion& pRotation, const double pScaling[3])
+void KQexGltfReader::SetRest(KQexGltfReadNode& pNode, const double pTranslation[3], const KQexQuaternion& pRotation,
+                             const double pScaling[3])
 {
     double       lAngles[3] = {0.0, 0.0, 0.0};
     const double lF = mOptions.mScale;
@@ -170,7 +171,7 @@ void KGltfReader::SetRest(KGltfReadNode& pNode, const double pTranslation[3], co
     ToAngles(pNode, pRotation, lAngles, lAngles);
     if (!std::isfinite(lT[0] + lT[1] + lT[2]) || !std::isfinite(pScaling[0] + pScaling[1] + pScaling[2]))
     {
-        throw KGltfError(std::string("Node (") + pNode.mNode->GetName() + "): a value is too large");
+        throw KQexGltfError(std::string("Node (") + pNode.mNode->GetName() + "): a value is too large");
     }
     pNode.mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lT[0], lT[1], lT[2]));
     pNode.mNode->mLocalRotation.Set(qexVectorTemplate3<double>(lAngles[0], lAngles[1], lAngles[2]));

@@ -46,12 +46,12 @@ void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
 
 } // namespace
 
-void KGltfWriter::GetPlace(const KGltfNode& pNode, double* pPlace) const
+void KQexGltfWriter::GetPlace(const KQexGltfNode& pNode, double* pPlace) const
 {
     KmVN(pPlace, pNode.mRest.mData[3].mData, mOptions.mScale);
 }
 
-void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KGltfModel::KSkin& pSkin)
+void KQexGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KQexGltfModel::KSkin& pSkin)
 {
     pSkin.mInverseBinds = mBuffer.AddFloats(eGLTF_MAT4, pJoints.size());
     float* lOut = mBuffer.GetFloats(pSkin.mInverseBinds);
@@ -64,7 +64,7 @@ void KGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KGltfModel
 }
 
 /// A skin over the skeleton nodes of a tree, or over all its nodes when none is one.
-void KGltfWriter::AddSkin(int pTree)
+void KQexGltfWriter::AddSkin(int pTree)
 {
     std::vector<size_t> lJoints;
     std::vector<size_t> lAll;
@@ -85,7 +85,7 @@ void KGltfWriter::AddSkin(int pTree)
         mFile.Report(KQexTextMessage::eWARNING, "Skin left out: more joints than a skin can have");
         return;
     }
-    KGltfModel::KSkin lSkin;
+    KQexGltfModel::KSkin lSkin;
     lSkin.mName = mModel.mNodes[lJoints.front()].mName;
     lSkin.mSkeleton = static_cast<int>(mTops[static_cast<size_t>(pTree)]);
     lSkin.mJoints.assign(lJoints.begin(), lJoints.end());
@@ -97,7 +97,7 @@ void KGltfWriter::AddSkin(int pTree)
     }
 }
 
-void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin)
+void KQexGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin)
 {
     std::vector<std::uint16_t> lJointOf(mNodes.size(), 0);
     std::vector<bool>          lIsJoint(mNodes.size(), false);
@@ -106,7 +106,7 @@ void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSk
         lJointOf[pJoints[i]] = static_cast<std::uint16_t>(i);
         lIsJoint[pJoints[i]] = true;
     }
-    KGltfBoneMesh lBones;
+    KQexGltfBoneMesh lBones;
     for (size_t i = mTops[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
     {
         const int lParent = mNodes[i].mParent;
@@ -123,9 +123,9 @@ void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSk
     {
         return;
     }
-    const size_t           lCount = lBones.GetVertexCount();
-    KGltfModel::KPrimitive lPrimitive;
-    const auto             lAddFloats = [&](const char* pWord, KGltfElement pElement, const std::vector<float>& pValues)
+    const size_t              lCount = lBones.GetVertexCount();
+    KQexGltfModel::KPrimitive lPrimitive;
+    const auto                lAddFloats = [&](const char* pWord, KQexGltfElement pElement, const std::vector<float>& pValues)
     {
         const int lAccessor = mBuffer.AddFloats(pElement, lCount, eGLTF_ARRAY_BUFFER);
         std::copy(pValues.begin(), pValues.end(), mBuffer.GetFloats(lAccessor));
@@ -146,7 +146,7 @@ void KGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSk
         mModel.mMaterials.push_back({"bone", {0.75, 0.72, 0.65, 1.0}, 0.0, 0.8});
     }
     lPrimitive.mMaterial = 0;
-    KGltfModel::KNode lNode;
+    KQexGltfModel::KNode lNode;
     lNode.mName = mModel.mSkins[static_cast<size_t>(pSkin)].mName + "_bones";
     lNode.mMesh = static_cast<int>(mModel.mMeshes.size());
     lNode.mSkin = pSkin;

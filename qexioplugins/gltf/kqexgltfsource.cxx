@@ -54,7 +54,7 @@ std::string Decode64(std::string_view pText, const std::string& pName)
         const int lDigit = Digit64(lC);
         if (lDigit < 0)
         {
-            throw KGltfError(pName + ".uri: not base64");
+            throw KQexGltfError(pName + ".uri: not base64");
         }
         lBits = (lBits << 6 | static_cast<unsigned>(lDigit)) & 0xFFFFFFu;
         lCount += 6;
@@ -125,22 +125,22 @@ std::string PathBelow(const std::string& pModel, const std::string& pName)
 
 } // namespace
 
-std::vector<KGltfJson::KValue> GltfMembers(const KGltfJson::KValue& pArray, const std::string& pName)
+std::vector<KQexGltfJson::KValue> GltfMembers(const KQexGltfJson::KValue& pArray, const std::string& pName)
 {
-    if (pArray.IsValid() && !pArray.Is(KGltfJson::eARRAY))
+    if (pArray.IsValid() && !pArray.Is(KQexGltfJson::eARRAY))
     {
-        throw KGltfError(pName + " is not an array");
+        throw KQexGltfError(pName + " is not an array");
     }
-    std::vector<KGltfJson::KValue> lMembers;
+    std::vector<KQexGltfJson::KValue> lMembers;
     lMembers.reserve(pArray.GetCount());
-    for (KGltfJson::KValue lMember = pArray.GetFirst(); lMember.IsValid(); lMember = lMember.GetNext())
+    for (KQexGltfJson::KValue lMember = pArray.GetFirst(); lMember.IsValid(); lMember = lMember.GetNext())
     {
         lMembers.push_back(lMember);
     }
     return lMembers;
 }
 
-size_t GltfSize(const KGltfJson::KValue& pValue, size_t pDefault, const std::string& pName)
+size_t GltfSize(const KQexGltfJson::KValue& pValue, size_t pDefault, const std::string& pName)
 {
     if (!pValue.IsValid())
     {
@@ -149,12 +149,12 @@ size_t GltfSize(const KGltfJson::KValue& pValue, size_t pDefault, const std::str
     const double lNumber = pValue.GetNumber(-1.0);
     if (!(lNumber >= 0.0) || lNumber > 9007199254740992.0 || lNumber != std::floor(lNumber))
     {
-        throw KGltfError(pName + " is not a whole number from 0");
+        throw KQexGltfError(pName + " is not a whole number from 0");
     }
     return static_cast<size_t>(lNumber);
 }
 
-int GltfIndex(const KGltfJson::KValue& pValue, size_t pCount, const std::string& pName)
+int GltfIndex(const KQexGltfJson::KValue& pValue, size_t pCount, const std::string& pName)
 {
     if (!pValue.IsValid())
     {
@@ -163,30 +163,30 @@ int GltfIndex(const KGltfJson::KValue& pValue, size_t pCount, const std::string&
     const size_t lIndex = GltfSize(pValue, 0, pName);
     if (lIndex >= pCount || lIndex > static_cast<size_t>(std::numeric_limits<int>::max()))
     {
-        throw KGltfError(pName + " is " + std::to_string(lIndex) + ", but there are only " + std::to_string(pCount));
+        throw KQexGltfError(pName + " is " + std::to_string(lIndex) + ", but there are only " + std::to_string(pCount));
     }
     return static_cast<int>(lIndex);
 }
 
-void KGltfSource::OpenPath(const std::string& pPath)
+void KQexGltfSource::OpenPath(const std::string& pPath)
 {
     std::string lReason;
     if (!KReadWholeFile(pPath.c_str(), std::numeric_limits<size_t>::max(), false, mOwned, lReason))
     {
-        throw KGltfError("Can't read " + pPath + ": " + lReason);
+        throw KQexGltfError("Can't read " + pPath + ": " + lReason);
     }
     mPath = pPath == "-" ? "" : pPath;
     mBytes = mOwned;
     Open();
 }
 
-void KGltfSource::OpenBytes(std::string_view pBytes)
+void KQexGltfSource::OpenBytes(std::string_view pBytes)
 {
     mBytes = pBytes;
     Open();
 }
 
-size_t KGltfSource::GetSize() const
+size_t KQexGltfSource::GetSize() const
 {
     size_t lSize = mBytes.size();
     for (const auto& lFile : mFiles)
@@ -196,7 +196,7 @@ size_t KGltfSource::GetSize() const
     return lSize;
 }
 
-void KGltfSource::Open()
+void KQexGltfSource::Open()
 {
     if (mBytes.substr(0, 4) == "glTF")
     {
@@ -206,35 +206,35 @@ void KGltfSource::Open()
     {
         mJson.Parse(mBytes.data(), mBytes.size());
     }
-    const KGltfJson::KValue lRoot = mJson.GetRoot();
-    const std::string       lVersion = lRoot["asset"]["version"].GetText();
-    if (!lRoot.Is(KGltfJson::eOBJECT) || lVersion.empty())
+    const KQexGltfJson::KValue lRoot = mJson.GetRoot();
+    const std::string          lVersion = lRoot["asset"]["version"].GetText();
+    if (!lRoot.Is(KQexGltfJson::eOBJECT) || lVersion.empty())
     {
-        throw KGltfError("Not a glTF file: asset.version is missing");
+        throw KQexGltfError("Not a glTF file: asset.version is missing");
     }
     if (lVersion.substr(0, 2) != "2.")
     {
-        throw KGltfError("glTF version (" + lVersion + ") is not supported, only 2");
+        throw KQexGltfError("glTF version (" + lVersion + ") is not supported, only 2");
     }
     mBuffers = GltfMembers(lRoot["buffers"], "buffers");
     mFetched.resize(mBuffers.size());
 }
 
-void KGltfSource::OpenBinary()
+void KQexGltfSource::OpenBinary()
 {
     if (mBytes.size() < kFileHead + kChunkHead)
     {
-        throw KGltfError("The file is cut off in its head");
+        throw KQexGltfError("The file is cut off in its head");
     }
     if (LittleEndian(mBytes, 4) != 2)
     {
-        throw KGltfError("glTF version (" + std::to_string(LittleEndian(mBytes, 4)) + ") is not supported, only 2");
+        throw KQexGltfError("glTF version (" + std::to_string(LittleEndian(mBytes, 4)) + ") is not supported, only 2");
     }
     const size_t lSize = LittleEndian(mBytes, 8);
     if (lSize > mBytes.size())
     {
-        throw KGltfError("The file is cut off: " + std::to_string(lSize) + " bytes by its head, " + std::to_string(mBytes.size()) +
-                         " found");
+        throw KQexGltfError("The file is cut off: " + std::to_string(lSize) + " bytes by its head, " + std::to_string(mBytes.size()) +
+                            " found");
     }
     const std::string_view lFile = mBytes.substr(0, lSize);
     std::string_view       lJson;
@@ -245,7 +245,7 @@ void KGltfSource::OpenBinary()
         lPlace += kChunkHead;
         if (lLength > lFile.size() - lPlace)
         {
-            throw KGltfError("A chunk of " + std::to_string(lLength) + " bytes does not fit into the file");
+            throw KQexGltfError("A chunk of " + std::to_string(lLength) + " bytes does not fit into the file");
         }
         if (lKind == "JSON" && lJson.empty())
         {
@@ -263,7 +263,7 @@ void KGltfSource::OpenBinary()
     mJson.Parse(lJson.data(), lJson.size());
 }
 
-std::string_view KGltfSource::GetBuffer(size_t pIndex)
+std::string_view KQexGltfSource::GetBuffer(size_t pIndex)
 {
     std::string_view& lBuffer = mFetched[pIndex];
     if (lBuffer.data() == nullptr)
@@ -273,18 +273,18 @@ std::string_view KGltfSource::GetBuffer(size_t pIndex)
     return lBuffer;
 }
 
-std::string_view KGltfSource::Fetch(const KGltfJson::KValue& pBuffer, size_t pIndex)
+std::string_view KQexGltfSource::Fetch(const KQexGltfJson::KValue& pBuffer, size_t pIndex)
 {
-    const std::string       lName = "buffers[" + std::to_string(pIndex) + "]";
-    const KGltfJson::KValue lUri = pBuffer["uri"];
-    const std::string       lText = lUri.GetText();
-    const size_t            lComma = lText.find(',');
-    std::string_view        lBytes;
+    const std::string          lName = "buffers[" + std::to_string(pIndex) + "]";
+    const KQexGltfJson::KValue lUri = pBuffer["uri"];
+    const std::string          lText = lUri.GetText();
+    const size_t               lComma = lText.find(',');
+    std::string_view           lBytes;
     if (!lUri.IsValid())
     {
         if (pIndex != 0 || !mHasChunk)
         {
-            throw KGltfError(lName + " has no data");
+            throw KQexGltfError(lName + " has no data");
         }
         lBytes = mChunk;
     }
@@ -292,7 +292,7 @@ std::string_view KGltfSource::Fetch(const KGltfJson::KValue& pBuffer, size_t pIn
     {
         if (lComma == std::string::npos || lComma < 7 || lText.compare(lComma - 7, 7, ";base64") != 0)
         {
-            throw KGltfError(lName + ".uri: data that is not base64");
+            throw KQexGltfError(lName + ".uri: data that is not base64");
         }
         lBytes = mTexts[pIndex] = Decode64(std::string_view(lText).substr(lComma + 1), lName);
     }
@@ -303,22 +303,22 @@ std::string_view KGltfSource::Fetch(const KGltfJson::KValue& pBuffer, size_t pIn
     const size_t lSize = GltfSize(pBuffer["byteLength"], 0, lName + ".byteLength");
     if (lSize > lBytes.size())
     {
-        throw KGltfError(lName + " should have " + std::to_string(lSize) + " bytes, found " + std::to_string(lBytes.size()));
+        throw KQexGltfError(lName + " should have " + std::to_string(lSize) + " bytes, found " + std::to_string(lBytes.size()));
     }
     return lSize == 0 ? std::string_view("", 0) : lBytes.substr(0, lSize);
 }
 
-std::string_view KGltfSource::FetchFile(const std::string& pUri)
+std::string_view KQexGltfSource::FetchFile(const std::string& pUri)
 {
     const std::string lName = Unescaped(pUri);
     if (mPath.empty())
     {
-        throw KGltfError("Can't read the buffer (" + pUri + "): the model is not in a folder");
+        throw KQexGltfError("Can't read the buffer (" + pUri + "): the model is not in a folder");
     }
     const std::string lPath = IsBelow(lName, pUri) ? PathBelow(mPath, lName) : std::string();
     if (lPath.empty())
     {
-        throw KGltfError("Can't read the buffer (" + pUri + "): it is not in the model's folder");
+        throw KQexGltfError("Can't read the buffer (" + pUri + "): it is not in the model's folder");
     }
     const auto lKnown = mFiles.find(lPath);
     if (lKnown != mFiles.end())
@@ -329,7 +329,7 @@ std::string_view KGltfSource::FetchFile(const std::string& pUri)
     std::string lReason;
     if (!KReadWholeFile(lPath.c_str(), std::numeric_limits<size_t>::max(), true, lBytes, lReason))
     {
-        throw KGltfError("Can't read " + lPath + ": " + lReason);
+        throw KQexGltfError("Can't read " + lPath + ": " + lReason);
     }
     return mFiles.emplace(lPath, std::move(lBytes)).first->second;
 }

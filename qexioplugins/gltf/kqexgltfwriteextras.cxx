@@ -8,7 +8,7 @@ namespace qexsdk
 namespace
 {
 
-void WriteAngles(KGltfJsonWriter& pJson, const char* pKey, KQexVector4 pAngles)
+void WriteAngles(KQexGltfJsonWriter& pJson, const char* pKey, KQexVector4 pAngles)
 {
     pJson.Key(pKey);
     pJson.BeginArray();
@@ -20,7 +20,7 @@ void WriteAngles(KGltfJsonWriter& pJson, const char* pKey, KQexVector4 pAngles)
 }
 
 /// The bounds that are active: {"x": …, "z": …}.
-void WriteBounds(KGltfJsonWriter& pJson, const char* pKey, const bool pActive[3], KQexVector4 pBounds)
+void WriteBounds(KQexGltfJsonWriter& pJson, const char* pKey, const bool pActive[3], KQexVector4 pBounds)
 {
     static const char* const sAxes[3] = {"x", "y", "z"};
     pJson.Key(pKey);
@@ -36,7 +36,7 @@ void WriteBounds(KGltfJsonWriter& pJson, const char* pKey, const bool pActive[3]
     pJson.EndObject();
 }
 
-void WriteLimits(KGltfJsonWriter& pJson, const char* pKey, const KQexLimits& pLimits)
+void WriteLimits(KQexGltfJsonWriter& pJson, const char* pKey, const KQexLimits& pLimits)
 {
     bool lMinActive[3];
     bool lMaxActive[3];
@@ -49,7 +49,7 @@ void WriteLimits(KGltfJsonWriter& pJson, const char* pKey, const KQexLimits& pLi
     pJson.EndObject();
 }
 
-void WriteNodeLimits(KGltfJsonWriter& pJson, const KQexNodeLimits& pLimits)
+void WriteNodeLimits(KQexGltfJsonWriter& pJson, const KQexNodeLimits& pLimits)
 {
     pJson.Key("limits");
     pJson.BeginObject();
@@ -64,7 +64,7 @@ void WriteNodeLimits(KGltfJsonWriter& pJson, const KQexNodeLimits& pLimits)
     pJson.EndObject();
 }
 
-void WriteDofs(KGltfJsonWriter& pJson, const std::vector<KQexBoneDof>& pDofs)
+void WriteDofs(KQexGltfJsonWriter& pJson, const std::vector<KQexBoneDof>& pDofs)
 {
     pJson.Key("dofs");
     pJson.BeginArray();
@@ -90,7 +90,7 @@ void WriteDofs(KGltfJsonWriter& pJson, const std::vector<KQexBoneDof>& pDofs)
 
 } // namespace
 
-void WriteGltfExtras(KGltfJsonWriter& pJson, const KQexNode& pNode, const KQexBoneDofs* pBoneDofs)
+void WriteGltfExtras(KQexGltfJsonWriter& pJson, const KQexNode& pNode, const KQexBoneDofs* pBoneDofs)
 {
     static const char* const sOrders[] = {"XYZ", "XZY", "YZX", "YXZ", "ZXY", "ZYX"};
     const auto               lFound = pBoneDofs != nullptr ? pBoneDofs->find(pNode.GetName()) : KQexBoneDofs::const_iterator();

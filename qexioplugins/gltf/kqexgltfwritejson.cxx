@@ -9,10 +9,10 @@ namespace
 {
 
 /// The whole file's JSON. Members that have their default, and arrays without members, which the format does not allow, are left out.
-class KGltfText
+class KQexGltfText
 {
 public:
-    KGltfText(const KGltfModel& pModel, const KQexBoneDofs* pBoneDofs, std::string& pOut, bool pIsIndented)
+    KQexGltfText(const KQexGltfModel& pModel, const KQexBoneDofs* pBoneDofs, std::string& pOut, bool pIsIndented)
         : mModel(pModel), mBoneDofs(pBoneDofs), mJson(pOut, pIsIndented)
     {
     }
@@ -32,13 +32,13 @@ public:
         AddIndices("nodes", mModel.mTopNodes);
         mJson.EndObject();
         mJson.EndArray();
-        AddObjects("nodes", mModel.mNodes, [this](const KGltfModel::KNode& pNode) { AddNode(pNode); });
-        AddObjects("skins", mModel.mSkins, [this](const KGltfModel::KSkin& pSkin) { AddSkin(pSkin); });
-        AddObjects("meshes", mModel.mMeshes, [this](const KGltfModel::KMesh& pMesh) { AddMesh(pMesh); });
-        AddObjects("materials", mModel.mMaterials, [this](const KGltfModel::KMaterial& pMaterial) { AddMaterial(pMaterial); });
-        AddObjects("animations", mModel.mAnimations, [this](const KGltfModel::KAnimation& pAnimation) { AddAnimation(pAnimation); });
-        AddObjects("accessors", mModel.mAccessors, [this](const KGltfModel::KAccessor& pAccessor) { AddAccessor(pAccessor); });
-        AddObjects("bufferViews", mModel.mViews, [this](const KGltfModel::KView& pView) { AddView(pView); });
+        AddObjects("nodes", mModel.mNodes, [this](const KQexGltfModel::KNode& pNode) { AddNode(pNode); });
+        AddObjects("skins", mModel.mSkins, [this](const KQexGltfModel::KSkin& pSkin) { AddSkin(pSkin); });
+        AddObjects("meshes", mModel.mMeshes, [this](const KQexGltfModel::KMesh& pMesh) { AddMesh(pMesh); });
+        AddObjects("materials", mModel.mMaterials, [this](const KQexGltfModel::KMaterial& pMaterial) { AddMaterial(pMaterial); });
+        AddObjects("animations", mModel.mAnimations, [this](const KQexGltfModel::KAnimation& pAnimation) { AddAnimation(pAnimation); });
+        AddObjects("accessors", mModel.mAccessors, [this](const KQexGltfModel::KAccessor& pAccessor) { AddAccessor(pAccessor); });
+        AddObjects("bufferViews", mModel.mViews, [this](const KQexGltfModel::KView& pView) { AddView(pView); });
         mJson.Key("buffers");
         mJson.BeginArray();
         mJson.BeginObject();
@@ -121,7 +121,7 @@ private:
         AddArray(pKey, pNumbers, [this](double pNumber) { mJson.Number(pNumber); });
     }
 
-    void AddNode(const KGltfModel::KNode& pNode)
+    void AddNode(const KQexGltfModel::KNode& pNode)
     {
         AddText("name", pNode.mName);
         AddIndex("mesh", pNode.mMesh);
@@ -136,7 +136,7 @@ private:
         }
     }
 
-    void AddSkin(const KGltfModel::KSkin& pSkin)
+    void AddSkin(const KQexGltfModel::KSkin& pSkin)
     {
         AddText("name", pSkin.mName);
         AddIndex("inverseBindMatrices", pSkin.mInverseBinds);
@@ -144,7 +144,7 @@ private:
         AddIndices("joints", pSkin.mJoints);
     }
 
-    void AddMesh(const KGltfModel::KMesh& pMesh)
+    void AddMesh(const KQexGltfModel::KMesh& pMesh)
     {
         AddText("name", pMesh.mName);
         mJson.Key("primitives");
@@ -163,7 +163,7 @@ private:
         mJson.EndArray();
     }
 
-    void AddMaterial(const KGltfModel::KMaterial& pMaterial)
+    void AddMaterial(const KQexGltfModel::KMaterial& pMaterial)
     {
         AddText("name", pMaterial.mName);
         mJson.Key("pbrMetallicRoughness");
@@ -174,12 +174,12 @@ private:
         mJson.EndObject();
     }
 
-    void AddAnimation(const KGltfModel::KAnimation& pAnimation)
+    void AddAnimation(const KQexGltfModel::KAnimation& pAnimation)
     {
         AddText("name", pAnimation.mName);
         int lSampler = 0;
         AddObjects("channels", pAnimation.mChannels,
-                   [this, &lSampler](const KGltfModel::KChannel& pChannel)
+                   [this, &lSampler](const KQexGltfModel::KChannel& pChannel)
                    {
                        AddIndex("sampler", lSampler++);
                        mJson.Key("target");
@@ -189,7 +189,7 @@ private:
                        mJson.EndObject();
                    });
         AddObjects("samplers", pAnimation.mChannels,
-                   [this](const KGltfModel::KChannel& pChannel)
+                   [this](const KQexGltfModel::KChannel& pChannel)
                    {
                        AddIndex("input", pChannel.mInput);
                        AddText("interpolation", "LINEAR");
@@ -197,7 +197,7 @@ private:
                    });
     }
 
-    void AddAccessor(const KGltfModel::KAccessor& pAccessor)
+    void AddAccessor(const KQexGltfModel::KAccessor& pAccessor)
     {
         AddIndex("bufferView", pAccessor.mView);
         AddIndex("componentType", pAccessor.mComponentType);
@@ -207,7 +207,7 @@ private:
         AddNumbers("min", pAccessor.mMin);
     }
 
-    static const char* ElementName(KGltfElement pElement)
+    static const char* ElementName(KQexGltfElement pElement)
     {
         switch (pElement)
         {
@@ -222,7 +222,7 @@ private:
         }
     }
 
-    void AddView(const KGltfModel::KView& pView)
+    void AddView(const KQexGltfModel::KView& pView)
     {
         AddIndex("buffer", 0);
         AddCount("byteOffset", pView.mOffset);
@@ -233,17 +233,17 @@ private:
         }
     }
 
-    const KGltfModel&   mModel;
-    const KQexBoneDofs* mBoneDofs;
-    KGltfJsonWriter     mJson;
+    const KQexGltfModel& mModel;
+    const KQexBoneDofs*  mBoneDofs;
+    KQexGltfJsonWriter   mJson;
 };
 
 } // namespace
 
-std::string KGltfWriter::GetJson(const std::string& pUri)
+std::string KQexGltfWriter::GetJson(const std::string& pUri)
 {
     std::string lJson;
-    KGltfText(mModel, mOptions.mBoneDofs, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
+    KQexGltfText(mModel, mOptions.mBoneDofs, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
     return lJson;
 }
 

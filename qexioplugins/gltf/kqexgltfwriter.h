@@ -14,7 +14,7 @@ namespace qexsdk
 {
 
 /// A node of the file.
-struct KGltfNode
+struct KQexGltfNode
 {
     KQexNode*  mNode;   ///< The node; its scene owns it.
     int        mParent; ///< Index of the parent, -1 for a top node.
@@ -23,18 +23,18 @@ struct KGltfNode
 };
 
 /// The keys of one property of one node over a take; empty when nothing moves.
-struct KGltfTrack
+struct KQexGltfTrack
 {
     int                mProperty; ///< 0 translation, 1 rotation, 2 scale.
     std::vector<float> mValues;   ///< Three or four numbers a key, in the file's units.
 };
 
 /// Builds the parts of a glTF file from trees of nodes. May throw what the standard library throws when memory runs out.
-class KGltfWriter
+class KQexGltfWriter
 {
 public:
     /// Messages go to \p pFile; both have to outlive this.
-    KGltfWriter(KQexFileGltf& pFile, const KQexGltfWriteOptions& pOptions)
+    KQexGltfWriter(KQexFileGltf& pFile, const KQexGltfWriteOptions& pOptions)
         : mFile(pFile), mOptions(pOptions), mBuffer(mModel), mThreads(KThreadCount(pOptions.mThreads))
     {
     }
@@ -53,24 +53,26 @@ private:
     std::string SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty);
     void        AddNodes();
     void        AddSkin(int pTree);
-    void        AddInverseBinds(const std::vector<size_t>& pJoints, KGltfModel::KSkin& pSkin);
+    void        AddInverseBinds(const std::vector<size_t>& pJoints, KQexGltfModel::KSkin& pSkin);
     void        AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin);
     bool        AddAnimation(const KQexGltfTake& pTake);
     void        ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
-    void        MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KGltfTrack>& pTracks) const;
-    void MakeVectorTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
-    void MakeRotationTrack(const KGltfNodePose& pRest, const KGltfNodePose& pPose, const KQexSampling& pSampling, KGltfTrack& pTrack) const;
-    int  AddTimes(const KQexSampling& pSampling);
-    void AddChannel(KGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KGltfTrack& pTrack);
-    void GetPlace(const KGltfNode& pNode, double* pPlace) const;
-    size_t mDone = 0;
+    void        MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KQexGltfTrack>& pTracks) const;
+    void        MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+                                KQexGltfTrack& pTrack) const;
+    void        MakeRotationTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+                                  KQexGltfTrack& pTrack) const;
+    int         AddTimes(const KQexSampling& pSampling);
+    void        AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
+    void        GetPlace(const KQexGltfNode& pNode, double* pPlace) const;
+    size_t      mDone = 0;
 
     KQexFileGltf&               mFile;
     const KQexGltfWriteOptions& mOptions;
-    KGltfModel                  mModel;
-    KGltfBuffer                 mBuffer;
+    KQexGltfModel               mModel;
+    KQexGltfBuffer              mBuffer;
     int                         mThreads;
-    std::vector<KGltfNode>      mNodes; ///< Each tree in pre-order; the first nodes of the file, in this order.
+    std::vector<KQexGltfNode>   mNodes; ///< Each tree in pre-order; the first nodes of the file, in this order.
     std::vector<size_t>         mTops;  ///< First node of each tree.
 };
 

@@ -92,8 +92,8 @@ bool RunBatch(KQexFrameFormat& pFormat, std::vector<KFrameBlock>& pBlocks, const
 
 } // namespace
 
-KFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads, KOutputFile& pOutput,
-                      const KQexProgress& pProgress)
+KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads, KOutputFile& pOutput,
+                         const KQexProgress& pProgress)
 {
     const long long          lBatch = static_cast<long long>(kBlockFrames) * kBlocksAThread * pThreads;
     std::vector<KFrameBlock> lBlocks;
@@ -103,21 +103,21 @@ KFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, s
         MakeBlocks(lBlocks, lFirst, lEnd, pValueCount);
         if (!RunBatch(pFormat, lBlocks, pSampling, pValueCount, pThreads))
         {
-            return KFrameRun::eOUT_OF_MEMORY;
+            return KQexFrameRun::eOUT_OF_MEMORY;
         }
         for (const KFrameBlock& lBlock : lBlocks)
         {
             if (!pOutput.Write(lBlock.mText.data(), lBlock.mText.size()))
             {
-                return KFrameRun::eNOT_WRITTEN;
+                return KQexFrameRun::eNOT_WRITTEN;
             }
         }
         if (pProgress && !pProgress(static_cast<double>(lEnd) / static_cast<double>(pSampling.mCount)))
         {
-            return KFrameRun::eCANCELLED;
+            return KQexFrameRun::eCANCELLED;
         }
     }
-    return KFrameRun::eDONE;
+    return KQexFrameRun::eDONE;
 }
 
 } // namespace qexsdk

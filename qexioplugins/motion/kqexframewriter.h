@@ -29,7 +29,7 @@ public:
 };
 
 /// How a run over frames ended.
-enum class KFrameRun
+enum class KQexFrameRun
 {
     eDONE,
     eOUT_OF_MEMORY,
@@ -39,8 +39,8 @@ enum class KFrameRun
 
 /// Writes all frames of \p pSampling, \p pValueCount values each, on \p pThreads threads. Memory does not grow with their number.
 /// May throw std::bad_alloc.
-QEX_API KFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads,
-                              KOutputFile& pOutput, const KQexProgress& pProgress);
+QEX_API KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads,
+                                 KOutputFile& pOutput, const KQexProgress& pProgress);
 
 } // namespace qexsdk
 

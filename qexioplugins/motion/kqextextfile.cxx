@@ -27,7 +27,9 @@ struct KFoldTable
     constexpr explicit KFoldTable(bool pFold) : mTo{}
     {
         for (int i = 0; i < 256; ++i)
+        {
             mTo[i] = static_cast<unsigned char>(pFold && i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
+        }
     }
 
     unsigned char Of(char pCharacter) const { return mTo[static_cast<unsigned char>(pCharacter)]; }
@@ -60,7 +62,9 @@ KQexTextFile::KQexTextFile(const char* pType, const char* pDel, const char* pCom
     std::fill(std::begin(mClass), std::end(mClass), static_cast<unsigned char>(eWORD));
     mClass[0] = eEND;
     for (; *pDel != '\0'; ++pDel)
+    {
         mClass[static_cast<unsigned char>(*pDel)] = eBLANK;
+    }
     mInput.Watch(pCom);
     mCommentCount = static_cast<int>(std::min<size_t>(std::strlen(pCom), KLineReader::kMaxWatched));
 }
@@ -95,7 +99,9 @@ bool KQexTextFile::Reopen(const char* pPath)
 bool KQexTextFile::OpenRead(const char* pPath)
 {
     if (!Reopen(pPath))
+    {
         return false;
+    }
     return mInput.OpenPath(pPath) || Stop();
 }
 
@@ -107,10 +113,14 @@ bool KQexTextFile::OpenReadBuffer(const char* pData, size_t pSize)
 bool KQexTextFile::OpenWrite(const char* pPath)
 {
     if (!Reopen(pPath))
+    {
         return false;
+    }
     mWriting = true;
     if (mOutput.Open(pPath))
+    {
         return true;
+    }
     Error("Can't write %s (%s)\n", pPath, std::strerror(mOutput.GetError()));
     return false;
 }
@@ -118,7 +128,9 @@ bool KQexTextFile::OpenWrite(const char* pPath)
 bool KQexTextFile::OpenWriteBuffer(std::string* pOut)
 {
     if (!Reopen(""))
+    {
         return false;
+    }
     mWriting = true;
     return mOutput.OpenBuffer(pOut);
 }
@@ -128,11 +140,15 @@ bool KQexTextFile::Close()
     mInput.Close();
     ClearLine();
     if (!mWriting)
+    {
         return true;
+    }
     const bool lWasOpen = mOutput.IsOpen();
     const bool lResult = mOutput.Close();
     if (lWasOpen && !lResult)
+    {
         Error("Can't write %s (%s)\n", mPath.c_str(), std::strerror(mOutput.GetError()));
+    }
     return lResult;
 }
 
@@ -145,11 +161,15 @@ bool KQexTextFile::FirstLine()
 {
     ClearLine();
     if (mFailed || !mInput.IsOpen())
+    {
         return false;
+    }
     if (!mInput.Rewind())
     {
         if (mInput.HasFailed())
+        {
             return Stop();
+        }
         mFailed = true;
         Error("Can't go back to the beginning of %s\n", mPath.c_str());
         return false;
@@ -160,9 +180,15 @@ bool KQexTextFile::FirstLine()
 bool KQexTextFile::NextLine()
 {
     if (!mFailed)
+    {
         while (mInput.NextLine())
+        {
             if (LoadLine())
+            {
                 return true;
+            }
+        }
+    }
     ClearLine();
     return mInput.HasFailed() && !mFailed ? Stop() : false;
 }
@@ -217,9 +243,13 @@ bool KQexTextFile::LoadLine()
     mLine = mInput.GetLine();
     char* lEnd = mLine + mInput.GetLength();
     if (!mInput.IsPlain())
+    {
         lEnd = CutComment(lEnd);
+    }
     while (lEnd != mLine && !IsInToken(lEnd[-1]))
+    {
         --lEnd;
+    }
     *lEnd = '\0';
     mEnd = lEnd;
     SkipBlanks(mLine);
@@ -232,10 +262,16 @@ bool KQexTextFile::LoadLine()
 char* KQexTextFile::CutComment(char* pEnd)
 {
     for (int i = 0; i < mCommentCount; ++i)
+    {
         if (char* lComment = mInput.FindWatched(i))
+        {
             pEnd = std::min(pEnd, lComment);
+        }
+    }
     for (char* lNul = mInput.FindNul(); lNul != nullptr && lNul < pEnd; ++lNul)
+    {
         *lNul = *lNul == '\0' ? ' ' : *lNul;
+    }
     return pEnd;
 }
 
@@ -243,7 +279,9 @@ char* KQexTextFile::CutComment(char* pEnd)
 void KQexTextFile::SkipBlanks(char* pFrom)
 {
     while (IsBlank(*pFrom))
+    {
         ++pFrom;
+    }
     mNext = pFrom;
     mNextEnd = nullptr;
 }
@@ -252,17 +290,23 @@ void KQexTextFile::SkipBlanks(char* pFrom)
 char* KQexTextFile::TokenEnd()
 {
     if (mNextEnd != nullptr)
+    {
         return mNextEnd;
+    }
     char* lEnd = mNext;
     while (IsInToken(*lEnd))
+    {
         ++lEnd;
+    }
     return mNextEnd = lEnd;
 }
 
 void KQexTextFile::InitTokens(KToken* pTokens) const
 {
     for (; pTokens->IsValid(); ++pTokens)
+    {
         pTokens->mCount = 0;
+    }
 }
 
 /// Index of the entry that the next token matches, or -1.
@@ -274,17 +318,27 @@ int KQexTextFile::Match(const KToken* pTokens)
     {
         const char* lEntry = lToken->mStr;
         if (lFold.Of(*lEntry) != lFirst)
+        {
             continue;
+        }
         // The token's end shows while the two are compared, so that most tokens are looked at once.
         char* lAt = mNext + 1;
         for (++lEntry; IsInToken(*lAt) && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
+        {
             ++lAt;
+        }
         if (*lEntry != '\0')
+        {
             continue;
+        }
         if (!IsInToken(*lAt))
+        {
             mNextEnd = lAt;
+        }
         else if (!IsLoneColon(*lToken))
+        {
             continue;
+        }
         return static_cast<int>(lToken - pTokens);
     }
     return -1;
@@ -305,7 +359,9 @@ int KQexTextFile::Handle(KToken* pTokens)
         ++pTokens[lIndex].mCount;
         // An unknown section: its name without the colon, which the message supplies.
         if (IsLoneColon(pTokens[lIndex]))
+        {
             ++mText;
+        }
     }
     return lIndex;
 }
@@ -321,10 +377,14 @@ bool KQexTextFile::GetString(char* pText, int pMax, bool& pCut)
 {
     mText = mNext;
     if (!HasToken())
+    {
         return false;
+    }
     char* lAt = mNext;
     for (int i = 0; i < pMax && IsInToken(*lAt); ++i)
+    {
         *pText++ = *lAt++;
+    }
     *pText = '\0';
     pCut = IsInToken(*lAt);
     SkipBlanks(pCut ? TokenEnd() : lAt);

@@ -26,9 +26,13 @@ void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
     {
         mPrinted.assign(kBlanksPerLevel * static_cast<size_t>(std::max(pLevel, 0)), ' ');
         if (KFormatAppend(mPrinted, std::string::npos, pFormat, lArguments))
+        {
             mOutput.Write(mPrinted.data(), mPrinted.size());
+        }
         else
+        {
             mOutput.SetFailed(errno);
+        }
     }
     catch (const std::exception&)
     {
@@ -59,7 +63,9 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
 {
     const bool lKeep = pSeverity == KQexTextMessage::eERROR || mMessages.size() < kMaxMessages;
     if (!lKeep && !mVerb)
+    {
         return;
+    }
     try
     {
         KQexTextMessage lMessage{pSeverity, GetLineNumber(), std::string()};
@@ -69,11 +75,17 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
             return;
         }
         if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
+        {
             lMessage.mText.pop_back();
+        }
         if (mVerb)
+        {
             PrintToStandardError(lMessage);
+        }
         if (!lKeep)
+        {
             return;
+        }
         mMessages.push_back(std::move(lMessage));
         mMessageSize += mMessages.back().mText.size();
     }

@@ -11,11 +11,15 @@ bool KQexTextFile::GetInteger(int& pValue)
 {
     mText = mNext;
     if (!HasToken())
+    {
         return false;
+    }
     char* lEnd = TokenEnd();
     int   lValue = 0;
     if (KNumberParse(std::string_view(mNext, static_cast<size_t>(lEnd - mNext)), lValue) != KNumberStatus::eOK)
+    {
         return false;
+    }
     pValue = lValue;
     SkipBlanks(lEnd);
     return true;
@@ -41,13 +45,19 @@ bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) c
 {
     const char* lEnd = pAt;
     while (IsInToken(*lEnd))
+    {
         ++lEnd;
+    }
     const std::string_view lToken(pAt, static_cast<size_t>(lEnd - pAt));
     pAt = lEnd;
     if (lToken.empty())
+    {
         return false;
+    }
     if (pFinite)
+    {
         return KNumberParse(lToken, pValue) == KNumberStatus::eOK;
+    }
     return KNumberParse(lToken, pValue, KNumberWords::eNONFINITE) != KNumberStatus::eINVALID;
 }
 
@@ -61,7 +71,9 @@ bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool p
         // Short plain numbers, which is nearly all of them, without looking for the token's end first.
         const char* lEnd = KNumberScan(lToken, mEnd, lValue[i]);
         if (lEnd != nullptr && !IsInToken(*lEnd))
+        {
             lAt = lEnd;
+        }
         else if (!ParseNumber(lValue[i], pFinite, lAt))
         {
             mText = mNext + (lToken - mNext);
@@ -69,12 +81,16 @@ bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool p
         }
         mText = mNext + (lToken - mNext);
         while (IsBlank(*lAt))
+        {
             ++lAt;
+        }
     }
     mNext += lAt - mNext;
     mNextEnd = nullptr;
     for (int i = 0; i < pCount; ++i)
+    {
         pValue[i] = lValue[i] * pFactor;
+    }
     return true;
 }
 

@@ -15,7 +15,7 @@ int main(int pCount, char** pArguments)
     if (pCount == 4 && KQexImporterAcclaim::Import(lScene, pArguments[1], pArguments[2], lOptions, lResult))
     {
         const KQexNode* lHand = lResult.mRootNode->FindChild(pArguments[3], true, false);
-        for (KTime lTime; lHand && lTime <= lResult.mTakes[0].mInfo.mStop; lTime += KTime::FromSeconds(1.0))
+        for (KTime lTime; lHand != nullptr && lTime <= lResult.mTakes[0].mInfo.mStop; lTime += KTime::FromSeconds(1.0))
         {
             const KQexVector4 lPlace = lScene->GetEvaluator()->GetNodeGlobalTransform(lHand, lTime).mData[3];
             std::printf("%5.2f s: %7.2f %7.2f %7.2f cm\n", lTime.GetSeconds(), lPlace[0], lPlace[1], lPlace[2]);

@@ -13,7 +13,7 @@ using namespace qextest;
 namespace
 {
 
-// A thread that can't be started is no reason to fail: the calling thread does its jobs, each exactly once.
+/// A thread that can't be started is no reason to fail: the calling thread does its jobs, each exactly once.
 TEST(KParallelFault, EveryJobIsDoneOnceOrNone)
 {
     constexpr int     kJobs = 8;

@@ -151,7 +151,7 @@ bool InChild(const TCheck& pCheck)
     return WEXITSTATUS(lStatus) != 77;
 }
 
-// From no page free behind the old files to enough for the new ones: a page more each time.
+/// From no page free behind the old files to enough for the new ones: a page more each time.
 TEST_P(KOutputPlaceTest, DeviceFromFullToNearlyFullToRoomEnough)
 {
     const auto lCheck = [this]
@@ -246,7 +246,7 @@ TEST_P(KOutputPlaceTest, FolderThatMayNotBeWritten)
     ExpectSameFiles(mFiles.GetOutputs(), mOld);
 }
 
-// The file that a link points at is replaced or made, in its own folder; the link stays.
+/// The file that a link points at is replaced or made, in its own folder; the link stays.
 TEST_P(KOutputPlaceTest, SymbolicLinks)
 {
     for (const bool lIsDangling : {false, true})
@@ -364,7 +364,7 @@ TEST_P(KInputPlaceTest, FileThatMayNotBeRead)
     ExpectSameFiles(mFiles.GetOutputs(), mOld);
 }
 
-// What comes through a FIFO makes what comes from a file; only the numbers beside a glTF file have to be a file.
+/// What comes through a FIFO makes what comes from a file; only the numbers beside a glTF file have to be a file.
 TEST_P(KInputPlaceTest, Fifos)
 {
     std::vector<std::thread> lWriters;
@@ -386,7 +386,7 @@ TEST_P(KInputPlaceTest, Fifos)
     ExpectSameFiles(mFiles.GetOutputs(), GetParam().mOutputs.empty() ? mOld : mNew);
 }
 
-TEST(KGltfPlace, NumbersOfAModelFromAFifoAreRefusedAtOnce)
+TEST(KQexGltfPlace, NumbersOfAModelFromAFifoAreRefusedAtOnce)
 {
     const KFaultFiles lFiles(kPlaceFrames);
     KStage            lStage(lFiles);

@@ -11,7 +11,7 @@
 #include <locale.h>
 #include <string>
 
-// Stands in front of the C library's.
+/// Stands in front of the C library's.
 extern "C" locale_t newlocale(int, const char*, locale_t)
 {
     return static_cast<locale_t>(nullptr);

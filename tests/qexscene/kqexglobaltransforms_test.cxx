@@ -111,7 +111,7 @@ TEST_F(KQexGlobalTransformsTest, AreThoseOfRandomTrees)
     }
 }
 
-// What is kept from one call to the next must never be what was true before.
+/// What is kept from one call to the next must never be what was true before.
 TEST_F(KQexGlobalTransformsTest, SeeEveryChange)
 {
     const std::vector<KQexNode*> lNodes = MakeTree(30);

@@ -93,7 +93,7 @@ TEST(KQexIndexedList, DoesWhatAVectorDoes)
     }
 }
 
-// Each of these would take minutes if every step made the index anew.
+/// Each of these would take minutes if every step made the index anew.
 TEST(KQexIndexedList, VisitingAndRemovingCostsAStepEach)
 {
     constexpr int kCount = 200000;

@@ -18,7 +18,7 @@ KQexMatrix Matrix(KQexVector4 pX, KQexVector4 pY, KQexVector4 pZ, KQexVector4 pT
     return lMatrix;
 }
 
-// A quarter turn about z and a step along x.
+/// A quarter turn about z and a step along x.
 const KQexMatrix kTurn = Matrix({0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
 const KQexMatrix kStep = Matrix({1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {5.0, 0.0, 0.0});
 

@@ -103,7 +103,7 @@ struct KFindCase
     const char* mPath; ///< Child indices from the top, "" for none.
 };
 
-// The tree of these cases: t(a(x y(t)) x(y) b:x Y)
+/// The tree of these cases: t(a(x y(t)) x(y) b:x Y)
 TEST_F(KQexNodeTest, FindChildTakesTheFirstInPreOrder)
 {
     KQexNode* lTop = MakeNode("t");

@@ -22,7 +22,7 @@ TEST_F(KQexObjectTest, KeepsItsNameExactly)
     EXPECT_STREQ(MakeNode(nullptr)->GetName(), "");
 }
 
-// Every form of making an object asks the library's own memory, and gives null without it.
+/// Every form of making an object asks the library's own memory, and gives null without it.
 TEST_F(KQexObjectTest, MemoryIsTheLibrarys)
 {
     KMemoryWatch lWatch;

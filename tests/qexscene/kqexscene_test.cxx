@@ -171,7 +171,7 @@ private:
     KQexGlobalTransforms mBuffer;
 };
 
-// Under the address sanitizer this finds whatever still refers to what has ended.
+/// Under the address sanitizer this finds whatever still refers to what has ended.
 TEST_F(KQexSceneTest, NothingRefersToWhatHasEnded)
 {
     for (unsigned int lSeed = 0; lSeed < 20; ++lSeed)

@@ -45,7 +45,7 @@ KMatrix Move(const KQexVector4& pStep)
     return lMatrix;
 }
 
-// Rows of the one are the images of the axes, and so are the items of the other.
+/// Rows of the one are the images of the axes, and so are the items of the other.
 KQexMatrix FromRows(const KMatrix& pMatrix)
 {
     KQexMatrix lMatrix;

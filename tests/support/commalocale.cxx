@@ -24,14 +24,20 @@ constexpr char kSource[] = "comment_char %\n"
 KCommaLocale::KCommaLocale()
 {
     for (const char* lName : {"de_DE.UTF-8", "fr_FR.UTF-8", "es_ES.UTF-8", "de_DE"})
+    {
         if (std::setlocale(LC_ALL, lName) != nullptr)
+        {
             return;
+        }
+    }
     WriteFile(mFolder / "source", kSource);
     const std::string lFolder = mFolder.Path().string();
     // It warns, and its status is that of the warnings, as the source leaves all but the numbers out.
     const std::string lCommand = "localedef -c -i '" + lFolder + "/source' '" + lFolder + "/qex_COMMA' >/dev/null 2>&1";
     if (std::system(lCommand.c_str()) < 0)
+    {
         return;
+    }
     ::setenv("LOCPATH", lFolder.c_str(), 1);
     std::setlocale(LC_NUMERIC, "qex_COMMA");
 }

@@ -12,7 +12,7 @@ using qexsdk::KFileCalls;
 namespace
 {
 
-// The table holds plain functions, so what they share stands here.
+/// The table holds plain functions, so what they share stands here.
 KFileCalls         sSystem;
 int                sCounts[KFileFaults::eCALLS];
 KFileFaults::ECall sCall = KFileFaults::eCALLS;
@@ -25,9 +25,13 @@ int Count(KFileFaults::ECall pCall)
 {
     const int lCount = ++sCounts[pCall];
     if (pCall != sCall || lCount < sNumber || (lCount > sNumber && !sOnwards))
+    {
         return 0;
+    }
     if (sError != KFileFaults::kShort)
+    {
         errno = sError;
+    }
     return sError;
 }
 
@@ -40,7 +44,9 @@ ssize_t Read(int pFile, void* pData, size_t pSize)
 {
     const int lFault = Count(KFileFaults::eREAD);
     if (lFault > 0)
+    {
         return -1;
+    }
     return sSystem.mRead(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
 }
 
@@ -48,7 +54,9 @@ ssize_t Write(int pFile, const void* pData, size_t pSize)
 {
     const int lFault = Count(KFileFaults::eWRITE);
     if (lFault > 0)
+    {
         return -1;
+    }
     return sSystem.mWrite(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
 }
 

@@ -15,7 +15,7 @@ namespace qextest
 namespace
 {
 
-// The child's side: between fork and exec only calls that are safe in a program with threads.
+/// The child's side: between fork and exec only calls that are safe in a program with threads.
 [[noreturn]] void RunChild(char* const* pArguments, char* const* pEnvironment, const char* pFolder, const int* pStreams)
 {
     if (*pFolder != '\0' && chdir(pFolder) != 0)

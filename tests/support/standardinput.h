@@ -30,11 +30,15 @@ public:
                 for (size_t i = 0; i < pText.size();)
                 {
                     if (pLate)
+                    {
                         std::this_thread::sleep_for(std::chrono::milliseconds(20));
+                    }
                     const size_t  lPart = pLate && i == 0 ? pText.size() / 2 : pText.size() - i;
                     const ssize_t lSize = ::write(lFile, pText.data() + i, lPart);
                     if (lSize <= 0)
+                    {
                         break;
+                    }
                     i += static_cast<size_t>(lSize);
                 }
                 ::close(lFile);

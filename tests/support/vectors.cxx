@@ -60,7 +60,9 @@ std::vector<const KJson*> Leaves(const KJson& pArray)
 double Number(const KJson& pValue)
 {
     if (pValue == "inf" || pValue == "-inf")
+    {
         return pValue == "inf" ? std::numeric_limits<double>::infinity() : -std::numeric_limits<double>::infinity();
+    }
     return pValue.is_number() ? pValue.get<double>() : std::numeric_limits<double>::quiet_NaN();
 }
 

@@ -48,7 +48,7 @@ void CheckSkeleton(const KInputFile& pFile, KCheckTotals& pTotals, KConsole& pCo
     Report(pFile, lSkeleton.GetMessages(), pTotals, pConsole);
 }
 
-// A warning for each degree of freedom that leaves its limits.
+/// A warning for each degree of freedom that leaves its limits.
 void AddOutside(const KMotionSurvey& pSurvey, KMessages& pMessages)
 {
     for (const KBoneSurvey& lBone : pSurvey.GetBones())

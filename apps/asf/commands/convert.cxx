@@ -14,7 +14,7 @@ namespace asfapp
 namespace
 {
 
-// What can be told before reading is, so that nobody waits for it.
+/// What can be told before reading is, so that nobody waits for it.
 bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string>& pInputs, KConsole& pConsole)
 {
     for (const KConvertOutput& lOutput : pOptions.mTargets)

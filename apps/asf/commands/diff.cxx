@@ -37,8 +37,8 @@ bool HasMotionItself(const KInputFile& pFile)
     return pFile.GetKind() == eKIND_BVH || pFile.GetKind() == eKIND_GLTF;
 }
 
-// Two figures, and the motions in their order. A lone motion moves both skeletons; a lone skeleton carries both motions. A motion
-// beside a figure that has its own is a figure by itself.
+/// Two figures, and the motions in their order. A lone motion moves both skeletons; a lone skeleton carries both motions. A motion
+/// beside a figure that has its own is a figure by itself.
 bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
 {
     std::vector<KInputFile> lFigures;
@@ -127,7 +127,7 @@ std::string ValueText(const KAspectResult& pResult)
     return std::isfinite(pResult.mLargest) ? Fixed(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
 }
 
-void WriteTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+void WriteDiffTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
 {
     for (int lSide = 0; lSide < 2; ++lSide)
     {
@@ -168,7 +168,7 @@ KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, i
     return lObject;
 }
 
-void WriteJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+void WriteDiffJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
 {
     KJson lObject = JsonHead("diff", pShown[0], IsSame(pOptions, pComparison), {});
     lObject["other"] = pShown[1];
@@ -204,7 +204,7 @@ void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
     }
     KFigureComparison lComparison(lFigures[0], lFigures[1], pOptions.mTolerance);
     lComparison.Run(pConsole);
-    (pOptions.mJson ? WriteJson : WriteTable)(pOptions, lComparison, lShown, pConsole);
+    (pOptions.mJson ? WriteDiffJson : WriteDiffTable)(pOptions, lComparison, lShown, pConsole);
     if (!IsSame(pOptions, lComparison))
     {
         pConsole.Raise(eEXIT_INPUT);

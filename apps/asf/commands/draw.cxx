@@ -46,7 +46,7 @@ std::string FileName(const KInputFile& pFile)
     return pFile.GetShown().substr(pFile.GetShown().find_last_of('/') + 1);
 }
 
-// What every picture of these options has.
+/// What every picture of these options has.
 KPicture StartPicture(const KDrawOptions& pOptions, const std::string& pTitle)
 {
     KPicture lPicture;
@@ -77,7 +77,7 @@ KPicture PictureOfRest(const KInputFile& pFile, const KSkeletonFile& pSkeleton, 
     return lPicture;
 }
 
-// A joint and the one it hangs on are the ends of the bone in front of it. The joint keeps that bone's name, an end its own bone's.
+/// A joint and the one it hangs on are the ends of the bone in front of it. The joint keeps that bone's name, an end its own bone's.
 class KPoser
 {
 public:
@@ -109,7 +109,7 @@ private:
     KMotionScene& mScene;
 };
 
-// The joint whose way shows what the bone does: its own end, else its beginning. -1 for an unknown bone.
+/// The joint whose way shows what the bone does: its own end, else its beginning. -1 for an unknown bone.
 int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
 {
     int lFound = -1;
@@ -159,7 +159,7 @@ bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPi
     return true;
 }
 
-// Five frames from the first to the last, when none are asked for.
+/// Five frames from the first to the last, when none are asked for.
 std::vector<size_t> SpreadFrames(size_t pCount)
 {
     std::vector<size_t> lFrames;

@@ -94,7 +94,7 @@ void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const
     }
 }
 
-// Both files are complete before either takes its name.
+/// Both files are complete before either takes its name.
 void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOutputFile& pNames, const std::string& pNamesPath,
                KConsole& pConsole)
 {

@@ -15,7 +15,7 @@ namespace
 
 const std::string kCannotWrite = "Can't write: ";
 
-// A pipe whose reader went away is no failure worth a word.
+/// A pipe whose reader went away is no failure worth a word.
 bool IsBrokenPipe(const std::string& pText)
 {
     return pText == kCannotWrite + std::strerror(EPIPE);
@@ -127,7 +127,7 @@ bool KConverter::WriteAcclaim()
     return lAmc == nullptr || mTakes.size() == 1 || WriteFurtherMotions(lAsfPath, *lAmc);
 }
 
-// The skeleton is there now; the other takes are motions for it.
+/// The skeleton is there now; the other takes are motions for it.
 bool KConverter::WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc)
 {
     if (pAsfPath == "-")

@@ -21,7 +21,7 @@ bool WrongCall(KConsole& pConsole, const std::string& pText)
     return false;
 }
 
-// "2.5" is seconds, "60f" frames.
+/// "2.5" is seconds, "60f" frames.
 bool TakeMoment(const char* pOption, const std::string& pText, KMoment& pMoment, KConsole& pConsole)
 {
     if (pText.empty())
@@ -35,7 +35,7 @@ bool TakeMoment(const char* pOption, const std::string& pText, KMoment& pMoment,
     return lOk || WrongCall(pConsole, std::string(pOption) + ": seconds such as 2.5, or frames such as 60f, are expected, not " + pText);
 }
 
-// Channels are listed with the last turn first: ZXY turns about y first.
+/// Channels are listed with the last turn first: ZXY turns about y first.
 bool TakeChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KConsole& pConsole)
 {
     static const char* const sTurns[6] = {"xyz", "xzy", "yzx", "yxz", "zxy", "zyx"};
@@ -103,7 +103,7 @@ bool CheckUse(const std::string& pWord, const char* pOption, bool pHasUse, const
     return pWord.empty() || pHasUse || WrongCall(pConsole, std::string(pOption) + " is for " + pFormat + " only");
 }
 
-// Options that would change nothing are mistakes.
+/// Options that would change nothing are mistakes.
 bool CheckUses(const KConvertOptions& pOptions, KConsole& pConsole)
 {
     const bool lGltf = pOptions.Writes(eOUT_GLB) || pOptions.Writes(eOUT_GLTF);

@@ -36,7 +36,7 @@ bool IsStill(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
     return true;
 }
 
-// Only a shift can be handed to the children as it is.
+/// Only a shift can be handed to the children as it is.
 bool IsShift(const KQexNode& pNode)
 {
     return IsNear(pNode.mLocalRotation.Get(), 0) && IsNear(pNode.mLocalScaling.Get(), 1) && IsNear(pNode.GetPreRotation(), 0) &&

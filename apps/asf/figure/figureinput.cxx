@@ -106,7 +106,7 @@ bool KFigureInput::CheckTogether(bool pHasFigure, KConsole& pConsole) const
     return true;
 }
 
-// All motions go onto one skeleton: they have to agree on it.
+/// All motions go onto one skeleton: they have to agree on it.
 bool KFigureInput::FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& pConsole)
 {
     std::string lPath = pOptions.mAsf;

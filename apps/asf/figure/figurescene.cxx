@@ -135,7 +135,7 @@ bool KFigureScene::LoadBvh(const KInputFile& pFile, const KFigureOptions& pOptio
     return true;
 }
 
-// A name that is no take's names the only one.
+/// A name that is no take's names the only one.
 bool KFigureScene::PickTake(const std::string& pName, KConsole& pConsole)
 {
     if (pName.empty())

@@ -9,7 +9,7 @@ namespace asfapp
 namespace
 {
 
-// Reads the pieces of one entry of the list from its beginning.
+/// Reads the pieces of one entry of the list from its beginning.
 class KEntryReader
 {
 public:

@@ -70,7 +70,7 @@ void KMotionScene::CollectJoints()
     }
 }
 
-// Every sampled curve has a key at every frame; the first one found tells them all.
+/// Every sampled curve has a key at every frame; the first one found tells them all.
 void KMotionScene::CollectFrames()
 {
     qexsdk::KQexAnimLayer* lLayer = mScene->GetEvaluator()->GetLayer();

@@ -23,7 +23,7 @@ using qexsdk::kMaxName;
 using qexsdk::KQexAsfNode;
 using qexsdk::KQexAsfWalk;
 
-// A name is read back as it is when it is one word that nothing else in the format looks like.
+/// A name is read back as it is when it is one word that nothing else in the format looks like.
 std::string WhyInvalid(const std::string& pName)
 {
     const bool lIsWord =
@@ -40,7 +40,7 @@ std::string WhyInvalid(const std::string& pName)
     return pName.size() > kMaxName ? "a name has at most 50 characters" : "";
 }
 
-// All bones but the root, parents before children.
+/// All bones but the root, parents before children.
 std::vector<HKQexAsfNode> Bones(HKQexAsfNode pRoot)
 {
     std::vector<HKQexAsfNode> lBones;
@@ -120,7 +120,7 @@ bool KSkeletonEdit::IsDummy(const KQexAsfNode& pBone) const
     return pBone.mOrderCount == 0;
 }
 
-// The children go behind their new brothers.
+/// The children go behind their new brothers.
 bool KSkeletonEdit::Dissolve(HKQexAsfNode pBone)
 {
     HKQexAsfNode lParent = pBone->mParent;

@@ -39,7 +39,7 @@ void KMessages::Print(const std::string& pPath, KConsole& pConsole) const
 namespace
 {
 
-// What the lint adds to a reader's messages: all of it for a file that was read, else what stands in front of the error.
+/// What the lint adds to a reader's messages: all of it for a file that was read, else what stands in front of the error.
 void AddFindings(const KAsfLint& pLint, bool pOk, KMessages& pMessages)
 {
     int lLast = -1;
@@ -105,7 +105,7 @@ double KSkeletonFile::GetCentimetresPerUnit() const
     return mScene->mLengthUnit > 0 ? qexsdk::kCentimetresPerInch / mScene->mLengthUnit : 1.0;
 }
 
-// Children are numbered behind their parent and before the parent's next sibling, without recursion: trees may be deep.
+/// Children are numbered behind their parent and before the parent's next sibling, without recursion: trees may be deep.
 void KSkeletonFile::CollectBones()
 {
     mBones.clear();

@@ -16,7 +16,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Headers name files of other machines, with their separators.
+/// Headers name files of other machines, with their separators.
 std::string LastPart(const std::string& pPath)
 {
     return pPath.substr(pPath.find_last_of("/\\") + 1);
@@ -27,7 +27,7 @@ fs::path FolderOf(const KInputFile& pMotion)
     return pMotion.GetPath() == "-" ? fs::path() : fs::path(pMotion.GetPath()).parent_path();
 }
 
-// Names of the skeletons beside the motion, in order.
+/// Names of the skeletons beside the motion, in order.
 std::vector<std::string> Candidates(const fs::path& pFolder)
 {
     std::vector<std::string> lNames;
@@ -61,7 +61,7 @@ std::string HeaderFile(const KInputFile& pMotion)
     return LastPart(lHeader.mAsfFile);
 }
 
-// An equal spelling beats one that differs in case.
+/// An equal spelling beats one that differs in case.
 std::string Named(const std::vector<std::string>& pCandidates, const std::string& pName)
 {
     std::string lFound;

@@ -15,7 +15,7 @@ constexpr double kWidestRow = 1500;
 constexpr double kCharacter = 6.1;        // Mean width of a label's character.
 constexpr double kCaptionCharacter = 7.2; // The same of a caption.
 
-// Beyond this an SVG viewer's single precision shows.
+/// Beyond this an SVG viewer's single precision shows.
 constexpr double kFarthest = 1e9;
 
 KViewPoint Origin(const KPicture& pPicture, const KCell& pCell, size_t pPose)
@@ -74,7 +74,7 @@ std::vector<KCell> MakeCells(const KPicture& pPicture)
     return lCells;
 }
 
-// Every cell of a view gets the same extent, so that figures stand on one line and sizes compare.
+/// Every cell of a view gets the same extent, so that figures stand on one line and sizes compare.
 void MeasureCells(const KPicture& pPicture, std::vector<KCell>& pCells)
 {
     for (const EView lView : pPicture.mViews)
@@ -134,7 +134,7 @@ double CellHeight(const KPicture& pPicture, const KCell& pCell, double pScale)
     return std::max({pCell.mExtent.Height() * pScale, lLabels, 8.0});
 }
 
-// Rows from left to right; a new one when the row is full, or when another view begins and there are several poses.
+/// Rows from left to right; a new one when the row is full, or when another view begins and there are several poses.
 void PlaceCells(const KPicture& pPicture, KLayout& pLayout)
 {
     const double lLabels = LabelWidth(pPicture);

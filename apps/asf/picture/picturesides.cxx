@@ -9,7 +9,7 @@ namespace asfapp
 namespace
 {
 
-// Ways to say left and right. Those of one letter count at the ends of a name only.
+/// Ways to say left and right. Those of one letter count at the ends of a name only.
 const std::pair<const char*, const char*> kSideWords[] = {{"left", "right"}, {"Left", "Right"}, {"LEFT", "RIGHT"}};
 const std::pair<const char*, const char*> kLetters[] = {{"l", "r"}, {"L", "R"}};
 

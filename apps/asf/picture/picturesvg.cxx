@@ -44,7 +44,7 @@ std::string Px(double pValue)
     return lText == "-0" ? "0" : lText;
 }
 
-// Number of bytes of the UTF-8 sequence at pPlace, 0 when it is none.
+/// Number of bytes of the UTF-8 sequence at pPlace, 0 when it is none.
 size_t SequenceLength(const std::string& pText, size_t pPlace)
 {
     const auto lByte = [&](size_t pIndex)
@@ -71,7 +71,7 @@ size_t SequenceLength(const std::string& pText, size_t pPlace)
     return lBad ? 0 : lSize;
 }
 
-// Text between tags: valid XML whatever the bytes are.
+/// Text between tags: valid XML whatever the bytes are.
 std::string Xml(const std::string& pText)
 {
     std::string lResult;

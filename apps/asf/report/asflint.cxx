@@ -16,11 +16,11 @@ using qexsdk::KQexTextMessage;
 namespace
 {
 
-// Length units of real files: 0.45 (the rule), 1 (inches), 0.3937 (centimetres), 0.03937 (millimetres), 39.37 (metres).
+/// Length units of real files: 0.45 (the rule), 1 (inches), 0.3937 (centimetres), 0.03937 (millimetres), 39.37 (metres).
 constexpr double kLeastLengthUnit = 0.01;
 constexpr double kMostLengthUnit = 50.0;
 
-// Skin names end here.
+/// Skin names end here.
 constexpr int kSkinNameSize = 1024;
 
 } // namespace
@@ -102,7 +102,7 @@ void KAsfLint::StopAtEnd(int pLine, const char* pWord)
     Stop(pLine, std::string("The file ends inside the section ") + pWord + " that begins here");
 }
 
-// Called where the reader is done with a line.
+/// Called where the reader is done with a line.
 void KAsfLint::LeftOver()
 {
     size_t      lLength = 0;
@@ -217,7 +217,7 @@ bool KAsfLint::Root(int pLine)
     return false;
 }
 
-// False when the reader gives up with an error of its own.
+/// False when the reader gives up with an error of its own.
 bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
 {
     std::vector<int> lCodes;
@@ -266,7 +266,7 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
     return true;
 }
 
-// The DOF words of a line, as far as the reader takes them.
+/// The DOF words of a line, as far as the reader takes them.
 void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
 {
     pCodes.clear();
@@ -284,7 +284,7 @@ void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
     }
 }
 
-// Four axis words are read as the order of another pair of letters; without an angle that makes no difference.
+/// Four axis words are read as the order of another pair of letters; without an angle that makes no difference.
 void KAsfLint::CheckAxis(int pLine, int pWord, const double* pAngles)
 {
     static const char* const sReadAs[] = {nullptr, "yxz", "xzy", "zxy", "yzx", nullptr};
@@ -295,7 +295,7 @@ void KAsfLint::CheckAxis(int pLine, int pWord, const double* pAngles)
     }
 }
 
-// Up to three lines count as skin names, whatever they hold.
+/// Up to three lines count as skin names, whatever they hold.
 void KAsfLint::Skin()
 {
     char lName[kSkinNameSize + 1];

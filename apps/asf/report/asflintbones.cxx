@@ -40,7 +40,7 @@ bool KAsfLint::BoneData(int pLine)
     return lMore;
 }
 
-// False when the reader gives up inside the group.
+/// False when the reader gives up inside the group.
 bool KAsfLint::Bone(int pLine)
 {
     KGroup lGroup;
@@ -60,7 +60,7 @@ bool KAsfLint::Bone(int pLine)
     return false;
 }
 
-// False when the reader gives up with an error of its own.
+/// False when the reader gives up with an error of its own.
 bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
 {
     int    lInteger = 0;

@@ -42,7 +42,7 @@ std::string LimitsText(const KQexBoneDof& pDof)
            ")";
 }
 
-// A limit that only one has is as far off as can be.
+/// A limit that only one has is as far off as can be.
 double LimitDifference(bool pHasFirst, double pFirst, bool pHasSecond, double pSecond)
 {
     if (pHasFirst != pHasSecond)
@@ -117,7 +117,7 @@ void KFigureComparison::Collect(int pSide)
     }
 }
 
-// The roots are each other's, because formats name them as they must.
+/// The roots are each other's, because formats name them as they must.
 void KFigureComparison::MakePairs()
 {
     std::vector<bool> lIsTaken(mSides[1].mNodes.size(), false);

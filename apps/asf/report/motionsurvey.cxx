@@ -12,7 +12,7 @@ namespace asfapp
 namespace
 {
 
-// Values are written with six digits or so: what is beyond a limit by less than this is on it.
+/// Values are written with six digits or so: what is beyond a limit by less than this is on it.
 constexpr double kTolerance = 1e-6;
 
 double Distance(const KPoint& pOne, const KPoint& pOther)
@@ -20,7 +20,7 @@ double Distance(const KPoint& pOne, const KPoint& pOther)
     return std::hypot(pOne.mX - pOther.mX, pOne.mY - pOther.mY, pOne.mZ - pOther.mZ);
 }
 
-// Where the root's translation values put it, in centimetres.
+/// Where the root's translation values put it, in centimetres.
 KPoint RootPlace(const qexsdk::KQexAmcBone& pRoot, double pFactor)
 {
     double lPlace[3] = {0, 0, 0};

@@ -11,7 +11,7 @@ namespace asfapp
 namespace
 {
 
-// Deeper bones stand where these do, so that a chain of bones costs what its bones cost.
+/// Deeper bones stand where these do, so that a chain of bones costs what its bones cost.
 constexpr int kMostIndent = 32;
 
 constexpr size_t kMostNameWidth = 60;
@@ -44,7 +44,7 @@ std::string DofText(const qexsdk::KQexAsfNode& pNode)
     return lText;
 }
 
-// The root has no length of its own.
+/// The root has no length of its own.
 std::string LengthText(const KRestBone& pBone, double pScale)
 {
     return pBone.mParent < 0 ? std::string() : Fixed(pBone.mNode->mLength * pScale, 3);

@@ -22,7 +22,7 @@ KJson JsonVector(const KVector& pVector)
     return KJson::array({pVector[0], pVector[1], pVector[2]});
 }
 
-// Rows of the textbook matrix; the model keeps the images of the axes.
+/// Rows of the textbook matrix; the model keeps the images of the axes.
 KJson JsonMatrix(const qexsdk::KgeRMatrix& pMatrix)
 {
     KJson lRows = KJson::array();

@@ -13,7 +13,7 @@ namespace qexsdk
 namespace
 {
 
-// Order of two names without regard to case: below, above or equal to 0.
+/// Order of two names without regard to case: below, above or equal to 0.
 int CompareFolded(std::string_view pLeft, std::string_view pRight)
 {
     const size_t lCount = std::min(pLeft.size(), pRight.size());
@@ -22,12 +22,14 @@ int CompareFolded(std::string_view pLeft, std::string_view pRight)
         const auto lLeft = static_cast<unsigned char>(KToLower(pLeft[i]));
         const auto lRight = static_cast<unsigned char>(KToLower(pRight[i]));
         if (lLeft != lRight)
+        {
             return lLeft < lRight ? -1 : 1;
+        }
     }
     return pLeft.size() == pRight.size() ? 0 : pLeft.size() < pRight.size() ? -1 : 1;
 }
 
-// Names that differ in case alone stand side by side.
+/// Names that differ in case alone stand side by side.
 bool NameLess(std::string_view pLeft, std::string_view pRight)
 {
     const int lFolded = CompareFolded(pLeft, pRight);
@@ -43,7 +45,9 @@ void KQexAmcBones::Build(HKQexAsfNode pRoot, const KQexAmcSkeletonNotes& pNotes)
     SortNames();
     AddLengths(pNotes);
     for (size_t i = 0; i < mLines.size(); ++i)
+    {
         mLines[i].mNext = i + 1 < mLines.size() ? static_cast<int>(i + 1) : 0;
+    }
 }
 
 void KQexAmcBones::AddTree(HKQexAsfNode pRoot)
@@ -52,11 +56,15 @@ void KQexAmcBones::AddTree(HKQexAsfNode pRoot)
     while (const HKQexAsfNode lBone = lWalk.Next())
     {
         if (!lWalk.IsEntering())
+        {
             continue;
+        }
         KQexAmcLine& lLine = mLines.emplace_back();
         lLine.mName = lBone->mName;
         if (lBone->mOrderCount == 0)
+        {
             continue;
+        }
         lLine.mBone = static_cast<int>(mBones.size());
         lLine.mValueCount = lBone->mOrderCount;
         mBones.emplace_back().mNode = lBone;
@@ -79,7 +87,9 @@ void KQexAmcBones::AddLengths(const KQexAmcSkeletonNotes& pNotes)
     {
         const int lFound = Find(lLength.mBone);
         if (lFound < 0 || lLength.mPlace < 0)
+        {
             continue;
+        }
         KQexAmcLine& lLine = mLines[static_cast<size_t>(lFound)];
         lLine.mValueCount += AddLengthPlace(lLine.mLengthPlaces, lLength.mPlace) ? 1 : 0;
     }
@@ -89,7 +99,9 @@ void KQexAmcBones::SortNames()
 {
     mNames.reserve(mLines.size());
     for (size_t i = 0; i < mLines.size(); ++i)
+    {
         mNames.push_back({mLines[i].mName, static_cast<int>(i)});
+    }
     std::stable_sort(mNames.begin(), mNames.end(),
                      [](const KEntry& pLeft, const KEntry& pRight) { return NameLess(pLeft.mName, pRight.mName); });
     mNames.erase(
@@ -102,7 +114,9 @@ int KQexAmcBones::Find(std::string_view pName) const
     const auto lExact = std::lower_bound(mNames.begin(), mNames.end(), pName,
                                          [](const KEntry& pEntry, std::string_view pWanted) { return NameLess(pEntry.mName, pWanted); });
     if (lExact != mNames.end() && lExact->mName == pName)
+    {
         return lExact->mLine;
+    }
 
     const auto lFolded =
         std::lower_bound(mNames.begin(), mNames.end(), pName,
@@ -115,11 +129,15 @@ const char* KQexAmcBones::Word(const KQexAmcLine& pLine, int pPlace) const
     const auto lFirst = pLine.mLengthPlaces.begin();
     const auto lPlace = std::lower_bound(lFirst, pLine.mLengthPlaces.end(), pPlace);
     if (lPlace != pLine.mLengthPlaces.end() && *lPlace == pPlace)
+    {
         return "l";
+    }
 
     const int lDof = pPlace - static_cast<int>(lPlace - lFirst);
     if (pLine.mBone < 0)
+    {
         return "l";
+    }
     const HKQexAsfNode lBone = mBones[static_cast<size_t>(pLine.mBone)].mNode;
     const int          lCode = lDof < lBone->mOrderCount ? lBone->mOrderBuf[lDof] : -1;
     return lCode >= 0 && lCode < eDOF_COUNT ? kDofWords[lCode] : "l";
@@ -133,11 +151,15 @@ std::string KQexAmcBones::Words(const KQexAmcLine& pLine) const
     for (int i = 0; i < pLine.mValueCount && i < kMost; ++i)
     {
         if (i > 0)
+        {
             lWords += ' ';
+        }
         lWords += Word(pLine, i);
     }
     if (pLine.mValueCount > kMost)
+    {
         lWords += " ...";
+    }
     return lWords;
 }
 

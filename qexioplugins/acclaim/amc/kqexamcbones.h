@@ -16,7 +16,9 @@ namespace qexsdk
 inline bool AddLengthPlace(std::vector<int>& pPlaces, int pPlace)
 {
     if (!pPlaces.empty() && pPlace <= pPlaces.back())
+    {
         return false;
+    }
     pPlaces.push_back(pPlace);
     return true;
 }

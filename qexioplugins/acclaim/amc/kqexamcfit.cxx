@@ -28,7 +28,7 @@ bool IsIdentity(const KgeRMatrix& pMatrix)
 
 } // namespace
 
-KAmcFit::KAmcFit(const KQexAsfNode& pBone) : mSolver(pBone.mOrderBuf, pBone.mOrderCount)
+KQexAmcFit::KQexAmcFit(const KQexAsfNode& pBone) : mSolver(pBone.mOrderBuf, pBone.mOrderCount)
 {
     KgeSet(mAxis, pBone.mAxisRM);
     KgeSet(mAxisInv, pBone.mAxisRMInv);
@@ -38,7 +38,7 @@ KAmcFit::KAmcFit(const KQexAsfNode& pBone) : mSolver(pBone.mOrderBuf, pBone.mOrd
 /// bone above from its rest pose. The node is to turn by the same D = G G0^-1, with G its global rotation, G0 the one at rest and both
 /// as the skeleton's rest pose is aligned. So M = A^-1 D(above)^-1 D A, and as G = G(above) L with the step L,
 /// M = (A^-1 G0(above)) L (G0^-1 A): what is in parentheses never changes.
-void KAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const KgeRMatrix& pAlign, double pScale)
+void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const KgeRMatrix& pAlign, double pScale)
 {
     KgeRMatrix lAlignInv;
     KgeInverse(lAlignInv, pAlign);
@@ -63,7 +63,7 @@ void KAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const Kg
     KgeMult(mLeft, mAxisInv, mBack);
 }
 
-bool KAmcFit::TakesAngles(const KQexNode& pNode) const
+bool KQexAmcFit::TakesAngles(const KQexNode& pNode) const
 {
     KgeRMatrix lBefore;
     KgeRMatrix lAfter;
@@ -82,7 +82,7 @@ bool KAmcFit::TakesAngles(const KQexNode& pNode) const
     return IsIdentity(lBefore) && IsIdentity(lAfter) && mSolver.Follows(lOrder);
 }
 
-void KAmcFit::GetMove(const KAmcStep& pStep, const KAmcStray* pAbove, double* pMove) const
+void KQexAmcFit::GetMove(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pMove) const
 {
     KmVN(pMove, pStep.mReach, mScale);
     if (mHasFrom)
@@ -97,7 +97,7 @@ void KAmcFit::GetMove(const KAmcStep& pStep, const KAmcStray* pAbove, double* pM
     KmRV(pMove, mAxisInv.mData, pMove);
 }
 
-double KAmcFit::Solve(const KAmcStep& pStep, const KAmcStray* pAbove, double* pAngles, KAmcStray& pStray) const
+double KQexAmcFit::Solve(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pAngles, KQexAmcStray& pStray) const
 {
     KgeRMatrix lWanted;
     KgeRMatrix lReached;

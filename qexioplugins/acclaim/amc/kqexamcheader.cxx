@@ -33,7 +33,9 @@ bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
 {
     double lRate = 0.0;
     if (KNumberParse(TakeAmcToken(pRest), lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
+    {
         return false;
+    }
     pHeader.mSamplesPerSecond = lRate;
     return true;
 }
@@ -43,7 +45,9 @@ bool TakeFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
     long long lFirst = 0;
     long long lLast = 0;
     if (KNumberParse(TakeAmcToken(pRest), lFirst) != KNumberStatus::eOK || KNumberParse(TakeAmcToken(pRest), lLast) != KNumberStatus::eOK)
+    {
         return false;
+    }
     pHeader.mHasFrameRange = true;
     pHeader.mFrameRange[0] = lFirst;
     pHeader.mFrameRange[1] = lLast;
@@ -54,22 +58,30 @@ bool TakeText(std::string_view pRest, std::string& pText)
 {
     const std::string_view lText = TrimAmcText(pRest);
     if (lText.empty())
+    {
         return false;
+    }
     pText = lText;
     return true;
 }
 
-// Enters one line of the header. False for the first line behind it.
+/// Enters one line of the header. False for the first line behind it.
 bool TakeHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
     if (TakeAmcOmlLine(pLine, pHeader))
+    {
         return true;
+    }
     std::string_view       lRest = pLine.substr(0, pLine.find(KQexFileAcclaimAmc::smCom[0]));
     const std::string_view lWord = TakeAmcToken(lRest);
     if (lWord.empty())
+    {
         return true;
+    }
     if (lWord.front() != ':')
+    {
         return false;
+    }
     TakeAmcWord(FindAmcWord(lWord), lRest, pHeader);
     return true;
 }
@@ -86,8 +98,12 @@ void TakeHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
 KQexAmcWord FindAmcWord(std::string_view pToken)
 {
     for (const KWordEntry& lEntry : kWords)
+    {
         if (KEqualsFolded(pToken, lEntry.mText))
+        {
             return lEntry.mWord;
+        }
+    }
     return eAMC_UNKNOWN;
 }
 
@@ -125,10 +141,14 @@ bool TakeAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
     std::string_view lRest = pLine;
     if (!KEqualsFolded(TakeAmcToken(lRest), "#!oml:asf"))
+    {
         return false;
+    }
     // :ASF-FILE says the same in the format's own words: it has precedence wherever it stands.
     if (pHeader.mAsfFile.empty())
+    {
         TakeText(lRest, pHeader.mAsfFile);
+    }
     return true;
 }
 
@@ -142,10 +162,14 @@ std::string_view TakeAmcToken(std::string_view& pText)
 {
     size_t lBegin = 0;
     while (lBegin < pText.size() && IsAmcBlank(pText[lBegin]))
+    {
         ++lBegin;
+    }
     size_t lEnd = lBegin;
     while (lEnd < pText.size() && !IsAmcBlank(pText[lEnd]))
+    {
         ++lEnd;
+    }
     const std::string_view lToken = pText.substr(lBegin, lEnd - lBegin);
     pText.remove_prefix(lEnd);
     return lToken;
@@ -154,9 +178,13 @@ std::string_view TakeAmcToken(std::string_view& pText)
 std::string_view TrimAmcText(std::string_view pText)
 {
     while (!pText.empty() && IsAmcBlank(pText.front()))
+    {
         pText.remove_prefix(1);
+    }
     while (!pText.empty() && IsAmcBlank(pText.back()))
+    {
         pText.remove_suffix(1);
+    }
     return pText;
 }
 
@@ -165,9 +193,13 @@ bool KQexFileAcclaimAmc::PeekHeader(const char* pPath, KQexAmcHeader& pHeader, s
     pHeader = KQexAmcHeader();
     KLineReader lLines;
     if (lLines.OpenPath(pPath))
+    {
         TakeHeaderLines(lLines, pHeader);
+    }
     if (!lLines.HasFailed())
+    {
         return true;
+    }
     switch (lLines.GetStatus())
     {
     case KLineReader::eTOO_LONG:
@@ -190,7 +222,9 @@ void KQexFileAcclaimAmc::PeekHeaderBuffer(const char* pData, size_t pSize, KQexA
     pHeader = KQexAmcHeader();
     KLineReader lLines;
     if (lLines.OpenBuffer(pData, pSize))
+    {
         TakeHeaderLines(lLines, pHeader);
+    }
 }
 
 } // namespace qexsdk

@@ -15,8 +15,8 @@ namespace qexsdk
 namespace
 {
 
-// Names and words that are remembered so as to warn once, and how much of each: a file of nothing but unknown names must not
-// fill the memory. Beyond the first bound a text file keeps no further warnings either.
+/// Names and words that are remembered so as to warn once, and how much of each: a file of nothing but unknown names must not
+/// fill the memory. Beyond the first bound a text file keeps no further warnings either.
 const size_t kMaxSaid = KQexTextFile::kMaxMessages;
 const size_t kMaxSaidLength = 256;
 
@@ -36,14 +36,18 @@ KQexAmcReader::KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene,
     mFrame.mPresent = &mPresent;
     mNeverAbsent.resize(mBones.mBones.size());
     for (size_t i = 0; i < mNeverAbsent.size(); ++i)
+    {
         mNeverAbsent[i] = static_cast<int>(i);
+    }
 }
 
 bool KQexAmcReader::Run()
 {
     const bool lOk = ReadLines();
     if (mStopped || (!lOk && !(mOptions.mKeepGoodFrames && mInfo.mFrameCount > 0)))
+    {
         return false;
+    }
     if (mInfo.mFrameCount == 0)
     {
         mFile.Error("The motion has no complete frame\n");
@@ -51,17 +55,25 @@ bool KQexAmcReader::Run()
     }
     // A pose of one moment lasts one frame: a curve needs two keys to be kept.
     if (mInfo.mHighestFrame == mInfo.mLowestFrame)
+    {
         mInfo.mStop = KTime(mInfo.mStart.Get() + std::max(1LL, std::llround(mTicks)));
+    }
     return true;
 }
 
 bool KQexAmcReader::ReadLines()
 {
     for (bool lLine = mFile.FirstLine(); lLine; lLine = mFile.NextLine())
+    {
         if (!ReadLine())
+        {
             return false;
+        }
+    }
     if (mFile.HasFailed())
+    {
         return false;
+    }
     FinishFile();
     return !mStopped;
 }
@@ -72,36 +84,50 @@ bool KQexAmcReader::ReadLine()
     const char* const lEnd = lBegin + mFile.GetLineLength();
     const char*       lFrom = lBegin;
     while (lFrom != lEnd && IsAmcBlank(*lFrom))
+    {
         ++lFrom;
+    }
     const char* lTo = lFrom;
     while (lTo != lEnd && !IsAmcBlank(*lTo))
+    {
         ++lTo;
+    }
     const std::string_view lToken(lFrom, static_cast<size_t>(lTo - lFrom));
     if (lToken.empty())
+    {
         return true;
+    }
 
     const char lFirst = lToken.front();
     if (lFirst == ':')
+    {
         return ReadWord(lToken, std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
+    }
     if ((lFirst >= '0' && lFirst <= '9') || lFirst == '-' || lFirst == '+')
     {
         // A skeleton may have bones named like numbers; their lines have values, those of frame numbers have none.
         const std::string_view lRest = TrimAmcText(std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
         long long              lNumber = 0;
         if (KNumberParse(lToken, lNumber) == KNumberStatus::eOK && (lRest.empty() || mBones.Find(lToken) < 0))
+        {
             return ReadFrameLine(lNumber, lRest);
+        }
         double lValue = 0.0;
         if (mBones.Find(lToken) < 0 && KNumberParse(lToken, lValue) == KNumberStatus::eOK)
+        {
             return FailFrameNumber(lToken);
+        }
     }
     return ReadBoneLine(lToken, lTo, lEnd);
 }
 
-// A number that is none for a frame still ends the frame before it, which is complete.
+/// A number that is none for a frame still ends the frame before it, which is complete.
 bool KQexAmcReader::FailFrameNumber(std::string_view pToken)
 {
     if (!mInFrame || CommitFrame())
+    {
         mFile.Error("Frame number expected, not (%.*s)\n", Length(pToken), pToken.data());
+    }
     return false;
 }
 
@@ -111,7 +137,9 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     if (lWord == eAMC_UNKNOWN)
     {
         if (SayFirst(KToLower(std::string(pWord.substr(0, kMaxSaidLength)))))
+        {
             mFile.Warning("Ignoring unknown keyword (%.*s)\n", Length(pWord), pWord.data());
+        }
         return true;
     }
 
@@ -119,26 +147,36 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     {
         const bool lMatters = lWord == eAMC_DEGREES || lWord == eAMC_RADIANS || lWord == eAMC_SAMPLES_PER_SECOND;
         if (lMatters && SayFirst(KToLower(std::string(pWord))))
+        {
             mFile.Warning("Ignoring %.*s after the first frame\n", Length(pWord), pWord.data());
+        }
         return true;
     }
     const KQexAmcAngle     lAngleBefore = mHeader.mAngle;
     const std::string_view lRest = TrimAmcText(pRest);
     if (TakeAmcWord(lWord, lRest, mHeader) == eAMC_WORD_UNUSABLE)
+    {
         mFile.Warning("Can't use the value of %.*s (%.*s)\n", Length(pWord), pWord.data(), Length(lRest), lRest.data());
+    }
     if (lAngleBefore != eAMC_ANGLE_SKELETON && lAngleBefore != mHeader.mAngle)
+    {
         mFile.Warning("Angles in degrees and in radians, the later word (%.*s) holds\n", Length(pWord), pWord.data());
+    }
     return true;
 }
 
 bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
 {
     if (mInFrame ? !CommitFrame() : !BeginFrames())
+    {
         return false;
+    }
 
     const bool lFirst = mInfo.mFrameCount == 0;
     if (lFirst)
+    {
         mInfo.mFirstFrame = mInfo.mLowestFrame = mInfo.mHighestFrame = mBefore = pNumber;
+    }
     if (!ComputeTime(pNumber, mFrame.mTime))
     {
         mFile.Error("Frame number %lld is too far from the first, %lld\n", pNumber, mInfo.mFirstFrame);
@@ -152,33 +190,45 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     // The number may itself be what the end of the file cut short; that is said when the file ends.
     const bool lWhole = mFile.HasLineEnd();
     if (lWhole && !lFirst && pNumber <= mBefore)
+    {
         mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mBefore);
+    }
     if (!pRest.empty() && SayFirst("text after a frame number"))
+    {
         mFile.Warning("Ignoring the text after a frame number (%.*s)\n", Length(pRest), pRest.data());
+    }
     return true;
 }
 
-// Lines follow each other as they did the frame before, nearly always: that guess saves the search.
+/// Lines follow each other as they did the frame before, nearly always: that guess saves the search.
 int KQexAmcReader::FindLine(std::string_view pName)
 {
     std::vector<KQexAmcLine>& lLines = mBones.mLines;
     const int                 lGuess = mLine < 0 ? 0 : lLines[static_cast<size_t>(mLine)].mNext;
     int                       lFound = lLines[static_cast<size_t>(lGuess)].mName == pName ? lGuess : mBones.Find(pName);
     if (lFound < 0 && pName.size() > kMaxName)
+    {
         lFound = mBones.Find(pName.substr(0, kMaxName));
+    }
     if (lFound < 0)
+    {
         return lFound;
+    }
     if (mLine >= 0)
+    {
         lLines[static_cast<size_t>(mLine)].mNext = lFound;
+    }
     mLine = lFound;
     return lFound;
 }
 
-// Whether it is the first time that a message about pWhat is due. Once too many were given, it never is.
+/// Whether it is the first time that a message about pWhat is due. Once too many were given, it never is.
 bool KQexAmcReader::SayFirst(std::string_view pWhat)
 {
     if (mSaid.size() >= kMaxSaid || mSaid.find(pWhat) != mSaid.end())
+    {
         return false;
+    }
     mSaid.emplace(pWhat);
     return true;
 }
@@ -186,32 +236,42 @@ bool KQexAmcReader::SayFirst(std::string_view pWhat)
 void KQexAmcReader::SayUnknown(std::string_view pName)
 {
     if (SayFirst(pName.substr(0, kMaxSaidLength)))
+    {
         mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", Length(pName), pName.data());
+    }
 }
 
 bool KQexAmcReader::ReadBoneLine(std::string_view pName, const char* pText, const char* pEnd)
 {
     while (pText != pEnd && IsAmcBlank(*pText))
+    {
         ++pText;
+    }
     const int lFound = FindLine(pName);
     if (lFound < 0)
     {
         // A lone word that the end of the file cuts short is no bone's whole name.
         mCutShort = pText == pEnd && mInFrame && !mFile.HasLineEnd();
         if (!mCutShort)
+        {
             SayUnknown(pName);
+        }
         return true;
     }
     KQexAmcLine& lLine = mBones.mLines[static_cast<size_t>(lFound)];
     if (lLine.mTakesAnyCount)
+    {
         return true;
+    }
     if (!mInFrame)
     {
         mFile.Error("Frame number expected before bone %.*s\n", Length(pName), pName.data());
         return false;
     }
     if (!ReadValues(lLine, pText, pEnd))
+    {
         return mCutShort;
+    }
     if (pText != pEnd && !lLine.mSaidTooMany)
     {
         lLine.mSaidTooMany = true;
@@ -228,7 +288,9 @@ void KQexAmcReader::NotePresent(KQexAmcLine& pLine)
     {
         pLine.mFrame = mInfo.mFrameCount;
         if (pLine.mBone >= 0)
+        {
             mPresent.push_back(pLine.mBone);
+        }
     }
     else if (!pLine.mSaidTwice)
     {
@@ -238,7 +300,7 @@ void KQexAmcReader::NotePresent(KQexAmcLine& pLine)
     }
 }
 
-// Reads the values of one line. pText begins at the first and is left behind the last, at the next token or the end.
+/// Reads the values of one line. pText begins at the first and is left behind the last, at the next token or the end.
 bool KQexAmcReader::ReadValues(const KQexAmcLine& pLine, const char*& pText, const char* pEnd)
 {
     double      lPassedOver[6];
@@ -255,17 +317,27 @@ bool KQexAmcReader::ReadValues(const KQexAmcLine& pLine, const char*& pText, con
         {
             lBehind = lAt;
             while (lBehind != pEnd && !IsAmcBlank(*lBehind))
+            {
                 ++lBehind;
+            }
             const std::string_view lToken(lAt, static_cast<size_t>(lBehind - lAt));
             if (KNumberParse(lToken, lValue) != KNumberStatus::eOK)
+            {
                 return FailValue(pLine, i, lToken, lBehind == pEnd);
+            }
         }
         if (lLength < pLine.mLengthPlaces.size() && pLine.mLengthPlaces[lLength] == i)
+        {
             ++lLength;
+        }
         else if (lDof < lDofCount)
+        {
             lValues[lDof++] = lValue;
+        }
         while (lBehind != pEnd && IsAmcBlank(*lBehind))
+        {
             ++lBehind;
+        }
         lAt = lBehind;
     }
     pText = lAt;
@@ -276,14 +348,20 @@ bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pPlace, std::string_
 {
     mCutShort = pAtEnd && !mFile.HasLineEnd();
     if (mCutShort)
+    {
         return false;
+    }
     const std::string lWords = mBones.Words(pLine);
     if (pToken.empty())
+    {
         mFile.Error("Bone %.*s: %d values expected (%s), only %d found\n", Length(pLine.mName), pLine.mName.data(), pLine.mValueCount,
                     lWords.c_str(), pPlace);
+    }
     else
+    {
         mFile.Error("Bone %.*s: a number expected for %s of (%s), not (%.*s)\n", Length(pLine.mName), pLine.mName.data(),
                     mBones.Word(pLine, pPlace), lWords.c_str(), Length(pToken), pToken.data());
+    }
     return false;
 }
 

@@ -15,7 +15,7 @@ namespace
 
 const double kDefaultSamplesPerSecond = 120.0;
 
-// Frames between two calls of the progress function.
+/// Frames between two calls of the progress function.
 const long long kProgressStep = 64;
 
 } // namespace
@@ -23,7 +23,9 @@ const long long kProgressStep = 64;
 bool KQexAmcReader::BeginFrames()
 {
     if (mInfo.mFrameCount > 0)
+    {
         return true;
+    }
 
     mInfo.mRateSource = eAMC_RATE_DEFAULT;
     mInfo.mSamplesPerSecond = kDefaultSamplesPerSecond;
@@ -46,7 +48,9 @@ bool KQexAmcReader::BeginFrames()
     // A rate such as 30000/1001 is not exact as a double, its frame is in ticks.
     mTicks = static_cast<double>(KTime::kTicksPerSecond) / mInfo.mSamplesPerSecond;
     if (std::fabs(mTicks - std::round(mTicks)) <= 1e-9 * mTicks)
+    {
         mTicks = std::round(mTicks);
+    }
 
     const double lUnit = mAsfScene->mLengthUnit;
     mFrame.mLengthFactor = lUnit > 0.0 ? kCentimetresPerInch / lUnit : 1.0;
@@ -60,20 +64,26 @@ bool KQexAmcReader::ComputeTime(long long pNumber, KTime& pTime) const
 {
     long long lFrames = 0;
     if (__builtin_sub_overflow(pNumber, mInfo.mFirstFrame, &lFrames))
+    {
         return false;
+    }
     if (mTicks == std::floor(mTicks) && mTicks < 9e18)
     {
         long long lTime = 0;
         // One frame more has to fit too: a motion of a single frame lasts so long.
         if (__builtin_mul_overflow(lFrames, static_cast<long long>(mTicks), &lTime) ||
             lTime > std::numeric_limits<long long>::max() - static_cast<long long>(mTicks))
+        {
             return false;
+        }
         pTime = KTime(lTime);
         return true;
     }
     const long double lTime = static_cast<long double>(lFrames) * static_cast<long double>(mTicks);
     if (std::fabs(lTime) > 9e18L)
+    {
         return false;
+    }
     pTime = KTime(std::llround(lTime));
     return true;
 }
@@ -83,7 +93,9 @@ bool KQexAmcReader::CommitFrame()
     mInFrame = false;
     mFrame.mIndex = mInfo.mFrameCount;
     for (const int lBone : mPresent)
+    {
         mBones.mBones[static_cast<size_t>(lBone)].mFrame = mFrame.mIndex;
+    }
     SayAbsent();
     if (!mVisitor.Frame(mFrame))
     {
@@ -107,27 +119,37 @@ bool KQexAmcReader::CommitFrame()
     return SayProgress();
 }
 
-// Each bone is looked for in mNeverAbsent only as long as it has never been absent; a frame that lacks none of them costs nothing,
-// one that does has that many lines or takes some out: in all that is in proportion to the file.
+/// Each bone is looked for in mNeverAbsent only as long as it has never been absent; a frame that lacks none of them costs nothing,
+/// one that does has that many lines or takes some out: in all that is in proportion to the file.
 void KQexAmcReader::SayAbsent()
 {
     if (mPresent.size() == mBones.mBones.size())
+    {
         return;
+    }
     std::vector<int> lStill;
     bool             lSome = false;
     for (const int lBone : mNeverAbsent)
+    {
         lSome = lSome || mBones.mBones[static_cast<size_t>(lBone)].mFrame != mFrame.mIndex;
+    }
     if (!lSome)
+    {
         return;
+    }
     lStill.reserve(mNeverAbsent.size());
     for (const int lBone : mNeverAbsent)
     {
         const KQexAmcBone& lAbsent = mBones.mBones[static_cast<size_t>(lBone)];
         if (lAbsent.mFrame == mFrame.mIndex)
+        {
             lStill.push_back(lBone);
+        }
         else
+        {
             mFile.Warning("Bone %s is not in frame %lld, it holds its %s\n", lAbsent.mNode->mName, mFrame.mNumber,
                           lAbsent.mFrame < 0 ? "rest pose" : "last value");
+        }
     }
     mNeverAbsent.swap(lStill);
 }
@@ -135,23 +157,33 @@ void KQexAmcReader::SayAbsent()
 bool KQexAmcReader::SayProgress()
 {
     if (!mOptions.mProgress || mInfo.mFrameCount % kProgressStep != 0)
+    {
         return true;
+    }
     if (mOptions.mProgress(mFile.GetFraction()))
+    {
         return true;
+    }
     mInfo.mCancelled = true;
     mStopped = true;
     return false;
 }
 
-// Without any line left to tell, a frame that ends like the one before it, only sooner, was cut off.
+/// Without any line left to tell, a frame that ends like the one before it, only sooner, was cut off.
 bool KQexAmcReader::IsCutShort() const
 {
     if (mCutShort)
+    {
         return true;
+    }
     if (mPresent.empty())
+    {
         return !mBones.mBones.empty();
+    }
     if (mInfo.mFrameCount == 0 || mPresent.size() >= mPresentBefore.size())
+    {
         return false;
+    }
     return std::equal(mPresent.begin(), mPresent.end(), mPresentBefore.begin());
 }
 
@@ -163,7 +195,9 @@ void KQexAmcReader::FinishFile()
         mFile.Warning("Frame %lld is cut short by the end of the file and dropped\n", mFrame.mNumber);
     }
     if (mInFrame)
+    {
         CommitFrame();
+    }
 }
 
 } // namespace qexsdk

@@ -13,7 +13,7 @@ namespace
 
 const int kCurveCount = 6;
 
-// The curves of a bone: translation x, y, z, rotation x, y, z; null where there is none.
+/// The curves of a bone: translation x, y, z, rotation x, y, z; null where there is none.
 struct KBoneCurves
 {
     explicit KBoneCurves(HKQexAsfNode pNode)
@@ -31,7 +31,7 @@ struct KBoneCurves
     KQexAnimCurve* mCurves[kCurveCount];
 };
 
-// Whether one of the bone's DOFs has a code from pFirst to pLast.
+/// Whether one of the bone's DOFs has a code from pFirst to pLast.
 bool HasDof(HKQexAsfNode pNode, int pFirst, int pLast)
 {
     return std::any_of(pNode->mOrderBuf, pNode->mOrderBuf + pNode->mOrderCount,
@@ -55,7 +55,9 @@ bool KQexAmcSampler::Frame(const KQexAmcFrame& pFrame)
         mAngleFactor = pFrame.mAngleFactor;
         mStates.resize(lBones.size());
         for (size_t i = 0; i < lBones.size(); ++i)
+        {
             mStates[i].mNode = lBones[i].mNode;
+        }
     }
     if (pFrame.mLate)
     {
@@ -64,12 +66,16 @@ bool KQexAmcSampler::Frame(const KQexAmcFrame& pFrame)
     }
 
     if (mInOrder == 0)
+    {
         mFirst = pFrame.mTime;
+    }
     for (const int lIndex : *pFrame.mPresent)
     {
         KState& lState = mStates[static_cast<size_t>(lIndex)];
         if (lState.mLast != mInOrder - 1)
+        {
             BridgeGap(lState);
+        }
         Sample(lState, lBones[static_cast<size_t>(lIndex)].mValues, pFrame.mTime);
         lState.mLast = mInOrder;
     }
@@ -84,7 +90,7 @@ void KQexAmcSampler::Sample(KState& pState, const double* pValues, const KTime& 
     ++pState.mKeys;
 }
 
-// Keys up to the frame before the current one, for a bone that this frame gives and that one did not.
+/// Keys up to the frame before the current one, for a bone that this frame gives and that one did not.
 void KQexAmcSampler::BridgeGap(KState& pState)
 {
     if (pState.mLast >= 0)
@@ -95,14 +101,20 @@ void KQexAmcSampler::BridgeGap(KState& pState)
     const double lDefault[6] = {0, 0, 0, 0, 0, 0};
     Sample(pState, lDefault, mFirst);
     if (mBefore.Get() != mFirst.Get())
+    {
         Sample(pState, lDefault, mBefore);
+    }
 }
 
 void KQexAmcSampler::HoldLast(KState& pState, const KTime& pTime)
 {
     for (KQexAnimCurve* lCurve : KBoneCurves(pState.mNode))
+    {
         if (lCurve != nullptr)
+        {
             lCurve->AppendSample(pTime, lCurve->GetValue(lCurve->GetKeyCount() - 1));
+        }
+    }
     ++pState.mKeys;
 }
 
@@ -137,21 +149,27 @@ bool KQexAmcSampler::Finish(const KTime& pStart, const KTime& pStop)
     for (KState& lState : mStates)
     {
         if (lState.mKeys == 0)
+        {
             continue;
+        }
         KBoneCurves                 lCurves(lState.mNode);
         KQexAnimCurve* const* const lAny =
             std::find_if(lCurves.begin(), lCurves.end(), [](const KQexAnimCurve* pCurve) { return pCurve != nullptr; });
         if (lAny != lCurves.end() && (*lAny)->GetTime((*lAny)->GetKeyCount() - 1).Get() < pStop.Get())
+        {
             HoldLast(lState, pStop);
+        }
         // A single key would be dropped as no motion at all, and its pose with it.
         if (lState.mKeys == 1)
+        {
             HoldLast(lState, pStart);
+        }
         lOk = HasAllKeys(lState) && lOk;
     }
     return lOk;
 }
 
-// Merges a bone's late samples, sorted by time, with the keys it has. At one time the sample that came last in the file stays.
+/// Merges a bone's late samples, sorted by time, with the keys it has. At one time the sample that came last in the file stays.
 void KQexAmcSampler::SortIn(KState& pState, const KLateSample* pBegin, const KLateSample* pEnd)
 {
     KBoneCurves         lCurves(pState.mNode);
@@ -160,12 +178,16 @@ void KQexAmcSampler::SortIn(KState& pState, const KLateSample* pBegin, const KLa
     for (int i = 0; i < kCurveCount; ++i)
     {
         if (lCurves.mCurves[i] == nullptr)
+        {
             continue;
+        }
         lCurves.mCurves[i]->SwapKeys(lKeys[i]);
         lTimes = &lKeys[i];
     }
     if (lTimes == nullptr)
+    {
         return;
+    }
 
     const int lKeyCount = lTimes->GetCount();
     pState.mKeys = 0;
@@ -175,16 +197,24 @@ void KQexAmcSampler::SortIn(KState& pState, const KLateSample* pBegin, const KLa
         if (!lLate)
         {
             for (int i = 0; i < kCurveCount; ++i)
+            {
                 if (lCurves.mCurves[i] != nullptr)
+                {
                     lCurves.mCurves[i]->AppendSample(KTime(lKeys[i].GetTime(lKey)), lKeys[i].GetValue(lKey));
+                }
+            }
             ++pState.mKeys;
             ++lKey;
             continue;
         }
         if (lKey < lKeyCount && pBegin->mTime.Get() == lTimes->GetTime(lKey))
+        {
             ++lKey;
+        }
         if (pBegin + 1 == pEnd || pBegin[1].mTime.Get() != pBegin->mTime.Get())
+        {
             Sample(pState, pBegin->mValues, pBegin->mTime);
+        }
         ++pBegin;
     }
 }

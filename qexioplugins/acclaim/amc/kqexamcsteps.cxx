@@ -27,7 +27,7 @@ void TakeRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
 
 } // namespace
 
-void KAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KAmcJoint>& pJoints)
+void KQexAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints)
 {
     const KQexAnimStack* lStack = pRoot->GetScene()->GetEvaluator()->GetContext();
     mRoot = pRoot;
@@ -37,7 +37,7 @@ void KAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KAmcJoint>& pJoints)
 
 /// The links of all joints, unless a node among them is scaled or they are more than a few times the nodes: several bones may be
 /// below the same long row of nodes without bones.
-void KAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
+void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
 {
     mLinks.clear();
     mSpans.clear();
@@ -49,7 +49,7 @@ void KAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
     }
 }
 
-bool KAmcSteps::AddSpan(const KAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks)
+bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks)
 {
     KSpan lSpan;
     lSpan.mFirst = mLinks.size();
@@ -77,13 +77,13 @@ bool KAmcSteps::AddSpan(const KAmcJoint& pJoint, const KQexNode* pFrom, const KQ
     return pJoint.mNode == nullptr || lNode == pFrom;
 }
 
-bool KAmcSteps::Begin(KTime pTime, KAmcMoment& pMoment) const
+bool KQexAmcSteps::Begin(KTime pTime, KQexAmcMoment& pMoment) const
 {
     pMoment.mTime = pTime;
     return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pMoment.mPose);
 }
 
-void KAmcSteps::Get(size_t pJoint, KAmcMoment& pMoment, KAmcStep& pStep) const
+void KQexAmcSteps::Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const
 {
     if (mIsLocal)
     {
@@ -95,7 +95,7 @@ void KAmcSteps::Get(size_t pJoint, KAmcMoment& pMoment, KAmcStep& pStep) const
     }
 }
 
-void KAmcSteps::GetLocal(const KSpan& pSpan, KAmcMoment& pMoment, KAmcStep& pStep) const
+void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const
 {
     KQexMatrix lStep;
     for (size_t i = pSpan.mFirst; i < pSpan.mEnd; ++i)
@@ -117,7 +117,7 @@ void KAmcSteps::GetLocal(const KSpan& pSpan, KAmcMoment& pMoment, KAmcStep& pSte
     KmVset(pStep.mReach, lStep.mData[3].mData);
 }
 
-void KAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KAmcStep& pStep) const
+void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const
 {
     const KQexMatrix& lTransform = pPose.GetTransform(mJoints[pJoint].mPose);
     lTransform.GetRotation(pStep.mTurn);
@@ -136,7 +136,7 @@ void KAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KAmc
     }
 }
 
-void KAmcSteps::GetAngles(size_t pJoint, KAmcMoment& pMoment, double* pAngles) const
+void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAngles) const
 {
     const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
     for (int i = 0; i < 3; ++i)

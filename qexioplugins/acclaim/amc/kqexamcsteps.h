@@ -10,8 +10,8 @@
 namespace qexsdk
 {
 
-/// A bone's node, for KAmcSteps.
-struct KAmcJoint
+/// A bone's node, for KQexAmcSteps.
+struct KQexAmcJoint
 {
     KQexNode* mNode = nullptr; ///< Null: none. Not owned.
     int       mPose = -1;      ///< Index of that node in the global transforms of the nodes' root; -1 without a node.
@@ -19,14 +19,14 @@ struct KAmcJoint
 };
 
 /// How a node stands as seen from the node of the bone above at one time.
-struct KAmcStep
+struct KQexAmcStep
 {
     KgeRMatrix mTurn;          ///< Its rotation.
     double     mReach[3] = {}; ///< Its place, centimetres.
 };
 
 /// What a thread keeps from one question to the next.
-struct KAmcMoment
+struct KQexAmcMoment
 {
     KTime                mTime; ///< The time asked for last.
     KQexGlobalTransforms mPose; ///< At that time, where steps are told by global transforms.
@@ -37,17 +37,17 @@ struct KAmcMoment
 ///
 /// Where no node between them is scaled that takes the local transforms between the two alone, most often one; else it comes from
 /// global transforms, without their scaling and shear. Several threads may ask one object.
-class KAmcSteps
+class KQexAmcSteps
 {
 public:
     /// For the evaluator's current take; \p pRoot is at or above all nodes. May throw std::bad_alloc.
-    void Prepare(KQexNode* pRoot, const std::vector<KAmcJoint>& pJoints);
+    void Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints);
 
     /// Goes to a time; \p pMoment is the thread's own. False when memory runs out.
-    bool Begin(KTime pTime, KAmcMoment& pMoment) const;
+    bool Begin(KTime pTime, KQexAmcMoment& pMoment) const;
 
     /// The step to the node of joint \p pJoint, which has one.
-    void Get(size_t pJoint, KAmcMoment& pMoment, KAmcStep& pStep) const;
+    void Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
 
     /// Whether the step's reach never changes.
     bool IsReachFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
@@ -56,7 +56,7 @@ public:
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
     /// The node's rotation about x, y and z in degrees.
-    void GetAngles(size_t pJoint, KAmcMoment& pMoment, double* pAngles) const;
+    void GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAngles) const;
 
 private:
     /// A node between two bones' nodes, or the lower one itself.
@@ -74,16 +74,16 @@ private:
         bool   mIsReachFixed = false;
     };
 
-    bool AddSpan(const KAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks);
+    bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks);
     void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
-    void GetLocal(const KSpan& pSpan, KAmcMoment& pMoment, KAmcStep& pStep) const;
-    void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KAmcStep& pStep) const;
+    void GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
+    void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const;
 
-    KQexNode*              mRoot = nullptr;
-    bool                   mIsLocal = false;
-    std::vector<KAmcJoint> mJoints;
-    std::vector<KSpan>     mSpans; ///< One for each joint.
-    std::vector<KLink>     mLinks;
+    KQexNode*                 mRoot = nullptr;
+    bool                      mIsLocal = false;
+    std::vector<KQexAmcJoint> mJoints;
+    std::vector<KSpan>        mSpans; ///< One for each joint.
+    std::vector<KLink>        mLinks;
 };
 
 } // namespace qexsdk

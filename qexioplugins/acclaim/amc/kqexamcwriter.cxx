@@ -47,11 +47,11 @@ void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>&
     {
         lPoseOf[pPose.GetNode(i)] = i;
     }
-    std::unordered_map<const KQexAsfNode*, KAmcJoint> lJointOf;
+    std::unordered_map<const KQexAsfNode*, KQexAmcJoint> lJointOf;
     for (const KQexAmcPair& lPair : pPairs)
     {
         const auto lFound = lPoseOf.find(lPair.mNode);
-        lJointOf[lPair.mBone] = lFound != lPoseOf.end() ? KAmcJoint{lPair.mNode, lFound->second, -1} : KAmcJoint{};
+        lJointOf[lPair.mBone] = lFound != lPoseOf.end() ? KQexAmcJoint{lPair.mNode, lFound->second, -1} : KQexAmcJoint{};
     }
     std::vector<int> lOpen; // For each bone that is open, the nearest one at or above it that has a node.
     KQexAsfWalk      lWalk(pRoot);
@@ -62,8 +62,8 @@ void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>&
             lOpen.pop_back();
             continue;
         }
-        const auto lFound = lJointOf.find(lNode);
-        KAmcJoint  lJoint = lFound != lJointOf.end() ? lFound->second : KAmcJoint{};
+        const auto   lFound = lJointOf.find(lNode);
+        KQexAmcJoint lJoint = lFound != lJointOf.end() ? lFound->second : KQexAmcJoint{};
         lJoint.mFrom = lOpen.empty() ? -1 : lOpen.back();
         mBones.emplace_back(lNode);
         mBones.back().mValue = mValueCount;
@@ -125,7 +125,7 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
     }
     for (size_t i = 0; i < mBones.size(); ++i)
     {
-        const KAmcJoint& lJoint = mJoints[i];
+        const KQexAmcJoint& lJoint = mJoints[i];
         if (lJoint.mNode != nullptr)
         {
             const KQexMatrix* lFrom = lJoint.mFrom >= 0 ? &pPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mFrom)].mPose) : nullptr;
@@ -138,7 +138,7 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
 void KQexAmcWriter::LookAhead()
 {
     mSteps.Prepare(mRootNode, mJoints);
-    KAmcMoment lMoment;
+    KQexAmcMoment lMoment;
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         KQexAmcWriteBone& lBone = mBones[i];
@@ -150,7 +150,7 @@ void KQexAmcWriter::LookAhead()
         lBone.mHasFixedMove = mSteps.IsReachFixed(i);
         if (lBone.mHasFixedMove)
         {
-            KAmcStep lStep;
+            KQexAmcStep lStep;
             mSteps.Get(i, lMoment, lStep);
             lBone.mFit.GetMove(lStep, nullptr, lBone.mMove);
             lBone.mIsStill = lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mMove) <= kTellCentimetres;
@@ -182,7 +182,7 @@ void KQexAmcWriter::SetPlace(size_t pBone, const double* pMove, KQexAmcScratch& 
 void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const
 {
     const KQexAmcWriteBone& lBone = mBones[pBone];
-    const KAmcStray*        lAbove = pScratch.GetStray(mJoints[pBone].mFrom);
+    const KQexAmcStray*     lAbove = pScratch.GetStray(mJoints[pBone].mFrom);
     const bool              lHasMove = lBone.mHasFixedMove && lAbove == nullptr;
     double                  lAngles[6];
     bool                    lIsTaken = false;
@@ -196,7 +196,7 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
     double lMove[3];
     if (!lIsTaken || !lHasMove)
     {
-        KAmcStep lStep;
+        KQexAmcStep lStep;
         mSteps.Get(pBone, pScratch.mMoment, lStep);
         if (!lIsTaken)
         {

@@ -22,7 +22,7 @@ struct KQexAmcWriteBone
 
     HKQexAsfNode     mBone;
     size_t           mNameLength;
-    KAmcFit          mFit;
+    KQexAmcFit       mFit;
     size_t           mValue = 0;            ///< Index of its first value in a frame.
     std::vector<int> mLengthPlaces;         ///< Places on its line, from 0 and rising, that the skeleton's file gives to lengths.
     bool             mTakesAngles = false;  ///< Its node's angles are those of the DOFs, as a rule.
@@ -41,14 +41,14 @@ struct KQexAmcLoss
 /// What evaluating a frame needs besides its result; one for each thread.
 struct KQexAmcScratch
 {
-    KAmcMoment               mMoment;
-    std::vector<KAmcStray>   mStrays; ///< One a bone.
-    std::vector<KQexAmcLoss> mLosses; ///< One a bone.
+    KQexAmcMoment             mMoment;
+    std::vector<KQexAmcStray> mStrays; ///< One a bone.
+    std::vector<KQexAmcLoss>  mLosses; ///< One a bone.
 
     /// How bone \p pBone strayed; null when it did not, or for -1.
-    const KAmcStray* GetStray(int pBone) const
+    const KQexAmcStray* GetStray(int pBone) const
     {
-        const KAmcStray* lStray = pBone >= 0 ? &mStrays[static_cast<size_t>(pBone)] : nullptr;
+        const KQexAmcStray* lStray = pBone >= 0 ? &mStrays[static_cast<size_t>(pBone)] : nullptr;
         return lStray != nullptr && lStray->mIs ? lStray : nullptr;
     }
 };
@@ -97,8 +97,8 @@ private:
     const int                                    mThreads;
     KQexNode*                                    mRootNode = nullptr;
     std::vector<KQexAmcWriteBone>                mBones;  ///< In pre-order.
-    std::vector<KAmcJoint>                       mJoints; ///< One a bone.
-    KAmcSteps                                    mSteps;  ///< Of mJoints.
+    std::vector<KQexAmcJoint>                    mJoints; ///< One a bone.
+    KQexAmcSteps                                 mSteps;  ///< Of mJoints.
     std::vector<std::unique_ptr<KQexAmcScratch>> mScratch;
     std::vector<double>                          mLast; ///< Values of the frame before.
     size_t                                       mValueCount = 0;

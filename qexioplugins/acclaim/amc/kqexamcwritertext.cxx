@@ -31,7 +31,7 @@ int DecimalsFor(double pNoise)
 
 /// Decimals of a bone's angles, of which the largest is \p pTurned. Close to gimbal lock, where a pair of angles is known worse than the
 /// fewest decimals tell, the angles are changed to others for the same rotation of which only one is.
-int AngleDecimals(const KDofSolver& pSolver, double* pAngles, double pTurned)
+int AngleDecimals(const KQexDofSolver& pSolver, double* pAngles, double pTurned)
 {
     constexpr double kWidestStep = 1.0; // Wider ones would show as jumps between frames.
     const double     lNoise = kAngleNoise * pTurned / 180.0;
@@ -121,12 +121,12 @@ void KQexAmcWriter::WriteHeader()
 
 bool KQexAmcWriter::WriteFrames()
 {
-    const KFrameRun lRun = qexsdk::WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lRun == KFrameRun::eOUT_OF_MEMORY)
+    const KQexFrameRun lRun = qexsdk::WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
+    if (lRun == KQexFrameRun::eOUT_OF_MEMORY)
     {
         mFile.Error("Out of memory\n");
     }
-    return lRun == KFrameRun::eDONE;
+    return lRun == KQexFrameRun::eDONE;
 }
 
 void KQexAmcWriter::TellLosses()

@@ -127,7 +127,7 @@ double AngleBetween(const KgeRMatrix& pA, const KgeRMatrix& pB)
     return 2.0 * kAsind(std::min(1.0, std::sqrt(lSum / 8.0)));
 }
 
-KDofSolver::KDofSolver(const int* pCodes, int pCount)
+KQexDofSolver::KQexDofSolver(const int* pCodes, int pCount)
 {
     for (int i = 0; i < pCount; ++i)
     {
@@ -146,7 +146,7 @@ KDofSolver::KDofSolver(const int* pCodes, int pCount)
 }
 
 /// The product of the DOFs' rotations from \p pFrom to before \p pTo.
-void KDofSolver::Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const
+void KQexDofSolver::Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const
 {
     pResult.Init();
     for (int i = pFrom; i < pTo; ++i)
@@ -159,7 +159,7 @@ void KDofSolver::Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& 
     }
 }
 
-void KDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+void KQexDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     double lMoved = 1.0;
     for (int lRound = 0; lRound < kMaxRounds && lMoved > kSettled; ++lRound)
@@ -185,7 +185,7 @@ void KDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& 
 
 /// Going around from where the DOFs left may end at a hill that is not the highest. Half a turn of the first DOF begins on the
 /// other side.
-void KDofSolver::RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+void KQexDofSolver::RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     double     lOther[6] = {};
     KgeRMatrix lReached;
@@ -199,7 +199,7 @@ void KDofSolver::RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, Kg
     }
 }
 
-double KDofSolver::SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     const KDirection lTurn = BestTurn(pWanted.mData, mAxes[0]);
     const KgeRMatrix lNone;
@@ -211,7 +211,7 @@ double KDofSolver::SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatr
 /// From the angles of a triple whose third is as good as zero, two DOFs about different axes settle after a round or two, during
 /// which no angle needs to be known. When they end close to the rotation they are at its only hill: angles (a, b) and others
 /// (a', b') make rotations that are at least the larger of |a - a'| and |b - b'| apart, as the axes are at right angles.
-double KDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     const int* lAxis = KmEulerAxisRow(mCode);
     const double(*lM)[4] = pWanted.mData;
@@ -252,7 +252,7 @@ double KDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatr
 }
 
 /// Where the triple's first and third angle turn about one axis, the search begins with that triple of which the third is zero.
-double KDofSolver::SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     double lTriple[3];
     KmRtoVord(lTriple, pWanted.mData, mCode);
@@ -269,7 +269,7 @@ double KDofSolver::SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, Kg
 }
 
 /// A DOF about the axis of the one before adds nothing to it, and of the others three reach everything. The rest stay at zero.
-double KDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     int    lCodes[3] = {};
     int    lPlaces[3] = {};
@@ -283,7 +283,7 @@ double KDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, Kge
             lPlaces[lCount++] = i;
         }
     }
-    const double lLeft = KDofSolver(lCodes, lCount).Solve(pWanted, lAngles, pReached);
+    const double lLeft = KQexDofSolver(lCodes, lCount).Solve(pWanted, lAngles, pReached);
     std::fill(pAngles, pAngles + mCount, 0.0);
     for (int i = 0; i < lCount; ++i)
     {
@@ -292,7 +292,7 @@ double KDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, Kge
     return lLeft;
 }
 
-double KDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
 {
     if (mIsWhole)
     {
@@ -312,7 +312,7 @@ double KDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix&
     return mCount == 2 && mIsDistinct ? SolveTwo(pWanted, pAngles, pReached) : SolveRepeated(pWanted, pAngles, pReached);
 }
 
-bool KDofSolver::Follows(ERotationOrder pOrder) const
+bool KQexDofSolver::Follows(ERotationOrder pOrder) const
 {
     const int* lAxes = KmEulerAxisRow(pOrder > eEULER_XYZ && pOrder <= eEULER_ZYX ? 2 * pOrder : 0);
     int        lNext = 0;
@@ -323,7 +323,7 @@ bool KDofSolver::Follows(ERotationOrder pOrder) const
     return mIsDistinct && lNext == mCount;
 }
 
-bool KDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
+bool KQexDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -339,7 +339,7 @@ bool KDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
     return mCount < 3 || std::fabs(pAngles[1]) <= kFarFromLock || std::fabs(std::remainder(pAngles[1], 180.0)) <= kFarFromLock;
 }
 
-void KDofSolver::Continue(double* pAngles, const double* pLast) const
+void KQexDofSolver::Continue(double* pAngles, const double* pLast) const
 {
     if (mIsWhole)
     {
@@ -354,7 +354,7 @@ void KDofSolver::Continue(double* pAngles, const double* pLast) const
 
 /// At the pole the second turn takes the first axis to the third or to its opposite, so that the third angle and plus or minus the
 /// first make one turn: for axes x, y, z and y = 90 degrees it takes x to -z.
-void KDofSolver::RoundInLock(double* pAngles, double pStep) const
+void KQexDofSolver::RoundInLock(double* pAngles, double pStep) const
 {
     if (!mIsWhole)
     {
@@ -368,7 +368,7 @@ void KDofSolver::RoundInLock(double* pAngles, double pStep) const
     pAngles[0] = lRounded;
 }
 
-double KDofSolver::GetGainBound(const double* pAngles) const
+double KQexDofSolver::GetGainBound(const double* pAngles) const
 {
     if (!mIsWhole)
     {
@@ -380,7 +380,7 @@ double KDofSolver::GetGainBound(const double* pAngles) const
     return lIsFar ? 2.0 : 1.0 / kGimbalCosine;
 }
 
-double KDofSolver::GetGain(const double* pAngles) const
+double KQexDofSolver::GetGain(const double* pAngles) const
 {
     if (!mIsWhole)
     {

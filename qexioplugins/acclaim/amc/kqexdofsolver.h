@@ -9,13 +9,13 @@ namespace qexsdk
 
 /// Finds the values of a bone's rotation DOFs that turn it as a rotation does, or as nearly as they can: the inverse of
 /// multiplying single-axis rotations in the order of the DOF list, each later one on the left.
-class KDofSolver
+class KQexDofSolver
 {
 public:
-    KDofSolver() = default;
+    KQexDofSolver() = default;
 
     /// For the first \p pCount codes of \p pCodes, of which those for translations are passed over.
-    KDofSolver(const int* pCodes, int pCount);
+    KQexDofSolver(const int* pCodes, int pCount);
 
     /// Number of rotation DOFs, 0 to 6.
     int GetCount() const { return mCount; }

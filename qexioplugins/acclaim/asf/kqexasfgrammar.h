@@ -12,7 +12,7 @@ namespace qexsdk
 inline constexpr int kAxisCodes[] = {10, 6, 2, 8, 4, 0};
 
 /// Places in smMain.
-enum KMainKeyword
+enum KQexAsfMainKeyword
 {
     eMAIN_VERSION,
     eMAIN_NAME,
@@ -25,7 +25,7 @@ enum KMainKeyword
 };
 
 /// Places in smUnits.
-enum KUnitKeyword
+enum KQexAsfUnitKeyword
 {
     eUNIT_MASS,
     eUNIT_LENGTH,
@@ -33,14 +33,14 @@ enum KUnitKeyword
 };
 
 /// Places in smAngle.
-enum KAngleKeyword
+enum KQexAsfAngleKeyword
 {
     eANGLE_DEGREES,
     eANGLE_RADIANS
 };
 
 /// Places in smRoot.
-enum KRootKeyword
+enum KQexAsfRootKeyword
 {
     eROOT_AXIS,
     eROOT_ORDER,
@@ -49,14 +49,14 @@ enum KRootKeyword
 };
 
 /// Places in smGroup.
-enum KGroupKeyword
+enum KQexAsfGroupKeyword
 {
     eGROUP_BEGIN,
     eGROUP_END
 };
 
 /// Places in smBoneData.
-enum KBoneKeyword
+enum KQexAsfBoneKeyword
 {
     eBONE_ID,
     eBONE_NAME,

@@ -35,7 +35,9 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
         mQexAsfScene->mRoot = lFormerRoot;
     }
     else
+    {
         QexSdkDelete(lFormerRoot);
+    }
     if (lOk)
     {
         lRoot->SetupPosition(pSetRotatePivotOffet, pSetPreRotation);
@@ -58,7 +60,9 @@ bool KQexFileAcclaimAsf::ReadSections()
     InitTokens(smMain);
     bool lOk = true;
     while (lOk && !Eof())
+    {
         lOk = ReadSection(Handle(smMain));
+    }
     lNameIndex.CloseGaps();
     mNameIndex = nullptr;
     return lOk && !HasFailed();
@@ -103,7 +107,9 @@ void KQexFileAcclaimAsf::SkipSection()
 bool KQexFileAcclaimAsf::CheckRoot(const char* pMessage)
 {
     if (mQexAsfScene->mRoot != nullptr)
+    {
         return true;
+    }
     Error("%s", pMessage);
     return false;
 }
@@ -126,9 +132,13 @@ bool KQexFileAcclaimAsf::ReadNameWord(char* pName)
 {
     bool lCut = false;
     if (!GetString(pName, kMaxName, lCut))
+    {
         return false;
+    }
     if (lCut)
+    {
         Warning("Name cut to 50 characters (%s)\n", pName);
+    }
     return true;
 }
 
@@ -136,13 +146,21 @@ bool KQexFileAcclaimAsf::ReadVersion()
 {
     double lVersion = 0.0;
     if (!GetDouble(lVersion, 1.0))
+    {
         Warning("Can't read file format version (%s), trying version 1.10\n", static_cast<char*>(*this));
-    // Compared as a double: a version may be any number, and not every one fits an integer.
+        // Compared as a double: a version may be any number, and not every one fits an integer.
+    }
     else if (std::trunc(100.0 * lVersion) != 110.0)
+    {
         Warning("Bad File format version (%f), trying 1.10\n", lVersion);
+    }
     while (NextLine())
+    {
         if (Check(smMain) != -1)
+        {
             return true;
+        }
+    }
     return false;
 }
 
@@ -164,16 +182,22 @@ bool KQexFileAcclaimAsf::ReadUnits()
     while (NextLine())
     {
         if (Check(smMain) != -1)
+        {
             return true;
+        }
         switch (Handle(smUnits))
         {
         case eUNIT_MASS:
             if (!GetDouble(mQexAsfScene->mMassUnit, 1.0))
+            {
                 Warning("Can't read mass unit, using %f\n", mQexAsfScene->mMassUnit);
+            }
             break;
         case eUNIT_LENGTH:
             if (!GetDouble(mQexAsfScene->mLengthUnit, 1.0))
+            {
                 Warning("Can't read length unit, using %f\n", mQexAsfScene->mLengthUnit);
+            }
             break;
         case eUNIT_ANGLE:
             ReadAngleUnit();
@@ -205,8 +229,12 @@ void KQexFileAcclaimAsf::ReadAngleUnit()
 bool KQexFileAcclaimAsf::ReadDocumentation()
 {
     while (NextLine())
+    {
         if (Check(smMain) != -1)
+        {
             return true;
+        }
+    }
     return false;
 }
 
@@ -214,9 +242,13 @@ bool KQexFileAcclaimAsf::ReadSkin()
 {
     char lName[kMaxSkinName + 1];
     for (int i = 0; i < kMaxSkinNames && GetString(lName, kMaxSkinName); ++i)
+    {
         NextLine();
+    }
     while (!Eof() && *static_cast<char*>(*this) != ':')
+    {
         NextLine();
+    }
     return true;
 }
 
@@ -245,9 +277,13 @@ bool KQexFileAcclaimAsf::ReadRootLines(HKQexAsfNode pNode)
     while (NextLine())
     {
         if (Check(smMain) != -1)
+        {
             return true;
+        }
         if (!ReadRootLine(pNode))
+        {
             return false;
+        }
     }
     return false;
 }
@@ -263,11 +299,15 @@ bool KQexFileAcclaimAsf::ReadRootLine(HKQexAsfNode pNode)
         break;
     case eROOT_POSITION:
         if (!GetVector(pNode->mPositionV.mData, 1.0))
+        {
             Warning("Can't read position, using 0.0 0.0 0.0\n");
+        }
         break;
     case eROOT_ORIENTATION:
         if (!GetVector(pNode->mOrientationV.mData, 1.0))
+        {
             Warning("Can't read orientation, using 0.0 0.0 0.0\n");
+        }
         break;
     default:
         Warning("Unknown %s token (%s)\n", smMain[eMAIN_ROOT].mStr, static_cast<char*>(*this));
@@ -283,7 +323,9 @@ void KQexFileAcclaimAsf::ReadRootOrder(HKQexAsfNode pNode)
     for (int lCode = Handle(smOrder); lCode != -1; lCode = Handle(smOrder))
     {
         if (pNode->mOrderCount < kMaxDofs)
+        {
             pNode->mOrderBuf[pNode->mOrderCount++] = lCode;
+        }
         else if (!lWarned)
         {
             Warning("Too many degrees of freedom (%s)\n", static_cast<char*>(*this));
@@ -309,7 +351,9 @@ void KQexFileAcclaimAsf::StoreRoot(HKQexAsfNode pNode)
     lRoot->mLength = pNode->mLength;
     lRoot->mOrderCount = pNode->mOrderCount;
     for (int i = 0; i < pNode->mOrderCount; ++i)
+    {
         lRoot->mOrderBuf[i] = pNode->mOrderBuf[i];
+    }
     lRoot->mOrientationOrder = pNode->mOrientationOrder;
     lRoot->mOrientationV = pNode->mOrientationV;
     lRoot->mPositionV = pNode->mPositionV;

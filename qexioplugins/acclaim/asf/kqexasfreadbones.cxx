@@ -13,7 +13,9 @@ namespace qexsdk
 bool KQexFileAcclaimAsf::ReadBoneData()
 {
     if (!CheckRoot("Bone data before :root\n"))
+    {
         return false;
+    }
     InitTokens(smGroup);
     bool lOk = NextLine();
     while (lOk && Check(smMain) == -1)
@@ -30,7 +32,9 @@ bool KQexFileAcclaimAsf::ReadBoneData()
             // One warning for each misplaced token: the rest of the line is looked at again.
             Warning("Begin/End keyword expected\n");
             if (!HasToken())
+            {
                 lOk = NextLine();
+            }
             break;
         }
     }
@@ -40,7 +44,9 @@ bool KQexFileAcclaimAsf::ReadBoneData()
 bool KQexFileAcclaimAsf::ReadBone()
 {
     if (!CheckRoot("Bone data before :root\n"))
+    {
         return false;
+    }
     HKQexAsfNode lNode = QexSdkNew<KQexAsfNode>();
     if (lNode == nullptr)
     {
@@ -50,7 +56,9 @@ bool KQexFileAcclaimAsf::ReadBone()
     InitTokens(smBoneData);
     mFirstLengthDof = mLengthDofs.size();
     if (ReadBoneLines(lNode) && AttachBone(lNode))
+    {
         return true;
+    }
     mLengthDofs.resize(mFirstLengthDof);
     QexSdkDelete(lNode);
     return false;
@@ -62,9 +70,13 @@ bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
     while (NextLine())
     {
         if (Check(smGroup) != -1)
+        {
             return true;
+        }
         if (!ReadBoneLine(pNode, Handle(smBoneData)))
+        {
             return false;
+        }
     }
     return false;
 }
@@ -78,7 +90,9 @@ bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode, int pKeyword)
     case eBONE_ID:
         // Bones are told by their names.
         if (!GetInteger(lId))
+        {
             Warning("Can't read bone id value\n");
+        }
         return true;
     case eBONE_NAME:
         return ReadBoneName(pNode);
@@ -94,11 +108,15 @@ bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode, int pKeyword)
         return ReadBoneLimits(pNode);
     case eBONE_BODYMASS:
         if (!GetDouble(lIgnored, mQexAsfScene->mMassUnit))
+        {
             Warning("Can't read bodymass value\n");
+        }
         return true;
     case eBONE_COFMASS:
         if (!GetDouble(lIgnored, 1.0))
+        {
             Warning("Can't read cofmass value\n");
+        }
         return true;
     default:
         Warning("Unknown bonedata token\n");
@@ -130,7 +148,9 @@ bool KQexFileAcclaimAsf::ReadBoneDirection(HKQexAsfNode pNode)
     }
     // A direction of zeros stays: only an exact zero has length zero.
     if (KgeLength(pNode->mDirectionV) > 0.0)
+    {
         KgeNorm(pNode->mDirectionV, pNode->mDirectionV);
+    }
     return true;
 }
 
@@ -143,7 +163,9 @@ bool KQexFileAcclaimAsf::ReadBoneLength(HKQexAsfNode pNode)
     }
     // The division comes first: its rounding is part of every length.
     if (mQexAsfScene->mLengthUnit > 0.0)
+    {
         pNode->mLength = (kCentimetresPerInch / mQexAsfScene->mLengthUnit) * pNode->mLength;
+    }
     return true;
 }
 
@@ -169,10 +191,14 @@ bool KQexFileAcclaimAsf::ReadBoneDof(HKQexAsfNode pNode)
         {
             Warning("Unknown degree of freedom (%s)\n", static_cast<char*>(*this));
             if (!AddLengthDof(lPlace))
+            {
                 return false;
+            }
         }
         else if (pNode->mOrderCount < kMaxDofs)
+        {
             pNode->mOrderBuf[pNode->mOrderCount++] = lCode;
+        }
         else if (!lWarned)
         {
             Warning("Too many degrees of freedom (%s)\n", static_cast<char*>(*this));
@@ -206,7 +232,9 @@ void StoreLimits(KQexAsfNode& pNode, int pCode, const double* pPair)
     pNode.mLimitsActive[pCode][0] = pPair[0] >= -DBL_MAX;
     pNode.mLimitsActive[pCode][1] = pPair[1] <= DBL_MAX;
     for (int i = 0; i < 2; ++i)
+    {
         pNode.mLimitsBuf[pCode][i] = pNode.mLimitsActive[pCode][i] ? pPair[i] : 0.0;
+    }
 }
 
 } // namespace
@@ -232,16 +260,24 @@ bool KQexFileAcclaimAsf::AttachBone(HKQexAsfNode pNode)
 {
     const char* lMessage = nullptr;
     if (smBoneData[eBONE_NAME] == 0)
+    {
         lMessage = "Bone has no name\n";
+    }
     else if (smBoneData[eBONE_DIRECTION] == 0)
+    {
         lMessage = "Bone has no direction\n";
+    }
     else if (smBoneData[eBONE_LENGTH] == 0)
+    {
         lMessage = "Bone has no length\n";
+    }
     if (lMessage == nullptr)
     {
         SetAxisFrame(pNode);
         if (NameLengthDofs(pNode->mName) && mQexAsfScene->mRoot->AddChild(pNode))
+        {
             return true;
+        }
         lMessage = "Out of memory\n";
     }
     Error("%s", lMessage);
@@ -253,7 +289,9 @@ bool KQexFileAcclaimAsf::NameLengthDofs(const char* pName)
     try
     {
         for (size_t i = mFirstLengthDof; i < mLengthDofs.size(); ++i)
+        {
             mLengthDofs[i].mBone = pName;
+        }
         return true;
     }
     catch (const std::exception&)

@@ -12,7 +12,9 @@ namespace qexsdk
 bool KQexFileAcclaimAsf::ReadHierarchy()
 {
     if (!CheckRoot("Hierarchy before :root\n"))
+    {
         return false;
+    }
     InitTokens(smGroup);
     KQexAsfNameIndex  lOwnIndex;
     KQexAsfNameIndex& lIndex = mNameIndex != nullptr ? *mNameIndex : lOwnIndex;
@@ -34,10 +36,14 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
     while (NextLine())
     {
         if (Check(smMain) != -1)
+        {
             return true;
+        }
         const int lGroup = Handle(smGroup);
         if (lGroup == eGROUP_END)
+        {
             continue;
+        }
         if (lGroup != eGROUP_BEGIN)
         {
             Warning("Begin/End keyword expected\n");
@@ -45,7 +51,9 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
         }
         pIndex.Update(mQexAsfScene->mRoot);
         if (!ReadFamilyLines(pIndex))
+        {
             return false;
+        }
     }
     return true;
 }
@@ -56,7 +64,9 @@ bool KQexFileAcclaimAsf::ReadFamilyLines(KQexAsfNameIndex& pIndex)
     while (NextLine() && Check(smGroup) == -1)
     {
         if (!ReadFamily(pIndex))
+        {
             return false;
+        }
     }
     return true;
 }
@@ -71,10 +81,14 @@ bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
     }
     // Bones already hang under the root.
     if (std::strcmp(lName, kRootName) == 0)
+    {
         return true;
+    }
     const int lParent = pIndex.Find(lName);
     if (lParent >= 0)
+    {
         return ReadChildren(pIndex, lParent);
+    }
     Error("Unknown parent bone name (%s)\n", lName);
     return false;
 }
@@ -92,9 +106,13 @@ bool KQexFileAcclaimAsf::ReadChildren(KQexAsfNameIndex& pIndex, int pParent)
         }
         // The first family that names a bone as a child wins.
         if (!pIndex.IsUnderRoot(lChild))
+        {
             continue;
+        }
         if (pIndex.IsBelow(pParent, lChild))
+        {
             Warning("Bone under itself (%s)\n", lName);
+        }
         else if (!pIndex.Move(lChild, pParent))
         {
             Error("Out of memory\n");

@@ -55,7 +55,9 @@ void KQexFileAcclaimAsf::WriteRoot()
     // The blank behind the word and the one before the first channel are both part of the format.
     Print(1, "%s ", smRoot[1].mStr);
     for (int i = 0; i < lRoot->mOrderCount; ++i)
+    {
         WriteDofWord(smOrder, lRoot->mOrderBuf[i]);
+    }
     Print(0, "\n");
     // Deliberately zeros, not the root's own: where the figure stands is told by the motion.
     Print(1, "%s %g %g %g\n", smRoot[2].mStr, lZero.mData[0], lZero.mData[1], lZero.mData[2]);
@@ -65,7 +67,9 @@ void KQexFileAcclaimAsf::WriteRoot()
 void KQexFileAcclaimAsf::WriteDofWord(const KToken* pWords, int pCode)
 {
     if (pCode >= 0 && pCode < kDofCodes)
+    {
         Print(0, " %s", pWords[pCode].mStr);
+    }
 }
 
 void KQexFileAcclaimAsf::WriteBoneData()
@@ -73,15 +77,21 @@ void KQexFileAcclaimAsf::WriteBoneData()
     Print(0, "%s\n", smMain[5].mStr);
     int lIndex = 1;
     for (int i = 0; i < mQexAsfScene->mRoot->mChildBuf.GetCount(); ++i)
+    {
         WriteBone(mQexAsfScene->mRoot->mChildBuf[i], lIndex);
+    }
 }
 
 void KQexFileAcclaimAsf::WriteBone(HKQexAsfNode pNode, int& pIndex)
 {
     KQexAsfWalk lWalk(pNode);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering())
+        {
             WriteOneBone(lNode, pIndex++);
+        }
+    }
 }
 
 void KQexFileAcclaimAsf::WriteOneBone(HKQexAsfNode pNode, int pIndex)
@@ -95,7 +105,9 @@ void KQexFileAcclaimAsf::WriteOneBone(HKQexAsfNode pNode, int pIndex)
     Print(2, "%s %g\n", smBoneData[3].mStr, pNode->mLength);
     Print(2, "%s %g %g %g %s\n", smBoneData[4].mStr, lAxis[0], lAxis[1], lAxis[2], smAxis[kAxisXyz].mStr);
     if (pNode->mOrderCount > 0)
+    {
         WriteDofs(pNode);
+    }
     Print(1, "%s\n", smGroup[1].mStr);
 }
 
@@ -104,7 +116,9 @@ void KQexFileAcclaimAsf::WriteDofs(HKQexAsfNode pNode)
 {
     Print(2, "%s", smBoneData[5].mStr);
     for (int i = 0; i < pNode->mOrderCount; ++i)
+    {
         WriteDofWord(smDof, pNode->mOrderBuf[i]);
+    }
     Print(0, "\n");
     Print(2, "%s", smBoneData[6].mStr);
     for (int i = 0; i < pNode->mOrderCount; ++i)
@@ -113,14 +127,22 @@ void KQexFileAcclaimAsf::WriteDofs(HKQexAsfNode pNode)
         const bool lHasRow = lCode >= 0 && lCode < kDofCodes && !pNode->GetInvalidLimits();
         Print(0, "( ");
         if (lHasRow && pNode->mLimitsActive[lCode][0])
+        {
             Print(0, "%f", pNode->mLimitsBuf[lCode][0]);
+        }
         else
+        {
             Print(0, "-inf");
+        }
         Print(0, " , ");
         if (lHasRow && pNode->mLimitsActive[lCode][1])
+        {
             Print(0, "%f", pNode->mLimitsBuf[lCode][1]);
+        }
         else
+        {
             Print(0, "inf");
+        }
         Print(0, " )");
         Print(0, "\n");
     }
@@ -139,15 +161,21 @@ void KQexFileAcclaimAsf::WriteHierarchyRecursive(HKQexAsfNode pNode)
 {
     KQexAsfWalk lWalk(pNode);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering() && lNode->mChildBuf.GetCount() > 0)
+        {
             WriteFamily(lNode);
+        }
+    }
 }
 
 void KQexFileAcclaimAsf::WriteFamily(HKQexAsfNode pParent)
 {
     Print(2, "%s", pParent->mName);
     for (int i = 0; i < pParent->mChildBuf.GetCount(); ++i)
+    {
         Print(0, " %s", pParent->mChildBuf[i]->mName);
+    }
     Print(0, "\n");
 }
 

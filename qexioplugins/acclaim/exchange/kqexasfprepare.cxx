@@ -74,15 +74,15 @@ void AddThirdRotation(KQexAsfNode& pBone)
 
 } // namespace
 
-KAsfPreparation::KAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer,
-                                 const KQexExportAcclaimOptions& pOptions, bool pHasTranslations)
+KQexAsfPreparation::KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer,
+                                       const KQexExportAcclaimOptions& pOptions, bool pHasTranslations)
     : mScene(pScene), mRoot(pRoot), mLayer(pLayer), mOptions(pOptions), mHasTranslations(pHasTranslations)
 {
 }
 
 /// Pairs bones with nodes. Extraction keeps the order of children, and the clean-up only takes some away, so the next node of the
 /// bone's name is the bone's.
-void KAsfPreparation::FindOrigins()
+void KQexAsfPreparation::FindOrigins()
 {
     struct KOpen
     {
@@ -100,14 +100,14 @@ void KAsfPreparation::FindOrigins()
         }
         if (lOpen.empty())
         {
-            mOrigins.push_back(KAsfOrigin{lBone, mRoot});
+            mOrigins.push_back(KQexAsfOrigin{lBone, mRoot});
             lOpen.push_back(KOpen{mRoot, mRoot->GetFirstChild()});
             continue;
         }
         if (lBone->mOrderCount == 0)
         {
             // Put in front of a child of the same node: the child is looked for where this one stands.
-            mOrigins.push_back(KAsfOrigin{lBone, nullptr});
+            mOrigins.push_back(KQexAsfOrigin{lBone, nullptr});
             lOpen.push_back(lOpen.back());
             continue;
         }
@@ -117,7 +117,7 @@ void KAsfPreparation::FindOrigins()
             lAbove.mNext = lAbove.mNext->GetNextSibling();
         }
         KQexNode* lNode = lAbove.mNext;
-        mOrigins.push_back(KAsfOrigin{lBone, lNode});
+        mOrigins.push_back(KQexAsfOrigin{lBone, lNode});
         if (lNode != nullptr)
         {
             lAbove.mNext = lNode->GetNextSibling();
@@ -127,10 +127,10 @@ void KAsfPreparation::FindOrigins()
 }
 
 /// End markers give their parents' bones a length and are meant to go; any other leaf is a loss.
-void KAsfPreparation::TellDroppedLeaves()
+void KQexAsfPreparation::TellDroppedLeaves()
 {
     std::unordered_map<const KQexNode*, bool> lKept;
-    for (const KAsfOrigin& lOrigin : mOrigins)
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
     {
         lKept[lOrigin.mNode] = true;
     }
@@ -148,7 +148,7 @@ void KAsfPreparation::TellDroppedLeaves()
     }
 }
 
-void KAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
+void KQexAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
 {
     if (pName != pBone->mName)
     {
@@ -158,7 +158,7 @@ void KAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
 }
 
 /// Bones keep their names before those that extraction made up do.
-void KAsfPreparation::MakeNamesValid()
+void KQexAsfPreparation::MakeNamesValid()
 {
     KQexUniqueNames lNames(kMaxName);
     lNames.Make("root");
@@ -182,7 +182,7 @@ void KAsfPreparation::MakeNamesValid()
 }
 
 /// The root of a file has no length. When all its children start away from it at one place, a bone in front of them reaches there.
-bool KAsfPreparation::AddSharedStart()
+bool KQexAsfPreparation::AddSharedStart()
 {
     HKQexAsfNode lRoot = mScene->mRoot;
     const int    lCount = lRoot->mChildBuf.GetCount();
@@ -215,12 +215,12 @@ bool KAsfPreparation::AddSharedStart()
         QexSdkDelete(lStart);
         return false;
     }
-    mOrigins.insert(mOrigins.begin() + 1, KAsfOrigin{lStart, nullptr});
+    mOrigins.insert(mOrigins.begin() + 1, KQexAsfOrigin{lStart, nullptr});
     return true;
 }
 
 /// Whether the node came from a bone that an export once put in front of another: it never moved and has no limits.
-bool KAsfPreparation::IsDummy(const KAsfOrigin& pOrigin) const
+bool KQexAsfPreparation::IsDummy(const KQexAsfOrigin& pOrigin) const
 {
     const std::string lName = BareName(pOrigin.mNode);
     if (!EndsIn(lName, kDummy) || IsMoved(pOrigin.mNode, mLayer))
@@ -238,7 +238,7 @@ bool KAsfPreparation::IsDummy(const KAsfOrigin& pOrigin) const
 }
 
 /// Extraction without translations leaves the rotations' limits, z, y and x, in the rows of the translations.
-void KAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
+void KQexAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
 {
     if (mHasTranslations)
     {
@@ -256,7 +256,7 @@ void KAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
     }
 }
 
-void KAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const
+void KQexAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const
 {
     pBone.mOrderCount = 0;
     std::memset(pBone.mLimitsActive, 0, sizeof pBone.mLimitsActive);
@@ -276,7 +276,7 @@ void KAsfPreparation::SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBon
     }
 }
 
-void KAsfPreparation::SetDofs(const KAsfOrigin& pOrigin)
+void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
 {
     KQexAsfNode& lBone = *pOrigin.mBone;
     if (pOrigin.mNode == nullptr || lBone.mParent == nullptr)
@@ -311,12 +311,12 @@ void KAsfPreparation::SetDofs(const KAsfOrigin& pOrigin)
 }
 
 /// Extraction writes the unit 1.0.
-void KAsfPreparation::SetUnit(KQexAsfNode& pBone) const
+void KQexAsfPreparation::SetUnit(KQexAsfNode& pBone) const
 {
     pBone.mLength *= mOptions.mLengthUnit;
 }
 
-bool KAsfPreparation::Run()
+bool KQexAsfPreparation::Run()
 {
     try
     {
@@ -325,7 +325,7 @@ bool KAsfPreparation::Run()
         if (mOptions.mServe)
         {
             // Known by its own name: the made-up bone below the root has none to be looked up by.
-            std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KAsfOrigin& pOrigin) { SetDofs(pOrigin); });
+            std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
             if (!AddSharedStart())
             {
                 return false;
@@ -338,7 +338,7 @@ bool KAsfPreparation::Run()
         return false;
     }
     mScene->mLengthUnit = mOptions.mLengthUnit;
-    for (const KAsfOrigin& lOrigin : mOrigins)
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
     {
         SetUnit(*lOrigin.mBone);
         if (mOptions.mServe && lOrigin.mBone != mScene->mRoot)

@@ -10,25 +10,25 @@ namespace qexsdk
 {
 
 /// A bone of an extracted skeleton and the host node that it was made for; null for a bone that extraction put in front of another.
-struct KAsfOrigin
+struct KQexAsfOrigin
 {
     HKQexAsfNode mBone; ///< The bone; the skeleton owns it.
     KQexNode*    mNode; ///< The node it was made for, or null; the host scene owns it.
 };
 
 /// Makes an extracted skeleton ready to be written: see KQexExportAcclaimOptions::mServe. All steps change the model only.
-class KAsfPreparation
+class KQexAsfPreparation
 {
 public:
     /// \p pScene was extracted from the tree at \p pRoot with \p pHasTranslations for extraction's flag.
-    KAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer, const KQexExportAcclaimOptions& pOptions,
-                    bool pHasTranslations);
+    KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer, const KQexExportAcclaimOptions& pOptions,
+                       bool pHasTranslations);
 
     /// Runs all steps. False when memory runs out; the model is then unspecified, and still releases all it holds.
     bool Run();
 
     /// All bones with their nodes, in pre-order, the root first.
-    const std::vector<KAsfOrigin>& GetOrigins() const { return mOrigins; }
+    const std::vector<KQexAsfOrigin>& GetOrigins() const { return mOrigins; }
 
     /// What the user should know, one text each.
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
@@ -39,10 +39,10 @@ private:
     void MakeNamesValid();
     void NameBone(HKQexAsfNode pBone, const std::string& pName);
     bool AddSharedStart();
-    void SetDofs(const KAsfOrigin& pOrigin);
+    void SetDofs(const KQexAsfOrigin& pOrigin);
     void SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const;
     void MoveLimits(KQexAsfNode& pBone) const;
-    bool IsDummy(const KAsfOrigin& pOrigin) const;
+    bool IsDummy(const KQexAsfOrigin& pOrigin) const;
     void SetUnit(KQexAsfNode& pBone) const;
 
     KQexAsfScene*                   mScene;
@@ -50,7 +50,7 @@ private:
     const KQexAnimLayer*            mLayer;
     const KQexExportAcclaimOptions& mOptions;
     bool                            mHasTranslations;
-    std::vector<KAsfOrigin>         mOrigins;
+    std::vector<KQexAsfOrigin>      mOrigins;
     std::vector<std::string>        mWarnings;
 };
 

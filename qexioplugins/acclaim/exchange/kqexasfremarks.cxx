@@ -24,7 +24,7 @@ bool IsZero(const KgeTVector& pVector)
     return pVector[0] == 0.0 && pVector[1] == 0.0 && pVector[2] == 0.0;
 }
 
-// The reader gives four of the six axis words the rotation of another one's letters.
+/// The reader gives four of the six axis words the rotation of another one's letters.
 bool HasOddAxisWord(const KQexAsfNode& pBone)
 {
     const int lOrder = pBone.mOrientationOrder;
@@ -34,13 +34,19 @@ bool HasOddAxisWord(const KQexAsfNode& pBone)
 bool RepeatsRotationAxis(const KQexAsfNode& pBone)
 {
     for (int i = 0; i < pBone.mOrderCount; ++i)
+    {
         for (int j = 0; j < i; ++j)
+        {
             if (pBone.mOrderBuf[i] == pBone.mOrderBuf[j] && pBone.mOrderBuf[i] >= 3)
+            {
                 return true;
+            }
+        }
+    }
     return false;
 }
 
-// One warning for all bones of a kind, naming the first.
+/// One warning for all bones of a kind, naming the first.
 class KRemark
 {
 public:
@@ -49,14 +55,18 @@ public:
     void Note(const KQexAsfNode& pBone)
     {
         if (mFirst.empty())
+        {
             mFirst = pBone.mName;
+        }
         ++mCount;
     }
 
     void AppendTo(std::vector<KQexTextMessage>& pRemarks) const
     {
         if (mCount == 0)
+        {
             return;
+        }
         const std::string lOthers = mCount > 1 ? " and " + std::to_string(mCount - 1) + " more" : "";
         pRemarks.push_back({KQexTextMessage::eWARNING, 0, mText + (" (" + mFirst + lOthers + ")")});
     }
@@ -67,7 +77,7 @@ private:
     int         mCount = 0;
 };
 
-// The section that a line of the file opens, or "".
+/// The section that a line of the file opens, or "".
 std::string_view SectionOf(const KLineReader& pLines)
 {
     std::string_view       lText(pLines.GetLine(), pLines.GetLength());
@@ -78,7 +88,9 @@ std::string_view SectionOf(const KLineReader& pLines)
 bool Open(KLineReader& pLines, const KQexAcclaimSource& pSource)
 {
     if (pSource.mData != nullptr)
+    {
         return pLines.OpenBuffer(pSource.mData, pSource.mSize);
+    }
     // What standard input gave is gone.
     return pSource.mPath != "-" && pLines.OpenPath(pSource.mPath.c_str());
 }
@@ -93,22 +105,34 @@ void RemarkOnSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& p
     KRemark lTwice("A rotation axis is listed twice and its angles are added up by the pre-rotation");
 
     if (!IsZero(pAsfScene.mRoot->mPositionV) || !IsZero(pAsfScene.mRoot->mOrientationV))
+    {
         lRoot.Note(*pAsfScene.mRoot);
+    }
     KQexAsfWalk lWalk(pAsfScene.mRoot);
     while (const HKQexAsfNode lBone = lWalk.Next())
     {
         if (!lWalk.IsEntering())
+        {
             continue;
+        }
         if (pOptions.mRemoveDummies && lBone != pAsfScene.mRoot && lBone->mChildBuf.GetCount() == 0 && lBone->mOrderCount == 0 &&
             lBone->mLength > 0.0)
+        {
             lLeaf.Note(*lBone);
+        }
         if (HasOddAxisWord(*lBone))
+        {
             lAxis.Note(*lBone);
+        }
         if (pOptions.mSetPreRotation && RepeatsRotationAxis(*lBone))
+        {
             lTwice.Note(*lBone);
+        }
     }
     for (const KRemark* lRemark : {&lRoot, &lLeaf, &lAxis, &lTwice})
+    {
         lRemark->AppendTo(pRemarks);
+    }
 }
 
 KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLine)
@@ -118,19 +142,25 @@ KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLi
     bool        lHasRoot = false;
     KLineReader lLines;
     if (Open(lLines, pSkeleton))
+    {
         while (lLines.GetLineNumber() < pLine && lLines.NextLine())
         {
             const std::string_view lName = SectionOf(lLines);
             if (lName.empty())
+            {
                 continue;
+            }
             lSection = lName.substr(0, kMaxName);
             lBegin = static_cast<int>(lLines.GetLineNumber());
             lHasRoot = lHasRoot || KEqualsFolded(lName, ":root");
         }
+    }
 
     std::string lText = "The skeleton is incomplete";
     if (lHasRoot || KEqualsFolded(lSection, ":name"))
+    {
         lText += ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin);
+    }
     else if (pSkeleton.mData != nullptr || pSkeleton.mPath != "-")
     {
         lText += lBegin > 0 ? ": there is no :root" : ": there is no section";

@@ -119,7 +119,7 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
         return FailExport(pResult, pAmcPath, "No frames in the part of the take that was asked for");
     }
     KQexFileAcclaimAmc  lAmc(false);
-    KDiscardGuard       lGuard(lAmc);
+    KQexDiscardGuard    lGuard(lAmc);
     KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
     lOptions.mSkeletonNotes = pOptions.mSkeletonNotes;
     return lGuard.Keep(WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult) &&

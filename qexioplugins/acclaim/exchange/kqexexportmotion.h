@@ -21,19 +21,19 @@ bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput);
 
 /// Discards a motion's output at its end, unless told otherwise: the file's destructor would complete an output that nobody closed, also
 /// while an exception is on its way.
-class KDiscardGuard
+class KQexDiscardGuard
 {
 public:
-    explicit KDiscardGuard(KQexFileAcclaimAmc& pAmc) : mAmc(pAmc) {}
-    ~KDiscardGuard()
+    explicit KQexDiscardGuard(KQexFileAcclaimAmc& pAmc) : mAmc(pAmc) {}
+    ~KQexDiscardGuard()
     {
         if (!mKeep)
         {
             mAmc.Discard();
         }
     }
-    KDiscardGuard(const KDiscardGuard&) = delete;
-    KDiscardGuard& operator=(const KDiscardGuard&) = delete;
+    KQexDiscardGuard(const KQexDiscardGuard&) = delete;
+    KQexDiscardGuard& operator=(const KQexDiscardGuard&) = delete;
 
     /// The output stays when \p pKeep is true. Gives that back.
     bool Keep(bool pKeep) { return mKeep = pKeep; }

@@ -27,14 +27,14 @@ KQexExportRun::KQexExportRun(KQexNode* pRoot, const char* pAsfPath, const char* 
 
 bool KQexExportRun::Run()
 {
-    KDiscardGuard lGuard(mAmc);
+    KQexDiscardGuard lGuard(mAmc);
     return lGuard.Keep(MakeSkeleton(!mAmcPath.empty()) && WriteSkeleton() && WriteMotion(mAmcPath, nullptr) && Finish());
 }
 
 bool KQexExportRun::Run(std::string& pAsf, std::string* pAmc)
 {
-    KDiscardGuard lGuard(mAmc);
-    const bool    lOk = lGuard.Keep(MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close())));
+    KQexDiscardGuard lGuard(mAmc);
+    const bool       lOk = lGuard.Keep(MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close())));
     pAsf.swap(mText);
     return lOk;
 }
@@ -74,7 +74,7 @@ bool KQexExportRun::MakeSkeleton(bool pIsRead)
     {
         return FailExport(mResult, mAsfPath, "Out of memory");
     }
-    KAsfPreparation lPreparation(lScene.get(), mRoot, GetLayer(), mOptions, lHasTranslations);
+    KQexAsfPreparation lPreparation(lScene.get(), mRoot, GetLayer(), mOptions, lHasTranslations);
     if (!lPreparation.Run())
     {
         return FailExport(mResult, mAsfPath, "Out of memory");
@@ -85,7 +85,7 @@ bool KQexExportRun::MakeSkeleton(bool pIsRead)
     }
     // What samples into the nodes later needs their curves, not their defaults.
     lEvaluator->SetContext(mStack);
-    for (const KAsfOrigin& lOrigin : lPreparation.GetOrigins())
+    for (const KQexAsfOrigin& lOrigin : lPreparation.GetOrigins())
     {
         lOrigin.mBone->GetCurveNodePointers(lOrigin.mNode);
     }
@@ -104,7 +104,7 @@ bool KQexExportRun::MakeSkeleton(bool pIsRead)
 }
 
 /// Reads the text as other programs will: motion is made for the bones that they see, with the digits that the text has.
-bool KQexExportRun::ReadBack(const std::vector<KAsfOrigin>& pOrigins)
+bool KQexExportRun::ReadBack(const std::vector<KQexAsfOrigin>& pOrigins)
 {
     KQexImportAcclaimResult lResult;
     mReadBack = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(mText.data(), mText.size(), mAsfPath),

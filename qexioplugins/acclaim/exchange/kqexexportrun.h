@@ -26,7 +26,7 @@ public:
 
 private:
     bool                 MakeSkeleton(bool pIsRead);
-    bool                 ReadBack(const std::vector<KAsfOrigin>& pOrigins);
+    bool                 ReadBack(const std::vector<KQexAsfOrigin>& pOrigins);
     bool                 WriteSkeleton();
     bool                 WriteMotion(const std::string& pPath, std::string* pBuffer);
     bool                 Finish();

@@ -20,7 +20,7 @@ bool Open(KQexTextFile& pFile, const KQexAcclaimSource& pSource)
     return pSource.mData != nullptr ? pFile.OpenReadBuffer(pSource.mData, pSource.mSize) : pFile.OpenRead(pSource.mPath.c_str());
 }
 
-// At its end the bones from the root on own no curves.
+/// At its end the bones from the root on own no curves.
 struct KCurveGuard
 {
     HKQexAsfNode mRoot;
@@ -28,7 +28,7 @@ struct KCurveGuard
     ~KCurveGuard() { KQexAsfCurves::Destroy(mRoot); }
 };
 
-// Hands the bones' curves to the nodes that were just made of them: the trees are the same but for the end nodes.
+/// Hands the bones' curves to the nodes that were just made of them: the trees are the same but for the end nodes.
 void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
 {
     std::vector<KQexNode*> lNext; ///< For each bone on the way down: the node of its next child.
@@ -51,7 +51,7 @@ void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
     }
 }
 
-// Whether the node to merge at is itself the skeleton's root; the search for that looks only below a node.
+/// Whether the node to merge at is itself the skeleton's root; the search for that looks only below a node.
 bool IsRootNode(const KQexAsfScene& pAsfScene, const KQexNode& pNode)
 {
     return pNode.GetParent() != nullptr && pNode.GetSkeleton() != nullptr && std::strcmp(pNode.GetName(), pAsfScene.mRoot->mName) == 0;
@@ -77,14 +77,18 @@ KQexImportRun::~KQexImportRun()
     KFCURVE_SetUseConstantKeyReducer(mReducerBefore);
     // Curves that have an owner go with it, before the undo takes the rest.
     if (mUndo.IsArmed() && mBorrowedRoot != nullptr)
+    {
         KQexAsfCurves::Destroy(mBorrowedRoot);
+    }
 }
 
 KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
 {
     KQexAsfSceneOwner lAsfScene(QexSdkNew<KQexAsfScene>());
     if (lAsfScene == nullptr)
+    {
         throw std::bad_alloc();
+    }
     KQexFileAcclaimAsf lFile(mOptions.mVerbose);
     // Dummies go in a step of their own, so that their names can be noted before.
     const bool lOk = Open(lFile, pSource) && lFile.Read(lAsfScene.get(), false, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
@@ -92,17 +96,23 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
     if (!lOk)
     {
         if (lFile.GetErrorCount() == 0)
+        {
             mResult.mMessages.push_back({pSource.mPath, ExplainSilentFailure(pSource, lFile.GetLineNumber())});
+        }
         return nullptr;
     }
 
     std::vector<KQexTextMessage> lRemarks;
     RemarkOnSkeleton(*lAsfScene, mOptions, lRemarks);
     for (KQexTextMessage& lRemark : lRemarks)
+    {
         mResult.mMessages.push_back({pSource.mPath, std::move(lRemark)});
+    }
     mResult.mSkeletonNotes.mLengthDofs = lFile.GetLengthDofs();
     if (mOptions.mRemoveDummies)
+    {
         RemoveDummies(*lAsfScene);
+    }
     return lAsfScene;
 }
 
@@ -110,25 +120,41 @@ void KQexImportRun::RemoveDummies(KQexAsfScene& pAsfScene)
 {
     KQexAsfWalk lWalk(pAsfScene.mRoot);
     while (const HKQexAsfNode lBone = lWalk.Next())
+    {
         if (lWalk.IsEntering() && lBone != pAsfScene.mRoot && lBone->mOrderCount == 0)
+        {
             mResult.mSkeletonNotes.mRemovedBones.push_back(lBone->mName);
+        }
+    }
     if (!pAsfScene.mRoot->RemoveDummy(mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation))
+    {
         throw std::bad_alloc();
+    }
 }
 
 bool KQexImportRun::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexAcclaimSource>& pSources)
 {
     if (mScene == nullptr)
+    {
         return Fail("There is no scene to import into");
+    }
     for (size_t i = 0; i < pSources.size(); ++i)
+    {
         for (size_t k = 0; k < i && !pSources[i].mTakeName.empty(); ++k)
+        {
             if (pSources[i].mTakeName == pSources[k].mTakeName)
+            {
                 return Fail(("Two motions for the take " + pSources[i].mTakeName).c_str());
+            }
+        }
+    }
     mCurves.reserve(pSources.size());
     bool lOk = SayProgress(0.0);
     for (size_t i = 0; i < pSources.size() && lOk; ++i)
+    {
         lOk = ReadMotion(pAsfScene, pSources[i], i, pSources.size()) &&
               SayProgress(static_cast<double>(i + 1) / static_cast<double>(pSources.size()));
+    }
     return lOk;
 }
 
@@ -141,10 +167,12 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     lOptions.mKeepGoodFrames = mOptions.mKeepGoodFrames;
     lOptions.mSkeletonNotes = mResult.mSkeletonNotes;
     if (mOptions.mProgress)
+    {
         lOptions.mProgress = [&](double pFraction)
         {
             return mOptions.mProgress((static_cast<double>(pIndex) + pFraction) / static_cast<double>(pCount));
         };
+    }
 
     KQexImportedTake   lTake;
     KQexFileAcclaimAmc lFile(mOptions.mVerbose);
@@ -157,7 +185,9 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     lTake.mInfo = lFile.GetInfo();
     mResult.mCancelled = mResult.mCancelled || lTake.mInfo.mCancelled;
     if (!lOk)
+    {
         return false;
+    }
 
     mResult.mTakes.push_back(std::move(lTake));
     mCurves.emplace_back().TakeFrom(pAsfScene.mRoot);
@@ -167,37 +197,51 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
 std::string KQexImportRun::ChooseTakeName(const KQexAcclaimSource& pSource) const
 {
     if (!pSource.mTakeName.empty())
+    {
         return pSource.mTakeName;
+    }
     if (mResult.mTakes.empty() && !mOptions.mTakeName.empty())
+    {
         return mOptions.mTakeName;
+    }
 
     // A name of our own choosing must not lay hands on motion that is there already.
     const std::string lFileStem = KPathStem(pSource.mPath);
     const std::string lStem = lFileStem.empty() || lFileStem == "-" ? kNamelessTake : lFileStem;
     std::string       lName = lStem;
     for (int i = 2; IsTaken(lName); ++i)
+    {
         lName = lStem + " " + std::to_string(i);
+    }
     return lName;
 }
 
 bool KQexImportRun::IsTaken(const std::string& pTakeName) const
 {
     for (const KQexImportedTake& lTake : mResult.mTakes)
+    {
         if (lTake.mName == pTakeName)
+        {
             return true;
+        }
+    }
     return mScene->FindAnimStack(pTakeName.c_str()) != nullptr;
 }
 
 void KQexImportRun::TakeMessages(const KQexTextFile& pFile, const std::string& pPath)
 {
     for (const KQexTextMessage& lMessage : pFile.GetMessages())
+    {
         mResult.mMessages.push_back({pPath, lMessage});
+    }
 }
 
 bool KQexImportRun::SayProgress(double pFraction)
 {
     if (!mOptions.mProgress || mOptions.mProgress(pFraction))
+    {
         return true;
+    }
     mResult.mCancelled = true;
     return false;
 }
@@ -217,7 +261,9 @@ bool KQexImportRun::Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode)
 {
     // Curves that found no place are the sign of memory that ran out on the way.
     if (pRootNode == nullptr || KQexAsfCurves::HasAny(pAsfScene.mRoot))
+    {
         throw std::bad_alloc();
+    }
     mResult.mRootNode = pRootNode;
     mUndo.Keep();
     return true;
@@ -228,17 +274,23 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
     const HKQexAsfNode lRoot = pAsfScene.mRoot;
     const bool         lMoves = !mCurves.empty();
     if (lMoves)
+    {
         mCurves.front().GiveTo(lRoot);
+    }
     const char* lFirstTake = lMoves ? mResult.mTakes.front().mName.c_str() : "";
     KQexNode* lNode = pAsfScene.ASFToQEX(mScene, lFirstTake, mOptions.mSetLimits, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
     KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
     if (lNode == nullptr || !lParent->AddChild(lNode))
+    {
         return nullptr;
+    }
 
     for (size_t i = 1; i < mCurves.size(); ++i)
     {
         if (KQexAsfCurves::HasAny(lRoot))
+        {
             return nullptr;
+        }
         mCurves[i].GiveTo(lRoot);
         HandOver(lRoot, lNode, mResult.mTakes[i].mName.c_str());
     }
@@ -248,14 +300,20 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
 KQexNode* KQexImportRun::Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow)
 {
     if (mCurves.empty() && !BindTake(pAsfScene, pBelow, ""))
+    {
         return nullptr;
+    }
     for (size_t i = 0; i < mCurves.size(); ++i)
     {
         if (KQexAsfCurves::HasAny(pAsfScene.mRoot))
+        {
             return nullptr;
+        }
         mCurves[i].GiveTo(pAsfScene.mRoot);
         if (!BindTake(pAsfScene, pBelow, mResult.mTakes[i].mName.c_str()))
+        {
             return nullptr;
+        }
     }
     return IsRootNode(pAsfScene, *pBelow) ? pBelow : pBelow->FindChild(pAsfScene.mRoot->mName, true, false);
 }
@@ -266,7 +324,9 @@ bool KQexImportRun::BindTake(KQexAsfScene& pAsfScene, KQexNode* pBelow, const ch
     const bool lOffset = mOptions.mSetRotatePivotOffet;
     const bool lPreRotation = mOptions.mSetPreRotation;
     if (IsRootNode(pAsfScene, *pBelow))
+    {
         return pAsfScene.mRoot->MergeASFToQEX(mScene, pBelow->GetParent(), pTakeName, lLimits, lOffset, lPreRotation);
+    }
     return pAsfScene.MergeASFToQEX(mScene, pBelow, pTakeName, lLimits, lOffset, lPreRotation);
 }
 

@@ -32,17 +32,27 @@ public:
     bool Fold()
     {
         if (!mNode.mChildBuf.Reserve(mNode.mChildBuf.GetCount() + CountMoved()))
+        {
             return false;
+        }
         while (HKQexAsfNode lNode = mWalk.Next())
         {
             if (lNode == &mNode)
+            {
                 continue;
+            }
             if (!IsDummy(*lNode))
+            {
                 mWalk.SkipChildren();
+            }
             else if (mWalk.IsEntering())
+            {
                 Enter(*lNode);
+            }
             else
+            {
                 Leave(*lNode);
+            }
         }
         CloseGaps(mNode.mChildBuf);
         return true;
@@ -56,7 +66,9 @@ private:
         while (HKQexAsfNode lNode = lWalk.Next())
         {
             if (lNode == &mNode || IsDummy(*lNode))
+            {
                 continue;
+            }
             lCount += lWalk.GetAbove() == &mNode ? 0 : 1;
             lWalk.SkipChildren();
         }
@@ -68,17 +80,27 @@ private:
     void Enter(KQexAsfNode& pDummy)
     {
         if (const KQexAsfNode* lAbove = mWalk.GetAbove(); lAbove != &mNode)
+        {
             AddParentFrame(pDummy, *lAbove);
+        }
         if (!mWalk.IsForward())
+        {
             for (int lIter = 0; lIter < pDummy.mChildBuf.GetCount(); ++lIter)
+            {
                 Move(pDummy, pDummy.mChildBuf[lIter]);
+            }
+        }
     }
 
     void Leave(KQexAsfNode& pDummy)
     {
         if (mWalk.IsForward())
+        {
             for (int lIter = pDummy.mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
+            {
                 Move(pDummy, pDummy.mChildBuf[lIter]);
+            }
+        }
         mWalk.ClearEntry();
         pDummy.mChildBuf.Clear();
         QexSdkDelete(&pDummy);
@@ -87,7 +109,9 @@ private:
     void Move(const KQexAsfNode& pDummy, HKQexAsfNode pBone)
     {
         if (!pBone || IsDummy(*pBone))
+        {
             return;
+        }
         AddParentFrame(*pBone, pDummy);
         mNode.AddChild(pBone);
         SetLocals(*pBone, mFlags);
@@ -109,8 +133,8 @@ private:
 bool IsEndSite(const KQexAsfNode& pNode)
 {
     // The length is compared exactly: a bone that has any length is kept.
-    return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode && pNode.mLTNode->IsAnimated(true)) &&
-           !(pNode.mLRNode && pNode.mLRNode->IsAnimated(true));
+    return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode != nullptr && pNode.mLTNode->IsAnimated(true)) &&
+           !(pNode.mLRNode != nullptr && pNode.mLRNode->IsAnimated(true));
 }
 
 void RemoveEndSiteChildren(KQexAsfNode& pNode)
@@ -119,7 +143,9 @@ void RemoveEndSiteChildren(KQexAsfNode& pNode)
     {
         HKQexAsfNode lChild = pNode.mChildBuf[lIter];
         if (!lChild || !IsEndSite(*lChild))
+        {
             continue;
+        }
         pNode.mChildBuf.SetAt(lIter, nullptr);
         QexSdkDelete(lChild);
     }
@@ -133,8 +159,12 @@ bool KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
     bool        lOk = true;
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering())
+        {
             lOk = KDummyFold(*lNode, {pSetRotatePivotOffet, pSetPreRotation}).Fold() && lOk;
+        }
+    }
     return lOk;
 }
 
@@ -144,8 +174,12 @@ void KQexAsfNode::RemoveEndSite()
     // that one call takes off one level.
     KQexAsfWalk lWalk(this, KQexAsfWalk::eLAST_TO_FIRST);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering())
+        {
             RemoveEndSiteChildren(*lNode);
+        }
+    }
 }
 
 } // namespace qexsdk

@@ -15,7 +15,9 @@ HKQexAsfNode NextEntered(KQexAsfWalk& pWalk)
 {
     HKQexAsfNode lBone = pWalk.Next();
     while (lBone != nullptr && !pWalk.IsEntering())
+    {
         lBone = pWalk.Next();
+    }
     return lBone;
 }
 
@@ -24,7 +26,9 @@ void DestroyAll(KQexAnimCurve** pBegin, KQexAnimCurve** pEnd)
     for (; pBegin != pEnd; ++pBegin)
     {
         if (*pBegin != nullptr)
+        {
             (*pBegin)->Destroy(false, false);
+        }
         *pBegin = nullptr;
     }
 }
@@ -41,7 +45,9 @@ void KQexAsfCurves::TakeFrom(HKQexAsfNode pRoot)
     size_t      lBones = 0;
     KQexAsfWalk lCount(pRoot);
     while (NextEntered(lCount) != nullptr)
+    {
         ++lBones;
+    }
     mCurves.reserve(6 * lBones);
 
     KQexAsfWalk lWalk(pRoot);
@@ -85,8 +91,12 @@ bool KQexAsfCurves::HasAny(HKQexAsfNode pRoot)
     };
     KQexAsfWalk lWalk(pRoot);
     while (const HKQexAsfNode lBone = NextEntered(lWalk))
+    {
         if (std::any_of(lBone->mLTData, lBone->mLTData + 3, lIsCurve) || std::any_of(lBone->mLRData, lBone->mLRData + 3, lIsCurve))
+        {
             return true;
+        }
+    }
     return false;
 }
 

@@ -15,9 +15,13 @@ void SetupCarriedByHost(KQexAsfNode& pNode)
     pNode.mLT.Init();
     KgeMult(pNode.mPositionV, pNode.mDirectionV, pNode.mLength);
     if (pNode.mParent)
+    {
         KgeSet(pNode.mParentPositionV, pNode.mParent->mPositionV);
+    }
     else
+    {
         pNode.mParentPositionV.Init();
+    }
 }
 
 void SetupChild(KQexAsfNode& pNode, const KQexAsfNode& pParent, KQexFrameFlags pFlags)
@@ -33,19 +37,29 @@ void SetupChild(KQexAsfNode& pNode, const KQexAsfNode& pParent, KQexFrameFlags p
 void SetupRoot(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (!pFlags.mSetRotatePivotOffet)
+    {
         KgeSet(pNode.mLT, pNode.mPositionV);
+    }
     if (!pFlags.mSetPreRotation)
+    {
         KgeSet(pNode.mLR, pNode.mAxisRM);
+    }
 }
 
 void SetupFrame(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (pFlags.mSetRotatePivotOffet && pFlags.mSetPreRotation)
+    {
         SetupCarriedByHost(pNode);
+    }
     else if (pNode.mParent)
+    {
         SetupChild(pNode, *pNode.mParent, pFlags);
+    }
     else
+    {
         SetupRoot(pNode, pFlags);
+    }
 }
 
 } // namespace
@@ -55,8 +69,12 @@ void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
     // Pre-order: a bone reads its parent's end, which has to be there.
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering())
+        {
             SetupFrame(*lNode, {pSetRotatePivotOffet, pSetPreRotation});
+        }
+    }
 }
 
 } // namespace qexsdk

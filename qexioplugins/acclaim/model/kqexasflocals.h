@@ -52,9 +52,13 @@ inline void SetLocalRotation(KQexAsfNode& pNode)
 inline void SetLocals(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (!pFlags.mSetRotatePivotOffet)
+    {
         SetLocalTranslation(pNode);
+    }
     if (!pFlags.mSetPreRotation)
+    {
         SetLocalRotation(pNode);
+    }
 }
 
 } // namespace qexsdk

@@ -47,11 +47,17 @@ public:
     HKQexAsfNode Next()
     {
         if (!mNode)
+        {
             return Enter(mTop);
+        }
         if (mEntering)
+        {
             return Descend(mNode, mStep > 0 ? 0 : mNode->mChildBuf.GetCount() - 1);
+        }
         if (!mUp)
+        {
             return nullptr;
+        }
         return Descend(mUp, mUpIndex + mStep);
     }
 

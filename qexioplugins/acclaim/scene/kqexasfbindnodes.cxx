@@ -11,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-// A paired bone on the way down, and the number of its host node in the index.
+/// A paired bone on the way down, and the number of its host node in the index.
 struct KPair
 {
     KQexAsfNode* mAsfNode;
@@ -23,7 +23,9 @@ struct KPair
 bool KQexAsfScene::MergeQEXToASF(KQexNode* pRootNode)
 {
     if (!mRoot)
+    {
         return true;
+    }
     mRoot->GetCurveNodePointers(pRootNode);
     return RecursiveMerge(pRootNode, mRoot, mRoot);
 }
@@ -37,17 +39,23 @@ try
     while (KQexAsfNode* lNode = lWalk.Next())
     {
         if (lNode == pAsfNode)
+        {
             continue;
+        }
         if (!lWalk.IsEntering())
         {
             if (lPath.back().mAsfNode == lNode)
+            {
                 lPath.pop_back();
+            }
             continue;
         }
         // A bone without a namesake is passed over: its children are searched below the same node and take the same axis.
         const int lNumber = lIndex.Find(lNode->mName, lPath.back().mNumber);
         if (lNumber < 0)
+        {
             continue;
+        }
         KgeSet(lNode->mParentAxisRM, lPath.back().mAsfNode->mAxisRM);
         KgeSet(lNode->mParentAxisRMInv, lPath.back().mAsfNode->mAxisRMInv);
         lNode->GetCurveNodePointers(lIndex.GetNode(lNumber));

@@ -19,11 +19,13 @@ namespace qexsdk
 inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
 {
     KgeRVector lR;
-    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    for (int lIter = 0; lIter < pNode.mOrderCount; ++lIter)
     {
         const int lCode = pNode.mOrderBuf[lIter];
         if (KIsRotationDof(lCode))
+        {
             lR.mData[5 - lCode] += pDOF[lIter] * pAngleUnit;
+        }
     }
     return lR;
 }
@@ -34,11 +36,17 @@ inline void SetAxisRotation(KgeRMatrix& pRM, int pAxis, double pAngle)
     double       lCos;
     const double lSin = kSinCosd(pAngle, &lCos);
     if (pAxis == 0)
+    {
         KmSinCosXYZtoR(pRM.mData, lSin, lCos, 0.0, 1.0, 0.0, 1.0);
+    }
     else if (pAxis == 1)
+    {
         KmSinCosXYZtoR(pRM.mData, 0.0, 1.0, lSin, lCos, 0.0, 1.0);
+    }
     else
+    {
         KmSinCosXYZtoR(pRM.mData, 0.0, 1.0, 0.0, 1.0, lSin, lCos);
+    }
 }
 
 /// The angles by axis, in degrees, with the bone's axis frame folded in: the DOFs' rotations one after another, first in the list
@@ -47,11 +55,13 @@ inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, dou
 {
     KgeRMatrix lRM;
     KgeRMatrix lDofRM;
-    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    for (int lIter = 0; lIter < pNode.mOrderCount; ++lIter)
     {
         const int lCode = pNode.mOrderBuf[lIter];
         if (!KIsRotationDof(lCode))
+        {
             continue;
+        }
         SetAxisRotation(lDofRM, 5 - lCode, pDOF[lIter] * pAngleUnit);
         KgeMult(lRM, lDofRM, lRM);
     }
@@ -67,11 +77,13 @@ inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, dou
 inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, KQexFrameFlags pFlags)
 {
     KgeTVector lT;
-    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    for (int lIter = 0; lIter < pNode.mOrderCount; ++lIter)
     {
         const int lCode = pNode.mOrderBuf[lIter];
         if (KIsTranslationDof(lCode))
+        {
             lT.mData[lCode] += pDOF[lIter] * pLengthUnit;
+        }
     }
     KgeTVector lGlobal;
     KgeMult(lGlobal, pNode.mAxisRM, lT);
@@ -82,7 +94,9 @@ inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, d
         return lT;
     }
     if (!pNode.mParent)
+    {
         return lGlobal;
+    }
     KgeMult(lT, pNode.mParent->mAxisRMInv, lGlobal);
     return lT;
 }

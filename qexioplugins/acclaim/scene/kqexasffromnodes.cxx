@@ -13,18 +13,20 @@ namespace qexsdk
 namespace
 {
 
-// The math library's order code: twice the host's value. A spheric order counts as XYZ.
+/// The math library's order code: twice the host's value. A spheric order counts as XYZ.
 int OrderCode(ERotationOrder pOrder)
 {
     return pOrder >= eEULER_XYZ && pOrder <= eEULER_ZYX ? 2 * static_cast<int>(pOrder) : 0;
 }
 
-// Where a host child node starts, in its parent's space.
+/// Where a host child node starts, in its parent's space.
 KQexVector4 ExportOffset(KQexNode& pChild, bool pExportDefaultsAsBaseTR)
 {
     KQexVector4 lOffset = pChild.GetRotationOffset();
     if (!pExportDefaultsAsBaseTR)
+    {
         return lOffset;
+    }
     KQexVector4 lT = pChild.EvaluateLocalTranslation(KTime(0));
     lT += lOffset;
     return lT;
@@ -37,19 +39,27 @@ KQexVector4 LocalScale(const KQexNode& pQexNode, const KQexVector4& pBaseScale)
     return lScale;
 }
 
-// Every bone starts where its parent bone ends, so children that start at different places need a bone each in front of them.
-// Starts are compared exactly. A single child only needs one below the root, whose own bone has its end at its start.
+/// Every bone starts where its parent bone ends, so children that start at different places need a bone each in front of them.
+/// Starts are compared exactly. A single child only needs one below the root, whose own bone has its end at its start.
 bool MustCreateDummies(KQexNode& pQexNode, bool pIsRoot, bool pExportDefaultsAsBaseTR)
 {
     const int lCount = pQexNode.GetChildCount(false);
     if (lCount == 1 && pIsRoot)
+    {
         return ExportOffset(*pQexNode.GetChild(0), pExportDefaultsAsBaseTR).Length() > 0.0;
+    }
     if (lCount < 2)
+    {
         return false;
+    }
     const KQexVector4 lFirst = ExportOffset(*pQexNode.GetChild(0), pExportDefaultsAsBaseTR);
-    for (int lIter = 1; lIter < lCount; lIter++)
+    for (int lIter = 1; lIter < lCount; ++lIter)
+    {
         if (ExportOffset(*pQexNode.GetChild(lIter), pExportDefaultsAsBaseTR) != lFirst)
+        {
             return true;
+        }
+    }
     return false;
 }
 
@@ -60,7 +70,7 @@ KgeRMatrix RotationXYZ(const KQexVector4& pAngles)
     return KgeRMatrix(lAngles);
 }
 
-// Pre-rotation, rotation at time zero and inverse post-rotation in one, as XYZ angles.
+/// Pre-rotation, rotation at time zero and inverse post-rotation in one, as XYZ angles.
 KQexVector4 RotationAtZero(KQexNode& pQexNode)
 {
     const KgeRMatrix lPreRM = RotationXYZ(pQexNode.GetPreRotation());
@@ -71,16 +81,20 @@ KQexVector4 RotationAtZero(KQexNode& pQexNode)
     const int   lRotOrder = OrderCode(pQexNode.GetRotationOrder());
     const int*  lAxis = KmEulerAxis[lRotOrder];
     KgeRVector  lV;
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         lV.mData[lIter] = lR[lAxis[lIter]];
+    }
 
     KgeRMatrix lRM;
     KgeSet(lRM, lV, lRotOrder);
     KgeMult(lRM, lPreRM, lRM);
     KgeMult(lRM, lRM, lPostRM);
     KgeSet(lV, lRM, 0);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         lR[KmEulerAxis[0][lIter]] = lV.mData[lIter];
+    }
     return lR;
 }
 
@@ -92,10 +106,16 @@ void AppendDof(KQexAsfNode& pNode, int pCode)
 void SetDofs(KQexAsfNode& pNode, KQexNode& pQexNode, bool pTAnimated)
 {
     if (pTAnimated)
-        for (int lCode = 0; lCode < 3; lCode++)
+    {
+        for (int lCode = 0; lCode < 3; ++lCode)
+        {
             AppendDof(pNode, lCode);
-    for (int lCode = 5; lCode > 2; lCode--)
+        }
+    }
+    for (int lCode = 5; lCode > 2; --lCode)
+    {
         AppendDof(pNode, lCode);
+    }
     OrderBufFromEulerOrder(pNode.mOrderBuf, pNode.mOrderCount, pQexNode.GetRotationOrder());
 }
 
@@ -106,15 +126,15 @@ void CopyBounds(KQexAsfNode& pNode, const KQexLimits& pLimits, const int (&pRows
     pLimits.GetLimitMaxActive(lActive[pRows[0]][1], lActive[pRows[1]][1], lActive[pRows[2]][1]);
     const KQexVector4 lMin = pLimits.GetLimitMin();
     const KQexVector4 lMax = pLimits.GetLimitMax();
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         pNode.mLimitsBuf[pRows[lIter]][0] = lMin[lIter];
         pNode.mLimitsBuf[pRows[lIter]][1] = lMax[lIter];
     }
 }
 
-// Rows are filled one after another, deliberately: without translations the rotations' limits, always as z, y, x, land in the
-// first three rows, whatever the DOFs are. Who wants them written moves them to the rows of their codes.
+/// Rows are filled one after another, deliberately: without translations the rotations' limits, always as z, y, x, land in the
+/// first three rows, whatever the DOFs are. Who wants them written moves them to the rows of their codes.
 void CopyLimitRows(KQexAsfNode& pNode, KQexNode& pQexNode, bool pTAnimated)
 {
     KQexNodeLimits& lNodeLimits = pQexNode.GetLimits();
@@ -127,8 +147,8 @@ void CopyLimitRows(KQexAsfNode& pNode, KQexNode& pQexNode, bool pTAnimated)
     CopyBounds(pNode, lNodeLimits.mRotationLimits, {lLimitCounter + 2, lLimitCounter + 1, lLimitCounter});
 }
 
-// The bone's frame from its offset and its rotation (XYZ angles) in its parent's frame. The offset is in host centimetres, its
-// scale that of all nodes above and the bone's own; the length is in the file's unit of pLengthUnit / 2.54.
+/// The bone's frame from its offset and its rotation (XYZ angles) in its parent's frame. The offset is in host centimetres, its
+/// scale that of all nodes above and the bone's own; the length is in the file's unit of pLengthUnit / 2.54.
 void SetFrame(KQexAsfNode& pNode, const KQexVector4& pT, const KQexVector4& pR, const KQexVector4& pGS, double pLengthUnit)
 {
     KgeMult(pNode.mAxisRM, pNode.mParentAxisRM, RotationXYZ(pR));
@@ -143,12 +163,14 @@ void SetFrame(KQexAsfNode& pNode, const KQexVector4& pT, const KQexVector4& pR, 
     KgeNorm(pNode.mDirectionV, pNode.mDirectionV);
 }
 
-// A new bone under pParent, in its frame; null when memory ran out. A name that is too long loses its end, never the suffix.
+/// A new bone under pParent, in its frame; null when memory ran out. A name that is too long loses its end, never the suffix.
 KQexAsfNode* CreateBone(KQexAsfNode& pParent, const char* pName, const char* pSuffix)
 {
     KQexAsfNode* lNode = QexSdkNew<KQexAsfNode>();
-    if (!lNode)
+    if (lNode == nullptr)
+    {
         return nullptr;
+    }
     const int lRoom = static_cast<int>(sizeof(lNode->mName) - 1 - std::strlen(pSuffix));
     std::snprintf(lNode->mName, sizeof(lNode->mName), "%.*s%s", lRoom, pName, pSuffix);
     if (!pParent.AddChild(lNode))
@@ -162,7 +184,7 @@ KQexAsfNode* CreateBone(KQexAsfNode& pParent, const char* pName, const char* pSu
     return lNode;
 }
 
-// A host node on the way down: the bone made for it, what its children get from it, and which of them comes next.
+/// A host node on the way down: the bone made for it, what its children get from it, and which of them comes next.
 struct KPlace
 {
     KQexNode*    mQexNode;
@@ -172,7 +194,7 @@ struct KPlace
     int          mNext;
 };
 
-// One extraction: what stays the same all the way down, and the steps for one node.
+/// One extraction: what stays the same all the way down, and the steps for one node.
 struct KExtraction
 {
     KQexAsfNode* mRoot;
@@ -186,7 +208,9 @@ struct KExtraction
         KPlace lPlace = {pQexNode, pAsfNode, LocalScale(*pQexNode, pBaseScale), false, 0};
         lPlace.mDummies = MustCreateDummies(*pQexNode, pAsfNode == mRoot, mDefaultsAsBaseTR);
         if (pQexNode->GetChildCount(false) > 0)
+        {
             CompleteBone(lPlace);
+        }
         return lPlace;
     }
 
@@ -197,9 +221,13 @@ struct KExtraction
         KQexVector4 lR;
         // With dummies the bone has no length of its own: they reach to the children.
         if (!pPlace.mDummies)
+        {
             lT = ExportOffset(*pPlace.mQexNode->GetChild(0), mDefaultsAsBaseTR);
+        }
         if (!lIsRoot)
+        {
             lR = mDefaultsAsBaseTR ? RotationAtZero(*pPlace.mQexNode) : pPlace.mQexNode->GetPreRotation();
+        }
         SetFrame(*pPlace.mAsfNode, lT, lR, pPlace.mScale, mLengthUnit);
         if (lIsRoot)
         {
@@ -217,13 +245,17 @@ struct KExtraction
         if (pPlace.mDummies)
         {
             lParent = CreateBone(*lParent, lName, "Dummy");
-            if (!lParent)
+            if (lParent == nullptr)
+            {
                 return nullptr;
+            }
             SetFrame(*lParent, ExportOffset(pChild, mDefaultsAsBaseTR), KQexVector4(), pPlace.mScale, mLengthUnit);
         }
         KQexAsfNode* lNode = CreateBone(*lParent, lName, "");
-        if (!lNode)
+        if (lNode == nullptr)
+        {
             return nullptr;
+        }
         lNode->GetCurveNodePointers(&pChild);
         SetDofs(*lNode, pChild, mTAnimated);
         CopyLimitRows(*lNode, pChild, mTAnimated);
@@ -236,8 +268,10 @@ struct KExtraction
 KQexAsfNode* KQexAsfScene::CreateRoot(KQexNode* pQexNode)
 {
     KQexAsfNode* lRoot = QexSdkNew<KQexAsfNode>();
-    if (!lRoot)
+    if (lRoot == nullptr)
+    {
         return nullptr;
+    }
     std::strcpy(lRoot->mName, "root");
     SetDofs(*lRoot, *pQexNode, true); // all six, whatever is animated
     lRoot->GetCurveNodePointers(pQexNode);
@@ -261,14 +295,16 @@ try
     {
         KPlace&   lPlace = lPath.back();
         KQexNode* lChild = lPlace.mQexNode->GetChild(lPlace.mNext++);
-        if (!lChild)
+        if (lChild == nullptr)
         {
             lPath.pop_back();
             continue;
         }
         KQexAsfNode* lBone = lExtraction.CreateChild(lPlace, *lChild);
-        if (!lBone)
+        if (lBone == nullptr)
+        {
             return false;
+        }
         lPath.push_back(lExtraction.Enter(lChild, lBone, lPlace.mScale));
     }
     return true;
@@ -284,7 +320,9 @@ bool KQexAsfScene::QEXToASF(KQexNode* pRootNode, bool pTAnimated, KQexVector4 pB
     mLengthUnit = 1.0;
     mRoot = CreateRoot(pRootNode);
     if (!mRoot)
+    {
         return false;
+    }
     if (!RecursiveCreate(pRootNode, mRoot, pTAnimated, pBaseScale, pExportDefaultsAsBaseTR))
     {
         QexSdkDelete(mRoot);

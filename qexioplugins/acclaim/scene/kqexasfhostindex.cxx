@@ -9,7 +9,7 @@ namespace qexsdk
 KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, EName pName)
 {
     std::vector<int> lOpen; // the nodes whose end is not known yet: the last one's ancestors and itself
-    for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+    for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
     {
         const int lNumber = static_cast<int>(mNodes.size());
         while (!lOpen.empty() && GetNode(lOpen.back()) != lNode->GetParent())
@@ -44,7 +44,9 @@ KQexNode* KQexAsfChildIndex::Find(const KQexNode& pParent, const char* pName)
 {
     // Few children are searched faster than indexed.
     if (pParent.GetChildCount(false) <= 16)
+    {
         return pParent.FindChild(pName, false, false);
+    }
     try
     {
         return FindIndexed(pParent, pName);
@@ -60,9 +62,11 @@ KQexNode* KQexAsfChildIndex::FindIndexed(const KQexNode& pParent, const char* pN
     KChildren& lChildren = mParents[&pParent];
     for (;;)
     {
-        KQexNode* lNext = lChildren.mLast ? lChildren.mLast->GetNextSibling() : pParent.GetFirstChild();
-        if (!lNext)
+        KQexNode* lNext = lChildren.mLast != nullptr ? lChildren.mLast->GetNextSibling() : pParent.GetFirstChild();
+        if (lNext == nullptr)
+        {
             break;
+        }
         lChildren.mFirst.emplace(lNext->GetName(), lNext);
         lChildren.mLast = lNext;
     }

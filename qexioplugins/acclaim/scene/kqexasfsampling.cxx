@@ -11,14 +11,18 @@ namespace qexsdk
 namespace
 {
 
-// The source that reports of missing curve nodes name, as their readers know it.
+/// The source that reports of missing curve nodes name, as their readers know it.
 const char* const kAssertPath = "qexioplugins/acclaim/kqexfileacclaimasf";
 
 bool HasDof(const KQexAsfNode& pNode, bool (*pIsOfGroup)(int))
 {
-    for (int lIter = 0; lIter < pNode.mOrderCount; lIter++)
+    for (int lIter = 0; lIter < pNode.mOrderCount; ++lIter)
+    {
         if (pIsOfGroup(pNode.mOrderBuf[lIter]))
+        {
             return true;
+        }
+    }
     return false;
 }
 
@@ -26,21 +30,23 @@ void DestroyGroup(KQexAnimCurve* (&pCurves)[3])
 {
     for (KQexAnimCurve*& lCurve : pCurves)
     {
-        if (lCurve)
+        if (lCurve != nullptr)
+        {
             lCurve->Destroy(false, false);
+        }
         lCurve = nullptr;
     }
 }
 
-// All three curves of a group or none, so that no half of a motion is taken for the whole.
+/// All three curves of a group or none, so that no half of a motion is taken for the whole.
 bool CreateGroup(KQexAnimCurve* (&pCurves)[3], const KQexAsfNode& pNode, const char* const (&pSuffixes)[3])
 {
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         char lName[sizeof(pNode.mName) + 4];
         std::snprintf(lName, sizeof(lName), "%s%s", pNode.mName, pSuffixes[lIter]);
         pCurves[lIter] = KQexAnimCurve::Create(pNode.mScene, lName);
-        if (!pCurves[lIter])
+        if (pCurves[lIter] == nullptr)
         {
             DestroyGroup(pCurves);
             return false;
@@ -63,17 +69,19 @@ bool CreateCurves(KQexAsfNode& pNode)
 
 bool HasCurve(KQexAnimCurve* const (&pCurves)[3])
 {
-    return pCurves[0] || pCurves[1] || pCurves[2];
+    return pCurves[0] != nullptr || pCurves[1] != nullptr || pCurves[2] != nullptr;
 }
 
 bool AddKeys(KQexAnimCurve* (&pCurves)[3], const double* pValues, KQexAnimCurveKey& pKey, const KTime& pTime)
 {
     bool lAll = true;
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         pKey.Set(pTime, static_cast<float>(pValues[lIter]));
-        if (pCurves[lIter])
+        if (pCurves[lIter] != nullptr)
+        {
             lAll = pCurves[lIter]->AddKey(pTime, pKey) >= 0 && lAll;
+        }
     }
     return lAll;
 }
@@ -81,19 +89,25 @@ bool AddKeys(KQexAnimCurve* (&pCurves)[3], const double* pValues, KQexAnimCurveK
 void ReduceKeys(KQexAnimCurve* (&pCurves)[3])
 {
     if (!KFCURVE_GetUseConstantKeyReducer())
+    {
         return;
+    }
     KQexAnimCurveFilterConstantKeyReducer lFilter;
     lFilter.Apply(pCurves, 3);
 }
 
-// Whether there is a group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
-// default value does not. Only the first curve is asked.
+/// Whether there is a group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
+/// default value does not. Only the first curve is asked.
 bool KeepGroup(KQexAnimCurve* (&pCurves)[3])
 {
-    if (!pCurves[0])
+    if (pCurves[0] == nullptr)
+    {
         return false;
+    }
     if (pCurves[0]->GetKeyCount() > 1)
+    {
         return true;
+    }
     DestroyGroup(pCurves);
     return false;
 }
@@ -120,7 +134,9 @@ void FilterRotation(KQexAsfNode& pNode)
 void StopSampling(KQexAsfNode& pNode)
 {
     if (KeepGroup(pNode.mLTData))
+    {
         ReduceKeys(pNode.mLTData);
+    }
     if (KeepGroup(pNode.mLRData))
     {
         FilterRotation(pNode);
@@ -128,14 +144,16 @@ void StopSampling(KQexAsfNode& pNode)
     }
 }
 
-// False when memory ran out. The curve stays the bone's, and the one there is stays in its place, then and when the curve belongs
-// to another scene than the node, which is no want of memory.
+/// False when memory ran out. The curve stays the bone's, and the one there is stays in its place, then and when the curve belongs
+/// to another scene than the node, which is no want of memory.
 bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnimCurve*& pCurve)
 {
     KQexAnimCurve* lOld = pCurveNode.GetCurve(pChannel, 0, nullptr);
-    if (pCurve && pCurve != lOld && !pCurveNode.ConnectToChannel(pCurve, pChannel, true))
-        return pCurve->GetScene() && pCurve->GetScene() != pCurveNode.GetScene();
-    if (lOld && pCurve != lOld)
+    if (pCurve != nullptr && pCurve != lOld && !pCurveNode.ConnectToChannel(pCurve, pChannel, true))
+    {
+        return pCurve->GetScene() != nullptr && pCurve->GetScene() != pCurveNode.GetScene();
+    }
+    if (lOld != nullptr && pCurve != lOld)
     {
         pCurveNode.DisconnectFromChannel(lOld, pChannel);
         lOld->Destroy(false, false);
@@ -147,7 +165,7 @@ bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnim
 bool HandOver(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const double* pDefaults)
 {
     bool lAll = true;
-    for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+    for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
     {
         pCurveNode.SetChannelValue<double>(lChannel, pDefaults[lChannel]);
         lAll = ReplaceCurve(pCurveNode, lChannel, pCurves[lChannel]) && lAll;
@@ -155,10 +173,10 @@ bool HandOver(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const
     return lAll;
 }
 
-// A take without a name has no curve node, and that is no want of memory.
+/// A take without a name has no curve node, and that is no want of memory.
 bool IsTake(const char* pTakeName)
 {
-    return pTakeName && *pTakeName;
+    return pTakeName != nullptr && *pTakeName;
 }
 
 qexVectorTemplate3<double> ToVector3(const double* pValues)
@@ -175,7 +193,9 @@ bool KQexAsfNode::CreateDataFromDOF(KQexScene* pScene)
     while (HKQexAsfNode lNode = lWalk.Next())
     {
         if (!lWalk.IsEntering())
+        {
             continue;
+        }
         lNode->SetScene(pScene);
         lAll = CreateCurves(*lNode) && lAll;
     }
@@ -214,44 +234,50 @@ void KQexAsfNode::StopSamplingData()
 {
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
+    {
         if (lWalk.IsEntering())
+        {
             StopSampling(*lNode);
+        }
+    }
 }
 
 bool KQexAsfNode::SetKFCurves(KQexNode* pQexNode, const char* pTakeName)
 {
     bool lAll = true;
     pQexNode->mLocalTranslation.Set(ToVector3(mLT.mData));
-    if (mLTData[0])
+    if (mLTData[0] != nullptr)
     {
         KQexAnimCurveNode* lTranslation = pQexNode->mLocalTranslation.GetCurveNode(true, pTakeName);
         QEX_ASSERT(kAssertPath, lTranslation, "lTranslation!=NULL");
-        lAll = lTranslation ? HandOver(*lTranslation, mLTData, mLT.mData) : !IsTake(pTakeName);
+        lAll = lTranslation != nullptr ? HandOver(*lTranslation, mLTData, mLT.mData) : !IsTake(pTakeName);
     }
 
     pQexNode->mLocalRotation.Set(ToVector3(mLR.mData));
-    if (mLRData[0])
+    if (mLRData[0] != nullptr)
     {
         KQexAnimCurveNode* lRotation = pQexNode->mLocalRotation.GetCurveNode(true, pTakeName);
         QEX_ASSERT(kAssertPath, lRotation, "lRotation!=NULL");
-        lAll = (lRotation ? HandOver(*lRotation, mLRData, mLR.mData) : !IsTake(pTakeName)) && lAll;
+        lAll = (lRotation != nullptr ? HandOver(*lRotation, mLRData, mLR.mData) : !IsTake(pTakeName)) && lAll;
     }
     return lAll;
 }
 
 void KQexAsfNode::GetCurveNodePointers(KQexNode* pQexNode)
 {
-    if (!pQexNode)
+    if (pQexNode == nullptr)
+    {
         return;
+    }
     KQexAnimStack* lStack = pQexNode->GetScene()->GetEvaluator()->GetContext();
-    KQexAnimLayer* lLayer = lStack ? lStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    KQexAnimLayer* lLayer = lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr;
 
     mTOffset = pQexNode->GetRotationOffset();
     mPreRotation = pQexNode->GetPreRotation();
     mPostRotation = pQexNode->GetPostRotation();
-    mLTNode = lLayer ? pQexNode->mLocalTranslation.GetCurveNode(lLayer, false) : nullptr;
-    mLRNode = lLayer ? pQexNode->mLocalRotation.GetCurveNode(lLayer, false) : nullptr;
-    mLSNode = lLayer ? pQexNode->mLocalScaling.GetCurveNode(lLayer, false) : nullptr;
+    mLTNode = lLayer != nullptr ? pQexNode->mLocalTranslation.GetCurveNode(lLayer, false) : nullptr;
+    mLRNode = lLayer != nullptr ? pQexNode->mLocalRotation.GetCurveNode(lLayer, false) : nullptr;
+    mLSNode = lLayer != nullptr ? pQexNode->mLocalScaling.GetCurveNode(lLayer, false) : nullptr;
 }
 
 } // namespace qexsdk

@@ -11,15 +11,17 @@ namespace qexsdk
 namespace
 {
 
-// A bare host node with a skeleton attribute; null when memory ran out.
+/// A bare host node with a skeleton attribute; null when memory ran out.
 KQexNode* CreateSkeletonNode(KQexScene* pScene, const char* pName)
 {
     KQexNode*     lNode = KQexNode::Create(pScene, pName);
-    KQexSkeleton* lSkeleton = lNode ? KQexSkeleton::Create(pScene, "") : nullptr;
-    if (!lSkeleton)
+    KQexSkeleton* lSkeleton = lNode != nullptr ? KQexSkeleton::Create(pScene, "") : nullptr;
+    if (lSkeleton == nullptr)
     {
-        if (lNode)
+        if (lNode != nullptr)
+        {
             lNode->Destroy(true);
+        }
         return nullptr;
     }
     lNode->SetNodeAttribute(lSkeleton);
@@ -27,42 +29,56 @@ KQexNode* CreateSkeletonNode(KQexScene* pScene, const char* pName)
     return lNode;
 }
 
-// The far end of a leaf bone. Nothing moves it, so it gets no curves, no rotation order and no limits.
+/// The far end of a leaf bone. Nothing moves it, so it gets no curves, no rotation order and no limits.
 bool AddEndNode(const KQexAsfNode& pNode, KQexNode& pQexNode, KQexScene* pScene, KQexFrameFlags pFlags)
 {
     char lName[1024];
     std::snprintf(lName, sizeof(lName), "%s%s", pNode.mName, "_End");
     KQexNode* lEnd = CreateSkeletonNode(pScene, lName);
-    if (!lEnd)
+    if (lEnd == nullptr)
+    {
         return false;
+    }
 
     KgeTVector lT;
     KgeMult(lT, pNode.mAxisRMInv, pNode.mPositionV);
     if (pFlags.mSetRotatePivotOffet)
+    {
         lEnd->SetRotationOffset(kPivotSet0, KQexVector4(lT));
+    }
     else
+    {
         lEnd->mLocalTranslation.Set(qexVectorTemplate3<double>(lT.mData[0], lT.mData[1], lT.mData[2]));
+    }
     return pQexNode.AddChild(lEnd);
 }
 
-// Rows of the limit tables for the x, y and z components of a limits object.
+/// Rows of the limit tables for the x, y and z components of a limits object.
 const int kTranslationRows[3] = {0, 1, 2};
 const int kRotationRows[3] = {5, 4, 3};
 
 bool AnyActive(const bool (&pActive)[6][2], const int (&pRows)[3])
 {
     for (int lRow : pRows)
+    {
         if (pActive[lRow][0] || pActive[lRow][1])
+        {
             return true;
+        }
+    }
     return false;
 }
 
 KQexVector4 ActiveBounds(const KQexAsfNode& pNode, const int (&pRows)[3], int pBound)
 {
     KQexVector4 lValues(0.0, 0.0, 0.0, 0.0);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         if (pNode.mLimitsActive[pRows[lIter]][pBound])
+        {
             lValues[lIter] = pNode.mLimitsBuf[pRows[lIter]][pBound];
+        }
+    }
     return lValues;
 }
 
@@ -81,9 +97,13 @@ void KQexAsfNode::SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pS
 {
     KgeRMatrix lPAxisRMInv;
     if (mParent)
+    {
         KgeInverse(lPAxisRMInv, mParent->mAxisRM);
+    }
     else if (pSetRotatePivotOffet)
+    {
         KgeSet(mParentPositionV, mPositionV); // lasting, deliberately: the root's offset is its own position
+    }
 
     KgeTVector lTOffset;
     KgeMult(lTOffset, lPAxisRMInv, mParentPositionV);
@@ -97,9 +117,13 @@ void KQexAsfNode::SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pS
     const int lRotOrder = EulerOrderFromOrderBuf(mOrderBuf, mOrderCount);
     pQexNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lRotOrder / 2));
     if (pSetRotatePivotOffet)
+    {
         pQexNode->SetRotationOffset(kPivotSet0, KQexVector4(lTOffset));
+    }
     if (pSetPreRotation)
+    {
         pQexNode->SetPreRotation(kPivotSet0, KQexVector4(lPreR));
+    }
 }
 
 void KQexAsfNode::SetLimits(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pSetPreRotation)
@@ -126,27 +150,33 @@ struct KImportFlags
     KQexFrameFlags mFrame;
 };
 
-// The host node of one bone, under pParent unless that is null; null, and no node, when memory ran out. The node is attached
-// while it has no children: then no one has to look whether it is an ancestor of its new parent.
+/// The host node of one bone, under pParent unless that is null; null, and no node, when memory ran out. The node is attached
+/// while it has no children: then no one has to look whether it is an ancestor of its new parent.
 KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
     KQexNode* lNode = CreateSkeletonNode(pScene, pNode.mName);
-    if (!lNode)
+    if (lNode == nullptr)
+    {
         return nullptr;
-    const bool lIsAttached = !pParent || pParent->AddChild(lNode);
+    }
+    const bool lIsAttached = pParent == nullptr || pParent->AddChild(lNode);
     const bool lHasCurves = pNode.SetKFCurves(lNode, pTakeName);
     pNode.SetDoFs(lNode, pFlags.mFrame.mSetRotatePivotOffet, pFlags.mFrame.mSetPreRotation);
     if (pFlags.mSetLimits)
+    {
         pNode.SetLimits(lNode, pFlags.mFrame.mSetRotatePivotOffet, pFlags.mFrame.mSetPreRotation);
+    }
     const bool lNeedsEnd = pNode.mChildBuf.GetCount() == 0 && pNode.mLength > 0.0;
     const bool lHasEnd = !lNeedsEnd || AddEndNode(pNode, *lNode, pScene, pFlags.mFrame);
     if (lIsAttached && lHasCurves && lHasEnd)
+    {
         return lNode;
+    }
     lNode->Destroy(true);
     return nullptr;
 }
 
-// Host nodes for a bone and all below it, the top one under pParent unless that is null; null, and no nodes, when memory ran out.
+/// Host nodes for a bone and all below it, the top one under pParent unless that is null; null, and no nodes, when memory ran out.
 KQexNode* CreateTree(KQexAsfNode& pTop, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
     KQexNode*   lTop = nullptr;
@@ -160,12 +190,16 @@ KQexNode* CreateTree(KQexAsfNode& pTop, KQexScene* pScene, KQexNode* pParent, co
             continue;
         }
         lParent = CreateBoneNode(*lAsfNode, pScene, lParent, pTakeName, pFlags);
-        if (!lTop)
-            lTop = lParent;
-        if (!lParent)
+        if (lTop == nullptr)
         {
-            if (lTop)
+            lTop = lParent;
+        }
+        if (lParent == nullptr)
+        {
+            if (lTop != nullptr)
+            {
                 lTop->Destroy(true);
+            }
             return nullptr;
         }
     }
@@ -194,7 +228,7 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
             continue;
         }
         KQexNode* lNode = lIndex.Find(*lParent, lAsfNode->mName);
-        if (lNode && lNode->GetSkeleton())
+        if (lNode != nullptr && lNode->GetSkeleton() != nullptr)
         {
             // A node that is there already keeps its offsets, its order and its limits.
             lAll = lAsfNode->SetKFCurves(lNode, pTakeName) && lAll;
@@ -202,7 +236,7 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
             continue;
         }
         // A namesake that is no part of a skeleton stays beside the new node, deliberately.
-        lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) && lAll;
+        lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) != nullptr && lAll;
         lWalk.SkipChildren();
     }
     return lAll;
@@ -211,7 +245,9 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
 KQexNode* KQexAsfScene::ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
     if (!mRoot)
+    {
         return nullptr;
+    }
     return mRoot->ASFToQEX(pScene, pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
 }
 
@@ -219,11 +255,15 @@ bool KQexAsfScene::MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const c
                                  bool pSetPreRotation)
 {
     if (!mRoot)
+    {
         return true;
+    }
     KQexNode* lNode = pRootNode->FindChild(mRoot->mName, true, false);
     // The merge begins at the parent, where it finds the node once more, as a child.
-    if (lNode && lNode->GetParent())
+    if (lNode != nullptr && lNode->GetParent() != nullptr)
+    {
         return mRoot->MergeASFToQEX(pScene, lNode->GetParent(), pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);
+    }
     return CreateTree(*mRoot, pScene, pRootNode, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) != nullptr;
 }
 

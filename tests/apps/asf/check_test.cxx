@@ -123,7 +123,7 @@ class KCutTest : public testing::TestWithParam<KCutCase>
 {
 };
 
-// The reader is silent about what the end of the file cuts off.
+/// The reader is silent about what the end of the file cuts off.
 TEST_P(KCutTest, NamesTheSectionAndWhereItBegan)
 {
     KRunOptions lOptions;

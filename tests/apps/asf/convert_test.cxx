@@ -11,7 +11,7 @@ namespace
 {
 
 /// Three frames of the small skeleton.
-std::string SmallMotion()
+std::string ThreeFrames()
 {
     return ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n2\nroot 0 0 1 0 0 0\nthigh -10 0 0\nshin 20\n"
            "3\nroot 0 0 2 0 5 0\nthigh -20 0 0\nshin 40\n";
@@ -41,7 +41,7 @@ protected:
     void SetUp() override
     {
         WriteFile(mFolder / "small.asf", SmallSkeleton());
-        WriteFile(mFolder / "small_01.amc", SmallMotion());
+        WriteFile(mFolder / "small_01.amc", ThreeFrames());
         fs::copy_file(Sample("walker.asf"), mFolder / "walker.asf");
         fs::copy_file(Sample("walk.amc"), mFolder / "walk.amc");
         mOptions.mFolder = mFolder.Path().string();
@@ -123,7 +123,7 @@ TEST_F(KConvertTest, CircleThroughGltfKeepsLimits)
     EXPECT_TRUE(fs::exists(mFolder / "gltf" / "w.bin"));
 }
 
-// The same over real motions: joints stay within a ten-thousandth of the figure's height.
+/// The same over real motions: joints stay within a ten-thousandth of the figure's height.
 TEST_F(KConvertTest, CirclesOfRealMotions)
 {
     QEX_SKIP_WITHOUT_CORPUS();
@@ -172,7 +172,7 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
 
 TEST_F(KConvertTest, SeveralMotions)
 {
-    WriteFile(mFolder / "small_02.amc", SmallMotion());
+    WriteFile(mFolder / "small_02.amc", ThreeFrames());
     ExpectConverts("small.asf small_01.amc small_02.amc -o both.glb --motion-fps 30");
     const KRunResult lOne = Convert("small.asf small_01.amc small_02.amc -o one.bvh --motion-fps 30");
     EXPECT_EQ(lOne.mExit, 2);
@@ -199,7 +199,7 @@ class KPartTest : public KConvertTest, public testing::WithParamInterface<KPartC
 {
 };
 
-// walk.amc: 241 frames at 120 a second.
+/// walk.amc: 241 frames at 120 a second.
 TEST_P(KPartTest, FramesAndRate)
 {
     ExpectConverts(std::string("walk.amc -o part.bvh ") + GetParam().mCall);
@@ -307,7 +307,7 @@ TEST_P(KBadTest, SaysWhyAndTouchesNothing)
     WriteFile(mFolder / "old.glb", "old");
     WriteFile(mFolder / "old.asf", "old");
     WriteFile(mFolder / "old.amc", "old");
-    WriteFile(mFolder / "cut.amc", SmallMotion() + "4\nroot 0 0\n");
+    WriteFile(mFolder / "cut.amc", ThreeFrames() + "4\nroot 0 0\n");
     WriteFile(mFolder / "cut.bvh", "HIERARCHY\nROOT hip\n{\nOFFSET 0 0\n");
     WriteFile(mFolder / "bad.asf", Replaced(SmallSkeleton(), "direction 1 0 0", "direction 1 0"));
     WriteFile(mFolder / "cut.glb", std::string("glTF\2\0\0\0\xff\0\0\0", 12));
@@ -382,14 +382,14 @@ TEST_F(KConvertTest, AFullDeviceIsTheSystemsFault)
 
 TEST_F(KConvertTest, GoodFramesAreKeptOnRequest)
 {
-    WriteFile(mFolder / "cut.amc", SmallMotion() + "4\nroot 0 0\n");
+    WriteFile(mFolder / "cut.amc", ThreeFrames() + "4\nroot 0 0\n");
     EXPECT_EQ(Convert("small.asf cut.amc -o a.bvh").mExit, 1);
     const KRunResult lKept = Convert("small.asf cut.amc -o a.bvh --keep-good-frames");
     EXPECT_EQ(lKept.mExit, 0) << lKept.mErr;
     EXPECT_EQ(LineWith(Text("a.bvh"), "Frames:"), "Frames: 3");
 }
 
-// An interrupt in the midst of a long conversion leaves neither a half file nor a temporary one.
+/// An interrupt in the midst of a long conversion leaves neither a half file nor a temporary one.
 TEST_F(KConvertTest, AnInterruptLeavesNothingBehind)
 {
     WriteFile(mFolder / "old.bvh", "old");

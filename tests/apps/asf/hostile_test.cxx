@@ -38,7 +38,7 @@ class KLongLineTest : public testing::TestWithParam<KStreamCase>
 {
 };
 
-// Two gigabytes, as far as the program wants them.
+/// Two gigabytes, as far as the program wants them.
 TEST_P(KLongLineTest, EndsInBoundedMemory)
 {
     for (const std::vector<std::string>& lArguments :
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(Streams, KLongLineTest,
                                          KStreamCase{"NULs", "", '\0', false, "binary data"},
                                          KStreamCase{"letters", "", 'a', false, "Line is too long"}));
 
-// A file of a few frames, whose numbers are far apart, is not written out frame by frame.
+/// A file of a few frames, whose numbers are far apart, is not written out frame by frame.
 TEST(AsfHostile, AMotionOfAThousandMillionFramesByNumber)
 {
     const KTempDir lFolder;

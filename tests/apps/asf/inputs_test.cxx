@@ -47,7 +47,7 @@ protected:
     KTempDir mFolder;
 };
 
-// Every command says the same one line.
+/// Every command says the same one line.
 TEST_P(KInputTest, OneClearLine)
 {
     const std::string lName = GetParam().mName;

@@ -15,7 +15,7 @@ namespace
 {
 
 /// Two frames of the small skeleton; the root moves by one unit along z.
-std::string SmallMotion(const std::string& pHeader = ":FULLY-SPECIFIED\n:DEGREES\n")
+std::string TwoFrames(const std::string& pHeader = ":FULLY-SPECIFIED\n:DEGREES\n")
 {
     return pHeader + "1\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n2\nroot 0 0 1 0 0 0\nthigh -10 0 0\nshin 180\n";
 }
@@ -26,7 +26,7 @@ protected:
     void SetUp() override
     {
         WriteFile(mFolder / "small.asf", SmallSkeleton());
-        WriteFile(mFolder / "small_01.amc", SmallMotion());
+        WriteFile(mFolder / "small_01.amc", TwoFrames());
         mOptions.mFolder = mFolder.Path().string();
     }
 
@@ -69,7 +69,7 @@ TEST_F(KMotionTest, EndsAreLeftOutUnlessAskedFor)
 
     // A bone may have the name that an end would have.
     WriteFile(mFolder / "end.asf", Replaced(Replaced(SmallSkeleton(), "name shin", "name thigh_End"), "thigh shin", "thigh thigh_End"));
-    WriteFile(mFolder / "end.amc", Replaced(SmallMotion(), "shin", "thigh_End"));
+    WriteFile(mFolder / "end.amc", Replaced(TwoFrames(), "shin", "thigh_End"));
     const KRunResult lNamed = Run({"positions", "end.asf", "end.amc", "--frames", "1", "-q"});
     EXPECT_NE(lNamed.mOut.find(",thigh_End,"), std::string::npos) << lNamed.mOut << lNamed.mErr;
     EXPECT_EQ(lNamed.mOut.find("_End_End"), std::string::npos) << lNamed.mOut;
@@ -130,11 +130,11 @@ TEST_F(KMotionTest, OutputsThatAreInputsAreRefused)
 {
     EXPECT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "small_01.amc"}).mExit, 2);
     EXPECT_EQ(Run({"positions", "small.asf", "small_01.amc", "-q", "-o", "./small.asf"}).mExit, 2);
-    WriteFile(mFolder / "small.csv", SmallMotion());
+    WriteFile(mFolder / "small.csv", TwoFrames());
     EXPECT_EQ(Run({"positions", "small.csv", "--asf", "small.asf", "-q", "-o", "small.csv"}).mExit, 2);
     EXPECT_EQ(ReadFile(mFolder / "small.asf"), SmallSkeleton());
-    EXPECT_EQ(ReadFile(mFolder / "small_01.amc"), SmallMotion());
-    EXPECT_EQ(ReadFile(mFolder / "small.csv"), SmallMotion());
+    EXPECT_EQ(ReadFile(mFolder / "small_01.amc"), TwoFrames());
+    EXPECT_EQ(ReadFile(mFolder / "small.csv"), TwoFrames());
 }
 
 TEST_F(KMotionTest, TheSkeletonIsFound)
@@ -146,20 +146,20 @@ TEST_F(KMotionTest, TheSkeletonIsFound)
     EXPECT_EQ(lNote("small_01.amc").substr(0, 64), "small_01.amc: note: with the skeleton small.asf (its name begins");
 
     WriteFile(mFolder / "Other.ASF", SmallSkeleton());
-    WriteFile(mFolder / "named.amc", SmallMotion("#!OML:ASF H:\\somewhere\\OTHER.asf\n:DEGREES\n"));
+    WriteFile(mFolder / "named.amc", TwoFrames("#!OML:ASF H:\\somewhere\\OTHER.asf\n:DEGREES\n"));
     EXPECT_NE(lNote("named.amc").find("with the skeleton Other.ASF (named in its header)"), std::string::npos);
 
     WriteFile(mFolder / "small_0.asf", SmallSkeleton());
     EXPECT_NE(lNote("small_01.amc").find("with the skeleton small_0.asf (its name begins the motion's)"), std::string::npos);
 
-    WriteFile(mFolder / "x.amc", SmallMotion());
+    WriteFile(mFolder / "x.amc", TwoFrames());
     const KRunResult lMany = Run({"info", "x.amc"});
     EXPECT_EQ(lMany.mExit, 2);
     EXPECT_EQ(lMany.mErr, "x.amc: error: needs its skeleton: it may be any of Other.ASF, small.asf, small_0.asf; tell with --asf FILE\n");
     EXPECT_EQ(Run({"info", "x.amc", "--asf", "small.asf", "-q"}).mErr, "");
 
     fs::create_directory(mFolder / "alone");
-    WriteFile(mFolder / "alone/walk.amc", SmallMotion());
+    WriteFile(mFolder / "alone/walk.amc", TwoFrames());
     EXPECT_EQ(Run({"info", "alone/walk.amc"}).mErr,
               "alone/walk.amc: error: needs its skeleton: there is no ASF file beside it; tell with --asf FILE\n");
     WriteFile(mFolder / "alone/only.asf", SmallSkeleton());
@@ -171,7 +171,7 @@ TEST_F(KMotionTest, TheRateIsToldOrAssumed)
     const std::string lAssumed = "small_01.amc: note: does not say how many frames a second it has: taken as 120\n";
     EXPECT_NE(Run({"info", "small_01.amc"}).mErr.find(lAssumed), std::string::npos);
     EXPECT_EQ(Run({"info", "small_01.amc", "--fps", "30"}).mErr.find(lAssumed), std::string::npos);
-    WriteFile(mFolder / "small_02.amc", SmallMotion(":DEGREES\n:SAMPLES-PER-SECOND 60\n"));
+    WriteFile(mFolder / "small_02.amc", TwoFrames(":DEGREES\n:SAMPLES-PER-SECOND 60\n"));
     EXPECT_EQ(Run({"info", "small_02.amc"}).mErr.find("note: does not say"), std::string::npos);
 
     for (const auto& [lFps, lRate] : {std::pair<const char*, double>{"25", 25}, {"23.976", 23.976}, {"30000/1001", 30000.0 / 1001}})
@@ -335,7 +335,7 @@ TEST(AsfSamples, TheScriptWritesThem)
     }
 }
 
-// A foot that carries weight stays where it is.
+/// A foot that carries weight stays where it is.
 TEST(AsfSamples, FeetDoNotSlide)
 {
     const json lWalk = json::parse(RunAsf({"check", "-q", "--strict", Sample("walk.amc")}).mExit == 0 ? "true" : "false");

@@ -110,7 +110,7 @@ TEST_F(KOutputTest, NoColourAwayFromATerminal)
     EXPECT_EQ(lResult.mErr.find('\x1b'), std::string::npos);
 }
 
-// `script` gives the program a terminal.
+/// `script` gives the program a terminal.
 TEST_F(KOutputTest, ColourOnATerminalUnlessForbidden)
 {
     WriteFile(mFolder / "warn.asf", Replaced(SmallSkeleton(), "length 7", "length 7,5"));

@@ -211,7 +211,7 @@ TEST(KArrayTest, RemoveIfCompactsOnceAndZeroesWhatItLeaves)
     }
 }
 
-// Random insertions and removals against the standard library's vector.
+/// Random insertions and removals against the standard library's vector.
 TEST(KArrayTest, BehavesAsAVector)
 {
     std::mt19937     lRandom(20260);

@@ -46,14 +46,20 @@ TEST(KFormat, TextOfAnyLengthIsThatOfPrintf)
     EXPECT_AS_PRINTF("%s", "");
     EXPECT_AS_PRINTF("%d%% of %6s|%g %f", 100, "abc", 1.0 / 3.0, -2.5);
     for (const size_t lSize : {254u, 255u, 256u, 257u, 5000u})
+    {
         EXPECT_AS_PRINTF("%s.", std::string(lSize, 'x').c_str());
+    }
 }
 
 TEST(KFormat, AppendsNoMoreThanAllowed)
 {
     for (const size_t lSize : {0u, 1u, 255u, 256u, 257u, 300u, 5000u})
+    {
         for (const size_t lLimit : {0u, 1u, 255u, 256u, 257u, 299u, 300u, 301u})
+        {
             EXPECT_EQ(FormatUpTo(lLimit, "%s", std::string(lSize, 'x').c_str()), std::string(std::min(lSize, lLimit), 'x'));
+        }
+    }
 }
 
 TEST(KFormat, LocaleOfTheProcessDoesNotMatter)

@@ -49,12 +49,18 @@ KLines Split(const std::string& pText)
     for (size_t i = 0; i < pText.size(); ++i)
     {
         if (pText[i] == '\n' && i > 0 && pText[i - 1] == '\r')
+        {
             continue;
+        }
         if (!lOpen)
+        {
             lLines.emplace_back();
+        }
         lOpen = pText[i] != '\n' && pText[i] != '\r';
         if (lOpen)
+        {
             lLines.back() += pText[i];
+        }
     }
     return lLines;
 }
@@ -112,6 +118,7 @@ TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
 {
     // Line ends of every kind at and around 65,536 bytes, where the buffer is filled anew.
     for (const char* lEnd : {"\n", "\r\n", "\r", "\n\r", "\r\r\n"})
+    {
         for (size_t lPad = 65530; lPad < 65540; ++lPad)
         {
             const std::string lText = std::string(lPad, 'x') + lEnd + "next" + lEnd + std::string(70000, 'y') + lEnd + "last";
@@ -119,16 +126,19 @@ TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
             ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
             EXPECT_EQ(LinesOf(lReader), Split(lText)) << lPad;
         }
+    }
 }
 
-// Whatever ends the lines: only of the first one, which is read together with the buffer, it need not be known.
+/// Whatever ends the lines: only of the first one, which is read together with the buffer, it need not be known.
 TEST(KLineReader, LinesWithoutWatchedBytesAreKnownToBePlain)
 {
     for (const char* lEnd : {"\n", "\r\n"})
     {
         std::string lText;
         for (int i = 0; i < 100; ++i)
+        {
             lText += "line" + std::to_string(i) + lEnd;
+        }
         KLineReader lReader;
         lReader.Watch("#");
         ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
@@ -151,8 +161,12 @@ TEST(KLineReader, WatchedBytesAreFoundInTheirLinesOnly)
     {
         std::string lText;
         while (lText.size() < 200000)
+        {
             for (const std::string& lLine : kLines)
+            {
                 lText += lLine + lEnd;
+            }
+        }
         KLineReader lReader;
         lReader.Watch("#;");
         ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
@@ -262,7 +276,9 @@ TEST(KLineReader, MemoryDoesNotGrowWithTheInput)
 {
     std::string lText;
     for (int i = 0; i < 200000; ++i)
+    {
         lText += "line " + std::to_string(i) + "\n";
+    }
     KMemoryWatch lWatch;
     KLineReader  lReader;
     ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
@@ -344,7 +360,9 @@ TEST(KLineReader, ADeviceErrorIsNotTheEnd)
 {
     std::string lText;
     for (int i = 0; i < 50000; ++i)
+    {
         lText += "line\n";
+    }
     KTempDir lDir;
     WriteFile(lDir / "text", lText);
     KFileFaults lFaults;
@@ -356,7 +374,9 @@ TEST(KLineReader, ADeviceErrorIsNotTheEnd)
         const KLines lLines = LinesOf(lReader);
         EXPECT_LT(lLines.size(), 50000u);
         for (const std::string& lLine : lLines)
+        {
             EXPECT_EQ(lLine, "line") << "no half lines";
+        }
         EXPECT_EQ(lReader.GetStatus(), KLineReader::eSYSTEM);
         EXPECT_EQ(lReader.GetError(), EIO);
         EXPECT_FALSE(lReader.NextLine());
@@ -406,7 +426,9 @@ TEST(KLineReader, DashIsStandardInput)
 {
     std::string lText;
     for (int i = 0; i < 100000; ++i)
+    {
         lText += std::to_string(i) + "\r\n";
+    }
     KStandardInput lInput(lText);
     KLineReader    lReader;
     ASSERT_TRUE(lReader.OpenPath("-"));
@@ -452,7 +474,9 @@ TEST(KLineReader, LinesThatAreTooLongBehindALongOne)
     {
         std::string lText(KLineReader::kMaxLine, 'x');
         for (int i = 0; i <= lShort; ++i)
+        {
             lText += "\nab";
+        }
         lText += '\n' + std::string(KLineReader::kMaxLine + 1, 'y') + "\nend\n";
         KLineReader lReader;
         ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));

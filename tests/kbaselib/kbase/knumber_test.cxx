@@ -183,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, KNumberScanTest,
                                          KScanCase{"0.0000000000000001", -1, 0}, KScanCase{"", -1, 0}, KScanCase{"-", -1, 0},
                                          KScanCase{".", -1, 0}, KScanCase{"x", -1, 0}, KScanCase{"-.", -1, 0}));
 
-// Every number of digits before and behind the point, every byte after it, with and without text to spare behind it.
+/// Every number of digits before and behind the point, every byte after it, with and without text to spare behind it.
 TEST(KNumberTest, ScansTheSameBitsAsTheCLibrary)
 {
     std::mt19937 lRandom(77);
@@ -219,7 +219,7 @@ TEST(KNumberTest, ScansTheSameBitsAsTheCLibrary)
     }
 }
 
-// strtod of the C library, in its "C" locale, is the judge: every text is read to the same bits.
+/// strtod of the C library, in its "C" locale, is the judge: every text is read to the same bits.
 TEST(KNumberTest, ReadsTheSameBitsAsTheCLibrary)
 {
     std::mt19937_64 lRandom(1991);
@@ -367,8 +367,8 @@ std::string FixedByAllDigits(double pValue, int pDecimals)
     return lText == "-0" ? "0" : lText;
 }
 
-// Motion's numbers are printed by whole numbers; where only all digits tell, those that stand exactly between two texts among them, the
-// slow way has to take over.
+/// Motion's numbers are printed by whole numbers; where only all digits tell, those that stand exactly between two texts among them, the
+/// slow way has to take over.
 TEST(KNumberPrintTest, FixedIsNearestWhateverTheWay)
 {
     std::mt19937_64                        lRandom(17);

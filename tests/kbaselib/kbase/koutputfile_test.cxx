@@ -35,7 +35,9 @@ size_t CountFiles(const fs::path& pFolder)
 {
     size_t lCount = 0;
     for ([[maybe_unused]] const fs::directory_entry& lEntry : fs::directory_iterator(pFolder))
+    {
         ++lCount;
+    }
     return lCount;
 }
 
@@ -50,7 +52,9 @@ bool WriteInPieces(KOutputFile& pOutput, const std::string& pText)
 {
     bool lOk = true;
     for (size_t i = 0; i < pText.size(); i += 1000)
+    {
         lOk = pOutput.Write(pText.data() + i, std::min<size_t>(1000, pText.size() - i)) && lOk;
+    }
     return lOk;
 }
 
@@ -127,7 +131,9 @@ TEST_P(KOutputFileLinkTest, IsFollowed)
     fs::create_directory(lDir / "sub");
     const fs::path lTarget = lDir / "sub" / "file";
     if (GetParam().mExists)
+    {
         WriteFile(lTarget, "old");
+    }
     const std::string lLink = GetParam().mLink;
     fs::create_symlink(lLink == "absolute" ? lTarget : fs::path(lLink), lDir / "link");
     fs::create_symlink("sub/file", lDir / "second");
@@ -309,7 +315,7 @@ TEST(KOutputFile, PreparedCanStillBeGivenUp)
     EXPECT_EQ(CountFiles(lDir.Path()), 1u);
 }
 
-// Three that belong together: one that replaces a file, one that makes a file, one that replaces a file.
+/// Three that belong together: one that replaces a file, one that makes a file, one that replaces a file.
 TEST(KOutputFile, OfSeveralAllTakeTheirNamesOrNone)
 {
     for (int lNumber = 1; lNumber <= 4; ++lNumber)
@@ -374,7 +380,9 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
     for (const bool lOnwards : {false, true})
     {
         if (lOnwards && (lCase.mError == EINTR || lCase.mError == EAGAIN))
+        {
             continue;
+        }
         // A call that fails is often the last one: only a try in which none failed ends the series.
         for (int lNumber = 1, lCalls = 1; lCalls >= lNumber - 1; ++lNumber)
         {
@@ -523,7 +531,9 @@ TEST(KOutputFile, FifoIsWrittenDirectly)
             const int lFile = ::open((lDir / "fifo").c_str(), O_RDONLY);
             char      lBuffer[4096];
             for (ssize_t lSize = 0; (lSize = ::read(lFile, lBuffer, sizeof lBuffer)) > 0;)
+            {
                 lGot.append(lBuffer, static_cast<size_t>(lSize));
+            }
             ::close(lFile);
         });
     KOutputFile lOutput;
@@ -606,7 +616,9 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     ASSERT_EQ(::fcntl(lEnds[1], F_SETFL, O_NONBLOCK), 0);
     size_t lBefore = 0;
     for (const std::string lFull(4096, '-'); ::write(lEnds[1], lFull.data(), lFull.size()) > 0;)
+    {
         lBefore += lFull.size();
+    }
     size_t      lGot = 0;
     std::thread lReader(
         [&]
@@ -614,7 +626,9 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
             std::this_thread::sleep_for(std::chrono::milliseconds(20)); // Meanwhile the first write finds the pipe full.
             char lBuffer[512];
             for (ssize_t lSize = 0; (lSize = ::read(lEnds[0], lBuffer, sizeof lBuffer)) > 0;)
+            {
                 lGot += static_cast<size_t>(lSize);
+            }
         });
     KOutputFile lOutput;
     bool        lClosed = false;
@@ -695,7 +709,9 @@ TEST(KOutputFile, MorePendingThanTheListHoldsAreWrittenAllTheSame)
         ASSERT_TRUE(lOutputs.back()->Open((lDir / std::to_string(i)).c_str()));
     }
     for (const auto& lOutput : lOutputs)
+    {
         EXPECT_TRUE(lOutput->Close());
+    }
     EXPECT_EQ(CountFiles(lDir.Path()), 100u);
 }
 

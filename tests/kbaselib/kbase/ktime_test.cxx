@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Rates, KTimeRateTest,
                                          KRateCase{{90, 1}, 7840000}, KRateCase{{100, 1}, 7056000}, KRateCase{{120, 1}, 5880000},
                                          KRateCase{{240, 1}, 2940000}, KRateCase{{30000, 1001}, 23543520}));
 
-// 7 frames a second and 1000000/9973 are no whole number of flicks: frames must stay within half a flick, in order, and be found again.
+/// 7 frames a second and 1000000/9973 are no whole number of flicks: frames must stay within half a flick, in order, and be found again.
 TEST(KTimeTest, OtherRatesNeverAddUpErrors)
 {
     std::mt19937_64 lRandom(70560);

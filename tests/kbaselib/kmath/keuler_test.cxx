@@ -139,7 +139,7 @@ TEST_P(KOrderTest, AnglesGiveTheirRotationBack)
     }
 }
 
-// The middle angle stands on a pole (90 degrees; 0 and 180 for a repeated axis) and just beside it.
+/// The middle angle stands on a pole (90 degrees; 0 and 180 for a repeated axis) and just beside it.
 TEST_P(KOrderTest, InGimbalLockTheFirstAngleTakesTheRest)
 {
     const bool    lRepeated = (GetParam().mCode & 1) != 0;

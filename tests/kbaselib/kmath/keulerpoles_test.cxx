@@ -29,8 +29,8 @@ INSTANTIATE_TEST_SUITE_P(Thresholds, KLockTest,
                                          KLockCase{"just above", std::nextafter(1.6e-9, 1), false},
                                          KLockCase{"just below", std::nextafter(1.6e-9, 0), true}));
 
-// The matrices hold T itself, so that no rounding hides on which side of the threshold it is. Elements that only one branch
-// reads tell which one ran.
+/// The matrices hold T itself, so that no rounding hides on which side of the threshold it is. Elements that only one branch
+/// reads tell which one ran.
 TEST_P(KLockTest, TheTestIsStrictlyGreater)
 {
     const double lT = GetParam().mT;
@@ -138,7 +138,7 @@ TEST_P(KPoleTest, TheFirstAngleTakesTheRest)
     EXPECT_EQ(lAngles[2], 0);
 }
 
-// The threshold counts as a pole, the numbers beside it do not.
+/// The threshold counts as a pole, the numbers beside it do not.
 TEST(KmEulerTest, ThePolesBeginAtTheirThreshold)
 {
     struct KCase

@@ -51,7 +51,7 @@ TEST(MathsTest, NormOfWhatIsNotANumberIsNone)
     EXPECT_TRUE(std::isnan(kNorm(kInf, std::nan(""), 0.0)));
 }
 
-// The order of the sum decides the last bit.
+/// The order of the sum decides the last bit.
 TEST(MathsTest, SumsInTheStatedOrder)
 {
     std::mt19937_64                        lRandom(31);
@@ -88,8 +88,8 @@ TEST(MathsTest, AnglesAreThoseOfTheStandardFunctions)
     EXPECT_EQ(kAtand(-0.0, -1.0), -180.0);
 }
 
-// Taken together or apart, by pointer or by reference: the same bits. The volatile copies keep the compiler from taking the
-// two standard calls together too.
+/// Taken together or apart, by pointer or by reference: the same bits. The volatile copies keep the compiler from taking the
+/// two standard calls together too.
 TEST(MathsTest, SineAndCosineTogetherAreThoseApart)
 {
     std::mt19937_64                        lRandom(32);

@@ -73,7 +73,9 @@ std::string Texts(const std::vector<KQexTextMessage>& pMessages)
 {
     std::ostringstream lText;
     for (const KQexTextMessage& lMessage : pMessages)
+    {
         lText << (lMessage.mSeverity == KQexTextMessage::eERROR ? 'E' : 'W') << lMessage.mLine << ' ' << lMessage.mText << '\n';
+    }
     return lText.str();
 }
 
@@ -81,7 +83,9 @@ std::string Texts(const std::vector<KQexImportMessage>& pMessages)
 {
     std::vector<KQexTextMessage> lMessages;
     for (const KQexImportMessage& lMessage : pMessages)
+    {
         lMessages.push_back(lMessage.mMessage);
+    }
     return Texts(lMessages);
 }
 
@@ -96,7 +100,9 @@ KQexAsfSceneOwner ReadSmallAsf(const std::string& pText, KQexImportAcclaimResult
 bool KFrameLog::Frame(const KQexAmcFrame& pFrame)
 {
     if (mStopAfter >= 0 && mCount >= mStopAfter)
+    {
         return false;
+    }
     EXPECT_EQ(pFrame.mIndex, mCount);
     ++mCount;
     mLengthFactor = pFrame.mLengthFactor;
@@ -110,7 +116,9 @@ bool KFrameLog::Frame(const KQexAmcFrame& pFrame)
         EXPECT_EQ(lBone.mFrame, pFrame.mIndex);
         lText << ' ' << lBone.mNode->mName;
         for (int i = 0; i < lBone.mNode->mOrderCount; ++i)
+        {
             lText << (i == 0 ? '(' : ' ') << lBone.mValues[i];
+        }
         lText << ')';
     }
     mText += lText.str() + '\n';

@@ -44,9 +44,13 @@ inline qexsdk::KQexAsfNode* Bone(qexsdk::KQexAsfNode* pParent, const char* pName
     qexsdk::KQexAsfNode* lBone = qexsdk::QexSdkNew<qexsdk::KQexAsfNode>();
     std::snprintf(lBone->mName, sizeof(lBone->mName), "%s", pName);
     for (int lCode : pDofs)
+    {
         lBone->mOrderBuf[lBone->mOrderCount++] = lCode;
-    if (pParent)
+    }
+    if (pParent != nullptr)
+    {
         pParent->AddChild(lBone);
+    }
     return lBone;
 }
 
@@ -65,8 +69,10 @@ inline qexsdk::KQexAsfNode* Bone(qexsdk::KQexAsfNode* pParent, const char* pName
 inline std::string ChildNames(qexsdk::KQexAsfNode* pBone)
 {
     std::string lNames;
-    for (int lIter = 0; pBone->GetChild(lIter); lIter++)
+    for (int lIter = 0; pBone->GetChild(lIter); ++lIter)
+    {
         lNames += std::string(lIter > 0 ? " " : "") + pBone->GetChild(lIter)->mName;
+    }
     return lNames;
 }
 
@@ -95,24 +101,45 @@ inline std::vector<qexsdk::KQexAsfNode*> RandomBones(EShape pShape, int pCount, 
     std::vector<qexsdk::KQexAsfNode*> lBones = {Bone(nullptr, "root", {0, 1, 2, 5, 4, 3})};
     SetAxis(lBones[0], {lAngle(lRandom), lAngle(lRandom), lAngle(lRandom)});
     lBones[0]->mPositionV = qexsdk::KgeTVector(lPart(lRandom), lPart(lRandom), lPart(lRandom));
-    for (int lIter = 1; lIter < pCount; lIter++)
+    for (int lIter = 1; lIter < pCount; ++lIter)
     {
         int lParent = 0;
         if (pShape == eCHAIN)
+        {
             lParent = lIter - 1;
+        }
         else if (pShape == eCOMB)
+        {
             lParent = lIter % 2 == 1 ? lIter - 1 : lIter < 3 ? 0 : lIter - 2;
+        }
         else if (pShape == eRANDOM)
+        {
             lParent = lDice(lIter);
+        }
         std::vector<int> lDofs;
         if (!pDummies || lDice(3) != 0)
-            for (int lCount = 1 + lDice(6); lCount > 0; lCount--)
+        {
+            for (int lCount = 1 + lDice(6); lCount > 0; --lCount)
+            {
                 lDofs.push_back(lDice(6));
+            }
+        }
         const qexsdk::KgeTVector lReach(lPart(lRandom), lPart(lRandom), lPart(lRandom));
         const qexsdk::KgeRVector lAxis(lAngle(lRandom), lAngle(lRandom), lAngle(lRandom));
         lBones.push_back(Bone(lBones[static_cast<size_t>(lParent)], ("b" + std::to_string(lIter)).c_str(), lDofs, lReach, lAxis));
     }
     return lBones;
+}
+
+/// The names of the tree below a node, "root(a(b(c(c_End))) d(d_End))".
+inline std::string NodeTree(const qexsdk::KQexNode* pNode)
+{
+    std::string lText = pNode->GetName();
+    for (const qexsdk::KQexNode* lChild = pNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
+    {
+        lText += (lChild == pNode->GetFirstChild() ? "(" : " ") + NodeTree(lChild);
+    }
+    return lText + (pNode->GetFirstChild() != nullptr ? ")" : "");
 }
 
 } // namespace qextest

@@ -19,10 +19,16 @@ static_assert(std::is_same_v<HKQexAsfNode, KQexAsfNode*>);
 
 bool IsIdentity(const KgeRMatrix& pMatrix)
 {
-    for (int lRow = 0; lRow < 4; lRow++)
-        for (int lColumn = 0; lColumn < 4; lColumn++)
+    for (int lRow = 0; lRow < 4; ++lRow)
+    {
+        for (int lColumn = 0; lColumn < 4; ++lColumn)
+        {
             if (pMatrix.mData[lRow][lColumn] != (lRow == lColumn ? 1.0 : 0.0))
+            {
                 return false;
+            }
+        }
+    }
     return true;
 }
 
@@ -37,23 +43,37 @@ TEST(KQexAsfNodeTest, StartsWithItsDefaults)
     EXPECT_STREQ(lBone.mName, "");
     EXPECT_EQ(lBone.mOrderCount, 0);
     for (const auto& lRow : lBone.mLimitsActive)
+    {
         EXPECT_FALSE(lRow[0] || lRow[1]);
+    }
     EXPECT_EQ(lBone.mOrientationOrder, 0);
     EXPECT_EQ(lBone.mLength, 0.0);
     EXPECT_EQ(lBone.mParent, nullptr);
     EXPECT_EQ(lBone.mChildBuf.GetCount(), 0);
     EXPECT_EQ(lBone.mChildBuf.GetBlockCount(), 0);
     for (const KgeTVector* lVector : {&lBone.mPositionV, &lBone.mDirectionV, &lBone.mParentPositionV, &lBone.mLT})
+    {
         EXPECT_TRUE(IsOrigin(*lVector));
+    }
     for (const KgeRMatrix* lMatrix : {&lBone.mAxisRM, &lBone.mAxisRMInv, &lBone.mParentAxisRM, &lBone.mParentAxisRMInv})
+    {
         EXPECT_TRUE(IsIdentity(*lMatrix));
+    }
     for (const KgeRVector* lAngles : {&lBone.mOrientationV, &lBone.mLR})
+    {
         for (double lAngle : lAngles->mData)
+        {
             EXPECT_EQ(lAngle, 0.0);
+        }
+    }
     for (const KQexAnimCurveNode* lNode : {lBone.mLTNode, lBone.mLRNode, lBone.mLSNode})
+    {
         EXPECT_EQ(lNode, nullptr);
-    for (int lIter = 0; lIter < 3; lIter++)
+    }
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         EXPECT_TRUE(!lBone.mLTData[lIter] && !lBone.mLRData[lIter]);
+    }
     EXPECT_FALSE(lBone.GetInvalidLimits());
     EXPECT_EQ(lBone.mScene, nullptr);
 }
@@ -194,7 +214,7 @@ TEST_F(KQexAsfTreeTest, AddingWithoutMemoryChangesNothing)
     EXPECT_EQ(ChildNames(mRoot), "a b c d e");
 }
 
-// Tells when and how it is destroyed.
+/// Tells when and how it is destroyed.
 class KMournedCurve : public KQexAnimCurve
 {
 public:
@@ -212,7 +232,7 @@ private:
 
 void GiveCurves(KQexAsfNode* pBone, std::vector<std::string>& pLog)
 {
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         pBone->mLTData[lIter] = new KMournedCurve(std::string(pBone->mName) + "_t" + "xyz"[lIter], pLog);
         pBone->mLRData[lIter] = new KMournedCurve(std::string(pBone->mName) + "_r" + "xyz"[lIter], pLog);
@@ -226,7 +246,9 @@ TEST(KQexAsfNodeDestructionTest, CurvesGoBeforeChildrenAndChildrenInOrder)
     KQexAsfNode*             lRoot = Bone(nullptr, "root");
     KQexAsfNode*             lA = Bone(lRoot, "a");
     for (KQexAsfNode* lBone : {lRoot, lA, Bone(lA, "aa"), Bone(lRoot, "b")})
+    {
         GiveCurves(lBone, lLog);
+    }
     QexSdkDelete(lA->mLTData[1]); // a bone may lack some of them
     lA->mLTData[1] = nullptr;
     QexSdkDelete(lRoot);

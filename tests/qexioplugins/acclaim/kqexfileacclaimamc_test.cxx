@@ -35,9 +35,13 @@ KAmcOutcome ReadAmc(const std::string& pText, KQexAmcReadOptions pOptions = {}, 
     KQexImportAcclaimResult lSkeleton;
     KQexAsfSceneOwner       lScene = ReadSmallAsf(pAsf, lSkeleton);
     if (lScene == nullptr)
+    {
         return lOutcome;
+    }
     if (pOptions.mSkeletonNotes.mLengthDofs.empty())
+    {
         pOptions.mSkeletonNotes.mLengthDofs = lSkeleton.mSkeletonNotes.mLengthDofs;
+    }
     KQexFileAcclaimAmc lFile(false);
     KFrameLog          lLog;
     EXPECT_TRUE(lFile.OpenReadBuffer(pText.data(), pText.size()));
@@ -391,7 +395,7 @@ TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
     }
 }
 
-// Of bones of one name only one has a line, with its own lengths and not the others' as well.
+/// Of bones of one name only one has a line, with its own lengths and not the others' as well.
 TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
 {
     const std::string lTwin = "name c\n    direction 0 -1 0\n    length 1\n    axis 0 0 0 XYZ\n    dof l rz ry\n  end\n";
@@ -403,14 +407,15 @@ TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
     EXPECT_NE(lShort.mMessages.find("Bone c: 3 values expected (l rz ry), only 2 found\n"), std::string::npos) << lShort.mMessages;
 }
 
-// A file may end anywhere: whatever frames come out are those of the whole file. Within the first frame nothing tells a file that
-// was cut between two lines from one that never had the other bones; they are warned about.
+/// A file may end anywhere: whatever frames come out are those of the whole file. Within the first frame nothing tells a file that
+/// was cut between two lines from one that never had the other bones; they are warned about.
 TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
 {
     const std::string lText = "#!OML:ASF x\n:FULLY-SPECIFIED\n:DEGREES\n" + kTwo + SmallFrame(3, 3);
     const std::string lAll = kTwoFrames + kFull3;
     const size_t      lFirstFrame = lText.find("\n2\n");
     for (size_t lSize = 0; lSize < lText.size(); ++lSize)
+    {
         for (const bool lKeep : {false, true})
         {
             KQexAmcReadOptions lOptions;
@@ -419,10 +424,13 @@ TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
             EXPECT_EQ(lOutcome.mOk, !lOutcome.mFrames.empty()) << lSize;
             std::string lFrames = lOutcome.mFrames;
             if (lSize <= lFirstFrame && !lFrames.empty())
+            {
                 lFrames.pop_back();
+            }
             EXPECT_EQ(lAll.substr(0, lFrames.size()), lFrames) << lSize;
             EXPECT_EQ(lOutcome.mOk, lOutcome.mMessages.find('E') == std::string::npos) << lSize << lOutcome.mMessages;
         }
+    }
 }
 
 struct KPeekCase

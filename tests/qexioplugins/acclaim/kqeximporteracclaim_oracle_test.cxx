@@ -34,11 +34,13 @@ double Height(const nlohmann::json& pFrame, double pFactor)
     double lLow = 1e300;
     double lHigh = -1e300;
     for (const auto& [lName, lBone] : pFrame.items())
+    {
         for (const char* lEnd : {"start", "end"})
         {
             lLow = std::min(lLow, PointOf(lBone[lEnd], pFactor).mY);
             lHigh = std::max(lHigh, PointOf(lBone[lEnd], pFactor).mY);
         }
+    }
     return lHigh - lLow;
 }
 
@@ -48,15 +50,21 @@ KPoint GlobalStart(const KQexScene& pScene, const KQexNode* pNode, KTime pTime)
     return {lMatrix.mData[3][0], lMatrix.mData[3][1], lMatrix.mData[3][2]};
 }
 
-// The node that stands where a bone ends: its end node, or the node of a bone that the file has under it. The clean-up moves bones
-// whose parent it removes, but not in space.
+/// The node that stands where a bone ends: its end node, or the node of a bone that the file has under it. The clean-up moves bones
+/// whose parent it removes, but not in space.
 const KQexNode* EndNode(HKQexAsfNode pFileBone, const KQexNode* pNode, const KQexNode* pRoot)
 {
     if (pFileBone->mChildBuf.GetCount() == 0)
+    {
         return pNode->FindChild((std::string(pFileBone->mName) + "_End").c_str(), false);
+    }
     for (int i = 0; i < pFileBone->mChildBuf.GetCount(); ++i)
+    {
         if (const KQexNode* lChild = pRoot->FindChild(pFileBone->mChildBuf[i]->mName, true))
+        {
             return lChild;
+        }
+    }
     return nullptr;
 }
 
@@ -124,7 +132,7 @@ TEST_P(KOracleTest, EveryBoneIsWhereTheDataSays)
 
 INSTANTIATE_TEST_SUITE_P(AllEightWays, KOracleTest, testing::Range(0, 8));
 
-// The motion's text with every angle in radians: translations of the root stay as they are.
+/// The motion's text with every angle in radians: translations of the root stay as they are.
 std::string InRadians(const std::string& pText)
 {
     std::string lText;
@@ -135,7 +143,9 @@ std::string InRadians(const std::string& pText)
         std::string  lLine = pText.substr(lAt, lEnd - lAt);
         lAt = lEnd + 1;
         if (lLine.rfind(":DEGREES", 0) == 0)
+        {
             lLine = ":RADIANS";
+        }
         std::istringstream lWords(lLine);
         std::string        lName;
         lWords >> lName;
@@ -158,11 +168,12 @@ std::string InRadians(const std::string& pText)
     return lText;
 }
 
-// Key values by "node.property.channel".
+/// Key values by "node.property.channel".
 std::map<std::string, std::vector<float>> AllKeys(KQexScene& pScene)
 {
     std::map<std::string, std::vector<float>> lKeys;
     for (KQexNode* lNode = pScene.GetRootNode(); lNode != nullptr; lNode = lNode->GetNextInTree(pScene.GetRootNode()))
+    {
         for (KQexProperty* lProperty :
              {static_cast<KQexProperty*>(&lNode->mLocalTranslation), static_cast<KQexProperty*>(&lNode->mLocalRotation)})
         {
@@ -172,9 +183,12 @@ std::map<std::string, std::vector<float>> AllKeys(KQexScene& pScene)
                 const KQexAnimCurve* lCurve = lCurveNode->GetCurve(i, 0, nullptr);
                 std::vector<float>&  lValues = lKeys[std::string(lNode->GetName()) + '.' + lProperty->GetName() + '.' + std::to_string(i)];
                 for (int k = 0; lCurve != nullptr && k < lCurve->GetKeyCount(); ++k)
+                {
                     lValues.push_back(lCurve->GetValue(k));
+                }
             }
         }
+    }
     return lKeys;
 }
 
@@ -205,7 +219,9 @@ TEST(KQexImporterAcclaimOracle, DegreesAndRadiansGiveTheSameScene)
             const std::vector<float>& lOthers = lKeys[1][lName];
             ASSERT_EQ(lValues.size(), lOthers.size()) << lName;
             for (size_t i = 0; i < lValues.size(); ++i)
+            {
                 ASSERT_NEAR(lValues[i], lOthers[i], 1e-4) << lName << " key " << i;
+            }
         }
     }
 }

@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <tests/qexioplugins/acclaim/amcsupport.h>
+#include <tests/qexioplugins/acclaim/asfbuild.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/standardinput.h>
@@ -34,42 +35,36 @@ KQexAcclaimSource Text(const std::string& pText, const char* pName, const char* 
 const std::string kAsf = kSmallAsf;
 const std::string kThree = SmallFrame(1, 1) + SmallFrame(2, 2) + SmallFrame(3, 3);
 
-// The names of the tree below a node, "root(a(b(c(c_End))) d(d_End))".
-std::string Tree(const KQexNode* pNode)
-{
-    std::string lText = pNode->GetName();
-    if (pNode->GetFirstChild() == nullptr)
-        return lText;
-    lText += '(';
-    for (const KQexNode* lChild = pNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
-        lText += (lText.back() == '(' ? "" : " ") + Tree(lChild);
-    return lText + ')';
-}
-
 const char kSmallTree[] = "root(a(b(c(c_End))) d(d_End))";
 
-// Keys of a property's channel in a take as "ticks of 1/120 s:value", "-" without a curve.
+/// Keys of a property's channel in a take as "ticks of 1/120 s:value", "-" without a curve.
 std::string Keys(KQexNode* pNode, bool pRotation, unsigned int pChannel, const char* pTake)
 {
     KQexProperty&      lProperty = pRotation ? static_cast<KQexProperty&>(pNode->mLocalRotation) : pNode->mLocalTranslation;
     KQexAnimCurveNode* lCurveNode = lProperty.GetCurveNode(false, pTake);
     KQexAnimCurve*     lCurve = lCurveNode == nullptr ? nullptr : lCurveNode->GetCurve(pChannel, 0, nullptr);
     if (lCurve == nullptr)
+    {
         return "-";
+    }
     std::ostringstream lText;
     for (int i = 0; i < lCurve->GetKeyCount(); ++i)
+    {
         lText << (i == 0 ? "" : " ") << static_cast<double>(lCurve->GetTime(i).Get()) / 5880000.0 << ':'
               << lCurve->GetValue(i) + 0.0F; // No minus zero.
+    }
     return lText.str();
 }
 
-// All that an import could change: objects, takes, the current take, and the values of nodes.
+/// All that an import could change: objects, takes, the current take, and the values of nodes.
 std::string Snapshot(const KQexScene& pScene)
 {
     std::ostringstream lText;
     for (const KQexObject* lObject = pScene.GetFirstObject(); lObject != nullptr; lObject = pScene.GetNextObject(lObject))
+    {
         lText << lObject << ' ' << lObject->GetName() << '\n';
-    lText << pScene.GetAnimStackCount() << ' ' << pScene.GetEvaluator()->GetContext() << ' ' << Tree(pScene.GetRootNode());
+    }
+    lText << pScene.GetAnimStackCount() << ' ' << pScene.GetEvaluator()->GetContext() << ' ' << NodeTree(pScene.GetRootNode());
     return lText.str();
 }
 
@@ -90,7 +85,7 @@ struct KSetup
     KQexNode* Node(const char* pName) { return mScene->GetRootNode()->FindChild(pName, true); }
 };
 
-// The skeleton reader warns about the bone with an l.
+/// The skeleton reader warns about the bone with an l.
 const char kLengthWarning[] = "W36 Unknown degree of freedom (l ry)\n";
 
 TEST(KQexImporterAcclaim, ASkeletonAlone)
@@ -103,7 +98,7 @@ TEST(KQexImporterAcclaim, ASkeletonAlone)
     EXPECT_EQ(lSetup.mResult.CountMessages(false), 1U);
     EXPECT_EQ(lSetup.mResult.CountMessages(true), 0U);
     ASSERT_EQ(lSetup.mResult.mRootNode, lSetup.mScene->GetRootNode()->GetFirstChild());
-    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), kSmallTree);
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), kSmallTree);
     EXPECT_EQ(lSetup.mScene->GetAnimStackCount(), 0);
     EXPECT_TRUE(lSetup.mResult.mTakes.empty());
     EXPECT_EQ(lSetup.mResult.mAsfScene, nullptr);
@@ -161,7 +156,7 @@ TEST(KQexImporterAcclaim, SeveralMotionsAreSeveralTakes)
         EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, lNames[i]), i == 0 ? "0:5 1:6 2:7" : "0:15 1:16");
         EXPECT_EQ(Keys(lSetup.Node("root"), false, 0, lNames[i]), i == 0 ? "0:1 1:2 2:3" : "0:11 1:12");
     }
-    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), kSmallTree);
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), kSmallTree);
 }
 
 TEST(KQexImporterAcclaim, TwoMotionsForOneTakeAreRefused)
@@ -209,12 +204,14 @@ TEST(KQexImporterAcclaim, MotionOntoASkeletonThatIsThere)
     // A take name of the importer's own choosing spares what is there.
     lSetup.mOptions.mTakeName.clear();
     for (const char* lName : {"take.amc", "take.amc"})
+    {
         ASSERT_TRUE(KQexImporterAcclaim::ImportMotion(lSetup.mScene.get(), lAsfScene.get(), lSetup.mResult.mSkeletonNotes,
                                                       {Text(SmallFrame(1, 5) + SmallFrame(2, 6), lName)}, lSetup.mOptions, lSetup.mResult));
+    }
     EXPECT_EQ(lSetup.mResult.mTakes[0].mName, "take 3");
     EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
     EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take 3"), "0:9 1:10");
-    EXPECT_EQ(Tree(lSetup.mScene->GetRootNode()), std::string("RootNode(") + kSmallTree + ")");
+    EXPECT_EQ(NodeTree(lSetup.mScene->GetRootNode()), std::string("RootNode(") + kSmallTree + ")");
 }
 
 TEST(KQexImporterAcclaim, MotionOntoOneOfTwoTrees)
@@ -310,14 +307,14 @@ TEST(KQexImporterAcclaim, ParentAndMergeRoot)
         lSetup.mOptions.mTakeName = lTake;
         ASSERT_TRUE(lSetup.Import(kThree));
         EXPECT_EQ(lSetup.mResult.mRootNode, lRoot);
-        EXPECT_EQ(Tree(lGroup), std::string("group(") + kSmallTree + ")");
+        EXPECT_EQ(NodeTree(lGroup), std::string("group(") + kSmallTree + ")");
         EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, lTake.c_str()), "0:4 1:5 2:6");
     }
 
     // A bone that the hierarchy lacks is built.
     lSetup.Node("b")->Destroy(true, false);
     ASSERT_TRUE(lSetup.Import(kThree));
-    EXPECT_EQ(Tree(lGroup), std::string("group(") + kSmallTree + ")");
+    EXPECT_EQ(NodeTree(lGroup), std::string("group(") + kSmallTree + ")");
 }
 
 TEST(KQexImporterAcclaim, LimitsFollowTheFlags)
@@ -338,7 +335,7 @@ TEST(KQexImporterAcclaim, DummiesGoWithoutAWarningAboutTheirLines)
     KSetup lSetup;
     lSetup.mOptions.mRemoveDummies = true;
     ASSERT_TRUE(lSetup.Import(Replaced(kThree, "\nb", "\nd\nb")));
-    EXPECT_EQ(Tree(lSetup.mResult.mRootNode), "root(a(b(c(c_End))))");
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c(c_End))))");
     EXPECT_EQ(Texts(lSetup.mResult.mMessages),
               std::string(kLengthWarning) + "W0 A leaf without a degree of freedom is removed and its length lost (d)\n");
 }
@@ -353,14 +350,14 @@ TEST(KQexImporterAcclaim, ASingleFrameKeepsItsPose)
     EXPECT_EQ(lSetup.mResult.mTakes[0].mInfo.mStop.Get(), 5880000);
 }
 
-struct KKeyCase
+struct KFrameKeysCase
 {
     const char* mWhat;
     std::string mAmc;
     const char* mKeys; ///< Of bone b, rotation about x.
 };
 
-class KImportKeyTest : public testing::TestWithParam<KKeyCase>
+class KImportKeyTest : public testing::TestWithParam<KFrameKeysCase>
 {
 };
 
@@ -374,23 +371,23 @@ TEST_P(KImportKeyTest, KeysOfOneBone)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, KImportKeyTest,
-    testing::Values(KKeyCase{"skipped numbers are skipped time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
-                    KKeyCase{"a jump of 1e9 costs one key", "1\nb 1\n1000000001\nb 2\n", "0:1 1e+09:2"},
-                    KKeyCase{"a repeated number replaces", "1\nb 1\n2\nb 2\n2\nb 3\n3\nb 4\n", "0:1 1:3 2:4"},
-                    KKeyCase{"the first number again", "1\nb 1\n1\nb 5\n2\nb 2\n", "0:5 1:2"},
-                    KKeyCase{"going back replaces and adds", "1\nb 1\n3\nb 3\n5\nb 5\n3\nb 7\n2\nb 8\n3\nb 9\n6\nb 6\n",
-                             "0:1 1:8 2:9 4:5 5:6"},
-                    KKeyCase{"going back below the first", "4\nb 4\n3\nb 3\n1\nb 1\n2\nb 2\n", "-3:1 -2:2 -1:3 0:4"},
-                    KKeyCase{"absent in the middle holds", "1\nb 1\n2\nb 2\n3\nroot 0\n4\nroot 0\n5\nb 5\n", "0:1 1:2 3:2 4:5"},
-                    KKeyCase{"absent at the end holds", "1\nb 1\nroot 0\n2\nb 2\nroot 0\n3\nroot 0\n4\nroot 0\n", "0:1 1:2 3:2"},
-                    KKeyCase{"absent at the beginning is at rest", "1\nroot 0\n2\nroot 0\n3\nb 3\n", "0:0 1:0 2:3"},
-                    KKeyCase{"absent in the first frame alone", "1\nroot 0\n2\nb 3\n", "0:0 1:3"},
-                    KKeyCase{"only in the first frame", "1\nb 3\n2\nroot 0\n3\nroot 0\n", "0:3 2:3"},
-                    KKeyCase{"only in a frame that comes late", "1\nroot 0\n2\nroot 0\n1\nb 3\n", "0:3 1:3"},
-                    KKeyCase{"only in the last frame, late", "1\nroot 0\n2\nroot 0\n2\nb 3\n", "0:3 1:3"},
-                    KKeyCase{"never", "1\nroot 0\n2\nroot 0\n", "-"}));
+    testing::Values(KFrameKeysCase{"skipped numbers are skipped time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
+                    KFrameKeysCase{"a jump of 1e9 costs one key", "1\nb 1\n1000000001\nb 2\n", "0:1 1e+09:2"},
+                    KFrameKeysCase{"a repeated number replaces", "1\nb 1\n2\nb 2\n2\nb 3\n3\nb 4\n", "0:1 1:3 2:4"},
+                    KFrameKeysCase{"the first number again", "1\nb 1\n1\nb 5\n2\nb 2\n", "0:5 1:2"},
+                    KFrameKeysCase{"going back replaces and adds", "1\nb 1\n3\nb 3\n5\nb 5\n3\nb 7\n2\nb 8\n3\nb 9\n6\nb 6\n",
+                                   "0:1 1:8 2:9 4:5 5:6"},
+                    KFrameKeysCase{"going back below the first", "4\nb 4\n3\nb 3\n1\nb 1\n2\nb 2\n", "-3:1 -2:2 -1:3 0:4"},
+                    KFrameKeysCase{"absent in the middle holds", "1\nb 1\n2\nb 2\n3\nroot 0\n4\nroot 0\n5\nb 5\n", "0:1 1:2 3:2 4:5"},
+                    KFrameKeysCase{"absent at the end holds", "1\nb 1\nroot 0\n2\nb 2\nroot 0\n3\nroot 0\n4\nroot 0\n", "0:1 1:2 3:2"},
+                    KFrameKeysCase{"absent at the beginning is at rest", "1\nroot 0\n2\nroot 0\n3\nb 3\n", "0:0 1:0 2:3"},
+                    KFrameKeysCase{"absent in the first frame alone", "1\nroot 0\n2\nb 3\n", "0:0 1:3"},
+                    KFrameKeysCase{"only in the first frame", "1\nb 3\n2\nroot 0\n3\nroot 0\n", "0:3 2:3"},
+                    KFrameKeysCase{"only in a frame that comes late", "1\nroot 0\n2\nroot 0\n1\nb 3\n", "0:3 1:3"},
+                    KFrameKeysCase{"only in the last frame, late", "1\nroot 0\n2\nroot 0\n2\nb 3\n", "0:3 1:3"},
+                    KFrameKeysCase{"never", "1\nroot 0\n2\nroot 0\n", "-"}));
 
-// Frames in any order: of each number the last one counts.
+/// Frames in any order: of each number the last one counts.
 TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
 {
     std::mt19937 lRandom(7);
@@ -409,10 +406,14 @@ TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
             lAmc += std::to_string(lNumber) + "\nb " + std::to_string(lValue) + '\n';
         }
         if (lExpected.size() < 2)
+        {
             continue;
+        }
         std::ostringstream lKeys;
         for (const auto& [lNumber, lValue] : lExpected)
+        {
             lKeys << (lKeys.tellp() > 0 ? " " : "") << lNumber - lFirst << ':' << lValue;
+        }
         KSetup lSetup;
         lSetup.mOptions.mRotationFilter = eROTATION_FILTER_NONE;
         ASSERT_TRUE(lSetup.Import(lAmc));
@@ -420,23 +421,31 @@ TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
     }
 }
 
-// What a motion says little about costs little: keys are counted here, not time.
+/// What a motion says little about costs little: keys are counted here, not time.
 TEST(KQexImporterAcclaim, CostFollowsTheLinesNotTheBones)
 {
     const int   kBones = 4000;
     std::string lAsf = kAsf.substr(0, kAsf.find("  begin"));
     for (int i = 0; i < kBones; ++i)
+    {
         lAsf += "  begin\n name n" + std::to_string(i) + "\n direction 0 1 0\n length 1\n dof rx\n  end\n";
+    }
     lAsf += ":hierarchy\n";
     std::string lAmc;
     for (int i = 0; i < kBones; ++i)
+    {
         lAmc += std::to_string(i) + "\nn" + std::to_string(i) + " 5\n";
+    }
     KSetup lSetup;
     ASSERT_TRUE(lSetup.Import(lAsf, {Text(lAmc, "sparse.amc")}));
     size_t lKeys = 0;
     for (const KQexObject* lObject = lSetup.mScene->GetFirstObject(); lObject != nullptr; lObject = lSetup.mScene->GetNextObject(lObject))
+    {
         if (const auto* lCurve = QexCast<KQexAnimCurve>(lObject))
+        {
             lKeys += static_cast<size_t>(lCurve->GetKeyCount());
+        }
+    }
     EXPECT_LE(lKeys, 3U * 4U * kBones);
     EXPECT_EQ(Keys(lSetup.Node("n2000"), true, 0, "take"), "0:0 1999:0 2000:5 3999:5");
 }
@@ -445,7 +454,9 @@ TEST(KQexImporterAcclaim, ALongMotionBackwards)
 {
     std::string lAmc;
     for (int i = 200000; i > 0; --i)
+    {
         lAmc += std::to_string(i) + "\nb " + std::to_string(i % 100) + '\n';
+    }
     KSetup lSetup;
     ASSERT_TRUE(lSetup.Import(lAmc));
     const KQexAnimCurve* lCurve = lSetup.Node("b")->mLocalRotation.GetCurveNode(false, "take")->GetCurve(0, 0, nullptr);
@@ -476,13 +487,17 @@ TEST(KQexImporterAcclaim, ThingsThatAreNoMotion)
         EXPECT_GE(lSetup.mResult.CountMessages(true), 1U);
         EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
         for (const KQexImportMessage& lMessage : lSetup.mResult.mMessages)
+        {
             EXPECT_LE(lMessage.mMessage.mText.size(), 1000U);
+        }
     }
 
     // A million names that no bone has: warnings are kept in bounds, the frames are read.
     std::string lNames = "1\nb 1\n";
     for (int i = 0; i < 1000000; ++i)
+    {
         lNames += "x" + std::to_string(i) + '\n';
+    }
     KSetup lSetup;
     EXPECT_TRUE(lSetup.Import(lNames + "2\nb 2\n"));
     EXPECT_LE(lSetup.mResult.mMessages.size(), 1100U);
@@ -495,6 +510,7 @@ TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
     KFCURVE_SetRotationFilterToApply(1);
     KFCURVE_SetUseConstantKeyReducer(true);
     for (const KQexRotationFilter lFilter : {eROTATION_FILTER_NONE, eROTATION_FILTER_UNROLL})
+    {
         for (const bool lReduce : {false, true})
         {
             KSetup lSetup;
@@ -507,6 +523,7 @@ TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
             EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 1);
             EXPECT_TRUE(KFCURVE_GetUseConstantKeyReducer());
         }
+    }
     KFCURVE_SetRotationFilterToApply(0);
     KFCURVE_SetUseConstantKeyReducer(false);
 }
@@ -523,7 +540,7 @@ class KImportFailTest : public testing::TestWithParam<KFailCase>
 {
 };
 
-// The second scene has nodes, a take and motion already: those must stay, too.
+/// The second scene has nodes, a take and motion already: those must stay, too.
 TEST_P(KImportFailTest, TheSceneIsAsItWas)
 {
     for (const bool lUsed : {false, true})
@@ -536,7 +553,9 @@ TEST_P(KImportFailTest, TheSceneIsAsItWas)
         const std::string              lBefore = Snapshot(*lSetup.mScene);
         std::vector<KQexAcclaimSource> lMotions;
         for (const std::string& lText : GetParam().mMotions)
+        {
             lMotions.push_back(Text(lText, "bad.amc"));
+        }
         EXPECT_FALSE(lSetup.Import(GetParam().mAsf, lMotions));
         EXPECT_FALSE(lSetup.mResult.mOk);
         EXPECT_FALSE(lSetup.mResult.mCancelled);
@@ -582,7 +601,9 @@ TEST(KQexImporterAcclaim, CancelLeavesTheSceneAsItWas)
 {
     std::string lLong;
     for (int i = 1; i <= 1000; ++i)
+    {
         lLong += SmallFrame(i, i);
+    }
     // The calls tell what is done in rising order; whichever of them cancels, nothing stays.
     KSetup              lWhole;
     std::vector<double> lFractions;
@@ -646,6 +667,7 @@ TEST(KQexImporterAcclaim, FromSeveralThreadsAtOnce)
     std::atomic<int>         lGood{0};
     std::vector<std::thread> lThreads;
     for (int i = 0; i < 4; ++i)
+    {
         lThreads.emplace_back(
             [&]
             {
@@ -653,11 +675,16 @@ TEST(KQexImporterAcclaim, FromSeveralThreadsAtOnce)
                 {
                     KSetup lSetup;
                     if (lSetup.Import(kThree) && Keys(lSetup.Node("c"), true, 2, "take") == "0:5 1:6 2:7")
+                    {
                         ++lGood;
+                    }
                 }
             });
+    }
     for (std::thread& lThread : lThreads)
+    {
         lThread.join();
+    }
     EXPECT_EQ(lGood, 80);
 }
 
@@ -709,7 +736,9 @@ TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
     lSetup.mOptions.mRemoveDummies = true;
     std::string lText = ":version 1.10\n:name s\n:root\norder TX\naxis XYZ\nposition 0 0 0\norientation 0 0 0\n:bonedata\n";
     for (const char* lName : {"a", "b", "c"})
+    {
         lText += std::string("begin\nname ") + lName + "\ndirection 1 0 0\nlength 1\naxis 0 5 0 XZY\nend\n";
+    }
     ASSERT_TRUE(lSetup.Import(lText + ":hierarchy\nbegin\nroot a b c\nend\n", {}));
     EXPECT_EQ(Texts(lSetup.mResult.mMessages), "W0 A leaf without a degree of freedom is removed and its length lost (a and 2 more)\n"
                                                "W0 An axis word has another rotation than its letters say (a and 2 more)\n");

@@ -90,7 +90,7 @@ class KBvhVariantTest : public testing::TestWithParam<KVariant>
 {
 };
 
-// Each of these says the same as the small file.
+/// Each of these says the same as the small file.
 TEST_P(KBvhVariantTest, MeansTheSame)
 {
     const KScenePtr   lScene = MakeScene();
@@ -491,7 +491,7 @@ TEST(BvhWrite, WithoutFramesOrNodesThereIsNothingToWrite)
     EXPECT_EQ(lFile.GetMessages().back().mText, "Nothing to write");
 }
 
-// A take can move a node without a single key: by another value of its channel.
+/// A take can move a node without a single key: by another value of its channel.
 TEST(BvhWrite, AChannelValueThatLeavesTheRestIsMotion)
 {
     const KScenePtr lScene = MakeScene();

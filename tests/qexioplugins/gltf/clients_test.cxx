@@ -197,7 +197,7 @@ TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
     }
 }
 
-// A blank picture, or another figure, is about 10,000 away; a shade here and there may differ between versions of the renderer.
+/// A blank picture, or another figure, is about 10,000 away; a shade here and there may differ between versions of the renderer.
 TEST(Clients, TheSampleLooksLikeItsPictureInTheDocuments)
 {
     if (RunProgram({"sh", "-c", "command -v f3d && command -v xvfb-run"}).mExit != 0)

@@ -35,12 +35,12 @@ inline std::string Encode64(const std::string& pBytes)
 }
 
 /// A file under construction: the JSON may be changed at will, the numbers stand in buffer 0.
-struct KGltfBuild
+struct KQexGltfBuild
 {
     nlohmann::json mJson;
     std::string    mBytes;
 
-    KGltfBuild() { mJson["asset"]["version"] = "2.0"; }
+    KQexGltfBuild() { mJson["asset"]["version"] = "2.0"; }
 
     /// Adds a view of \p pValues; its index.
     template <typename T>

@@ -57,9 +57,9 @@ public:
 };
 
 /// Two nodes, a skin and an animation, all of it sound.
-KGltfBuild SoundFile()
+KQexGltfBuild SoundFile()
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "hip"}, {"children", {1}}});
     lBuild.mJson["nodes"].push_back({{"name", "knee"}});
     lBuild.mJson["skins"] = {{{"joints", {0, 1}}}};
@@ -72,7 +72,7 @@ KGltfBuild SoundFile()
 /// The sound file as a binary one.
 std::string SoundBinary()
 {
-    KGltfBuild lBuild = SoundFile();
+    KQexGltfBuild lBuild = SoundFile();
     lBuild.mJson["buffers"] = {{{"byteLength", lBuild.mBytes.size()}}};
     std::string lJson = lBuild.mJson.dump();
     lJson.resize((lJson.size() + 3) / 4 * 4, ' ');
@@ -105,11 +105,11 @@ struct KBadCase
     const char* mMessage; ///< Part of the message.
 };
 
-class KGltfBadTest : public testing::TestWithParam<KBadCase>
+class KQexGltfBadTest : public testing::TestWithParam<KBadCase>
 {
 };
 
-TEST_P(KGltfBadTest, IsRefusedWithAReason)
+TEST_P(KQexGltfBadTest, IsRefusedWithAReason)
 {
     nlohmann::json lJson = nlohmann::json::parse(SoundFile().Text());
     lJson[nlohmann::json::json_pointer(GetParam().mPatch)] = nlohmann::json::parse(GetParam().mValue);
@@ -119,7 +119,7 @@ TEST_P(KGltfBadTest, IsRefusedWithAReason)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Cases, KGltfBadTest,
+    Cases, KQexGltfBadTest,
     testing::Values(
         KBadCase{"/asset/version", "\"1.0\"", "glTF version (1.0) is not supported"}, KBadCase{"/asset", "[]", "asset.version is missing"},
         KBadCase{"/nodes", "7", "nodes is not an array"},
@@ -217,13 +217,13 @@ TEST(GltfHostile, KeysThatAreNoNumbersAreRefused)
 {
     for (const float lBad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 3e38F})
     {
-        KGltfBuild lValues;
+        KQexGltfBuild lValues;
         lValues.AddNode({{"name", "it"}});
         lValues.AddChannel(0, "translation", lValues.AddFloats("SCALAR", 1, {0, 1}), lValues.AddFloats("VEC3", 3, {0, 0, 0, 0, lBad, 0}),
                            nullptr);
         KScenario lFirst;
         EXPECT_FALSE(lFirst.Read(lValues.Text()));
-        KGltfBuild lTimes;
+        KQexGltfBuild lTimes;
         lTimes.AddNode({{"name", "it"}});
         lTimes.AddChannel(0, "translation", lTimes.AddFloats("SCALAR", 1, {0, lBad}), lTimes.AddFloats("VEC3", 3, {0, 0, 0, 0, 0, 0}),
                           nullptr);
@@ -243,10 +243,10 @@ TEST(GltfHostile, DeepNestingCostsNoStack)
     EXPECT_TRUE(lExtras.Read(R"({"asset":{"version":"2.0"},"nodes":[{"name":"it","extras":)" + lDeep + "}]}")) << MessagesOf(lExtras.mFile);
 }
 
-// A few bytes must not ask for days of frames, or for many tracks over the same long run of keys.
+/// A few bytes must not ask for days of frames, or for many tracks over the same long run of keys.
 TEST(GltfHostile, WorkIsInProportionToTheFile)
 {
-    KGltfBuild lLong;
+    KQexGltfBuild lLong;
     lLong.AddNode({{"name", "it"}});
     lLong.AddChannel(0, "translation", lLong.AddFloats("SCALAR", 1, {0, 0.00833F, 1e8F}),
                      lLong.AddFloats("VEC3", 3, {0, 0, 0, 1, 1, 1, 2, 2, 2}), nullptr);
@@ -254,7 +254,7 @@ TEST(GltfHostile, WorkIsInProportionToTheFile)
     EXPECT_FALSE(lScenario.Read(lLong.Text()));
     EXPECT_NE(MessagesOf(lScenario.mFile).find("too long for its size"), std::string::npos);
 
-    KGltfBuild         lMany;
+    KQexGltfBuild      lMany;
     std::vector<float> lTimes(20000);
     for (size_t i = 0; i < lTimes.size(); ++i)
     {
@@ -276,7 +276,7 @@ TEST(GltfHostile, NoFileOutsideTheModelsFolderIsOpened)
     const KTempDir lFolder;
     std::filesystem::create_directories(lFolder / "model/below");
     std::filesystem::create_directories(lFolder / "other");
-    KGltfBuild     lBuild = SoundFile();
+    KQexGltfBuild  lBuild = SoundFile();
     nlohmann::json lJson = nlohmann::json::parse(lBuild.Text());
     WriteFile(lFolder / "secret.bin", lBuild.mBytes);
     WriteFile(lFolder / "model/own.bin", lBuild.mBytes);
@@ -331,7 +331,7 @@ TEST(GltfHostile, NoFileOutsideTheModelsFolderIsOpened)
 TEST(GltfHostile, OneFileMayBeSeveralBuffersInEitherAlphabet)
 {
     const KTempDir lFolder;
-    KGltfBuild     lBuild = SoundFile();
+    KQexGltfBuild  lBuild = SoundFile();
     nlohmann::json lJson = nlohmann::json::parse(lBuild.Text());
     WriteFile(lFolder / "own.bin", lBuild.mBytes);
     const size_t lSize = lBuild.mBytes.size();

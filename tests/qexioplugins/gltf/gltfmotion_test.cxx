@@ -53,13 +53,13 @@ struct KInterpolationCase
     double             mX; ///< Centimetres.
 };
 
-class KGltfInterpolationTest : public testing::TestWithParam<KInterpolationCase>
+class KQexGltfInterpolationTest : public testing::TestWithParam<KInterpolationCase>
 {
 };
 
-TEST_P(KGltfInterpolationTest, ValueAtATime)
+TEST_P(KQexGltfInterpolationTest, ValueAtATime)
 {
-    KGltfBuild         lBuild;
+    KQexGltfBuild      lBuild;
     std::vector<float> lVectors;
     for (const float lX : GetParam().mValues)
     {
@@ -75,7 +75,7 @@ TEST_P(KGltfInterpolationTest, ValueAtATime)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Kinds, KGltfInterpolationTest,
+    Kinds, KQexGltfInterpolationTest,
     testing::Values(KInterpolationCase{"LINEAR", {0, 1, 5}, 0.25, 25.0}, KInterpolationCase{"LINEAR", {0, 1, 5}, 2.5, 400.0},
                     KInterpolationCase{nullptr, {0, 1, 5}, 0.5, 50.0}, KInterpolationCase{"STEP", {0, 1, 5}, 0.98, 0.0},
                     KInterpolationCase{"STEP", {0, 1, 5}, 1.0, 100.0}, KInterpolationCase{"STEP", {0, 1, 5}, 2.5, 100.0},
@@ -89,10 +89,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(GltfMotion, RotationsTakeTheShorterArc)
 {
-    KGltfBuild  lBuild;
-    const float lHalf = static_cast<float>(std::sqrt(0.5));
-    const int   lNode = lBuild.AddNode({{"name", "it"}});
-    const int   lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F});
+    KQexGltfBuild lBuild;
+    const float   lHalf = static_cast<float>(std::sqrt(0.5));
+    const int     lNode = lBuild.AddNode({{"name", "it"}});
+    const int     lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F});
     // A quarter turn about z, with the sign turned round.
     lBuild.AddChannel(lNode, "rotation", lInput, lBuild.AddFloats("VEC4", 4, {0, 0, 0, 1, 0, 0, -lHalf, -lHalf}), "LINEAR");
     const KReading lRead(lBuild.Text(), 90.0);
@@ -103,9 +103,9 @@ TEST(GltfMotion, RotationsTakeTheShorterArc)
 
 TEST(GltfMotion, AKeyWithoutLengthIsNoRotation)
 {
-    KGltfBuild lBuild;
-    const int  lNode = lBuild.AddNode({{"name", "it"}});
-    const int  lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F, 2.0F});
+    KQexGltfBuild lBuild;
+    const int     lNode = lBuild.AddNode({{"name", "it"}});
+    const int     lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F, 2.0F});
     lBuild.AddChannel(lNode, "rotation", lInput, lBuild.AddFloats("VEC4", 4, {0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}), "LINEAR");
     const KReading lRead(lBuild.Text(), 30.0);
     ASSERT_TRUE(lRead.mOk);
@@ -115,7 +115,7 @@ TEST(GltfMotion, AKeyWithoutLengthIsNoRotation)
 
 TEST(GltfMotion, AnglesGoOnFromFrameToFrame)
 {
-    KGltfBuild         lBuild;
+    KQexGltfBuild      lBuild;
     std::vector<float> lTimes;
     std::vector<float> lRotations;
     for (int i = 0; i <= 120; ++i) // Three turns.
@@ -145,13 +145,13 @@ struct KRateCase
     long long           mCount;
 };
 
-class KGltfRateTest : public testing::TestWithParam<KRateCase>
+class KQexGltfRateTest : public testing::TestWithParam<KRateCase>
 {
 };
 
-TEST_P(KGltfRateTest, FramesStandOnTheKeys)
+TEST_P(KQexGltfRateTest, FramesStandOnTheKeys)
 {
-    KGltfBuild               lBuild;
+    KQexGltfBuild            lBuild;
     const std::vector<float> lTimes(GetParam().mTimes.begin(), GetParam().mTimes.end());
     const int                lNode = lBuild.AddNode({{"name", "it"}});
     lBuild.AddChannel(lNode, "scale", lBuild.AddFloats("SCALAR", 1, lTimes),
@@ -175,7 +175,7 @@ std::vector<double> Even(double pFirst, double pRate, int pCount)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rates, KGltfRateTest,
+    Rates, KQexGltfRateTest,
     testing::Values(KRateCase{"even", Even(0, 24, 48), 0, 24, 48}, KRateCase{"slow", Even(0, 12, 9), 0, 12, 9},
                     KRateCase{"odd", Even(0, 59, 60), 0, 59, 60}, KRateCase{"film", Even(0, 30000.0 / 1001, 99), 0, 29.97002997, 99},
                     KRateCase{"long", Even(0, 120, 30000), 0, 120, 30000}, KRateCase{"late", Even(1.25, 120, 50), 0, 120, 50},
@@ -186,11 +186,11 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(GltfMotion, NormalizedWholeNumbersAreFractions)
 {
-    KGltfBuild lBuild;
-    const int  lNode = lBuild.AddNode({{"name", "bytes"}});
-    const int  lOther = lBuild.AddNode({{"name", "shorts"}});
-    const int  lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F});
-    const int  lBytes = lBuild.AddAccessor(lBuild.AddView<std::int8_t>({0, 0, 0, 127, 90, 0, 0, 90}), 5120, "VEC4", 2);
+    KQexGltfBuild lBuild;
+    const int     lNode = lBuild.AddNode({{"name", "bytes"}});
+    const int     lOther = lBuild.AddNode({{"name", "shorts"}});
+    const int     lInput = lBuild.AddFloats("SCALAR", 1, {0.0F, 1.0F});
+    const int     lBytes = lBuild.AddAccessor(lBuild.AddView<std::int8_t>({0, 0, 0, 127, 90, 0, 0, 90}), 5120, "VEC4", 2);
     // Two elements eight bytes long, twelve bytes apart.
     const int lShorts = lBuild.AddAccessor(lBuild.AddView<std::uint16_t>({0, 0, 0, 65535, 7, 7, 0, 46340, 0, 46340}, 12), 5123, "VEC4", 2);
     lBuild.mJson["accessors"][static_cast<size_t>(lBytes)]["normalized"] = true;
@@ -205,22 +205,22 @@ TEST(GltfMotion, NormalizedWholeNumbersAreFractions)
 
 struct KNumbersCase
 {
-    const char*                     mWhat;
-    int                             mKind;
-    std::function<int(KGltfBuild&)> mAdd; ///< The view of (full scale, -full scale or 0, half) and its second element.
-    double                          mSecond;
+    const char*                        mWhat;
+    int                                mKind;
+    std::function<int(KQexGltfBuild&)> mAdd; ///< The view of (full scale, -full scale or 0, half) and its second element.
+    double                             mSecond;
 };
 
-class KGltfNumbersTest : public testing::TestWithParam<KNumbersCase>
+class KQexGltfNumbersTest : public testing::TestWithParam<KNumbersCase>
 {
 };
 
-// Four of them, so that every kind stands on four bytes: 1, the least, about a half, 0.
-TEST_P(KGltfNumbersTest, AreFractionsOfTheirFullScale)
+/// Four of them, so that every kind stands on four bytes: 1, the least, about a half, 0.
+TEST_P(KQexGltfNumbersTest, AreFractionsOfTheirFullScale)
 {
-    KGltfBuild lBuild;
-    const int  lNode = lBuild.AddNode({{"name", "it"}});
-    const int  lOutput = lBuild.AddAccessor(GetParam().mAdd(lBuild), GetParam().mKind, "VEC4", 1);
+    KQexGltfBuild lBuild;
+    const int     lNode = lBuild.AddNode({{"name", "it"}});
+    const int     lOutput = lBuild.AddAccessor(GetParam().mAdd(lBuild), GetParam().mKind, "VEC4", 1);
     lBuild.mJson["accessors"][static_cast<size_t>(lOutput)]["normalized"] = true;
     lBuild.AddChannel(lNode, "rotation", lBuild.AddFloats("SCALAR", 1, {0.0F}), lOutput, nullptr);
     const KReading lRead(lBuild.Text());
@@ -229,29 +229,29 @@ TEST_P(KGltfNumbersTest, AreFractionsOfTheirFullScale)
     EXPECT_NEAR(lRead.Find("it")->EvaluateLocalRotation(KTime(0))[1], GetParam().mSecond, 1.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, KGltfNumbersTest,
+INSTANTIATE_TEST_SUITE_P(Kinds, KQexGltfNumbersTest,
                          testing::Values(KNumbersCase{"int8", 5120,
-                                                      [](KGltfBuild& pBuild) {
+                                                      [](KQexGltfBuild& pBuild) {
                                                           return pBuild.AddView<std::int8_t>({0, -76, 0, 102});
                                                       },
                                                       -73.74},
                                          KNumbersCase{"uint8", 5121,
-                                                      [](KGltfBuild& pBuild) {
+                                                      [](KQexGltfBuild& pBuild) {
                                                           return pBuild.AddView<std::uint8_t>({0, 153, 0, 204});
                                                       },
                                                       73.74},
                                          KNumbersCase{"int16", 5122,
-                                                      [](KGltfBuild& pBuild) {
+                                                      [](KQexGltfBuild& pBuild) {
                                                           return pBuild.AddView<std::int16_t>({0, -19660, 0, 26214});
                                                       },
                                                       -73.74},
                                          KNumbersCase{"uint16", 5123,
-                                                      [](KGltfBuild& pBuild) {
+                                                      [](KQexGltfBuild& pBuild) {
                                                           return pBuild.AddView<std::uint16_t>({0, 39321, 0, 52428});
                                                       },
                                                       73.74},
                                          KNumbersCase{"uint32", 5125,
-                                                      [](KGltfBuild& pBuild) {
+                                                      [](KQexGltfBuild& pBuild) {
                                                           return pBuild.AddView<std::uint32_t>({0, 2576980377U, 0, 3435973836U});
                                                       },
                                                       73.74}),
@@ -259,9 +259,9 @@ INSTANTIATE_TEST_SUITE_P(Kinds, KGltfNumbersTest,
 
 TEST(GltfMotion, OfTwoChannelsForTheSamePropertyTheFirstCounts)
 {
-    KGltfBuild lBuild;
-    const int  lNode = lBuild.AddNode({{"name", "it"}});
-    const int  lInput = lBuild.AddFloats("SCALAR", 1, {0.0F});
+    KQexGltfBuild lBuild;
+    const int     lNode = lBuild.AddNode({{"name", "it"}});
+    const int     lInput = lBuild.AddFloats("SCALAR", 1, {0.0F});
     lBuild.AddChannel(lNode, "translation", lInput, lBuild.AddFloats("VEC3", 3, {1, 2, 3}), nullptr);
     lBuild.AddChannel(lNode, "translation", lInput, lBuild.AddFloats("VEC3", 3, {7, 8, 9}), nullptr);
     lBuild.AddChannel(lNode, "scale", lInput, lBuild.AddFloats("VEC3", 3, {2, 2, 2}), nullptr);
@@ -273,7 +273,7 @@ TEST(GltfMotion, OfTwoChannelsForTheSamePropertyTheFirstCounts)
 
 TEST(GltfMotion, ARotationWithoutLengthIsNone)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "it"}, {"rotation", {0, 0, 0, 0}}, {"translation", {1, 0, 0}}});
     KReading lRead(lBuild.Text());
     EXPECT_EQ(MessagesOf(lRead.mFile), "nodes[0].rotation has no length, taken as none\n");
@@ -285,10 +285,10 @@ TEST(GltfMotion, SparseElementsReplaceThoseOfTheBuffer)
 {
     for (const bool lHasBase : {true, false})
     {
-        KGltfBuild lBuild;
-        const int  lNode = lBuild.AddNode({{"name", "it"}});
-        const int  lInput = lBuild.AddFloats("SCALAR", 1, {0, 1, 2, 3});
-        const int  lOutput =
+        KQexGltfBuild lBuild;
+        const int     lNode = lBuild.AddNode({{"name", "it"}});
+        const int     lInput = lBuild.AddFloats("SCALAR", 1, {0, 1, 2, 3});
+        const int     lOutput =
             lHasBase ? lBuild.AddFloats("VEC3", 3, {1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4}) : lBuild.AddAccessor(-1, 5126, "VEC3", 4);
         nlohmann::json& lSparse = lBuild.mJson["accessors"][static_cast<size_t>(lOutput)]["sparse"];
         lSparse["count"] = 2;
@@ -313,13 +313,13 @@ struct KMatrixCase
     const char*         mWarning;
 };
 
-class KGltfMatrixTest : public testing::TestWithParam<KMatrixCase>
+class KQexGltfMatrixTest : public testing::TestWithParam<KMatrixCase>
 {
 };
 
-TEST_P(KGltfMatrixTest, IsTakenApart)
+TEST_P(KQexGltfMatrixTest, IsTakenApart)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "it"}, {"matrix", GetParam().mMatrix}});
     const KReading lRead(lBuild.Text());
     ASSERT_TRUE(lRead.mOk);
@@ -337,7 +337,7 @@ TEST_P(KGltfMatrixTest, IsTakenApart)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Matrices, KGltfMatrixTest,
+    Matrices, KQexGltfMatrixTest,
     testing::Values(KMatrixCase{"identity", {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, true, ""},
                     KMatrixCase{"turned", {0, 2, 0, 0, -3, 0, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1}, true, ""},
                     KMatrixCase{"tilted", {0.6, 0, -0.8, 0, 0, 1, 0, 0, 0.8, 0, 0.6, 0, 1, 2, 3, 1}, true, ""},
@@ -351,7 +351,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(GltfMotion, JointsOfSkinsGetASkeletonAndMeshHoldersGo)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "figure"}, {"children", {1, 3}}});
     lBuild.mJson["nodes"].push_back({{"name", "hip"}, {"children", {2}}});
     lBuild.mJson["nodes"].push_back({{"name", "knee"}});
@@ -375,7 +375,7 @@ TEST(GltfMotion, JointsOfSkinsGetASkeletonAndMeshHoldersGo)
 
 TEST(GltfMotion, OnlyTheFilesSceneIsRead)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "first"}});
     lBuild.mJson["nodes"].push_back({{"name", "second"}});
     lBuild.mJson["nodes"].push_back({});
@@ -394,7 +394,7 @@ TEST(GltfMotion, OnlyTheFilesSceneIsRead)
 
 TEST(GltfMotion, ScaleAndParentAreThoseAskedFor)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"name", "it"}, {"translation", {1, 2, 3}}});
     const std::string   lText = lBuild.Text();
     const KScenePtr     lScene = MakeScene();
@@ -408,18 +408,18 @@ TEST(GltfMotion, ScaleAndParentAreThoseAskedFor)
     EXPECT_EQ(lResult.mRoots[0]->EvaluateLocalTranslation(KTime(0))[2], 6.0);
 }
 
-// assimp keeps keys and interpolates between them, so both have to agree at every frame, not only at the keys.
-class KGltfAssimpTest : public testing::TestWithParam<unsigned>
+/// assimp keeps keys and interpolates between them, so both have to agree at every frame, not only at the keys.
+class KQexGltfAssimpTest : public testing::TestWithParam<unsigned>
 {
 };
 
-TEST_P(KGltfAssimpTest, ReadsTheSamePlaces)
+TEST_P(KQexGltfAssimpTest, ReadsTheSamePlaces)
 {
-    std::mt19937 lRandom(GetParam());
-    KGltfBuild   lBuild;
-    const int    lKeys = 1 + static_cast<int>(GetParam() % 7) * 3;
-    const double lGap = GetParam() % 2 == 0 ? 1.0 / 30 : 0.2;
-    const char*  lKind = GetParam() % 3 == 0 ? "STEP" : "LINEAR";
+    std::mt19937  lRandom(GetParam());
+    KQexGltfBuild lBuild;
+    const int     lKeys = 1 + static_cast<int>(GetParam() % 7) * 3;
+    const double  lGap = GetParam() % 2 == 0 ? 1.0 / 30 : 0.2;
+    const char*   lKind = GetParam() % 3 == 0 ? "STEP" : "LINEAR";
     lBuild.AddNode({{"name", "n0"}});
     std::vector<float> lTimes;
     for (int i = 0; i < lKeys; ++i)
@@ -485,6 +485,6 @@ TEST_P(KGltfAssimpTest, ReadsTheSamePlaces)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, KGltfAssimpTest, testing::Range(1u, 15u));
+INSTANTIATE_TEST_SUITE_P(Seeds, KQexGltfAssimpTest, testing::Range(1u, 15u));
 
 } // namespace

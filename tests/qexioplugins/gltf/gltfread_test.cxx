@@ -63,11 +63,11 @@ public:
     KQexGltfWriteOptions mOptions;
 };
 
-class KGltfRoundTripTest : public testing::TestWithParam<unsigned>
+class KQexGltfRoundTripTest : public testing::TestWithParam<unsigned>
 {
 };
 
-TEST_P(KGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
+TEST_P(KQexGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
 {
     KRandomTree lWhat;
     lWhat.mNodes = 1 + static_cast<int>(GetParam() * 7 % 40);
@@ -87,7 +87,7 @@ TEST_P(KGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
     EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[0], lTrip.mOptions.mTakes[0]), lWhat.mScaling ? 0.05 : 5e-3);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, KGltfRoundTripTest, testing::Range(1u, 25u));
+INSTANTIATE_TEST_SUITE_P(Seeds, KQexGltfRoundTripTest, testing::Range(1u, 25u));
 
 TEST(GltfRoundTrip, BothKindsOfFilesGiveTheSame)
 {
@@ -199,7 +199,7 @@ TEST(GltfRoundTrip, LimitsPivotsAndDegreesOfFreedomTravelInExtras)
 
 TEST(GltfRoundTrip, AChainOf100000NodesComesBack)
 {
-    KGltfBuild lBuild;
+    KQexGltfBuild lBuild;
     lBuild.AddNode({{"translation", {0.0, 1.0, 0.0}}});
     for (int i = 1; i < 100000; ++i)
     {

@@ -145,19 +145,19 @@ struct KUtf8Case
     bool        mIsText;
 };
 
-class KGltfUtf8Test : public testing::TestWithParam<KUtf8Case>
+class KQexGltfUtf8Test : public testing::TestWithParam<KUtf8Case>
 {
 };
 
-// A name that is text stays as it is; of any other the bytes that are not ASCII go.
-TEST_P(KGltfUtf8Test, IsKeptOrReplaced)
+/// A name that is text stays as it is; of any other the bytes that are not ASCII go.
+TEST_P(KQexGltfUtf8Test, IsKeptOrReplaced)
 {
     const KScenePtr lScene = MakeScene();
     const KWritten  lWritten({AddNode(lScene->GetRootNode(), GetParam().mText)});
     EXPECT_EQ(lWritten.Names()[0] == GetParam().mText, GetParam().mIsText) << lWritten.Names()[0];
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, KGltfUtf8Test,
+INSTANTIATE_TEST_SUITE_P(Names, KQexGltfUtf8Test,
                          testing::Values(KUtf8Case{"plain", true}, KUtf8Case{"\x7F", true}, KUtf8Case{"\xC2\x80", true},
                                          KUtf8Case{"\xDF\xBF", true}, KUtf8Case{"\xE0\xA0\x80", true}, KUtf8Case{"\xED\x9F\xBF", true},
                                          KUtf8Case{"\xEE\x80\x80", true}, KUtf8Case{"\xEF\xBF\xBF", true},

@@ -12,12 +12,12 @@ using namespace qexsdk;
 namespace
 {
 
-TEST(KGltfJsonWriter, OneLineOrOneLineAValue)
+TEST(KQexGltfJsonWriter, OneLineOrOneLineAValue)
 {
     for (const bool lIsIndented : {false, true})
     {
-        std::string     lText;
-        KGltfJsonWriter lJson(lText, lIsIndented);
+        std::string        lText;
+        KQexGltfJsonWriter lJson(lText, lIsIndented);
         lJson.BeginObject();
         lJson.Key("a");
         lJson.BeginArray();
@@ -39,26 +39,26 @@ struct KTextCase
     std::string mWritten;
 };
 
-class KGltfJsonTextTest : public testing::TestWithParam<KTextCase>
+class KQexGltfJsonTextTest : public testing::TestWithParam<KTextCase>
 {
 };
 
-TEST_P(KGltfJsonTextTest, IsQuoted)
+TEST_P(KQexGltfJsonTextTest, IsQuoted)
 {
     std::string lText;
-    KGltfJsonWriter(lText, false).Text(GetParam().mText);
+    KQexGltfJsonWriter(lText, false).Text(GetParam().mText);
     EXPECT_EQ(lText, GetParam().mWritten);
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, KGltfJsonTextTest,
+INSTANTIATE_TEST_SUITE_P(Texts, KQexGltfJsonTextTest,
                          testing::Values(KTextCase{"empty", "", "\"\""}, KTextCase{"plain", "a b/c", "\"a b/c\""},
                                          KTextCase{"quotes", "\"\\\"", "\"\\\"\\\\\\\"\""},
                                          KTextCase{"controls", std::string("\0\n\x1f\x7f", 4), "\"\\u0000\\u000a\\u001f\x7f\""},
                                          KTextCase{"UTF-8", "Knö\xE2\x82\xAC", "\"Knö\xE2\x82\xAC\""},
                                          KTextCase{"no UTF-8", "a\xFF\xC3", "\"a??\""}));
 
-// Another reader of JSON gets the numbers back to the last bit.
-TEST(KGltfJsonWriter, NumbersComeBack)
+/// Another reader of JSON gets the numbers back to the last bit.
+TEST(KQexGltfJsonWriter, NumbersComeBack)
 {
     std::mt19937_64     lRandom(8);
     std::vector<double> lNumbers = {0.0, -0.0, 1.0, 0.1, 1e300, -1e-300, 5e-324, 9007199254740993.0, std::numeric_limits<double>::max()};
@@ -67,8 +67,8 @@ TEST(KGltfJsonWriter, NumbersComeBack)
         lNumbers.push_back(std::ldexp(static_cast<double>(lRandom()) - 9e18, static_cast<int>(lRandom() % 400) - 200));
         lNumbers.push_back(static_cast<double>(static_cast<float>(std::ldexp(lNumbers.back(), -200))));
     }
-    std::string     lText;
-    KGltfJsonWriter lJson(lText, false);
+    std::string        lText;
+    KQexGltfJsonWriter lJson(lText, false);
     lJson.BeginArray();
     for (const double lNumber : lNumbers)
     {

@@ -69,7 +69,7 @@ TEST(Clients, TheKhronosValidatorFindsNothing)
     EXPECT_NE(lRun.mOut.find("40 files, 0 errors and warnings"), std::string::npos) << lRun.mOut;
 }
 
-// What passes says something only when what is broken does not.
+/// What passes says something only when what is broken does not.
 TEST(Clients, TheKhronosValidatorIsListenedTo)
 {
     if (RunProgram({"sh", "-c", "command -v node"}).mExit != 0 || !std::filesystem::is_directory(kModules))

@@ -46,7 +46,9 @@ std::string MessagesOf(const KQexTextFile& pFile)
 {
     std::string lText;
     for (const KQexTextMessage& lMessage : pFile.GetMessages())
+    {
         lText += (lMessage.mSeverity == KQexTextMessage::eERROR ? "E" : "W") + std::to_string(lMessage.mLine) + " " + lMessage.mText + "\n";
+    }
     return lText;
 }
 
@@ -58,7 +60,9 @@ std::string TokensOf(KText& pFile)
     {
         lText += std::to_string(pFile.GetLineNumber()) + ":";
         for (char lToken[64]; pFile.GetString(lToken, 63);)
+        {
             lText += std::string(lToken) + ",";
+        }
         lText.back() = ';';
     }
     return lText;
@@ -189,7 +193,9 @@ TEST_P(KQexTextFileMatchTest, Lookup)
     EXPECT_EQ(sWords[0].mCount + sWords[1].mCount, 0) << "nor counted";
     EXPECT_EQ(lFile.Handle(sWords), GetParam().mWord);
     for (int i = 0; i < 3; ++i)
+    {
         EXPECT_EQ(sWords[i], i == GetParam().mWord ? 1 : 0);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Words, KQexTextFileMatchTest,
@@ -487,7 +493,9 @@ TEST(KQexTextFile, TheFirstThousandMessagesAndEveryErrorAreKept)
 {
     KText lFile("a\n");
     for (int i = 0; i < 1500; ++i)
+    {
         lFile.Warning("%d\n", i);
+    }
     lFile.Error("the error\n");
     lFile.Warning("late\n");
     EXPECT_EQ(lFile.GetMessages().size(), 1001u);
@@ -502,7 +510,9 @@ TEST(KQexTextFile, MessagesThatQuoteMegabytesStayBounded)
     const std::string lText(1000000, 'x');
     KText             lFile(lText);
     for (int i = 0; i < 1000; ++i)
+    {
         lFile.Warning("(%s)\n", static_cast<char*>(lFile));
+    }
     EXPECT_EQ(lFile.GetMessages()[0].mText.size(), 1000002u) << "quoted as a whole at first";
     EXPECT_EQ(lFile.GetMessages()[999].mText.size(), KQexTextFile::kMaxLongText);
 }
@@ -531,7 +541,9 @@ TEST(KQexTextFile, VerboseMessagesBeyondThoseThatAreKeptAreShown)
     ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
     testing::internal::CaptureStderr();
     for (size_t i = 0; i <= KQexTextFile::kMaxMessages; ++i)
+    {
         lFile.Warning("%zu\n", i);
+    }
     const std::string lShown = testing::internal::GetCapturedStderr();
     EXPECT_EQ(lFile.GetMessages().size(), KQexTextFile::kMaxMessages);
     EXPECT_EQ(lShown.substr(lShown.size() - 22), "\nTXT:0: warning: 1000\n") << "named by its type, having no path";
@@ -578,7 +590,9 @@ TEST(KQexTextFile, DeviceErrorHalfWayIsReportedOnceAndEndsReading)
 {
     std::string lText;
     for (int i = 0; i < 50000; ++i)
+    {
         lText += "line\n";
+    }
     KTempDir lDir;
     WriteFile(lDir / "text", lText);
     KFileFaults lFaults;
@@ -587,7 +601,9 @@ TEST(KQexTextFile, DeviceErrorHalfWayIsReportedOnceAndEndsReading)
     ASSERT_TRUE(lFile.OpenRead((lDir / "text").c_str()));
     int lLines = 0;
     for (bool lMore = lFile.FirstLine(); lMore; lMore = lFile.NextLine())
+    {
         ++lLines;
+    }
     EXPECT_GT(lLines, 10000);
     EXPECT_LT(lLines, 50000);
     EXPECT_TRUE(lFile.Eof());

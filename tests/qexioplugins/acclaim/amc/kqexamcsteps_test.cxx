@@ -37,7 +37,7 @@ protected:
             lJointOf.push_back(i == 0 ? -1 : lJointOf[static_cast<size_t>(lPose.GetParentIndex(i))]);
             if (i % 3 != 1)
             {
-                mJoints.push_back(KAmcJoint{lPose.GetNode(i), i, lJointOf.back()});
+                mJoints.push_back(KQexAmcJoint{lPose.GetNode(i), i, lJointOf.back()});
                 lJointOf.back() = static_cast<int>(mJoints.size()) - 1;
             }
         }
@@ -45,9 +45,9 @@ protected:
     }
 
     /// What a step must be, by the nodes' transforms in the world.
-    KAmcStep Expected(const KAmcJoint& pJoint, KTime pTime) const
+    KQexAmcStep Expected(const KQexAmcJoint& pJoint, KTime pTime) const
     {
-        KAmcStep         lStep;
+        KQexAmcStep      lStep;
         const KQexMatrix lHere = mScene->GetEvaluator()->GetNodeGlobalTransform(pJoint.mNode, pTime);
         lHere.GetRotation(lStep.mTurn);
         KmVset(lStep.mReach, lHere.mData[3].mData);
@@ -68,7 +68,7 @@ protected:
         return lStep;
     }
 
-    static void ExpectSame(const KAmcStep& pStep, const KAmcStep& pExpected)
+    static void ExpectSame(const KQexAmcStep& pStep, const KQexAmcStep& pExpected)
     {
         for (int i = 0; i < 3; ++i)
         {
@@ -80,23 +80,23 @@ protected:
         }
     }
 
-    std::mt19937           mRandom{5};
-    KScenePtr              mScene = MakeScene();
-    KQexNode*              mTop = nullptr;
-    std::vector<KAmcJoint> mJoints;
-    KAmcSteps              mSteps;
+    std::mt19937              mRandom{5};
+    KScenePtr                 mScene = MakeScene();
+    KQexNode*                 mTop = nullptr;
+    std::vector<KQexAmcJoint> mJoints;
+    KQexAmcSteps              mSteps;
 };
 
 TEST_P(KAmcStepsTest, AreWhatTheTransformsInTheWorldSay)
 {
-    KAmcMoment lMoment;
+    KQexAmcMoment lMoment;
     for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
     {
         ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lMoment));
         for (size_t i = 0; i < mJoints.size(); ++i)
         {
             SCOPED_TRACE(std::string(mJoints[i].mNode->GetName()) + " at " + std::to_string(lFrame));
-            KAmcStep lStep;
+            KQexAmcStep lStep;
             mSteps.Get(i, lMoment, lStep);
             ExpectSame(lStep, Expected(mJoints[i], FrameTime(lFrame)));
         }
@@ -110,8 +110,8 @@ TEST_P(KAmcStepsTest, KnowWhichReachesNeverChange)
     {
         if (mSteps.IsReachFixed(i))
         {
-            const KAmcStep lFirst = Expected(mJoints[i], FrameTime(0));
-            const KAmcStep lLast = Expected(mJoints[i], FrameTime(kFrames - 1));
+            const KQexAmcStep lFirst = Expected(mJoints[i], FrameTime(0));
+            const KQexAmcStep lLast = Expected(mJoints[i], FrameTime(kFrames - 1));
             for (int k = 0; k < 3; ++k)
             {
                 EXPECT_NEAR(lFirst.mReach[k], lLast.mReach[k], 1e-8) << mJoints[i].mNode->GetName();

@@ -64,8 +64,8 @@ protected:
         return lAngles;
     }
 
-    KDofSolver   mSolver{GetParam().data(), static_cast<int>(GetParam().size())};
-    std::mt19937 mRandom{11};
+    KQexDofSolver mSolver{GetParam().data(), static_cast<int>(GetParam().size())};
+    std::mt19937  mRandom{11};
 };
 
 TEST_P(KDofSolverTest, ReachesWhatTheDofsCanMake)
@@ -94,7 +94,7 @@ TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
     }
 }
 
-// Where the triple that the search begins with has no angles of its own.
+/// Where the triple that the search begins with has no angles of its own.
 TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
 {
     for (int lAxis = 0; lAxis < 3; ++lAxis)
@@ -191,13 +191,13 @@ INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
 
 TEST(KDofSolverTakes, NothingItMightGetWrong)
 {
-    const int        lCodes[3] = {5, 4, 3};
-    const KDofSolver lSolver(lCodes, 3);
-    const KDofSolver lHinge(lCodes, 1);
-    const double     lLocked[3] = {10.0, -90.0, 20.0};
-    const double     lSteep[3] = {10.0, 630.5, 20.0};
-    const double     lTwisted[3] = {10.0, 0.0, 1e-9};
-    double           lAngles[3];
+    const int           lCodes[3] = {5, 4, 3};
+    const KQexDofSolver lSolver(lCodes, 3);
+    const KQexDofSolver lHinge(lCodes, 1);
+    const double        lLocked[3] = {10.0, -90.0, 20.0};
+    const double        lSteep[3] = {10.0, 630.5, 20.0};
+    const double        lTwisted[3] = {10.0, 0.0, 1e-9};
+    double              lAngles[3];
     EXPECT_TRUE(lSolver.Follows(eEULER_XYZ));
     EXPECT_FALSE(lSolver.Follows(eEULER_XZY));
     EXPECT_TRUE(lHinge.Follows(eEULER_ZYX));
@@ -209,9 +209,9 @@ TEST(KDofSolverTakes, NothingItMightGetWrong)
 
 TEST(KDofSolverGain, OtherListsAreNotRounded)
 {
-    const int        lCodes[2] = {5, 4};
-    const KDofSolver lSolver(lCodes, 2);
-    double           lAngles[2] = {10.3, 90.0};
+    const int           lCodes[2] = {5, 4};
+    const KQexDofSolver lSolver(lCodes, 2);
+    double              lAngles[2] = {10.3, 90.0};
     lSolver.RoundInLock(lAngles, 1.0);
     EXPECT_EQ(lAngles[0], 10.3);
     EXPECT_EQ(lAngles[1], 90.0);
@@ -223,7 +223,7 @@ TEST(KDofSolverGain, IsNeverAboveItsBound)
     const int lCodes[2][3] = {{5, 4, 3}, {5, 4, 5}};
     for (const int* lList : lCodes)
     {
-        const KDofSolver lSolver(lList, 3);
+        const KQexDofSolver lSolver(lList, 3);
         for (double lMiddle = -200.0; lMiddle <= 200.0; lMiddle += 0.5)
         {
             const double lAngles[3] = {10.0, lMiddle, 20.0};
@@ -234,11 +234,11 @@ TEST(KDofSolverGain, IsNeverAboveItsBound)
 
 TEST(KDofSolverGain, GrowsTowardsGimbalLock)
 {
-    const int        lCodes[3] = {5, 4, 3};
-    const KDofSolver lSolver(lCodes, 3);
-    const double     lFlat[3] = {10.0, 0.0, 20.0};
-    const double     lSteep[3] = {10.0, 60.0, 20.0};
-    const double     lLocked[3] = {10.0, 90.0, 20.0};
+    const int           lCodes[3] = {5, 4, 3};
+    const KQexDofSolver lSolver(lCodes, 3);
+    const double        lFlat[3] = {10.0, 0.0, 20.0};
+    const double        lSteep[3] = {10.0, 60.0, 20.0};
+    const double        lLocked[3] = {10.0, 90.0, 20.0};
     EXPECT_DOUBLE_EQ(lSolver.GetGain(lFlat), 1.0);
     EXPECT_NEAR(lSolver.GetGain(lSteep), 2.0, 1e-12);
     EXPECT_NEAR(lSolver.GetGain(lLocked), 1e6, 1.0);

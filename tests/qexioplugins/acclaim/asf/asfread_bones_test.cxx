@@ -210,7 +210,9 @@ TEST(AsfReadBone, DirectionIsNormalised)
     EXPECT_DOUBLE_EQ(lBone->mDirectionV.mData[2], -0.8);
     lBone = ReadBone(lReading, "direction 0 0 0\n");
     for (int i = 0; i < 3; ++i)
+    {
         EXPECT_EQ(lBone->mDirectionV.mData[i], 0.0);
+    }
     EXPECT_EQ(lReading.Messages(), "");
     lBone = ReadBone(lReading, "direction 0 0 1e-300\n");
     EXPECT_EQ(lBone->mDirectionV.mData[2], 1.0) << "as short as it is";
@@ -289,7 +291,9 @@ TEST(AsfReadBone, LengthDofsAreNotedForMotion)
         EXPECT_FALSE(lFile.Read(lReading.mScene, false, false, false)) << "the last bone is incomplete";
         std::string lNoted;
         for (const KQexAsfLengthDof& lDof : lFile.GetLengthDofs())
+        {
             lNoted += lDof.mBone + std::to_string(lDof.mPlace) + " ";
+        }
         EXPECT_EQ(lNoted, "a0 a2 c2 ");
     }
 }
@@ -356,17 +360,25 @@ TEST(AsfReadBone, DefaultsOfWhatIsLeftOut)
     EXPECT_EQ(lBone->mOrderCount, 0);
     EXPECT_EQ(lBone->mOrientationOrder, 0);
     for (int i = 0; i < 3; ++i)
+    {
         for (int j = 0; j < 3; ++j)
+        {
             EXPECT_EQ(lBone->mAxisRM.mData[i][j], i == j ? 1.0 : 0.0);
+        }
+    }
     for (int i = 0; i < 6; ++i)
+    {
         EXPECT_FALSE(lBone->mLimitsActive[i][0] || lBone->mLimitsActive[i][1]);
+    }
 }
 
 TEST(AsfReadMessages, TheFirstThousandAreKept)
 {
     std::string lText = kHead + ":bonedata\n";
     for (int i = 0; i < 3000; ++i)
+    {
         lText += "foo\n";
+    }
     KAsfReading lReading;
     EXPECT_FALSE(lReading.ReadText(lText + "begin\nend\n"));
     EXPECT_EQ(lReading.mWarningCount, 3000);
@@ -398,7 +410,9 @@ TEST(AsfReadSections, ARootOfAnotherNameTakesItsChildrenAgain)
         EXPECT_TRUE(lFile.GetMessages().empty());
         std::string lOrder;
         for (const KQexAsfNode* lNode : PreOrder(lReading.mScene->mRoot))
+        {
             lOrder += lNode->mName + std::string(" ");
+        }
         EXPECT_EQ(lOrder, "Hips b d a c ") << lComment;
     }
 }

@@ -22,12 +22,12 @@ namespace fs = std::filesystem;
 namespace
 {
 
-using KPoint = std::array<double, 3>;
+using KFilePoint = std::array<double, 3>;
 
 /// What the text says, by plain means: words of lines, in a map by name.
 struct KPlainBone
 {
-    KPoint      mDirection{};
+    KFilePoint  mDirection{};
     double      mLength = 0.0;
     size_t      mDofs = 0;
     std::string mParent = "root";
@@ -36,20 +36,22 @@ struct KPlainBone
 struct KPlainSkeleton
 {
     double                            mUnit = 1.0;
-    KPoint                            mRoot{};
+    KFilePoint                        mRoot{};
     std::map<std::string, KPlainBone> mBones;
 
     /// End of a bone in the rest pose, in centimetres: directions are global, so the lengths along the way add up.
-    KPoint EndOf(const std::string& pName) const
+    KFilePoint EndOf(const std::string& pName) const
     {
-        KPoint lEnd = mRoot;
+        KFilePoint lEnd = mRoot;
         for (std::string lName = pName; lName != "root"; lName = mBones.at(lName).mParent)
         {
             const KPlainBone& lBone = mBones.at(lName);
             const double      lSize = std::sqrt(lBone.mDirection[0] * lBone.mDirection[0] + lBone.mDirection[1] * lBone.mDirection[1] +
                                                 lBone.mDirection[2] * lBone.mDirection[2]);
             for (size_t i = 0; i < 3; ++i)
+            {
                 lEnd[i] += lBone.mDirection[i] / lSize * lBone.mLength * 2.54 / mUnit;
+            }
         }
         return lEnd;
     }
@@ -59,16 +61,22 @@ std::vector<std::string> Words(std::string pLine)
 {
     pLine = pLine.substr(0, pLine.find('#'));
     for (char& lCharacter : pLine)
+    {
         if (lCharacter == '(' || lCharacter == ')' || lCharacter == ',')
+        {
             lCharacter = ' ';
+        }
+    }
     std::istringstream       lStream(pLine);
     std::vector<std::string> lWords;
     for (std::string lWord; lStream >> lWord;)
+    {
         lWords.push_back(lWord);
+    }
     return lWords;
 }
 
-KPoint Point(const std::vector<std::string>& pWords)
+KFilePoint Point(const std::vector<std::string>& pWords)
 {
     return {std::stod(pWords[1]), std::stod(pWords[2]), std::stod(pWords[3])};
 }
@@ -84,31 +92,57 @@ KPlainSkeleton ReadPlainly(const std::string& pText)
     {
         const std::vector<std::string> lWords = Words(lLine);
         if (lWords.empty())
+        {
             continue;
+        }
         const std::string& lFirst = lWords[0];
         if (lFirst[0] == ':')
+        {
             lSection = lFirst;
+        }
         else if (lSection == ":units" && lFirst == "length")
+        {
             lSkeleton.mUnit = std::stod(lWords[1]);
+        }
         else if (lSection == ":root" && lFirst == "position")
+        {
             lSkeleton.mRoot = Point(lWords);
+        }
         else if (lSection == ":hierarchy" && lFirst != "begin" && lFirst != "end")
+        {
             for (size_t i = 1; i < lWords.size(); ++i)
+            {
                 lSkeleton.mBones.at(lWords[i]).mParent = lFirst;
+            }
+        }
         else if (lSection != ":bonedata")
+        {
             continue;
+        }
         else if (lFirst == "begin")
+        {
             lBone = KPlainBone();
+        }
         else if (lFirst == "name")
+        {
             lName = lWords[1];
+        }
         else if (lFirst == "direction")
+        {
             lBone.mDirection = Point(lWords);
+        }
         else if (lFirst == "length")
+        {
             lBone.mLength = std::stod(lWords[1]);
+        }
         else if (lFirst == "dof")
+        {
             lBone.mDofs = lWords.size() - 1;
+        }
         else if (lFirst == "end")
+        {
             lSkeleton.mBones[lName] = lBone;
+        }
     }
     return lSkeleton;
 }
@@ -117,8 +151,12 @@ std::vector<fs::path> RealFiles()
 {
     std::vector<fs::path> lFiles;
     for (const fs::directory_entry& lEntry : fs::recursive_directory_iterator(CorpusDir()))
+    {
         if (lEntry.path().extension() == ".asf")
+        {
             lFiles.push_back(lEntry.path());
+        }
+    }
     return lFiles;
 }
 
@@ -126,8 +164,8 @@ void Compare(const KPlainSkeleton& pExpected, const KAsfReading& pReading)
 {
     const std::vector<HKQexAsfNode> lNodes = PreOrder(pReading.mScene->mRoot);
     ASSERT_EQ(lNodes.size(), pExpected.mBones.size() + 1);
-    std::map<HKQexAsfNode, KPoint> lEnds;
-    const double*                  lRoot = lNodes[0]->mPositionV.mData;
+    std::map<HKQexAsfNode, KFilePoint> lEnds;
+    const double*                      lRoot = lNodes[0]->mPositionV.mData;
     lEnds[lNodes[0]] = {lRoot[0], lRoot[1], lRoot[2]};
     for (size_t i = 1; i < lNodes.size(); ++i)
     {
@@ -136,7 +174,7 @@ void Compare(const KPlainSkeleton& pExpected, const KAsfReading& pReading)
         ASSERT_EQ(pExpected.mBones.count(lNode->mName), 1u);
         EXPECT_EQ(lNode->mParent->mName, pExpected.mBones.at(lNode->mName).mParent);
         EXPECT_EQ(static_cast<size_t>(lNode->mOrderCount), pExpected.mBones.at(lNode->mName).mDofs);
-        const KPoint lExpected = pExpected.EndOf(lNode->mName);
+        const KFilePoint lExpected = pExpected.EndOf(lNode->mName);
         for (size_t j = 0; j < 3; ++j)
         {
             lEnds[lNode][j] = lEnds[lNode->mParent][j] + lNode->mPositionV.mData[j];

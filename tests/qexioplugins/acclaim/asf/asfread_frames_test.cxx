@@ -24,7 +24,9 @@ std::string ShuffledTree(std::mt19937& pRandom)
 {
     std::vector<int> lOrder;
     for (int i = 1; i <= kBones; ++i)
+    {
         lOrder.push_back(i);
+    }
     std::shuffle(lOrder.begin(), lOrder.end(), pRandom);
     const auto lAngle = [&pRandom]
     {
@@ -38,7 +40,9 @@ std::string ShuffledTree(std::mt19937& pRandom)
     }
     lText += ":hierarchy\nbegin\n";
     for (int i = 2; i <= kBones; ++i)
+    {
         lText += "b" + std::to_string(1 + pRandom() % static_cast<unsigned>(i - 1)) + " b" + std::to_string(i) + "\n";
+    }
     return lText + "end\n";
 }
 
@@ -47,11 +51,17 @@ std::vector<double> FrameOf(const KQexAsfNode& pBone)
 {
     std::vector<double> lFrame;
     for (const KgeTVector* lVector : {&pBone.mPositionV, &pBone.mParentPositionV, &pBone.mLT})
+    {
         lFrame.insert(lFrame.end(), lVector->mData, lVector->mData + 4);
+    }
     lFrame.insert(lFrame.end(), pBone.mLR.mData, pBone.mLR.mData + 3);
     for (const KgeRMatrix* lMatrix : {&pBone.mParentAxisRM, &pBone.mParentAxisRMInv})
+    {
         for (const auto& lRow : lMatrix->mData)
+        {
             lFrame.insert(lFrame.end(), lRow, lRow + 4);
+        }
+    }
     return lFrame;
 }
 
@@ -76,14 +86,18 @@ TEST(AsfReadFrames, AreThoseOfTheTree)
             // So that nothing is right only because it was before.
             lBone->mParentPositionV = KgeTVector(7, 7, 7);
             if (lBone->mParent != nullptr)
+            {
                 lBone->mPositionV = KgeTVector(7, 7, 7);
+            }
         }
         lReading.mScene->mRoot->SetupPosition(lOffset, lPreRotation);
         for (size_t lPlace = 0; lPlace < lBones.size(); ++lPlace)
         {
             // Of a root only both flags together set all of it.
             if (lPlace == 0 && !(lOffset && lPreRotation))
+            {
                 continue;
+            }
             EXPECT_EQ(FrameOf(*lBones[lPlace]), lRead[lPlace]) << i << " " << lBones[lPlace]->mName;
         }
     }

@@ -77,7 +77,9 @@ std::string Outcome(const std::string& pText)
     lReading.ReadText(pText);
     std::string lResult = (lReading.mOk ? "ok\n" : "failed\n") + lReading.Messages() + lReading.Tree();
     if (lReading.mScene->mRoot != nullptr)
+    {
         lResult += WrittenText(lReading.mScene);
+    }
     return lResult;
 }
 
@@ -91,7 +93,9 @@ std::string InCapitals(std::string pText)
     {
         std::string lCapitals = lWord;
         for (char& lCharacter : lCapitals)
+        {
             lCharacter = static_cast<char>(std::toupper(lCharacter));
+        }
         pText = ReplacedAll(pText, lWord, lCapitals);
     }
     return pText;
@@ -165,6 +169,7 @@ TEST(AsfReadRobust, EveryByteReplaced)
 {
     KMemoryWatch lWatch;
     for (size_t i = 0; i < kText.size(); ++i)
+    {
         for (const char lByte : {'\0', '\n', ':', '#', 'x', '-', '(', '\xFF'})
         {
             std::string lText = kText;
@@ -173,6 +178,7 @@ TEST(AsfReadRobust, EveryByteReplaced)
             lReading.ReadText(lText);
             EXPECT_LE(lReading.mErrorCount, 1);
         }
+    }
     EXPECT_EQ(lWatch.GetBlocks(), 0u);
 }
 
@@ -181,10 +187,14 @@ TEST(AsfReadRobust, EveryAllocationFails)
 {
     std::string lText = ":root\n:bonedata\n";
     for (int i = 0; i < 200; ++i)
+    {
         lText += "begin\nname b" + std::to_string(i) + "\ndirection 1 0 0\nlength 1\nend\n";
+    }
     lText += ":hierarchy\nbegin\n";
     for (int i = 1; i < 200; ++i)
+    {
         lText += "b" + std::to_string(i % 7 == 0 ? i - 1 : (i - 1) / 6) + " b" + std::to_string(i) + "\n";
+    }
     lText += "end\n";
     const std::string lExpected = Outcome(lText);
 
@@ -204,8 +214,12 @@ TEST(AsfReadRobust, EveryAllocationFails)
             }
             // No bone is lost: what the tree holds is what the bone groups made, each bone once, parents agreeing.
             for (HKQexAsfNode lNode : PreOrder(lReading.mScene->mRoot))
+            {
                 for (int i = 0; i < lNode->mChildBuf.GetCount(); ++i)
+                {
                     EXPECT_EQ(lNode->mChildBuf[i]->mParent, lNode);
+                }
+            }
             lWatch.FailAfter(-1);
             EXPECT_TRUE(lReading.ReadText(lText)) << "and the same scene can be read into again";
             EXPECT_EQ(lReading.Tree(), lExpected.substr(3, lReading.Tree().size()));
@@ -251,6 +265,7 @@ TEST(AsfReadRobust, EveryReadCallFails)
     WriteFile(lDir / "text.asf", kText + "# " + std::string(100000, 'x') + "\n");
     KFileFaults lFaults;
     for (const int lError : {EIO, EINTR, KFileFaults::kShort})
+    {
         for (int lNumber = 1, lCalls = 1; lNumber <= lCalls; ++lNumber)
         {
             lFaults.Fail(KFileFaults::eREAD, lNumber, lError);
@@ -262,6 +277,7 @@ TEST(AsfReadRobust, EveryReadCallFails)
             EXPECT_EQ(lOk, lError != EIO) << lNumber;
             EXPECT_EQ(lFile.GetErrorCount(), lOk ? 0 : 1);
         }
+    }
 }
 
 TEST(AsfReadRobust, LineThatIsTooLongFailsBehindTheHierarchyToo)
@@ -298,10 +314,14 @@ std::string ManyBones(TFamily pFamily)
 {
     std::string lText = ":root\n:bonedata\n";
     for (int i = 0; i < kMany; ++i)
+    {
         lText += "begin\nname b" + std::to_string(i) + "\ndirection 1 0 0\nlength 1\nend\n";
+    }
     lText += ":hierarchy\nbegin\n";
     for (int i = 1; i < kMany; ++i)
+    {
         lText += pFamily(i);
+    }
     return lText + "end\n";
 }
 
@@ -330,7 +350,9 @@ void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
     ASSERT_EQ(lNodes.size(), static_cast<size_t>(kMany) + 1);
     size_t lDepth = 0;
     for (HKQexAsfNode lNode = lReading.Bone(B(kMany - 1).c_str()); lNode->mParent != nullptr; lNode = lNode->mParent)
+    {
         ++lDepth;
+    }
     EXPECT_EQ(lDepth, pDepth);
     RunInStack(pStack, [&] { EXPECT_GT(WrittenText(lReading.mScene).size(), pText.size()); });
 }
@@ -357,7 +379,9 @@ TEST(AsfReadMany, SectionsAreNotPaidForByBone)
 {
     std::string lText = ManyBones([](int) { return std::string(); });
     for (int i = 1; i < 20000; ++i)
+    {
         lText += ":root\n:hierarchy\nbegin\n" + B(0) + " " + B(i) + "\nend\n";
+    }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText));
     EXPECT_EQ(lReading.mWarningCount, 19999);
@@ -369,11 +393,17 @@ TEST(AsfReadMany, EveryNameTwice)
     // Of each name the first in pre-order is meant: its twin stays under the root.
     std::string lText = ":root\n:bonedata\n";
     for (int lTwin = 0; lTwin < 2; ++lTwin)
+    {
         for (int i = 0; i < kMany / 2; ++i)
+        {
             lText += "begin\nname b" + std::to_string(i) + "\ndirection 1 0 0\nlength 1\nend\n";
+        }
+    }
     lText += ":hierarchy\nbegin\n";
     for (int i = 1; i < kMany / 2; ++i)
+    {
         lText += B(i - 1) + " " + B(i) + "\n";
+    }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText + "end\n"));
     EXPECT_EQ(lReading.mScene->mRoot->mChildBuf.GetCount(), kMany / 2 + 1);
@@ -383,10 +413,14 @@ TEST(AsfReadMany, AllOfOneName)
 {
     std::string lText = ":root\n:bonedata\n";
     for (int i = 0; i < kMany; ++i)
+    {
         lText += "begin\nname b\ndirection 1 0 0\nlength 1\nend\n";
+    }
     lText += "begin\nname c\ndirection 1 0 0\nlength 1\nend\n:hierarchy\nbegin\n";
     for (int i = 0; i < kMany; ++i)
+    {
         lText += "b b c\n";
+    }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText + "end\n"));
     EXPECT_EQ(lReading.mWarningCount, kMany) << "each line would hang the first one under itself";
@@ -397,14 +431,20 @@ void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLi
 {
     std::string lText = ":root\n:bonedata\n";
     for (const std::string& lName : pNames)
+    {
         lText += "begin\nname " + lName + "\ndirection 1 0 0\nlength 1\nend\n";
+    }
     KAsfReading lReading;
     ASSERT_TRUE(lReading.ReadText(lText + ":hierarchy\nbegin\n" + pLines + "end\n"));
     std::map<std::string, int> lChildren;
     for (const HKQexAsfNode lNode : PreOrder(lReading.mScene->mRoot))
+    {
         lChildren[lNode->mName] = lNode->mChildBuf.GetCount();
+    }
     for (const std::string& lParent : pParents)
+    {
         ASSERT_EQ(lChildren[lParent], 1) << lParent;
+    }
 }
 
 /// Which bone of a name comes first changes with nearly every line of these.
@@ -436,8 +476,10 @@ TEST(AsfReadMany, BonesOfANameMoveToTheFront)
         lMoves += lParents.end()[-2] + " d" + std::to_string(kMany / 2 - 1 - i) + "\na\n";
     }
     for (const char lKind : {'c', 'd'})
+    {
         std::copy_if(lParents.begin(), lParents.end(), std::back_inserter(lNames),
                      [=](const std::string& pName) { return pName[0] == lKind; });
+    }
     ReadRepeated(lNames, lLines + lMoves, lParents);
 }
 
@@ -458,7 +500,9 @@ TEST(AsfReadMany, BonesOfANameShareADeepParent)
     }
     lNames.emplace_back("z");
     for (int i = 0; i < kMany / 2; ++i)
+    {
         lLines += lNames.end()[-2] + " a\n";
+    }
     ReadRepeated(lNames, lLines + "a z\n", lParents);
 }
 
@@ -466,13 +510,17 @@ TEST(AsfReadMany, MisplacedWordsOnOneLine)
 {
     std::string lText = ":root\n:bonedata\n";
     for (int i = 0; i < 500000; ++i)
+    {
         lText += "l ";
+    }
     KAsfReading lReading;
     EXPECT_FALSE(lReading.ReadText(lText + "\n"));
     EXPECT_EQ(lReading.mWarningCount, 500000);
     lText = ":root\n:bonedata\nbegin\ndof ";
     for (int i = 0; i < 500000; ++i)
+    {
         lText += "l ";
+    }
     EXPECT_FALSE(lReading.ReadText(lText + "\n"));
     EXPECT_EQ(lReading.mWarningCount, 500000);
 }
@@ -488,10 +536,16 @@ public:
         HKQexAsfNode lParent = mRoot->Find(pParent.c_str());
         HKQexAsfNode lChild = mRoot->Find(pChild.c_str());
         if (lChild->mParent != mRoot)
+        {
             return;
+        }
         for (HKQexAsfNode lUp = lParent; lUp != nullptr; lUp = lUp->mParent)
+        {
             if (lUp == lChild)
+            {
                 return;
+            }
+        }
         mRoot->RemoveChild(lChild);
         lParent->AddChild(lChild);
     }
@@ -531,7 +585,9 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
             lText += lParent + " " + lChild + "\n";
             lExpected.Family(lParent, lChild);
             if (lNext(10) == 0)
+            {
                 lText += "end\n:hierarchy\nbegin\n";
+            }
         }
         KAsfReading lReading;
         ASSERT_TRUE(lReading.ReadText(lText + "end\n"));
@@ -549,7 +605,9 @@ TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
         const std::string lPlain(lLength, 'a');
         lNames.push_back(lPlain);
         for (size_t i = 0; i < lLength; ++i)
+        {
             lNames.emplace_back(lPlain).at(i) = 'b';
+        }
     }
     std::string lBones = ":root\n:bonedata\n";
     std::string lFamilies = ":hierarchy\nbegin\n";
@@ -558,7 +616,9 @@ TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
         // What counts is the last name of a bone.
         lBones += "begin\nname " + lNames[lNames.size() - 1 - i] + "x\nname " + lNames[i] + "\ndirection 1 0 0\nlength 1\nend\n";
         if (i > 0)
+        {
             lFamilies += lNames[i - 1] + " " + lNames[i] + "\n";
+        }
     }
     KAsfReading lReading;
     ASSERT_TRUE(lReading.ReadText(lBones + lFamilies + "end\n"));

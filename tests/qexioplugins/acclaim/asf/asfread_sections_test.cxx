@@ -240,11 +240,13 @@ TEST(AsfReadRoot, Values)
     KgeSet(lExpected, KgeRVector(10, 20, 30), 0);
     KgeInverse(lInverse, lExpected);
     for (int i = 0; i < 3; ++i)
+    {
         for (int j = 0; j < 3; ++j)
         {
             EXPECT_EQ(lRoot->mAxisRM.mData[i][j], lExpected.mData[i][j]);
             EXPECT_EQ(lRoot->mAxisRMInv.mData[i][j], lInverse.mData[i][j]);
         }
+    }
 }
 
 struct KAxisCase
@@ -270,11 +272,13 @@ TEST_P(KAsfReadAxisTest, OfRootAndBone)
     {
         EXPECT_EQ(lNode->mOrientationOrder, GetParam().mCode);
         for (int i = 0; i < 3; ++i)
+        {
             for (int j = 0; j < 3; ++j)
             {
                 EXPECT_EQ(lNode->mAxisRM.mData[i][j], lExpected.mData[i][j]);
                 EXPECT_NEAR(lNode->mAxisRMInv.mData[i][j], lExpected.mData[j][i], 1e-15);
             }
+        }
     }
 }
 

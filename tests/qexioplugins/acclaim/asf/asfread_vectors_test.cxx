@@ -44,7 +44,9 @@ KExpectedMessage ExpectedOf(const KJson& pMessage)
 {
     KExpectedMessage lResult{pMessage[0], pMessage[1], Bytes(pMessage[2])};
     if (lResult.mText[0] != '~')
+    {
         return lResult;
+    }
     const size_t lBlank = lResult.mText.find(' ');
     EXPECT_EQ(std::sscanf(lResult.mText.c_str() + lBlank, "%d..%d", &lResult.mLeast, &lResult.mMost), 2);
     lResult.mText = StartOfKind(lResult.mText.substr(1, lBlank - 1));
@@ -56,7 +58,9 @@ bool Matches(const KExpectedMessage& pExpected, const KQexTextMessage& pActual)
 {
     const bool lError = pActual.mSeverity == KQexTextMessage::eERROR;
     if (lError != (pExpected.mSeverity == "E") || (pExpected.mLine != -1 && pExpected.mLine != pActual.mLine))
+    {
         return false;
+    }
     return pExpected.mExact ? pActual.mText == pExpected.mText : pActual.mText.compare(0, pExpected.mText.size(), pExpected.mText) == 0;
 }
 
@@ -84,9 +88,13 @@ void CompareMessages(std::vector<KQexTextMessage> pActual, const KJson& pExpecte
     for (size_t i = 0; i < std::max(lExact.size(), pActual.size()); ++i)
     {
         if (i >= pActual.size())
+        {
             FAIL() << "missing: " << lExact[i].mSeverity << lExact[i].mLine << " " << lExact[i].mText;
+        }
         if (i >= lExact.size())
+        {
             FAIL() << "not expected: " << MessageLine(pActual[i]);
+        }
         ASSERT_TRUE(Matches(lExact[i], pActual[i]))
             << MessageLine(pActual[i]) << "\nexpected " << lExact[i].mSeverity << lExact[i].mLine << " " << lExact[i].mText;
     }
@@ -96,8 +104,12 @@ std::vector<double> Rotation(const KgeRMatrix& pMatrix)
 {
     std::vector<double> lNumbers;
     for (int i = 0; i < 3; ++i)
+    {
         for (int j = 0; j < 3; ++j)
+        {
             lNumbers.push_back(pMatrix.mData[i][j]);
+        }
+    }
     return lNumbers;
 }
 
@@ -118,7 +130,9 @@ KgeRMatrix RotationOf(HKQexAsfNode pNode, const std::vector<double>& pAngles)
 void CompareAngles(HKQexAsfNode pNode, const KJson& pExpected)
 {
     if (AreNear(pNode->mLR.mData, 3, pExpected, kTolerance))
+    {
         return;
+    }
     const std::vector<double> lActual(pNode->mLR.mData, pNode->mLR.mData + 3);
     EXPECT_TRUE(AreNear(Rotation(RotationOf(pNode, lActual)), KJson(Rotation(RotationOf(pNode, Numbers(pExpected)))), 1e-7));
 }
@@ -126,10 +140,16 @@ void CompareAngles(HKQexAsfNode pNode, const KJson& pExpected)
 void CompareLimits(HKQexAsfNode pNode, const KJson& pExpected)
 {
     for (int i = 0; i < pNode->mOrderCount; ++i)
+    {
         EXPECT_TRUE(AreNear(pNode->mLimitsBuf[pNode->mOrderBuf[i]], 2, pExpected["limits"][static_cast<size_t>(i)], kTolerance)) << i;
+    }
     for (size_t i = 0; i < 6; ++i)
+    {
         for (size_t j = 0; j < 2; ++j)
+        {
             EXPECT_EQ(pNode->mLimitsActive[i][j], pExpected["active"][i][j].get<bool>()) << "active " << i << " " << j;
+        }
+    }
 }
 
 void CompareNode(HKQexAsfNode pNode, const KJson& pExpected)

@@ -35,7 +35,9 @@ std::string KAsfReading::Messages() const
 {
     std::string lText;
     for (const KQexTextMessage& lMessage : mMessages)
+    {
         lText += MessageLine(lMessage) + "\n";
+    }
     return lText;
 }
 
@@ -43,7 +45,9 @@ std::string KAsfReading::Tree() const
 {
     std::string lText;
     for (HKQexAsfNode lNode : PreOrder(mScene->mRoot))
+    {
         lText += std::string(lNode->mName) + "<" + (lNode->mParent == nullptr ? "" : lNode->mParent->mName) + "\n";
+    }
     return lText;
 }
 
@@ -68,14 +72,18 @@ std::vector<HKQexAsfNode> PreOrder(HKQexAsfNode pRoot)
     std::vector<HKQexAsfNode> lNodes;
     std::vector<HKQexAsfNode> lOpen;
     if (pRoot != nullptr)
+    {
         lOpen.push_back(pRoot);
+    }
     while (!lOpen.empty())
     {
         HKQexAsfNode lNode = lOpen.back();
         lOpen.pop_back();
         lNodes.push_back(lNode);
         for (int i = lNode->mChildBuf.GetCount(); i-- > 0;)
+        {
             lOpen.push_back(lNode->mChildBuf[i]);
+        }
     }
     return lNodes;
 }

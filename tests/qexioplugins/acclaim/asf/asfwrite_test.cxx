@@ -287,11 +287,14 @@ TEST(AsfWrite, EveryWriteCallFails)
 {
     KScene lScene;
     for (int i = 0; i < 2000; ++i)
+    {
         lScene.Add(lScene.Root(), ("bone" + std::to_string(i)).c_str());
+    }
     const std::string lText = WrittenText(lScene.mScene);
     KTempDir          lDir;
     KFileFaults       lFaults;
     for (const int lError : {ENOSPC, EIO, EINTR, KFileFaults::kShort})
+    {
         for (int lNumber = 1, lCalls = 1; lNumber <= lCalls; ++lNumber)
         {
             WriteFile(lDir / "x.asf", "old");
@@ -305,6 +308,7 @@ TEST(AsfWrite, EveryWriteCallFails)
             EXPECT_EQ(ReadFile(lDir / "x.asf") == lText, lOk);
             EXPECT_EQ(ReadFile(lDir / "x.asf") == "old", !lOk);
         }
+    }
 }
 
 void ExpectNear(double pActual, double pExpected, double pRelative)
@@ -331,7 +335,9 @@ void RoundTrip(const std::string& pText)
         ASSERT_EQ(lA[i]->mOrderCount, lB[i]->mOrderCount);
         ExpectNear(lB[i]->mLength, lFactor * lA[i]->mLength, 1e-5);
         for (int j = 0; j < 3; ++j)
+        {
             ExpectNear(lB[i]->mDirectionV.mData[j], lA[i]->mDirectionV.mData[j], 2e-6);
+        }
         for (int j = 0; j < lA[i]->mOrderCount; ++j)
         {
             const int lCode = lA[i]->mOrderBuf[j];
@@ -362,12 +368,14 @@ TEST(AsfWrite, ReadWriteReadOfRealFiles)
     QEX_SKIP_WITHOUT_CORPUS();
     int lFiles = 0;
     for (const auto& lEntry : std::filesystem::recursive_directory_iterator(CorpusDir()))
+    {
         if (lEntry.path().extension() == ".asf")
         {
             SCOPED_TRACE(lEntry.path());
             RoundTrip(ReadFile(lEntry.path()));
             ++lFiles;
         }
+    }
     EXPECT_GT(lFiles, 0);
 }
 

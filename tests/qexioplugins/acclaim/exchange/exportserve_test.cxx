@@ -148,7 +148,7 @@ TEST_F(KExportServe, NamesThatWouldOpenASectionOrSplitAreMended)
     EXPECT_STREQ(mBack->GetName(), std::string(50, 'y').c_str());
 }
 
-// What an export once put in front of a bone has no DOFs; a joint that is only called so keeps them, as does one that moves.
+/// What an export once put in front of a bone has no DOFs; a joint that is only called so keeps them, as does one that moves.
 TEST_F(KExportServe, DummiesAreThoseWithTheNameOfTheirChildThatNeverMove)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
@@ -292,7 +292,7 @@ TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
     EXPECT_EQ(Warnings(), "Motion that the DOFs can't express (bone): up to 0.5 degrees and 0.5 cm\n");
 }
 
-// Only the sum of two angles is known there: one of them is rounded, the other makes up for it.
+/// Only the sum of two angles is known there: one of them is rounded, the other makes up for it.
 TEST_F(KExportServe, AnglesInGimbalLockAreRoundAndTurnTheSame)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
@@ -346,7 +346,7 @@ TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
     EXPECT_NE(mAmc.find("bone 0 0 45\n"), std::string::npos) << mAmc;
 }
 
-// Rx then Ry with the pose of the first frame as rest pose: what is left of both, seen from there, turns about z as well.
+/// Rx then Ry with the pose of the first frame as rest pose: what is left of both, seen from there, turns about z as well.
 TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
 {
     KQexNode* lBone = AddBone();
@@ -443,7 +443,7 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
 }
 
-// A bone whose DOFs leave a part of its turn out carries the next one to another place: what that one's DOFs can, they make up for.
+/// A bone whose DOFs leave a part of its turn out carries the next one to another place: what that one's DOFs can, they make up for.
 TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
@@ -464,7 +464,7 @@ TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
     EXPECT_NE(mAmc.find("bone 0\ntip 0 0 30 -2.5 -0.66987"), std::string::npos) << mAmc;
 }
 
-// The progress call may stop it at any time: no file appears, and the one that was there stays.
+/// The progress call may stop it at any time: no file appears, and the one that was there stays.
 TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
 {
     KQexNode* lBone = AddBone();
@@ -497,7 +497,7 @@ TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
     EXPECT_NE(ReadFile(lAmc), "before");
 }
 
-// Messages are the caller's to show.
+/// Messages are the caller's to show.
 TEST_F(KExportServe, PrintsNothing)
 {
     KQexNode* lBone = AddBone();
@@ -528,7 +528,7 @@ TEST_F(KExportServe, ASkeletonAloneGoesIntoAFile)
     }
 }
 
-// Bones find their nodes below their parents': of nodes of one name each side has its own.
+/// Bones find their nodes below their parents': of nodes of one name each side has its own.
 TEST_F(KExportServe, MotionForASkeletonWithBranches)
 {
     KQexNode*   lRoot = Add(nullptr, "hips", 0, 0, 0);

@@ -89,6 +89,7 @@ TEST_F(KCleanUpTest, OnlyBonesWithoutAnyDofAreDummies)
 TEST_F(KCleanUpTest, ATrueFlagLeavesItsQuantityAlone)
 {
     for (bool lOffset : {false, true})
+    {
         for (bool lPreRotation : {false, true})
         {
             KQexAsfNode* lDummy = Bone(mRoot, "dummy", {}, {0.0, 2.0, 0.0}, {5.0, 6.0, 7.0});
@@ -99,13 +100,16 @@ TEST_F(KCleanUpTest, ATrueFlagLeavesItsQuantityAlone)
             EXPECT_EQ(lChild->mLT.mData[0] == 77.0, lOffset);
             EXPECT_EQ(lChild->mLR.mData[0] == 88.0, lPreRotation);
         }
+    }
 }
 
-// Memory that runs out loses nothing: the dummies stay, and the next call folds them.
+/// Memory that runs out loses nothing: the dummies stay, and the next call folds them.
 TEST_F(KCleanUpTest, SaysWhenThereIsNoMemoryForTheBonesThatMove)
 {
-    for (int lIter = 0; lIter < 4; lIter++)
+    for (int lIter = 0; lIter < 4; ++lIter)
+    {
         Bone(Bone(mRoot, "dummy", {}), "kept");
+    }
     mWatch.FailAfter(0);
     EXPECT_FALSE(mRoot->RemoveDummy(false, false));
     EXPECT_EQ(ChildNames(mRoot), "dummy dummy dummy dummy");
@@ -123,13 +127,15 @@ std::string Outline(KQexAsfNode* pRoot)
         KQexAsfNode* lBone = lStack.back();
         lStack.pop_back();
         lText += lBone->mName + (": " + ChildNames(lBone)) + "\n";
-        for (int lIter = 0; lBone->GetChild(lIter); lIter++)
+        for (int lIter = 0; lBone->GetChild(lIter); ++lIter)
+        {
             lStack.push_back(lBone->GetChild(lIter));
+        }
     }
     return lText;
 }
 
-// A dummy whose bones there is no room for stays, and nothing else happens to the tree: with memory again the rest is done.
+/// A dummy whose bones there is no room for stays, and nothing else happens to the tree: with memory again the rest is done.
 TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
 {
     for (const EShape lShape : {eCHAIN, eFAN, eCOMB, eRANDOM})
@@ -161,7 +167,7 @@ TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
     }
 }
 
-// A place in space: a host node's rotation and translation, put together from the bones' locals down to this one.
+/// A place in space: a host node's rotation and translation, put together from the bones' locals down to this one.
 struct KPlacement
 {
     KgeRMatrix mR;
@@ -187,8 +193,10 @@ std::map<std::string, KPlacement> Placements(KQexAsfNode* pRoot)
         KgeMult(lOffset, lAbove.mR, lBone->mLT);
         KgeAdd(lHere.mT, lAbove.mT, lOffset);
         lResult[lBone->mName] = lHere;
-        for (int lIter = 0; lBone->GetChild(lIter); lIter++)
+        for (int lIter = 0; lBone->GetChild(lIter); ++lIter)
+        {
             lStack.push_back({lBone->GetChild(lIter), lHere});
+        }
     }
     return lResult;
 }
@@ -209,11 +217,13 @@ TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
     {
         EXPECT_GT(lRoot->Find(lName.c_str())->mOrderCount, 0) << lName;
         const KPlacement& lOld = lBefore.at(lName);
-        for (int lRow = 0; lRow < 3; lRow++)
+        for (int lRow = 0; lRow < 3; ++lRow)
         {
             EXPECT_NEAR(lPlacement.mT.mData[lRow], lOld.mT.mData[lRow], 1e-10) << lName;
-            for (int lColumn = 0; lColumn < 3; lColumn++)
+            for (int lColumn = 0; lColumn < 3; ++lColumn)
+            {
                 EXPECT_NEAR(lPlacement.mR.mData[lRow][lColumn], lOld.mR.mData[lRow][lColumn], 1e-10) << lName;
+            }
         }
     }
     QexSdkDelete(lRoot);
@@ -221,16 +231,18 @@ TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
 
 INSTANTIATE_TEST_SUITE_P(Trees, KDummyPropertyTest, testing::Range(1U, 41U));
 
-// Dummy removal as it is defined: one fold after another, from the lowest dummy up.
+/// Dummy removal as it is defined: one fold after another, from the lowest dummy up.
 void FoldOneByOne(KQexAsfNode* pNode, bool pOffset, bool pPreRotation)
 {
-    for (int lIter = pNode->mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
+    for (int lIter = pNode->mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
     {
         KQexAsfNode* lDummy = pNode->GetChild(lIter);
         FoldOneByOne(lDummy, pOffset, pPreRotation);
         if (lDummy->mOrderCount != 0)
+        {
             continue;
-        for (int lChild = lDummy->mChildBuf.GetCount() - 1; lChild >= 0; lChild--)
+        }
+        for (int lChild = lDummy->mChildBuf.GetCount() - 1; lChild >= 0; --lChild)
         {
             KQexAsfNode* lMoved = lDummy->GetChild(lChild);
             KgeSet(lMoved->mParentAxisRM, lDummy->mParentAxisRM);
@@ -238,16 +250,22 @@ void FoldOneByOne(KQexAsfNode* pNode, bool pOffset, bool pPreRotation)
             KgeAdd(lMoved->mParentPositionV, lDummy->mParentPositionV, lMoved->mParentPositionV);
             pNode->AddChild(lMoved);
             if (!pOffset)
+            {
                 KgeMult(lMoved->mLT, lMoved->mParentAxisRMInv, lMoved->mParentPositionV);
+            }
             if (pPreRotation)
+            {
                 continue;
+            }
             KgeRMatrix lRM;
             KgeMult(lRM, lMoved->mParentAxisRMInv, lMoved->mAxisRM);
             const int  lOrder = EulerOrderFromOrderBuf(lMoved->mOrderBuf, lMoved->mOrderCount);
             KgeRVector lTmp;
             KgeSet(lTmp, lRM, lOrder);
-            for (int lAxis = 0; lAxis < 3; lAxis++)
+            for (int lAxis = 0; lAxis < 3; ++lAxis)
+            {
                 lMoved->mLR.mData[KmEulerAxis[lOrder][lAxis]] = lTmp.mData[lAxis];
+            }
         }
         lDummy->mChildBuf.Clear();
         QexSdkDelete(lDummy);
@@ -258,47 +276,55 @@ void FoldOneByOne(KQexAsfNode* pNode, bool pOffset, bool pPreRotation)
 double LargestOffset(KQexAsfNode* pBone)
 {
     double lLargest = KgeLength(pBone->mParentPositionV);
-    for (int lIter = 0; pBone->GetChild(lIter); lIter++)
+    for (int lIter = 0; pBone->GetChild(lIter); ++lIter)
+    {
         lLargest = std::max(lLargest, LargestOffset(pBone->GetChild(lIter)));
+    }
     return lLargest;
 }
 
-// The same bones in the same order with the same frames. Offsets are added in another order than folding one by one adds them: they
-// agree within 1e-12 of pSize.
+/// The same bones in the same order with the same frames. Offsets are added in another order than folding one by one adds them: they
+/// agree within 1e-12 of pSize.
 void ExpectSameBones(KQexAsfNode* pLeft, KQexAsfNode* pRight, double pSize)
 {
     ASSERT_STREQ(pLeft->mName, pRight->mName);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         EXPECT_NEAR(pLeft->mParentPositionV.mData[lIter], pRight->mParentPositionV.mData[lIter], 1e-12 * pSize);
         EXPECT_NEAR(pLeft->mLT.mData[lIter], pRight->mLT.mData[lIter], 1e-12 * pSize);
         EXPECT_EQ(pLeft->mLR.mData[lIter], pRight->mLR.mData[lIter]);
-        for (int lRow = 0; lRow < 3; lRow++)
+        for (int lRow = 0; lRow < 3; ++lRow)
         {
             EXPECT_EQ(pLeft->mParentAxisRM.mData[lRow][lIter], pRight->mParentAxisRM.mData[lRow][lIter]);
             EXPECT_EQ(pLeft->mParentAxisRMInv.mData[lRow][lIter], pRight->mParentAxisRMInv.mData[lRow][lIter]);
         }
     }
     ASSERT_EQ(ChildNames(pLeft), ChildNames(pRight));
-    for (int lIter = 0; pLeft->GetChild(lIter); lIter++)
+    for (int lIter = 0; pLeft->GetChild(lIter); ++lIter)
+    {
         ExpectSameBones(pLeft->GetChild(lIter), pRight->GetChild(lIter), pSize);
+    }
 }
 
 TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
 {
-    for (unsigned int lSeed = 1; lSeed <= 400; lSeed++)
+    for (unsigned int lSeed = 1; lSeed <= 400; ++lSeed)
     {
         const EShape kShapes[] = {eRANDOM, eCHAIN, eCOMB, eFAN};
         const bool   lOffset = lSeed % 2 == 0;
         const bool   lPreRotation = lSeed % 3 == 0;
         KQexAsfNode* lTrees[2];
-        for (int lWhich = 0; lWhich < 2; lWhich++)
+        for (int lWhich = 0; lWhich < 2; ++lWhich)
         {
             const std::vector<KQexAsfNode*> lBones = RandomBones(kShapes[lSeed / 2 % 4], 10 + static_cast<int>(lSeed % 50), lSeed, true);
             std::mt19937                    lRandom(lSeed); // dummies upon dummies
-            for (size_t lIter = 1; lIter < lBones.size(); lIter++)
+            for (size_t lIter = 1; lIter < lBones.size(); ++lIter)
+            {
                 if (lRandom() % 2 == 0)
+                {
                     lBones[lIter]->mOrderCount = 0;
+                }
+            }
             lTrees[lWhich] = lBones[0];
             lTrees[lWhich]->SetupPosition(lOffset, lPreRotation);
         }
@@ -307,16 +333,20 @@ TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
         SCOPED_TRACE("seed " + std::to_string(lSeed));
         ExpectSameBones(lTrees[0], lTrees[1], LargestOffset(lTrees[1]));
         for (KQexAsfNode* lTree : lTrees)
+        {
             QexSdkDelete(lTree);
+        }
     }
 }
 
-// Each of 100,000 bones hangs on a dummy of its own in a run of dummies: moving each of them at every fold would take minutes.
+/// Each of 100,000 bones hangs on a dummy of its own in a run of dummies: moving each of them at every fold would take minutes.
 TEST(KDummyFoldTest, ALongRunOfDummiesMovesEachBoneOnce)
 {
     const std::vector<KQexAsfNode*> lBones = RandomBones(eCOMB, 100001, 5, false);
     for (size_t lIter = 2; lIter < lBones.size(); lIter += 2)
+    {
         lBones[lIter]->mOrderCount = 0;
+    }
     for (KQexAsfNode* lBone : lBones)
     {
         lBone->mOrderCount = lBone->mOrderCount > 0 ? 1 : 0;
@@ -343,8 +373,10 @@ protected:
         KQexNode*          lNode = KQexNode::Create(mStage.mScene, "node");
         KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, "take");
         KQexAnimCurve*     lCurve = KQexAnimCurve::Create(mStage.mScene, "x");
-        for (int lIter = 0; lIter < pKeys; lIter++)
+        for (int lIter = 0; lIter < pKeys; ++lIter)
+        {
             lCurve->AddKey(KTime(lIter), KQexAnimCurveKey());
+        }
         lCurveNode->ConnectToChannel(lCurve, 0, true);
         return lCurveNode;
     }

@@ -13,8 +13,10 @@ namespace
 
 void ExpectNear(const double* pActual, const std::vector<double>& pExpected, double pTolerance = 1e-12)
 {
-    for (size_t lIter = 0; lIter < pExpected.size(); lIter++)
+    for (size_t lIter = 0; lIter < pExpected.size(); ++lIter)
+    {
         EXPECT_NEAR(pActual[lIter], pExpected[lIter], pTolerance) << "component " << lIter;
+    }
 }
 
 class KFramesTest : public testing::Test
@@ -40,8 +42,10 @@ TEST_F(KFramesTest, TheRootKeepsItsPositionAndTakesItsAxis)
 TEST_F(KFramesTest, TheRootsAnglesAreNotReordered)
 {
     // Its DOFs list another order; the host node's default pose still takes XYZ angles.
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         mRoot->mOrderBuf[3 + lIter] = 3 + lIter;
+    }
     SetAxis(mRoot, {10.0, 20.0, 30.0});
     mRoot->SetupPosition(false, false);
     ExpectNear(mRoot->mLR.mData, {10.0, 20.0, 30.0});
@@ -58,8 +62,12 @@ TEST_F(KFramesTest, AChildSitsAtTheEndOfItsParent)
     ExpectNear(lB->mParentPositionV.mData, {0.0, 4.0, 0.0}, 0.0);
     ExpectNear(lB->mPositionV.mData, {0.0, 0.0, 5.0}, 0.0);
     for (const KQexAsfNode* lBone : {lA, lB})
+    {
         for (double lAngle : lBone->mLR.mData)
+        {
             EXPECT_EQ(lAngle, 0.0);
+        }
+    }
 }
 
 TEST_F(KFramesTest, TheOffsetIsInTheParentsAxisFrame)
@@ -83,7 +91,7 @@ class KFrameOrderTest : public testing::TestWithParam<KOrderCase>
 {
 };
 
-// The angles land in the slots of their axes, and put together in the order of the list they give the axis again.
+/// The angles land in the slots of their axes, and put together in the order of the list they give the axis again.
 TEST_P(KFrameOrderTest, AnglesLandInTheirSlots)
 {
     KQexAsfNode* lRoot = Bone(nullptr, "root");
@@ -96,9 +104,13 @@ TEST_P(KFrameOrderTest, AnglesLandInTheirSlots)
     const int* lAxis = KmEulerAxis[GetParam().mCode];
     KgeRMatrix lGot;
     KgeSet(lGot, KgeRVector(lBone->mLR.mData[lAxis[0]], lBone->mLR.mData[lAxis[1]], lBone->mLR.mData[lAxis[2]]), GetParam().mCode);
-    for (int lRow = 0; lRow < 3; lRow++)
-        for (int lColumn = 0; lColumn < 3; lColumn++)
+    for (int lRow = 0; lRow < 3; ++lRow)
+    {
+        for (int lColumn = 0; lColumn < 3; ++lColumn)
+        {
             EXPECT_NEAR(lGot.mData[lRow][lColumn], lWanted.mData[lRow][lColumn], 1e-12);
+        }
+    }
     QexSdkDelete(lRoot);
 }
 
@@ -174,11 +186,17 @@ std::vector<double> Frames(const std::vector<KQexAsfNode*>& pBones)
     for (const KQexAsfNode* lBone : pBones)
     {
         for (const KgeTVector* lVector : {&lBone->mPositionV, &lBone->mParentPositionV, &lBone->mLT})
+        {
             lFrames.insert(lFrames.end(), lVector->mData, lVector->mData + 3);
+        }
         lFrames.insert(lFrames.end(), lBone->mLR.mData, lBone->mLR.mData + 3);
         for (const KgeRMatrix* lMatrix : {&lBone->mParentAxisRM, &lBone->mParentAxisRMInv})
+        {
             for (const double(&lRow)[4] : lMatrix->mData)
+            {
                 lFrames.insert(lFrames.end(), lRow, lRow + 4);
+            }
+        }
     }
     return lFrames;
 }

@@ -59,8 +59,8 @@ protected:
     KQexAsfNode*                           mBone;
 };
 
-// Reading makes a direction a unit vector again and an axis a matrix; other formats round the place of a bone's end to a millionth of a
-// centimetre. None of that may change a digit of what is written next.
+/// Reading makes a direction a unit vector again and an axis a matrix; other formats round the place of a bone's end to a millionth of a
+/// centimetre. None of that may change a digit of what is written next.
 TEST_P(KRoundTest, StaysAsItIsWrittenOnceItIsRounded)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
@@ -83,7 +83,7 @@ TEST_P(KRoundTest, StaysAsItIsWrittenOnceItIsRounded)
     }
 }
 
-// As many digits as the place of the bone's end has, or one less.
+/// As many digits as the place of the bone's end has, or one less.
 TEST_P(KRoundTest, MovesTheEndByLittle)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
@@ -109,7 +109,7 @@ TEST_P(KRoundTest, MovesTheEndByLittle)
     }
 }
 
-// No side is preferred: the mirror image of a direction is rounded to the mirror image.
+/// No side is preferred: the mirror image of a direction is rounded to the mirror image.
 TEST_P(KRoundTest, RoundsMirrorImagesAlike)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)

@@ -12,12 +12,14 @@ using namespace qextest;
 namespace
 {
 
-// The bones as "name(child child(…))".
-std::string Tree(KQexAsfNode* pBone)
+/// The bones as "name(child child(…))".
+std::string BoneTree(KQexAsfNode* pBone)
 {
     std::string lText = pBone->mName;
-    for (int lIter = 0; pBone->GetChild(lIter); lIter++)
-        lText += (lIter == 0 ? "(" : " ") + Tree(pBone->GetChild(lIter));
+    for (int lIter = 0; pBone->GetChild(lIter); ++lIter)
+    {
+        lText += (lIter == 0 ? "(" : " ") + BoneTree(pBone->GetChild(lIter));
+    }
     return lText + (pBone->GetChild(0) ? ")" : "");
 }
 
@@ -29,8 +31,10 @@ protected:
         KQexNode* lNode = KQexNode::Create(mStage.mScene, pName);
         lNode->SetRotationActive(true);
         lNode->SetRotationOffset(kPivotSet0, KQexVector4(pX, pY, pZ));
-        if (pParent)
+        if (pParent != nullptr)
+        {
             pParent->AddChild(lNode);
+        }
         return lNode;
     }
 
@@ -41,7 +45,7 @@ protected:
         return mStage.mAsf->mRoot;
     }
 
-    std::string Shape(bool pBasePose = false) { return Tree(Export(false, pBasePose)); }
+    std::string Shape(bool pBasePose = false) { return BoneTree(Export(false, pBasePose)); }
 
     static std::vector<int> Dofs(const KQexAsfNode* pBone) { return {pBone->mOrderBuf, pBone->mOrderBuf + pBone->mOrderCount}; }
 
@@ -54,14 +58,14 @@ TEST_F(KExportTest, ALoneRootIsALoneRoot)
     std::strcpy(mStage.mAsf->mName, "before");
     mStage.mAsf->mLengthUnit = 0.45;
     KQexAsfNode* lRoot = Export();
-    EXPECT_EQ(Tree(lRoot), "root");
+    EXPECT_EQ(BoneTree(lRoot), "root");
     EXPECT_EQ(Dofs(lRoot), (std::vector<int>{0, 1, 2, 5, 4, 3}));
     EXPECT_EQ(lRoot->mLength, 0.0);
     EXPECT_STREQ(mStage.mAsf->mName, "ASF");
     EXPECT_EQ(mStage.mAsf->mLengthUnit, 1.0);
 }
 
-// A leaf of length zero goes, so the trees below end in a node with a child.
+/// A leaf of length zero goes, so the trees below end in a node with a child.
 TEST_F(KExportTest, TheRootsOnlyChildHasADummyWhereItIsOff)
 {
     KQexNode* lSpine = Node(mTop, "Spine");
@@ -88,16 +92,18 @@ TEST_F(KExportTest, AnInnerNodesOnlyChildNeverHasADummy)
     KQexNode* lSpine = Node(mTop, "Spine");
     Node(Node(lSpine, "Chest", 0.0, 4.0, 0.0), "End", 0.0, 1.0, 0.0);
     KQexAsfNode* lRoot = Export();
-    EXPECT_EQ(Tree(lRoot), "root(Spine(Chest))");
+    EXPECT_EQ(BoneTree(lRoot), "root(Spine(Chest))");
     EXPECT_DOUBLE_EQ(lRoot->GetChild(0)->mLength, 4.0 / 2.54);
 }
 
 TEST_F(KExportTest, ChildrenWithOneStartNeedNoDummies)
 {
     for (const char* lName : {"L", "R"})
+    {
         Node(Node(mTop, lName, 3.0, 0.0, -0.0), "End", 0.0, 1.0, 0.0);
+    }
     KQexAsfNode* lRoot = Export();
-    EXPECT_EQ(Tree(lRoot), "root(L R)");
+    EXPECT_EQ(BoneTree(lRoot), "root(L R)");
     EXPECT_DOUBLE_EQ(lRoot->mLength, 3.0 / 2.54);
     // At the root too: its bone ends at the common start, but its position is taken raw.
     EXPECT_EQ(lRoot->mPositionV.mData[0], 0.0);
@@ -108,9 +114,11 @@ TEST_F(KExportTest, StartsThatDifferInTheLastBitDiffer)
 {
     KQexNode* lHub = Node(mTop, "Hub");
     for (double lX : {3.0, 3.0, std::nextafter(3.0, 4.0)})
+    {
         Node(Node(lHub, "C", lX), "End", 0.0, 1.0, 0.0);
+    }
     KQexAsfNode* lRoot = Export();
-    EXPECT_EQ(Tree(lRoot), "root(Hub(CDummy(C) CDummy(C) CDummy(C)))");
+    EXPECT_EQ(BoneTree(lRoot), "root(Hub(CDummy(C) CDummy(C) CDummy(C)))");
     const KQexAsfNode* lBone = lRoot->GetChild(0);
     EXPECT_EQ(lBone->mLength, 0.0);
     EXPECT_EQ(lBone->mDirectionV.mData[0], 0.0);
@@ -147,7 +155,7 @@ TEST_F(KExportTest, TheRootIsTakenRaw)
     for (bool lBasePose : {false, true})
     {
         const KQexAsfNode* lRoot = Export(false, lBasePose, 2.0);
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
         {
             EXPECT_EQ(lRoot->mPositionV.mData[lIter], 1.0 + lIter);
             EXPECT_EQ(lRoot->mOrientationV.mData[lIter], 10.0 * (lIter + 1));
@@ -205,9 +213,13 @@ TEST_P(KExportOrderTest, DofsFollowTheOrder)
     lTop->AddChild(lChild);
     lChild->AddChild(KQexNode::Create(lStage.mScene, "end"));
     for (KQexNode* lNode : {lTop, lChild})
+    {
         lNode->SetRotationOrder(kPivotSet0, GetParam().mOrder);
+    }
     for (KQexNode* lNode : {lChild, lChild->GetChild(0)})
+    {
         lNode->SetRotationOffset(kPivotSet0, KQexVector4(0.0, 1.0, 0.0));
+    }
     for (bool lTAnimated : {false, true})
     {
         QexSdkDelete(lStage.mAsf->mRoot);
@@ -245,7 +257,7 @@ TEST_F(KExportTest, LimitRowsRunOnWhateverTheDofsAre)
     {
         const KQexAsfNode* lBone = Export(lTAnimated, false, 3.0)->Find("Spine");
         const int          lFirst = lTAnimated ? 3 : 0;
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
         {
             EXPECT_EQ(lBone->mLimitsBuf[lFirst + lIter][0], lIter - 3.0);
             EXPECT_EQ(lBone->mLimitsBuf[lFirst + lIter][1], 3.0 - lIter);
@@ -266,7 +278,9 @@ TEST_F(KExportTest, LimitRowsRunOnWhateverTheDofsAre)
     }
     const KQexAsfNode* lRoot = mStage.mAsf->mRoot; // no limits, whatever the node has
     for (const auto& lRow : lRoot->mLimitsActive)
+    {
         EXPECT_FALSE(lRow[0] || lRow[1]);
+    }
 }
 
 TEST_F(KExportTest, NamesLoseTheirPrefixAndTheirLengthIsCut)
@@ -291,7 +305,9 @@ TEST_F(KExportTest, TheBasePoseFoldsTheRotationAtTimeZeroIn)
     Node(lSpine, "Chest", 0.0, 0.0, 2.54);
     KQexAnimCurve* lCurve = KQexAnimCurve::Create(mStage.mScene, "rx");
     for (long long lTime : {0, 1})
+    {
         lCurve->AddKey(KTime(lTime), KQexAnimCurveKey(KTime(lTime), lTime == 0 ? 90.0F : 0.0F));
+    }
     lSpine->mLocalRotation.GetCurveNode(true, "take")->ConnectToChannel(lCurve, 0, true);
 
     const KQexAsfNode* lBone = Export(false, false)->Find("Spine");
@@ -328,9 +344,11 @@ TEST_F(KExportTest, AnEarlierRootIsOverwritten)
 
 TEST_F(KExportTest, WithoutMemoryThereIsNoRoot)
 {
-    for (int lIter = 0; lIter < 6; lIter++)
+    for (int lIter = 0; lIter < 6; ++lIter)
+    {
         Node(Node(mTop, "Arm", lIter), "Hand", 1.0);
-    for (long lFail = 0; lFail < 100; lFail++)
+    }
+    for (long lFail = 0; lFail < 100; ++lFail)
     {
         KMemoryWatch lWatch;
         lWatch.FailAfter(lFail);

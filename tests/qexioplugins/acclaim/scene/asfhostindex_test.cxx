@@ -10,16 +10,18 @@ using namespace qextest;
 namespace
 {
 
-// A random tree in which every name stands for about four nodes.
+/// A random tree in which every name stands for about four nodes.
 std::vector<KQexNode*> RandomNodes(KQexScene* pScene, int pCount, unsigned int pSeed)
 {
     std::mt19937           lRandom(pSeed);
     std::vector<KQexNode*> lNodes;
-    for (int lIter = 0; lIter < pCount; lIter++)
+    for (int lIter = 0; lIter < pCount; ++lIter)
     {
         KQexNode* lNode = KQexNode::Create(pScene, std::to_string(lRandom() % static_cast<unsigned int>(pCount / 4)).c_str());
         if (!lNodes.empty())
+        {
             lNodes[lRandom() % 3 == 0 ? 0 : lRandom() % lNodes.size()]->AddChild(lNode);
+        }
         lNodes.push_back(lNode);
     }
     return lNodes;
@@ -27,17 +29,17 @@ std::vector<KQexNode*> RandomNodes(KQexScene* pScene, int pCount, unsigned int p
 
 TEST(KQexAsfTreeIndexTest, AnswersAsFindChildDoes)
 {
-    for (unsigned int lSeed = 1; lSeed <= 20; lSeed++)
+    for (unsigned int lSeed = 1; lSeed <= 20; ++lSeed)
     {
         KStage                 lStage;
         const int              lCount = 200;
         KQexNode*              lTop = RandomNodes(lStage.mScene, lCount, lSeed)[0];
         const KQexAsfTreeIndex lIndex(lTop);
         int                    lNumber = 0;
-        for (KQexNode* lNode = lTop; lNode; lNode = lNode->GetNextInTree(lTop), lNumber++)
+        for (KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop), ++lNumber)
         {
             ASSERT_EQ(lIndex.GetNode(lNumber), lNode);
-            for (int lName = 0; lName <= lCount / 4; lName++) // the last one is nobody's
+            for (int lName = 0; lName <= lCount / 4; ++lName) // the last one is nobody's
             {
                 const std::string lText = std::to_string(lName);
                 const int         lFound = lIndex.Find(lText.c_str(), lNumber);
@@ -66,11 +68,13 @@ TEST(KQexAsfChildIndexTest, AnswersAsFindChildDoesWhileChildrenAreAppended)
     KQexNode*         lParent = KQexNode::Create(lStage.mScene, "parent");
     KQexNode*         lOther = KQexNode::Create(lStage.mScene, "other");
     KQexAsfChildIndex lIndex;
-    for (int lIter = 0; lIter < 60; lIter++)
+    for (int lIter = 0; lIter < 60; ++lIter)
     {
         const std::string lName = std::to_string(lIter % 40); // the first of two namesakes counts
         for (const char* lAsked : {lName.c_str(), "0", "39", "nobody"})
+        {
             EXPECT_EQ(lIndex.Find(*lParent, lAsked), lParent->FindChild(lAsked, false, false));
+        }
         KQexNode* lChild = KQexNode::Create(lStage.mScene, lName.c_str());
         lParent->AddChild(lChild);
         lChild->AddChild(KQexNode::Create(lStage.mScene, "nobody"));

@@ -13,15 +13,6 @@ using namespace qextest;
 namespace
 {
 
-// The tree as "name(child child(…))".
-std::string Tree(KQexNode* pNode)
-{
-    std::string lText = pNode->GetName();
-    for (int lIter = 0; lIter < pNode->GetChildCount(false); lIter++)
-        lText += (lIter == 0 ? "(" : " ") + Tree(pNode->GetChild(lIter));
-    return lText + (pNode->GetChildCount(false) > 0 ? ")" : "");
-}
-
 class KImportTest : public testing::Test
 {
 protected:
@@ -39,7 +30,7 @@ TEST_F(KImportTest, AChildlessRootWithALengthBecomesTwoNodes)
 {
     mRoot->mDirectionV = KgeTVector(0.0, 1.0, 0.0);
     mRoot->mLength = 5.0;
-    EXPECT_EQ(Tree(Import()), "root(root_End)");
+    EXPECT_EQ(NodeTree(Import()), "root(root_End)");
 }
 
 TEST_F(KImportTest, OnlyLeavesWithALengthGetAnEnd)
@@ -50,7 +41,7 @@ TEST_F(KImportTest, OnlyLeavesWithALengthGetAnEnd)
     Bone(mRoot, "negative")->mLength = -1.0;
     Bone(Bone(mRoot, "inner", {5}, {0.0, 3.0, 0.0}), "leaf", {5}, {0.0, 1e-12, 0.0});
     KQexNode* lNode = Import();
-    EXPECT_EQ(Tree(lNode), "root(long(long_End) none negative inner(leaf(leaf_End)))");
+    EXPECT_EQ(NodeTree(lNode), "root(long(long_End) none negative inner(leaf(leaf_End)))");
     EXPECT_EQ(lNode->GetParent(), nullptr);
     EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
 }
@@ -59,7 +50,7 @@ TEST_F(KImportTest, EveryNodeIsAJointOfASkeleton)
 {
     Bone(mRoot, "leaf", {5}, {0.0, 3.0, 0.0});
     KQexNode* lTop = Import();
-    for (KQexNode* lNode = lTop; lNode; lNode = lNode->GetNextInTree(lTop))
+    for (KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop))
     {
         ASSERT_TRUE(lNode->GetSkeleton());
         EXPECT_EQ(static_cast<int>(lNode->GetSkeleton()->GetSkeletonType()), 2);
@@ -107,14 +98,14 @@ TEST_F(KImportTest, NoRootIsNoNode)
     EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
 }
 
-// Every number of allocations that succeed before memory runs out: null and a scene without anything new, or all of it.
+/// Every number of allocations that succeed before memory runs out: null and a scene without anything new, or all of it.
 TEST_F(KImportTest, WithoutMemoryNothingStays)
 {
     Bone(Bone(mRoot, "a", {5}, {1.0, 0.0, 0.0}), "b", {5}, {0.0, 3.0, 0.0});
     mRoot->SetupPosition(false, false);
     mStage.mScene->CreateAnimStack("take");
     const int lBefore = mStage.mScene->GetObjectCount();
-    for (long lFail = 0; lFail < 1000; lFail++)
+    for (long lFail = 0; lFail < 1000; ++lFail)
     {
         // Curves of a failed import went with its nodes, as they do when an importer gives up.
         mRoot->CreateDataFromDOF(mStage.mScene);
@@ -122,9 +113,9 @@ TEST_F(KImportTest, WithoutMemoryNothingStays)
         lWatch.FailAfter(lFail);
         KQexNode* lNode = mStage.mAsf->ASFToQEX(mStage.mScene, "take", true, true, true);
         lWatch.FailAfter(-1);
-        if (lNode)
+        if (lNode != nullptr)
         {
-            EXPECT_EQ(Tree(lNode), "root(a(b(b_End)))");
+            EXPECT_EQ(NodeTree(lNode), "root(a(b(b_End)))");
             EXPECT_GT(lFail, 20);
             lNode->Destroy(true);
             return;
@@ -154,8 +145,10 @@ protected:
     static std::map<std::string, KQexVector4> Places(const KStage& pStage, KQexNode* pTop, KTime pTime)
     {
         std::map<std::string, KQexVector4> lPlaces;
-        for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+        for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
+        {
             lPlaces[lNode->GetName()] = pStage.mScene->GetEvaluator()->GetNodeGlobalTransform(lNode, pTime).GetT();
+        }
         return lPlaces;
     }
 
@@ -180,26 +173,30 @@ protected:
         lRoot->mPositionV.Init(); // an offset of the root is carried in ways that differ with the flags
         lRoot->SetupPosition(pFlags.mOffset, pFlags.mPreRotation);
         if (pRemoveDummy)
+        {
             lRoot->RemoveDummy(pFlags.mOffset, pFlags.mPreRotation);
+        }
         lRoot->CreateDataFromDOF(lStage.mScene);
         std::mt19937                           lRandom(pSeed);
         std::uniform_real_distribution<double> lAngle(-60.0, 60.0);
-        for (long long lFrame = 0; lFrame < 2; lFrame++)
+        for (long long lFrame = 0; lFrame < 2; ++lFrame)
+        {
             for (KQexAsfNode* lBone : lMoved)
             {
                 const double lValues[3] = {lAngle(lRandom), lAngle(lRandom), lAngle(lRandom)};
                 lBone->AddSampleFromDOF(lValues, KTime(lFrame), 1.0, 1.0, pFlags.mOffset, pFlags.mPreRotation);
             }
+        }
         lRoot->StopSamplingData();
         KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, pFlags.mOffset, pFlags.mPreRotation);
         return Places(lStage, lTop, KTime(1));
     }
 };
 
-// The flags choose what carries the frames, and clean-up what carries an offset; where the bones are stays the same.
+/// The flags choose what carries the frames, and clean-up what carries an offset; where the bones are stays the same.
 TEST_P(KImportPropertyTest, PlacesDoNotDependOnTheFlags)
 {
-    for (unsigned int lSeed = 1; lSeed <= 10; lSeed++)
+    for (unsigned int lSeed = 1; lSeed <= 10; ++lSeed)
     {
         const std::map<std::string, KQexVector4> lPlain = Moved(lSeed, false, {false, false});
         for (bool lRemoveDummy : {false, true})
@@ -207,13 +204,15 @@ TEST_P(KImportPropertyTest, PlacesDoNotDependOnTheFlags)
             const std::map<std::string, KQexVector4> lPlaces = Moved(lSeed, lRemoveDummy, GetParam());
             EXPECT_EQ(lPlaces.size() < lPlain.size(), lRemoveDummy);
             for (const auto& [lName, lPlace] : lPlaces)
-                for (int lIter = 0; lIter < 3; lIter++)
+            {
+                for (int lIter = 0; lIter < 3; ++lIter)
                 {
                     if (lPlain.count(lName)) // a bone may become a leaf, and get an end, by clean-up
                     {
                         EXPECT_NEAR(lPlace[lIter], lPlain.at(lName)[lIter], 1e-5) << lName << " seed " << lSeed;
                     }
                 }
+            }
         }
     }
 }

@@ -24,9 +24,13 @@ std::string Flags(const KQexLimits& pLimits, bool pMin)
 {
     bool lFlags[3];
     if (pMin)
+    {
         pLimits.GetLimitMinActive(lFlags[0], lFlags[1], lFlags[2]);
+    }
     else
+    {
         pLimits.GetLimitMaxActive(lFlags[0], lFlags[1], lFlags[2]);
+    }
     return std::string(lFlags[0] ? "x" : "-") + (lFlags[1] ? "y" : "-") + (lFlags[2] ? "z" : "-");
 }
 
@@ -36,7 +40,7 @@ protected:
     // Every row holds (-10 × (code + 1), 10 × (code + 1)); nothing is active yet.
     KLimitsTest()
     {
-        for (int lRow = 0; lRow < 6; lRow++)
+        for (int lRow = 0; lRow < 6; ++lRow)
         {
             mBone.mLimitsBuf[lRow][0] = -10.0 * (lRow + 1);
             mBone.mLimitsBuf[lRow][1] = 10.0 * (lRow + 1);
@@ -60,9 +64,13 @@ protected:
 TEST_F(KLimitsTest, RotationLimitsComeWithPreRotationsAlone)
 {
     for (int lCode : {3, 4, 5})
+    {
         Activate(lCode);
+    }
     for (bool lOffset : {false, true})
+    {
         mBone.SetLimits(mNode, lOffset, false);
+    }
     EXPECT_FALSE(mR.GetActive());
     EXPECT_EQ(Flags(mR, true), "---");
     mBone.SetLimits(mNode, true, true);
@@ -76,9 +84,13 @@ TEST_F(KLimitsTest, RotationLimitsComeWithPreRotationsAlone)
 TEST_F(KLimitsTest, TranslationLimitsComeWithOffsetsAlone)
 {
     for (int lCode : {0, 1, 2})
+    {
         Activate(lCode);
+    }
     for (bool lPreRotation : {false, true})
+    {
         mBone.SetLimits(mNode, false, lPreRotation);
+    }
     EXPECT_FALSE(mT.GetActive());
     mBone.SetLimits(mNode, true, false);
     EXPECT_TRUE(mT.GetActive());
@@ -176,6 +188,7 @@ TEST_F(KDofFramesTest, EachFlagSetsItsOwn)
     KQexAsfNode* lBone = Bone(mRoot, "bone", {5}, {1.0, 0.0, 0.0}, {0.0, 0.0, 120.0});
     lBone->mParentPositionV = KgeTVector(0.0, 4.0, 0.0);
     for (bool lOffset : {false, true})
+    {
         for (bool lPreRotation : {false, true})
         {
             KQexNode* lNode = KQexNode::Create(mStage.mScene, "bone");
@@ -185,6 +198,7 @@ TEST_F(KDofFramesTest, EachFlagSetsItsOwn)
             EXPECT_EQ(lNode->GetRotationOffset()[3], 0.0);
             EXPECT_EQ(lNode->GetPreRotation()[3], 0.0);
         }
+    }
     EXPECT_EQ(lBone->mParentPositionV.mData[1], 4.0);
 }
 

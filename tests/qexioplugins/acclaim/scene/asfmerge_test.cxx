@@ -8,16 +8,18 @@ using namespace qextest;
 namespace
 {
 
-// The tree as "name(child child(…))".
+/// The tree as "name(child child(…))".
 std::string Tree(KQexNode* pNode)
 {
     std::string lText = pNode->GetName();
-    for (int lIter = 0; lIter < pNode->GetChildCount(false); lIter++)
+    for (int lIter = 0; lIter < pNode->GetChildCount(false); ++lIter)
+    {
         lText += (lIter == 0 ? "(" : " ") + Tree(pNode->GetChild(lIter));
+    }
     return lText + (pNode->GetChildCount(false) > 0 ? ")" : "");
 }
 
-// A skeleton root(a(b) c), sampled with two frames, and a host tree to bind it to.
+/// A skeleton root(a(b) c), sampled with two frames, and a host tree to bind it to.
 class KMergeTest : public testing::Test
 {
 protected:
@@ -28,11 +30,13 @@ protected:
         mRoot->SetupPosition(false, false);
         mRoot->CreateDataFromDOF(mStage.mScene);
         for (KQexAsfNode* lBone : {mRoot, mRoot->Find("a"), mRoot->Find("b"), mRoot->Find("c")})
-            for (long long lFrame = 0; lFrame < 2; lFrame++)
+        {
+            for (long long lFrame = 0; lFrame < 2; ++lFrame)
             {
                 const double lValues[6] = {1.0, 2.0, 3.0, 4.0, 5.0, 6.0 + static_cast<double>(lFrame)};
                 lBone->AddSampleFromDOF(lValues, KTime(lFrame), 1.0, 1.0, false, false);
             }
+        }
         mRoot->StopSamplingData();
     }
 
@@ -40,15 +44,19 @@ protected:
     {
         KQexNode* lNode = KQexNode::Create(mStage.mScene, pName);
         if (pSkeleton)
+        {
             lNode->SetNodeAttribute(KQexSkeleton::Create(mStage.mScene, ""));
-        if (pParent)
+        }
+        if (pParent != nullptr)
+        {
             pParent->AddChild(lNode);
+        }
         return lNode;
     }
 
     bool MergeScene(KQexNode* pWhere) { return mStage.mAsf->MergeASFToQEX(mStage.mScene, pWhere, "take", true, false, true); }
 
-    static bool HasCurves(KQexNode* pNode) { return pNode && pNode->mLocalRotation.GetCurveNode(false, "take"); }
+    static bool HasCurves(KQexNode* pNode) { return pNode != nullptr && pNode->mLocalRotation.GetCurveNode(false, "take") != nullptr; }
 
     KStage       mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
@@ -68,14 +76,18 @@ TEST_F(KMergeTest, WhereEveryBoneExistsNoNodeIsMade)
     EXPECT_EQ(mTop->GetChildCount(true), lNodes);
     EXPECT_EQ(Tree(mTop), "top(root(a(b) c))");
     for (const char* lName : {"root", "a", "b", "c"})
+    {
         EXPECT_TRUE(HasCurves(mTop->FindChild(lName, true, false))) << lName;
+    }
     // What was there keeps its order, its offsets and its limits.
     EXPECT_EQ(lA->GetRotationOrder(), eEULER_YZX);
     EXPECT_EQ(lA->GetRotationOffset()[1], 2.0);
     EXPECT_FALSE(lA->GetRotationActive());
     EXPECT_EQ(lA->mLocalTranslation.Get()[0], mRoot->Find("a")->mLT.mData[0]);
     for (KQexAsfNode* lBone : {mRoot, mRoot->Find("b")})
+    {
         EXPECT_FALSE(lBone->mLRData[0]);
+    }
 }
 
 TEST_F(KMergeTest, AMissingBoneIsBuiltWithAllBelowIt)
@@ -85,7 +97,9 @@ TEST_F(KMergeTest, AMissingBoneIsBuiltWithAllBelowIt)
     EXPECT_EQ(Tree(mTop), "top(root(c a(b(b_End))))");
     EXPECT_TRUE(mTop->FindChild("a", true, false)->GetRotationActive());
     for (const char* lName : {"root", "a", "b", "c"})
+    {
         EXPECT_TRUE(HasCurves(mTop->FindChild(lName, true, false))) << lName;
+    }
 }
 
 TEST_F(KMergeTest, TheWalkGoesOnBesideAMissingBone)
@@ -163,7 +177,7 @@ TEST_F(KMergeTest, BelowTheBoneTheWalkEndsThere)
     EXPECT_TRUE(mRoot->Find("c")->mLRData[0]);
 }
 
-// Binding a skeleton to host nodes by name.
+/// Binding a skeleton to host nodes by name.
 class KBindTest : public testing::Test
 {
 protected:
@@ -171,8 +185,10 @@ protected:
     {
         KQexNode* lNode = KQexNode::Create(mStage.mScene, pName);
         lNode->SetRotationOffset(kPivotSet0, KQexVector4(pOffset, 0.0, 0.0));
-        if (pParent)
+        if (pParent != nullptr)
+        {
             pParent->AddChild(lNode);
+        }
         return lNode;
     }
 
@@ -201,8 +217,9 @@ TEST_F(KBindTest, ABoneInBetweenThatIsMissingIsPassedOver)
     EXPECT_EQ(lB->mTOffset[0], 0.0);
     EXPECT_EQ(lC->mTOffset[0], 4.0);
     EXPECT_EQ(lD->mTOffset[0], 5.0);
-    for (int lRow = 0; lRow < 3; lRow++)
-        for (int lColumn = 0; lColumn < 3; lColumn++)
+    for (int lRow = 0; lRow < 3; ++lRow)
+    {
+        for (int lColumn = 0; lColumn < 3; ++lColumn)
         {
             EXPECT_EQ(lA->mParentAxisRM.mData[lRow][lColumn], mRoot->mAxisRM.mData[lRow][lColumn]);
             EXPECT_EQ(lB->mParentAxisRM.mData[lRow][lColumn], lBefore.mData[lRow][lColumn]);
@@ -211,6 +228,7 @@ TEST_F(KBindTest, ABoneInBetweenThatIsMissingIsPassedOver)
             EXPECT_EQ(lD->mParentAxisRM.mData[lRow][lColumn], mRoot->mAxisRM.mData[lRow][lColumn]);
             EXPECT_EQ(mRoot->mParentAxisRM.mData[lRow][lColumn], lRow == lColumn ? 1.0 : 0.0);
         }
+    }
 }
 
 TEST_F(KBindTest, NoNameMatchingIsNoFailure)
@@ -242,7 +260,7 @@ TEST_F(KBindTest, EverythingElseStays)
     const KgeTVector lLT = lA->mLT;
     const KgeTVector lParentPosition = lA->mParentPositionV;
     EXPECT_TRUE(Merge());
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         EXPECT_EQ(lA->mLT.mData[lIter], lLT.mData[lIter]);
         EXPECT_EQ(lA->mParentPositionV.mData[lIter], lParentPosition.mData[lIter]);

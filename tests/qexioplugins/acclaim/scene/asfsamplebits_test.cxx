@@ -14,14 +14,16 @@ using namespace qextest;
 namespace
 {
 
-// One frame of a bone by the general operations alone: a matrix for every rotation, a product for every step.
+/// One frame of a bone by the general operations alone: a matrix for every rotation, a product for every step.
 struct KReference
 {
     KReference(const KQexAsfNode& pBone, const double* pDOF, double pLengthUnit, double pAngleUnit, bool pOffset, bool pPreRotation)
     {
         KgeRMatrix lRM;
-        for (int lIter = 0; lIter < pBone.mOrderCount; lIter++)
+        for (int lIter = 0; lIter < pBone.mOrderCount; ++lIter)
+        {
             AddDof(pBone.mOrderBuf[lIter], pDOF[lIter], pLengthUnit, pAngleUnit, lRM);
+        }
         KgeMult(mT, pBone.mAxisRM, KgeTVector(mT));
         if (!pOffset)
         {
@@ -29,9 +31,13 @@ struct KReference
             KgeMult(mT, pBone.mParentAxisRMInv, KgeTVector(mT));
         }
         else if (pBone.mParent)
+        {
             KgeMult(mT, pBone.mParent->mAxisRMInv, KgeTVector(mT));
+        }
         if (!pPreRotation)
+        {
             FoldAxis(pBone, lRM);
+        }
     }
 
     void AddDof(int pCode, double pValue, double pLengthUnit, double pAngleUnit, KgeRMatrix& pRM)
@@ -46,8 +52,10 @@ struct KReference
         else if (pCode >= 3 && pCode <= 5)
         {
             lRDOF.mData[5 - pCode] = pValue * pAngleUnit;
-            for (int lIter = 0; lIter < 3; lIter++)
+            for (int lIter = 0; lIter < 3; ++lIter)
+            {
                 mR.mData[lIter] += lRDOF.mData[lIter];
+            }
             KgeRMatrix lRMDOF;
             KgeSet(lRMDOF, lRDOF);
             KgeMult(pRM, lRMDOF, KgeRMatrix(pRM));
@@ -61,8 +69,10 @@ struct KReference
         const int lOrder = EulerOrderFromOrderBuf(pBone.mOrderBuf, pBone.mOrderCount);
         KgeSet(mR, pRM, lOrder);
         const KgeRVector lTmp = mR;
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
+        {
             mR.mData[KmEulerAxis[lOrder][lIter]] = lTmp.mData[lIter];
+        }
     }
 
     KgeTVector mT;
@@ -82,7 +92,7 @@ std::uint32_t KeyBits(const KQexAnimCurve* pCurve)
     return Bits(static_cast<double>(pCurve->GetValue(0)));
 }
 
-// Round angles put exact zeros and ones, of either sign, into the matrices: where a product by 0 or 1 is left out, they tell.
+/// Round angles put exact zeros and ones, of either sign, into the matrices: where a product by 0 or 1 is left out, they tell.
 double RandomValue(std::mt19937& pRandom)
 {
     static const double kRound[] = {0.0, -0.0, 90.0, -90.0, 180.0, -180.0, 45.0, 270.0, 360.0, 1e-9, -1e-300, 89.99999};
@@ -114,13 +124,15 @@ protected:
             return KgeRVector(RandomValue(pRandom), RandomValue(pRandom), RandomValue(pRandom));
         };
         std::vector<int> lDofs;
-        for (auto lCount = pRandom() % 7; lCount > 0; lCount--)
+        for (auto lCount = pRandom() % 7; lCount > 0; --lCount)
+        {
             lDofs.push_back(static_cast<int>(pRandom() % 8) - 1);
+        }
         const bool lPlain = pRandom() % 3 == 0;
         mRoot = pRandom() % 4 == 0 ? nullptr : Bone(nullptr, "root", {}, {1.0, -2.0, 3.0}, lPlain ? KgeRVector() : lAxis());
         mBone = Bone(mRoot, "bone", lDofs, {0.5, 0.25, -1.0}, lPlain ? KgeRVector() : lAxis());
-        (mRoot ? mRoot : mBone)->SetupPosition(false, false);
-        (mRoot ? mRoot : mBone)->CreateDataFromDOF(mScene);
+        (mRoot != nullptr ? mRoot : mBone)->SetupPosition(false, false);
+        (mRoot != nullptr ? mRoot : mBone)->CreateDataFromDOF(mScene);
     }
 
     KQexScene*   mScene = KQexScene::Create("");
@@ -133,27 +145,29 @@ protected:
 TEST_P(KSampleBitsTest, KeysAreThoseOfTheGeneralProductsToTheLastBit)
 {
     std::mt19937 lRandom(2024);
-    for (int lRound = 0; lRound < 20000; lRound++)
+    for (int lRound = 0; lRound < 20000; ++lRound)
     {
         Roll(lRandom);
         double lValues[6];
         for (double& lValue : lValues)
+        {
             lValue = RandomValue(lRandom);
+        }
         const double     lUnit = lRound % 2 ? 1.0 : 57.29577951308232;
         const KReference lWanted(*mBone, lValues, 2.54, lUnit, GetParam().mOffset, GetParam().mPreRotation);
         mBone->AddSampleFromDOF(lValues, KTime(lRound), 2.54, lUnit, GetParam().mOffset, GetParam().mPreRotation);
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
         {
-            if (mBone->mLTData[lIter])
+            if (mBone->mLTData[lIter] != nullptr)
             {
                 ASSERT_EQ(KeyBits(mBone->mLTData[lIter]), Bits(lWanted.mT.mData[lIter])) << "round " << lRound << " t" << lIter;
             }
-            if (mBone->mLRData[lIter])
+            if (mBone->mLRData[lIter] != nullptr)
             {
                 ASSERT_EQ(KeyBits(mBone->mLRData[lIter]), Bits(lWanted.mR.mData[lIter])) << "round " << lRound << " r" << lIter;
             }
         }
-        QexSdkDelete(mRoot ? mRoot : mBone);
+        QexSdkDelete(mRoot != nullptr ? mRoot : mBone);
     }
 }
 

@@ -16,7 +16,7 @@ using namespace qextest;
 namespace
 {
 
-// Choices of the process, back to their defaults at the end.
+/// Choices of the process, back to their defaults at the end.
 struct KFilterChoice
 {
     KFilterChoice(int pFilter, bool pReducer)
@@ -34,8 +34,10 @@ struct KFilterChoice
 std::vector<float> Values(const KQexAnimCurve* pCurve)
 {
     std::vector<float> lValues;
-    for (int lIter = 0; pCurve && lIter < pCurve->GetKeyCount(); lIter++)
+    for (int lIter = 0; pCurve != nullptr && lIter < pCurve->GetKeyCount(); ++lIter)
+    {
         lValues.push_back(pCurve->GetValue(lIter));
+    }
     return lValues;
 }
 
@@ -51,9 +53,11 @@ protected:
     // One frame a tick, with both factors 1.
     static void Sample(KQexAsfNode* pBone, const std::vector<std::vector<double>>& pFrames, bool pOffset, bool pPreRotation)
     {
-        for (size_t lIter = 0; lIter < pFrames.size(); lIter++)
+        for (size_t lIter = 0; lIter < pFrames.size(); ++lIter)
+        {
             EXPECT_TRUE(
                 pBone->AddSampleFromDOF(pFrames[lIter].data(), KTime(static_cast<long long>(lIter)), 1.0, 1.0, pOffset, pPreRotation));
+        }
     }
 
     KStage mStage;
@@ -70,7 +74,7 @@ TEST_F(KSamplingTest, CurvesAreMadeForWhatABoneCanDo)
     for (KQexAsfNode* lBone : {lRoot, lTurn, lBoth, lNone, lOdd})
     {
         EXPECT_EQ(lBone->mScene, mStage.mScene);
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
         {
             EXPECT_EQ(lBone->mLTData[lIter] != nullptr, lBone == lRoot || lBone == lBoth);
             EXPECT_EQ(lBone->mLRData[lIter] != nullptr, lBone == lTurn || lBone == lBoth);
@@ -88,16 +92,20 @@ TEST_F(KSamplingTest, CurvesAreMadeForWhatABoneCanDo)
 TEST_F(KSamplingTest, EachCurveOfAGroupTakesItsKeysWithoutTheOthers)
 {
     KQexAsfNode* lRoot = Root({0, 1, 2, 5, 4, 3});
-    for (int lKept = 0; lKept < 3; lKept++)
+    for (int lKept = 0; lKept < 3; ++lKept)
     {
         lRoot->CreateDataFromDOF(mStage.mScene);
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
+        {
             for (KQexAnimCurve** lGroup : {lRoot->mLTData, lRoot->mLRData})
+            {
                 if (lIter != lKept)
                 {
                     lGroup[lIter]->Destroy();
                     lGroup[lIter] = nullptr;
                 }
+            }
+        }
         Sample(lRoot, {{10.0, 11.0, 12.0, 1.0, 0.0, 0.0}}, false, false);
         EXPECT_EQ(Values(lRoot->mLTData[lKept]), std::vector<float>{static_cast<float>(10 + lKept)});
         EXPECT_EQ(Values(lRoot->mLRData[lKept]), std::vector<float>{lKept == 0 ? 1.0F : 0.0F});
@@ -111,7 +119,7 @@ TEST_F(KSamplingTest, WhatStandsBehindTheCountedDofsDoesNotCount)
     lRoot->mOrderBuf[3] = 4;
     lRoot->CreateDataFromDOF(mStage.mScene);
     Sample(lRoot, {{3.0, 20.0, 7.0, 50.0, 9.0, 9.0}}, false, false);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         EXPECT_EQ(Values(lRoot->mLTData[lIter]), std::vector<float>{lIter == 1 ? 3.0F : 0.0F});
         ASSERT_EQ(Values(lRoot->mLRData[lIter]).size(), 1U);
@@ -144,7 +152,7 @@ TEST_F(KSamplingTest, MakingCurvesAgainEndsTheOldOnes)
 TEST_F(KSamplingTest, WithoutMemoryThereIsNoHalfOfAGroup)
 {
     KQexAsfNode* lRoot = Root({0, 5});
-    for (long lFail = 0; lFail < 100; lFail++)
+    for (long lFail = 0; lFail < 100; ++lFail)
     {
         KMemoryWatch lWatch;
         lWatch.FailAfter(lFail);
@@ -157,12 +165,14 @@ TEST_F(KSamplingTest, WithoutMemoryThereIsNoHalfOfAGroup)
         lRoot->mOrderCount = 2;
         EXPECT_EQ(lWatch.GetBlocks(), 0U);
         if (lDone)
+        {
             return;
+        }
     }
     FAIL() << "never done";
 }
 
-struct KKeyCase
+struct KSampleKeysCase
 {
     const char*         mWhat;
     std::vector<int>    mDofs;
@@ -173,28 +183,28 @@ struct KKeyCase
     double              mR[3];
 };
 
-class KSampleKeyTest : public testing::TestWithParam<KKeyCase>
+class KSampleKeyTest : public testing::TestWithParam<KSampleKeysCase>
 {
 };
 
-// The bone's axis is turned 90 degrees about z, its parent's 90 degrees about x; its parent's end is at (1, 2, 3).
+/// The bone's axis is turned 90 degrees about z, its parent's 90 degrees about x; its parent's end is at (1, 2, 3).
 TEST_P(KSampleKeyTest, OneFrameBecomesTheseKeys)
 {
-    const KKeyCase& lCase = GetParam();
-    KStage          lStage;
-    KQexAsfNode*    lRoot = lStage.mAsf->mRoot = Bone(nullptr, "root", {}, {1.0, 2.0, 3.0}, {90.0, 0.0, 0.0});
-    KQexAsfNode*    lBone = Bone(lRoot, "bone", lCase.mDofs, {0.0, 1.0, 0.0}, {0.0, 0.0, 90.0});
+    const KSampleKeysCase& lCase = GetParam();
+    KStage                 lStage;
+    KQexAsfNode*           lRoot = lStage.mAsf->mRoot = Bone(nullptr, "root", {}, {1.0, 2.0, 3.0}, {90.0, 0.0, 0.0});
+    KQexAsfNode*           lBone = Bone(lRoot, "bone", lCase.mDofs, {0.0, 1.0, 0.0}, {0.0, 0.0, 90.0});
     KgeMult(lRoot->mPositionV, lRoot->mDirectionV, lRoot->mLength);
     lRoot->SetupPosition(false, false);
     lRoot->CreateDataFromDOF(lStage.mScene);
     lBone->AddSampleFromDOF(lCase.mValues.data(), KTime(5), 2.0, 10.0, lCase.mOffset, lCase.mPreRotation);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
-        if (lBone->mLTData[lIter])
+        if (lBone->mLTData[lIter] != nullptr)
         {
             EXPECT_NEAR(lBone->mLTData[lIter]->GetValue(0), lCase.mT[lIter], 1e-5) << "t" << lIter;
         }
-        if (lBone->mLRData[lIter])
+        if (lBone->mLRData[lIter] != nullptr)
         {
             EXPECT_NEAR(lBone->mLRData[lIter]->GetValue(0), lCase.mR[lIter], 1e-5) << "r" << lIter;
             EXPECT_EQ(lBone->mLRData[lIter]->GetKey(0).GetTime().Get(), 5);
@@ -206,20 +216,22 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, KSampleKeyTest,
     testing::Values(
         // Translation (2, 0, 0) in the bone's axis frame is (0, 2, 0); with the parent's end (1, 4, 3); in the parent's frame (1, 3, -4).
-        KKeyCase{"whole position", {0, 4}, {1.0, 0.0}, false, true, {1.0, 3.0, -4.0}, {0.0, 0.0, 0.0}},
-        KKeyCase{"displacement alone", {0, 4}, {1.0, 0.0}, true, true, {0.0, 0.0, -2.0}, {0.0, 0.0, 0.0}},
-        KKeyCase{"translations add up", {0, 2, 0}, {1.0, 1.0, 1.0}, true, true, {0.0, 2.0, -4.0}, {0.0, 0.0, 0.0}},
-        KKeyCase{"y alone", {1, 5}, {1.0, 0.0}, true, true, {-2.0, 0.0, 0.0}, {0.0, 0.0, 0.0}},
-        KKeyCase{"angles by axis", {3, 5, 4}, {1.0, 2.0, 3.0}, true, true, {}, {20.0, 30.0, 10.0}},
-        KKeyCase{"angles add up", {5, 5}, {1.0, 2.0}, true, true, {}, {30.0, 0.0, 0.0}},
+        KSampleKeysCase{"whole position", {0, 4}, {1.0, 0.0}, false, true, {1.0, 3.0, -4.0}, {0.0, 0.0, 0.0}},
+        KSampleKeysCase{"displacement alone", {0, 4}, {1.0, 0.0}, true, true, {0.0, 0.0, -2.0}, {0.0, 0.0, 0.0}},
+        KSampleKeysCase{"translations add up", {0, 2, 0}, {1.0, 1.0, 1.0}, true, true, {0.0, 2.0, -4.0}, {0.0, 0.0, 0.0}},
+        KSampleKeysCase{"y alone", {1, 5}, {1.0, 0.0}, true, true, {-2.0, 0.0, 0.0}, {0.0, 0.0, 0.0}},
+        KSampleKeysCase{"angles by axis", {3, 5, 4}, {1.0, 2.0, 3.0}, true, true, {}, {20.0, 30.0, 10.0}},
+        KSampleKeysCase{"angles add up", {5, 5}, {1.0, 2.0}, true, true, {}, {30.0, 0.0, 0.0}},
         // The axis is Rz(90), the parent's inverse Rx(-90): at rest Rx(-90) Rz(90), which the order ZYX (z first) takes apart again.
-        KKeyCase{"axis folded in", {5}, {0.0}, true, false, {}, {-90.0, 0.0, 90.0}},
-        KKeyCase{"an unknown code uses up its value", {6, 5, -1, 4}, {7.0, 1.0, 7.0, 2.0}, true, true, {}, {10.0, 20.0, 0.0}}),
-    [](const testing::TestParamInfo<KKeyCase>& pInfo)
+        KSampleKeysCase{"axis folded in", {5}, {0.0}, true, false, {}, {-90.0, 0.0, 90.0}},
+        KSampleKeysCase{"an unknown code uses up its value", {6, 5, -1, 4}, {7.0, 1.0, 7.0, 2.0}, true, true, {}, {10.0, 20.0, 0.0}}),
+    [](const testing::TestParamInfo<KSampleKeysCase>& pInfo)
     {
         std::string lName;
-        for (const char* lAt = pInfo.param.mWhat; *lAt; lAt++)
+        for (const char* lAt = pInfo.param.mWhat; *lAt; ++lAt)
+        {
             lName += *lAt == ' ' ? '_' : *lAt;
+        }
         return lName;
     });
 
@@ -246,8 +258,10 @@ TEST_F(KSamplingTest, RxAloneFillsThreeCurves)
         lRoot->CreateDataFromDOF(mStage.mScene);
         Sample(lRoot, {{40.0}, {50.0}}, true, lPreRotation);
         EXPECT_FALSE(lRoot->mLTData[0]);
-        for (int lIter = 0; lIter < 3; lIter++)
+        for (int lIter = 0; lIter < 3; ++lIter)
+        {
             EXPECT_EQ(lRoot->mLRData[lIter]->GetKeyCount(), 2);
+        }
         EXPECT_EQ(lRoot->mLRData[1]->GetValue(1) == 0.0F, lPreRotation);
         EXPECT_EQ(lRoot->mLRData[2]->GetValue(1) == 0.0F, lPreRotation);
     }
@@ -262,7 +276,7 @@ TEST_F(KSamplingTest, ASingleFrameIsNoMotion)
     Sample(lRoot, {{1.0, 2.0}}, false, false);
     Sample(lChild, {{1.0}, {2.0}}, false, false);
     lRoot->StopSamplingData();
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
     {
         EXPECT_FALSE(lRoot->mLTData[lIter] || lRoot->mLRData[lIter]);
         EXPECT_TRUE(lChild->mLRData[lIter]);
@@ -296,8 +310,10 @@ TEST_F(KSamplingTest, RotationsAreFilteredAsChosen)
         const std::vector<float> lGot = Values(lRoot->mLRData[0]);
         const std::vector<float> lPlain = {170.0F, -170.0F, -150.0F};
         ASSERT_EQ(lGot.size(), 3U);
-        for (size_t lIter = 0; lIter < 3; lIter++)
+        for (size_t lIter = 0; lIter < 3; ++lIter)
+        {
             EXPECT_NEAR(lGot[lIter], lPlain[lIter] + (lIsUnrolled && lIter > 0 ? 360.0F : 0.0F), 1e-3) << "filter " << lFilter;
+        }
     }
 }
 
@@ -318,8 +334,10 @@ TEST_F(KSamplingTest, TheUnrollFilterGetsTheOrderCodeItself)
     KQexAnimCurveFilterUnroll lFilter;
     lFilter.SetRotationOrder(2);
     lFilter.Apply(lOther.mLRData, 3);
-    for (int lIter = 0; lIter < 3; lIter++)
+    for (int lIter = 0; lIter < 3; ++lIter)
+    {
         EXPECT_EQ(Values(lRoot->mLRData[lIter]), Values(lOther.mLRData[lIter]));
+    }
     EXPECT_NEAR(lRoot->mLRData[2]->GetValue(1), 92.0F, 1e-3);
 }
 
@@ -351,7 +369,7 @@ TEST_F(KSamplingTest, CurvesAreHandedOverOnce)
     ASSERT_TRUE(lT && lR);
     EXPECT_EQ(lT->GetCurve(1), lCurve);
     EXPECT_STREQ(lR->GetCurve(2)->GetName(), "root_rz");
-    for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+    for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
     {
         EXPECT_FALSE(lRoot->mLTData[lChannel] || lRoot->mLRData[lChannel]);
         EXPECT_EQ(lT->GetChannelValue<double>(lChannel, -1.0), 1.0 + lChannel);
@@ -365,7 +383,7 @@ TEST_F(KSamplingTest, CurvesAreHandedOverOnce)
     EXPECT_EQ(lT->GetChannelValue<double>(2, -1.0), 3.0);
 }
 
-// What cannot be connected is no want of memory: the node is made, with its values and without the curves.
+/// What cannot be connected is no want of memory: the node is made, with its values and without the curves.
 TEST_F(KSamplingTest, CurvesOfAnotherSceneStayWithTheBone)
 {
     KQexAsfNode* lRoot = Root({5});
@@ -413,7 +431,7 @@ TEST_F(KSamplingTest, WithoutCurvesOnlyValuesAreWritten)
     EXPECT_EQ(mStage.mScene->FindAnimStack("take"), nullptr);
 }
 
-// In a process of its own, because each report is made once in a process.
+/// In a process of its own, because each report is made once in a process.
 [[noreturn]] void HandOverToNoTake()
 {
     KAssertWatch lWatch;
@@ -425,8 +443,10 @@ TEST_F(KSamplingTest, WithoutCurvesOnlyValuesAreWritten)
         lRoot->mLR = KgeRVector(4.0, 5.0, 6.0);
         lRoot->CreateDataFromDOF(lStage.mScene);
         for (const char* lTake : {"", static_cast<const char*>(nullptr), ""})
-            lKept = lKept && lRoot->SetKFCurves(lNode, lTake) && lRoot->mLTData[0] && lRoot->mLRData[2] &&
+        {
+            lKept = lKept && lRoot->SetKFCurves(lNode, lTake) && lRoot->mLTData[0] != nullptr && lRoot->mLRData[2] != nullptr &&
                     lNode->mLocalRotation.Get()[2] == 6.0;
+        }
     }
     const auto& lReports = lWatch.GetReports();
     const bool  lReported = lReports.size() == 2 && lReports[0].mFile == "qexioplugins/acclaim/kqexfileacclaimasf" &&

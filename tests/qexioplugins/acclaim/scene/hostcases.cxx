@@ -19,12 +19,14 @@ T Vector3(const json& pValue)
 
 void FillLimits(KQexAsfNode& pBone, const json& pDescription)
 {
-    for (size_t lRow = 0; lRow < 6; lRow++)
-        for (size_t lBound = 0; lBound < 2; lBound++)
+    for (size_t lRow = 0; lRow < 6; ++lRow)
+    {
+        for (size_t lBound = 0; lBound < 2; ++lBound)
         {
             pBone.mLimitsBuf[lRow][lBound] = pDescription["limits"][lRow][lBound].get<double>();
             pBone.mLimitsActive[lRow][lBound] = pDescription["limitsActive"][lRow][lBound].get<bool>();
         }
+    }
 }
 
 void FillLimits(KQexLimits& pLimits, const json& pDescription)
@@ -54,13 +56,19 @@ void AddCurve(KQexNode& pNode, KQexAnimCurveNode& pCurveNode, unsigned int pChan
 void AddCurves(KQexNode& pNode, const json& pTakes)
 {
     for (const auto& lTake : pTakes.items())
+    {
         for (const auto& lGroup : lTake.value().items())
         {
             KQexAnimCurveNode* lCurveNode = Property(pNode, lGroup.key()).GetCurveNode(true, lTake.key().c_str());
-            for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+            for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
+            {
                 if (!lGroup.value()[lChannel].is_null())
+                {
                     AddCurve(pNode, *lCurveNode, lChannel, "old_" + lGroup.key() + "xyz"[lChannel], lGroup.value()[lChannel]);
+                }
+            }
         }
+    }
 }
 
 KQexNode* MakeNode(KQexScene* pScene, const json& pDescription)
@@ -84,12 +92,18 @@ KQexNode* MakeNode(KQexScene* pScene, const json& pDescription)
     {
         const json& lLimits = pDescription["limits"];
         if (lLimits.contains("t"))
+        {
             FillLimits(lNode->GetLimits().mTranslationLimits, lLimits["t"]);
+        }
         if (lLimits.contains("r"))
+        {
             FillLimits(lNode->GetLimits().mRotationLimits, lLimits["r"]);
+        }
     }
     if (pDescription.contains("curves"))
+    {
         AddCurves(*lNode, pDescription["curves"]);
+    }
     return lNode;
 }
 
@@ -98,7 +112,9 @@ KQexNode* MakeNode(KQexScene* pScene, const json& pDescription)
 KQexProperty Property(KQexNode& pNode, const std::string& pWhich)
 {
     if (pWhich == "t")
+    {
         return pNode.mLocalTranslation;
+    }
     return pWhich == "r" ? pNode.mLocalRotation : pNode.mLocalScaling;
 }
 
@@ -114,9 +130,13 @@ KHostCase::KHostCase(const json& pCase) : mScene(KQexScene::Create("")), mAsf(Qe
             mBones.push_back(MakeBone(lBone));
             const int lParent = lBone["parent"].get<int>();
             if (lParent < 0)
+            {
                 mAsf->mRoot = mBones.back();
+            }
             else
+            {
                 mBones[static_cast<size_t>(lParent)]->AddChild(mBones.back());
+            }
         }
     }
     if (pCase.contains("host"))
@@ -127,10 +147,14 @@ KHostCase::KHostCase(const json& pCase) : mScene(KQexScene::Create("")), mAsf(Qe
             mNodes.push_back(MakeNode(mScene, lNode));
             const int lParent = lNode["parent"].get<int>();
             if (lParent >= 0)
+            {
                 mNodes[static_cast<size_t>(lParent)]->AddChild(mNodes.back());
+            }
         }
         if (!lHost["current"].is_null())
+        {
             mScene->GetEvaluator()->SetContext(mScene->CreateAnimStack(lHost["current"].get<std::string>().c_str()));
+        }
     }
 }
 
@@ -145,7 +169,9 @@ KQexAsfNode* MakeBone(const json& pBone)
     KQexAsfNode* lBone = QexSdkNew<KQexAsfNode>();
     std::strcpy(lBone->mName, pBone["name"].get<std::string>().c_str());
     for (const json& lCode : pBone["dof"])
+    {
         lBone->mOrderBuf[lBone->mOrderCount++] = lCode.get<int>();
+    }
     FillLimits(*lBone, pBone);
     lBone->mInvalidateRLimits = pBone.value("invalidLimits", false);
     lBone->mDirectionV = Vector3<KgeTVector>(pBone["direction"]);
@@ -155,11 +181,17 @@ KQexAsfNode* MakeBone(const json& pBone)
     KgeSet(lBone->mAxisRM, lBone->mOrientationV, lBone->mOrientationOrder);
     KgeInverse(lBone->mAxisRMInv, lBone->mAxisRM);
     if (pBone.contains("position"))
+    {
         lBone->mPositionV = Vector3<KgeTVector>(pBone["position"]);
+    }
     if (pBone.contains("lt"))
+    {
         lBone->mLT = Vector3<KgeTVector>(pBone["lt"]);
+    }
     if (pBone.contains("lr"))
+    {
         lBone->mLR = Vector3<KgeRVector>(pBone["lr"]);
+    }
     return lBone;
 }
 

@@ -34,11 +34,15 @@ json Rows(const KgeRMatrix& pMatrix)
 
 json DescribeCurveNode(const KQexAnimCurveNode* pCurveNode)
 {
-    if (!pCurveNode)
+    if (pCurveNode == nullptr)
+    {
         return nullptr;
+    }
     json lValues = json::array();
-    for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+    for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
+    {
         lValues.push_back(pCurveNode->GetChannelValue<double>(lChannel, -1.0));
+    }
     return {{"animated", pCurveNode->IsAnimated(true)}, {"values", lValues}};
 }
 
@@ -57,11 +61,15 @@ json DescribeLimits(const KQexLimits& pLimits)
 
 json DescribeCurve(const KQexAnimCurve* pCurve)
 {
-    if (!pCurve)
+    if (pCurve == nullptr)
+    {
         return nullptr;
+    }
     json lKeys = json::array();
-    for (int lIter = 0; lIter < pCurve->GetKeyCount(); lIter++)
+    for (int lIter = 0; lIter < pCurve->GetKeyCount(); ++lIter)
+    {
         lKeys.push_back({pCurve->GetKey(lIter).GetTime().Get(), pCurve->GetValue(lIter)});
+    }
     return {{"name", pCurve->GetName()}, {"keys", lKeys}};
 }
 
@@ -69,17 +77,21 @@ json DescribeTakes(KQexNode& pNode)
 {
     json       lTakes = json::object();
     KQexScene* lScene = pNode.GetScene();
-    for (int lIter = 0; lIter < lScene->GetAnimStackCount(); lIter++)
+    for (int lIter = 0; lIter < lScene->GetAnimStackCount(); ++lIter)
     {
         const char* lTake = lScene->GetAnimStack(lIter)->GetName();
         for (const char* lWhich : {"t", "r", "s"})
         {
             KQexAnimCurveNode* lCurveNode = Property(pNode, lWhich).GetCurveNode(false, lTake);
-            if (!lCurveNode)
+            if (lCurveNode == nullptr)
+            {
                 continue;
+            }
             json lGroup = DescribeCurveNode(lCurveNode);
-            for (unsigned int lChannel = 0; lChannel < 3; lChannel++)
+            for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
+            {
                 lGroup["curves"].push_back(DescribeCurve(lCurveNode->GetCurve(lChannel)));
+            }
             lTakes[lTake][lWhich] = lGroup;
         }
     }
@@ -99,7 +111,7 @@ json DescribeNode(KQexNode& pNode, int pParent)
             {"t", Row(pNode.mLocalTranslation.Get())},
             {"r", Row(pNode.mLocalRotation.Get())},
             {"s", Row(pNode.mLocalScaling.Get())},
-            {"skeleton", lSkeleton ? json(static_cast<int>(lSkeleton->GetSkeletonType())) : json(nullptr)},
+            {"skeleton", lSkeleton != nullptr ? json(static_cast<int>(lSkeleton->GetSkeletonType())) : json(nullptr)},
             {"tLimits", DescribeLimits(pNode.GetLimits().mTranslationLimits)},
             {"rLimits", DescribeLimits(pNode.GetLimits().mRotationLimits)},
             {"takes", DescribeTakes(pNode)}};
@@ -108,8 +120,10 @@ json DescribeNode(KQexNode& pNode, int pParent)
 json DescribeLimitRows(const KQexAsfNode& pBone, int pRows)
 {
     json lLimits = json::array();
-    for (int lRow = 0; lRow < pRows; lRow++)
+    for (int lRow = 0; lRow < pRows; ++lRow)
+    {
         lLimits.push_back({pBone.mLimitsBuf[lRow][0], pBone.mLimitsBuf[lRow][1]});
+    }
     return lLimits;
 }
 
@@ -117,7 +131,9 @@ json DescribeBone(const KQexAsfNode& pBone, int pParent, int pLimitRows)
 {
     json lActive = json::array();
     for (const auto& lRow : pBone.mLimitsActive)
+    {
         lActive.push_back({lRow[0], lRow[1]});
+    }
     return {{"name", pBone.mName},
             {"parent", pParent},
             {"order", std::vector<int>(pBone.mOrderBuf, pBone.mOrderBuf + pBone.mOrderCount)},
@@ -157,8 +173,10 @@ std::vector<KQexAsfNode*> BonesOf(KQexAsfNode* pRoot)
         KQexAsfNode* lBone = lStack.back();
         lStack.pop_back();
         lBones.push_back(lBone);
-        for (int lIter = lBone->mChildBuf.GetCount() - 1; lIter >= 0; lIter--)
+        for (int lIter = lBone->mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
+        {
             lStack.push_back(lBone->GetChild(lIter));
+        }
     }
     return lBones;
 }
@@ -167,8 +185,12 @@ json DescribeCurveSizes(const KQexAsfNode& pBone)
 {
     json lSizes = json::array();
     for (const auto& lGroup : {pBone.mLTData, pBone.mLRData})
-        for (int lIter = 0; lIter < 3; lIter++)
-            lSizes.push_back(lGroup[lIter] ? json(lGroup[lIter]->GetKeyCount()) : json(nullptr));
+    {
+        for (int lIter = 0; lIter < 3; ++lIter)
+        {
+            lSizes.push_back(lGroup[lIter] != nullptr ? json(lGroup[lIter]->GetKeyCount()) : json(nullptr));
+        }
+    }
     return lSizes;
 }
 
@@ -179,9 +201,13 @@ json DescribeBones(KQexAsfNode* pRoot, int pLimitRows)
     for (const KQexAsfNode* lBone : lBones)
     {
         int lParent = -1;
-        for (size_t lIter = 0; lIter < lBones.size(); lIter++)
+        for (size_t lIter = 0; lIter < lBones.size(); ++lIter)
+        {
             if (lBones[lIter] == lBone->mParent)
+            {
                 lParent = static_cast<int>(lIter);
+            }
+        }
         const bool lHasRows = lBone != pRoot && lBone->mOrderCount > 0;
         lResult.push_back(DescribeBone(*lBone, lParent, pLimitRows < 0 ? 6 : lHasRows ? pLimitRows : 0));
     }
@@ -192,8 +218,10 @@ json DescribeLeftovers(KQexAsfNode* pRoot)
 {
     json lResult = json::array();
     for (const KQexAsfNode* lBone : BonesOf(pRoot))
+    {
         lResult.push_back(
             {{"name", lBone->mName}, {"parentPosition", Row(lBone->mParentPositionV.mData)}, {"data", DescribeCurveSizes(*lBone)}});
+    }
     return lResult;
 }
 
@@ -201,12 +229,16 @@ json DescribeTree(KQexNode* pTop)
 {
     json                   lResult = json::array();
     std::vector<KQexNode*> lNodes;
-    for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+    for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
     {
         int lParent = -1;
-        for (size_t lIter = 0; lIter < lNodes.size(); lIter++)
+        for (size_t lIter = 0; lIter < lNodes.size(); ++lIter)
+        {
             if (lNodes[lIter] == lNode->GetParent())
+            {
                 lParent = static_cast<int>(lIter);
+            }
+        }
         lNodes.push_back(lNode);
         lResult.push_back(DescribeNode(*lNode, lParent));
     }
@@ -219,13 +251,17 @@ json DescribeTransforms(KQexNode* pTop, const json& pTimes)
     for (const json& lTime : pTimes)
     {
         json lNodes = json::array();
-        for (KQexNode* lNode = pTop; lNode; lNode = lNode->GetNextInTree(pTop))
+        for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
         {
             const KQexMatrix lMatrix = lNode->GetScene()->GetEvaluator()->GetNodeGlobalTransform(lNode, KTime(lTime.get<long long>()));
             json             lRows = json::array();
-            for (int lRow = 0; lRow < 3; lRow++)
-                for (int lColumn = 0; lColumn < 4; lColumn++)
+            for (int lRow = 0; lRow < 3; ++lRow)
+            {
+                for (int lColumn = 0; lColumn < 4; ++lColumn)
+                {
                     lRows.push_back(lMatrix.mData[lColumn][lRow]);
+                }
+            }
             lNodes.push_back(lRows);
         }
         lResult.push_back(lNodes);
@@ -247,25 +283,35 @@ void Compare(const json& pExpected, const json& pActual, double pTolerance, cons
         const double lExpected = pExpected.get<double>();
         const double lOff = std::fabs(lExpected - pActual.get<double>());
         if (!(lOff <= pTolerance * std::fmax(1.0, std::fabs(lExpected))))
+        {
             lReport();
+        }
     }
     else if (pExpected.is_array() && pActual.is_array() && pExpected.size() == pActual.size())
     {
-        for (size_t lIter = 0; lIter < pExpected.size(); lIter++)
+        for (size_t lIter = 0; lIter < pExpected.size(); ++lIter)
+        {
             Compare(pExpected[lIter], pActual[lIter], pTolerance, pWhere + "[" + std::to_string(lIter) + "]", pOut);
+        }
     }
     else if (pExpected.is_object() && pActual.is_object())
     {
         for (const auto& lItem : pExpected.items())
         {
             if (!pActual.contains(lItem.key()))
+            {
                 pOut.push_back(pWhere + "." + lItem.key() + " is missing");
+            }
             else
+            {
                 Compare(lItem.value(), pActual[lItem.key()], lItem.key() == "keys" ? 1e-5 : pTolerance, pWhere + "." + lItem.key(), pOut);
+            }
         }
     }
     else if (pExpected != pActual)
+    {
         lReport();
+    }
 }
 
 } // namespace

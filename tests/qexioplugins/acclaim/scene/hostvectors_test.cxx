@@ -40,7 +40,9 @@ struct KFlags
 void SetUpFrames(KHostCase& pScene, const json& pCase, const json& pDefault)
 {
     for (const json& lPair : pCase.contains("setup") ? pCase["setup"] : pDefault)
+    {
         pScene.mAsf->mRoot->SetupPosition(lPair[0].get<bool>(), lPair[1].get<bool>());
+    }
 }
 
 void AddFrame(KHostCase& pScene, const json& pFrame, const json& pMotion, const KFlags& pFlags, const std::vector<KQexAsfNode*>& pAlive)
@@ -50,14 +52,16 @@ void AddFrame(KHostCase& pScene, const json& pFrame, const json& pMotion, const 
     {
         KQexAsfNode* lBone = pScene.mBones[std::stoul(lItem.key())];
         if (std::find(pAlive.begin(), pAlive.end(), lBone) == pAlive.end())
+        {
             continue;
+        }
         const std::vector<double> lValues = lItem.value().get<std::vector<double>>();
         lBone->AddSampleFromDOF(lValues.data(), lTime, pMotion["lengthFactor"].get<double>(), pMotion["angleFactor"].get<double>(),
                                 pFlags.mOffset, pFlags.mPreRotation);
     }
 }
 
-// The reducer and the rotation filter are settings of the process.
+/// The reducer and the rotation filter are settings of the process.
 struct KCurveSettings
 {
     explicit KCurveSettings(const json& pMotion)
@@ -80,28 +84,36 @@ json Sample(KHostCase& pScene, const json& pMotion, const KFlags& pFlags)
     lRoot->CreateDataFromDOF(pScene.mScene);
     lRoot->StartSamplingData();
     for (const json& lFrame : pMotion["frames"])
+    {
         AddFrame(pScene, lFrame, pMotion, pFlags, lAlive);
+    }
     lRoot->StopSamplingData();
     json lSampled = json::array();
     for (const KQexAsfNode* lBone : lAlive)
+    {
         lSampled.push_back(DescribeCurveSizes(*lBone));
+    }
     return lSampled;
 }
 
-// Frames, clean-up and sampling, the same for an import and a merge.
+/// Frames, clean-up and sampling, the same for an import and a merge.
 json Prepare(KHostCase& pScene, const json& pCase, const KFlags& pFlags)
 {
     json lResult;
     SetUpFrames(pScene, pCase, json::array({json::array({pFlags.mOffset, pFlags.mPreRotation})}));
     if (pFlags.mRemoveDummy)
+    {
         pScene.mAsf->mRoot->RemoveDummy(pFlags.mOffset, pFlags.mPreRotation);
+    }
     lResult["asf"] = DescribeBones(pScene.mAsf->mRoot);
     if (pCase.contains("motion"))
+    {
         lResult["sampled"] = Sample(pScene, pCase["motion"], pFlags);
+    }
     return lResult;
 }
 
-// The result, evaluated in the take that the motion went to; in none when no motion made it.
+/// The result, evaluated in the take that the motion went to; in none when no motion made it.
 void Look(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
 {
     pScene.mScene->GetEvaluator()->SetContext(pScene.mScene->FindAnimStack(KFlags(pCase).Take()));
@@ -111,7 +123,9 @@ void Look(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase,
     {
         pResult["host"].push_back(DescribeTree(lTop));
         if (pCase.contains("eval"))
+        {
             pResult["eval"].push_back(DescribeTransforms(lTop, pCase["eval"]));
+        }
     }
     pResult["after"] = DescribeLeftovers(pScene.mAsf->mRoot);
 }
@@ -122,8 +136,10 @@ json RunImport(const json& pCase)
     const KFlags           lFlags(pCase);
     json                   lResult = Prepare(lScene, pCase, lFlags);
     std::vector<KQexNode*> lTops;
-    for (int lTime = 0; lTime < pCase.value("times", 1); lTime++)
+    for (int lTime = 0; lTime < pCase.value("times", 1); ++lTime)
+    {
         lTops.push_back(lScene.mAsf->ASFToQEX(lScene.mScene, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation));
+    }
     Look(lResult, lTops, pCase, lScene);
     return lResult;
 }
@@ -135,9 +151,13 @@ json RunMerge(const json& pCase)
     json         lResult = Prepare(lScene, pCase, lFlags);
     KQexNode*    lRoot = lScene.mNodes[pCase["mergeRoot"].get<size_t>()];
     if (pCase["mergeLevel"] == "scene")
+    {
         lScene.mAsf->MergeASFToQEX(lScene.mScene, lRoot, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation);
+    }
     else
+    {
         lScene.mAsf->mRoot->MergeASFToQEX(lScene.mScene, lRoot, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation);
+    }
     Look(lResult, {lScene.mNodes[0]}, pCase, lScene);
     return lResult;
 }
@@ -177,9 +197,13 @@ json RunBind(const json& pCase)
 
 json IndexOf(const KHostCase& pScene, const KQexAsfNode* pBone)
 {
-    for (size_t lIter = 0; lIter < pScene.mBones.size(); lIter++)
+    for (size_t lIter = 0; lIter < pScene.mBones.size(); ++lIter)
+    {
         if (pScene.mBones[lIter] == pBone)
+        {
             return lIter;
+        }
+    }
     return nullptr;
 }
 
@@ -188,15 +212,25 @@ void RunModelOp(KHostCase& pScene, const json& pOp, json& pAnswers)
     const std::string lName = pOp[0].get<std::string>();
     KQexAsfNode*      lBone = pScene.mBones[pOp[1].get<size_t>()];
     if (lName == "find")
+    {
         pAnswers.push_back(IndexOf(pScene, lBone->Find(pOp[2].get<std::string>().c_str())));
+    }
     else if (lName == "child")
+    {
         pAnswers.push_back(IndexOf(pScene, lBone->GetChild(pOp[2].get<int>())));
+    }
     else if (lName == "add")
+    {
         lBone->AddChild(pScene.mBones[pOp[2].get<size_t>()]);
+    }
     else if (lName == "remove")
+    {
         lBone->RemoveChild(pScene.mBones[pOp[2].get<size_t>()]);
+    }
     else
+    {
         FAIL() << "unknown operation " << lName;
+    }
 }
 
 json RunModel(const json& pCase)
@@ -204,19 +238,27 @@ json RunModel(const json& pCase)
     KHostCase lScene(pCase);
     json      lResult = {{"answers", json::array()}, {"parents", json::array()}, {"children", json::array()}};
     for (const json& lOp : pCase["ops"])
+    {
         RunModelOp(lScene, lOp, lResult["answers"]);
+    }
     for (KQexAsfNode* lBone : lScene.mBones)
     {
         json lChildren = json::array();
-        for (int lIter = 0; lIter < lBone->mChildBuf.GetCount(); lIter++)
+        for (int lIter = 0; lIter < lBone->mChildBuf.GetCount(); ++lIter)
+        {
             lChildren.push_back(IndexOf(lScene, lBone->GetChild(lIter)));
+        }
         lResult["parents"].push_back(lBone->mParent ? IndexOf(lScene, lBone->mParent) : json(nullptr));
         lResult["children"].push_back(lChildren);
     }
     const std::vector<KQexAsfNode*> lKept = BonesOf(lScene.mAsf->mRoot);
     for (KQexAsfNode* lBone : lScene.mBones)
+    {
         if (!lBone->mParent && std::find(lKept.begin(), lKept.end(), lBone) == lKept.end())
+        {
             QexSdkDelete(lBone);
+        }
+    }
     return lResult;
 }
 
@@ -235,8 +277,10 @@ class KHostVectorsTest : public testing::TestWithParam<KKind>
 std::string Join(const std::vector<std::string>& pTexts)
 {
     std::string lAll;
-    for (size_t lIter = 0; lIter < pTexts.size() && lIter < 5; lIter++)
+    for (size_t lIter = 0; lIter < pTexts.size() && lIter < 5; ++lIter)
+    {
         lAll += "\n    " + pTexts[lIter];
+    }
     return lAll + "\n    " + std::to_string(pTexts.size()) + " in all";
 }
 
@@ -247,16 +291,20 @@ TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
     const std::vector<json> lExpected = ReadJsonLines(VectorsDir() / "host" / "expected.jsonl");
     ASSERT_EQ(lExpected.size(), lCases.size() + 1); // the last line is about the whole run
     int lCount = 0;
-    for (size_t lIter = 0; lIter < lCases.size(); lIter++)
+    for (size_t lIter = 0; lIter < lCases.size(); ++lIter)
     {
         const json& lCase = lCases[lIter];
         json        lWanted = lExpected[lIter];
         ASSERT_EQ(lCase["name"], lWanted["name"]);
         if (lCase["kind"] != GetParam().mName)
+        {
             continue;
-        lCount++;
+        }
+        ++lCount;
         for (const char* lKey : {"exactKeys", "keyReducer", "kind", "name"})
+        {
             lWanted.erase(lKey);
+        }
         const std::vector<std::string> lOff = Differences(lWanted, GetParam().mRun(lCase), 1e-7);
         EXPECT_TRUE(lOff.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lOff);
     }
@@ -266,17 +314,25 @@ TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
 INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest, testing::ValuesIn(kKinds),
                          [](const testing::TestParamInfo<KKind>& pInfo) { return std::string(pInfo.param.mName); });
 
-// In a process of its own, because each report is made once in a process.
+/// In a process of its own, because each report is made once in a process.
 [[noreturn]] void RunAllForTheirAssertions()
 {
     KAssertWatch lWatch;
     for (const json& lCase : ReadJsonLines(VectorsDir() / "host" / "cases.jsonl"))
+    {
         for (const KKind& lKind : kKinds)
+        {
             if (lCase["kind"] == lKind.mName)
+            {
                 lKind.mRun(lCase);
+            }
+        }
+    }
     std::vector<json> lTexts;
     for (const KAssertReport& lReport : lWatch.GetReports())
+    {
         lTexts.push_back({lReport.mFile, lReport.mText});
+    }
     std::sort(lTexts.begin(), lTexts.end());
     std::_Exit(json(lTexts) == ReadJsonLines(VectorsDir() / "host" / "expected.jsonl").back()["texts"] ? 0 : 1);
 }
