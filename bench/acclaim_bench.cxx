@@ -1,4 +1,4 @@
-// Bones and host nodes: motion into curves beside the bare trigonometry, bones to nodes, nodes to bones.
+// Bones and scene nodes: sampling motion into curves against its trigonometry, bones to nodes, nodes to bones.
 
 #include <bench/benchsupport.h>
 #include <kbaselib/kmath/maths.h>
@@ -15,32 +15,32 @@ using namespace qexbench;
 namespace
 {
 
-/// A host scene and a skeleton, ended in the order in which they may be ended.
-struct KStage
+/// A host scene and a skeleton. The skeleton is destroyed first, because it may own curves of the scene.
+struct KScenePair
 {
-    KStage() : mScene(KQexScene::Create("bench")), mAsf(QexSdkNew<KQexAsfScene>()) { Demand(mScene != nullptr && mAsf != nullptr); }
-    ~KStage()
+    KScenePair() : mScene(KQexScene::Create("bench")), mAsf(QexSdkNew<KQexAsfScene>()) { Require(mScene != nullptr && mAsf != nullptr); }
+    ~KScenePair()
     {
         mAsf->Destroy();
         mScene->Destroy();
     }
-    KStage(const KStage&) = delete;
-    KStage& operator=(const KStage&) = delete;
+    KScenePair(const KScenePair&) = delete;
+    KScenePair& operator=(const KScenePair&) = delete;
 
     KQexScene*    mScene;
     KQexAsfScene* mAsf;
 };
 
-void ReadSkeleton(KStage& pStage, EShape pShape, int pBones, bool pOffset, bool pPreRotation)
+void ReadSkeleton(KScenePair& pScenes, EShape pShape, int pBones, bool pOffset, bool pPreRotation)
 {
     const std::string  lText = SkeletonText(pShape, pBones);
     KQexFileAcclaimAsf lFile(false);
-    Demand(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.Read(pStage.mAsf, true, pOffset, pPreRotation));
+    Require(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.Read(pScenes.mAsf, true, pOffset, pPreRotation));
 }
 
-/// What one frame of a bone costs at the least: a sine and cosine for each angle that is turned into a matrix, and the arc tangents
-/// and the root that turn the product into angles again.
-double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
+/// Lower bound for one frame of a bone: a sine and cosine for each angle of the matrix, and the arc tangents and the square root
+/// that convert the product back to angles.
+double TrigonometryBound(const double* pAngles, int pAxes, bool pPreRotation)
 {
     double lSum = 0.0;
     if (pPreRotation)
@@ -64,12 +64,12 @@ double BareTrigonometry(const double* pAngles, int pAxes, bool pPreRotation)
 constexpr int kSampledBones = 60;
 constexpr int kSampledFrames = 200;
 
-/// Every bone turns about three axes, as most bones of real skeletons do.
+/// Every bone has three rotation DOFs, like most bones of real skeletons.
 void AddSamples(benchmark::State& pState, bool pOffset, bool pPreRotation)
 {
-    KStage lStage;
-    ReadSkeleton(lStage, eRANDOM, kSampledBones, pOffset, pPreRotation);
-    std::vector<KQexAsfNode*> lBones = {lStage.mAsf->mRoot};
+    KScenePair lScenes;
+    ReadSkeleton(lScenes, eRANDOM, kSampledBones, pOffset, pPreRotation);
+    std::vector<KQexAsfNode*> lBones = {lScenes.mAsf->mRoot};
     for (size_t lIter = 0; lIter < lBones.size(); ++lIter)
     {
         lBones[lIter]->mOrderCount = 0;
@@ -90,95 +90,95 @@ void AddSamples(benchmark::State& pState, bool pOffset, bool pPreRotation)
         lValue = lAngle(lRandom);
     }
 
-    KBeside lBeside;
+    KComparison lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound(
+        lComparison.Bound(
             [&]
             {
                 double lSum = 0.0;
                 for (size_t lAt = 0; lAt < lValues.size(); lAt += 3)
                 {
-                    lSum += BareTrigonometry(&lValues[lAt], 3, pPreRotation);
+                    lSum += TrigonometryBound(&lValues[lAt], 3, pPreRotation);
                 }
                 benchmark::DoNotOptimize(lSum);
             });
-        Demand(lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene));
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         const double* lAt = lValues.data();
-                         for (int lFrame = 0; lFrame < kSampledFrames; ++lFrame)
+        Require(lScenes.mAsf->mRoot->CreateDataFromDOF(lScenes.mScene));
+        lComparison.Work(pState,
+                         [&]
                          {
-                             const KTime lTime = KTime::FromFrame(lFrame, KFrameRate{120, 1});
-                             for (KQexAsfNode* lBone : lBones)
+                             const double* lAt = lValues.data();
+                             for (int lFrame = 0; lFrame < kSampledFrames; ++lFrame)
                              {
-                                 lBone->AddSampleFromDOF(lAt, lTime, 1.0, 1.0, pOffset, pPreRotation);
-                                 lAt += 3;
+                                 const KTime lTime = KTime::FromFrame(lFrame, KFrameRate{120, 1});
+                                 for (KQexAsfNode* lBone : lBones)
+                                 {
+                                     lBone->AddSampleFromDOF(lAt, lTime, 1.0, 1.0, pOffset, pPreRotation);
+                                     lAt += 3;
+                                 }
                              }
-                         }
-                     });
+                         });
     }
-    lBeside.ReportPieces(pState, "bone", static_cast<double>(lBones.size()) * kSampledFrames);
+    lComparison.ReportItems(pState, "bone", static_cast<double>(lBones.size()) * kSampledFrames);
 }
 
 void Import(benchmark::State& pState, EShape pShape, int pBones)
 {
-    KBeside lBeside;
+    KComparison lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        KStage lStage;
-        ReadSkeleton(lStage, pShape, pBones, false, true);
-        lBeside.Work(pState, [&] { Demand(lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true) != nullptr); });
+        KScenePair lScenes;
+        ReadSkeleton(lScenes, pShape, pBones, false, true);
+        lComparison.Work(pState, [&] { Require(lScenes.mAsf->ASFToQEX(lScenes.mScene, "take", true, false, true) != nullptr); });
     }
-    lBeside.ReportPieces(pState, "bone", pBones);
+    lComparison.ReportItems(pState, "bone", pBones);
 }
 
 void Extract(benchmark::State& pState, EShape pShape, int pBones)
 {
-    KStage lStage;
-    ReadSkeleton(lStage, pShape, pBones, false, true);
-    KQexNode*    lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
+    KScenePair lScenes;
+    ReadSkeleton(lScenes, pShape, pBones, false, true);
+    KQexNode*    lTop = lScenes.mAsf->ASFToQEX(lScenes.mScene, "take", true, false, true);
     const double lNodes = lTop->GetChildCount(true) + 1;
-    KBeside      lBeside;
+    KComparison  lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        KStage lOther;
-        lBeside.Work(pState, [&] { Demand(lOther.mAsf->QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), true)); });
+        KScenePair lOther;
+        lComparison.Work(pState, [&] { Require(lOther.mAsf->QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), true)); });
     }
-    lBeside.ReportPieces(pState, "node", lNodes);
+    lComparison.ReportItems(pState, "node", lNodes);
 }
 
 void Bind(benchmark::State& pState, EShape pShape, int pBones)
 {
-    KStage lStage;
-    ReadSkeleton(lStage, pShape, pBones, false, true);
-    KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
-    KBeside   lBeside;
+    KScenePair lScenes;
+    ReadSkeleton(lScenes, pShape, pBones, false, true);
+    KQexNode*   lTop = lScenes.mAsf->ASFToQEX(lScenes.mScene, "take", true, false, true);
+    KComparison lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Work(pState, [&] { Demand(lStage.mAsf->MergeQEXToASF(lTop)); });
+        lComparison.Work(pState, [&] { Require(lScenes.mAsf->MergeQEXToASF(lTop)); });
     }
-    lBeside.ReportPieces(pState, "bone", pBones);
+    lComparison.ReportItems(pState, "bone", pBones);
 }
 
 void Merge(benchmark::State& pState, EShape pShape, int pBones)
 {
-    KStage lStage;
-    ReadSkeleton(lStage, pShape, pBones, false, true);
-    KQexNode* lTop = lStage.mScene->GetRootNode();
-    Demand(lStage.mAsf->MergeASFToQEX(lStage.mScene, lTop, "take", false, false, true));
-    KBeside lBeside;
+    KScenePair lScenes;
+    ReadSkeleton(lScenes, pShape, pBones, false, true);
+    KQexNode* lTop = lScenes.mScene->GetRootNode();
+    Require(lScenes.mAsf->MergeASFToQEX(lScenes.mScene, lTop, "take", false, false, true));
+    KComparison lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Work(pState, [&] { Demand(lStage.mAsf->MergeASFToQEX(lStage.mScene, lTop, "take", false, false, true)); });
+        lComparison.Work(pState, [&] { Require(lScenes.mAsf->MergeASFToQEX(lScenes.mScene, lTop, "take", false, false, true)); });
     }
-    lBeside.ReportPieces(pState, "bone", pBones);
+    lComparison.ReportItems(pState, "bone", pBones);
 }
 
 using KBench = void (*)(benchmark::State&, EShape, int);

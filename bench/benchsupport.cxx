@@ -26,17 +26,17 @@ bool HasDofs(int pBone)
 
 void AppendBone(std::string& pText, int pBone, std::mt19937& pRandom)
 {
-    // A generator of our own on top of the engine: the standard's distributions differ from library to library.
+    // Not std::uniform_real_distribution: its results differ between standard libraries.
     const auto lNumber = [&pRandom](double pLow, double pHigh)
     {
         return pLow + (pHigh - pLow) * (static_cast<double>(pRandom()) / 4294967296.0);
     };
 
-    const double lTurn = lNumber(0.0, 6.283185307179586);
+    const double lAzimuth = lNumber(0.0, 6.283185307179586);
     char         lBuffer[512];
     std::snprintf(lBuffer, sizeof lBuffer,
                   "  begin\n     id %d\n     name bone%d\n     direction %.6g %.6g %.6g\n     length %.6g\n     axis %.6g %.6g %.6g XYZ\n",
-                  pBone, pBone, std::cos(lTurn) * 0.8, std::sin(lTurn) * 0.8, 0.6, lNumber(0.5, 8.0), lNumber(-90.0, 90.0),
+                  pBone, pBone, std::cos(lAzimuth) * 0.8, std::sin(lAzimuth) * 0.8, 0.6, lNumber(0.5, 8.0), lNumber(-90.0, 90.0),
                   lNumber(-60.0, 60.0), lNumber(-90.0, 90.0));
     pText += lBuffer;
     if (HasDofs(pBone))
@@ -60,7 +60,7 @@ void AppendFamily(std::string& pText, int pParent, const std::vector<int>& pChil
     pText += '\n';
 }
 
-/// A fan's family is spread over several lines, as no reader takes a line of any length.
+/// Splits a large family over several lines, because readers limit the length of a line.
 void AppendFamilies(std::string& pText, int pParent, const std::vector<int>& pChildren)
 {
     for (size_t lFirst = 0; lFirst < pChildren.size(); lFirst += 1000)
@@ -74,7 +74,7 @@ void AppendFamilies(std::string& pText, int pParent, const std::vector<int>& pCh
 
 } // namespace
 
-void Demand(bool pDone)
+void Require(bool pDone)
 {
     if (!pDone)
     {
@@ -136,13 +136,13 @@ double ScanNumbers(const char* pText, size_t pSize)
 {
     const char* const lEnd = pText + pSize;
     double            lSum = 0.0;
-    unsigned          lRest = 0;
-    bool              lWord = false;
+    unsigned          lOtherBytes = 0;
+    bool              lInWord = false;
     while (pText != lEnd)
     {
         const char lByte = *pText;
         const bool lDigit = lByte >= '0' && lByte <= '9';
-        if (!lWord && (lDigit || lByte == '-' || lByte == '.'))
+        if (!lInWord && (lDigit || lByte == '-' || lByte == '.'))
         {
             double lValue = 0.0;
             const auto [lNext, lError] = std::from_chars(pText, lEnd, lValue);
@@ -153,11 +153,11 @@ double ScanNumbers(const char* pText, size_t pSize)
                 continue;
             }
         }
-        lWord = lByte > ' ' && lByte != '(' && lByte != ')' && lByte != ',';
-        lRest += static_cast<unsigned char>(lByte);
+        lInWord = lByte > ' ' && lByte != '(' && lByte != ')' && lByte != ',';
+        lOtherBytes += static_cast<unsigned char>(lByte);
         ++pText;
     }
-    return lSum + lRest;
+    return lSum + lOtherBytes;
 }
 
 void ScanFile(const std::string& pPath)
@@ -226,20 +226,20 @@ std::vector<std::string> CorpusFiles(const std::string& pExtension)
     return lResult;
 }
 
-void KeepMemory()
+void KeepFreedMemory()
 {
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     mallopt(M_MMAP_MAX, 0);
 }
 
-void DropMemory()
+void TrimHeap()
 {
     malloc_trim(0);
 }
 
-void SettleMemory()
+void ConsolidateHeap()
 {
-    // A large block makes the allocator join the small ones that lie free.
+    // Requesting a large block makes the allocator merge its small free blocks.
     void* lBlock = std::malloc(1 << 20);
     benchmark::DoNotOptimize(lBlock);
     std::free(lBlock);
@@ -273,23 +273,23 @@ void ResetPeakMemory()
     std::ofstream("/proc/self/clear_refs") << "5";
 }
 
-void KBeside::ReportBytes(benchmark::State& pState, size_t pBytes) const
+void KComparison::ReportBytes(benchmark::State& pState, size_t pBytes) const
 {
     pState.counters["MB/s"] = static_cast<double>(pBytes) / mWork / 1e6;
     if (mBoundCount > 0)
     {
-        pState.counters[mOther + "_MB/s"] = static_cast<double>(pBytes) / mBound / 1e6;
-        pState.counters["of_" + mOther] = mBound / mWork;
+        pState.counters[mBoundName + "_MB/s"] = static_cast<double>(pBytes) / mBound / 1e6;
+        pState.counters["of_" + mBoundName] = mBound / mWork;
     }
 }
 
-void KBeside::ReportPieces(benchmark::State& pState, const char* pPiece, double pPieces) const
+void KComparison::ReportItems(benchmark::State& pState, const char* pItem, double pItems) const
 {
-    pState.counters[std::string("ns/") + pPiece] = mWork / pPieces * 1e9;
+    pState.counters[std::string("ns/") + pItem] = mWork / pItems * 1e9;
     if (mBoundCount > 0)
     {
-        pState.counters[mOther + "_ns/" + pPiece] = mBound / pPieces * 1e9;
-        pState.counters["of_" + mOther] = mBound / mWork;
+        pState.counters[mBoundName + "_ns/" + pItem] = mBound / pItems * 1e9;
+        pState.counters["of_" + mBoundName] = mBound / mWork;
     }
 }
 

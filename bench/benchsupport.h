@@ -10,92 +10,92 @@
 #include <vector>
 
 /// \file
-/// What benches share: skeletons of any size, the bound beside each figure, memory.
+/// Shared by all benches: generated skeletons of any size, timing against a bound, memory use.
 
-/// Each *_bench.cxx defines it: registers that program's benches. The program's main() calls it once.
+/// Registers a program's benches. Each *_bench.cxx defines it; main() calls it once.
 void RegisterBenches();
 
 namespace qexbench
 {
 
-/// Ends the program unless \p pDone: a figure for a file that was not read would be worth nothing.
-void Demand(bool pDone);
+/// Aborts unless \p pDone, so that no bench reports a time for work that failed.
+void Require(bool pDone);
 
-/// How the bones of a generated skeleton hang together.
+/// The hierarchy of a generated skeleton.
 enum EShape
 {
-    eCHAIN, ///< each bone under the one before
-    eFAN,   ///< all bones under the root
-    eRANDOM ///< each bone under a random earlier one, with a fixed seed
+    eCHAIN, ///< each bone is the child of the previous one
+    eFAN,   ///< all bones are children of the root
+    eRANDOM ///< each bone is the child of a random earlier one, with a fixed seed
 };
 
 /// "chain", "fan" or "random".
 const char* ShapeName(EShape pShape);
 
-/// The text of a skeleton file with \p pBones bones beside the root. Two of three bones have degrees of freedom and limits, the
+/// The text of a skeleton file with \p pBones bones, not counting the root. Two of three bones have degrees of freedom and limits, the
 /// others are dummies. The same arguments always give the same text.
 std::string SkeletonText(EShape pShape, int pBones);
 
 /// The text of a motion of \p pFrames frames for a skeleton of SkeletonText() with \p pBones bones.
 std::string MotionText(int pBones, int pFrames);
 
-/// The least that reading \p pText could cost: std::from_chars over its numbers and a byte loop over the rest.
-/// \return a sum that depends on every byte, so that no compiler leaves work out
+/// Lower bound for reading \p pText: std::from_chars over its numbers and a byte loop over the rest.
+/// \return a sum that depends on every byte, so that the compiler cannot optimise the work away
 double ScanNumbers(const char* pText, size_t pSize);
 
-/// The bound of every reader of text: reading a file and ScanNumbers() over its bytes, through one buffer that is at hand already.
+/// The bound of every text reader: reads a file through one preallocated buffer and runs ScanNumbers() on its bytes.
 void ScanFile(const std::string& pPath);
 
-/// A text as a file, gone with the object.
+/// A temporary text file, deleted with the object.
 class KTextFile
 {
 public:
-    /// Writes \p pText; a file that cannot be written ends the program with a message.
+    /// Writes \p pText. Exits with a message when it cannot.
     explicit KTextFile(const std::string& pText);
     ~KTextFile();
     KTextFile(const KTextFile&) = delete;
     KTextFile& operator=(const KTextFile&) = delete;
 
-    /// Where it lies.
     const std::string& Path() const { return mPath; }
 
 private:
     std::string mPath;
 };
 
-/// The whole of a file; a file that cannot be read ends the program with a message.
+/// The contents of a file. Exits with a message when it cannot be read.
 std::string ReadWholeFile(const std::string& pPath);
 
-/// Files below the folder that ASF_CORPUS_DIR names whose names end in \p pExtension (".asf"), sorted; none when it is unset.
+/// Paths of all files in the folder ASF_CORPUS_DIR, at any depth, that end in \p pExtension (".asf"), sorted. Empty when it is unset.
 std::vector<std::string> CorpusFiles(const std::string& pExtension);
 
-/// Has memory that is given back stay with the process from here on, so that the next bench finds it there. Without it that depends
-/// on what was given back last, and a bench measures the system's pages or does not.
-void KeepMemory();
+/// Makes the allocator keep freed memory from now on, so that the next bench reuses it. Otherwise it depends on what was freed last
+/// whether a bench also measures page faults.
+void KeepFreedMemory();
 
-/// Gives the memory that was given back to the system after all: the next one to ask for memory gets pages never seen before.
-void DropMemory();
+/// Returns freed memory to the system, so that the next allocations get fresh pages.
+void TrimHeap();
 
-/// Completes what giving memory back left to whoever asks for memory next.
-void SettleMemory();
+/// Merges free blocks now; the allocator would otherwise do so in the next large allocation, which a bench may time.
+void ConsolidateHeap();
 
 /// Bytes of heap in use now.
 size_t HeapInUse();
 
-/// Largest resident memory of the process since it began or since ResetPeakMemory() worked last, in bytes.
+/// Peak resident memory of the process in bytes, since its start or the last successful ResetPeakMemory().
 size_t PeakMemory();
 
-/// Makes PeakMemory() start again from what is in use now. Does nothing where the system does not know how.
+/// Resets PeakMemory() to what is in use now. Does nothing where the system does not support it.
 void ResetPeakMemory();
 
-/// Sums up two works that take turns, so that both see the same machine: only their ratio is worth much on a busy one.
-class KBeside
+/// Compares the best times of some work and of its bound. The two run alternately, so that both see the same load: on a busy
+/// machine only their ratio means much.
+class KComparison
 {
 public:
-    /// \param pOther what the counters call the other work: "bound" only if no work of this kind could do with less
-    explicit KBeside(const char* pOther = "bound") : mOther(pOther) {}
+    /// \param pBoundName the bound's name in the counters; "bound" only for a true lower bound
+    explicit KComparison(const char* pBoundName = "bound") : mBoundName(pBoundName) {}
 
-    /// Times one call of \p pWork, which counts as the bench's iteration.
+    /// Times one call of \p pWork as one iteration of the bench.
     template <typename TWork>
     void Work(benchmark::State& pState, TWork&& pWork)
     {
@@ -105,7 +105,7 @@ public:
         ++mCount;
     }
 
-    /// Times one call of the other work.
+    /// Times one call of the bound.
     template <typename TWork>
     void Bound(TWork&& pWork)
     {
@@ -117,12 +117,11 @@ public:
     /// Seconds of the fastest work.
     double BestWork() const { return mWork; }
 
-    /// Adds the counters: MB/s of the best work and of the best other one (bound_MB/s) over \p pBytes, and of_bound, the first over
-    /// the second (1: as fast as the bound).
+    /// Adds counters for the best times over \p pBytes: MB/s, bound_MB/s, and of_bound, their ratio (1: as fast as the bound).
     void ReportBytes(benchmark::State& pState, size_t pBytes) const;
 
-    /// Adds the counters: ns a piece of the best work and, when there was another one, of that (bound_ns/PIECE), and of_bound.
-    void ReportPieces(benchmark::State& pState, const char* pPiece, double pPieces) const;
+    /// Adds counters for the best times: ns/ITEM and, when a bound was timed, bound_ns/ITEM and of_bound.
+    void ReportItems(benchmark::State& pState, const char* pItem, double pItems) const;
 
 private:
     template <typename TWork>
@@ -133,9 +132,9 @@ private:
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - lStart).count();
     }
 
-    std::string mOther;
+    std::string mBoundName;
     double      mWork = 0.0;  ///< seconds of the fastest work
-    double      mBound = 0.0; ///< seconds of the fastest other work
+    double      mBound = 0.0; ///< seconds of the fastest bound
     int64_t     mCount = 0;
     int64_t     mBoundCount = 0;
 };

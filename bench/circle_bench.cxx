@@ -1,5 +1,5 @@
-// Whole circles of one, ten and a hundred times a real motion: from ASF and AMC into a scene and out again, straight or by way of BVH,
-// and the figure that came out once more.
+// Round trips of a real motion, repeated 1, 10 and 100 times: from ASF and AMC to a scene and back, directly (then the result is
+// imported again) or via BVH.
 
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
@@ -15,98 +15,98 @@ using namespace qexbench;
 namespace
 {
 
-/// The skeleton and the motion that a circle ends in.
-struct KEnd
+/// The skeleton and motion files that a round trip writes.
+struct KOutputFiles
 {
     KScratchFile mAsf{".asf"};
     KScratchFile mAmc{".amc"};
 };
 
-void WriteAcclaim(KQexNode* pRoot, const KEnd& pEnd)
+void WriteAcclaim(KQexNode* pRoot, const KOutputFiles& pOutput)
 {
     KQexExportAcclaimResult lResult;
-    Demand(KQexExporterAcclaim::Export(pRoot, pEnd.mAsf.Path().c_str(), pEnd.mAmc.Path().c_str(), KQexExportAcclaimOptions(), lResult));
+    Require(
+        KQexExporterAcclaim::Export(pRoot, pOutput.mAsf.Path().c_str(), pOutput.mAmc.Path().c_str(), KQexExportAcclaimOptions(), lResult));
 }
 
 /// ASF and AMC to a scene, to ASF and AMC, to a scene.
-void GoStraight(const KMotion& pMotion, const std::string& pAmcPath, const KScratchFile&, const KEnd& pEnd)
+void ConvertDirectly(const KMotion& pMotion, const std::string& pAmcPath, const KScratchFile&, const KOutputFiles& pOutput)
 {
-    WriteAcclaim(KImported(pMotion, pAmcPath).mResult.mRootNode, pEnd);
-    const KImported lAgain(KQexAcclaimSource::File(pEnd.mAsf.Path()), pEnd.mAmc.Path());
+    WriteAcclaim(KImported(pMotion, pAmcPath).mResult.mRootNode, pOutput);
+    const KImported lAgain(KQexAcclaimSource::File(pOutput.mAsf.Path()), pOutput.mAmc.Path());
 }
 
 /// ASF and AMC to BVH, to ASF and AMC.
-void GoByBvh(const KMotion& pMotion, const std::string& pAmcPath, const KScratchFile& pBvh, const KEnd& pEnd)
+void ConvertViaBvh(const KMotion& pMotion, const std::string& pAmcPath, const KScratchFile& pBvh, const KOutputFiles& pOutput)
 {
     WriteBvh(KImported(pMotion, pAmcPath), pBvh.Path());
     KQexScene*        lScene = KQexScene::Create("back");
     KQexFileBvh       lFile;
     KQexBvhReadResult lResult;
-    Demand(lScene != nullptr && lFile.OpenRead(pBvh.Path().c_str()) && lFile.Read(lScene, KQexBvhReadOptions(), lResult));
-    WriteAcclaim(lResult.mRoots.front(), pEnd);
+    Require(lScene != nullptr && lFile.OpenRead(pBvh.Path().c_str()) && lFile.Read(lScene, KQexBvhReadOptions(), lResult));
+    WriteAcclaim(lResult.mRoots.front(), pOutput);
     lScene->Destroy();
 }
 
-using KCircle = void (*)(const KMotion&, const std::string&, const KScratchFile&, const KEnd&);
+using KConversion = void (*)(const KMotion&, const std::string&, const KScratchFile&, const KOutputFiles&);
 
-/// What a circle cannot do without: every text is scanned once and its numbers printed once, and the motion is turned into nodes'
-/// rotations and back.
-class KLeast
+/// Lower bound for a round trip: scans and prints the numbers of each text once, and converts the motion to node rotations and back.
+class KRoundTripBound
 {
 public:
-    KLeast(const KMotion& pMotion, int pTimes, KCircle pCircle, bool pByBvh) : mTimes(pTimes)
+    KRoundTripBound(const KMotion& pMotion, int pRepeats, KConversion pConvert, bool pViaBvh) : mRepeats(pRepeats)
     {
-        const KLongMotion       lOnce(pMotion, 1);
+        const KRepeatedMotion   lOnce(pMotion, 1);
         const KScratchFile      lBvh(".bvh");
-        const KEnd              lEnd;
+        const KOutputFiles      lOutput;
         KQexImportAcclaimResult lResult;
         CountRotations(ReadSkeleton(pMotion, lResult)->mRoot, mDofs, mBones);
-        pCircle(pMotion, lOnce.Path(), lBvh, lEnd);
-        // The numbers of one time are printed so many times: all of them would not fit the memory that is watched.
-        mWritten = NumbersOf(lEnd.mAmc.Path());
-        if (pByBvh)
+        pConvert(pMotion, lOnce.Path(), lBvh, lOutput);
+        // Numbers of one repeat, printed mRepeats times: keeping all of them would raise the peak memory, which is reported.
+        mWritten = NumbersOf(lOutput.mAmc.Path());
+        if (pViaBvh)
         {
-            const std::vector<double> lBetween = NumbersOf(lBvh.Path());
-            mWritten.insert(mWritten.end(), lBetween.begin(), lBetween.end());
+            const std::vector<double> lBvhNumbers = NumbersOf(lBvh.Path());
+            mWritten.insert(mWritten.end(), lBvhNumbers.begin(), lBvhNumbers.end());
         }
     }
 
-    /// \p pBetween: the text that is read second.
-    void Run(const KLongMotion& pLong, const std::string& pBetween) const
+    /// \param pIntermediate the text that the round trip reads second
+    void Run(const KRepeatedMotion& pLong, const std::string& pIntermediate) const
     {
         ScanFile(pLong.Path());
-        ScanFile(pBetween);
-        benchmark::DoNotOptimize(TurnBones(2 * pLong.Frames(), mDofs, mBones));
-        for (int i = 0; i < mTimes; ++i)
+        ScanFile(pIntermediate);
+        benchmark::DoNotOptimize(RunTrigonometry(2 * pLong.Frames(), mDofs, mBones));
+        for (int i = 0; i < mRepeats; ++i)
         {
             PrintNumbers(mWritten);
         }
     }
 
 private:
-    int                 mTimes;
+    int                 mRepeats;
     int                 mDofs = 0;
     int                 mBones = 0;
     std::vector<double> mWritten;
 };
 
-void Circle(benchmark::State& pState, const KMotion& pMotion, int pTimes, KCircle pCircle, bool pByBvh)
+void RoundTrip(benchmark::State& pState, const KMotion& pMotion, int pRepeats, KConversion pConvert, bool pViaBvh)
 {
-    const KLeast       lLeast(pMotion, pTimes, pCircle, pByBvh);
-    const KLongMotion  lLong(pMotion, pTimes);
-    const KScratchFile lBvh(".bvh");
-    const KEnd         lEnd;
-    KBeside            lBeside;
-    size_t             lPeak = 0;
+    const KRoundTripBound lBound(pMotion, pRepeats, pConvert, pViaBvh);
+    const KRepeatedMotion lLong(pMotion, pRepeats);
+    const KScratchFile    lBvh(".bvh");
+    const KOutputFiles    lOutput;
+    KComparison           lComparison;
+    size_t                lPeak = 0;
     for (auto lStep : pState)
     {
         (void)lStep;
         ResetPeakMemory();
-        lBeside.Work(pState, [&] { pCircle(pMotion, lLong.Path(), lBvh, lEnd); });
+        lComparison.Work(pState, [&] { pConvert(pMotion, lLong.Path(), lBvh, lOutput); });
         lPeak = std::max(lPeak, PeakMemory());
-        lBeside.Bound([&] { lLeast.Run(lLong, pByBvh ? lBvh.Path() : lEnd.mAmc.Path()); });
+        lComparison.Bound([&] { lBound.Run(lLong, pViaBvh ? lBvh.Path() : lOutput.mAmc.Path()); });
     }
-    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
+    ReportMotion(pState, lComparison, lLong.Size(), lLong.Frames(), lPeak);
 }
 
 } // namespace
@@ -114,12 +114,13 @@ void Circle(benchmark::State& pState, const KMotion& pMotion, int pTimes, KCircl
 void RegisterBenches()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
-    for (const int lTimes : {1, 10, 100})
+    for (const int lRepeats : {1, 10, 100})
     {
-        RegisterTimes("Circle/acclaim", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes)
-                      { Circle(pState, pMotion, pTimes, GoStraight, false); });
-        RegisterTimes("Circle/bvh", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes) { Circle(pState, pMotion, pTimes, GoByBvh, true); });
+        RegisterRepeats("RoundTrip/acclaim", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats)
+                        { RoundTrip(pState, pMotion, pRepeats, ConvertDirectly, false); });
+        RegisterRepeats("RoundTrip/bvh", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats)
+                        { RoundTrip(pState, pMotion, pRepeats, ConvertViaBvh, true); });
     }
 }

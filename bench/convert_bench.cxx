@@ -1,5 +1,4 @@
-// Whole conversions of one, ten and a hundred times a real motion to BVH and GLB, and the two halves of the way back: writing AMC and
-// parsing BVH.
+// Conversions of a real motion, repeated 1, 10 and 100 times, to BVH and GLB. For the reverse direction: writing AMC, reading BVH.
 
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
@@ -26,105 +25,105 @@ void WriteGlb(const KImported& pFigure, const std::string& pPath)
     lTake.mStack = pFigure.mStack;
     lTake.mSampling = pFigure.mSampling;
     lOptions.mTakes.push_back(lTake);
-    Demand(lFile.Write(pPath, {pFigure.mResult.mRootNode}, lOptions));
+    Require(lFile.Write(pPath, {pFigure.mResult.mRootNode}, lOptions));
 }
 #endif
 
 using KWriter = void (*)(const KImported&, const std::string&);
 
-/// Beside reading the file, from_chars for each number in, one sine-cosine pair a DOF, three arc tangents a rotating bone and, for
-/// text, to_chars for each number out.
-void Convert(benchmark::State& pState, const KMotion& pMotion, int pTimes, const char* pExtension, KWriter pWriter)
+/// The bound: reading the file with from_chars for each number, a sine-cosine pair per DOF, three arc tangents per rotating bone and,
+/// for text output, to_chars for each number written.
+void Convert(benchmark::State& pState, const KMotion& pMotion, int pRepeats, const char* pExtension, KWriter pWriter)
 {
-    const KLongMotion       lLong(pMotion, pTimes);
+    const KRepeatedMotion   lLong(pMotion, pRepeats);
     const KScratchFile      lOut(pExtension);
     KQexImportAcclaimResult lResult;
     int                     lDofs = 0;
     int                     lBones = 0;
     CountRotations(ReadSkeleton(pMotion, lResult)->mRoot, lDofs, lBones);
-    { // Once beforehand: which numbers come out is needed for the bound.
-        const KLongMotion lOnce(pMotion, 1);
+    { // The bound prints the numbers that the conversion writes.
+        const KRepeatedMotion lOnce(pMotion, 1);
         pWriter(KImported(pMotion, lOnce.Path()), lOut.Path());
     }
-    // The bound prints the numbers of one time so many times: they would not fit the memory that is watched.
+    // Numbers of one repeat, printed pRepeats times: keeping all of them would raise the peak memory, which is reported.
     const std::vector<double> lNumbers = std::string(pExtension) == ".glb" ? std::vector<double>() : NumbersOf(lOut.Path());
-    KBeside                   lBeside;
+    KComparison               lComparison;
     size_t                    lPeak = 0;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound(
+        lComparison.Bound(
             [&]
             {
                 ScanFile(lLong.Path());
-                benchmark::DoNotOptimize(TurnBones(lLong.Frames(), lDofs, lBones));
-                for (int lTime = 0; lTime < pTimes; ++lTime)
+                benchmark::DoNotOptimize(RunTrigonometry(lLong.Frames(), lDofs, lBones));
+                for (int lRepeat = 0; lRepeat < pRepeats; ++lRepeat)
                 {
                     PrintNumbers(lNumbers);
                 }
             });
         ResetPeakMemory();
-        lBeside.Work(pState, [&] { pWriter(KImported(pMotion, lLong.Path()), lOut.Path()); });
+        lComparison.Work(pState, [&] { pWriter(KImported(pMotion, lLong.Path()), lOut.Path()); });
         lPeak = std::max(lPeak, PeakMemory());
     }
-    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
+    ReportMotion(pState, lComparison, lLong.Size(), lLong.Frames(), lPeak);
 }
 
-/// Writing the motion alone, of a scene that is there, beside to_chars of the same numbers on one thread.
-void WriteAmc(benchmark::State& pState, const KMotion& pMotion, int pTimes, int pThreads)
+/// Writes the motion of an imported scene. The bound: to_chars of the same numbers on one thread.
+void WriteAmc(benchmark::State& pState, const KMotion& pMotion, int pRepeats, int pThreads)
 {
-    const KLongMotion        lLong(pMotion, pTimes);
+    const KRepeatedMotion    lLong(pMotion, pRepeats);
     const KScratchFile       lOut(".amc");
     const KImported          lFigure(pMotion, lLong.Path());
     KQexExportAcclaimOptions lOptions;
     lOptions.mThreads = pThreads;
     const std::vector<double> lNumbers = NumbersOf(lLong.Path());
-    KBeside                   lBeside;
+    KComparison               lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound([&] { PrintNumbers(lNumbers); });
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KQexExportAcclaimResult lResult;
-                         Demand(KQexExporterAcclaim::ExportMotion(lFigure.mResult.mRootNode, lFigure.mResult.mAsfScene.get(),
-                                                                  lOut.Path().c_str(), lOptions, lResult));
-                     });
+        lComparison.Bound([&] { PrintNumbers(lNumbers); });
+        lComparison.Work(pState,
+                         [&]
+                         {
+                             KQexExportAcclaimResult lResult;
+                             Require(KQexExporterAcclaim::ExportMotion(lFigure.mResult.mRootNode, lFigure.mResult.mAsfScene.get(),
+                                                                       lOut.Path().c_str(), lOptions, lResult));
+                         });
     }
-    lBeside.ReportBytes(pState, FileSize(lOut.Path()));
-    lBeside.ReportPieces(pState, "frame", lLong.Frames());
+    lComparison.ReportBytes(pState, FileSize(lOut.Path()));
+    lComparison.ReportItems(pState, "frame", lLong.Frames());
 }
 
-/// Reading BVH into a scene beside from_chars of its numbers.
-void ReadBvh(benchmark::State& pState, const KMotion& pMotion, int pTimes)
+/// Reads BVH into a scene. The bound: from_chars of its numbers.
+void ReadBvh(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 {
     const KScratchFile lIn(".bvh");
     int                lFrames = 0;
     {
-        const KLongMotion lLong(pMotion, pTimes);
+        const KRepeatedMotion lLong(pMotion, pRepeats);
         lFrames = lLong.Frames();
         WriteBvh(KImported(pMotion, lLong.Path()), lIn.Path());
     }
-    KBeside lBeside;
-    size_t  lPeak = 0;
+    KComparison lComparison;
+    size_t      lPeak = 0;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound([&] { ScanFile(lIn.Path()); });
+        lComparison.Bound([&] { ScanFile(lIn.Path()); });
         KQexScene* lScene = KQexScene::Create("bench");
         ResetPeakMemory();
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KQexFileBvh       lFile;
-                         KQexBvhReadResult lResult;
-                         Demand(lFile.OpenRead(lIn.Path().c_str()) && lFile.Read(lScene, KQexBvhReadOptions(), lResult));
-                     });
+        lComparison.Work(pState,
+                         [&]
+                         {
+                             KQexFileBvh       lFile;
+                             KQexBvhReadResult lResult;
+                             Require(lFile.OpenRead(lIn.Path().c_str()) && lFile.Read(lScene, KQexBvhReadOptions(), lResult));
+                         });
         lPeak = std::max(lPeak, PeakMemory());
         lScene->Destroy();
     }
-    ReportMotion(pState, lBeside, FileSize(lIn.Path()), lFrames, lPeak);
+    ReportMotion(pState, lComparison, FileSize(lIn.Path()), lFrames, lPeak);
 }
 
 } // namespace
@@ -132,23 +131,23 @@ void ReadBvh(benchmark::State& pState, const KMotion& pMotion, int pTimes)
 void RegisterBenches()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
-    for (const int lTimes : {1, 10, 100})
+    for (const int lRepeats : {1, 10, 100})
     {
-        RegisterTimes("ToBvh", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes)
-                      { Convert(pState, pMotion, pTimes, ".bvh", WriteBvh); });
+        RegisterRepeats("ToBvh", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats)
+                        { Convert(pState, pMotion, pRepeats, ".bvh", WriteBvh); });
 #ifdef QEX_BENCH_GLTF
-        RegisterTimes("ToGlb", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes)
-                      { Convert(pState, pMotion, pTimes, ".glb", WriteGlb); });
+        RegisterRepeats("ToGlb", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats)
+                        { Convert(pState, pMotion, pRepeats, ".glb", WriteGlb); });
 #endif
     }
-    for (const int lTimes : {1, 10})
+    for (const int lRepeats : {1, 10})
     {
-        RegisterTimes("WriteAmc/one_thread", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes) { WriteAmc(pState, pMotion, pTimes, 1); });
-        RegisterTimes("WriteAmc/all_threads", lMotion, lTimes,
-                      [](benchmark::State& pState, const KMotion& pMotion, int pTimes) { WriteAmc(pState, pMotion, pTimes, 0); });
-        RegisterTimes("ReadBvh", lMotion, lTimes, ReadBvh);
+        RegisterRepeats("WriteAmc/one_thread", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats) { WriteAmc(pState, pMotion, pRepeats, 1); });
+        RegisterRepeats("WriteAmc/all_threads", lMotion, lRepeats,
+                        [](benchmark::State& pState, const KMotion& pMotion, int pRepeats) { WriteAmc(pState, pMotion, pRepeats, 0); });
+        RegisterRepeats("ReadBvh", lMotion, lRepeats, ReadBvh);
     }
 }

@@ -1,4 +1,4 @@
-// Frames and clean-up of skeletons, beside the bare moves of their memory.
+// Bone frames and dummy removal, compared with the memory accesses that they need.
 
 #include <bench/skeletonsupport.h>
 
@@ -16,7 +16,7 @@ namespace
 
 using KBones = std::vector<HKQexAsfNode>;
 
-/// All bones in the order in which they lie, the root first.
+/// The root, then all other bones in order of their addresses.
 KBones BonesOf(HKQexAsfNode pRoot)
 {
     KBones lBones = {pRoot};
@@ -31,8 +31,8 @@ KBones BonesOf(HKQexAsfNode pRoot)
     return lBones;
 }
 
-/// What every way to a bone's frame has to do: take over its parent's axis and place, and turn a matrix into three angles.
-void TakeOver(KQexAsfNode& pBone, const KQexAsfNode& pParent)
+/// The least work for a bone's frame: copying its parent's axis and position, and three angles from a matrix.
+void CopyParentFrame(KQexAsfNode& pBone, const KQexAsfNode& pParent)
 {
     KgeSet(pBone.mParentAxisRM, pParent.mAxisRM);
     KgeSet(pBone.mParentAxisRMInv, pParent.mAxisRMInv);
@@ -44,22 +44,22 @@ void TakeOver(KQexAsfNode& pBone, const KQexAsfNode& pParent)
     pBone.mLR.mData[2] = std::atan2(lRM[0][1], lRM[0][0]);
 }
 
-/// What frames stand beside: TakeOver() for every bone below the root, in the order in which they lie.
-void TakeOverFrames(const KBones& pBones)
+/// The bound of SetupPosition(): CopyParentFrame() for every bone but the root, in order of their addresses.
+void CopyParentFrames(const KBones& pBones)
 {
     for (size_t i = 1; i < pBones.size(); ++i)
     {
         KgeSet(pBones[i]->mPositionV, pBones[i]->mDirectionV);
-        TakeOver(*pBones[i], *pBones[i]->mParent);
+        CopyParentFrame(*pBones[i], *pBones[i]->mParent);
     }
 }
 
 using KScenes = std::vector<KSceneOwner>;
 
-KScenes ReadSettled(const std::string& pText, int pSkeletons)
+KScenes ReadCompact(const std::string& pText, int pSkeletons)
 {
-    // The bones of the turn before lay scattered when they were given back.
-    SettleMemory();
+    // The bones freed by the previous iteration left a fragmented heap.
+    ConsolidateHeap();
     KScenes lScenes;
     for (int i = 0; i < pSkeletons; ++i)
     {
@@ -70,43 +70,43 @@ KScenes ReadSettled(const std::string& pText, int pSkeletons)
 
 void Frames(benchmark::State& pState, const KCase& pCase)
 {
-    const KScenes       lScenes = ReadSettled(SkeletonText(pCase.mShape, pCase.mSize.mBones), pCase.mSize.mSkeletons);
+    const KScenes       lScenes = ReadCompact(SkeletonText(pCase.mShape, pCase.mSize.mBones), pCase.mSize.mSkeletons);
     std::vector<KBones> lBones;
     for (const KSceneOwner& lScene : lScenes)
     {
         lBones.push_back(BonesOf(lScene->mRoot));
     }
 
-    KBeside lBeside("moves");
+    KComparison lComparison("moves");
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound(
+        lComparison.Bound(
             [&lBones]
             {
-                for (const KBones& lOf : lBones)
+                for (const KBones& lSkeleton : lBones)
                 {
-                    TakeOverFrames(lOf);
+                    CopyParentFrames(lSkeleton);
                 }
             });
-        lBeside.Work(pState,
-                     [&lScenes]
-                     {
-                         for (const KSceneOwner& lScene : lScenes)
+        lComparison.Work(pState,
+                         [&lScenes]
                          {
-                             lScene->mRoot->SetupPosition(false, false);
-                         }
-                     });
+                             for (const KSceneOwner& lScene : lScenes)
+                             {
+                                 lScene->mRoot->SetupPosition(false, false);
+                             }
+                         });
     }
-    pCase.Report(pState, lBeside);
+    pCase.Report(pState, lComparison);
 }
 
-/// What clean-up has to do, told beforehand.
-class KTakenApart
+/// The bound of RemoveDummy(): which bones move and which are deleted is known in advance.
+class KCleanUpBound
 {
 public:
-    /// The bones of a scene, which has none afterwards.
-    explicit KTakenApart(const KSceneOwner& pScene) : mBones(BonesOf(pScene->mRoot))
+    /// Takes the bones out of the scene and owns them.
+    explicit KCleanUpBound(const KSceneOwner& pScene) : mBones(BonesOf(pScene->mRoot))
     {
         pScene->mRoot = nullptr;
         for (const HKQexAsfNode lBone : mBones)
@@ -119,13 +119,13 @@ public:
             }
         }
     }
-    ~KTakenApart() { Release(mKept); }
-    KTakenApart(const KTakenApart&) = delete;
-    KTakenApart& operator=(const KTakenApart&) = delete;
+    ~KCleanUpBound() { Release(mKept); }
+    KCleanUpBound(const KCleanUpBound&) = delete;
+    KCleanUpBound& operator=(const KCleanUpBound&) = delete;
 
-    /// What clean-up stands beside: a look at every bone, TakeOver() for those that hang on dummies, and the dummies' memory given back, all in
-    /// the order in which they lie. To be called once.
-    void TakeOverDummies()
+    /// Visits every bone, runs CopyParentFrame() on the children of dummies and frees the dummies, all in order of their addresses.
+    /// Call it once only.
+    void Run()
     {
         int lSum = 0;
         for (const HKQexAsfNode lBone : mBones)
@@ -135,7 +135,7 @@ public:
         benchmark::DoNotOptimize(lSum);
         for (const HKQexAsfNode lBone : mMoved)
         {
-            TakeOver(*lBone, *lBone->mParent);
+            CopyParentFrame(*lBone, *lBone->mParent);
         }
         Release(mDummies);
     }
@@ -153,42 +153,42 @@ private:
     KBones mBones;
     KBones mDummies;
     KBones mKept;
-    KBones mMoved; ///< Kept ones that hang on a dummy.
+    KBones mMoved; ///< Bones of mKept whose parent is a dummy.
 };
 
 void CleanUp(benchmark::State& pState, const KCase& pCase)
 {
     const std::string lText = SkeletonText(pCase.mShape, pCase.mSize.mBones);
-    KBeside           lBeside("moves");
+    KComparison       lComparison("moves");
     for (auto lStep : pState)
     {
         (void)lStep;
         {
-            std::deque<KTakenApart> lAparts;
-            for (const KSceneOwner& lScene : ReadSettled(lText, pCase.mSize.mSkeletons))
+            std::deque<KCleanUpBound> lBounds;
+            for (const KSceneOwner& lScene : ReadCompact(lText, pCase.mSize.mSkeletons))
             {
-                lAparts.emplace_back(lScene);
+                lBounds.emplace_back(lScene);
             }
-            lBeside.Bound(
-                [&lAparts]
+            lComparison.Bound(
+                [&lBounds]
                 {
-                    for (KTakenApart& lApart : lAparts)
+                    for (KCleanUpBound& lBound : lBounds)
                     {
-                        lApart.TakeOverDummies();
+                        lBound.Run();
                     }
                 });
         }
-        const KScenes lScenes = ReadSettled(lText, pCase.mSize.mSkeletons);
-        lBeside.Work(pState,
-                     [&lScenes]
-                     {
-                         for (const KSceneOwner& lScene : lScenes)
+        const KScenes lScenes = ReadCompact(lText, pCase.mSize.mSkeletons);
+        lComparison.Work(pState,
+                         [&lScenes]
                          {
-                             lScene->mRoot->RemoveDummy(false, false);
-                         }
-                     });
+                             for (const KSceneOwner& lScene : lScenes)
+                             {
+                                 lScene->mRoot->RemoveDummy(false, false);
+                             }
+                         });
     }
-    pCase.Report(pState, lBeside);
+    pCase.Report(pState, lComparison);
 }
 
 } // namespace
@@ -196,7 +196,7 @@ void CleanUp(benchmark::State& pState, const KCase& pCase)
 void RegisterBenches()
 {
     const std::vector<KSize> lSizes = {{10}, {100}, {1000}, {1000, 100}, {10000}, {100000}};
-    KeepMemory();
+    KeepFreedMemory();
     RegisterSeries("Frames", Frames, lSizes);
     RegisterSeries("CleanUp", CleanUp, lSizes);
 }

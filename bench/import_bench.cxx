@@ -1,4 +1,4 @@
-// Motion: parsing alone beside the bare numbers, and whole imports of one, ten and a hundred times a real motion.
+// Parsing a motion, compared with scanning its numbers, and complete imports; of a real motion repeated 1, 10 and 100 times.
 
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -11,68 +11,68 @@ using namespace qexbench;
 namespace
 {
 
-class KNothing : public KQexAmcVisitor
+class KIgnoreFrames : public KQexAmcVisitor
 {
 public:
     bool Frame(const KQexAmcFrame&) override { return true; }
 };
 
-void ParseAlone(benchmark::State& pState, const KMotion& pMotion, int pTimes)
+void ParseAlone(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 {
-    const KLongMotion       lLong(pMotion, pTimes);
+    const KRepeatedMotion   lLong(pMotion, pRepeats);
     KQexImportAcclaimResult lResult;
     const KQexAsfSceneOwner lScene = ReadSkeleton(pMotion, lResult);
-    KBeside                 lBeside;
+    KComparison             lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound([&lLong] { ScanFile(lLong.Path()); });
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KQexFileAcclaimAmc lFile(false);
-                         KNothing           lNothing;
-                         KQexAmcReadOptions lOptions;
-                         lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
-                         Demand(lFile.OpenRead(lLong.Path().c_str()) && lFile.ReadFrames(lScene.get(), lOptions, lNothing));
-                     });
+        lComparison.Bound([&lLong] { ScanFile(lLong.Path()); });
+        lComparison.Work(pState,
+                         [&]
+                         {
+                             KQexFileAcclaimAmc lFile(false);
+                             KIgnoreFrames      lVisitor;
+                             KQexAmcReadOptions lOptions;
+                             lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
+                             Require(lFile.OpenRead(lLong.Path().c_str()) && lFile.ReadFrames(lScene.get(), lOptions, lVisitor));
+                         });
     }
-    lBeside.ReportBytes(pState, lLong.Size());
-    lBeside.ReportPieces(pState, "frame", lLong.Frames());
+    lComparison.ReportBytes(pState, lLong.Size());
+    lComparison.ReportItems(pState, "frame", lLong.Frames());
 }
 
-void WholeImport(benchmark::State& pState, const KMotion& pMotion, int pTimes)
+void WholeImport(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 {
-    const KLongMotion       lLong(pMotion, pTimes);
+    const KRepeatedMotion   lLong(pMotion, pRepeats);
     KQexImportAcclaimResult lResult;
     int                     lDofs = 0;
     int                     lBones = 0;
     CountRotations(ReadSkeleton(pMotion, lResult)->mRoot, lDofs, lBones);
-    KBeside lBeside;
-    size_t  lPeak = 0;
+    KComparison lComparison;
+    size_t      lPeak = 0;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound(
+        lComparison.Bound(
             [&]
             {
                 ScanFile(lLong.Path());
-                benchmark::DoNotOptimize(TurnBones(lLong.Frames(), lDofs, lBones));
+                benchmark::DoNotOptimize(RunTrigonometry(lLong.Frames(), lDofs, lBones));
             });
         KQexScene* lScene = KQexScene::Create("bench");
         ResetPeakMemory();
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KQexImportAcclaimOptions lOptions;
-                         Demand(KQexImporterAcclaim::Import(lScene,
-                                                            KQexAcclaimSource::Buffer(pMotion.mAsf.data(), pMotion.mAsf.size(), "skeleton"),
-                                                            {KQexAcclaimSource::File(lLong.Path())}, lOptions, lResult));
-                     });
+        lComparison.Work(
+            pState,
+            [&]
+            {
+                KQexImportAcclaimOptions lOptions;
+                Require(KQexImporterAcclaim::Import(lScene, KQexAcclaimSource::Buffer(pMotion.mAsf.data(), pMotion.mAsf.size(), "skeleton"),
+                                                    {KQexAcclaimSource::File(lLong.Path())}, lOptions, lResult));
+            });
         lPeak = std::max(lPeak, PeakMemory());
         lScene->Destroy();
     }
-    ReportMotion(pState, lBeside, lLong.Size(), lLong.Frames(), lPeak);
+    ReportMotion(pState, lComparison, lLong.Size(), lLong.Frames(), lPeak);
 }
 
 } // namespace
@@ -80,17 +80,17 @@ void WholeImport(benchmark::State& pState, const KMotion& pMotion, int pTimes)
 void RegisterBenches()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
-    for (const int lTimes : {1, 10})
+    for (const int lRepeats : {1, 10})
     {
-        benchmark::RegisterBenchmark(("ParseMotion/" + lMotion->mName + "/x" + std::to_string(lTimes)).c_str(),
-                                     [=](benchmark::State& pState) { ParseAlone(pState, *lMotion, lTimes); })
+        benchmark::RegisterBenchmark(("ParseMotion/" + lMotion->mName + "/x" + std::to_string(lRepeats)).c_str(),
+                                     [=](benchmark::State& pState) { ParseAlone(pState, *lMotion, lRepeats); })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     }
-    for (const int lTimes : {1, 10, 100})
+    for (const int lRepeats : {1, 10, 100})
     {
-        benchmark::RegisterBenchmark(("Import/" + lMotion->mName + "/x" + std::to_string(lTimes)).c_str(),
-                                     [=](benchmark::State& pState) { WholeImport(pState, *lMotion, lTimes); })
+        benchmark::RegisterBenchmark(("Import/" + lMotion->mName + "/x" + std::to_string(lRepeats)).c_str(),
+                                     [=](benchmark::State& pState) { WholeImport(pState, *lMotion, lRepeats); })
             ->UseManualTime()
             ->Unit(benchmark::kMillisecond);
     }

@@ -1,4 +1,4 @@
-// The math layer, and numbers as text: what one rotation costs beside its bare sines, and one number beside std::from_chars.
+// The math layer: the time of a rotation, compared with its sines and cosines. Number parsing, compared with std::from_chars.
 
 #include <bench/benchsupport.h>
 #include <kbaselib/kbase/knumber.h>
@@ -31,8 +31,8 @@ std::vector<KgeRVector> RandomAngles()
     return lAngles;
 }
 
-/// Six sines and cosines of a triple, which no way to its rotation can do without.
-double BareSines(const KgeRVector& pV)
+/// The six sines and cosines of a triple: every conversion to a matrix needs them.
+double SinesAndCosines(const KgeRVector& pV)
 {
     double lSum = 0.0;
     for (int i = 0; i < 3; ++i)
@@ -44,34 +44,34 @@ double BareSines(const KgeRVector& pV)
     return lSum;
 }
 
-/// \p pWork on each of many random triples, beside the sines of the same triples.
+/// Times \p pWork on random triples; the bound is SinesAndCosines() of the same triples.
 void Rotations(benchmark::State& pState, const std::function<void(const KgeRVector&, KgeRMatrix&)>& pWork)
 {
     const std::vector<KgeRVector> lAngles = RandomAngles();
-    KBeside                       lBeside;
+    KComparison                   lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound(
+        lComparison.Bound(
             [&lAngles]
             {
                 for (const KgeRVector& lV : lAngles)
                 {
-                    benchmark::DoNotOptimize(BareSines(lV));
+                    benchmark::DoNotOptimize(SinesAndCosines(lV));
                 }
             });
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KgeRMatrix lR;
-                         for (const KgeRVector& lV : lAngles)
+        lComparison.Work(pState,
+                         [&]
                          {
-                             pWork(lV, lR);
-                             benchmark::DoNotOptimize(lR);
-                         }
-                     });
+                             KgeRMatrix lR;
+                             for (const KgeRVector& lV : lAngles)
+                             {
+                                 pWork(lV, lR);
+                                 benchmark::DoNotOptimize(lR);
+                             }
+                         });
     }
-    lBeside.ReportPieces(pState, "call", kRotations);
+    lComparison.ReportItems(pState, "call", kRotations);
 }
 
 /// Numbers as motion files write them, one blank after each.
@@ -117,15 +117,15 @@ double SumScanned(const std::string& pText)
 void ScanText(benchmark::State& pState)
 {
     const std::string lText = NumberText();
-    KBeside           lBeside;
+    KComparison       lComparison;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Bound([&lText] { benchmark::DoNotOptimize(SumFromChars(lText)); });
-        lBeside.Work(pState, [&lText] { benchmark::DoNotOptimize(SumScanned(lText)); });
+        lComparison.Bound([&lText] { benchmark::DoNotOptimize(SumFromChars(lText)); });
+        lComparison.Work(pState, [&lText] { benchmark::DoNotOptimize(SumScanned(lText)); });
     }
-    lBeside.ReportBytes(pState, lText.size());
-    lBeside.ReportPieces(pState, "number", kNumbers);
+    lComparison.ReportBytes(pState, lText.size());
+    lComparison.ReportItems(pState, "number", kNumbers);
 }
 
 } // namespace
@@ -155,7 +155,7 @@ void RegisterBenches()
              KgeSet(lBack, pR, 10);
              benchmark::DoNotOptimize(lBack);
          }},
-        {"math/turn_on",
+        {"math/concatenate_rotation",
          [](const KgeRVector& pV, KgeRMatrix& pR)
          {
              KgeRMatrix lStep;

@@ -35,8 +35,8 @@ KMotion ChooseMotion()
     {
         for (const std::string& lAsf : CorpusFiles(".asf"))
         {
-            const bool lBeside = fs::path(lAsf).parent_path() == fs::path(lAmc).parent_path();
-            if (lBeside && fs::path(lAmc).stem().string().rfind(fs::path(lAsf).stem().string(), 0) == 0)
+            const bool lSameFolder = fs::path(lAsf).parent_path() == fs::path(lAmc).parent_path();
+            if (lSameFolder && fs::path(lAmc).stem().string().rfind(fs::path(lAsf).stem().string(), 0) == 0)
             {
                 return {fs::path(lAmc).filename().string(), ReadWholeFile(lAsf), ReadWholeFile(lAmc)};
             }
@@ -45,28 +45,28 @@ KMotion ChooseMotion()
     return {"generated", SkeletonText(eRANDOM, kGeneratedBones), MotionText(kGeneratedBones, kGeneratedFrames)};
 }
 
-KLongMotion::KLongMotion(const KMotion& pMotion, int pTimes)
-    : mPath(fs::temp_directory_path() / ("qex_bench_" + std::to_string(pTimes) + "_" + std::to_string(std::rand()) + ".amc"))
+KRepeatedMotion::KRepeatedMotion(const KMotion& pMotion, int pRepeats)
+    : mPath(fs::temp_directory_path() / ("qex_bench_" + std::to_string(pRepeats) + "_" + std::to_string(std::rand()) + ".amc"))
 {
     std::ofstream lFile(mPath, std::ios::binary);
-    for (int i = 0; i < pTimes; ++i)
+    for (int i = 0; i < pRepeats; ++i)
     {
         std::istringstream lText(pMotion.mAmc);
         for (std::string lLine; std::getline(lText, lLine);)
         {
             const bool lNumber = IsFrameNumber(lLine);
-            if (i > 0 && mFrames % pTimes == 0 && !lNumber && (lLine[0] == ':' || lLine[0] == '#'))
+            if (i > 0 && mFrames % pRepeats == 0 && !lNumber && (lLine[0] == ':' || lLine[0] == '#'))
             {
                 continue;
             }
             lFile << (lNumber ? std::to_string(++mFrames) : lLine) << '\n';
         }
     }
-    Demand(lFile.flush().good());
+    Require(lFile.flush().good());
     mSize = static_cast<size_t>(fs::file_size(mPath));
 }
 
-KLongMotion::~KLongMotion()
+KRepeatedMotion::~KRepeatedMotion()
 {
     fs::remove(mPath);
 }
@@ -82,10 +82,10 @@ KScratchFile::~KScratchFile()
     fs::remove(mPath, lIgnored);
 }
 
-void ReportMotion(benchmark::State& pState, const KBeside& pBeside, size_t pBytes, double pFrames, size_t pPeak)
+void ReportMotion(benchmark::State& pState, const KComparison& pComparison, size_t pBytes, double pFrames, size_t pPeak)
 {
-    pBeside.ReportBytes(pState, pBytes);
-    pBeside.ReportPieces(pState, "frame", pFrames);
+    pComparison.ReportBytes(pState, pBytes);
+    pComparison.ReportItems(pState, "frame", pFrames);
     pState.counters["peak_MB"] = static_cast<double>(pPeak) / 1e6;
 }
 
@@ -99,10 +99,10 @@ KImported::KImported(const KQexAcclaimSource& pAsf, const std::string& pAmcPath)
     KQexImportAcclaimOptions lOptions;
     lOptions.mSetLimits = false;
     lOptions.mKeepAsfScene = true;
-    Demand(mScene != nullptr && KQexImporterAcclaim::Import(mScene, pAsf, {KQexAcclaimSource::File(pAmcPath)}, lOptions, mResult));
+    Require(mScene != nullptr && KQexImporterAcclaim::Import(mScene, pAsf, {KQexAcclaimSource::File(pAmcPath)}, lOptions, mResult));
     mStack = mScene->FindAnimStack(mResult.mTakes.front().mName.c_str());
     mScene->GetEvaluator()->SetContext(mStack);
-    Demand(MakeSampling({mResult.mRootNode}, mStack, {}, mSampling));
+    Require(MakeSampling({mResult.mRootNode}, mStack, {}, mSampling));
 }
 
 KImported::~KImported()
@@ -117,29 +117,27 @@ void WriteBvh(const KImported& pFigure, const std::string& pPath)
     KQexBvhWriteOptions lOptions;
     lOptions.mStack = pFigure.mStack;
     lOptions.mSampling = pFigure.mSampling;
-    Demand(lFile.OpenWrite(pPath.c_str()) && lFile.Write({pFigure.mResult.mRootNode}, lOptions) && lFile.Close());
+    Require(lFile.OpenWrite(pPath.c_str()) && lFile.Write({pFigure.mResult.mRootNode}, lOptions) && lFile.Close());
 }
 
-/// All numbers of a text file, as they are at the end of a parse.
 std::vector<double> NumbersOf(const std::string& pPath)
 {
     const std::string   lText = ReadWholeFile(pPath);
     std::vector<double> lNumbers;
     const char*         lEnd = lText.data() + lText.size();
-    for (const char* lPlace = lText.data(); lPlace < lEnd;)
+    for (const char* lAt = lText.data(); lAt < lEnd;)
     {
         double     lValue = 0;
-        const auto lResult = std::from_chars(lPlace, lEnd, lValue);
-        if (lResult.ec == std::errc() && lResult.ptr != lPlace)
+        const auto lResult = std::from_chars(lAt, lEnd, lValue);
+        if (lResult.ec == std::errc() && lResult.ptr != lAt)
         {
             lNumbers.push_back(lValue);
         }
-        lPlace = lResult.ptr == lPlace ? lPlace + 1 : lResult.ptr;
+        lAt = lResult.ptr == lAt ? lAt + 1 : lResult.ptr;
     }
     return lNumbers;
 }
 
-/// std::to_chars of numbers, six decimals: what writing text could cost at the least.
 void PrintNumbers(const std::vector<double>& pNumbers)
 {
     char lText[400];
@@ -154,17 +152,17 @@ KQexAsfSceneOwner ReadSkeleton(const KMotion& pMotion, KQexImportAcclaimResult& 
 {
     KQexAsfSceneOwner lScene = KQexImporterAcclaim::ReadSkeleton(
         KQexAcclaimSource::Buffer(pMotion.mAsf.data(), pMotion.mAsf.size(), "skeleton"), KQexImportAcclaimOptions(), pResult);
-    Demand(lScene != nullptr);
+    Require(lScene != nullptr);
     return lScene;
 }
 
 void CountRotations(HKQexAsfNode pBone, int& pDofs, int& pBones)
 {
-    std::vector<HKQexAsfNode> lLeft{pBone};
-    while (!lLeft.empty())
+    std::vector<HKQexAsfNode> lPending{pBone};
+    while (!lPending.empty())
     {
-        const HKQexAsfNode lBone = lLeft.back();
-        lLeft.pop_back();
+        const HKQexAsfNode lBone = lPending.back();
+        lPending.pop_back();
         int lDofs = 0;
         for (int i = 0; i < lBone->mOrderCount; ++i)
         {
@@ -174,12 +172,12 @@ void CountRotations(HKQexAsfNode pBone, int& pDofs, int& pBones)
         pBones += lDofs > 0 ? 1 : 0;
         for (int i = 0; i < lBone->mChildBuf.GetCount(); ++i)
         {
-            lLeft.push_back(lBone->mChildBuf[i]);
+            lPending.push_back(lBone->mChildBuf[i]);
         }
     }
 }
 
-double TurnBones(int pFrames, int pDofs, int pBones)
+double RunTrigonometry(int pFrames, int pDofs, int pBones)
 {
     double lSum = 0.0;
     double lAngle = 0.1;

@@ -10,7 +10,7 @@
 #include <vector>
 
 /// \file
-/// Motions of any length for benches, and what working on them costs at the least.
+/// Motions of any length for benches, and lower bounds for working on them.
 
 namespace qexbench
 {
@@ -23,17 +23,17 @@ struct KMotion
     std::string mAmc;
 };
 
-/// The first real motion, or a generated one of the same shape.
+/// The first motion of ASF_CORPUS_DIR that has a skeleton in its folder; a generated one if there is none.
 KMotion ChooseMotion();
 
-/// A file of \p pTimes times a motion, its frames numbered on. Gone with the object.
-class KLongMotion
+/// A temporary file that repeats a motion \p pRepeats times, its frames numbered consecutively. Deleted with the object.
+class KRepeatedMotion
 {
 public:
-    KLongMotion(const KMotion& pMotion, int pTimes);
-    ~KLongMotion();
-    KLongMotion(const KLongMotion&) = delete;
-    KLongMotion& operator=(const KLongMotion&) = delete;
+    KRepeatedMotion(const KMotion& pMotion, int pRepeats);
+    ~KRepeatedMotion();
+    KRepeatedMotion(const KRepeatedMotion&) = delete;
+    KRepeatedMotion& operator=(const KRepeatedMotion&) = delete;
 
     std::string Path() const { return mPath.string(); }
     size_t      Size() const { return mSize; }
@@ -45,7 +45,7 @@ private:
     int                   mFrames = 0;
 };
 
-/// A path that is free, and free again afterwards.
+/// An unused path for a temporary file; the file is deleted with the object.
 class KScratchFile
 {
 public:
@@ -60,14 +60,14 @@ private:
     std::filesystem::path mPath;
 };
 
-/// Adds the counters of a job on a file of \p pBytes and \p pFrames frames: those of ReportBytes() and ReportPieces(), and the most
-/// memory it held, \p pPeak bytes, as peak_MB.
-void ReportMotion(benchmark::State& pState, const KBeside& pBeside, size_t pBytes, double pFrames, size_t pPeak);
+/// Adds the counters of ReportBytes() and ReportItems() for a file of \p pBytes and \p pFrames frames, and the peak memory, \p pPeak
+/// bytes, as peak_MB.
+void ReportMotion(benchmark::State& pState, const KComparison& pComparison, size_t pBytes, double pFrames, size_t pPeak);
 
-/// Bytes of a file.
+/// Size of a file in bytes.
 size_t FileSize(const std::string& pPath);
 
-/// An imported motion: what every conversion from AMC begins with.
+/// An imported motion: the first step of every conversion from AMC.
 class KImported
 {
 public:
@@ -86,30 +86,30 @@ public:
     qexsdk::KQexSampling            mSampling;
 };
 
-/// The figure as BVH.
+/// Writes the figure to a BVH file.
 void WriteBvh(const KImported& pFigure, const std::string& pPath);
 
-/// All numbers of a text file, as they are at the end of a parse.
+/// All numbers of a text file, in order.
 std::vector<double> NumbersOf(const std::string& pPath);
 
-/// std::to_chars of numbers, six decimals: what writing text could cost at the least.
+/// Lower bound for writing text: std::to_chars of each number, six decimals.
 void PrintNumbers(const std::vector<double>& pNumbers);
 
 /// The motion's skeleton.
 qexsdk::KQexAsfSceneOwner ReadSkeleton(const KMotion& pMotion, qexsdk::KQexImportAcclaimResult& pResult);
 
-/// Counts rotation DOFs, and bones that have one.
+/// Adds the rotation DOFs of a tree to \p pDofs, and its bones that have one to \p pBones.
 void CountRotations(qexsdk::HKQexAsfNode pBone, int& pDofs, int& pBones);
 
-/// The trigonometry that sampling cannot do without: a sine-cosine pair a rotation DOF, three arc tangents a rotating bone.
-double TurnBones(int pFrames, int pDofs, int pBones);
+/// Lower bound for sampling: per frame, a sine-cosine pair per rotation DOF and three arc tangents per rotating bone.
+double RunTrigonometry(int pFrames, int pDofs, int pBones);
 
-/// Registers \p pBench(state, motion, times) for one so many times as long as a motion.
+/// Registers \p pBench(state, motion, repeats) for a motion repeated \p pRepeats times.
 template <typename TBench>
-void RegisterTimes(const std::string& pName, const std::shared_ptr<KMotion>& pMotion, int pTimes, TBench pBench)
+void RegisterRepeats(const std::string& pName, const std::shared_ptr<KMotion>& pMotion, int pRepeats, TBench pBench)
 {
-    benchmark::RegisterBenchmark((pName + "/" + pMotion->mName + "/x" + std::to_string(pTimes)).c_str(),
-                                 [=](benchmark::State& pState) { pBench(pState, *pMotion, pTimes); })
+    benchmark::RegisterBenchmark((pName + "/" + pMotion->mName + "/x" + std::to_string(pRepeats)).c_str(),
+                                 [=](benchmark::State& pState) { pBench(pState, *pMotion, pRepeats); })
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 }

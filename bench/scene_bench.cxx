@@ -1,5 +1,5 @@
-// The scene: all global transforms of a tree, beside the bare sines, cosines and matrix products that they need; making and
-// ending nodes.
+// The scene: global transforms of a tree, compared with the sines, cosines and matrix products they need; creating and destroying
+// nodes.
 
 #include <bench/benchsupport.h>
 #include <qexscene/kqexscene.h>
@@ -16,21 +16,21 @@ using namespace qexbench;
 namespace
 {
 
-constexpr int kFrames = 240; ///< of motion, at 120 a second.
+constexpr int kFrames = 240; ///< Frames of motion, at 120 fps.
 
-struct KSceneDestroyer
+struct KSceneDeleter
 {
     void operator()(KQexScene* pScene) const { pScene->Destroy(); }
 };
 
-using KSceneOwner = std::unique_ptr<KQexScene, KSceneDestroyer>;
+using KSceneOwner = std::unique_ptr<KQexScene, KSceneDeleter>;
 
 KTime FrameTime(int pFrame)
 {
     return KTime(pFrame * (KTime::kTicksPerSecond / 120));
 }
 
-/// What an import leaves: rotation curves on every node, a rotation offset and, if asked, a pre-rotation.
+/// Animates a node as an import does: rotation curves, a rotation offset and optionally a pre-rotation.
 void Animate(KQexScene& pScene, KQexNode& pNode, bool pPreRotation, std::mt19937& pRandom)
 {
     std::uniform_real_distribution<double> lAngle(-90.0, 90.0);
@@ -68,9 +68,9 @@ KSceneOwner MakeScene(int pNodes, bool pPreRotation)
     return lScene;
 }
 
-/// The least a node costs: three sine-cosine pairs, the rotation they make, its product with the pre-rotation, the one with the
-/// parent's transform. Everything is at hand; nothing is looked up.
-double BareTransforms(const std::vector<double>& pAngles, std::vector<KQexMatrix>& pMatrices, bool pPreRotation, double pTurn)
+/// Lower bound for a node: three sine-cosine pairs, their rotation matrix, its products with the pre-rotation and with the parent's
+/// transform. Nothing is looked up.
+double TransformsBound(const std::vector<double>& pAngles, std::vector<KQexMatrix>& pMatrices, bool pPreRotation, double pOffset)
 {
     KQexMatrix lPre = pMatrices[0];
     for (size_t lI = 1; lI < pMatrices.size(); ++lI)
@@ -79,7 +79,7 @@ double BareTransforms(const std::vector<double>& pAngles, std::vector<KQexMatrix
         double lS[3];
         for (size_t lK = 0; lK < 3; ++lK)
         {
-            const double lAngle = (pAngles[3 * lI + lK] + pTurn) * 0.017453292519943295;
+            const double lAngle = (pAngles[3 * lI + lK] + pOffset) * 0.017453292519943295;
             lS[lK] = std::sin(lAngle);
             lC[lK] = std::cos(lAngle);
         }
@@ -99,58 +99,58 @@ void GlobalTransforms(benchmark::State& pState, int pNodes, bool pPreRotation)
     KQexGlobalTransforms    lBuffer;
     std::vector<double>     lAngles(3 * static_cast<size_t>(pNodes), 20.0);
     std::vector<KQexMatrix> lMatrices(static_cast<size_t>(pNodes));
-    KBeside                 lBeside;
+    KComparison             lComparison;
     double                  lSum = 0.0;
     const int               lFrames = pNodes < 10000 ? kFrames : 10;
     for (auto lUnused : pState)
     {
         (void)lUnused;
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         for (int lFrame = 0; lFrame < lFrames; ++lFrame)
+        lComparison.Work(pState,
+                         [&]
                          {
-                             if (!lScene->GetEvaluator()->EvaluateGlobalTransforms(lScene->GetRootNode(), FrameTime(lFrame), lBuffer))
+                             for (int lFrame = 0; lFrame < lFrames; ++lFrame)
                              {
-                                 std::abort();
+                                 if (!lScene->GetEvaluator()->EvaluateGlobalTransforms(lScene->GetRootNode(), FrameTime(lFrame), lBuffer))
+                                 {
+                                     std::abort();
+                                 }
+                                 lSum += lBuffer.GetTransform(pNodes - 1).mData[3][0];
                              }
-                             lSum += lBuffer.GetTransform(pNodes - 1).mData[3][0];
-                         }
-                     });
-        lBeside.Bound(
+                         });
+        lComparison.Bound(
             [&]
             {
                 for (int lFrame = 0; lFrame < lFrames; ++lFrame)
                 {
-                    lSum += BareTransforms(lAngles, lMatrices, pPreRotation, lFrame);
+                    lSum += TransformsBound(lAngles, lMatrices, pPreRotation, lFrame);
                 }
             });
     }
     benchmark::DoNotOptimize(lSum);
-    lBeside.ReportPieces(pState, "node_frame", static_cast<double>(pNodes) * lFrames);
+    lComparison.ReportItems(pState, "node_frame", static_cast<double>(pNodes) * lFrames);
 }
 
-/// A chain: the deepest tree there is.
-void MakeAndEnd(benchmark::State& pState, int pNodes)
+/// Creates and destroys a chain, the deepest tree of that many nodes.
+void CreateAndDestroy(benchmark::State& pState, int pNodes)
 {
-    KBeside lBeside;
+    KComparison lComparison;
     for (auto lUnused : pState)
     {
         (void)lUnused;
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         const KSceneOwner lScene(KQexScene::Create("bench"));
-                         KQexNode*         lNode = lScene->GetRootNode();
-                         for (int lI = 1; lI < pNodes; ++lI)
+        lComparison.Work(pState,
+                         [&]
                          {
-                             KQexNode* lChild = KQexNode::Create(lScene.get(), "node");
-                             lNode->AddChild(lChild);
-                             lNode = lChild;
-                         }
-                     });
+                             const KSceneOwner lScene(KQexScene::Create("bench"));
+                             KQexNode*         lNode = lScene->GetRootNode();
+                             for (int lI = 1; lI < pNodes; ++lI)
+                             {
+                                 KQexNode* lChild = KQexNode::Create(lScene.get(), "node");
+                                 lNode->AddChild(lChild);
+                                 lNode = lChild;
+                             }
+                         });
     }
-    lBeside.ReportPieces(pState, "node", pNodes);
+    lComparison.ReportItems(pState, "node", pNodes);
 }
 
 } // namespace
@@ -170,8 +170,8 @@ void RegisterBenches()
     }
     for (const int lNodes : {1000, 10000, 100000})
     {
-        benchmark::RegisterBenchmark(("MakeAndEnd/chain/" + std::to_string(lNodes)).c_str(),
-                                     [=](benchmark::State& pState) { MakeAndEnd(pState, lNodes); })
+        benchmark::RegisterBenchmark(("CreateAndDestroy/chain/" + std::to_string(lNodes)).c_str(),
+                                     [=](benchmark::State& pState) { CreateAndDestroy(pState, lNodes); })
             ->UseManualTime()
             ->MinTime(0.2);
     }

@@ -1,4 +1,4 @@
-// Skeleton files: reading beside the bare numbers, writing, memory.
+// Skeleton files: reading, compared with scanning the numbers; writing; heap size.
 
 #include <bench/skeletonsupport.h>
 
@@ -12,11 +12,11 @@ using namespace qexbench;
 namespace
 {
 
-/// Reads a file again and again, in turns with its bound; before each reading pPrepare sees to the memory.
-/// \param pSkeletons how often a turn reads it, as that many skeletons
+/// Times reading a file, alternating with its bound. Before each timed read, pPrepare() prepares the heap.
+/// \param pSkeletons number of skeletons to read from the file in each iteration
 template <typename TPrepare>
-void ReadBeside(benchmark::State& pState, KBeside& pBeside, const std::string& pPath, TPrepare&& pPrepare, bool pRemoveDummyNodes = false,
-                int pSkeletons = 1)
+void ReadAndCompare(benchmark::State& pState, KComparison& pComparison, const std::string& pPath, TPrepare&& pPrepare,
+                    bool pRemoveDummyNodes = false, int pSkeletons = 1)
 {
     const auto lAll = [pSkeletons](auto&& pOne)
     {
@@ -34,79 +34,79 @@ void ReadBeside(benchmark::State& pState, KBeside& pBeside, const std::string& p
     for (auto lStep : pState)
     {
         (void)lStep;
-        pBeside.Bound([&] { lAll([&](size_t) { ScanFile(pPath); }); });
+        pComparison.Bound([&] { lAll([&](size_t) { ScanFile(pPath); }); });
         lAll([&](size_t pAt) { lScenes[pAt].reset(); });
         pPrepare();
-        pBeside.Work(pState, [&] { lAll(lRead); });
+        pComparison.Work(pState, [&] { lAll(lRead); });
     }
-    pBeside.ReportBytes(pState, static_cast<size_t>(std::filesystem::file_size(pPath)) * static_cast<size_t>(pSkeletons));
+    pComparison.ReportBytes(pState, static_cast<size_t>(std::filesystem::file_size(pPath)) * static_cast<size_t>(pSkeletons));
 }
 
 template <typename TPrepare>
 void ReadCase(benchmark::State& pState, const KCase& pCase, TPrepare&& pPrepare, bool pRemoveDummyNodes = false)
 {
     const KTextFile lFile(SkeletonText(pCase.mShape, pCase.mSize.mBones));
-    KBeside         lBeside;
-    ReadBeside(pState, lBeside, lFile.Path(), pPrepare, pRemoveDummyNodes, pCase.mSize.mSkeletons);
-    pCase.Report(pState, lBeside);
+    KComparison     lComparison;
+    ReadAndCompare(pState, lComparison, lFile.Path(), pPrepare, pRemoveDummyNodes, pCase.mSize.mSkeletons);
+    pCase.Report(pState, lComparison);
 }
 
-/// What is measured is reading: the memory that the skeleton before had is there.
+/// Reading alone: the memory of the previous skeleton is reused.
 void ReadGenerated(benchmark::State& pState, const KCase& pCase)
 {
-    ReadCase(pState, pCase, SettleMemory);
+    ReadCase(pState, pCase, ConsolidateHeap);
 }
 
-/// All that one call can do: bones, hierarchy, frames and clean-up.
+/// Reading with dummy removal: bones, hierarchy, frames and clean-up.
 void ReadClean(benchmark::State& pState, const KCase& pCase)
 {
-    ReadCase(pState, pCase, SettleMemory, true);
+    ReadCase(pState, pCase, ConsolidateHeap, true);
 }
 
-/// As a program's first reading: the system hands out every page anew.
+/// Like a program's first read: all memory is fresh pages from the system.
 void ReadFresh(benchmark::State& pState, const KCase& pCase)
 {
-    ReadCase(pState, pCase, DropMemory);
+    ReadCase(pState, pCase, TrimHeap);
 }
 
 void ReadFile(benchmark::State& pState, const std::string& pPath)
 {
-    KBeside lBeside;
-    ReadBeside(pState, lBeside, pPath, SettleMemory);
+    KComparison lComparison;
+    ReadAndCompare(pState, lComparison, pPath, ConsolidateHeap);
 }
 
 void WriteGenerated(benchmark::State& pState, const KCase& pCase)
 {
     const KSceneOwner lScene = ReadText(SkeletonText(pCase.mShape, pCase.mSize.mBones));
-    KBeside           lBeside;
+    KComparison       lComparison;
     std::string       lOut;
     for (auto lStep : pState)
     {
         (void)lStep;
-        lBeside.Work(pState,
-                     [&]
-                     {
-                         KQexFileAcclaimAsf lFile(false);
-                         Demand(lFile.OpenWriteBuffer(&lOut));
-                         lFile.Write(lScene.get());
-                         Demand(lFile.Close());
-                     });
+        lComparison.Work(pState,
+                         [&]
+                         {
+                             KQexFileAcclaimAsf lFile(false);
+                             Require(lFile.OpenWriteBuffer(&lOut));
+                             lFile.Write(lScene.get());
+                             Require(lFile.Close());
+                         });
     }
-    lBeside.ReportBytes(pState, lOut.size());
-    pCase.Report(pState, lBeside);
+    lComparison.ReportBytes(pState, lOut.size());
+    pCase.Report(pState, lComparison);
 }
 
 void Heap(benchmark::State& pState, const KCase& pCase)
 {
     const std::string lText = SkeletonText(pCase.mShape, pCase.mSize.mBones);
-    KBeside           lBeside;
+    KComparison       lComparison;
     size_t            lBytes = 0;
     for (auto lStep : pState)
     {
         (void)lStep;
         const size_t lBefore = HeapInUse();
         KSceneOwner  lScene;
-        lBeside.Work(pState, [&] { lScene = ReadText(lText); });
+        lComparison.Work(pState, [&] { lScene = ReadText(lText); });
         lBytes = HeapInUse() - lBefore;
     }
     pState.counters["heap_B/bone"] = static_cast<double>(lBytes) / pCase.mSize.AllBones();
@@ -118,14 +118,14 @@ void Heap(benchmark::State& pState, const KCase& pCase)
 void RegisterBenches()
 {
     const std::vector<KSize> lSizes = {{10}, {100}, {1000}, {10000}, {100000}};
-    const std::vector<KSize> lSizesAndMany = {{10}, {100}, {1000}, {1000, 100}, {10000}, {100000}};
-    KeepMemory();
+    const std::vector<KSize> lSizesAndSplit = {{10}, {100}, {1000}, {1000, 100}, {10000}, {100000}};
+    KeepFreedMemory();
     for (const std::string& lPath : CorpusFiles(".asf"))
     {
         const std::string lName = "ReadFile/" + std::filesystem::path(lPath).filename().string();
         benchmark::RegisterBenchmark(lName.c_str(), [=](benchmark::State& pState) { ReadFile(pState, lPath); })->UseManualTime();
     }
-    RegisterSeries("Read", ReadGenerated, lSizesAndMany);
+    RegisterSeries("Read", ReadGenerated, lSizesAndSplit);
     RegisterSeries("ReadClean", ReadClean, {{1000}, {1000, 100}, {100000}});
     RegisterSeries("ReadFresh", ReadFresh, {{1000}, {100000}});
     RegisterSeries("Write", WriteGenerated, lSizes);

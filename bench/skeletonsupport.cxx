@@ -10,12 +10,12 @@ namespace qexbench
 namespace
 {
 
-/// Large skeletons get as many turns as work on this many bones: the best of them is still worth something, however short a time is
-/// asked for.
+/// Cases of at least kManyBones bones run for kBonesToWorkOn bones in all, whatever --benchmark_min_time says: few iterations would
+/// make their best time unreliable.
 constexpr int kManyBones = 10000;
 constexpr int kBonesToWorkOn = 2000000;
 
-/// Seconds a bone, by series, shape and size.
+/// Seconds per bone, by series, shape and size.
 double& SecondsOf(const KCase& pCase, const KSize& pSize)
 {
     static std::map<std::string, double> sSeconds;
@@ -28,7 +28,7 @@ KSceneOwner ReadText(const std::string& pText)
 {
     KSceneOwner        lScene(QexSdkNew<KQexAsfScene>());
     KQexFileAcclaimAsf lFile(false);
-    Demand(lFile.OpenReadBuffer(pText.data(), pText.size()) && lFile.Read(lScene.get(), false, false, false));
+    Require(lFile.OpenReadBuffer(pText.data(), pText.size()) && lFile.Read(lScene.get(), false, false, false));
     return lScene;
 }
 
@@ -36,7 +36,7 @@ KSceneOwner ReadPath(const std::string& pPath, bool pRemoveDummyNodes)
 {
     KSceneOwner        lScene(QexSdkNew<KQexAsfScene>());
     KQexFileAcclaimAsf lFile(false);
-    Demand(lFile.OpenRead(pPath.c_str()) && lFile.Read(lScene.get(), pRemoveDummyNodes, false, false));
+    Require(lFile.OpenRead(pPath.c_str()) && lFile.Read(lScene.get(), pRemoveDummyNodes, false, false));
     return lScene;
 }
 
@@ -45,11 +45,11 @@ std::string KSize::Name() const
     return (mSkeletons == 1 ? std::string() : std::to_string(mSkeletons) + "x") + std::to_string(mBones);
 }
 
-void KCase::Report(benchmark::State& pState, const KBeside& pBeside) const
+void KCase::Report(benchmark::State& pState, const KComparison& pComparison) const
 {
     const int lBones = mSize.AllBones();
-    pBeside.ReportPieces(pState, "bone", lBones);
-    const double lSeconds = pBeside.BestWork() / lBones;
+    pComparison.ReportItems(pState, "bone", lBones);
+    const double lSeconds = pComparison.BestWork() / lBones;
     SecondsOf(*this, mSize) = lSeconds;
     if (mSize.mBones == 100000)
     {

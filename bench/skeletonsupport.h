@@ -9,31 +9,31 @@
 #include <vector>
 
 /// \file
-/// What benches of skeleton files share: reading them, and series over sizes and shapes.
+/// Shared by the benches of skeleton files: reading them, and series over sizes and shapes.
 
 namespace qexbench
 {
 
-struct KSceneDestroyer
+struct KSceneDeleter
 {
     void operator()(qexsdk::KQexAsfScene* pScene) const { pScene->Destroy(); }
 };
 
 /// A skeleton, destroyed with its owner.
-using KSceneOwner = std::unique_ptr<qexsdk::KQexAsfScene, KSceneDestroyer>;
+using KSceneOwner = std::unique_ptr<qexsdk::KQexAsfScene, KSceneDeleter>;
 
-/// The skeleton that \p pText tells, without clean-up. A text that cannot be read ends the program.
+/// Reads a skeleton from \p pText, without clean-up. Aborts on failure.
 KSceneOwner ReadText(const std::string& pText);
 
-/// The skeleton in the file \p pPath, cleaned up if \p pRemoveDummyNodes. A file that cannot be read ends the program.
+/// Reads a skeleton from the file \p pPath, and removes its dummies if \p pRemoveDummyNodes. Aborts on failure.
 KSceneOwner ReadPath(const std::string& pPath, bool pRemoveDummyNodes);
 
-/// A size of a series. Many small skeletons at once take the memory of a large one: how time grows beside them is the work's own
-/// doing and not that of a cache which holds one skeleton of them but not the large one.
+/// A size of a series. Many small skeletons together take as much memory as a large one. Comparing the large one with them shows how
+/// time grows with the size of a skeleton, without the effect of a cache that holds one small skeleton but not the large one.
 struct KSize
 {
-    int mBones;         ///< of each skeleton, beside its root
-    int mSkeletons = 1; ///< worked on one after the other; all of them are there at once
+    int mBones;         ///< Bones of each skeleton, not counting its root.
+    int mSkeletons = 1; ///< Processed one after the other, but all in memory at once.
 
     /// Bones of all skeletons.
     int AllBones() const { return mBones * mSkeletons; }
@@ -49,9 +49,9 @@ struct KCase
     EShape      mShape;
     KSize       mSize;
 
-    /// Adds ReportPieces() of \p pBeside a bone; for 100,000 bones also of_1000 and of_100x1000, the time a bone over that of the
-    /// cases of 1,000 bones of the same series and shape that ran before.
-    void Report(benchmark::State& pState, const KBeside& pBeside) const;
+    /// Adds the counters of ReportItems() per bone. For 100,000 bones also of_1000 and of_100x1000: the time per bone divided by that
+    /// of the 1,000-bone cases of the same series and shape, if they ran before.
+    void Report(benchmark::State& pState, const KComparison& pComparison) const;
 };
 
 using KBench = void (*)(benchmark::State&, const KCase&);

@@ -1,11 +1,11 @@
-# cmake -P cmake/CheckLayers.cmake: each folder includes only itself, the folders below it and the language's standard library.
-# Exceptions: the base layer's file input and output call POSIX, the glTF plug-in stands on nlohmann-json.
+# cmake -P cmake/CheckLayers.cmake: each folder may include only itself, the folders below it and the standard library.
+# Exceptions: the base layer's file input and output use POSIX, the glTF plug-in uses nlohmann-json.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(kRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
-# Folder, then the folders that it may include beside itself. Sub-folders without a row are part of the folder above. The public headers
-# of a folder with sub-folders stand beside them, and are open to all of them.
+# Each folder, and the folders that it may include besides itself. Sub-folders without an entry belong to the folder above. The public
+# headers of a folder with sub-folders are next to these, which may all include them.
 set(kBase kbaselib/kbase)
 set(kMath ${kBase} kbaselib/kmath)
 set(kScene ${kMath} qexscene)
@@ -25,7 +25,7 @@ set(kMay_${kAcclaim}/exchange ${kMay_${kAcclaim}/scene} ${kAcclaim}/scene)
 set(kMay_${kAcclaim} ${kMay_${kAcclaim}/exchange} ${kAcclaim}/exchange)
 set(kMay_qexioplugins/gltf ${kMotion})
 
-# A header that only forwards to its new place.
+# A header that only forwards to its new location.
 set(kForwarding qexioplugins/motion/kqexfilebvh.h)
 
 set(kStandard
@@ -48,7 +48,7 @@ foreach(lVariable IN LISTS lVariables)
     endif()
 endforeach()
 
-# The folder with a row that a file belongs to.
+# The folder, among those listed, that a file belongs to.
 function(find_folder pFile pResult)
     get_filename_component(lFolder "${pFile}" DIRECTORY)
     while(lFolder AND NOT lFolder IN_LIST lFolders)
@@ -68,7 +68,7 @@ foreach(lFile IN LISTS lFiles)
     foreach(lLine IN LISTS lLines)
         string(REGEX REPLACE "^[^<\"]*[<\"]([^>\"]*)[>\"].*$" "\\1" lHeader "${lLine}")
         find_folder("${lHeader}" lTo)
-        # A public header shows nothing of the folders below it.
+        # A public header must not include the sub-folders below it.
         set(lIsInside FALSE)
         if(lFile MATCHES "\\.h$" AND lTo MATCHES "^${lFrom}/")
             set(lIsInside TRUE)
@@ -86,4 +86,4 @@ if(lBad)
     list(JOIN lBad "\n  " lText)
     message(FATAL_ERROR "Includes that do not belong in their layer:\n  ${lText}")
 endif()
-message(STATUS "${lCount} files include only what stands below them")
+message(STATUS "${lCount} files include only their own layer and those below")

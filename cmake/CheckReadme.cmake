@@ -1,4 +1,4 @@
-# cmake -P cmake/CheckReadme.cmake: the README's C++ examples are those that the tests run.
+# cmake -P cmake/CheckReadme.cmake: checks that the README's C++ examples are those that the tests run.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(lRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)

@@ -1,4 +1,4 @@
-# Installed: libraries, headers, the CMake package, the program, documents and samples.
+# Installs libraries, headers, the CMake package, documents and samples. The program is installed in apps/asf.
 
 include(CMakePackageConfigHelpers)
 

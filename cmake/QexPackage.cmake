@@ -1,4 +1,4 @@
-# What ./dev package makes: one archive and one Debian package with library, headers, CMake package, program and documents.
+# Settings for ./dev package: an archive and a Debian package with library, headers, CMake package, program and documents.
 
 set(CPACK_PACKAGE_NAME qex)
 set(CPACK_PACKAGE_VENDOR "the qex authors")

@@ -1,4 +1,4 @@
-# Helpers that keep every target of the project built in the same way.
+# Helpers that set up every target of the project in the same way.
 
 # Language level, warnings and floating-point rules for a target of the project.
 function(qex_set_up_target pTarget)
@@ -15,14 +15,14 @@ function(qex_set_up_target pTarget)
     endif()
 endfunction()
 
-# A target whose sources may be compiled several at a time: see QEX_UNITY.
+# Makes the target a unity build if QEX_UNITY is on.
 function(qex_allow_unity pTarget)
     if(QEX_UNITY)
         set_target_properties(${pTarget} PROPERTIES UNITY_BUILD ON)
     endif()
 endfunction()
 
-# find_package that names the Debian package to install, or the option to switch off, when something is missing.
+# find_package whose error names the Debian package to install, or the option to turn off.
 macro(qex_find_package pPackage pDebian pOption)
     find_package(${pPackage} QUIET ${ARGN})
     if(NOT ${pPackage}_FOUND)
@@ -30,9 +30,9 @@ macro(qex_find_package pPackage pDebian pOption)
     endif()
 endmacro()
 
-# One layer of the library: target qex_NAME, alias qex::NAME, made of all sources in and below FOLDER. A folder without sources makes an
-# interface target. HEADERS are the public headers, those that are installed; DEPENDS the layers that it uses; EXTERNAL what it links
-# beside them. Sets QEX_NAME_KIND to INTERFACE or LIBRARY.
+# One layer of the library: target qex_NAME, alias qex::NAME, built from all sources in and below FOLDER; an interface target if there
+# are none. HEADERS are the public headers, which are installed; DEPENDS the layers it uses; EXTERNAL other libraries to link. Sets
+# QEX_NAME_KIND to INTERFACE or LIBRARY.
 function(qex_add_layer pName)
     cmake_parse_arguments(PARSE_ARGV 1 lArg "" "FOLDER" "HEADERS;DEPENDS;EXTERNAL")
     set(lTarget qex_${pName})

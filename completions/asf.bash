@@ -1,4 +1,4 @@
-# Completion of asf for bash.
+# Bash completion for asf.
 _asf()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}

@@ -1,4 +1,4 @@
-/// The skeleton reader, with the flags in the first byte, and the writer on what it read.
+/// Fuzzes the skeleton reader, and the writer with its result. Input: a byte of read flags, a skeleton.
 
 #include <fuzz/fuzzsupport.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>

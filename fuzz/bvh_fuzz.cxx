@@ -1,4 +1,4 @@
-/// The BVH reader, and the writer on what it read.
+/// Fuzzes the BVH reader, and the writer with its result.
 
 #include <fuzz/fuzzsupport.h>
 

@@ -1,4 +1,4 @@
-/// A skeleton through a scene and back: what the exporter writes is read without a word.
+/// Round trip of a skeleton through a scene: what the exporter writes must be readable.
 
 #include <fuzz/fuzzsupport.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t pSi
         KQexFileAcclaimAsf      lFile(false);
         qexfuzz::Require(lFile.OpenReadBuffer(lText.data(), lText.size()));
         const bool lOk = lFile.Read(lBack.get(), false, false, false);
-        // A value that no finite number holds cannot come back; everything else does.
+        // Only a value that became infinite or NaN may fail.
         qexfuzz::Require(lOk || lText.find("inf") != std::string::npos || lText.find("nan") != std::string::npos);
     }
     return 0;

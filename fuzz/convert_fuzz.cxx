@@ -1,5 +1,5 @@
-/// Whole conversions: a byte that says what comes in, then the file or files (two are divided by a NUL); out go BVH and an Acclaim
-/// skeleton.
+/// Fuzzes whole conversions to BVH and to Acclaim files. Input: a byte for the format, then a BVH file, or a skeleton, a NUL and a
+/// motion.
 
 #include <fuzz/fuzzsupport.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -9,7 +9,7 @@ using namespace qexsdk;
 namespace
 {
 
-std::vector<KQexNode*> ReadIn(KQexScene* pScene, const std::uint8_t* pData, std::size_t pSize)
+std::vector<KQexNode*> ReadInput(KQexScene* pScene, const std::uint8_t* pData, std::size_t pSize)
 {
     if (pData[0] == 'b')
     {
@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t pSi
         return 0;
     }
     const qexfuzz::KScenePtr     lScene = qexfuzz::MakeScene();
-    const std::vector<KQexNode*> lRoots = ReadIn(lScene.get(), pData, pSize);
+    const std::vector<KQexNode*> lRoots = ReadInput(lScene.get(), pData, pSize);
     if (lRoots.empty())
     {
         return 0;

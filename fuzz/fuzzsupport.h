@@ -9,22 +9,22 @@
 #include <memory>
 #include <string>
 
-/// What every fuzz target needs.
+/// Shared by all fuzz targets.
 namespace qexfuzz
 {
 
-struct KSceneDestroyer
+struct KSceneDeleter
 {
     void operator()(qexsdk::KQexScene* pScene) const { pScene->Destroy(); }
 };
-using KScenePtr = std::unique_ptr<qexsdk::KQexScene, KSceneDestroyer>;
+using KScenePtr = std::unique_ptr<qexsdk::KQexScene, KSceneDeleter>;
 
 inline KScenePtr MakeScene()
 {
     return KScenePtr(qexsdk::KQexScene::Create("fuzz"));
 }
 
-/// Ends the program when something that must hold does not, so that the fuzzer keeps the input.
+/// Aborts unless \p pHolds, so that the fuzzer saves the input.
 inline void Require(bool pHolds)
 {
     if (!pHolds)
@@ -33,7 +33,7 @@ inline void Require(bool pHolds)
     }
 }
 
-/// The two parts of an input that holds two files, divided by its first NUL.
+/// Splits an input into two files at its first NUL.
 struct KTwoFiles
 {
     KTwoFiles(const std::uint8_t* pData, std::size_t pSize)
@@ -47,7 +47,7 @@ struct KTwoFiles
     std::string mSecond;
 };
 
-/// Frames of a take, few enough to write them again and again: a long gap between two keys is no reason to fill it.
+/// Samples the first second at 8 fps: fast to write, however far apart the keys are.
 inline qexsdk::KQexSamplingRequest FewFrames()
 {
     qexsdk::KQexSamplingRequest lRequest;

@@ -1,4 +1,4 @@
-/// The glTF reader, and the writer on what it read.
+/// Fuzzes the glTF reader, and the writer with its result.
 
 #include <fuzz/fuzzsupport.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>

@@ -1,5 +1,5 @@
-/// Runs a fuzz target once on each file given, and on each file of a folder given: so that every seed and every past finding is
-/// tried in every build, without a fuzzer. A folder that is not there has no files.
+/// Runs a fuzz target once on each given file, and on each file in a given folder, so that every build tests all seeds and past
+/// findings without a fuzzer. A missing folder counts as empty.
 
 #include <cstdint>
 #include <cstdio>

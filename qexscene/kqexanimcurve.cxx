@@ -7,7 +7,7 @@ const kQexClassId KQexAnimCurve::smClassId("KQexAnimCurve", &KQexObject::smClass
 
 KQexAnimCurve* KQexAnimCurve::Create(KQexScene* pScene, const char* pName)
 {
-    return Completed(new KQexAnimCurve(pScene, pName));
+    return NullIfIncomplete(new KQexAnimCurve(pScene, pName));
 }
 
 KQexAnimCurve::KQexAnimCurve(KQexScene* pScene, const char* pName) : KQexObject(pScene, pName) {}
@@ -45,15 +45,15 @@ bool KQexAnimCurve::RemoveKey(int pIndex)
     {
         return false;
     }
-    KQexKeyStore lKept;
+    KQexKeyStore lKeys;
     for (int lKey = 0; lKey < mKeys.GetCount(); ++lKey)
     {
-        if (lKey != pIndex && lKept.Set(mKeys.GetTime(lKey), mKeys.GetValue(lKey)) < 0)
+        if (lKey != pIndex && lKeys.Set(mKeys.GetTime(lKey), mKeys.GetValue(lKey)) < 0)
         {
             return false;
         }
     }
-    mKeys.Swap(lKept);
+    mKeys.Swap(lKeys);
     return true;
 }
 

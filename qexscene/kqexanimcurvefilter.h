@@ -8,22 +8,22 @@ namespace qexsdk
 
 class KQexAnimCurve;
 
-/// Rewrites the keys of curves that belong together. A filter holds settings only: it may be applied any number of times, to
-/// different curves. It does not own them.
+/// Rewrites the keys of curves that belong together. A filter holds only settings: it can be applied any number of times, to any
+/// curves, and owns none.
 class QEX_API KQexAnimCurveFilter
 {
 public:
     KQexAnimCurveFilter() = default;
     virtual ~KQexAnimCurveFilter();
-    /// A filter with the same settings.
+    /// Copies the settings.
     KQexAnimCurveFilter(const KQexAnimCurveFilter&) = default;
-    /// Takes over the settings.
+    /// Copies the settings.
     KQexAnimCurveFilter& operator=(const KQexAnimCurveFilter&) = default;
 
     /// Applies the filter.
-    /// \param pCurves array of \p pCount curves, as the filter asks for them.
-    /// \param pCount  how many there are.
-    /// \return false, and every curve unchanged, when they are not what the filter asks for or memory runs out.
+    /// \param pCurves array of \p pCount curves, as the filter requires them.
+    /// \param pCount  number of curves.
+    /// \return false, and every curve unchanged, when they do not meet the filter's requirements or memory runs out.
     virtual bool Apply(KQexAnimCurve** pCurves, int pCount) = 0;
 };
 

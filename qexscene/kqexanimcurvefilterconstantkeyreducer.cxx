@@ -34,15 +34,15 @@ static bool Reduce(KQexAnimCurve& pCurve)
     {
         return true;
     }
-    KQexKeyStore lKept;
+    KQexKeyStore lReduced;
     for (int lKey = 0; lKey < lKeys.GetCount(); ++lKey)
     {
-        if (!IsInsideRun(lKeys, lKey) && lKept.Set(lKeys.GetTime(lKey), lKeys.GetValue(lKey)) < 0)
+        if (!IsInsideRun(lKeys, lKey) && lReduced.Set(lKeys.GetTime(lKey), lKeys.GetValue(lKey)) < 0)
         {
             return false;
         }
     }
-    pCurve.SwapKeys(lKept);
+    pCurve.SwapKeys(lReduced);
     return true;
 }
 

@@ -7,24 +7,23 @@
 namespace qexsdk
 {
 
-/// Does what KQexAnimCurveFilterUnroll does, and takes the spins out of gimbal lock.
+/// Unrolls like KQexAnimCurveFilterUnroll, and removes spins in gimbal lock.
 ///
-/// Where the middle angle brings the first and the third axis into line, only the sum (or the difference) of the outer
-/// angles matters, and arc tangents put all of it into one of them: a joint that merely passes through such a pose swings
-/// both angles there and back. Keys in lock share the two angles out anew: the sum that matters is taken on from the key before
-/// by the shorter way round, and what is free makes the path from the key before a run of such keys to the key behind it the
-/// shortest (smallest sum of distances between the triples of neighbours); it stays as it was where the run ends the curve.
-/// The middle angle is kept, up to whole turns.
+/// Where the middle angle aligns the first and the third axis, the rotation depends only on the sum (or the difference) of the
+/// outer angles, and arc tangents put all of it into one of them: a joint that merely passes through such a pose swings both
+/// angles there and back. Locked keys get new outer angles. Their sum (or difference) follows that of the previous key by the
+/// shorter way. The other combination, which is free, is chosen so that the path from the key before a run of locked keys to the
+/// key after it is shortest (smallest sum of distances between neighbouring triples); in a run that ends the curve it keeps the
+/// value of the key before the run. The middle angle is kept, up to whole turns.
 ///
-/// A key counts as locked when its middle angle is within 2e-5 degrees of the pole. Further out the outer angles are not free:
-/// to share them out would turn the rotation by more than the 1e-4 degrees that the filters allow themselves.
+/// A key counts as locked when its middle angle is within 2e-5 degrees of the pole. Further away, redistributing the outer angles
+/// could change the rotation by more than the filters' limit of 1e-4 degrees.
 class QEX_API KQexAnimCurveFilterGimbleKiller : public KQexAnimCurveFilter
 {
 public:
-    /// As KQexAnimCurveFilterUnroll::SetRotationOrder. XYZ until it is set: three curves do not tell their order, so
-    /// whoever knows that it is another has to say it.
+    /// As KQexAnimCurveFilterUnroll::SetRotationOrder. Default XYZ.
     void SetRotationOrder(int pOrder) { mOrder = pOrder; }
-    /// The order that is set.
+    /// The order set, default XYZ (0).
     int GetRotationOrder() const { return mOrder; }
 
     /// As KQexAnimCurveFilterUnroll::Apply.

@@ -14,7 +14,7 @@ static KQexAnimCurveKeyData* AllocateInKey(KQexAnimCurveKeyData* pOwn)
 
 static std::atomic<KQexAnimCurveKeyAllocatorFct> sAllocatorFct{&AllocateInKey};
 
-/// Where a new key's data live. Reports when nobody can say so.
+/// Storage for a new key's data. Reports an assertion when no allocator is installed.
 static KQexAnimCurveKeyData* AllocateData(KQexAnimCurveKeyData* pOwn)
 {
     const KQexAnimCurveKeyAllocatorFct lAllocatorFct = sAllocatorFct.load(std::memory_order_relaxed);

@@ -28,7 +28,7 @@ KQexAnimCurveNode* KQexAnimCurveNode::Create(KQexObject* pContainer, const char*
     {
         return nullptr;
     }
-    return Completed(new KQexAnimCurveNode(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexAnimCurveNode(pContainer->GetScene(), pName));
 }
 
 KQexAnimCurveNode::KQexAnimCurveNode(KQexScene* pScene, const char* pName)

@@ -11,26 +11,25 @@ namespace qexsdk
 class KQexAnimCurve;
 class KQexAnimLayer;
 
-/// Drives one property of three components on one layer: a channel for each of x, y, z (0, 1, 2), with a value and curves
-/// that replace it. Made by KQexProperty::GetCurveNode and owned by the scene. Destroy(true, …) also ends its curves.
+/// Drives one three-component property on one layer: a channel each for x, y, z (0, 1, 2), with a value and curves that override
+/// it. Created by KQexProperty::GetCurveNode and owned by the scene. Destroy(true, …) also destroys its curves.
 class QEX_API KQexAnimCurveNode : public KQexObject
 {
 public:
-    /// The class, for QexCast and GetMember.
+    /// Class id, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
-    /// Number of channels.
-    static constexpr unsigned int kChannelCount = 3;
+    static constexpr unsigned int kChannelCount = 3; ///< Channels: x, y, z.
 
-    /// Makes a curve node of no property and no layer, owned by the scene of \p pContainer. Null when \p pContainer is null
-    /// or memory runs out.
+    /// A curve node without a property or layer, owned by the scene of \p pContainer. Null when \p pContainer is null or memory
+    /// runs out.
     static KQexAnimCurveNode* Create(KQexObject* pContainer, const char* pName);
 
     void               Destroy(bool pRecursive = false, bool pDependents = false) override;
     const kQexClassId& GetClassId() const noexcept override;
     KQexObject*        GetSrcObject(kQexClassId pClass, int pIndex) const override;
 
-    /// kChannelCount.
+    /// Number of channels.
     unsigned int GetChannelsCount() const { return kChannelCount; }
 
     /// The property of channel \p pChannel; not valid (KQexProperty::IsValid) when there is no such channel.
@@ -42,7 +41,7 @@ public:
         return pChannel < kChannelCount ? mChannels[pChannel].GetData() : nullptr;
     }
 
-    /// What channel \p pChannel has where no curve with keys drives it. False when there is no such channel.
+    /// Sets the value of channel \p pChannel, which applies while no curve with keys drives it. False when there is no such channel.
     template <typename T>
     bool SetChannelValue(unsigned int pChannel, T pValue)
     {
@@ -62,36 +61,36 @@ public:
     /// The \p pIndex-th curve of channel \p pChannel, or null. Curve 0 is the one that is evaluated.
     /// \param pChannel 0 to 2.
     /// \param pIndex   from 0.
-    /// \param pName    null: any; else only curves of that name count.
+    /// \param pName    null: any; else only curves of that name are counted.
     KQexAnimCurve* GetCurve(unsigned int pChannel, unsigned int pIndex = 0, const char* pName = nullptr) const;
 
     /// Number of curves on channel \p pChannel.
     int GetCurveCount(unsigned int pChannel) const;
 
-    /// Puts \p pCurve on channel \p pChannel, after the curves that it has. The curve stays the scene's. A curve may be on
-    /// several channels.
+    /// Connects \p pCurve to channel \p pChannel, after its other curves. The scene still owns the curve. A curve may be connected
+    /// to several channels.
     /// \param pCurve   a curve of the same scene, or of none.
     /// \param pChannel 0 to 2.
-    /// \param pInLastPosition kept for the callers that pass it; has no effect.
+    /// \param pInLastPosition ignored; for compatibility.
     /// False when there is no such channel or curve, the curve is of another scene, or memory runs out.
     bool ConnectToChannel(KQexAnimCurve* pCurve, unsigned int pChannel, bool pInLastPosition = true);
 
-    /// Takes \p pCurve off channel \p pChannel; it goes on existing. False when it is not there.
+    /// Disconnects \p pCurve from channel \p pChannel without destroying it. False when it is not connected to it.
     bool DisconnectFromChannel(KQexAnimCurve* pCurve, unsigned int pChannel);
 
     /// Whether any channel has a curve with keys.
-    /// \param pRecurse kept for the callers that pass it; has no effect: nothing is below a curve node.
+    /// \param pRecurse ignored; for compatibility.
     bool IsAnimated(bool pRecurse = false) const;
 
-    /// Channel \p pChannel (0 when there is none) at \p pTime: its curve's value, or the channel's own where there is no curve
-    /// or one without keys.
+    /// Value of channel \p pChannel at \p pTime: its first curve's, or the channel's own if there is no curve or it has no keys.
+    /// 0 when there is no such channel.
     double Evaluate(unsigned int pChannel, KTime pTime) const;
 
-    /// The layer it is a member of, or null.
+    /// The layer of which it is a member, or null.
     KQexAnimLayer* GetLayer() const;
 
 protected:
-    /// As KQexObject's; objects are made by Create.
+    /// See KQexObject; use Create.
     KQexAnimCurveNode(KQexScene* pScene, const char* pName);
 
 private:

@@ -44,7 +44,7 @@ const kQexClassId& KQexAnimEvaluator::GetClassId() const noexcept
 
 KQexAnimEvaluator* KQexAnimEvaluator::Create(KQexScene* pScene)
 {
-    return Completed(new KQexAnimEvaluator(pScene, "Evaluator"));
+    return NullIfIncomplete(new KQexAnimEvaluator(pScene, "Evaluator"));
 }
 
 void KQexAnimEvaluator::Destroy(bool pRecursive, bool pDependents)
@@ -110,13 +110,13 @@ KQexMatrix KQexAnimEvaluator::GetNodeGlobalTransform(const KQexNode* pNode, KTim
 
 bool KQexAnimEvaluator::EvaluateGlobalTransforms(KQexNode* pRoot, KTime pTime, KQexGlobalTransforms& pBuffer) const
 {
-    if (pRoot == nullptr || pRoot->GetScene() != GetScene() || !pBuffer.Gather(pRoot, GetLayer()))
+    if (pRoot == nullptr || pRoot->GetScene() != GetScene() || !pBuffer.Collect(pRoot, GetLayer()))
     {
         pBuffer.Clear();
         return false;
     }
-    const KQexMatrix lOutside = GetNodeGlobalTransform(pRoot->GetParent(), pTime);
-    pBuffer.Evaluate(lOutside, pTime);
+    const KQexMatrix lParentTransform = GetNodeGlobalTransform(pRoot->GetParent(), pTime);
+    pBuffer.Evaluate(lParentTransform, pTime);
     return true;
 }
 

@@ -16,7 +16,7 @@ KQexAnimLayer* KQexAnimLayer::Create(KQexObject* pContainer, const char* pName)
     {
         return nullptr;
     }
-    return Completed(new KQexAnimLayer(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexAnimLayer(pContainer->GetScene(), pName));
 }
 
 } // namespace qexsdk

@@ -11,17 +11,17 @@ namespace qexsdk
 class QEX_API KQexAnimLayer : public KQexCollection
 {
 public:
-    /// The class, for QexCast and GetMember.
+    /// Class id, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
-    /// Makes a layer without a stack, owned by the scene of \p pContainer; a stack takes it by AddMember. Null when
-    /// \p pContainer is null or memory runs out.
+    /// A layer without a stack, owned by the scene of \p pContainer; add it to a stack with AddMember. Null when \p pContainer is
+    /// null or memory runs out.
     static KQexAnimLayer* Create(KQexObject* pContainer, const char* pName);
 
     const kQexClassId& GetClassId() const noexcept override;
 
 protected:
-    /// As KQexObject's; objects are made by Create.
+    /// See KQexObject; use Create.
     KQexAnimLayer(KQexScene* pScene, const char* pName) : KQexCollection(pScene, pName) {}
 };
 

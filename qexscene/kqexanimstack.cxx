@@ -18,7 +18,7 @@ KQexAnimStack* KQexAnimStack::Create(KQexObject* pContainer, const char* pName)
     {
         return nullptr;
     }
-    return Completed(new KQexAnimStack(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexAnimStack(pContainer->GetScene(), pName));
 }
 
 KQexAnimStack::KQexAnimStack(KQexScene* pScene, const char* pName) : KQexCollection(pScene, pName)

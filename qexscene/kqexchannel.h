@@ -10,12 +10,12 @@ namespace qexsdk
 class KQexAnimLayer;
 class KQexProperty;
 
-/// Where one component of a property's value comes from on a layer. Found once, it is asked frame by frame; valid while the scene's
-/// connections stay as they are.
+/// The source of one component of a property's value on a layer. Look it up once and evaluate it for every frame; valid until the
+/// scene's connections change.
 struct QEX_API KQexChannel
 {
     const KQexAnimCurve* mCurve = nullptr; ///< Null: no curve.
-    const double*        mValue = nullptr; ///< The value without a curve, or with one that has no keys.
+    const double*        mValue = nullptr; ///< Used without a curve with keys; never null once found.
 
     /// Whether there is a curve with keys.
     bool IsAnimated() const { return mCurve != nullptr && mCurve->GetKeyCount() > 0; }
@@ -26,7 +26,7 @@ struct QEX_API KQexChannel
     /// Whether the value is \p pValue at all times. Looks at every key.
     bool IsAlways(double pValue) const;
 
-    /// The three components of \p pProperty; \p pLayer null: as without any take.
+    /// Sets \p pChannels[0..2] to the components of \p pProperty; \p pLayer null: the property's own values.
     static void Find(KQexChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer);
 };
 

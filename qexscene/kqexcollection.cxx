@@ -18,7 +18,7 @@ KQexCollection* KQexCollection::Create(KQexObject* pContainer, const char* pName
     {
         return nullptr;
     }
-    return Completed(new KQexCollection(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexCollection(pContainer->GetScene(), pName));
 }
 
 KQexCollection::~KQexCollection()
@@ -31,30 +31,30 @@ KQexCollection::~KQexCollection()
 
 void KQexCollection::Destroy(bool pRecursive, bool pDependents)
 {
-    // From the last member to the first, innermost first, without recursion: collections may be nested as deep as they like.
-    KQexCollection* lAt = pRecursive ? this : nullptr;
-    while (lAt != nullptr)
+    // Depth first from the last member, without recursion: collections may be nested deeper than the stack.
+    KQexCollection* lCollection = pRecursive ? this : nullptr;
+    while (lCollection != nullptr)
     {
-        KQexObject*     lMember = lAt->mMembers.GetLast();
+        KQexObject*     lMember = lCollection->mMembers.GetLast();
         KQexCollection* lInner = QexCast<KQexCollection>(lMember);
         if (lInner != nullptr)
         {
-            lAt = lInner;
+            lCollection = lInner;
         }
         else if (lMember != nullptr)
         {
-            lAt->RemoveMember(lMember);
+            lCollection->RemoveMember(lMember);
             lMember->Destroy(true, pDependents);
         }
         else
         {
-            KQexCollection* lOuter = lAt == this ? nullptr : lAt->GetCollection();
+            KQexCollection* lOuter = lCollection == this ? nullptr : lCollection->GetCollection();
             if (lOuter != nullptr)
             {
-                lOuter->RemoveMember(lAt);
-                lAt->Destroy(false, pDependents);
+                lOuter->RemoveMember(lCollection);
+                lCollection->Destroy(false, pDependents);
             }
-            lAt = lOuter;
+            lCollection = lOuter;
         }
     }
     KQexObject::Destroy(pRecursive, pDependents);

@@ -9,22 +9,22 @@ namespace qexsdk
 class KQexObject;
 class KQexPropertyData;
 
-/// One connection: an object that drives a property (a curve a channel, a curve node a node's property). It is known to
-/// both ends, so that either can end and take it along in O(1).
+/// A connection from an object to the property that it drives (a curve to a channel, a curve node to a node's property). It is in a
+/// list of each end, so either can remove it in O(1).
 class KQexConnection
 {
 public:
-    /// Connects \p pSrc to \p pDst, after the connections that \p pDst has. Null when memory runs out.
+    /// Connects \p pSrc to \p pDst, after the latter's other connections. Null when memory runs out.
     static KQexConnection* Make(KQexObject* pSrc, KQexPropertyData* pDst) noexcept;
 
-    /// Takes the connection out of both ends and frees it.
+    /// Removes the connection from both ends' lists and frees it.
     void Remove() noexcept;
 
-    KQexObject*                  mSrc = nullptr;     ///< The object that drives.
-    KQexPropertyData*            mDst = nullptr;     ///< The property that is driven.
-    KQexConnection*              mPrevDst = nullptr; ///< Neighbours among the connections of the same source.
-    KQexConnection*              mNextDst = nullptr; ///< The same, behind this one.
-    KQexListHook<KQexConnection> mSrcHook;           ///< Place among the connections of the same property.
+    KQexObject*                  mSrc = nullptr;     ///< The driving object.
+    KQexPropertyData*            mDst = nullptr;     ///< The driven property.
+    KQexConnection*              mPrevDst = nullptr; ///< Previous connection of the same source.
+    KQexConnection*              mNextDst = nullptr; ///< Next connection of the same source.
+    KQexListHook<KQexConnection> mSrcHook;           ///< In the property's list of connections.
 
 private:
     void TouchScene() const noexcept;

@@ -9,38 +9,38 @@
 namespace qexsdk
 {
 
-/// Degrees from the pole up to which a middle angle counts as locked. Moving the outer angles against each other turns the
-/// rotation by at most twice that, which leaves more than half of the filters' 1e-4 degrees to the rounding of new angles.
+/// A key is locked if its middle angle is within this many degrees of the pole. Redistributing the outer angles then changes the
+/// rotation by at most twice that, which leaves more than half of the filters' 1e-4 degrees for rounding.
 static constexpr double kLockDegrees = 2e-5;
 
 static constexpr double kSqrtHalf = 0.70710678118654752;
 
-/// \p pAngle and whole turns, nearest to \p pBefore and in single precision. Left bit by bit when that is it already.
+/// \p pAngle plus the whole turns that bring it nearest to \p pBefore, in single precision. Unchanged if already nearest.
 static double NearestTurn(double pAngle, double pBefore)
 {
     if (std::fabs(pAngle - pBefore) <= 180.0)
     {
         return pAngle;
     }
-    // Without its own turns first, which is exact; the sum with all turns would not be where the angle is enormous.
+    // Remove the angle's own turns first, which is exact; adding all turns at once would round a huge angle.
     const double lBase = std::fabs(pAngle) < 1e9 ? pAngle - 360.0 * std::nearbyint(pAngle / 360.0) : std::remainder(pAngle, 360.0);
     const double lTurns = std::nearbyint((pBefore - lBase) / 360.0);
-    const double lNear = static_cast<double>(static_cast<float>(lBase + 360.0 * lTurns));
-    if (std::fabs(lNear - pBefore) <= 180.0)
+    const double lResult = static_cast<double>(static_cast<float>(lBase + 360.0 * lTurns));
+    if (std::fabs(lResult - pBefore) <= 180.0)
     {
-        return lNear;
+        return lResult;
     }
-    // Rounding carried it just beyond half a turn: then the one on the other side may be within.
-    const double lOther = lTurns + (lNear > pBefore ? -1.0 : 1.0);
-    const double lFar = static_cast<double>(static_cast<float>(lBase + 360.0 * lOther));
-    return std::fabs(lFar - pBefore) < std::fabs(lNear - pBefore) ? lFar : lNear;
+    // Rounded to just above half a turn; the candidate on the other side may be closer.
+    const double lOther = lTurns + (lResult > pBefore ? -1.0 : 1.0);
+    const double lOtherResult = static_cast<double>(static_cast<float>(lBase + 360.0 * lOther));
+    return std::fabs(lOtherResult - pBefore) < std::fabs(lResult - pBefore) ? lOtherResult : lResult;
 }
 
 KQexEulerPath::KQexEulerPath(int pOrder) : mIsOdd((pOrder & 2) != 0), mIsRepeated((pOrder & 1) != 0)
 {
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
     {
-        mAxis[lPlace] = KmEulerAxisRow(pOrder)[lPlace];
+        mAxis[lIndex] = KmEulerAxisRow(pOrder)[lIndex];
     }
 }
 
@@ -68,14 +68,14 @@ bool KQexEulerPath::Open(KQexAnimCurve** pCurves, int pCount)
     return true;
 }
 
-/// The key as the curves have it. False when an angle is not finite.
+/// The key's angles in the curves. False when one is not finite.
 bool KQexEulerPath::Read(int pKey, KTriple& pTriple) const
 {
     bool lFinite = true;
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
     {
-        const float lValue = mCurves[mAxis[lPlace]]->GetKeys().GetValue(pKey);
-        pTriple.mAngle[lPlace] = static_cast<double>(lValue);
+        const float lValue = mCurves[mAxis[lIndex]]->GetKeys().GetValue(pKey);
+        pTriple.mAngle[lIndex] = static_cast<double>(lValue);
         lFinite = lFinite && std::isfinite(lValue);
     }
     return lFinite;
@@ -84,23 +84,23 @@ bool KQexEulerPath::Read(int pKey, KTriple& pTriple) const
 KQexEulerPath::KTriple KQexEulerPath::Chosen(int pKey) const
 {
     KTriple lTriple;
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
     {
-        lTriple.mAngle[lPlace] = static_cast<double>(mChosen[mAxis[lPlace]][pKey]);
+        lTriple.mAngle[lIndex] = static_cast<double>(mChosen[mAxis[lIndex]][pKey]);
     }
     return lTriple;
 }
 
-/// Sets the key's new values: the next key in turn, or one that has been chosen before.
+/// Sets the key's new values: appends the next key, or overwrites one chosen before.
 void KQexEulerPath::Choose(int pKey, const KTriple& pTriple)
 {
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
     {
-        KQexKeyBlock<float>& lChosen = mChosen[mAxis[lPlace]];
-        const float          lValue = static_cast<float>(pTriple.mAngle[lPlace]);
+        KQexKeyBlock<float>& lChosen = mChosen[mAxis[lIndex]];
+        const float          lValue = static_cast<float>(pTriple.mAngle[lIndex]);
         if (pKey == lChosen.GetCount())
         {
-            lChosen.AppendInRoom(lValue);
+            lChosen.AppendReserved(lValue);
         }
         else
         {
@@ -109,15 +109,15 @@ void KQexEulerPath::Choose(int pKey, const KTriple& pTriple)
     }
 }
 
-/// The triple with each angle turned to be nearest to \p pBefore.
-KQexEulerPath::KTriple KQexEulerPath::Turned(const KTriple& pTriple, const KTriple& pBefore)
+/// The triple with whole turns added to each angle, nearest to \p pBefore.
+KQexEulerPath::KTriple KQexEulerPath::AddTurns(const KTriple& pTriple, const KTriple& pBefore)
 {
-    KTriple lTurned;
-    for (int lPlace = 0; lPlace < 3; ++lPlace)
+    KTriple lResult;
+    for (int lIndex = 0; lIndex < 3; ++lIndex)
     {
-        lTurned.mAngle[lPlace] = NearestTurn(pTriple.mAngle[lPlace], pBefore.mAngle[lPlace]);
+        lResult.mAngle[lIndex] = NearestTurn(pTriple.mAngle[lIndex], pBefore.mAngle[lIndex]);
     }
-    return lTurned;
+    return lResult;
 }
 
 static double Squared(double pValue)
@@ -130,11 +130,11 @@ static double SquaredDistance(const double (&pA)[3], const double (&pB)[3])
     return Squared(pA[0] - pB[0]) + Squared(pA[1] - pB[1]) + Squared(pA[2] - pB[2]);
 }
 
-/// Of the triple and its flipped twin, each with the turns that suit, the one nearer to \p pBefore; the triple where both are.
+/// The triple or the flipped triple, each with whole turns added, whichever is nearer to \p pBefore; the former on a tie.
 KQexEulerPath::KTriple KQexEulerPath::Nearest(const KTriple& pTriple, const KTriple& pBefore) const
 {
-    const KTriple lPlain = Turned(pTriple, pBefore);
-    // The twin's outer angles are off by what these lack to half a turn, which settles the most of all keys at once.
+    const KTriple lPlain = AddTurns(pTriple, pBefore);
+    // The flipped triple's outer angles differ by 180 degrees minus these differences, which alone decides most keys.
     const double lFirst = std::fabs(lPlain.mAngle[0] - pBefore.mAngle[0]);
     const double lLast = std::fabs(lPlain.mAngle[2] - pBefore.mAngle[2]);
     if (Squared(lPlain.mAngle[1] - pBefore.mAngle[1]) <= 360.0 * (180.0 - lFirst - lLast))
@@ -142,13 +142,13 @@ KQexEulerPath::KTriple KQexEulerPath::Nearest(const KTriple& pTriple, const KTri
         return lPlain;
     }
     const double(&lAngle)[3] = pTriple.mAngle;
-    const KTriple lTwin = {{lAngle[0] + 180.0, mIsRepeated ? -lAngle[1] : 180.0 - lAngle[1], lAngle[2] + 180.0}};
-    const KTriple lFlipped = Turned(lTwin, pBefore);
+    const KTriple lMirrored = {{lAngle[0] + 180.0, mIsRepeated ? -lAngle[1] : 180.0 - lAngle[1], lAngle[2] + 180.0}};
+    const KTriple lFlipped = AddTurns(lMirrored, pBefore);
     return SquaredDistance(lFlipped.mAngle, pBefore.mAngle) < SquaredDistance(lPlain.mAngle, pBefore.mAngle) ? lFlipped : lPlain;
 }
 
-/// In gimbal lock the rotation depends on first - sign · last only: 1 where that is their difference, -1 where it is their
-/// sum, 0 for a triple that is not locked. (R(K)·R(J, 90)·R(I, a) = R(K, -a)·R(K)·R(J, 90) for axes I, J, K in even order.)
+/// The sign of a locked triple, 0 for any other. In gimbal lock the rotation depends only on the fixed part, first - sign · last;
+/// the free part, first + sign · last, is arbitrary. (R(K)·R(J, 90)·R(I, a) = R(K, -a)·R(K)·R(J, 90) for axes I, J, K in even order.)
 double KQexEulerPath::LockSign(const KTriple& pTriple) const
 {
     const double lFromPole = pTriple.mAngle[1] - (mIsRepeated ? 0.0 : 90.0);
@@ -161,8 +161,8 @@ double KQexEulerPath::LockSign(const KTriple& pTriple) const
     return lDifference ? 1.0 : -1.0;
 }
 
-/// Chooses the triple of a locked key: what matters follows \p pBefore by the shorter way, what is free becomes \p pFree.
-void KQexEulerPath::PlaceInLock(int pKey, double pSign, const KTriple& pBefore, double pFree)
+/// Chooses the triple of a locked key: the fixed part nearest to that of \p pBefore, the free part \p pFree.
+void KQexEulerPath::ChooseLocked(int pKey, double pSign, const KTriple& pBefore, double pFree)
 {
     KTriple lTriple;
     Read(pKey, lTriple);
@@ -170,7 +170,7 @@ void KQexEulerPath::PlaceInLock(int pKey, double pSign, const KTriple& pBefore, 
     const double lFixed = lBefore + std::remainder(lTriple.mAngle[0] - pSign * lTriple.mAngle[2] - lBefore, 360.0);
     const double lFirst = (pFree + lFixed) / 2.0;
     const double lLast = pSign * (pFree - lFixed) / 2.0;
-    // A key that is in its place already keeps its bits, which the sums above may have rounded.
+    // Keep the exact bits of a key that does not change; the sums above may have rounded.
     if (std::fabs(lFirst - lTriple.mAngle[0]) > 1e-9 || std::fabs(lLast - lTriple.mAngle[2]) > 1e-9)
     {
         lTriple.mAngle[0] = lFirst;
@@ -180,28 +180,29 @@ void KQexEulerPath::PlaceInLock(int pKey, double pSign, const KTriple& pBefore, 
     Choose(pKey, lTriple);
 }
 
-static double FreeSum(const double (&pAngle)[3], double pSign)
+static double FreePart(const double (&pAngle)[3], double pSign)
 {
     return pAngle[0] + pSign * pAngle[2];
 }
 
-/// How far the locked angles go from one key to the next without the free sum: in the middle angle and in what matters.
-static double FixedWay(const double (&pFrom)[3], const double (&pTo)[3], double pSign)
+/// Distance between two locked triples without the free part: in the middle angle and the fixed part.
+static double FixedDistance(const double (&pFrom)[3], const double (&pTo)[3], double pSign)
 {
     return std::hypot(pTo[1] - pFrom[1], ((pTo[0] - pSign * pTo[2]) - (pFrom[0] - pSign * pFrom[2])) * kSqrtHalf);
 }
 
-/// Whether the free sum can go \p pWay along the run in proportion to the fixed way and no outer angle leaps by more than half
-/// a turn.
-bool KQexEulerPath::IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const
+/// Whether the free part can change by \p pFreeDelta along the run, in proportion to the fixed distance (\p pFixedLength in all),
+/// without an outer angle changing by more than half a turn from key to key.
+bool KQexEulerPath::CanSpreadProportionally(const KLockedRun& pRun, double pFixedLength, double pFreeDelta) const
 {
     KTriple lBefore = Chosen(pRun.mBefore);
     for (int lKey = pRun.mFirst; lKey <= pRun.mEnd; ++lKey)
     {
         const KTriple lTriple = Chosen(lKey);
-        const double lMatters = (lTriple.mAngle[0] - pRun.mSign * lTriple.mAngle[2]) - (lBefore.mAngle[0] - pRun.mSign * lBefore.mAngle[2]);
-        const double lPart = FixedWay(lBefore.mAngle, lTriple.mAngle, pRun.mSign) / pFixed;
-        if (std::fabs(lMatters) + std::fabs(pWay) * lPart > 359.999)
+        const double  lFixedDelta =
+            (lTriple.mAngle[0] - pRun.mSign * lTriple.mAngle[2]) - (lBefore.mAngle[0] - pRun.mSign * lBefore.mAngle[2]);
+        const double lShare = FixedDistance(lBefore.mAngle, lTriple.mAngle, pRun.mSign) / pFixedLength;
+        if (std::fabs(lFixedDelta) + std::fabs(pFreeDelta) * lShare > 359.999)
         {
             return false;
         }
@@ -210,22 +211,22 @@ bool KQexEulerPath::IsProportionalSafe(const KRun& pRun, double pFixed, double p
     return true;
 }
 
-/// Lets the free sum of a run move from the key before to the key behind (mEnd, chosen already) on the shortest path: laid out
-/// flat, with the fixed way along one side and the free sum along the other, that is a straight line. In equal steps where nothing
-/// else moves, or where the straight line would make an angle leap.
-void KQexEulerPath::SpreadRun(const KRun& pRun)
+/// Moves the free part of a run from the key before it to the key after it (mEnd, already chosen) along the shortest path: a straight
+/// line in the plane of fixed distance and free part. Uses equal steps where the fixed part does not move, or where the straight
+/// line would make an angle jump.
+void KQexEulerPath::SpreadRun(const KLockedRun& pRun)
 {
     KTriple      lBefore = Chosen(pRun.mBefore);
-    const double lFrom = FreeSum(lBefore.mAngle, pRun.mSign);
-    const double lWay = FreeSum(Chosen(pRun.mEnd).mAngle, pRun.mSign) - lFrom;
-    double       lFixed = 0.0;
+    const double lFrom = FreePart(lBefore.mAngle, pRun.mSign);
+    const double lFreeDelta = FreePart(Chosen(pRun.mEnd).mAngle, pRun.mSign) - lFrom;
+    double       lFixedLength = 0.0;
     for (int lKey = pRun.mFirst; lKey <= pRun.mEnd; ++lKey)
     {
         const KTriple lTriple = Chosen(lKey);
-        lFixed += FixedWay(lBefore.mAngle, lTriple.mAngle, pRun.mSign);
+        lFixedLength += FixedDistance(lBefore.mAngle, lTriple.mAngle, pRun.mSign);
         lBefore = lTriple;
     }
-    const bool   lProportional = lFixed > 1e-3 && IsProportionalSafe(pRun, lFixed, lWay);
+    const bool   lProportional = lFixedLength > 1e-3 && CanSpreadProportionally(pRun, lFixedLength, lFreeDelta);
     const double lSteps = static_cast<double>(pRun.mEnd - pRun.mFirst + 1);
     double       lDone = 0.0;
     KTriple      lOld = Chosen(pRun.mBefore);
@@ -233,17 +234,17 @@ void KQexEulerPath::SpreadRun(const KRun& pRun)
     for (int lKey = pRun.mFirst; lKey < pRun.mEnd; ++lKey)
     {
         const KTriple lTriple = Chosen(lKey);
-        lDone += lProportional ? FixedWay(lOld.mAngle, lTriple.mAngle, pRun.mSign) / lFixed : 1.0 / lSteps;
-        PlaceInLock(lKey, pRun.mSign, lBefore, lFrom + lWay * lDone);
+        lDone += lProportional ? FixedDistance(lOld.mAngle, lTriple.mAngle, pRun.mSign) / lFixedLength : 1.0 / lSteps;
+        ChooseLocked(lKey, pRun.mSign, lBefore, lFrom + lFreeDelta * lDone);
         lOld = lTriple;
         lBefore = Chosen(lKey);
     }
 }
 
-void KQexEulerPath::Unroll(bool pShareInLock)
+void KQexEulerPath::Unroll(bool pUnlock)
 {
-    int  lBefore = -1; // The last key whose angles are finite.
-    KRun lRun;
+    int        lBefore = -1; // The last key whose angles are finite.
+    KLockedRun lRun;
     for (int lKey = 0; lKey < mKeyCount; ++lKey)
     {
         KTriple    lTriple;
@@ -253,14 +254,14 @@ void KQexEulerPath::Unroll(bool pShareInLock)
         {
             Choose(lKey, lTriple);
         }
-        else if (lSign = pShareInLock ? LockSign(lTriple) : 0.0; lSign != 0.0)
+        else if (lSign = pUnlock ? LockSign(lTriple) : 0.0; lSign != 0.0)
         {
             if (lSign != lRun.mSign)
             {
                 lRun.mFirst = lKey;
                 lRun.mBefore = lBefore;
             }
-            PlaceInLock(lKey, lSign, Chosen(lBefore), FreeSum(Chosen(lBefore).mAngle, lSign));
+            ChooseLocked(lKey, lSign, Chosen(lBefore), FreePart(Chosen(lBefore).mAngle, lSign));
         }
         else
         {

@@ -9,24 +9,23 @@ namespace qexsdk
 
 class KQexAnimCurve;
 
-/// What KQexAnimCurveFilterUnroll and KQexAnimCurveFilterGimbleKiller share: walks along three rotation curves and chooses at
-/// each key one of the angle triples that give its rotation. The curves change in Close only, so whoever fails before has
-/// changed nothing.
+/// Shared by KQexAnimCurveFilterUnroll and KQexAnimCurveFilterGimbleKiller: walks three rotation curves and chooses for each key one
+/// of the Euler triples that give its rotation. The curves change only in Close, so a failure before it changes nothing.
 class QEX_API KQexEulerPath
 {
 public:
     /// \param pOrder order code of the math library.
     explicit KQexEulerPath(int pOrder);
 
-    /// Takes three different curves with equal key times: the angles about x, y and z in degrees. False when they are not that
-    /// or memory runs out.
+    /// Opens three different curves with equal key times: the angles about x, y and z in degrees. False when the curves are not
+    /// like that or memory runs out.
     bool Open(KQexAnimCurve** pCurves, int pCount);
 
-    /// Chooses the triple of every key in turn, nearest to the one before it.
-    /// \param pShareInLock whether keys in gimbal lock share their two outer angles out anew.
-    void Unroll(bool pShareInLock);
+    /// Chooses the triple of each key in order, nearest to the previous one.
+    /// \param pUnlock whether to redistribute the outer angles of keys in gimbal lock.
+    void Unroll(bool pUnlock);
 
-    /// Gives the curves their new values, those that changed. Cannot fail.
+    /// Writes the new values to the curves that change. Cannot fail.
     void Close();
 
 private:
@@ -36,32 +35,32 @@ private:
         double mAngle[3];
     };
 
-    /// Keys in gimbal lock, one after the other, in the same way.
-    struct KRun
+    /// A run of consecutive keys in gimbal lock with the same LockSign.
+    struct KLockedRun
     {
-        int    mBefore = 0; ///< The last key with finite angles before them.
-        int    mFirst = 0;  ///< The first of them.
-        int    mEnd = 0;    ///< The key behind them.
-        double mSign = 0.0; ///< Their LockSign; 0 while there are none.
+        int    mBefore = 0; ///< Last key before the run with finite angles.
+        int    mFirst = 0;  ///< First key of the run.
+        int    mEnd = 0;    ///< First key after the run.
+        double mSign = 0.0; ///< LockSign of its keys; 0: no run.
     };
 
     bool    Read(int pKey, KTriple& pTriple) const;
     KTriple Chosen(int pKey) const;
     void    Choose(int pKey, const KTriple& pTriple);
 
-    static KTriple Turned(const KTriple& pTriple, const KTriple& pBefore);
+    static KTriple AddTurns(const KTriple& pTriple, const KTriple& pBefore);
     KTriple        Nearest(const KTriple& pTriple, const KTriple& pBefore) const;
     double         LockSign(const KTriple& pTriple) const;
-    void           PlaceInLock(int pKey, double pSign, const KTriple& pBefore, double pFree);
-    bool           IsProportionalSafe(const KRun& pRun, double pFixed, double pWay) const;
-    void           SpreadRun(const KRun& pRun);
+    void           ChooseLocked(int pKey, double pSign, const KTriple& pBefore, double pFree);
+    bool           CanSpreadProportionally(const KLockedRun& pRun, double pFixedLength, double pFreeDelta) const;
+    void           SpreadRun(const KLockedRun& pRun);
 
-    int                 mAxis[3]; ///< Index of the curve of the first, the middle and the last axis.
+    int                 mAxis[3]; ///< Curve index of the first, middle and last axis.
     bool                mIsOdd;
     bool                mIsRepeated;
     int                 mKeyCount = 0;
     KQexAnimCurve*      mCurves[3] = {nullptr, nullptr, nullptr};
-    KQexKeyBlock<float> mChosen[3]; ///< New values by curve, up to the key that the walk has reached.
+    KQexKeyBlock<float> mChosen[3]; ///< New values by curve, for the keys walked so far.
 };
 
 } // namespace qexsdk

@@ -35,7 +35,7 @@ int KQexGlobalTransforms::Find(const KQexNode* pNode) const
 
 bool KQexGlobalTransforms::Reserve(int pCount)
 {
-    static_assert(std::is_trivially_destructible_v<KItem>, "items are dropped without a word");
+    static_assert(std::is_trivially_destructible_v<KItem>, "items are freed without destruction");
     if (pCount <= mCapacity)
     {
         return true;
@@ -51,22 +51,22 @@ bool KQexGlobalTransforms::Reserve(int pCount)
     return true;
 }
 
-bool KQexGlobalTransforms::Gather(KQexNode* pTop, const KQexAnimLayer* pLayer)
+bool KQexGlobalTransforms::Collect(KQexNode* pRoot, const KQexAnimLayer* pLayer)
 {
-    const KQexScene* lScene = pTop->GetScene();
-    if (mScene == lScene->GetSerial() && mVersion == lScene->GetVersion() && mTop == pTop && mLayer == pLayer)
+    const KQexScene* lScene = pRoot->GetScene();
+    if (mScene == lScene->GetSerial() && mVersion == lScene->GetVersion() && mRoot == pRoot && mLayer == pLayer)
     {
         return true;
     }
     Clear();
-    if (!Reserve(1 + pTop->GetChildCount(true)))
+    if (!Reserve(1 + pRoot->GetChildCount(true)))
     {
         return false;
     }
     int lParent = -1;
-    for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
+    for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        // Pre-order: the parent is the item before, or one of that item's ancestors.
+        // Pre-order: the parent is the previous item or one of its ancestors.
         lParent = mCount - 1;
         while (lParent >= 0 && mItems[lParent].mNode != lNode->GetParent())
         {
@@ -82,12 +82,12 @@ bool KQexGlobalTransforms::Gather(KQexNode* pTop, const KQexAnimLayer* pLayer)
     }
     mScene = lScene->GetSerial();
     mVersion = lScene->GetVersion();
-    mTop = pTop;
+    mRoot = pRoot;
     mLayer = pLayer;
     return true;
 }
 
-void KQexGlobalTransforms::Evaluate(const KQexMatrix& pOutside, KTime pTime)
+void KQexGlobalTransforms::Evaluate(const KQexMatrix& pParentTransform, KTime pTime)
 {
     KQexKeyTimes::KSpot lSpot;
     for (int lIndex = 0; lIndex < mCount; ++lIndex)
@@ -100,7 +100,7 @@ void KQexGlobalTransforms::Evaluate(const KQexMatrix& pOutside, KTime pTime)
         }
         KQexMatrix lLocal;
         lItem.mNode->ComposeLocalTransform(lLocal, lValues, lValues + 3, lValues + 6);
-        const KQexMatrix& lParent = lItem.mParent >= 0 ? mItems[lItem.mParent].mTransform : pOutside;
+        const KQexMatrix& lParent = lItem.mParent >= 0 ? mItems[lItem.mParent].mTransform : pParentTransform;
         lItem.mTransform = lParent * lLocal;
     }
 }

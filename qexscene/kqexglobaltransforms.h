@@ -14,11 +14,11 @@ namespace qexsdk
 class KQexAnimLayer;
 class KQexNode;
 
-/// The global transforms of a node and of everything below it at one time: what KQexAnimEvaluator::EvaluateGlobalTransforms
-/// fills. Items stand in pre-order, so item 0 is the top node and a parent always comes before its children.
+/// The global transforms of a node and its descendants at one time, filled by KQexAnimEvaluator::EvaluateGlobalTransforms. Items are
+/// in pre-order, so item 0 is the root and a parent comes before its children.
 ///
-/// Keep one and use it again for the next frame: as long as the tree and its connections are the same, what was found out
-/// about them is used again. The caller owns it; it may outlive the scene, but GetNode must not be used then. 0.3 KB a node.
+/// Reuse one for all frames: it caches the tree and its channels until they change. The caller owns it; it may outlive the scene,
+/// but then do not call GetNode. 0.3 KB per node.
 class QEX_API KQexGlobalTransforms
 {
 public:
@@ -33,13 +33,13 @@ public:
     /// Item \p pIndex, 0 to GetCount() - 1: its node.
     KQexNode* GetNode(int pIndex) const { return mItems[pIndex].mNode; }
 
-    /// The item of the node's parent; -1 for item 0.
+    /// Index of the parent's item; -1 for item 0.
     int GetParentIndex(int pIndex) const { return mItems[pIndex].mParent; }
 
     /// The item's global transform.
     const KQexMatrix& GetTransform(int pIndex) const { return mItems[pIndex].mTransform; }
 
-    /// The item of \p pNode, -1 when it is not among them. Looks at every item.
+    /// Index of \p pNode's item, -1 when there is none. O(n).
     int Find(const KQexNode* pNode) const;
 
 private:
@@ -53,25 +53,25 @@ private:
         KQexChannel mChannels[9]; ///< Translation x, y, z, rotation x, y, z, scaling x, y, z.
     };
 
-    /// No items, and nothing known of any tree.
+    /// Removes all items and invalidates the cache.
     void Clear();
 
-    /// Makes room for \p pCount items; those there were are lost if it grows.
+    /// Makes the capacity at least \p pCount items; growing loses the items.
     bool Reserve(int pCount);
 
-    /// The items of \p pTop's tree and where their values come from, unless they are known already.
-    bool Gather(KQexNode* pTop, const KQexAnimLayer* pLayer);
+    /// Collects the nodes of \p pRoot's tree and their channels, unless the cached ones are still valid.
+    bool Collect(KQexNode* pRoot, const KQexAnimLayer* pLayer);
 
-    /// The transforms of all items; \p pOutside is that of what item 0 hangs under.
-    void Evaluate(const KQexMatrix& pOutside, KTime pTime);
+    /// Evaluates all items; \p pParentTransform is the global transform of item 0's parent.
+    void Evaluate(const KQexMatrix& pParentTransform, KTime pTime);
 
     KItem*               mItems = nullptr;
     int                  mCount = 0;
     int                  mCapacity = 0;
-    unsigned long long   mScene = 0;       ///< Serial number of the scene that was gathered; 0: none,
-    unsigned long long   mVersion = 0;     ///< the state of its connections then,
-    const KQexNode*      mTop = nullptr;   ///< from which node,
-    const KQexAnimLayer* mLayer = nullptr; ///< and on which layer.
+    unsigned long long   mScene = 0;       ///< What is cached: serial number of the scene (0: nothing),
+    unsigned long long   mVersion = 0;     ///< its version,
+    const KQexNode*      mRoot = nullptr;  ///< the tree's root
+    const KQexAnimLayer* mLayer = nullptr; ///< and the layer.
 };
 
 } // namespace qexsdk

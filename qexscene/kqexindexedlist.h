@@ -7,9 +7,9 @@
 namespace qexsdk
 {
 
-/// A KQexList that also answers which item is the n-th. Appending and removing stay O(1) and cannot fail. GetAt is O(1) as
-/// long as items are only appended or taken from the end; after another removal the first GetAt makes the index anew, and
-/// visiting the items one after the other, in either direction and removing the one visited, stays O(1) a step.
+/// A KQexList with access by index. Appending and removing stay O(1) and cannot fail. GetAt is O(1) while items are only added and
+/// removed at the end; after any other removal the next GetAt may rebuild the index, O(n). Visiting the items in order, in either
+/// direction, stays O(1) per step, even when removing each one visited.
 template <typename T, KQexListHook<T> T::*tHook>
 class KQexIndexedList : private KQexList<T, tHook>
 {
@@ -22,7 +22,7 @@ public:
     using KBase::GetNext;
     using KBase::GetPrev;
 
-    /// Puts \p pItem, which is in no list by this hook, at the end.
+    /// Appends \p pItem, which must not be in a list by this hook.
     void Append(T* pItem)
     {
         KBase::Append(pItem);
@@ -32,7 +32,7 @@ public:
         }
     }
 
-    /// Takes \p pItem, which is in this list, out of it.
+    /// Removes \p pItem, which must be in this list.
     void Remove(T* pItem)
     {
         if (mIndexValid && pItem == GetLast())
@@ -69,8 +69,8 @@ public:
     }
 
 private:
-    /// Steps that the cursor goes rather than making the index anew.
-    static constexpr int kReach = 4;
+    /// Up to this many items away, the cursor walks instead of rebuilding the index.
+    static constexpr int kMaxCursorSteps = 4;
 
     bool AddToIndex(T* pItem) const
     {
@@ -78,7 +78,7 @@ private:
         return mIndex.Add(pItem) >= 0;
     }
 
-    /// Before \p pItem goes: the cursor comes to stand on what takes its place, if that place is known.
+    /// Before \p pItem is removed: moves the cursor from it to a neighbour; invalidates the cursor if it is elsewhere.
     void MoveCursorOff(T* pItem)
     {
         if (mIndexValid)
@@ -104,7 +104,7 @@ private:
 
     T* Seek(int pIndex) const
     {
-        if (mCursor == nullptr || pIndex - mCursorIndex > kReach || mCursorIndex - pIndex > kReach)
+        if (mCursor == nullptr || pIndex - mCursorIndex > kMaxCursorSteps || mCursorIndex - pIndex > kMaxCursorSteps)
         {
             if (Rebuild())
             {
@@ -140,8 +140,8 @@ private:
 
     mutable KArrayTemplate<T*> mIndex;
     mutable bool               mIndexValid = true;
-    mutable T*                 mCursor = nullptr; ///< Used while the index is not valid: an item,
-    mutable int                mCursorIndex = 0;  ///< and where it stands.
+    mutable T*                 mCursor = nullptr; ///< Used while the index is invalid: an item or null,
+    mutable int                mCursorIndex = 0;  ///< and its index.
 };
 
 } // namespace qexsdk

@@ -12,8 +12,8 @@
 namespace qexsdk
 {
 
-/// A growing array of plain data that keeps little spare room: growing adds a quarter (two items where there are few), so
-/// that an array that only grows takes at most 1.25 times its items. Appending is amortised O(1). Indices are trusted.
+/// A growing array of plain data with little spare capacity: it grows by a quarter (by two items below 16), so an array that only
+/// grows takes at most 1.25 times its items' size. Appending is amortised O(1). Indices are not checked.
 template <typename T>
 class KQexKeyBlock
 {
@@ -27,18 +27,18 @@ public:
 
     /// Number of items.
     int GetCount() const { return mCount; }
-    /// The items side by side; valid until the block grows. Null while there is no room.
+    /// The items, contiguous; valid until the block grows. Null while the capacity is 0.
     T* GetItems() { return mItems; }
-    /// The items to read.
+    /// The items, contiguous; null while the capacity is 0.
     const T* GetItems() const { return mItems; }
     /// Item \p pIndex.
     T& operator[](int pIndex) { return mItems[pIndex]; }
-    /// Item \p pIndex to read.
+    /// Item \p pIndex.
     const T& operator[](int pIndex) const { return mItems[pIndex]; }
-    /// Bytes allocated, spare room included.
+    /// Bytes allocated, spare capacity included.
     std::size_t GetMemoryUse() const { return static_cast<std::size_t>(mCapacity) * sizeof(T); }
 
-    /// Drops all items and gives their memory back.
+    /// Removes all items and frees their memory.
     void Clear()
     {
         if (mItems != nullptr)
@@ -50,10 +50,10 @@ public:
         mCapacity = 0;
     }
 
-    bool HasRoom() const { return mCount < mCapacity; } ///< For one item more.
+    bool HasSpare() const { return mCount < mCapacity; } ///< Whether one more item fits.
 
-    /// Room for \p pMore items beyond those that are there. False, and nothing changed, when memory runs out.
-    bool MakeRoom(int pMore)
+    /// Reserves capacity for \p pMore more items. False, and nothing changed, when memory runs out.
+    bool ReserveMore(int pMore)
     {
         if (pMore <= mCapacity - mCount)
         {
@@ -69,7 +69,8 @@ public:
         return SetCapacity(mCapacity == 0 || lNeeded > lGrown ? lNeeded : lGrown);
     }
 
-    /// Exactly \p pCapacity items' room, unless there are more items. False, and nothing changed, when memory runs out.
+    /// Sets the capacity to \p pCapacity items, or to the number of items if that is larger. False, and nothing changed, when memory
+    /// runs out.
     bool SetCapacity(int pCapacity)
     {
         if (pCapacity <= mCount)
@@ -95,28 +96,28 @@ public:
         return true;
     }
 
-    /// Puts \p pItem at the end or before the item \p pIndex. There must be room.
-    void AppendInRoom(const T& pItem) { mItems[mCount++] = pItem; }
-    /// Puts \p pItem before item \p pIndex; those behind move up. There must be room.
-    void InsertInRoom(int pIndex, const T& pItem)
+    /// Appends \p pItem. There must be spare capacity.
+    void AppendReserved(const T& pItem) { mItems[mCount++] = pItem; }
+    /// Inserts \p pItem before item \p pIndex. There must be spare capacity.
+    void InsertReserved(int pIndex, const T& pItem)
     {
         std::memmove(mItems + pIndex + 1, mItems + pIndex, static_cast<std::size_t>(mCount - pIndex) * sizeof(T));
         mItems[pIndex] = pItem;
         ++mCount;
     }
 
-    /// Puts \p pItem at the end. False, and nothing changed, when memory runs out.
+    /// Appends \p pItem. False, and nothing changed, when memory runs out.
     bool Append(const T& pItem)
     {
-        if (!MakeRoom(1))
+        if (!ReserveMore(1))
         {
             return false;
         }
-        AppendInRoom(pItem);
+        AppendReserved(pItem);
         return true;
     }
 
-    /// Exchanges items and room.
+    /// Swaps items and capacity.
     void Swap(KQexKeyBlock& pOther) noexcept
     {
         std::swap(mItems, pOther.mItems);

@@ -8,11 +8,11 @@ int KQexKeyStore::Set(std::int64_t pTime, float pValue)
     const int lCount = GetCount();
     if (lCount == 0 || pTime > mTimes.GetLast())
     {
-        if (!mValues.MakeRoom(pValue) || !mTimes.Append(pTime))
+        if (!mValues.ReserveFor(pValue) || !mTimes.Append(pTime))
         {
             return -1;
         }
-        mValues.AppendInRoom(pValue);
+        mValues.AppendReserved(pValue);
         return lCount;
     }
     const int lIndex = mTimes.Find(pTime);
@@ -23,14 +23,14 @@ int KQexKeyStore::Set(std::int64_t pTime, float pValue)
     return Insert(lIndex + 1, pTime, pValue) ? lIndex + 1 : -1;
 }
 
-/// Here as in Set the value's room comes first, so that after the time is in nothing can fail any more.
+/// As in Set, reserves for the value first, so that nothing can fail after the time is inserted.
 bool KQexKeyStore::Insert(int pIndex, std::int64_t pTime, float pValue)
 {
-    if (!mValues.MakeRoom(pValue) || !mTimes.Insert(pIndex, pTime))
+    if (!mValues.ReserveFor(pValue) || !mTimes.Insert(pIndex, pTime))
     {
         return false;
     }
-    mValues.InsertInRoom(pIndex, pValue);
+    mValues.InsertReserved(pIndex, pValue);
     return true;
 }
 
@@ -45,19 +45,19 @@ double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) co
     {
         return static_cast<double>(mValues.Get(lCount - 1));
     }
-    const KQexKeyTimes::KPlace lPlace = mTimes.Locate(pTime, pSpot);
-    if (lPlace.mKey < 0)
+    const KQexKeyTimes::KSegment lSegment = mTimes.Locate(pTime, pSpot);
+    if (lSegment.mKey < 0)
     {
         return static_cast<double>(mValues.Get(0));
     }
-    const double lValue = static_cast<double>(mValues.Get(lPlace.mKey));
-    const double lNext = static_cast<double>(mValues.Get(lPlace.mKey + 1));
-    if (lPlace.mSince == 0 || lValue == lNext)
+    const double lValue = static_cast<double>(mValues.Get(lSegment.mKey));
+    const double lNext = static_cast<double>(mValues.Get(lSegment.mKey + 1));
+    if (lSegment.mSince == 0 || lValue == lNext)
     {
         return lValue;
     }
-    // Weights instead of a difference: the difference of an infinity and a number would lose the number's side of the sign.
-    const double lWeight = static_cast<double>(lPlace.mSince) / static_cast<double>(lPlace.mStep);
+    // A weighted sum, because value + weight * difference would be NaN after an infinity.
+    const double lWeight = static_cast<double>(lSegment.mSince) / static_cast<double>(lSegment.mStep);
     return (1.0 - lWeight) * lValue + lWeight * lNext;
 }
 

@@ -11,10 +11,10 @@
 namespace qexsdk
 {
 
-/// The keys of a curve: a time in ticks and a value each, sorted by time, no two at the same time. Times and values are kept
-/// apart, each in the form that takes little room (see KQexKeyTimes and KQexKeyValues).
+/// The keys of a curve: a time in ticks and a value each, sorted by time, no two at the same time. Times and values are stored
+/// separately, each in a compact form (see KQexKeyTimes and KQexKeyValues).
 ///
-/// Indices are trusted. Operations that can fail for want of memory change nothing then. At most INT_MAX keys.
+/// Indices are not checked. An operation that runs out of memory changes nothing. At most INT_MAX keys.
 class QEX_API KQexKeyStore
 {
 public:
@@ -26,35 +26,35 @@ public:
     std::int64_t GetTime(int pIndex) const { return mTimes.Get(pIndex); }
     /// Value of key \p pIndex.
     float GetValue(int pIndex) const { return mValues.Get(pIndex); }
-    /// All times; valid until a key comes or goes.
+    /// All times; valid until a key is added or removed.
     const KQexKeyTimes& GetTimes() const { return mTimes; }
 
-    /// Puts a value at a time, over the one that is there. Amortised O(1) behind the last key, elsewhere the keys behind it move.
+    /// Adds a key, or replaces the value of the key at that time. Amortised O(1) after the last key, O(n) elsewhere.
     /// \return the key's index, -1 when memory runs out.
     int Set(std::int64_t pTime, float pValue);
 
-    /// Gives a key another value. False when memory runs out.
+    /// Sets the value of a key. False when memory runs out.
     bool SetValue(int pIndex, float pValue) { return mValues.Set(pIndex, pValue); }
 
-    /// Exchanges the values with a list of as many. Cannot fail; a value that was kept once is gone, \p pList is then empty.
+    /// Swaps the values with a list of the same length. Cannot fail. If all values were equal, \p pList is empty afterwards.
     void SwapValues(KQexKeyBlock<float>& pList) noexcept { mValues.SwapList(pList); }
 
-    /// The value at \p pTime as KQexAnimCurve::Evaluate tells it.
+    /// The value at \p pTime; see KQexAnimCurve::Evaluate.
     double Evaluate(std::int64_t pTime) const
     {
         KQexKeyTimes::KSpot lSpot;
         return Evaluate(pTime, lSpot);
     }
-    /// The same for many curves that have mostly the same times: \p pSpot keeps what was found for the one before.
+    /// The same for many curves that mostly share their times: \p pSpot caches the last look-up.
     double Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const;
 
-    /// Removes every key and gives their memory back.
+    /// Removes every key and frees their memory.
     void Clear();
-    /// Gives spare room back.
+    /// Frees spare capacity.
     void Compact();
-    /// Exchanges all keys.
+    /// Swaps all keys.
     void Swap(KQexKeyStore& pOther) noexcept;
-    /// Bytes allocated for keys, spare room included.
+    /// Bytes allocated for keys, spare capacity included.
     std::size_t GetMemoryUse() const { return mTimes.GetMemoryUse() + mValues.GetMemoryUse(); }
 
 private:

@@ -19,10 +19,10 @@ int KQexKeyTimes::Find(std::int64_t pTime) const
         return -1;
     }
     const std::uint64_t lLast = static_cast<std::uint64_t>(mCount - 1);
-    return static_cast<int>(mCount == 1 ? 0 : std::min(Step(mStart, pTime) / mStep, lLast));
+    return static_cast<int>(mCount == 1 ? 0 : std::min(TicksBetween(mStart, pTime) / mStep, lLast));
 }
 
-KQexKeyTimes::KPlace KQexKeyTimes::Locate(std::int64_t pTime) const
+KQexKeyTimes::KSegment KQexKeyTimes::Locate(std::int64_t pTime) const
 {
     const int lKey = Find(pTime);
     if (lKey < 0)
@@ -30,7 +30,7 @@ KQexKeyTimes::KPlace KQexKeyTimes::Locate(std::int64_t pTime) const
         return {-1, 0, 0};
     }
     const std::int64_t lBefore = Get(lKey);
-    return {lKey, Step(lBefore, pTime), Step(lBefore, Get(lKey + 1))};
+    return {lKey, TicksBetween(lBefore, pTime), TicksBetween(lBefore, Get(lKey + 1))};
 }
 
 std::uint64_t KQexKeyTimes::GetCommonStep() const
@@ -38,14 +38,14 @@ std::uint64_t KQexKeyTimes::GetCommonStep() const
     std::uint64_t lCommon = mStep;
     for (int lKey = 1; lKey < mList.GetCount(); ++lKey)
     {
-        lCommon = std::gcd(lCommon, Step(mList[0], mList[lKey]));
+        lCommon = std::gcd(lCommon, TicksBetween(mList[0], mList[lKey]));
     }
     return lCommon;
 }
 
 bool KQexKeyTimes::IsSame(const KQexKeyTimes& pOther) const
 {
-    // Times that are evenly spaced are never listed, so the forms of the same times are the same.
+    // Evenly spaced times are never stored as a list, so equal times have the same form.
     if (mCount != pOther.mCount || IsEven() != pOther.IsEven())
     {
         return false;
@@ -57,14 +57,14 @@ bool KQexKeyTimes::IsSame(const KQexKeyTimes& pOther) const
     return std::equal(mList.GetItems(), mList.GetItems() + mCount, pOther.mList.GetItems());
 }
 
-bool KQexKeyTimes::AppendElsewhere(std::int64_t pTime)
+bool KQexKeyTimes::AppendUneven(std::int64_t pTime)
 {
     if (mCount < 2)
     {
-        mStep = mCount == 0 ? 0 : Step(mStart, pTime);
+        mStep = mCount == 0 ? 0 : TicksBetween(mStart, pTime);
         mStart = mCount == 0 ? pTime : mStart;
     }
-    else if ((IsEven() && !TurnIntoList()) || !mList.Append(pTime))
+    else if ((IsEven() && !ConvertToList()) || !mList.Append(pTime))
     {
         return false;
     }
@@ -78,46 +78,46 @@ bool KQexKeyTimes::Insert(int pIndex, std::int64_t pTime)
     {
         return Append(pTime);
     }
-    if (pIndex == 0 && IsEven() && (mCount == 1 || Step(pTime, mStart) == mStep))
+    if (pIndex == 0 && IsEven() && (mCount == 1 || TicksBetween(pTime, mStart) == mStep))
     {
-        mStep = Step(pTime, mStart);
+        mStep = TicksBetween(pTime, mStart);
         mStart = pTime;
         ++mCount;
         return true;
     }
-    if ((IsEven() && !TurnIntoList()) || !mList.MakeRoom(1))
+    if ((IsEven() && !ConvertToList()) || !mList.ReserveMore(1))
     {
         return false;
     }
-    mList.InsertInRoom(pIndex, pTime);
+    mList.InsertReserved(pIndex, pTime);
     ++mCount;
-    TurnIntoRun();
+    ConvertToEven();
     return true;
 }
 
-/// Lists evenly spaced times, with room for one more. The caller adds one that makes them uneven.
-bool KQexKeyTimes::TurnIntoList()
+/// Converts evenly spaced times to a list, with capacity for one more, which the caller adds.
+bool KQexKeyTimes::ConvertToList()
 {
-    if (!mList.MakeRoom(mCount + 1))
+    if (!mList.ReserveMore(mCount + 1))
     {
         return false;
     }
     for (int lKey = 0; lKey < mCount; ++lKey)
     {
-        mList.AppendInRoom(After(mStart, mStep * static_cast<std::uint64_t>(lKey)));
+        mList.AppendReserved(After(mStart, mStep * static_cast<std::uint64_t>(lKey)));
     }
     mStart = 0;
     mStep = 0;
     return true;
 }
 
-/// Forgets the list when its times are evenly spaced, as a time put between others can make them.
-void KQexKeyTimes::TurnIntoRun()
+/// Converts the list to start and step if its times are evenly spaced, which an inserted time can make them.
+void KQexKeyTimes::ConvertToEven()
 {
-    const std::uint64_t lStep = Step(mList[0], mList[1]);
+    const std::uint64_t lStep = TicksBetween(mList[0], mList[1]);
     for (int lKey = 2; lKey < mCount; ++lKey)
     {
-        if (Step(mList[lKey - 1], mList[lKey]) != lStep)
+        if (TicksBetween(mList[lKey - 1], mList[lKey]) != lStep)
         {
             return;
         }

@@ -7,28 +7,28 @@
 namespace qexsdk
 {
 
-/// Whether the one value can stand for \p pValue too: only if no bit differs, so that -0 and any NaN come back as they were.
+/// Whether the constant represents \p pValue too. Compares bits, so that -0 and every NaN are preserved.
 bool KQexKeyValues::FitsConstant(float pValue) const
 {
     return mCount == 0 || std::memcmp(&mConstant, &pValue, sizeof(float)) == 0;
 }
 
-/// Room for one value more than there are is part of it, since turning into a list serves a value that differs.
-bool KQexKeyValues::TurnIntoList()
+/// Converts the constant to a list, with capacity for one more value, which the caller mostly adds.
+bool KQexKeyValues::ConvertToList()
 {
-    if (!mList.MakeRoom(mCount + 1))
+    if (!mList.ReserveMore(mCount + 1))
     {
         return false;
     }
     for (int lKey = 0; lKey < mCount; ++lKey)
     {
-        mList.AppendInRoom(mConstant);
+        mList.AppendReserved(mConstant);
     }
     mIsConstant = false;
     return true;
 }
 
-bool KQexKeyValues::MakeMoreRoom(float pValue)
+bool KQexKeyValues::ReserveSlow(float pValue)
 {
     if (mCount == INT_MAX)
     {
@@ -36,12 +36,12 @@ bool KQexKeyValues::MakeMoreRoom(float pValue)
     }
     if (mIsConstant)
     {
-        return FitsConstant(pValue) || TurnIntoList();
+        return FitsConstant(pValue) || ConvertToList();
     }
-    return mList.MakeRoom(1);
+    return mList.ReserveMore(1);
 }
 
-void KQexKeyValues::InsertInRoom(int pIndex, float pValue)
+void KQexKeyValues::InsertReserved(int pIndex, float pValue)
 {
     if (mIsConstant)
     {
@@ -49,7 +49,7 @@ void KQexKeyValues::InsertInRoom(int pIndex, float pValue)
     }
     else
     {
-        mList.InsertInRoom(pIndex, pValue);
+        mList.InsertReserved(pIndex, pValue);
     }
     ++mCount;
 }
@@ -67,7 +67,7 @@ bool KQexKeyValues::Set(int pIndex, float pValue)
             mConstant = pValue;
             return true;
         }
-        if (mCount == INT_MAX || !TurnIntoList())
+        if (mCount == INT_MAX || !ConvertToList())
         {
             return false;
         }

@@ -9,27 +9,27 @@
 namespace qexsdk
 {
 
-/// Values of keys in the order of their times. As long as all of them are the same, bit by bit, the value is kept once:
-/// sampled motion has curves for axes that a joint does not turn about.
+/// Values of keys in the order of their times. While all of them are bitwise equal, the value is stored once: sampled motion has
+/// curves for axes about which a joint does not rotate.
 ///
-/// Indices are trusted. Operations that can fail for want of memory change nothing then.
+/// Indices are not checked. An operation that runs out of memory changes nothing.
 class QEX_API KQexKeyValues
 {
 public:
     /// Number of values.
     int  GetCount() const { return mCount; }
-    bool IsConstant() const { return mIsConstant; } ///< Whether the value is kept once; true without keys.
+    bool IsConstant() const { return mIsConstant; } ///< Whether the value is stored once; true without keys.
     /// Value \p pIndex.
     float Get(int pIndex) const { return mIsConstant ? mConstant : mList[pIndex]; }
-    /// Changes value \p pIndex. False, and nothing changed, when memory runs out.
+    /// Sets value \p pIndex. False, and nothing changed, when memory runs out.
     bool Set(int pIndex, float pValue);
 
-    /// Sees to it that inserting \p pValue cannot fail.
-    bool MakeRoom(float pValue) { return mIsConstant || !mList.HasRoom() ? MakeMoreRoom(pValue) : true; }
-    /// Puts the value before the value \p pIndex (at the end when it is the count), after MakeRoom for it.
-    void InsertInRoom(int pIndex, float pValue);
-    /// Puts the value behind all others, after MakeRoom for it.
-    void AppendInRoom(float pValue)
+    /// Reserves memory so that adding \p pValue cannot fail.
+    bool ReserveFor(float pValue) { return mIsConstant || !mList.HasSpare() ? ReserveSlow(pValue) : true; }
+    /// Inserts the value before value \p pIndex (the count: appends), after ReserveFor.
+    void InsertReserved(int pIndex, float pValue);
+    /// Appends the value, after ReserveFor.
+    void AppendReserved(float pValue)
     {
         if (mIsConstant)
         {
@@ -37,27 +37,27 @@ public:
         }
         else
         {
-            mList.AppendInRoom(pValue);
+            mList.AppendReserved(pValue);
         }
         ++mCount;
     }
 
-    /// Exchanges the values with a list of as many (at least one). What was kept once is not listed: \p pList is empty then.
+    /// Swaps the values with a list of the same length (at least one). If the value was stored once, \p pList is empty afterwards.
     void SwapList(KQexKeyBlock<float>& pList) noexcept;
 
-    /// Removes every value and gives their memory back.
+    /// Removes every value and frees their memory.
     void Clear();
-    /// Gives spare room back.
+    /// Frees spare capacity.
     void Compact();
-    /// Exchanges all values.
+    /// Swaps all values.
     void Swap(KQexKeyValues& pOther) noexcept;
-    /// Bytes allocated, spare room included.
+    /// Bytes allocated, spare capacity included.
     std::size_t GetMemoryUse() const { return mList.GetMemoryUse(); }
 
 private:
-    bool MakeMoreRoom(float pValue);
+    bool ReserveSlow(float pValue);
     bool FitsConstant(float pValue) const;
-    bool TurnIntoList();
+    bool ConvertToList();
 
     KQexKeyBlock<float> mList; ///< Empty while mIsConstant.
     float               mConstant = 0.0F;

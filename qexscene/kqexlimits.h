@@ -7,38 +7,38 @@
 namespace qexsdk
 {
 
-/// The range that one part of a node's transform keeps to: per axis a minimum and a maximum, each with its own switch. In
-/// the unit of that part: centimetres, degrees, or factors. A plain value. Nothing active and all bounds zero by default.
+/// Limits of one part of a node's transform: a minimum and a maximum per axis, each enabled separately, in the unit of that part
+/// (centimetres, degrees, or factors). By default all are inactive and zero.
 class QEX_API KQexLimits
 {
 public:
-    /// The switch over all six bounds.
+    /// Enables or disables all six limits together.
     void SetActive(bool pActive) { mActive = pActive; }
-    /// Whether any bound holds.
+    /// Whether the limits are enabled at all.
     bool GetActive() const { return mActive; }
 
-    /// Which of the minima hold, by axis.
+    /// Which minima are active, by axis.
     void SetLimitMinActive(bool pX, bool pY, bool pZ) { mMin.SetActive(pX, pY, pZ); }
-    /// Which of the minima hold, while GetActive() is true.
+    /// Which minima are active, if GetActive() is true.
     void GetLimitMinActive(bool& pX, bool& pY, bool& pZ) const { mMin.GetActive(pX, pY, pZ); }
 
-    /// Which of the maxima hold, by axis.
+    /// Which maxima are active, by axis.
     void SetLimitMaxActive(bool pX, bool pY, bool pZ) { mMax.SetActive(pX, pY, pZ); }
-    /// Which of the maxima hold, while GetActive() is true.
+    /// Which maxima are active, if GetActive() is true.
     void GetLimitMaxActive(bool& pX, bool& pY, bool& pZ) const { mMax.GetActive(pX, pY, pZ); }
 
-    /// The minima x, y, z, whether they hold or not; the w given is dropped, the w returned is 0.
+    /// The minima x, y, z, active or not; w is ignored, and returned as 0.
     void SetLimitMin(const KQexVector4& pLimit) { mMin.SetLimit(pLimit); }
-    /// The minima as they were set.
+    /// The minima, active or not.
     KQexVector4 GetLimitMin() const { return mMin.mLimit; }
 
-    /// The maxima x, y, z, likewise.
+    /// The maxima x, y, z, active or not; w is ignored, and returned as 0.
     void SetLimitMax(const KQexVector4& pLimit) { mMax.SetLimit(pLimit); }
-    /// The maxima as they were set.
+    /// The maxima, active or not.
     KQexVector4 GetLimitMax() const { return mMax.mLimit; }
 
 private:
-    /// One end of the range.
+    /// The minima or the maxima.
     struct KBound
     {
         void SetActive(bool pX, bool pY, bool pZ)

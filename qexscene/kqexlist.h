@@ -4,18 +4,17 @@
 namespace qexsdk
 {
 
-/// The place of one object in a KQexList: a member of the object, so that joining and leaving a list never allocates.
+/// Links of one object in a KQexList: a member of the object, so that adding and removing never allocate.
 template <typename T>
 struct KQexListHook
 {
-    T*  mPrev = nullptr; ///< The item before it; null: the first one, or in no list.
-    T*  mNext = nullptr; ///< The item behind it; null: the last one, or in no list.
-    int mIndex = 0;      ///< Place in a KQexIndexedList while its index is valid; a plain KQexList leaves it alone.
+    T*  mPrev = nullptr; ///< Previous item; null: the first one, or in no list.
+    T*  mNext = nullptr; ///< Next item; null: the last one, or in no list.
+    int mIndex = 0;      ///< Index in a KQexIndexedList while its index is valid; unused by a plain KQexList.
 };
 
-/// A doubly linked list through a hook inside its items, in the order in which they were appended. Owns nothing.
-/// Appending and removing are O(1) and cannot fail. An item is in at most one list by the same hook; that is the caller's
-/// care.
+/// An intrusive doubly linked list, in the order of appending. Does not own its items. Appending and removing are O(1) and cannot
+/// fail. An item is in at most one list by the same hook; the caller has to ensure that.
 template <typename T, KQexListHook<T> T::*tHook>
 class KQexList
 {
@@ -27,10 +26,10 @@ public:
     T*        GetFirst() const noexcept { return mFirst; }                       ///< Null when the list is empty.
     T*        GetLast() const noexcept { return mLast; }                         ///< Null when the list is empty.
     int       GetCount() const noexcept { return mCount; }                       ///< Number of items.
-    static T* GetNext(const T* pItem) noexcept { return (pItem->*tHook).mNext; } ///< The item behind \p pItem, or null.
+    static T* GetNext(const T* pItem) noexcept { return (pItem->*tHook).mNext; } ///< The item after \p pItem, or null.
     static T* GetPrev(const T* pItem) noexcept { return (pItem->*tHook).mPrev; } ///< The item before \p pItem, or null.
 
-    /// Puts \p pItem, which is in no list by this hook, at the end.
+    /// Appends \p pItem, which must not be in a list by this hook.
     void Append(T* pItem) noexcept
     {
         (pItem->*tHook).mPrev = mLast;
@@ -40,7 +39,7 @@ public:
         ++mCount;
     }
 
-    /// Takes \p pItem, which is in this list, out of it.
+    /// Removes \p pItem, which must be in this list.
     void Remove(T* pItem) noexcept
     {
         KQexListHook<T>& lHook = pItem->*tHook;

@@ -12,7 +12,7 @@ namespace qexsdk
 class QEX_API KQexMatrix
 {
 public:
-    /// Images of the axes, then the translation; see above.
+    /// Images of the axes, then the translation.
     KQexVector4 mData[4] = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {0.0, 0.0, 0.0, 1.0}};
 
     /// The translation, with w = 0.
@@ -30,8 +30,8 @@ public:
         return lResult;
     }
 
-    /// The rotation in it, without scaling and shear: the images of the axes made orthonormal one after another, x first. Only the
-    /// upper 3x3 part of \p pRotation is written. A transform that flattens x or the x-y plane gives zeros there.
+    /// The rotation without scaling and shear: Gram-Schmidt on the images of the axes, x first. Writes only the upper 3x3 part of
+    /// \p pRotation. Axes that cannot be normalised, because the transform flattens x or the x-y plane, become zero.
     void GetRotation(KgeRMatrix& pRotation) const
     {
         double(*lM)[4] = pRotation.mData;

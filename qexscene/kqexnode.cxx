@@ -22,7 +22,7 @@ KQexNode* KQexNode::Create(KQexObject* pContainer, const char* pName)
     {
         return nullptr;
     }
-    return Completed(new KQexNode(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexNode(pContainer->GetScene(), pName));
 }
 
 KQexNode::KQexNode(KQexScene* pScene, const char* pName)
@@ -52,7 +52,7 @@ bool KQexNode::IsSceneRoot() const
     return GetScene() != nullptr && GetScene()->GetRootNode() == this;
 }
 
-void KQexNode::DestroyBelongings(KQexNode* pNode)
+void KQexNode::DestroyAttributeAndCurves(KQexNode* pNode)
 {
     for (KQexProperty* lProperty : {static_cast<KQexProperty*>(&pNode->mLocalTranslation),
                                     static_cast<KQexProperty*>(&pNode->mLocalRotation), static_cast<KQexProperty*>(&pNode->mLocalScaling)})
@@ -73,26 +73,26 @@ void KQexNode::DestroyBelongings(KQexNode* pNode)
 
 void KQexNode::Destroy(bool pRecursive, bool pDependents)
 {
-    // From the last leaf up, without recursion: trees may be deeper than the stack.
-    KQexNode* lAt = pRecursive ? this : nullptr;
-    while (lAt != nullptr)
+    // Children before parents, last first, without recursion: trees may be deeper than the stack.
+    KQexNode* lNode = pRecursive ? this : nullptr;
+    while (lNode != nullptr)
     {
-        if (lAt->mChildren.GetLast() != nullptr)
+        if (lNode->mChildren.GetLast() != nullptr)
         {
-            lAt = lAt->mChildren.GetLast();
+            lNode = lNode->mChildren.GetLast();
             continue;
         }
-        KQexNode* lParent = lAt == this ? nullptr : lAt->mParent;
-        if (!lAt->IsSceneRoot())
+        KQexNode* lParent = lNode == this ? nullptr : lNode->mParent;
+        if (!lNode->IsSceneRoot())
         {
-            DestroyBelongings(lAt);
+            DestroyAttributeAndCurves(lNode);
         }
         if (lParent != nullptr)
         {
-            lParent->Detach(lAt);
-            lAt->Destroy(false, pDependents);
+            lParent->Detach(lNode);
+            lNode->Destroy(false, pDependents);
         }
-        lAt = lParent;
+        lNode = lParent;
     }
     if (!IsSceneRoot())
     {
@@ -204,13 +204,13 @@ int KQexNode::GetChildCount(bool pRecursive) const
     return lCount;
 }
 
-KQexNode* KQexNode::GetNextInTree(const KQexNode* pTop) const
+KQexNode* KQexNode::GetNextInTree(const KQexNode* pRoot) const
 {
     if (mChildren.GetFirst() != nullptr)
     {
         return mChildren.GetFirst();
     }
-    for (const KQexNode* lNode = this; lNode != nullptr && lNode != pTop; lNode = lNode->mParent)
+    for (const KQexNode* lNode = this; lNode != nullptr && lNode != pRoot; lNode = lNode->mParent)
     {
         if (lNode->GetNextSibling() != nullptr)
         {

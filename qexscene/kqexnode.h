@@ -15,31 +15,29 @@ namespace qexsdk
 class KQexNodeAttribute;
 class KQexSkeleton;
 
-/// The pivot set in which a node's own pivots are stored. There is no other one: the operations that take a pivot set treat
-/// any value as this one.
+/// The only pivot set. Operations that take a pivot set treat any value as this one.
 constexpr int kPivotSet0 = 0;
 
-/// A place in the scene: a node of its tree, with a transform relative to its parent that can be animated.
+/// A node of the scene's tree, with an animatable transform relative to its parent.
 ///
 /// Local transform, as a product of column-vector matrices (the rightmost is applied first):
 ///
 ///     T(local translation) · T(rotation offset) · R(pre-rotation) · R(local rotation) · R(post-rotation)⁻¹ · S(local scaling)
 ///
 /// with translations in centimetres, rotations as Euler angles in degrees about x, y, z. Pre- and post-rotation apply x
-/// first, then y, then z; the local rotation applies them in the node's rotation order. While rotation is not active, which
-/// is the default, the order, the pre- and the post-rotation are ignored and the local rotation is XYZ. A spheric order
-/// counts as XYZ.
+/// first, then y, then z; the local rotation applies them in the node's rotation order. While rotation is not active (the
+/// default), order, pre- and post-rotation are ignored and the local rotation is XYZ. A spheric order counts as XYZ.
 ///
-/// Destroy(true, …) also ends the node's whole subtree, with the attributes, curve nodes and curves of every node in it.
-/// Destroy(false, …) leaves the children without a parent and everything else in the scene. The scene's root node cannot be
-/// destroyed by itself: Destroy(false, …) does nothing to it, Destroy(true, …) ends what is below it.
+/// Destroy(true, …) also destroys the node's subtree, with the attributes, curve nodes and curves of its nodes. Destroy(false, …)
+/// leaves the children without a parent, and the rest in the scene. The scene's root node cannot be destroyed by itself:
+/// Destroy(false, …) does nothing to it, Destroy(true, …) destroys its descendants.
 class QEX_API KQexNode : public KQexObject
 {
 public:
-    /// The class, for QexCast and GetMember.
+    /// Class id, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
-    /// Makes a node named exactly \p pName (null counts as "") without a parent, owned by the scene of \p pContainer.
+    /// A node named exactly \p pName (null counts as "") without a parent, owned by the scene of \p pContainer.
     /// Null when \p pContainer is null or memory runs out.
     static KQexNode* Create(KQexObject* pContainer, const char* pName);
 
@@ -47,14 +45,14 @@ public:
     const kQexClassId& GetClassId() const noexcept override;
     KQexObject*        GetSrcObject(kQexClassId pClass, int pIndex) const override;
 
-    /// Leaves its parent, attribute and children.
+    /// Detaches it from its parent, attribute and children.
     ~KQexNode() override;
 
     /// \name Attribute
     /// \{
 
-    /// Attaches \p pAttribute, which leaves the node it was attached to; the one attached before stays in the scene. Null
-    /// only detaches. False, and nothing changed, when it is of another scene.
+    /// Attaches \p pAttribute, detaching it from its previous node; the node's previous attribute stays in the scene. Null only
+    /// detaches. False, and nothing changed, when it belongs to another scene.
     bool SetNodeAttribute(KQexNodeAttribute* pAttribute);
     /// The attached attribute, or null.
     KQexNodeAttribute* GetNodeAttribute() const { return mAttribute; }
@@ -66,84 +64,85 @@ public:
     /// \name Tree
     /// \{
 
-    /// Appends \p pChild to the children, after taking it from its former parent. O(1), except that moving a node that has
-    /// children looks at the ancestors of this one. False, and nothing changed, when \p pChild is null, the scene's root, of
-    /// another scene, this node or one of its ancestors.
+    /// Appends \p pChild to the children, reparenting it if it has a parent. O(1) for a leaf; a node with children is compared with
+    /// this node's ancestors. False, and nothing changed, when \p pChild is null, the scene's root, of another scene, this node or
+    /// one of its ancestors.
     bool AddChild(KQexNode* pChild);
 
-    /// Takes \p pChild out; it has no parent then. False when it is not a child of this node. O(1).
+    /// Detaches \p pChild, which then has no parent. False when it is not a child of this node. O(1).
     bool RemoveChild(KQexNode* pChild);
 
     /// The parent, or null.
     KQexNode* GetParent() const { return mParent; }
 
-    /// Child \p pIndex, in the order in which they were added; null when there is none. See KQexIndexedList for the cost.
+    /// Child \p pIndex, in the order of adding; null when there is none. See KQexIndexedList for the cost.
     KQexNode* GetChild(int pIndex) const { return mChildren.GetAt(pIndex); }
 
-    /// \param pRecursive true: the number of all nodes below this one.
+    /// Number of children.
+    /// \param pRecursive true: of all descendants; O(n).
     int GetChildCount(bool pRecursive = false) const;
 
-    /// The first node named exactly \p pName below this one (itself excluded) in pre-order, or null.
-    /// \param pName      the name, letter by letter; null finds nothing.
+    /// The first descendant named exactly \p pName, in pre-order, or null.
+    /// \param pName      the name, case-sensitive; null finds nothing.
     /// \param pRecursive true: at any depth; false: among the direct children.
-    /// \param pInitial   kept for the callers that pass it; has no effect.
+    /// \param pInitial   ignored; for compatibility.
     KQexNode* FindChild(const char* pName, bool pRecursive = true, bool pInitial = false) const;
 
     /// The first child, or null.
     KQexNode* GetFirstChild() const { return mChildren.GetFirst(); }
-    /// The child after this one of the same parent, or null.
+    /// The next child of the same parent, or null.
     KQexNode* GetNextSibling() const { return KChildren::GetNext(this); }
 
-    /// The node after this one in pre-order within the tree below \p pTop, or null after the last. A walk begins at
-    /// \p pTop; it needs no memory and no stack: for (n = top; n != null; n = n->GetNextInTree(top)).
-    KQexNode* GetNextInTree(const KQexNode* pTop) const;
+    /// The next node in pre-order within the tree at \p pRoot, or null after the last. Walks a tree without recursion or memory:
+    /// for (n = root; n != null; n = n->GetNextInTree(root)).
+    KQexNode* GetNextInTree(const KQexNode* pRoot) const;
     /// \}
 
     /// \name Transform
     /// \{
 
-    /// Whether rotation order, pre- and post-rotation count. From the start they do not.
+    /// Enables rotation order, pre- and post-rotation. Default false.
     void SetRotationActive(bool pActive) { mRotationActive = pActive; }
-    /// Whether they do.
+    /// Whether rotation order, pre- and post-rotation are enabled.
     bool GetRotationActive() const { return mRotationActive; }
 
-    /// Kept and given back while rotation is not active, too. Default eEULER_XYZ.
+    /// The rotation order; stored even while rotation is not active. Default eEULER_XYZ.
     void SetRotationOrder(int pPivotSet, ERotationOrder pOrder);
-    /// The order that was set.
+    /// The rotation order, active or not.
     ERotationOrder GetRotationOrder(int pPivotSet = kPivotSet0) const;
     /// The same, stored in \p pOrder.
     void GetRotationOrder(int pPivotSet, ERotationOrder& pOrder) const;
 
-    /// Centimetres, in the parent's space. The w given is dropped, the w returned is 0; so for the next two.
+    /// The rotation offset in centimetres, parent's space. w is ignored, and returned as 0, here and in the next two.
     void SetRotationOffset(int pPivotSet, KQexVector4 pOffset);
-    /// The offset that was set, w = 0.
+    /// The rotation offset, w = 0.
     KQexVector4 GetRotationOffset(int pPivotSet = kPivotSet0) const;
 
-    /// XYZ Euler angles in degrees.
+    /// The pre-rotation: XYZ Euler angles in degrees.
     void SetPreRotation(int pPivotSet, KQexVector4 pRotation);
-    /// The pre-rotation that was set, w = 0.
+    /// The pre-rotation, w = 0.
     KQexVector4 GetPreRotation(int pPivotSet = kPivotSet0) const;
-    /// XYZ Euler angles in degrees, of the rotation whose inverse is applied.
+    /// The post-rotation, whose inverse is applied: XYZ Euler angles in degrees.
     void SetPostRotation(int pPivotSet, KQexVector4 pRotation);
-    /// The post-rotation that was set, w = 0.
+    /// The post-rotation, w = 0.
     KQexVector4 GetPostRotation(int pPivotSet = kPivotSet0) const;
 
-    /// The local values at \p pTime in the evaluator's current stack, as x, y, z and w = 0. The flags and the pivot set are
-    /// kept for the callers that pass them and have no effect: no target is evaluated and no limit applied.
+    /// The local translation at \p pTime in the evaluator's current stack, w = 0. The pivot set and the flags are ignored; they are
+    /// for compatibility.
     KQexVector4 EvaluateLocalTranslation(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
     /// The same for the rotation: degrees about x, y, z, without pre- and post-rotation.
     KQexVector4 EvaluateLocalRotation(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
-    /// The same for the scaling: factors.
+    /// The same for the scaling factors.
     KQexVector4 EvaluateLocalScaling(KTime pTime, int pPivotSet = kPivotSet0, bool pApplyTarget = false, bool pForceEval = false) const;
 
-    /// The local transform for the given local values, by the formula of the class. Reads nothing but the node's pivots.
+    /// The local transform for the given local values, by the class's formula. Uses only the node's pivots and rotation order.
     void ComposeLocalTransform(KQexMatrix& pResult, const double pTranslation[3], const double pRotation[3],
                                const double pScaling[3]) const;
     /// \}
 
-    /// The node's limits, part of the node.
+    /// The node's limits.
     KQexNodeLimits& GetLimits() { return mLimits; }
-    /// The node's limits to read.
+    /// The node's limits.
     const KQexNodeLimits& GetLimits() const { return mLimits; }
 
     KQexTypedProperty<qexVectorTemplate3<double>> mLocalTranslation; ///< Centimetres, parent's space; (0, 0, 0).
@@ -151,23 +150,23 @@ public:
     KQexTypedProperty<qexVectorTemplate3<double>> mLocalScaling;     ///< Factors; (1, 1, 1).
 
 protected:
-    /// As KQexObject's; objects are made by Create.
+    /// See KQexObject; use Create.
     KQexNode(KQexScene* pScene, const char* pName);
 
 private:
-    /// A pivot rotation with its matrix, which is needed at every frame and changes almost never.
+    /// A pivot rotation with its matrix, cached because every frame needs it.
     struct KPivotRotation
     {
         void Set(const KQexVector4& pAngles);
 
         KQexVector4 mAngles;          ///< XYZ, degrees, w = 0.
         double      mMatrix[3][4];    ///< mMatrix[j]: image of axis j. Written by Set.
-        bool        mIdentity = true; ///< No rotation: the matrix is not used.
+        bool        mIdentity = true; ///< The matrix is unused.
     };
 
     void        Detach(KQexNode* pChild);
     bool        IsSceneRoot() const;
-    static void DestroyBelongings(KQexNode* pNode);
+    static void DestroyAttributeAndCurves(KQexNode* pNode);
 
     KQexListHook<KQexNode> mSiblingHook;
     using KChildren = KQexIndexedList<KQexNode, &KQexNode::mSiblingHook>;

@@ -8,23 +8,23 @@ namespace qexsdk
 
 class KQexNode;
 
-/// What a node is, beside a place in space. An attribute belongs to its scene and is attached to one node at most.
+/// What kind of thing a node is. Owned by its scene, and attached to at most one node.
 class QEX_API KQexNodeAttribute : public KQexObject
 {
 public:
-    /// The class, for QexCast and GetMember.
+    /// Class id, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
     const kQexClassId& GetClassId() const noexcept override;
 
-    /// Leaves the node it is attached to.
+    /// Detaches it from its node.
     ~KQexNodeAttribute() override;
 
     /// The node it is attached to (KQexNode::SetNodeAttribute), or null.
     KQexNode* GetNode() const { return mNode; }
 
 protected:
-    /// As KQexObject's; only derived classes make objects.
+    /// See KQexObject; for derived classes.
     KQexNodeAttribute(KQexScene* pScene, const char* pName) : KQexObject(pScene, pName) {}
 
 private:

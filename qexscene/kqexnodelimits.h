@@ -8,7 +8,7 @@ namespace qexsdk
 
 class KQexNode;
 
-/// The limits of a node's transform. They describe the joint; the evaluator does not clamp anything to them.
+/// The limits of a node's transform. They only describe the joint; the evaluator does not clamp to them.
 class QEX_API KQexNodeLimits
 {
 public:
@@ -17,7 +17,7 @@ public:
     KQexNodeLimits(const KQexNodeLimits&) = delete;
     KQexNodeLimits& operator=(const KQexNodeLimits&) = delete;
 
-    /// \name The switch of each group.
+    /// \name Enabling each group.
     /// \{
     void SetTranslationLimitActive(bool pActive) { mTranslationLimits.SetActive(pActive); } ///< mTranslationLimits.SetActive
     bool GetTranslationLimitActive() const { return mTranslationLimits.GetActive(); }       ///< mTranslationLimits.GetActive

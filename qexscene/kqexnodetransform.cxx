@@ -89,7 +89,7 @@ KQexVector4 KQexNode::GetPreRotation(int) const
 void KQexNode::SetPostRotation(int, KQexVector4 pRotation)
 {
     mPostRotation.Set(pRotation);
-    // Only its inverse is ever used.
+    // Only the inverse is used.
     KmRi(mPostRotation.mMatrix, mPostRotation.mMatrix);
 }
 

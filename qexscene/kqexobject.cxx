@@ -32,7 +32,7 @@ KQexObject::~KQexObject()
     }
     if (mScene != nullptr)
     {
-        mScene->LetGo(this);
+        mScene->Release(this);
     }
     QexSdkFree(mName);
 }

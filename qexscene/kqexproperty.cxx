@@ -13,7 +13,7 @@ namespace qexsdk
 namespace
 {
 
-/// Number of doubles that a value of the type is held as; 0 for the type of nothing.
+/// Number of components of a value of the type; 0 for eQexUndefined.
 int ComponentCount(EQexType pType)
 {
     switch (pType)
@@ -33,7 +33,7 @@ int ComponentCount(EQexType pType)
     return 0;
 }
 
-/// Whether a value of the one type can be had as one of the other: number with number, vector with vector.
+/// Whether the types convert to each other: number and number, vector and vector.
 bool Converts(EQexType pFirst, EQexType pSecond)
 {
     const int lFirst = ComponentCount(pFirst);
@@ -41,7 +41,7 @@ bool Converts(EQexType pFirst, EQexType pSecond)
     return lFirst != 0 && lSecond != 0 && (lFirst == 1) == (lSecond == 1);
 }
 
-/// The value behind \p pValue as doubles, those that it does not have as 0.
+/// The value at \p pValue as doubles; missing components are 0.
 void Load(double (&pResult)[4], const void* pValue, EQexType pType)
 {
     for (double& lComponent : pResult)
@@ -68,7 +68,7 @@ void Load(double (&pResult)[4], const void* pValue, EQexType pType)
     }
 }
 
-/// The nearest int; beyond the ends the ends, and 0 for what is not a number.
+/// \p pValue truncated and clamped to int; 0 for NaN.
 int ToInt(double pValue)
 {
     if (pValue != pValue)
@@ -100,7 +100,7 @@ void Store(void* pResult, EQexType pType, const double (&pValue)[4])
     }
 }
 
-/// The curve node among \p pData's sources that is on \p pLayer. The latest takes are asked for most: from the last one on.
+/// The curve node of \p pData on \p pLayer. Searches from the last source, because the latest takes are used most.
 KQexAnimCurveNode* FindCurveNode(const KQexPropertyData& pData, const KQexAnimLayer* pLayer)
 {
     using KSources = KQexList<KQexConnection, &KQexConnection::mSrcHook>;
@@ -178,7 +178,7 @@ KQexAnimCurveNode* KQexProperty::GetCurveNode(bool pCreate, const char* pTakeNam
     KQexAnimCurveNode* lCurveNode = GetCurveNode(lStack->GetMember<KQexAnimLayer>(0), pCreate);
     if (lCurveNode == nullptr && lScene->GetAnimStackCount() != lStackCount)
     {
-        // The take was made for a curve node that memory did not suffice for.
+        // Undo the take created above: there was no memory for its curve node.
         lStack->Destroy(true);
     }
     return lCurveNode;
@@ -264,7 +264,7 @@ bool KQexProperty::DisconnectSrcObject(KQexObject* pObject)
     {
         return false;
     }
-    // From the object's side: it drives few properties, while a property may have a source for every take.
+    // Search the object's list: it drives few properties, while a property may have a source per take.
     KQexConnection* lFound = nullptr;
     for (KQexConnection* lConnection = pObject->mFirstDst; lConnection != nullptr; lConnection = lConnection->mNextDst)
     {

@@ -27,7 +27,7 @@ KQexScene::KQexScene(const char* pName) : KQexObject(nullptr, pName), mSerial(++
 
 KQexScene* KQexScene::Create(const char* pName)
 {
-    KQexScene* lScene = Completed(new KQexScene(pName));
+    KQexScene* lScene = NullIfIncomplete(new KQexScene(pName));
     if (lScene == nullptr)
     {
         return nullptr;
@@ -59,8 +59,8 @@ void KQexScene::DestroyObjects()
     mEvaluator = nullptr;
     while (KQexObject* lObject = mObjects.GetFirst())
     {
-        // Without a scene an object ends for good, even the root node and the evaluator.
-        LetGo(lObject);
+        // An object without a scene can be destroyed, even the root node and the evaluator.
+        Release(lObject);
         lObject->Destroy(false, false);
     }
 }
@@ -71,7 +71,7 @@ void KQexScene::Adopt(KQexObject* pObject) noexcept
     pObject->mScene = this;
 }
 
-void KQexScene::LetGo(KQexObject* pObject) noexcept
+void KQexScene::Release(KQexObject* pObject) noexcept
 {
     mObjects.Remove(pObject);
     pObject->mScene = nullptr;

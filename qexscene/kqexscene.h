@@ -2,7 +2,7 @@
 #define QEXSCENE_KQEXSCENE_H
 
 /// \file
-/// The scene, and with it everything of the scene library.
+/// The scene. Includes the whole scene library.
 
 #include <kbaselib/kbase/kassert.h>
 #include <kbaselib/kbase/kmemory.h>
@@ -37,25 +37,25 @@
 namespace qexsdk
 {
 
-/// A scene: owns every object made in it, a tree of nodes under a root node, and takes. Used by one thread at a time;
-/// several scenes may be used by several threads.
+/// A scene: a tree of nodes below a root node, and takes. Owns every object created in it. Used by one thread at a time; different
+/// scenes may be used by different threads.
 class QEX_API KQexScene : public KQexObject
 {
 public:
-    /// The class, for QexCast and GetMember.
+    /// Class id, for QexCast and GetMember.
     static const kQexClassId smClassId;
 
-    /// Makes a scene with a root node ("RootNode") and an evaluator, and no take. Null when memory runs out. The caller
-    /// owns it and ends it by Destroy.
+    /// A scene with a root node ("RootNode") and an evaluator, but no take. Null when memory runs out. The caller owns it and calls
+    /// Destroy.
     static KQexScene* Create(const char* pName);
 
-    /// Ends the scene and every object in it, in time proportional to their number and without recursion.
+    /// Destroys the scene and every object in it, in linear time and without recursion.
     void               Destroy(bool pRecursive = false, bool pDependents = false) override;
     const kQexClassId& GetClassId() const noexcept override;
 
     ~KQexScene() override;
 
-    /// The node that others are hung under to be part of the scene's tree. Its own transform counts in global transforms.
+    /// The root of the scene's tree. Its own transform is part of global transforms.
     KQexNode* GetRootNode() const { return mRootNode; }
 
     /// The scene's evaluator, never null.
@@ -67,38 +67,38 @@ public:
     /// The first stack named exactly \p pName, or null; null for a null or empty name.
     KQexAnimStack* FindAnimStack(const char* pName) const;
 
-    /// The stack of that name with its base layer, both made when missing. Null when \p pName is null or empty, or memory
+    /// The stack of that name with its base layer, both created if missing. Null when \p pName is null or empty, or memory
     /// runs out.
     KQexAnimStack* CreateAnimStack(const char* pName);
 
     /// Number of stacks.
     int GetAnimStackCount() const { return mStacks.GetCount(); }
 
-    /// Stack \p pIndex, in the order in which they were made; null when there is none.
+    /// Stack \p pIndex, in order of creation; null when there is none.
     KQexAnimStack* GetAnimStack(int pIndex) const { return mStacks.GetAt(pIndex); }
     /// \}
 
-    /// \name All objects, in the order in which they were made: the root node and the evaluator are the first two.
+    /// \name All objects, in order of creation: the root node and the evaluator are the first two.
     /// \{
 
-    /// How many there are.
+    /// Number of objects.
     int GetObjectCount() const { return mObjects.GetCount(); }
-    /// The first one.
+    /// The oldest object.
     KQexObject* GetFirstObject() const { return mObjects.GetFirst(); }
-    /// The one made last.
+    /// The newest object.
     KQexObject* GetLastObject() const { return mObjects.GetLast(); }
-    /// The one made after \p pObject, or null.
+    /// The object created after \p pObject, or null.
     KQexObject* GetNextObject(const KQexObject* pObject) const { return KObjects::GetNext(pObject); }
     /// \}
 
-    /// Changes whenever nodes, members or connections do. For those who keep what they found out about them.
+    /// Changes whenever the tree, members or connections change. For invalidating caches.
     unsigned long long GetVersion() const { return mVersion; }
 
     /// A number that no other scene of the process has or had.
     unsigned long long GetSerial() const { return mSerial; }
 
 protected:
-    /// As KQexObject's; scenes are made by Create.
+    /// See KQexObject; use Create.
     explicit KQexScene(const char* pName);
 
 private:
@@ -116,11 +116,11 @@ private:
     void AddStack(KQexAnimStack* pStack);
     void RemoveStack(KQexAnimStack* pStack);
 
-    /// Makes the scene the owner of \p pObject, which has none.
+    /// Makes the scene the owner of \p pObject, which has no scene.
     void Adopt(KQexObject* pObject) noexcept;
 
-    /// Ends that.
-    void LetGo(KQexObject* pObject) noexcept;
+    /// Gives up ownership of \p pObject.
+    void Release(KQexObject* pObject) noexcept;
 
     void Touch() noexcept { ++mVersion; }
 

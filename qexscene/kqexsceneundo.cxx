@@ -18,7 +18,7 @@ KQexSceneUndo::~KQexSceneUndo()
     {
         return;
     }
-    // Each object by itself: none of them takes the next one along.
+    // Not recursive: each object is destroyed by itself, so none can destroy the next one.
     while (KQexObject* lObject = mScene->GetNextObject(mLast))
     {
         lObject->Destroy(false, false);

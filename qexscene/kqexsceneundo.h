@@ -7,11 +7,11 @@
 namespace qexsdk
 {
 
-/// Makes an evaluator's animation stack current again, at its end, that was current at its beginning.
+/// Restores an evaluator's current animation stack on destruction.
 class KQexContextGuard
 {
 public:
-    /// \p pEvaluator has to outlive this.
+    /// \p pEvaluator must outlive the guard.
     explicit KQexContextGuard(KQexAnimEvaluator* pEvaluator) : mEvaluator(pEvaluator), mStack(pEvaluator->GetContext()) {}
     ~KQexContextGuard() { mEvaluator->SetContext(mStack); }
     KQexContextGuard(const KQexContextGuard&) = delete;
@@ -22,8 +22,8 @@ private:
     KQexAnimStack*     mStack;
 };
 
-/// Undoes what a reader added to a scene, unless Keep() is called: at its end it destroys every object younger than itself, and makes
-/// the animation stack current again that was. Values and curves of older objects are not restored.
+/// Undoes what a reader added to a scene, unless Keep() is called: on destruction it destroys every object created since its
+/// construction and restores the current animation stack. Values and curves of older objects are not restored.
 class QEX_API KQexSceneUndo
 {
 public:
@@ -33,15 +33,15 @@ public:
     KQexSceneUndo(const KQexSceneUndo&) = delete;
     KQexSceneUndo& operator=(const KQexSceneUndo&) = delete;
 
-    /// What was added stays.
+    /// Keeps what was added.
     void Keep() { mScene = nullptr; }
 
-    /// Whether there is something to undo still.
+    /// Whether destruction will undo.
     bool IsArmed() const { return mScene != nullptr; }
 
 private:
     KQexScene*        mScene;
-    const KQexObject* mLast = nullptr; ///< The youngest object at the beginning; there is one, the root node.
+    const KQexObject* mLast = nullptr; ///< The newest object at construction; never null, since a scene has a root node.
     KQexAnimStack*    mContext = nullptr;
 };
 

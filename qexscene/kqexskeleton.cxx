@@ -16,7 +16,7 @@ KQexSkeleton* KQexSkeleton::Create(KQexObject* pContainer, const char* pName)
     {
         return nullptr;
     }
-    return Completed(new KQexSkeleton(pContainer->GetScene(), pName));
+    return NullIfIncomplete(new KQexSkeleton(pContainer->GetScene(), pName));
 }
 
 } // namespace qexsdk

@@ -7,10 +7,10 @@
 namespace qexsdk
 {
 
-/// What a property holds, and what a caller of KQexProperty::Set and Get has behind its pointer.
+/// Type of a property's value, and of the value passed to KQexProperty::Set and Get.
 enum EQexType
 {
-    eQexUndefined, ///< nothing; the type of a property that is not valid
+    eQexUndefined, ///< no value; the type of an invalid property
     eQexBool,      ///< bool
     eQexInt,       ///< int
     eQexFloat,     ///< float

@@ -8,9 +8,8 @@
 namespace qexsdk
 {
 
-/// The scene's vector: a translation, a scaling or three Euler angles (degrees) in x, y, z, and a fourth number w that
-/// nothing uses. Default (0, 0, 0, 0). Every vector that the scene gives or keeps has w = 0, because comparison looks at
-/// all four.
+/// The scene's vector: a translation, a scaling or three Euler angles (degrees) in x, y, z, and an unused w. Default (0, 0, 0, 0).
+/// Every vector that the scene returns or stores has w = 0, because comparison includes w.
 class QEX_API KQexVector4
 {
 public:
@@ -26,27 +25,27 @@ public:
 
     /// x, y, z of a property's value.
     constexpr KQexVector4(const qexVectorTemplate3<double>& pV) : mData{pV[0], pV[1], pV[2], 0.0} {}
-    /// x, y, z of a translation; its homogeneous component is dropped.
+    /// x, y, z of a translation, without its homogeneous component.
     KQexVector4(const KgeTVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
     /// Three Euler angles.
     KQexVector4(const KgeRVector& pV) : mData{pV.mData[0], pV.mData[1], pV.mData[2], 0.0} {}
     /// \}
 
-    /// Its first three numbers, as a property's value.
+    /// x, y, z as a property's value.
     constexpr operator qexVectorTemplate3<double>() const { return {mData[0], mData[1], mData[2]}; }
 
-    /// Its first three numbers; the fourth of a KgeTVector is 1 as always when one is made. An existing KgeTVector or KgeRVector
-    /// that is assigned to takes them by its own operator.
+    /// x, y, z as a new KgeTVector, whose fourth component is 1. Assigning to an existing KgeTVector or KgeRVector uses that
+    /// class's own operator.
     operator KgeTVector() const { return {mData[0], mData[1], mData[2]}; }
-    /// Its first three numbers, as Euler angles.
+    /// x, y, z as Euler angles.
     operator KgeRVector() const { return {mData[0], mData[1], mData[2]}; }
 
-    /// Its four numbers.
+    /// All four components.
     constexpr operator const double*() const { return mData; }
 
     /// Component \p pIndex, 0 to 3.
     constexpr double& operator[](int pIndex) { return mData[pIndex]; }
-    /// Component \p pIndex to read, 0 to 3.
+    /// Component \p pIndex, 0 to 3.
     constexpr const double& operator[](int pIndex) const { return mData[pIndex]; }
 
     /// Component by component, all four.
@@ -76,7 +75,7 @@ public:
     {
         return mData[0] == pOther.mData[0] && mData[1] == pOther.mData[1] && mData[2] == pOther.mData[2] && mData[3] == pOther.mData[3];
     }
-    /// The opposite of operator==.
+    /// Not operator==.
     constexpr bool operator!=(const KQexVector4& pOther) const { return !(*this == pOther); }
 };
 

@@ -18,7 +18,7 @@ public:
 
     /// Component \p pIndex, 0 to 2.
     constexpr T& operator[](int pIndex) { return mData[pIndex]; }
-    /// Component \p pIndex to read, 0 to 2.
+    /// Component \p pIndex, 0 to 2.
     constexpr const T& operator[](int pIndex) const { return mData[pIndex]; }
 
     /// Exact comparison, component by component.
@@ -26,7 +26,7 @@ public:
     {
         return mData[0] == pOther.mData[0] && mData[1] == pOther.mData[1] && mData[2] == pOther.mData[2];
     }
-    /// The opposite of operator==.
+    /// Not operator==.
     constexpr bool operator!=(const qexVectorTemplate3& pOther) const { return !(*this == pOther); }
 };
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Writes walker.asf and walk.amc: a human figure of our own making, and two seconds of it walking.
+"""Writes walker.asf and walk.amc: a made-up human figure, and two seconds of it walking.
 
     python3 samples/make_walk.py [FOLDER]        (default: the folder of this script)
 
-The walk is built from the ground up. Each foot rolls over its heel, lies flat, and rolls over its ball, so that a foot on the
-ground stays where it is; the pelvis bobs, sways and turns above; hips and knees follow from the two. Arms swing against the legs.
+The walk starts from the feet. Each rolls over its heel, lies flat, and rolls over its ball, so that a planted foot does not slide. The
+pelvis bobs, sways and turns above; hips and knees follow from feet and pelvis. Arms swing opposite to the legs.
 World axes: x to the figure's left, y up, z forward. Lengths in the script are centimetres, in the files CENTIMETRES_PER_UNIT.
 """
 
@@ -15,9 +15,9 @@ import sys
 LENGTH_UNIT = 0.45
 CENTIMETRES_PER_UNIT = 2.54 / LENGTH_UNIT
 FRAMES_PER_SECOND = 120
-FRAME_COUNT = 241           # two strides and the frame that closes the second one
+FRAME_COUNT = 241           # two seconds, both ends included
 CYCLE_SECONDS = 1.05        # one stride: left heel to left heel
-STRIDE = 136.0              # centimetres a cycle
+STRIDE = 136.0              # centimetres per cycle
 
 # ---- rotations: 3 x 3, row major -----------------------------------------------------------------------------------------
 
@@ -31,14 +31,14 @@ def rotation(axis, degrees):
     return ((c, -s, 0), (s, c, 0), (0, 0, 1))
 
 
-def times(*matrices):
+def multiply(*matrices):
     result = matrices[0]
     for m in matrices[1:]:
         result = tuple(tuple(sum(result[i][k] * m[k][j] for k in range(3)) for j in range(3)) for i in range(3))
     return result
 
 
-def turned(m):
+def transpose(m):
     """The inverse of a rotation."""
     return tuple(zip(*m))
 
@@ -49,11 +49,11 @@ def apply(m, v):
 
 def from_angles(x, y, z):
     """x is applied first."""
-    return times(rotation("z", z), rotation("y", y), rotation("x", x))
+    return multiply(rotation("z", z), rotation("y", y), rotation("x", x))
 
 
 def to_angles(m):
-    """The inverse of from_angles, away from y = +-90 degrees."""
+    """The inverse of from_angles, except at y = +-90 degrees."""
     y = math.asin(max(-1.0, min(1.0, -m[2][0])))
     return (math.degrees(math.atan2(m[2][1], m[2][2])), math.degrees(y), math.degrees(math.atan2(m[1][0], m[0][0])))
 
@@ -134,8 +134,8 @@ BY_NAME = {bone.name: bone for bone in BONES}
 ANKLE_HEIGHT = BY_NAME["left_foot"].length * -BY_NAME["left_foot"].direction[1]
 HEEL_BEHIND_ANKLE = 4.5
 BALL_AHEAD_OF_ANKLE = BY_NAME["left_foot"].length * math.hypot(BY_NAME["left_foot"].direction[0], BY_NAME["left_foot"].direction[2])
-FOOT_TRACK = 6.8            # centimetres of each ankle from the middle line
-FLAT, HEEL_OFF, TOE_OFF = 0.11, 0.36, 0.63      # fractions of the cycle; 0 is the heel's strike
+FOOT_TRACK = 6.8            # centimetres from each ankle to the middle line
+FLAT, HEEL_OFF, TOE_OFF = 0.11, 0.36, 0.63      # fractions of the cycle; 0 is the heel strike
 STRIKE_PITCH, TOE_OFF_PITCH = -19.0, 58.0       # degrees about the left axis: positive is heel up
 
 
@@ -145,7 +145,7 @@ def smooth(t):
 
 
 def stance_foot(phase):
-    """Pitch of the foot, and its ankle ahead of and above the point under the flat ankle."""
+    """Pitch of the foot, and offset of its ankle forward and up from the ground point below the flat ankle."""
     if phase < FLAT:
         pitch = STRIKE_PITCH * (1 - smooth(phase / FLAT))
         pivot = -HEEL_BEHIND_ANKLE
@@ -158,7 +158,7 @@ def stance_foot(phase):
 
 
 def swing_foot(phase):
-    """As stance_foot, seen from the place where the foot stood; by the cycle's end it is one stride further."""
+    """As stance_foot, relative to where the foot stood; at the end of the cycle it is one stride ahead."""
     step = 1e-4
     start, before = stance_foot(TOE_OFF), stance_foot(TOE_OFF - step)
     end, after = stance_foot(0.0), stance_foot(step)
@@ -172,7 +172,7 @@ def swing_foot(phase):
 
 
 def foot_at(side, cycle):
-    """Pitch, ankle position and toe angle of a foot at a time in cycles."""
+    """Pitch, ankle position and toe angle of a foot; `cycle` is the time in cycles."""
     s, offset = (1, 0.0) if side == "left" else (-1, 0.5)
     turn = math.floor(cycle - offset)
     phase = cycle - offset - turn
@@ -185,14 +185,14 @@ def foot_at(side, cycle):
 
 
 def lerped_ahead(phase, ahead, out):
-    """A planted foot moves along its own line, a swinging one ends a whole stride ahead on the walk's line."""
+    """Forward offset of a swinging foot: from its turned-out direction to a full stride ahead along the walk."""
     t = smooth((phase - TOE_OFF) / (1 - TOE_OFF))
     landed = ahead - STRIDE
     return (1 - t) * math.cos(out) * ahead + t * (STRIDE + math.cos(out) * landed)
 
 
 def pelvis_at(cycle):
-    """Position of the root, and its angles."""
+    """Position and angles of the root."""
     wave = 2 * math.pi * cycle
     position = (1.9 * math.sin(wave - 0.45), 94.1 - 1.8 * math.cos(2 * wave - 0.75), STRIDE * cycle + 1.1 * math.sin(2 * wave + 0.4))
     return position, (3.5 + 0.8 * math.cos(2 * wave), -5.0 * math.cos(wave), 3.2 * math.sin(wave - 0.2))
@@ -202,7 +202,7 @@ def pelvis_at(cycle):
 
 
 class Pose:
-    """Angles of every bone, and the world rotation each bone has with them."""
+    """Angles of every bone, and the resulting world rotations."""
 
     def __init__(self, position, angles):
         self.position, self.angles = position, {"root": angles}
@@ -213,13 +213,13 @@ class Pose:
         values = {"rx": x, "ry": y, "rz": z}
         kept = {word: values[word] for word in bone.limits}
         self.angles[name] = tuple(kept.values())
-        local = times(bone.frame, from_angles(*(kept.get(w, 0.0) for w in ("rx", "ry", "rz"))), turned(bone.frame))
-        self.world[name] = times(self.world[bone.parent], local)
+        local = multiply(bone.frame, from_angles(*(kept.get(w, 0.0) for w in ("rx", "ry", "rz"))), transpose(bone.frame))
+        self.world[name] = multiply(self.world[bone.parent], local)
 
     def aim(self, name, frame):
-        """Turns a bone so that its axes stand in the world as `frame` says."""
+        """Turns a bone so that its world axes become `frame`."""
         bone = BY_NAME[name]
-        self.turn(name, *to_angles(times(turned(bone.frame), turned(self.world[bone.parent]), frame)))
+        self.turn(name, *to_angles(multiply(transpose(bone.frame), transpose(self.world[bone.parent]), frame)))
 
     def vector(self, name):
         bone = BY_NAME[name]
@@ -243,7 +243,7 @@ def pose_leg(pose, side, cycle):
     up = unit(add(tuple(-math.cos(at_hip) * c for c in along), ahead, -math.sin(at_hip)))
     pose.aim(side + "_thigh", tuple(zip(hinge, up, cross(hinge, up))))
     pose.turn(side + "_shin", x=180 - math.degrees(at_knee))
-    pose.aim(side + "_foot", times(rotation("y", s * TOE_OUT), rotation("x", pitch)))
+    pose.aim(side + "_foot", multiply(rotation("y", s * TOE_OUT), rotation("x", pitch)))
     pose.turn(side + "_toes", x=toes)
 
 
@@ -251,7 +251,7 @@ def pose_arm(pose, side, cycle):
     s, opposite = (1, 0.5) if side == "left" else (-1, 0.0)
     wave = 2 * math.pi * (cycle - opposite)
     pose.turn(side + "_collar", y=s * -1.5 * math.cos(wave), z=s * -2.0)
-    swing = times(rotation("x", 4 - 23 * math.cos(wave - 0.25)), rotation("z", -s * 79))
+    swing = multiply(rotation("x", 4 - 23 * math.cos(wave - 0.25)), rotation("z", -s * 79))
     pose.turn(side + "_upper_arm", *to_angles(swing))
     pose.turn(side + "_forearm", x=22 + 11 * math.cos(wave - 0.6), y=s * 20)
     pose.turn(side + "_hand", x=6 + 4 * math.cos(wave - 1.0), z=s * 2)

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Counts the instructions of the main jobs under callgrind and compares them with bench/baseline.json: a gate without a clock.
+"""Counts the instructions of the main jobs with callgrind and compares them with bench/baseline.json: a speed test without a clock.
 
 usage: counts.py BUILD-FOLDER [--write]
 
-Fails when a job takes over 3 % more than the baseline says, and says so when one takes over 3 % less: then the baseline is out of date.
---write makes the figures of this run the baseline.
+Fails when a job takes over 3 % more than its baseline, and reports an outdated baseline when it takes over 3 % less.
+--write stores the counts of this run as the baseline.
 """
 import json
 import pathlib
@@ -19,7 +19,7 @@ TOLERANCE = 0.03
 
 
 def count(command, *options):
-    """Instructions of a command; of one function of it with the option --toggle-collect."""
+    """Number of instructions of a command; with the option --toggle-collect, of one function."""
     result = subprocess.run(
         ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *options, *command], capture_output=True, text=True, check=False
     )
@@ -37,7 +37,7 @@ def measure(build, folder):
     def count_job(job):
         return count([str(build / "bench" / "counts" / "countjob"), job, walker, walk], "--toggle-collect=CountedJob")
 
-    # The BVH is an input of the third job, so it is made first.
+    # In this order: the third job reads the BVH that the first one writes.
     return {
         "ASF+AMC to BVH": count([*convert, walk, "-o", bvh]),
         "ASF+AMC to glb": count([*convert, walk, "-o", str(folder / "walk.glb")]),
@@ -60,7 +60,7 @@ def main():
     worse = 0
     for job, figure in figures.items():
         ratio = figure / baseline[job]
-        state = "more than the baseline allows" if ratio > 1 + TOLERANCE else "far less than the baseline, which is out of date" if ratio < 1 - TOLERANCE else "as before"
+        state = "too many" if ratio > 1 + TOLERANCE else "far fewer, update the baseline" if ratio < 1 - TOLERANCE else "ok"
         worse += ratio > 1 + TOLERANCE
         print(f"{job}: {figure:,} instructions, baseline {baseline[job]:,}, ratio {ratio:.3f}: {state}")
     return 1 if worse else 0

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Changes one operator, constant or condition of the acclaim and math layers at a time and tells which changes no test notices.
+"""Mutation tests: changes one operator, constant or condition of the acclaim and math layers at a time and reports the changes that no
+test detects.
 
 usage: mutate.py [COUNT] [--seed N] [--skip N] [-j JOBS] [--at FILE[:LINE]]
 
-Works on a copy of the sources in build/mutate, so that the work tree is never touched. A mutant is killed when a test fails, crashes, or
-needs far more processor time or memory than it does without the change. One that does not build says nothing about the tests: it is counted
-apart and another one takes its place; so is one that changes no result, as tools/mutants-equal.json tells with a reason. ASF_CORPUS_DIR,
-ASF_ORACLE_DIR and ASF_VECTORS_DIR are handed on to the tests when they are set.
+Works on a copy of the sources in build/mutate; the work tree is never changed. A mutant is killed when a test fails, crashes, or needs far
+more CPU time or memory than without the change. Mutants that do not build, and equivalent mutants, which tools/mutants-equal.json lists
+with a reason, are counted separately and replaced by others. ASF_CORPUS_DIR, ASF_ORACLE_DIR and ASF_VECTORS_DIR are passed to the tests.
 """
 import argparse
 import json
@@ -23,15 +23,15 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutate"
 BUILD = WORK / "build"
 
-# Which test programs look at a layer, the quickest to build first: a later one is built only when the ones before it pass.
+# Test programs of each layer, the fastest to build first: each is built only when the previous ones pass.
 PROGRAMS = {
     "kbaselib/kmath": ("tests_kmath", "tests_acclaim"),
     "qexioplugins/acclaim": ("tests_acclaim",),
 }
-SLOW_SECONDS = 0.25  # Tests that take longer come after all others: most mutants never get there.
+SLOW_SECONDS = 0.25  # Tests that take longer run last: most mutants are killed before.
 MEMORY = 4 << 30
 
-# What stands for what. A word boundary or a blank on both sides keeps templates, includes and comments apart from operators.
+# Patterns and replacements. Word boundaries and the blanks around operators exclude templates, includes and pointers.
 SWAPS = [
     (r" \+ ", " - "), (r" - ", " + "), (r" \* ", " / "), (r" / ", " * "),
     (r" == ", " != "), (r" != ", " == "), (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "), (r" >= ", " > "),
@@ -43,7 +43,7 @@ SWAPS = [
 
 
 def code_part(line):
-    """The part of a line that is code, at the same columns: no comment, no preprocessor, no text between quotes."""
+    """The code of a line, columns unchanged, without comments, preprocessor directives and the contents of string literals."""
     if line.lstrip().startswith(("//", "#", "*", "/*", "///")):
         return ""
     without_texts = re.sub(r'"(\\.|[^"\\])*"', lambda text: '"' + "_" * (len(text[0]) - 2) + '"', line)
@@ -51,14 +51,14 @@ def code_part(line):
 
 
 class Mutant:
-    """One place of one source file, and what to put there."""
+    """A replacement of some columns of one line."""
 
     def __init__(self, layer, name, number, start, end, replacement):
         self.layer, self.name, self.number = layer, name, number
         self.start, self.end, self.replacement = start, end, replacement
 
     def apply(self):
-        """Changes the copy. Gives the line above, and the line before and after."""
+        """Changes the copy. Returns the previous line, and the line before and after the change."""
         path = WORK / self.name
         lines = path.read_text().splitlines(keepends=True)
         before = lines[self.number]
@@ -67,9 +67,9 @@ class Mutant:
         return lines[self.number - 1].strip(), before.strip(), lines[self.number].strip()
 
 
-def find_mutants(place):
-    """All mutants of the copy, or those of FILE or FILE:LINE."""
-    name_wanted, _, line_wanted = (place or "").partition(":")
+def find_mutants(where):
+    """All mutants of the copy, or those at FILE or FILE:LINE."""
+    name_wanted, _, line_wanted = (where or "").partition(":")
     mutants = []
     for layer in PROGRAMS:
         for path in sorted((WORK / layer).glob("*")):
@@ -84,7 +84,7 @@ def find_mutants(place):
 
 
 def line_mutants(layer, name, number, code):
-    # Declarations: no test can tell.
+    # Changes of declarations do not build or have no effect.
     if re.match(r"\s*(class|struct|template|namespace|using|static_assert|enum)\b", code):
         return []
     return [Mutant(layer, name, number, match.start(), match.end(), replacement)
@@ -92,9 +92,8 @@ def line_mutants(layer, name, number, code):
 
 
 class EqualMutants:
-    """Those that were looked at and change no result, by their lines before and after, and the line above where that is not enough:
-    with a reason each in the file. Nor does it matter where the counts of keyword tables begin: they are cleared first, or never
-    asked for."""
+    """Mutants known to be equivalent, by file and line before and after the change, and by the previous line where that is ambiguous.
+    Initial counts in keyword tables are always equivalent: they are cleared first or never read."""
 
     def __init__(self):
         entries = json.loads((ROOT / "tools" / "mutants-equal.json").read_text())
@@ -105,7 +104,7 @@ class EqualMutants:
 
 
 class Program:
-    """A test program: how long its tests take unchanged, and which of them are slow."""
+    """A test program, its slow tests and the CPU time of its tests without a mutant."""
 
     def __init__(self, name):
         self.name, self.slow = name, []
@@ -131,7 +130,7 @@ class Program:
             not slow or self.run([f"--gtest_filter={slow}"], 5 + 4 * self.slow_seconds))
 
     def run(self, arguments, seconds):
-        """Whether the tests pass within so much processor time; the clock only ends what sleeps for ever."""
+        """Whether the tests pass within that CPU time. The wall-clock timeout only catches programs that sleep."""
         scratch = WORK / "tmp"
         shutil.rmtree(scratch, ignore_errors=True)
         scratch.mkdir(parents=True)
@@ -186,17 +185,17 @@ def prepare(programs, jobs):
         if not build(program.name, jobs):
             sys.exit(f"mutate: {program.name} does not build")
         program.measure()
-        print(f"{program.name}: {program.quick_seconds:.0f} s of processor time and {program.slow_seconds:.0f} s for "
+        print(f"{program.name}: {program.quick_seconds:.0f} s of CPU time and {program.slow_seconds:.0f} s for "
               f"{len(program.slow)} slow tests", flush=True)
 
 
 class Restored:
-    """Puts a file of the copy back afterwards, with the object made of it: nothing is compiled only to undo a change."""
+    """Restores a file of the copy and its object file afterwards, so that undoing a change needs no compilation."""
 
     def __init__(self, mutant, programs):
         objects = sorted(BUILD.glob(f"CMakeFiles/*.dir/{mutant.name}.o"))
         self.kept = [WORK / mutant.name, *objects]
-        # Without an object of its own, a header's users have to be compiled again: its time must become a new one.
+        # A header has no object file: its new time makes ninja rebuild the sources that include it.
         self.touch = not objects
         self.linked = [BUILD / "libqexacclaim.a", *(BUILD / name for name in programs)]
 
@@ -214,7 +213,7 @@ class Restored:
 
 
 def judge(mutant, programs, jobs):
-    """What became of an applied mutant."""
+    """The fate of an applied mutant."""
     for name in PROGRAMS[mutant.layer]:
         if not build(name, jobs):
             return "did not build"
@@ -224,19 +223,19 @@ def judge(mutant, programs, jobs):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Tells which changes to the acclaim and math layers no test notices.")
+    parser = argparse.ArgumentParser(description="Reports which changes to the acclaim and math layers no test detects.")
     parser.add_argument("count", nargs="?", type=int, default=120)
     parser.add_argument("--seed", type=int, default=20240)
-    parser.add_argument("--skip", type=int, default=0, help="places of the seed's order to pass over: two machines can share a run")
+    parser.add_argument("--skip", type=int, default=0, help="number of mutants to skip, so that two machines can share a run")
     parser.add_argument("-j", "--jobs", type=int, default=int(os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL", os.cpu_count() or 1)))
-    parser.add_argument("--at", help="FILE or FILE:LINE: only the mutants there")
+    parser.add_argument("--at", help="FILE or FILE:LINE: only these mutants")
     options = parser.parse_args()
 
     programs = {name: Program(name) for names in PROGRAMS.values() for name in names}
     prepare(programs, options.jobs)
     mutants = find_mutants(options.at)
     random.Random(options.seed).shuffle(mutants)
-    counts = {"killed": 0, "SURVIVED": 0, "did not build": 0, "changes nothing": 0}
+    counts = {"killed": 0, "SURVIVED": 0, "did not build": 0, "equivalent": 0}
     equal = EqualMutants()
     for mutant in mutants[options.skip:]:
         judged = counts["killed"] + counts["SURVIVED"]
@@ -244,12 +243,12 @@ def main():
             break
         with Restored(mutant, programs):
             above, before, after = mutant.apply()
-            state = "changes nothing" if equal.holds(mutant, above, before, after) else judge(mutant, programs, options.jobs)
+            state = "equivalent" if equal.holds(mutant, above, before, after) else judge(mutant, programs, options.jobs)
         counts[state] += 1
         print(f"{judged + 1}/{options.count} {state} {mutant.name}:{mutant.number + 1}: {before}  =>  {after}", flush=True)
     judged = counts["killed"] + counts["SURVIVED"]
-    print(f"{counts['killed']} of {judged} killed ({100 * counts['killed'] / max(1, judged):.1f} %), of {len(mutants)} places; "
-          f"{counts['did not build']} more did not build, {counts['changes nothing']} are known to change nothing")
+    print(f"{counts['killed']} of {judged} killed ({100 * counts['killed'] / max(1, judged):.1f} %), of {len(mutants)} possible mutants; "
+          f"{counts['did not build']} more did not build, {counts['equivalent']} are known to be equivalent")
     return 0 if 10 * counts["killed"] >= 9 * judged else 1
 
 

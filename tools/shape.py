@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""The shape of the sources: lines by folder, the longest files and functions, and which folder includes which.
+"""Prints lines per folder, long files and functions, or which folder includes which.
 
 usage: shape.py [--files N] [--functions N] [--includes]
 
-  --files N      the sources above N lines (default 400)
-  --functions N  the functions above N lines (default 60)
-  --includes     for each folder, the folders that it includes, with the number of includes
+  --files N      report sources longer than N lines (default 400)
+  --functions N  report functions longer than N lines (default 60)
+  --includes     for each folder, print the folders that it includes, with the number of includes
 """
 import argparse
 import collections
@@ -27,7 +27,7 @@ def folder_of(name):
 
 
 def functions(lines):
-    """Name and length of each function: from the line of its opening brace, alone on a line, to that of the closing one."""
+    """First line and length of each function, from the line of its opening brace to that of its closing one."""
     for start, line in enumerate(lines):
         if not re.fullmatch(r"(    )?\{", line):
             continue
@@ -35,7 +35,7 @@ def functions(lines):
         head = start - 1
         while head > 0 and not re.match(rf"{indent}\S", lines[head]) or re.match(r"\s*[:,]", lines[head]):
             head -= 1
-        # A blank after the word, or a bracket, tells a function from a class, a namespace or an initialiser.
+        # Neither a class, a namespace and the like, nor an initialiser, which has no parameters.
         if re.match(r"\s*(class|struct|enum|union|namespace|extern)\b", lines[head]) or "(" not in lines[head]:
             continue
         end = next((i for i in range(start, len(lines)) if re.match(rf"{indent}\}}", lines[i])), start)

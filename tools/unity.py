@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Whether the sources of each target compile as one, in several orders: then they do in any grouping that a unity build may choose.
+"""Checks that the sources of each target compile as one source, in several orders, so that any grouping of a unity build works.
 
 usage: unity.py BUILD-FOLDER [TARGET...]
 
-BUILD-FOLDER has been configured with compile commands; nothing is built.
+BUILD-FOLDER must be configured with compile commands; nothing is built.
 """
 import collections
 import json
@@ -31,7 +31,7 @@ def orders(files):
 
 
 def errors(command, files, folder):
-    """What the compiler says about the files as one source."""
+    """The compiler's first errors for the files as one source."""
     source = pathlib.Path(folder) / "unity.cxx"
     source.write_text("".join(f'#include "{file}"\n' for file in files))
     line = re.sub(r" -o \S+", "", command["command"]).replace(command["file"], str(source)).replace(" -c ", " -fsyntax-only ")

@@ -23,22 +23,23 @@ namespace
 {
 
 const char* const kDescription =
-    "Reads Acclaim skeletons and motion (ASF, AMC): says what is in them and what is wrong with them, and draws them.";
+    "Inspects, checks, draws, converts, edits and compares Acclaim skeletons and motion (ASF, AMC), BVH and glTF.";
 
-const char* const kExamples = "Examples:\n"
-                              "  asf info samples/walker.asf\n"
-                              "  asf check *.asf *.amc\n"
-                              "  asf draw samples/walker.asf -o walker.svg\n"
-                              "  asf COMMAND --help\n"
-                              "\n"
-                              "Data goes to standard output, messages go to standard error. \"-\" stands for standard input or output.\n"
-                              "Exit status: 0 done, perhaps with warnings; 1 an input is at fault; 2 a wrong call; 3 a file could not be\n"
-                              "opened, read or written.";
+const char* const kExamples =
+    "Examples:\n"
+    "  asf info samples/walker.asf\n"
+    "  asf check *.asf *.amc\n"
+    "  asf draw samples/walker.asf -o walker.svg\n"
+    "  asf COMMAND --help\n"
+    "\n"
+    "Data goes to standard output, messages to standard error. \"-\" is standard input or output.\n"
+    "Exit status: 0 success, perhaps with warnings; 1 bad input, or differences; 2 usage error; 3 a file could not be\n"
+    "opened, read or written.";
 
 class KFormatter : public CLI::Formatter
 {
 public:
-    // Examples keep their lines: the base class would run them together.
+    // Keeps the line breaks of the examples: the base class would reflow them.
     std::string make_footer(const CLI::App* pApp) const override
     {
         const std::string lFooter = pApp->get_footer();
@@ -61,8 +62,8 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     pProgram.get_formatter()->column_width(34);
     pProgram.get_formatter()->label("SUBCOMMAND", "COMMAND");
     pProgram.footer(kExamples);
-    pProgram.set_help_flag("-h,--help", "Say how it is called");
-    pProgram.set_version_flag("--version", "asf " QEX_VERSION, "Say which version this is");
+    pProgram.set_help_flag("-h,--help", "Show this help");
+    pProgram.set_version_flag("--version", "asf " QEX_VERSION, "Show the version");
     pProgram.require_subcommand(1);
     AddInfoCommand(pProgram, pConsole);
     AddCheckCommand(pProgram, pConsole);
@@ -77,14 +78,14 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     }
 }
 
-/// The command that was meant, for the hint behind an error.
-std::string CalledCommand(const CLI::App& pProgram)
+/// The command given, for the hint after an error.
+std::string GivenCommand(const CLI::App& pProgram)
 {
-    const auto lCalled = pProgram.get_subcommands();
-    return lCalled.empty() ? "asf" : "asf " + lCalled.front()->get_name();
+    const auto lGiven = pProgram.get_subcommands();
+    return lGiven.empty() ? "asf" : "asf " + lGiven.front()->get_name();
 }
 
-/// What is wrong with a call that names no command of ours.
+/// The error text for arguments without a valid command.
 std::string DescribeMissingCommand(const CLI::App& pProgram)
 {
     const std::vector<std::string> lWords = pProgram.remaining();
@@ -101,14 +102,14 @@ std::string DescribeMissingCommand(const CLI::App& pProgram)
     {
         lCommands += (lCommands.empty() ? "" : ", ") + lCommand->get_name();
     }
-    return "no command " + lWords.front() + " (there are " + lCommands + ")";
+    return "unknown command " + lWords.front() + " (commands: " + lCommands + ")";
 }
 
-void ReportWrongCall(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
+void ReportUsageError(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
 {
     const bool lNoCommand = pProgram.get_subcommands().empty() && pError.get_name() == "RequiredError";
-    pConsole.Fail(eEXIT_CALL, lNoCommand ? DescribeMissingCommand(pProgram) : pError.what());
-    const std::string lHint = "Run '" + CalledCommand(pProgram) + " --help' to see how it is called.\n";
+    pConsole.Fail(eEXIT_USAGE, lNoCommand ? DescribeMissingCommand(pProgram) : pError.what());
+    const std::string lHint = "Run '" + GivenCommand(pProgram) + " --help' for usage.\n";
     std::fwrite(lHint.data(), 1, lHint.size(), stderr);
 }
 
@@ -118,23 +119,23 @@ void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
     SetUpProgram(lProgram, pConsole);
     try
     {
-        // The parser takes the arguments from the back, without the program's name.
+        // The parser expects the arguments in reverse order, without the program's name.
         std::vector<std::string> lArguments = SplitOutputPairs(pArgumentCount, pArguments);
         lArguments.erase(lArguments.begin(),
                          lArguments.begin() + std::min<std::ptrdiff_t>(1, static_cast<std::ptrdiff_t>(lArguments.size())));
         std::reverse(lArguments.begin(), lArguments.end());
         lProgram.parse(std::move(lArguments));
     }
-    catch (const CLI::Success& lAnswer)
+    catch (const CLI::Success& lSuccess)
     {
         // --help and --version.
         std::ostringstream lText;
-        lProgram.exit(lAnswer, lText, lText);
+        lProgram.exit(lSuccess, lText, lText);
         pConsole.Out(lText.str());
     }
     catch (const CLI::ParseError& lError)
     {
-        ReportWrongCall(lProgram, lError, pConsole);
+        ReportUsageError(lProgram, lError, pConsole);
     }
 }
 
@@ -143,9 +144,9 @@ void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
 namespace
 {
 
-/// Runs \p pRun and says what it throws, with words that need no memory when there is none.
+/// Runs \p pRun and reports what it throws; out of memory is reported without allocating.
 template <typename TRun>
-void Guarded(KConsole& pConsole, const TRun& pRun) noexcept
+void RunGuarded(KConsole& pConsole, const TRun& pRun) noexcept
 {
     try
     {
@@ -175,8 +176,8 @@ int RunProgram(int pArgumentCount, char** pArguments)
 {
     InstallSignals();
     KConsole lConsole;
-    Guarded(lConsole, [&] { ParseAndRun(pArgumentCount, pArguments, lConsole); });
-    Guarded(lConsole, [&] { lConsole.CloseOut(); });
+    RunGuarded(lConsole, [&] { ParseAndRun(pArgumentCount, pArguments, lConsole); });
+    RunGuarded(lConsole, [&] { lConsole.CloseOut(); });
     return lConsole.GetExit();
 }
 

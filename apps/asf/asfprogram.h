@@ -4,7 +4,7 @@
 namespace asfapp
 {
 
-/// The program `asf`: runs the command that the arguments name.
+/// The program `asf`: runs the command given in the arguments.
 /// \return the exit status, see EExit
 int RunProgram(int pArgumentCount, char** pArguments);
 

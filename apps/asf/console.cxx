@@ -12,9 +12,9 @@ namespace asfapp
 namespace
 {
 
-constexpr size_t kPendingLimit = 1 << 16;
+constexpr size_t kBufferSize = 1 << 16;
 
-bool WantsColour(int pStream)
+bool UsesColour(int pStream)
 {
     const char* lNoColour = std::getenv("NO_COLOR");
     const char* lTerminal = std::getenv("TERM");
@@ -59,12 +59,12 @@ std::string Printable(std::string_view pText)
     return lResult;
 }
 
-std::string ShownPath(const std::string& pPath)
+std::string DisplayPath(const std::string& pPath)
 {
     return pPath == "-" ? "<stdin>" : pPath;
 }
 
-KConsole::KConsole() : mOutColour(WantsColour(STDOUT_FILENO)), mErrColour(WantsColour(STDERR_FILENO)) {}
+KConsole::KConsole() : mOutColour(UsesColour(STDOUT_FILENO)), mErrColour(UsesColour(STDERR_FILENO)) {}
 
 KConsole::~KConsole()
 {
@@ -74,39 +74,39 @@ KConsole::~KConsole()
     }
     catch (const std::exception&)
     {
-        // Whoever has to know whether it arrived calls CloseOut().
+        // Callers that need to know whether it was written call CloseOut().
         mPending.clear();
     }
 }
 
 bool KConsole::WriteOut()
 {
-    if (!mOutOpen && !mOutGone)
+    if (!mIsOutOpen && !mHasOutFailed)
     {
-        mOutOpen = true;
-        mOutGone = !mOut.Open("-");
+        mIsOutOpen = true;
+        mHasOutFailed = !mOut.Open("-");
     }
-    mOutGone = mOutGone || !mOut.Write(mPending.data(), mPending.size());
+    mHasOutFailed = mHasOutFailed || !mOut.Write(mPending.data(), mPending.size());
     mPending.clear();
-    return !mOutGone;
+    return !mHasOutFailed;
 }
 
 bool KConsole::Out(std::string_view pText)
 {
     mPending += pText;
-    return mPending.size() < kPendingLimit ? !mOutGone : WriteOut();
+    return mPending.size() < kBufferSize ? !mHasOutFailed : WriteOut();
 }
 
 bool KConsole::FlushOut()
 {
-    if (mPending.empty() && !mOutOpen)
+    if (mPending.empty() && !mIsOutOpen)
     {
-        return !mOutGone;
+        return !mHasOutFailed;
     }
-    // Only closing tells whether the bytes arrived; the next piece opens anew.
+    // Only closing reports whether the bytes were written; the next write opens it again.
     WriteOut();
     CloseOut();
-    return !mOutGone;
+    return !mHasOutFailed;
 }
 
 void KConsole::CloseOut()
@@ -115,14 +115,14 @@ void KConsole::CloseOut()
     {
         WriteOut();
     }
-    if (!mOutOpen)
+    if (!mIsOutOpen)
     {
         return;
     }
-    mOutOpen = false;
-    if (!mOut.Close() || mOutGone)
+    mIsOutOpen = false;
+    if (!mOut.Close() || mHasOutFailed)
     {
-        mOutGone = true;
+        mHasOutFailed = true;
         if (!mOut.IsBrokenPipe())
         {
             Fail(eEXIT_SYSTEM, "cannot write standard output: " + mOut.GetReason());

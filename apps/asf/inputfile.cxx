@@ -22,10 +22,10 @@ namespace
 
 constexpr size_t kHeadSize = 1 << 16;
 
-/// Skeletons and motions that come through a pipe are held in memory. Real ones stay far below.
+/// Limit for inputs read from a pipe, which are kept in memory. Real ones are far smaller.
 constexpr size_t kMemoryLimit = size_t(1) << 30;
 
-constexpr size_t kLargestPiece = 1 << 24;
+constexpr size_t kMaxGrowth = 1 << 24;
 
 enum EReadResult
 {
@@ -34,26 +34,26 @@ enum EReadResult
     eREAD_FAILED
 };
 
-/// Whether a text that begins so may be one long line: JSON, or the binary form of it.
-bool MayBeOneLine(std::string_view pBytes)
+/// True for glTF, the only format whose lines may be of any length: JSON or binary.
+bool MayHaveLongLines(std::string_view pBytes)
 {
     const size_t lFirst = pBytes.find_first_not_of(" \t\r\n\xef\xbb\xbf");
     return pBytes.substr(0, 4) == "glTF" || (lFirst != std::string_view::npos && pBytes[lFirst] == '{');
 }
 
-/// Reads at most \p pLimit bytes, and none behind a line that is too long for every reader, which then says so.
+/// Reads at most \p pLimit bytes. Stops after a line that is too long for the text readers, so that they report it.
 EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
 {
     const qexsdk::KFileCalls& lCalls = qexsdk::KFileCallsInUse();
     size_t                    lSize = 0;
-    size_t                    lLine = 0; // Where the last line begins.
+    size_t                    lLineStart = 0;
     EReadResult               lResult = eREAD_MORE;
     while (lSize < pLimit && lResult == eREAD_MORE)
     {
-        // Room is made once for many reads: a pipe gives little at a time.
+        // Grow in large steps: a pipe delivers little at a time.
         if (lSize == pBytes.size())
         {
-            pBytes.resize(std::min(pLimit, lSize + std::clamp(lSize / 2, kHeadSize, kLargestPiece)));
+            pBytes.resize(std::min(pLimit, lSize + std::clamp(lSize / 2, kHeadSize, kMaxGrowth)));
         }
         const ssize_t lGot = lCalls.mRead(pFile, pBytes.data() + lSize, pBytes.size() - lSize);
         if (lGot == 0 || (lGot < 0 && errno != EINTR))
@@ -62,9 +62,9 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
         }
         const std::string_view lNew(pBytes.data() + lSize, static_cast<size_t>(std::max<ssize_t>(lGot, 0)));
         const size_t           lEnd = lNew.find_last_of("\r\n");
-        lLine = lEnd == std::string_view::npos ? lLine : lSize + lEnd + 1;
+        lLineStart = lEnd == std::string_view::npos ? lLineStart : lSize + lEnd + 1;
         lSize += lNew.size();
-        if (lSize - lLine > qexsdk::KLineReader::kMaxLine && !MayBeOneLine(std::string_view(pBytes.data(), lSize)))
+        if (lSize - lLineStart > qexsdk::KLineReader::kMaxLine && !MayHaveLongLines(std::string_view(pBytes.data(), lSize)))
         {
             lResult = eREAD_ALL;
         }
@@ -75,7 +75,7 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
     return lResult;
 }
 
-/// The first word of every line, in lower case. Empty lines give none.
+/// Iterates over the first words of the lines, in lower case; skips empty lines.
 class KFirstWords
 {
 public:
@@ -83,19 +83,19 @@ public:
 
     bool Next(std::string& pWord)
     {
-        while (mPlace < mText.size())
+        while (mPosition < mText.size())
         {
-            const size_t lEnd = std::min(mText.find_first_of("\r\n", mPlace), mText.size());
-            size_t       lFrom = mPlace;
-            while (lFrom < lEnd && (std::strchr(" \t,()", mText[lFrom]) != nullptr))
+            const size_t lEnd = std::min(mText.find_first_of("\r\n", mPosition), mText.size());
+            size_t       lWordStart = mPosition;
+            while (lWordStart < lEnd && (std::strchr(" \t,()", mText[lWordStart]) != nullptr))
             {
-                ++lFrom;
+                ++lWordStart;
             }
-            mPlace = lEnd + 1;
-            if (lFrom < lEnd)
+            mPosition = lEnd + 1;
+            if (lWordStart < lEnd)
             {
-                const size_t lStop = mText.find_first_of(std::string(" \t,()\r\n\0", 8), lFrom);
-                pWord = qexsdk::KToLower(mText.substr(lFrom, std::min(lStop, lEnd) - lFrom));
+                const size_t lWordEnd = mText.find_first_of(std::string(" \t,()\r\n\0", 8), lWordStart);
+                pWord = qexsdk::KToLower(mText.substr(lWordStart, std::min(lWordEnd, lEnd) - lWordStart));
                 return true;
             }
         }
@@ -104,7 +104,7 @@ public:
 
 private:
     const std::string& mText;
-    size_t             mPlace = 0;
+    size_t             mPosition = 0;
 };
 
 const std::set<std::string>& SkeletonWords()
@@ -120,7 +120,7 @@ const std::set<std::string>& MotionWords()
     return sWords;
 }
 
-bool IsWhole(const std::string& pWord)
+bool IsFrameNumber(const std::string& pWord)
 {
     return !pWord.empty() && std::all_of(pWord.begin(), pWord.end(), [](unsigned char pChar) { return std::isdigit(pChar) != 0; });
 }
@@ -160,8 +160,8 @@ bool KInputFile::OpenAcclaim(const std::string& pPath, KConsole& pConsole)
     const bool lIsAcclaim = mKind != eKIND_BVH && mKind != eKIND_GLTF;
     if (!lIsAcclaim)
     {
-        pConsole.Message(eERROR, GetShown(), 0,
-                         std::string("is a ") + (mKind == eKIND_BVH ? "BVH" : "glTF") + " file, where an ASF or AMC file is expected");
+        pConsole.Message(eERROR, GetDisplayPath(), 0,
+                         std::string("is a ") + (mKind == eKIND_BVH ? "BVH" : "glTF") + " file, but an ASF or AMC file is expected");
         pConsole.Raise(eEXIT_INPUT);
     }
     return lIsAcclaim;
@@ -195,20 +195,20 @@ bool KInputFile::Load(KConsole& pConsole)
     }
     if (lResult == eREAD_FAILED)
     {
-        pConsole.Message(eERROR, GetShown(), 0, std::string("cannot be read: ") + std::strerror(lError));
+        pConsole.Message(eERROR, GetDisplayPath(), 0, std::string("cannot be read: ") + std::strerror(lError));
         pConsole.Raise(eEXIT_SYSTEM);
         return false;
     }
     if (mInMemory && lResult == eREAD_MORE)
     {
-        pConsole.Message(eERROR, GetShown(), 0, "is longer than 1 GiB and cannot be read a second time: save it to a file first");
+        pConsole.Message(eERROR, GetDisplayPath(), 0, "is longer than 1 GiB and cannot be reread: save it to a file first");
         pConsole.Raise(eEXIT_INPUT);
         return false;
     }
     return Sniff(mBytes, lResult == eREAD_ALL, pConsole);
 }
 
-bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole)
+bool KInputFile::Sniff(const std::string& pHead, bool pIsWhole, KConsole& pConsole)
 {
     const std::string lExtension = LowerExtension(mPath);
     mKind = lExtension == ".amc"                            ? eKIND_AMC
@@ -226,7 +226,7 @@ bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole
     while (!lKnown && lWords.Next(lWord))
     {
         const bool lSkeleton = SkeletonWords().count(lWord) != 0;
-        const bool lMotion = MotionWords().count(lWord) != 0 || (!lHasText && IsWhole(lWord));
+        const bool lMotion = MotionWords().count(lWord) != 0 || (!lHasText && IsFrameNumber(lWord));
         const bool lBvh = !lHasText && lWord == "hierarchy";
         const bool lGltf = !lHasText && (lWord[0] == '{' || lText.compare(0, 4, "glTF") == 0);
         lKnown = lSkeleton || lMotion || lBvh || lGltf;
@@ -235,10 +235,10 @@ bool KInputFile::Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole
     }
 
     const bool lBinary = !lKnown && pHead.find('\0') != std::string::npos;
-    const bool lEmpty = !lKnown && !lHasText && pWhole;
+    const bool lEmpty = !lKnown && !lHasText && pIsWhole;
     if (lBinary || lEmpty)
     {
-        pConsole.Message(eERROR, GetShown(), 0, lBinary ? "holds binary data, not a skeleton or a motion" : "is empty");
+        pConsole.Message(eERROR, GetDisplayPath(), 0, lBinary ? "holds binary data, not a skeleton or a motion" : "is empty");
         pConsole.Raise(eEXIT_INPUT);
     }
     if (!mInMemory)
@@ -255,7 +255,8 @@ bool KInputFile::OpenFor(qexsdk::KQexTextFile& pReader) const
 
 qexsdk::KQexAcclaimSource KInputFile::GetSource() const
 {
-    return mInMemory ? qexsdk::KQexAcclaimSource::Buffer(mBytes.data(), mBytes.size(), GetShown()) : qexsdk::KQexAcclaimSource::File(mPath);
+    return mInMemory ? qexsdk::KQexAcclaimSource::Buffer(mBytes.data(), mBytes.size(), GetDisplayPath())
+                     : qexsdk::KQexAcclaimSource::File(mPath);
 }
 
 bool KInputFile::FailsToRead() const

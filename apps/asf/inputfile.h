@@ -10,52 +10,52 @@
 namespace asfapp
 {
 
-/// What a file holds, judged by its first lines, else by its name.
+/// Format of a file, detected from its first lines, else from its extension.
 enum EFileKind
 {
-    eKIND_ASF, ///< A skeleton, or text that is nothing else.
+    eKIND_ASF, ///< A skeleton, or any other text.
     eKIND_AMC, ///< A motion.
-    eKIND_BVH, ///< Skeleton and motion in one, of another format.
-    eKIND_GLTF ///< The same as a binary file (GLB) or as JSON.
+    eKIND_BVH, ///< Skeleton and motion in one file.
+    eKIND_GLTF ///< The same, as binary (GLB) or JSON.
 };
 
-/// One input of a command: a path, or "-" for standard input. What cannot be read twice (standard input, pipes, devices) is kept
-/// in memory, so that every input can be looked at as often as needed.
+/// An input of a command: a path, or "-" for standard input. Input that cannot be reread (standard input, pipes, devices) is kept
+/// in memory, so that every input can be read several times.
 class KInputFile
 {
 public:
-    /// Looks at the file. False when it cannot be read or holds nothing to work on; the reason was told to \p pConsole.
+    /// Opens the file and detects its format. False, after an error, if it cannot be read, is empty or is binary data of no known format.
     bool Open(const std::string& pPath, KConsole& pConsole);
 
-    /// As Open(), for commands that read skeletons and motions of this format alone: any other is refused, which is said too.
+    /// As Open(), for commands that read only ASF and AMC: any other format is an error, too.
     bool OpenAcclaim(const std::string& pPath, KConsole& pConsole);
 
-    /// Opens the file for \p pReader. False when that fails; the reader's messages tell why.
+    /// Opens the file for \p pReader. False if that fails; the reader's messages have the reason.
     bool OpenFor(qexsdk::KQexTextFile& pReader) const;
 
     /// The file for the importer. Refers to this object's memory.
     qexsdk::KQexAcclaimSource GetSource() const;
 
-    /// True when reading through the file meets a failure of the system, not of the file's text.
+    /// Reads the whole file; true if that fails with an I/O error.
     bool FailsToRead() const;
 
     const std::string& GetPath() const { return mPath; }
 
-    /// The path for messages.
-    std::string GetShown() const { return ShownPath(mPath); }
+    /// The path as shown in messages.
+    std::string GetDisplayPath() const { return DisplayPath(mPath); }
 
     EFileKind GetKind() const { return mKind; }
 
-    /// Takes the file for \p pKind, whatever it looks like.
+    /// Overrides the detected format.
     void SetKind(EFileKind pKind) { mKind = pKind; }
 
-    /// True when the bytes are held in memory: GetBytes().
+    /// True if the file is in memory; only then GetBytes() has its bytes.
     bool               IsInMemory() const { return mInMemory; }
     const std::string& GetBytes() const { return mBytes; }
 
 private:
     bool Load(KConsole& pConsole);
-    bool Sniff(const std::string& pHead, bool pWhole, KConsole& pConsole);
+    bool Sniff(const std::string& pHead, bool pIsWhole, KConsole& pConsole);
 
     std::string mPath;
     std::string mBytes;
@@ -63,7 +63,7 @@ private:
     EFileKind   mKind = eKIND_ASF;
 };
 
-/// True when both paths lead to the same file, through links as well. "-" and files that do not exist are no file.
+/// True if both paths lead to the same file, also through links. False for "-" and for files that do not exist.
 bool IsSameFile(const std::string& pOne, const std::string& pOther);
 
 /// The extension in lower case with its dot, "" without one.

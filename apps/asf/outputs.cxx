@@ -13,13 +13,13 @@ namespace
 extern "C" void EndBySignal(int pSignal)
 {
     qexsdk::KOutputFile::RemovePending();
-    // The handler is reset on entry (SA_RESETHAND), so that the shell sees what ended the process.
+    // SA_RESETHAND has restored the default action, so the shell sees which signal ended the process.
     raise(pSignal);
 }
 
 } // namespace
 
-std::string ShownOutput(const std::string& pPath)
+std::string DisplayOutput(const std::string& pPath)
 {
     return pPath == "-" ? "standard output" : pPath;
 }
@@ -32,7 +32,7 @@ void InstallSignals()
     sigemptyset(&lAction.sa_mask);
     for (const int lSignal : {SIGINT, SIGTERM, SIGHUP})
     {
-        // A signal that the caller switched off (nohup, a background job) stays off.
+        // A signal that the parent process ignores (nohup, a background job) stays ignored.
         struct sigaction lOld = {};
         if (sigaction(lSignal, nullptr, &lOld) == 0 && lOld.sa_handler != SIG_IGN)
         {
@@ -51,18 +51,18 @@ bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pIn
         if (IsSameFile(pOutput, lInput))
         {
             pConsole.Message(eERROR, pOutput, 0, "is also an input (" + lInput + "): choose another output");
-            pConsole.Raise(eEXIT_CALL);
+            pConsole.Raise(eEXIT_USAGE);
             return false;
         }
     }
     return true;
 }
 
-void ReportOutput(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
+void ReportOutputError(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
 {
     if (!pOut.IsBrokenPipe())
     {
-        pConsole.Message(eERROR, ShownOutput(pPath), 0, "cannot be written: " + pOut.GetReason());
+        pConsole.Message(eERROR, DisplayOutput(pPath), 0, "cannot be written: " + pOut.GetReason());
         pConsole.Raise(eEXIT_SYSTEM);
     }
 }
@@ -73,7 +73,7 @@ bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& p
     {
         return true;
     }
-    ReportOutput(pOut, pPath, pConsole);
+    ReportOutputError(pOut, pPath, pConsole);
     return false;
 }
 
@@ -83,7 +83,7 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
     {
         return true;
     }
-    ReportOutput(pOut, pPath, pConsole);
+    ReportOutputError(pOut, pPath, pConsole);
     return false;
 }
 

@@ -9,26 +9,26 @@
 namespace asfapp
 {
 
-/// Makes Ctrl-C, SIGTERM and SIGHUP end the process without leaving a temporary file behind, and a reader that closes its end of
-/// a pipe show as a failed write instead of a signal.
+/// Installs handlers that remove temporary files before SIGINT, SIGTERM or SIGHUP ends the process, and ignores SIGPIPE, so that a
+/// closed pipe is a failed write.
 void InstallSignals();
 
-/// True when \p pOutput may be written: it is none of \p pInputs, through links either. Else false, after saying so.
+/// True if \p pOutput is none of \p pInputs, also through links. Else false, after an error.
 bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pInputs, KConsole& pConsole);
 
-/// How the path of an output is shown: as given, and "standard output" for "-".
-std::string ShownOutput(const std::string& pPath);
+/// An output's path for messages: as given, and "standard output" for "-".
+std::string DisplayOutput(const std::string& pPath);
 
-/// Opens \p pOut for \p pPath ("-" is standard output). False after saying why not.
+/// Opens \p pOut for \p pPath ("-" is standard output). False after an error.
 bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 
-/// Completes \p pOut. False, and the file as it was before, after saying why; in silence when nobody reads the pipe any more.
+/// Closes \p pOut and replaces the file. On failure false, the file unchanged, and an error unless a pipe was closed.
 bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 
-/// Says why \p pOut failed and raises the exit status, unless a pipe's reader went away.
-void ReportOutput(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
+/// Reports why \p pOut failed and raises the exit status, except for a closed pipe.
+void ReportOutputError(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 
-/// Writes a whole file: the old one stays when anything fails. False after saying why.
+/// Writes a whole file. On failure false, the old file unchanged, and an error.
 bool WriteOutput(const std::string& pPath, const std::string& pBytes, KConsole& pConsole);
 
 } // namespace asfapp

@@ -11,14 +11,14 @@ namespace asfapp
 namespace
 {
 
-constexpr std::chrono::milliseconds kBeforeFirst(400);
-constexpr std::chrono::milliseconds kBetween(80);
+constexpr std::chrono::milliseconds kFirstDelay(400);
+constexpr std::chrono::milliseconds kInterval(80);
 constexpr size_t                    kWidth = 30;
 
 } // namespace
 
 KProgress::KProgress(std::string pWhat, const KConsole& pConsole)
-    : mWhat(std::move(pWhat)), mOn(!pConsole.IsQuiet() && isatty(STDERR_FILENO) == 1), mNext(KClock::now() + kBeforeFirst)
+    : mWhat(std::move(pWhat)), mEnabled(!pConsole.IsQuiet() && isatty(STDERR_FILENO) == 1), mNext(KClock::now() + kFirstDelay)
 {
 }
 
@@ -32,9 +32,9 @@ KProgress::~KProgress()
 
 bool KProgress::Show(double pFraction)
 {
-    if (mOn && KClock::now() >= mNext)
+    if (mEnabled && KClock::now() >= mNext)
     {
-        mNext = KClock::now() + kBetween;
+        mNext = KClock::now() + kInterval;
         mShown = true;
         const double      lDone = std::min(std::max(pFraction, 0.0), 1.0);
         const size_t      lFilled = static_cast<size_t>(lDone * static_cast<double>(kWidth));

@@ -9,8 +9,8 @@
 namespace asfapp
 {
 
-/// A bar on standard error that shows how far long work is. Only on a terminal, not when the console is quiet, and only when the
-/// work takes a while; it takes itself away at the end.
+/// A progress bar on standard error. Shown only on a terminal, not when the console is quiet, and only for long work; the destructor
+/// removes it.
 class KProgress
 {
 public:
@@ -19,14 +19,14 @@ public:
     KProgress(const KProgress&) = delete;
     KProgress& operator=(const KProgress&) = delete;
 
-    /// \p pFraction of the work is done, 0 to 1. Always true: the work goes on.
+    /// \p pFraction: the part of the work that is done, 0 to 1. Always true (never cancels).
     bool Show(double pFraction);
 
 private:
     using KClock = std::chrono::steady_clock;
 
     std::string        mWhat;
-    bool               mOn;
+    bool               mEnabled;
     bool               mShown = false;
     KClock::time_point mNext;
 };

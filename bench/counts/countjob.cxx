@@ -1,4 +1,4 @@
-// One job of the library, run once, for tools/counts.py: callgrind counts the instructions of CountedJob() alone.
+// Runs one job of the library once, for tools/counts.py: callgrind counts only the instructions of CountedJob().
 //
 // usage: countjob JOB SKELETON.asf MOTION.amc, JOB being read-asf, read-amc, import-amc or write-amc
 
@@ -22,7 +22,7 @@ struct KFiles
     const char* mAmc;
 };
 
-class KNothing : public KQexAmcVisitor
+class KIgnoreFrames : public KQexAmcVisitor
 {
 public:
     bool Frame(const KQexAmcFrame&) override { return true; }
@@ -30,7 +30,7 @@ public:
 
 } // namespace
 
-/// The name that --toggle-collect looks for.
+/// extern "C", because callgrind's --toggle-collect finds it by name.
 extern "C"
 {
     bool CountedJob(const std::function<bool()>& pJob);
@@ -56,8 +56,8 @@ bool ReadAmc(const KFiles& pFiles)
     KQexImportAcclaimResult lResult;
     const KQexAsfSceneOwner lSkeleton = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(pFiles.mAsf), {}, lResult);
     KQexFileAcclaimAmc      lFile(false);
-    KNothing                lNothing;
-    return lSkeleton && CountedJob([&] { return lFile.OpenRead(pFiles.mAmc) && lFile.ReadFrames(lSkeleton.get(), {}, lNothing); });
+    KIgnoreFrames           lVisitor;
+    return lSkeleton && CountedJob([&] { return lFile.OpenRead(pFiles.mAmc) && lFile.ReadFrames(lSkeleton.get(), {}, lVisitor); });
 }
 
 bool Import(KQexScene* pScene, const KFiles& pFiles, KQexImportAcclaimResult& pResult)

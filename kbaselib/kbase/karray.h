@@ -12,13 +12,13 @@
 namespace qexsdk
 {
 
-/// What every array of small items shares: the item count, and one block on the heap (of KBaseArrayRealloc) that begins with a
-/// header and holds the items after it. Room is counted in blocks of kBlockItems items; a full array doubles its blocks, from
-/// none to one first, and never gives any back but by Clear(). An empty new array owns no memory.
+/// Base of all arrays of small items: the item count, and one heap block (of KBaseArrayRealloc) that holds a header followed by the
+/// items. Capacity is counted in blocks of kBlockItems items; a full array doubles its block count (0 becomes 1), and only Clear()
+/// reduces it. An empty new array owns no memory.
 class QEX_API KBaseArrayFast
 {
 public:
-    /// Items a block.
+    /// Items per block.
     static constexpr int kBlockItems = 4;
 
     KBaseArrayFast(const KBaseArrayFast&) = delete;
@@ -27,11 +27,11 @@ public:
     /// The number of items.
     int GetCount() const { return mCount; }
 
-    /// The number of blocks, so the room in items divided by kBlockItems; 0 while there is no memory behind the array.
+    /// The number of blocks: the capacity in items divided by kBlockItems. 0 while no memory is allocated.
     int GetBlockCount() const { return mBlock == nullptr ? 0 : static_cast<int>(Header()->mBlockCount); }
 
-    /// Makes room for \p pCount items, growing as adding them would. False, with the array unchanged but for room that it may
-    /// have gained, when memory runs out.
+    /// Makes room for \p pCount items, growing as adding them would. False when memory runs out; the capacity may have grown, the items
+    /// are unchanged.
     bool Reserve(int pCount)
     {
         while (pCount > GetBlockCount() * kBlockItems)
@@ -44,7 +44,7 @@ public:
         return true;
     }
 
-    /// Gives the memory back; the array is empty then.
+    /// Frees the memory; the array is then empty.
     void Clear()
     {
         KBaseArrayFree(mBlock);
@@ -53,12 +53,12 @@ public:
     }
 
 protected:
-    /// \param pItemSize bytes an item; items are copied as bytes.
+    /// \param pItemSize bytes per item; items are copied as bytes.
     explicit KBaseArrayFast(size_t pItemSize) : mItemSize(static_cast<unsigned int>(pItemSize)) {}
     ~KBaseArrayFast() { KBaseArrayFree(mBlock); }
 
-    /// Opens a slot at \p pIndex (beyond the count: at the count; below 0: at 0) by moving the tail up by one, and counts it.
-    /// The slot's bytes are the caller's to set.
+    /// Opens a slot at \p pIndex, clamped to 0 and the count, by moving the tail up by one, and increments the count. The caller sets
+    /// the slot's bytes.
     /// \return the slot's index; -1, with the array unchanged, when memory runs out.
     int OpenSlot(int pIndex)
     {
@@ -72,7 +72,7 @@ protected:
         return lIndex;
     }
 
-    /// Closes the slot at \p pIndex, which must be valid: moves the tail down by one and zeroes the slot that it leaves.
+    /// Closes the slot at \p pIndex, which must be valid: moves the tail down by one and zeroes the vacated slot.
     void CloseSlot(int pIndex)
     {
         std::memmove(Slot(pIndex), Slot(pIndex + 1), static_cast<size_t>(mCount - pIndex - 1) * mItemSize);
@@ -89,14 +89,14 @@ protected:
         }
     }
 
-    /// Whether \p pIndex is of an item.
+    /// Whether there is an item at \p pIndex.
     bool IsIndex(int pIndex) const { return pIndex >= 0 && pIndex < mCount; }
 
     /// The bytes of slot \p pIndex; there must be a block.
     char* Slot(int pIndex) const { return mBlock + sizeof(KHeader) + static_cast<size_t>(pIndex) * mItemSize; }
 
 private:
-    /// Stands before the items. As long as the strictest item is aligned.
+    /// Precedes the items. Its size is the strictest alignment that an item may have.
     struct KHeader
     {
         unsigned long long mBlockCount;
@@ -127,8 +127,8 @@ private:
     unsigned int mItemSize;
 };
 
-/// An array of pointers, or of other plain items of at most 8 bytes. The items are the array's, what they point at is not.
-/// Not copyable; moving an item costs no more than its bytes. Not thread-safe.
+/// An array of pointers, or of other trivially copyable items of at most 8 bytes. Owns the items, not what they point at. Not copyable;
+/// items are moved as bytes. Not thread-safe.
 template <typename T>
 class KArrayTemplate : public KBaseArrayFast
 {
@@ -138,7 +138,7 @@ class KArrayTemplate : public KBaseArrayFast
 public:
     KArrayTemplate() : KBaseArrayFast(sizeof(T)) {}
 
-    /// Puts \p pItem at \p pIndex (beyond the count: at the count; below 0: at 0), moving the items from there on up by one.
+    /// Inserts \p pItem at \p pIndex, clamped to 0 and the count, moving the tail up by one.
     /// \return the item's index; -1, with the array unchanged, when memory runs out.
     int InsertAt(int pIndex, T pItem)
     {
@@ -153,8 +153,8 @@ public:
     /// Appends \p pItem; as InsertAt at the count. Amortised O(1).
     int Add(T pItem) { return InsertAt(GetCount(), pItem); }
 
-    /// Takes out the item at \p pIndex and moves those behind it down by one; the room stays.
-    /// \return the item taken out; T() when there is none at \p pIndex.
+    /// Removes the item at \p pIndex and moves those after it down by one; the capacity stays.
+    /// \return the removed item; T() when there is none at \p pIndex.
     T RemoveAt(int pIndex)
     {
         if (!IsIndex(pIndex))
@@ -166,8 +166,8 @@ public:
         return lItem;
     }
 
-    /// Takes out, in one pass, every item that \p pMatches(item) is true for; the others keep their order, the room stays.
-    /// \return how many were taken out.
+    /// Removes, in one pass, every item for which \p pMatches(item) is true; the others keep their order, the capacity stays.
+    /// \return the number of items removed.
     template <typename TPredicate>
     int RemoveIf(TPredicate pMatches)
     {

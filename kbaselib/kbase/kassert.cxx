@@ -12,9 +12,9 @@ namespace
 {
 
 std::atomic<KAssertHandler> sHandler{nullptr};
-std::mutex                  sFlags; // Over the flags of all sites.
+std::mutex                  sFlags; // Guards the flags of all sites.
 
-/// Sets the flag; whether it was false. A site that fails on several threads, or again in the handler, is reported by one only.
+/// Sets the flag; true when it was false. So a site that fails on several threads, or again in the handler, reports once.
 bool MayReport(bool* pHideForever)
 {
     if (pHideForever == nullptr)
@@ -25,7 +25,7 @@ bool MayReport(bool* pHideForever)
     return !std::exchange(*pHideForever, true);
 }
 
-const char* Shown(const char* pText)
+const char* OrEmpty(const char* pText)
 {
     return pText == nullptr ? "" : pText;
 }
@@ -38,7 +38,7 @@ void KAssertFailed(const char* pFile, const char* pFunction, unsigned long pLine
     {
         return;
     }
-    std::fprintf(stderr, "%s:%lu: %s: assertion failed: %s\n", Shown(pFile), pLine, Shown(pFunction), Shown(pText));
+    std::fprintf(stderr, "%s:%lu: %s: assertion failed: %s\n", OrEmpty(pFile), pLine, OrEmpty(pFunction), OrEmpty(pText));
     if (KAssertHandler lHandler = sHandler.load(std::memory_order_acquire))
     {
         lHandler(pFile, pFunction, pLine, pText, pHideForever);

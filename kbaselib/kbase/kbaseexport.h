@@ -2,8 +2,8 @@
 #define KBASELIB_KBASE_KBASEEXPORT_H
 
 /// \file
-/// QEX_API marks what a shared library of the project shows to its users; everything else stays hidden.
-/// A static build needs no marks: there it is empty, so that a program which links the library shows none of it either.
+/// QEX_API marks what a shared library of the project exports; everything else stays hidden. It is empty in a static build, so that a
+/// program that links the library exports none of it either.
 
 #if defined(QEX_SHARED) && defined(__GNUC__)
 #define QEX_API __attribute__((visibility("default")))

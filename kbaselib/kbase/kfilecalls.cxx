@@ -14,7 +14,7 @@ namespace qexsdk
 namespace
 {
 
-/// Variadic and overloaded system calls have no address of the table's type.
+/// Variadic and overloaded system calls need a wrapper of the table's type.
 int CallOpen(const char* pPath, int pFlags, mode_t pMode)
 {
     return ::open(pPath, pFlags, pMode);
@@ -35,7 +35,7 @@ int CallLinkStat(const char* pPath, struct stat* pStat)
     return ::lstat(pPath, pStat);
 }
 
-/// Asks for the rights that opening would be judged by, which access() itself does not.
+/// Checks the effective rights, as open() does; access() checks the real ones.
 int CallAccess(const char* pPath, int pMode)
 {
     return ::faccessat(AT_FDCWD, pPath, pMode, AT_EACCESS);
@@ -76,7 +76,7 @@ std::string KFileErrorText(int pError) noexcept
 {
     try
     {
-        // The standard category asks the system in a way that threads may share.
+        // Thread-safe, unlike strerror().
         return pError == 0 ? std::string() : std::generic_category().message(pError);
     }
     catch (const std::exception&)

@@ -11,7 +11,7 @@ namespace qexsdk
 
 int KFormat(char* pText, size_t pSize, const char* pFormat, std::va_list pArguments)
 {
-    // For the thread alone: another one may be formatting for its user.
+    // Set for this thread only: other threads may be formatting in their own locale.
     static const locale_t sLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
     if (sLocale == static_cast<locale_t>(nullptr))
     {
@@ -26,10 +26,10 @@ int KFormat(char* pText, size_t pSize, const char* pFormat, std::va_list pArgume
 
 bool KFormatAppend(std::string& pText, size_t pLimit, const char* pFormat, std::va_list pArguments)
 {
-    // Nearly every text is short.
+    // Most texts fit; a longer one is formatted again.
     char         lShort[256];
-    std::va_list lAgain;
-    va_copy(lAgain, pArguments);
+    std::va_list lSecondPass;
+    va_copy(lSecondPass, pArguments);
     const int lSize = KFormat(lShort, sizeof lShort, pFormat, pArguments);
     if (lSize >= 0)
     {
@@ -41,13 +41,13 @@ bool KFormatAppend(std::string& pText, size_t pLimit, const char* pFormat, std::
         }
         else
         {
-            // The NUL needs a place, too.
+            // One more byte for the NUL.
             pText.resize(lBefore + lAdded + 1);
-            KFormat(&pText[lBefore], lAdded + 1, pFormat, lAgain);
+            KFormat(&pText[lBefore], lAdded + 1, pFormat, lSecondPass);
             pText.pop_back();
         }
     }
-    va_end(lAgain);
+    va_end(lSecondPass);
     return lSize >= 0;
 }
 

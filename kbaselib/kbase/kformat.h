@@ -10,12 +10,12 @@
 namespace qexsdk
 {
 
-/// vsnprintf as in the "C" locale, whatever the locale of the process or of the thread is.
-/// \return as vsnprintf; -1, with an errno, also where the system has no "C" locale to give: nothing is ever written in another one's way
+/// vsnprintf in the "C" locale, whatever the locale of the process or the thread is.
+/// \return as vsnprintf; also -1, with an errno, when the system provides no "C" locale: no other locale is used instead
 QEX_API int KFormat(char* pText, size_t pSize, const char* pFormat, std::va_list pArguments);
 
-/// The same, appended to \p pText, of which at most \p pLimit bytes are added. May throw std::bad_alloc, and adds nothing then.
-/// \return false, with an errno and nothing added, when KFormat gives -1
+/// The same, appended to \p pText; adds at most \p pLimit bytes. May throw std::bad_alloc, and then adds nothing.
+/// \return false, with an errno and nothing added, when KFormat returns -1
 QEX_API bool KFormatAppend(std::string& pText, size_t pLimit, const char* pFormat, std::va_list pArguments);
 
 } // namespace qexsdk

@@ -17,10 +17,10 @@ namespace qexsdk
 namespace
 {
 
-constexpr size_t kFirstPiece = 65536;
-constexpr size_t kLastPiece = 16777216;
+constexpr size_t kFirstChunk = 65536;
+constexpr size_t kMaxChunk = 16777216;
 
-/// 0, or the errno for which \p pFile is not to be read.
+/// 0, or the errno with which \p pFile is refused.
 int CheckKind(int pFile, bool pRegular)
 {
     struct stat lStat;
@@ -38,11 +38,11 @@ int CheckKind(int pFile, bool pRegular)
 /// 0, or the errno that ended reading.
 int ReadAll(int pFile, size_t pMax, std::string& pBytes)
 {
-    size_t lPiece = kFirstPiece;
+    size_t lChunk = kFirstChunk;
     size_t lSize = 0;
     while (lSize < pMax)
     {
-        const size_t lRoom = std::min(lPiece, pMax - lSize);
+        const size_t lRoom = std::min(lChunk, pMax - lSize);
         if (pBytes.size() < lSize + lRoom)
         {
             pBytes.resize(lSize + lRoom);
@@ -57,7 +57,7 @@ int ReadAll(int pFile, size_t pMax, std::string& pBytes)
             break;
         }
         lSize += lRead > 0 ? static_cast<size_t>(lRead) : 0;
-        lPiece = std::min(std::max(lSize, kFirstPiece), kLastPiece);
+        lChunk = std::min(std::max(lSize, kFirstChunk), kMaxChunk);
     }
     pBytes.resize(lSize);
     return 0;
@@ -73,7 +73,7 @@ bool KReadWholeFile(const char* pPath, size_t pMax, bool pRegular, std::string& 
     pBytes.clear();
     if (lOwns)
     {
-        // Opening a FIFO that is not wanted would wait for somebody to write to it.
+        // Without O_NONBLOCK, opening a FIFO that is refused anyway would wait for a writer.
         const int lFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | (pRegular ? O_NONBLOCK : 0);
         do
         {

@@ -6,18 +6,18 @@
 #include <string_view>
 
 /// \file
-/// Capital and small letters of the words that files are made of: A to Z alone, whatever the process's locale says.
+/// Letter case of the words in files: A to Z only, independent of the locale.
 
 namespace qexsdk
 {
 
-/// The small letter of A to Z; any other character is returned as it is.
+/// The lower-case letter for A to Z; any other character unchanged.
 constexpr char KToLower(char pCharacter)
 {
     return pCharacter >= 'A' && pCharacter <= 'Z' ? static_cast<char>(pCharacter - 'A' + 'a') : pCharacter;
 }
 
-/// \p pText with KToLower() of each of its characters.
+/// \p pText in lower case.
 inline std::string KToLower(std::string pText)
 {
     for (char& lCharacter : pText)
@@ -27,7 +27,7 @@ inline std::string KToLower(std::string pText)
     return pText;
 }
 
-/// Whether two texts differ in nothing but the case of letters.
+/// Whether two texts are equal when case is ignored.
 inline bool KEqualsFolded(std::string_view pFirst, std::string_view pSecond)
 {
     return std::equal(pFirst.begin(), pFirst.end(), pSecond.begin(), pSecond.end(),

@@ -18,7 +18,7 @@ namespace
 
 constexpr size_t kFirstCapacity = 65536;
 
-/// Room for the longest line and for what shows that it is ended or too long.
+/// Room for the longest line and for the bytes that show where it ends or that it is too long.
 constexpr size_t kLastCapacity = KLineReader::kMaxLine + kFirstCapacity;
 
 } // namespace
@@ -75,7 +75,7 @@ bool KLineReader::OpenBuffer(const char* pData, size_t pSize)
 
 void KLineReader::Close()
 {
-    // Nothing was written: what close() may report is nobody's loss.
+    // Nothing was written, so an error from close() loses nothing.
     if (mOwnsFile)
     {
         KFileCallsInUse().mClose(mFile);
@@ -84,13 +84,13 @@ void KLineReader::Close()
     mOwnsFile = false;
     mMemory = nullptr;
     mMemorySize = 0;
-    mMemoryPlace = 0;
+    mMemoryOffset = 0;
     QexSdkFree(mBuffer);
     mBuffer = nullptr;
     mCapacity = 0;
     mBegin = nullptr;
     mFill = nullptr;
-    ForgetMarks();
+    ResetMarks();
     mLine = nullptr;
     mLength = 0;
     mStarted = false;
@@ -118,13 +118,13 @@ bool KLineReader::Rewind()
     {
         return errno == ESPIPE ? false : Fail(eSYSTEM, errno);
     }
-    mMemoryPlace = 0;
+    mMemoryOffset = 0;
     mStarted = false;
     mAtEnd = false;
     mSkipFeed = false;
     mBegin = mBuffer;
     mFill = mBuffer;
-    ForgetMarks();
+    ResetMarks();
     mLine = nullptr;
     mLength = 0;
     mLineNumber = 0;
@@ -136,12 +136,11 @@ bool KLineReader::Rewind()
 
 bool KLineReader::NextLine()
 {
-    return TakeLine() || LoadLine();
+    return NextBufferedLine() || LoadLine();
 }
 
-/// NextLine() for nearly every line: one that stands in the buffer as a whole and ends at LF or CR LF. False, with nothing changed,
-/// for any other.
-bool KLineReader::TakeLine()
+/// NextLine() for most lines: those that are complete in the buffer and end at LF or CR LF. False, with nothing taken, for any other.
+bool KLineReader::NextBufferedLine()
 {
     if (mStatus != eOK || !SkipFeed())
     {
@@ -166,7 +165,7 @@ bool KLineReader::TakeLine()
     {
         return false;
     }
-    mIsPlain = lEnd <= mQuietEnd || IsQuiet(lEnd);
+    mIsPlain = lEnd <= mUnmarkedEnd || HasNoMarks(lEnd);
     mLine = mBegin;
     mLength = lLength;
     mBegin = lFeed + 1;
@@ -176,7 +175,7 @@ bool KLineReader::TakeLine()
     return true;
 }
 
-/// Passes over the LF behind a CR that ended the line before. \return whether there are bytes at mBegin then
+/// Skips the LF after a CR that ended the previous line. \return whether there are bytes at mBegin then
 bool KLineReader::SkipFeed()
 {
     if (mSkipFeed && mBegin != mFill)
@@ -187,15 +186,15 @@ bool KLineReader::SkipFeed()
     return mBegin != mFill;
 }
 
-/// Whether there is no mark from mBegin up to pEnd, carriage returns left out.
-bool KLineReader::IsQuiet(const char* pEnd)
+/// Whether no mark, except carriage returns, lies between mBegin and \p pEnd.
+bool KLineReader::HasNoMarks(const char* pEnd)
 {
-    mQuietEnd = mFill;
+    mUnmarkedEnd = mFill;
     for (int i = eNUL; i < mMarkCount; ++i)
     {
-        mQuietEnd = std::min(mQuietEnd, FindMark(mMarks[i], mBegin));
+        mUnmarkedEnd = std::min(mUnmarkedEnd, FindMark(mMarks[i], mBegin));
     }
-    return pEnd <= mQuietEnd;
+    return pEnd <= mUnmarkedEnd;
 }
 
 bool KLineReader::LoadLine()
@@ -261,7 +260,7 @@ bool KLineReader::LoadLine()
     }
 }
 
-/// The first LF or CR at or behind pFrom, mFill without one.
+/// The first LF or CR at or after \p pFrom; mFill when there is none.
 char* KLineReader::FindEnd(char* pFrom)
 {
     if (pFrom == mFill)
@@ -272,8 +271,8 @@ char* KLineReader::FindEnd(char* pFrom)
     return std::min(lFeed == nullptr ? mFill : lFeed, FindMark(mMarks[eRETURN], pFrom));
 }
 
-/// The first byte of the mark at or behind pFrom, mFill without one. The place is kept: a text without the byte is searched for
-/// it once, not once a line.
+/// The mark's first byte at or after \p pFrom; mFill when there is none. Cached: a text without the byte is searched for it once per
+/// buffer, not once per line.
 char* KLineReader::FindMark(KMark& pMark, char* pFrom) const
 {
     if (pMark.mNext == nullptr || pMark.mNext < pFrom)
@@ -287,13 +286,13 @@ char* KLineReader::FindMark(KMark& pMark, char* pFrom) const
     return pMark.mNext;
 }
 
-void KLineReader::ForgetMarks()
+void KLineReader::ResetMarks()
 {
     for (KMark& lMark : mMarks)
     {
         lMark.mNext = nullptr;
     }
-    mQuietEnd = nullptr;
+    mUnmarkedEnd = nullptr;
 }
 
 void KLineReader::Watch(const char* pBytes)
@@ -302,10 +301,10 @@ void KLineReader::Watch(const char* pBytes)
     {
         mMarks[mMarkCount++] = {*pBytes, nullptr};
     }
-    mQuietEnd = nullptr;
+    mUnmarkedEnd = nullptr;
 }
 
-/// Reads the input's first bytes and passes over a byte-order mark.
+/// Reads the input's first bytes and skips a UTF-8 byte-order mark; fails at a UTF-16 one.
 bool KLineReader::Begin()
 {
     mStarted = true;
@@ -330,7 +329,7 @@ bool KLineReader::Begin()
     return true;
 }
 
-/// Reads more bytes behind those that are not yet handed out, which move to the buffer's front.
+/// Moves the bytes not yet returned to the front of the buffer and reads more after them.
 bool KLineReader::Refill()
 {
     if (!MakeRoom())
@@ -346,7 +345,7 @@ bool KLineReader::Refill()
     mFill += lRead;
     *mFill = '\0';
     mRead += lRead;
-    ForgetMarks();
+    ResetMarks();
     return true;
 }
 
@@ -363,7 +362,7 @@ bool KLineReader::MakeRoom()
         mFill = mBuffer + lKept;
         return true;
     }
-    // A line as long as the buffer. NextLine() gives up before the largest buffer is full.
+    // One line fills the buffer. LoadLine() fails before the largest buffer is full.
     const size_t lCapacity = mBuffer == nullptr ? kFirstCapacity : std::min(mCapacity * 2, kLastCapacity);
     char*        lBuffer = static_cast<char*>(QexSdkMalloc(lCapacity + 1));
     if (lBuffer == nullptr)
@@ -382,17 +381,17 @@ bool KLineReader::MakeRoom()
     return true;
 }
 
-/// At least one byte, 0 at the end of the input, -1 with errno.
+/// Reads at least one byte. \return the number of bytes; 0 at the end of the input; -1 with errno
 ptrdiff_t KLineReader::ReadSome(char* pTo, size_t pSize)
 {
     if (mMemory != nullptr)
     {
-        const size_t lSize = std::min(pSize, mMemorySize - mMemoryPlace);
+        const size_t lSize = std::min(pSize, mMemorySize - mMemoryOffset);
         if (lSize > 0)
         {
-            std::memcpy(pTo, mMemory + mMemoryPlace, lSize);
+            std::memcpy(pTo, mMemory + mMemoryOffset, lSize);
         }
-        mMemoryPlace += lSize;
+        mMemoryOffset += lSize;
         return static_cast<ptrdiff_t>(lSize);
     }
     ptrdiff_t lRead = 0;

@@ -10,8 +10,8 @@
 namespace qexsdk
 {
 
-/// Lines of text out of a file, standard input or memory, one at a time through one buffer whose size does not depend
-/// on the input's. Lines end at LF, CR LF or a lone CR. A UTF-8 byte-order mark is skipped.
+/// Reads lines of text from a file, standard input or memory, one at a time, through one buffer whose size does not depend on the
+/// input's. Lines end at LF, CR LF or a lone CR. A UTF-8 byte-order mark is skipped.
 class QEX_API KLineReader
 {
 public:
@@ -23,7 +23,7 @@ public:
     {
         eOK,       ///< A line is current, or nothing was read yet.
         eEND,      ///< The input has no further line.
-        eSYSTEM,   ///< The system refused; GetReason() says why.
+        eSYSTEM,   ///< A system call failed; GetReason() says why.
         eTOO_LONG, ///< The next line, GetLineNumber(), is longer than kMaxLine.
         eUTF16,    ///< The input begins with a UTF-16 byte-order mark.
         eMEMORY    ///< No memory for the buffer.
@@ -39,61 +39,61 @@ public:
     /// and for a directory.
     bool OpenPath(const char* pPath);
 
-    /// Reads \p pSize bytes at \p pData, which stay the caller's, are not changed and have to outlive the reading.
+    /// Reads \p pSize bytes at \p pData, which must outlive the reading. They stay the caller's and are not changed.
     bool OpenBuffer(const char* pData, size_t pSize);
 
-    /// Closes; the status and the line number stay to be asked for. The current line is gone.
+    /// Closes; status and line number stay readable. The current line is gone.
     void Close();
 
-    /// Closes, and forgets status and line number too.
+    /// Closes, and resets status and line number.
     void Reset();
 
-    /// Has NextLine() look for the first of each byte of \p pBytes (at most kMaxWatched, those beyond are left out) in each line:
-    /// cheaper than searching every line, as a byte that the input does not hold is looked for once a buffer. To be called before
-    /// the first line is read.
+    /// Makes NextLine() locate the first of each byte of \p pBytes (at most kMaxWatched, further ones are ignored) in each line.
+    /// Cheaper than searching every line: a byte that the input lacks is searched for once per buffer. Call it before the first line is
+    /// read.
     void Watch(const char* pBytes);
 
-    /// Place of the first byte number \p pNumber of Watch() in the current line; null when it holds none.
+    /// The first occurrence of byte \p pNumber (from 0) of Watch() in the current line; null when there is none.
     char* FindWatched(int pNumber) const { return InLine(mMarks[eFIRST_WATCHED + pNumber].mNext); }
 
-    /// Place of the first NUL in the current line; null when it holds none.
+    /// The first NUL in the current line; null when there is none.
     char* FindNul() const { return InLine(mMarks[eNUL].mNext); }
 
-    /// True when the current line is known to hold neither a byte of Watch() nor a NUL, so that nothing needs to be looked for.
+    /// True when the current line is known to hold no byte of Watch() and no NUL, so that it need not be searched.
     bool IsPlain() const { return mIsPlain; }
 
-    /// Most bytes that Watch() takes.
+    /// Maximum number of bytes for Watch().
     static constexpr int kMaxWatched = 4;
 
-    /// Back to before the first line. False, and nothing changed, when the input is a pipe of which something was read;
-    /// false with eSYSTEM when the system refuses, or when nothing is open.
+    /// Goes back to before the first line. False, with nothing changed, when the input is a pipe that was read from; false with eSYSTEM
+    /// when seeking fails or nothing is open.
     bool Rewind();
 
-    /// Loads the next line. False when there is none, GetStatus() tells why; asked again, it stays false.
+    /// Loads the next line. False when there is none, for the reason in GetStatus(); further calls are false too.
     bool NextLine();
 
-    /// The current line without its end, followed by a NUL. It may be written to until the next call of NextLine().
+    /// The current line without its end, followed by a NUL. Writable until the next NextLine().
     char* GetLine() const { return mLine; }
 
-    /// Bytes of the current line, its end not counted. The line may hold NUL bytes.
+    /// Bytes of the current line without its end. The line may hold NUL bytes.
     size_t GetLength() const { return mLength; }
 
-    /// False when the input's end, not a line end, ended the current line: it may have been cut short.
+    /// False when the current line ended with the input instead of a line end: it may be truncated.
     bool HasLineEnd() const { return mHasLineEnd; }
 
     /// Bytes of the input up to the end of the current line.
     int64_t GetPosition() const { return mRead - (mFill - mBegin); }
 
-    /// Bytes of the whole input as it was when it was opened; 0 when that is not known, as for a pipe.
+    /// Bytes of the whole input when it was opened; 0 when unknown, as for a pipe.
     int64_t GetSize() const { return mSize; }
 
-    /// Number of the line loaded last, from 1; 0 before the first. A line that was too long counts.
+    /// Number of the last line loaded, from 1; 0 before the first. A line that was too long counts.
     int64_t GetLineNumber() const { return mLineNumber; }
 
-    /// How reading stands: why the last NextLine() or opening was false.
+    /// Why the last NextLine() or open returned false.
     EStatus GetStatus() const { return mStatus; }
 
-    /// True when reading stopped for another reason than the end of the input.
+    /// True when reading stopped for a reason other than the end of the input.
     bool HasFailed() const { return mStatus > eEND; }
 
     /// True between a successful open and Close().
@@ -106,14 +106,14 @@ public:
     std::string GetReason() const;
 
 private:
-    /// A byte that lines are searched for.
+    /// A byte that lines are searched for, and its cached position.
     struct KMark
     {
         char  mByte = '\0';
-        char* mNext = nullptr; ///< First one at or behind where the search began last, or mFill; null when not known.
+        char* mNext = nullptr; ///< First one at or after the start of the last search, or mFill; null when unknown.
     };
 
-    /// Places in mMarks.
+    /// Indices into mMarks.
     enum EMark
     {
         eRETURN,
@@ -121,12 +121,12 @@ private:
         eFIRST_WATCHED
     };
 
-    char* InLine(char* pPlace) const { return pPlace >= mLine && pPlace < mLine + mLength ? pPlace : nullptr; }
-    void  ForgetMarks();
-    bool  TakeLine();
+    char* InLine(char* pAt) const { return pAt >= mLine && pAt < mLine + mLength ? pAt : nullptr; }
+    void  ResetMarks();
+    bool  NextBufferedLine();
     bool  SkipFeed();
     bool  LoadLine();
-    bool  IsQuiet(const char* pEnd);
+    bool  HasNoMarks(const char* pEnd);
     char* FindMark(KMark& pMark, char* pFrom) const;
 
     bool      Fail(EStatus pStatus, int pError);
@@ -140,17 +140,17 @@ private:
     bool        mOwnsFile = false;
     const char* mMemory = nullptr;
     size_t      mMemorySize = 0;
-    size_t      mMemoryPlace = 0;
+    size_t      mMemoryOffset = 0;
     bool        mStarted = false;  ///< Something was read since opening or rewinding.
-    bool        mAtEnd = false;    ///< The input gave its last byte.
-    bool        mSkipFeed = false; ///< The last line ended at a CR: an LF that follows belongs to it.
+    bool        mAtEnd = false;    ///< The input has ended.
+    bool        mSkipFeed = false; ///< The last line ended at a CR: skip an LF that follows.
     char*       mBuffer = nullptr;
-    size_t      mCapacity = 0;    ///< Bytes of mBuffer, that for a NUL not counted.
-    char*       mBegin = nullptr; ///< First byte not yet handed out.
+    size_t      mCapacity = 0;    ///< Bytes of mBuffer, without the one for a NUL.
+    char*       mBegin = nullptr; ///< First byte not yet returned.
     char*       mFill = nullptr;  ///< End of the bytes read.
     KMark       mMarks[eFIRST_WATCHED + kMaxWatched] = {{'\r', nullptr}, {'\0', nullptr}};
     int         mMarkCount = eFIRST_WATCHED;
-    char*       mQuietEnd = nullptr; ///< From mBegin up to here no mark but eRETURN was found; null when not known.
+    char*       mUnmarkedEnd = nullptr; ///< From mBegin up to here there is no mark but eRETURN; null when unknown.
     bool        mIsPlain = false;
     char*       mLine = nullptr;
     size_t      mLength = 0;

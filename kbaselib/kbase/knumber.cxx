@@ -22,7 +22,7 @@ bool IsDigit(char pChar)
     return pChar >= '0' && pChar <= '9';
 }
 
-/// Cuts the sign off; \p pNegative tells which it was.
+/// Removes the sign; \p pNegative receives whether it was a minus.
 std::string_view WithoutSign(std::string_view pToken, bool& pNegative)
 {
     pNegative = !pToken.empty() && pToken.front() == '-';
@@ -33,8 +33,8 @@ std::string_view WithoutSign(std::string_view pToken, bool& pNegative)
     return pToken;
 }
 
-/// Whether a valid unsigned decimal number is at least 1. The conversion reports too large and too small in the same way, and
-/// at that distance from 1 the place of the first digit that is not zero decides.
+/// Whether a valid unsigned decimal number is at least 1. from_chars reports overflow and underflow alike; such numbers are so far from
+/// 1 that the decimal exponent of the first nonzero digit decides.
 bool IsLarge(std::string_view pNumber)
 {
     constexpr long long kEnough = LLONG_MAX / 4;
@@ -62,8 +62,8 @@ bool IsLarge(std::string_view pNumber)
     return lMagnitude >= 0;
 }
 
-/// Reads one of the words for what is not finite.
-bool ParseWord(std::string_view pText, double& pValue)
+/// Parses inf, infinity or nan, case-insensitive.
+bool ParseNonFinite(std::string_view pText, double& pValue)
 {
     if (KEqualsFolded(pText, "inf") || KEqualsFolded(pText, "infinity"))
     {
@@ -142,7 +142,7 @@ KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNumberWords
             lStatus = lLarge ? KNumberStatus::eOVERFLOW : KNumberStatus::eOK;
         }
     }
-    else if (pWords == KNumberWords::eFINITE || !ParseWord(lNumber, lValue))
+    else if (pWords == KNumberWords::eFINITE || !ParseNonFinite(lNumber, lValue))
     {
         return KNumberStatus::eINVALID;
     }
@@ -163,15 +163,15 @@ KNumberStatus KNumberParse(std::string_view pToken, long long& pValue)
 namespace
 {
 
-constexpr int kSmallDecimals = 9; ///< Most decimals that PrintSmall writes.
-constexpr int kSmallText = 32;    ///< Room that it needs: sign, 12 digits, point and the block that the decimals are moved in.
+constexpr int kSmallDecimals = 9; ///< Maximum decimals of PrintSmall.
+constexpr int kSmallText = 32;    ///< Buffer size it needs: sign, 12 digits, point and the fixed-size block of decimals.
 
-/// The digits of 0 to 99, two each.
+/// Two digits for each number from 0 to 99.
 constexpr char kPairs[] = "00010203040506070809101112131415161718192021222324252627282930313233343536373839404142434445464748"
                           "4950515253545556575859606162636465666768697071727374757677787980818283848586878889909192939495969798"
                           "99";
 
-/// Writes the last \p pCount digits of \p pDigits before \p pEnd; gives back what is left of the number.
+/// Writes the last \p pCount digits of \p pDigits so that they end at \p pEnd; returns \p pDigits without them.
 unsigned long long PrintDigits(char* pEnd, unsigned long long pDigits, int pCount)
 {
     for (; pCount >= 2; pCount -= 2)
@@ -200,7 +200,7 @@ int CountDigits(unsigned long long pNumber)
     return lCount;
 }
 
-/// Writes \p pDigits, of which the last \p pDecimals stand behind the point, without zeros at the end.
+/// Writes \p pDigits with the last \p pDecimals of them after the point, without trailing zeros.
 char* PrintScaled(char* pAt, unsigned long long pDigits, int pDecimals)
 {
     char                     lFraction[16] = {};
@@ -215,18 +215,18 @@ char* PrintScaled(char* pAt, unsigned long long pDigits, int pDecimals)
     if (pDecimals > 0)
     {
         *pAt++ = '.';
-        std::memcpy(pAt, lFraction, sizeof lFraction); // A block of known size costs less than counting.
+        std::memcpy(pAt, lFraction, sizeof lFraction); // A copy of constant size is faster than one of pDecimals bytes.
         pAt += pDecimals;
     }
     return pAt;
 }
 
-/// KNumberPrintFixed for the numbers that motion is made of, by whole numbers alone: null for the others, which are those so large
-/// that scaling them rounds, and those so close to the middle between two texts that only all their digits tell which is nearer.
+/// KNumberPrintFixed in integer arithmetic, for typical motion values. Null when the value is so large that scaling rounds, or so close
+/// to halfway between two texts that only all of its digits decide; also for many decimals or a short buffer.
 char* PrintSmall(char* pBegin, char* pEnd, double pValue, int pDecimals)
 {
     constexpr double kLargest = 1e12;
-    constexpr double kMargin = 1e-3; // Scaling is off by 1e-4 at most.
+    constexpr double kMargin = 1e-3; // The error of scaling is at most 1e-4.
     if (pDecimals > kSmallDecimals || pEnd - pBegin < kSmallText)
     {
         return nullptr;
@@ -237,12 +237,12 @@ char* PrintSmall(char* pBegin, char* pEnd, double pValue, int pDecimals)
         return nullptr;
     }
     const unsigned long long lFloor = static_cast<unsigned long long>(lScaled);
-    const double             lRest = lScaled - static_cast<double>(lFloor);
-    if (std::fabs(lRest - 0.5) < kMargin)
+    const double             lFraction = lScaled - static_cast<double>(lFloor);
+    if (std::fabs(lFraction - 0.5) < kMargin)
     {
         return nullptr;
     }
-    const unsigned long long lDigits = lFloor + (lRest > 0.5 ? 1 : 0);
+    const unsigned long long lDigits = lFloor + (lFraction > 0.5 ? 1 : 0);
     if (pValue < 0.0 && lDigits != 0)
     {
         *pBegin++ = '-';

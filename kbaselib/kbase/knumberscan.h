@@ -5,7 +5,7 @@
 #include <cstdint>
 
 /// \file
-/// The fast path through text that is made of short plain numbers.
+/// Fast path for text made of short plain numbers.
 
 namespace qexsdk
 {
@@ -13,15 +13,15 @@ namespace qexsdk
 namespace knumberdetail
 {
 
-/// Digits that a double surely holds.
+/// Decimal digits that a double always holds exactly.
 inline constexpr std::ptrdiff_t kExactDigits = 15;
 
-/// Powers of ten for that many digits after the point, each exact in a double.
+/// Powers of ten up to that exponent, each exact in a double.
 inline constexpr double kExactPowers[kExactDigits + 1] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                           1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 /// Appends the digits at \p pAt to \p pDigits.
-/// \return the first character that is no digit
+/// \return the first character that is not a digit
 inline const char* AppendDigits(const char* pAt, const char* pEnd, std::uint64_t& pDigits)
 {
     for (; pAt != pEnd && static_cast<unsigned char>(*pAt - '0') < 10; ++pAt)
@@ -33,12 +33,12 @@ inline const char* AppendDigits(const char* pAt, const char* pEnd, std::uint64_t
 
 } // namespace knumberdetail
 
-/// Reads the plain decimal number (sign, digits, point, digits) that text begins with, for loops over millions of them: no token
-/// needs to be cut out first. Numbers of up to 15 digits, as motion files hold them, are done here in one pass and are correctly
-/// rounded: the digits and the power of ten are both exact, so their one quotient is.
-/// \return where the number ends; null, with the value unchanged, when there is no such number or it has more digits. The caller
-/// then takes the token as a whole to KNumberParse. It does so as well when what follows the number is no delimiter (an
-/// exponent, a letter).
+/// Parses the plain decimal number (sign, digits, point, digits) at the start of a text, for loops over millions of them: no token has
+/// to be cut out first. Numbers of up to 15 digits, as in motion files, take one pass and are correctly rounded: the digits and the
+/// power of ten are both exact, so their quotient is rounded once.
+/// \return the end of the number; null, with the value unchanged, when there is no such number or it has more digits. The caller then
+/// parses the whole token with KNumberParse, and likewise when the number is not followed by a delimiter (but by an exponent or a
+/// letter).
 inline const char* KNumberScan(const char* pBegin, const char* pEnd, double& pValue)
 {
     if (pBegin == pEnd)

@@ -28,7 +28,7 @@ constexpr mode_t kModeBits = 07777;
 
 KOutputFile::~KOutputFile()
 {
-    // A string keeps what it holds, which nobody gave up, or is already gone.
+    // A string keeps its contents, or is already gone: Discard() must not touch it.
     mOut = nullptr;
     Discard();
     Reset();
@@ -78,7 +78,7 @@ bool KOutputFile::Open(const char* pPath)
         {
             return Fail(lError);
         }
-        // Replacing a file asks nothing of the file itself, but who made it read-only does not want it replaced.
+        // rename() needs no write permission on the file itself, but a read-only file is not meant to be replaced.
         if (lExists && KFileCallsInUse().mAccess(lTarget.c_str(), W_OK) != 0)
         {
             return Fail(errno);
@@ -87,7 +87,7 @@ bool KOutputFile::Open(const char* pPath)
     }
     catch (const std::bad_alloc&)
     {
-        DropTemporary();
+        RemoveTemporary();
         return Fail(ENOMEM);
     }
 }
@@ -123,7 +123,7 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
     mTarget = pTarget;
     for (int i = 0; i < kMaxTemporaryNames && mFile < 0; ++i)
     {
-        // Noted before it exists: a signal in between finds nothing to remove, which does no harm.
+        // Registered before it exists: a signal in between finds nothing to remove, which does no harm.
         mTemporary = KTemporaryName(pTarget);
         mSlot = KPendingFileAdd(mTemporary);
         mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
@@ -148,7 +148,7 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
     if (pOld != nullptr && lCalls.mChangeMode(mFile, pOld->st_mode & kModeBits) != 0)
     {
         Fail(errno);
-        DropTemporary();
+        RemoveTemporary();
         mState = eCLOSED;
         return false;
     }
@@ -211,7 +211,7 @@ bool KOutputFile::WriteAll(const char* pData, size_t pSize)
         {
             return Fail(errno);
         }
-        // A call that takes nothing and names no reason would be repeated for ever.
+        // A call that writes nothing and reports no error would be repeated forever.
         if (lWritten == 0)
         {
             return Fail(EIO);
@@ -240,7 +240,7 @@ bool KOutputFile::Prepare()
     CloseFile();
     if (mError != 0)
     {
-        DropTemporary();
+        RemoveTemporary();
     }
     return mError == 0;
 }
@@ -261,7 +261,7 @@ bool KOutputFile::Commit()
         else
         {
             Fail(errno);
-            DropTemporary();
+            RemoveTemporary();
         }
     }
     mResult = mError == 0;
@@ -281,7 +281,7 @@ void KOutputFile::Discard()
         return;
     }
     CloseFile();
-    DropTemporary();
+    RemoveTemporary();
     if (mOut != nullptr)
     {
         mOut->clear();
@@ -292,7 +292,7 @@ void KOutputFile::Discard()
 
 void KOutputFile::CloseFile()
 {
-    // An interrupted close() has closed the file all the same. What it reports otherwise can be a write that failed late.
+    // close() closes the file even when interrupted. Any other error can be a delayed write error.
     if (mOwnsFile && KFileCallsInUse().mClose(mFile) != 0 && errno != EINTR)
     {
         Fail(errno);
@@ -304,7 +304,7 @@ void KOutputFile::CloseFile()
     mFill = 0;
 }
 
-void KOutputFile::DropTemporary()
+void KOutputFile::RemoveTemporary()
 {
     CloseFile();
     if (mTemporary.empty())

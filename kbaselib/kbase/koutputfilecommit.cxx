@@ -22,8 +22,8 @@ KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
     size_t lDone = 0;
     for (; lDone < pCount && lFailed == nullptr; ++lDone)
     {
-        // Nothing comes behind the last one that could still fail.
-        if ((lDone + 1 < pCount && !pOutputs[lDone]->KeepOld()) || !pOutputs[lDone]->Commit())
+        // The last one needs no backup: nothing after it can fail.
+        if ((lDone + 1 < pCount && !pOutputs[lDone]->BackUpOld()) || !pOutputs[lDone]->Commit())
         {
             lFailed = pOutputs[lDone];
         }
@@ -32,7 +32,7 @@ KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
     {
         if (i < lDone && pOutputs[i] != lFailed)
         {
-            pOutputs[i]->PutOldBack();
+            pOutputs[i]->RestoreOld();
         }
         else
         {
@@ -41,13 +41,14 @@ KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
     }
     for (size_t i = 0; i < pCount; ++i)
     {
-        pOutputs[i]->DropOld();
+        pOutputs[i]->RemoveBackup();
     }
     return lFailed;
 }
 
-/// Gives the file that is about to be replaced a second name. True when there is none, or the file system has no such names.
-bool KOutputFile::KeepOld()
+/// Hard-links the file that is about to be replaced to a temporary name. True also when there is no such file, or the file system has
+/// no hard links.
+bool KOutputFile::BackUpOld()
 {
     const KFileCalls& lCalls = KFileCallsInUse();
     mHadOld = true;
@@ -59,20 +60,20 @@ bool KOutputFile::KeepOld()
     {
         try
         {
-            mOld = KTemporaryName(mTarget);
+            mBackup = KTemporaryName(mTarget);
         }
         catch (const std::bad_alloc&)
         {
             return Fail(ENOMEM);
         }
-        mOldSlot = KPendingFileAdd(mOld);
-        if (lCalls.mLink(mTarget.c_str(), mOld.c_str()) == 0)
+        mBackupSlot = KPendingFileAdd(mBackup);
+        if (lCalls.mLink(mTarget.c_str(), mBackup.c_str()) == 0)
         {
             return true;
         }
         const int lError = errno;
-        KPendingFileRemove(mOldSlot);
-        mOld.clear();
+        KPendingFileRemove(mBackupSlot);
+        mBackup.clear();
         mHadOld = lError != ENOENT;
         if (lError == ENOENT || lError == EPERM || lError == EOPNOTSUPP || lError == EMLINK || lError == ENOSYS)
         {
@@ -86,14 +87,14 @@ bool KOutputFile::KeepOld()
     return Fail(EEXIST);
 }
 
-/// Undoes a commit, as far as the old file is still there.
-void KOutputFile::PutOldBack()
+/// Undoes a commit: restores the backup, or removes the target when there was no file before.
+void KOutputFile::RestoreOld()
 {
     mResult = false;
-    if (!mOld.empty() && KFileCallsInUse().mRename(mOld.c_str(), mTarget.c_str()) == 0)
+    if (!mBackup.empty() && KFileCallsInUse().mRename(mBackup.c_str(), mTarget.c_str()) == 0)
     {
-        KPendingFileRemove(mOldSlot);
-        mOld.clear();
+        KPendingFileRemove(mBackupSlot);
+        mBackup.clear();
     }
     else if (!mHadOld)
     {
@@ -101,15 +102,15 @@ void KOutputFile::PutOldBack()
     }
 }
 
-void KOutputFile::DropOld()
+void KOutputFile::RemoveBackup()
 {
-    if (mOld.empty())
+    if (mBackup.empty())
     {
         return;
     }
-    KFileCallsInUse().mUnlink(mOld.c_str());
-    KPendingFileRemove(mOldSlot);
-    mOld.clear();
+    KFileCallsInUse().mUnlink(mBackup.c_str());
+    KPendingFileRemove(mBackupSlot);
+    mBackup.clear();
 }
 
 } // namespace qexsdk

@@ -13,11 +13,11 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kMaxLinks = 40; ///< As many symbolic links in a row as the system itself follows.
+constexpr int kMaxLinks = 40; ///< Longest chain of symbolic links, the same as the system's limit.
 
 std::atomic<unsigned> sNameCount{0};
 
-/// The folder part of \p pPath with its last slash, "" when there is none.
+/// The folder part of \p pPath with its trailing slash; "" when there is none.
 std::string FolderOf(const std::string& pPath)
 {
     const size_t lSlash = pPath.rfind('/');

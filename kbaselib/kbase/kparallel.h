@@ -10,21 +10,21 @@
 namespace qexsdk
 {
 
-/// Most threads that a job is spread over unless its caller asks otherwise: beyond a few, writing the result is what takes the time.
+/// Default limit of the threads for a job: beyond a few, writing the result takes most of the time.
 constexpr int kMaxDefaultThreads = 4;
 
-/// \p pAsked threads, or, when it is 0 or below, as many as the machine has, at most kMaxDefaultThreads.
-inline int KThreadCount(int pAsked)
+/// \p pRequested threads; when it is 0 or below, as many as the machine has, at most kMaxDefaultThreads.
+inline int KThreadCount(int pRequested)
 {
-    if (pAsked > 0)
+    if (pRequested > 0)
     {
-        return pAsked;
+        return pRequested;
     }
     return std::min(std::max(1, static_cast<int>(std::thread::hardware_concurrency())), kMaxDefaultThreads);
 }
 
 /// Runs pJob(i) once for each i from 0 to \p pCount - 1, job i on thread i modulo \p pThreads, and returns when all are done. The
-/// calling thread is one of them; where the system has no further thread to give it does their jobs too. \p pJob must not throw.
+/// calling thread is one of them, and runs the jobs of any thread that the system cannot create. \p pJob must not throw.
 template <typename TJob>
 void KParallelFor(int pCount, int pThreads, const TJob& pJob)
 {

@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-/// The file's name in \p pPath without folder and extension; folders end at / or \. A name that only begins with a point has no extension.
+/// The file name in \p pPath without folder and extension; folders end at / or \. A leading dot does not start an extension.
 inline std::string KPathStem(const std::string& pPath)
 {
     const size_t      lSlash = pPath.find_last_of("/\\");

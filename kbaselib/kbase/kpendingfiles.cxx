@@ -11,11 +11,11 @@ namespace qexsdk
 namespace
 {
 
-/// A temporary file that has to go when the process is ended by a signal. The path is copied here, so that a signal's
-/// handler reads no memory that could be given back meanwhile.
+/// A temporary file to remove when a signal ends the process. Holds a copy of the path, so that the signal handler never reads memory
+/// that may have been freed.
 struct KPendingFile
 {
-    std::atomic<int> mState; ///< 0 free, 1 being filled in or taken out, 2 pending.
+    std::atomic<int> mState; ///< 0 free, 1 being filled in, 2 pending.
     char             mPath[PATH_MAX];
 };
 
@@ -56,7 +56,7 @@ void KPendingFileRemove(int& pSlot)
 
 void KPendingFilesUnlink()
 {
-    // unlink() itself, not the table's: the handler of a signal may call nothing that is not async-signal-safe.
+    // unlink() itself, not the table's: a signal handler may only call async-signal-safe functions.
     for (KPendingFile& lFile : sPending)
     {
         if (lFile.mState.load() == 2)

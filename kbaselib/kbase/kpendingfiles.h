@@ -6,14 +6,14 @@
 namespace qexsdk
 {
 
-/// Notes \p pPath as a file that has to go when a signal ends the process. \return its place in the list; -1 when the list is full
-/// or the path is too long for the system anyway.
+/// Registers \p pPath as a file to remove when a signal ends the process. \return its slot in the list; -1 when the list is full or the
+/// path is too long for the system anyway.
 int KPendingFileAdd(const std::string& pPath);
 
-/// Takes the file at \p pSlot, -1 for none, out of the list; \p pSlot becomes -1.
+/// Removes the entry in \p pSlot (-1: none) from the list; \p pSlot becomes -1.
 void KPendingFileRemove(int& pSlot);
 
-/// Removes all files of the list. Async-signal-safe.
+/// Removes all files in the list. Async-signal-safe.
 void KPendingFilesUnlink();
 
 } // namespace qexsdk

@@ -11,7 +11,7 @@
 namespace qexsdk
 {
 
-/// An owned character string, NUL-terminated. Names are short, and most fit in the object itself.
+/// An owned, NUL-terminated string. Most names are short enough to need no allocation.
 class QEX_API KString
 {
 public:
@@ -24,7 +24,7 @@ public:
     /// A copy of the first \p pLength characters at \p pText.
     KString(const char* pText, size_t pLength) : mText(pText, pLength) {}
 
-    /// The characters; valid until the string is changed or gone. Never null.
+    /// The characters; valid until the string is changed or destroyed. Never null.
     operator const char*() const { return mText.c_str(); }
 
     /// As the conversion to const char*.
@@ -33,7 +33,7 @@ public:
     /// Number of characters before the final NUL.
     size_t GetLength() const { return mText.size(); }
 
-    /// Whether there is no character.
+    /// Whether the string is empty.
     bool IsEmpty() const { return mText.empty(); }
 
     /// Appends \p pText; null appends nothing.
@@ -55,7 +55,7 @@ inline KString operator+(const KString& pFirst, const char* pSecond)
     return lSum;
 }
 
-/// \name Comparison of the characters, never of their places
+/// \name Comparison of characters, not of pointers
 ///@{
 inline bool operator==(const KString& pFirst, const KString& pSecond)
 {

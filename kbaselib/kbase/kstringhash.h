@@ -9,14 +9,14 @@
 namespace qexsdk
 {
 
-/// Hash of a text for unordered containers whose keys come from files. It begins with the address of the program in memory, which systems
-/// choose anew for each run, so that no file can be written whose names all collide.
+/// Hash of a text for unordered containers whose keys come from files. Seeded with an address in the program, which systems randomize
+/// for each run, so that no file can be crafted whose names all collide.
 struct KStringHash
 {
     size_t operator()(std::string_view pText) const
     {
-        static const char sPlace = '\0';
-        uint64_t          lHash = reinterpret_cast<uintptr_t>(&sPlace) + pText.size();
+        static const char sSeed = '\0';
+        uint64_t          lHash = reinterpret_cast<uintptr_t>(&sSeed) + pText.size();
         for (; pText.size() >= sizeof(uint64_t); pText.remove_prefix(sizeof(uint64_t)))
         {
             lHash = Mix(lHash, pText, sizeof(uint64_t));
@@ -25,7 +25,7 @@ struct KStringHash
     }
 
 private:
-    /// The factor moves each bit up, and the shift brings the upper half down again.
+    /// The multiplication spreads each bit upwards, the shift folds the upper half back down.
     static uint64_t Mix(uint64_t pHash, std::string_view pText, size_t pSize)
     {
         uint64_t lText = 0;

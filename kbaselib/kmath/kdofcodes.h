@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-/// Codes of a bone's degrees of freedom (DOFs), as its lists hold them. Rotations are listed z, y, x, the reverse of the translations.
+/// Codes of a bone's degrees of freedom (DOFs), as in its DOF lists. Rotations are ordered z, y, x, the reverse of the translations.
 enum KDofCode
 {
     eDOF_TX,
@@ -18,22 +18,22 @@ enum KDofCode
     eDOF_COUNT
 };
 
-/// The word of each code.
+/// The keyword of each code.
 inline constexpr const char* kDofWords[eDOF_COUNT] = {"tx", "ty", "tz", "rz", "ry", "rx"};
 
-/// Whether the code is one of tx, ty, tz; it is the axis then.
+/// Whether the code is tx, ty or tz; it is then also the axis.
 inline constexpr bool KIsTranslationDof(int pCode)
 {
     return pCode >= eDOF_TX && pCode <= eDOF_TZ;
 }
 
-/// Whether the code is one of rz, ry, rx; the axis is 5 - code then.
+/// Whether the code is rz, ry or rx; the axis is then 5 - code.
 inline constexpr bool KIsRotationDof(int pCode)
 {
     return pCode >= eDOF_RZ && pCode <= eDOF_RX;
 }
 
-/// The code of a word (case counts), -1 for any other.
+/// The code of a keyword (case-sensitive); -1 for any other word.
 inline int KDofCodeOf(std::string_view pWord)
 {
     for (int lCode = 0; lCode < eDOF_COUNT; ++lCode)

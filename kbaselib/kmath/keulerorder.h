@@ -5,7 +5,7 @@
 #include <kbaselib/kmath/keulertable.h>
 
 /// \file
-/// A bone's list of degrees of freedom and rotation orders, one from the other.
+/// Conversion between a bone's list of degrees of freedom and rotation orders.
 
 namespace qexsdk
 {
@@ -24,9 +24,9 @@ inline constexpr int sEulerOrderBuf[9] = {
     0,  // z, z
 };
 
-/// The order code in which a bone's rotation DOFs are applied, first in the list first. Only the last two rotation DOFs decide, the
-/// third axis follows from them; where there are fewer, XYZ's last axes stand in. So no rotation DOF gives XYZ, rx alone ZYX,
-/// ry alone ZXY, rz alone XYZ, on purpose: callers rely on it.
+/// The order code of a bone's rotation DOFs, which are applied in list order. Only the last two rotation DOFs decide, since they
+/// determine the third axis; missing ones default to the last axes of XYZ. So no rotation DOF gives XYZ, rx alone ZYX, ry alone ZXY, rz
+/// alone XYZ, on purpose: callers rely on it.
 inline int EulerOrderFromOrderBuf(const int* pOrderBuf, int pOrderCount)
 {
     int lOrderBuf[2] = {2, 1};
@@ -41,8 +41,8 @@ inline int EulerOrderFromOrderBuf(const int* pOrderBuf, int pOrderCount)
     return sEulerOrderBuf[3 * lOrderBuf[0] + lOrderBuf[1]];
 }
 
-/// Overwrites the last three of \p pOrderCount DOF codes (at least three, which the caller sees to) with the rotation DOFs in the order
-/// of \p pOrder; an order that is not one of the six Euler orders changes nothing.
+/// Overwrites the last three of \p pOrderCount DOF codes (at least three, as the caller ensures) with the rotation DOFs in the order of
+/// \p pOrder. Changes nothing unless that is one of the six Euler orders.
 inline void OrderBufFromEulerOrder(int* pOrderBuf, int pOrderCount, ERotationOrder pOrder)
 {
     if (pOrder < eEULER_XYZ || pOrder > eEULER_ZYX)

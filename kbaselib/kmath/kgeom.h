@@ -8,20 +8,20 @@
 #include <type_traits>
 
 /// \file
-/// The value types over the raw arrays of kmath.h, and its operations on them; this header brings the whole math layer. Each
-/// wrapper is one call of the function that its comment names, where units, aliasing and edge cases are told, and returns its output.
+/// Value types over the raw arrays of kmath.h, and its operations on them. Each wrapper calls the function that its comment names,
+/// which documents units, aliasing and edge cases, and returns its output.
 
 namespace qexsdk
 {
 
 namespace kmathdetail
 {
-/// Enabled for classes of other libraries that show their components as a const double*.
+/// Enabled for vector classes of other libraries that convert to const double*.
 template <typename TVector>
 using KIfComponents = std::enable_if_t<std::is_class_v<TVector> && std::is_convertible_v<const TVector&, const double*>>;
 } // namespace kmathdetail
 
-/// A point or a translation with a homogeneous fourth component. Only construction sets the fourth: to 1.
+/// A point or a translation with a homogeneous fourth component. Constructors set the fourth to 1; operations keep it.
 class QEX_API KgeTVector
 {
 public:
@@ -29,22 +29,22 @@ public:
     KgeTVector() : mData{0.0, 0.0, 0.0, 1.0} {}
     /// (x, y, z, 1)
     KgeTVector(double pX, double pY, double pZ) : mData{pX, pY, pZ, 1.0} {}
-    /// x, y and z of \p pOther; the fourth is 1 whatever the other's is.
+    /// x, y and z of \p pOther; the fourth is always 1.
     KgeTVector(const KgeTVector& pOther) : mData{pOther.mData[0], pOther.mData[1], pOther.mData[2], 1.0} {}
 
-    /// Takes over x, y and z; the fourth is kept.
+    /// Copies x, y and z; the fourth is kept.
     KgeTVector& operator=(const KgeTVector& pOther)
     {
         KmVset(mData, pOther.mData);
         return *this;
     }
-    /// Takes over three components; the fourth is kept.
+    /// Copies three components; the fourth is kept.
     KgeTVector& operator=(const double* pV)
     {
         KmVset(mData, pV);
         return *this;
     }
-    /// The first three components of a vector class of another layer; the fourth is kept.
+    /// Copies the first three components of a vector class of another layer; the fourth is kept.
     template <typename TVector, typename = kmathdetail::KIfComponents<TVector>>
     KgeTVector& operator=(const TVector& pV)
     {
@@ -62,7 +62,7 @@ public:
     double mData[4]; ///< x, y, z and the homogeneous component.
 };
 
-/// Three Euler angles in degrees: about x, y and z, or about the axes of an order code where an operation says so.
+/// Three Euler angles in degrees: about x, y and z, or about the axes of the order code that an operation takes.
 class QEX_API KgeRVector
 {
 public:
@@ -75,13 +75,13 @@ public:
 
     /// All three components.
     KgeRVector& operator=(const KgeRVector&) = default;
-    /// Takes over three components.
+    /// Copies three components.
     KgeRVector& operator=(const double* pV)
     {
         KmVset(mData, pV);
         return *this;
     }
-    /// The first three components of a vector class of another layer.
+    /// Copies the first three components of a vector class of another layer.
     template <typename TVector, typename = kmathdetail::KIfComponents<TVector>>
     KgeRVector& operator=(const TVector& pV)
     {
@@ -110,7 +110,7 @@ public:
         KmVXYZtoR(mData, pV);
     }
 
-    /// The identity again.
+    /// Resets to the identity.
     void Init() { KmId(mData); }
 
     double mData[4][4]; ///< The rotation is the upper 3×3 part.

@@ -5,21 +5,21 @@
 #include <kbaselib/kmath/maths.h>
 
 /// \file
-/// Vectors of three doubles and 4×4 matrices as raw arrays. Every function returns its output, allocates nothing and reports
-/// nothing; what is not a number goes through. Angles are degrees.
+/// Vectors of three doubles and 4×4 matrices as raw arrays. Every function returns its output and allocates nothing. There is no error
+/// reporting: NaN propagates. Angles are in degrees.
 ///
-/// In a matrix, m[j] is the image of the unit axis j: m applied to v is vx·m[0] + vy·m[1] + vz·m[2], and the element that textbooks
-/// write in row r, column c stands at m[c][r]. Products compose as textbook products of column vectors do: A×B applies B first.
-/// Rotations use the upper 3×3 part, m[0..2][0..2], and leave the rest; no translation is stored or applied.
+/// In a matrix, m[j] is the image of the unit axis j: m applied to v is vx·m[0] + vy·m[1] + vz·m[2], and the element in row r, column c
+/// of a textbook matrix is m[c][r]. Products compose as for column vectors: A×B applies B first. Rotations use the upper 3×3 part,
+/// m[0..2][0..2], and leave the rest; no translation is stored or applied.
 ///
-/// Sums and products are evaluated in the order in which they are written: results are compared to the last bit.
+/// Sums and products are evaluated in the order written: results are compared to the last bit.
 
 namespace qexsdk
 {
 
-/// A matrix to write to, and one to read.
+/// A writable matrix.
 using KmMatrix = double (*)[4];
-/// A matrix that is only read.
+/// A read-only matrix.
 using KmConstMatrix = const double (*)[4];
 
 /// \name Vectors of three components; a fourth is neither read nor written
@@ -58,14 +58,14 @@ inline double* KmVN(double* pOut, const double* pV, double pS)
     return KmV(pOut, pV[0] * pS, pV[1] * pS, pV[2] * pS);
 }
 
-/// The length of v; zero for an exact zero only.
+/// The length of v; zero only for an exact zero.
 inline double KmVlength(const double* pV)
 {
     return kNorm(pV[0], pV[1], pV[2]);
 }
 
-/// out = v × (1 / length of v), (0, 0, 0) when the length is exactly zero; may be in place. A vector so short or so long that its
-/// squares leave the normal numbers is divided by its largest component first.
+/// out = v × (1 / length of v), (0, 0, 0) when the length is exactly zero; may be in place. A vector whose sum of squares underflows or
+/// overflows is divided by its largest component first.
 inline double* KmVnorm(double* pOut, const double* pV)
 {
     double lV[3] = {pV[0], pV[1], pV[2]};
@@ -143,7 +143,7 @@ inline double* KmRV(double* pOut, KmConstMatrix pM, const double* pV)
 /// both: everything is computed before anything is stored.
 inline KmMatrix KmRR(KmMatrix pOut, KmConstMatrix pA, KmConstMatrix pB)
 {
-    // In nine variables, not in an array: reading back in pairs what was stored one by one would wait for all stores before it.
+    // Nine variables instead of an array: loading in pairs what was stored one by one would stall until the stores complete.
     const auto lAt = [pA, pB](int pRow, int pColumn)
     {
         return pB[pRow][0] * pA[0][pColumn] + pB[pRow][1] * pA[1][pColumn] + pB[pRow][2] * pA[2][pColumn];
@@ -168,8 +168,8 @@ inline KmMatrix KmRR(KmMatrix pOut, KmConstMatrix pA, KmConstMatrix pB)
 /// The formulas are Ken Shoemake's (Euler Angle Conversion, Graphics Gems IV), with every order about fixed axes.
 ///@{
 
-/// KmXYZtoR of angles whose sines and cosines are known. Where an angle is a constant 0 the compiler leaves its factors of 1 out,
-/// and the values stay those of KmXYZtoR to the last bit.
+/// KmXYZtoR of angles given by sine and cosine. For a constant angle 0 the compiler drops the factors of 1; the result equals that of
+/// KmXYZtoR to the last bit.
 inline KmMatrix KmSinCosXYZtoR(KmMatrix pM, double pSX, double pCX, double pSY, double pCY, double pSZ, double pCZ)
 {
     KmV(pM[0], pCY * pCZ, pCY * pSZ, -pSY);
@@ -200,8 +200,8 @@ inline KmMatrix KmVtoR(KmMatrix pM, const double* pV)
     return KmVXYZtoR(pM, pV);
 }
 
-/// The rotation by \p pI, \p pJ and \p pK about the first, second and third axis of order code \p pOrd. A number that is no code takes
-/// the axes of XYZ; its bits 0 and 1 count all the same.
+/// The rotation by \p pI, \p pJ and \p pK about the first, second and third axis of order code \p pOrd. An invalid code gets the axes
+/// of XYZ, but keeps its own bits 0 and 1.
 inline KmMatrix KmIJKtoR(KmMatrix pRo, double pI, double pJ, double pK, int pOrd)
 {
     if ((pOrd & 2) != 0)
@@ -253,7 +253,7 @@ inline KmMatrix KmIJKtoR(KmMatrix pRo, double pI, double pJ, double pK, int pOrd
     return pRo;
 }
 
-/// KmIJKtoR of the angles (v[0], v[1], v[2]), which stand in order of application.
+/// KmIJKtoR of the angles (v[0], v[1], v[2]), in order of application.
 inline KmMatrix KmVIJKtoR(KmMatrix pM, const double* pV, int pOrd)
 {
     return KmIJKtoR(pM, pV[0], pV[1], pV[2], pOrd);
@@ -263,8 +263,8 @@ inline KmMatrix KmVIJKtoR(KmMatrix pM, const double* pV, int pOrd)
 /// \name Rotations to Euler angles
 ///@{
 
-/// The XYZ angles of a rotation: about x, y and z, y within -90 and 90. Where |sin y| reaches 0.999999 (y within 0.081 degrees of a
-/// pole) y is put on the pole, z is 0 and x takes the whole remaining rotation.
+/// The XYZ angles of a rotation: about x, y and z, with y from -90 to 90. Where |sin y| is at least 0.999999 (y within 0.081 degrees
+/// of a pole), y is ±90, z is 0 and x covers the remaining rotation.
 inline double* KmRtoVXYZ(double* pOut, KmConstMatrix pM)
 {
     constexpr double kPole = 0.999999;
@@ -285,9 +285,9 @@ inline double* KmRtoV(double* pOut, KmConstMatrix pM)
     return KmRtoVXYZ(pOut, pM);
 }
 
-/// The angles of a rotation for order code \p pOrd, in order of application, so that KmIJKtoR gives the rotation back. In gimbal lock
-/// (cosine of the middle angle, or its sine for a repeated axis, up to 1.6e-9) the third angle is 0 and the first takes the whole
-/// remaining rotation. A number that is no code is taken as by KmIJKtoR.
+/// The angles of a rotation for order code \p pOrd, in order of application, so that KmIJKtoR reproduces it. In gimbal lock (cosine of
+/// the middle angle, or its sine for a repeated axis, up to 1.6e-9) the third angle is 0 and the first covers the remaining rotation.
+/// An invalid code is treated as in KmIJKtoR.
 inline double* KmRtoVord(double* pVo, KmConstMatrix pRi, int pOrd)
 {
     constexpr double kLock = 1.6e-9;

@@ -6,69 +6,68 @@
 #include <type_traits>
 
 /// \file
-/// Scalar helpers of the math layer. They are templates over the floating-point type, double unless it is named or given by an
-/// output argument; whole numbers may be passed. Names that end in d work in degrees, the others in radians. The order of every
-/// sum is part of the result: callers rely on the last bit.
+/// Scalar helpers of the math layer. They are templates over the floating-point type: double, unless it is given explicitly or by an
+/// output argument; integers may be passed. Names that end in d work in degrees, the others in radians. The order of every sum is part
+/// of the result: callers rely on the last bit.
 
 namespace qexsdk
 {
 
-/// Degrees a radian, and radians a degree.
+/// Degrees per radian.
 inline constexpr double kDegreesPerRadian = 57.29577951308232;
-/// Radians in one degree.
+/// Radians per degree.
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;
 
 namespace kmathdetail
 {
-/// \p T where it must not be deduced from.
+/// \p T in a non-deduced context.
 template <typename T>
-struct KGiven
+struct KNonDeduced
 {
     using Type = T; ///< The type itself.
 };
-/// The type \p T as a parameter that takes no part in deducing it: whole numbers may then be passed.
+/// \p T as a parameter type that is not deduced, so that integers may be passed.
 template <typename T>
-using KScalar = typename KGiven<T>::Type;
+using KScalar = typename KNonDeduced<T>::Type;
 } // namespace kmathdetail
 
-/// The square root. Not a number below zero.
+/// The square root; NaN below zero.
 template <typename T = double>
 inline T kSqrt(kmathdetail::KScalar<T> pX)
 {
     return std::sqrt(pX);
 }
 
-/// The square root of what the caller knows not to be negative; the same as kSqrt.
+/// The square root of a value that the caller knows not to be negative; the same as kSqrt.
 template <typename T = double>
 inline T kSqrtnz(kmathdetail::KScalar<T> pX)
 {
     return kSqrt<T>(pX);
 }
 
-/// The sum of squares under the length of (x, y, z).
+/// The squared length of (x, y, z).
 template <typename T = double>
 inline T kSumOfSquares(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
 {
     return pZ * pZ + (pX * pX + pY * pY);
 }
 
-/// Whether a sum of squares has lost digits at an end of the range: it is zero, subnormal or infinite, so that components that
-/// were not may stand behind it.
+/// Whether a sum of squares underflowed or overflowed: it is zero, subnormal or infinite, even though the components may not be.
 template <typename T = double>
 inline bool kIsOutOfRange(kmathdetail::KScalar<T> pSumOfSquares)
 {
     return pSumOfSquares < std::numeric_limits<T>::min() || pSumOfSquares > std::numeric_limits<T>::max();
 }
 
-/// The largest of the three sizes; infinite when one is.
+/// The largest absolute value of the three; infinite when one is.
 template <typename T = double>
 inline T kLargest(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
 {
     return std::fmax(std::fmax(std::fabs(pX), std::fabs(pY)), std::fabs(pZ));
 }
 
-/// The length of (x, y, z). Where the sum of squares leaves the normal numbers the components are divided by the largest of them
-/// first, so that only an exact zero has length zero.
+/// The length of (x, y, z). Where the sum of squares underflows or overflows, the components are divided by the largest of them first,
+/// so that only an exact zero has length zero.
 template <typename T = double>
 inline T kNorm(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pZ)
 {
@@ -85,7 +84,7 @@ inline T kNorm(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY, kmathdeta
     return lLargest * kSqrt<T>(kSumOfSquares<T>(pX / lLargest, pY / lLargest, pZ / lLargest));
 }
 
-/// The length of (x, y), without a guard at the ends of the range.
+/// The length of (x, y), not guarded against underflow and overflow.
 template <typename T = double>
 inline T kHypot(kmathdetail::KScalar<T> pX, kmathdetail::KScalar<T> pY)
 {
@@ -106,14 +105,14 @@ inline T kCos(kmathdetail::KScalar<T> pAngle)
     return std::cos(pAngle);
 }
 
-/// The angle in radians, -π/2 to π/2, whose sine is \p pX. Not a number beyond 1.
+/// The angle in radians, -π/2 to π/2, whose sine is \p pX; NaN beyond ±1.
 template <typename T = double>
 inline T kAsin(kmathdetail::KScalar<T> pX)
 {
     return std::asin(pX);
 }
 
-/// The angle in radians, -π to π, of the direction (x, y). The y comes first.
+/// The angle in radians, -π to π, of the direction (x, y). Note that y comes first.
 template <typename T = double>
 inline T kAtan(kmathdetail::KScalar<T> pY, kmathdetail::KScalar<T> pX)
 {
@@ -134,8 +133,8 @@ inline T kAsind(kmathdetail::KScalar<T> pX)
     return T(kDegreesPerRadian) * kAsin<T>(pX);
 }
 
-/// The sine of an angle in radians; its cosine goes to \p pCos. The two calls stand together so that the compiler can make one of
-/// them; the values are those of the standard functions to the last bit.
+/// The sine of an angle in radians; its cosine goes to \p pCos. The two calls are adjacent so that the compiler can merge them; the
+/// values are those of the standard functions to the last bit.
 template <typename T>
 inline T kSinCos(kmathdetail::KScalar<T> pAngle, T* pCos)
 {
@@ -150,7 +149,7 @@ inline T kSinCosd(kmathdetail::KScalar<T> pAngle, T* pCos)
     return kSinCos<T>(T(kRadiansPerDegree) * pAngle, pCos);
 }
 
-/// \name The same for callers that hold a reference
+/// \name Overloads with a reference for the cosine
 ///@{
 
 /// The sine of \p pAngle in radians; its cosine goes into \p pCos.

@@ -61,7 +61,7 @@ KQexAsfNode::~KQexAsfNode()
         }
         else if (lNode != this)
         {
-            // Its children are gone by now; without entries its own destructor has nothing to walk.
+            // Its children are released already; its own destructor must not walk them.
             lNode->mChildBuf.Clear();
             QexSdkDelete(lNode);
         }
@@ -71,7 +71,7 @@ KQexAsfNode::~KQexAsfNode()
 
 HKQexAsfNode KQexAsfNode::GetChild(int pIndex)
 {
-    // Only the upper end is checked, deliberately: callers count up from 0 until there is no child.
+    // Deliberate: only the upper bound is checked; callers count up from 0 until there is no child.
     return pIndex < mChildBuf.GetCount() ? mChildBuf[pIndex] : nullptr;
 }
 
@@ -100,7 +100,7 @@ bool KQexAsfNode::AddChild(HKQexAsfNode pChild)
 
 void KQexAsfNode::RemoveChild(HKQexAsfNode pChild)
 {
-    // Cleared before the search, deliberately: also a bone that is no child of this one is without a parent afterwards.
+    // Deliberately cleared before the search: even a bone that is not a child of this one has no parent afterwards.
     pChild->mParent = nullptr;
     const int lCount = mChildBuf.GetCount();
     for (int lIter = 0; lIter < lCount; ++lIter)

@@ -15,10 +15,10 @@ class KQexAsfNode;
 /// Handle of a bone: a plain pointer.
 using HKQexAsfNode = KQexAsfNode*;
 
-/// One bone of an Acclaim skeleton: what its record in the file says (name, degrees of freedom, limits, axis, direction,
-/// length), the frames computed from that, and the host animation objects that carry its motion.
+/// One bone of an Acclaim skeleton: its record in the file (name, degrees of freedom, limits, axis, direction, length), the
+/// frames computed from that, and the host animation objects with its motion.
 ///
-/// Degrees of freedom (DOFs) are integer codes: 0 tx, 1 ty, 2 tz, 3 rz, 4 ry, 5 rx. Rotation code c turns about axis 5 - c
+/// Degrees of freedom (DOFs) are integer codes: 0 tx, 1 ty, 2 tz, 3 rz, 4 ry, 5 rx. Rotation code c rotates about axis 5 - c
 /// (x = 0, y = 1, z = 2). Angles are degrees. Matrices and vectors of the bone's own frame are global, in the rest pose;
 /// lengths are those of the scene that the bone belongs to (centimetres after reading a file).
 ///
@@ -26,17 +26,17 @@ using HKQexAsfNode = KQexAsfNode*;
 /// released by QexSdkDelete, and is used by one thread at a time. No operation's stack use grows with the depth of the tree.
 ///
 /// The two frame flags, the same in every operation that takes them:
-/// - \c pSetRotatePivotOffet: the bone's offset from its parent is carried by the host node's rotation offset, not by its
+/// - \c pSetRotatePivotOffet: the bone's offset from its parent is stored in the host node's rotation offset, not in its
 ///   local translation;
-/// - \c pSetPreRotation: the bone's axis frame is carried by the host node's pre-rotation, not folded into its rotation.
+/// - \c pSetPreRotation: the bone's axis frame is stored in the host node's pre-rotation, not folded into its rotation.
 class QEX_API KQexAsfNode
 {
 public:
-    /// Sets the defaults written beside the fields. mOrderBuf and mLimitsBuf are left uninitialised.
+    /// Sets the defaults stated at the fields. mOrderBuf and mLimitsBuf are left uninitialised.
     KQexAsfNode();
 
     /// Destroys the curves still owned (translation x, rotation x, translation y and so on), then the children in index order,
-    /// each with its own curves and children. Host nodes and curve nodes are left to their scene.
+    /// each with its own curves and children. Host nodes and curve nodes stay with their scene.
     ~KQexAsfNode();
 
     KQexAsfNode(const KQexAsfNode&) = delete;
@@ -45,18 +45,18 @@ public:
     /// \name Tree
     ///@{
 
-    /// The child at index \p pIndex, or null when there are not so many. A negative index is not checked for.
+    /// The child at index \p pIndex, or null past the last. A negative index is not checked.
     HKQexAsfNode GetChild(int pIndex);
 
-    /// The first bone named exactly \p pName (case counts) in this subtree, itself first, in pre-order; null when there is none.
+    /// The first bone named \p pName (case-sensitive) in this subtree, itself first, in pre-order; null when there is none.
     HKQexAsfNode Find(const char* pName);
 
-    /// Appends \p pChild and takes it over: sets its mParent to this bone. Neither looks for a duplicate nor detaches the child
+    /// Appends \p pChild, takes ownership and sets its mParent to this bone. Neither checks for duplicates nor detaches the child
     /// from an earlier parent. False, with the tree and the child unchanged, when memory runs out.
     bool AddChild(HKQexAsfNode pChild);
 
-    /// Takes the first entry equal to \p pChild out of the children and hands it to the caller. Its mParent becomes null even
-    /// when it is no child of this bone.
+    /// Removes the first entry equal to \p pChild from the children; the caller owns it afterwards. Its mParent becomes null even
+    /// when it is not a child of this bone.
     void RemoveChild(HKQexAsfNode pChild);
 
     ///@}
@@ -66,9 +66,9 @@ public:
     /// Sets the scene in which curves will be made. Not owned.
     void SetScene(KQexScene* pScene);
 
-    /// Whether the bone's limits count as absent: the writer then prints every bound as -inf or inf.
+    /// Whether the bone's limits are invalid: the writer then prints every bound as -inf or inf.
     bool GetInvalidLimits();
-    /// Sets what GetInvalidLimits() tells.
+    /// Sets what GetInvalidLimits() returns.
     void SetInvalidLimits(bool pInvalid);
 
     /// Rotation offset of the host node, as cached by GetCurveNodePointers().
@@ -83,69 +83,69 @@ public:
     ///@{
 
     /// Computes the frames of this bone and of all below it: mPositionV, the parent's fields, and the local translation mLT
-    /// and rotation mLR that the host node carries. Called on the root, with mDirectionV, mLength, mAxisRM, mAxisRMInv and the
+    /// and rotation mLR of the host node. Called on the root, with mDirectionV, mLength, mAxisRM, mAxisRMInv and the
     /// DOF list of every bone set, and with the root's position in its mPositionV.
     ///
-    /// A flag that is true leaves its quantity (mLT, mLR) as it was; with both true both are zeroed, and the parent's axis
-    /// fields are left as they were.
+    /// A flag that is true leaves its quantity (mLT, mLR) unchanged; with both true both are zeroed, and the parent's axis fields
+    /// are unchanged.
     void SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
     /// Removes every bone below this one that has no DOF at all. Its children go to the end of its parent's children, last
     /// one first, with the removed bone's offset added to theirs and its parent's axis as their parent axis; mLT and mLR follow
-    /// unless their flag is true. Children are cleaned before they are judged, so runs of such bones go as a whole.
-    /// Linear in the number of bones.
+    /// unless their flag is true. Works bottom-up, so that chains of such bones are removed as a whole. Linear in the number of
+    /// bones.
     /// \return false when memory ran out for the children of some; those stay, with their children
     bool RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation);
 
     /// Removes every bone below this one that has no children, a length of exactly 0 and neither animated translation nor
-    /// animated rotation. A bone that loses its last child here is not judged again. Linear in the number of bones.
+    /// animated rotation. A bone that loses its last child here stays. Linear in the number of bones.
     void RemoveEndSite();
 
     ///@}
     /// \name Import: bones to host nodes
     ///@{
 
-    /// Gives \p pQexNode the bone's rotation order, switches its rotation on, and sets its rotation offset and pre-rotation when
-    /// the flags ask for them. At a root with \p pSetRotatePivotOffet, mParentPositionV becomes the bone's own mPositionV.
+    /// Sets the rotation order of \p pQexNode, activates its rotation, and sets its rotation offset and pre-rotation according to
+    /// the flags. At a root with \p pSetRotatePivotOffet, mParentPositionV becomes the bone's own mPositionV.
     void SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
     /// Copies the bone's active limits to \p pQexNode, values as stored: translation limits only with \p pSetRotatePivotOffet,
     /// rotation limits only with \p pSetPreRotation, because only then do the node's values mean what the file's limits mean.
     void SetLimits(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
-    /// Makes a host skeleton node for this bone and for every bone below it, hands over sampled curves under \p pTakeName, and
-    /// gives a leaf of positive length an end node (its name followed by "_End"). Nothing is attached above.
+    /// Makes a host skeleton node for this bone and for every bone below it, connects the sampled curves for the take
+    /// \p pTakeName, and gives a leaf of positive length an end node (its name followed by "_End"). The new node has no parent.
     /// \return the new node, owned by \p pScene; null, with the nodes made so far destroyed, when memory runs out.
     KQexNode* ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
-    /// Binds this subtree to the children of \p pParent: a child node with a bone's name and a skeleton attribute only takes the
-    /// bone's default values and curves, and its bone's children are bound below it; any other bone is built with ASFToQEX() and
-    /// added to the node that its parent bone was bound to.
-    /// \return false when memory ran out for a part, which is missing then
+    /// Binds this subtree to the children of \p pParent: a child node with a bone's name and a skeleton attribute only gets the
+    /// bone's default values and curves, and the bone's children are bound below it; any other bone is built as by ASFToQEX() and
+    /// added to its parent bone's node.
+    /// \return false when memory ran out for a part, which is then missing
     bool MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                        bool pSetPreRotation);
 
     ///@}
     /// \name Motion into curves
     /// CreateDataFromDOF() and StartSamplingData() on the root, AddSampleFromDOF() on every bone for every frame,
-    /// StopSamplingData() on the root, then the import hands the curves over.
+    /// StopSamplingData() on the root, then the import connects the curves.
     ///@{
 
     /// Makes empty curves in \p pScene for this bone and all below it: three for translation when the bone has a translation
     /// DOF, three for rotation when it has a rotation DOF, named after the bone with _tx … _rz. Curves that a bone still owns
     /// are destroyed first.
-    /// \return false when memory ran out for a group of three, which is missing then: no keys will be taken for it
+    /// \return false when memory ran out for a group of three, which is then missing and gets no keys
     bool CreateDataFromDOF(KQexScene* pScene);
 
-    /// Opens a sampling pass. There is nothing to prepare; it stands for the callers' symmetry.
+    /// Starts a sampling pass. Changes nothing; exists for symmetry with StopSamplingData().
     void StartSamplingData();
 
-    /// Turns one frame of this bone's motion into keys at \p pTime; no other bone is touched.
+    /// Adds keys at \p pTime for one frame of this bone's motion; no other bone changes.
     /// \param pDOF mOrderCount values, in the order of mOrderBuf
-    /// \param pTime when; sampling goes fastest when times rise
+    /// \param pTime time of the keys; fastest when ascending
     /// \param pLengthUnit factor of every translation value
     /// \param pAngleUnit factor of every rotation value, to degrees
-    /// \param pSetRotatePivotOffet,pSetPreRotation those that the frames were computed with and that the import will be given
+    /// \param pSetRotatePivotOffet,pSetPreRotation the same as for SetupPosition() and for the import
     /// \return false when memory ran out for a key
     bool AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
                           bool pSetPreRotation);
@@ -155,9 +155,9 @@ public:
     void StopSamplingData();
 
     /// Writes mLT and mLR to the node's local translation and rotation, and connects the sampled curves to them for the take
-    /// \p pTakeName. A curve is handed over once; where the take has no curve node, an assertion is reported and the bone
-    /// keeps its curves.
-    /// \return false when memory ran out and curves stayed with the bone
+    /// \p pTakeName. The bone no longer owns connected curves; where the take has no curve node, an assertion is reported and the
+    /// bone keeps its curves.
+    /// \return false when memory ran out and the bone kept curves
     bool SetKFCurves(KQexNode* pQexNode, const char* pTakeName);
 
     /// Caches offset, pre- and post-rotation of \p pQexNode, and the curve nodes of its local translation, rotation and scaling
@@ -166,9 +166,9 @@ public:
 
     ///@}
 
-    char       mName[256];          ///< Name, NUL-terminated. All NULs by default, so that 255 characters may be put in and end.
-    int        mOrderCount;         ///< Number of valid entries in mOrderBuf, 0 to 6.
-    int        mOrderBuf[6];        ///< DOF codes in the order of the file. Not initialised.
+    char       mName[256];   ///< Name, NUL-terminated. All NULs by default, so that 255 characters may be copied in without a terminator.
+    int        mOrderCount;  ///< Number of valid entries in mOrderBuf, 0 to 6.
+    int        mOrderBuf[6]; ///< DOF codes in the order of the file. Not initialised.
     double     mLimitsBuf[6][2];    ///< [DOF code][0 lower, 1 upper], in file units. Not initialised.
     bool       mLimitsActive[6][2]; ///< [DOF code][0 lower, 1 upper]: whether that bound is finite. All false.
     int        mOrientationOrder;   ///< Rotation order code of the bone's axis line.
@@ -195,14 +195,14 @@ public:
     KQexVector4        mPostRotation;      ///< Post-rotation of the host node (export).
     KQexAnimCurve*     mLTData[3];         ///< Translation curves x, y, z being sampled, owned; null when absent.
     KQexAnimCurve*     mLRData[3];         ///< Rotation curves x, y, z being sampled, owned; null when absent.
-    bool               mInvalidateRLimits; ///< Limits count as absent. False.
+    bool               mInvalidateRLimits; ///< Limits are invalid. False.
     KQexScene*         mScene;             ///< Scene in which curves are made, not owned.
 
 private:
     friend class KQexAsfWalk;
 
-    // The way back up of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that no walk needs memory that could
-    // run out, and apart from mParent, which a bone that was added or removed twice may have pointing elsewhere.
+    // Parent link of the walk in progress (see kqexasfwalk.h). Kept in the bone, so that a walk allocates nothing, and apart from
+    // mParent, which may point elsewhere in a bone that was added or removed twice.
     int          mWalkIndex;
     HKQexAsfNode mWalkParent;
 };

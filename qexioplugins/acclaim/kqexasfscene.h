@@ -38,30 +38,30 @@ public:
     /// The root bone, or null.
     HKQexAsfNode GetRootNode();
 
-    /// Builds host skeleton nodes for all bones (see KQexAsfNode::ASFToQEX). Nothing is attached: the caller places the result.
+    /// Builds host skeleton nodes for all bones (see KQexAsfNode::ASFToQEX). The caller adds the result to a parent.
     /// \return the root bone's node; null without a root or when memory ran out.
     KQexNode* ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
-    /// Binds the skeleton to the hierarchy below \p pRootNode: where a node of the root bone's name is found at any depth below
-    /// it, and has a parent, from that parent on (see KQexAsfNode::MergeASFToQEX), else as a new skeleton under \p pRootNode.
+    /// Binds the skeleton to the hierarchy below \p pRootNode: when a node with the root bone's name is found at any depth below
+    /// it, and has a parent, as by KQexAsfNode::MergeASFToQEX() with that parent; else builds a new skeleton below \p pRootNode.
     /// \return false when memory ran out for a part
     bool MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                        bool pSetPreRotation);
 
     /// Fills this newly constructed scene from the host tree at \p pRootNode: a bone for every node below it, the root bone named
-    /// "root", and a bone named after the child with "Dummy" in front of every child of a node whose children start at different
-    /// places. An earlier mRoot is overwritten, not destroyed. Names of more than 255 characters are cut.
+    /// "root", and a dummy (the child's name followed by "Dummy") above every child of a node whose children start at different
+    /// positions. An earlier mRoot is overwritten, not destroyed. Names of more than 255 characters are cut.
     /// \param pRootNode the node that becomes the root bone; nothing of the host scene changes
     /// \param pTAnimated gives every bone but the root the three translation DOFs and the host's translation limits
     /// \param pBaseScale multiplied into the root node's local scaling, and so into every length
-    /// \param pExportDefaultsAsBaseTR takes the pose at time zero for the rest pose; else offsets and pre-rotations alone count
+    /// \param pExportDefaultsAsBaseTR the pose at time zero is the rest pose; else only rotation offsets and pre-rotations are used
     /// \return true; false, and no root, only when memory runs out
     bool QEXToASF(KQexNode* pRootNode, bool pTAnimated, KQexVector4 pBaseScale, bool pExportDefaultsAsBaseTR);
 
-    /// Pairs the bones with the host nodes of the same names below \p pRootNode, which stands for the root whatever its name:
-    /// a bone is searched at any depth below the node of its nearest paired ancestor. A paired bone takes that ancestor's axis
-    /// as its parent axis and caches its node's offsets and curve nodes; other bones are left as they are.
-    /// \return true, also when no name was found; false only when memory runs out
+    /// Pairs the bones with the host nodes of the same names below \p pRootNode, which is paired with the root whatever its name:
+    /// a bone's node is searched at any depth below the node of its nearest paired ancestor. A paired bone gets that ancestor's
+    /// axis as its parent axis and caches its node's offsets and curve nodes; other bones are unchanged.
+    /// \return true, even when no node was found; false only when memory runs out
     bool MergeQEXToASF(KQexNode* pRootNode);
 
     char         mName[1024]; ///< Skeleton name, NUL-terminated. Empty by default.

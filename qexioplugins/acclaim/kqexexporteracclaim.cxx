@@ -14,7 +14,7 @@ namespace qexsdk
 namespace
 {
 
-/// Checks what every export of a tree needs, runs it and turns a lack of memory into a message.
+/// Checks the arguments common to all exports, runs one and turns std::bad_alloc into an error.
 template <typename TRun>
 bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
              const TRun& pRun) noexcept
@@ -26,7 +26,7 @@ bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions&
         lPath = pPath;
         if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
         {
-            return FailExport(pResult, lPath, pRoot == nullptr ? "Nothing to export" : "The length unit is not above zero");
+            return FailExport(pResult, lPath, pRoot == nullptr ? "Nothing to export" : "The length unit must be above zero");
         }
         pResult.mOk = pRun();
     }

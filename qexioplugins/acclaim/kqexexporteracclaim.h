@@ -28,44 +28,44 @@ struct QEX_API KQexExportAcclaimOptions
     KQexAnimStack*      mStack = nullptr;                         ///< Take of the motion; null: the scene's current one, if any.
     KQexSamplingRequest mSampling;                                ///< Part and rate of the take.
     KQexTranslationDofs mTranslations = eTRANSLATION_DOFS_MOVING; ///< Bones with translation DOFs.
-    double              mBaseScale = 1.0;                         ///< Factor of all lengths and places.
+    double              mBaseScale = 1.0;                         ///< Factor of all lengths and positions.
     bool        mBasePoseFirstFrame = false;  ///< The skeleton's rest pose is the take's pose at time zero; else the nodes' defaults.
-    double      mLengthUnit = 1.0;            ///< Length unit of the files: a length in them is 2.54 cm over this. Above 0.
+    double      mLengthUnit = 1.0;            ///< Length unit of the files: one unit of length is 2.54 cm / this. Above 0.
     std::string mSkeletonName;                ///< Name of the skeleton; empty: "ASF".
     const KQexBoneDofs*  mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
-    bool                 mTellRate = false;   ///< Write :SAMPLES-PER-SECOND into the motion, at which some readers stop.
+    bool                 mTellRate = false;   ///< Write :SAMPLES-PER-SECOND into the motion; some readers do not accept it.
     int                  mThreads = 0;        ///< See KQexAmcWriteOptions.
-    KQexAmcSkeletonNotes mSkeletonNotes; ///< ExportMotion(): what the skeleton's file said beyond the model, as ReadSkeleton() tells it.
-    KQexProgress         mProgress;      ///< Called now and then; false cancels. Empty: never.
+    KQexAmcSkeletonNotes mSkeletonNotes;      ///< ExportMotion(): the skeleton's notes, as ReadSkeleton() returned them.
+    KQexProgress         mProgress;           ///< Called from time to time; false cancels. Empty: never.
 
-    /// Change the extracted skeleton, before it is written, where it would lose something: limits move to the rows that are
-    /// written, a root's offset that its children share becomes a bone, bones that extraction put in front of others are
-    /// recognised and get no DOFs, axes are decomposed exactly, directions and axes are rounded such that reading them back and
-    /// writing them again changes nothing. Names are made valid in any case. False writes what extraction gives.
+    /// Adapt the extracted skeleton for the file, where it would lose something: limits move to the rows that are written, an offset
+    /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, axes are
+    /// decomposed exactly, and directions and axes are rounded such that reading and writing them again changes nothing. Names are
+    /// made valid in any case. False writes the skeleton as extracted.
     bool mServe = true;
 };
 
 /// What an export did.
 struct QEX_API KQexExportAcclaimResult
 {
-    bool                           mOk = false;        ///< All files are there. Otherwise what was there before is.
-    bool                           mCancelled = false; ///< The progress call asked to stop.
+    bool                           mOk = false;        ///< All files were written. Otherwise existing files are unchanged.
+    bool                           mCancelled = false; ///< The progress function cancelled.
     std::vector<KQexImportMessage> mMessages;          ///< Messages, with the path of the file they are about.
     KQexSampling                   mSampling;          ///< Frames of the motion.
-    int                            mBones = 0;         ///< Bones of the skeleton, the root among them.
+    int                            mBones = 0;         ///< Number of bones, the root included.
     std::vector<std::string>       mUnmatched;         ///< ExportMotion(): bones without a node, in the skeleton's order.
 };
 
-/// Exports host trees as Acclaim files. Holds no state. Exports of different scenes may run at the same time.
+/// Exports host trees as Acclaim files. Stateless; different scenes may be exported concurrently.
 class QEX_API KQexExporterAcclaim
 {
 public:
     /// Writes the tree at \p pRoot as skeleton to \p pAsfPath and, when \p pAmcPath is neither null nor empty, its take as motion.
-    /// Both files are complete before either takes its name. "-" is standard output for at most one of them.
+    /// Both files are complete before either is renamed into place. "-" is standard output, for at most one of them.
     static bool Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                        KQexExportAcclaimResult& pResult);
 
-    /// The same into memory: \p pAsf, and \p pAmc, which names no skeleton file. Unspecified after a failure.
+    /// The same into memory: \p pAsf, and \p pAmc, which names no skeleton file. Both are unspecified after a failure.
     static bool ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
                               KQexExportAcclaimResult& pResult);
 
@@ -73,14 +73,14 @@ public:
     static bool ExportSkeleton(KQexNode* pRoot, std::string& pAsf, const KQexExportAcclaimOptions& pOptions,
                                KQexExportAcclaimResult& pResult);
 
-    /// Writes the take as a motion for the skeleton in \p pSkeleton, a scene read from a file with both frame flags false. Bones
-    /// find their nodes by name below their parent's, \p pRoot being the root's; when no name is found, a name-space prefix in
-    /// the nodes' names is passed over. Bones without a node stay at rest and are listed in the result.
+    /// Writes the take as a motion for the skeleton in \p pSkeleton, a scene read from a file with both frame flags false. A bone's
+    /// node is searched by name below its parent bone's node; \p pRoot is the root's. When no name matches, the nodes' name-space
+    /// prefixes are ignored. Bones without a node stay at rest and are listed in the result.
     static bool ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                              KQexExportAcclaimResult& pResult);
 
-    /// The DOFs and limits of a skeleton's bones, to be kept where a scene has no place for them. Limits of translations are
-    /// brought from the skeleton's length unit to centimetres.
+    /// The DOFs and limits of a skeleton's bones, which a host scene cannot hold. Translation limits are converted from the
+    /// skeleton's length unit to centimetres.
     static KQexBoneDofs GetBoneDofs(const KQexAsfScene* pSkeleton);
 };
 

@@ -98,13 +98,13 @@ bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAm
             return false;
         }
         lEvaluator->SetContext(pOptions.mStack);
-        lWriter.LookAhead();
+        lWriter.PrepareTake();
         lWriter.WriteHeader();
         if (!lWriter.WriteFrames())
         {
             return false;
         }
-        lWriter.TellLosses();
+        lWriter.ReportLosses();
         return true;
     }
     catch (const std::bad_alloc&)

@@ -5,8 +5,7 @@
 namespace qexsdk
 {
 
-// The place of an entry is its meaning: the reader acts on the index that a look-up gives, and in smOrder and smDof it is the
-// DOF code that a bone stores.
+// An entry's index is its meaning: the reader switches on it, and in smOrder and smDof it is the DOF code that a bone stores.
 
 KToken KQexFileAcclaimAsf::smMain[10] = {{":version", 0}, {":name", 0},     {":units", 0},     {":documentation", 0},
                                          {":root", 0},    {":bonedata", 0}, {":hierarchy", 0}, {":skin", 0},

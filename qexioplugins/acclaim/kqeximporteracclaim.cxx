@@ -13,10 +13,10 @@ namespace qexsdk
 namespace
 {
 
-/// The skeleton reader's keyword tables and the filter settings belong to the whole process: one import at a time.
+/// The skeleton reader's keyword tables and the filter settings are shared by the process: one import at a time.
 std::mutex sMutex;
 
-/// Runs one import under the lock. Everything that fails for want of memory ends here, the scene as it was.
+/// Runs one import under the lock. Catches std::bad_alloc; the scene is then unchanged.
 template <typename TWork>
 bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
 {
@@ -34,7 +34,7 @@ bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
         }
         catch (const std::bad_alloc&)
         {
-            // Not even room for a message: the result says that much.
+            // No memory for a message either: mOk stays false.
         }
     }
     if (!pResult.mOk)
@@ -106,7 +106,7 @@ bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScen
                                        const std::vector<KQexAcclaimSource>& pMotions, const KQexImportAcclaimOptions& pOptions,
                                        KQexImportAcclaimResult& pResult)
 {
-    // The notes may be those of the very result that is about to be cleared.
+    // The notes may be those of pResult, which RunLocked() clears.
     const bool           lIsOwn = &pNotes == &pResult.mSkeletonNotes;
     KQexAmcSkeletonNotes lOwn;
     if (lIsOwn)

@@ -10,7 +10,7 @@
 #include <vector>
 
 /// \file
-/// Brings an Acclaim skeleton and its motions into a host scene.
+/// Imports an Acclaim skeleton and its motions into a host scene.
 
 namespace qexsdk
 {
@@ -21,17 +21,19 @@ struct QEX_API KQexAcclaimSource
     /// A file of the file system; "-" is standard input.
     static KQexAcclaimSource File(const std::string& pPath);
 
-    /// \p pSize bytes at \p pData, which stay where they are until the import returns. \p pName stands for a path in messages.
+    /// \p pSize bytes at \p pData, which must stay valid until the import returns. \p pName replaces the path in messages.
     static KQexAcclaimSource Buffer(const char* pData, size_t pSize, const std::string& pName);
 
-    std::string mPath;           ///< Path, or the name that stands for it in messages.
+    std::string mPath;           ///< Path, or the name that replaces it in messages.
     const char* mData = nullptr; ///< The bytes; null for a file.
     size_t      mSize = 0;       ///< Number of bytes at mData.
-    std::string
-        mTakeName; ///< Take of a motion. Empty: the options' take name for the first motion, else the file's name without folder and extension, made unique.
+
+    /// Take of a motion. Empty: the options' take name for the first motion, else the file's name without folder and extension, made
+    /// unique.
+    std::string mTakeName;
 };
 
-/// How to choose a rotation filter: the values of the library's global setting.
+/// Rotation filter: the values of the library's global setting.
 enum KQexRotationFilter
 {
     eROTATION_FILTER_NONE = 0,   ///< Curves stay as sampled.
@@ -39,31 +41,36 @@ enum KQexRotationFilter
     eROTATION_FILTER_UNROLL = 2  ///< Each key the Euler triple nearest to the one before.
 };
 
-/// How an import is done. The frame flags go to reading, sampling and import alike, so that they cannot differ.
+/// Options of an import. The frame flags apply to reading, sampling and import alike, so that they cannot differ.
 struct QEX_API KQexImportAcclaimOptions
 {
-    bool mRemoveDummies = false; ///< Remove bones without any DOF; their children keep their places in space.
-    bool mSetRotatePivotOffet =
-        false; ///< Carry a bone's offset by its node's rotation offset, not by its local translation. Also lets translation limits through.
-    bool mSetPreRotation =
-        false; ///< Carry a bone's axis frame by its node's pre-rotation, not folded into its rotation. Also lets rotation limits through. Pre-rotations round positions by up to 4.5e-4 of a figure's size close to their poles.
-    bool mSetLimits = true; ///< Write joint limits to the nodes, as far as the two flags above let them through.
+    bool mRemoveDummies = false; ///< Remove bones without any DOF; their children keep their world positions.
 
-    std::string        mTakeName;               ///< Take of the first motion. Empty: see KQexAcclaimSource::mTakeName.
-    double             mSamplesPerSecond = 0.0; ///< Frames a second; 0: the file's own, else 120.
-    KQexRotationFilter mRotationFilter =
-        eROTATION_FILTER_UNROLL;         ///< Filter of the rotation curves. In force for the time of the import only.
-    bool mUseConstantKeyReducer = false; ///< Drop keys inside runs of equal values. In force for the time of the import only.
-    bool mKeepGoodFrames = false;        ///< After an error in a motion, keep the complete frames before it, when there are any.
+    /// Store a bone's offset in its node's rotation offset, not in its local translation. Translation limits need this.
+    bool mSetRotatePivotOffet = false;
+
+    /// Store a bone's axis frame in its node's pre-rotation instead of folding it into its rotation. Rotation limits need this.
+    /// Pre-rotations round positions by up to 4.5e-4 of a figure's size close to their poles.
+    bool mSetPreRotation = false;
+
+    bool mSetLimits = true; ///< Write joint limits to the nodes, as far as the two flags above allow.
+
+    std::string        mTakeName;                                 ///< Take of the first motion. Empty: see KQexAcclaimSource::mTakeName.
+    double             mSamplesPerSecond = 0.0;                   ///< Frames per second; 0: the file's own, else 120.
+    KQexRotationFilter mRotationFilter = eROTATION_FILTER_UNROLL; ///< Filter of the rotation curves, during the import only.
+    bool               mUseConstantKeyReducer = false;            ///< Drop keys inside runs of equal values, during the import only.
+    bool               mKeepGoodFrames = false; ///< After an error in a motion, keep the complete frames before it, when there are any.
 
     KQexNode* mParentNode =
         nullptr; ///< Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
-    KQexNode* mMergeRoot =
-        nullptr; ///< Bind to the hierarchy at or below this node by bone names instead of building a new one; bones that it lacks are built. Not owned.
 
-    bool         mKeepAsfScene = false; ///< Hand the skeleton out in the result, for export, checks or further motions.
+    /// Bind to the hierarchy at or below this node by bone names instead of building a new one; bones that it lacks are built. Not
+    /// owned.
+    KQexNode* mMergeRoot = nullptr;
+
+    bool         mKeepAsfScene = false; ///< Return the skeleton in the result, for export, checks or further motions.
     bool         mVerbose = false;      ///< Print every message to standard error as well.
-    KQexProgress mProgress;             ///< Called now and then with the part done, 0 to 1; false cancels. Empty: never.
+    KQexProgress mProgress;             ///< Called from time to time with the fraction done, 0 to 1; false cancels. Empty: never.
 };
 
 /// One motion that was imported.
@@ -77,20 +84,20 @@ struct QEX_API KQexImportedTake
 /// What an import did.
 struct QEX_API KQexImportAcclaimResult
 {
-    bool                           mOk = false;         ///< Everything asked for is in the scene. Otherwise the scene is as it was.
-    bool                           mCancelled = false;  ///< The progress call asked to stop.
+    bool                           mOk = false;         ///< Everything was imported. Otherwise the scene is unchanged.
+    bool                           mCancelled = false;  ///< The progress function cancelled.
     KQexNode*                      mRootNode = nullptr; ///< Node of the skeleton's root bone, owned by the scene; null on failure.
-    std::vector<KQexImportedTake>  mTakes;              ///< One for each motion, in the order asked for; none on failure.
-    std::vector<KQexImportMessage> mMessages;           ///< Messages of all files in the order of reading, of a failed import too.
-    KQexAmcSkeletonNotes           mSkeletonNotes;      ///< What the skeleton's file said beyond the model; ImportMotion() asks for it.
+    std::vector<KQexImportedTake>  mTakes;              ///< One per motion, in the order of the sources; none on failure.
+    std::vector<KQexImportMessage> mMessages;           ///< Messages of all files in the order of reading, also after a failure.
+    KQexAmcSkeletonNotes           mSkeletonNotes;      ///< Notes of the skeleton's file, for ImportMotion().
     KQexAsfSceneOwner              mAsfScene; ///< The skeleton, when mKeepAsfScene asked for it. Destroy it before the host scene.
 
     /// Number of warnings, or of errors, among the messages.
     size_t CountMessages(bool pErrors) const;
 };
 
-/// Imports Acclaim files into a host scene. Holds no state: imports may be asked for from several threads at once, and are done
-/// one after another under a lock of the class, because the skeleton reader's keyword tables and the filter settings are shared.
+/// Imports Acclaim files into a host scene. Stateless. May be called from several threads; imports are serialised by a lock, because
+/// the skeleton reader's keyword tables and the filter settings are shared.
 class QEX_API KQexImporterAcclaim
 {
 public:
@@ -98,25 +105,25 @@ public:
     /// and limits into \p pScene, below the options' parent node. Without a motion the skeleton alone is imported.
     ///
     /// The scene is in centimetres (lengths and translations times 2.54 / length unit) and degrees. Everything is read before the
-    /// first node is made: when anything fails, or the progress call cancels, the scene is as it was.
+    /// first node is made: when anything fails, or the progress function cancels, the scene is unchanged.
     /// \return pResult.mOk
     static bool Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
                        const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult);
 
-    /// The same for one skeleton and at most one motion by path; an empty \p pAmcPath or null stands for none.
+    /// The same for one skeleton and at most one motion by path; none when \p pAmcPath is null or empty.
     static bool Import(KQexScene* pScene, const char* pAsfPath, const char* pAmcPath, const KQexImportAcclaimOptions& pOptions,
                        KQexImportAcclaimResult& pResult);
 
-    /// Reads further motions onto a skeleton that was imported before: \p pAsfScene is the one that the result of that import
-    /// handed out, \p pNotes what it said beside it. The nodes are found by bone names below the options' mMergeRoot (null: the
-    /// scene's root node). The options' frame flags must be those of the first import; mRemoveDummies is not looked at.
+    /// Reads further motions onto a skeleton that was imported before; \p pAsfScene and \p pNotes are from the result of that
+    /// import. The nodes are found by bone names at or below the options' mMergeRoot (null: the scene's root node). The options'
+    /// frame flags must be those of the first import; mRemoveDummies is ignored.
     static bool ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScene, const KQexAmcSkeletonNotes& pNotes,
                              const std::vector<KQexAcclaimSource>& pMotions, const KQexImportAcclaimOptions& pOptions,
                              KQexImportAcclaimResult& pResult);
 
-    /// Reads a skeleton under the same lock, without a host scene: frames computed and dummies removed as the options say. The
-    /// messages of the result include what a reader's silence leaves unsaid (no root, a section cut off by the end of the file).
-    /// \return the skeleton; null after an error, which \p pResult's messages tell
+    /// Reads a skeleton under the same lock, without a host scene: frames computed and dummies removed as the options say. Where the
+    /// reader fails without an error (no root, a section cut short by the end of the file), \p pResult's messages explain why.
+    /// \return the skeleton; null after an error
     static KQexAsfSceneOwner ReadSkeleton(const KQexAcclaimSource& pSkeleton, const KQexImportAcclaimOptions& pOptions,
                                           KQexImportAcclaimResult& pResult);
 };

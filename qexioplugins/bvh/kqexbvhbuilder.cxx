@@ -71,7 +71,7 @@ bool KQexBvhBuilder::OpenJoint(bool pIsEndSite)
     {
         return Expected("{");
     }
-    // Room first: nothing may fail between making the node and having it in the tree.
+    // Reserve first: nothing may fail between creating the node and adding it to the tree.
     ReserveOneMore(mOpen);
     ReserveOneMore(mRoots);
     KQexNode* lNode = MakeNode(lName);
@@ -141,22 +141,22 @@ bool KQexBvhBuilder::MakeCurve(KQexNode* pNode, int pCode)
     return true;
 }
 
-/// The rotation order of channels listed with the last applied first. Axes that have no channel stay at zero, so where
-/// they stand in the order does not matter.
+/// Sets the rotation order from the axes of the rotation channels, which a file lists last applied first. An axis without a
+/// channel stays at zero, so its place in the order does not matter.
 bool KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
 {
     int lAxes[3] = {0, 1, 2};
-    int lPlace = 0;
+    int lSorted = 0;
     for (int i = pCount - 1; i >= 0; --i)
     {
-        for (int j = lPlace; j < 3; ++j)
+        for (int j = lSorted; j < 3; ++j)
         {
             if (lAxes[j] == pAxes[i])
             {
-                std::swap(lAxes[j], lAxes[lPlace]);
+                std::swap(lAxes[j], lAxes[lSorted]);
             }
         }
-        ++lPlace;
+        ++lSorted;
     }
     for (int lOrder = 0; lOrder < 6; ++lOrder)
     {

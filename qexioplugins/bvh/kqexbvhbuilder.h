@@ -7,28 +7,28 @@
 #include <string>
 #include <vector>
 
-// "%.*s" takes an int and a pointer.
+// A string view as the two arguments of "%.*s".
 #define QEX_VIEW(pView) static_cast<int>((pView).size()), (pView).data()
 
 namespace qexsdk
 {
 
-/// One read of a file: the tree under construction, and the curves that its channels fill. What was made is the caller's to undo when an
-/// operation returns false or throws std::bad_alloc.
+/// State of reading one file: the tree under construction and the curves of its channels. When an operation returns false or throws
+/// std::bad_alloc, the caller undoes what was created.
 class KQexBvhBuilder
 {
 public:
-    /// All of them have to outlive this.
+    /// All arguments must outlive the builder.
     KQexBvhBuilder(KQexFileBvh& pFile, KQexScene* pScene, const KQexBvhReadOptions& pOptions)
         : mFile(pFile), mTokens(pFile), mScene(pScene), mOptions(pOptions)
     {
     }
 
-    /// The joints, none of them below a node of the scene yet.
+    /// Reads the joints; the roots have no parent yet.
     bool ReadHierarchy();
-    /// The frames, into curves.
+    /// Reads the frames into the curves.
     bool ReadMotion(KQexBvhReadResult& pResult);
-    /// Adds the roots to the scene.
+    /// Adds the roots to the scene and fills \p pResult.
     void Finish(KQexBvhReadResult& pResult);
 
 private:
@@ -69,7 +69,7 @@ private:
     std::vector<KQexNode*>    mRoots;
     std::vector<KOpenJoint>   mOpen; ///< From the root down to the joint being read.
     std::vector<KChannel>     mChannels;
-    std::vector<double>       mFrame; ///< Values of one frame, one a channel.
+    std::vector<double>       mFrame; ///< Values of one frame, one per channel.
     long long                 mDeclared = -1;
     long long                 mFrames = 0;
     long long                 mStep = 0; ///< Ticks between frames.

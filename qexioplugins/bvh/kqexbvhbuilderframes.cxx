@@ -48,7 +48,7 @@ bool KQexBvhBuilder::AppendFrame()
 {
     if (mFrames > (std::numeric_limits<long long>::max() - mStep) / mStep)
     {
-        mFile.Error("More frames than can be timed (%lld)\n", mFrames);
+        mFile.Error("Too many frames for this frame time (%lld)\n", mFrames);
         return false;
     }
     const KTime lTime(mFrames * mStep);
@@ -63,7 +63,7 @@ bool KQexBvhBuilder::AppendFrame()
     return true;
 }
 
-/// Reads one frame's values and appends them when all are there: curves only ever hold complete frames.
+/// Reads one frame and appends it once all its values are read, so curves hold complete frames only. Sets pAtEnd when there is none.
 bool KQexBvhBuilder::ReadFrame(bool& pAtEnd)
 {
     pAtEnd = mTokens.Peek().empty() && !mFile.HasFailed();
@@ -89,7 +89,7 @@ bool KQexBvhBuilder::ReadFrame(bool& pAtEnd)
 
 bool KQexBvhBuilder::ReadFrames()
 {
-    // Without channels there is nothing that frames could be told by, however many are declared.
+    // Without channels frames have no values: there is nothing to read, whatever count is declared.
     bool lAtEnd = mFrame.empty();
     while (!lAtEnd)
     {

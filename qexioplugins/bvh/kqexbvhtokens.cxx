@@ -83,7 +83,7 @@ bool KQexBvhTokens::Accept(const char* pWord)
 
 std::string_view KQexBvhTokens::NextName()
 {
-    // The name ends with its line: a joint without one must not take its brace's line for it.
+    // Not Fill(): a name is on its keyword's line, and a joint without one must not get the next line as its name.
     while (mNext != mEnd && IsBlank(*mNext))
     {
         ++mNext;

@@ -9,34 +9,34 @@
 namespace qexsdk
 {
 
-/// The tokens of a BVH file as one stream, whatever its lines: words, and braces each by itself. Blanks, tabs and colons
-/// separate; so "Frames:12" and "Frames : 12" are the same two tokens.
+/// The tokens of a BVH file as one stream across lines: words and single braces. Blanks, tabs and colons separate them, so
+/// "Frames:12" and "Frames : 12" are the same two tokens.
 class KQexBvhTokens
 {
 public:
-    /// \p pFile is open for reading, and outlives the object.
+    /// \p pFile must be open for reading and outlive the object.
     explicit KQexBvhTokens(KQexTextFile& pFile);
 
-    /// The next token, which stays next; empty at the end of the file. Lives until the line changes.
+    /// The next token, not consumed; empty at the end of the file. Valid until the next line is loaded.
     std::string_view Peek();
 
     /// Consumes the next token when it equals \p pWord, ASCII case ignored.
     bool Accept(const char* pWord);
 
-    /// What is left of the line up to an opening brace, without blanks at its ends, consumed: a joint's name may hold blanks.
+    /// Consumes the rest of the line up to an opening brace and returns it trimmed: a joint's name may contain blanks.
     std::string_view NextName();
 
-    /// Consumes the next token when the whole of it is a finite number.
+    /// Consumes the next token if all of it is a finite number.
     bool NextNumber(double& pValue);
 
-    /// Consumes the next token when the whole of it is a whole number that is not negative.
+    /// Consumes the next token if all of it is a non-negative integer.
     bool NextCount(long long& pValue);
 
-    /// The next token for a message: cut to a readable length, "end of file" when there is none.
+    /// The next token for an error message, cut to 60 bytes; "end of file" when there is none.
     std::string_view Offending();
 
 private:
-    /// Consumes the next token when the whole of it is a number of the kind of \p pValue.
+    /// Consumes the next token if all of it parses as a \p T.
     template <typename T>
     bool NextParsed(T& pValue)
     {

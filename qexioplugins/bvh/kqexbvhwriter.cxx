@@ -16,8 +16,8 @@ KQexBvhWriter::KQexBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOpt
 {
 }
 
-/// A leaf named after its parent with "_End" and standing still is what BVH has end sites for; any other leaf is a joint, whose
-/// name would be lost otherwise.
+/// True for a leaf that is an only child, is named after its parent with "_End" and stays at rest. Any other leaf is written as a
+/// joint, because an end site has no name.
 bool KQexBvhWriter::IsEndSite(const KQexNode* pNode) const
 {
     const KQexNode* lParent = pNode->GetParent();
@@ -36,44 +36,46 @@ void KQexBvhWriter::SetRest(KQexBvhJoint& pJoint, const KQexGlobalTransforms& pR
     KmV(pJoint.mOffset, 0.0, 0.0, 0.0);
     if (pJoint.mParent >= 0)
     {
-        const double* lPlace = pRest.GetTransform(pJoint.mPose).mData[3].mData;
+        const double* lPosition = pRest.GetTransform(pJoint.mPose).mData[3].mData;
         const double* lParent = pRest.GetTransform(mJoints[static_cast<size_t>(pJoint.mParent)].mPose).mData[3].mData;
-        KmV(pJoint.mOffset, lPlace[0] - lParent[0], lPlace[1] - lParent[1], lPlace[2] - lParent[2]);
+        KmV(pJoint.mOffset, lPosition[0] - lParent[0], lPosition[1] - lParent[1], lPosition[2] - lParent[2]);
     }
 }
 
-/// What the node's scaling, and those above it, do to the places below it.
+/// Sets mHasAnimatedScaling and mHasNonUniformScaling from the node and its ancestors.
 void KQexBvhWriter::SetScaling(KQexBvhJoint& pJoint) const
 {
-    const KQexNode* lAbove = pJoint.mNode;
+    const KQexNode* lNode = pJoint.mNode;
     if (pJoint.mParent >= 0)
     {
         const KQexBvhJoint& lParent = mJoints[static_cast<size_t>(pJoint.mParent)];
-        pJoint.mIsStretched = lParent.mIsStretched;
-        pJoint.mIsSkewed = lParent.mIsSkewed;
-        AddScaling(lAbove, pJoint);
+        pJoint.mHasAnimatedScaling = lParent.mHasAnimatedScaling;
+        pJoint.mHasNonUniformScaling = lParent.mHasNonUniformScaling;
+        AddScaling(lNode, pJoint);
         return;
     }
-    for (; lAbove != nullptr; lAbove = lAbove->GetParent())
+    for (; lNode != nullptr; lNode = lNode->GetParent())
     {
-        AddScaling(lAbove, pJoint);
+        AddScaling(lNode, pJoint);
     }
 }
 
 void KQexBvhWriter::AddScaling(const KQexNode* pNode, KQexBvhJoint& pJoint) const
 {
     const auto lScaling = pNode->mLocalScaling.Get();
-    pJoint.mIsStretched = pJoint.mIsStretched || LeavesRest(pNode->mLocalScaling, mLayer);
-    pJoint.mIsSkewed = pJoint.mIsSkewed || lScaling.mData[0] != lScaling.mData[1] || lScaling.mData[1] != lScaling.mData[2];
+    pJoint.mHasAnimatedScaling = pJoint.mHasAnimatedScaling || LeavesRest(pNode->mLocalScaling, mLayer);
+    pJoint.mHasNonUniformScaling =
+        pJoint.mHasNonUniformScaling || lScaling.mData[0] != lScaling.mData[1] || lScaling.mData[1] != lScaling.mData[2];
 }
 
-/// Whether the joint's place changes as seen from its parent's rotation: by its own translation, by a scaling that changes, or
-/// by one that a rotation between turns against its axes.
-bool KQexBvhWriter::HasMovingPlace(const KQexBvhJoint& pJoint) const
+/// Whether the joint's position changes in its parent's rotation frame: by its own animated translation, by an animated scaling
+/// above it, or by a non-uniform scaling above its parent, whose effect changes as the parent rotates.
+bool KQexBvhWriter::HasAnimatedPosition(const KQexBvhJoint& pJoint) const
 {
     const KQexBvhJoint& lParent = mJoints[static_cast<size_t>(pJoint.mParent)];
-    const bool          lIsSkewed = lParent.mParent >= 0 ? mJoints[static_cast<size_t>(lParent.mParent)].mIsSkewed : lParent.mIsSkewed;
-    return lParent.mIsStretched || lIsSkewed || LeavesRest(pJoint.mNode->mLocalTranslation, mLayer);
+    const bool          lIsNonUniform =
+        lParent.mParent >= 0 ? mJoints[static_cast<size_t>(lParent.mParent)].mHasNonUniformScaling : lParent.mHasNonUniformScaling;
+    return lParent.mHasAnimatedScaling || lIsNonUniform || LeavesRest(pJoint.mNode->mLocalTranslation, mLayer);
 }
 
 bool KQexBvhWriter::AddTree(KQexNode* pRoot, KQexGlobalTransforms& pRest)
@@ -93,7 +95,7 @@ bool KQexBvhWriter::AddTree(KQexNode* pRoot, KQexGlobalTransforms& pRest)
         lJoint.mParent = i > 0 ? static_cast<int>(lFirst) + pRest.GetParentIndex(i) : -1;
         lJoint.mIsEndSite = i > 0 && IsEndSite(lNode);
         SetScaling(lJoint);
-        lJoint.mHasPositions = i == 0 || (!lJoint.mIsEndSite && HasMovingPlace(lJoint));
+        lJoint.mHasPositions = i == 0 || (!lJoint.mIsEndSite && HasAnimatedPosition(lJoint));
         SetRest(lJoint, pRest);
         mJoints.push_back(lJoint);
     }
@@ -101,7 +103,7 @@ bool KQexBvhWriter::AddTree(KQexNode* pRoot, KQexGlobalTransforms& pRest)
     return true;
 }
 
-/// Gives the joint a name that every reader takes as one word.
+/// Gives the joint a unique name that every reader reads as one word; warns when it differs from the node's.
 void KQexBvhWriter::NameJoint(const KQexBvhJoint& pJoint, KQexUniqueNames& pNames)
 {
     const std::string lOld = pJoint.mNode->GetName();
@@ -138,7 +140,7 @@ bool KQexBvhWriter::Prepare(const std::vector<KQexNode*>& pRoots)
     mScratch.resize(static_cast<size_t>(mThreads));
     for (KQexBvhScratch& lScratch : mScratch)
     {
-        lScratch.mFrames.resize(mJoints.size());
+        lScratch.mRotations.resize(mJoints.size());
         for (size_t i = 0; i < mRoots.size(); ++i)
         {
             lScratch.mPoses.push_back(std::make_unique<KQexGlobalTransforms>());
@@ -147,7 +149,7 @@ bool KQexBvhWriter::Prepare(const std::vector<KQexNode*>& pRoots)
     return true;
 }
 
-/// From y up to z up: a quarter turn about x.
+/// Converts from y up to z up: a quarter turn about x.
 void KQexBvhWriter::ToFileAxes(double* pVector) const
 {
     if (mOptions.mZUp)
@@ -156,7 +158,7 @@ void KQexBvhWriter::ToFileAxes(double* pVector) const
     }
 }
 
-/// The same rotation seen from the turned axes: T R inverse(T), so both the images and the axes they belong to are turned.
+/// The same rotation in file axes, T R inverse(T): permutes the axes and converts their images.
 void KQexBvhWriter::ToFileAxes(KgeRMatrix& pRotation) const
 {
     if (!mOptions.mZUp)
@@ -193,24 +195,24 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
             continue;
         }
         const KQexGlobalTransforms& lPose = *lScratch.mPoses[static_cast<size_t>(lJoint.mTree)];
-        const KQexMatrix&           lPlace = lPose.GetTransform(lJoint.mPose);
-        KgeRMatrix&                 lFrame = lScratch.mFrames[i];
-        lPlace.GetRotation(lFrame);
-        KgeMult(lFrame, lFrame, lJoint.mRestInv);
+        const KQexMatrix&           lTransform = lPose.GetTransform(lJoint.mPose);
+        KgeRMatrix&                 lRotation = lScratch.mRotations[i];
+        lTransform.GetRotation(lRotation);
+        KgeMult(lRotation, lRotation, lJoint.mRestInv);
         const bool lIsRoot = lJoint.mParent < 0;
         if (!lIsRoot)
         {
-            KgeInverse(lParentInv, lScratch.mFrames[static_cast<size_t>(lJoint.mParent)]);
-            KgeMult(lLocal, lParentInv, lFrame);
+            KgeInverse(lParentInv, lScratch.mRotations[static_cast<size_t>(lJoint.mParent)]);
+            KgeMult(lLocal, lParentInv, lRotation);
         }
         if (lJoint.mHasPositions)
         {
-            KmVset(pValues, lPlace.mData[3].mData);
+            KmVset(pValues, lTransform.mData[3].mData);
             if (!lIsRoot)
             {
                 const double* lParent = lPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mParent)].mPose).mData[3].mData;
-                const double  lReach[3] = {pValues[0] - lParent[0], pValues[1] - lParent[1], pValues[2] - lParent[2]};
-                KmRV(pValues, lParentInv.mData, lReach);
+                const double  lOffset[3] = {pValues[0] - lParent[0], pValues[1] - lParent[1], pValues[2] - lParent[2]};
+                KmRV(pValues, lParentInv.mData, lOffset);
             }
             ToFileAxes(pValues);
             KmVN(pValues, pValues, mOptions.mScale);
@@ -218,7 +220,7 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
         }
         if (lIsRoot)
         {
-            KgeSet(lLocal, lFrame);
+            KgeSet(lLocal, lRotation);
         }
         ToFileAxes(lLocal);
         KmRtoVord(pValues, lLocal.mData, mCode);
@@ -227,7 +229,7 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
     return true;
 }
 
-/// Makes every rotation the triple nearest to the one of the frame before.
+/// Replaces each rotation by the equivalent Euler triple nearest to the previous frame's.
 void KQexBvhWriter::Continue(double* pValues)
 {
     double* lLast = mLast.data();

@@ -18,34 +18,38 @@ namespace qexsdk
 /// A joint or an end site of the file.
 struct KQexBvhJoint
 {
-    const KQexNode* mNode;
-    int             mPose;   ///< Index in the pose of its tree.
-    int             mTree;   ///< Index of its tree among the roots.
-    int             mParent; ///< Index of the parent joint, -1 for a root.
-    bool            mIsEndSite = false;
-    bool            mHasPositions = false;
-    bool            mIsStretched = false; ///< A scaling at it or above it is animated.
-    bool            mIsSkewed = false;    ///< A scaling at it or above it differs from axis to axis.
-    KgeRMatrix      mRestInv;             ///< Inverse of the rotation at rest, world space.
-    double          mOffset[3];           ///< From the parent's place to this one's at rest, world axes, centimetres.
+    const KQexNode* mNode;                         ///< In the scene.
+    int             mPose;                         ///< Index in its tree's pose.
+    int             mTree;                         ///< Index of its root in KQexBvhWriter::mRoots.
+    int             mParent;                       ///< Index of the parent joint, -1 for a root.
+    bool            mIsEndSite = false;            ///< Written as End Site, without name and channels.
+    bool            mHasPositions = false;         ///< Has position channels.
+    bool            mHasAnimatedScaling = false;   ///< Its scaling or an ancestor's is animated.
+    bool            mHasNonUniformScaling = false; ///< Its scaling or an ancestor's differs between axes.
+    KgeRMatrix      mRestInv;                      ///< Inverse of the world rotation at rest.
+    double          mOffset[3];                    ///< From the parent's position to this one's at rest, world axes, centimetres.
 };
 
-/// What evaluating one frame needs besides its result; one for each thread.
+/// Buffers for evaluating a frame; one set per thread.
 struct KQexBvhScratch
 {
-    std::vector<std::unique_ptr<KQexGlobalTransforms>> mPoses;  ///< One a tree.
-    std::vector<KgeRMatrix>                            mFrames; ///< World rotations of the joints, relative to rest.
+    std::vector<std::unique_ptr<KQexGlobalTransforms>> mPoses;     ///< One per tree.
+    std::vector<KgeRMatrix>                            mRotations; ///< World rotations of the joints, relative to rest.
 };
 
-/// One write of a file: Prepare() with the rest pose current, then WriteHierarchy() and WriteMotion() with the take current. May throw
-/// std::bad_alloc.
+/// Writes one file: Prepare() with no take as the evaluator's context (rest pose), then WriteHierarchy() and WriteMotion() with the
+/// take. May throw std::bad_alloc.
 class KQexBvhWriter : private KQexFrameFormat
 {
 public:
+    /// Both arguments must outlive the writer.
     KQexBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOptions);
 
+    /// Collects the joints of the trees at \p pRoots. False when memory runs out.
     bool Prepare(const std::vector<KQexNode*>& pRoots);
+    /// Writes the HIERARCHY section.
     void WriteHierarchy();
+    /// Writes the MOTION section. False when memory runs out, writing fails or the progress callback cancels.
     bool WriteMotion();
 
 private:
@@ -53,7 +57,7 @@ private:
     bool IsEndSite(const KQexNode* pNode) const;
     void SetScaling(KQexBvhJoint& pJoint) const;
     void AddScaling(const KQexNode* pNode, KQexBvhJoint& pJoint) const;
-    bool HasMovingPlace(const KQexBvhJoint& pJoint) const;
+    bool HasAnimatedPosition(const KQexBvhJoint& pJoint) const;
     void SetRest(KQexBvhJoint& pJoint, const KQexGlobalTransforms& pRest) const;
     void NameJoint(const KQexBvhJoint& pJoint, KQexUniqueNames& pNames);
     void OpenJoint(size_t pJoint, int pLevel);
@@ -73,10 +77,10 @@ private:
     const int                   mThreads;
     std::vector<KQexNode*>      mRoots;
     std::vector<KQexBvhJoint>   mJoints;         ///< Each tree in pre-order.
-    std::vector<std::string>    mNames;          ///< One a joint; empty for an end site.
-    size_t                      mValueCount = 0; ///< Values of a frame.
-    std::vector<KQexBvhScratch> mScratch;        ///< One a thread.
-    std::vector<double>         mLast;           ///< Values of the frame before.
+    std::vector<std::string>    mNames;          ///< One per joint; empty for an end site.
+    size_t                      mValueCount = 0; ///< Values per frame.
+    std::vector<KQexBvhScratch> mScratch;        ///< One per thread.
+    std::vector<double>         mLast;           ///< Values of the previous frame.
 };
 
 } // namespace qexsdk

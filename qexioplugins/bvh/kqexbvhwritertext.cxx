@@ -10,8 +10,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kDecimals = 6;   ///< Digits behind the point, at most.
-constexpr int kMaxIndent = 64; ///< Levels behind which indenting stops: a deep chain must not cost the square of its depth.
+constexpr int kDecimals = 6;   ///< At most, after the decimal point.
+constexpr int kMaxIndent = 64; ///< Indentation stops at this level, so that a deep chain does not cost the square of its depth.
 
 int IndentLevel(int pLevel)
 {
@@ -69,7 +69,7 @@ void KQexBvhWriter::OpenJoint(size_t pJoint, int pLevel)
     }
 }
 
-/// Closes a joint's braces; one without children gets the end site that readers expect at every tip.
+/// Closes a joint's braces; a childless joint gets an end site first, which readers expect at every leaf.
 void KQexBvhWriter::CloseJoint(size_t pJoint, int pLevel)
 {
     const KQexBvhJoint& lJoint = mJoints[pJoint];
@@ -104,7 +104,7 @@ void KQexBvhWriter::WriteHierarchy()
     }
 }
 
-/// The triples stand in order of application and are written last applied first.
+/// Euler triples are stored first applied first and written last applied first.
 void KQexBvhWriter::Format(long long, const double* pValues, std::string& pText) const
 {
     for (const KQexBvhJoint& lJoint : mJoints)

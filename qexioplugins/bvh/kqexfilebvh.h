@@ -9,56 +9,56 @@
 #include <vector>
 
 /// \file
-/// BVH: a tree of joints with offsets, then for every frame one line with the values of their channels.
+/// BVH: a hierarchy of joints with offsets, then one line of channel values per frame.
 
 namespace qexsdk
 {
 
-/// How a BVH file is read into a scene.
+/// Options for reading a BVH file.
 struct QEX_API KQexBvhReadOptions
 {
-    std::string  mTakeName = "Take 001";  ///< Take that gets the motion.
-    KQexNode*    mParentNode = nullptr;   ///< Node that gets the roots as children; null: the scene's root node.
-    double       mScale = 1.0;            ///< Factor of offsets and positions: centimetres per unit of the file.
+    std::string  mTakeName = "Take 001";  ///< Take for the motion.
+    KQexNode*    mParentNode = nullptr;   ///< Parent of the file's roots; null: the scene's root node.
+    double       mScale = 1.0;            ///< Scale of offsets and positions: centimetres per file unit.
     double       mFramesPerSecond = 0.0;  ///< 0: the file's own frame time.
-    bool         mKeepGoodFrames = false; ///< After an error among the frames, keep the complete ones before it, when there are any.
-    KQexProgress mProgress;               ///< Called now and then; false cancels. Empty: never.
+    bool         mKeepGoodFrames = false; ///< After an error in a frame, keep the complete frames before it, if any.
+    KQexProgress mProgress;               ///< Called from time to time; false cancels. May be empty.
 };
 
-/// What was read.
+/// Result of reading.
 struct QEX_API KQexBvhReadResult
 {
     std::vector<KQexNode*> mRoots;             ///< The roots, in the file's order; owned by the scene. Empty on failure.
     long long              mFrames = 0;        ///< Frames read.
     KTime                  mStep = KTime(0);   ///< Time between frames.
-    bool                   mCancelled = false; ///< The progress call asked to stop.
+    bool                   mCancelled = false; ///< Cancelled by the progress callback.
 };
 
-/// How a take is written as BVH.
+/// Options for writing a take as BVH.
 struct QEX_API KQexBvhWriteOptions
 {
-    KQexAnimStack* mStack = nullptr; ///< Take; null: the rest pose alone, whatever the frames.
+    KQexAnimStack* mStack = nullptr; ///< Take; null: the rest pose in every frame.
     KQexSampling   mSampling;        ///< Frames to write.
     ERotationOrder mOrder =
-        eEULER_XYZ;         ///< Order of the rotation channels, first applied first: eEULER_XYZ writes "Zrotation Yrotation Xrotation".
-    double mScale = 1.0;    ///< Factor of offsets and positions: units of the file per centimetre.
-    bool   mZUp = false;    ///< Turn the scene from y up to z up (y becomes z, z becomes -y).
-    int    mThreads = 0;    ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
-    KQexProgress mProgress; ///< Called now and then; false cancels. Empty: never.
+        eEULER_XYZ;            ///< Order of the rotation channels, first applied first: eEULER_XYZ writes "Zrotation Yrotation Xrotation".
+    double       mScale = 1.0; ///< Scale of offsets and positions: file units per centimetre.
+    bool         mZUp = false; ///< Rotate the scene from y up to z up (y becomes z, z becomes -y).
+    int          mThreads = 0; ///< Threads that evaluate and format; 0: one per core, at most 4. Does not affect the output.
+    KQexProgress mProgress;    ///< Called from time to time; false cancels. May be empty.
 };
 
 /// Reads and writes BVH files.
 ///
 /// Reading: channels are listed with the last applied first ("Zrotation Xrotation Yrotation" is Rz Rx Ry); a position channel
 /// replaces that component of the offset; each joint becomes a node with a skeleton attribute, an end site a node named after its
-/// joint with "_End" and no curves. The rotation order of a node is that of its channels. Numbers of frames are one stream of
-/// tokens, whatever the lines. A frame time within 1e-4 of the one of a common rate is taken as that rate's.
+/// joint with "_End" and no curves. A node's rotation order is that of its channels. Frame values are one stream of tokens; line
+/// breaks do not matter. A frame time within 0.01 % of a common rate's counts as exactly that rate.
 ///
-/// Writing: joint frames are aligned with the world at rest, so that all zeros is the rest pose: an offset is the vector between
-/// the two joints at rest in world axes, and a rotation is taken relative to the rest pose. A root has offset 0 0 0 and six channels; other
-/// joints have position channels only where their place relative to the parent moves. A leaf without curves and DOFs is an end site.
-/// Scaling and everything else that the scene can do to a node's place goes into positions, so every joint is where the scene
-/// has it; a scaling of the node's own shape is not carried.
+/// Writing: joint axes are the world axes at rest, so all-zero rotations give the rest pose: an offset is the vector from the parent
+/// to the joint at rest in world axes, and rotations are relative to the rest pose. A root has offset 0 0 0 and six channels; other
+/// joints have position channels only where their position relative to the parent is animated. A motionless leaf named after its
+/// parent with "_End", the parent's only child, is an end site. Scaling is baked into the positions, so every joint is where the
+/// scene has it; a scaling of the node's own shape is lost.
 class QEX_API KQexFileBvh : public KQexTextFile
 {
 public:
@@ -66,12 +66,11 @@ public:
     explicit KQexFileBvh(bool pVerb = false);
     ~KQexFileBvh() override;
 
-    /// Reads the open file into \p pScene. False after an error or a cancel, which GetMessages() tells of: the scene is then as it was.
+    /// Reads the open file into \p pScene. False after an error (see GetMessages()) or a cancel; the scene is then unchanged.
     bool Read(KQexScene* pScene, const KQexBvhReadOptions& pOptions, KQexBvhReadResult& pResult);
 
-    /// Writes the trees at \p pRoots. False when something could not be written, a node is named twice among the roots, memory runs
-    /// out or the progress call cancels: Discard() then gives the output up. Names that BVH cannot carry are made safe and unique
-    /// with a warning each.
+    /// Writes the trees at \p pRoots. False when there is nothing to write, writing fails, memory runs out or the progress callback
+    /// cancels; then call Discard(). Names that are not unique or not valid in BVH are changed, with a warning each.
     bool Write(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions);
 };
 

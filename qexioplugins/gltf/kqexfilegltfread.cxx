@@ -11,9 +11,9 @@ namespace qexsdk
 namespace
 {
 
-/// Opens a file by \p pOpen and reads it; turns what the parts throw into a message.
+/// Opens a file with \p pOpen and reads it. Reports exceptions as messages and undoes all changes of the scene on failure.
 template <typename TOpen>
-bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult,
+bool OpenAndRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult,
                  const TOpen& pOpen)
 {
     pResult = KQexGltfReadResult();
@@ -45,13 +45,13 @@ bool GuardedRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
 
 bool KQexFileGltf::Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult)
 {
-    return GuardedRead(*this, pScene, pOptions, pResult, [&pPath](KQexGltfSource& pSource) { pSource.OpenPath(pPath); });
+    return OpenAndRead(*this, pScene, pOptions, pResult, [&pPath](KQexGltfSource& pSource) { pSource.OpenPath(pPath); });
 }
 
 bool KQexFileGltf::ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions,
                               KQexGltfReadResult& pResult)
 {
-    return GuardedRead(*this, pScene, pOptions, pResult,
+    return OpenAndRead(*this, pScene, pOptions, pResult,
                        [pData, pSize](KQexGltfSource& pSource) { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize)); });
 }
 

@@ -23,7 +23,7 @@ bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
         }
     }
     AddNodes();
-    for (size_t i = 0; i < mTops.size(); ++i)
+    for (size_t i = 0; i < mTreeStarts.size(); ++i)
     {
         AddSkin(static_cast<int>(i));
     }
@@ -38,7 +38,7 @@ bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
         {
             mModel.mAnimations.pop_back();
             mFile.Report(KQexTextMessage::eWARNING,
-                         std::string("Nothing moves in take (") + lTake.mStack->GetName() + "), no animation written");
+                         std::string("Take (") + lTake.mStack->GetName() + ") has no motion, no animation written");
             continue;
         }
         mModel.mAnimations.back().mName = SafeName(lNames, lTake.mStack->GetName(), "take");
@@ -49,8 +49,7 @@ bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
 namespace
 {
 
-/// The four bytes of a number in a binary file's headers.
-std::string LittleEndian(size_t pValue)
+std::string LittleEndianBytes(size_t pValue)
 {
     std::string lBytes;
     for (int i = 0; i < 4; ++i)
@@ -60,25 +59,25 @@ std::string LittleEndian(size_t pValue)
     return lBytes;
 }
 
-/// Headers and JSON of a binary file; the buffer's bytes follow.
-std::string BinaryHead(std::string pJson, size_t pBytes)
+/// File header, JSON chunk and the header of the BIN chunk, which \p pBytes bytes follow.
+std::string BinaryFileStart(std::string pJson, size_t pBytes)
 {
     pJson.resize((pJson.size() + 3) / 4 * 4, ' ');
     const size_t lSize = 12 + 8 + pJson.size() + 8 + pBytes;
-    return "glTF" + LittleEndian(2) + LittleEndian(lSize) + LittleEndian(pJson.size()) + "JSON" + pJson + LittleEndian(pBytes) +
-           std::string("BIN\0", 4);
+    return "glTF" + LittleEndianBytes(2) + LittleEndianBytes(lSize) + LittleEndianBytes(pJson.size()) + "JSON" + pJson +
+           LittleEndianBytes(pBytes) + std::string("BIN\0", 4);
 }
 
-constexpr size_t kFirstMessages = 4;
-constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header tells its size in 32 bits.
+constexpr size_t kReservedMessages = 4;
+constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header holds its size in 32 bits.
 
-bool EndsIn(const std::string& pText, const std::string& pEnd)
+bool EndsWith(const std::string& pText, const std::string& pEnd)
 {
     return pText.size() >= pEnd.size() && KEqualsFolded(std::string_view(pText).substr(pText.size() - pEnd.size()), pEnd);
 }
 
-/// A file name as it stands in a URI: what is not a plain character is escaped.
-std::string UriOf(const std::string& pName)
+/// A file name as a URI: every byte that is not unreserved is percent-encoded.
+std::string EncodeUri(const std::string& pName)
 {
     static const char* const sDigits = "0123456789ABCDEF";
     std::string              lUri;
@@ -102,7 +101,7 @@ bool ReportOutput(KQexFileGltf& pFile, const KOutputFile& pOutput)
     return false;
 }
 
-/// Opens \p pPath and writes the parts; the file then only waits for its name.
+/// Writes the parts to a temporary file for \p pPath, ready to commit.
 bool WriteParts(KQexFileGltf& pFile, KOutputFile& pOutput, const std::string& pPath, std::initializer_list<std::string_view> pParts)
 {
     bool lOk = pOutput.Open(pPath.c_str());
@@ -113,9 +112,9 @@ bool WriteParts(KQexFileGltf& pFile, KOutputFile& pOutput, const std::string& pP
     return (lOk && pOutput.Prepare()) || ReportOutput(pFile, pOutput);
 }
 
-/// Builds a file and hands it to \p pWrite with the rest pose current first; turns exceptions of the libraries used into a message.
+/// Builds a file at the rest pose and passes it to \p pWrite. Reports exceptions as messages.
 template <typename TWrite>
-bool Guarded(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions, const TWrite& pWrite)
+bool BuildAndWrite(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions, const TWrite& pWrite)
 {
     if (pRoots.empty())
     {
@@ -143,7 +142,7 @@ bool CheckSize(KQexFileGltf& pFile, size_t pBytes)
     {
         return true;
     }
-    pFile.Report(KQexTextMessage::eERROR, "A binary file can't hold more than 4 GB; write .gltf instead");
+    pFile.Report(KQexTextMessage::eERROR, "A binary glTF file can't exceed 4 GB; write .gltf instead");
     return false;
 }
 
@@ -152,53 +151,54 @@ bool CheckSize(KQexFileGltf& pFile, size_t pBytes)
 bool KQexFileGltf::Write(const std::string& pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
     mMessages.clear();
-    return Guarded(*this, pRoots, pOptions,
-                   [&](KQexGltfWriter& pWriter)
-                   {
-                       const std::string_view lBytes(reinterpret_cast<const char*>(pWriter.GetBytes().data()), pWriter.GetBytes().size());
-                       KOutputFile            lMain;
-                       if (!EndsIn(pPath, ".gltf"))
-                       {
-                           return CheckSize(*this, lBytes.size()) &&
-                                  WriteParts(*this, lMain, pPath, {BinaryHead(pWriter.GetJson(""), lBytes.size()), lBytes}) &&
-                                  (lMain.Commit() || ReportOutput(*this, lMain));
-                       }
-                       const std::string  lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
-                       const std::string  lJson = pWriter.GetJson(UriOf(std::filesystem::path(lBinaryPath).filename().string()));
-                       KOutputFile        lBinary;
-                       KOutputFile* const lOutputs[] = {&lBinary, &lMain};
-                       if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, pPath, {lJson, "\n"}))
-                       {
-                           return false;
-                       }
-                       const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, 2);
-                       return lFailed == nullptr || ReportOutput(*this, *lFailed);
-                   });
+    return BuildAndWrite(*this, pRoots, pOptions,
+                         [&](KQexGltfWriter& pWriter)
+                         {
+                             const std::string_view lBytes(reinterpret_cast<const char*>(pWriter.GetBytes().data()),
+                                                           pWriter.GetBytes().size());
+                             KOutputFile            lMain;
+                             if (!EndsWith(pPath, ".gltf"))
+                             {
+                                 return CheckSize(*this, lBytes.size()) &&
+                                        WriteParts(*this, lMain, pPath, {BinaryFileStart(pWriter.GetJson(""), lBytes.size()), lBytes}) &&
+                                        (lMain.Commit() || ReportOutput(*this, lMain));
+                             }
+                             const std::string  lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
+                             const std::string  lJson = pWriter.GetJson(EncodeUri(std::filesystem::path(lBinaryPath).filename().string()));
+                             KOutputFile        lBinary;
+                             KOutputFile* const lOutputs[] = {&lBinary, &lMain};
+                             if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, pPath, {lJson, "\n"}))
+                             {
+                                 return false;
+                             }
+                             const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, 2);
+                             return lFailed == nullptr || ReportOutput(*this, *lFailed);
+                         });
 }
 
 bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
     mMessages.clear();
-    return Guarded(*this, pRoots, pOptions,
-                   [&](KQexGltfWriter& pWriter)
-                   {
-                       const std::vector<unsigned char>& lBytes = pWriter.GetBytes();
-                       if (!CheckSize(*this, lBytes.size()))
-                       {
-                           return false;
-                       }
-                       pOut = BinaryHead(pWriter.GetJson(""), lBytes.size());
-                       pOut.append(reinterpret_cast<const char*>(lBytes.data()), lBytes.size());
-                       return true;
-                   });
+    return BuildAndWrite(*this, pRoots, pOptions,
+                         [&](KQexGltfWriter& pWriter)
+                         {
+                             const std::vector<unsigned char>& lBytes = pWriter.GetBytes();
+                             if (!CheckSize(*this, lBytes.size()))
+                             {
+                                 return false;
+                             }
+                             pOut = BinaryFileStart(pWriter.GetJson(""), lBytes.size());
+                             pOut.append(reinterpret_cast<const char*>(lBytes.data()), lBytes.size());
+                             return true;
+                         });
 }
 
 KQexFileGltf::KQexFileGltf(bool pVerb) : mVerb(pVerb)
 {
     try
     {
-        // Room for the first messages, so that running out of memory can be told even then.
-        mMessages.reserve(kFirstMessages);
+        // So that running out of memory can be reported without allocating.
+        mMessages.reserve(kReservedMessages);
     }
     catch (const std::bad_alloc&)
     {
@@ -214,7 +214,7 @@ void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::strin
     }
     catch (const std::bad_alloc&)
     {
-        // Nothing is left to tell it with but what the call returns.
+        // The caller still sees the failure in the return value.
     }
     if (mVerb)
     {
@@ -224,7 +224,7 @@ void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::strin
 
 void KQexFileGltf::ReportException() noexcept
 {
-    // A text this short needs no memory of its own.
+    // Short enough for std::string not to allocate.
     const char* const lNoMemory = "Out of memory";
     try
     {

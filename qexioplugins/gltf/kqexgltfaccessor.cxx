@@ -11,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-/// The codes of kinds of numbers, from the standard.
+/// Values of glTF's componentType.
 enum EComponent
 {
     eBYTE = 5120,
@@ -85,7 +85,7 @@ double LoadNumber(const unsigned char* pFrom, int pType)
     }
 }
 
-/// What stands for one; the number below minus one counts as minus one.
+/// The value of a normalized integer that stands for 1.
 double FullScale(int pType)
 {
     switch (pType)
@@ -105,16 +105,16 @@ double FullScale(int pType)
     }
 }
 
-size_t SparseIndex(const KQexGltfNumbers& pIndices, size_t pPlace)
+size_t SparseIndex(const KQexGltfArray& pIndices, size_t pAt)
 {
-    return static_cast<size_t>(LoadNumber(pIndices.mData + pPlace * pIndices.mStride, pIndices.mComponentType));
+    return static_cast<size_t>(LoadNumber(pIndices.mData + pAt * pIndices.mStride, pIndices.mComponentType));
 }
 
 } // namespace
 
 void KQexGltfAccessor::Get(size_t pIndex, double* pResult) const
 {
-    const unsigned char* lFrom = mNumbers.mData != nullptr ? mNumbers.mData + pIndex * mNumbers.mStride : nullptr;
+    const unsigned char* lFrom = mElements.mData != nullptr ? mElements.mData + pIndex * mElements.mStride : nullptr;
     size_t               lLow = 0;
     size_t               lHigh = mSparseCount;
     while (lLow < lHigh)
@@ -127,13 +127,14 @@ void KQexGltfAccessor::Get(size_t pIndex, double* pResult) const
     {
         lFrom = mSparseValues.mData + lLow * mSparseValues.mStride;
     }
-    const size_t lSize = ComponentSize(mNumbers.mComponentType);
+    const size_t lSize = ComponentSize(mElements.mComponentType);
     for (int i = 0; i < mComponents; ++i)
     {
-        pResult[i] = lFrom != nullptr ? LoadNumber(lFrom + static_cast<size_t>(i) * lSize, mNumbers.mComponentType) : 0.0;
-        if (mIsFraction)
+        pResult[i] = lFrom != nullptr ? LoadNumber(lFrom + static_cast<size_t>(i) * lSize, mElements.mComponentType) : 0.0;
+        if (mIsNormalized)
         {
-            pResult[i] = std::max(pResult[i] / FullScale(mNumbers.mComponentType), -1.0);
+            // The lowest signed integer is clamped to -1.
+            pResult[i] = std::max(pResult[i] / FullScale(mElements.mComponentType), -1.0);
         }
     }
 }
@@ -142,7 +143,7 @@ KQexGltfAccessors::KQexGltfAccessors(KQexGltfSource& pSource)
     : mSource(pSource),
       mAccessors(GltfMembers(pSource.GetJson().GetRoot()["accessors"], "accessors")),
       mViews(GltfMembers(pSource.GetJson().GetRoot()["bufferViews"], "bufferViews")),
-      mBuffers(pSource.GetJson().GetRoot()["buffers"].GetCount()),
+      mBufferCount(pSource.GetJson().GetRoot()["buffers"].GetCount()),
       mChecked(mAccessors.size()),
       mIsChecked(mAccessors.size(), false)
 {
@@ -167,14 +168,14 @@ KQexGltfAccessor KQexGltfAccessors::Check(size_t pIndex)
     const size_t lType = GltfSize(lFrom["componentType"], 0, lName + ".componentType");
     if (lAccessor.mComponents == 0 || lType > eFLOAT || ComponentSize(static_cast<int>(lType)) == 0)
     {
-        throw KQexGltfError(lName + ": no such kind of numbers");
+        throw KQexGltfError(lName + ": unknown type or componentType");
     }
-    lAccessor.mNumbers.mComponentType = static_cast<int>(lType);
+    lAccessor.mElements.mComponentType = static_cast<int>(lType);
     lAccessor.mCount = GltfSize(lFrom["count"], 0, lName + ".count");
-    lAccessor.mIsFraction = lFrom["normalized"].IsTrue();
+    lAccessor.mIsNormalized = lFrom["normalized"].IsTrue();
     if (lFrom["bufferView"].IsValid())
     {
-        lAccessor.mNumbers = CheckNumbers(lFrom, static_cast<int>(lType), lAccessor.mComponents, lAccessor.mCount, lName);
+        lAccessor.mElements = CheckArray(lFrom, static_cast<int>(lType), lAccessor.mComponents, lAccessor.mCount, lName);
     }
     if (lFrom["sparse"].IsValid())
     {
@@ -189,25 +190,25 @@ void KQexGltfAccessors::CheckSparse(const KQexGltfJson::KValue& pSparse, const s
     const size_t               lType = GltfSize(lIndices["componentType"], 0, pName + ".indices.componentType");
     if (lType != eUNSIGNED_BYTE && lType != eUNSIGNED_SHORT && lType != eUNSIGNED_INT)
     {
-        throw KQexGltfError(pName + ".indices: no such kind of indices");
+        throw KQexGltfError(pName + ".indices: invalid componentType");
     }
     const size_t lCount = GltfSize(pSparse["count"], 0, pName + ".count");
-    pAccessor.mSparseIndices = CheckNumbers(lIndices, static_cast<int>(lType), 1, lCount, pName + ".indices");
+    pAccessor.mSparseIndices = CheckArray(lIndices, static_cast<int>(lType), 1, lCount, pName + ".indices");
     pAccessor.mSparseValues =
-        CheckNumbers(pSparse["values"], pAccessor.mNumbers.mComponentType, pAccessor.mComponents, lCount, pName + ".values");
+        CheckArray(pSparse["values"], pAccessor.mElements.mComponentType, pAccessor.mComponents, lCount, pName + ".values");
     for (size_t i = 0; i < lCount; ++i)
     {
         const size_t lIndex = SparseIndex(pAccessor.mSparseIndices, i);
         if (lIndex >= pAccessor.mCount || (i > 0 && lIndex <= SparseIndex(pAccessor.mSparseIndices, i - 1)))
         {
-            throw KQexGltfError(pName + ".indices do not rise within the accessor");
+            throw KQexGltfError(pName + ".indices are out of range or not increasing");
         }
     }
     pAccessor.mSparseCount = lCount;
 }
 
-KQexGltfNumbers KQexGltfAccessors::CheckNumbers(const KQexGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
-                                                const std::string& pName)
+KQexGltfArray KQexGltfAccessors::CheckArray(const KQexGltfJson::KValue& pFrom, int pComponentType, int pComponents, size_t pCount,
+                                            const std::string& pName)
 {
     const int lView = GltfIndex(pFrom["bufferView"], mViews.size(), pName + ".bufferView");
     if (lView < 0)
@@ -216,7 +217,7 @@ KQexGltfNumbers KQexGltfAccessors::CheckNumbers(const KQexGltfJson::KValue& pFro
     }
     const KQexGltfJson::KValue lFrom = mViews[static_cast<size_t>(lView)];
     const std::string          lName = "bufferViews[" + std::to_string(lView) + "]";
-    const int                  lIndex = GltfIndex(lFrom["buffer"], mBuffers, lName + ".buffer");
+    const int                  lIndex = GltfIndex(lFrom["buffer"], mBufferCount, lName + ".buffer");
     if (lIndex < 0)
     {
         throw KQexGltfError(lName + ".buffer is missing");
@@ -228,23 +229,23 @@ KQexGltfNumbers KQexGltfAccessors::CheckNumbers(const KQexGltfJson::KValue& pFro
     {
         throw KQexGltfError(lName + " does not fit into buffers[" + std::to_string(lIndex) + "]");
     }
-    const size_t    lElement = ComponentSize(pComponentType) * static_cast<size_t>(pComponents);
-    const size_t    lStart = GltfSize(pFrom["byteOffset"], 0, pName + ".byteOffset");
-    KQexGltfNumbers lNumbers;
-    lNumbers.mComponentType = pComponentType;
-    lNumbers.mStride = GltfSize(lFrom["byteStride"], lElement, lName + ".byteStride");
-    if (lNumbers.mStride < lElement)
+    const size_t  lElement = ComponentSize(pComponentType) * static_cast<size_t>(pComponents);
+    const size_t  lStart = GltfSize(pFrom["byteOffset"], 0, pName + ".byteOffset");
+    KQexGltfArray lArray;
+    lArray.mComponentType = pComponentType;
+    lArray.mStride = GltfSize(lFrom["byteStride"], lElement, lName + ".byteStride");
+    if (lArray.mStride < lElement)
     {
-        throw KQexGltfError(lName + ".byteStride is less than an element");
+        throw KQexGltfError(lName + ".byteStride is smaller than an element");
     }
-    // Division, so that no product of numbers from the file can overflow.
+    // Divides, because a product of numbers from the file could overflow.
     if (lStart > lViewSize ||
-        (pCount > 0 && (lElement > lViewSize - lStart || (pCount - 1) > (lViewSize - lStart - lElement) / lNumbers.mStride)))
+        (pCount > 0 && (lElement > lViewSize - lStart || (pCount - 1) > (lViewSize - lStart - lElement) / lArray.mStride)))
     {
         throw KQexGltfError(pName + " does not fit into " + lName);
     }
-    lNumbers.mData = reinterpret_cast<const unsigned char*>(lBuffer.data()) + lViewStart + lStart;
-    return lNumbers;
+    lArray.mData = reinterpret_cast<const unsigned char*>(lBuffer.data()) + lViewStart + lStart;
+    return lArray;
 }
 
 } // namespace qexsdk

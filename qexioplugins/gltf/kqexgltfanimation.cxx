@@ -11,8 +11,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr int         kNodesAThread = 4;    ///< Nodes of a batch for each thread.
-constexpr double      kSameRotation = 1e-7; ///< Difference of quaternion components up to which two rotations are one.
+constexpr int         kNodesPerThread = 4;       ///< Nodes in a batch per thread.
+constexpr double      kRotationTolerance = 1e-7; ///< Quaternions whose components differ by no more count as equal.
 constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
 
 } // namespace
@@ -48,7 +48,7 @@ void KQexGltfWriter::MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGl
     }
 }
 
-/// Every quaternion takes the sign that is nearer to the one before, so that viewers that interpolate go the short way.
+/// Each quaternion gets the sign that is closer to the previous one, so that viewers interpolate along the shorter arc.
 void KQexGltfWriter::MakeRotationTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
                                        KQexGltfTrack& pTrack) const
 {
@@ -74,7 +74,7 @@ void KQexGltfWriter::MakeRotationTrack(const KQexGltfNodePose& pRest, const KQex
         for (int i = 0; i < 4; ++i)
         {
             lLast.mData[i] = lValue.mData[i] * lFactor;
-            lMoves = lMoves || std::fabs(lLast.mData[i] - lRest.mData[i]) > kSameRotation;
+            lMoves = lMoves || std::fabs(lLast.mData[i] - lRest.mData[i]) > kRotationTolerance;
             *lOut++ = static_cast<float>(lLast.mData[i]);
         }
     }
@@ -90,7 +90,7 @@ void KQexGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std:
     const KQexGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
     for (int lProperty = 0; lProperty < 3; ++lProperty)
     {
-        if (!lPose.IsDriven(lProperty))
+        if (!lPose.IsAnimated(lProperty))
         {
             continue;
         }
@@ -125,14 +125,14 @@ void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTime
     pAnimation.mChannels.push_back({pTimes, lValues, static_cast<int>(pNode), kPaths[pTrack.mProperty]});
 }
 
-/// Makes room for all that a take can need at once: growing a buffer of hundreds of megabytes step by step would copy it each time.
+/// Reserves the maximum size of a take up front: growing a buffer of hundreds of megabytes would copy it again and again.
 void KQexGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
 {
     size_t lFloats = 1;
     for (const KQexGltfNode& lNode : mNodes)
     {
         const KQexGltfNodePose lPose(lNode.mNode, pLayer);
-        lFloats += (lPose.IsDriven(0) ? 3u : 0u) + (lPose.IsDriven(1) ? 4u : 0u) + (lPose.IsDriven(2) ? 3u : 0u);
+        lFloats += (lPose.IsAnimated(0) ? 3u : 0u) + (lPose.IsAnimated(1) ? 4u : 0u) + (lPose.IsAnimated(2) ? 3u : 0u);
     }
     mBuffer.GetBytes().reserve(mBuffer.GetBytes().size() + lFloats * sizeof(float) * static_cast<size_t>(pFrames));
 }
@@ -141,7 +141,7 @@ bool KQexGltfWriter::AddAnimation(const KQexGltfTake& pTake)
 {
     ReserveTake(pTake.mStack->GetMember<KQexAnimLayer>(0), pTake.mSampling.mCount);
     KQexGltfModel::KAnimation lAnimation;
-    const size_t              lBatch = static_cast<size_t>(kNodesAThread) * static_cast<size_t>(mThreads);
+    const size_t              lBatch = static_cast<size_t>(kNodesPerThread) * static_cast<size_t>(mThreads);
     int                       lTimes = -1;
     for (size_t lFirst = 0; lFirst < mNodes.size(); lFirst += lBatch)
     {
@@ -172,9 +172,9 @@ bool KQexGltfWriter::AddAnimation(const KQexGltfTake& pTake)
                 AddChannel(lAnimation, lTimes, lFirst + i, lTrack);
             }
         }
-        mDone += static_cast<size_t>(lCount);
+        mDoneNodes += static_cast<size_t>(lCount);
         if (mOptions.mProgress &&
-            !mOptions.mProgress(static_cast<double>(mDone) / static_cast<double>(mNodes.size() * mOptions.mTakes.size())))
+            !mOptions.mProgress(static_cast<double>(mDoneNodes) / static_cast<double>(mNodes.size() * mOptions.mTakes.size())))
         {
             return false;
         }

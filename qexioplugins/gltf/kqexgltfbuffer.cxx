@@ -10,7 +10,7 @@ namespace
 {
 
 template <typename T>
-void FindBounds(KQexGltfModel::KAccessor& pAccessor, const T* pValues)
+void ComputeBounds(KQexGltfModel::KAccessor& pAccessor, const T* pValues)
 {
     const size_t lComponents = pAccessor.mElement;
     pAccessor.mMin.assign(pValues, pValues + lComponents);
@@ -28,7 +28,7 @@ void FindBounds(KQexGltfModel::KAccessor& pAccessor, const T* pValues)
 int KQexGltfBuffer::AddAccessor(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
 {
     mModel.mViews.push_back({mBytes.size(), pBytes, pTarget});
-    // Everything starts at a multiple of four bytes.
+    // Each view starts at a multiple of four bytes.
     mBytes.resize(mBytes.size() + (pBytes + 3) / 4 * 4);
     mModel.mAccessors.push_back({static_cast<int>(mModel.mViews.size()) - 1, pComponentType, pElement, pCount, {}, {}});
     return static_cast<int>(mModel.mAccessors.size()) - 1;
@@ -44,7 +44,7 @@ int KQexGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
     const size_t lBytes = pValues.size() * sizeof(std::uint16_t);
     const int    lAccessor = AddAccessor(eGLTF_UNSIGNED_SHORT, eGLTF_VEC4, pValues.size() / 4, lBytes, eGLTF_ARRAY_BUFFER);
     std::memcpy(mBytes.data() + GetOffset(lAccessor), pValues.data(), lBytes);
-    FindBounds(mModel.mAccessors[static_cast<size_t>(lAccessor)], pValues.data());
+    ComputeBounds(mModel.mAccessors[static_cast<size_t>(lAccessor)], pValues.data());
     return lAccessor;
 }
 
@@ -61,7 +61,7 @@ float* KQexGltfBuffer::GetFloats(int pAccessor)
 
 void KQexGltfBuffer::SetBounds(int pAccessor)
 {
-    FindBounds(mModel.mAccessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
+    ComputeBounds(mModel.mAccessors[static_cast<size_t>(pAccessor)], GetFloats(pAccessor));
 }
 
 } // namespace qexsdk

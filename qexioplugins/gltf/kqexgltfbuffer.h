@@ -9,28 +9,28 @@
 namespace qexsdk
 {
 
-/// The one buffer of a glTF file under construction, and its accessors. Numbers stand in it as the file has them, little-endian,
-/// like every machine this builds for.
+/// The buffer of a glTF file under construction, and its accessors. Numbers are stored as in the file: little-endian, like every
+/// machine this builds for.
 class KQexGltfBuffer
 {
 public:
-    /// Puts accessors and views into \p pModel, which has to outlive this.
+    /// Adds accessors and views to \p pModel, which must outlive this.
     explicit KQexGltfBuffer(KQexGltfModel& pModel) : mModel(pModel) {}
 
-    /// Adds an accessor over \p pCount elements made of 32-bit floats, not yet set.
+    /// Adds an accessor of \p pCount elements of 32-bit floats, all 0, and returns its index.
     /// \param pTarget eGLTF_ARRAY_BUFFER for vertices, 0 otherwise
     int AddFloats(KQexGltfElement pElement, size_t pCount, int pTarget = 0);
 
-    /// Adds an accessor over vectors of four 16-bit joints, \p pValues one after another, with its minimum and maximum.
+    /// Adds an accessor of joint indices, four 16-bit numbers per element, with its minimum and maximum, and returns its index.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
 
-    /// The floats of accessor \p pAccessor. Valid until the next accessor is added.
+    /// The floats of an accessor. Valid until the next accessor is added.
     float* GetFloats(int pAccessor);
 
-    /// Writes the accessor's minimum and maximum, component by component, as its floats are now.
+    /// Sets the accessor's minimum and maximum of each component from its current floats.
     void SetBounds(int pAccessor);
 
-    /// The bytes of the buffer; may be moved out when the file is complete.
+    /// The bytes of the buffer.
     std::vector<unsigned char>& GetBytes() { return mBytes; }
 
 private:

@@ -11,8 +11,8 @@ namespace qexsdk
 namespace
 {
 
-constexpr size_t kMaxJson = 0x7FFFFFFFu; ///< Bytes of text; places are counted in 32 bits.
-constexpr size_t kMaxReason = 300;       ///< Bytes of a message: it quotes the text, which may be one long word.
+constexpr size_t kMaxJson = 0x7FFFFFFFu; ///< Bytes of text: offsets have 32 bits.
+constexpr size_t kMaxMessage = 300;      ///< Bytes of a parser message, which may quote a long token.
 
 } // namespace
 
@@ -30,7 +30,7 @@ KQexGltfJson::KValue KQexGltfJson::KValue::operator[](const char* pKey) const
     return lMember;
 }
 
-/// Takes the parser's events and appends the values.
+/// Appends values to a KQexGltfJson on the parser's events.
 class KQexGltfJsonBuilder : public nlohmann::json_sax<nlohmann::json>
 {
 public:
@@ -45,7 +45,7 @@ public:
 
     bool string(string_t& pValue) override
     {
-        if (mDeep == 0)
+        if (mExcessDepth == 0)
         {
             Add(KQexGltfJson::eTEXT, 0.0);
             const std::uint32_t lText = AddText(pValue);
@@ -56,7 +56,7 @@ public:
 
     bool key(string_t& pKey) override
     {
-        mKey = mDeep == 0 ? AddText(pKey) : 0;
+        mKey = mExcessDepth == 0 ? AddText(pKey) : 0;
         return true;
     }
 
@@ -67,14 +67,14 @@ public:
 
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& pError) override
     {
-        // The parser's texts begin with a number of its own in brackets.
+        // The parser's messages start with an exception id in brackets.
         const char* lText = std::strchr(pError.what(), ']');
         lText = lText != nullptr ? lText + 2 : pError.what();
-        throw KQexGltfError("Not JSON: " + std::string(lText, strnlen(lText, kMaxReason)));
+        throw KQexGltfError("Not JSON: " + std::string(lText, strnlen(lText, kMaxMessage)));
     }
 
 private:
-    /// A container that is not ended yet, and its last member.
+    /// A container that is still open, and its last member so far.
     struct KOpen
     {
         std::uint32_t mIndex;
@@ -83,15 +83,15 @@ private:
 
     std::uint32_t AddText(const std::string& pText)
     {
-        const auto lPlace = static_cast<std::uint32_t>(mJson.mTexts.size());
+        const auto lOffset = static_cast<std::uint32_t>(mJson.mTexts.size());
         mJson.mTexts.append(pText.c_str());
         mJson.mTexts += '\0';
-        return lPlace;
+        return lOffset;
     }
 
     bool Add(KQexGltfJson::EType pType, double pNumber)
     {
-        if (mDeep > 0)
+        if (mExcessDepth > 0)
         {
             return true;
         }
@@ -114,7 +114,7 @@ private:
 
     bool Open(KQexGltfJson::EType pType)
     {
-        if (mDeep == 0)
+        if (mExcessDepth == 0)
         {
             const bool lTooDeep = mOpen.size() >= KQexGltfJson::kMaxDepth;
             Add(lTooDeep ? KQexGltfJson::eNULL : pType, 0.0);
@@ -124,15 +124,15 @@ private:
                 return true;
             }
         }
-        ++mDeep;
+        ++mExcessDepth;
         return true;
     }
 
     bool Close()
     {
-        if (mDeep > 0)
+        if (mExcessDepth > 0)
         {
-            --mDeep;
+            --mExcessDepth;
             return true;
         }
         mOpen.pop_back();
@@ -141,8 +141,8 @@ private:
 
     KQexGltfJson&      mJson;
     std::vector<KOpen> mOpen;
-    size_t             mDeep = 0; ///< Containers open below the greatest depth.
-    std::uint32_t      mKey = 0;  ///< Name of the value to come.
+    size_t             mExcessDepth = 0; ///< Open containers beyond kMaxDepth.
+    std::uint32_t      mKey = 0;         ///< Offset in mTexts of the next value's key.
 };
 
 void KQexGltfJson::Parse(const char* pText, size_t pSize)

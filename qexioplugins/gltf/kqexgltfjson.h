@@ -10,7 +10,7 @@
 namespace qexsdk
 {
 
-/// What is wrong with a file, as the user is told. Thrown by the parts of the reader, caught by its entry.
+/// An error in a file, with the message for the user. Thrown inside the reader and caught by KQexFileGltf.
 class KQexGltfError : public std::runtime_error
 {
 public:
@@ -18,44 +18,44 @@ public:
     explicit KQexGltfError(const std::string& pText) : std::runtime_error(pText) {}
 };
 
-/// A JSON text, as one flat list of values: reading, looking and releasing cost no stack, however deep the text is nested. What
-/// is nested deeper than kMaxDepth, which nothing in glTF is, counts as null.
+/// A JSON text as a flat list of values, so that parsing, lookup and destruction do not recurse. Containers nested deeper than
+/// kMaxDepth become null; glTF itself never nests that deep.
 class KQexGltfJson
 {
 public:
-    /// Levels of nesting that are kept.
+    /// Maximum depth of nested containers.
     static constexpr size_t kMaxDepth = 64;
 
-    /// What a value is.
+    /// Type of a value.
     enum EType : std::uint8_t
     {
-        eNULL,    ///< null, and what is nested too deep
+        eNULL,    ///< null, or a container nested too deep
         eBOOLEAN, ///< true or false
         eNUMBER,  ///< a double
         eTEXT,    ///< UTF-8
-        eARRAY,   ///< values in order
-        eOBJECT   ///< values with names
+        eARRAY,   ///< values without keys
+        eOBJECT   ///< values with keys
     };
 
     static constexpr std::uint32_t kNone = 0xFFFFFFFFu; ///< No value.
 
-    /// A value: its number, its text, or its members.
+    /// A value: a number, a text or a container.
     struct KEntry
     {
-        double        mNumber = 0.0;  ///< A number; 1 for true.
-        std::uint32_t mFirst = kNone; ///< Place in mTexts, or first member.
-        std::uint32_t mCount = 0;     ///< Members of a container.
-        std::uint32_t mNext = kNone;  ///< Next member of the container.
-        std::uint32_t mKey = 0;       ///< Place in mTexts.
-        EType         mType = eNULL;  ///< What it is.
+        double        mNumber = 0.0;  ///< The number; 1 for true.
+        std::uint32_t mFirst = kNone; ///< Offset of the text in mTexts, or index of a container's first member.
+        std::uint32_t mCount = 0;     ///< Number of members.
+        std::uint32_t mNext = kNone;  ///< Index of the next member in the same container.
+        std::uint32_t mKey = 0;       ///< Offset of the key in mTexts.
+        EType         mType = eNULL;
     };
 
-    /// A value of the text, or none: of a member that is missing, behind the last one. A view; the text has to outlive it.
+    /// A value, or none for a missing member and after the last one. A view: the KQexGltfJson must outlive it.
     class KValue
     {
     public:
         KValue() = default;
-        /// Entry \p pIndex of \p pJson, or none for kNone.
+        /// Entry \p pIndex of \p pJson; kNone for none.
         KValue(const KQexGltfJson* pJson, std::uint32_t pIndex) : mJson(pJson), mIndex(pIndex) {}
 
         /// Whether there is a value.
@@ -70,18 +70,18 @@ public:
         /// The text, up to its first NUL; "" for any other value.
         const char* GetText() const { return Is(eTEXT) ? mJson->mTexts.c_str() + Entry().mFirst : ""; }
 
-        /// The name under which the value stands in its object, "" in an array.
+        /// The value's key in its object; "" in an array.
         const char* GetKey() const { return IsValid() ? mJson->mTexts.c_str() + Entry().mKey : ""; }
 
         /// Members of an array or object; 0 for any other value.
         size_t GetCount() const { return Is(eARRAY) || Is(eOBJECT) ? Entry().mCount : 0; }
 
-        /// The first member of an array or object; then, of each, the next.
+        /// The first member of an array or object; none for any other value. GetNext() iterates over the rest.
         KValue GetFirst() const { return {mJson, GetCount() > 0 ? Entry().mFirst : kNone}; }
         /// The next member of the same container, or none.
         KValue GetNext() const { return {mJson, IsValid() ? Entry().mNext : kNone}; }
 
-        /// The member of that name, none in anything but an object. Linear in the members.
+        /// The member with key \p pKey; none when missing or not an object. Linear in the members.
         KValue operator[](const char* pKey) const;
 
     private:
@@ -91,7 +91,7 @@ public:
         std::uint32_t       mIndex = kNone;
     };
 
-    /// Reads a text. Throws KQexGltfError with line, column and what was found when it is no JSON.
+    /// Parses a text. Throws KQexGltfError with line, column and the offending token when it is not JSON.
     void Parse(const char* pText, size_t pSize);
 
     /// The outermost value; none before Parse().
@@ -100,7 +100,7 @@ public:
 private:
     friend class KQexGltfJsonBuilder;
     std::vector<KEntry> mEntries; ///< The root first.
-    std::string         mTexts;   ///< Keys and texts, each with a NUL behind it; "" at 0.
+    std::string         mTexts;   ///< Keys and texts, each followed by a NUL; "" at offset 0.
 };
 
 } // namespace qexsdk

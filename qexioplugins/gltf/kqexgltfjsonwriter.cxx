@@ -42,7 +42,7 @@ void KQexGltfJsonWriter::End(char pBracket)
     mIsFirst = false;
 }
 
-/// What stands between the value before and the next one.
+/// Writes the comma and line break between two values; nothing after a key.
 void KQexGltfJsonWriter::Separate()
 {
     if (mHasKey)

@@ -10,33 +10,33 @@
 namespace qexsdk
 {
 
-/// Appends a JSON text to a string, value by value, without ever holding it in another form. Whatever throws for lack of memory
-/// leaves nothing behind but a text that is cut off, which a tree of values would not promise: releasing one can take memory.
+/// Appends JSON to a string, value by value. Running out of memory leaves a truncated text and nothing else; destroying a tree of
+/// values, by contrast, may need memory.
 class QEX_API KQexGltfJsonWriter
 {
 public:
-    /// \param pOut        receives the text; has to outlive the writer
-    /// \param pIsIndented every value on a line of its own; else all of it on one line
+    /// \param pOut        receives the text; must outlive the writer
+    /// \param pIsIndented one value per line; otherwise everything on one line
     KQexGltfJsonWriter(std::string& pOut, bool pIsIndented) : mOut(pOut), mIsIndented(pIsIndented) {}
 
-    /// \name Containers. An object's members are keys, each with the one value that follows.
+    /// \name Containers. In an object, write a key before each value.
     ///@{
     void BeginObject() { Begin('{'); } ///< Begins an object.
-    void EndObject() { End('}'); }     ///< Ends the object begun last.
+    void EndObject() { End('}'); }     ///< Ends the innermost object.
     void BeginArray() { Begin('['); }  ///< Begins an array.
-    void EndArray() { End(']'); }      ///< Ends the array begun last.
-    void Key(std::string_view pKey);   ///< The key of the next value, quoted as Text() is.
+    void EndArray() { End(']'); }      ///< Ends the innermost array.
+    void Key(std::string_view pKey);   ///< Writes the key of the next value, quoted like Text().
     ///@}
 
-    /// Text in UTF-8; what is none has its bytes above 127 replaced by question marks.
+    /// Writes a UTF-8 string. If \p pText is not valid UTF-8, its bytes above 127 become question marks.
     void Text(std::string_view pText);
 
-    /// The shortest number that reads back as \p pValue; null when it is not finite, for which JSON has no word.
+    /// Writes the shortest number that reads back as \p pValue; null when it is not finite.
     void Number(double pValue);
 
-    /// A number of things.
+    /// Writes a count.
     void Count(size_t pValue);
-    /// An index or another whole number.
+    /// Writes an index or another integer.
     void Index(int pValue);
 
 private:
@@ -49,8 +49,8 @@ private:
     std::string& mOut;
     bool         mIsIndented;
     size_t       mDepth = 0;
-    bool         mIsFirst = true; ///< The open container has nothing in it yet.
-    bool         mHasKey = false; ///< A key waits for its value.
+    bool         mIsFirst = true; ///< The innermost container is empty so far.
+    bool         mHasKey = false; ///< A key was written, its value was not.
 };
 
 } // namespace qexsdk

@@ -11,10 +11,10 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kLongestStep = 0.1;  ///< Seconds; keys farther apart are no frames.
-constexpr double kNearlyOne = 0.9995; ///< Cosine above which an arc is as good as its chord.
+constexpr double kMaxStep = 0.1;           ///< Seconds; keys that are farther apart on average are not frames.
+constexpr double kSlerpThreshold = 0.9995; ///< Cosine above which linear interpolation is accurate enough.
 
-/// Rates to try for keys that are not evenly spaced, rising.
+/// Frame rates to try for keys that are not evenly spaced, increasing.
 constexpr double kRates[] = {24000.0 / 1001,
                              24,
                              25,
@@ -43,48 +43,48 @@ constexpr double kRates[] = {24000.0 / 1001,
                              600,
                              1000};
 
-bool StandsOn(const std::vector<double>& pTimes, double pOrigin, double pStep)
+bool IsOnGrid(const std::vector<double>& pTimes, double pOrigin, double pStep)
 {
     return std::all_of(pTimes.begin(), pTimes.end(),
                        [pOrigin, pStep](double pTime)
                        {
                            const double lFrames = (pTime - pOrigin) / pStep;
-                           return std::fabs(lFrames - std::round(lFrames)) * pStep <= GltfSameTime(pTime, pStep);
+                           return std::fabs(lFrames - std::round(lFrames)) * pStep <= GltfTimeTolerance(pTime, pStep);
                        });
 }
 
-bool AllStandOn(const KQexGltfTimes& pTimes, double pOrigin, double pStep)
+bool AreOnGrid(const KQexGltfTimes& pTimes, double pOrigin, double pStep)
 {
-    return std::all_of(pTimes.begin(), pTimes.end(), [pOrigin, pStep](const auto& pEach) { return StandsOn(*pEach, pOrigin, pStep); });
+    return std::all_of(pTimes.begin(), pTimes.end(), [pOrigin, pStep](const auto& pEach) { return IsOnGrid(*pEach, pOrigin, pStep); });
 }
 
 } // namespace
 
-double GltfSameTime(double pSeconds, double pStep)
+double GltfTimeTolerance(double pSeconds, double pStep)
 {
     return std::min(1e-3 * pStep + 1.2e-7 * std::fabs(pSeconds), 0.05 * pStep);
 }
 
 long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin)
 {
-    const std::vector<double>* lMost = nullptr;
+    const std::vector<double>* lLongest = nullptr;
     for (const auto& lTimes : pTimes)
     {
-        lMost = lMost == nullptr || lTimes->size() > lMost->size() ? lTimes.get() : lMost;
+        lLongest = lLongest == nullptr || lTimes->size() > lLongest->size() ? lTimes.get() : lLongest;
     }
-    if (lMost == nullptr || lMost->size() < 2)
+    if (lLongest == nullptr || lLongest->size() < 2)
     {
         return 0;
     }
-    const double    lMean = (lMost->back() - lMost->front()) / static_cast<double>(lMost->size() - 1);
-    const long long lStep = lMean <= kLongestStep ? NearestFrameStep(lMean).Get() : 0;
-    if (lStep > 0 && AllStandOn(pTimes, pOrigin, KTime(lStep).GetSeconds()))
+    const double    lMean = (lLongest->back() - lLongest->front()) / static_cast<double>(lLongest->size() - 1);
+    const long long lStep = lMean <= kMaxStep ? NearestFrameStep(lMean).Get() : 0;
+    if (lStep > 0 && AreOnGrid(pTimes, pOrigin, KTime(lStep).GetSeconds()))
     {
         return lStep;
     }
     for (const double lRate : kRates)
     {
-        if (AllStandOn(pTimes, pOrigin, 1.0 / lRate))
+        if (AreOnGrid(pTimes, pOrigin, 1.0 / lRate))
         {
             return NearestFrameStep(1.0 / lRate).Get();
         }
@@ -92,40 +92,40 @@ long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin)
     return 0;
 }
 
-/// \p pPart: with tangents, 0 the incoming one, 1 the value, 2 the outgoing one.
+/// \p pPart of a cubic key: 0 the incoming tangent, 1 the value, 2 the outgoing tangent.
 void KQexGltfKeys::GetValue(size_t pKey, int pPart, double* pResult) const
 {
     mValues->Get(mInterpolation == KQexGltfInterpolation::eCUBIC ? 3 * pKey + static_cast<size_t>(pPart) : pKey, pResult);
 }
 
-bool KQexGltfKeys::Evaluate(double pTime, double pSame, double* pResult)
+bool KQexGltfKeys::Evaluate(double pTime, double pTolerance, double* pResult)
 {
     const std::vector<double>& lTimes = *mTimes;
-    while (mKey + 1 < lTimes.size() && lTimes[mKey + 1] <= pTime + pSame)
+    while (mKey + 1 < lTimes.size() && lTimes[mKey + 1] <= pTime + pTolerance)
     {
         ++mKey;
     }
-    const bool lIsAtKey = pTime - lTimes[mKey] <= pSame || mKey + 1 == lTimes.size() || mInterpolation == KQexGltfInterpolation::eSTEP;
+    const bool lIsAtKey = pTime - lTimes[mKey] <= pTolerance || mKey + 1 == lTimes.size() || mInterpolation == KQexGltfInterpolation::eSTEP;
     GetValue(mKey, 1, pResult);
     if (!lIsAtKey)
     {
-        Mix((pTime - lTimes[mKey]) / (lTimes[mKey + 1] - lTimes[mKey]), pResult);
+        Interpolate((pTime - lTimes[mKey]) / (lTimes[mKey + 1] - lTimes[mKey]), pResult);
     }
     return std::all_of(pResult, pResult + mValues->GetComponents(), [](double pNumber) { return std::isfinite(pNumber); });
 }
 
-void KQexGltfKeys::Mix(double pFraction, double* pResult) const
+void KQexGltfKeys::Interpolate(double pFraction, double* pResult) const
 {
     if (mInterpolation == KQexGltfInterpolation::eCUBIC)
     {
-        MixCubic(pFraction, pResult);
+        InterpolateCubic(pFraction, pResult);
         return;
     }
     double lTo[16];
     GetValue(mKey + 1, 1, lTo);
     if (mIsRotation)
     {
-        MixRotations(pFraction, lTo, pResult);
+        Slerp(pFraction, lTo, pResult);
         return;
     }
     for (int i = 0; i < mValues->GetComponents(); ++i)
@@ -134,8 +134,8 @@ void KQexGltfKeys::Mix(double pFraction, double* pResult) const
     }
 }
 
-/// The shorter arc between two rotations, at constant speed.
-void KQexGltfKeys::MixRotations(double pFraction, const double* pTo, double* pResult) const
+/// Spherical linear interpolation along the shorter arc.
+void KQexGltfKeys::Slerp(double pFraction, const double* pTo, double* pResult) const
 {
     double lDot = 0.0;
     double lFromSquare = 0.0;
@@ -146,13 +146,13 @@ void KQexGltfKeys::MixRotations(double pFraction, const double* pTo, double* pRe
         lFromSquare += pResult[i] * pResult[i];
         lToSquare += pTo[i] * pTo[i];
     }
-    // A key without length is no rotation; what comes out then is the other one, or none either.
+    // A quaternion of zero length is no rotation: the result is then the other key's rotation, or zero as well.
     const double lFromLength = lFromSquare > 0.0 ? std::sqrt(lFromSquare) : 1.0;
     const double lToLength = lToSquare > 0.0 ? std::sqrt(lToSquare) : 1.0;
     const double lCosine = std::fabs(lDot) / (lFromLength * lToLength);
     double       lFrom = 1.0 - pFraction;
     double       lTo = pFraction;
-    if (lCosine < kNearlyOne)
+    if (lCosine < kSlerpThreshold)
     {
         const double lAngle = std::acos(lCosine);
         lFrom = std::sin(lFrom * lAngle);
@@ -166,8 +166,8 @@ void KQexGltfKeys::MixRotations(double pFraction, const double* pTo, double* pRe
     }
 }
 
-/// A cubic with the keys' values and tangents at its ends (Hermite's).
-void KQexGltfKeys::MixCubic(double pFraction, double* pResult) const
+/// Cubic Hermite interpolation.
+void KQexGltfKeys::InterpolateCubic(double pFraction, double* pResult) const
 {
     const double lSpan = (*mTimes)[mKey + 1] - (*mTimes)[mKey];
     const double lS = pFraction;

@@ -9,7 +9,7 @@
 namespace qexsdk
 {
 
-/// How a value goes from one key to the next.
+/// Interpolation between two keys.
 enum class KQexGltfInterpolation
 {
     eSTEP,
@@ -17,47 +17,46 @@ enum class KQexGltfInterpolation
     eCUBIC
 };
 
-/// The keys of a track: times, and as many values of three or four numbers, or three times as many (tangent, value, tangent).
+/// The keys of a track: times, and one value of three or four numbers per key; for cubics, in-tangent, value and out-tangent.
 class KQexGltfKeys
 {
 public:
-    /// \p pTimes rise, and are at least one; \p pValues are as many as the interpolation asks for.
+    /// \p pTimes is not empty and never decreases; \p pValues has as many elements as the interpolation needs.
     KQexGltfKeys(std::shared_ptr<const std::vector<double>> pTimes, const KQexGltfAccessor* pValues, KQexGltfInterpolation pInterpolation,
                  bool pIsRotation)
         : mTimes(std::move(pTimes)), mValues(pValues), mInterpolation(pInterpolation), mIsRotation(pIsRotation)
     {
     }
 
-    /// The key times in seconds, shared by the tracks that use the same accessor.
+    /// The key times in seconds. Tracks with the same input accessor share them.
     const std::shared_ptr<const std::vector<double>>& GetSharedTimes() const { return mTimes; }
 
-    /// The value at \p pTime, in seconds; before the first key and behind the last it is theirs. Later calls ask for later times.
-    /// A time that is nearer to a key than \p pSame is that key's. Rotations are not of unit length. False when a number is not finite.
-    bool Evaluate(double pTime, double pSame, double* pResult);
+    /// The value at \p pTime seconds, which must not decrease from call to call. Constant before the first and after the last key; a
+    /// time within \p pTolerance of a key gives that key's value. Rotations are not normalized. False when a number is not finite.
+    bool Evaluate(double pTime, double pTolerance, double* pResult);
 
 private:
     void GetValue(size_t pKey, int pPart, double* pResult) const;
-    void Mix(double pFraction, double* pResult) const;
-    void MixRotations(double pFraction, const double* pTo, double* pResult) const;
-    void MixCubic(double pFraction, double* pResult) const;
+    void Interpolate(double pFraction, double* pResult) const;
+    void Slerp(double pFraction, const double* pTo, double* pResult) const;
+    void InterpolateCubic(double pFraction, double* pResult) const;
 
     std::shared_ptr<const std::vector<double>> mTimes;
     const KQexGltfAccessor*                    mValues;
     KQexGltfInterpolation                      mInterpolation;
     bool                                       mIsRotation;
-    size_t                                     mKey = 0; ///< Last key at or before the time asked for.
+    size_t                                     mKey = 0; ///< Last key at or before the last time evaluated.
 };
 
-/// How far a time of \p pSeconds may be from a frame and still count as that frame's, for frames \p pStep seconds apart: files have
-/// times in single precision.
-double GltfSameTime(double pSeconds, double pStep);
+/// Tolerance in seconds for matching the time \p pSeconds to a frame, with frames \p pStep seconds apart: times in files have single
+/// precision.
+double GltfTimeTolerance(double pSeconds, double pStep);
 
-/// The times of several tracks, each rising.
+/// The key times of several tracks.
 using KQexGltfTimes = std::vector<std::shared_ptr<const std::vector<double>>>;
 
-/// The step, in ticks, on which all of \p pTimes stand, counted from \p pOrigin seconds: that of evenly spaced keys, if they are at
-/// least ten a second, else that of the lowest usual rate. 0 when there is none, or
-/// no track has two keys.
+/// The frame step, in ticks, of which all \p pTimes are multiples, counted from \p pOrigin seconds: the mean spacing of the keys if it
+/// is at most 0.1 seconds, otherwise the step of the lowest common frame rate. 0 when there is none or no track has two keys.
 long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin);
 
 } // namespace qexsdk

@@ -11,11 +11,11 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kRingPlace = 0.2;  ///< Where a bone is thickest, as a part of its length.
-constexpr double kRingRadius = 0.1; ///< How thick it is there, as a part of its length.
-constexpr double kShortest = 1e-9;  ///< Bones not longer than this have no direction.
+constexpr double kRingOffset = 0.2; ///< Distance of the widest cross-section from the bone's start, as a fraction of its length.
+constexpr double kRingRadius = 0.1; ///< Radius of that cross-section, as a fraction of the bone's length.
+constexpr double kMinLength = 1e-9; ///< Shorter bones have no direction.
 
-/// Two directions at right angles to \p pAlong and to each other, each as long as \p pRadius.
+/// Two vectors of length \p pRadius, orthogonal to \p pAlong and to each other.
 void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
 {
     const double lAxis[3] = {std::fabs(pAlong[0]) < 0.6 ? 1.0 : 0.0, std::fabs(pAlong[0]) < 0.6 ? 0.0 : 1.0, 0.0};
@@ -28,7 +28,7 @@ void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
 
 } // namespace
 
-void KQexGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC, const double* pInside, std::uint16_t pJoint)
+void KQexGltfBoneMesh::AddFace(const double* pA, const double* pB, const double* pC, const double* pCentre, std::uint16_t pJoint)
 {
     double lAB[3];
     double lAC[3];
@@ -38,7 +38,7 @@ void KQexGltfBoneMesh::AddFace(const double* pA, const double* pB, const double*
     Subtract(lAC, pC, pA);
     Cross(lNormal, lAB, lAC);
     KmVnorm(lNormal, lNormal);
-    Subtract(lOutward, pA, pInside);
+    Subtract(lOutward, pA, pCentre);
     if (Dot(lNormal, lOutward) < 0.0)
     {
         KmVneg(lNormal, lNormal);
@@ -60,7 +60,7 @@ void KQexGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::ui
     double lAlong[3];
     Subtract(lAlong, pEnd, pStart);
     const double lLength = KmVlength(lAlong);
-    if (!(lLength > kShortest) || !std::isfinite(lLength))
+    if (!(lLength > kMinLength) || !std::isfinite(lLength))
     {
         return;
     }
@@ -69,7 +69,7 @@ void KQexGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::ui
     double lV[3];
     MakeRing(lAlong, kRingRadius * lLength, lU, lV);
     double lCentre[3];
-    KmVN(lCentre, lAlong, kRingPlace * lLength);
+    KmVN(lCentre, lAlong, kRingOffset * lLength);
     KmVadd(lCentre, lCentre, pStart);
     double lRing[4][3];
     KmVadd(lRing[0], lCentre, lU);

@@ -8,26 +8,26 @@
 namespace qexsdk
 {
 
-/// The triangles of a solid that shows a skeleton: an octahedron along each bone, thick near its start. Every corner has its own
-/// vertices, so that faces look flat, and belongs to one joint altogether.
+/// A triangle mesh that shows a skeleton: an octahedron per bone, widest near its start. Faces share no vertices, so that they are
+/// shaded flat. Each vertex is bound to one joint.
 class KQexGltfBoneMesh
 {
 public:
-    /// Adds the bone from \p pStart to \p pEnd (three coordinates each, units of the file), moved by joint \p pJoint. A bone too
-    /// short to have a direction is left out.
+    /// Adds the bone from \p pStart to \p pEnd (three coordinates each, units of the file), bound to joint \p pJoint. Skips a bone that
+    /// is too short to have a direction.
     void AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint);
 
-    /// Whether no bone was long enough.
+    /// Whether there are no vertices.
     bool IsEmpty() const { return mPositions.empty(); }
     /// Number of vertices.
     size_t GetVertexCount() const { return mPositions.size() / 3; }
 
-    const std::vector<float>&         GetPositions() const { return mPositions; } ///< Three a vertex.
-    const std::vector<float>&         GetNormals() const { return mNormals; }     ///< Three a vertex, unit length.
-    const std::vector<std::uint16_t>& GetJoints() const { return mJoints; }       ///< Four a vertex, the first counts.
+    const std::vector<float>&         GetPositions() const { return mPositions; } ///< Three per vertex.
+    const std::vector<float>&         GetNormals() const { return mNormals; }     ///< Three per vertex, unit length.
+    const std::vector<std::uint16_t>& GetJoints() const { return mJoints; }       ///< Four per vertex: the joint, then 0.
 
 private:
-    void AddFace(const double* pA, const double* pB, const double* pC, const double* pInside, std::uint16_t pJoint);
+    void AddFace(const double* pA, const double* pB, const double* pC, const double* pCentre, std::uint16_t pJoint);
 
     std::vector<float>         mPositions;
     std::vector<float>         mNormals;

@@ -7,15 +7,15 @@
 #include <vector>
 
 /// \file
-/// A glTF file under construction: its JSON objects as plain structs, as far as the writer uses them. Indices are into the vectors
-/// of KQexGltfModel, -1 for none; empty vectors and indices of -1 are not written.
+/// A glTF file under construction: the JSON objects that the writer uses, as plain structs. Indices are into the vectors of
+/// KQexGltfModel, -1 for none; empty vectors and indices of -1 are not written.
 
 namespace qexsdk
 {
 
 class KQexNode;
 
-/// What an accessor's elements are: the number of their components.
+/// Element type of an accessor; the value is its number of components.
 enum KQexGltfElement
 {
     eGLTF_SCALAR = 1,
@@ -24,7 +24,7 @@ enum KQexGltfElement
     eGLTF_MAT4 = 16
 };
 
-/// Numbers that the format gives to words.
+/// glTF's numeric constants.
 enum KQexGltfConstant
 {
     eGLTF_TRIANGLES = 4,
@@ -33,10 +33,10 @@ enum KQexGltfConstant
     eGLTF_ARRAY_BUFFER = 34962
 };
 
-/// The file.
+/// The whole file.
 struct KQexGltfModel
 {
-    /// Part of the buffer.
+    /// A view of the buffer.
     struct KView
     {
         size_t mOffset = 0; ///< Bytes from the buffer's start.
@@ -44,18 +44,18 @@ struct KQexGltfModel
         int    mTarget = 0; ///< eGLTF_ARRAY_BUFFER for vertices, else 0.
     };
 
-    /// Numbers in a buffer view.
+    /// An accessor: typed elements in a view.
     struct KAccessor
     {
         int                 mView = -1;
         int                 mComponentType = eGLTF_FLOAT; ///< eGLTF_FLOAT or eGLTF_UNSIGNED_SHORT.
         KQexGltfElement     mElement = eGLTF_SCALAR;
         size_t              mCount = 0; ///< Elements.
-        std::vector<double> mMin;       ///< The least value of each component.
-        std::vector<double> mMax;       ///< The largest value of each component.
+        std::vector<double> mMin;       ///< Minimum of each component.
+        std::vector<double> mMax;       ///< Maximum of each component.
     };
 
-    /// A node of the file.
+    /// A node.
     struct KNode
     {
         std::string         mName;
@@ -65,10 +65,10 @@ struct KQexGltfModel
         std::vector<int>    mChildren;
         int                 mMesh = -1;
         int                 mSkin = -1;
-        const KQexNode*     mSource = nullptr; ///< Scene node whose extras it gets; null for none. Not owned.
+        const KQexNode*     mSource = nullptr; ///< Scene node whose properties become its extras; null for none. Not owned.
     };
 
-    /// Joints of a mesh.
+    /// A skin.
     struct KSkin
     {
         std::string      mName;
@@ -77,10 +77,10 @@ struct KQexGltfModel
         std::vector<int> mJoints;            ///< Nodes.
     };
 
-    /// Triangles.
+    /// A triangle primitive.
     struct KPrimitive
     {
-        std::map<std::string, int> mAttributes; ///< Accessors.
+        std::map<std::string, int> mAttributes; ///< Accessors by attribute name.
         int                        mMaterial = -1;
     };
 
@@ -91,7 +91,7 @@ struct KQexGltfModel
         KPrimitive  mPrimitive;
     };
 
-    /// A colour.
+    /// A material.
     struct KMaterial
     {
         std::string         mName;
@@ -100,7 +100,7 @@ struct KQexGltfModel
         double              mRoughness = 0.0;
     };
 
-    /// What an animation does to one property of one node: sampled linearly.
+    /// A channel and its linear sampler: one property of one node.
     struct KChannel
     {
         int         mInput = -1;  ///< Accessor of the times.
@@ -109,14 +109,14 @@ struct KQexGltfModel
         std::string mPath; ///< "translation", "rotation" or "scale".
     };
 
-    /// A take.
+    /// An animation.
     struct KAnimation
     {
         std::string           mName;
-        std::vector<KChannel> mChannels; ///< Each has a sampler of its own.
+        std::vector<KChannel> mChannels; ///< Each has its own sampler.
     };
 
-    std::vector<int>        mTopNodes; ///< Of its one scene.
+    std::vector<int>        mRootNodes; ///< Root nodes of the only scene.
     std::vector<KNode>      mNodes;
     std::vector<KSkin>      mSkins;
     std::vector<KMesh>      mMeshes;

@@ -8,17 +8,17 @@ bool IsUtf8(std::string_view pText)
     for (size_t i = 0; i < pText.size();)
     {
         const unsigned char lFirst = static_cast<unsigned char>(pText[i]);
-        const size_t        lMore = lFirst < 0x80                     ? 0
-                                    : lFirst >= 0xC2 && lFirst < 0xE0 ? 1
-                                    : lFirst >= 0xE0 && lFirst < 0xF0 ? 2
-                                    : lFirst >= 0xF0 && lFirst < 0xF5 ? 3
-                                                                      : 4;
-        if (lMore == 4 || i + lMore >= pText.size() + (lMore == 0 ? 1 : 0))
+        const size_t        lFollowing = lFirst < 0x80                     ? 0
+                                         : lFirst >= 0xC2 && lFirst < 0xE0 ? 1
+                                         : lFirst >= 0xE0 && lFirst < 0xF0 ? 2
+                                         : lFirst >= 0xF0 && lFirst < 0xF5 ? 3
+                                                                           : 4;
+        if (lFollowing == 4 || i + lFollowing >= pText.size() + (lFollowing == 0 ? 1 : 0))
         {
             return false;
         }
-        unsigned long lCode = lMore == 0 ? lFirst : lFirst & (0x3Fu >> lMore);
-        for (size_t j = 1; j <= lMore; ++j)
+        unsigned long lCode = lFollowing == 0 ? lFirst : lFirst & (0x3Fu >> lFollowing);
+        for (size_t j = 1; j <= lFollowing; ++j)
         {
             const unsigned char lNext = static_cast<unsigned char>(pText[i + j]);
             if ((lNext & 0xC0) != 0x80)
@@ -27,11 +27,12 @@ bool IsUtf8(std::string_view pText)
             }
             lCode = lCode << 6 | (lNext & 0x3Fu);
         }
-        if ((lMore == 2 && (lCode < 0x800 || (lCode >= 0xD800 && lCode < 0xE000))) || (lMore == 3 && (lCode < 0x10000 || lCode > 0x10FFFF)))
+        if ((lFollowing == 2 && (lCode < 0x800 || (lCode >= 0xD800 && lCode < 0xE000))) ||
+            (lFollowing == 3 && (lCode < 0x10000 || lCode > 0x10FFFF)))
         {
             return false;
         }
-        i += lMore + 1;
+        i += lFollowing + 1;
     }
     return true;
 }

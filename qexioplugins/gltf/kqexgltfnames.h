@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-/// Whether \p pText is well-formed UTF-8: what is not cannot stand in JSON.
+/// Whether \p pText is well-formed UTF-8, as JSON requires.
 bool IsUtf8(std::string_view pText);
 
 } // namespace qexsdk

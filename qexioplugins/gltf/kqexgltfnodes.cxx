@@ -7,8 +7,8 @@ namespace qexsdk
 namespace
 {
 
-/// Whether a node's own transform at rest is anything but identity.
-bool IsMovedAway(KQexNode* pNode)
+/// Whether a node's local rest transform differs from identity.
+bool HasTransform(KQexNode* pNode)
 {
     const KQexGltfNodePose lPose(pNode, nullptr);
     double                 lT[3];
@@ -22,25 +22,26 @@ bool IsMovedAway(KQexNode* pNode)
 
 } // namespace
 
-/// Adds the tree at \p pRoot. Ancestors that move it out of its place come along, so that global transforms stay what they are.
+/// Adds the tree at \p pRoot and its ancestors, so that global transforms are kept. The scene's root node is left out when its
+/// transform is identity.
 bool KQexGltfWriter::AddTree(KQexNode* pRoot)
 {
     const KQexNode*        lSceneRoot = pRoot->GetScene()->GetRootNode();
-    std::vector<KQexNode*> lAbove;
+    std::vector<KQexNode*> lAncestors;
     for (KQexNode* lNode = pRoot->GetParent(); lNode != nullptr; lNode = lNode->GetParent())
     {
-        if (lNode != lSceneRoot || IsMovedAway(lNode))
+        if (lNode != lSceneRoot || HasTransform(lNode))
         {
-            lAbove.push_back(lNode);
+            lAncestors.push_back(lNode);
         }
     }
-    const int lTree = static_cast<int>(mTops.size());
-    mTops.push_back(mNodes.size());
+    const int lTree = static_cast<int>(mTreeStarts.size());
+    mTreeStarts.push_back(mNodes.size());
     KQexAnimEvaluator* lEvaluator = pRoot->GetScene()->GetEvaluator();
-    for (size_t i = lAbove.size(); i > 0; --i)
+    for (size_t i = lAncestors.size(); i > 0; --i)
     {
-        const int lParent = i == lAbove.size() ? -1 : static_cast<int>(mNodes.size()) - 1;
-        mNodes.push_back(KQexGltfNode{lAbove[i - 1], lParent, lTree, lEvaluator->GetNodeGlobalTransform(lAbove[i - 1], KTime(0))});
+        const int lParent = i == lAncestors.size() ? -1 : static_cast<int>(mNodes.size()) - 1;
+        mNodes.push_back(KQexGltfNode{lAncestors[i - 1], lParent, lTree, lEvaluator->GetNodeGlobalTransform(lAncestors[i - 1], KTime(0))});
     }
     KQexGlobalTransforms lRest;
     if (!lEvaluator->EvaluateGlobalTransforms(pRoot, KTime(0), lRest))
@@ -50,7 +51,7 @@ bool KQexGltfWriter::AddTree(KQexNode* pRoot)
     const int lFirst = static_cast<int>(mNodes.size());
     for (int i = 0; i < lRest.GetCount(); ++i)
     {
-        const int lParent = i > 0 ? lFirst + lRest.GetParentIndex(i) : lAbove.empty() ? -1 : lFirst - 1;
+        const int lParent = i > 0 ? lFirst + lRest.GetParentIndex(i) : lAncestors.empty() ? -1 : lFirst - 1;
         mNodes.push_back(KQexGltfNode{lRest.GetNode(i), lParent, lTree, lRest.GetTransform(i)});
     }
     return true;
@@ -92,7 +93,8 @@ void KQexGltfWriter::AddNodes()
         }
         lNode.mSource = lFrom.mNode;
         mModel.mNodes.push_back(lNode);
-        (lFrom.mParent < 0 ? mModel.mTopNodes : mModel.mNodes[static_cast<size_t>(lFrom.mParent)].mChildren).push_back(static_cast<int>(i));
+        (lFrom.mParent < 0 ? mModel.mRootNodes : mModel.mNodes[static_cast<size_t>(lFrom.mParent)].mChildren)
+            .push_back(static_cast<int>(i));
     }
 }
 

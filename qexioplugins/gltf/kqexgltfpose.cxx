@@ -78,7 +78,7 @@ void KQexGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQex
             const KQexAnimCurve* lCurve = lCurveNode->GetCurve(i);
             lChannel.mCurve = lCurve != nullptr && lCurve->GetKeyCount() > 0 ? lCurve : nullptr;
             lChannel.mValue = lCurveNode->GetChannelValue<double>(i, lChannel.mValue);
-            mIsDriven[pProperty] = mIsDriven[pProperty] || lChannel.mCurve != nullptr || lChannel.mValue != lRest.mData[i];
+            mIsAnimated[pProperty] = mIsAnimated[pProperty] || lChannel.mCurve != nullptr || lChannel.mValue != lRest.mData[i];
         }
     }
 }

@@ -16,57 +16,57 @@
 namespace qexsdk
 {
 
-/// A node of the file, and what becomes of it.
+/// A node of the file and the scene node made from it.
 struct KQexGltfReadNode
 {
-    KQexGltfJson::KValue mFrom;              ///< The node's JSON object.
-    std::vector<int>     mChildren;          ///< Indices of its children.
-    int                  mParent = -1;       ///< Index of its parent; -1: none.
-    bool                 mIsJoint = false;   ///< A skin names it.
-    bool                 mIsMoved = false;   ///< An animation has it as a target.
-    bool                 mHasPivots = false; ///< Its pre- or post-rotation is not nothing.
-    int                  mOrder = 0;         ///< Order code of its angles.
-    KQexQuaternion       mPreInverse;        ///< The way back from its pre-rotation.
-    KQexQuaternion       mPost;              ///< Its post-rotation.
-    KQexNode*            mNode = nullptr;    ///< Null: left out.
+    KQexGltfJson::KValue mFrom;               ///< The node's JSON object.
+    std::vector<int>     mChildren;           ///< Indices of its children.
+    int                  mParent = -1;        ///< Index of its parent; -1: none.
+    bool                 mIsJoint = false;    ///< Gets a skeleton attribute: a joint of a skin, or any node when there are no skins.
+    bool                 mIsAnimated = false; ///< Target of an animation channel.
+    bool                 mHasPivots = false;  ///< It has a pre- or post-rotation.
+    int                  mOrder = 0;          ///< Order code of its Euler angles.
+    KQexQuaternion       mPreInverse;         ///< Inverse of its pre-rotation.
+    KQexQuaternion       mPost;               ///< Its post-rotation.
+    KQexNode*            mNode = nullptr;     ///< The scene node; null when skipped.
 };
 
-/// One property of one node over an animation.
+/// The keys of one property of one node in an animation.
 struct KQexGltfReadTrack
 {
-    KQexGltfReadNode* mTarget;   ///< The node that moves.
+    KQexGltfReadNode* mTarget;
     int               mProperty; ///< 0 translation, 1 rotation, 2 scale.
-    KQexGltfKeys      mKeys;     ///< How it moves.
+    KQexGltfKeys      mKeys;
 };
 
-/// Builds nodes and takes from a file. Throws KQexGltfError, and what the standard library throws when memory runs out; what was built
-/// is then the caller's to undo.
+/// Builds nodes and takes from a file. Throws KQexGltfError, and std::bad_alloc when memory runs out; the caller must then undo what
+/// was built.
 class KQexGltfReader
 {
 public:
-    /// Reads \p pSource into \p pScene; messages go to \p pFile. All of them have to outlive this.
+    /// Reads \p pSource into \p pScene; messages go to \p pFile. All arguments must outlive this.
     KQexGltfReader(KQexFileGltf& pFile, KQexGltfSource& pSource, KQexScene* pScene, const KQexGltfReadOptions& pOptions);
     KQexGltfReader(const KQexGltfReader&) = delete;
     KQexGltfReader& operator=(const KQexGltfReader&) = delete;
 
-    /// Makes the nodes of the file's scene, with their rest pose and extras.
+    /// Creates the nodes of the file's scene, with their rest pose and extras.
     void ReadNodes();
 
-    /// False when the progress call cancels.
+    /// Creates the takes. False when the progress callback cancels.
     bool ReadTakes();
 
-    /// Hangs the roots into the scene.
+    /// Adds the root nodes to their parent and moves the results to \p pResult.
     void Finish(KQexGltfReadResult& pResult);
 
 private:
     void             CheckExtensions();
     void             LinkNodes();
-    void             CheckCircles() const;
+    void             CheckCycles() const;
     void             MarkJoints();
-    void             MarkMoved();
+    void             MarkAnimated();
     bool             IsMeshOnly(const KQexGltfReadNode& pNode) const;
-    std::vector<int> FindTops();
-    void             MakeTree(int pTop);
+    std::vector<int> FindRoots();
+    void             MakeTree(int pRoot);
     void             MakeNode(int pIndex);
     void             SetTransform(KQexGltfReadNode& pNode, const std::string& pName);
     void             SetMatrix(KQexGltfReadNode& pNode, const std::string& pName);
@@ -74,14 +74,14 @@ private:
     void ReadExtras(KQexGltfReadNode& pNode);
     void ReadLimits(const KQexGltfJson::KValue& pFrom, KQexLimits& pLimits) const;
     void ReadDofs(const KQexGltfJson::KValue& pFrom, std::vector<KQexBoneDof>& pDofs) const;
-    void ToAngles(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3], double pAngles[3]) const;
+    void ToEuler(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3], double pAngles[3]) const;
     bool ReadTake(size_t pIndex);
     void ReadTracks(const KQexGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KQexGltfReadTrack>& pTracks);
     KQexGltfReadTrack ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget, int pProperty);
     std::shared_ptr<const std::vector<double>> GetTimes(size_t pAccessor, const std::string& pName);
     KQexSampling                               FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const;
     void                                       FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling);
-    void                                       Spend(double pKeys, const std::string& pName);
+    void                                       CountKeys(double pKeys, const std::string& pName);
     void                                       Warn(const std::string& pText) { mFile.Report(KQexTextMessage::eWARNING, pText); }
 
     KQexFileGltf&                                                mFile;
@@ -92,18 +92,18 @@ private:
     KQexGltfAccessors                                            mAccessors;
     std::vector<KQexGltfReadNode>                                mNodes;
     std::vector<KQexGltfJson::KValue>                            mAnimations;
-    std::vector<KQexNode*>                                       mRoots; ///< Not yet below a node of the scene.
+    std::vector<KQexNode*>                                       mRoots; ///< Without a parent until Finish().
     std::vector<KQexGltfTake>                                    mTakes;
     KQexBoneDofs                                                 mBoneDofs;
     KQexUniqueNames                                              mTakeNames;
-    std::map<size_t, std::shared_ptr<const std::vector<double>>> mTimes;       ///< Key times by accessor.
-    double                                                       mSpent = 0.0; ///< Keys looked at and made.
+    std::map<size_t, std::shared_ptr<const std::vector<double>>> mTimes;          ///< Key times by input accessor.
+    double                                                       mKeyCount = 0.0; ///< Keys read and made so far.
 };
 
-/// Exactly \p pCount finite numbers. False when \p pFrom is missing; throws when it is anything else.
-bool GltfNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName);
+/// Reads an array of \p pCount numbers. False when \p pFrom is missing; throws when it is anything else.
+bool GltfReadNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName);
 
-/// Makes \p pRotation a unit quaternion; false, and identity, when it has no length.
+/// Normalizes \p pRotation. False, and identity, when its length is zero or not finite.
 bool GltfNormalize(KQexQuaternion& pRotation);
 
 } // namespace qexsdk

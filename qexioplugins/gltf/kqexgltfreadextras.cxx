@@ -3,8 +3,7 @@
 
 #include <cstring>
 
-// What this system's own writer says of a node in its `extras`. Other programs put there what they like, so anything that does not look
-// like it is left alone.
+// Reads the `extras` that our own writer adds to nodes. Other programs may store anything there, so unknown contents are ignored.
 
 namespace qexsdk
 {
@@ -12,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-/// Reads bounds by axis: {"x": …, "z": …}; an axis that is not there has none.
+/// Reads bounds by axis: {"x": …, "z": …}; a missing axis has no bound.
 void ReadBounds(const KQexGltfJson::KValue& pFrom, bool* pActive, double* pValues)
 {
     static const char* const sAxes[3] = {"x", "y", "z"};
@@ -70,7 +69,7 @@ void KQexGltfReader::ReadExtras(KQexGltfReadNode& pNode)
     {
         ReadLimits(lLimits["rotation"], lNode->GetLimits().mRotationLimits);
     }
-    // Programs write an empty list, of a bone without degrees of freedom, as null.
+    // A bone without degrees of freedom has an empty array, which some programs write as null.
     if (lExtras["dofs"].Is(KQexGltfJson::eARRAY) || lExtras["dofs"].Is(KQexGltfJson::eNULL))
     {
         ReadDofs(lExtras["dofs"], mBoneDofs[lNode->GetName()]);

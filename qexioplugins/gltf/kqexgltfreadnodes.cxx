@@ -12,7 +12,7 @@ namespace qexsdk
 namespace
 {
 
-/// Extensions that change meshes, materials and lights at most, which are not looked at anyway.
+/// Whether an extension only concerns meshes, materials or lights, which are ignored anyway.
 bool IsHarmless(const std::string& pExtension)
 {
     static const char* const sHarmless[] = {"KHR_materials_",        "KHR_texture_", "KHR_draco_mesh_compression",
@@ -47,7 +47,7 @@ void KQexGltfReader::CheckExtensions()
         const std::string lName = lExtension.GetText();
         if (!IsHarmless(lName))
         {
-            Warn("Extension (" + lName.substr(0, 100) + ") is required but not known, reading without it");
+            Warn("Extension (" + lName.substr(0, 100) + ") is required but not supported, ignored");
         }
     }
 }
@@ -68,20 +68,20 @@ void KQexGltfReader::LinkNodes()
             KQexGltfReadNode& lChild = mNodes[static_cast<size_t>(lIndex)];
             if (lChild.mParent >= 0)
             {
-                throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lIndex)) + " has a parent already, " +
+                throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lIndex)) + " already has a parent, " +
                                     NodeText(static_cast<size_t>(lChild.mParent)));
             }
             lChild.mParent = static_cast<int>(i);
             mNodes[i].mChildren.push_back(lIndex);
         }
     }
-    CheckCircles();
+    CheckCycles();
 }
 
-/// Every node has one parent at most, so following parents from it either ends or goes in a circle.
-void KQexGltfReader::CheckCircles() const
+/// Each node has at most one parent, so following parents either ends at a root or runs into a cycle.
+void KQexGltfReader::CheckCycles() const
 {
-    std::vector<size_t> lSeen(mNodes.size(), 0); // The walk that came by, from 1.
+    std::vector<size_t> lSeen(mNodes.size(), 0); // Number of the walk that visited the node first, from 1.
     for (size_t i = 0; i < mNodes.size(); ++i)
     {
         int lNode = static_cast<int>(i);
@@ -92,12 +92,12 @@ void KQexGltfReader::CheckCircles() const
         }
         if (lNode >= 0 && lSeen[static_cast<size_t>(lNode)] == i + 1)
         {
-            throw KQexGltfError(NodeText(static_cast<size_t>(lNode)) + " is below itself");
+            throw KQexGltfError(NodeText(static_cast<size_t>(lNode)) + " is its own ancestor");
         }
     }
 }
 
-/// Joints of skins; all nodes when there is no skin.
+/// Marks the joints of skins; all nodes when there is no skin.
 void KQexGltfReader::MarkJoints()
 {
     const std::vector<KQexGltfJson::KValue> lSkins = GltfMembers(mRoot["skins"], "skins");
@@ -117,7 +117,7 @@ void KQexGltfReader::MarkJoints()
     }
 }
 
-void KQexGltfReader::MarkMoved()
+void KQexGltfReader::MarkAnimated()
 {
     for (size_t i = 0; i < mAnimations.size(); ++i)
     {
@@ -127,49 +127,50 @@ void KQexGltfReader::MarkMoved()
             const int lNode = GltfIndex(lChannel["target"]["node"], mNodes.size(), lName);
             if (lNode >= 0)
             {
-                mNodes[static_cast<size_t>(lNode)].mIsMoved = true;
+                mNodes[static_cast<size_t>(lNode)].mIsAnimated = true;
             }
         }
     }
 }
 
-/// A skinned mesh stands where its skin's joints are, so the node that holds it has no place of its own.
+/// Whether a node only holds a skinned mesh. The joints alone position such a mesh, so its node carries no motion.
 bool KQexGltfReader::IsMeshOnly(const KQexGltfReadNode& pNode) const
 {
-    return pNode.mFrom["mesh"].IsValid() && pNode.mFrom["skin"].IsValid() && pNode.mChildren.empty() && !pNode.mIsJoint && !pNode.mIsMoved;
+    return pNode.mFrom["mesh"].IsValid() && pNode.mFrom["skin"].IsValid() && pNode.mChildren.empty() && !pNode.mIsJoint &&
+           !pNode.mIsAnimated;
 }
 
-/// The top nodes of the file's scene; of the whole file when it has no scenes.
-std::vector<int> KQexGltfReader::FindTops()
+/// The root nodes of the file's scene; of the whole file when it has no scenes.
+std::vector<int> KQexGltfReader::FindRoots()
 {
     const std::vector<KQexGltfJson::KValue> lScenes = GltfMembers(mRoot["scenes"], "scenes");
     const int                               lScene = GltfIndex(mRoot["scene"], lScenes.size(), "scene");
-    std::vector<int>                        lTops;
+    std::vector<int>                        lRoots;
     if (lScenes.empty())
     {
         for (size_t i = 0; i < mNodes.size(); ++i)
         {
             if (mNodes[i].mParent < 0)
             {
-                lTops.push_back(static_cast<int>(i));
+                lRoots.push_back(static_cast<int>(i));
             }
         }
-        return lTops;
+        return lRoots;
     }
     const std::string lName = "scenes[" + std::to_string(std::max(lScene, 0)) + "].nodes";
     std::vector<bool> lSeen(mNodes.size(), false);
     for (const KQexGltfJson::KValue& lFrom : GltfMembers(lScenes[static_cast<size_t>(std::max(lScene, 0))]["nodes"], lName))
     {
-        const int lTop = GltfIndex(lFrom, mNodes.size(), lName);
-        if (mNodes[static_cast<size_t>(lTop)].mParent >= 0 || lSeen[static_cast<size_t>(lTop)])
+        const int lRoot = GltfIndex(lFrom, mNodes.size(), lName);
+        if (mNodes[static_cast<size_t>(lRoot)].mParent >= 0 || lSeen[static_cast<size_t>(lRoot)])
         {
-            throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lTop)) +
-                                (lSeen[static_cast<size_t>(lTop)] ? " stands there twice" : " is below another node"));
+            throw KQexGltfError(lName + ": " + NodeText(static_cast<size_t>(lRoot)) +
+                                (lSeen[static_cast<size_t>(lRoot)] ? " appears twice" : " has a parent"));
         }
-        lSeen[static_cast<size_t>(lTop)] = true;
-        lTops.push_back(lTop);
+        lSeen[static_cast<size_t>(lRoot)] = true;
+        lRoots.push_back(lRoot);
     }
-    return lTops;
+    return lRoots;
 }
 
 void KQexGltfReader::ReadNodes()
@@ -177,21 +178,21 @@ void KQexGltfReader::ReadNodes()
     CheckExtensions();
     LinkNodes();
     MarkJoints();
-    MarkMoved();
-    for (const int lTop : FindTops())
+    MarkAnimated();
+    for (const int lRoot : FindRoots())
     {
-        MakeTree(lTop);
+        MakeTree(lRoot);
     }
     if (mRoots.empty())
     {
-        throw KQexGltfError("There are no nodes in the file's scene");
+        throw KQexGltfError("The file's scene has no nodes");
     }
 }
 
-/// In pre-order and with a stack of its own: a node is hung under its parent while it has no children, which costs nothing.
-void KQexGltfReader::MakeTree(int pTop)
+/// Creates a tree in pre-order, with an explicit stack. Each node is added to its parent before it has children, when that is cheap.
+void KQexGltfReader::MakeTree(int pRoot)
 {
-    std::vector<int> lOpen(1, pTop);
+    std::vector<int> lOpen(1, pRoot);
     while (!lOpen.empty())
     {
         const int lIndex = lOpen.back();
@@ -211,25 +212,25 @@ void KQexGltfReader::MakeNode(int pIndex)
     KQexGltfReadNode& lNode = mNodes[static_cast<size_t>(pIndex)];
     const std::string lText = lNode.mFrom["name"].GetText();
     const std::string lName = lText.empty() ? "node_" + std::to_string(pIndex) : lText;
-    // Room first: nothing may fail between making the node and having it in a tree.
+    // Reserve first: push_back() must not throw between creating the node and storing it.
     if (mRoots.size() == mRoots.capacity())
     {
         mRoots.reserve(2 * mRoots.size() + 8);
     }
-    KQexNode* lMade = KQexNode::Create(mScene, lName.c_str());
-    if (lMade == nullptr)
+    KQexNode* lSceneNode = KQexNode::Create(mScene, lName.c_str());
+    if (lSceneNode == nullptr)
     {
         throw std::bad_alloc();
     }
-    lNode.mNode = lMade;
+    lNode.mNode = lSceneNode;
     KQexNode* lParent = lNode.mParent >= 0 ? mNodes[static_cast<size_t>(lNode.mParent)].mNode : nullptr;
     if (lParent == nullptr)
     {
-        mRoots.push_back(lMade);
+        mRoots.push_back(lSceneNode);
     }
     else
     {
-        lParent->AddChild(lMade);
+        lParent->AddChild(lSceneNode);
     }
     if (lNode.mIsJoint)
     {
@@ -239,9 +240,9 @@ void KQexGltfReader::MakeNode(int pIndex)
             throw std::bad_alloc();
         }
         lSkeleton->SetSkeletonType(KQexSkeleton::eSKELETON_JOINT);
-        lMade->SetNodeAttribute(lSkeleton);
+        lSceneNode->SetNodeAttribute(lSkeleton);
     }
-    lMade->SetRotationActive(true);
+    lSceneNode->SetRotationActive(true);
     ReadExtras(lNode);
     SetTransform(lNode, NodeText(static_cast<size_t>(pIndex)));
 }

@@ -16,9 +16,9 @@ namespace
 {
 
 constexpr long long kDefaultStep = 705600000 / 120;
-constexpr double    kFreeKeys = 4e6;   ///< Keys that any file may have.
-constexpr double    kKeysAByte = 16.0; ///< And further ones, for each byte of it.
-constexpr double    kLongest = 1e9;    ///< Seconds that a key may be from zero.
+constexpr double    kBaseKeys = 4e6;     ///< Keys that a file of any size may have.
+constexpr double    kKeysPerByte = 16.0; ///< Additional keys per byte of the file.
+constexpr double    kMaxTime = 1e9;      ///< Largest absolute time of a key, in seconds.
 
 int PropertyOf(const char* pPath)
 {
@@ -48,7 +48,7 @@ KQexGltfInterpolation InterpolationOf(const KQexGltfJson::KValue& pFrom, const s
     {
         return KQexGltfInterpolation::eCUBIC;
     }
-    throw KQexGltfError(pName + " is no interpolation (" + lWord.substr(0, 100) + ")");
+    throw KQexGltfError(pName + ": unknown value (" + lWord.substr(0, 100) + ")");
 }
 
 float ToFloat(double pValue)
@@ -65,7 +65,7 @@ KQexProperty& PropertyOf(KQexNode* pNode, int pProperty)
     return pProperty == 0 ? pNode->mLocalTranslation : pProperty == 1 ? pNode->mLocalRotation : pNode->mLocalScaling;
 }
 
-/// Three new curves on the property, on the take's first layer.
+/// Creates three curves for the property on the take's base layer.
 void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimCurve** pCurves)
 {
     static const char* const sSuffixes[3][3] = {{"_tx", "_ty", "_tz"}, {"_rx", "_ry", "_rz"}, {"_sx", "_sy", "_sz"}};
@@ -89,47 +89,47 @@ void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimC
 
 } // namespace
 
-/// Counts work whose size the file can claim without having it, such as a few keys that are days apart.
-void KQexGltfReader::Spend(double pKeys, const std::string& pName)
+/// Limits the keys to the size of the file: two keys that are days apart would otherwise make millions of frames.
+void KQexGltfReader::CountKeys(double pKeys, const std::string& pName)
 {
-    mSpent += pKeys;
-    if (mSpent > kFreeKeys + kKeysAByte * static_cast<double>(mSource.GetSize()))
+    mKeyCount += pKeys;
+    if (mKeyCount > kBaseKeys + kKeysPerByte * static_cast<double>(mSource.GetSize()))
     {
-        throw KQexGltfError(pName + ": too long for its size; a lower rate makes fewer frames");
+        throw KQexGltfError(pName + ": too many keys for the size of the file; try a lower frame rate");
     }
 }
 
 std::shared_ptr<const std::vector<double>> KQexGltfReader::GetTimes(size_t pAccessor, const std::string& pName)
 {
-    std::shared_ptr<const std::vector<double>>& lKnown = mTimes[pAccessor];
-    if (lKnown != nullptr)
+    std::shared_ptr<const std::vector<double>>& lCached = mTimes[pAccessor];
+    if (lCached != nullptr)
     {
-        return lKnown;
+        return lCached;
     }
     const KQexGltfAccessor& lFrom = mAccessors.Get(pAccessor);
     if (lFrom.GetComponents() != 1 || !lFrom.HasData() || lFrom.GetCount() == 0)
     {
         throw KQexGltfError(pName + " has no times");
     }
-    Spend(static_cast<double>(lFrom.GetCount()), pName);
+    CountKeys(static_cast<double>(lFrom.GetCount()), pName);
     auto lTimes = std::make_shared<std::vector<double>>(lFrom.GetCount());
     for (size_t i = 0; i < lTimes->size(); ++i)
     {
         double& lTime = (*lTimes)[i];
         lFrom.Get(i, &lTime);
-        if (!(std::fabs(lTime) <= kLongest) || (i > 0 && lTime < (*lTimes)[i - 1]))
+        if (!(std::fabs(lTime) <= kMaxTime) || (i > 0 && lTime < (*lTimes)[i - 1]))
         {
-            throw KQexGltfError(pName + ": times do not rise at key " + std::to_string(i));
+            throw KQexGltfError(pName + ": invalid time at key " + std::to_string(i));
         }
     }
-    lKnown = lTimes;
-    return lKnown;
+    lCached = lTimes;
+    return lCached;
 }
 
 void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KQexGltfReadTrack>& pTracks)
 {
     const std::vector<KQexGltfJson::KValue> lSamplers = GltfMembers(pAnimation["samplers"], pName + ".samplers");
-    std::unordered_set<size_t>              lTaken;
+    std::unordered_set<size_t>              lTargets;
     size_t                                  lChannel = 0;
     for (KQexGltfJson::KValue lFrom = pAnimation["channels"].GetFirst(); lFrom.IsValid(); lFrom = lFrom.GetNext(), ++lChannel)
     {
@@ -141,15 +141,15 @@ void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const st
         {
             throw KQexGltfError(lName + ".sampler is missing");
         }
-        // Without a node, or for another path, it moves something that is not a node's place.
+        // Channels of extensions and of morph weights, and those of skipped nodes.
         if (lNode < 0 || lProperty < 0 || mNodes[static_cast<size_t>(lNode)].mNode == nullptr)
         {
             continue;
         }
-        const size_t lPlace = 3 * static_cast<size_t>(lNode) + static_cast<size_t>(lProperty);
-        if (!lTaken.insert(lPlace).second)
+        const size_t lTarget = 3 * static_cast<size_t>(lNode) + static_cast<size_t>(lProperty);
+        if (!lTargets.insert(lTarget).second)
         {
-            Warn(lName + " moves what another channel moves already, left out");
+            Warn(lName + " has the same target as an earlier channel, ignored");
             continue;
         }
         pTracks.push_back(ReadTrack(lSamplers[static_cast<size_t>(lSampler)], pName + ".samplers[" + std::to_string(lSampler) + "]",
@@ -175,7 +175,7 @@ KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler
         throw KQexGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " + (pProperty == 1 ? "4" : "3") +
                             " numbers");
     }
-    Spend(static_cast<double>(lTimes->size()), pName);
+    CountKeys(static_cast<double>(lTimes->size()), pName);
     return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == 1)};
 }
 
@@ -205,7 +205,7 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
     }
     if (lStep <= 0)
     {
-        throw KQexGltfError("Frames a second out of range");
+        throw KQexGltfError("Frame rate out of range");
     }
     const double lSeconds = KTime(lStep).GetSeconds();
     const double lStart = std::round(lFirst / lSeconds);
@@ -213,9 +213,9 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
     KQexSampling lSampling;
     lSampling.mStep = KTime(lStep);
     lSampling.mStart =
-        KTime(std::fabs(lFirst - lStart * lSeconds) <= GltfSameTime(lFirst, lSeconds) ? static_cast<long long>(lStart) * lStep
-                                                                                      : KTime::FromSeconds(lFirst).Get());
-    lSampling.mCount = static_cast<long long>(std::ceil(lFrames - GltfSameTime(lLast, lSeconds) / lSeconds)) + 1;
+        KTime(std::fabs(lFirst - lStart * lSeconds) <= GltfTimeTolerance(lFirst, lSeconds) ? static_cast<long long>(lStart) * lStep
+                                                                                           : KTime::FromSeconds(lFirst).Get());
+    lSampling.mCount = static_cast<long long>(std::ceil(lFrames - GltfTimeTolerance(lLast, lSeconds) / lSeconds)) + 1;
     return lSampling;
 }
 
@@ -234,15 +234,15 @@ void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack
     {
         const KTime  lTime = pSampling.GetTime(lFrame);
         const double lSeconds = lTime.GetSeconds();
-        if (!pTrack.mKeys.Evaluate(lSeconds, GltfSameTime(lSeconds, lStep), lValue))
+        if (!pTrack.mKeys.Evaluate(lSeconds, GltfTimeTolerance(lSeconds, lStep), lValue))
         {
-            throw KQexGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not a number");
+            throw KQexGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not finite");
         }
         if (lProperty == 1)
         {
             KQexQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
             GltfNormalize(lRotation);
-            ToAngles(*pTrack.mTarget, lRotation, lNear, lNear);
+            ToEuler(*pTrack.mTarget, lRotation, lNear, lNear);
             KmVset(lValue, lNear);
         }
         for (int i = 0; i < 3; ++i)
@@ -263,7 +263,7 @@ bool KQexGltfReader::ReadTake(size_t pIndex)
     ReadTracks(mAnimations[pIndex], lName, lTracks);
     if (lTracks.empty())
     {
-        Warn("Animation (" + (lText.empty() ? lName : lText) + ") moves no node, left out");
+        Warn("Animation (" + (lText.empty() ? lName : lText) + ") moves no node, ignored");
         return true;
     }
     const KQexSampling lSampling = FindSampling(lTracks);
@@ -275,12 +275,12 @@ bool KQexGltfReader::ReadTake(size_t pIndex)
     }
     for (size_t i = 0; i < lTracks.size(); ++i)
     {
-        const double lPart = static_cast<double>(i) / static_cast<double>(lTracks.size());
-        if (mOptions.mProgress && !mOptions.mProgress((static_cast<double>(pIndex) + lPart) / static_cast<double>(mAnimations.size())))
+        const double lFraction = static_cast<double>(i) / static_cast<double>(lTracks.size());
+        if (mOptions.mProgress && !mOptions.mProgress((static_cast<double>(pIndex) + lFraction) / static_cast<double>(mAnimations.size())))
         {
             return false;
         }
-        Spend(3.0 * static_cast<double>(lSampling.mCount), lName);
+        CountKeys(3.0 * static_cast<double>(lSampling.mCount), lName);
         FillCurves(lStack, lTracks[i], lSampling);
     }
     mTakes.push_back(KQexGltfTake{lStack, lSampling});
@@ -303,10 +303,9 @@ bool KQexGltfReader::ReadTakes()
     return true;
 }
 
-/// The angles of a node whose local rotation, pivots included, is \p pRotation: of all that give it, those nearest to \p pNear, which
-/// may be \p pAngles.
-void KQexGltfReader::ToAngles(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3],
-                              double pAngles[3]) const
+/// Euler angles of a node whose local rotation, pivots included, is \p pRotation: the triple nearest to \p pNear, which may alias
+/// \p pAngles.
+void KQexGltfReader::ToEuler(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3], double pAngles[3]) const
 {
     const KQexQuaternion lQ = pNode.mHasPivots ? pNode.mPreInverse * pRotation * pNode.mPost : pRotation;
     const double*        lV = lQ.mData;

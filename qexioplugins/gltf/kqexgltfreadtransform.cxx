@@ -9,7 +9,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kShear = 1e-4; ///< Cosine between axes up to which they count as square: files have single precision.
+constexpr double kShearTolerance = 1e-4; ///< Axes whose cosine is at most this count as orthogonal: files have single precision.
 
 double Determinant(const double (*pM)[3])
 {
@@ -17,10 +17,10 @@ double Determinant(const double (*pM)[3])
            pM[0][2] * (pM[1][0] * pM[2][1] - pM[1][1] * pM[2][0]);
 }
 
-/// The rotation whose axes' images are \p pM, which are of unit length and square to each other.
+/// The rotation that maps the axes to the rows of \p pM, which are orthonormal.
 KQexQuaternion QuaternionOf(const double (*pM)[3])
 {
-    // From the largest component, so that nothing is divided by a small number.
+    // Start with the largest component, to avoid dividing by a small number.
     const double   lTrace = pM[0][0] + pM[1][1] + pM[2][2];
     KQexQuaternion lQ;
     if (lTrace > 0.0)
@@ -45,7 +45,7 @@ KQexQuaternion QuaternionOf(const double (*pM)[3])
 
 } // namespace
 
-bool GltfNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
+bool GltfReadNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
 {
     if (!pFrom.IsValid())
     {
@@ -99,41 +99,41 @@ void KQexGltfReader::SetTransform(KQexGltfReadNode& pNode, const std::string& pN
     double         lT[3] = {0.0, 0.0, 0.0};
     double         lS[3] = {1.0, 1.0, 1.0};
     KQexQuaternion lR;
-    GltfNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
-    GltfNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
-    if (GltfNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
+    GltfReadNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
+    GltfReadNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
+    if (GltfReadNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
     {
-        Warn(pName + ".rotation has no length, taken as none");
+        Warn(pName + ".rotation has zero length, using identity");
     }
     SetRest(pNode, lT, lR, lS);
 }
 
-/// Takes a matrix apart: the lengths of its axes are the scale, and what is left of them, made square from the first on, the rotation.
+/// Decomposes a matrix: the lengths of its axes are the scale, and the axes after Gram-Schmidt orthonormalization are the rotation.
 void KQexGltfReader::SetMatrix(KQexGltfReadNode& pNode, const std::string& pName)
 {
     double lM[16];
     double lAxes[3][3];
     double lS[3];
-    GltfNumbers(pNode.mFrom["matrix"], 16, lM, pName + ".matrix");
-    bool lIsFlat = false;
+    GltfReadNumbers(pNode.mFrom["matrix"], 16, lM, pName + ".matrix");
+    bool lIsSingular = false;
     for (int i = 0; i < 3; ++i)
     {
         const double* lAxis = lM + 4 * i;
         lS[i] = std::hypot(lAxis[0], lAxis[1], lAxis[2]);
-        lIsFlat = lIsFlat || !(lS[i] > 0.0) || !std::isfinite(lS[i]);
+        lIsSingular = lIsSingular || !(lS[i] > 0.0) || !std::isfinite(lS[i]);
         for (int j = 0; j < 3; ++j)
         {
-            lAxes[i][j] = lIsFlat ? 0.0 : lAxis[j] / lS[i];
+            lAxes[i][j] = lIsSingular ? 0.0 : lAxis[j] / lS[i];
         }
     }
-    const double lTurns = lIsFlat ? 0.0 : Determinant(lAxes);
-    if (lIsFlat || std::fabs(lTurns) < 1e-9)
+    const double lDeterminant = lIsSingular ? 0.0 : Determinant(lAxes);
+    if (lIsSingular || std::fabs(lDeterminant) < 1e-9)
     {
-        Warn(pName + ".matrix flattens space, its rotation is left out");
+        Warn(pName + ".matrix is singular, rotation ignored");
         SetRest(pNode, lM + 12, KQexQuaternion(), lS);
         return;
     }
-    if (lTurns < 0.0)
+    if (lDeterminant < 0.0)
     {
         lS[0] = -lS[0];
         std::transform(lAxes[0], lAxes[0] + 3, lAxes[0], std::negate<>());
@@ -143,11 +143,11 @@ void KQexGltfReader::SetMatrix(KQexGltfReadNode& pNode, const std::string& pName
     {
         for (int j = 0; j < i; ++j)
         {
-            const double lAlong = Dot(lAxes[i], lAxes[j]);
-            lIsSheared = lIsSheared || std::fabs(lAlong) > kShear;
+            const double lProjection = Dot(lAxes[i], lAxes[j]);
+            lIsSheared = lIsSheared || std::fabs(lProjection) > kShearTolerance;
             for (int k = 0; k < 3; ++k)
             {
-                lAxes[i][k] -= lAlong * lAxes[j][k];
+                lAxes[i][k] -= lProjection * lAxes[j][k];
             }
         }
         const double lLength = std::sqrt(Dot(lAxes[i], lAxes[i]));
@@ -155,7 +155,7 @@ void KQexGltfReader::SetMatrix(KQexGltfReadNode& pNode, const std::string& pName
     }
     if (lIsSheared)
     {
-        Warn(pName + ".matrix is sheared, which a node can't be; the nearest rotation and scale are taken");
+        Warn(pName + ".matrix has shear or perspective, which is ignored");
     }
     KQexQuaternion lR = QuaternionOf(lAxes);
     GltfNormalize(lR);
@@ -168,7 +168,7 @@ void KQexGltfReader::SetRest(KQexGltfReadNode& pNode, const double pTranslation[
     double       lAngles[3] = {0.0, 0.0, 0.0};
     const double lF = mOptions.mScale;
     const double lT[3] = {pTranslation[0] * lF, pTranslation[1] * lF, pTranslation[2] * lF};
-    ToAngles(pNode, pRotation, lAngles, lAngles);
+    ToEuler(pNode, pRotation, lAngles, lAngles);
     if (!std::isfinite(lT[0] + lT[1] + lT[2]) || !std::isfinite(pScaling[0] + pScaling[1] + pScaling[2]))
     {
         throw KQexGltfError(std::string("Node (") + pNode.mNode->GetName() + "): a value is too large");

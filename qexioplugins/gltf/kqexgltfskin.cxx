@@ -11,9 +11,9 @@ namespace qexsdk
 namespace
 {
 
-constexpr size_t kMaxJoints = 65535; ///< What the 16 bits of a vertex's joint can tell apart.
+constexpr size_t kMaxJoints = 65535; ///< Limit of a vertex's 16-bit joint index.
 
-/// Writes the inverse of an affine transform, column by column. One that flattens space has none; identity is written then.
+/// Writes the inverse of an affine transform in column-major order; identity when it is singular.
 void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
 {
     const double* lA = pTransform.mData[0].mData;
@@ -24,17 +24,17 @@ void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
     KmV(lRows[1], lC[1] * lA[2] - lC[2] * lA[1], lC[2] * lA[0] - lC[0] * lA[2], lC[0] * lA[1] - lC[1] * lA[0]);
     KmV(lRows[2], lA[1] * lB[2] - lA[2] * lB[1], lA[2] * lB[0] - lA[0] * lB[2], lA[0] * lB[1] - lA[1] * lB[0]);
     const double lDeterminant = lA[0] * lRows[0][0] + lA[1] * lRows[0][1] + lA[2] * lRows[0][2];
-    const bool   lIsFlat = !(std::fabs(lDeterminant) > 1e-30);
+    const bool   lIsSingular = !(std::fabs(lDeterminant) > 1e-30);
     for (int lColumn = 0; lColumn < 4; ++lColumn)
     {
         for (int lRow = 0; lRow < 4; ++lRow)
         {
             double lValue = lRow == lColumn ? 1.0 : 0.0;
-            if (!lIsFlat && lRow < 3 && lColumn < 3)
+            if (!lIsSingular && lRow < 3 && lColumn < 3)
             {
                 lValue = lRows[lRow][lColumn] / lDeterminant;
             }
-            else if (!lIsFlat && lRow < 3)
+            else if (!lIsSingular && lRow < 3)
             {
                 const double* lT = pTransform.mData[3].mData;
                 lValue = -pScale * (lRows[lRow][0] * lT[0] + lRows[lRow][1] * lT[1] + lRows[lRow][2] * lT[2]) / lDeterminant;
@@ -46,9 +46,9 @@ void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
 
 } // namespace
 
-void KQexGltfWriter::GetPlace(const KQexGltfNode& pNode, double* pPlace) const
+void KQexGltfWriter::GetPosition(const KQexGltfNode& pNode, double* pPosition) const
 {
-    KmVN(pPlace, pNode.mRest.mData[3].mData, mOptions.mScale);
+    KmVN(pPosition, pNode.mRest.mData[3].mData, mOptions.mScale);
 }
 
 void KQexGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KQexGltfModel::KSkin& pSkin)
@@ -63,12 +63,12 @@ void KQexGltfWriter::AddInverseBinds(const std::vector<size_t>& pJoints, KQexGlt
     mBuffer.SetBounds(pSkin.mInverseBinds);
 }
 
-/// A skin over the skeleton nodes of a tree, or over all its nodes when none is one.
+/// Adds a skin of the tree's skeleton nodes, or of all its nodes when it has none.
 void KQexGltfWriter::AddSkin(int pTree)
 {
     std::vector<size_t> lJoints;
     std::vector<size_t> lAll;
-    for (size_t i = mTops[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
+    for (size_t i = mTreeStarts[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
     {
         lAll.push_back(i);
         if (mNodes[i].mNode->GetSkeleton() != nullptr)
@@ -82,12 +82,12 @@ void KQexGltfWriter::AddSkin(int pTree)
     }
     if (lJoints.size() > kMaxJoints)
     {
-        mFile.Report(KQexTextMessage::eWARNING, "Skin left out: more joints than a skin can have");
+        mFile.Report(KQexTextMessage::eWARNING, "Skin not written: more than 65535 joints");
         return;
     }
     KQexGltfModel::KSkin lSkin;
     lSkin.mName = mModel.mNodes[lJoints.front()].mName;
-    lSkin.mSkeleton = static_cast<int>(mTops[static_cast<size_t>(pTree)]);
+    lSkin.mSkeleton = static_cast<int>(mTreeStarts[static_cast<size_t>(pTree)]);
     lSkin.mJoints.assign(lJoints.begin(), lJoints.end());
     AddInverseBinds(lJoints, lSkin);
     mModel.mSkins.push_back(lSkin);
@@ -107,15 +107,15 @@ void KQexGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int 
         lIsJoint[pJoints[i]] = true;
     }
     KQexGltfBoneMesh lBones;
-    for (size_t i = mTops[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
+    for (size_t i = mTreeStarts[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
     {
         const int lParent = mNodes[i].mParent;
         if (lParent >= 0 && lIsJoint[i] && lIsJoint[static_cast<size_t>(lParent)])
         {
             double lStart[3];
             double lEnd[3];
-            GetPlace(mNodes[static_cast<size_t>(lParent)], lStart);
-            GetPlace(mNodes[i], lEnd);
+            GetPosition(mNodes[static_cast<size_t>(lParent)], lStart);
+            GetPosition(mNodes[i], lEnd);
             lBones.AddBone(lStart, lEnd, lJointOf[static_cast<size_t>(lParent)]);
         }
     }
@@ -152,7 +152,7 @@ void KQexGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int 
     lNode.mSkin = pSkin;
     mModel.mMeshes.push_back({lNode.mName, lPrimitive});
     mModel.mNodes.push_back(lNode);
-    mModel.mTopNodes.push_back(static_cast<int>(mModel.mNodes.size()) - 1);
+    mModel.mRootNodes.push_back(static_cast<int>(mModel.mNodes.size()) - 1);
 }
 
 } // namespace qexsdk

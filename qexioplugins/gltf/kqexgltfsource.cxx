@@ -17,29 +17,29 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr size_t kChunkHead = 8;
-constexpr size_t kFileHead = 12;
+constexpr size_t kChunkHeaderSize = 8;
+constexpr size_t kFileHeaderSize = 12;
 
-size_t LittleEndian(std::string_view pBytes, size_t pPlace)
+size_t ReadLittleEndian(std::string_view pBytes, size_t pAt)
 {
     size_t lValue = 0;
     for (size_t i = 4; i > 0; --i)
     {
-        lValue = lValue << 8 | static_cast<unsigned char>(pBytes[pPlace + i - 1]);
+        lValue = lValue << 8 | static_cast<unsigned char>(pBytes[pAt + i - 1]);
     }
     return lValue;
 }
 
-/// The value of a digit of base 64, -1 for any other character. Both alphabets that are in use are taken.
-int Digit64(char pC)
+/// The value of a base64 digit, of the standard or the URL alphabet; -1 for any other character.
+int Base64Digit(char pC)
 {
     static const std::string_view sDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     const char                    lC = pC == '-' ? '+' : pC == '_' ? '/' : pC;
-    const size_t                  lPlace = sDigits.find(lC);
-    return lPlace == std::string_view::npos ? -1 : static_cast<int>(lPlace);
+    const size_t                  lAt = sDigits.find(lC);
+    return lAt == std::string_view::npos ? -1 : static_cast<int>(lAt);
 }
 
-std::string Decode64(std::string_view pText, const std::string& pName)
+std::string DecodeBase64(std::string_view pText, const std::string& pName)
 {
     while (!pText.empty() && pText.back() == '=')
     {
@@ -51,10 +51,10 @@ std::string Decode64(std::string_view pText, const std::string& pName)
     int      lCount = 0;
     for (const char lC : pText)
     {
-        const int lDigit = Digit64(lC);
+        const int lDigit = Base64Digit(lC);
         if (lDigit < 0)
         {
-            throw KQexGltfError(pName + ".uri: not base64");
+            throw KQexGltfError(pName + ".uri: invalid base64");
         }
         lBits = (lBits << 6 | static_cast<unsigned>(lDigit)) & 0xFFFFFFu;
         lCount += 6;
@@ -67,7 +67,7 @@ std::string Decode64(std::string_view pText, const std::string& pName)
     return lBytes;
 }
 
-int DigitOf16(char pC)
+int HexDigit(char pC)
 {
     static const char* const sDigits = "0123456789abcdef";
     for (int i = 0; i < 16; ++i)
@@ -80,32 +80,31 @@ int DigitOf16(char pC)
     return -1;
 }
 
-/// The name of a file as a URI has it, with its escapes undone.
-std::string Unescaped(const std::string& pUri)
+/// Decodes the percent escapes of a URI; invalid ones are kept.
+std::string DecodeUri(const std::string& pUri)
 {
     std::string lName;
     for (size_t i = 0; i < pUri.size(); ++i)
     {
-        const int lHigh = pUri[i] == '%' && i + 2 < pUri.size() ? DigitOf16(pUri[i + 1]) : -1;
-        const int lLow = lHigh >= 0 ? DigitOf16(pUri[i + 2]) : -1;
+        const int lHigh = pUri[i] == '%' && i + 2 < pUri.size() ? HexDigit(pUri[i + 1]) : -1;
+        const int lLow = lHigh >= 0 ? HexDigit(pUri[i + 2]) : -1;
         lName += lLow >= 0 ? static_cast<char>(16 * lHigh + lLow) : pUri[i];
         i += lLow >= 0 ? 2 : 0;
     }
     return lName;
 }
 
-/// Whether \p pName, which stands as \p pUri in the file, is a plain path below a folder: no other scheme, not absolute, no step
-/// upwards.
-bool IsBelow(const std::string& pName, const std::string& pUri)
+/// Whether \p pName, decoded from \p pUri, is a relative path without "..", and the URI has no scheme or backslash.
+bool IsRelativePath(const std::string& pName, const std::string& pUri)
 {
     const fs::path lPath(pName);
     if (pName.empty() || pUri.find_first_of(":\\") != std::string::npos || pName.find('\0') != std::string::npos || !lPath.is_relative())
     {
         return false;
     }
-    for (const fs::path& lStep : lPath)
+    for (const fs::path& lPart : lPath)
     {
-        if (lStep == "..")
+        if (lPart == "..")
         {
             return false;
         }
@@ -113,14 +112,14 @@ bool IsBelow(const std::string& pName, const std::string& pUri)
     return true;
 }
 
-/// The file \p pName in the folder of \p pModel, with symbolic links followed; "" when that leads out of the folder.
-std::string PathBelow(const std::string& pModel, const std::string& pName)
+/// The path of \p pName in the folder of \p pModel, symbolic links resolved; "" when it is outside the folder.
+std::string ResolveInFolder(const std::string& pModel, const std::string& pName)
 {
     std::error_code lError;
     const fs::path  lFolder = fs::weakly_canonical(fs::absolute(fs::path(pModel), lError), lError).parent_path();
     const fs::path  lFile = lError ? fs::path() : fs::weakly_canonical(lFolder / pName, lError);
-    const fs::path  lWay = lError ? fs::path() : lFile.lexically_relative(lFolder);
-    return lWay.empty() || *lWay.begin() == ".." ? std::string() : lFile.string();
+    const fs::path  lRelative = lError ? fs::path() : lFile.lexically_relative(lFolder);
+    return lRelative.empty() || *lRelative.begin() == ".." ? std::string() : lFile.string();
 }
 
 } // namespace
@@ -149,7 +148,7 @@ size_t GltfSize(const KQexGltfJson::KValue& pValue, size_t pDefault, const std::
     const double lNumber = pValue.GetNumber(-1.0);
     if (!(lNumber >= 0.0) || lNumber > 9007199254740992.0 || lNumber != std::floor(lNumber))
     {
-        throw KQexGltfError(pName + " is not a whole number from 0");
+        throw KQexGltfError(pName + " is not a non-negative integer");
     }
     return static_cast<size_t>(lNumber);
 }
@@ -171,12 +170,12 @@ int GltfIndex(const KQexGltfJson::KValue& pValue, size_t pCount, const std::stri
 void KQexGltfSource::OpenPath(const std::string& pPath)
 {
     std::string lReason;
-    if (!KReadWholeFile(pPath.c_str(), std::numeric_limits<size_t>::max(), false, mOwned, lReason))
+    if (!KReadWholeFile(pPath.c_str(), std::numeric_limits<size_t>::max(), false, mFileBytes, lReason))
     {
         throw KQexGltfError("Can't read " + pPath + ": " + lReason);
     }
     mPath = pPath == "-" ? "" : pPath;
-    mBytes = mOwned;
+    mBytes = mFileBytes;
     Open();
 }
 
@@ -222,43 +221,43 @@ void KQexGltfSource::Open()
 
 void KQexGltfSource::OpenBinary()
 {
-    if (mBytes.size() < kFileHead + kChunkHead)
+    if (mBytes.size() < kFileHeaderSize + kChunkHeaderSize)
     {
-        throw KQexGltfError("The file is cut off in its head");
+        throw KQexGltfError("The file is truncated in its header");
     }
-    if (LittleEndian(mBytes, 4) != 2)
+    if (ReadLittleEndian(mBytes, 4) != 2)
     {
-        throw KQexGltfError("glTF version (" + std::to_string(LittleEndian(mBytes, 4)) + ") is not supported, only 2");
+        throw KQexGltfError("glTF version (" + std::to_string(ReadLittleEndian(mBytes, 4)) + ") is not supported, only 2");
     }
-    const size_t lSize = LittleEndian(mBytes, 8);
+    const size_t lSize = ReadLittleEndian(mBytes, 8);
     if (lSize > mBytes.size())
     {
-        throw KQexGltfError("The file is cut off: " + std::to_string(lSize) + " bytes by its head, " + std::to_string(mBytes.size()) +
-                            " found");
+        throw KQexGltfError("The file is truncated: its header says " + std::to_string(lSize) + " bytes, found " +
+                            std::to_string(mBytes.size()));
     }
     const std::string_view lFile = mBytes.substr(0, lSize);
     std::string_view       lJson;
-    for (size_t lPlace = kFileHead; lPlace + kChunkHead <= lFile.size();)
+    for (size_t lAt = kFileHeaderSize; lAt + kChunkHeaderSize <= lFile.size();)
     {
-        const size_t           lLength = LittleEndian(lFile, lPlace);
-        const std::string_view lKind = lFile.substr(lPlace + 4, 4);
-        lPlace += kChunkHead;
-        if (lLength > lFile.size() - lPlace)
+        const size_t           lLength = ReadLittleEndian(lFile, lAt);
+        const std::string_view lType = lFile.substr(lAt + 4, 4);
+        lAt += kChunkHeaderSize;
+        if (lLength > lFile.size() - lAt)
         {
             throw KQexGltfError("A chunk of " + std::to_string(lLength) + " bytes does not fit into the file");
         }
-        if (lKind == "JSON" && lJson.empty())
+        if (lType == "JSON" && lJson.empty())
         {
-            lJson = lFile.substr(lPlace, lLength);
+            lJson = lFile.substr(lAt, lLength);
         }
-        else if (lKind == std::string_view("BIN\0", 4) && !mHasChunk)
+        else if (lType == std::string_view("BIN\0", 4) && !mHasChunk)
         {
-            mChunk = lFile.substr(lPlace, lLength);
+            mChunk = lFile.substr(lAt, lLength);
             mHasChunk = true;
         }
-        lPlace += lLength;
+        lAt += lLength;
     }
-    // Some programs fill up with NULs instead of blanks.
+    // Some programs pad the JSON chunk with NULs instead of blanks.
     lJson = lJson.substr(0, lJson.find_last_not_of('\0') + 1);
     mJson.Parse(lJson.data(), lJson.size());
 }
@@ -292,9 +291,9 @@ std::string_view KQexGltfSource::Fetch(const KQexGltfJson::KValue& pBuffer, size
     {
         if (lComma == std::string::npos || lComma < 7 || lText.compare(lComma - 7, 7, ";base64") != 0)
         {
-            throw KQexGltfError(lName + ".uri: data that is not base64");
+            throw KQexGltfError(lName + ".uri: data URI is not base64");
         }
-        lBytes = mTexts[pIndex] = Decode64(std::string_view(lText).substr(lComma + 1), lName);
+        lBytes = mDecoded[pIndex] = DecodeBase64(std::string_view(lText).substr(lComma + 1), lName);
     }
     else
     {
@@ -310,20 +309,20 @@ std::string_view KQexGltfSource::Fetch(const KQexGltfJson::KValue& pBuffer, size
 
 std::string_view KQexGltfSource::FetchFile(const std::string& pUri)
 {
-    const std::string lName = Unescaped(pUri);
+    const std::string lName = DecodeUri(pUri);
     if (mPath.empty())
     {
-        throw KQexGltfError("Can't read the buffer (" + pUri + "): the model is not in a folder");
+        throw KQexGltfError("Can't read the buffer (" + pUri + "): the model was not read from a file");
     }
-    const std::string lPath = IsBelow(lName, pUri) ? PathBelow(mPath, lName) : std::string();
+    const std::string lPath = IsRelativePath(lName, pUri) ? ResolveInFolder(mPath, lName) : std::string();
     if (lPath.empty())
     {
         throw KQexGltfError("Can't read the buffer (" + pUri + "): it is not in the model's folder");
     }
-    const auto lKnown = mFiles.find(lPath);
-    if (lKnown != mFiles.end())
+    const auto lFound = mFiles.find(lPath);
+    if (lFound != mFiles.end())
     {
-        return lKnown->second;
+        return lFound->second;
     }
     std::string lBytes;
     std::string lReason;

@@ -6,19 +6,19 @@
 namespace qexsdk
 {
 
-/// Sum of the products of three components.
+/// Dot product.
 inline double Dot(const double* pA, const double* pB)
 {
     return pA[0] * pB[0] + pA[1] * pB[1] + pA[2] * pB[2];
 }
 
-/// What is square to both; \p pOut may be neither of them.
+/// Cross product; \p pOut must not alias \p pA or \p pB.
 inline void Cross(double* pOut, const double* pA, const double* pB)
 {
     KmV(pOut, pA[1] * pB[2] - pA[2] * pB[1], pA[2] * pB[0] - pA[0] * pB[2], pA[0] * pB[1] - pA[1] * pB[0]);
 }
 
-/// \p pA without \p pB; \p pOut may be any of them.
+/// \p pA - \p pB; \p pOut may alias either.
 inline void Subtract(double* pOut, const double* pA, const double* pB)
 {
     KmV(pOut, pA[0] - pB[0], pA[1] - pB[1], pA[2] - pB[2]);

@@ -9,8 +9,8 @@ namespace qexsdk
 
 class KQexNode;
 
-/// Writes the member "extras" of a node, for what glTF itself has no place for: rotation order, pre- and post-rotation, limits, and the
-/// bone's degrees of freedom with theirs as \p pBoneDofs (null: none) has them. Nothing when there is none of these.
+/// Writes a node's "extras", for data that glTF has no property for: rotation order, pre- and post-rotation, limits, and the bone's
+/// degrees of freedom with their limits from \p pBoneDofs (may be null). Writes nothing when there are none of these.
 void WriteGltfExtras(KQexGltfJsonWriter& pJson, const KQexNode& pNode, const KQexBoneDofs* pBoneDofs);
 
 } // namespace qexsdk

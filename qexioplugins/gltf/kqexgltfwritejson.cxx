@@ -8,11 +8,11 @@ namespace qexsdk
 namespace
 {
 
-/// The whole file's JSON. Members that have their default, and arrays without members, which the format does not allow, are left out.
-class KQexGltfText
+/// Writes a model as JSON. Omits members with default values, and empty arrays, which glTF does not allow.
+class KQexGltfSerializer
 {
 public:
-    KQexGltfText(const KQexGltfModel& pModel, const KQexBoneDofs* pBoneDofs, std::string& pOut, bool pIsIndented)
+    KQexGltfSerializer(const KQexGltfModel& pModel, const KQexBoneDofs* pBoneDofs, std::string& pOut, bool pIsIndented)
         : mModel(pModel), mBoneDofs(pBoneDofs), mJson(pOut, pIsIndented)
     {
     }
@@ -29,7 +29,7 @@ public:
         mJson.Key("scenes");
         mJson.BeginArray();
         mJson.BeginObject();
-        AddIndices("nodes", mModel.mTopNodes);
+        AddIndices("nodes", mModel.mRootNodes);
         mJson.EndObject();
         mJson.EndArray();
         AddObjects("nodes", mModel.mNodes, [this](const KQexGltfModel::KNode& pNode) { AddNode(pNode); });
@@ -71,7 +71,7 @@ private:
         mJson.Number(pNumber);
     }
 
-    /// -1 stands for none.
+    /// Writes nothing for -1.
     void AddIndex(const char* pKey, int pIndex)
     {
         if (pIndex >= 0)
@@ -81,7 +81,7 @@ private:
         }
     }
 
-    /// An array whose members \p pAdd writes one by one.
+    /// Adds an array; \p pAdd writes each member.
     template <typename TMember, typename TAdd>
     void AddArray(const char* pKey, const std::vector<TMember>& pMembers, const TAdd& pAdd)
     {
@@ -98,7 +98,7 @@ private:
         mJson.EndArray();
     }
 
-    /// The same for objects whose members \p pAdd writes.
+    /// Adds an array of objects; \p pAdd writes the members of each.
     template <typename TMember, typename TAdd>
     void AddObjects(const char* pKey, const std::vector<TMember>& pMembers, const TAdd& pAdd)
     {
@@ -152,9 +152,9 @@ private:
         mJson.BeginObject();
         mJson.Key("attributes");
         mJson.BeginObject();
-        for (const auto& [lWord, lAccessor] : pMesh.mPrimitive.mAttributes)
+        for (const auto& [lAttribute, lAccessor] : pMesh.mPrimitive.mAttributes)
         {
-            AddIndex(lWord.c_str(), lAccessor);
+            AddIndex(lAttribute.c_str(), lAccessor);
         }
         mJson.EndObject();
         AddIndex("material", pMesh.mPrimitive.mMaterial);
@@ -243,7 +243,7 @@ private:
 std::string KQexGltfWriter::GetJson(const std::string& pUri)
 {
     std::string lJson;
-    KQexGltfText(mModel, mOptions.mBoneDofs, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
+    KQexGltfSerializer(mModel, mOptions.mBoneDofs, lJson, !pUri.empty()).Write(pUri, GetBytes().size());
     return lJson;
 }
 

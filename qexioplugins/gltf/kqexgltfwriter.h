@@ -13,36 +13,36 @@
 namespace qexsdk
 {
 
-/// A node of the file.
+/// A node to write.
 struct KQexGltfNode
 {
     KQexNode*  mNode;   ///< The node; its scene owns it.
-    int        mParent; ///< Index of the parent, -1 for a top node.
+    int        mParent; ///< Index of the parent, -1 for a root.
     int        mTree;   ///< Index of its tree.
-    KQexMatrix mRest;   ///< Global transform at rest, centimetres.
+    KQexMatrix mRest;   ///< Global rest transform, centimetres.
 };
 
-/// The keys of one property of one node over a take; empty when nothing moves.
+/// The keys of one property of one node in a take; empty when it does not move.
 struct KQexGltfTrack
 {
     int                mProperty; ///< 0 translation, 1 rotation, 2 scale.
-    std::vector<float> mValues;   ///< Three or four numbers a key, in the file's units.
+    std::vector<float> mValues;   ///< Three or four numbers per key, in the file's units.
 };
 
-/// Builds the parts of a glTF file from trees of nodes. May throw what the standard library throws when memory runs out.
+/// Builds the JSON and the buffer of a glTF file from trees of nodes. Throws std::bad_alloc when memory runs out.
 class KQexGltfWriter
 {
 public:
-    /// Messages go to \p pFile; both have to outlive this.
+    /// Messages go to \p pFile. Both arguments must outlive this.
     KQexGltfWriter(KQexFileGltf& pFile, const KQexGltfWriteOptions& pOptions)
         : mFile(pFile), mOptions(pOptions), mBuffer(mModel), mThreads(KThreadCount(pOptions.mThreads))
     {
     }
 
-    /// Makes the file of the trees at \p pRoots. False when the progress call cancels.
+    /// Builds the file from the trees at \p pRoots. False when the progress callback cancels.
     bool Build(const std::vector<KQexNode*>& pRoots);
 
-    /// The JSON text, with a buffer at \p pUri ("" for the binary chunk).
+    /// The JSON text, with the buffer at \p pUri ("" for the BIN chunk).
     std::string GetJson(const std::string& pUri);
 
     /// The bytes of the file's buffer.
@@ -64,16 +64,16 @@ private:
                                   KQexGltfTrack& pTrack) const;
     int         AddTimes(const KQexSampling& pSampling);
     void        AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
-    void        GetPlace(const KQexGltfNode& pNode, double* pPlace) const;
-    size_t      mDone = 0;
+    void        GetPosition(const KQexGltfNode& pNode, double* pPosition) const;
+    size_t      mDoneNodes = 0;
 
     KQexFileGltf&               mFile;
     const KQexGltfWriteOptions& mOptions;
     KQexGltfModel               mModel;
     KQexGltfBuffer              mBuffer;
     int                         mThreads;
-    std::vector<KQexGltfNode>   mNodes; ///< Each tree in pre-order; the first nodes of the file, in this order.
-    std::vector<size_t>         mTops;  ///< First node of each tree.
+    std::vector<KQexGltfNode>   mNodes;      ///< Each tree in pre-order; also the file's first nodes, in this order.
+    std::vector<size_t>         mTreeStarts; ///< First node of each tree.
 };
 
 } // namespace qexsdk

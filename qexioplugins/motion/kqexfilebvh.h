@@ -2,7 +2,7 @@
 #define QEXIOPLUGINS_MOTION_KQEXFILEBVH_H
 
 /// \file
-/// Where kqexfilebvh.h was. New code includes it from qexioplugins/bvh/ and links qex::bvh.
+/// Former path of qexioplugins/bvh/kqexfilebvh.h. New code includes that one and links qex::bvh.
 
 #include <qexioplugins/bvh/kqexfilebvh.h>
 

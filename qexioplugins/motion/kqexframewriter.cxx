@@ -12,10 +12,10 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kBlockFrames = 64;  ///< Frames that one job evaluates or formats.
-constexpr int kBlocksAThread = 4; ///< Blocks of a batch for each thread.
+constexpr int kBlockFrames = 64;    ///< Frames per block.
+constexpr int kBlocksPerThread = 4; ///< In a batch.
 
-/// Frames next to each other, done by one thread at a time.
+/// Consecutive frames, processed by one thread at a time.
 struct KFrameBlock
 {
     long long           mFirst = 0;
@@ -24,7 +24,7 @@ struct KFrameBlock
     std::string         mText;
 };
 
-/// Sets the blocks up for the frames from \p pFirst to before \p pEnd.
+/// Divides the frames [\p pFirst, \p pEnd) into blocks.
 void MakeBlocks(std::vector<KFrameBlock>& pBlocks, long long pFirst, long long pEnd, size_t pValueCount)
 {
     pBlocks.resize(static_cast<size_t>((pEnd - pFirst + kBlockFrames - 1) / kBlockFrames));
@@ -95,7 +95,7 @@ bool RunBatch(KQexFrameFormat& pFormat, std::vector<KFrameBlock>& pBlocks, const
 KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads, KOutputFile& pOutput,
                          const KQexProgress& pProgress)
 {
-    const long long          lBatch = static_cast<long long>(kBlockFrames) * kBlocksAThread * pThreads;
+    const long long          lBatch = static_cast<long long>(kBlockFrames) * kBlocksPerThread * pThreads;
     std::vector<KFrameBlock> lBlocks;
     for (long long lFirst = 0; lFirst < pSampling.mCount; lFirst += lBatch)
     {

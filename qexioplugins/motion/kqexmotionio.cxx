@@ -16,7 +16,7 @@ constexpr long long kDefaultStep = 705600000 / 120;
 constexpr long long kShortestStep = 705600000 / 10000; ///< No motion is sampled more often than 10,000 times a second.
 constexpr double    kMaxTicks = 9.0e18;
 
-/// Rates that files mean when they write a rounded frame time, as frames per so many seconds.
+/// A common rate, which files often write as a rounded frame time: mFrames frames in mSeconds seconds.
 struct KCommonRate
 {
     long long mFrames;
@@ -27,7 +27,7 @@ constexpr KCommonRate kCommonRates[] = {{24, 1},  {25, 1},  {30, 1},   {48, 1}, 
                                         {80, 1},  {144, 1}, {150, 1},  {180, 1},      {200, 1},      {300, 1},      {360, 1},      {480, 1},
                                         {500, 1}, {600, 1}, {1000, 1}, {24000, 1001}, {30000, 1001}, {60000, 1001}, {120000, 1001}};
 
-/// First and last time of keys, and the largest step on which all of them stand.
+/// First and last key time, and the greatest common divisor of the keys' distances.
 struct KKeySpan
 {
     long long mFirst = 0;
@@ -45,7 +45,7 @@ struct KKeySpan
             mHasKeys = true;
             return;
         }
-        // Keys as far apart as time can't count are no frames of one sampling, whatever their step.
+        // The difference of keys further apart than this overflows; they are never frames of one sampling.
         if (std::fabs(static_cast<double>(pTime) - static_cast<double>(mFirst)) <= kMaxTicks)
         {
             mStep = std::gcd(mStep, pTime - mFirst);
@@ -116,7 +116,7 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
             AddNode(lNode, lLayer, lSpan);
         }
     }
-    // At a rate that ticks do not divide, keys stand a tick beside their frames, and no usable step is common to all of them.
+    // At a rate that ticks do not divide, keys are up to a tick off their frames, and their common step is too short to use.
     const bool lIsUneven = lSpan.mStep < kShortestStep && lSpan.mMeanStep > 0;
     long long  lStep = lIsUneven ? std::max(kShortestStep, lSpan.mMeanStep) : lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
     if (pRequest.mFramesPerSecond != 0.0)
@@ -125,8 +125,8 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
     }
     const long long lStart = pRequest.mHasStart ? pRequest.mStart.Get() : lSpan.mFirst;
     const long long lEnd = pRequest.mHasEnd ? pRequest.mEnd.Get() : std::max(lStart, lSpan.mLast);
-    const double    lWide = static_cast<double>(lStep) * static_cast<double>(pRequest.mEvery);
-    if (lStep <= 0 || pRequest.mEvery < 1 || lEnd < lStart || lWide > kMaxTicks ||
+    const double    lSpacing = static_cast<double>(lStep) * static_cast<double>(pRequest.mEvery);
+    if (lStep <= 0 || pRequest.mEvery < 1 || lEnd < lStart || lSpacing > kMaxTicks ||
         static_cast<double>(lEnd) - static_cast<double>(lStart) > kMaxTicks)
     {
         return false;

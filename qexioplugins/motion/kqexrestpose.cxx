@@ -8,7 +8,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kStill = 1e-5; ///< Distance from the rest value up to which a key counts as being there.
+constexpr double kRestTolerance = 1e-5; ///< Keys within this distance of the rest value count as at rest.
 
 } // namespace
 
@@ -23,7 +23,7 @@ bool LeavesRest(const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
     for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
     {
         const double         lValue = lRest.mData[lChannel];
-        const double         lBound = kStill + 1e-6 * std::fabs(lValue);
+        const double         lBound = kRestTolerance + 1e-6 * std::fabs(lValue);
         const KQexAnimCurve* lCurve = lCurveNode->GetCurve(lChannel);
         const int            lCount = lCurve != nullptr ? lCurve->GetKeyCount() : 0;
         if (lCount == 0 && std::fabs(lCurveNode->GetChannelValue<double>(lChannel, lValue) - lValue) > lBound)

@@ -6,8 +6,8 @@
 namespace qexsdk
 {
 
-/// Whether a key of the property's curves on \p pLayer (null: no take), or a channel without keys, leaves the value that the
-/// property has at rest by more than single precision does (1e-5 and a millionth).
+/// Whether a key of the property's curves on \p pLayer (null: no take), or the value of a channel without keys, differs from the
+/// property's rest value by more than single-precision rounding (1e-5 plus a millionth of the value).
 QEX_API bool LeavesRest(const KQexProperty& pProperty, const KQexAnimLayer* pLayer);
 
 } // namespace qexsdk

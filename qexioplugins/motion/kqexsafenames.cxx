@@ -6,7 +6,7 @@ namespace qexsdk
 std::string KQexUniqueNames::Make(std::string_view pName)
 {
     std::string lName(mMaxLength > 0 ? pName.substr(0, mMaxLength) : pName);
-    if (mTaken.insert(lName).second)
+    if (mUsed.insert(lName).second)
     {
         return lName;
     }
@@ -21,7 +21,7 @@ std::string KQexUniqueNames::Make(std::string_view pName)
             lName.resize(mMaxLength - lSuffix.size());
         }
         lName += lSuffix;
-    } while (!mTaken.insert(lName).second);
+    } while (!mUsed.insert(lName).second);
     return lName;
 }
 

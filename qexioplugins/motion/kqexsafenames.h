@@ -11,26 +11,26 @@
 namespace qexsdk
 {
 
-/// Gives out names that no other name given out equals. Linear in all names together, also when every one is the same.
+/// Makes names unique among all names it has made. Linear in their total length, even when all are the same.
 class QEX_API KQexUniqueNames
 {
 public:
-    /// \p pMaxLength: characters that a name may have at most; 0: any number.
+    /// \p pMaxLength: longest name allowed, in bytes; 0: no limit.
     explicit KQexUniqueNames(size_t pMaxLength = 0) : mMaxLength(pMaxLength) {}
 
-    /// \p pName, cut to the greatest length, and with "_2", "_3", … behind it when it is taken. It is taken from now on.
+    /// \p pName cut to the maximum length, with "_2", "_3", … appended if it is in use. The result is in use from now on.
     std::string Make(std::string_view pName);
 
-    /// Whether \p pName was given out.
-    bool IsTaken(const std::string& pName) const { return mTaken.count(pName) != 0; }
+    /// Whether Make() has returned \p pName.
+    bool IsInUse(const std::string& pName) const { return mUsed.count(pName) != 0; }
 
 private:
     size_t                               mMaxLength;
-    std::unordered_set<std::string>      mTaken;
-    std::unordered_map<std::string, int> mNext; ///< Number to try next behind a name that was asked for more than once.
+    std::unordered_set<std::string>      mUsed;
+    std::unordered_map<std::string, int> mNext; ///< Next suffix to try for a name requested more than once.
 };
 
-/// \p pName with each character that \p pIsAllowed refuses as an underscore, and \p pIfEmpty for an empty one.
+/// \p pName, or \p pIfEmpty if it is empty, with each character that \p pIsAllowed rejects replaced by an underscore.
 template <typename TIsAllowed>
 std::string MakeSafeName(std::string_view pName, std::string_view pIfEmpty, const TIsAllowed& pIsAllowed)
 {

@@ -21,7 +21,7 @@ namespace
 
 constexpr size_t kFirstMessages = 4;
 
-/// Each character as it is, or ASCII capitals as small letters.
+/// Maps each byte to itself, or ASCII capitals to lower case.
 struct KFoldTable
 {
     constexpr explicit KFoldTable(bool pFold) : mTo{}
@@ -40,7 +40,7 @@ struct KFoldTable
 constexpr KFoldTable kAsIs(false);
 constexpr KFoldTable kFolded(true);
 
-/// The entry that any token with a colon in front matches.
+/// The entry that matches any token beginning with a colon.
 bool IsLoneColon(const KToken& pToken)
 {
     return pToken.mStr[0] == ':' && pToken.mStr[1] == '\0';
@@ -85,7 +85,7 @@ bool KQexTextFile::Reopen(const char* pPath)
     try
     {
         mPath = pPath;
-        // Room for the first messages, so that running out of memory can be told even then.
+        // Reserved, so that running out of memory can still be reported.
         mMessages.reserve(kFirstMessages);
         return true;
     }
@@ -102,7 +102,7 @@ bool KQexTextFile::OpenRead(const char* pPath)
     {
         return false;
     }
-    return mInput.OpenPath(pPath) || Stop();
+    return mInput.OpenPath(pPath) || FailRead();
 }
 
 bool KQexTextFile::OpenReadBuffer(const char* pData, size_t pSize)
@@ -168,7 +168,7 @@ bool KQexTextFile::FirstLine()
     {
         if (mInput.HasFailed())
         {
-            return Stop();
+            return FailRead();
         }
         mFailed = true;
         Error("Can't go back to the beginning of %s\n", mPath.c_str());
@@ -190,7 +190,7 @@ bool KQexTextFile::NextLine()
         }
     }
     ClearLine();
-    return mInput.HasFailed() && !mFailed ? Stop() : false;
+    return mInput.HasFailed() && !mFailed ? FailRead() : false;
 }
 
 int KQexTextFile::GetLineNumber() const
@@ -201,12 +201,12 @@ int KQexTextFile::GetLineNumber() const
 double KQexTextFile::GetFraction() const
 {
     const double lSize = static_cast<double>(mInput.GetSize());
-    // A file that grew since it was opened is not more than whole.
+    // The file may have grown since it was opened.
     return lSize > 0.0 ? std::min(1.0, static_cast<double>(mInput.GetPosition()) / lSize) : 0.0;
 }
 
-/// Reports why the input cannot be read on, and ends the reading.
-bool KQexTextFile::Stop()
+/// Reports why reading the input failed, and ends it. Always false.
+bool KQexTextFile::FailRead()
 {
     mFailed = true;
     switch (mInput.GetStatus())
@@ -237,7 +237,7 @@ void KQexTextFile::ClearLine()
     mText = mEmpty;
 }
 
-/// Takes the input's line over without its comment and what stands behind its last token. False when it holds no token.
+/// Makes the input's line current, up to its last token and without its comment. False when it has no token.
 bool KQexTextFile::LoadLine()
 {
     mLine = mInput.GetLine();
@@ -258,7 +258,7 @@ bool KQexTextFile::LoadLine()
     return mHasLine;
 }
 
-/// Where the input's line ends without its comment. NULs before that become blanks: a text that is quoted or copied would end there.
+/// End of the line without its comment. NULs before it become blanks, because they would end quoted or copied text.
 char* KQexTextFile::CutComment(char* pEnd)
 {
     for (int i = 0; i < mCommentCount; ++i)
@@ -275,7 +275,7 @@ char* KQexTextFile::CutComment(char* pEnd)
     return pEnd;
 }
 
-/// Makes the first token at or behind pFrom the next one; without one mNext is mEnd, whose NUL is of a class of its own.
+/// Makes the first token at or after pFrom the next one. Stops at mEnd, whose NUL is not a blank.
 void KQexTextFile::SkipBlanks(char* pFrom)
 {
     while (IsBlank(*pFrom))
@@ -321,7 +321,7 @@ int KQexTextFile::Match(const KToken* pTokens)
         {
             continue;
         }
-        // The token's end shows while the two are compared, so that most tokens are looked at once.
+        // Comparing also finds the token's end, so most tokens are scanned once.
         char* lAt = mNext + 1;
         for (++lEntry; IsInToken(*lAt) && lFold.Of(*lEntry) == lFold.Of(*lAt); ++lEntry)
         {
@@ -357,7 +357,7 @@ int KQexTextFile::Handle(KToken* pTokens)
     if (lIndex >= 0)
     {
         ++pTokens[lIndex].mCount;
-        // An unknown section: its name without the colon, which the message supplies.
+        // An unknown section: the caller's message supplies the colon.
         if (IsLoneColon(pTokens[lIndex]))
         {
             ++mText;

@@ -18,7 +18,7 @@ constexpr size_t kBlanksPerLevel = 2;
 
 void KQexTextFile::Print(int pLevel, const char* pFormat, ...)
 {
-    // Without an output, too: Close() tells that it is lost.
+    // Even without an output, so that Close() reports the loss.
     mWriting = true;
     std::va_list lArguments;
     va_start(lArguments, pFormat);
@@ -95,7 +95,7 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
     }
 }
 
-/// A message that cannot be kept is not passed over: the reading fails.
+/// A message that cannot be stored must not get lost: the read fails.
 void KQexTextFile::ReportNoMemory()
 {
     mFailed = true;
@@ -106,7 +106,7 @@ void KQexTextFile::ReportNoMemory()
     }
     catch (const std::exception&)
     {
-        // The count tells.
+        // mErrorCount still shows it.
     }
 }
 

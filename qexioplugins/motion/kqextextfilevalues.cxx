@@ -40,7 +40,7 @@ bool KQexTextFile::GetPair(double* pValue, double pFactor)
     return GetNumbers(pValue, 2, pFactor, false);
 }
 
-/// Reads the number that the token at pAt is into pValue, and moves pAt behind the token.
+/// Parses the token at pAt into pValue and moves pAt past the token.
 bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) const
 {
     const char* lEnd = pAt;
@@ -68,7 +68,7 @@ bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool p
     for (int i = 0; i < pCount; ++i)
     {
         const char* const lToken = lAt;
-        // Short plain numbers, which is nearly all of them, without looking for the token's end first.
+        // Fast path: nearly all numbers are short and plain, and need no search for the token's end.
         const char* lEnd = KNumberScan(lToken, mEnd, lValue[i]);
         if (lEnd != nullptr && !IsInToken(*lEnd))
         {

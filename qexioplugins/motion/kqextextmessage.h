@@ -11,23 +11,23 @@ namespace qexsdk
 /// A warning or an error that a text file reported.
 struct KQexTextMessage
 {
-    /// Whether reading goes on.
+    /// Kinds of messages.
     enum ESeverity
     {
-        eWARNING, ///< Reading goes on.
+        eWARNING, ///< Reading continues.
         eERROR    ///< Reading ends.
     };
 
-    ESeverity   mSeverity; ///< Which of the two it is.
-    int         mLine;     ///< Line of the file from 1, or 0 before the first line.
+    ESeverity   mSeverity; ///< Warning or error.
+    int         mLine;     ///< Line of the file from 1; 0 before the first line.
     std::string mText;     ///< Without its last newline.
 };
 
-/// A message with the file that it is about.
+/// A message and the file that it is about.
 struct QEX_API KQexImportMessage
 {
     std::string     mPath;    ///< Path, or name of the buffer.
-    KQexTextMessage mMessage; ///< Severity, line (0: the file as a whole) and text.
+    KQexTextMessage mMessage; ///< Line 0: about the file as a whole.
 };
 
 } // namespace qexsdk

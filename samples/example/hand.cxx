@@ -1,4 +1,4 @@
-// Reads a skeleton and a motion, and tells where a bone is once a second: example_hand SKELETON.asf MOTION.amc BONE
+// Reads a skeleton and a motion, and prints the position of a bone once per second: example_hand SKELETON.asf MOTION.amc BONE
 
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 

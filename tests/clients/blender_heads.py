@@ -1,4 +1,4 @@
-"""Run inside Blender: imports motion files and tells where the bones' heads are.
+"""Run inside Blender: imports motion files and writes the positions of the bones' heads.
 
 blender --background --factory-startup --python blender_heads.py -- JOBS.json OUT.json
 
@@ -16,16 +16,16 @@ import numpy
 
 
 def open_any(file, mode="r", *arguments, **named):
-    """The add-on opens files in the mode 'rU', which newer Pythons refuse."""
+    """open() without the mode 'U', which the add-on uses and newer versions of Python reject."""
     return builtins.open(file, mode.replace("U", ""), *arguments, **named)
 
 
 io_anim_bvh.import_bvh.open = open_any
-numpy.bool = bool  # The glTF add-on uses the name, which newer versions do not have.
+numpy.bool = bool  # Used by the glTF add-on, removed in newer versions of numpy.
 
 
 def import_file(job):
-    """The armature that comes from the file, and Blender's number of the file's first frame."""
+    """The imported armature, and Blender's number for the file's first frame."""
     bpy.ops.wm.read_factory_settings(use_empty=True)
     bpy.context.scene.render.fps = job["fps"]
     if job["file"].endswith(".bvh"):
@@ -34,7 +34,7 @@ def import_file(job):
     else:
         bpy.ops.import_scene.gltf(filepath=job["file"])
         first = 0
-    return next(thing for thing in bpy.data.objects if thing.type == "ARMATURE"), first
+    return next(item for item in bpy.data.objects if item.type == "ARMATURE"), first
 
 
 def heads(armature, frame):

@@ -1,9 +1,9 @@
 #include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
 
-// Every operation is run with allocation 1 failing, then 2, and so on until it succeeds: once failing that one alone, once that and
-// all after it. What succeeds is complete; what fails says so, leaks nothing, leaves the scene and existing files alone, and works
-// at the next try.
+// Runs every operation with its 1st allocation failing, then its 2nd, and so on until it makes no more: once with that one alone failing,
+// once with all later ones failing too. An operation that succeeds is complete; one that fails reports it, leaks nothing, leaves the scene
+// and existing files unchanged, and succeeds when retried.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -19,37 +19,37 @@ protected:
     KAllocationFault() : mFiles(kFewFrames) {}
 
     /// Runs the operation with allocation \p pCall failing. False when it makes fewer allocations.
-    bool Try(KFailingAllocator& pAllocator, long pCall, bool pOn) const
+    bool Try(KFailingAllocator& pAllocator, long pCall, bool pOnwards) const
     {
         const long lLive = KFailingAllocator::GetLive();
         bool       lIsDone = false;
         {
             KStage lStage(mFiles);
-            if (GetParam().mHasMotion)
+            if (GetParam().mNeedsMotion)
             {
                 lStage.ImportMotion();
             }
             const std::string lScene = lStage.Describe();
-            pAllocator.Arm(pCall, pOn);
+            pAllocator.Arm(pCall, pOnwards);
             bool lOk = GetParam().mRun(lStage);
             lIsDone = pAllocator.Disarm() < pCall;
-            EXPECT_TRUE(lOk || !lIsDone) << "nothing failed: " << lStage.mTold;
+            EXPECT_TRUE(lOk || !lIsDone) << "nothing failed: " << lStage.mErrors;
             if (!lOk)
             {
-                EXPECT_TRUE(lStage.mHasError || pOn) << "failed in silence";
+                EXPECT_TRUE(lStage.mHasError || pOnwards) << "failed without an error";
                 lStage.mSkeleton.reset();
-                EXPECT_TRUE(lStage.Describe() == lScene) << "another scene";
-                ExpectSameFiles(mFiles.GetOutputs(), mOutputs);
-                // Of a call of the command line there is nothing that could be used again.
+                EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
+                ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
+                // A command line run leaves no object to retry with.
                 lOk = GetParam().mIsProgram || GetParam().mRun(lStage);
-                EXPECT_TRUE(lOk) << "the next try: " << lStage.mTold;
+                EXPECT_TRUE(lOk) << "retry: " << lStage.mErrors;
                 lOk = !GetParam().mIsProgram;
             }
             else
             {
-                // What succeeds although something failed has done everything all the same.
-                EXPECT_TRUE(lStage.Describe() == mScene) << "success with another result";
-                ExpectSameFiles(mFiles.GetOutputs(), mWritten);
+                // An operation that survives the failure must still be complete.
+                EXPECT_TRUE(lStage.Describe() == mScene) << "succeeded with a different result";
+                ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
             }
             if (lOk && !GetParam().mOutputs.empty())
             {
@@ -61,42 +61,42 @@ protected:
     }
 
     KFaultFiles                              mFiles;
-    const std::map<std::string, std::string> mOutputs = mFiles.GetOutputs();
-    std::map<std::string, std::string>       mWritten; ///< The files after success,
-    std::string                              mScene;   ///< and the scene.
+    const std::map<std::string, std::string> mOldFiles = mFiles.GetOutputs();
+    std::map<std::string, std::string>       mNewFiles; ///< Output files after success.
+    std::string                              mScene;    ///< Scene after success.
 };
 
 TEST_P(KAllocationFault, LosesNothing)
 {
     KFailingAllocator lAllocator;
     {
-        // What the libraries keep for good is allocated now.
+        // Warm up: allocates what the libraries never free.
         KStage lStage(mFiles);
         lStage.ImportMotion();
-        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mTold;
+        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mErrors;
         mFiles.ResetOutputs();
     }
     {
         KStage lStage(mFiles);
-        if (GetParam().mHasMotion)
+        if (GetParam().mNeedsMotion)
         {
             lStage.ImportMotion();
         }
-        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mTold;
+        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mErrors;
         mScene = lStage.Describe();
-        mWritten = mFiles.GetOutputs();
+        mNewFiles = mFiles.GetOutputs();
         mFiles.ResetOutputs();
     }
-    for (const bool lOn : {false, true})
+    for (const bool lOnwards : {false, true})
     {
         long lCall = 1;
         for (bool lFails = true; lFails && lCall < 100000 && !HasFailure(); lCall += lFails ? 1 : 0)
         {
-            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lOn ? " and all after it" : ""));
-            lFails = Try(lAllocator, lCall, lOn);
+            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lOnwards ? " and all after it" : ""));
+            lFails = Try(lAllocator, lCall, lOnwards);
         }
         EXPECT_GT(lCall, 10);
-        std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lOn ? "and all after it" : "alone");
+        std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lOnwards ? "and all after it" : "alone");
     }
 }
 

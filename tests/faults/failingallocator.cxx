@@ -11,15 +11,16 @@ namespace
 {
 
 std::atomic<long> sLive{0};
-std::atomic<long> sBytes{0};      ///< Of the blocks that are allocated.
-std::atomic<long> sBytesArmed{0}; ///< The same when Arm() was called.
-std::atomic<long> sPeakBytes{0};  ///< The most there have been since.
+std::atomic<long> sBytes{0};      ///< In live blocks.
+std::atomic<long> sBytesArmed{0}; ///< sBytes at the last Arm().
+std::atomic<long> sPeakBytes{0};  ///< Peak of sBytes since then.
 std::atomic<long> sCalls{0};
-std::atomic<long> sFirst{0}; ///< Number of the call that fails; 0: none does.
-std::atomic<bool> sOn{false};
-std::atomic<int>  sUnfailing{0}; ///< KUnfailingMemory objects there are.
+std::atomic<long> sFirst{0};       ///< Call that fails; 0: none.
+std::atomic<bool> sOnwards{false}; ///< All later calls fail too.
+std::atomic<int>  sUnfailing{0};   ///< Live KUnfailingMemory objects.
 
-bool Admit()
+/// Counts an allocation. False when it has to fail.
+bool MaySucceed()
 {
     const long lFirst = sFirst.load();
     if (lFirst == 0 || sUnfailing.load() > 0)
@@ -27,11 +28,11 @@ bool Admit()
         return true;
     }
     const long lCall = ++sCalls;
-    return lCall < lFirst || (lCall > lFirst && !sOn.load());
+    return lCall < lFirst || (lCall > lFirst && !sOnwards.load());
 }
 
-/// Counts a block that comes or, with \p pBlocks -1, goes.
-void Note(void* pBlock, int pBlocks)
+/// Counts a block as allocated (\p pBlocks 1) or freed (-1).
+void CountBlock(void* pBlock, int pBlocks)
 {
     if (pBlock == nullptr)
     {
@@ -46,14 +47,14 @@ void Note(void* pBlock, int pBlocks)
 
 void* Allocate(std::size_t pSize) noexcept
 {
-    void* lBlock = Admit() ? std::malloc(pSize > 0 ? pSize : 1) : nullptr;
-    Note(lBlock, 1);
+    void* lBlock = MaySucceed() ? std::malloc(pSize > 0 ? pSize : 1) : nullptr;
+    CountBlock(lBlock, 1);
     return lBlock;
 }
 
 void Free(void* pBlock) noexcept
 {
-    Note(pBlock, -1);
+    CountBlock(pBlock, -1);
     std::free(pBlock);
 }
 
@@ -68,13 +69,13 @@ void* AllocateOrThrow(std::size_t pSize)
 
 char* Reallocate(char* pBlock, std::size_t pSize)
 {
-    if (!Admit())
+    if (!MaySucceed())
     {
         return nullptr;
     }
-    Note(pBlock, -1);
+    CountBlock(pBlock, -1);
     void* lBlock = std::realloc(pBlock, pSize);
-    Note(lBlock != nullptr ? lBlock : pBlock, 1);
+    CountBlock(lBlock != nullptr ? lBlock : pBlock, 1);
     return static_cast<char*>(lBlock);
 }
 
@@ -158,10 +159,10 @@ KFailingAllocator::~KFailingAllocator()
     qexsdk::QexSdkSetMemoryHooks(nullptr);
 }
 
-void KFailingAllocator::Arm(long pFirst, bool pOn)
+void KFailingAllocator::Arm(long pFirst, bool pOnwards)
 {
     sCalls = 0;
-    sOn = pOn;
+    sOnwards = pOnwards;
     sBytesArmed = sBytes.load();
     sPeakBytes = sBytes.load();
     sFirst = pFirst;

@@ -4,8 +4,8 @@
 namespace qextest
 {
 
-/// Every allocation of the program that holds it (the C++ operators, and the library's own through its hooks) is counted, and can be
-/// made to fail. One object at a time; the threads of one test share it.
+/// Counts every allocation of the program (operator new, and the library's own through its hooks) and can make them fail. One object at a
+/// time; all threads of a test share it.
 class KFailingAllocator
 {
 public:
@@ -14,20 +14,20 @@ public:
     KFailingAllocator(const KFailingAllocator&) = delete;
     KFailingAllocator& operator=(const KFailingAllocator&) = delete;
 
-    /// Lets \p pFirst - 1 further allocations succeed and fails number \p pFirst; \p pOn: and all after it.
-    void Arm(long pFirst, bool pOn);
+    /// Lets the next \p pFirst - 1 allocations succeed and fails number \p pFirst; with \p pOnwards all later ones too.
+    void Arm(long pFirst, bool pOnwards);
 
-    /// No allocation fails any more. Gives how many were asked for since Arm().
+    /// Stops failing allocations. \return the allocations requested since Arm()
     long Disarm();
 
-    /// Blocks that are allocated and not freed, in the whole program.
+    /// Blocks allocated and not yet freed, in the whole program.
     static long GetLive();
 
-    /// The most bytes that were allocated at once since Arm(), on top of what was then.
+    /// Peak of the allocated bytes since Arm(), less those allocated then.
     static long GetPeakBytes();
 };
 
-/// While it lives, what the program allocates is neither failed nor counted as a call: for what a test itself needs half-way.
+/// While it exists, allocations neither fail nor count: for what a test itself allocates while armed.
 class KUnfailingMemory
 {
 public:

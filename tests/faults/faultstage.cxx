@@ -27,7 +27,7 @@ constexpr const char* kAsf =
     "begin\nname ball\ndirection 0 0 1\nlength 1\naxis 0 0 0 XYZ\nend\n"
     ":hierarchy\nbegin\nroot thigh\nthigh shin\nshin ball\nend\n";
 
-/// A motion that no reducer can shorten; its third frame names a bone that is none.
+/// A motion that the key reducer cannot shorten; its third frame has an unknown bone.
 std::string MakeAmc(int pFrames)
 {
     std::string lText = ":FULLY-SPECIFIED\n:DEGREES\n:ODD\n";
@@ -44,11 +44,11 @@ std::string MakeAmc(int pFrames)
     return lText;
 }
 
-/// Keeps what is printed to standard error from being seen while it lives, and gives it. Asks for no memory until the end.
+/// Redirects standard error to a file while it exists. Allocates nothing.
 class KErrorCatcher
 {
 public:
-    explicit KErrorCatcher(const std::string& pPath) : mPath(pPath), mOld(::dup(STDERR_FILENO))
+    explicit KErrorCatcher(const std::string& pPath) : mPath(pPath), mSaved(::dup(STDERR_FILENO))
     {
         const int lFile = ::open(mPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
         ::dup2(lFile, STDERR_FILENO);
@@ -56,35 +56,35 @@ public:
     }
     ~KErrorCatcher()
     {
-        ::dup2(mOld, STDERR_FILENO);
-        ::close(mOld);
+        ::dup2(mSaved, STDERR_FILENO);
+        ::close(mSaved);
     }
     KErrorCatcher(const KErrorCatcher&) = delete;
     KErrorCatcher& operator=(const KErrorCatcher&) = delete;
 
-    /// Whether anything was printed.
+    /// Whether nothing was printed.
     bool IsEmpty() const { return ::lseek(STDERR_FILENO, 0, SEEK_END) == 0; }
 
 private:
     const std::string& mPath;
-    int                mOld;
+    int                mSaved;
 };
 
-/// What an operation needs of the test's own, made without failing. The result has to be movable.
+/// Runs \p pMake, which prepares what an operation needs, with failing suspended. Its result must be movable.
 template <typename TMake>
-auto Own(const TMake& pMake)
+auto MakeUnfailing(const TMake& pMake)
 {
     const KUnfailingMemory lUnfailing;
     return pMake();
 }
 
-/// Notes a failure and the texts that \p pText gives.
+/// Records the outcome in the stage and, on failure, the error texts that \p pText returns.
 template <typename TText>
-bool Note(KStage& pStage, bool pOk, bool pHasError, const TText& pText)
+bool Record(KStage& pStage, bool pOk, bool pHasError, const TText& pText)
 {
     const KUnfailingMemory lUnfailing;
     pStage.mHasError = pHasError;
-    pStage.mTold = !pOk && pHasError ? pText() : std::string();
+    pStage.mErrors = !pOk && pHasError ? pText() : std::string();
     return pOk;
 }
 
@@ -108,17 +108,17 @@ std::string ErrorsOf(const std::vector<KQexImportMessage>& pMessages)
     return lText;
 }
 
-bool NoteFile(KStage& pStage, bool pOk, const KQexTextFile& pFile)
+bool RecordFile(KStage& pStage, bool pOk, const KQexTextFile& pFile)
 {
-    return Note(pStage, pOk, pFile.GetErrorCount() > 0, [&pFile] { return ErrorsOf(pFile.GetMessages()); });
+    return Record(pStage, pOk, pFile.GetErrorCount() > 0, [&pFile] { return ErrorsOf(pFile.GetMessages()); });
 }
 
-bool NoteGltf(KStage& pStage, bool pOk)
+bool RecordGltf(KStage& pStage, bool pOk)
 {
-    return Note(pStage, pOk, !pStage.mGltf.GetMessages().empty(), [&pStage] { return ErrorsOf(pStage.mGltf.GetMessages()); });
+    return Record(pStage, pOk, !pStage.mGltf.GetMessages().empty(), [&pStage] { return ErrorsOf(pStage.mGltf.GetMessages()); });
 }
 
-/// Frames of the take there is.
+/// All frames of the first take.
 KQexSampling AllFrames(const KStage& pStage)
 {
     KQexSampling lSampling;
@@ -131,33 +131,33 @@ bool ReadAsf(KStage& pStage)
     pStage.mSkeleton.reset(QexSdkNew<KQexAsfScene>());
     if (!pStage.mSkeleton)
     {
-        return Note(pStage, false, true, [] { return std::string("Out of memory"); });
+        return Record(pStage, false, true, [] { return std::string("Out of memory"); });
     }
-    const std::string lPath = Own([&] { return pStage.mFiles.In("a.asf"); });
+    const std::string lPath = MakeUnfailing([&] { return pStage.mFiles.In("a.asf"); });
     const bool        lOk = pStage.mAsf.OpenRead(lPath.c_str()) && pStage.mAsf.Read(pStage.mSkeleton.get(), true, false, false);
-    NoteFile(pStage, lOk, pStage.mAsf);
+    RecordFile(pStage, lOk, pStage.mAsf);
     pStage.mAsf.Close();
     return lOk;
 }
 
-/// Adds up the values of all frames.
-class KSum : public KQexAmcVisitor
+/// Hashes the numbers and values of all frames.
+class KFrameHash : public KQexAmcVisitor
 {
 public:
     bool Frame(const KQexAmcFrame& pFrame) override
     {
-        mSum = mSum * 3 + static_cast<unsigned long long>(pFrame.mNumber);
+        mHash = mHash * 3 + static_cast<unsigned long long>(pFrame.mNumber);
         for (const int lBone : *pFrame.mPresent)
         {
             for (const double lValue : (*pFrame.mBones)[static_cast<size_t>(lBone)].mValues)
             {
-                mSum = mSum * 5 + static_cast<unsigned long long>(static_cast<long long>(lValue * 1000));
+                mHash = mHash * 5 + static_cast<unsigned long long>(static_cast<long long>(lValue * 1000));
             }
         }
         return true;
     }
 
-    unsigned long long mSum = 0;
+    unsigned long long mHash = 0;
 };
 
 bool ReadAmc(KStage& pStage)
@@ -166,12 +166,12 @@ bool ReadAmc(KStage& pStage)
     {
         return false;
     }
-    KSum              lSum;
-    const std::string lPath = Own([&] { return pStage.mFiles.In("a.amc"); });
-    const bool lOk = pStage.mAmc.OpenRead(lPath.c_str()) && pStage.mAmc.ReadFrames(pStage.mSkeleton.get(), KQexAmcReadOptions(), lSum);
-    NoteFile(pStage, lOk, pStage.mAmc);
+    KFrameHash        lHash;
+    const std::string lPath = MakeUnfailing([&] { return pStage.mFiles.In("a.amc"); });
+    const bool lOk = pStage.mAmc.OpenRead(lPath.c_str()) && pStage.mAmc.ReadFrames(pStage.mSkeleton.get(), KQexAmcReadOptions(), lHash);
+    RecordFile(pStage, lOk, pStage.mAmc);
     pStage.mAmc.Close();
-    pStage.mSeen = Own([&] { return lOk ? std::to_string(lSum.mSum) : std::string(); });
+    pStage.mFrameHash = MakeUnfailing([&] { return lOk ? std::to_string(lHash.mHash) : std::string(); });
     return lOk;
 }
 
@@ -179,10 +179,10 @@ bool ReadAmc(KStage& pStage)
 bool RunImport(KStage& pStage, const KQexImportAcclaimOptions& pOptions)
 {
     KQexImportAcclaimResult lResult;
-    const auto              lSkeleton = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
-    const auto              lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const auto              lSkeleton = MakeUnfailing([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto              lMotions = MakeUnfailing([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
     const bool              lOk = KQexImporterAcclaim::Import(pStage.mScene.get(), lSkeleton, lMotions, pOptions, lResult);
-    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return Record(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
 bool Import(KStage& pStage)
@@ -192,7 +192,7 @@ bool Import(KStage& pStage)
     return RunImport(pStage, lOptions);
 }
 
-/// The same motion once more, as another take of the nodes that are there.
+/// Imports the motion again, as another take of the existing nodes.
 bool Merge(KStage& pStage)
 {
     KQexImportAcclaimOptions lOptions;
@@ -200,25 +200,25 @@ bool Merge(KStage& pStage)
     return RunImport(pStage, lOptions);
 }
 
-/// The same by a skeleton that was read before.
+/// The same with a skeleton read beforehand.
 bool ImportMotion(KStage& pStage)
 {
     KQexImportAcclaimOptions lOptions;
     KQexImportAcclaimResult  lResult;
-    const auto               lSource = Own([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
-    const auto               lMotions = Own([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
+    const auto               lSource = MakeUnfailing([&] { return KQexAcclaimSource::File(pStage.mFiles.In("a.asf")); });
+    const auto               lMotions = MakeUnfailing([&] { return std::vector{KQexAcclaimSource::File(pStage.mFiles.In("a.amc"))}; });
     const KQexAsfSceneOwner  lSkeleton = KQexImporterAcclaim::ReadSkeleton(lSource, lOptions, lResult);
     const bool lOk = lSkeleton && KQexImporterAcclaim::ImportMotion(pStage.mScene.get(), lSkeleton.get(), lResult.mSkeletonNotes, lMotions,
                                                                     lOptions, lResult);
-    return Note(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return Record(pStage, lOk, lResult.CountMessages(true) > 0, [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
 bool ReadBvh(KStage& pStage)
 {
     KQexBvhReadResult lResult;
-    const std::string lPath = Own([&] { return pStage.mFiles.In("a.bvh"); });
+    const std::string lPath = MakeUnfailing([&] { return pStage.mFiles.In("a.bvh"); });
     const bool        lOk = pStage.mBvh.OpenRead(lPath.c_str()) && pStage.mBvh.Read(pStage.mScene.get(), KQexBvhReadOptions(), lResult);
-    NoteFile(pStage, lOk, pStage.mBvh);
+    RecordFile(pStage, lOk, pStage.mBvh);
     pStage.mBvh.Close();
     return lOk;
 }
@@ -226,8 +226,8 @@ bool ReadBvh(KStage& pStage)
 bool ReadGltfFile(KStage& pStage, const char* pName)
 {
     KQexGltfReadResult lResult;
-    const std::string  lPath = Own([&] { return pStage.mFiles.In(pName); });
-    return NoteGltf(pStage, pStage.mGltf.Read(lPath, pStage.mScene.get(), KQexGltfReadOptions(), lResult));
+    const std::string  lPath = MakeUnfailing([&] { return pStage.mFiles.In(pName); });
+    return RecordGltf(pStage, pStage.mGltf.Read(lPath, pStage.mScene.get(), KQexGltfReadOptions(), lResult));
 }
 
 bool ReadGlb(KStage& pStage)
@@ -245,23 +245,23 @@ bool WriteBvh(KStage& pStage)
     KQexBvhWriteOptions lOptions;
     lOptions.mStack = pStage.mScene->GetAnimStack(0);
     lOptions.mThreads = 1;
-    lOptions.mSampling = Own([&] { return AllFrames(pStage); });
-    const std::string lPath = Own([&] { return pStage.mFiles.Out("a.bvh"); });
+    lOptions.mSampling = MakeUnfailing([&] { return AllFrames(pStage); });
+    const std::string lPath = MakeUnfailing([&] { return pStage.mFiles.Out("a.bvh"); });
     const bool        lOk = pStage.mBvh.OpenWrite(lPath.c_str()) && pStage.mBvh.Write(pStage.mRoots, lOptions) && pStage.mBvh.Close();
     if (!lOk)
     {
         pStage.mBvh.Discard();
     }
-    return NoteFile(pStage, lOk, pStage.mBvh);
+    return RecordFile(pStage, lOk, pStage.mBvh);
 }
 
 bool WriteGltfFile(KStage& pStage, const char* pName)
 {
     KQexGltfWriteOptions lOptions;
     lOptions.mThreads = 1;
-    lOptions.mTakes = Own([&] { return std::vector{KQexGltfTake{pStage.mScene->GetAnimStack(0), AllFrames(pStage)}}; });
-    const std::string lPath = Own([&] { return pStage.mFiles.Out(pName); });
-    return NoteGltf(pStage, pStage.mGltf.Write(lPath, pStage.mRoots, lOptions));
+    lOptions.mTakes = MakeUnfailing([&] { return std::vector{KQexGltfTake{pStage.mScene->GetAnimStack(0), AllFrames(pStage)}}; });
+    const std::string lPath = MakeUnfailing([&] { return pStage.mFiles.Out(pName); });
+    return RecordGltf(pStage, pStage.mGltf.Write(lPath, pStage.mRoots, lOptions));
 }
 
 bool WriteGlb(KStage& pStage)
@@ -279,57 +279,57 @@ bool ExportAcclaim(KStage& pStage)
     KQexExportAcclaimOptions lOptions;
     KQexExportAcclaimResult  lResult;
     lOptions.mThreads = 1;
-    const std::string lAsf = Own([&] { return pStage.mFiles.Out("a.asf"); });
-    const std::string lAmc = Own([&] { return pStage.mFiles.Out("a.amc"); });
+    const std::string lAsf = MakeUnfailing([&] { return pStage.mFiles.Out("a.asf"); });
+    const std::string lAmc = MakeUnfailing([&] { return pStage.mFiles.Out("a.amc"); });
     const bool        lOk = KQexExporterAcclaim::Export(pStage.mRoots.front(), lAsf.c_str(), lAmc.c_str(), lOptions, lResult);
-    return Note(pStage, lOk, !lResult.mMessages.empty(), [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return Record(pStage, lOk, !lResult.mMessages.empty(), [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
-/// A motion for a skeleton that is there.
+/// Writes the motion of an existing skeleton.
 bool WriteAmc(KStage& pStage)
 {
     KQexExportAcclaimOptions lOptions;
     KQexExportAcclaimResult  lResult;
     lOptions.mThreads = 1;
-    const std::string lAmc = Own([&] { return pStage.mFiles.Out("a.amc"); });
+    const std::string lAmc = MakeUnfailing([&] { return pStage.mFiles.Out("a.amc"); });
     if (!ReadAsf(pStage))
     {
         return false;
     }
     const bool lOk = KQexExporterAcclaim::ExportMotion(pStage.mRoots.front(), pStage.mSkeleton.get(), lAmc.c_str(), lOptions, lResult);
-    return Note(pStage, lOk, !lResult.mMessages.empty(), [&lResult] { return ErrorsOf(lResult.mMessages); });
+    return Record(pStage, lOk, !lResult.mMessages.empty(), [&lResult] { return ErrorsOf(lResult.mMessages); });
 }
 
-/// A call of the command line that reads \p pInputs and replaces \p pOutputs, in this process.
+/// Runs `asf convert` in this process, from \p pInputs to \p pOutputs.
 bool Convert(KStage& pStage, std::initializer_list<const char*> pInputs, std::initializer_list<const char*> pOutputs)
 {
-    std::vector<std::string> lWords;
-    std::vector<char*>       lArguments;
-    const std::string        lTold = Own([&] { return pStage.mFiles.In("told"); });
+    std::vector<std::string> lArguments;
+    std::vector<char*>       lArgv;
+    const std::string        lErrorPath = MakeUnfailing([&] { return pStage.mFiles.In("stderr"); });
     {
         const KUnfailingMemory lUnfailing;
-        lWords = {"asf", "convert", "--quiet", "--threads", "1"};
+        lArguments = {"asf", "convert", "--quiet", "--threads", "1"};
         for (const char* lInput : pInputs)
         {
-            lWords.push_back(pStage.mFiles.In(lInput));
+            lArguments.push_back(pStage.mFiles.In(lInput));
         }
         for (const char* lOutput : pOutputs)
         {
-            lWords.insert(lWords.end(), {"-o", pStage.mFiles.Out(lOutput)});
+            lArguments.insert(lArguments.end(), {"-o", pStage.mFiles.Out(lOutput)});
         }
-        for (std::string& lWord : lWords)
+        for (std::string& lArgument : lArguments)
         {
-            lArguments.push_back(lWord.data());
+            lArgv.push_back(lArgument.data());
         }
     }
     int  lExit = 0;
     bool lHasError = false;
     {
-        const KErrorCatcher lCatcher(lTold);
-        lExit = asfapp::RunProgram(static_cast<int>(lArguments.size()), lArguments.data());
+        const KErrorCatcher lCatcher(lErrorPath);
+        lExit = asfapp::RunProgram(static_cast<int>(lArgv.size()), lArgv.data());
         lHasError = !lCatcher.IsEmpty();
     }
-    return Note(pStage, lExit == 0, lHasError, [&lTold] { return ReadFile(lTold); });
+    return Record(pStage, lExit == 0, lHasError, [&lErrorPath] { return ReadFile(lErrorPath); });
 }
 
 bool ConvertToBvhAndGlb(KStage& pStage)
@@ -358,7 +358,7 @@ KFaultFiles::KFaultFiles(int pFrames)
     ResetOutputs();
     KStage lStage(*this);
     lStage.ImportMotion();
-    EXPECT_TRUE(WriteBvh(lStage) && WriteGlb(lStage) && WriteGltf(lStage)) << lStage.mTold;
+    EXPECT_TRUE(WriteBvh(lStage) && WriteGlb(lStage) && WriteGltf(lStage)) << lStage.mErrors;
     fs::rename(Out("a.bvh"), In("a.bvh"));
     fs::rename(Out("a.glb"), In("a.glb"));
     fs::rename(Out("a.gltf"), In("a.gltf"));
@@ -395,7 +395,7 @@ void ExpectSameFiles(const std::map<std::string, std::string>& pNow, const std::
     for (const auto& [lName, lBytes] : pExpected)
     {
         const auto lNow = pNow.find(lName);
-        EXPECT_TRUE(lNow != pNow.end() && lNow->second == lBytes) << lName << (lNow == pNow.end() ? " is gone" : " has other bytes");
+        EXPECT_TRUE(lNow != pNow.end() && lNow->second == lBytes) << lName << (lNow == pNow.end() ? " is gone" : " differs");
     }
 }
 
@@ -409,11 +409,11 @@ void KStage::ImportMotion()
 
 std::string KStage::Describe() const
 {
-    std::string        lText = mSeen + " " + std::to_string(mScene->GetObjectCount()) + "\n";
+    std::string        lText = mFrameHash + " " + std::to_string(mScene->GetObjectCount()) + "\n";
     KQexAnimEvaluator* lEvaluator = mScene->GetEvaluator();
-    KQexAnimStack*     lBefore = lEvaluator->GetContext();
+    KQexAnimStack*     lOldContext = lEvaluator->GetContext();
     KQexNode*          lRoot = mScene->GetRootNode();
-    lText += lBefore != nullptr ? lBefore->GetName() : "no take";
+    lText += lOldContext != nullptr ? lOldContext->GetName() : "no take";
     for (int lStack = -1; lStack < mScene->GetAnimStackCount(); ++lStack)
     {
         lEvaluator->SetContext(lStack < 0 ? nullptr : mScene->GetAnimStack(lStack));
@@ -423,12 +423,12 @@ std::string KStage::Describe() const
             lText += lNode->GetName();
             for (const int lFrame : {0, 1, 2, 7, 1000, 1999, 2001})
             {
-                const KQexMatrix lPlace = lEvaluator->GetNodeGlobalTransform(lNode, FrameTime(lFrame));
-                lText.append(reinterpret_cast<const char*>(&lPlace), sizeof lPlace);
+                const KQexMatrix lTransform = lEvaluator->GetNodeGlobalTransform(lNode, FrameTime(lFrame));
+                lText.append(reinterpret_cast<const char*>(&lTransform), sizeof lTransform);
             }
         }
     }
-    lEvaluator->SetContext(lBefore);
+    lEvaluator->SetContext(lOldContext);
     if (mSkeleton && mSkeleton->mRoot != nullptr)
     {
         KQexFileAcclaimAsf lFile(false);

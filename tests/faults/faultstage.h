@@ -18,16 +18,16 @@
 #include <vector>
 
 /// \file
-/// The operations that every kind of fault is tried on, and what they work on.
+/// Operations to inject faults into, and the files and scene they work on.
 
 namespace qextest
 {
 
-/// Files to read, in every format, and a folder with files that operations replace. Removed with the object.
+/// Input files in every format, and a folder of output files that operations replace. Deleted with the object.
 class KFaultFiles
 {
 public:
-    /// \param pFrames frames of the motions
+    /// \param pFrames number of frames of the motions
     explicit KFaultFiles(int pFrames);
 
     std::string In(const char* pName) const { return (mFolder / "in" / pName).string(); }
@@ -35,17 +35,17 @@ public:
 
     std::filesystem::path OutFolder() const { return mFolder / "out"; }
 
-    /// Makes every file that can be replaced an old one again, and removes all that stands beside them.
+    /// Resets every output to its old content and removes all other files of the folder.
     void ResetOutputs() const;
 
-    /// The bytes of all that is in the folder of outputs, by name.
+    /// Contents of all files in the output folder, by name.
     std::map<std::string, std::string> GetOutputs() const;
 
 private:
     KTempDir mFolder;
 };
 
-/// What an operation works on, made anew for every try: a scene, files objects that later tries use again, and what was told.
+/// What one run of an operation works on: a scene, file objects that a retry reuses, and the errors reported.
 struct KStage
 {
     explicit KStage(const KFaultFiles& pFiles) : mFiles(pFiles) {}
@@ -53,10 +53,10 @@ struct KStage
     KStage(const KStage&) = delete;
     KStage& operator=(const KStage&) = delete;
 
-    /// Puts an imported motion into the scene.
+    /// Imports the skeleton with its motion.
     void ImportMotion();
 
-    /// All that is in the scene and was read beside it: names, and where every node is at several times of every take.
+    /// The scene and what was read besides it, as text: names, and every node's global transform at several times of every take.
     std::string Describe() const;
 
     const KFaultFiles&             mFiles;
@@ -67,27 +67,27 @@ struct KStage
     qexsdk::KQexFileAcclaimAmc     mAmc{false};
     qexsdk::KQexFileBvh            mBvh;
     qexsdk::KQexFileGltf           mGltf;
-    std::string                    mSeen; ///< What was read and is not in the scene.
-    std::string                    mTold; ///< The errors, with the files that they are about.
+    std::string                    mFrameHash; ///< Hash of the frames that ReadAmc() read.
+    std::string                    mErrors;    ///< Error messages of the last operation.
     bool                           mHasError = false;
 };
 
 struct KFaultOperation
 {
     const char*                  mName;
-    bool                         mHasMotion; ///< The scene holds an imported motion before.
-    std::vector<const char*>     mInputs;    ///< Files that it reads, by their names in the folder of inputs.
-    std::vector<const char*>     mOutputs;   ///< Files that it writes, by their names in the folder of outputs.
-    bool                         mIsProgram; ///< A call of the command line, which uses nothing of the stage.
-    std::function<bool(KStage&)> mRun;       ///< Says whether it succeeded, and leaves what it told in the stage.
+    bool                         mNeedsMotion; ///< Needs an imported motion in the scene.
+    std::vector<const char*>     mInputs;      ///< Names of the input files that it reads.
+    std::vector<const char*>     mOutputs;     ///< Names of the output files that it writes.
+    bool                         mIsProgram;   ///< A command line run; it does not use the scene.
+    std::function<bool(KStage&)> mRun;         ///< Returns whether it succeeded; stores its errors in the stage.
 };
 
 std::ostream& operator<<(std::ostream& pOut, const KFaultOperation& pOperation);
 
-/// Fails the test, saying which files differ, when \p pNow are not \p pExpected.
+/// Expects \p pNow to equal \p pExpected and names each file that differs.
 void ExpectSameFiles(const std::map<std::string, std::string>& pNow, const std::map<std::string, std::string>& pExpected);
 
-/// All operations of the library, and conversions as the command line makes them.
+/// All operations of the library, and conversions by the command line.
 const std::vector<KFaultOperation>& FaultOperations();
 
 } // namespace qextest

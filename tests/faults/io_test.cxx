@@ -4,9 +4,9 @@
 #include <cerrno>
 #include <cstring>
 
-// Every operation is run with file call 1 failing, then 2, and so on until it makes fewer: once failing that one alone, once that
-// and all of its kind after it. What comes in pieces or is interrupted changes nothing; what fails says which file and why, leaves
-// the scene and existing files alone and works at the next try.
+// Runs every operation with its 1st file call of a kind failing, then its 2nd, and so on until it makes no more: once with that one alone
+// failing, once with all later ones of its kind failing too. Short and interrupted calls change nothing; an operation that fails names the
+// file and the reason, leaves the scene and existing files unchanged, and succeeds when retried.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -19,7 +19,7 @@ struct KCallFault
     const char*        mName;
     KFileFaults::ECall mCall;
     int                mError;
-    bool               mIsHarmless; ///< Changes nothing; else it is to be told, unless the operation can do without the call.
+    bool               mIsHarmless; ///< Changes nothing. Else it must be reported, unless the operation can do without the call.
     bool               mIsFatal;    ///< No operation can do without the call.
 };
 
@@ -46,24 +46,24 @@ const KCallFault kFaults[] = {
     {"rename ENOSPC", KFileFaults::eRENAME, ENOSPC, false, true},
 };
 
-constexpr int kManyPieces = 2000; ///< Enough for several reads and writes of each file.
+constexpr int kManyFrames = 2000; ///< Enough for several reads and writes of each file.
 
 class KCallFaultTest : public testing::TestWithParam<KFaultOperation>
 {
 protected:
-    KCallFaultTest() : mFiles(kManyPieces)
+    KCallFaultTest() : mFiles(kManyFrames)
     {
         KStage lStage(mFiles);
         Prepare(lStage);
-        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mTold;
+        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mErrors;
         mScene = lStage.Describe();
-        mOutputs = mFiles.GetOutputs();
+        mNewFiles = mFiles.GetOutputs();
     }
 
     void Prepare(KStage& pStage) const
     {
         mFiles.ResetOutputs();
-        if (GetParam().mHasMotion)
+        if (GetParam().mNeedsMotion)
         {
             pStage.ImportMotion();
         }
@@ -86,46 +86,46 @@ protected:
         }
         if (lOk)
         {
-            EXPECT_FALSE(pFault.mIsFatal && lCalls >= pNumber) << "went unnoticed";
+            EXPECT_FALSE(pFault.mIsFatal && lCalls >= pNumber) << "was not reported";
         }
         else
         {
-            EXPECT_FALSE(pFault.mIsHarmless) << lStage.mTold;
-            ExpectTold(pFault, lStage);
+            EXPECT_FALSE(pFault.mIsHarmless) << lStage.mErrors;
+            ExpectReported(pFault, lStage);
             lStage.mSkeleton.reset();
-            EXPECT_TRUE(lStage.Describe() == lScene) << "another scene";
+            EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
             ExpectOutputs(pFault, pOnwards, lOutputs);
-            EXPECT_TRUE(GetParam().mRun(lStage)) << "the next try: " << lStage.mTold;
+            EXPECT_TRUE(GetParam().mRun(lStage)) << "retry: " << lStage.mErrors;
         }
-        EXPECT_TRUE(lStage.Describe() == mScene) << "other results";
-        ExpectSameFiles(mFiles.GetOutputs(), mOutputs);
+        EXPECT_TRUE(lStage.Describe() == mScene) << "different scene";
+        ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
         return lCalls;
     }
 
-    /// Nothing is lost, and nothing half-made or left behind.
+    /// Expects every output to be as before, and no partial or temporary file.
     void ExpectOutputs(const KCallFault& pFault, bool pOnwards, std::map<std::string, std::string> pOld) const
     {
         const std::map<std::string, std::string> lNow = mFiles.GetOutputs();
-        // Where no file can take a name any more, one of several that has its name keeps it.
+        // When all later renames fail, an output that is already renamed stays new.
         for (const auto& [lName, lBytes] : lNow)
         {
-            const bool lIsNew = pFault.mCall == KFileFaults::eRENAME && pOnwards && lBytes == mOutputs.at(lName);
+            const bool lIsNew = pFault.mCall == KFileFaults::eRENAME && pOnwards && lBytes == mNewFiles.at(lName);
             pOld[lName] = lIsNew ? lBytes : pOld[lName];
         }
         ExpectSameFiles(lNow, pOld);
     }
 
-    void ExpectTold(const KCallFault& pFault, const KStage& pStage) const
+    void ExpectReported(const KCallFault& pFault, const KStage& pStage) const
     {
         const bool lNamesFile =
-            pStage.mTold.find(mFiles.In("a.")) != std::string::npos || pStage.mTold.find(mFiles.Out("a.")) != std::string::npos;
-        EXPECT_TRUE(lNamesFile) << pStage.mTold;
-        EXPECT_NE(pStage.mTold.find(std::strerror(pFault.mError)), std::string::npos) << pStage.mTold;
+            pStage.mErrors.find(mFiles.In("a.")) != std::string::npos || pStage.mErrors.find(mFiles.Out("a.")) != std::string::npos;
+        EXPECT_TRUE(lNamesFile) << pStage.mErrors;
+        EXPECT_NE(pStage.mErrors.find(std::strerror(pFault.mError)), std::string::npos) << pStage.mErrors;
     }
 
     KFaultFiles                        mFiles;
-    std::string                        mScene;   ///< What the operation makes when nothing fails.
-    std::map<std::string, std::string> mOutputs; ///< The same for files.
+    std::string                        mScene;    ///< Scene after success.
+    std::map<std::string, std::string> mNewFiles; ///< Output files after success.
 };
 
 TEST_P(KCallFaultTest, LosesNothing)
@@ -136,12 +136,12 @@ TEST_P(KCallFaultTest, LosesNothing)
         int lTries = 0;
         for (const bool lOnwards : {false, true})
         {
-            // What never ends being interrupted has no result.
+            // An operation that is interrupted for ever never ends.
             if (lOnwards && lFault.mError == EINTR)
             {
                 continue;
             }
-            // A call that fails is often the last one, so that only a try in which none failed ends the series.
+            // A failing call is often the last one made, so only a run without a failure ends the series.
             bool lHasFailed = true;
             for (int lNumber = 1; lHasFailed && !HasFailure(); ++lNumber)
             {

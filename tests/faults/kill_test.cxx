@@ -9,7 +9,7 @@
 #include <thread>
 #include <unistd.h>
 
-// The command line is killed at random moments while it replaces files: each is the old one or the whole new one every time.
+// Kills the command line at random moments while it replaces files: every file must be the old one or the complete new one.
 
 using namespace qextest;
 namespace fs = std::filesystem;
@@ -18,8 +18,8 @@ namespace
 {
 
 constexpr int         kKilledFrames = 4000;
-constexpr int         kDefaultCount = 60; ///< QEX_KILL_COUNT asks for another number.
-constexpr const char* kLeftover = ".qex-";
+constexpr int         kDefaultCount = 60; ///< QEX_KILL_COUNT overrides it.
+constexpr const char* kTempPrefix = ".qex-";
 
 int CountOfKills()
 {
@@ -28,7 +28,7 @@ int CountOfKills()
     return lCount > 0 ? lCount : kDefaultCount;
 }
 
-/// Conversions to one or two outputs, which can be ended in their middle.
+/// Runs conversions to one or two outputs and interrupts them.
 class KKillTest : public testing::Test
 {
 protected:
@@ -38,26 +38,27 @@ protected:
     {
         mFiles.ResetOutputs();
         const KClock::time_point lStart = KClock::now();
-        EXPECT_EQ(End(Start(true), 0), 0);
+        EXPECT_EQ(SignalAndWait(Start(true), 0), 0);
         mDuration = KClock::now() - lStart;
-        mNew = mFiles.GetOutputs();
+        mNewFiles = mFiles.GetOutputs();
         mFiles.ResetOutputs();
-        mOld = mFiles.GetOutputs();
+        mOldFiles = mFiles.GetOutputs();
     }
 
     pid_t Start(bool pBoth) const
     {
-        std::vector<std::string> lWords = {QEX_ASF_PROGRAM, "convert", mFiles.In("a.asf"), mFiles.In("a.amc"), "-o", mFiles.Out("a.bvh")};
+        std::vector<std::string> lArguments = {QEX_ASF_PROGRAM,    "convert", mFiles.In("a.asf"),
+                                               mFiles.In("a.amc"), "-o",      mFiles.Out("a.bvh")};
         if (pBoth)
         {
-            lWords.insert(lWords.end(), {"-o", mFiles.Out("a.glb")});
+            lArguments.insert(lArguments.end(), {"-o", mFiles.Out("a.glb")});
         }
-        std::vector<char*> lArguments;
-        for (std::string& lWord : lWords)
+        std::vector<char*> lArgv;
+        for (std::string& lArgument : lArguments)
         {
-            lArguments.push_back(lWord.data());
+            lArgv.push_back(lArgument.data());
         }
-        lArguments.push_back(nullptr);
+        lArgv.push_back(nullptr);
         const pid_t lChild = ::fork();
         if (lChild == 0)
         {
@@ -65,16 +66,16 @@ protected:
             ::dup2(lNull, STDIN_FILENO);
             ::dup2(lNull, STDOUT_FILENO);
             ::dup2(lNull, STDERR_FILENO);
-            // A shell hands on to what it runs in the background that interruptions are ignored.
+            // A background job inherits from its shell that SIGINT is ignored.
             ::signal(SIGINT, SIG_DFL);
-            ::execv(lArguments[0], lArguments.data());
+            ::execv(lArgv[0], lArgv.data());
             ::_exit(127);
         }
         return lChild;
     }
 
-    /// Waits for the end of a conversion. \return its exit status, or minus the signal that ended it.
-    static int End(pid_t pChild, int pSignal)
+    /// Sends \p pSignal, unless it is 0, and waits for the process. \return its exit status, or minus the signal that ended it.
+    static int SignalAndWait(pid_t pChild, int pSignal)
     {
         int lStatus = 0;
         if (pSignal != 0)
@@ -85,46 +86,46 @@ protected:
         return WIFSIGNALED(lStatus) ? -WTERMSIG(lStatus) : WEXITSTATUS(lStatus);
     }
 
-    /// Starts a conversion and ends it by \p pSignal at a random moment, sometimes after its own end.
+    /// Starts a conversion and sends \p pSignal at a random moment, sometimes after it has finished.
     int Interrupt(int pSignal, bool pBoth)
     {
         const double lPart = std::uniform_real_distribution<double>(0.0, 1.1)(mRandom);
         const pid_t  lChild = Start(pBoth);
         std::this_thread::sleep_for(mDuration * lPart);
-        return End(lChild, pSignal);
+        return SignalAndWait(lChild, pSignal);
     }
 
-    /// Expects every output to be the old or the new one, counts which, and makes them old again; leftovers stay.
-    void Look()
+    /// Expects every output to be the old or the complete new one, counts the new ones and resets them. Leftovers stay.
+    void CheckOutputs()
     {
         for (const auto& [lName, lBytes] : mFiles.GetOutputs())
         {
-            if (lName.compare(0, std::string(kLeftover).size(), kLeftover) == 0)
+            if (lName.compare(0, std::string(kTempPrefix).size(), kTempPrefix) == 0)
             {
                 continue;
             }
-            ASSERT_EQ(mOld.count(lName), 1u) << lName;
-            const bool lIsOld = lBytes == mOld[lName];
-            ASSERT_TRUE(lIsOld || lBytes == mNew[lName]) << lName << " is half-made";
+            ASSERT_EQ(mOldFiles.count(lName), 1u) << lName;
+            const bool lIsOld = lBytes == mOldFiles[lName];
+            ASSERT_TRUE(lIsOld || lBytes == mNewFiles[lName]) << lName << " is incomplete";
             if (!lIsOld)
             {
                 ++mReplaced;
-                WriteFile(mFiles.Out(lName.c_str()), mOld[lName]);
+                WriteFile(mFiles.Out(lName.c_str()), mOldFiles[lName]);
             }
         }
     }
 
-    int CountLeftovers() const { return static_cast<int>(mFiles.GetOutputs().size()) - static_cast<int>(mOld.size()); }
+    int CountLeftovers() const { return static_cast<int>(mFiles.GetOutputs().size()) - static_cast<int>(mOldFiles.size()); }
 
     KFaultFiles                        mFiles{kKilledFrames};
-    std::map<std::string, std::string> mOld;
-    std::map<std::string, std::string> mNew;
+    std::map<std::string, std::string> mOldFiles;
+    std::map<std::string, std::string> mNewFiles;
     KClock::duration                   mDuration{};
     std::mt19937                       mRandom{7};
-    int                                mReplaced = 0; ///< Outputs found new.
+    int                                mReplaced = 0; ///< New outputs seen.
 };
 
-TEST_F(KKillTest, OldFileOrWholeNewOneWheneverItIsKilled)
+TEST_F(KKillTest, EveryOutputIsOldOrCompleteAfterAKill)
 {
     const int lCount = CountOfKills();
     int       lKilled = 0;
@@ -133,21 +134,21 @@ TEST_F(KKillTest, OldFileOrWholeNewOneWheneverItIsKilled)
         const int lEnd = Interrupt(SIGKILL, i % 4 == 3);
         ASSERT_TRUE(lEnd == 0 || lEnd == -SIGKILL) << lEnd;
         lKilled += lEnd == 0 ? 0 : 1;
-        Look();
+        CheckOutputs();
     }
     const int lLeftovers = CountLeftovers();
     std::printf("%d runs, %d killed before their end, %d outputs replaced, %d temporary files left\n", lCount, lKilled, mReplaced,
                 lLeftovers);
     EXPECT_GT(lKilled, lCount / 4);
-    EXPECT_EQ(End(Start(true), 0), 0) << "with all that was left";
+    EXPECT_EQ(SignalAndWait(Start(true), 0), 0) << "with leftovers present";
     EXPECT_EQ(CountLeftovers(), lLeftovers);
     for (const char* lName : {"a.bvh", "a.glb"})
     {
-        EXPECT_TRUE(ReadFile(mFiles.Out(lName)) == mNew[lName]) << lName;
+        EXPECT_TRUE(ReadFile(mFiles.Out(lName)) == mNewFiles[lName]) << lName;
     }
 }
 
-TEST_F(KKillTest, NothingIsLeftByAnInterruption)
+TEST_F(KKillTest, InterruptingLeavesNoTemporaryFile)
 {
     const int lCount = std::max(1, CountOfKills() / 5);
     for (const int lSignal : {SIGINT, SIGTERM})
@@ -159,7 +160,7 @@ TEST_F(KKillTest, NothingIsLeftByAnInterruption)
             const int lEnd = Interrupt(lSignal, i % 2 == 1);
             ASSERT_TRUE(lEnd == 0 || lEnd == -lSignal) << lEnd;
             lInterrupted += lEnd == 0 ? 0 : 1;
-            Look();
+            CheckOutputs();
             ASSERT_EQ(CountLeftovers(), 0);
         }
         std::printf("%s: %d runs, %d ended by it, %d outputs replaced, nothing left\n", lSignal == SIGINT ? "SIGINT" : "SIGTERM", lCount,

@@ -13,12 +13,12 @@ using namespace qextest;
 namespace
 {
 
-/// A thread that can't be started is no reason to fail: the calling thread does its jobs, each exactly once.
-TEST(KParallelFault, EveryJobIsDoneOnceOrNone)
+/// A thread that cannot be started is no failure: the calling thread does its jobs, each exactly once.
+TEST(KParallelFault, EveryJobRunsOnceOrNoneDoes)
 {
     constexpr int     kJobs = 8;
     KFailingAllocator lAllocator;
-    int               lFewer = 0;
+    int               lWithoutThread = 0;
     bool              lFails = true;
     for (long lCall = 1; lFails; ++lCall)
     {
@@ -37,9 +37,9 @@ TEST(KParallelFault, EveryJobIsDoneOnceOrNone)
         lFails = lAllocator.Disarm() >= lCall;
         EXPECT_EQ(KFailingAllocator::GetLive(), lLive);
         EXPECT_TRUE(std::all_of(lDone, lDone + kJobs, [&](int pTimes) { return pTimes == (lThrows ? 0 : 1); })) << lCall;
-        lFewer += lFails && !lThrows ? 1 : 0;
+        lWithoutThread += lFails && !lThrows ? 1 : 0;
     }
-    EXPECT_EQ(lFewer, 3) << "three threads beside the calling one";
+    EXPECT_EQ(lWithoutThread, 3) << "three threads besides the calling one";
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 #include <thread>
 #include <unistd.h>
 
-// Every operation at places that are not plain files in a plain folder.
+// Runs every operation on paths that are not regular files in a writable folder.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -22,43 +22,43 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr int kPlaceFrames = 300;
+constexpr int kPathFrames = 300;
 
-class KPlaceTest : public testing::TestWithParam<KFaultOperation>
+class KPathTest : public testing::TestWithParam<KFaultOperation>
 {
 protected:
-    KPlaceTest() : mFiles(kPlaceFrames), mStage(mFiles)
+    KPathTest() : mFiles(kPathFrames), mStage(mFiles)
     {
-        if (GetParam().mHasMotion)
+        if (GetParam().mNeedsMotion)
         {
             mStage.ImportMotion();
         }
         if (!GetParam().mOutputs.empty())
         {
-            EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
-            mNew = mFiles.GetOutputs();
+            EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
+            mNewFiles = mFiles.GetOutputs();
             mFiles.ResetOutputs();
         }
-        mOld = mFiles.GetOutputs();
+        mOldFiles = mFiles.GetOutputs();
     }
 
-    ~KPlaceTest() override
+    ~KPathTest() override
     {
         ::chmod(mFiles.OutFolder().c_str(), 0755);
         KFileCallsReset();
     }
 
-    /// Runs the operation, which has to fail because of \p pError at one of \p pPaths.
+    /// Runs the operation and expects it to fail with \p pError, naming one of \p pPaths.
     void ExpectFailure(int pError, const std::vector<std::string>& pPaths)
     {
         EXPECT_FALSE(GetParam().mRun(mStage));
         bool lNamesFile = false;
         for (const std::string& lPath : pPaths)
         {
-            lNamesFile = lNamesFile || mStage.mTold.find(lPath) != std::string::npos;
+            lNamesFile = lNamesFile || mStage.mErrors.find(lPath) != std::string::npos;
         }
-        EXPECT_TRUE(lNamesFile) << mStage.mTold;
-        EXPECT_NE(mStage.mTold.find(std::strerror(pError)), std::string::npos) << mStage.mTold;
+        EXPECT_TRUE(lNamesFile) << mStage.mErrors;
+        EXPECT_NE(mStage.mErrors.find(std::strerror(pError)), std::string::npos) << mStage.mErrors;
     }
 
     std::vector<std::string> Outputs() const
@@ -81,30 +81,30 @@ protected:
         return lPaths;
     }
 
-    /// Lets a user without rights write what the command line tells.
+    /// Lets an unprivileged user write the command line's error file.
     void OpenInputFolder() const
     {
-        fs::remove(mFiles.In("told"));
+        fs::remove(mFiles.In("stderr"));
         ASSERT_EQ(::chmod(fs::path(mFiles.In("a")).parent_path().c_str(), 0777), 0);
     }
 
     KFaultFiles                        mFiles;
     KStage                             mStage;
-    std::map<std::string, std::string> mOld; ///< The folder of outputs as it was.
-    std::map<std::string, std::string> mNew; ///< The same once the operation has run.
+    std::map<std::string, std::string> mOldFiles; ///< Output files before the operation.
+    std::map<std::string, std::string> mNewFiles; ///< Output files after it.
 };
 
-/// All that write.
-class KOutputPlaceTest : public KPlaceTest
+/// Operations that write.
+class KOutputPathTest : public KPathTest
 {
 };
 
-/// All that read.
-class KInputPlaceTest : public KPlaceTest
+/// Operations that read.
+class KInputPathTest : public KPathTest
 {
 };
 
-TEST_P(KOutputPlaceTest, FullDevice)
+TEST_P(KOutputPathTest, FullDevice)
 {
     for (const std::string& lPath : Outputs())
     {
@@ -116,34 +116,34 @@ TEST_P(KOutputPlaceTest, FullDevice)
         EXPECT_TRUE(fs::is_symlink(lPath));
         fs::remove(lPath);
         WriteFile(lPath, "old");
-        ExpectSameFiles(mFiles.GetOutputs(), mOld);
+        ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
     }
 }
 
-/// Mounts a file system of \p pPages pages of memory at \p pFolder, which this process alone sees. False when that is not permitted.
+/// Mounts a tmpfs of \p pPages pages at \p pFolder. False when that is not permitted.
 bool MountSmall(const fs::path& pFolder, int pPages)
 {
     const std::string lOptions = "nr_blocks=" + std::to_string(pPages);
     return ::mount("tmpfs", pFolder.c_str(), "tmpfs", 0, lOptions.c_str()) == 0;
 }
 
-/// Leaves the others' name space of mounts. False when that is not permitted.
-bool LeaveMounts()
+/// Enters a mount namespace of its own, so that no other process sees later mounts. False when that is not permitted.
+bool UnshareMounts()
 {
     return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
-/// Runs \p pCheck in a process of its own; its failed expectations count here. \return false when it says that it could not.
+/// Runs \p pCheck in a child process; its failed expectations fail this test. \return false when \p pCheck returns false
 template <typename TCheck>
-bool InChild(const TCheck& pCheck)
+bool RunInChild(const TCheck& pCheck)
 {
     std::fflush(stdout);
     const pid_t lChild = ::fork();
     if (lChild == 0)
     {
-        const bool lCould = pCheck();
+        const bool lRan = pCheck();
         std::fflush(stdout);
-        ::_exit(testing::Test::HasFailure() ? 1 : lCould ? 0 : 77);
+        ::_exit(testing::Test::HasFailure() ? 1 : lRan ? 0 : 77);
     }
     int lStatus = 0;
     EXPECT_EQ(::waitpid(lChild, &lStatus, 0), lChild);
@@ -151,12 +151,12 @@ bool InChild(const TCheck& pCheck)
     return WEXITSTATUS(lStatus) != 77;
 }
 
-/// From no page free behind the old files to enough for the new ones: a page more each time.
-TEST_P(KOutputPlaceTest, DeviceFromFullToNearlyFullToRoomEnough)
+/// Grows the device in steps, from full with the old files to large enough for the new ones.
+TEST_P(KOutputPathTest, DeviceFromFullToLargeEnough)
 {
     const auto lCheck = [this]
     {
-        if (!LeaveMounts())
+        if (!UnshareMounts())
         {
             return false;
         }
@@ -168,45 +168,45 @@ TEST_P(KOutputPlaceTest, DeviceFromFullToNearlyFullToRoomEnough)
             {
                 return false;
             }
-            for (const auto& [lName, lBytes] : mOld)
+            for (const auto& [lName, lBytes] : mOldFiles)
             {
                 WriteFile(mFiles.Out(lName.c_str()), lBytes);
             }
             lOk = GetParam().mRun(mStage);
             lFailures += lOk ? 0 : 1;
-            EXPECT_TRUE(lOk || mStage.mTold.find(std::strerror(ENOSPC)) != std::string::npos) << mStage.mTold;
-            ExpectSameFiles(mFiles.GetOutputs(), lOk ? mNew : mOld);
+            EXPECT_TRUE(lOk || mStage.mErrors.find(std::strerror(ENOSPC)) != std::string::npos) << mStage.mErrors;
+            ExpectSameFiles(mFiles.GetOutputs(), lOk ? mNewFiles : mOldFiles);
             EXPECT_EQ(::umount(mFiles.OutFolder().c_str()), 0);
         }
         EXPECT_TRUE(lOk);
         EXPECT_GT(lFailures, 0);
         return true;
     };
-    if (!InChild(lCheck))
+    if (!RunInChild(lCheck))
     {
         GTEST_SKIP() << "mounting is not permitted here";
     }
 }
 
-fs::path sGoingAway; ///< The folder that the next write takes away.
+fs::path sRemovedFolder; ///< Folder that the next write removes.
 
-TEST_P(KOutputPlaceTest, FolderThatGoesAwayWhileItIsWrittenTo)
+TEST_P(KOutputPathTest, FolderRemovedDuringWrite)
 {
-    sGoingAway = mFiles.OutFolder();
+    sRemovedFolder = mFiles.OutFolder();
     KFileCallsInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
     {
-        fs::remove_all(sGoingAway);
+        fs::remove_all(sRemovedFolder);
         return ::write(pFile, pData, pSize);
     };
     ExpectFailure(ENOENT, Outputs());
     KFileCallsReset();
     EXPECT_FALSE(fs::exists(mFiles.OutFolder()));
     mFiles.ResetOutputs();
-    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
-    ExpectSameFiles(mFiles.GetOutputs(), mNew);
+    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
+    ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
 }
 
-TEST_P(KOutputPlaceTest, FileThatMayNotBeWritten)
+TEST_P(KOutputPathTest, ReadOnlyFile)
 {
     OpenInputFolder();
     ASSERT_EQ(::chmod(mFiles.OutFolder().c_str(), 0777), 0);
@@ -225,11 +225,11 @@ TEST_P(KOutputPlaceTest, FileThatMayNotBeWritten)
                 ExpectFailure(EACCES, {lPath});
                 return !HasFailure();
             }));
-        ExpectSameFiles(mFiles.GetOutputs(), mOld);
+        ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
     }
 }
 
-TEST_P(KOutputPlaceTest, FolderThatMayNotBeWritten)
+TEST_P(KOutputPathTest, ReadOnlyFolder)
 {
     OpenInputFolder();
     for (const std::string& lPath : Outputs())
@@ -243,11 +243,11 @@ TEST_P(KOutputPlaceTest, FolderThatMayNotBeWritten)
             ExpectFailure(EACCES, Outputs());
             return !HasFailure();
         }));
-    ExpectSameFiles(mFiles.GetOutputs(), mOld);
+    ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
 }
 
-/// The file that a link points at is replaced or made, in its own folder; the link stays.
-TEST_P(KOutputPlaceTest, SymbolicLinks)
+/// The target of a link is replaced or created in its own folder; the link stays.
+TEST_P(KOutputPathTest, SymbolicLinks)
 {
     for (const bool lIsDangling : {false, true})
     {
@@ -265,7 +265,7 @@ TEST_P(KOutputPlaceTest, SymbolicLinks)
                     WriteFile(lTarget, "old");
                 }
             }
-            EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
+            EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
             std::map<std::string, std::string> lFiles;
             for (const auto& lEntry : fs::directory_iterator(lElsewhere.Path()))
             {
@@ -276,14 +276,14 @@ TEST_P(KOutputPlaceTest, SymbolicLinks)
             for (const char* lName : GetParam().mOutputs)
             {
                 EXPECT_TRUE(fs::is_symlink(mFiles.Out(lName)));
-                EXPECT_TRUE(lFiles[lName] == mNew[lName]) << lName;
+                EXPECT_TRUE(lFiles[lName] == mNewFiles[lName]) << lName;
             }
-            ExpectSameFiles(mFiles.GetOutputs(), mNew);
+            ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
         }
     }
 }
 
-TEST_P(KOutputPlaceTest, Fifos)
+TEST_P(KOutputPathTest, Fifos)
 {
     std::vector<std::thread> lReaders;
     std::vector<std::string> lGot(GetParam().mOutputs.size());
@@ -294,22 +294,22 @@ TEST_P(KOutputPlaceTest, Fifos)
         ASSERT_EQ(::mkfifo(lPath.c_str(), 0600), 0);
         lReaders.emplace_back([&lGot, i, lPath] { lGot[i] = ReadFile(lPath); });
     }
-    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
+    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
     for (std::thread& lReader : lReaders)
     {
         lReader.join();
     }
     for (size_t i = 0; i < lGot.size(); ++i)
     {
-        EXPECT_TRUE(lGot[i] == mNew[GetParam().mOutputs[i]]) << Outputs()[i];
+        EXPECT_TRUE(lGot[i] == mNewFiles[GetParam().mOutputs[i]]) << Outputs()[i];
         EXPECT_TRUE(fs::is_fifo(Outputs()[i]));
         fs::remove(Outputs()[i]);
         WriteFile(Outputs()[i], "old");
     }
-    ExpectSameFiles(mFiles.GetOutputs(), mOld);
+    ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
 }
 
-TEST_P(KOutputPlaceTest, Directories)
+TEST_P(KOutputPathTest, Directories)
 {
     for (const std::string& lPath : Outputs())
     {
@@ -321,11 +321,11 @@ TEST_P(KOutputPlaceTest, Directories)
         EXPECT_TRUE(fs::is_directory(lPath));
         fs::remove(lPath);
         WriteFile(lPath, "old");
-        ExpectSameFiles(mFiles.GetOutputs(), mOld);
+        ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
     }
 }
 
-TEST_P(KInputPlaceTest, MissingAndDirectories)
+TEST_P(KInputPathTest, MissingAndDirectories)
 {
     for (const std::string& lPath : Inputs())
     {
@@ -339,15 +339,15 @@ TEST_P(KInputPlaceTest, MissingAndDirectories)
                 fs::create_directory(lPath);
             }
             ExpectFailure(lIsDirectory ? EISDIR : ENOENT, {lPath});
-            ExpectSameFiles(mFiles.GetOutputs(), mOld);
+            ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
             fs::remove(lPath);
             WriteFile(lPath, lBytes);
         }
     }
-    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
+    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
 }
 
-TEST_P(KInputPlaceTest, FileThatMayNotBeRead)
+TEST_P(KInputPathTest, UnreadableFile)
 {
     OpenInputFolder();
     for (const std::string& lPath : Inputs())
@@ -361,11 +361,11 @@ TEST_P(KInputPlaceTest, FileThatMayNotBeRead)
             }));
         ASSERT_EQ(::chmod(lPath.c_str(), 0644), 0);
     }
-    ExpectSameFiles(mFiles.GetOutputs(), mOld);
+    ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
 }
 
-/// What comes through a FIFO makes what comes from a file; only the numbers beside a glTF file have to be a file.
-TEST_P(KInputPlaceTest, Fifos)
+/// Reading from a FIFO gives the same result as from a file. Only a glTF file's buffer has to be a file.
+TEST_P(KInputPathTest, Fifos)
 {
     std::vector<std::thread> lWriters;
     for (const std::string& lPath : Inputs())
@@ -378,17 +378,17 @@ TEST_P(KInputPlaceTest, Fifos)
             lWriters.emplace_back([lPath, lBytes] { WriteFile(lPath, lBytes); });
         }
     }
-    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mTold;
+    EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;
     for (std::thread& lWriter : lWriters)
     {
         lWriter.join();
     }
-    ExpectSameFiles(mFiles.GetOutputs(), GetParam().mOutputs.empty() ? mOld : mNew);
+    ExpectSameFiles(mFiles.GetOutputs(), GetParam().mOutputs.empty() ? mOldFiles : mNewFiles);
 }
 
-TEST(KQexGltfPlace, NumbersOfAModelFromAFifoAreRefusedAtOnce)
+TEST(KQexGltfBufferTest, FifoIsRefusedWithoutBlocking)
 {
-    const KFaultFiles lFiles(kPlaceFrames);
+    const KFaultFiles lFiles(kPathFrames);
     KStage            lStage(lFiles);
     fs::remove(lFiles.In("a.bin"));
     ASSERT_EQ(::mkfifo(lFiles.In("a.bin").c_str(), 0600), 0);
@@ -398,12 +398,12 @@ TEST(KQexGltfPlace, NumbersOfAModelFromAFifoAreRefusedAtOnce)
     EXPECT_NE(lStage.mGltf.GetMessages()[0].mText.find(lFiles.In("a.bin")), std::string::npos);
 }
 
-std::vector<KFaultOperation> Those(bool pWrite)
+std::vector<KFaultOperation> ReadersOrWriters(bool pWriters)
 {
     std::vector<KFaultOperation> lOperations;
     for (const KFaultOperation& lOperation : FaultOperations())
     {
-        if (!(pWrite ? lOperation.mOutputs : lOperation.mInputs).empty())
+        if (!(pWriters ? lOperation.mOutputs : lOperation.mInputs).empty())
         {
             lOperations.push_back(lOperation);
         }
@@ -416,7 +416,7 @@ std::string NameOf(const testing::TestParamInfo<KFaultOperation>& pInfo)
     return pInfo.param.mName;
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, KOutputPlaceTest, testing::ValuesIn(Those(true)), NameOf);
-INSTANTIATE_TEST_SUITE_P(Operations, KInputPlaceTest, testing::ValuesIn(Those(false)), NameOf);
+INSTANTIATE_TEST_SUITE_P(Operations, KOutputPathTest, testing::ValuesIn(ReadersOrWriters(true)), NameOf);
+INSTANTIATE_TEST_SUITE_P(Operations, KInputPathTest, testing::ValuesIn(ReadersOrWriters(false)), NameOf);
 
 } // namespace

@@ -1,4 +1,4 @@
-// A program whose system has no "C" locale to give: what would be written with another locale's numbers is an error instead.
+// A program on a system without a "C" locale: instead of writing numbers with another locale, formatting fails.
 
 #include <kbaselib/kbase/kformat.h>
 
@@ -11,7 +11,7 @@
 #include <locale.h>
 #include <string>
 
-/// Stands in front of the C library's.
+/// Overrides the C library's.
 extern "C" locale_t newlocale(int, const char*, locale_t)
 {
     return static_cast<locale_t>(nullptr);
@@ -49,14 +49,14 @@ TEST(NoLocale, NothingIsFormatted)
     EXPECT_EQ(lText, "before");
 }
 
-TEST(NoLocale, AnOutputIsNotCompleted)
+TEST(NoLocale, ClosingAnOutputFails)
 {
     KText       lFile;
     std::string lOut;
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lOut));
     lFile.Print(1, "%g\n", 0.5);
     EXPECT_FALSE(lFile.Close());
-    EXPECT_EQ(lFile.GetErrorCount(), 2) << "the output's, and that its message could not be formatted";
+    EXPECT_EQ(lFile.GetErrorCount(), 2) << "one for the output, one because its message could not be formatted";
     EXPECT_TRUE(lFile.HasFailed());
 }
 

@@ -1,4 +1,4 @@
-// Reads skeletons with the installed library; fails when one of them cannot be read or holds no bones.
+// Reads skeletons with the installed library; fails when one of them cannot be read or has no root.
 
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 

@@ -9,13 +9,13 @@ namespace qexsdk
 namespace
 {
 
-TEST(KFCurveGlobals, CurvesStayAsSampledUnlessToldOtherwise)
+TEST(KFCurveGlobals, NothingIsAppliedByDefault)
 {
     EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 0);
     EXPECT_FALSE(KFCURVE_GetUseConstantKeyReducer());
 }
 
-TEST(KFCurveGlobals, KeepWhatIsSet)
+TEST(KFCurveGlobals, KeepTheValuesSet)
 {
     for (const int lFilter : {1, 2, 3, -1, INT_MIN, INT_MAX, 0})
     {

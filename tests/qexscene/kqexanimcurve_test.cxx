@@ -25,7 +25,7 @@ using namespace qextest;
 
 using KKeyMap = std::map<long long, float>;
 
-/// A curve of no scene that ends with its test.
+/// A curve without a scene, destroyed at the end of its test.
 class KOwnCurve
 {
 public:
@@ -58,7 +58,7 @@ void ExpectKeys(const KQexAnimCurve& pCurve, const KKeyMap& pExpected)
     }
 }
 
-/// What Evaluate should give, by the plain way.
+/// Reference for Evaluate, from the definition, in long double.
 double Reference(const KKeyMap& pKeys, long long pTime)
 {
     if (pKeys.empty())
@@ -75,13 +75,13 @@ double Reference(const KKeyMap& pKeys, long long pTime)
     {
         return static_cast<double>(lKey->second);
     }
-    const long double lWay = static_cast<long double>(lNext->first) - static_cast<long double>(lKey->first);
-    const long double lPart = (static_cast<long double>(pTime) - static_cast<long double>(lKey->first)) / lWay;
+    const long double lStep = static_cast<long double>(lNext->first) - static_cast<long double>(lKey->first);
+    const long double lWeight = (static_cast<long double>(pTime) - static_cast<long double>(lKey->first)) / lStep;
     const long double lFrom = static_cast<long double>(lKey->second);
-    return static_cast<double>(lFrom + (static_cast<long double>(lNext->second) - lFrom) * lPart);
+    return static_cast<double>(lFrom + (static_cast<long double>(lNext->second) - lFrom) * lWeight);
 }
 
-TEST(KQexAnimCurve, BelongsToItsSceneAndKeepsItsName)
+TEST(KQexAnimCurve, IsOwnedByItsSceneAndKeepsItsName)
 {
     KQexScene*     lScene = KQexScene::Create("scene");
     KQexAnimCurve* lCurve = KQexAnimCurve::Create(lScene, "hip_tx");
@@ -94,7 +94,7 @@ TEST(KQexAnimCurve, BelongsToItsSceneAndKeepsItsName)
     lScene->Destroy();
 }
 
-/// Tells when it is destroyed, as the tests of those who own curves want to see.
+/// Counts calls of Destroy.
 class KWatchedCurve : public KQexAnimCurve
 {
 public:
@@ -122,7 +122,7 @@ TEST(KQexAnimCurve, ADerivedCurveSeesItsDestruction)
     EXPECT_EQ(lDestroyed, 2);
 }
 
-TEST(KQexAnimCurve, AddKeySortsReplacesAndTellsTheIndex)
+TEST(KQexAnimCurve, AddKeySortsReplacesAndReturnsTheIndex)
 {
     KOwnCurve lCurve;
     int       lLast = 99;
@@ -140,7 +140,7 @@ TEST(KQexAnimCurve, AddKeySortsReplacesAndTellsTheIndex)
     EXPECT_EQ(lKey.GetValue(), 3.0F);
 }
 
-TEST(KQexAnimCurve, AnIndexOutOfRangeGivesNothingAndChangesNothing)
+TEST(KQexAnimCurve, AnIndexOutOfRangeReturnsZeroAndChangesNothing)
 {
     KOwnCurve lCurve;
     lCurve->AppendSample(KTime(10), 1.0F);
@@ -184,7 +184,7 @@ class KQexAnimCurveEvaluate : public testing::TestWithParam<KEvaluateCase>
 {
 };
 
-TEST_P(KQexAnimCurveEvaluate, Gives)
+TEST_P(KQexAnimCurveEvaluate, HasTheExpectedValue)
 {
     KOwnCurve lCurve;
     for (const auto& [lTime, lValue] : GetParam().mKeys)
@@ -202,40 +202,41 @@ TEST_P(KQexAnimCurveEvaluate, Gives)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, KQexAnimCurveEvaluate,
-                         testing::Values(KEvaluateCase{"no keys", {}, 5, 0.0},                                       //
-                                         KEvaluateCase{"one key, before", {{5, 2.0F}}, 4, 2.0},                      //
-                                         KEvaluateCase{"one key, at the first tick", {{5, 2.0F}}, KTime::kMin, 2.0}, //
-                                         KEvaluateCase{"one key, behind", {{5, 2.0F}}, 6, 2.0},                      //
-                                         KEvaluateCase{"at a key", {{0, 1.0F}, {4, 3.0F}}, 4, 3.0},                  //
-                                         KEvaluateCase{"between", {{0, 1.0F}, {4, 3.0F}}, 1, 1.5},                   //
-                                         KEvaluateCase{"before", {{0, 1.0F}, {4, 3.0F}}, -1, 1.0},                   //
-                                         KEvaluateCase{"behind", {{0, 1.0F}, {4, 3.0F}}, 5, 3.0},                    //
-                                         KEvaluateCase{"equal values", {{0, 0.1F}, {7, 0.1F}}, 3, static_cast<double>(0.1F)},
-                                         KEvaluateCase{"largest values", {{0, -FLT_MAX}, {4, FLT_MAX}}, 2, 0.0},
-                                         KEvaluateCase{"the whole of time", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, 0, 0.0},
-                                         KEvaluateCase{"its first tick", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMin, -1.0},
-                                         KEvaluateCase{"its last tick", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMax, 1.0},
-                                         KEvaluateCase{"at a number beside NaN", {{0, 1.0F}, {4, kNanF}}, 0, 1.0},
-                                         KEvaluateCase{"at NaN", {{0, 1.0F}, {4, kNanF}}, 4, kNan},
-                                         KEvaluateCase{"next to NaN", {{0, 1.0F}, {4, kNanF}}, 1, kNan},
-                                         KEvaluateCase{"towards infinity", {{0, 1.0F}, {4, kInfF}}, 1, kInf},
-                                         KEvaluateCase{"from minus infinity", {{0, -kInfF}, {4, 1.0F}}, 3, -kInf},
-                                         KEvaluateCase{"between equal infinities", {{0, kInfF}, {4, kInfF}}, 1, kInf},
-                                         KEvaluateCase{"between opposite infinities", {{0, -kInfF}, {4, kInfF}}, 1, kNan}));
+INSTANTIATE_TEST_SUITE_P(
+    Table, KQexAnimCurveEvaluate,
+    testing::Values(KEvaluateCase{"no keys", {}, 5, 0.0},                                          //
+                    KEvaluateCase{"one key, before", {{5, 2.0F}}, 4, 2.0},                         //
+                    KEvaluateCase{"one key, at the earliest time", {{5, 2.0F}}, KTime::kMin, 2.0}, //
+                    KEvaluateCase{"one key, after", {{5, 2.0F}}, 6, 2.0},                          //
+                    KEvaluateCase{"at a key", {{0, 1.0F}, {4, 3.0F}}, 4, 3.0},                     //
+                    KEvaluateCase{"between", {{0, 1.0F}, {4, 3.0F}}, 1, 1.5},                      //
+                    KEvaluateCase{"before", {{0, 1.0F}, {4, 3.0F}}, -1, 1.0},                      //
+                    KEvaluateCase{"after", {{0, 1.0F}, {4, 3.0F}}, 5, 3.0},                        //
+                    KEvaluateCase{"equal values", {{0, 0.1F}, {7, 0.1F}}, 3, static_cast<double>(0.1F)},
+                    KEvaluateCase{"largest values", {{0, -FLT_MAX}, {4, FLT_MAX}}, 2, 0.0},
+                    KEvaluateCase{"whole time range", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, 0, 0.0},
+                    KEvaluateCase{"start of the time range", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMin, -1.0},
+                    KEvaluateCase{"end of the time range", {{KTime::kMin, -1.0F}, {KTime::kMax, 1.0F}}, KTime::kMax, 1.0},
+                    KEvaluateCase{"at a number before NaN", {{0, 1.0F}, {4, kNanF}}, 0, 1.0},
+                    KEvaluateCase{"at NaN", {{0, 1.0F}, {4, kNanF}}, 4, kNan},
+                    KEvaluateCase{"between a number and NaN", {{0, 1.0F}, {4, kNanF}}, 1, kNan},
+                    KEvaluateCase{"towards infinity", {{0, 1.0F}, {4, kInfF}}, 1, kInf},
+                    KEvaluateCase{"from minus infinity", {{0, -kInfF}, {4, 1.0F}}, 3, -kInf},
+                    KEvaluateCase{"between equal infinities", {{0, kInfF}, {4, kInfF}}, 1, kInf},
+                    KEvaluateCase{"between opposite infinities", {{0, -kInfF}, {4, kInfF}}, 1, kNan}));
 
-/// How a curve of the random tests gets its key times.
+/// How the random tests choose key times.
 enum KTimesKind
 {
     eTIMES_FRAMES,      ///< Frames in order, each at most once.
     eTIMES_SHUFFLED,    ///< Frames in any order.
     eTIMES_BACKWARDS,   ///< Frames from the last to the first.
-    eTIMES_SMALL_RANGE, ///< Few different times, so that many repeat.
+    eTIMES_SMALL_RANGE, ///< Few distinct times, so many repeat.
     eTIMES_ANY,         ///< The whole range of ticks.
-    eTIMES_GAPS,        ///< Frames with some left out.
-    eTIMES_ODD_RATE,    ///< Frames in order at a rate whose frame is no whole number of ticks.
-    eTIMES_ODD_GAPS,    ///< Such frames with some left out, the last ones a little out of order.
-    eTIMES_NEARLY_EVEN, ///< Steps of one length or a tick more, without a rule.
+    eTIMES_GAPS,        ///< Frames with gaps, in any order.
+    eTIMES_ODD_RATE,    ///< Frames in order at a rate whose frame is not a whole number of ticks.
+    eTIMES_ODD_GAPS,    ///< Such frames with gaps, the last quarter shuffled.
+    eTIMES_NEARLY_EVEN, ///< Steps of 3 or 4 ticks at random.
     eTIMES_KIND_COUNT
 };
 
@@ -293,7 +294,7 @@ std::vector<long long> MakeTimes(KTimesKind pKind, int pCount, std::mt19937& pRa
     return lTimes;
 }
 
-TEST(KQexAnimCurve, AgreesWithASortedMapWhateverTheOrderOfAdding)
+TEST(KQexAnimCurve, AgreesWithAMapInAnyOrderOfAdding)
 {
     std::mt19937 lRandom(4711);
     for (int lRound = 0; lRound < 1800; ++lRound)
@@ -310,12 +311,12 @@ TEST(KQexAnimCurve, AgreesWithASortedMapWhateverTheOrderOfAdding)
             ASSERT_EQ(lIndex, static_cast<int>(std::distance(lExpected.begin(), lExpected.find(lTime))));
         }
         ExpectKeys(*lCurve, lExpected);
-        std::vector<long long> lAsked = {KTime::kMin, KTime::kMax, 0};
+        std::vector<long long> lQueries = {KTime::kMin, KTime::kMax, 0};
         for (const auto& [lTime, lValue] : lExpected)
         {
-            lAsked.insert(lAsked.end(), {lTime - 1, lTime, lTime + 1, lTime + 2940000});
+            lQueries.insert(lQueries.end(), {lTime - 1, lTime, lTime + 1, lTime + 2940000});
         }
-        for (const long long lTime : lAsked)
+        for (const long long lTime : lQueries)
         {
             ASSERT_NEAR(lCurve->Evaluate(KTime(lTime)), Reference(lExpected, lTime), 1e-12) << "round " << lRound << " time " << lTime;
         }
@@ -326,32 +327,32 @@ struct KMemoryCase
 {
     const char* mWhat;
     KTimesKind  mKind;
-    double      mBytesAKey;
+    double      mBytesPerKey;
 };
 
 class KQexAnimCurveMemory : public testing::TestWithParam<KMemoryCase>
 {
 };
 
-TEST_P(KQexAnimCurveMemory, StaysWithinItsBytesAKeyAtEveryCount)
+TEST_P(KQexAnimCurveMemory, StaysWithinItsBytesPerKey)
 {
     std::mt19937 lRandom(99);
     for (const int lCount : {100, 1000, 20000})
     {
         KOwnCurve          lCurve;
         const KMemoryWatch lWatch;
-        // In order of time the bound holds all the way, elsewhere when all keys are in.
-        const bool lAllTheWay = GetParam().mKind == eTIMES_FRAMES || GetParam().mKind == eTIMES_ODD_RATE ||
-                                GetParam().mKind == eTIMES_NEARLY_EVEN || GetParam().mKind == eTIMES_ANY;
+        // When keys are added in order, the bound always holds; else once all are added.
+        const bool lCheckAlways = GetParam().mKind == eTIMES_FRAMES || GetParam().mKind == eTIMES_ODD_RATE ||
+                                  GetParam().mKind == eTIMES_NEARLY_EVEN || GetParam().mKind == eTIMES_ANY;
         for (const long long lTime : MakeTimes(GetParam().mKind, lCount, lRandom))
         {
             ASSERT_TRUE(lCurve->AppendSample(KTime(lTime), static_cast<float>(lRandom())));
-            if (lAllTheWay && lCurve->GetKeyCount() > 50)
+            if (lCheckAlways && lCurve->GetKeyCount() > 50)
             {
-                ASSERT_LE(static_cast<double>(lWatch.GetBytes()), GetParam().mBytesAKey * lCurve->GetKeyCount()) << GetParam().mWhat;
+                ASSERT_LE(static_cast<double>(lWatch.GetBytes()), GetParam().mBytesPerKey * lCurve->GetKeyCount()) << GetParam().mWhat;
             }
         }
-        EXPECT_LE(static_cast<double>(lWatch.GetBytes()), GetParam().mBytesAKey * lCurve->GetKeyCount()) << GetParam().mWhat;
+        EXPECT_LE(static_cast<double>(lWatch.GetBytes()), GetParam().mBytesPerKey * lCurve->GetKeyCount()) << GetParam().mWhat;
         EXPECT_EQ(lWatch.GetBytes(), lCurve->GetMemoryUse()) << GetParam().mWhat;
         lCurve->Compact();
         EXPECT_EQ(lWatch.GetBytes(), lCurve->GetMemoryUse()) << GetParam().mWhat;
@@ -366,11 +367,11 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexAnimCurveMemory,
                                          KMemoryCase{"frames backwards", eTIMES_BACKWARDS, 6.0}, //
                                          KMemoryCase{"frames with gaps", eTIMES_GAPS, 16.0},     //
                                          KMemoryCase{"a rate that ticks do not divide", eTIMES_ODD_RATE, 16.0},
-                                         KMemoryCase{"such a rate with gaps", eTIMES_ODD_GAPS, 16.0},
-                                         KMemoryCase{"steps that alternate without a rule", eTIMES_NEARLY_EVEN, 16.0},
+                                         KMemoryCase{"the same with gaps", eTIMES_ODD_GAPS, 16.0},
+                                         KMemoryCase{"steps that alternate at random", eTIMES_NEARLY_EVEN, 16.0},
                                          KMemoryCase{"any times", eTIMES_ANY, 16.0}));
 
-TEST(KQexAnimCurve, TimesRoundedToTicksAreKeptOneByOne)
+TEST(KQexAnimCurve, TimesRoundedToTicksAreStoredAsAList)
 {
     for (const double lStep : {0.0333333, 0.008333, 1.0 / 59.94, 0.01, 1e-6 / 3.0})
     {
@@ -392,7 +393,7 @@ TEST(KQexAnimCurve, TimesRoundedToTicksAreKeptOneByOne)
     }
 }
 
-TEST(KQexAnimCurve, OneValueIsKeptOnceUntilAnotherComes)
+TEST(KQexAnimCurve, AConstantValueIsStoredOnce)
 {
     KOwnCurve lCurve;
     KKeyMap   lExpected;
@@ -408,7 +409,7 @@ TEST(KQexAnimCurve, OneValueIsKeptOnceUntilAnotherComes)
     ExpectKeys(*lCurve, lExpected);
 }
 
-TEST(KQexAnimCurve, ZerosOfBothSignsAndNansComeBackBitByBit)
+TEST(KQexAnimCurve, ValuesKeepTheirBits)
 {
     KOwnCurve lCurve;
     KKeyMap   lExpected;
@@ -421,7 +422,7 @@ TEST(KQexAnimCurve, ZerosOfBothSignsAndNansComeBackBitByBit)
     ExpectKeys(*lCurve, lExpected);
 }
 
-TEST(KQexAnimCurve, ALongJumpAllocatesNoMoreThanAShortOne)
+TEST(KQexAnimCurve, LongDistancesAllocateNoMoreThanShortOnes)
 {
     KOwnCurve    lCurve;
     KMemoryWatch lWatch;
@@ -446,7 +447,7 @@ TEST(KQexAnimCurve, AppendingAllocatesSeldom)
     lCurve->Clear();
 }
 
-TEST(KQexAnimCurve, AFailedAllocationLeavesTheCurveAsItWas)
+TEST(KQexAnimCurve, AFailedAllocationLeavesTheCurveUnchanged)
 {
     std::mt19937 lRandom(5);
     for (int lRound = 0; lRound < 60; ++lRound)
@@ -488,7 +489,7 @@ TEST(KQexAnimCurve, AFailedAllocationLeavesTheCurveAsItWas)
     }
 }
 
-TEST(KQexAnimCurve, CreateGivesNullWithoutMemory)
+TEST(KQexAnimCurve, CreateReturnsNullWithoutMemory)
 {
     KMemoryWatch lWatch;
     for (long lCount = 0;; ++lCount)

@@ -25,16 +25,16 @@ namespace
 
 using namespace qextest;
 
-using KAngles = std::array<float, 3>; ///< About x, y and z in degrees.
+using KAngles = std::array<float, 3>; ///< AxisRotation x, y and z in degrees.
 using KPath = std::vector<KAngles>;
 using KMatrix = std::array<std::array<double, 3>, 3>; ///< Rows of a textbook matrix.
 
-struct KCurveEnd
+struct KCurveDeleter
 {
     void operator()(KQexAnimCurve* pCurve) const { pCurve->Destroy(false, false); }
 };
 
-/// Three curves with the keys of a path, a tick apart.
+/// Three curves with the keys of a path, one tick apart.
 class KCurves
 {
 public:
@@ -64,7 +64,7 @@ public:
     KQexAnimCurve* mCurves[3];
 
 private:
-    std::array<std::unique_ptr<KQexAnimCurve, KCurveEnd>, 3> mOwned;
+    std::array<std::unique_ptr<KQexAnimCurve, KCurveDeleter>, 3> mOwned;
 };
 
 bool SameBits(const KPath& pA, const KPath& pB)
@@ -73,7 +73,7 @@ bool SameBits(const KPath& pA, const KPath& pB)
 }
 
 /// Textbook rotation about an axis (0, 1, 2).
-KMatrix About(int pAxis, double pDegrees)
+KMatrix AxisRotation(int pAxis, double pDegrees)
 {
     const double      lAngle = std::remainder(pDegrees, 360.0) * 0.017453292519943295;
     const double      lC = std::cos(lAngle);
@@ -90,7 +90,7 @@ KMatrix About(int pAxis, double pDegrees)
     return lMatrix;
 }
 
-KMatrix Times(const KMatrix& pA, const KMatrix& pB)
+KMatrix Multiply(const KMatrix& pA, const KMatrix& pB)
 {
     KMatrix lProduct = {};
     for (std::size_t lRow = 0; lRow < 3; ++lRow)
@@ -106,21 +106,21 @@ KMatrix Times(const KMatrix& pA, const KMatrix& pB)
     return lProduct;
 }
 
-/// The rotation of a key, built from the three axis rotations in the order that the code names.
+/// The rotation of a key: the product of its axis rotations in the order of the code.
 KMatrix Rotation(const KAngles& pAngles, int pOrder)
 {
     const int* lRow = KmEulerAxis[pOrder];
     const int  lLast = (pOrder & 1) != 0 ? lRow[0] : lRow[2];
-    const auto lAngle = [&](int pPlace)
+    const auto lAngle = [&](int pIndex)
     {
-        return static_cast<double>(pAngles[static_cast<std::size_t>(lRow[pPlace])]);
+        return static_cast<double>(pAngles[static_cast<std::size_t>(lRow[pIndex])]);
     };
-    return Times(About(lLast, lAngle(2)), Times(About(lRow[1], lAngle(1)), About(lRow[0], lAngle(0))));
+    return Multiply(AxisRotation(lLast, lAngle(2)), Multiply(AxisRotation(lRow[1], lAngle(1)), AxisRotation(lRow[0], lAngle(0))));
 }
 
-/// Angle in degrees of the rotation that leads from one to the other; from the difference's size, as an arc cosine of the
-/// trace would drown small angles in rounding.
-double Apart(const KMatrix& pA, const KMatrix& pB)
+/// Angle in degrees between two rotations. From the norm of their difference, because the arc cosine of the trace is inaccurate for
+/// small angles.
+double AngleBetween(const KMatrix& pA, const KMatrix& pB)
 {
     double lSum = 0.0;
     for (std::size_t lRow = 0; lRow < 3; ++lRow)
@@ -138,8 +138,8 @@ float Largest(const KAngles& pAngles)
     return std::fmax(std::fabs(pAngles[0]), std::fmax(std::fabs(pAngles[1]), std::fabs(pAngles[2])));
 }
 
-/// By how much a filter may turn the rotation at a key: 1e-4 degrees, or the rounding of three angles that are that large.
-double Allowed(const KAngles& pFrom, const KAngles& pTo)
+/// Angle by which a filter may change a key's rotation: 1e-4 degrees, or the rounding of its angles if they are large.
+double Tolerance(const KAngles& pFrom, const KAngles& pTo)
 {
     const float lSize = std::fmax(Largest(pFrom), Largest(pTo));
     return lSize < 1000.0F ? 1e-4 : 1.5 * static_cast<double>(std::nextafter(lSize, kInfF) - lSize);
@@ -150,8 +150,8 @@ double Distance(const KAngles& pA, const KAngles& pB)
     double lSum = 0.0;
     for (std::size_t lAxis = 0; lAxis < 3; ++lAxis)
     {
-        const double lWay = static_cast<double>(pA[lAxis]) - static_cast<double>(pB[lAxis]);
-        lSum += lWay * lWay;
+        const double lDelta = static_cast<double>(pA[lAxis]) - static_cast<double>(pB[lAxis]);
+        lSum += lDelta * lDelta;
     }
     return std::sqrt(lSum);
 }
@@ -171,24 +171,24 @@ void ExpectSameRotations(const KPath& pBefore, const KPath& pAfter, int pOrder)
     ASSERT_EQ(pBefore.size(), pAfter.size());
     for (std::size_t lKey = 0; lKey < pBefore.size(); ++lKey)
     {
-        ASSERT_LE(Apart(Rotation(pBefore[lKey], pOrder), Rotation(pAfter[lKey], pOrder)), Allowed(pBefore[lKey], pAfter[lKey]))
+        ASSERT_LE(AngleBetween(Rotation(pBefore[lKey], pOrder), Rotation(pAfter[lKey], pOrder)), Tolerance(pBefore[lKey], pAfter[lKey]))
             << "order " << pOrder << " key " << lKey;
     }
 }
 
-void ExpectNoLeaps(const KPath& pPath)
+void ExpectNoJumps(const KPath& pPath)
 {
     for (std::size_t lKey = 1; lKey < pPath.size(); ++lKey)
     {
         for (std::size_t lAxis = 0; lAxis < 3; ++lAxis)
         {
-            const double lWay = static_cast<double>(pPath[lKey][lAxis]) - static_cast<double>(pPath[lKey - 1][lAxis]);
-            ASSERT_LE(std::fabs(lWay), 180.0) << "key " << lKey << " axis " << lAxis;
+            const double lDelta = static_cast<double>(pPath[lKey][lAxis]) - static_cast<double>(pPath[lKey - 1][lAxis]);
+            ASSERT_LE(std::fabs(lDelta), 180.0) << "key " << lKey << " axis " << lAxis;
         }
     }
 }
 
-/// The distance to the nearest of all equivalents, found by trying them.
+/// The distance to the nearest equivalent triple, by brute force.
 double NearestDistance(const KAngles& pAngles, const KAngles& pBefore, int pOrder)
 {
     const int*        lRow = KmEulerAxis[pOrder];
@@ -214,7 +214,7 @@ double NearestDistance(const KAngles& pAngles, const KAngles& pBefore, int pOrde
     return lBest;
 }
 
-/// A path of random triples that leaps, rests, spins on and passes the poles.
+/// A path of random triples with jumps, pauses, spins and poles.
 KPath RandomPath(std::mt19937& pRandom, double pSize)
 {
     std::uniform_real_distribution<double> lAngle(-pSize, pSize);
@@ -244,7 +244,7 @@ class KUnroll : public testing::TestWithParam<KUnrollCase>
 {
 };
 
-TEST_P(KUnroll, Gives)
+TEST_P(KUnroll, HasTheExpectedKeys)
 {
     KCurves                   lCurves(GetParam().mBefore);
     KQexAnimCurveFilterUnroll lFilter;
@@ -257,38 +257,37 @@ INSTANTIATE_TEST_SUITE_P(
     Table, KUnroll,
     testing::Values(
         KUnrollCase{"no keys", 0, {}, {}}, //
-        KUnrollCase{"one key stays, however far out", 0, {{725.0F, -400.0F, 181.0F}}, {{725.0F, -400.0F, 181.0F}}},
-        KUnrollCase{"smooth stays bit by bit",
+        KUnrollCase{"a single key is unchanged", 0, {{725.0F, -400.0F, 181.0F}}, {{725.0F, -400.0F, 181.0F}}},
+        KUnrollCase{"a smooth curve is unchanged",
                     0,
                     {{0.1F, 0.2F, 0.3F}, {1e-20F, -0.0F, 3.4F}, {90.0F, 20.0F, 100.0F}},
                     {{0.1F, 0.2F, 0.3F}, {1e-20F, -0.0F, 3.4F}, {90.0F, 20.0F, 100.0F}}},
         KUnrollCase{"a whole turn", 0, {{179.0F, 0.0F, 0.0F}, {-179.0F, 0.0F, 0.0F}}, {{179.0F, 0.0F, 0.0F}, {181.0F, 0.0F, 0.0F}}},
-        KUnrollCase{"it goes on",
+        KUnrollCase{"turns accumulate",
                     0,
                     {{170.0F, 0.0F, 0.0F}, {-90.0F, 0.0F, 0.0F}, {10.0F, 0.0F, 0.0F}, {110.0F, 0.0F, 0.0F}},
                     {{170.0F, 0.0F, 0.0F}, {270.0F, 0.0F, 0.0F}, {370.0F, 0.0F, 0.0F}, {470.0F, 0.0F, 0.0F}}},
         KUnrollCase{"several turns at once", 0, {{0.0F, 0.0F, 0.0F}, {1090.0F, 0.0F, -710.0F}}, {{0.0F, 0.0F, 0.0F}, {10.0F, 0.0F, 10.0F}}},
-        KUnrollCase{"half a turn is no reason to change",
+        KUnrollCase{"half a turn is not a jump",
                     0,
                     {{0.0F, 0.0F, 0.0F}, {180.0F, 0.0F, 0.0F}, {0.0F, 0.0F, 0.0F}},
                     {{0.0F, 0.0F, 0.0F}, {180.0F, 0.0F, 0.0F}, {0.0F, 0.0F, 0.0F}}},
         KUnrollCase{"flipped", 0, {{0.0F, 85.0F, 0.0F}, {180.0F, 85.0F, 180.0F}}, {{0.0F, 85.0F, 0.0F}, {0.0F, 95.0F, 0.0F}}},
-        KUnrollCase{"flipped about the order's own middle axis, z",
-                    2,
-                    {{0.0F, 0.0F, 85.0F}, {180.0F, 180.0F, 85.0F}},
-                    {{0.0F, 0.0F, 85.0F}, {0.0F, 0.0F, 95.0F}}},
-        KUnrollCase{"and x", 8, {{85.0F, 0.0F, 0.0F}, {85.0F, 180.0F, -180.0F}}, {{85.0F, 0.0F, 0.0F}, {95.0F, 0.0F, 0.0F}}},
-        KUnrollCase{"another order does not flip so",
+        KUnrollCase{
+            "flipped, middle axis z", 2, {{0.0F, 0.0F, 85.0F}, {180.0F, 180.0F, 85.0F}}, {{0.0F, 0.0F, 85.0F}, {0.0F, 0.0F, 95.0F}}},
+        KUnrollCase{
+            "flipped, middle axis x", 8, {{85.0F, 0.0F, 0.0F}, {85.0F, 180.0F, -180.0F}}, {{85.0F, 0.0F, 0.0F}, {95.0F, 0.0F, 0.0F}}},
+        KUnrollCase{"not flipped in another order",
                     8,
                     {{0.0F, 85.0F, 0.0F}, {180.0F, 85.0F, 180.0F}},
                     {{0.0F, 85.0F, 0.0F}, {0.0F, -95.0F + 360.0F, 0.0F}}},
         KUnrollCase{
             "repeated axis: mirrored at 0", 1, {{0.0F, 5.0F, 0.0F}, {180.0F, 5.0F, 180.0F}}, {{0.0F, 5.0F, 0.0F}, {0.0F, -5.0F, 0.0F}}},
-        KUnrollCase{"keys that are not finite stay and are passed over",
+        KUnrollCase{"non-finite keys are unchanged and skipped",
                     0,
                     {{kNanF, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInfF, 720.0F}, {-170.0F, 0.0F, 0.0F}},
                     {{kNanF, 0.0F, 0.0F}, {170.0F, 0.0F, 0.0F}, {0.0F, kInfF, 720.0F}, {190.0F, 0.0F, 0.0F}}},
-        KUnrollCase{"enormous angles keep their rotation",
+        KUnrollCase{"huge angles keep their rotation",
                     0,
                     {{0.0F, 0.0F, 0.0F}, {3.6e8F, 0.0F, FLT_MAX}},
                     {{0.0F, 0.0F, 0.0F}, {0.0F, 0.0F, static_cast<float>(std::remainder(static_cast<double>(FLT_MAX), 360.0))}}}));
@@ -311,13 +310,13 @@ TEST_P(KEveryOrder, UnrolledKeysAreTheNearestEquivalents)
         ASSERT_TRUE(lFilter.Apply(lCurves.mCurves, 3));
         const KPath lAfter = lCurves.GetPath();
         ExpectSameRotations(lBefore, lAfter, GetParam());
-        ExpectNoLeaps(lAfter);
+        ExpectNoJumps(lAfter);
         for (std::size_t lKey = 1; lKey < lAfter.size() && lKey < 8; ++lKey)
         {
             ASSERT_NEAR(Distance(lAfter[lKey], lAfter[lKey - 1]), NearestDistance(lAfter[lKey], lAfter[lKey - 1], GetParam()), 1e-3);
         }
         ASSERT_TRUE(lFilter.Apply(lCurves.mCurves, 3));
-        EXPECT_TRUE(SameBits(lCurves.GetPath(), lAfter)) << "a second time changes nothing";
+        EXPECT_TRUE(SameBits(lCurves.GetPath(), lAfter)) << "idempotent";
     }
 }
 
@@ -339,11 +338,11 @@ TEST_P(KEveryOrder, LongSpinsKeepRotationsToSinglePrecision)
         KQexAnimCurveFilter& lApplied = lFilter == 0 ? static_cast<KQexAnimCurveFilter&>(lUnroll) : lKiller;
         ASSERT_TRUE(lApplied.Apply(lCurves.mCurves, 3));
         ExpectSameRotations(lBefore, lCurves.GetPath(), GetParam());
-        ExpectNoLeaps(lCurves.GetPath());
+        ExpectNoJumps(lCurves.GetPath());
     }
 }
 
-/// Keys about the poles of an order: middle angles on them, within a few steps of single precision and further away.
+/// Keys near the poles of an order: middle angles at the pole, within a few ulp of it and further away.
 KPath PolePath(std::mt19937& pRandom, int pOrder)
 {
     std::uniform_real_distribution<float> lAngle(-300.0F, 300.0F);
@@ -363,7 +362,7 @@ KPath PolePath(std::mt19937& pRandom, int pOrder)
     return lPath;
 }
 
-TEST_P(KEveryOrder, TheGimbleKillerKeepsRotationsAndNeverLeaps)
+TEST_P(KEveryOrder, TheGimbleKillerKeepsRotationsWithoutJumps)
 {
     std::mt19937                    lRandom(static_cast<unsigned>(700 + GetParam()));
     KQexAnimCurveFilterGimbleKiller lFilter;
@@ -374,11 +373,11 @@ TEST_P(KEveryOrder, TheGimbleKillerKeepsRotationsAndNeverLeaps)
         KCurves     lCurves(lBefore);
         ASSERT_TRUE(lFilter.Apply(lCurves.mCurves, 3));
         ExpectSameRotations(lBefore, lCurves.GetPath(), GetParam());
-        ExpectNoLeaps(lCurves.GetPath());
+        ExpectNoJumps(lCurves.GetPath());
     }
 }
 
-TEST_P(KEveryOrder, ARunInLockTakesNoLongerPathThanUnrolled)
+TEST_P(KEveryOrder, ALockedRunIsNoLongerThanUnrolled)
 {
     std::mt19937                          lRandom(static_cast<unsigned>(900 + GetParam()));
     std::uniform_real_distribution<float> lAngle(-80.0F, 80.0F);
@@ -394,7 +393,7 @@ TEST_P(KEveryOrder, ARunInLockTakesNoLongerPathThanUnrolled)
         {
             lAngles[lFirst] = lAngle(lRandom);
             lAngles[lMiddle] = (GetParam() & 1) != 0 ? 0.0F : -90.0F;
-            lAngles[lLast] = 0.0F; // Where arc tangents leave it.
+            lAngles[lLast] = 0.0F; // As arc tangents give it.
         }
         lPath.front()[lMiddle] += 5.0F;
         lPath.front()[lLast] = lAngle(lRandom);
@@ -427,7 +426,7 @@ class KLock : public testing::TestWithParam<KLockCase>
 {
 };
 
-TEST_P(KLock, Gives)
+TEST_P(KLock, HasTheExpectedKeys)
 {
     KCurves                         lCurves(GetParam().mBefore);
     KQexAnimCurveFilterGimbleKiller lFilter;
@@ -438,56 +437,56 @@ TEST_P(KLock, Gives)
 
 INSTANTIATE_TEST_SUITE_P(
     Table, KLock,
-    testing::Values(KLockCase{"a pose passed through: x - z counts, and x, z stay where they are",
+    testing::Values(KLockCase{"passing the pole: x - z is fixed, x and z are kept",
                               0,
                               {{30.0F, 80.0F, 20.0F}, {10.0F, 90.0F, 0.0F}, {30.0F, 80.0F, 20.0F}},
                               {{30.0F, 80.0F, 20.0F}, {30.0F, 90.0F, 20.0F}, {30.0F, 80.0F, 20.0F}}},
-                    KLockCase{"at the other pole x + z counts",
+                    KLockCase{"at the other pole x + z is fixed",
                               0,
                               {{30.0F, -80.0F, 20.0F}, {50.0F, -90.0F, 0.0F}, {30.0F, -80.0F, 20.0F}},
                               {{30.0F, -80.0F, 20.0F}, {30.0F, -90.0F, 20.0F}, {30.0F, -80.0F, 20.0F}}},
-                    KLockCase{"an odd order has them the other way round",
+                    KLockCase{"for an odd order the poles are swapped",
                               10,
                               {{30.0F, 80.0F, 20.0F}, {50.0F, 90.0F, 0.0F}, {30.0F, 80.0F, 20.0F}},
                               {{30.0F, 80.0F, 20.0F}, {30.0F, 90.0F, 20.0F}, {30.0F, 80.0F, 20.0F}}},
-                    KLockCase{"a repeated axis locks at 0: its two angles add up",
+                    KLockCase{"a repeated axis locks at 0: the sum is fixed",
                               1,
                               {{30.0F, 10.0F, 20.0F}, {50.0F, 0.0F, 0.0F}, {30.0F, 10.0F, 20.0F}},
                               {{30.0F, 10.0F, 20.0F}, {30.0F, 0.0F, 20.0F}, {30.0F, 10.0F, 20.0F}}},
-                    KLockCase{"what is free moves on the shortest path, here with the middle angle",
+                    KLockCase{"the free part takes the shortest path, here with the middle angle",
                               0,
                               {{0.0F, 80.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {30.0F, 80.0F, 30.0F}},
                               {{0.0F, 80.0F, 0.0F}, {15.0F, 90.0F, 15.0F}, {15.0F, 90.0F, 15.0F}, {30.0F, 80.0F, 30.0F}}},
-                    KLockCase{"and in equal steps where nothing else moves",
+                    KLockCase{"equal steps where nothing else moves",
                               0,
                               {{10.0F, 90.0001F, 4.0F}, {6.0F, 90.0F, 0.0F}, {20.0F, 90.0001F, 14.0F}},
                               {{10.0F, 90.0001F, 4.0F}, {15.0F, 90.0F, 9.0F}, {20.0F, 90.0001F, 14.0F}}},
-                    KLockCase{"what counts follows the shorter way round",
+                    KLockCase{"the fixed part takes the shorter way",
                               0,
                               {{90.0F, 80.0F, -80.0F}, {-170.0F, 90.0F, 0.0F}},
                               {{90.0F, 80.0F, -80.0F}, {100.0F, 90.0F, -90.0F}}},
-                    KLockCase{"it stays where the run ends the curve",
+                    KLockCase{"the free part is constant in a run that ends the curve",
                               0,
                               {{10.0F, 80.0F, 10.0F}, {4.0F, 90.0F, 0.0F}, {8.0F, 90.0F, 0.0F}},
                               {{10.0F, 80.0F, 10.0F}, {12.0F, 90.0F, 8.0F}, {14.0F, 90.0F, 6.0F}}},
-                    KLockCase{"the first key stays",
+                    KLockCase{"the first key is unchanged",
                               0,
                               {{10.0F, 90.0F, 4.0F}, {6.0F, 90.0F, 0.0F}, {20.0F, 80.0F, 14.0F}},
                               {{10.0F, 90.0F, 4.0F}, {10.0F, 90.0F, 4.0F}, {20.0F, 80.0F, 14.0F}}},
-                    KLockCase{"near the pole is not in lock",
+                    KLockCase{"near the pole is not locked",
                               0,
                               {{30.0F, 80.0F, 20.0F}, {10.0F, 89.999F, 0.0F}, {30.0F, 80.0F, 20.0F}},
                               {{30.0F, 80.0F, 20.0F}, {10.0F, 89.999F, 0.0F}, {30.0F, 80.0F, 20.0F}}},
-                    KLockCase{"a key that is not finite ends the run",
+                    KLockCase{"a non-finite key ends the run",
                               0,
                               {{10.0F, 80.0F, 10.0F}, {0.0F, 90.0F, 0.0F}, {kNanF, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
                               {{10.0F, 80.0F, 10.0F}, {10.0F, 90.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}}},
-                    KLockCase{"a run may begin behind one",
+                    KLockCase{"a run may start after a non-finite key",
                               0,
                               {{10.0F, 80.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {40.0F, 80.0F, 40.0F}},
                               {{10.0F, 80.0F, 10.0F}, {kNanF, 90.0F, 0.0F}, {25.0F, 90.0F, 25.0F}, {40.0F, 80.0F, 40.0F}}}));
 
-/// Every rotation filter, to ask the same of both.
+/// Tests of both rotation filters.
 class KRotationFilters : public testing::TestWithParam<bool>
 {
 protected:
@@ -500,7 +499,7 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(UnrollAndGimbleKiller, KRotationFilters, testing::Bool());
 
-TEST_P(KRotationFilters, AskForThreeDifferentCurvesWithEqualTimes)
+TEST_P(KRotationFilters, RequireThreeDifferentCurvesWithEqualTimes)
 {
     const KPath lPath = {{179.0F, 0.0F, 0.0F}, {-179.0F, 0.0F, 0.0F}};
     KCurves     lCurves(lPath);
@@ -528,7 +527,7 @@ TEST_P(KRotationFilters, AskForThreeDifferentCurvesWithEqualTimes)
     EXPECT_TRUE(SameBits(lLater.GetPath(), lPath));
 }
 
-TEST_P(KRotationFilters, TimesAreEqualHoweverTheyCameAbout)
+TEST_P(KRotationFilters, TimesAddedInAnyOrderAreEqual)
 {
     KCurves lCurves;
     for (int lKey = 0; lKey < 100; ++lKey)
@@ -564,7 +563,7 @@ struct KReduceCase
 {
     const char*        mWhat;
     std::vector<float> mBefore;
-    std::vector<int>   mKept; ///< Which keys stay.
+    std::vector<int>   mKept; ///< Indices of the remaining keys.
 };
 
 class KReduce : public testing::TestWithParam<KReduceCase>
@@ -600,14 +599,14 @@ INSTANTIATE_TEST_SUITE_P(Table, KReduce,
                                          KReduceCase{"run at the start", {1.0F, 1.0F, 1.0F, 2.0F}, {0, 2, 3}},           //
                                          KReduceCase{"run at the end", {2.0F, 1.0F, 1.0F, 1.0F}, {0, 1, 3}},             //
                                          KReduceCase{"run in the middle", {2.0F, 1.0F, 1.0F, 1.0F, 2.0F}, {0, 1, 3, 4}}, //
-                                         KReduceCase{"two runs side by side", {1.0F, 1.0F, 1.0F, 2.0F, 2.0F, 2.0F}, {0, 2, 3, 5}},
-                                         KReduceCase{"a straight slope is no run", {1.0F, 2.0F, 3.0F, 4.0F}, {0, 1, 2, 3}},
-                                         KReduceCase{"a step of single precision", {1.0F, 1.0F, std::nextafter(1.0F, 2.0F)}, {0, 1, 2}},
+                                         KReduceCase{"two adjacent runs", {1.0F, 1.0F, 1.0F, 2.0F, 2.0F, 2.0F}, {0, 2, 3, 5}},
+                                         KReduceCase{"a straight slope is not a run", {1.0F, 2.0F, 3.0F, 4.0F}, {0, 1, 2, 3}},
+                                         KReduceCase{"one ulp apart", {1.0F, 1.0F, std::nextafter(1.0F, 2.0F)}, {0, 1, 2}},
                                          KReduceCase{"zeros of both signs", {0.0F, -0.0F, 0.0F, -0.0F}, {0, 3}},
                                          KReduceCase{"infinities", {kInfF, kInfF, kInfF, -kInfF}, {0, 2, 3}},
                                          KReduceCase{"NaN equals nothing", {kNanF, kNanF, kNanF, 1.0F}, {0, 1, 2, 3}}));
 
-TEST(KQexAnimCurveFilterConstantKeyReducer, LeavesEveryEvaluatedValueAsItWas)
+TEST(KQexAnimCurveFilterConstantKeyReducer, KeepsEveryEvaluatedValue)
 {
     std::mt19937 lRandom(31);
     for (int lRound = 0; lRound < 300; ++lRound)
@@ -623,17 +622,17 @@ TEST(KQexAnimCurveFilterConstantKeyReducer, LeavesEveryEvaluatedValueAsItWas)
             lCurves.mCurves[1]->AppendSample(KTime(lTime), lValue);
         }
         EXPECT_TRUE(KQexAnimCurveFilterConstantKeyReducer().Apply(lCurves.mCurves + 1, 1));
-        for (long long lAsked = -1100; lAsked < lTime + 100; ++lAsked)
+        for (long long lQuery = -1100; lQuery < lTime + 100; ++lQuery)
         {
-            ASSERT_EQ(lCurves.mCurves[0]->Evaluate(KTime(lAsked)), lCurves.mCurves[1]->Evaluate(KTime(lAsked))) << lAsked;
+            ASSERT_EQ(lCurves.mCurves[0]->Evaluate(KTime(lQuery)), lCurves.mCurves[1]->Evaluate(KTime(lQuery))) << lQuery;
         }
         const int lLeft = lCurves.mCurves[1]->GetKeyCount();
         EXPECT_TRUE(KQexAnimCurveFilterConstantKeyReducer().Apply(lCurves.mCurves + 1, 1));
-        EXPECT_EQ(lCurves.mCurves[1]->GetKeyCount(), lLeft) << "a second time drops nothing";
+        EXPECT_EQ(lCurves.mCurves[1]->GetKeyCount(), lLeft) << "idempotent";
     }
 }
 
-TEST(KQexAnimCurveFilterConstantKeyReducer, TakesAnyNumberOfCurvesAndNoNonsense)
+TEST(KQexAnimCurveFilterConstantKeyReducer, AcceptsAnyNumberOfCurvesAndNulls)
 {
     KCurves                               lCurves({{1.0F, 1.0F, 1.0F}, {1.0F, 1.0F, 1.0F}, {1.0F, 1.0F, 1.0F}});
     KQexAnimCurveFilterConstantKeyReducer lFilter;
@@ -646,7 +645,7 @@ TEST(KQexAnimCurveFilterConstantKeyReducer, TakesAnyNumberOfCurvesAndNoNonsense)
     EXPECT_EQ(lCurves.mCurves[1]->GetKeyCount(), 2);
 }
 
-TEST(KQexAnimCurveFilterConstantKeyReducer, WithoutMemoryACurveStaysAsItWas)
+TEST(KQexAnimCurveFilterConstantKeyReducer, WithoutMemoryACurveIsUnchanged)
 {
     const KPath lPath = {{1.0F, 0.0F, 1.0F}, {1.0F, 0.0F, 1.0F}, {1.0F, 0.0F, 2.0F}, {1.0F, 1.0F, 2.0F}, {3.0F, 1.0F, 2.0F}};
     const int   lKept[3] = {3, 4, 4};

@@ -39,7 +39,7 @@ TEST(KQexAnimCurveKey, StartsAtTimeZeroWithValueZero)
     EXPECT_EQ(KQexAnimCurveKeyBase().GetTime().Get(), 0);
 }
 
-TEST(KQexAnimCurveKey, SetGivesTimeAndValueSetTimeTheTimeOnly)
+TEST(KQexAnimCurveKey, SetSetsTimeAndValueSetTimeOnlyTheTime)
 {
     KQexAnimCurveKey lKey;
     lKey.Set(KTime(77), 1.5F);
@@ -68,7 +68,7 @@ TEST(KQexAnimCurveKey, CopiesAreIndependent)
     }
 }
 
-TEST(KQexAnimCurveKey, DataLiveWhereTheAllocatorSays)
+TEST(KQexAnimCurveKey, DataAreStoredWhereTheAllocatorSays)
 {
     const KQexAnimCurveKeyAllocatorFct lBefore = KQexAnimCurveKey::SetAllocatorFct(&AllocateElsewhere);
     EXPECT_EQ(lBefore, KQexAnimCurveKey::GetDefaultAllocatorFct());

@@ -54,7 +54,7 @@ TEST_F(KQexAnimCurveNodeTest, ThereIsNoFourthChannel)
     }
 }
 
-TEST_F(KQexAnimCurveNodeTest, CurvesGoOnAndOffChannels)
+TEST_F(KQexAnimCurveNodeTest, CurvesAreConnectedAndDisconnected)
 {
     KQexAnimCurve* lCurve = MakeCurve({1.0F});
     EXPECT_EQ(mCurveNode->GetCurve(1, 0, nullptr), nullptr);
@@ -72,7 +72,7 @@ TEST_F(KQexAnimCurveNodeTest, CurvesGoOnAndOffChannels)
     EXPECT_FALSE(mCurveNode->DisconnectFromChannel(nullptr, 1));
 }
 
-TEST_F(KQexAnimCurveNodeTest, AChannelCanHaveSeveralCurvesAndTheFirstCounts)
+TEST_F(KQexAnimCurveNodeTest, TheFirstOfSeveralCurvesIsEvaluated)
 {
     KQexAnimCurve* lFirst = MakeCurve({1.0F}, "one");
     KQexAnimCurve* lSecond = MakeCurve({2.0F}, "two");
@@ -90,7 +90,7 @@ TEST_F(KQexAnimCurveNodeTest, AChannelCanHaveSeveralCurvesAndTheFirstCounts)
     EXPECT_EQ(mCurveNode->Evaluate(0, KTime(0)), 2.0);
 }
 
-TEST_F(KQexAnimCurveNodeTest, SourcesAreTheCurvesOfAllChannelsInTurn)
+TEST_F(KQexAnimCurveNodeTest, SourcesAreTheCurvesOfAllChannelsInOrder)
 {
     KQexAnimCurve* lX = MakeCurve({1.0F}, "x");
     KQexAnimCurve* lSecondX = MakeCurve({1.0F}, "second");
@@ -109,7 +109,7 @@ TEST_F(KQexAnimCurveNodeTest, SourcesAreTheCurvesOfAllChannelsInTurn)
     EXPECT_EQ(mCurveNode->GetCurve(0, 0, "z"), nullptr);
 }
 
-TEST_F(KQexAnimCurveNodeTest, ACurveCanBeOnSeveralChannelsAndLeavesThemAll)
+TEST_F(KQexAnimCurveNodeTest, ACurveOnSeveralChannelsLeavesAllOfThem)
 {
     KQexAnimCurve*     lCurve = MakeCurve({1.0F, 3.0F});
     KQexAnimCurveNode* lOther = mNode->mLocalRotation.GetCurveNode(true, "other");
@@ -126,7 +126,7 @@ TEST_F(KQexAnimCurveNodeTest, ACurveCanBeOnSeveralChannelsAndLeavesThemAll)
     EXPECT_FALSE(mCurveNode->IsAnimated());
 }
 
-TEST_F(KQexAnimCurveNodeTest, WithoutKeysTheChannelValueCounts)
+TEST_F(KQexAnimCurveNodeTest, WithoutKeysTheChannelValueIsUsed)
 {
     mCurveNode->SetChannelValue<double>(0, 7.0);
     EXPECT_EQ(mCurveNode->Evaluate(0, KTime(0)), 7.0);
@@ -139,7 +139,7 @@ TEST_F(KQexAnimCurveNodeTest, WithoutKeysTheChannelValueCounts)
     EXPECT_TRUE(mCurveNode->IsAnimated(false));
 }
 
-TEST_F(KQexAnimCurveNodeTest, LeavesPropertyAndLayerWhenItEnds)
+TEST_F(KQexAnimCurveNodeTest, DestroyDetachesItFromPropertyAndLayer)
 {
     KQexAnimLayer* lLayer = mCurveNode->GetLayer();
     KQexAnimCurve* lCurve = MakeCurve({1.0F});
@@ -150,7 +150,7 @@ TEST_F(KQexAnimCurveNodeTest, LeavesPropertyAndLayerWhenItEnds)
     EXPECT_EQ(lCurve->GetDstPropertyCount(), 0);
 }
 
-TEST_F(KQexAnimCurveNodeTest, TakesItsCurvesAlongWhenAsked)
+TEST_F(KQexAnimCurveNodeTest, RecursiveDestroyDestroysItsCurves)
 {
     const int      lBefore = mScene->GetObjectCount();
     KQexAnimCurve* lCurve = MakeCurve({1.0F});
@@ -161,14 +161,14 @@ TEST_F(KQexAnimCurveNodeTest, TakesItsCurvesAlongWhenAsked)
     EXPECT_EQ(mScene->GetObjectCount(), lBefore - 1);
 }
 
-TEST_F(KQexAnimCurveNodeTest, GoesWithItsNodeOnlyWhenAsked)
+TEST_F(KQexAnimCurveNodeTest, SurvivesANonRecursiveDestroyOfItsNode)
 {
     mNode->Destroy();
     EXPECT_EQ(mCurveNode->GetScene(), mScene);
     EXPECT_EQ(mCurveNode->GetDstPropertyCount(), 0);
 }
 
-TEST_F(KQexAnimCurveNodeTest, CurvesOfAnotherSceneAreRefused)
+TEST_F(KQexAnimCurveNodeTest, CurvesOfAnotherSceneAreRejected)
 {
     KQexScene* lOther = KQexScene::Create("other");
     EXPECT_FALSE(mCurveNode->ConnectToChannel(KQexAnimCurve::Create(lOther, "c"), 0));

@@ -19,10 +19,10 @@ protected:
         mEvaluator = mScene->GetEvaluator();
     }
 
-    /// A node (1, 2, 3), (10, 20, 30) and (2, 3, 4), which nothing moves.
-    KQexNode* MakeStill()
+    /// A node without animation: translation (1, 2, 3), rotation (10, 20, 30), scaling (2, 3, 4).
+    KQexNode* MakeStatic()
     {
-        KQexNode* lNode = MakeNode("still");
+        KQexNode* lNode = MakeNode("static");
         lNode->mLocalTranslation.Set(KQexVector4(1.0, 2.0, 3.0));
         lNode->mLocalRotation.Set(KQexVector4(10.0, 20.0, 30.0));
         lNode->mLocalScaling.Set(KQexVector4(2.0, 3.0, 4.0));
@@ -32,7 +32,7 @@ protected:
     KQexAnimEvaluator* mEvaluator = nullptr;
 };
 
-TEST_F(KQexAnimEvaluatorTest, IsAlwaysThere)
+TEST_F(KQexAnimEvaluatorTest, CannotBeDestroyed)
 {
     mEvaluator->Destroy();
     mEvaluator->Destroy(true);
@@ -40,9 +40,9 @@ TEST_F(KQexAnimEvaluatorTest, IsAlwaysThere)
     EXPECT_EQ(mEvaluator->GetScene(), mScene);
 }
 
-TEST_F(KQexAnimEvaluatorTest, WithoutAStackPropertiesHaveTheirValues)
+TEST_F(KQexAnimEvaluatorTest, WithoutAStackPropertyValuesAreUsed)
 {
-    KQexNode* lNode = MakeStill();
+    KQexNode* lNode = MakeStatic();
     EXPECT_EQ(lNode->EvaluateLocalTranslation(KTime(0)), KQexVector4(1.0, 2.0, 3.0));
     EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0)), KQexVector4(10.0, 20.0, 30.0));
     EXPECT_EQ(lNode->EvaluateLocalScaling(KTime(0)), KQexVector4(2.0, 3.0, 4.0));
@@ -50,15 +50,15 @@ TEST_F(KQexAnimEvaluatorTest, WithoutAStackPropertiesHaveTheirValues)
     EXPECT_EQ(mEvaluator->GetNodeLocalScaling(lNode, KTime(0)), KQexVector4(2.0, 3.0, 4.0));
 }
 
-TEST_F(KQexAnimEvaluatorTest, ACurveNodeReplacesTheProperty)
+TEST_F(KQexAnimEvaluatorTest, ACurveNodeOverridesTheProperty)
 {
-    KQexNode*          lNode = MakeStill();
+    KQexNode*          lNode = MakeStatic();
     KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, "take");
     lCurveNode->ConnectToChannel(MakeCurve({0.0F, 10.0F}), 1);
     lCurveNode->ConnectToChannel(MakeCurve({}), 2);
     lNode->mLocalTranslation.Set(KQexVector4(100.0, 200.0, 300.0));
     EXPECT_EQ(lNode->EvaluateLocalTranslation(Seconds(0.5)), KQexVector4(1.0, 5.0, 3.0))
-        << "x: no curve, z: no keys; both have the channel's value, which is not the property's any more";
+        << "x: no curve, z: no keys; both have the channel's value, not the property's new one";
     EXPECT_EQ(lNode->EvaluateLocalTranslation(Seconds(-1.0)), KQexVector4(1.0, 0.0, 3.0));
     EXPECT_EQ(lNode->EvaluateLocalTranslation(Seconds(9.0)), KQexVector4(1.0, 10.0, 3.0));
     lCurveNode->SetChannelValue<double>(0, 7.0);
@@ -67,7 +67,7 @@ TEST_F(KQexAnimEvaluatorTest, ACurveNodeReplacesTheProperty)
 
 TEST_F(KQexAnimEvaluatorTest, OnlyLayer0OfTheCurrentStackCounts)
 {
-    KQexNode* lNode = MakeStill();
+    KQexNode* lNode = MakeStatic();
     lNode->mLocalRotation.GetCurveNode(true, "walk")->ConnectToChannel(MakeCurve({1.0F}), 0);
     lNode->mLocalRotation.GetCurveNode(true, "run")->ConnectToChannel(MakeCurve({2.0F}), 0);
     KQexAnimStack* lJump = mScene->CreateAnimStack("jump");
@@ -75,18 +75,18 @@ TEST_F(KQexAnimEvaluatorTest, OnlyLayer0OfTheCurrentStackCounts)
     lJump->AddMember(lSecond);
     lNode->mLocalRotation.GetCurveNode(lSecond, true)->ConnectToChannel(MakeCurve({3.0F}), 0);
 
-    EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 1.0) << "the first stack made";
+    EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 1.0) << "the first stack";
     mEvaluator->SetContext(mScene->FindAnimStack("run"));
     EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 2.0);
     mEvaluator->SetContext(lJump);
-    EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 10.0) << "a second layer does not count";
+    EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 10.0) << "a second layer is ignored";
     mEvaluator->SetContext(nullptr);
     EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 10.0);
     mEvaluator->SetContext(KQexAnimStack::Create(mScene, "bare"));
     EXPECT_EQ(lNode->EvaluateLocalRotation(KTime(0))[0], 10.0) << "no layer at all";
 }
 
-TEST_F(KQexAnimEvaluatorTest, TheLocalTransformIsOfTheAnimatedValues)
+TEST_F(KQexAnimEvaluatorTest, TheLocalTransformUsesTheAnimatedValues)
 {
     qextest::KRandomNode lRandom(31);
     for (int lRound = 0; lRound < 300; ++lRound)
@@ -114,7 +114,7 @@ TEST_F(KQexAnimEvaluatorTest, TheLocalTransformIsOfTheAnimatedValues)
     }
 }
 
-TEST_F(KQexAnimEvaluatorTest, TheGlobalTransformIsOfAllAncestors)
+TEST_F(KQexAnimEvaluatorTest, TheGlobalTransformIncludesAllAncestors)
 {
     KQexNode* lA = MakeNode("a", mScene->GetRootNode());
     KQexNode* lB = MakeNode("b", lA);
@@ -132,7 +132,7 @@ TEST_F(KQexAnimEvaluatorTest, TheGlobalTransformIsOfAllAncestors)
     EXPECT_EQ(lGlobal.mData[0][3], 0.0);
 }
 
-TEST_F(KQexAnimEvaluatorTest, NoNodeIsAtTheOrigin)
+TEST_F(KQexAnimEvaluatorTest, ANullNodeHasDefaultValues)
 {
     ExpectNear(mEvaluator->GetNodeLocalTransform(nullptr, KTime(0)), KQexMatrix(), 0.0);
     ExpectNear(mEvaluator->GetNodeGlobalTransform(nullptr, KTime(0)), KQexMatrix(), 0.0);

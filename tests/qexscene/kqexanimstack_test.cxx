@@ -24,7 +24,7 @@ TEST_F(KQexAnimStackTest, IsFoundByName)
     EXPECT_EQ(mScene->GetAnimStack(1), lRun);
     EXPECT_EQ(mScene->GetAnimStack(2), nullptr);
     EXPECT_EQ(mScene->GetAnimStack(-1), nullptr);
-    EXPECT_EQ(mScene->CreateAnimStack("walk"), lWalk) << "a take is the stack of that name";
+    EXPECT_EQ(mScene->CreateAnimStack("walk"), lWalk) << "an existing stack is returned";
     EXPECT_EQ(mScene->GetAnimStackCount(), 2);
 }
 
@@ -67,7 +67,7 @@ TEST_F(KQexAnimStackTest, TheFirstBecomesCurrent)
     EXPECT_EQ(lEvaluator->GetContext(), nullptr);
 }
 
-TEST_F(KQexAnimStackTest, StacksOfAnotherSceneAreNoContext)
+TEST_F(KQexAnimStackTest, StacksOfAnotherSceneAreRejected)
 {
     KQexScene*     lOther = KQexScene::Create("other");
     KQexAnimStack* lStack = mScene->CreateAnimStack("walk");
@@ -76,7 +76,7 @@ TEST_F(KQexAnimStackTest, StacksOfAnotherSceneAreNoContext)
     lOther->Destroy();
 }
 
-TEST_F(KQexAnimStackTest, WhenTheCurrentOneEndsTheFirstLeftTakesItsPlace)
+TEST_F(KQexAnimStackTest, AfterTheCurrentOneTheFirstRemainingBecomesCurrent)
 {
     KQexAnimEvaluator* lEvaluator = mScene->GetEvaluator();
     KQexAnimStack*     lWalk = mScene->CreateAnimStack("walk");
@@ -92,7 +92,7 @@ TEST_F(KQexAnimStackTest, WhenTheCurrentOneEndsTheFirstLeftTakesItsPlace)
     EXPECT_EQ(lEvaluator->GetContext(), lAgain);
 }
 
-TEST_F(KQexAnimStackTest, TakesItsMotionAlongWhenAsked)
+TEST_F(KQexAnimStackTest, RecursiveDestroyDestroysItsMotion)
 {
     const int lBefore = mScene->GetObjectCount();
     KQexNode* lNode = MakeNode("n");
@@ -102,7 +102,7 @@ TEST_F(KQexAnimStackTest, TakesItsMotionAlongWhenAsked)
     EXPECT_EQ(lNode->mLocalRotation.GetSrcObject(kQexClassId(), 0), nullptr);
 }
 
-TEST_F(KQexAnimStackTest, WithoutMemoryItIsNotMade)
+TEST_F(KQexAnimStackTest, WithoutMemoryItIsNotCreated)
 {
     for (long lFail = 0;; ++lFail)
     {

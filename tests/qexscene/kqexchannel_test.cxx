@@ -11,7 +11,7 @@ class KQexChannelTest : public qextest::KSceneTest
 {
 };
 
-TEST_F(KQexChannelTest, IsAlwaysAskTheKeysWhereThereAreAny)
+TEST_F(KQexChannelTest, IsAlwaysChecksTheKeysIfAny)
 {
     KQexNode*          lNode = MakeNode("n");
     KQexAnimCurveNode* lCurveNode = lNode->mLocalScaling.GetCurveNode(true, "take");
@@ -26,17 +26,17 @@ TEST_F(KQexChannelTest, IsAlwaysAskTheKeysWhereThereAreAny)
 
     KQexAnimCurve* lCurve = MakeCurve({});
     ASSERT_TRUE(lCurveNode->ConnectToChannel(lCurve, 1, true));
-    EXPECT_TRUE(lIsAlways(1.0)) << "a curve without keys says nothing";
+    EXPECT_TRUE(lIsAlways(1.0)) << "a curve without keys is ignored";
 
     EXPECT_TRUE(lCurve->AppendSample(Seconds(0), 2.0F));
     EXPECT_TRUE(lCurve->AppendSample(Seconds(1), 2.0F));
-    EXPECT_TRUE(lIsAlways(2.0)) << "now the keys count";
+    EXPECT_TRUE(lIsAlways(2.0)) << "the keys override the value";
     EXPECT_FALSE(lIsAlways(1.0));
     EXPECT_TRUE(lCurve->AppendSample(Seconds(2), 2.5F));
-    EXPECT_FALSE(lIsAlways(2.0)) << "and every one of them";
+    EXPECT_FALSE(lIsAlways(2.0)) << "all keys are checked";
 }
 
-TEST_F(KQexChannelTest, WithoutALayerThePropertyItselfCounts)
+TEST_F(KQexChannelTest, WithoutALayerThePropertyValueIsUsed)
 {
     KQexNode* lNode = MakeNode("n");
     lNode->mLocalTranslation.Set(qexVectorTemplate3<double>(1.0, 2.0, 3.0));

@@ -54,7 +54,7 @@ TEST_F(KQexCollectionTest, AMemberIsInOneCollection)
     EXPECT_FALSE(lOther->RemoveMember(nullptr));
 }
 
-TEST_F(KQexCollectionTest, IsNotInItself)
+TEST_F(KQexCollectionTest, CannotContainItself)
 {
     KQexCollection* lInner = KQexCollection::Create(mScene, "i");
     EXPECT_FALSE(mCollection->AddMember(mCollection));
@@ -64,7 +64,7 @@ TEST_F(KQexCollectionTest, IsNotInItself)
     EXPECT_EQ(lInner->GetMemberCount(), 0);
 }
 
-TEST_F(KQexCollectionTest, MembersOfAnotherSceneAreRefused)
+TEST_F(KQexCollectionTest, MembersOfAnotherSceneAreRejected)
 {
     KQexScene* lOther = KQexScene::Create("other");
     EXPECT_FALSE(mCollection->AddMember(KQexNode::Create(lOther, "n")));
@@ -73,7 +73,7 @@ TEST_F(KQexCollectionTest, MembersOfAnotherSceneAreRefused)
     lOther->Destroy();
 }
 
-TEST_F(KQexCollectionTest, EitherEndMayGoFirst)
+TEST_F(KQexCollectionTest, MemberOrCollectionMayBeDestroyedFirst)
 {
     KQexNode* lNode = MakeNode("n");
     mCollection->AddMember(lNode);
@@ -86,17 +86,17 @@ TEST_F(KQexCollectionTest, EitherEndMayGoFirst)
     EXPECT_EQ(lNode->GetCollection(), nullptr);
 }
 
-TEST_F(KQexCollectionTest, TakesItsMembersAlongWhenAsked)
+TEST_F(KQexCollectionTest, RecursiveDestroyDestroysItsMembers)
 {
     const int       lBefore = mScene->GetObjectCount();
     KQexCollection* lOuter = KQexCollection::Create(mScene, "innermost");
-    for (int lI = 0; lI < 100000; ++lI) // From the inside out: nested deeper than any stack.
+    for (int lI = 0; lI < 100000; ++lI) // Built from the inside out, nested deeper than any stack.
     {
         KQexCollection* lInner = lOuter;
         lOuter = KQexCollection::Create(mScene, "outer");
         ASSERT_TRUE(lOuter->AddMember(MakeNode("before")));
         ASSERT_TRUE(lOuter->AddMember(lInner));
-        ASSERT_TRUE(lOuter->AddMember(MakeNode("behind")));
+        ASSERT_TRUE(lOuter->AddMember(MakeNode("after")));
     }
     lOuter->Destroy(true);
     EXPECT_EQ(mScene->GetObjectCount(), lBefore);

@@ -15,7 +15,7 @@ namespace
 class KQexGlobalTransformsTest : public qextest::KSceneTest
 {
 protected:
-    /// A tree of \p pCount random nodes under the scene's root, parents before children.
+    /// \p pCount nodes, parents before children: the scene's root and random nodes below it.
     std::vector<KQexNode*> MakeTree(int pCount)
     {
         std::vector<KQexNode*> lNodes = {mScene->GetRootNode()};
@@ -48,23 +48,23 @@ protected:
         }
     }
 
-    /// Every transform of the buffer by way of single local values and another library's formula.
-    void ExpectRight(const KQexGlobalTransforms& pBuffer, KQexNode* pTop, KTime pTime)
+    /// Compares the buffer with transforms that the reference library composes from the nodes' evaluated local values.
+    void ExpectReference(const KQexGlobalTransforms& pBuffer, KQexNode* pRoot, KTime pTime)
     {
         int lIndex = 0;
-        for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop), ++lIndex)
+        for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot), ++lIndex)
         {
             ASSERT_LT(lIndex, pBuffer.GetCount());
             ASSERT_EQ(pBuffer.GetNode(lIndex), lNode);
             const int lParent = pBuffer.GetParentIndex(lIndex);
-            ASSERT_EQ(lParent < 0 ? nullptr : pBuffer.GetNode(lParent), lNode == pTop ? nullptr : lNode->GetParent());
-            KQexMatrix lOutside;
-            for (const KQexNode* lAt = pTop->GetParent(); lNode == pTop && lAt != nullptr; lAt = lAt->GetParent())
+            ASSERT_EQ(lParent < 0 ? nullptr : pBuffer.GetNode(lParent), lNode == pRoot ? nullptr : lNode->GetParent());
+            KQexMatrix lParentTransform;
+            for (const KQexNode* lAncestor = pRoot->GetParent(); lNode == pRoot && lAncestor != nullptr; lAncestor = lAncestor->GetParent())
             {
-                lOutside = Product(Local(lAt, pTime), lOutside);
+                lParentTransform = Product(Local(lAncestor, pTime), lParentTransform);
             }
-            ExpectNear(pBuffer.GetTransform(lIndex), Product(lParent < 0 ? lOutside : pBuffer.GetTransform(lParent), Local(lNode, pTime)),
-                       1e-12);
+            ExpectNear(pBuffer.GetTransform(lIndex),
+                       Product(lParent < 0 ? lParentTransform : pBuffer.GetTransform(lParent), Local(lNode, pTime)), 1e-12);
         }
         EXPECT_EQ(lIndex, pBuffer.GetCount());
     }
@@ -75,7 +75,7 @@ protected:
                            pNode->EvaluateLocalScaling(pTime));
     }
 
-    bool Evaluate(KQexNode* pTop, KTime pTime) { return mScene->GetEvaluator()->EvaluateGlobalTransforms(pTop, pTime, *mBuffer); }
+    bool Evaluate(KQexNode* pRoot, KTime pTime) { return mScene->GetEvaluator()->EvaluateGlobalTransforms(pRoot, pTime, *mBuffer); }
 
     void TearDown() override
     {
@@ -87,7 +87,7 @@ protected:
     std::unique_ptr<KQexGlobalTransforms> mBuffer = std::make_unique<KQexGlobalTransforms>();
 };
 
-TEST_F(KQexGlobalTransformsTest, AreThoseOfRandomTrees)
+TEST_F(KQexGlobalTransformsTest, AgreeWithTheReferenceOnRandomTrees)
 {
     for (int lRound = 0; lRound < 40; ++lRound)
     {
@@ -95,9 +95,9 @@ TEST_F(KQexGlobalTransformsTest, AreThoseOfRandomTrees)
         Animate(lNodes, "take");
         for (const double lTime : {-1.0, 0.0, 0.3, 1.0, 2.0})
         {
-            KQexNode* lTop = lNodes[static_cast<size_t>(mRandom.Below(static_cast<int>(lNodes.size())))];
-            ASSERT_TRUE(Evaluate(lTop, Seconds(lTime)));
-            ExpectRight(*mBuffer, lTop, Seconds(lTime));
+            KQexNode* lRoot = lNodes[static_cast<size_t>(mRandom.Below(static_cast<int>(lNodes.size())))];
+            ASSERT_TRUE(Evaluate(lRoot, Seconds(lTime)));
+            ExpectReference(*mBuffer, lRoot, Seconds(lTime));
             for (int lI = 0; lI < mBuffer->GetCount(); ++lI)
             {
                 ExpectNear(mBuffer->GetTransform(lI), mScene->GetEvaluator()->GetNodeGlobalTransform(mBuffer->GetNode(lI), Seconds(lTime)),
@@ -111,18 +111,18 @@ TEST_F(KQexGlobalTransformsTest, AreThoseOfRandomTrees)
     }
 }
 
-/// What is kept from one call to the next must never be what was true before.
+/// Data cached from one call to the next must never be stale.
 TEST_F(KQexGlobalTransformsTest, SeeEveryChange)
 {
     const std::vector<KQexNode*> lNodes = MakeTree(30);
     Animate(lNodes, "walk");
-    KQexNode*   lTop = lNodes[0];
+    KQexNode*   lRoot = lNodes[0];
     const KTime lTime = Seconds(0.4);
     const auto  lCheck = [&](const char* pWhat)
     {
         SCOPED_TRACE(pWhat);
-        ASSERT_TRUE(Evaluate(lTop, lTime));
-        ExpectRight(*mBuffer, lTop, lTime);
+        ASSERT_TRUE(Evaluate(lRoot, lTime));
+        ExpectReference(*mBuffer, lRoot, lTime);
     };
     lCheck("first");
     lCheck("again");
@@ -152,10 +152,10 @@ TEST_F(KQexGlobalTransformsTest, SeeEveryChange)
     lCurveNode->Destroy();
     lCheck("no curve node");
     MakeNode("new", lNodes[7])->mLocalTranslation.Set(KQexVector4(4.0, 5.0, 6.0));
-    lCheck("a node more");
+    lCheck("a node added");
     EXPECT_EQ(mBuffer->GetCount(), 31);
     lNodes[29]->Destroy();
-    lCheck("a node less");
+    lCheck("a node destroyed");
     EXPECT_EQ(mBuffer->GetCount(), 30);
     Animate({lNodes[1], lNodes[2], lNodes[5]}, "run");
     mScene->GetEvaluator()->SetContext(mScene->FindAnimStack("run"));
@@ -163,13 +163,13 @@ TEST_F(KQexGlobalTransformsTest, SeeEveryChange)
     mScene->FindAnimStack("run")->GetMember<KQexAnimLayer>(0)->Destroy();
     lCheck("no layer");
     mScene->FindAnimStack("run")->Destroy(true);
-    lCheck("the take before");
-    lTop = lNodes[1];
-    lCheck("another top");
+    lCheck("the previous take");
+    lRoot = lNodes[1];
+    lCheck("another root");
     EXPECT_EQ(mBuffer->Find(lNodes[0]), -1);
 }
 
-TEST_F(KQexGlobalTransformsTest, AreEmptyWhereNothingCouldBeDone)
+TEST_F(KQexGlobalTransformsTest, AreEmptyAfterAFailure)
 {
     KQexScene* lOther = KQexScene::Create("other");
     ASSERT_TRUE(Evaluate(mScene->GetRootNode(), KTime(0)));
@@ -189,7 +189,7 @@ TEST_F(KQexGlobalTransformsTest, AreEmptyWhereNothingCouldBeDone)
     lOther->Destroy();
 }
 
-TEST_F(KQexGlobalTransformsTest, MayOutliveTheSceneAndServeAnother)
+TEST_F(KQexGlobalTransformsTest, MayOutliveTheSceneAndBeReusedForAnother)
 {
     ASSERT_TRUE(Evaluate(mScene->GetRootNode(), KTime(0)));
     mScene->Destroy();

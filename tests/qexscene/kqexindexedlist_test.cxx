@@ -21,7 +21,7 @@ struct KItem
 
 using KItems = KQexIndexedList<KItem, &KItem::mHook>;
 
-/// The list beside a vector that does the same.
+/// The list, and a vector with the same items as a reference.
 struct KBoth
 {
     void Append()
@@ -67,7 +67,7 @@ struct KBoth
     KItems                              mList;
 };
 
-TEST(KQexIndexedList, DoesWhatAVectorDoes)
+TEST(KQexIndexedList, AgreesWithAVector)
 {
     std::mt19937 lRandom(20);
     for (int lRound = 0; lRound < 200; ++lRound)
@@ -93,8 +93,8 @@ TEST(KQexIndexedList, DoesWhatAVectorDoes)
     }
 }
 
-/// Each of these would take minutes if every step made the index anew.
-TEST(KQexIndexedList, VisitingAndRemovingCostsAStepEach)
+/// Would take minutes if every step rebuilt the index.
+TEST(KQexIndexedList, VisitingAndRemovingIsConstantPerStep)
 {
     constexpr int kCount = 200000;
     for (const bool lForward : {true, false})
@@ -105,9 +105,9 @@ TEST(KQexIndexedList, VisitingAndRemovingCostsAStepEach)
             lBoth.Append();
         }
         int lLeft = kCount;
-        for (int lI = 0, lAt = lForward ? 0 : kCount - 1; lI < kCount; ++lI)
+        for (int lI = 0, lIndex = lForward ? 0 : kCount - 1; lI < kCount; ++lI)
         {
-            KItem* lItem = lBoth.mList.GetAt(lAt);
+            KItem* lItem = lBoth.mList.GetAt(lIndex);
             ASSERT_EQ(lItem, lBoth.mVector[static_cast<size_t>(lForward ? lI : kCount - 1 - lI)]);
             const bool lRemove = lI % 2 == 1;
             if (lRemove)
@@ -115,13 +115,13 @@ TEST(KQexIndexedList, VisitingAndRemovingCostsAStepEach)
                 lBoth.mList.Remove(lItem);
                 --lLeft;
             }
-            lAt += lForward ? (lRemove ? 0 : 1) : -1;
+            lIndex += lForward ? (lRemove ? 0 : 1) : -1;
         }
         EXPECT_EQ(lBoth.mList.GetCount(), lLeft);
     }
 }
 
-TEST(KQexIndexedList, WithoutMemoryForTheIndexItCountsItsWay)
+TEST(KQexIndexedList, WithoutMemoryForTheIndexItWalksTheList)
 {
     KMemoryWatch lMemory;
     KBoth        lBoth;

@@ -45,7 +45,7 @@ KTimes Joined(KTimes pFirst, const KTimes& pSecond, std::int64_t pLater)
 class KQexKeyTimesTable : public testing::TestWithParam<KTimesCase>
 {
 protected:
-    /// The times, added in an order that the seed chooses; 0 for their own.
+    /// Adds the times, shuffled by the seed; 0: in order.
     void Fill(KQexKeyTimes& pTimes, unsigned pSeed) const
     {
         KTimes lOrder = GetParam().mTimes;
@@ -65,22 +65,22 @@ TEST_P(KQexKeyTimesTable, FindLocateAndGetAgreeWithTheList)
     const KTimes& lTimes = GetParam().mTimes;
     for (const unsigned lSeed : {0U, 1U, 2U})
     {
-        KQexKeyTimes lKept;
-        Fill(lKept, lSeed);
-        ASSERT_EQ(lKept.GetCount(), static_cast<int>(lTimes.size()));
-        for (int lKey = 0; lKey < lKept.GetCount(); ++lKey)
+        KQexKeyTimes lKeyTimes;
+        Fill(lKeyTimes, lSeed);
+        ASSERT_EQ(lKeyTimes.GetCount(), static_cast<int>(lTimes.size()));
+        for (int lKey = 0; lKey < lKeyTimes.GetCount(); ++lKey)
         {
             const std::int64_t lTime = lTimes[static_cast<std::size_t>(lKey)];
-            ASSERT_EQ(lKept.Get(lKey), lTime) << lKey;
-            ASSERT_EQ(lKept.Find(lTime), lKey);
-            ASSERT_EQ(lKept.Find(lTime - 1), std::upper_bound(lTimes.begin(), lTimes.end(), lTime - 1) - lTimes.begin() - 1);
-            if (lKey + 1 < lKept.GetCount())
+            ASSERT_EQ(lKeyTimes.Get(lKey), lTime) << lKey;
+            ASSERT_EQ(lKeyTimes.Find(lTime), lKey);
+            ASSERT_EQ(lKeyTimes.Find(lTime - 1), std::upper_bound(lTimes.begin(), lTimes.end(), lTime - 1) - lTimes.begin() - 1);
+            if (lKey + 1 < lKeyTimes.GetCount())
             {
-                const std::int64_t         lNext = lTimes[static_cast<std::size_t>(lKey) + 1];
-                const KQexKeyTimes::KPlace lPlace = lKept.Locate(lNext - 1);
-                ASSERT_EQ(lPlace.mKey, lKey);
-                ASSERT_EQ(lPlace.mSince, static_cast<std::uint64_t>(lNext - 1 - lTime));
-                ASSERT_EQ(lPlace.mStep, static_cast<std::uint64_t>(lNext - lTime));
+                const std::int64_t           lNext = lTimes[static_cast<std::size_t>(lKey) + 1];
+                const KQexKeyTimes::KSegment lSegment = lKeyTimes.Locate(lNext - 1);
+                ASSERT_EQ(lSegment.mKey, lKey);
+                ASSERT_EQ(lSegment.mSince, static_cast<std::uint64_t>(lNext - 1 - lTime));
+                ASSERT_EQ(lSegment.mStep, static_cast<std::uint64_t>(lNext - lTime));
             }
         }
     }
@@ -95,13 +95,13 @@ TEST_P(KQexKeyTimesTable, TheCommonStepDividesEveryDistance)
     }
     for (const unsigned lSeed : {0U, 1U})
     {
-        KQexKeyTimes lKept;
-        Fill(lKept, lSeed);
-        EXPECT_EQ(lKept.GetCommonStep(), lExpected) << GetParam().mWhat;
+        KQexKeyTimes lKeyTimes;
+        Fill(lKeyTimes, lSeed);
+        EXPECT_EQ(lKeyTimes.GetCommonStep(), lExpected) << GetParam().mWhat;
     }
 }
 
-TEST_P(KQexKeyTimesTable, TheSameTimesAreTheSameInAnyForm)
+TEST_P(KQexKeyTimesTable, TimesAddedInAnyOrderAreTheSame)
 {
     KQexKeyTimes lOne;
     KQexKeyTimes lOther;
@@ -120,7 +120,8 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexKeyTimesTable,
                                          KTimesCase{"frames", Frames(100, {120, 1})}, //
                                          KTimesCase{"two rates", Joined(Frames(40, {30, 1}), Frames(40, {24, 1}), 705600000LL * 9)},
                                          KTimesCase{"a rate that ticks do not divide", Frames(300, {2997, 25})},
-                                         KTimesCase{"two of them", Joined(Frames(200, {2997, 50}), Frames(200, {11, 1}), 705600000LL * 9)},
+                                         KTimesCase{"two such rates",
+                                                    Joined(Frames(200, {2997, 50}), Frames(200, {11, 1}), 705600000LL * 9)},
                                          KTimesCase{"squares", {1, 4, 9, 16, 25, 36, 49, 64, 81, 100, 121, 144, 169}},
                                          KTimesCase{"multiples", {0, 6, 18, 24, 60, 66, 72, 90, 300, 306}},
                                          KTimesCase{"neighbouring ticks", {0, 1, 2, 3, 5, 6, 7, 9, 10, 11, 12, 14}}));

@@ -26,7 +26,7 @@ KFlags MaxActive(const KQexLimits& pLimits)
     return lFlags;
 }
 
-TEST(KQexLimits, NothingHoldsByDefault)
+TEST(KQexLimits, NothingIsActiveByDefault)
 {
     const KQexLimits lLimits;
     EXPECT_FALSE(lLimits.GetActive());
@@ -36,7 +36,7 @@ TEST(KQexLimits, NothingHoldsByDefault)
     EXPECT_EQ(lLimits.GetLimitMax(), KQexVector4());
 }
 
-TEST(KQexLimits, EachSwitchIsItsOwn)
+TEST(KQexLimits, EachFlagIsIndependent)
 {
     for (int lBits = 0; lBits < 64; ++lBits)
     {
@@ -50,7 +50,7 @@ TEST(KQexLimits, EachSwitchIsItsOwn)
     }
 }
 
-TEST(KQexLimits, KeepsValuesWhateverHoldsAndDropsW)
+TEST(KQexLimits, KeepsInactiveValuesAndIgnoresW)
 {
     KQexLimits lLimits;
     lLimits.SetLimitMin(KQexVector4(-1.0, -2.0, -3.0, 8.0));

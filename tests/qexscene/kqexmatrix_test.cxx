@@ -18,9 +18,9 @@ KQexMatrix Matrix(KQexVector4 pX, KQexVector4 pY, KQexVector4 pZ, KQexVector4 pT
     return lMatrix;
 }
 
-/// A quarter turn about z and a step along x.
+/// A quarter turn about z, and a translation along x.
 const KQexMatrix kTurn = Matrix({0.0, 1.0, 0.0}, {-1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}, {0.0, 0.0, 0.0});
-const KQexMatrix kStep = Matrix({1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {5.0, 0.0, 0.0});
+const KQexMatrix kTranslation = Matrix({1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}, {5.0, 0.0, 0.0});
 
 TEST(KQexMatrix, IsTheIdentityByDefault)
 {
@@ -30,15 +30,15 @@ TEST(KQexMatrix, IsTheIdentityByDefault)
 
 TEST(KQexMatrix, TheRightFactorIsAppliedFirst)
 {
-    EXPECT_EQ((kTurn * kStep).Map({0.0, 0.0, 0.0}), KQexVector4(0.0, 5.0, 0.0));
-    EXPECT_EQ((kStep * kTurn).Map({0.0, 0.0, 0.0}), KQexVector4(5.0, 0.0, 0.0));
-    EXPECT_EQ((kStep * kTurn).Map({1.0, 0.0, 0.0}), KQexVector4(5.0, 1.0, 0.0));
+    EXPECT_EQ((kTurn * kTranslation).Map({0.0, 0.0, 0.0}), KQexVector4(0.0, 5.0, 0.0));
+    EXPECT_EQ((kTranslation * kTurn).Map({0.0, 0.0, 0.0}), KQexVector4(5.0, 0.0, 0.0));
+    EXPECT_EQ((kTranslation * kTurn).Map({1.0, 0.0, 0.0}), KQexVector4(5.0, 1.0, 0.0));
 }
 
 TEST(KQexMatrix, ItsTranslationIsTheImageOfTheOrigin)
 {
-    EXPECT_EQ((kTurn * kStep).GetT(), KQexVector4(0.0, 5.0, 0.0, 0.0));
-    EXPECT_EQ((kTurn * kStep).mData[3][3], 1.0);
+    EXPECT_EQ((kTurn * kTranslation).GetT(), KQexVector4(0.0, 5.0, 0.0, 0.0));
+    EXPECT_EQ((kTurn * kTranslation).mData[3][3], 1.0);
 }
 
 } // namespace

@@ -12,7 +12,7 @@ namespace
 class KQexNodeTest : public qextest::KSceneTest
 {
 protected:
-    /// "name(child child(…))": the tree below and with \p pNode.
+    /// "name(child child(…))": the tree at \p pNode.
     static std::string Tree(const KQexNode* pNode)
     {
         std::string lText = pNode->GetName();
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(KQexNodeTest, BeginsAlone)
+TEST_F(KQexNodeTest, StartsWithoutParentAndChildren)
 {
     KQexNode* lNode = MakeNode("n");
     EXPECT_EQ(lNode->GetParent(), nullptr);
@@ -38,30 +38,30 @@ TEST_F(KQexNodeTest, BeginsAlone)
 
 TEST_F(KQexNodeTest, ChildrenKeepTheirOrder)
 {
-    KQexNode* lTop = MakeNode("t");
-    KQexNode* lA = MakeNode("a", lTop);
-    KQexNode* lB = MakeNode("b", lTop);
-    KQexNode* lC = MakeNode("c", lTop);
+    KQexNode* lRoot = MakeNode("t");
+    KQexNode* lA = MakeNode("a", lRoot);
+    KQexNode* lB = MakeNode("b", lRoot);
+    KQexNode* lC = MakeNode("c", lRoot);
     MakeNode("d", lB);
-    EXPECT_EQ(Tree(lTop), "t(a b(d) c)");
-    EXPECT_EQ(lTop->GetChildCount(true), 4);
-    EXPECT_EQ(lTop->GetChild(3), nullptr);
-    EXPECT_EQ(lTop->GetChild(-1), nullptr);
-    EXPECT_EQ(lB->GetParent(), lTop);
+    EXPECT_EQ(Tree(lRoot), "t(a b(d) c)");
+    EXPECT_EQ(lRoot->GetChildCount(true), 4);
+    EXPECT_EQ(lRoot->GetChild(3), nullptr);
+    EXPECT_EQ(lRoot->GetChild(-1), nullptr);
+    EXPECT_EQ(lB->GetParent(), lRoot);
 
-    EXPECT_TRUE(lC->AddChild(lB)) << "moved with what is below it";
-    EXPECT_EQ(Tree(lTop), "t(a c(b(d)))");
-    EXPECT_TRUE(lTop->AddChild(lA)) << "again: to the end";
-    EXPECT_EQ(Tree(lTop), "t(c(b(d)) a)");
-    EXPECT_TRUE(lTop->RemoveChild(lC));
-    EXPECT_FALSE(lTop->RemoveChild(lC));
-    EXPECT_FALSE(lTop->RemoveChild(nullptr));
-    EXPECT_EQ(Tree(lTop), "t(a)");
+    EXPECT_TRUE(lC->AddChild(lB)) << "reparented with its descendants";
+    EXPECT_EQ(Tree(lRoot), "t(a c(b(d)))");
+    EXPECT_TRUE(lRoot->AddChild(lA)) << "adding a child again moves it to the end";
+    EXPECT_EQ(Tree(lRoot), "t(c(b(d)) a)");
+    EXPECT_TRUE(lRoot->RemoveChild(lC));
+    EXPECT_FALSE(lRoot->RemoveChild(lC));
+    EXPECT_FALSE(lRoot->RemoveChild(nullptr));
+    EXPECT_EQ(Tree(lRoot), "t(a)");
     EXPECT_EQ(lC->GetParent(), nullptr);
     EXPECT_EQ(Tree(lC), "c(b(d))");
 }
 
-TEST_F(KQexNodeTest, NoNodeIsBelowItself)
+TEST_F(KQexNodeTest, NoNodeIsItsOwnDescendant)
 {
     KQexNode* lA = MakeNode("a");
     KQexNode* lB = MakeNode("b", lA);
@@ -75,7 +75,7 @@ TEST_F(KQexNodeTest, NoNodeIsBelowItself)
     EXPECT_EQ(Tree(lA), "a(b c)");
 }
 
-TEST_F(KQexNodeTest, TheSceneRootStaysTheTop)
+TEST_F(KQexNodeTest, TheSceneRootCannotBeMovedOrDestroyed)
 {
     EXPECT_FALSE(MakeNode("n")->AddChild(mScene->GetRootNode()));
     EXPECT_EQ(mScene->GetRootNode()->GetParent(), nullptr);
@@ -88,7 +88,7 @@ TEST_F(KQexNodeTest, TheSceneRootStaysTheTop)
     EXPECT_EQ(Tree(mScene->GetRootNode()), "RootNode");
 }
 
-TEST_F(KQexNodeTest, NodesOfAnotherSceneAreRefused)
+TEST_F(KQexNodeTest, NodesOfAnotherSceneAreRejected)
 {
     KQexScene* lOther = KQexScene::Create("other");
     EXPECT_FALSE(mScene->GetRootNode()->AddChild(KQexNode::Create(lOther, "n")));
@@ -100,35 +100,35 @@ struct KFindCase
 {
     const char* mName;
     bool        mDeep;
-    const char* mPath; ///< Child indices from the top, "" for none.
+    const char* mPath; ///< Child indices from the root, "" for none.
 };
 
 /// The tree of these cases: t(a(x y(t)) x(y) b:x Y)
-TEST_F(KQexNodeTest, FindChildTakesTheFirstInPreOrder)
+TEST_F(KQexNodeTest, FindChildReturnsTheFirstInPreOrder)
 {
-    KQexNode* lTop = MakeNode("t");
-    KQexNode* lA = MakeNode("a", lTop);
+    KQexNode* lRoot = MakeNode("t");
+    KQexNode* lA = MakeNode("a", lRoot);
     MakeNode("x", lA);
     MakeNode("t", MakeNode("y", lA));
-    MakeNode("y", MakeNode("x", lTop));
-    MakeNode("b:x", lTop);
-    MakeNode("Y", lTop);
-    MakeNode("y", MakeNode("beside"));
+    MakeNode("y", MakeNode("x", lRoot));
+    MakeNode("b:x", lRoot);
+    MakeNode("Y", lRoot);
+    MakeNode("y", MakeNode("unrelated"));
     for (const KFindCase& lCase :
          {KFindCase{"x", true, "00"}, KFindCase{"x", false, "1"}, KFindCase{"y", true, "01"}, KFindCase{"y", false, ""},
           KFindCase{"t", true, "010"}, KFindCase{"t", false, ""}, KFindCase{"b:x", true, "2"}, KFindCase{"Y", true, "3"},
-          KFindCase{"Y", false, "3"}, KFindCase{"", true, ""}, KFindCase{"beside", true, ""}, KFindCase{"xy", true, ""}})
+          KFindCase{"Y", false, "3"}, KFindCase{"", true, ""}, KFindCase{"unrelated", true, ""}, KFindCase{"xy", true, ""}})
     {
-        const KQexNode* lExpected = lTop;
-        for (const char* lAt = lCase.mPath; *lAt != '\0'; ++lAt)
+        const KQexNode* lExpected = lRoot;
+        for (const char* lIndex = lCase.mPath; *lIndex != '\0'; ++lIndex)
         {
-            lExpected = lExpected->GetChild(*lAt - '0');
+            lExpected = lExpected->GetChild(*lIndex - '0');
         }
-        EXPECT_EQ(lTop->FindChild(lCase.mName, lCase.mDeep, false), *lCase.mPath == '\0' ? nullptr : lExpected)
+        EXPECT_EQ(lRoot->FindChild(lCase.mName, lCase.mDeep, false), *lCase.mPath == '\0' ? nullptr : lExpected)
             << lCase.mName << lCase.mDeep;
     }
-    EXPECT_EQ(lTop->FindChild(nullptr, true, false), nullptr);
-    EXPECT_EQ(lA->FindChild("x", true, false), lA->GetChild(0)) << "not beyond the node";
+    EXPECT_EQ(lRoot->FindChild(nullptr, true, false), nullptr);
+    EXPECT_EQ(lA->FindChild("x", true, false), lA->GetChild(0)) << "descendants only";
     EXPECT_EQ(lA->FindChild("b:x", true, false), nullptr);
 }
 
@@ -140,10 +140,10 @@ TEST_F(KQexNodeTest, TheWalkIsPreOrder)
     {
         lNodes.push_back(MakeNode(std::to_string(lI).c_str(), lNodes[lRandom() % lNodes.size()]));
     }
-    for (KQexNode* lTop : {lNodes[0], lNodes[1], lNodes[299]})
+    for (KQexNode* lRoot : {lNodes[0], lNodes[1], lNodes[299]})
     {
         std::vector<const KQexNode*> lExpected;
-        std::vector<const KQexNode*> lStack = {lTop};
+        std::vector<const KQexNode*> lStack = {lRoot};
         while (!lStack.empty())
         {
             const KQexNode* lNode = lStack.back();
@@ -155,58 +155,58 @@ TEST_F(KQexNodeTest, TheWalkIsPreOrder)
             }
         }
         std::vector<const KQexNode*> lWalked;
-        for (const KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop))
+        for (const KQexNode* lNode = lRoot; lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))
         {
             lWalked.push_back(lNode);
         }
         EXPECT_EQ(lWalked, lExpected);
-        EXPECT_EQ(lTop->GetChildCount(true), static_cast<int>(lExpected.size()) - 1);
+        EXPECT_EQ(lRoot->GetChildCount(true), static_cast<int>(lExpected.size()) - 1);
     }
 }
 
-TEST_F(KQexNodeTest, LeavesParentAndChildrenWhenItEnds)
+TEST_F(KQexNodeTest, DestroyDetachesItFromParentAndChildren)
 {
-    KQexNode* lTop = MakeNode("t");
-    MakeNode("a", lTop);
-    KQexNode* lB = MakeNode("b", lTop);
-    MakeNode("c", lTop);
-    KQexNode* lBelow = MakeNode("below", lB);
+    KQexNode* lRoot = MakeNode("t");
+    MakeNode("a", lRoot);
+    KQexNode* lB = MakeNode("b", lRoot);
+    MakeNode("c", lRoot);
+    KQexNode* lChild = MakeNode("child", lB);
     lB->Destroy();
-    EXPECT_EQ(Tree(lTop), "t(a c)");
-    EXPECT_EQ(lBelow->GetParent(), nullptr);
-    EXPECT_EQ(lBelow->GetScene(), mScene);
+    EXPECT_EQ(Tree(lRoot), "t(a c)");
+    EXPECT_EQ(lChild->GetParent(), nullptr);
+    EXPECT_EQ(lChild->GetScene(), mScene);
 }
 
-TEST_F(KQexNodeTest, TakesItsTreeAlongWhenAsked)
+TEST_F(KQexNodeTest, RecursiveDestroyDestroysItsTree)
 {
     const int lBefore = mScene->GetObjectCount();
-    KQexNode* lTop = MakeNode("t", mScene->GetRootNode());
-    KQexNode* lNode = lTop;
+    KQexNode* lRoot = MakeNode("t", mScene->GetRootNode());
+    KQexNode* lNode = lRoot;
     for (int lI = 0; lI < 100000; ++lI) // A chain deeper than any stack, with a leaf at each step.
     {
         MakeNode("leaf", lNode);
         lNode = MakeNode("n", lNode);
     }
-    lTop->Destroy(true);
+    lRoot->Destroy(true);
     EXPECT_EQ(mScene->GetObjectCount(), lBefore);
     EXPECT_EQ(mScene->GetRootNode()->GetChildCount(false), 0);
 }
 
-TEST_F(KQexNodeTest, TakesWhatAnimatesItAlongWhenAsked)
+TEST_F(KQexNodeTest, RecursiveDestroyDestroysItsMotion)
 {
     const int lBefore = mScene->GetObjectCount();
-    KQexNode* lTop = MakeNode("t");
-    KQexNode* lNode = MakeNode("n", lTop);
+    KQexNode* lRoot = MakeNode("t");
+    KQexNode* lNode = MakeNode("n", lRoot);
     for (const char* lTake : {"walk", "run"})
     {
         KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, lTake);
         lCurveNode->ConnectToChannel(MakeCurve({1.0F, 2.0F}), 0, true);
         lCurveNode->ConnectToChannel(MakeCurve({1.0F}), 2, true);
-        lTop->mLocalScaling.GetCurveNode(true, lTake)->ConnectToChannel(MakeCurve({1.0F}), 1, true);
+        lRoot->mLocalScaling.GetCurveNode(true, lTake)->ConnectToChannel(MakeCurve({1.0F}), 1, true);
     }
-    lTop->SetNodeAttribute(KQexSkeleton::Create(mScene, ""));
+    lRoot->SetNodeAttribute(KQexSkeleton::Create(mScene, ""));
     lNode->SetNodeAttribute(KQexSkeleton::Create(mScene, ""));
-    lTop->Destroy(true);
+    lRoot->Destroy(true);
     EXPECT_EQ(mScene->GetObjectCount(), lBefore + 4) << "two stacks and their layers stay";
     EXPECT_EQ(mScene->GetAnimStack(0)->GetMember<KQexAnimLayer>(0)->GetMemberCount(), 0);
 }

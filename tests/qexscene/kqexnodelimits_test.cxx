@@ -9,13 +9,13 @@ class KQexNodeLimitsTest : public qextest::KSceneTest
 {
 };
 
-TEST_F(KQexNodeLimitsTest, KnowTheirNode)
+TEST_F(KQexNodeLimitsTest, ReferToTheirNode)
 {
     KQexNode* lNode = MakeNode("n");
     EXPECT_EQ(lNode->GetLimits().mLimitedNode, lNode);
 }
 
-TEST_F(KQexNodeLimitsTest, TheGroupsAreSwitchedOneByOne)
+TEST_F(KQexNodeLimitsTest, TheGroupsAreEnabledSeparately)
 {
     KQexNodeLimits& lLimits = MakeNode("n")->GetLimits();
     EXPECT_FALSE(lLimits.GetTranslationLimitActive() || lLimits.GetRotationLimitActive() || lLimits.GetScalingLimitActive());

@@ -34,12 +34,12 @@ TEST_F(KQexNodeTransformTest, PivotsAreKeptWithoutW)
     EXPECT_EQ(lNode->GetRotationOffset(kPivotSet0), KQexVector4(1.0, 2.0, 3.0));
     EXPECT_EQ(lNode->GetPreRotation(kPivotSet0), KQexVector4(4.0, 5.0, 6.0));
     EXPECT_EQ(lNode->GetPostRotation(kPivotSet0), KQexVector4(7.0, 8.0, 9.0));
-    EXPECT_FALSE(lNode->GetRotationActive()) << "setting them does not switch rotation on";
+    EXPECT_FALSE(lNode->GetRotationActive()) << "setting them does not activate rotation";
     lNode->SetRotationOffset(kPivotSet0, KgeTVector(1.0, 1.0, 1.0));
     EXPECT_EQ(lNode->GetRotationOffset(), KQexVector4(1.0, 1.0, 1.0));
 }
 
-TEST_F(KQexNodeTransformTest, TheOrderIsReadInBothWays)
+TEST_F(KQexNodeTransformTest, BothGettersReturnTheOrder)
 {
     KQexNode* lNode = MakeNode("n");
     for (int lOrder = eEULER_XYZ; lOrder <= eSPHERIC_XYZ; ++lOrder)
@@ -52,9 +52,9 @@ TEST_F(KQexNodeTransformTest, TheOrderIsReadInBothWays)
     }
 }
 
-TEST_F(KQexNodeTransformTest, TheFirstAxisOfTheOrderTurnsFirst)
+TEST_F(KQexNodeTransformTest, TheFirstAxisOfTheOrderIsAppliedFirst)
 {
-    // The y axis under a quarter turn about x and one about z: (0, 0, 1) when x comes first, then z leaves it alone.
+    // The y axis after a quarter turn about x and one about z: (0, 0, 1) if x is first, because z then does not move it.
     KQexNode* lNode = MakeNode("n");
     lNode->SetRotationActive(true);
     lNode->mLocalRotation.Set(qexVectorTemplate3<double>(90.0, 0.0, 90.0));
@@ -76,7 +76,7 @@ TEST_F(KQexNodeTransformTest, TheFirstAxisOfTheOrderTurnsFirst)
     }
 }
 
-TEST_F(KQexNodeTransformTest, AgreesWithTheFormulaOfAnotherLibrary)
+TEST_F(KQexNodeTransformTest, AgreesWithTheReferenceLibrary)
 {
     qextest::KRandomNode lRandom(11);
     for (int lRound = 0; lRound < 3000; ++lRound)
@@ -88,7 +88,7 @@ TEST_F(KQexNodeTransformTest, AgreesWithTheFormulaOfAnotherLibrary)
     }
 }
 
-TEST_F(KQexNodeTransformTest, WithoutActiveRotationOrderAndPivotRotationsDoNotCount)
+TEST_F(KQexNodeTransformTest, WithoutActiveRotationOrderAndPivotRotationsAreIgnored)
 {
     qextest::KRandomNode lRandom(12);
     KQexNode*            lNode = MakeNode("n");
@@ -106,7 +106,7 @@ TEST_F(KQexNodeTransformTest, WithoutActiveRotationOrderAndPivotRotationsDoNotCo
     }
 }
 
-TEST_F(KQexNodeTransformTest, PivotRotationsCanBeTakenBack)
+TEST_F(KQexNodeTransformTest, PivotRotationsCanBeReset)
 {
     KQexNode* lNode = MakeNode("n");
     lNode->SetRotationActive(true);

@@ -22,8 +22,8 @@ TEST_F(KQexObjectTest, KeepsItsNameExactly)
     EXPECT_STREQ(MakeNode(nullptr)->GetName(), "");
 }
 
-/// Every form of making an object asks the library's own memory, and gives null without it.
-TEST_F(KQexObjectTest, MemoryIsTheLibrarys)
+/// Every form of new uses the library's allocator, and returns null without memory.
+TEST_F(KQexObjectTest, UsesTheLibrarysAllocator)
 {
     KMemoryWatch lWatch;
     for (const long lAllowed : {-1L, 0L})
@@ -87,14 +87,14 @@ TEST_F(KQexObjectTest, KnowsItsSceneAndClass)
     EXPECT_FALSE(mScene->Is(KQexNode::smClassId));
 }
 
-/// An object of no class of its own.
+/// An object without a class id of its own.
 class KPlainObject : public KQexObject
 {
 public:
     explicit KPlainObject(KQexScene* pScene) : KQexObject(pScene, nullptr) {}
 };
 
-TEST_F(KQexObjectTest, WithoutAClassOfItsOwnItIsJustAnObject)
+TEST_F(KQexObjectTest, WithoutItsOwnClassIdItIsAKQexObject)
 {
     KPlainObject lObject(mScene);
     EXPECT_EQ(lObject.GetClassId(), KQexObject::smClassId);
@@ -125,12 +125,15 @@ TEST_F(KQexObjectTest, WithoutAContainerInASceneThereIsNoObject)
     EXPECT_EQ(mScene->GetObjectCount(), 2);
 }
 
-/// A curve that tells when it is asked to end, and when it does.
+/// A curve that counts calls of Destroy and of its destructor.
 class KSpyCurve : public KQexAnimCurve
 {
 public:
-    KSpyCurve(KQexScene* pScene, int& pDestroyed, int& pGone) : KQexAnimCurve(pScene, "spy"), mDestroyed(pDestroyed), mGone(pGone) {}
-    ~KSpyCurve() override { ++mGone; }
+    KSpyCurve(KQexScene* pScene, int& pDestroyed, int& pDestructed)
+        : KQexAnimCurve(pScene, "spy"), mDestroyed(pDestroyed), mDestructed(pDestructed)
+    {
+    }
+    ~KSpyCurve() override { ++mDestructed; }
     void Destroy(bool pRecursive, bool pDependents) override
     {
         ++mDestroyed;
@@ -139,33 +142,33 @@ public:
 
 private:
     int& mDestroyed;
-    int& mGone;
+    int& mDestructed;
 };
 
-TEST_F(KQexObjectTest, DerivedObjectsEndByTheirOwnDestroy)
+TEST_F(KQexObjectTest, DerivedObjectsAreDestroyedByTheirOwnDestroy)
 {
     int        lDestroyed = 0;
-    int        lGone = 0;
-    KSpyCurve* lCurve = new KSpyCurve(mScene, lDestroyed, lGone);
+    int        lDestructed = 0;
+    KSpyCurve* lCurve = new KSpyCurve(mScene, lDestroyed, lDestructed);
     EXPECT_EQ(lCurve->GetScene(), mScene);
     lCurve->Destroy(false, false);
     EXPECT_EQ(lDestroyed, 1);
-    EXPECT_EQ(lGone, 1);
+    EXPECT_EQ(lDestructed, 1);
 
-    new KSpyCurve(mScene, lDestroyed, lGone);
+    new KSpyCurve(mScene, lDestroyed, lDestructed);
     mScene->Destroy();
     mScene = nullptr;
     EXPECT_EQ(lDestroyed, 2);
-    EXPECT_EQ(lGone, 2);
+    EXPECT_EQ(lDestructed, 2);
 }
 
-TEST_F(KQexObjectTest, AnObjectOnTheStackLeavesItsSceneByItself)
+TEST_F(KQexObjectTest, AnObjectOnTheStackLeavesItsSceneOnDestruction)
 {
     int       lDestroyed = 0;
-    int       lGone = 0;
+    int       lDestructed = 0;
     const int lBefore = mScene->GetObjectCount();
     {
-        KSpyCurve          lCurve(mScene, lDestroyed, lGone);
+        KSpyCurve          lCurve(mScene, lDestroyed, lDestructed);
         KQexAnimCurveNode* lCurveNode = MakeNode("n")->mLocalRotation.GetCurveNode(true, "take");
         EXPECT_TRUE(lCurveNode->ConnectToChannel(&lCurve, 1, true));
         EXPECT_EQ(lCurveNode->GetCurve(1), &lCurve);
@@ -173,11 +176,11 @@ TEST_F(KQexObjectTest, AnObjectOnTheStackLeavesItsSceneByItself)
     KQexNode* lNode = QexCast<KQexNode>(mScene->GetNextObject(mScene->GetEvaluator()));
     EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take")->GetCurve(1), nullptr);
     EXPECT_EQ(lDestroyed, 0);
-    EXPECT_EQ(lGone, 1);
+    EXPECT_EQ(lDestructed, 1);
     EXPECT_EQ(mScene->GetObjectCount(), lBefore + 4) << "the node, the stack, its layer and the curve node";
 }
 
-TEST_F(KQexObjectTest, AnObjectWithoutASceneIsTakenByTheSceneItIsConnectedIn)
+TEST_F(KQexObjectTest, ConnectingAnObjectWithoutASceneAddsItToTheScene)
 {
     KQexAnimCurve* lCurve = KQexAnimCurve::Create(nullptr, "free");
     ASSERT_NE(lCurve, nullptr);
@@ -207,7 +210,7 @@ TEST_F(KQexObjectTest, WithoutMemoryThereIsNoObject)
         mMemory.FailAfter(lFail);
         EXPECT_EQ(KQexAnimCurve::Create(mScene, "n"), nullptr);
         mMemory.FailAfter(-1);
-        EXPECT_LE(mMemory.GetBlocks(), lBlocks + 1) << "the list of stacks may keep its room";
+        EXPECT_LE(mMemory.GetBlocks(), lBlocks + 1) << "the list of stacks may keep its capacity";
         EXPECT_EQ(mScene->GetObjectCount(), lObjects);
         EXPECT_EQ(mScene->GetAnimStackCount(), 0);
         EXPECT_EQ(mScene->GetEvaluator()->GetContext(), nullptr);

@@ -13,7 +13,7 @@ class KQexPropertyTest : public qextest::KSceneTest
 {
 };
 
-TEST_F(KQexPropertyTest, NothingWorksOnAnInvalidOne)
+TEST_F(KQexPropertyTest, AnInvalidOneFailsWithoutEffect)
 {
     KQexProperty lNone;
     double       lValue = 5.0;
@@ -33,7 +33,7 @@ TEST_F(KQexPropertyTest, NothingWorksOnAnInvalidOne)
     EXPECT_EQ(mScene->GetAnimStackCount(), 0);
 }
 
-TEST_F(KQexPropertyTest, TypesAreTold)
+TEST_F(KQexPropertyTest, TypesAreKnown)
 {
     EXPECT_EQ(QexTypeOf(true), eQexBool);
     EXPECT_EQ(QexTypeOf(1), eQexInt);
@@ -53,7 +53,7 @@ TEST_F(KQexPropertyTest, NodesBeginWithTheirDefaults)
     EXPECT_EQ(lNode->mLocalScaling.GetObject(), lNode);
 }
 
-TEST_F(KQexPropertyTest, IsSetAndReadInEveryWay)
+TEST_F(KQexPropertyTest, IsSetAndReadByEveryFunction)
 {
     KQexNode* lNode = MakeNode("n");
     EXPECT_TRUE(lNode->mLocalTranslation.Set(KVector3(1.0, 2.0, 3.0)));
@@ -61,7 +61,7 @@ TEST_F(KQexPropertyTest, IsSetAndReadInEveryWay)
     EXPECT_EQ(KQexGet<KQexVector4>(lNode->mLocalTranslation), KQexVector4(1.0, 2.0, 3.0, 0.0));
 
     EXPECT_TRUE(lNode->mLocalTranslation.Set(KQexVector4(4.0, 5.0, 6.0, 7.0)));
-    EXPECT_EQ(KQexGet<KQexVector4>(lNode->mLocalTranslation), KQexVector4(4.0, 5.0, 6.0, 0.0)) << "no w comes back";
+    EXPECT_EQ(KQexGet<KQexVector4>(lNode->mLocalTranslation), KQexVector4(4.0, 5.0, 6.0, 0.0)) << "w is dropped";
 
     const double lNumbers[3] = {7.0, 8.0, 9.0};
     EXPECT_TRUE(lNode->mLocalTranslation.Set(lNumbers, eQexDouble3, false));
@@ -69,7 +69,7 @@ TEST_F(KQexPropertyTest, IsSetAndReadInEveryWay)
     EXPECT_TRUE(lHandle.IsValid());
     EXPECT_EQ(KQexGet<KVector3>(lHandle), KVector3(7.0, 8.0, 9.0));
     EXPECT_TRUE(KQexSet<KVector3>(lHandle, KVector3(1.0, 1.0, 1.0), true));
-    EXPECT_EQ(lNode->mLocalTranslation.Get(), KVector3(1.0, 1.0, 1.0)) << "a handle is the property";
+    EXPECT_EQ(lNode->mLocalTranslation.Get(), KVector3(1.0, 1.0, 1.0)) << "the handle refers to the property";
     double lRead[3] = {};
     EXPECT_TRUE(lNode->mLocalTranslation.Get(lRead, eQexDouble3));
     EXPECT_EQ(lRead[2], 1.0);
@@ -101,7 +101,7 @@ TEST_F(KQexPropertyTest, NumbersConvertToNumbers)
     EXPECT_EQ(KQexGet<int>(lChannel), 0);
 }
 
-TEST_F(KQexPropertyTest, ANumberIsNoVector)
+TEST_F(KQexPropertyTest, NumbersAndVectorsDoNotConvert)
 {
     KQexNode*    lNode = MakeNode("n");
     KQexProperty lChannel = KQexAnimCurveNode::Create(mScene, "c")->GetChannel(0);
@@ -117,7 +117,7 @@ TEST_F(KQexPropertyTest, ANumberIsNoVector)
     EXPECT_EQ(lUntouched, 9.0);
 }
 
-TEST_F(KQexPropertyTest, ATakeIsMadeOnDemand)
+TEST_F(KQexPropertyTest, ATakeIsCreatedOnDemand)
 {
     KQexNode* lNode = MakeNode("n");
     EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "walk"), nullptr);
@@ -134,7 +134,7 @@ TEST_F(KQexPropertyTest, ATakeIsMadeOnDemand)
     EXPECT_EQ(lLayer->GetMember(0), lCurveNode);
     for (unsigned int lI = 0; lI < 3; ++lI)
     {
-        EXPECT_EQ(lCurveNode->GetChannelValue<double>(lI, -1.0), 1.0 + lI) << "channels begin with the property's value";
+        EXPECT_EQ(lCurveNode->GetChannelValue<double>(lI, -1.0), 1.0 + lI) << "channels start with the property's value";
     }
 
     EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(true, "walk"), lCurveNode);
@@ -184,7 +184,7 @@ TEST_F(KQexPropertyTest, OnlyVectorsHaveCurveNodes)
     EXPECT_EQ(mScene->GetAnimStackCount(), 0);
 }
 
-TEST_F(KQexPropertyTest, LayersOfAnotherSceneAreRefused)
+TEST_F(KQexPropertyTest, LayersOfAnotherSceneAreRejected)
 {
     KQexScene*     lOther = KQexScene::Create("other");
     KQexAnimLayer* lLayer = KQexAnimLayer::Create(lOther, "l");
@@ -193,7 +193,7 @@ TEST_F(KQexPropertyTest, LayersOfAnotherSceneAreRefused)
     lOther->Destroy();
 }
 
-TEST_F(KQexPropertyTest, WithoutMemoryTheTakeIsNotHalfMade)
+TEST_F(KQexPropertyTest, WithoutMemoryNoPartOfTheTakeRemains)
 {
     KQexNode* lNode = MakeNode("n");
     for (long lFail = 0;; ++lFail)

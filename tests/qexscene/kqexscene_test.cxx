@@ -15,7 +15,7 @@ class KQexSceneTest : public qextest::KSceneTest
 {
 };
 
-TEST_F(KQexSceneTest, BeginsWithARootAndAnEvaluator)
+TEST_F(KQexSceneTest, StartsWithARootAndAnEvaluator)
 {
     EXPECT_STREQ(mScene->GetName(), "scene");
     ASSERT_NE(mScene->GetRootNode(), nullptr);
@@ -37,7 +37,7 @@ TEST_F(KQexSceneTest, CountsItsObjects)
     EXPECT_EQ(mScene->GetObjectCount(), 2);
 }
 
-TEST_F(KQexSceneTest, WithoutMemoryThereIsNone)
+TEST_F(KQexSceneTest, WithoutMemoryCreateReturnsNull)
 {
     const size_t lBlocks = mMemory.GetBlocks();
     long         lFail = 0;
@@ -55,7 +55,7 @@ TEST_F(KQexSceneTest, WithoutMemoryThereIsNone)
     EXPECT_EQ(lFail, 7) << "scene, root, evaluator and their names";
 }
 
-/// Makes, connects, moves and ends objects of every kind at random.
+/// Creates, connects, reparents and destroys objects of every kind at random.
 class KRandomScene
 {
 public:
@@ -101,7 +101,7 @@ public:
         }
     }
 
-    /// Every link that can be seen from one end is seen from the other, too.
+    /// Every link is present at both ends.
     void Check()
     {
         for (KQexObject* lObject = mScene->GetFirstObject(); lObject != nullptr; lObject = mScene->GetNextObject(lObject))
@@ -155,15 +155,15 @@ private:
     template <typename T>
     T* Pick()
     {
-        std::vector<T*> lOnes;
+        std::vector<T*> lCandidates;
         for (KQexObject* lObject = mScene->GetFirstObject(); lObject != nullptr; lObject = mScene->GetNextObject(lObject))
         {
-            if (T* lOne = QexCast<T>(lObject))
+            if (T* lCandidate = QexCast<T>(lObject))
             {
-                lOnes.push_back(lOne);
+                lCandidates.push_back(lCandidate);
             }
         }
-        return lOnes.empty() ? nullptr : lOnes[mRandom() % lOnes.size()];
+        return lCandidates.empty() ? nullptr : lCandidates[mRandom() % lCandidates.size()];
     }
 
     KQexScene*           mScene;
@@ -171,8 +171,8 @@ private:
     KQexGlobalTransforms mBuffer;
 };
 
-/// Under the address sanitizer this finds whatever still refers to what has ended.
-TEST_F(KQexSceneTest, NothingRefersToWhatHasEnded)
+/// Finds dangling references when run with AddressSanitizer.
+TEST_F(KQexSceneTest, DestroyLeavesNoDanglingReferences)
 {
     for (unsigned int lSeed = 0; lSeed < 20; ++lSeed)
     {
@@ -187,7 +187,7 @@ TEST_F(KQexSceneTest, NothingRefersToWhatHasEnded)
     }
 }
 
-TEST_F(KQexSceneTest, NothingRefersToWhatHasEndedWhenMemoryIsShort)
+TEST_F(KQexSceneTest, DestroyLeavesNoDanglingReferencesWhenMemoryRunsOut)
 {
     for (unsigned int lSeed = 0; lSeed < 20; ++lSeed)
     {
@@ -204,8 +204,8 @@ TEST_F(KQexSceneTest, NothingRefersToWhatHasEndedWhenMemoryIsShort)
     }
 }
 
-/// Makes, walks, evaluates and ends chains of nodes; the number of checks that held, of 4.
-int LiveAndDieDeep()
+/// Creates, walks, evaluates and destroys deep chains of nodes. Number of checks passed, of 4.
+int CheckDeepTrees()
 {
     constexpr int kDepth = 100000;
     KQexScene*    lScene = KQexScene::Create("deep");
@@ -236,12 +236,12 @@ int LiveAndDieDeep()
     return lResult;
 }
 
-TEST_F(KQexSceneTest, DeepTreesLiveAndDieInASmallStack)
+TEST_F(KQexSceneTest, DeepTreesNeedOnlyASmallStack)
 {
     for (const size_t lSize : qextest::kStackSizes)
     {
         int lResult = 0;
-        qextest::RunInStack(lSize, [&lResult] { lResult = LiveAndDieDeep(); });
+        qextest::RunInStack(lSize, [&lResult] { lResult = CheckDeepTrees(); });
         EXPECT_EQ(lResult, 4) << lSize;
     }
 }

@@ -15,7 +15,7 @@ namespace
 class KQexSceneUndoTest : public KSceneTest
 {
 protected:
-    /// A node with a moving translation in a new take, which becomes current.
+    /// Adds a node with an animated translation in a new take, and makes the take current.
     void AddMotion()
     {
         KQexNode*          lNode = MakeNode("new", mScene->GetRootNode());
@@ -25,7 +25,7 @@ protected:
     }
 };
 
-TEST_F(KQexSceneUndoTest, DestroysWhatIsYoungerAndRestoresTheContext)
+TEST_F(KQexSceneUndoTest, DestroysNewObjectsAndRestoresTheContext)
 {
     KQexAnimStack* lStack = mScene->CreateAnimStack("old take");
     mScene->GetEvaluator()->SetContext(lStack);
@@ -41,7 +41,7 @@ TEST_F(KQexSceneUndoTest, DestroysWhatIsYoungerAndRestoresTheContext)
     EXPECT_EQ(mScene->GetEvaluator()->GetContext(), lStack);
 }
 
-TEST_F(KQexSceneUndoTest, KeepsWhatItIsToldToKeep)
+TEST_F(KQexSceneUndoTest, KeepKeepsNewObjects)
 {
     {
         KQexSceneUndo lUndo(mScene);

@@ -19,7 +19,7 @@ TEST_F(KQexSkeletonTest, KeepsItsType)
     EXPECT_EQ(lSkeleton->GetSkeletonType(), 2);
 }
 
-TEST_F(KQexSkeletonTest, MakesItsNodeABone)
+TEST_F(KQexSkeletonTest, MarksItsNodeAsABone)
 {
     KQexNode*     lNode = MakeNode("n");
     KQexSkeleton* lSkeleton = KQexSkeleton::Create(mScene, "");
@@ -31,7 +31,7 @@ TEST_F(KQexSkeletonTest, MakesItsNodeABone)
     EXPECT_EQ(lNode->GetSrcObject(KQexSkeleton::smClassId, 0), lSkeleton);
 }
 
-TEST_F(KQexSkeletonTest, IsOnOneNodeAtATime)
+TEST_F(KQexSkeletonTest, IsAttachedToOneNodeAtATime)
 {
     KQexNode*     lFirst = MakeNode("1");
     KQexNode*     lSecond = MakeNode("2");
@@ -43,13 +43,13 @@ TEST_F(KQexSkeletonTest, IsOnOneNodeAtATime)
     EXPECT_EQ(lFirst->GetSkeleton(), nullptr);
     EXPECT_EQ(lSecond->GetSkeleton(), lSkeleton);
     EXPECT_EQ(lOther->GetNode(), nullptr);
-    EXPECT_TRUE(lSecond->SetNodeAttribute(lSkeleton)) << "once more changes nothing";
+    EXPECT_TRUE(lSecond->SetNodeAttribute(lSkeleton)) << "attaching again changes nothing";
     EXPECT_EQ(lSkeleton->GetNode(), lSecond);
     EXPECT_TRUE(lSecond->SetNodeAttribute(nullptr));
     EXPECT_EQ(lSkeleton->GetNode(), nullptr);
 }
 
-TEST_F(KQexSkeletonTest, EitherEndMayGoFirst)
+TEST_F(KQexSkeletonTest, NodeOrAttributeMayBeDestroyedFirst)
 {
     KQexNode* lNode = MakeNode("n");
     lNode->SetNodeAttribute(KQexSkeleton::Create(mScene, ""));
@@ -62,7 +62,7 @@ TEST_F(KQexSkeletonTest, EitherEndMayGoFirst)
     EXPECT_EQ(lSkeleton->GetNode(), nullptr);
 }
 
-TEST_F(KQexSkeletonTest, OfAnotherSceneIsRefused)
+TEST_F(KQexSkeletonTest, AnAttributeOfAnotherSceneIsRejected)
 {
     KQexScene* lOther = KQexScene::Create("other");
     KQexNode*  lNode = MakeNode("n");

@@ -19,7 +19,7 @@ TEST(KQexVector4, WIsZeroUnlessGiven)
     EXPECT_EQ(KQexVector4(1.0, 2.0, 3.0, 4.0)[3], 4.0);
 }
 
-TEST(KQexVector4, ComparesAllFourExactly)
+TEST(KQexVector4, ComparesAllFourComponentsExactly)
 {
     const KQexVector4 lV(1.0, 2.0, 3.0, 4.0);
     for (int lI = 0; lI < 4; ++lI)
@@ -41,12 +41,12 @@ TEST(KQexVector4, WorksComponentByComponent)
     EXPECT_EQ(lV, KQexVector4(3.0, 7.0, 13.0, 21.0));
 }
 
-TEST(KQexVector4, LengthIsOfTheFirstThree)
+TEST(KQexVector4, LengthIgnoresW)
 {
     EXPECT_EQ(KQexVector4(2.0, 3.0, 6.0, 100.0).Length(), 7.0);
 }
 
-TEST(KQexVector4, TakesThreeComponentsWithWZero)
+TEST(KQexVector4, ConvertsFromThreeComponentsWithWZero)
 {
     const KQexVector4 lExpected(1.0, 2.0, 3.0, 0.0);
     KQexVector4       lV(9.0, 9.0, 9.0, 9.0);
@@ -56,26 +56,26 @@ TEST(KQexVector4, TakesThreeComponentsWithWZero)
     EXPECT_EQ(lV, lExpected);
     lV = KgeRVector(1.0, 2.0, 3.0);
     EXPECT_EQ(lV, lExpected);
-    const KQexVector4 lMade = KgeTVector(1.0, 2.0, 3.0);
-    EXPECT_EQ(lMade, lExpected);
+    const KQexVector4 lConverted = KgeTVector(1.0, 2.0, 3.0);
+    EXPECT_EQ(lConverted, lExpected);
 }
 
-TEST(KQexVector4, GivesItsFirstThree)
+TEST(KQexVector4, ConvertsToThreeComponents)
 {
     const KQexVector4                lV(1.0, 2.0, 3.0, 4.0);
     const qexVectorTemplate3<double> lThree = lV;
     EXPECT_EQ(lThree, qexVectorTemplate3<double>(1.0, 2.0, 3.0));
 
-    const KgeTVector lMade = lV;
-    EXPECT_EQ(lMade.mData[2], 3.0);
-    EXPECT_EQ(lMade.mData[3], 1.0);
-    const KgeTVector lMadeDirectly(lV);
-    EXPECT_EQ(lMadeDirectly.mData[0], 1.0);
+    const KgeTVector lConverted = lV;
+    EXPECT_EQ(lConverted.mData[2], 3.0);
+    EXPECT_EQ(lConverted.mData[3], 1.0);
+    const KgeTVector lConstructed(lV);
+    EXPECT_EQ(lConstructed.mData[0], 1.0);
     KgeTVector lAssigned;
     lAssigned.mData[3] = 7.0;
     lAssigned = lV;
     EXPECT_EQ(lAssigned.mData[1], 2.0);
-    EXPECT_EQ(lAssigned.mData[3], 7.0) << "assignment keeps the fourth";
+    EXPECT_EQ(lAssigned.mData[3], 7.0) << "assignment keeps the fourth component";
 
     KgeRVector lAngles = lV;
     EXPECT_EQ(lAngles.mData[2], 3.0);

@@ -17,7 +17,7 @@ namespace
 
 using KMatrix = Imath::M44d;
 
-KMatrix Turn(int pAxis, double pDegrees)
+KMatrix RotationAbout(int pAxis, double pDegrees)
 {
     Imath::V3d lAxis(0.0);
     lAxis[pAxis] = 1.0;
@@ -26,26 +26,26 @@ KMatrix Turn(int pAxis, double pDegrees)
     return lMatrix;
 }
 
-/// The axes of \p pAngles one after the other, \p pAxes[0] first. Row vectors: what is applied first stands on the left.
-KMatrix Turns(const KQexVector4& pAngles, const char* pAxes)
+/// Rotations about the axes \p pAxes, the first one applied first. With row vectors that is the leftmost factor.
+KMatrix EulerRotation(const KQexVector4& pAngles, const char* pAxes)
 {
     KMatrix lMatrix;
     for (; *pAxes != '\0'; ++pAxes)
     {
         const int lAxis = *pAxes - 'x';
-        lMatrix = lMatrix * Turn(lAxis, pAngles[lAxis]);
+        lMatrix = lMatrix * RotationAbout(lAxis, pAngles[lAxis]);
     }
     return lMatrix;
 }
 
-KMatrix Move(const KQexVector4& pStep)
+KMatrix Translation(const KQexVector4& pOffset)
 {
     KMatrix lMatrix;
-    lMatrix.setTranslation(Imath::V3d(pStep[0], pStep[1], pStep[2]));
+    lMatrix.setTranslation(Imath::V3d(pOffset[0], pOffset[1], pOffset[2]));
     return lMatrix;
 }
 
-/// Rows of the one are the images of the axes, and so are the items of the other.
+/// The rows of the one and the items of the other are the images of the axes.
 KQexMatrix FromRows(const KMatrix& pMatrix)
 {
     KQexMatrix lMatrix;
@@ -84,12 +84,12 @@ KQexMatrix LocalMatrix(const KQexNode& pNode, const KQexVector4& pTranslation, c
 {
     KMatrix lScale;
     lScale.setScale(Imath::V3d(pScaling[0], pScaling[1], pScaling[2]));
-    KMatrix lRotation = Turns(pRotation, Axes(pNode));
+    KMatrix lRotation = EulerRotation(pRotation, Axes(pNode));
     if (pNode.GetRotationActive())
     {
-        lRotation = Turns(pNode.GetPostRotation(), "xyz").inverse() * lRotation * Turns(pNode.GetPreRotation(), "xyz");
+        lRotation = EulerRotation(pNode.GetPostRotation(), "xyz").inverse() * lRotation * EulerRotation(pNode.GetPreRotation(), "xyz");
     }
-    return FromRows(lScale * lRotation * Move(pNode.GetRotationOffset()) * Move(pTranslation));
+    return FromRows(lScale * lRotation * Translation(pNode.GetRotationOffset()) * Translation(pTranslation));
 }
 
 KQexMatrix LocalMatrix(const KQexNode& pNode)
@@ -129,15 +129,15 @@ void KRandomNode::Set(KQexNode& pNode)
     pNode.SetRotationActive(Below(4) != 0);
 }
 
-KQexVector4 KRandomNode::Vector(double pReach)
+KQexVector4 KRandomNode::Vector(double pMax)
 {
     if (Below(3) == 0)
     {
         return KQexVector4();
     }
-    const double lX = Between(-pReach, pReach);
-    const double lY = Between(-pReach, pReach);
-    return KQexVector4(lX, lY, Between(-pReach, pReach));
+    const double lX = Between(-pMax, pMax);
+    const double lY = Between(-pMax, pMax);
+    return KQexVector4(lX, lY, Between(-pMax, pMax));
 }
 
 } // namespace qextest

@@ -8,21 +8,21 @@
 namespace qextest
 {
 
-/// The local transform by the formula of KQexNode, computed by another math library from the node's local values (not its
-/// curves) and pivots.
+/// The local transform by the formula of KQexNode, computed with Imath from the node's property values (not its curves) and
+/// pivots.
 qexsdk::KQexMatrix LocalMatrix(const qexsdk::KQexNode& pNode);
 
 /// The same for other local values.
 qexsdk::KQexMatrix LocalMatrix(const qexsdk::KQexNode& pNode, const qexsdk::KQexVector4& pTranslation, const qexsdk::KQexVector4& pRotation,
                                const qexsdk::KQexVector4& pScaling);
 
-/// \p pLeft · \p pRight, computed by another math library.
+/// \p pLeft · \p pRight, computed with Imath.
 qexsdk::KQexMatrix Product(const qexsdk::KQexMatrix& pLeft, const qexsdk::KQexMatrix& pRight);
 
 /// Each of the 16 numbers within \p pTolerance, relative to the larger of 1 and the expected one.
 void ExpectNear(const qexsdk::KQexMatrix& pActual, const qexsdk::KQexMatrix& pExpected, double pTolerance);
 
-/// Fills nodes with random values: every pivot, order and local value, some of them left at their defaults.
+/// Sets random values on nodes: pivots, rotation order and local values, some of them left at their defaults.
 class KRandomNode
 {
 public:
@@ -33,8 +33,8 @@ public:
     int    Below(int pCount) { return std::uniform_int_distribution<int>(0, pCount - 1)(mRandom); }
 
 private:
-    /// Zero one time out of three.
-    qexsdk::KQexVector4 Vector(double pReach);
+    /// Components from -\p pMax to \p pMax; all zero in one of three cases.
+    qexsdk::KQexVector4 Vector(double pMax);
 
     std::mt19937 mRandom;
 };

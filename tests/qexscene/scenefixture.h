@@ -11,7 +11,7 @@
 namespace qextest
 {
 
-/// A scene whose memory is watched: what it leaves behind fails the test.
+/// Fixture with a scene. The test fails if the scene leaks memory.
 class KSceneTest : public testing::Test
 {
 protected:

@@ -7,8 +7,8 @@
 namespace qextest
 {
 
-/// Runs \p pCheck, which gives a bool, in a process that has no more rights than any user: root may read and write everything, so
-/// that tests of permissions would see nothing. \return what it gave; false when no such process could be made.
+/// Runs \p pCheck, which returns a bool, in a child process without root privileges: root may read and write everything, which would
+/// defeat tests of permissions. \return its result; false when the process could not be created.
 template <typename TCheck>
 bool AsNobody(TCheck pCheck)
 {

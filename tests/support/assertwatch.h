@@ -12,17 +12,17 @@
 namespace qextest
 {
 
-/// One report, as KAssertFailed handed it to the handler.
+/// One report, as KAssertFailed passed it to the handler.
 struct KAssertReport
 {
     std::string   mFile;
     std::string   mFunction;
     unsigned long mLine = 0;
     std::string   mText;
-    bool          mHasFlag = false; ///< Whether the site has a flag, so that it reports once in a process.
+    bool          mHasFlag = false; ///< Whether the site has a flag, so that it reports only once per process.
 };
 
-/// Collects the reports made while it lives. One at a time.
+/// Collects the reports made during its lifetime. One instance at a time.
 class KAssertWatch
 {
 public:

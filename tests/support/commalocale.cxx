@@ -32,7 +32,7 @@ KCommaLocale::KCommaLocale()
     }
     WriteFile(mFolder / "source", kSource);
     const std::string lFolder = mFolder.Path().string();
-    // It warns, and its status is that of the warnings, as the source leaves all but the numbers out.
+    // The source defines LC_NUMERIC only, so localedef warns and its exit status is not 0.
     const std::string lCommand = "localedef -c -i '" + lFolder + "/source' '" + lFolder + "/qex_COMMA' >/dev/null 2>&1";
     if (std::system(lCommand.c_str()) < 0)
     {

@@ -6,8 +6,8 @@
 namespace qextest
 {
 
-/// Gives the process a locale with a decimal comma and grouped thousands while it lives: one that is installed, or else one
-/// made by localedef for the occasion.
+/// Sets a process locale with a decimal comma and grouped thousands during its lifetime: an installed one, or else one compiled with
+/// localedef.
 class KCommaLocale
 {
 public:
@@ -16,7 +16,7 @@ public:
     KCommaLocale(const KCommaLocale&) = delete;
     KCommaLocale& operator=(const KCommaLocale&) = delete;
 
-    /// Whether printf writes a comma now. False where there is neither such a locale nor localedef.
+    /// Whether printf writes a comma now. False when neither such a locale nor localedef is available.
     bool IsActive() const;
 
 private:
@@ -25,7 +25,7 @@ private:
 
 } // namespace qextest
 
-/// Declares a locale with a decimal comma for the rest of the block; the test fails where there is none.
+/// Sets a locale with a decimal comma for the rest of the block; the test fails when there is none.
 #define QEX_WITH_COMMA_LOCALE()                                                                                                            \
     const ::qextest::KCommaLocale lCommaLocale;                                                                                            \
     ASSERT_TRUE(lCommaLocale.IsActive()) << "no locale with a decimal comma, and no localedef with charmaps to make one (package locales)"

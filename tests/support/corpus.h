@@ -7,21 +7,21 @@
 #include <vector>
 
 /// \file
-/// The real motions, and where another program says their bones are.
+/// The real motions, and the world positions of their bones computed by another program.
 
 namespace qextest
 {
 
-/// A motion with the skeleton beside it whose name begins its own.
+/// A motion with the skeleton in its folder whose name starts the motion's name.
 struct KCorpusPair
 {
     std::string           mName; ///< Of the motion, without extension.
     std::filesystem::path mAsf;
     std::filesystem::path mAmc;
-    std::filesystem::path mOracle; ///< Its file with world positions.
+    std::filesystem::path mOracle; ///< File with its world positions.
 };
 
-/// All pairs below CorpusDir(), which is not empty.
+/// All pairs below CorpusDir(), which must not be empty.
 std::vector<KCorpusPair> CorpusPairs();
 
 struct KPoint
@@ -33,19 +33,19 @@ struct KPoint
 
 double Distance(const KPoint& pLeft, const KPoint& pRight);
 
-/// Places of joints by name.
+/// Joint positions by name.
 using KPlaces = std::map<std::string, KPoint>;
 
 /// One frame of a file with world positions.
 struct KWorldFrame
 {
-    long long mNumber; ///< As the motion's file numbers it.
+    long long mNumber; ///< As in the motion file.
     double    mHeight; ///< Of the figure.
-    KPlaces   mStarts; ///< Of bones by name.
+    KPlaces   mStarts; ///< Start of each bone, by name.
     KPlaces   mEnds;
 };
 
-/// The frames of \p pOracle, all lengths times \p pFactor.
+/// The frames of \p pOracle, with all lengths multiplied by \p pFactor.
 std::vector<KWorldFrame> ReadWorld(const std::filesystem::path& pOracle, double pFactor);
 
 } // namespace qextest

@@ -12,7 +12,7 @@ using qexsdk::KFileCalls;
 namespace
 {
 
-/// The table holds plain functions, so what they share stands here.
+/// State of the functions below: the table holds plain function pointers.
 KFileCalls         sSystem;
 int                sCounts[KFileFaults::eCALLS];
 KFileFaults::ECall sCall = KFileFaults::eCALLS;
@@ -20,7 +20,7 @@ int                sNumber = 0;
 int                sError = 0;
 bool               sOnwards = false;
 
-/// Counts a call. 0: it goes on; else an errno (already set) or kShort.
+/// Counts a call. \return 0 to let it proceed; else an errno (already set) or kShort
 int Count(KFileFaults::ECall pCall)
 {
     const int lCount = ++sCounts[pCall];
@@ -62,7 +62,7 @@ ssize_t Write(int pFile, const void* pData, size_t pSize)
 
 int Close(int pFile)
 {
-    // A close that reports an error has closed the file.
+    // close() closes the file even when it reports an error.
     const int lResult = sSystem.mClose(pFile);
     return Count(KFileFaults::eCLOSE) == 0 ? lResult : -1;
 }

@@ -6,7 +6,7 @@
 namespace qextest
 {
 
-/// Counts the file calls of the library while it lives, and lets one of them go wrong. One object at a time.
+/// Counts the library's file calls during its lifetime and makes one of them fail. One instance at a time.
 class KFileFaults
 {
 public:
@@ -27,7 +27,7 @@ public:
         eCALLS
     };
 
-    /// Not an errno: read and write take a single byte, and go on well.
+    /// Not an errno: read and write transfer a single byte and succeed.
     static constexpr int kShort = -1;
 
     KFileFaults();
@@ -35,8 +35,8 @@ public:
     KFileFaults(const KFileFaults&) = delete;
     KFileFaults& operator=(const KFileFaults&) = delete;
 
-    /// The call of \p pCall with number \p pNumber (from 1, counted from now) fails with \p pError, an errno or kShort; with
-    /// \p pOnwards so do all behind it.
+    /// Makes call number \p pNumber of kind \p pCall (from 1, counted from now) fail with \p pError, an errno or kShort; with
+    /// \p pOnwards also all later ones.
     void Fail(ECall pCall, int pNumber, int pError, bool pOnwards = false);
 
     /// Calls of \p pCall since construction or the last Fail().

@@ -10,8 +10,8 @@
 namespace qexsdk
 {
 
-/// Counts what the library's allocator hands out while it lives, and makes allocations fail on demand. Blocks from before may
-/// be given back meanwhile; blocks of its time should be gone before it ends (GetBlocks tells).
+/// Counts the library's allocations during its lifetime and makes them fail on demand. Blocks allocated earlier may be freed meanwhile;
+/// blocks allocated meanwhile should be freed before it ends (see GetBlocks).
 class KMemoryWatch
 {
 public:
@@ -20,16 +20,16 @@ public:
     KMemoryWatch(const KMemoryWatch&) = delete;
     KMemoryWatch& operator=(const KMemoryWatch&) = delete;
 
-    /// Lets \p pCount more allocations succeed and fails all after them; negative: none fails.
+    /// Lets \p pCount more allocations succeed and fails all later ones; negative: none fails.
     void FailAfter(long pCount);
 
-    long        GetCalls() const { return mCalls; }          ///< Allocations asked for so far, failed ones included.
-    std::size_t GetBlocks() const { return mBlocks.size(); } ///< Blocks handed out and not given back.
-    std::size_t GetBytes() const { return mBytes; }          ///< Their sizes' sum.
-    std::size_t GetPeakBytes() const { return mPeakBytes; }  ///< The largest it has been.
-    std::size_t GetLargest() const { return mLargest; }      ///< The largest block ever asked for.
-    std::size_t GetLastSize() const { return mLastSize; }    ///< What was asked for last, 0 before.
-    const char* GetLastBlock() const { return mLastBlock; }  ///< The block handed out last, null before.
+    long        GetCalls() const { return mCalls; }          ///< Allocations requested so far, including failed ones.
+    std::size_t GetBlocks() const { return mBlocks.size(); } ///< Blocks allocated and not freed.
+    std::size_t GetBytes() const { return mBytes; }          ///< Their total size.
+    std::size_t GetPeakBytes() const { return mPeakBytes; }  ///< Maximum of GetBytes().
+    std::size_t GetLargest() const { return mLargest; }      ///< Size of the largest block requested.
+    std::size_t GetLastSize() const { return mLastSize; }    ///< Size requested last; 0 before.
+    const char* GetLastBlock() const { return mLastBlock; }  ///< Block allocated last; null before.
 
 private:
     bool Admit(std::size_t pSize);

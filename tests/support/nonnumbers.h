@@ -4,7 +4,7 @@
 #include <limits>
 
 /// \file
-/// The values that arithmetic must carry and files must not.
+/// Non-finite values: arithmetic must propagate them, files must not hold them.
 
 namespace qextest
 {

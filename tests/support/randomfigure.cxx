@@ -22,7 +22,8 @@ std::string Number(double pValue)
     return lText;
 }
 
-/// The parts in a row. They are made in this order, which those of a sum need not be: so chance falls alike with every compiler.
+/// Concatenates the parts. Unlike the operands of +, they are evaluated in order, so that the random numbers are the same with every
+/// compiler.
 std::string Join(std::initializer_list<std::string> pParts)
 {
     std::string lText;
@@ -33,13 +34,13 @@ std::string Join(std::initializer_list<std::string> pParts)
     return lText;
 }
 
-/// A bone's name and its DOF words with the swing of each.
-struct KMoving
+/// A bone's name, and its DOF words with their oscillations.
+struct KMovingBone
 {
     struct KSwing
     {
         std::string mWord;
-        double      mSize = 0.0;
+        double      mAmplitude = 0.0;
         double      mSpeed = 0.0;
         double      mPhase = 0.0;
     };
@@ -72,7 +73,7 @@ public:
 
 private:
     double Between(double pFrom, double pTo) { return std::uniform_real_distribution<double>(pFrom, pTo)(mRandom); }
-    bool   Chance(double pPart) { return Between(0.0, 1.0) < pPart; }
+    bool   Chance(double pProbability) { return Between(0.0, 1.0) < pProbability; }
     size_t Below(size_t pCount) { return std::uniform_int_distribution<size_t>(0, pCount - 1)(mRandom); }
 
     std::string Vector(double pSize)
@@ -82,7 +83,7 @@ private:
         return lX + " " + lY + " " + Number(Between(-pSize, pSize));
     }
 
-    std::vector<std::string> Some(std::vector<std::string> pWords, size_t pCount)
+    std::vector<std::string> RandomSubset(std::vector<std::string> pWords, size_t pCount)
     {
         std::shuffle(pWords.begin(), pWords.end(), mRandom);
         pWords.resize(pCount);
@@ -95,15 +96,16 @@ private:
         return lWords[Below(6)];
     }
 
-    /// Remembers how the words of \p pName swing; gives them back in a row.
-    std::string Swing(const std::string& pName, const std::vector<std::string>& pWords, double pShift)
+    /// Adds an oscillation for each of the words of \p pName; returns the words as one row.
+    std::string AddSwings(const std::string& pName, const std::vector<std::string>& pWords, double pMaxTranslation)
     {
-        KMoving     lMoving{pName, {}};
+        KMovingBone lMoving{pName, {}};
         std::string lRow;
         for (const std::string& lWord : pWords)
         {
-            const bool lIsShift = lWord[0] == 't' || lWord[0] == 'T';
-            lMoving.mSwings.push_back({lWord, Between(0.0, lIsShift ? pShift : 100.0 * mAngle), Between(0.1, 0.6), Between(0.0, 6.0)});
+            const bool lIsTranslation = lWord[0] == 't' || lWord[0] == 'T';
+            lMoving.mSwings.push_back(
+                {lWord, Between(0.0, lIsTranslation ? pMaxTranslation : 100.0 * mAngle), Between(0.1, 0.6), Between(0.0, 6.0)});
             lRow += " " + lWord;
         }
         mMoving.push_back(lMoving);
@@ -114,41 +116,41 @@ private:
     {
         const char* lUnits[] = {"0.45", "1", "2.54", "0.1"};
         pFigure.mIsRootTurned = Chance(0.5);
-        pFigure.mAsf =
-            Join({":version 1.10\n:name figure\n:units\n  mass 1.0\n  length ", lUnits[Below(4)], "\n  angle ", mIsRadians ? "rad" : "deg",
-                  "\n:documentation\n  random\n:root\n  order", Swing("root", Some({"TX", "TY", "TZ", "RX", "RY", "RZ"}, 6), 20.0),
-                  "\n  axis ", AxisWord(), "\n  position ", Chance(0.5) ? Vector(5.0) : "0 0 0", "\n  orientation ",
-                  pFigure.mIsRootTurned ? Vector(90.0 * mAngle) : "0 0 0", "\n:bonedata\n"});
+        pFigure.mAsf = Join({":version 1.10\n:name figure\n:units\n  mass 1.0\n  length ", lUnits[Below(4)], "\n  angle ",
+                             mIsRadians ? "rad" : "deg", "\n:documentation\n  random\n:root\n  order",
+                             AddSwings("root", RandomSubset({"TX", "TY", "TZ", "RX", "RY", "RZ"}, 6), 20.0), "\n  axis ", AxisWord(),
+                             "\n  position ", Chance(0.5) ? Vector(5.0) : "0 0 0", "\n  orientation ",
+                             pFigure.mIsRootTurned ? Vector(90.0 * mAngle) : "0 0 0", "\n:bonedata\n"});
     }
 
     void MakeLimits(KRandomFigure& pFigure, const std::vector<std::string>& pWords)
     {
-        std::string lBefore = "    limits (";
+        std::string lPrefix = "    limits (";
         for (const std::string& lWord : pWords)
         {
             const double lUnit = lWord[0] == 'r' ? mAngle : 1.0;
-            pFigure.mAsf += Join({lBefore, Chance(0.3) ? "-inf" : Number(-Between(10.0, 180.0) * lUnit), " ",
+            pFigure.mAsf += Join({lPrefix, Chance(0.3) ? "-inf" : Number(-Between(10.0, 180.0) * lUnit), " ",
                                   Chance(0.3) ? "inf" : Number(Between(10.0, 180.0) * lUnit), ")\n"});
-            lBefore = "      (";
+            lPrefix = "      (";
         }
     }
 
     void MakeBone(KRandomFigure& pFigure, int pIndex)
     {
         const std::string        lName = "b" + std::to_string(pIndex);
-        const size_t             lTurns[] = {0, 1, 2, 3, 3, 3};
-        std::vector<std::string> lWords = Some({"rx", "ry", "rz"}, lTurns[Below(6)]);
+        const size_t             lRotationCounts[] = {0, 1, 2, 3, 3, 3};
+        std::vector<std::string> lWords = RandomSubset({"rx", "ry", "rz"}, lRotationCounts[Below(6)]);
         if (Chance(0.15))
         {
-            const std::vector<std::string> lShifts = Some({"tx", "ty", "tz"}, 1 + Below(3));
-            lWords.insert(Chance(0.5) ? lWords.begin() : lWords.end(), lShifts.begin(), lShifts.end());
+            const std::vector<std::string> lTranslations = RandomSubset({"tx", "ty", "tz"}, 1 + Below(3));
+            lWords.insert(Chance(0.5) ? lWords.begin() : lWords.end(), lTranslations.begin(), lTranslations.end());
         }
         pFigure.mAsf +=
             Join({"  begin\n    id ", std::to_string(pIndex + 1), "\n    name ", lName, "\n    direction ", Vector(1.0), "\n    length ",
                   Number(Between(0.2, 8.0)), "\n    axis ", Chance(0.7) ? Vector(180.0 * mAngle) : "0 0 0", " ", AxisWord(), "\n"});
         if (!lWords.empty())
         {
-            pFigure.mAsf += "    dof" + Swing(lName, lWords, 1.0) + "\n";
+            pFigure.mAsf += "    dof" + AddSwings(lName, lWords, 1.0) + "\n";
             if (Chance(0.7))
             {
                 MakeLimits(pFigure, lWords);
@@ -160,11 +162,11 @@ private:
     void MakeTree(KRandomFigure& pFigure, int pBones)
     {
         std::vector<std::string> lFamilies(static_cast<size_t>(pBones) + 1);
-        const double             lFan = Between(0.0, 0.3);
+        const double             lRootChance = Between(0.0, 0.3);
         for (int i = 0; i < pBones; ++i)
         {
             const size_t lBone = static_cast<size_t>(i);
-            const size_t lParent = i == 0 || Chance(lFan) ? 0 : Chance(0.6) ? lBone : 1 + Below(lBone);
+            const size_t lParent = i == 0 || Chance(lRootChance) ? 0 : Chance(0.6) ? lBone : 1 + Below(lBone);
             lFamilies[lParent] += " b" + std::to_string(i);
         }
         pFigure.mAsf += ":hierarchy\n  begin\n";
@@ -184,22 +186,22 @@ private:
         for (int lFrame = 0; lFrame < pFrames; ++lFrame)
         {
             pFigure.mAmc += std::to_string(lFrame + 1) + "\n";
-            for (const KMoving& lMoving : mMoving)
+            for (const KMovingBone& lMoving : mMoving)
             {
                 pFigure.mAmc += lMoving.mName;
-                for (const KMoving::KSwing& lSwing : lMoving.mSwings)
+                for (const KMovingBone::KSwing& lSwing : lMoving.mSwings)
                 {
-                    pFigure.mAmc += " " + Number(lSwing.mSize * std::sin(lSwing.mPhase + lSwing.mSpeed * lFrame));
+                    pFigure.mAmc += " " + Number(lSwing.mAmplitude * std::sin(lSwing.mPhase + lSwing.mSpeed * lFrame));
                 }
                 pFigure.mAmc += "\n";
             }
         }
     }
 
-    std::mt19937         mRandom;
-    bool                 mIsRadians = false;
-    double               mAngle = 1.0; ///< A degree in the file's unit.
-    std::vector<KMoving> mMoving;
+    std::mt19937             mRandom;
+    bool                     mIsRadians = false;
+    double                   mAngle = 1.0; ///< One degree in the file's unit.
+    std::vector<KMovingBone> mMoving;
 };
 
 } // namespace

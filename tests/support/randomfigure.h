@@ -14,12 +14,12 @@ struct KRandomFigure
 {
     std::string mAsf;
     std::string mAmc;
-    bool        mIsRootTurned = false; ///< The root's orientation at rest is not zero.
+    bool        mIsRootTurned = false; ///< The root's rest orientation is not zero.
 };
 
-/// The figure of \p pSeed, always the same: \p pBones bones "b0", "b1", … in a random tree, of chance length, direction, axis, axis word
-/// and degrees of freedom (none to six, in any order, translations among them), some with limits, in one of several length units, in
-/// degrees or radians; the root's words in any order. The motion swings every degree of freedom for \p pFrames frames.
+/// The figure of \p pSeed, always the same: \p pBones bones "b0", "b1", … in a random tree, with random length, direction, axis, axis
+/// word and degrees of freedom (none to six, in any order, including translations), some with limits, in one of several length units,
+/// in degrees or radians; the root's words are in random order. In the motion every degree of freedom oscillates for \p pFrames frames.
 KRandomFigure MakeRandomFigure(unsigned int pSeed, int pBones, int pFrames);
 
 } // namespace qextest

@@ -9,12 +9,12 @@
 #include <vector>
 
 /// \file
-/// Scenes for properties over random input.
+/// Random scenes for property tests.
 
 namespace qextest
 {
 
-/// Ends a scene with its owner.
+/// Deleter for scenes.
 struct KSceneDestroyer
 {
     void operator()(qexsdk::KQexScene* pScene) const { pScene->Destroy(); }
@@ -26,7 +26,7 @@ inline KScenePtr MakeScene()
     return KScenePtr(qexsdk::KQexScene::Create("scene"));
 }
 
-/// What a random tree of nodes has.
+/// Options of a random tree of nodes.
 struct KRandomTree
 {
     int  mNodes = 10;
@@ -36,7 +36,7 @@ struct KRandomTree
     bool mPivots = true;       ///< Rotation offsets, pre- and post-rotations, every rotation order.
 };
 
-/// A random number of an interval.
+/// A uniformly distributed number in an interval.
 inline double Between(std::mt19937& pRandom, double pFrom, double pTo)
 {
     return std::uniform_real_distribution<double>(pFrom, pTo)(pRandom);
@@ -49,13 +49,13 @@ inline qexsdk::KQexVector4 RandomVector(std::mt19937& pRandom, double pSize)
     return {lX, lY, Between(pRandom, -pSize, pSize)};
 }
 
-/// Time of a frame at 120 frames a second.
+/// Time of a frame at 120 frames per second.
 inline qexsdk::KTime FrameTime(long long pFrame)
 {
     return qexsdk::KTime(pFrame * 5880000);
 }
 
-/// Puts a smooth random motion around the property's value on its three channels.
+/// Animates the property's three channels with a smooth random motion around its value.
 inline void AnimateProperty(std::mt19937& pRandom, qexsdk::KQexNode* pNode, qexsdk::KQexProperty pProperty, const char* pTake, double pSize,
                             int pFrames)
 {
@@ -74,12 +74,12 @@ inline void AnimateProperty(std::mt19937& pRandom, qexsdk::KQexNode* pNode, qexs
     }
 }
 
-/// A random tree under the scene's root node with motion in the take "take"; its top node.
-inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene* pScene, const KRandomTree& pWhat)
+/// A random tree under the scene's root node, animated in the take "take". \return its top node
+inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene* pScene, const KRandomTree& pOptions)
 {
     using namespace qexsdk;
     std::vector<KQexNode*> lNodes;
-    for (int i = 0; i < pWhat.mNodes; ++i)
+    for (int i = 0; i < pOptions.mNodes; ++i)
     {
         KQexNode* lNode = KQexNode::Create(pScene, ("node" + std::to_string(i)).c_str());
         lNode->SetNodeAttribute(KQexSkeleton::Create(pScene, ""));
@@ -92,29 +92,29 @@ inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene
         const KQexVector4 lR = RandomVector(pRandom, 180.0);
         lNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lT[0], lT[1], lT[2]));
         lNode->mLocalRotation.Set(qexVectorTemplate3<double>(lR[0], lR[1], lR[2]));
-        if (pWhat.mPivots)
+        if (pOptions.mPivots)
         {
             lNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(i % 6));
             lNode->SetRotationOffset(kPivotSet0, RandomVector(pRandom, 5.0));
             lNode->SetPreRotation(kPivotSet0, RandomVector(pRandom, 180.0));
             lNode->SetPostRotation(kPivotSet0, RandomVector(pRandom, 180.0));
         }
-        if (pWhat.mScaling)
+        if (pOptions.mScaling)
         {
             lNode->mLocalScaling.Set(
                 qexVectorTemplate3<double>(Between(pRandom, 0.5, 2.0), Between(pRandom, 0.5, 2.0), Between(pRandom, 0.5, 2.0)));
         }
         if (i % 4 != 3)
         {
-            AnimateProperty(pRandom, lNode, lNode->mLocalRotation, "take", 60.0, pWhat.mFrames);
+            AnimateProperty(pRandom, lNode, lNode->mLocalRotation, "take", 60.0, pOptions.mFrames);
         }
-        if (i == 0 || (pWhat.mTranslations && i % 3 == 1))
+        if (i == 0 || (pOptions.mTranslations && i % 3 == 1))
         {
-            AnimateProperty(pRandom, lNode, lNode->mLocalTranslation, "take", 10.0, pWhat.mFrames);
+            AnimateProperty(pRandom, lNode, lNode->mLocalTranslation, "take", 10.0, pOptions.mFrames);
         }
-        if (pWhat.mScaling && i % 5 == 2)
+        if (pOptions.mScaling && i % 5 == 2)
         {
-            AnimateProperty(pRandom, lNode, lNode->mLocalScaling, "take", 0.3, pWhat.mFrames);
+            AnimateProperty(pRandom, lNode, lNode->mLocalScaling, "take", 0.3, pOptions.mFrames);
         }
     }
     return lNodes.front();

@@ -15,7 +15,7 @@ namespace qextest
 namespace
 {
 
-/// The child's side: between fork and exec only calls that are safe in a program with threads.
+/// Runs in the child: between fork and exec, only calls that are safe in a multithreaded program.
 [[noreturn]] void RunChild(char* const* pArguments, char* const* pEnvironment, const char* pFolder, const int* pStreams)
 {
     if (*pFolder != '\0' && chdir(pFolder) != 0)
@@ -66,7 +66,7 @@ std::vector<char*> Pointers(std::vector<std::string>& pTexts)
 
 KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOptions& pOptions)
 {
-    // Files instead of pipes: whatever the sizes, neither side can wait for the other.
+    // Files instead of pipes: neither side can block the other, whatever the sizes.
     KTempDir          lTemp;
     const std::string lOutPath = lTemp / "out";
     const std::string lErrPath = lTemp / "err";
@@ -97,7 +97,7 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
 
     if (pOptions.mFeed)
     {
-        // A program that has seen enough closes its end.
+        // A program that stops reading early closes its end.
         const auto lBefore = std::signal(SIGPIPE, SIG_IGN);
         pOptions.mFeed(lPipe[1]);
         close(lPipe[1]);

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// \file
-/// Running another program, the command line first of all, and looking at all that comes out of it.
+/// Running another program, mostly the command line, and capturing all of its output.
 
 namespace qextest
 {
@@ -19,19 +19,19 @@ struct KRunResult
     int         mSignal = 0; ///< The signal that ended it, 0 for none.
     std::string mOut;        ///< All of its standard output.
     std::string mErr;        ///< All of its standard error.
-    long        mPeak = 0;   ///< The most memory it held, in KiB; at least what this program held when it started the other.
+    long        mPeak = 0;   ///< Peak memory in KiB; at least that of this program when it started the other.
 };
 
 /// How to run a program.
 struct KRunOptions
 {
     std::string                        mInput;       ///< Its standard input.
-    std::function<void(int)>           mFeed;        ///< Not empty: writes its standard input into this pipe.
-    std::string                        mFolder;      ///< The folder to run it in; empty: this one's.
+    std::function<void(int)>           mFeed;        ///< When set: writes standard input into this pipe, instead of mInput.
+    std::string                        mFolder;      ///< The folder to run it in; empty: the current one.
     std::map<std::string, std::string> mEnvironment; ///< Variables to set on top of this program's own.
 };
 
-/// Runs \p pArguments[0] with the other arguments, without a shell, and waits for its end.
+/// Runs \p pArguments[0] with the other arguments, without a shell, and waits until it exits.
 KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOptions& pOptions = {});
 
 } // namespace qextest

@@ -8,15 +8,15 @@
 #include <pthread.h>
 
 /// \file
-/// Running code in a thread with a stack of a given size, which code that recurses over a deep tree does not survive.
+/// Running code in a thread with a stack of a given size, which recursion over a deep tree would overflow.
 
 namespace qextest
 {
 
-/// The stacks that deep trees have to stand in: a main thread's, and a small worker's.
+/// Stack sizes that must suffice for deep trees: a main thread's, and a small worker's.
 constexpr std::size_t kStackSizes[] = {std::size_t(8) << 20, std::size_t(256) << 10};
 
-/// Runs \p pBody to its end in a thread of its own with a stack of \p pBytes bytes.
+/// Runs \p pBody to completion in a separate thread with a stack of \p pBytes bytes.
 inline void RunInStack(std::size_t pBytes, std::function<void()> pBody)
 {
     pthread_attr_t lAttributes;

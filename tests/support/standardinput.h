@@ -12,11 +12,11 @@
 namespace qextest
 {
 
-/// Lets standard input be a pipe that gives \p pText, while it lives.
+/// Redirects standard input to a pipe that delivers \p pText, during its lifetime.
 class KStandardInput
 {
 public:
-    /// \param pLate the pipe is non-blocking, and what it gives comes in two parts that keep the reader waiting.
+    /// \param pLate the pipe is non-blocking and delivers its text late, in two parts.
     explicit KStandardInput(const std::string& pText, bool pLate = false) : mKept(::dup(STDIN_FILENO))
     {
         int lEnds[2];

@@ -59,7 +59,7 @@ void WriteFile(const fs::path& pPath, const std::string& pText)
 
 KTempDir::KTempDir()
 {
-    // Several test programs run at once: the process and a count make the name unique.
+    // Several test programs run at once: process id and counter make the name unique.
     static std::atomic<int> sCount{0};
     std::string             lName = "qex-test-" + std::to_string(getpid()) + "-" + std::to_string(sCount++);
     mPath = fs::temp_directory_path() / lName;

@@ -12,7 +12,7 @@
 namespace qextest
 {
 
-/// The folder that environment variable \p pVariable names; empty when it is unset or no folder.
+/// The folder named by the environment variable \p pVariable; empty when it is unset or not a folder.
 std::filesystem::path FolderFromEnvironment(const char* pVariable);
 
 /// Real files (ASF_CORPUS_DIR); empty when there are none.
@@ -21,19 +21,19 @@ std::filesystem::path CorpusDir();
 /// World positions of the real files, computed by another program (ASF_ORACLE_DIR); empty when there are none.
 std::filesystem::path OracleDir();
 
-/// Cases with the results of another program (ASF_VECTORS_DIR); empty when there are none.
+/// Test cases with results computed by another program (ASF_VECTORS_DIR); empty when there are none.
 std::filesystem::path VectorsDir();
 
-/// The samples of the repository.
+/// The repository's samples.
 std::filesystem::path SamplesDir();
 
-/// The whole of a file, byte by byte. A file that cannot be read fails the test and gives "".
+/// Contents of a file. If it cannot be read, the test fails and the result is "".
 std::string ReadFile(const std::filesystem::path& pPath);
 
-/// Makes or replaces a file. A file that cannot be written fails the test.
+/// Creates or replaces a file. If it cannot be written, the test fails.
 void WriteFile(const std::filesystem::path& pPath, const std::string& pText);
 
-/// A new, empty folder, removed with all that is in it when the object goes.
+/// A new, empty folder, removed with its contents on destruction.
 class KTempDir
 {
 public:
@@ -53,10 +53,10 @@ private:
 
 } // namespace qextest
 
-/// Skips the test, saying which variable is missing, when \p pFolder (of CorpusDir, OracleDir or VectorsDir) is empty.
+/// Skips the test, naming the missing variable, when \p pFolder (of CorpusDir, OracleDir or VectorsDir) is empty.
 #define QEX_SKIP_WITHOUT(pFolder, pVariable)                                                                                               \
     if ((pFolder).empty())                                                                                                                 \
-    GTEST_SKIP() << pVariable << " names no folder"
+    GTEST_SKIP() << pVariable << " is unset or not a folder"
 
 #define QEX_SKIP_WITHOUT_CORPUS() QEX_SKIP_WITHOUT(::qextest::CorpusDir(), "ASF_CORPUS_DIR")
 #define QEX_SKIP_WITHOUT_ORACLE() QEX_SKIP_WITHOUT(::qextest::OracleDir(), "ASF_ORACLE_DIR")

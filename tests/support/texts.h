@@ -12,12 +12,12 @@ namespace qextest
 /// \p pText with the first \p pFrom replaced by \p pTo; fails the test when there is none.
 inline std::string Replaced(std::string pText, const std::string& pFrom, const std::string& pTo)
 {
-    const std::size_t lPlace = pText.find(pFrom);
-    EXPECT_NE(lPlace, std::string::npos) << pFrom;
-    return lPlace == std::string::npos ? pText : pText.replace(lPlace, pFrom.size(), pTo);
+    const std::size_t lAt = pText.find(pFrom);
+    EXPECT_NE(lAt, std::string::npos) << pFrom;
+    return lAt == std::string::npos ? pText : pText.replace(lAt, pFrom.size(), pTo);
 }
 
-/// \p pText with every \p pFrom replaced by \p pTo, and as it is when there is none.
+/// \p pText with every \p pFrom replaced by \p pTo; unchanged when there is none.
 inline std::string ReplacedAll(std::string pText, const std::string& pFrom, const std::string& pTo)
 {
     for (std::size_t lAt = 0; (lAt = pText.find(pFrom, lAt)) != std::string::npos; lAt += pTo.size())
@@ -27,7 +27,7 @@ inline std::string ReplacedAll(std::string pText, const std::string& pFrom, cons
     return pText;
 }
 
-/// Lines of numbers, longer than any buffer that files are read or written through.
+/// Lines of numbers, longer than any buffer used to read or write files.
 inline std::string LongText()
 {
     std::string lText;

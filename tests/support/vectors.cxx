@@ -17,7 +17,7 @@ std::vector<KJson> ReadJsonLines(const std::filesystem::path& pPath)
         KJson lLine = KJson::parse(lText, nullptr, false);
         if (lLine.is_discarded())
         {
-            ADD_FAILURE() << pPath << ":" << lLines.size() + 1 << ": no JSON";
+            ADD_FAILURE() << pPath << ":" << lLines.size() + 1 << ": invalid JSON";
             break;
         }
         lLines.push_back(std::move(lLine));

@@ -10,19 +10,18 @@
 #include <vector>
 
 /// \file
-/// Cases with the results of another program: reading their JSON lines and comparing with them.
+/// Test cases with results computed by another program: reading their JSON lines and comparing with them.
 
 namespace qextest
 {
 
 using KJson = nlohmann::json;
 
-/// Every line of a file, one JSON value a line. A file that cannot be read, or a line that is no JSON, fails the test and ends the
-/// list there.
+/// All lines of a file, one JSON value each. If the file cannot be read or a line is not JSON, the test fails and the list ends there.
 std::vector<KJson> ReadJsonLines(const std::filesystem::path& pPath);
 
 /// Whether two numbers agree within \p pTolerance, absolute or relative to the expected one. Equal infinities agree, and so do two
-/// that are not numbers.
+/// NaNs.
 bool IsNear(double pActual, double pExpected, double pTolerance);
 
 /// Whether \p pActual agrees with \p pExpected, number for number, as IsNear; the message names the first index that does not.
@@ -31,14 +30,13 @@ testing::AssertionResult AreNear(const double* pActual, size_t pCount, const KJs
 /// As above.
 testing::AssertionResult AreNear(const std::vector<double>& pActual, const KJson& pExpected, double pTolerance);
 
-/// The numbers of an array, of arrays in any depth, in order; the texts "inf" and "-inf" are numbers, what else is none gives a quiet
-/// NaN.
+/// The numbers in arrays of any depth, in order; the strings "inf" and "-inf" are numbers, anything else that is not one gives NaN.
 std::vector<double> Numbers(const KJson& pArray);
 
-/// The text of a JSON string whose code points U+0080 to U+00FF stand for the bytes of the same value.
+/// The bytes of a JSON string whose code points U+0080 to U+00FF represent the bytes of the same value.
 std::string Bytes(const KJson& pText);
 
-/// The same for text that is already out of the JSON value.
+/// The same for text already extracted from the JSON value.
 std::string Bytes(const std::string& pText);
 
 } // namespace qextest

@@ -14,8 +14,8 @@
 #include <functional>
 #include <thread>
 
-// What may run at the same time, at the same time: ./dev tsan runs these under ThreadSanitizer, which watches the memory; the
-// expectations here watch the results.
+// Runs concurrently what may run concurrently. ./dev tsan runs these under ThreadSanitizer, which checks the memory accesses; the
+// expectations here check the results.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -23,7 +23,7 @@ using namespace qextest;
 namespace
 {
 
-/// Runs \p pWork(0) to \p pWork(pCount - 1) on threads of their own, let go at once.
+/// Runs \p pWork(0) to \p pWork(pCount - 1) on one thread each, all started at once.
 void RunAtOnce(int pCount, const std::function<void(int)>& pWork)
 {
     std::atomic<int>         lWaiting{pCount};
@@ -78,8 +78,8 @@ struct KWalk
     KQexAnimStack*          mStack = nullptr;
 };
 
-/// Everything that can be made of a walk: its places in some frames, and the files of all formats, with \p pThreads threads each.
-std::string Products(const KWalk& pWalk, int pThreads)
+/// The node positions of a walk in some frames, and the files of all formats, written with \p pThreads threads each.
+std::string AllOutputs(const KWalk& pWalk, int pThreads)
 {
     const std::vector<KQexNode*> lRoots = {pWalk.mResult.mRootNode};
     std::string                  lAll;
@@ -118,24 +118,24 @@ std::string Products(const KWalk& pWalk, int pThreads)
     return lAll + lText + lAmc;
 }
 
-TEST(Threads, ScenesAreEvaluatedAndWrittenAtOnce)
+TEST(Threads, ScenesAreEvaluatedAndWrittenConcurrently)
 {
-    const std::string lAlone = Products(KWalk(), 1);
-    ASSERT_GT(lAlone.size(), 100000U);
-    std::string lProducts[2];
+    const std::string lSequential = AllOutputs(KWalk(), 1);
+    ASSERT_GT(lSequential.size(), 100000U);
+    std::string lOutputs[2];
     RunAtOnce(2,
               [&](int pThread)
               {
                   const KWalk lWalk;
-                  lProducts[pThread] = Products(lWalk, 3);
+                  lOutputs[pThread] = AllOutputs(lWalk, 3);
               });
-    EXPECT_TRUE(lProducts[0] == lAlone);
-    EXPECT_TRUE(lProducts[1] == lAlone);
+    EXPECT_TRUE(lOutputs[0] == lSequential);
+    EXPECT_TRUE(lOutputs[1] == lSequential);
 }
 
-TEST(Threads, ImportsAreDoneOneAfterAnother)
+TEST(Threads, ImportsAreSerialised)
 {
-    // Every thread has a filter setting, a verdict and messages of its own, however the turns fall.
+    // Every import has its own filter settings, result and messages, in whatever order the threads run.
     const std::string lBad = std::string(kAmc) + "3\nroot 2 2 3 4 5 6\narm 2 nonsense 4\n";
     std::atomic<int>  lAsExpected{0};
     RunAtOnce(4,
@@ -160,18 +160,18 @@ TEST(Threads, ImportsAreDoneOneAfterAnother)
     EXPECT_FALSE(KFCURVE_GetUseConstantKeyReducer());
 }
 
-TEST(Threads, ExportsReadTheirSkeletonsBackUnderTheImportersLock)
+TEST(Threads, ExportsShareTheImportersLock)
 {
     const KWalk       lWalk;
-    const std::string lAlone = Products(lWalk, 1);
+    const std::string lSequential = AllOutputs(lWalk, 1);
     std::atomic<int>  lImports{0};
-    std::string       lBusy;
+    std::string       lConcurrent;
     RunAtOnce(2,
               [&](int pThread)
               {
                   if (pThread == 0)
                   {
-                      lBusy = Products(lWalk, 2);
+                      lConcurrent = AllOutputs(lWalk, 2);
                       return;
                   }
                   for (int i = 0; i < 20; ++i)
@@ -182,7 +182,7 @@ TEST(Threads, ExportsReadTheirSkeletonsBackUnderTheImportersLock)
                                                               KQexImportAcclaimOptions(), lResult);
                   }
               });
-    EXPECT_TRUE(lBusy == lAlone);
+    EXPECT_TRUE(lConcurrent == lSequential);
     EXPECT_EQ(lImports, 20);
 }
 
@@ -211,7 +211,7 @@ TEST(Threads, OtherReadersNeedNoLock)
     EXPECT_EQ(lGood, 30);
 }
 
-TEST(Threads, SettingsAreOfTheWholeProcess)
+TEST(Threads, SettingsAreProcessWide)
 {
     const KQexAnimCurveKeyAllocatorFct lAllocator = KQexAnimCurveKey::GetAllocatorFct();
     RunAtOnce(4,
@@ -230,7 +230,7 @@ TEST(Threads, SettingsAreOfTheWholeProcess)
     KFCURVE_SetUseConstantKeyReducer(false);
 }
 
-TEST(Threads, OneOfSeveralOutputsToAPathIsThereWhole)
+TEST(Threads, ConcurrentOutputsToOnePathLeaveOneWhole)
 {
     const KTempDir    lFolder;
     const std::string lPath = lFolder / "out.txt";
@@ -254,7 +254,7 @@ TEST(Threads, OneOfSeveralOutputsToAPathIsThereWhole)
 
 std::atomic<int> sReports{0};
 
-TEST(Threads, AnAssertionOfSeveralThreadsIsReportedOnce)
+TEST(Threads, AnAssertionIsReportedOnceForAllThreads)
 {
     sReports = 0;
     const KAssertHandler lBefore = KAssertSetHandler([](const char*, const char*, unsigned long, const char*, bool*) { ++sReports; });

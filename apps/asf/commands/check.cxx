@@ -32,7 +32,7 @@ struct KCheckTotals
 
 void Report(const KInputFile& pFile, const KMessages& pMessages, KCheckTotals& pTotals, KConsole& pConsole)
 {
-    pMessages.Print(pFile.GetShown(), pConsole);
+    pMessages.Print(pFile.GetDisplayPath(), pConsole);
     pTotals.mErrors += pMessages.mErrors;
     pTotals.mWarnings += pMessages.mWarnings;
     if (pMessages.mErrors > 0)
@@ -48,8 +48,8 @@ void CheckSkeleton(const KInputFile& pFile, KCheckTotals& pTotals, KConsole& pCo
     Report(pFile, lSkeleton.GetMessages(), pTotals, pConsole);
 }
 
-/// A warning for each degree of freedom that leaves its limits.
-void AddOutside(const KMotionSurvey& pSurvey, KMessages& pMessages)
+/// A warning for each degree of freedom that exceeds its limits.
+void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
 {
     for (const KBoneSurvey& lBone : pSurvey.GetBones())
     {
@@ -58,9 +58,10 @@ void AddOutside(const KMotionSurvey& pSurvey, KMessages& pMessages)
             if (lDof.mOutside > 0)
             {
                 pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
-                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " leaves its limits " + LimitsText(lDof) +
-                                  " in " + Count(lDof.mOutside, "frame", "frames") + ", from frame " + std::to_string(lDof.mFirstOutside) +
-                                  " on, with " + Short(lDof.mLeast) + " to " + Short(lDof.mGreatest));
+                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " is outside its limits " + LimitsText(lDof) +
+                                  " in " + Count(lDof.mOutside, "frame", "frames") + ", first in frame " +
+                                  std::to_string(lDof.mFirstOutside) + "; its range is " + Short(lDof.mLeast) + " to " +
+                                  Short(lDof.mGreatest));
             }
         }
     }
@@ -77,13 +78,13 @@ void CheckMotion(const KInputFile& pFile, const KMotionOptions& pOptions, KCheck
     }
     lSurvey.Read(lInput, pOptions, pConsole);
     KMessages lMessages = lSurvey.GetMessages();
-    AddOutside(lSurvey, lMessages);
+    AddLimitWarnings(lSurvey, lMessages);
     Report(pFile, lMessages, pTotals, pConsole);
 }
 
 void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
 {
-    if (!TakeMotionOptions(pOptions.mMotion, pConsole))
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole))
     {
         return;
     }
@@ -117,13 +118,13 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
 void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KCheckOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("check", "Say what is wrong with skeletons and motions");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required()->option_text("...");
-    lCommand->add_flag("--strict", lOptions->mStrict, "Let warnings count as errors in the exit status");
+    CLI::App* lCommand = pProgram.add_subcommand("check", "Report problems in skeletons and motions");
+    lCommand->add_option("FILE", lOptions->mFiles, "Files to check; \"-\" is standard input")->required()->option_text("...");
+    lCommand->add_flag("--strict", lOptions->mStrict, "Treat warnings as errors in the exit status");
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Every message is printed to standard error as FILE:LINE: warning: TEXT, or error: for what keeps a file from\n"
-                     "being read. Standard output gets the closing line. The exit status is 0 when there are no errors.\n"
-                     "A motion is read with its skeleton, and values outside the skeleton's limits are warned about.\n"
+    lCommand->footer("Messages go to standard error as FILE:LINE: warning: TEXT, or error: if the file cannot be read. Standard output\n"
+                     "gets a summary line. The exit status is 0 if there are no errors.\n"
+                     "A motion is read with its skeleton; values outside the skeleton's limits give warnings.\n"
                      "\n"
                      "Examples:\n"
                      "  asf check walker.asf walk.amc\n"

@@ -9,8 +9,8 @@ class App;
 }
 
 /// \file
-/// One function a command: it adds the command with its options, help and examples to the program, and runs it when it was called.
-/// A command reports through the console, which also keeps the exit status.
+/// One function per command: adds the command with its options, help and examples to the program, and a callback that runs it.
+/// A command reports through the console, which also holds the exit status.
 
 namespace asfapp
 {

@@ -14,7 +14,7 @@ namespace asfapp
 namespace
 {
 
-/// What can be told before reading is, so that nobody waits for it.
+/// Also called before reading, so that errors are reported at once.
 bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string>& pInputs, KConsole& pConsole)
 {
     for (const KConvertOutput& lOutput : pOptions.mTargets)
@@ -30,7 +30,7 @@ bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string
 void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 {
     KFigureInput lInput;
-    if (!TakeConvertOptions(pOptions, pConsole) || !CheckOutputs(pOptions, pOptions.mFiles, pConsole) ||
+    if (!ParseConvertOptions(pOptions, pConsole) || !CheckOutputs(pOptions, pOptions.mFiles, pConsole) ||
         !lInput.Open(pOptions.mFiles, pOptions.mFrom, pOptions.mMotion, pConsole))
     {
         return;
@@ -52,10 +52,10 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KConvertOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("convert", "Turn ASF and AMC, BVH and glTF into each other");
+    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF");
     AddConvertOptions(*lCommand, *lOptions);
     lCommand->footer("Lengths are centimetres in BVH and metres in glTF. Several AMC files become several animations of one glTF file.\n"
-                     "What a joint may do (degrees of freedom, limits) goes from ASF to ASF and glTF; BVH has no place for it.\n"
+                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them.\n"
                      "\n"
                      "Examples:\n"
                      "  asf convert walk.amc -o walk.glb\n"

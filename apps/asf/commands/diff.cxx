@@ -32,14 +32,14 @@ struct KDiffOptions
 const char* const kTitles[eASPECT_COUNT] = {"joints missing",     "other parents", "rest pose", "bone lengths",
                                             "degrees of freedom", "limits",        "frames",    "world positions"};
 
-bool HasMotionItself(const KInputFile& pFile)
+bool HasOwnMotion(const KInputFile& pFile)
 {
     return pFile.GetKind() == eKIND_BVH || pFile.GetKind() == eKIND_GLTF;
 }
 
-/// Two figures, and the motions in their order. A lone motion moves both skeletons; a lone skeleton carries both motions. A motion
-/// beside a figure that has its own is a figure by itself.
-bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
+/// Sorts the files into two sides, motions in the order given. A single motion moves both skeletons; a single skeleton is used by both
+/// motions. A single figure with its own motion and a single AMC motion are compared with each other.
+bool SplitSides(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
 {
     std::vector<KInputFile> lFigures;
     std::vector<KInputFile> lMotions;
@@ -47,16 +47,16 @@ bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (
     {
         (lFile.GetKind() == eKIND_AMC ? lMotions : lFigures).push_back(lFile);
     }
-    if (lFigures.size() == 1 && lMotions.size() == 1 && HasMotionItself(lFigures.front()))
+    if (lFigures.size() == 1 && lMotions.size() == 1 && HasOwnMotion(lFigures.front()))
     {
         pSides[0].push_back(pFiles[0]);
         pSides[1].push_back(pFiles[1]);
         return true;
     }
-    const bool lIsShared = lFigures.size() == 1 && !HasMotionItself(lFigures.front());
+    const bool lIsShared = lFigures.size() == 1 && !HasOwnMotion(lFigures.front());
     if (lMotions.size() > 2 || !(lFigures.size() == 2 || (lMotions.size() == 2 && (lFigures.empty() || lIsShared))))
     {
-        pConsole.Fail(eEXIT_CALL, "two figures to compare are expected, with at most one motion each");
+        pConsole.Fail(eEXIT_USAGE, "expected two figures, with at most one motion each");
         return false;
     }
     for (size_t lSide = 0; lSide < 2; ++lSide)
@@ -65,7 +65,7 @@ bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (
         {
             pSides[lSide].push_back(lFigures[std::min(lSide, lFigures.size() - 1)]);
         }
-        if (!lMotions.empty() && (pSides[lSide].empty() || !HasMotionItself(pSides[lSide].front()) || lMotions.size() == 2))
+        if (!lMotions.empty() && (pSides[lSide].empty() || !HasOwnMotion(pSides[lSide].front()) || lMotions.size() == 2))
         {
             pSides[lSide].push_back(lMotions[std::min(lSide, lMotions.size() - 1)]);
         }
@@ -73,13 +73,13 @@ bool Distribute(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (
     return true;
 }
 
-bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFigureScene& pFigure, std::string& pShown, KConsole& pConsole)
+bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFigureScene& pFigure, std::string& pTitle, KConsole& pConsole)
 {
     KFigureInput   lInput;
     KFigureOptions lOptions;
-    lOptions.mSamples = pOptions.mMotion.mSamples;
+    lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
     lOptions.mTake = pOptions.mTake;
-    if (!lInput.Take(std::move(pFiles), pOptions.mMotion, pConsole) || !pFigure.Load(lInput, lOptions, pConsole))
+    if (!lInput.Assign(std::move(pFiles), pOptions.mMotion, pConsole) || !pFigure.Load(lInput, lOptions, pConsole))
     {
         return false;
     }
@@ -93,7 +93,7 @@ bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFig
             return false;
         }
     }
-    pShown = lInput.mFigure.GetShown() + (lInput.mMotions.empty() ? "" : " with " + lInput.mMotions.front().GetShown());
+    pTitle = lInput.mFigure.GetDisplayPath() + (lInput.mMotions.empty() ? "" : " with " + lInput.mMotions.front().GetDisplayPath());
     return true;
 }
 
@@ -127,15 +127,15 @@ std::string ValueText(const KAspectResult& pResult)
     return std::isfinite(pResult.mLargest) ? Fixed(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
 }
 
-void WriteDiffTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+void WriteDiffTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pTitles)[2], KConsole& pConsole)
 {
     for (int lSide = 0; lSide < 2; ++lSide)
     {
-        std::string lLine = std::string(lSide == 0 ? "first   " : "second  ") + Printable(pShown[lSide]) + ": " +
+        std::string lLine = std::string(lSide == 0 ? "first   " : "second  ") + Printable(pTitles[lSide]) + ": " +
                             Count(static_cast<long long>(pComparison.GetJointCount(lSide)), "joint", "joints");
         for (const std::string& lOnly : pComparison.GetOnly(lSide))
         {
-            lLine += (&lOnly == &pComparison.GetOnly(lSide).front() ? ", alone with " : " ") + Printable(lOnly);
+            lLine += (&lOnly == &pComparison.GetOnly(lSide).front() ? ", only here: " : " ") + Printable(lOnly);
         }
         pConsole.Out(lLine + "\n");
     }
@@ -152,7 +152,7 @@ void WriteDiffTable(const KDiffOptions& pOptions, const KFigureComparison& pComp
                             (lResult.mWhere.empty() ? lVerdict : PadRight(lVerdict, 14) + Printable(lResult.mWhere));
         pConsole.Out(lLine + "\n");
     }
-    pConsole.Out(IsSame(pOptions, pComparison) ? "\nsame within the tolerance\n" : "\nthey differ\n");
+    pConsole.Out(IsSame(pOptions, pComparison) ? "\nsame within tolerance\n" : "\ndifferent\n");
 }
 
 KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, int pAspect)
@@ -161,24 +161,24 @@ KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, i
     lObject["compared"] = pResult.mIsCompared;
     lObject["same"] = !pResult.mDiffers;
     lObject["ignored"] = IsIgnored(pOptions, pAspect);
-    // JSON has no infinity: a limit that one of the two lacks has no distance.
+    // JSON has no infinity, which is the difference when only one has a limit.
     lObject["largest"] = pResult.mIsCompared && std::isfinite(pResult.mLargest) ? KJson(pResult.mLargest) : KJson();
     lObject["unit"] = pResult.mUnit;
     lObject["where"] = pResult.mWhere;
     return lObject;
 }
 
-void WriteDiffJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pShown)[2], KConsole& pConsole)
+void WriteDiffJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pTitles)[2], KConsole& pConsole)
 {
-    KJson lObject = JsonHead("diff", pShown[0], IsSame(pOptions, pComparison), {});
-    lObject["other"] = pShown[1];
+    KJson lObject = JsonHead("diff", pTitles[0], IsSame(pOptions, pComparison), {});
+    lObject["other"] = pTitles[1];
     lObject["height"] = pComparison.GetHeight();
     lObject["tolerance"] = pOptions.mTolerance;
     lObject["joints"] = KJson::array({pComparison.GetJointCount(0), pComparison.GetJointCount(1)});
     lObject["frames"] = KJson::array({pComparison.GetSampling(0).mCount, pComparison.GetSampling(1).mCount});
     for (int lSide = 0; lSide < 2; ++lSide)
     {
-        // Two lists of two names in braces would count as an object.
+        // Braces around two lists of two strings would make an object.
         lObject["only"].push_back(pComparison.GetOnly(lSide));
     }
     KJson lAspects = KJson::object();
@@ -195,16 +195,16 @@ void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
     std::vector<KInputFile> lFiles;
     std::vector<KInputFile> lSides[2];
     KFigureScene            lFigures[2];
-    std::string             lShown[2];
-    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !OpenFiles(pOptions.mFiles, "", lFiles, pConsole) ||
-        !Distribute(lFiles, lSides, pConsole) || !LoadSide(std::move(lSides[0]), pOptions, lFigures[0], lShown[0], pConsole) ||
-        !LoadSide(std::move(lSides[1]), pOptions, lFigures[1], lShown[1], pConsole))
+    std::string             lTitles[2];
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !OpenFiles(pOptions.mFiles, "", lFiles, pConsole) ||
+        !SplitSides(lFiles, lSides, pConsole) || !LoadSide(std::move(lSides[0]), pOptions, lFigures[0], lTitles[0], pConsole) ||
+        !LoadSide(std::move(lSides[1]), pOptions, lFigures[1], lTitles[1], pConsole))
     {
         return;
     }
     KFigureComparison lComparison(lFigures[0], lFigures[1], pOptions.mTolerance);
     lComparison.Run(pConsole);
-    (pOptions.mJson ? WriteDiffJson : WriteDiffTable)(pOptions, lComparison, lShown, pConsole);
+    (pOptions.mJson ? WriteDiffJson : WriteDiffTable)(pOptions, lComparison, lTitles, pConsole);
     if (!IsSame(pOptions, lComparison))
     {
         pConsole.Raise(eEXIT_INPUT);
@@ -216,17 +216,18 @@ void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
 void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDiffOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("diff", "Say how far two figures and their motions are apart");
-    lCommand->add_option("FILE", lOptions->mFiles, "Two of ASF, BVH, GLB or glTF, and the AMC files of the ASF ones; or two AMC files")
+    CLI::App* lCommand = pProgram.add_subcommand("diff", "Compare two figures and their motions");
+    lCommand->add_option("FILE", lOptions->mFiles, "Two of ASF, BVH, GLB or glTF, with AMC files for ASF; or two AMC files")
         ->required()
         ->expected(2, 4)
         ->option_text("...");
     lCommand
         ->add_option("--tolerance", lOptions->mTolerance,
-                     "What counts as the same: part of the first figure's height, of angles in radians; without it 0.001")
+                     "Tolerance: a fraction of the first figure's height, for angles radians (default: 0.001)")
         ->check(CLI::Range(0.0, 1e9))
         ->option_text("T");
-    lCommand->add_option("--ignore", lOptions->mIgnored, "What may differ: names, parents, rest, lengths, dofs, limits, frames, positions")
+    lCommand
+        ->add_option("--ignore", lOptions->mIgnored, "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, positions")
         ->delimiter(',')
         ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"}))
         ->type_size(1)
@@ -234,11 +235,11 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("WHAT,...");
-    lCommand->add_option("--take", lOptions->mTake, "Which of several takes to compare; without it the first")->option_text("NAME");
+    lCommand->add_option("--take", lOptions->mTake, "Take to compare if there are several (default: the first)")->option_text("NAME");
     lCommand->add_flag("--json", lOptions->mJson, "Print the differences as one JSON object");
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Joints are compared by name, the roots with each other. Frames are compared one by one from the first, whatever\n"
-                     "their rates. The exit status is 0 when nothing differs by more than the tolerance, else 1.\n"
+    lCommand->footer("Joints are matched by name, the roots with each other. Frames are compared one by one from the first, whatever\n"
+                     "their rates. The exit status is 0 if nothing differs by more than the tolerance, else 1.\n"
                      "\n"
                      "Examples:\n"
                      "  asf diff old.asf new.asf\n"

@@ -43,11 +43,11 @@ std::vector<EView> ViewsOf(const std::string& pWord)
 
 std::string FileName(const KInputFile& pFile)
 {
-    return pFile.GetShown().substr(pFile.GetShown().find_last_of('/') + 1);
+    return pFile.GetDisplayPath().substr(pFile.GetDisplayPath().find_last_of('/') + 1);
 }
 
-/// What every picture of these options has.
-KPicture StartPicture(const KDrawOptions& pOptions, const std::string& pTitle)
+/// A picture with the settings that do not depend on the pose.
+KPicture MakePicture(const KDrawOptions& pOptions, const std::string& pTitle)
 {
     KPicture lPicture;
     lPicture.mTitle = pTitle;
@@ -56,10 +56,10 @@ KPicture StartPicture(const KDrawOptions& pOptions, const std::string& pTitle)
     return lPicture;
 }
 
-KPicture PictureOfRest(const KInputFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
+KPicture RestPicture(const KInputFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
 {
     const std::string lName = pSkeleton.GetScene().mName;
-    KPicture          lPicture = StartPicture(pOptions, lName.empty() ? FileName(pFile) : lName);
+    KPicture          lPicture = MakePicture(pOptions, lName.empty() ? FileName(pFile) : lName);
     KPose             lPose;
     for (const KRestBone& lBone : pSkeleton.GetBones())
     {
@@ -67,21 +67,21 @@ KPicture PictureOfRest(const KInputFile& pFile, const KSkeletonFile& pSkeleton, 
         lPose.mStarts.push_back(lBone.mStart);
         lPose.mEnds.push_back(lBone.mEnd);
     }
-    KPoint lLeast;
-    KPoint lMost;
-    pSkeleton.GetBounds(lLeast, lMost);
-    lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()) - 1, "bone", "bones") + ", " +
-                         Fixed(lMost.mY - lLeast.mY, 1) + " cm high at rest";
+    KPoint lMin;
+    KPoint lMax;
+    pSkeleton.GetBounds(lMin, lMax);
+    lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()) - 1, "bone", "bones") + ", " + Fixed(lMax.mY - lMin.mY, 1) +
+                         " cm high at rest";
     lPicture.mSides = SidesOf(lPicture.mNames);
     lPicture.mPoses.push_back(lPose);
     return lPicture;
 }
 
-/// A joint and the one it hangs on are the ends of the bone in front of it. The joint keeps that bone's name, an end its own bone's.
-class KPoser
+/// Makes poses from joints: a bone runs from its joint's parent to the joint, and has the parent's name.
+class KPoseMaker
 {
 public:
-    explicit KPoser(KMotionScene& pScene) : mScene(pScene) {}
+    explicit KPoseMaker(KMotionScene& pScene) : mScene(pScene) {}
 
     void SetUp(KPicture& pPicture) const
     {
@@ -109,18 +109,18 @@ private:
     KMotionScene& mScene;
 };
 
-/// The joint whose way shows what the bone does: its own end, else its beginning. -1 for an unknown bone.
+/// The joint whose path is the bone's trail: at the bone's end, else (the root) at its start. -1 for an unknown bone.
 int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
 {
     int lFound = -1;
     for (size_t lJoint = 0; lJoint < pScene.GetJoints().size(); ++lJoint)
     {
-        const KJoint& lThis = pScene.GetJoints()[lJoint];
-        if (lThis.mName == pBone && (lFound < 0))
+        const KJoint& lCandidate = pScene.GetJoints()[lJoint];
+        if (lCandidate.mName == pBone && lFound < 0)
         {
             lFound = static_cast<int>(lJoint);
         }
-        else if (lFound > 0 && lThis.mParent == lFound)
+        else if (lFound > 0 && lCandidate.mParent == lFound)
         {
             return static_cast<int>(lJoint);
         }
@@ -136,7 +136,7 @@ bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPi
         lJoints.push_back(TrailJoint(pScene, lBone));
         if (lJoints.back() < 0)
         {
-            pConsole.Fail(eEXIT_CALL, "--trail: the skeleton has no bone " + lBone);
+            pConsole.Fail(eEXIT_USAGE, "--trail: the skeleton has no bone " + lBone);
             return false;
         }
         KTrail lTrail;
@@ -159,8 +159,8 @@ bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPi
     return true;
 }
 
-/// Five frames from the first to the last, when none are asked for.
-std::vector<size_t> SpreadFrames(size_t pCount)
+/// The default: up to five frames, evenly spaced from the first to the last.
+std::vector<size_t> DefaultFrames(size_t pCount)
 {
     std::vector<size_t> lFrames;
     for (size_t lPart = 0; lPart <= 4; ++lPart)
@@ -179,7 +179,7 @@ void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const 
     const std::string lSvg = DrawSvg(pPicture);
     if (lSvg.empty())
     {
-        pConsole.Message(eERROR, pFile.GetShown(), 0, "cannot be drawn: its bones reach too far");
+        pConsole.Message(eERROR, pFile.GetDisplayPath(), 0, "cannot be drawn: coordinates are too large");
         pConsole.Raise(eEXIT_INPUT);
         return;
     }
@@ -190,15 +190,15 @@ void DrawRest(const KDrawOptions& pOptions, const KInputFile& pFile, KConsole& p
 {
     if (!pOptions.mFrames.empty() || !pOptions.mTrails.empty())
     {
-        pConsole.Fail(eEXIT_CALL, "--frames and --trail need a motion");
+        pConsole.Fail(eEXIT_USAGE, "--frames and --trail need a motion");
         return;
     }
     KSkeletonFile lSkeleton;
     const bool    lOk = lSkeleton.Read(pFile, false, pConsole);
-    lSkeleton.GetMessages().Print(pFile.GetShown(), pConsole);
+    lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
     if (lOk)
     {
-        WritePicture(pOptions, PictureOfRest(pFile, lSkeleton, pOptions), pFile, pConsole);
+        WritePicture(pOptions, RestPicture(pFile, lSkeleton, pOptions), pFile, pConsole);
     }
 }
 
@@ -209,21 +209,21 @@ void DrawMotion(const KDrawOptions& pOptions, const KMotionInput& pInput, KConso
     {
         return;
     }
-    std::vector<size_t> lFrames = SpreadFrames(lScene.GetFrames().size());
-    const std::string   lWrong = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, lScene.GetFrames(), lFrames);
-    if (!lWrong.empty())
+    std::vector<size_t> lFrames = DefaultFrames(lScene.GetFrames().size());
+    const std::string   lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, lScene.GetFrames(), lFrames);
+    if (!lError.empty())
     {
-        pConsole.Fail(eEXIT_CALL, "--frames: " + lWrong);
+        pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
         return;
     }
-    KPicture lPicture = StartPicture(pOptions, FileName(pInput.GetMotion()));
+    KPicture lPicture = MakePicture(pOptions, FileName(pInput.GetMotion()));
     lPicture.mSubtitle =
         Count(static_cast<long long>(lScene.GetFrames().size()), "frame", "frames") + ", " + Short(lScene.GetRate()) + " a second";
-    KPoser lPoser(lScene);
-    lPoser.SetUp(lPicture);
+    KPoseMaker lPoseMaker(lScene);
+    lPoseMaker.SetUp(lPicture);
     for (const size_t lFrame : lFrames)
     {
-        lPicture.mPoses.push_back(lPoser.Pose(lFrame));
+        lPicture.mPoses.push_back(lPoseMaker.Pose(lFrame));
     }
     if (AddTrails(pOptions, lScene, lPicture, pConsole))
     {
@@ -234,7 +234,7 @@ void DrawMotion(const KDrawOptions& pOptions, const KMotionInput& pInput, KConso
 void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 {
     KMotionInput lInput;
-    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
         !lInput.Open(pOptions.mFiles, pOptions.mMotion, false, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole))
     {
         return;
@@ -261,22 +261,23 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
         ->option_text(" ");
     lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")
         ->required()
-        ->option_text("FILE (needed)");
+        ->option_text("FILE (required)");
     lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
         ->check(CLI::IsMember({"front", "side", "top", "all"}))
         ->option_text("VIEW");
-    lCommand->add_flag("--names", lOptions->mNames, "Write the bones' names beside them");
-    lCommand->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last; without it five")
+    lCommand->add_flag("--names", lOptions->mNames, "Label the bones with their names");
+    lCommand
+        ->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last (default: five, evenly spaced)")
         ->option_text("LIST");
     lCommand
         ->add_option("--trail", lOptions->mTrails,
-                     "Draw the way of a bone's end as well, and the poses where they are in the world; may be given several times")
+                     "Also draw the path of a bone's end, with the poses at their world positions; may be repeated")
         ->option_text("BONE")
         ->allow_extra_args(false);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer(
-        "The picture opens in any browser. Left limbs are red, right ones blue; the bar at the bottom is the scale. Poses of a\n"
-        "motion stand side by side.\n"
+        "The picture opens in any browser. Left limbs are red, right limbs blue; the bar at the bottom shows the scale. Poses\n"
+        "of a motion are drawn side by side.\n"
         "\n"
         "Examples:\n"
         "  asf draw walker.asf -o walker.svg\n"

@@ -34,12 +34,12 @@ bool RenameAll(const KEditOptions& pOptions, KSkeletonEdit& pEdit, KConsole& pCo
 {
     for (const std::string& lRename : pOptions.mRenames)
     {
-        const size_t      lSign = lRename.find('=');
-        const std::string lWhy = lSign == std::string::npos ? std::string("OLD=NEW is expected")
-                                                            : pEdit.Rename(lRename.substr(0, lSign), lRename.substr(lSign + 1));
-        if (!lWhy.empty())
+        const size_t      lEquals = lRename.find('=');
+        const std::string lError = lEquals == std::string::npos ? std::string("expected OLD=NEW")
+                                                                : pEdit.Rename(lRename.substr(0, lEquals), lRename.substr(lEquals + 1));
+        if (!lError.empty())
         {
-            pConsole.Fail(eEXIT_CALL, "--rename " + lRename + ": " + lWhy);
+            pConsole.Fail(eEXIT_USAGE, "--rename " + lRename + ": " + lError);
             return false;
         }
     }
@@ -66,8 +66,8 @@ qexsdk::KQexAsfSceneOwner ReadModel(const KInputFile& pFile, qexsdk::KQexImportA
 {
     if (pFile.GetKind() != eKIND_ASF)
     {
-        pConsole.Message(eERROR, pFile.GetShown(), 0, "is no ASF file, where one is expected");
-        pConsole.Raise(eEXIT_CALL);
+        pConsole.Message(eERROR, pFile.GetDisplayPath(), 0, "is not an ASF file");
+        pConsole.Raise(eEXIT_USAGE);
         return nullptr;
     }
     qexsdk::KQexAsfSceneOwner lScene = qexsdk::KQexImporterAcclaim::ReadSkeleton(pFile.GetSource(), {}, pResult);
@@ -110,7 +110,7 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
     lEdit.MakeWritable(lResult.mSkeletonNotes);
     for (const std::string& lWarning : lEdit.GetWarnings())
     {
-        pConsole.Message(eWARNING, lFile.GetShown(), 0, lWarning);
+        pConsole.Message(eWARNING, lFile.GetDisplayPath(), 0, lWarning);
     }
     WriteOutput(pOptions.mOutput, TextOf(*lScene), pConsole);
 }
@@ -120,22 +120,21 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KEditOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("edit", "Change a skeleton: names, size, limits, needless bones");
+    CLI::App* lCommand = pProgram.add_subcommand("edit", "Change a skeleton: names, size, limits, dummy bones");
     lCommand->add_option("FILE", lOptions->mFile, "ASF file; \"-\" is standard input")->required()->option_text(" ");
     lCommand->add_option("-o,--output", lOptions->mOutput, "ASF file to write")->required()->option_text("FILE");
-    lCommand->add_option("--rename", lOptions->mRenames, "Give a bone another name; may be given again")
+    lCommand->add_option("--rename", lOptions->mRenames, "Rename a bone; may be repeated")
         ->type_size(1)
         ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("OLD=NEW");
-    lCommand->add_option("--scale", lOptions->mScale, "Factor of all lengths")->check(CLI::Range(1e-9, 1e9))->option_text("FACTOR");
-    lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Take all joint limits away");
-    lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
-                       "Take out bones without degrees of freedom, where no other joint is moved by that");
+    lCommand->add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(CLI::Range(1e-9, 1e9))->option_text("FACTOR");
+    lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
+    lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies, "Remove bones without degrees of freedom where no other joint moves");
     lCommand->add_flag("-q,--quiet", lOptions->mQuiet, "No notes");
-    lCommand->footer("Renaming is done in the order of the call, so that A=C B=A C=B swaps two names. Motions name bones, too: a motion\n"
-                     "of the old skeleton fits the new one as long as its names do.\n"
+    lCommand->footer("Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name: a\n"
+                     "motion of the old skeleton fits the new one only if its names still match.\n"
                      "\n"
                      "Examples:\n"
                      "  asf edit old.asf -o new.asf --rename lhip=left_hip --rename rhip=right_hip\n"

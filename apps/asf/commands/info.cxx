@@ -26,7 +26,7 @@ void ShowSkeleton(const KInputFile& pFile, const KInfoOptions& pOptions, KConsol
 {
     KSkeletonFile lSkeleton;
     lSkeleton.Read(pFile, false, pConsole);
-    lSkeleton.GetMessages().Print(pFile.GetShown(), pConsole);
+    lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
     if (pOptions.mJson)
     {
         WriteSkeletonJson(pFile, lSkeleton, pConsole);
@@ -46,7 +46,7 @@ void ShowMotion(const KInputFile& pFile, const KInfoOptions& pOptions, KConsole&
         return;
     }
     const bool lOk = lSurvey.Read(lInput, pOptions.mMotion, pConsole);
-    lSurvey.GetMessages().Print(pFile.GetShown(), pConsole);
+    lSurvey.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
     if (lOk)
     {
         NoteRate(pFile, lSurvey.GetInfo(), pConsole);
@@ -63,7 +63,7 @@ void ShowMotion(const KInputFile& pFile, const KInfoOptions& pOptions, KConsole&
 
 void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
 {
-    if (!TakeMotionOptions(pOptions.mMotion, pConsole))
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole))
     {
         return;
     }
@@ -71,7 +71,7 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
     for (const std::string& lPath : pOptions.mFiles)
     {
         KInputFile lFile;
-        if (pConsole.IsOutGone() || !lFile.OpenAcclaim(lPath, pConsole))
+        if (pConsole.HasOutFailed() || !lFile.OpenAcclaim(lPath, pConsole))
         {
             continue;
         }
@@ -90,13 +90,13 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
 void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KInfoOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("info", "Say what is in skeletons and motions");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to look at; \"-\" is standard input")->required()->option_text("...");
-    lCommand->add_flag("--json", lOptions->mJson, "Print everything as JSON, one object a file on a line of its own");
+    CLI::App* lCommand = pProgram.add_subcommand("info", "Show what skeletons and motions contain");
+    lCommand->add_option("FILE", lOptions->mFiles, "Files to read; \"-\" is standard input")->required()->option_text("...");
+    lCommand->add_flag("--json", lOptions->mJson, "Print JSON: one object per file, each on its own line");
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("A skeleton's tree has a line for each bone: its length in centimetres and in the file's own unit, its degrees of\n"
-                     "freedom in the order of the file, each with its limits. A motion's table has a line for each degree of freedom: the\n"
-                     "least and the greatest value, its limits, and how often it leaves them.\n"
+    lCommand->footer("For a skeleton, prints the bone tree: length in centimetres and in the file's unit, degrees of freedom in file\n"
+                     "order with their limits. For a motion, prints for each degree of freedom its least and greatest value, its limits,\n"
+                     "and the number of frames outside them.\n"
                      "\n"
                      "Examples:\n"
                      "  asf info walker.asf\n"

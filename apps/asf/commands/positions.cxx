@@ -35,12 +35,12 @@ bool FormatOf(const KPositionsOptions& pOptions, EPositionFormat& pFormat, KCons
     const bool        lCsv = pOptions.mOutput == "-" || (lExtension != ".json" && lExtension != ".npy");
     if (lCsv && pOptions.mOutput != "-" && lExtension != ".csv" && !lExtension.empty() && pOptions.mOutput.compare(0, 5, "/dev/") != 0)
     {
-        pConsole.Fail(eEXIT_CALL, "--output: .csv, .json or .npy is expected, not " + pOptions.mOutput);
+        pConsole.Fail(eEXIT_USAGE, "--output: expected .csv, .json or .npy, not " + pOptions.mOutput);
         return false;
     }
     if (pOptions.mWide && !lCsv)
     {
-        pConsole.Fail(eEXIT_CALL, "--wide is for CSV only");
+        pConsole.Fail(eEXIT_USAGE, "--wide is for CSV only");
         return false;
     }
     pFormat = lExtension == ".json" ? eFORMAT_JSON : lExtension == ".npy" ? eFORMAT_NPY : pOptions.mWide ? eFORMAT_CSV_WIDE : eFORMAT_CSV;
@@ -52,7 +52,7 @@ std::string NamesPath(const std::string& pOutput)
     return pOutput.substr(0, pOutput.find_last_of('.')) + ".names.txt";
 }
 
-/// The joints to write: all, or those that are no ends.
+/// Indices of the joints to write: all, or without the ends of leaf bones.
 std::vector<size_t> PickJoints(const KMotionScene& pScene, bool pEnds)
 {
     std::vector<size_t> lPicked;
@@ -68,12 +68,12 @@ std::vector<size_t> PickJoints(const KMotionScene& pScene, bool pEnds)
 
 bool ResolveFrames(const KPositionsOptions& pOptions, const KMotionScene& pScene, std::vector<size_t>& pFrames, KConsole& pConsole)
 {
-    const std::string lWrong = PickFrames(pOptions.mFrames.empty() ? "first-last" : pOptions.mFrames, pScene.GetFrames(), pFrames);
-    if (!lWrong.empty())
+    const std::string lError = PickFrames(pOptions.mFrames.empty() ? "first-last" : pOptions.mFrames, pScene.GetFrames(), pFrames);
+    if (!lError.empty())
     {
-        pConsole.Fail(eEXIT_CALL, "--frames: " + lWrong);
+        pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
     }
-    return lWrong.empty();
+    return lError.empty();
 }
 
 void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
@@ -94,14 +94,14 @@ void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const
     }
 }
 
-/// Both files are complete before either takes its name.
+/// Closes both files; neither target is replaced until both are complete.
 void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOutputFile& pNames, const std::string& pNamesPath,
                KConsole& pConsole)
 {
     if (!pOut.Prepare() || !pNames.Prepare())
     {
         const bool lFirst = pOut.HasFailed();
-        ReportOutput(lFirst ? pOut : pNames, lFirst ? pPath : pNamesPath, pConsole);
+        ReportOutputError(lFirst ? pOut : pNames, lFirst ? pPath : pNamesPath, pConsole);
         pOut.Discard();
         pNames.Discard();
         return;
@@ -158,7 +158,7 @@ void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
 {
     KMotionInput    lInput;
     EPositionFormat lFormat = eFORMAT_CSV;
-    if (!TakeMotionOptions(pOptions.mMotion, pConsole) || !FormatOf(pOptions, lFormat, pConsole) ||
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !FormatOf(pOptions, lFormat, pConsole) ||
         !lInput.Open(pOptions.mFiles, pOptions.mMotion, true, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole) ||
         (lFormat == eFORMAT_NPY && !CheckOutput(NamesPath(pOptions.mOutput), lInput.GetPaths(), pConsole)))
     {
@@ -176,21 +176,21 @@ void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
 void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KPositionsOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("positions", "Write where every joint is at every frame");
+    CLI::App* lCommand = pProgram.add_subcommand("positions", "Write the positions of all joints in every frame");
     lCommand->add_option("FILE", lOptions->mFiles, "A skeleton and a motion, or a motion alone; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
         ->option_text(" ");
-    lCommand->add_option("-o,--output", lOptions->mOutput, "File to write, .csv, .json or .npy; without it, CSV goes to standard output")
+    lCommand->add_option("-o,--output", lOptions->mOutput, "File to write: .csv, .json or .npy (default: CSV to standard output)")
         ->option_text("FILE");
-    lCommand->add_option("--frames", lOptions->mFrames, "Frames to write, such as 1,100-200,last or 1-last:10; without it all")
+    lCommand->add_option("--frames", lOptions->mFrames, "Frames to write, such as 1,100-200,last or 1-last:10 (default: all)")
         ->option_text("LIST");
-    lCommand->add_flag("--wide", lOptions->mWide, "CSV with one row a frame instead of one a joint");
-    lCommand->add_flag("--ends", lOptions->mEnds, "Also the ends of the bones that nothing hangs on, named BONE_End");
+    lCommand->add_flag("--wide", lOptions->mWide, "CSV with one row per frame instead of one per joint");
+    lCommand->add_flag("--ends", lOptions->mEnds, "Include the ends of leaf bones, named BONE_End");
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Positions are in the world, in centimetres: x to the figure's left at rest, y up, z ahead. A joint is where its\n"
-                     "bone begins. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. An .npy\n"
-                     "file holds float32 of shape (frames, joints, 3), the joints' names go to OUT.names.txt beside it.\n"
+    lCommand->footer("Positions are in world space, in centimetres: x to the figure's left at rest, y up, z forward. A joint is at the\n"
+                     "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. An\n"
+                     ".npy file holds float32 of shape (frames, joints, 3); the joint names go to OUT.names.txt next to it.\n"
                      "\n"
                      "Examples:\n"
                      "  asf positions walk.amc -o walk.csv\n"

@@ -22,18 +22,18 @@ bool HasNameField(const KConvertOutput& pOutput)
     return pOutput.mPath.find(kNameField) != std::string::npos;
 }
 
-bool IsOneTakeAFile(EOutputKind pKind)
+bool HoldsOneTake(EOutputKind pKind)
 {
     return pKind == eOUT_AMC || pKind == eOUT_BVH;
 }
 
-qexsdk::KTime TimeOf(const KMoment& pMoment, const qexsdk::KQexSampling& pFrames)
+qexsdk::KTime ToTime(const KTakeTime& pTakeTime, const qexsdk::KQexSampling& pFrames)
 {
-    if (pMoment.mIsFrame)
+    if (pTakeTime.mIsFrame)
     {
-        return qexsdk::KTime(pFrames.mStart.Get() + std::llround(pMoment.mValue * static_cast<double>(pFrames.mStep.Get())));
+        return qexsdk::KTime(pFrames.mStart.Get() + std::llround(pTakeTime.mValue * static_cast<double>(pFrames.mStep.Get())));
     }
-    return qexsdk::KTime::FromSeconds(pMoment.mValue);
+    return qexsdk::KTime::FromSeconds(pTakeTime.mValue);
 }
 
 } // namespace
@@ -45,7 +45,7 @@ KConverter::KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, s
 
 KConverter::~KConverter()
 {
-    // A text file that goes out of scope would complete itself. To those that have their names this does nothing.
+    // The destructor of an open text file would complete it. Committed files are not affected.
     for (const auto& lBvh : mBvhs)
     {
         lBvh->Discard();
@@ -73,7 +73,7 @@ bool KConverter::WriteAll()
             return false;
         }
     }
-    // These take their names by themselves once they are complete; the others follow.
+    // These replace their targets themselves when they are complete; the others are committed after them.
     const KConvertOutput* lGltf = FindTarget(eOUT_GLTF);
     const bool            lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
     return (lGltf == nullptr || WriteGltf(*lGltf)) && (!lAcclaim || WriteAcclaim());
@@ -110,7 +110,7 @@ bool KConverter::SampleTakes()
     {
         if (!SampleTake(lTake))
         {
-            mConsole.Fail(eEXIT_CALL, "there are no frames in the part of " + lTake.mName + " that --start and --end leave");
+            mConsole.Fail(eEXIT_USAGE, "--start and --end leave no frames of " + lTake.mName);
             return false;
         }
         if (lTake.mTake != nullptr && !CheckSpan(*lTake.mTake, lTake.mSampling, mConsole))
@@ -132,11 +132,11 @@ bool KConverter::SampleTake(KSampledTake& pTake) const
     const bool lIsSingle = pTake.mTake == nullptr || pTake.mTake->mIsSingle;
     pTake.mRequest.mFramesPerSecond = mOptions.mRate;
     pTake.mRequest.mEvery = mOptions.mEvery;
-    pTake.mRequest.mHasStart = mOptions.mSince.mIsSet;
-    pTake.mRequest.mStart = TimeOf(mOptions.mSince, lFrames);
-    pTake.mRequest.mHasEnd = mOptions.mUntil.mIsSet || lIsSingle;
-    pTake.mRequest.mEnd = mOptions.mUntil.mIsSet ? TimeOf(mOptions.mUntil, lFrames) : lFrames.mStart;
-    // Behind the last frame, and in front of the first one, there is nothing to write.
+    pTake.mRequest.mHasStart = mOptions.mStartTime.mIsSet;
+    pTake.mRequest.mStart = ToTime(mOptions.mStartTime, lFrames);
+    pTake.mRequest.mHasEnd = mOptions.mEndTime.mIsSet || lIsSingle;
+    pTake.mRequest.mEnd = mOptions.mEndTime.mIsSet ? ToTime(mOptions.mEndTime, lFrames) : lFrames.mStart;
+    // Before the first frame and after the last there is nothing to write.
     const long long lFirst = lFrames.mStart.Get();
     const long long lLast = lIsSingle ? lFirst : lFrames.GetTime(lFrames.mCount - 1).Get();
     if ((pTake.mRequest.mHasStart && pTake.mRequest.mStart.Get() > lLast) || (pTake.mRequest.mHasEnd && pTake.mRequest.mEnd.Get() < lFirst))
@@ -151,8 +151,8 @@ bool KConverter::SampleTake(KSampledTake& pTake) const
 std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const
 {
     std::string  lPath = pOutput.mPath;
-    const size_t lPlace = lPath.find(kNameField);
-    return lPlace == std::string::npos ? lPath : lPath.replace(lPlace, kNameField.size(), pTake.mName);
+    const size_t lField = lPath.find(kNameField);
+    return lField == std::string::npos ? lPath : lPath.replace(lField, kNameField.size(), pTake.mName);
 }
 
 bool KConverter::CheckTargets()
@@ -160,33 +160,33 @@ bool KConverter::CheckTargets()
     std::set<std::string> lPaths;
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
-        if (IsOneTakeAFile(lOutput.mKind) && mTakes.size() > 1 && !HasNameField(lOutput))
+        if (HoldsOneTake(lOutput.mKind) && mTakes.size() > 1 && !HasNameField(lOutput))
         {
-            mConsole.Fail(eEXIT_CALL, "--output: there are " + std::to_string(mTakes.size()) + " takes, and " + lOutput.mPath +
-                                          " holds one: put {name} into it, or choose one with --take");
+            mConsole.Fail(eEXIT_USAGE, "--output: " + lOutput.mPath + " holds one take, but there are " + std::to_string(mTakes.size()) +
+                                           ": put {name} into its name, or choose one with --take");
             return false;
         }
         if (lOutput.mKind == eOUT_AMC && mFigure.GetTakes().empty())
         {
-            mConsole.Fail(eEXIT_CALL, "--output: there is no motion to write to " + lOutput.mPath);
+            mConsole.Fail(eEXIT_USAGE, "--output: there is no motion to write to " + lOutput.mPath);
             return false;
         }
         if (lOutput.mKind == eOUT_AMC && mOptions.mTargets.size() == 1 && mOptions.mSkeleton.empty() && mFigure.GetSkeleton() == nullptr)
         {
-            mConsole.Fail(eEXIT_CALL, "--output: " + lOutput.mPath + " needs a skeleton: write one beside it (-o NAME.asf -o " +
-                                          lOutput.mPath + "), or tell with --skeleton FILE which it is for");
+            mConsole.Fail(eEXIT_USAGE, "--output: " + lOutput.mPath + " needs a skeleton: write one, too (-o NAME.asf -o " + lOutput.mPath +
+                                           "), or name an existing one with --skeleton FILE");
             return false;
         }
-        for (size_t lTake = 0; lTake < (IsOneTakeAFile(lOutput.mKind) ? mTakes.size() : 1); ++lTake)
+        for (size_t lTake = 0; lTake < (HoldsOneTake(lOutput.mKind) ? mTakes.size() : 1); ++lTake)
         {
             const std::string lPath = PathOf(lOutput, mTakes[lTake]);
             if (!lPaths.insert(lPath).second)
             {
-                mConsole.Fail(eEXIT_CALL, "--output: " + lPath + " would be written twice");
+                mConsole.Fail(eEXIT_USAGE, "--output: " + lPath + " would be written twice");
                 return false;
             }
-            const std::string lNumbers = lOutput.mKind == eOUT_GLTF ? lPath.substr(0, lPath.find_last_of('.')) + ".bin" : lPath;
-            if (!CheckOutput(lPath, mInputs, mConsole) || !CheckOutput(lNumbers, mInputs, mConsole))
+            const std::string lBuffer = lOutput.mKind == eOUT_GLTF ? lPath.substr(0, lPath.find_last_of('.')) + ".bin" : lPath;
+            if (!CheckOutput(lPath, mInputs, mConsole) || !CheckOutput(lBuffer, mInputs, mConsole))
             {
                 return false;
             }
@@ -209,7 +209,7 @@ bool KConverter::Commit()
     const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size());
     if (lFailed != nullptr)
     {
-        ReportOutput(*lFailed, lFailed->GetPath(), mConsole);
+        ReportOutputError(*lFailed, lFailed->GetPath(), mConsole);
     }
     return lFailed == nullptr;
 }

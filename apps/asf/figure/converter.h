@@ -14,28 +14,28 @@
 namespace asfapp
 {
 
-/// A take with the frames of it that are written.
+/// A take and the frames of it to write.
 struct KSampledTake
 {
-    const KFigureTake*          mTake = nullptr; ///< Null: the rest pose alone.
-    std::string                 mName;           ///< As it stands in file names.
+    const KFigureTake*          mTake = nullptr; ///< Null: only the rest pose.
+    std::string                 mName;           ///< As used in file names; unique.
     qexsdk::KQexSamplingRequest mRequest;
     qexsdk::KQexSampling        mSampling;
 };
 
-/// Writes a figure to the files of one call of `asf convert`: all of them are complete before the first takes its name.
+/// Writes a figure to the outputs of an `asf convert` run: no target is replaced until all outputs are complete.
 class KConverter
 {
 public:
-    /// \p pInputs: paths that are not written to.
+    /// \p pInputs: paths that must not be written.
     KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
 
-    /// Gives up what is not complete.
+    /// Discards outputs that are not complete.
     ~KConverter();
     KConverter(const KConverter&) = delete;
     KConverter& operator=(const KConverter&) = delete;
 
-    /// Says what is wrong, if anything; the exit status is raised then, and no file is changed.
+    /// On an error, reports it, raises the exit status and changes no file.
     void Run();
 
 private:
@@ -57,7 +57,7 @@ private:
 
     qexsdk::KQexGltfWriteOptions     GltfOptions() const;
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake) const;
-    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
+    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
     void                             NoteAmcRate(const std::string& pPath, const KSampledTake& pTake);
     const KConvertOutput*            FindTarget(EOutputKind pKind) const;
@@ -68,7 +68,7 @@ private:
     KConsole&                 mConsole;
     std::vector<KSampledTake> mTakes; ///< At least one.
 
-    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs; ///< Complete, still without their names.
+    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs; ///< Prepared, not yet committed.
     std::vector<std::unique_ptr<qexsdk::KOutputFile>> mGlbs; ///< The same.
 };
 

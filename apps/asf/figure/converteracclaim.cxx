@@ -15,7 +15,7 @@ namespace
 
 const std::string kCannotWrite = "Can't write: ";
 
-/// A pipe whose reader went away is no failure worth a word.
+/// A closed pipe is not reported.
 bool IsBrokenPipe(const std::string& pText)
 {
     return pText == kCannotWrite + std::strerror(EPIPE);
@@ -36,7 +36,7 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
     lOptions.mTellRate = mOptions.mTellRate;
     lOptions.mThreads = mOptions.mThreads;
     lOptions.mServe = !mOptions.mRaw;
-    // Asked for translations, the skeleton's own degrees of freedom would be in the way.
+    // With --translations none or all, the skeleton's own degrees of freedom must not override the choice.
     lOptions.mBoneDofs = mOptions.mTranslations == "moving" ? mFigure.GetBoneDofs() : nullptr;
     const qexsdk::KQexAsfScene* lSkeleton = mFigure.GetSkeleton();
     lOptions.mLengthUnit = lSkeleton != nullptr && lSkeleton->mLengthUnit > 0 ? lSkeleton->mLengthUnit : 1.0;
@@ -47,13 +47,13 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
 
 bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
 {
-    bool lIsTold = pResult.mOk;
+    bool lIsReported = pResult.mOk;
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
         const bool        lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
-        const std::string lPath = ShownOutput(lMessage.mPath);
+        const std::string lPath = DisplayOutput(lMessage.mPath);
         std::string       lText = lMessage.mMessage.mText;
-        lIsTold = lIsTold || lError;
+        lIsReported = lIsReported || lError;
         if (lError && IsBrokenPipe(lText))
         {
             continue;
@@ -68,9 +68,9 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
             mConsole.Raise(eEXIT_SYSTEM);
         }
     }
-    if (!lIsTold)
+    if (!lIsReported)
     {
-        throw std::bad_alloc(); // There was no memory for a message either.
+        throw std::bad_alloc(); // There was no memory for a message.
     }
     return pResult.mOk;
 }
@@ -80,8 +80,8 @@ void KConverter::NoteAmcRate(const std::string& pPath, const KSampledTake& pTake
     const double lRate = 1.0 / pTake.mSampling.mStep.GetSeconds();
     if (!mOptions.mTellRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
     {
-        mConsole.Message(eNOTE, ShownOutput(pPath), 0,
-                         "has " + Short(lRate) + " frames a second, which AMC files do not say unless --tell-rate asks for it");
+        mConsole.Message(eNOTE, DisplayOutput(pPath), 0,
+                         "has " + Short(lRate) + " frames per second; use --tell-rate to write the rate into the file");
     }
 }
 
@@ -127,12 +127,12 @@ bool KConverter::WriteAcclaim()
     return lAmc == nullptr || mTakes.size() == 1 || WriteFurtherMotions(lAsfPath, *lAmc);
 }
 
-/// The skeleton is there now; the other takes are motions for it.
+/// Writes the other takes as motions for the skeleton just written.
 bool KConverter::WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc)
 {
     if (pAsfPath == "-")
     {
-        mConsole.Fail(eEXIT_CALL, "--output: several takes need a skeleton in a file, not on standard output");
+        mConsole.Fail(eEXIT_USAGE, "--output: several takes need a skeleton in a file, not on standard output");
         return false;
     }
     qexsdk::KQexAmcSkeletonNotes    lNotes;
@@ -167,9 +167,9 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
         {
             lList += (lList.empty() ? "" : ", ") + lBone;
         }
-        mConsole.Message(eWARNING, ShownOutput(pPath), 0,
-                         Count(static_cast<long long>(lResult.mUnmatched.size()), "bone stays", "bones stay") +
-                             " at rest, without a joint of the same name: " + lList);
+        mConsole.Message(eWARNING, DisplayOutput(pPath), 0,
+                         Count(static_cast<long long>(lResult.mUnmatched.size()), "bone", "bones") +
+                             " kept at rest, without a joint of the same name: " + lList);
     }
     if (lOk)
     {
@@ -178,7 +178,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
     return lOk;
 }
 
-qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pTellMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
+qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
     KInputFile lFile;
     if (!lFile.Open(pPath, mConsole))
@@ -188,7 +188,7 @@ qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, boo
     qexsdk::KQexImportAcclaimResult lResult;
     qexsdk::KQexAsfSceneOwner       lSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
     pNotes = lResult.mSkeletonNotes;
-    if (pTellMessages || !lSkeleton)
+    if (pPrintMessages || !lSkeleton)
     {
         PrintMessages(lResult, mConsole);
     }

@@ -42,12 +42,12 @@ bool KConverter::WriteBvh(const std::string& pPath, const KSampledTake& pTake)
     {
         if (SeverityOf(lMessage) == eWARNING || !lFile.GetOutput().HasFailed())
         {
-            mConsole.Message(SeverityOf(lMessage), ShownOutput(pPath), 0, lMessage.mText);
+            mConsole.Message(SeverityOf(lMessage), DisplayOutput(pPath), 0, lMessage.mText);
         }
     }
     if (!lOk && lFile.GetOutput().HasFailed())
     {
-        ReportOutput(lFile.GetOutput(), pPath, mConsole);
+        ReportOutputError(lFile.GetOutput(), pPath, mConsole);
     }
     else if (!lOk)
     {

@@ -17,7 +17,7 @@ class App;
 namespace asfapp
 {
 
-/// What a file is written as.
+/// Format of an output file.
 enum EOutputKind
 {
     eOUT_ASF,
@@ -30,19 +30,19 @@ enum EOutputKind
 /// A file to write.
 struct KConvertOutput
 {
-    std::string mPath; ///< May hold {name}, for which the take's name is put.
+    std::string mPath; ///< May contain {name}, which the take's name replaces.
     EOutputKind mKind = eOUT_BVH;
 };
 
-/// A moment in a take: seconds, or frames from its first one.
-struct KMoment
+/// A time in a take: seconds, or frames from its first one.
+struct KTakeTime
 {
     bool   mIsSet = false;
     bool   mIsFrame = false;
     double mValue = 0;
 };
 
-/// What `asf convert` was asked for: the words of the command line, and what they mean once TakeConvertOptions() took them.
+/// Options of `asf convert`: the arguments, and the values that ParseConvertOptions() makes of them.
 struct KConvertOptions
 {
     std::vector<std::string> mFiles;
@@ -64,7 +64,7 @@ struct KConvertOptions
     std::string              mUp;
     std::string              mMesh;
     std::string              mChannels;
-    double                   mLengthUnit = 0; ///< 0: the skeleton's that was read, else 1.
+    double                   mLengthUnit = 0; ///< 0: that of the skeleton read, else 1.
     std::string              mTranslations = "moving";
     std::string              mBasePose = "rest";
     bool                     mRaw = false;
@@ -73,9 +73,9 @@ struct KConvertOptions
     int                      mThreads = 0;
 
     std::vector<KConvertOutput> mTargets;
-    double                      mRate = 0; ///< Of --fps; 0: the motion's own.
-    KMoment                     mSince;    ///< --start
-    KMoment                     mUntil;    ///< --end
+    double                      mRate = 0; ///< --fps; 0: the motion's rate.
+    KTakeTime                   mStartTime;
+    KTakeTime                   mEndTime;
     qexsdk::ERotationOrder      mOrder = qexsdk::eEULER_XYZ;
 
     bool Writes(EOutputKind pKind) const;
@@ -84,13 +84,13 @@ struct KConvertOptions
 /// Adds the options to the command.
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);
 
-/// Makes `-o A.asf B.amc` two options with a name each, so that no name of an input is taken for an output's.
+/// Splits `-o A.asf B.amc` into two options with one name each, so that -o never consumes the name of an input.
 std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments);
 
-/// Finds out what the words mean. False after an error.
-bool TakeConvertOptions(KConvertOptions& pOptions, KConsole& pConsole);
+/// Parses and checks the arguments. False after an error.
+bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole);
 
-/// The part of the options that is about reading.
+/// The options for reading.
 KFigureOptions FigureOptions(const KConvertOptions& pOptions);
 
 } // namespace asfapp

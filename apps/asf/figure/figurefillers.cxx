@@ -13,7 +13,7 @@ using qexsdk::KQexAnimLayer;
 using qexsdk::KQexNode;
 using KVector = qexsdk::qexVectorTemplate3<double>;
 
-const std::string kFiller = "Dummy";
+const std::string kDummySuffix = "Dummy";
 
 template <typename TVector>
 bool IsNear(const TVector& pValue, double pExpected)
@@ -22,7 +22,7 @@ bool IsNear(const TVector& pValue, double pExpected)
            std::fabs(pValue.mData[2] - pExpected) < 1e-6;
 }
 
-bool IsStill(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
+bool IsAnimated(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 {
     for (const KFigureTake& lTake : pTakes)
     {
@@ -30,51 +30,52 @@ bool IsStill(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
         if (qexsdk::LeavesRest(pNode.mLocalTranslation, lLayer) || qexsdk::LeavesRest(pNode.mLocalRotation, lLayer) ||
             qexsdk::LeavesRest(pNode.mLocalScaling, lLayer))
         {
-            return false;
+            return true;
         }
     }
-    return true;
+    return false;
 }
 
-/// Only a shift can be handed to the children as it is.
-bool IsShift(const KQexNode& pNode)
+/// Only a pure translation can be moved to the children unchanged.
+bool IsPureTranslation(const KQexNode& pNode)
 {
     return IsNear(pNode.mLocalRotation.Get(), 0) && IsNear(pNode.mLocalScaling.Get(), 1) && IsNear(pNode.GetPreRotation(), 0) &&
            IsNear(pNode.GetPostRotation(), 0);
 }
 
-void ShiftCurves(KQexNode& pNode, KQexAnimLayer* pLayer, const double* pShift)
+void TranslateCurves(KQexNode& pNode, KQexAnimLayer* pLayer, const double* pOffset)
 {
     qexsdk::KQexAnimCurveNode* lCurves = pNode.mLocalTranslation.GetCurveNode(pLayer, false);
     for (unsigned int lAxis = 0; lCurves != nullptr && lAxis < 3; ++lAxis)
     {
-        lCurves->SetChannelValue(lAxis, lCurves->GetChannelValue<double>(lAxis, 0.0) + pShift[lAxis]);
+        lCurves->SetChannelValue(lAxis, lCurves->GetChannelValue<double>(lAxis, 0.0) + pOffset[lAxis]);
         qexsdk::KQexAnimCurve* lCurve = lCurves->GetCurve(lAxis);
         for (int lKey = 0; lCurve != nullptr && lKey < lCurve->GetKeyCount(); ++lKey)
         {
-            lCurve->SetValue(lKey, static_cast<float>(lCurve->GetValue(lKey) + pShift[lAxis]));
+            lCurve->SetValue(lKey, static_cast<float>(lCurve->GetValue(lKey) + pOffset[lAxis]));
         }
     }
 }
 
-void Shift(KQexNode& pNode, const double* pShift, const std::vector<KFigureTake>& pTakes)
+void Translate(KQexNode& pNode, const double* pOffset, const std::vector<KFigureTake>& pTakes)
 {
     const KVector lOld = pNode.mLocalTranslation.Get();
-    pNode.mLocalTranslation.Set(KVector(lOld.mData[0] + pShift[0], lOld.mData[1] + pShift[1], lOld.mData[2] + pShift[2]));
+    pNode.mLocalTranslation.Set(KVector(lOld.mData[0] + pOffset[0], lOld.mData[1] + pOffset[1], lOld.mData[2] + pOffset[2]));
     for (const KFigureTake& lTake : pTakes)
     {
-        ShiftCurves(pNode, lTake.mStack->GetMember<KQexAnimLayer>(0), pShift);
+        TranslateCurves(pNode, lTake.mStack->GetMember<KQexAnimLayer>(0), pOffset);
     }
 }
 
-void TakeOut(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
+void RemoveDummy(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 {
-    const KVector             lPlace = pNode.mLocalTranslation.Get();
-    const qexsdk::KQexVector4 lOffset = pNode.GetRotationOffset();
-    const double lShift[3] = {lPlace.mData[0] + lOffset.mData[0], lPlace.mData[1] + lOffset.mData[1], lPlace.mData[2] + lOffset.mData[2]};
+    const KVector             lTranslation = pNode.mLocalTranslation.Get();
+    const qexsdk::KQexVector4 lRotationOffset = pNode.GetRotationOffset();
+    const double lOffset[3] = {lTranslation.mData[0] + lRotationOffset.mData[0], lTranslation.mData[1] + lRotationOffset.mData[1],
+                               lTranslation.mData[2] + lRotationOffset.mData[2]};
     while (KQexNode* lChild = pNode.GetFirstChild())
     {
-        Shift(*lChild, lShift, pTakes);
+        Translate(*lChild, lOffset, pTakes);
         pNode.GetParent()->AddChild(lChild);
     }
     pNode.Destroy(true, false);
@@ -82,12 +83,12 @@ void TakeOut(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 
 } // namespace
 
-bool IsNamedAsFiller(const KQexNode& pNode)
+bool IsDummyByName(const KQexNode& pNode)
 {
     const std::string lName = pNode.GetName();
     for (const KQexNode* lChild = pNode.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
     {
-        if (lChild->GetName() + kFiller == lName)
+        if (lChild->GetName() + kDummySuffix == lName)
         {
             return true;
         }
@@ -95,21 +96,21 @@ bool IsNamedAsFiller(const KQexNode& pNode)
     return false;
 }
 
-int RemoveFillers(KQexNode* pRoot, const std::vector<KFigureTake>& pTakes)
+int RemoveDummyNodes(KQexNode* pRoot, const std::vector<KFigureTake>& pTakes)
 {
-    std::vector<KQexNode*> lFillers;
+    std::vector<KQexNode*> lDummies;
     for (KQexNode* lNode = pRoot->GetNextInTree(pRoot); lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        if (IsNamedAsFiller(*lNode) && IsShift(*lNode) && IsStill(*lNode, pTakes))
+        if (IsDummyByName(*lNode) && IsPureTranslation(*lNode) && !IsAnimated(*lNode, pTakes))
         {
-            lFillers.push_back(lNode);
+            lDummies.push_back(lNode);
         }
     }
-    for (KQexNode* lFiller : lFillers)
+    for (KQexNode* lDummy : lDummies)
     {
-        TakeOut(*lFiller, pTakes);
+        RemoveDummy(*lDummy, pTakes);
     }
-    return static_cast<int>(lFillers.size());
+    return static_cast<int>(lDummies.size());
 }
 
 } // namespace asfapp

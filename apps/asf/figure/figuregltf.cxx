@@ -4,7 +4,7 @@
 #include <apps/asf/progress.h>
 
 /// \file
-/// Everything of a figure that is about glTF, which a build may leave out.
+/// Reading and writing figures as glTF; stubs in a build without glTF.
 
 namespace asfapp
 {
@@ -14,11 +14,11 @@ namespace asfapp
 namespace
 {
 
-void PrintGltfMessages(const qexsdk::KQexFileGltf& pFile, const std::string& pShown, KConsole& pConsole)
+void PrintGltfMessages(const qexsdk::KQexFileGltf& pFile, const std::string& pDisplayPath, KConsole& pConsole)
 {
     for (const qexsdk::KQexTextMessage& lMessage : pFile.GetMessages())
     {
-        pConsole.Message(SeverityOf(lMessage), pShown, 0, lMessage.mText);
+        pConsole.Message(SeverityOf(lMessage), pDisplayPath, 0, lMessage.mText);
     }
 }
 
@@ -46,7 +46,7 @@ bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions& pOpti
         };
         lOk = ReadGltf(pFile, lReader, mScene, lOptions, lResult);
     }
-    PrintGltfMessages(lReader, pFile.GetShown(), pConsole);
+    PrintGltfMessages(lReader, pFile.GetDisplayPath(), pConsole);
     if (!lOk)
     {
         pConsole.Raise(eEXIT_INPUT);
@@ -107,7 +107,7 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
         };
         lOk = lFile.WriteBuffer(lBytes, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, ShownOutput(lPath), mConsole);
+    PrintGltfMessages(lFile, DisplayOutput(lPath), mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);
@@ -116,7 +116,7 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
     lOut.Write(lBytes.data(), lBytes.size());
     if (!lOut.Prepare())
     {
-        ReportOutput(lOut, lPath, mConsole);
+        ReportOutputError(lOut, lPath, mConsole);
         return false;
     }
     return true;
@@ -125,7 +125,7 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 bool KConverter::WriteGltf(const KConvertOutput& pOutput)
 {
     const std::string            lPath = PathOf(pOutput, mTakes.front());
-    const std::string            lShown = ShownOutput(lPath); // Behind the writing nothing may fail any more.
+    const std::string            lDisplayPath = DisplayOutput(lPath); // Made first: after writing, nothing may fail.
     qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
     qexsdk::KQexFileGltf         lFile;
     bool                         lOk = false;
@@ -137,7 +137,7 @@ bool KConverter::WriteGltf(const KConvertOutput& pOutput)
         };
         lOk = lFile.Write(lPath, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, lShown, mConsole);
+    PrintGltfMessages(lFile, lDisplayPath, mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);
@@ -150,10 +150,10 @@ bool KConverter::WriteGltf(const KConvertOutput& pOutput)
 namespace
 {
 
-bool SayThereIsNone(const std::string& pPath, KConsole& pConsole)
+bool ReportNoGltf(const std::string& pPath, KConsole& pConsole)
 {
-    pConsole.Message(eERROR, pPath, 0, "is glTF, which this asf was built without");
-    pConsole.Raise(eEXIT_CALL);
+    pConsole.Message(eERROR, pPath, 0, "is glTF, but this asf was built without it");
+    pConsole.Raise(eEXIT_USAGE);
     return false;
 }
 
@@ -161,17 +161,17 @@ bool SayThereIsNone(const std::string& pPath, KConsole& pConsole)
 
 bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions&, KConsole& pConsole)
 {
-    return SayThereIsNone(pFile.GetShown(), pConsole);
+    return ReportNoGltf(pFile.GetDisplayPath(), pConsole);
 }
 
 bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 {
-    return SayThereIsNone(pOutput.mPath, mConsole);
+    return ReportNoGltf(pOutput.mPath, mConsole);
 }
 
 bool KConverter::WriteGltf(const KConvertOutput& pOutput)
 {
-    return SayThereIsNone(pOutput.mPath, mConsole);
+    return ReportNoGltf(pOutput.mPath, mConsole);
 }
 
 #endif

@@ -10,7 +10,7 @@ namespace asfapp
 namespace
 {
 
-EFileKind KindOf(const std::string& pWord)
+EFileKind ParseKind(const std::string& pWord)
 {
     return pWord == "asf" ? eKIND_ASF : pWord == "amc" ? eKIND_AMC : pWord == "bvh" ? eKIND_BVH : eKIND_GLTF;
 }
@@ -35,7 +35,7 @@ std::vector<std::string> KFigureInput::GetPaths() const
     }
     if (mFigure.GetKind() == eKIND_GLTF && LowerExtension(mFigure.GetPath()) == ".gltf")
     {
-        // What the file calls its numbers is not known yet; this is how they are mostly called.
+        // The file has not been read, so the name of its buffer is unknown; this is the usual one.
         lPaths.push_back(mFigure.GetPath().substr(0, mFigure.GetPath().size() - 5) + ".bin");
     }
     return lPaths;
@@ -52,7 +52,7 @@ bool OpenFiles(const std::vector<std::string>& pPaths, const std::string& pFrom,
         }
         if (!pFrom.empty() && pPaths.size() == 1)
         {
-            pFiles[lIndex].SetKind(KindOf(pFrom));
+            pFiles[lIndex].SetKind(ParseKind(pFrom));
         }
     }
     return true;
@@ -62,10 +62,10 @@ bool KFigureInput::Open(const std::vector<std::string>& pPaths, const std::strin
                         KConsole& pConsole)
 {
     std::vector<KInputFile> lFiles;
-    return OpenFiles(pPaths, pFrom, lFiles, pConsole) && Take(std::move(lFiles), pOptions, pConsole);
+    return OpenFiles(pPaths, pFrom, lFiles, pConsole) && Assign(std::move(lFiles), pOptions, pConsole);
 }
 
-bool KFigureInput::Take(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole)
+bool KFigureInput::Assign(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole)
 {
     bool lHasFigure = false;
     for (KInputFile& lFile : pFiles)
@@ -77,7 +77,7 @@ bool KFigureInput::Take(std::vector<KInputFile> pFiles, const KMotionOptions& pO
         }
         if (lHasFigure)
         {
-            pConsole.Fail(eEXIT_CALL, "one figure at a time is expected, not " + mFigure.GetShown() + " and " + lFile.GetShown());
+            pConsole.Fail(eEXIT_USAGE, "expected one figure, not " + mFigure.GetDisplayPath() + " and " + lFile.GetDisplayPath());
             return false;
         }
         mFigure = std::move(lFile);
@@ -85,29 +85,30 @@ bool KFigureInput::Take(std::vector<KInputFile> pFiles, const KMotionOptions& pO
     }
     if (lHasFigure && !pOptions.mAsf.empty())
     {
-        pConsole.Fail(eEXIT_CALL, "--asf is for AMC files given alone, not beside " + mFigure.GetShown());
+        pConsole.Fail(eEXIT_USAGE, "--asf is for AMC files given alone, not with " + mFigure.GetDisplayPath());
         return false;
     }
-    return CheckTogether(lHasFigure, pConsole) && (lHasFigure || FindSkeletonOfAll(pOptions, pConsole));
+    return CheckFiles(lHasFigure, pConsole) && (lHasFigure || FindSharedSkeleton(pOptions, pConsole));
 }
 
-bool KFigureInput::CheckTogether(bool pHasFigure, KConsole& pConsole) const
+bool KFigureInput::CheckFiles(bool pHasFigure, KConsole& pConsole) const
 {
     if (pHasFigure && mFigure.GetKind() != eKIND_ASF && !mMotions.empty())
     {
-        pConsole.Fail(eEXIT_CALL, mFigure.GetShown() + " has its own motion: " + mMotions.front().GetShown() + " needs an ASF file");
+        pConsole.Fail(eEXIT_USAGE,
+                      mFigure.GetDisplayPath() + " has its own motion: " + mMotions.front().GetDisplayPath() + " needs an ASF file");
         return false;
     }
     if (!pHasFigure && mMotions.empty())
     {
-        pConsole.Fail(eEXIT_CALL, "a file to read is expected");
+        pConsole.Fail(eEXIT_USAGE, "an input file is required");
         return false;
     }
     return true;
 }
 
-/// All motions go onto one skeleton: they have to agree on it.
-bool KFigureInput::FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& pConsole)
+/// All motions must have the same skeleton.
+bool KFigureInput::FindSharedSkeleton(const KMotionOptions& pOptions, KConsole& pConsole)
 {
     std::string lPath = pOptions.mAsf;
     for (size_t lIndex = 0; lIndex < mMotions.size() && pOptions.mAsf.empty(); ++lIndex)
@@ -119,8 +120,8 @@ bool KFigureInput::FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& p
         }
         if (lIndex > 0 && lFound != lPath)
         {
-            pConsole.Fail(eEXIT_CALL, mMotions.front().GetShown() + " and " + mMotions[lIndex].GetShown() +
-                                          " have different skeletons: convert them one by one, or tell with --asf FILE");
+            pConsole.Fail(eEXIT_USAGE, mMotions.front().GetDisplayPath() + " and " + mMotions[lIndex].GetDisplayPath() +
+                                           " have different skeletons: convert them one by one, or choose one with --asf FILE");
             return false;
         }
         lPath = lFound;
@@ -131,8 +132,8 @@ bool KFigureInput::FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& p
     }
     if (mFigure.GetKind() != eKIND_ASF)
     {
-        pConsole.Message(eERROR, mFigure.GetShown(), 0, "is no skeleton, where one is expected");
-        pConsole.Raise(eEXIT_CALL);
+        pConsole.Message(eERROR, mFigure.GetDisplayPath(), 0, "is not an ASF file");
+        pConsole.Raise(eEXIT_USAGE);
         return false;
     }
     return true;

@@ -39,7 +39,7 @@ bool KFigureScene::Load(const KFigureInput& pInput, const KFigureOptions& pOptio
     {
         for (KQexNode* lRoot : mRoots)
         {
-            RemoveFillers(lRoot, mTakes);
+            RemoveDummyNodes(lRoot, mTakes);
         }
     }
     mScene->GetEvaluator()->SetContext(mTakes.empty() ? nullptr : mTakes.front().mStack);
@@ -48,12 +48,12 @@ bool KFigureScene::Load(const KFigureInput& pInput, const KFigureOptions& pOptio
 
 bool KFigureScene::LoadAcclaim(const KFigureInput& pInput, const KFigureOptions& pOptions, KConsole& pConsole)
 {
-    // Positions are exact to single precision without pre-rotations; limits come along beside the scene.
+    // Without pre-rotations, positions are exact to single precision. Limits are kept in mDofs, not in the scene.
     qexsdk::KQexImportAcclaimOptions lOptions;
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mSetLimits = false;
     lOptions.mKeepAsfScene = true;
-    lOptions.mSamplesPerSecond = pOptions.mSamples;
+    lOptions.mSamplesPerSecond = pOptions.mMotionRate;
     lOptions.mRotationFilter = pOptions.mFilter;
     lOptions.mUseConstantKeyReducer = pOptions.mReduce;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;
@@ -118,7 +118,7 @@ bool KFigureScene::LoadBvh(const KInputFile& pFile, const KFigureOptions& pOptio
         };
         lOk = pFile.OpenFor(lReader) && lReader.Read(mScene, lOptions, lResult);
     }
-    PrintTextMessages(lReader, pFile.GetShown(), pConsole);
+    PrintTextMessages(lReader, pFile.GetDisplayPath(), pConsole);
     if (!lOk)
     {
         pConsole.Raise(pFile.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
@@ -135,7 +135,6 @@ bool KFigureScene::LoadBvh(const KInputFile& pFile, const KFigureOptions& pOptio
     return true;
 }
 
-/// A name that is no take's names the only one.
 bool KFigureScene::PickTake(const std::string& pName, KConsole& pConsole)
 {
     if (pName.empty())
@@ -152,21 +151,21 @@ bool KFigureScene::PickTake(const std::string& pName, KConsole& pConsole)
         }
         lList += (lList.empty() ? "" : ", ") + lTake.mName;
     }
-    pConsole.Fail(eEXIT_CALL, "--take: there is no take " + pName + (lList.empty() ? "" : "; there are " + lList));
+    pConsole.Fail(eEXIT_USAGE, "--take: there is no take " + pName + (lList.empty() ? "" : "; there are " + lList));
     return false;
 }
 
 bool CheckSpan(const KFigureTake& pTake, const qexsdk::KQexSampling& pSampling, KConsole& pConsole)
 {
-    // Some sixteen times as many as there are is what a motion at one frame a second becomes at a film's rate.
-    constexpr long long kAlways = 1000000;
-    constexpr long long kForEach = 16;
-    if (pTake.mFrames == 0 || pSampling.mCount <= kAlways || pSampling.mCount / kForEach <= pTake.mFrames)
+    // The factor leaves room for sparse files, such as one with a frame per second numbered at film rate.
+    constexpr long long kAlwaysAllowed = 1000000;
+    constexpr long long kAllowedPerFrame = 16;
+    if (pTake.mFrames == 0 || pSampling.mCount <= kAlwaysAllowed || pSampling.mCount / kAllowedPerFrame <= pTake.mFrames)
     {
         return true;
     }
-    pConsole.Fail(eEXIT_INPUT, "there are " + std::to_string(pSampling.mCount) + " frames between the first and the last moment of " +
-                                   pTake.mName + ", of which its file has only " + std::to_string(pTake.mFrames));
+    pConsole.Fail(eEXIT_INPUT, "take " + pTake.mName + " spans " + std::to_string(pSampling.mCount) + " frames, but its file has only " +
+                                   std::to_string(pTake.mFrames));
     return false;
 }
 

@@ -13,34 +13,34 @@
 namespace asfapp
 {
 
-/// The files that a figure is read from: a skeleton and its motions, or one file of another format that holds both.
+/// The files of a figure: a skeleton and its motions, or one file of another format with both.
 struct KFigureInput
 {
     KInputFile              mFigure;  ///< ASF, BVH or glTF.
-    std::vector<KInputFile> mMotions; ///< AMC files; none beside another format than ASF.
+    std::vector<KInputFile> mMotions; ///< AMC files; empty unless mFigure is ASF.
 
-    /// The paths of all files that are read.
+    /// Paths of all files to read.
     std::vector<std::string> GetPaths() const;
 
-    /// Looks at \p pPaths and sorts them; of motions alone the skeleton is --asf's or found. \p pFrom: asf, amc, bvh, glb, gltf or,
-    /// when empty, as the files look. False after an error.
+    /// Opens \p pPaths and detects their formats. For motions alone, the skeleton is --asf or searched for. \p pFrom: the format of a
+    /// single file (asf, amc, bvh, glb, gltf); empty: detected. False after an error.
     bool Open(const std::vector<std::string>& pPaths, const std::string& pFrom, const KMotionOptions& pOptions, KConsole& pConsole);
 
-    /// The same for files that were opened before.
-    bool Take(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole);
+    /// The same for files that are already open.
+    bool Assign(std::vector<KInputFile> pFiles, const KMotionOptions& pOptions, KConsole& pConsole);
 
 private:
-    bool FindSkeletonOfAll(const KMotionOptions& pOptions, KConsole& pConsole);
-    bool CheckTogether(bool pHasFigure, KConsole& pConsole) const;
+    bool FindSharedSkeleton(const KMotionOptions& pOptions, KConsole& pConsole);
+    bool CheckFiles(bool pHasFigure, KConsole& pConsole) const;
 };
 
-/// How a figure is read.
+/// Options for reading a figure.
 struct KFigureOptions
 {
-    double                     mSamples = 0;           ///< Frames a second of AMC motions; 0: their own, else 120.
-    double                     mSampleRate = 0;        ///< Frames a second at which curves of glTF are sampled; 0: their own.
-    std::string                mTake;                  ///< Name of the take of a lone motion; one of the takes where there are several.
-    bool                       mRemoveDummies = false; ///< Leave out bones that only fill a gap.
+    double                     mMotionRate = 0;        ///< Frames per second of AMC motions; 0: the file's rate, else 120.
+    double                     mSampleRate = 0;        ///< Frames per second at which glTF curves are sampled; 0: that of their keys.
+    std::string                mTake;                  ///< Name for the take of a single motion; else the take to pick.
+    bool                       mRemoveDummies = false; ///< Leave out dummy bones.
     bool                       mKeepGoodFrames = false;
     bool                       mReduce = false;
     qexsdk::KQexRotationFilter mFilter = qexsdk::eROTATION_FILTER_UNROLL;
@@ -49,17 +49,17 @@ struct KFigureOptions
 /// A motion of a figure.
 struct KFigureTake
 {
-    std::string            mName; ///< Of the take, or of its file without folder and extension.
+    std::string            mName; ///< The take's name, or its file's without folder and extension.
     qexsdk::KQexAnimStack* mStack = nullptr;
-    bool                   mIsSingle = false; ///< One frame, though there are keys behind it.
-    long long              mFrames = 0;       ///< Frames of the file where they need not be evenly spaced, else 0.
+    bool                   mIsSingle = false; ///< One frame, even if the stack has a second key.
+    long long              mFrames = 0;       ///< Frames in the file, for formats with gaps between frames; else 0.
 };
 
-/// Says so when \p pSampling has far more frames than the file that \p pTake comes from: a file of two frames whose numbers are a
-/// thousand millions apart would otherwise fill a disk. False then.
+/// False, with an error, if \p pSampling has far more frames than the file of \p pTake: a file of two frames whose numbers are a
+/// thousand million apart would otherwise fill a disk.
 bool CheckSpan(const KFigureTake& pTake, const qexsdk::KQexSampling& pSampling, KConsole& pConsole);
 
-/// A figure in a host scene, whatever format it came from. In centimetres, y up.
+/// A figure of any format, in a host scene. Centimetres, y up.
 class KFigureScene
 {
 public:
@@ -68,28 +68,28 @@ public:
     KFigureScene(const KFigureScene&) = delete;
     KFigureScene& operator=(const KFigureScene&) = delete;
 
-    /// Reads \p pInput and prints the messages. Once for each object. False after an error.
+    /// Reads \p pInput and prints the messages. Call once per object. False after an error.
     bool Load(const KFigureInput& pInput, const KFigureOptions& pOptions, KConsole& pConsole);
 
     qexsdk::KQexScene&                    GetScene() const { return *mScene; }
     const std::vector<qexsdk::KQexNode*>& GetRoots() const { return mRoots; }
 
-    /// The node to make a skeleton of: the only root, or the scene's own above several.
+    /// The top node of the skeleton: the only root, or the scene's root node if there are several.
     qexsdk::KQexNode* GetTop() const { return mRoots.size() == 1 ? mRoots.front() : mScene->GetRootNode(); }
 
-    /// The takes asked for, in the order of the files; none for a figure at rest.
+    /// The takes to use, in the order of the files; empty for a figure without motion.
     const std::vector<KFigureTake>& GetTakes() const { return mTakes; }
 
-    /// Degrees of freedom and limits by bone; null when the format has none.
+    /// Degrees of freedom and limits by bone; null if the file has none.
     const qexsdk::KQexBoneDofs* GetBoneDofs() const { return mHasDofs ? &mDofs : nullptr; }
 
-    /// Leaves the limits, not the degrees of freedom, out of GetBoneDofs().
+    /// Removes the limits, not the degrees of freedom, from GetBoneDofs().
     void DropLimits();
 
-    /// The skeleton that was read, null for other formats.
+    /// The ASF skeleton that was read; null for other formats.
     qexsdk::KQexAsfScene* GetSkeleton() const { return mSkeleton.get(); }
 
-    /// What its file said beyond it; empty without one.
+    /// What its file holds beyond the model; empty without a skeleton.
     const qexsdk::KQexAmcSkeletonNotes& GetSkeletonNotes() const { return mSkeletonNotes; }
 
 private:
@@ -107,19 +107,19 @@ private:
     qexsdk::KQexAmcSkeletonNotes   mSkeletonNotes;
 };
 
-/// Opens all of \p pPaths. \p pFrom tells what a lone one is. False after an error.
+/// Opens all of \p pPaths. \p pFrom is the format of a single file, empty to detect it. False after an error.
 bool OpenFiles(const std::vector<std::string>& pPaths, const std::string& pFrom, std::vector<KInputFile>& pFiles, KConsole& pConsole);
 
 /// A file's name without its folder and extension; "motion" for standard input.
 std::string FileStem(const std::string& pPath);
 
-/// Whether a node is called like one that an export put in front of another: after a child, with "Dummy" behind it.
-bool IsNamedAsFiller(const qexsdk::KQexNode& pNode);
+/// Whether a node has the name of a dummy that an export inserted: that of one of its children, with the suffix "Dummy".
+bool IsDummyByName(const qexsdk::KQexNode& pNode);
 
-/// Takes out nodes that an export put in front of others to fill a gap: named after a child with "Dummy" behind it, never turned, and
-/// moved by no take. The children keep their places; they go behind their new brothers.
-/// \return the number of nodes taken out
-int RemoveFillers(qexsdk::KQexNode* pRoot, const std::vector<KFigureTake>& pTakes);
+/// Removes dummy nodes that an export inserted to fill a gap: see IsDummyByName(), a pure translation at rest, and animated by no take.
+/// Their children keep their positions and are appended to the parent's.
+/// \return the number of nodes removed
+int RemoveDummyNodes(qexsdk::KQexNode* pRoot, const std::vector<KFigureTake>& pTakes);
 
 } // namespace asfapp
 

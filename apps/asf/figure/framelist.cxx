@@ -9,7 +9,7 @@ namespace asfapp
 namespace
 {
 
-/// Reads the pieces of one entry of the list from its beginning.
+/// Tokenizer for one entry of the list.
 class KEntryReader
 {
 public:
@@ -19,27 +19,27 @@ public:
     {
         if (Word("first") || Word("last"))
         {
-            pValue = mText.compare(mPlace - 4, 4, "last") == 0 ? mNumbers.back() : mNumbers.front();
+            pValue = mText.compare(mPosition - 4, 4, "last") == 0 ? mNumbers.back() : mNumbers.front();
             return true;
         }
-        const auto lResult = std::from_chars(mText.data() + mPlace, mText.data() + mText.size(), pValue);
-        mPlace = static_cast<size_t>(lResult.ptr - mText.data());
+        const auto lResult = std::from_chars(mText.data() + mPosition, mText.data() + mText.size(), pValue);
+        mPosition = static_cast<size_t>(lResult.ptr - mText.data());
         return lResult.ec == std::errc();
     }
 
     bool Word(const std::string& pWord)
     {
-        const bool lIs = mText.compare(mPlace, pWord.size(), pWord) == 0;
-        mPlace += lIs ? pWord.size() : 0;
-        return lIs;
+        const bool lMatches = mText.compare(mPosition, pWord.size(), pWord) == 0;
+        mPosition += lMatches ? pWord.size() : 0;
+        return lMatches;
     }
 
-    bool AtEnd() const { return mPlace == mText.size(); }
+    bool AtEnd() const { return mPosition == mText.size(); }
 
 private:
     const std::string&            mText;
     const std::vector<long long>& mNumbers;
-    size_t                        mPlace = 0;
+    size_t                        mPosition = 0;
 };
 
 std::string PickEntry(const std::string& pEntry, const std::vector<long long>& pNumbers, std::vector<size_t>& pIndices)
@@ -54,26 +54,26 @@ std::string PickEntry(const std::string& pEntry, const std::vector<long long>& p
     lOk = lOk && (!lRange || lReader.Number(lLast)) && (!lRange || !lReader.Word(":") || lReader.Number(lStep));
     if (!lOk || !lReader.AtEnd() || lStep < 1)
     {
-        return "a frame number or a range is expected, such as 1, 100-200, 1-last:10 or last, not \"" + pEntry + "\"";
+        return "expected a frame number or range, such as 1, 100-200, 1-last:10 or last, not \"" + pEntry + "\"";
     }
-    const std::string lHas = ": the motion has frames " + std::to_string(pNumbers.front()) + " to " + std::to_string(pNumbers.back());
+    const std::string lAvailable = ": the motion has frames " + std::to_string(pNumbers.front()) + " to " + std::to_string(pNumbers.back());
     if (lFirst > lLast)
     {
         return "the range " + pEntry + " ends before it begins";
     }
     if (lFirst < pNumbers.front() || lLast > pNumbers.back())
     {
-        return "there is no frame " + std::to_string(lFirst < pNumbers.front() ? lFirst : lLast) + lHas;
+        return "there is no frame " + std::to_string(lFirst < pNumbers.front() ? lFirst : lLast) + lAvailable;
     }
     const size_t lBefore = pIndices.size();
     const auto   lBegin = std::lower_bound(pNumbers.begin(), pNumbers.end(), lFirst);
-    for (auto lPlace = lBegin; lPlace != pNumbers.end() && *lPlace <= lLast; ++lPlace)
+    for (auto lNumber = lBegin; lNumber != pNumbers.end() && *lNumber <= lLast; ++lNumber)
     {
-        // The difference of two numbers of any sign may not fit; counted without one it does.
-        const unsigned long long lAway = static_cast<unsigned long long>(*lPlace) - static_cast<unsigned long long>(lFirst);
-        if (lAway % static_cast<unsigned long long>(lStep) == 0)
+        // The signed difference could overflow.
+        const unsigned long long lDistance = static_cast<unsigned long long>(*lNumber) - static_cast<unsigned long long>(lFirst);
+        if (lDistance % static_cast<unsigned long long>(lStep) == 0)
         {
-            pIndices.push_back(static_cast<size_t>(lPlace - pNumbers.begin()));
+            pIndices.push_back(static_cast<size_t>(lNumber - pNumbers.begin()));
         }
     }
     return pIndices.size() > lBefore ? std::string() : "the motion has no frame " + pEntry;
@@ -84,18 +84,18 @@ std::string PickEntry(const std::string& pEntry, const std::vector<long long>& p
 std::string PickFrames(const std::string& pText, const std::vector<long long>& pNumbers, std::vector<size_t>& pIndices)
 {
     pIndices.clear();
-    std::string lWrong = pNumbers.empty() ? "the motion has no frame" : "";
-    for (size_t lPlace = 0; lWrong.empty() && lPlace <= pText.size();)
+    std::string lError = pNumbers.empty() ? "the motion has no frame" : "";
+    for (size_t lPosition = 0; lError.empty() && lPosition <= pText.size();)
     {
-        const size_t lComma = std::min(pText.find(',', lPlace), pText.size());
-        lWrong = PickEntry(pText.substr(lPlace, lComma - lPlace), pNumbers, pIndices);
-        lPlace = lComma + 1;
+        const size_t lComma = std::min(pText.find(',', lPosition), pText.size());
+        lError = PickEntry(pText.substr(lPosition, lComma - lPosition), pNumbers, pIndices);
+        lPosition = lComma + 1;
     }
-    if (!lWrong.empty())
+    if (!lError.empty())
     {
         pIndices.clear();
     }
-    return lWrong;
+    return lError;
 }
 
 } // namespace asfapp

@@ -39,19 +39,20 @@ bool ParseRate(const std::string& pText, double& pRate)
 
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
 {
-    pCommand.add_option("--asf", pOptions.mAsf, "Skeleton of the motion; without it, it is looked for beside the motion")
+    pCommand.add_option("--asf", pOptions.mAsf, "Skeleton of the motion (default: searched for in the motion's folder)")
         ->option_text("FILE");
-    pCommand.add_option("--fps", pOptions.mFps, "Frames a second, as 120, 23.976 or 30000/1001; without it the file's own, else 120")
+    pCommand
+        .add_option("--fps", pOptions.mFps, "Frames per second, such as 120, 23.976 or 30000/1001 (default: the file's rate, else 120)")
         ->option_text("RATE");
-    pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "Neither notes nor a progress bar");
+    pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No notes, no progress bar");
 }
 
-bool TakeMotionOptions(KMotionOptions& pOptions, KConsole& pConsole)
+bool ApplyMotionOptions(KMotionOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
-    if (!pOptions.mFps.empty() && !ParseRate(pOptions.mFps, pOptions.mSamples))
+    if (!pOptions.mFps.empty() && !ParseRate(pOptions.mFps, pOptions.mMotionRate))
     {
-        pConsole.Fail(eEXIT_CALL, "--fps: a number or a fraction above zero is expected, such as 120 or 30000/1001, not " + pOptions.mFps);
+        pConsole.Fail(eEXIT_USAGE, "--fps: expected a positive number or fraction, such as 120 or 30000/1001, not " + pOptions.mFps);
         return false;
     }
     return true;
@@ -65,8 +66,8 @@ bool KMotionInput::OpenSkeleton(const std::string& pPath, KConsole& pConsole)
     }
     if (mSkeleton.GetKind() != eKIND_ASF)
     {
-        pConsole.Message(eERROR, mSkeleton.GetShown(), 0, "is a motion, where a skeleton is expected");
-        pConsole.Raise(eEXIT_CALL);
+        pConsole.Message(eERROR, mSkeleton.GetDisplayPath(), 0, "is a motion, but a skeleton is expected");
+        pConsole.Raise(eEXIT_USAGE);
         return false;
     }
     return true;
@@ -93,8 +94,8 @@ bool KMotionInput::Open(const std::vector<std::string>& pPaths, const KMotionOpt
     }
     if (pPaths.size() == 1 && pMotionNeeded)
     {
-        pConsole.Message(eERROR, lFirst.GetShown(), 0, "is a skeleton, where a motion is expected");
-        pConsole.Raise(eEXIT_CALL);
+        pConsole.Message(eERROR, lFirst.GetDisplayPath(), 0, "is a skeleton, but a motion is expected");
+        pConsole.Raise(eEXIT_USAGE);
         return false;
     }
     if (pPaths.size() == 1)
@@ -107,15 +108,15 @@ bool KMotionInput::Open(const std::vector<std::string>& pPaths, const KMotionOpt
     {
         return false;
     }
-    const bool lOrder = lFirst.GetKind() == eKIND_ASF && lSecond.GetKind() == eKIND_AMC;
-    if (!pOptions.mAsf.empty() || (!lOrder && !(lFirst.GetKind() == eKIND_AMC && lSecond.GetKind() == eKIND_ASF)))
+    const bool lIsSkeletonFirst = lFirst.GetKind() == eKIND_ASF && lSecond.GetKind() == eKIND_AMC;
+    if (!pOptions.mAsf.empty() || (!lIsSkeletonFirst && !(lFirst.GetKind() == eKIND_AMC && lSecond.GetKind() == eKIND_ASF)))
     {
-        pConsole.Fail(eEXIT_CALL, "one skeleton and one motion are expected, not " + lFirst.GetShown() + " and " + lSecond.GetShown() +
-                                      (pOptions.mAsf.empty() ? "" : " beside --asf"));
+        pConsole.Fail(eEXIT_USAGE, "expected one skeleton and one motion, not " + lFirst.GetDisplayPath() + " and " +
+                                       lSecond.GetDisplayPath() + (pOptions.mAsf.empty() ? "" : " with --asf"));
         return false;
     }
-    mSkeleton = lOrder ? lFirst : lSecond;
-    mMotion = lOrder ? lSecond : lFirst;
+    mSkeleton = lIsSkeletonFirst ? lFirst : lSecond;
+    mMotion = lIsSkeletonFirst ? lSecond : lFirst;
     mHasMotion = true;
     return true;
 }
@@ -132,8 +133,8 @@ std::vector<std::string> KMotionInput::GetPaths() const
 
 void KMotionInput::RaiseFailure(KConsole& pConsole) const
 {
-    const bool lSystem = mSkeleton.FailsToRead() || (mHasMotion && mMotion.FailsToRead());
-    pConsole.Raise(lSystem ? eEXIT_SYSTEM : eEXIT_INPUT);
+    const bool lIsSystemError = mSkeleton.FailsToRead() || (mHasMotion && mMotion.FailsToRead());
+    pConsole.Raise(lIsSystemError ? eEXIT_SYSTEM : eEXIT_INPUT);
 }
 
 void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole)
@@ -141,26 +142,26 @@ void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pCo
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
         const bool lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
-        pConsole.Message(lError ? eERROR : eWARNING, ShownPath(lMessage.mPath.empty() ? "asf" : lMessage.mPath), lMessage.mMessage.mLine,
+        pConsole.Message(lError ? eERROR : eWARNING, DisplayPath(lMessage.mPath.empty() ? "asf" : lMessage.mPath), lMessage.mMessage.mLine,
                          lMessage.mMessage.mText);
     }
 }
 
-void PrintTextMessages(const qexsdk::KQexTextFile& pFile, const std::string& pShown, KConsole& pConsole)
+void PrintTextMessages(const qexsdk::KQexTextFile& pFile, const std::string& pDisplayPath, KConsole& pConsole)
 {
     KMessages lMessages;
     lMessages.mList = pFile.GetMessages();
     lMessages.mErrors = pFile.GetErrorCount();
     lMessages.mWarnings = pFile.GetWarningCount();
-    lMessages.Print(pShown, pConsole);
+    lMessages.Print(pDisplayPath, pConsole);
 }
 
 void NoteRate(const KInputFile& pMotion, const qexsdk::KQexAmcInfo& pInfo, KConsole& pConsole)
 {
     if (pInfo.mRateSource == qexsdk::eAMC_RATE_DEFAULT)
     {
-        pConsole.Message(eNOTE, pMotion.GetShown(), 0,
-                         "does not say how many frames a second it has: taken as " + Short(pInfo.mSamplesPerSecond));
+        pConsole.Message(eNOTE, pMotion.GetDisplayPath(), 0,
+                         "has no frame rate, using " + Short(pInfo.mSamplesPerSecond) + " frames per second");
     }
 }
 

@@ -24,12 +24,12 @@ KMotionScene::~KMotionScene()
 
 bool KMotionScene::Import(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole)
 {
-    // Positions are exact to single precision without pre-rotations; dummies are joints that users ask for.
+    // Without pre-rotations, positions are exact to single precision. Dummies are kept: their positions are wanted, too.
     qexsdk::KQexImportAcclaimOptions lOptions;
     lOptions.mSetLimits = false;
     lOptions.mRotationFilter = qexsdk::eROTATION_FILTER_UNROLL;
     lOptions.mTakeName = "motion";
-    lOptions.mSamplesPerSecond = pOptions.mSamples;
+    lOptions.mSamplesPerSecond = pOptions.mMotionRate;
     qexsdk::KQexImportAcclaimResult lResult;
     {
         KProgress lProgress("reading", pConsole);
@@ -56,21 +56,21 @@ bool KMotionScene::Import(const KMotionInput& pInput, const KMotionOptions& pOpt
 
 void KMotionScene::CollectJoints()
 {
-    std::unordered_map<const qexsdk::KQexNode*, int> lPlaces;
+    std::unordered_map<const qexsdk::KQexNode*, int> lIndices;
     for (qexsdk::KQexNode* lNode = mRoot; lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
     {
         KJoint lJoint;
         lJoint.mName = lNode->GetName();
-        const auto lParent = lPlaces.find(lNode->GetParent());
-        lJoint.mParent = lParent == lPlaces.end() ? -1 : lParent->second;
-        // The import switches rotation on for every bone, and for nothing else: names do not tell, a bone may be called NAME_End.
+        const auto lParent = lIndices.find(lNode->GetParent());
+        lJoint.mParent = lParent == lIndices.end() ? -1 : lParent->second;
+        // The importer activates rotation for bones only. The name is no criterion: a bone may be named NAME_End.
         lJoint.mIsEnd = !lNode->GetRotationActive();
-        lPlaces.emplace(lNode, static_cast<int>(mJoints.size()));
+        lIndices.emplace(lNode, static_cast<int>(mJoints.size()));
         mJoints.push_back(lJoint);
     }
 }
 
-/// Every sampled curve has a key at every frame; the first one found tells them all.
+/// Every sampled curve has a key at every frame, so the first curve found is enough.
 void KMotionScene::CollectFrames()
 {
     qexsdk::KQexAnimLayer* lLayer = mScene->GetEvaluator()->GetLayer();
@@ -92,7 +92,7 @@ void KMotionScene::CollectFrames()
     }
     if (mTimes.empty() || mInfo.mLowestFrame == mInfo.mHighestFrame)
     {
-        // Nothing moves, or a single frame, which was sampled a second time behind itself.
+        // Nothing moves, or a single frame, which the importer repeats one frame later.
         mTimes.assign(1, mInfo.mStart);
     }
     for (const qexsdk::KTime& lTime : mTimes)
@@ -110,8 +110,8 @@ void KMotionScene::Evaluate(size_t pIndex, std::vector<KPoint>& pPositions)
     }
     for (size_t lIndex = 0; lIndex < mJoints.size(); ++lIndex)
     {
-        const qexsdk::KQexVector4 lPlace = mTransforms.GetTransform(static_cast<int>(lIndex)).GetT();
-        pPositions[lIndex] = {lPlace.mData[0], lPlace.mData[1], lPlace.mData[2]};
+        const qexsdk::KQexVector4 lPosition = mTransforms.GetTransform(static_cast<int>(lIndex)).GetT();
+        pPositions[lIndex] = {lPosition.mData[0], lPosition.mData[1], lPosition.mData[2]};
     }
 }
 

@@ -12,15 +12,15 @@
 namespace asfapp
 {
 
-/// A joint of an imported skeleton: where a bone begins, or where a leaf bone ends.
+/// A joint of an imported skeleton: the start of a bone, or the end of a leaf bone.
 struct KJoint
 {
     std::string mName;
-    int         mParent = -1;   ///< Index of the joint it hangs on, -1 at the root.
-    bool        mIsEnd = false; ///< The end of a leaf bone, named after it with _End.
+    int         mParent = -1;   ///< Index of the parent joint, -1 for the root.
+    bool        mIsEnd = false; ///< The end of a leaf bone, named after it with the suffix _End.
 };
 
-/// A skeleton and its motion as a scene: where every joint is at every frame of the file.
+/// A skeleton and its motion as a scene; gives the position of every joint in every frame of the file.
 class KMotionScene
 {
 public:
@@ -29,22 +29,22 @@ public:
     KMotionScene(const KMotionScene&) = delete;
     KMotionScene& operator=(const KMotionScene&) = delete;
 
-    /// Imports \p pInput, prints the messages. False after an error.
+    /// Imports \p pInput and prints the messages. False after an error.
     bool Import(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole);
 
     /// All joints in pre-order, the root first.
     const std::vector<KJoint>& GetJoints() const { return mJoints; }
 
-    /// Numbers of the frames, ascending.
+    /// Frame numbers, ascending.
     const std::vector<long long>& GetFrames() const { return mFrames; }
 
-    /// Frames a second.
+    /// Frames per second.
     double GetRate() const { return mInfo.mSamplesPerSecond; }
 
     /// Seconds from the file's first frame to frame \p pIndex of GetFrames().
     double GetSeconds(size_t pIndex) const { return TimeOf(pIndex).GetSeconds(); }
 
-    /// World positions of all joints at frame \p pIndex of GetFrames(), in centimetres. Only for scenes that were imported.
+    /// World positions of all joints in frame \p pIndex of GetFrames(), in centimetres. Only after a successful Import().
     void Evaluate(size_t pIndex, std::vector<KPoint>& pPositions);
 
 private:

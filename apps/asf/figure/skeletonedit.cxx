@@ -23,19 +23,19 @@ using qexsdk::kMaxName;
 using qexsdk::KQexAsfNode;
 using qexsdk::KQexAsfWalk;
 
-/// A name is read back as it is when it is one word that nothing else in the format looks like.
-std::string WhyInvalid(const std::string& pName)
+/// "" if the reader reads \p pName back unchanged: a single token that is not a keyword. Else an error text.
+std::string NameError(const std::string& pName)
 {
     const bool lIsWord =
         std::all_of(pName.begin(), pName.end(),
                     [](char pC) { return static_cast<unsigned char>(pC) > ' ' && pC != '\x7f' && std::strchr(",()#", pC) == nullptr; });
     if (pName.empty() || !lIsWord || pName[0] == ':')
     {
-        return "a name has no blank, comma, parenthesis or #, and no colon in front";
+        return "a name may not contain blanks, commas, parentheses or #, or begin with a colon";
     }
     if (KEqualsFolded(pName, "root") || KEqualsFolded(pName, "begin") || KEqualsFolded(pName, "end"))
     {
-        return pName + " is a word of the format";
+        return pName + " is a keyword";
     }
     return pName.size() > kMaxName ? "a name has at most 50 characters" : "";
 }
@@ -75,18 +75,18 @@ bool IsZero(const double* pValues)
 std::string KSkeletonEdit::Rename(const std::string& pFrom, const std::string& pTo)
 {
     HKQexAsfNode      lBone = mScene.mRoot->Find(pFrom.c_str());
-    const std::string lWhy = WhyInvalid(pTo);
+    const std::string lError = NameError(pTo);
     if (lBone == nullptr || lBone == mScene.mRoot)
     {
-        return lBone == nullptr ? "the skeleton has no bone " + pFrom : "the root keeps its name";
+        return lBone == nullptr ? "the skeleton has no bone " + pFrom : "the root cannot be renamed";
     }
-    if (!lWhy.empty())
+    if (!lError.empty())
     {
-        return lWhy;
+        return lError;
     }
     if (pFrom != pTo && mScene.mRoot->Find(pTo.c_str()) != nullptr)
     {
-        return "there is a bone " + pTo + " already";
+        return "bone " + pTo + " already exists";
     }
     std::snprintf(lBone->mName, sizeof lBone->mName, "%s", pTo.c_str());
     return std::string();
@@ -120,12 +120,12 @@ bool KSkeletonEdit::IsDummy(const KQexAsfNode& pBone) const
     return pBone.mOrderCount == 0;
 }
 
-/// The children go behind their new brothers.
-bool KSkeletonEdit::Dissolve(HKQexAsfNode pBone)
+/// The children are appended to the parent's. False, and nothing changed, if a joint would move.
+bool KSkeletonEdit::MergeIntoParent(HKQexAsfNode pBone)
 {
     HKQexAsfNode lParent = pBone->mParent;
-    const bool   lIsAlone = lParent != mScene.mRoot && lParent->mChildBuf.GetCount() == 1;
-    if (pBone->mLength > 0 && !lIsAlone)
+    const bool   lIsOnlyChild = lParent != mScene.mRoot && lParent->mChildBuf.GetCount() == 1;
+    if (pBone->mLength > 0 && !lIsOnlyChild)
     {
         return false;
     }
@@ -155,27 +155,27 @@ void KSkeletonEdit::RemoveDummies()
 {
     std::string               lKept;
     std::vector<HKQexAsfNode> lBones = Bones(mScene.mRoot);
-    // From the leaves up, so that a run of dummies goes as a whole.
+    // From the leaves up, so that a chain of dummies is removed completely.
     for (auto lBone = lBones.rbegin(); lBone != lBones.rend(); ++lBone)
     {
         if (IsDummy(**lBone))
         {
             const std::string lName = (*lBone)->mName;
-            lKept = Dissolve(*lBone) ? lKept : lName + (lKept.empty() ? "" : ", ") + lKept;
+            lKept = MergeIntoParent(*lBone) ? lKept : lName + (lKept.empty() ? "" : ", ") + lKept;
         }
     }
     if (!lKept.empty())
     {
-        mWarnings.push_back("Bones without degrees of freedom that others start from are kept (" + lKept + ")");
+        mWarnings.push_back("Kept bones without degrees of freedom that cannot be merged into their parent (" + lKept + ")");
     }
 }
 
-void KSkeletonEdit::WarnOfRoot()
+void KSkeletonEdit::WarnAboutRoot()
 {
     const KQexAsfNode& lRoot = *mScene.mRoot;
     if (!IsZero(lRoot.mPositionV.mData))
     {
-        mWarnings.push_back("The root's position is written as zero: motions say where the figure is");
+        mWarnings.push_back("The root's position is written as zero: motions place the figure");
     }
     if (!IsZero(lRoot.mOrientationV.mData))
     {
@@ -183,7 +183,7 @@ void KSkeletonEdit::WarnOfRoot()
     }
 }
 
-void KSkeletonEdit::WarnOfUnits()
+void KSkeletonEdit::WarnAboutUnits()
 {
     if (mScene.mMassUnit != 1)
     {
@@ -191,22 +191,22 @@ void KSkeletonEdit::WarnOfUnits()
     }
     if (mScene.mAngleUnit != 1)
     {
-        mWarnings.push_back("The angle unit is written as degrees: motions of this skeleton that are in radians do not fit it");
+        mWarnings.push_back("The angle unit is written as degrees: motions in radians no longer fit this skeleton");
     }
 }
 
 void KSkeletonEdit::MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
-    WarnOfRoot();
-    WarnOfUnits();
+    WarnAboutRoot();
+    WarnAboutUnits();
     for (const qexsdk::KQexAsfLengthDof& lDof : pNotes.mLengthDofs)
     {
-        mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l: motions of this skeleton do not fit it");
+        mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l: existing motions no longer fit this skeleton");
     }
-    const double lPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / qexsdk::kCentimetresPerInch : 1.0;
+    const double lUnitsPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / qexsdk::kCentimetresPerInch : 1.0;
     for (HKQexAsfNode lBone : Bones(mScene.mRoot))
     {
-        lBone->mLength *= lPerCentimetre;
+        lBone->mLength *= lUnitsPerCentimetre;
         qexsdk::RoundBone(*lBone, mScene.mLengthUnit);
     }
 }

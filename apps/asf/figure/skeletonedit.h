@@ -9,37 +9,37 @@
 namespace asfapp
 {
 
-/// Changes to a skeleton's model, as read with both frame flags false, such that writing it gives the same skeleton with these
-/// changes. Each says what it could not do.
+/// Edits a skeleton's model, read with both frame flags false. After MakeWritable(), writing it gives the same skeleton with the
+/// edits.
 class KSkeletonEdit
 {
 public:
     explicit KSkeletonEdit(qexsdk::KQexAsfScene& pScene) : mScene(pScene) {}
 
-    /// Gives the bone \p pFrom the name \p pTo. "" when done, else why not.
+    /// Renames the bone \p pFrom to \p pTo. "" on success, else an error text.
     std::string Rename(const std::string& pFrom, const std::string& pTo);
 
-    /// Multiplies lengths, and limits of shifts.
+    /// Multiplies lengths and translation limits.
     void Scale(double pFactor);
 
-    /// Takes all limits away.
+    /// Removes all limits.
     void DropLimits();
 
-    /// Takes bones without degrees of freedom out where no joint moves by that: those without length, and those that alone hang on
-    /// another bone, which then reaches to their end. Warns of the ones that stay.
+    /// Removes bones without degrees of freedom where no joint moves: those without length, and those that are the only child of
+    /// another bone, which is extended to their end. Warns about those kept.
     void RemoveDummies();
 
-    /// Makes the model ready for the writer, after all changes: lengths in the file's unit, angles in the order that is written.
-    /// Warns of what the written file cannot hold.
+    /// Prepares the model for the writer, after all edits: lengths in the file's unit, angles in the written order.
+    /// Warns about what the written file cannot hold.
     void MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes);
 
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
 
 private:
     bool IsDummy(const qexsdk::KQexAsfNode& pBone) const;
-    bool Dissolve(qexsdk::HKQexAsfNode pBone);
-    void WarnOfRoot();
-    void WarnOfUnits();
+    bool MergeIntoParent(qexsdk::HKQexAsfNode pBone);
+    void WarnAboutRoot();
+    void WarnAboutUnits();
 
     qexsdk::KQexAsfScene&    mScene;
     std::vector<std::string> mWarnings;

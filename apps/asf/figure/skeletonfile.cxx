@@ -29,29 +29,29 @@ void KMessages::Print(const std::string& pPath, KConsole& pConsole) const
     {
         pConsole.Message(lMessage.mSeverity == KQexTextMessage::eERROR ? eERROR : eWARNING, pPath, lMessage.mLine, lMessage.mText);
     }
-    const long long lLeftOut = static_cast<long long>(mErrors) + mWarnings - static_cast<long long>(mList.size());
-    if (lLeftOut > 0)
+    const long long lOmitted = static_cast<long long>(mErrors) + mWarnings - static_cast<long long>(mList.size());
+    if (lOmitted > 0)
     {
-        pConsole.Message(eWARNING, pPath, 0, std::to_string(lLeftOut) + " further warnings are not shown");
+        pConsole.Message(eWARNING, pPath, 0, std::to_string(lOmitted) + " further warnings are not shown");
     }
 }
 
 namespace
 {
 
-/// What the lint adds to a reader's messages: all of it for a file that was read, else what stands in front of the error.
+/// Adds the lint's findings to a reader's messages: all of them if the file was read, else those up to the last error.
 void AddFindings(const KAsfLint& pLint, bool pOk, KMessages& pMessages)
 {
-    int lLast = -1;
+    int lLastError = -1;
     for (const KQexTextMessage& lMessage : pMessages.mList)
     {
-        lLast = lMessage.mSeverity == KQexTextMessage::eERROR ? lMessage.mLine : lLast;
+        lLastError = lMessage.mSeverity == KQexTextMessage::eERROR ? lMessage.mLine : lLastError;
     }
-    const bool lAll = pOk || lLast < 0;
+    const bool lAll = pOk || lLastError < 0;
     int        lKept = 0;
     for (const KQexTextMessage& lFinding : pLint.GetFindings())
     {
-        if (lAll || lFinding.mLine <= lLast)
+        if (lAll || lFinding.mLine <= lLastError)
         {
             pMessages.Add(lFinding.mSeverity, lFinding.mLine, lFinding.mText);
             ++lKept;
@@ -66,17 +66,17 @@ void AddFindings(const KAsfLint& pLint, bool pOk, KMessages& pMessages)
 bool KSkeletonFile::Read(const KInputFile& pFile, bool pLint, KConsole& pConsole)
 {
     mScene.reset(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>());
-    bool lSystem = false;
+    bool lIsSystemError = false;
     {
         qexsdk::KQexFileAcclaimAsf lReader(false);
         mOk = pFile.OpenFor(lReader) && lReader.Read(mScene.get(), false, false, false);
         mMessages.mList = lReader.GetMessages();
         mMessages.mErrors = lReader.GetErrorCount();
         mMessages.mWarnings = lReader.GetWarningCount();
-        lSystem = !mOk && lReader.HasFailed() && pFile.FailsToRead();
+        lIsSystemError = !mOk && lReader.HasFailed() && pFile.FailsToRead();
     }
     const bool lSilent = !mOk && mMessages.mErrors == 0;
-    if (!lSystem && (pLint || lSilent))
+    if (!lIsSystemError && (pLint || lSilent))
     {
         KAsfLint lLint;
         if (pFile.OpenFor(lLint))
@@ -94,7 +94,7 @@ bool KSkeletonFile::Read(const KInputFile& pFile, bool pLint, KConsole& pConsole
     }
     if (!mOk)
     {
-        pConsole.Raise(lSystem ? eEXIT_SYSTEM : eEXIT_INPUT);
+        pConsole.Raise(lIsSystemError ? eEXIT_SYSTEM : eEXIT_INPUT);
     }
     CollectBones();
     return mOk;
@@ -105,7 +105,7 @@ double KSkeletonFile::GetCentimetresPerUnit() const
     return mScene->mLengthUnit > 0 ? qexsdk::kCentimetresPerInch / mScene->mLengthUnit : 1.0;
 }
 
-/// Children are numbered behind their parent and before the parent's next sibling, without recursion: trees may be deep.
+/// Numbers the bones in pre-order, without recursion: trees may be deep.
 void KSkeletonFile::CollectBones()
 {
     mBones.clear();
@@ -150,17 +150,17 @@ void KSkeletonFile::CollectBones()
     }
 }
 
-bool KSkeletonFile::GetBounds(KPoint& pLeast, KPoint& pMost) const
+bool KSkeletonFile::GetBounds(KPoint& pMin, KPoint& pMax) const
 {
     if (mBones.empty())
     {
         return false;
     }
-    pLeast = pMost = mBones.front().mEnd;
+    pMin = pMax = mBones.front().mEnd;
     for (const KRestBone& lBone : mBones)
     {
-        pLeast = {std::min(pLeast.mX, lBone.mEnd.mX), std::min(pLeast.mY, lBone.mEnd.mY), std::min(pLeast.mZ, lBone.mEnd.mZ)};
-        pMost = {std::max(pMost.mX, lBone.mEnd.mX), std::max(pMost.mY, lBone.mEnd.mY), std::max(pMost.mZ, lBone.mEnd.mZ)};
+        pMin = {std::min(pMin.mX, lBone.mEnd.mX), std::min(pMin.mY, lBone.mEnd.mY), std::min(pMin.mZ, lBone.mEnd.mZ)};
+        pMax = {std::max(pMax.mX, lBone.mEnd.mX), std::max(pMax.mY, lBone.mEnd.mY), std::max(pMax.mZ, lBone.mEnd.mZ)};
     }
     return true;
 }

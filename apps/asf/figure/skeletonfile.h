@@ -12,7 +12,7 @@
 namespace asfapp
 {
 
-/// A point or a vector in centimetres: x to the figure's left, y up, z ahead.
+/// A point or a vector in centimetres: x to the figure's left, y up, z forward.
 struct KPoint
 {
     double mX = 0;
@@ -20,17 +20,17 @@ struct KPoint
     double mZ = 0;
 };
 
-/// The messages about one file, in the order of its lines, and how many there were of each kind.
+/// The messages about one file, and their total numbers.
 struct KMessages
 {
-    std::vector<qexsdk::KQexTextMessage> mList; ///< At least every error; of very many warnings the first ones.
+    std::vector<qexsdk::KQexTextMessage> mList; ///< Every error, and the first warnings.
     int                                  mErrors = 0;
     int                                  mWarnings = 0;
 
     void Add(qexsdk::KQexTextMessage::ESeverity pSeverity, int pLine, const std::string& pText);
     void SortByLine();
 
-    /// Prints all, and how many were left out.
+    /// Prints all, and how many warnings were dropped.
     void Print(const std::string& pPath, KConsole& pConsole) const;
 };
 
@@ -38,36 +38,35 @@ struct KMessages
 struct KRestBone
 {
     qexsdk::HKQexAsfNode mNode = nullptr;
-    int                  mParent = -1; ///< Index in the list, which goes parents first; -1 at the root.
-    int                  mDepth = 0;   ///< 0 at the root.
+    int                  mParent = -1; ///< Index in the list, less than the bone's own; -1 for the root.
+    int                  mDepth = 0;   ///< 0 for the root.
     KPoint               mStart;       ///< For the root, start and end are its position.
     KPoint               mEnd;
 };
 
-/// A skeleton read from a file, and what was said about it.
+/// A skeleton read from a file, and the messages about it.
 class KSkeletonFile
 {
 public:
-    /// Reads \p pFile. With \p pLint the findings of KAsfLint are among the messages. Nothing is printed; the exit status of a
-    /// failed read is raised. False when there is no skeleton to work with.
+    /// Reads \p pFile. With \p pLint the messages include the findings of KAsfLint. Prints nothing. False, and the exit status
+    /// raised, if the read fails.
     bool Read(const KInputFile& pFile, bool pLint, KConsole& pConsole);
 
     const KMessages& GetMessages() const { return mMessages; }
 
     bool IsOk() const { return mOk; }
 
-    /// The skeleton, also of a failed read what there is of it; never null after Read().
+    /// The skeleton, after a failed read the part that was read. Only after Read().
     qexsdk::KQexAsfScene& GetScene() const { return *mScene; }
 
-    /// All bones in pre-order, the root first, at rest: bone vectors as the file states them, the root at its position. Empty
-    /// without a root.
+    /// All bones at rest, in pre-order: bone vectors as in the file, the root at its position. Empty without a root.
     const std::vector<KRestBone>& GetBones() const { return mBones; }
 
-    /// Centimetres for one unit of length in the file; 1 when the file's unit is not usable.
+    /// Centimetres per unit of length in the file; 1 if the file's length unit is not positive.
     double GetCentimetresPerUnit() const;
 
-    /// Least and greatest coordinates of all bones at rest. False without bones.
-    bool GetBounds(KPoint& pLeast, KPoint& pMost) const;
+    /// Bounding box of the bones at rest. False without bones.
+    bool GetBounds(KPoint& pMin, KPoint& pMax) const;
 
 private:
     void CollectBones();

@@ -16,8 +16,8 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// Headers name files of other machines, with their separators.
-std::string LastPart(const std::string& pPath)
+/// The file name of a path with / or \\: headers contain paths of other systems.
+std::string BaseName(const std::string& pPath)
 {
     return pPath.substr(pPath.find_last_of("/\\") + 1);
 }
@@ -27,7 +27,7 @@ fs::path FolderOf(const KInputFile& pMotion)
     return pMotion.GetPath() == "-" ? fs::path() : fs::path(pMotion.GetPath()).parent_path();
 }
 
-/// Names of the skeletons beside the motion, in order.
+/// Names of the ASF files in the motion's folder, sorted.
 std::vector<std::string> Candidates(const fs::path& pFolder)
 {
     std::vector<std::string> lNames;
@@ -58,11 +58,11 @@ std::string HeaderFile(const KInputFile& pMotion)
     {
         qexsdk::KQexFileAcclaimAmc::PeekHeader(pMotion.GetPath().c_str(), lHeader, lReason);
     }
-    return LastPart(lHeader.mAsfFile);
+    return BaseName(lHeader.mAsfFile);
 }
 
-/// An equal spelling beats one that differs in case.
-std::string Named(const std::vector<std::string>& pCandidates, const std::string& pName)
+/// The candidate with this name; an exact match wins over one that differs in case.
+std::string FindNamed(const std::vector<std::string>& pCandidates, const std::string& pName)
 {
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
@@ -75,14 +75,14 @@ std::string Named(const std::vector<std::string>& pCandidates, const std::string
     return lFound;
 }
 
-std::string LongestBeginning(const std::vector<std::string>& pCandidates, const std::string& pMotionName)
+std::string LongestPrefix(const std::vector<std::string>& pCandidates, const std::string& pMotionName)
 {
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
     {
         const std::string lStem = qexsdk::KToLower(qexsdk::KPathStem(lCandidate));
-        const bool        lBegins = !lStem.empty() && qexsdk::KToLower(pMotionName).compare(0, lStem.size(), lStem) == 0;
-        if (lBegins && (lFound.empty() || lStem.size() > qexsdk::KPathStem(lFound).size()))
+        const bool        lIsPrefix = !lStem.empty() && qexsdk::KToLower(pMotionName).compare(0, lStem.size(), lStem) == 0;
+        if (lIsPrefix && (lFound.empty() || lStem.size() > qexsdk::KPathStem(lFound).size()))
         {
             lFound = lCandidate;
         }
@@ -108,27 +108,27 @@ std::string FindSkeleton(const KInputFile& pMotion, KConsole& pConsole)
     const std::vector<std::string> lCandidates = Candidates(lFolder);
     const std::string              lHeader = HeaderFile(pMotion);
 
-    const char* lWhy = "named in its header";
-    std::string lFound = lHeader.empty() ? std::string() : Named(lCandidates, lHeader);
+    const char* lReason = "named in the header";
+    std::string lFound = lHeader.empty() ? std::string() : FindNamed(lCandidates, lHeader);
     if (lFound.empty() && pMotion.GetPath() != "-")
     {
-        lWhy = "its name begins the motion's";
-        lFound = LongestBeginning(lCandidates, LastPart(pMotion.GetPath()));
+        lReason = "its name is a prefix of the motion's";
+        lFound = LongestPrefix(lCandidates, BaseName(pMotion.GetPath()));
     }
     if (lFound.empty() && lCandidates.size() == 1)
     {
-        lWhy = "the only one beside it";
+        lReason = "the only one in the folder";
         lFound = lCandidates.front();
     }
     if (lFound.empty())
     {
-        const std::string lList = lCandidates.empty() ? "there is no ASF file beside it" : "it may be any of " + Join(lCandidates);
-        pConsole.Message(eERROR, pMotion.GetShown(), 0, "needs its skeleton: " + lList + "; tell with --asf FILE");
-        pConsole.Raise(eEXIT_CALL);
+        const std::string lList = lCandidates.empty() ? "there is no ASF file in its folder" : "candidates are " + Join(lCandidates);
+        pConsole.Message(eERROR, pMotion.GetDisplayPath(), 0, "needs a skeleton: " + lList + "; give one with --asf FILE");
+        pConsole.Raise(eEXIT_USAGE);
         return std::string();
     }
     const std::string lPath = (lFolder / lFound).string();
-    pConsole.Message(eNOTE, pMotion.GetShown(), 0, "with the skeleton " + lPath + " (" + lWhy + ")");
+    pConsole.Message(eNOTE, pMotion.GetDisplayPath(), 0, "using skeleton " + lPath + " (" + lReason + ")");
     return lPath;
 }
 

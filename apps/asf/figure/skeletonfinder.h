@@ -9,9 +9,9 @@
 namespace asfapp
 {
 
-/// The skeleton that a motion given without one belongs to: the file that its header names; else, of the ASF files beside it, the
-/// one with the longest name that begins the motion's own name (01.asf for 01_01.amc); else the only one there. Case is ignored.
-/// Says which it took. "" after an error that lists the candidates.
+/// Finds the skeleton of a motion, among the ASF files in its folder: the one named in its header; else the one whose name is the
+/// longest prefix of the motion's (01.asf for 01_01.amc); else the only one. Case is ignored. Prints a note with the choice.
+/// "" after an error that lists the candidates.
 std::string FindSkeleton(const KInputFile& pMotion, KConsole& pConsole);
 
 } // namespace asfapp

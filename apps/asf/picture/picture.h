@@ -7,17 +7,17 @@
 #include <vector>
 
 /// \file
-/// Skeletons as pictures: what to draw, and the SVG text of it.
+/// Pictures of skeletons, and their SVG text.
 
 namespace asfapp
 {
 
-/// From where a figure is seen.
+/// View direction.
 enum EView
 {
-    eVIEW_FRONT, ///< Looking at its face: its left is on the right.
-    eVIEW_SIDE,  ///< From its right: it looks to the right.
-    eVIEW_TOP    ///< From above: it looks down the page.
+    eVIEW_FRONT, ///< Facing the figure: its left is on the right.
+    eVIEW_SIDE,  ///< From the figure's right: it faces right.
+    eVIEW_TOP    ///< From above: it faces down the page.
 };
 
 /// Side of the body that a bone belongs to; it decides the colour.
@@ -28,7 +28,7 @@ enum ESide
     eSIDE_RIGHT
 };
 
-/// Where all bones are at one moment, in centimetres, world space; the sizes are those of KPicture::mNames.
+/// Positions of all bones, in centimetres, world space; the vectors have the size of KPicture::mNames.
 struct KPose
 {
     std::string         mCaption; ///< Below the figure; may be empty.
@@ -44,25 +44,25 @@ struct KTrail
     std::vector<KPoint> mPoints;
 };
 
-/// A picture of one figure in one pose or several.
+/// A picture of one figure in one or more poses.
 struct KPicture
 {
     std::string              mTitle;
     std::string              mSubtitle;
-    std::vector<std::string> mNames; ///< Of the bones.
-    std::vector<ESide>       mSides; ///< Of the bones, see SidesOf().
+    std::vector<std::string> mNames; ///< Names of the bones.
+    std::vector<ESide>       mSides; ///< Sides of the bones, see SidesOf().
     std::vector<KPose>       mPoses; ///< At least one.
     std::vector<KTrail>      mTrails;
     std::vector<EView>       mViews;             ///< At least one.
-    bool                     mShowNames = false; ///< Write the bones' names beside them.
-    bool                     mInPlace = false;   ///< Poses where they are in the world, instead of side by side.
+    bool                     mShowNames = false; ///< Label the bones with their names.
+    bool                     mInPlace = false;   ///< Poses at their world positions, instead of side by side.
 };
 
-/// The side of each bone by its name: left or right when the other side has a bone of the same name (lfoot and rfoot,
-/// LeftFoot and RightFoot, foot_l and foot_r).
+/// The side of each bone by its name: left or right if there is a counterpart on the other side (lfoot and rfoot, LeftFoot and
+/// RightFoot, foot_l and foot_r).
 std::vector<ESide> SidesOf(const std::vector<std::string>& pNames);
 
-/// The picture as SVG, a scale bar in centimetres included. Empty when a position is not finite or too far away to draw.
+/// The picture as SVG, with a scale bar in centimetres. Empty if a coordinate is not finite or too large to draw.
 std::string DrawSvg(const KPicture& pPicture);
 
 } // namespace asfapp

@@ -9,14 +9,14 @@ namespace asfapp
 namespace
 {
 
-constexpr double kOneFigure = 460;   // Pixels of the larger side of a figure alone,
-constexpr double kManyFigures = 250; // and of one among several.
+constexpr double kOneFigure = 460;   // Pixels of the larger side of a single figure,
+constexpr double kManyFigures = 250; // and of one of several.
 constexpr double kWidestRow = 1500;
-constexpr double kCharacter = 6.1;        // Mean width of a label's character.
-constexpr double kCaptionCharacter = 7.2; // The same of a caption.
+constexpr double kCharacter = 6.1;        // Mean character width of a label.
+constexpr double kCaptionCharacter = 7.2; // The same for a caption.
 
-/// Beyond this an SVG viewer's single precision shows.
-constexpr double kFarthest = 1e9;
+/// Centimetres; beyond this, the single precision of SVG viewers becomes visible.
+constexpr double kMaxCoordinate = 1e9;
 
 KViewPoint Origin(const KPicture& pPicture, const KCell& pCell, size_t pPose)
 {
@@ -74,7 +74,7 @@ std::vector<KCell> MakeCells(const KPicture& pPicture)
     return lCells;
 }
 
-/// Every cell of a view gets the same extent, so that figures stand on one line and sizes compare.
+/// Every cell of a view gets the same extent, so that the figures share a ground line and a scale.
 void MeasureCells(const KPicture& pPicture, std::vector<KCell>& pCells)
 {
     for (const EView lView : pPicture.mViews)
@@ -134,7 +134,7 @@ double CellHeight(const KPicture& pPicture, const KCell& pCell, double pScale)
     return std::max({pCell.mExtent.Height() * pScale, lLabels, 8.0});
 }
 
-/// Rows from left to right; a new one when the row is full, or when another view begins and there are several poses.
+/// Fills rows from left to right. Starts a new row when one is full and, with several poses, for each view.
 void PlaceCells(const KPicture& pPicture, KLayout& pLayout)
 {
     const double lLabels = LabelWidth(pPicture);
@@ -159,8 +159,8 @@ void PlaceCells(const KPicture& pPicture, KLayout& pLayout)
         const double lFigure = lCell.mExtent.Width() * pLayout.mScale;
         const double lInner = std::max({lFigure, kCaptionCharacter * static_cast<double>(CaptionOf(pPicture, lCell).size()), 40.0});
         const double lWidth = lInner + 2 * lLabels;
-        const bool   lOtherView = pPicture.mPoses.size() > 1 && lIndex > 0 && pLayout.mCells[lIndex - 1].mView != lCell.mView;
-        if (lIndex > lRowBegin && (lOtherView || lX + lWidth > kWidestRow))
+        const bool   lIsNewView = pPicture.mPoses.size() > 1 && lIndex > 0 && pLayout.mCells[lIndex - 1].mView != lCell.mView;
+        if (lIndex > lRowBegin && (lIsNewView || lX + lWidth > kWidestRow))
         {
             lEndRow(lIndex);
         }
@@ -215,13 +215,14 @@ bool LayOut(const KPicture& pPicture, KLayout& pLayout)
     pLayout.mCells = MakeCells(pPicture);
     MeasureCells(pPicture, pLayout.mCells);
     pLayout.mFigure = FigureSize(pPicture);
-    double lReach = pLayout.mFigure;
+    double lMaxCoordinate = pLayout.mFigure;
     for (const KCell& lCell : pLayout.mCells)
     {
         const KExtent& lExtent = lCell.mExtent;
-        lReach = std::max({lReach, std::abs(lExtent.mLeft), std::abs(lExtent.mRight), std::abs(lExtent.mBottom), std::abs(lExtent.mTop)});
+        lMaxCoordinate = std::max(
+            {lMaxCoordinate, std::abs(lExtent.mLeft), std::abs(lExtent.mRight), std::abs(lExtent.mBottom), std::abs(lExtent.mTop)});
     }
-    if (!(lReach <= kFarthest))
+    if (!(lMaxCoordinate <= kMaxCoordinate))
     {
         return false;
     }

@@ -6,17 +6,17 @@
 namespace asfapp
 {
 
-/// A point of a view: to the right, upwards, towards the viewer.
+/// A point in view coordinates.
 struct KViewPoint
 {
     double mRight = 0;
     double mUp = 0;
-    double mNear = 0;
+    double mNear = 0; ///< Towards the viewer.
 };
 
 KViewPoint Project(EView pView, const KPoint& pPoint);
 
-/// A rectangle of a view, in centimetres.
+/// A rectangle in view coordinates, in centimetres.
 struct KExtent
 {
     double mLeft = 0;
@@ -30,36 +30,36 @@ struct KExtent
     double Height() const { return mTop - mBottom; }
 };
 
-/// One frame of the picture: a view of one pose, or of all poses in their places.
+/// One panel of the picture: a view of one pose, or of all poses at their world positions.
 struct KCell
 {
     EView               mView = eVIEW_FRONT;
     std::vector<size_t> mPoses;           ///< Indices into KPicture::mPoses.
-    bool                mCentred = false; ///< The pose's root is the origin to the right (and, from above, upwards).
+    bool                mCentred = false; ///< The pose's root is the origin horizontally; from above, vertically, too.
     std::string         mCaption;
     KExtent             mExtent;     ///< Centimetres.
-    double              mX = 0;      ///< Pixel of mExtent.mLeft.
-    double              mY = 0;      ///< Pixel of mExtent.mBottom, counted downwards.
-    double              mLabels = 0; ///< Pixels kept free for names on either side.
+    double              mX = 0;      ///< Pixel position of mExtent.mLeft.
+    double              mY = 0;      ///< Pixel position of mExtent.mBottom, downwards.
+    double              mLabels = 0; ///< Pixels reserved for names on each side.
 };
 
-/// All cells with their places, and the size of the whole.
+/// All cells with their positions, and the size of the picture.
 struct KLayout
 {
     std::vector<KCell> mCells;
-    double             mScale = 1; ///< Pixels a centimetre.
+    double             mScale = 1; ///< Pixels per centimetre.
     double             mWidth = 0;
     double             mHeight = 0;
-    double             mFigure = 0; ///< Height of a figure in centimetres: what sizes of strokes go by.
+    double             mFigure = 0; ///< Size of the largest pose in centimetres, which scales the strokes.
 };
 
-/// What stands below the cell: its caption, and the view where there are several.
+/// The text below the cell: its caption, and the view if there are several.
 std::string CaptionOf(const KPicture& pPicture, const KCell& pCell);
 
-/// Places the picture's views and poses on the page. False when that is not possible: positions are not finite, or too far away.
+/// Places the picture's views and poses on the page. False if coordinates are not finite or too large.
 bool LayOut(const KPicture& pPicture, KLayout& pLayout);
 
-/// The point of pose \p pPose in the cell, in pixels (mUp counts downwards).
+/// Converts a point of pose \p pPose to pixels in the cell; mUp is downwards.
 KViewPoint ToPixels(const KPicture& pPicture, const KLayout& pLayout, const KCell& pCell, size_t pPose, const KPoint& pPoint);
 
 constexpr double kMargin = 28;

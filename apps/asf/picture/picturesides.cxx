@@ -9,19 +9,19 @@ namespace asfapp
 namespace
 {
 
-/// Ways to say left and right. Those of one letter count at the ends of a name only.
+/// Words for left and right. Single letters count only at the start or the end of a name.
 const std::pair<const char*, const char*> kSideWords[] = {{"left", "right"}, {"Left", "Right"}, {"LEFT", "RIGHT"}};
 const std::pair<const char*, const char*> kLetters[] = {{"l", "r"}, {"L", "R"}};
 
-bool ReplacedIsKnown(const std::string& pName, size_t pPlace, const std::string& pFrom, const std::string& pTo,
+bool HasReplacedName(const std::string& pName, size_t pPosition, const std::string& pFrom, const std::string& pTo,
                      const std::unordered_set<std::string>& pKnown)
 {
-    if (pPlace == std::string::npos || pName.compare(pPlace, pFrom.size(), pFrom) != 0)
+    if (pPosition == std::string::npos || pName.compare(pPosition, pFrom.size(), pFrom) != 0)
     {
         return false;
     }
     std::string lOther = pName;
-    lOther.replace(pPlace, pFrom.size(), pTo);
+    lOther.replace(pPosition, pFrom.size(), pTo);
     return pKnown.count(lOther) != 0;
 }
 
@@ -30,7 +30,7 @@ bool HasCounterpart(const std::string& pName, bool pLeft, const std::unordered_s
     for (const auto& [lLeft, lRight] : kSideWords)
     {
         const std::string lFrom = pLeft ? lLeft : lRight;
-        if (ReplacedIsKnown(pName, pName.find(lFrom), lFrom, pLeft ? lRight : lLeft, pKnown))
+        if (HasReplacedName(pName, pName.find(lFrom), lFrom, pLeft ? lRight : lLeft, pKnown))
         {
             return true;
         }
@@ -40,7 +40,7 @@ bool HasCounterpart(const std::string& pName, bool pLeft, const std::unordered_s
         const std::string lFrom = pLeft ? lLeft : lRight;
         const std::string lTo = pLeft ? lRight : lLeft;
         if (!pName.empty() &&
-            (ReplacedIsKnown(pName, 0, lFrom, lTo, pKnown) || ReplacedIsKnown(pName, pName.size() - 1, lFrom, lTo, pKnown)))
+            (HasReplacedName(pName, 0, lFrom, lTo, pKnown) || HasReplacedName(pName, pName.size() - 1, lFrom, lTo, pKnown)))
         {
             return true;
         }

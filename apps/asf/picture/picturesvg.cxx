@@ -44,14 +44,14 @@ std::string Px(double pValue)
     return lText == "-0" ? "0" : lText;
 }
 
-/// Number of bytes of the UTF-8 sequence at pPlace, 0 when it is none.
-size_t SequenceLength(const std::string& pText, size_t pPlace)
+/// Length in bytes of the UTF-8 sequence at \p pPosition, 0 if it is invalid.
+size_t SequenceLength(const std::string& pText, size_t pPosition)
 {
     const auto lByte = [&](size_t pIndex)
     {
         return pIndex < pText.size() ? static_cast<unsigned char>(pText[pIndex]) : 0u;
     };
-    const unsigned lFirst = lByte(pPlace);
+    const unsigned lFirst = lByte(pPosition);
     const size_t   lSize = lFirst < 0x80                     ? 1
                            : lFirst >= 0xc2 && lFirst < 0xe0 ? 2
                            : lFirst >= 0xe0 && lFirst < 0xf0 ? 3
@@ -59,41 +59,41 @@ size_t SequenceLength(const std::string& pText, size_t pPlace)
                                                              : 0;
     for (size_t lIndex = 1; lIndex < lSize; ++lIndex)
     {
-        if ((lByte(pPlace + lIndex) & 0xc0) != 0x80)
+        if ((lByte(pPosition + lIndex) & 0xc0) != 0x80)
         {
             return 0;
         }
     }
-    // Overlong forms, surrogates and what lies beyond the last code point.
-    const unsigned lSecond = lByte(pPlace + 1);
+    // Overlong forms, surrogates, and values beyond the last code point.
+    const unsigned lSecond = lByte(pPosition + 1);
     const bool     lBad = (lFirst == 0xe0 && lSecond < 0xa0) || (lFirst == 0xed && lSecond >= 0xa0) || (lFirst == 0xf0 && lSecond < 0x90) ||
                       (lFirst == 0xf4 && lSecond >= 0x90);
     return lBad ? 0 : lSize;
 }
 
-/// Text between tags: valid XML whatever the bytes are.
-std::string Xml(const std::string& pText)
+/// Escapes text for XML. Invalid bytes and control characters become U+FFFD.
+std::string EscapeXml(const std::string& pText)
 {
     std::string lResult;
-    for (size_t lPlace = 0; lPlace < pText.size();)
+    for (size_t lPosition = 0; lPosition < pText.size();)
     {
-        const size_t lSize = SequenceLength(pText, lPlace);
-        const char   lChar = pText[lPlace];
+        const size_t lSize = SequenceLength(pText, lPosition);
+        const char   lChar = pText[lPosition];
         if (lSize == 0 || (lSize == 1 && static_cast<unsigned char>(lChar) < 0x20) || lChar == 0x7f)
         {
             lResult += "\xef\xbf\xbd";
-            ++lPlace;
+            ++lPosition;
             continue;
         }
-        lResult += lChar == '&' ? "&amp;" : lChar == '<' ? "&lt;" : lChar == '>' ? "&gt;" : pText.substr(lPlace, lSize);
-        lPlace += lSize;
+        lResult += lChar == '&' ? "&amp;" : lChar == '<' ? "&lt;" : lChar == '>' ? "&gt;" : pText.substr(lPosition, lSize);
+        lPosition += lSize;
     }
     return lResult;
 }
 
 std::string TextAt(double pX, double pY, const char* pClass, const char* pAnchor, const std::string& pText)
 {
-    return "<text x=\"" + Px(pX) + "\" y=\"" + Px(pY) + "\" class=\"" + pClass + "\" text-anchor=\"" + pAnchor + "\">" + Xml(pText) +
+    return "<text x=\"" + Px(pX) + "\" y=\"" + Px(pY) + "\" class=\"" + pClass + "\" text-anchor=\"" + pAnchor + "\">" + EscapeXml(pText) +
            "</text>\n";
 }
 
@@ -113,7 +113,7 @@ public:
         for (const KCell& lCell : mLayout.mCells)
         {
             Ground(lCell);
-            // Poses behind a trail step back, so that it can be followed.
+            // Faint poses, so that the trails stay visible.
             const bool lFaint = mPicture.mInPlace && lCell.mPoses.size() > 1;
             mText += lFaint ? "<g opacity=\".45\">\n" : "";
             for (const size_t lPose : lCell.mPoses)
@@ -137,7 +137,7 @@ private:
     {
         const std::string lSize = "width=\"" + Px(mLayout.mWidth) + "\" height=\"" + Px(mLayout.mHeight) + "\"";
         mText += "<svg xmlns=\"http://www.w3.org/2000/svg\" " + lSize + " viewBox=\"0 0 " + Px(mLayout.mWidth) + " " + Px(mLayout.mHeight) +
-                 "\" role=\"img\">\n<title>" + Xml(mPicture.mTitle) + "</title>\n";
+                 "\" role=\"img\">\n<title>" + EscapeXml(mPicture.mTitle) + "</title>\n";
         mText += kStyle;
         mText += "<rect " + lSize + " fill=\"#fdfdfb\"/>\n";
         mText += TextAt(kMargin, 30, "title", "start", mPicture.mTitle);
@@ -163,10 +163,10 @@ private:
             mText += lCommand + Px(lAt.mRight) + " " + Px(lAt.mUp);
             lCommand = 'L';
         }
-        mText += "\"><title>" + Xml(pTrail.mName) + "</title></path>\n";
+        mText += "\"><title>" + EscapeXml(pTrail.mName) + "</title></path>\n";
     }
 
-    // Far bones first, so that near ones cover them. Rounded, so that the last bit of a sum does not decide.
+    // Draws far bones first. Depths are rounded, so that the order does not depend on the last bit of a sum.
     void Pose(const KCell& pCell, size_t pPose)
     {
         const KPose&            lPose = mPicture.mPoses[pPose];
@@ -194,7 +194,7 @@ private:
         }
     }
 
-    // A kite, widest near the joint that it turns about.
+    // Draws a kite, widest near the joint at its start.
     void Bone(size_t pBone, const KViewPoint& pStart, const KViewPoint& pEnd)
     {
         const double      lFigure = std::max(mLayout.mFigure * mLayout.mScale, 1.0);
@@ -205,7 +205,7 @@ private:
         const double      lJoint = 0.0062 * lFigure;
         const std::string lClass = SideClass(mPicture.mSides[pBone]);
         mText += "<g class=\"" + lClass + "\" stroke-width=\"" + Px(std::max(0.003 * lFigure, 0.6)) + "\"><title>" +
-                 Xml(mPicture.mNames[pBone]) + "</title>";
+                 EscapeXml(mPicture.mNames[pBone]) + "</title>";
         if (lLength > 0.01)
         {
             const double lX = pStart.mRight + 0.18 * lAlongX;
@@ -219,7 +219,7 @@ private:
         mText += "<circle class=\"joint\" cx=\"" + Px(pStart.mRight) + "\" cy=\"" + Px(pStart.mUp) + "\" r=\"" + Px(lJoint) + "\"/></g>\n";
     }
 
-    // Names stand in a column on either side, in the order of the bones' heights, so that none covers another.
+    // Writes the names in a column on each side, ordered by the bones' heights, so that they do not overlap.
     void Labels(const KCell& pCell, const std::vector<KViewPoint>& pStarts, const std::vector<KViewPoint>& pEnds)
     {
         std::vector<size_t> lBones;
@@ -249,16 +249,16 @@ private:
     template <class KMiddle>
     void Column(const KCell& pCell, const std::vector<size_t>& pBones, const KMiddle& pMiddle, double pX, const char* pAnchor)
     {
-        const double lRoom = kLabelPitch * static_cast<double>(pBones.size());
-        double       lNext = pCell.mY - std::max(pCell.mExtent.Height() * mLayout.mScale, lRoom);
-        double       lRest = lRoom;
+        const double lHeight = kLabelPitch * static_cast<double>(pBones.size());
+        double       lNext = pCell.mY - std::max(pCell.mExtent.Height() * mLayout.mScale, lHeight);
+        double       lRemaining = lHeight;
         for (const size_t lBone : pBones)
         {
             const KViewPoint lAt = pMiddle(lBone);
-            // As near to its bone as those above allow and those below need.
-            const double lY = std::max(lNext, std::min(lAt.mUp, pCell.mY - lRest + kLabelPitch));
+            // As close to its bone as the labels above and below allow.
+            const double lY = std::max(lNext, std::min(lAt.mUp, pCell.mY - lRemaining + kLabelPitch));
             lNext = lY + kLabelPitch;
-            lRest -= kLabelPitch;
+            lRemaining -= kLabelPitch;
             mText += LineAt("leader", pX + (pAnchor[0] == 'e' ? 4 : -4), lY, lAt.mRight, lAt.mUp);
             mText += TextAt(pX, lY + 3.6, "label", pAnchor, mPicture.mNames[lBone]);
         }
@@ -270,12 +270,12 @@ private:
         mText += TextAt(lMiddle, pCell.mY + 18, "small", "middle", CaptionOf(mPicture, pCell));
     }
 
-    // 1, 2 or 5 times a power of ten, about a quarter of a figure.
+    // Its length is 1, 2 or 5 times a power of ten, about a quarter of the figure.
     void ScaleBar()
     {
-        const double lWish = std::max(mLayout.mFigure, 1e-3) / 4;
-        const double lPower = std::pow(10.0, std::floor(std::log10(lWish)));
-        const double lLength = lPower * (lWish >= 5 * lPower ? 5 : lWish >= 2 * lPower ? 2 : 1);
+        const double lTarget = std::max(mLayout.mFigure, 1e-3) / 4;
+        const double lPower = std::pow(10.0, std::floor(std::log10(lTarget)));
+        const double lLength = lPower * (lTarget >= 5 * lPower ? 5 : lTarget >= 2 * lPower ? 2 : 1);
         const double lY = mLayout.mHeight - 20;
         const double lEnd = kMargin + lLength * mLayout.mScale;
         mText += "<path class=\"bar\" d=\"M" + Px(kMargin) + " " + Px(lY - 4) + "v8m0 -4H" + Px(lEnd) + "m0 -4v8\"/>\n";

@@ -16,11 +16,11 @@ using qexsdk::KQexTextMessage;
 namespace
 {
 
-/// Length units of real files: 0.45 (the rule), 1 (inches), 0.3937 (centimetres), 0.03937 (millimetres), 39.37 (metres).
-constexpr double kLeastLengthUnit = 0.01;
-constexpr double kMostLengthUnit = 50.0;
+/// Length units in real files: 0.45 (usually), 1 (inches), 0.3937 (centimetres), 0.03937 (millimetres), 39.37 (metres).
+constexpr double kMinLengthUnit = 0.01;
+constexpr double kMaxLengthUnit = 50.0;
 
-/// Skin names end here.
+/// The reader's limit for skin names.
 constexpr int kSkinNameSize = 1024;
 
 } // namespace
@@ -31,13 +31,13 @@ void KAsfLint::Run()
 {
     FirstLine();
     InitTokens(KQexFileAcclaimAsf::smMain);
-    bool lGoesOn = true;
-    while (lGoesOn && !Eof())
+    bool lContinue = true;
+    while (lContinue && !Eof())
     {
         const int lLine = GetLineNumber();
-        lGoesOn = Dispatch(Handle(KQexFileAcclaimAsf::smMain), lLine);
+        lContinue = Dispatch(Handle(KQexFileAcclaimAsf::smMain), lLine);
     }
-    if (lGoesOn)
+    if (lContinue)
     {
         Finish();
     }
@@ -54,18 +54,18 @@ bool KAsfLint::Dispatch(int pSection, int pLine)
     case qexsdk::eMAIN_NAME:
         return Name(pLine);
     case qexsdk::eMAIN_UNITS:
-        LeftOver();
+        ReportExtraText();
         return Units(pLine, ":units");
     case qexsdk::eMAIN_DOCUMENTATION:
         return Documentation(pLine);
     case qexsdk::eMAIN_ROOT:
-        LeftOver();
+        ReportExtraText();
         return Root(pLine);
     case qexsdk::eMAIN_BONEDATA:
-        LeftOver();
+        ReportExtraText();
         return BoneData(pLine);
     case qexsdk::eMAIN_HIERARCHY:
-        LeftOver();
+        ReportExtraText();
         return Hierarchy();
     case qexsdk::eMAIN_SKIN:
         Skin();
@@ -76,7 +76,7 @@ bool KAsfLint::Dispatch(int pSection, int pLine)
     }
 }
 
-void KAsfLint::Find(int pLine, const char* pFormat, ...)
+void KAsfLint::AddFinding(int pLine, const char* pFormat, ...)
 {
     ++mFindingCount;
     if (mFindings.size() >= kMaxMessages)
@@ -99,17 +99,17 @@ void KAsfLint::Stop(int pLine, const std::string& pText)
 
 void KAsfLint::StopAtEnd(int pLine, const char* pWord)
 {
-    Stop(pLine, std::string("The file ends inside the section ") + pWord + " that begins here");
+    Stop(pLine, std::string("The file ends inside the section ") + pWord + ", which begins here");
 }
 
-/// Called where the reader is done with a line.
-void KAsfLint::LeftOver()
+/// Called where the reader is done with the line's tokens.
+void KAsfLint::ReportExtraText()
 {
     size_t      lLength = 0;
     const char* lText = PeekToken(lLength);
     if (lText != nullptr)
     {
-        Find(GetLineNumber(), "Left over on the line (%.200s)", lText);
+        AddFinding(GetLineNumber(), "Ignoring extra text on the line (%.200s)", lText);
     }
 }
 
@@ -125,7 +125,7 @@ bool KAsfLint::Version()
     double lVersion = 0;
     if (GetDouble(lVersion, 1.0))
     {
-        LeftOver();
+        ReportExtraText();
     }
     Skip();
     return !Eof();
@@ -136,10 +136,10 @@ bool KAsfLint::Name(int pLine)
     char lName[qexsdk::kMaxName + 1];
     if (!GetString(lName, qexsdk::kMaxName))
     {
-        Stop(pLine, "Reading stops here: the section :name has no name");
+        Stop(pLine, "Reading stops here: section :name has no name");
         return false;
     }
-    LeftOver();
+    ReportExtraText();
     return Units(pLine, ":name");
 }
 
@@ -165,11 +165,11 @@ void KAsfLint::Unit(int pUnit)
         const int lAngle = Handle(KQexFileAcclaimAsf::smAngle);
         if (lAngle == qexsdk::eANGLE_RADIANS)
         {
-            Find(GetLineNumber(), "Angles are declared in rad, but axes, orientation and limits are used as degrees");
+            AddFinding(GetLineNumber(), "Angles are declared in rad, but axes, orientation and limits are read as degrees");
         }
         if (lAngle != -1)
         {
-            LeftOver();
+            ReportExtraText();
         }
         return;
     }
@@ -177,12 +177,11 @@ void KAsfLint::Unit(int pUnit)
     {
         return;
     }
-    if (pUnit == qexsdk::eUNIT_LENGTH && !(lValue >= kLeastLengthUnit && lValue <= kMostLengthUnit))
+    if (pUnit == qexsdk::eUNIT_LENGTH && !(lValue >= kMinLengthUnit && lValue <= kMaxLengthUnit))
     {
-        Find(GetLineNumber(),
-             lValue > 0 ? "No real file has the length unit %g" : "No real file has the length unit %g: lengths stay unconverted", lValue);
+        AddFinding(GetLineNumber(), lValue > 0 ? "Unusual length unit %g" : "Invalid length unit %g: lengths are not converted", lValue);
     }
-    LeftOver();
+    ReportExtraText();
 }
 
 bool KAsfLint::Documentation(int pLine)
@@ -217,7 +216,7 @@ bool KAsfLint::Root(int pLine)
     return false;
 }
 
-/// False when the reader gives up with an error of its own.
+/// False where the reader stops with its own error.
 bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
 {
     std::vector<int> lCodes;
@@ -237,7 +236,7 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
         }
         break;
     case qexsdk::eROOT_ORDER:
-        Channels(KQexFileAcclaimAsf::smOrder, lCodes);
+        ReadDofs(KQexFileAcclaimAsf::smOrder, lCodes);
         break;
     case qexsdk::eROOT_POSITION:
         if (!GetVector(lVector, 1.0))
@@ -246,7 +245,7 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
         }
         if (!lIsZero(lVector))
         {
-            Find(GetLineNumber(), "Root position other than zero: an import counts it twice and does not scale it");
+            AddFinding(GetLineNumber(), "Root position is not zero: importing applies it twice and does not scale it");
         }
         break;
     case qexsdk::eROOT_ORIENTATION:
@@ -256,18 +255,18 @@ bool KAsfLint::RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles)
         }
         if (!lIsZero(pAngles))
         {
-            Find(GetLineNumber(), "Root orientation other than zero: an import turns the root's translation by it");
+            AddFinding(GetLineNumber(), "Root orientation is not zero: importing rotates the root's translation by it");
         }
         break;
     default:
         return true;
     }
-    LeftOver();
+    ReportExtraText();
     return true;
 }
 
-/// The DOF words of a line, as far as the reader takes them.
-void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
+/// Reads the DOF words of a line, as the reader does.
+void KAsfLint::ReadDofs(qexsdk::KToken* pTable, std::vector<int>& pCodes)
 {
     pCodes.clear();
     while (Check(pTable) != -1)
@@ -275,7 +274,7 @@ void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
         const int lCode = Handle(pTable);
         if (lCode < qexsdk::kMaxDofs && std::find(pCodes.begin(), pCodes.end(), lCode) != pCodes.end())
         {
-            Find(GetLineNumber(), "Degree of freedom twice on the line (%s)", pTable[lCode].mStr);
+            AddFinding(GetLineNumber(), "Degree of freedom appears twice on the line (%s)", pTable[lCode].mStr);
         }
         if (lCode < qexsdk::kMaxDofs && pCodes.size() < qexsdk::kMaxDofs)
         {
@@ -284,18 +283,18 @@ void KAsfLint::Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes)
     }
 }
 
-/// Four axis words are read as the order of another pair of letters; without an angle that makes no difference.
+/// Four axis words are read as an order other than their letters; with zero angles that makes no difference.
 void KAsfLint::CheckAxis(int pLine, int pWord, const double* pAngles)
 {
     static const char* const sReadAs[] = {nullptr, "yxz", "xzy", "zxy", "yzx", nullptr};
-    const bool               lTurns = pAngles[0] != 0 || pAngles[1] != 0 || pAngles[2] != 0;
-    if (pWord >= 0 && pWord < 6 && sReadAs[pWord] != nullptr && lTurns)
+    const bool               lHasAngle = pAngles[0] != 0 || pAngles[1] != 0 || pAngles[2] != 0;
+    if (pWord >= 0 && pWord < 6 && sReadAs[pWord] != nullptr && lHasAngle)
     {
-        Find(pLine, "Axis word %s is read as the order %s", KQexFileAcclaimAsf::smAxis[pWord].mStr, sReadAs[pWord]);
+        AddFinding(pLine, "Axis word %s is read as the order %s", KQexFileAcclaimAsf::smAxis[pWord].mStr, sReadAs[pWord]);
     }
 }
 
-/// Up to three lines count as skin names, whatever they hold.
+/// The reader takes up to three lines as skin names, whatever their text.
 void KAsfLint::Skin()
 {
     char lName[kSkinNameSize + 1];
@@ -309,11 +308,11 @@ void KAsfLint::Skin()
         }
         if (lIsKeyword)
         {
-            Find(lLine, "Keyword line is taken for a skin name, its section is lost (%.200s)", lName);
+            AddFinding(lLine, "Keyword line is read as a skin name, its section is lost (%.200s)", lName);
         }
         else
         {
-            LeftOver();
+            ReportExtraText();
         }
         if (!NextLine())
         {
@@ -334,14 +333,14 @@ void KAsfLint::Finish()
     }
     if (!mHasHierarchy && mBones.size() > 1)
     {
-        Find(mBones.front().mLine, "No section :hierarchy: every bone stays under root");
+        AddFinding(mBones.front().mLine, "No section :hierarchy: every bone stays under root");
         return;
     }
     for (const KBone& lBone : mBones)
     {
         if (mHasHierarchy && !lBone.mIsChild)
         {
-            Find(lBone.mLine, "Bone is missing from the hierarchy, it stays under root (%s)", lBone.mName.c_str());
+            AddFinding(lBone.mLine, "Bone is missing from the hierarchy, it stays under root (%s)", lBone.mName.c_str());
         }
     }
 }

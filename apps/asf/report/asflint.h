@@ -10,25 +10,24 @@
 namespace asfapp
 {
 
-/// Looks over the text of a skeleton file for what its reader takes without a word, though a user would want to know: bones that
-/// the hierarchy leaves out, limits the wrong way round, words left over on a line. It walks the text as the reader does, section
-/// by section, and stops where the reader stops. Uses the reader's keyword tables: one at a time in a process, and not while a
-/// skeleton is read.
+/// Finds problems in a skeleton file that its reader accepts silently: bones missing from the hierarchy, lower limits above the upper
+/// ones, extra text on a line. It parses the text like the reader, section by section, and stops where the reader stops. Not
+/// thread-safe: it uses the reader's keyword tables, so only one may run in a process, and not while a skeleton is read.
 class KAsfLint : public qexsdk::KQexTextFile
 {
 public:
     KAsfLint();
 
-    /// Walks the open file once.
+    /// Parses the open file.
     void Run();
 
-    /// What was found, by line: warnings only, at most KQexTextFile::kMaxMessages of them.
+    /// The findings, sorted by line: only warnings, at most KQexTextFile::kMaxMessages.
     const std::vector<qexsdk::KQexTextMessage>& GetFindings() const { return mFindings; }
 
-    /// Number of findings, those beyond the kept ones included.
+    /// Number of findings, including those beyond the maximum.
     int GetFindingCount() const { return mFindingCount; }
 
-    /// Why a reader that reported no error gives up: what is missing, and on which line its section began. Empty when it does not.
+    /// Why the reader stops without an error: what is missing, and the line where its section began. Empty if it does not stop.
     const std::string& GetStopText() const { return mStopText; }
     int                GetStopLine() const { return mStopLine; }
 
@@ -36,12 +35,12 @@ private:
     struct KBone
     {
         std::string mName;
-        int         mLine = 0;        ///< Of its name.
+        int         mLine = 0;        ///< The line of its name.
         bool        mIsChild = false; ///< A family line names it as a child.
-        std::string mParent;          ///< The first parent, other than the root, that a family line gave it.
+        std::string mParent;          ///< The first parent in a family line, the root excluded.
     };
 
-    // What a bone group said so far.
+    /// The lines of a bone group read so far.
     struct KGroup
     {
         std::string      mName;
@@ -52,10 +51,10 @@ private:
         std::vector<int> mCodes;
     };
 
-    void Find(int pLine, const char* pFormat, ...) QEX_PRINTF(3, 4);
+    void AddFinding(int pLine, const char* pFormat, ...) QEX_PRINTF(3, 4);
     void Stop(int pLine, const std::string& pText);
     void StopAtEnd(int pLine, const char* pWord);
-    void LeftOver();
+    void ReportExtraText();
     void Skip();
 
     bool Dispatch(int pSection, int pLine);
@@ -66,7 +65,7 @@ private:
     bool Documentation(int pLine);
     bool Root(int pLine);
     bool RootLine(int pWord, int& pAxis, int& pAxisLine, double* pAngles);
-    void Channels(qexsdk::KToken* pTable, std::vector<int>& pCodes);
+    void ReadDofs(qexsdk::KToken* pTable, std::vector<int>& pCodes);
     bool BoneData(int pLine);
     bool Bone(int pLine);
     bool BoneLine(int pWord, KGroup& pGroup);
@@ -82,7 +81,7 @@ private:
     void Finish();
 
     std::vector<KBone>                      mBones;
-    std::unordered_map<std::string, size_t> mByName; ///< First bone of each name.
+    std::unordered_map<std::string, size_t> mByName; ///< Index of the first bone of each name.
     bool                                    mHasRoot = false;
     bool                                    mHasHierarchy = false;
     std::vector<qexsdk::KQexTextMessage>    mFindings;

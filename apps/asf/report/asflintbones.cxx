@@ -18,14 +18,14 @@ bool KAsfLint::BoneData(int pLine)
         switch (Handle(KQexFileAcclaimAsf::smGroup))
         {
         case qexsdk::eGROUP_BEGIN:
-            LeftOver();
+            ReportExtraText();
             if (!Bone(lGroupLine))
             {
                 return false;
             }
             break;
         case qexsdk::eGROUP_END:
-            LeftOver();
+            ReportExtraText();
             lMore = NextLine();
             break;
         default:
@@ -40,7 +40,7 @@ bool KAsfLint::BoneData(int pLine)
     return lMore;
 }
 
-/// False when the reader gives up inside the group.
+/// False where the reader stops inside the group.
 bool KAsfLint::Bone(int pLine)
 {
     KGroup lGroup;
@@ -56,21 +56,21 @@ bool KAsfLint::Bone(int pLine)
             return false;
         }
     }
-    Stop(pLine, "The file ends inside the bone" + (lGroup.mName.empty() ? "" : " " + lGroup.mName) + " that begins here");
+    Stop(pLine, "The file ends inside the bone" + (lGroup.mName.empty() ? "" : " " + lGroup.mName) + ", which begins here");
     return false;
 }
 
-/// False when the reader gives up with an error of its own.
+/// False where the reader stops with its own error.
 bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
 {
     int    lInteger = 0;
     double lValue = 0;
     double lVector[3] = {0, 0, 0};
-    bool   lTaken = true; // False: the reader has a message about the line already.
+    bool   lIsRead = true; // False: the reader itself warns about the line.
     switch (pWord)
     {
     case qexsdk::eBONE_ID:
-        lTaken = GetInteger(lInteger);
+        lIsRead = GetInteger(lInteger);
         break;
     case qexsdk::eBONE_NAME:
         if (!BoneName(pGroup))
@@ -100,7 +100,7 @@ bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
         }
         break;
     case qexsdk::eBONE_DOF:
-        Channels(KQexFileAcclaimAsf::smDof, pGroup.mCodes);
+        ReadDofs(KQexFileAcclaimAsf::smDof, pGroup.mCodes);
         break;
     case qexsdk::eBONE_LIMITS:
         if (!Limits(pGroup))
@@ -110,15 +110,15 @@ bool KAsfLint::BoneLine(int pWord, KGroup& pGroup)
         break;
     case qexsdk::eBONE_BODYMASS:
     case qexsdk::eBONE_COFMASS:
-        lTaken = GetDouble(lValue, 1.0);
+        lIsRead = GetDouble(lValue, 1.0);
         break;
     default:
-        lTaken = false;
+        lIsRead = false;
         break;
     }
-    if (lTaken)
+    if (lIsRead)
     {
-        LeftOver();
+        ReportExtraText();
     }
     return true;
 }
@@ -134,7 +134,7 @@ bool KAsfLint::BoneName(KGroup& pGroup)
     pGroup.mNameLine = GetLineNumber();
     if (KEqualsFolded(pGroup.mName, "begin") || KEqualsFolded(pGroup.mName, "end"))
     {
-        Find(pGroup.mNameLine, "Bone is named like a group word, the hierarchy cannot name it first on a line (%s)", lName);
+        AddFinding(pGroup.mNameLine, "Bone is named like a keyword, so it cannot start a hierarchy line (%s)", lName);
     }
     return pGroup.mName != "root";
 }
@@ -159,7 +159,7 @@ bool KAsfLint::Limits(const KGroup& pGroup)
         bool   lGot = GetPair(lPair, 1.0);
         if (!lGot)
         {
-            LeftOver();
+            ReportExtraText();
             lGot = NextLine() && GetPair(lPair, 1.0);
         }
         if (!lGot)
@@ -168,8 +168,8 @@ bool KAsfLint::Limits(const KGroup& pGroup)
         }
         if (lPair[0] > lPair[1])
         {
-            Find(GetLineNumber(), "Lower limit exceeds the upper one (%s %g %g)", KQexFileAcclaimAsf::smDof[lCode].mStr, lPair[0],
-                 lPair[1]);
+            AddFinding(GetLineNumber(), "Lower limit exceeds upper limit (%s %g %g)", KQexFileAcclaimAsf::smDof[lCode].mStr, lPair[0],
+                       lPair[1]);
         }
     }
     return true;
@@ -179,17 +179,17 @@ void KAsfLint::EndBone(const KGroup& pGroup)
 {
     if (pGroup.mZeroDirection && pGroup.mHasLength)
     {
-        Find(pGroup.mDirectionLine, "Bone has a length but its direction is zero (%s)", pGroup.mName.c_str());
+        AddFinding(pGroup.mDirectionLine, "Bone has a length but its direction is zero (%s)", pGroup.mName.c_str());
     }
     if (pGroup.mName.empty())
     {
         return;
     }
-    const auto lPlace = mByName.emplace(pGroup.mName, mBones.size());
-    if (!lPlace.second)
+    const auto lInserted = mByName.emplace(pGroup.mName, mBones.size());
+    if (!lInserted.second)
     {
-        Find(pGroup.mNameLine, "Bone name is taken already, by the bone of line %d (%s)", mBones[lPlace.first->second].mLine,
-             pGroup.mName.c_str());
+        AddFinding(pGroup.mNameLine, "Duplicate bone name, first used on line %d (%s)", mBones[lInserted.first->second].mLine,
+                   pGroup.mName.c_str());
         return;
     }
     KBone lBone;
@@ -206,7 +206,7 @@ bool KAsfLint::Hierarchy()
         const int lWord = Handle(KQexFileAcclaimAsf::smGroup);
         if (lWord != -1)
         {
-            LeftOver();
+            ReportExtraText();
         }
         if (lWord != qexsdk::eGROUP_BEGIN)
         {
@@ -219,7 +219,7 @@ bool KAsfLint::Hierarchy()
         if (!Eof())
         {
             Handle(KQexFileAcclaimAsf::smGroup);
-            LeftOver();
+            ReportExtraText();
         }
     }
     return true;
@@ -244,10 +244,10 @@ void KAsfLint::Child(const std::string& pParent, const std::string& pName)
     const auto lFound = mByName.find(pName);
     if (lFound == mByName.end())
     {
-        // Behind any other parent the reader stops at an unknown name.
+        // Below any other parent, the reader stops at an unknown name.
         if (pParent == "root")
         {
-            Find(GetLineNumber(), "Unknown bone under root (%s)", pName.c_str());
+            AddFinding(GetLineNumber(), "Unknown bone under root (%s)", pName.c_str());
         }
         return;
     }
@@ -259,7 +259,7 @@ void KAsfLint::Child(const std::string& pParent, const std::string& pName)
     }
     if (!lBone.mParent.empty() && lBone.mParent != pParent)
     {
-        Find(GetLineNumber(), "Bone stays under its first parent %s (%s)", lBone.mParent.c_str(), pName.c_str());
+        AddFinding(GetLineNumber(), "Bone keeps its first parent %s (%s)", lBone.mParent.c_str(), pName.c_str());
     }
     if (lBone.mParent.empty())
     {

@@ -42,7 +42,7 @@ std::string LimitsText(const KQexBoneDof& pDof)
            ")";
 }
 
-/// A limit that only one has is as far off as can be.
+/// Infinite if only one has the limit.
 double LimitDifference(bool pHasFirst, double pFirst, bool pHasSecond, double pSecond)
 {
     if (pHasFirst != pHasSecond)
@@ -78,7 +78,7 @@ void KFigureComparison::Run(const KConsole& pConsole)
     CompareMotion(pConsole);
 }
 
-void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPlaceXyz>& pPlaces)
+void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPosition>& pPositions)
 {
     KSide&    lSide = mSides[pSide];
     KQexNode* lTop = lSide.mFigure->GetTop();
@@ -86,11 +86,11 @@ void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPl
     {
         throw std::bad_alloc();
     }
-    pPlaces.resize(static_cast<size_t>(lSide.mTransforms.GetCount()));
-    for (size_t lIndex = 0; lIndex < pPlaces.size(); ++lIndex)
+    pPositions.resize(static_cast<size_t>(lSide.mTransforms.GetCount()));
+    for (size_t lIndex = 0; lIndex < pPositions.size(); ++lIndex)
     {
-        const qexsdk::KQexVector4 lPlace = lSide.mTransforms.GetTransform(static_cast<int>(lIndex)).GetT();
-        std::copy(lPlace.mData, lPlace.mData + 3, pPlaces[lIndex].mData);
+        const qexsdk::KQexVector4 lPosition = lSide.mTransforms.GetTransform(static_cast<int>(lIndex)).GetT();
+        std::copy(lPosition.mData, lPosition.mData + 3, pPositions[lIndex].mData);
     }
 }
 
@@ -101,7 +101,7 @@ void KFigureComparison::Collect(int pSide)
     for (KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop))
     {
         const int lIndex = static_cast<int>(lSide.mNodes.size());
-        lSide.mPlaces.emplace(lNode, lIndex);
+        lSide.mIndices.emplace(lNode, lIndex);
         lSide.mByName.emplace(lNode->GetName(), lIndex);
         lSide.mNodes.push_back(lNode);
     }
@@ -117,31 +117,33 @@ void KFigureComparison::Collect(int pSide)
     }
 }
 
-/// The roots are each other's, because formats name them as they must.
+/// The roots are paired whatever their names, which the formats prescribe.
 void KFigureComparison::MakePairs()
 {
-    std::vector<bool> lIsTaken(mSides[1].mNodes.size(), false);
+    std::vector<bool> lIsPaired(mSides[1].mNodes.size(), false);
     for (size_t lFirst = 0; lFirst < mSides[0].mNodes.size(); ++lFirst)
     {
         const auto lFound = mSides[1].mByName.find(mSides[0].mNodes[lFirst]->GetName());
         const int  lSecond = lFirst == 0 ? 0 : lFound == mSides[1].mByName.end() ? -1 : lFound->second;
-        if (lSecond >= 0 && !lIsTaken[static_cast<size_t>(lSecond)])
+        if (lSecond >= 0 && !lIsPaired[static_cast<size_t>(lSecond)])
         {
-            lIsTaken[static_cast<size_t>(lSecond)] = true;
+            lIsPaired[static_cast<size_t>(lSecond)] = true;
             mPairs.emplace_back(static_cast<int>(lFirst), lSecond);
         }
         else
         {
             mOnly[0].emplace_back(mSides[0].mNodes[lFirst]->GetName());
-            Note(eASPECT_NAMES, IsNamedAsFiller(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[0].back());
+            UpdateLargest(eASPECT_NAMES, IsDummyByName(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
+                          mOnly[0].back());
         }
     }
-    for (size_t lSecond = 0; lSecond < lIsTaken.size(); ++lSecond)
+    for (size_t lSecond = 0; lSecond < lIsPaired.size(); ++lSecond)
     {
-        if (!lIsTaken[lSecond])
+        if (!lIsPaired[lSecond])
         {
             mOnly[1].emplace_back(mSides[1].mNodes[lSecond]->GetName());
-            Note(eASPECT_NAMES, IsNamedAsFiller(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1, mOnly[1].back());
+            UpdateLargest(eASPECT_NAMES, IsDummyByName(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
+                          mOnly[1].back());
         }
     }
     mResults[eASPECT_NAMES].mDiffers = mResults[eASPECT_NAMES].mLargest > 0;
@@ -159,8 +161,8 @@ void KFigureComparison::FindParents(int pSide)
     lSide.mParents.assign(lSide.mNodes.size(), -1);
     for (size_t lIndex = 1; lIndex < lSide.mNodes.size(); ++lIndex)
     {
-        const int lParent = lSide.mPlaces[lSide.mNodes[lIndex]->GetParent()];
-        // Parents come first, so those of the parent are known.
+        const int lParent = lSide.mIndices[lSide.mNodes[lIndex]->GetParent()];
+        // Pre-order: the parent's entry is already set.
         lSide.mParents[lIndex] = lIsPaired[static_cast<size_t>(lParent)] ? lParent : lSide.mParents[static_cast<size_t>(lParent)];
     }
 }
@@ -179,14 +181,14 @@ void KFigureComparison::CompareTrees()
         const int lSecond = mSides[1].mParents[static_cast<size_t>(lPair.second)];
         if ((lFirst < 0 ? -1 : lSecondOf[static_cast<size_t>(lFirst)]) != lSecond)
         {
-            Note(eASPECT_PARENTS, lResult.mLargest + 1, mSides[0].mNodes[static_cast<size_t>(lPair.first)]->GetName());
+            UpdateLargest(eASPECT_PARENTS, lResult.mLargest + 1, mSides[0].mNodes[static_cast<size_t>(lPair.first)]->GetName());
         }
     }
     lResult.mIsCompared = true;
     lResult.mDiffers = lResult.mLargest > 0;
 }
 
-void KFigureComparison::Note(int pAspect, double pValue, const std::string& pWhere)
+void KFigureComparison::UpdateLargest(int pAspect, double pValue, const std::string& pWhere)
 {
     if (pValue > mResults[pAspect].mLargest)
     {
@@ -197,38 +199,38 @@ void KFigureComparison::Note(int pAspect, double pValue, const std::string& pWhe
 
 void KFigureComparison::CompareRest()
 {
-    double lLeast[3];
-    double lMost[3];
+    double lMin[3];
+    double lMax[3];
     for (int lAxis = 0; lAxis < 3; ++lAxis)
     {
-        lLeast[lAxis] = lMost[lAxis] = mSides[0].mRest[0].mData[lAxis];
-        for (const KPlaceXyz& lPlace : mSides[0].mRest)
+        lMin[lAxis] = lMax[lAxis] = mSides[0].mRest[0].mData[lAxis];
+        for (const KPosition& lPosition : mSides[0].mRest)
         {
-            lLeast[lAxis] = std::min(lLeast[lAxis], lPlace.mData[lAxis]);
-            lMost[lAxis] = std::max(lMost[lAxis], lPlace.mData[lAxis]);
+            lMin[lAxis] = std::min(lMin[lAxis], lPosition.mData[lAxis]);
+            lMax[lAxis] = std::max(lMax[lAxis], lPosition.mData[lAxis]);
         }
     }
-    const double lLargest = std::max({lMost[0] - lLeast[0], lMost[1] - lLeast[1], lMost[2] - lLeast[2]});
-    mHeight = lMost[1] - lLeast[1] > lLargest / 10 ? lMost[1] - lLeast[1] : lLargest;
+    const double lLargest = std::max({lMax[0] - lMin[0], lMax[1] - lMin[1], lMax[2] - lMin[2]});
+    mHeight = lMax[1] - lMin[1] > lLargest / 10 ? lMax[1] - lMin[1] : lLargest;
 
     for (const auto& lPair : mPairs)
     {
         const size_t lFirst = static_cast<size_t>(lPair.first);
         const size_t lSecond = static_cast<size_t>(lPair.second);
-        double       lSeen[2][3];
+        double       lRelative[2][3];
         for (int lAxis = 0; lAxis < 3; ++lAxis)
         {
-            lSeen[0][lAxis] = mSides[0].mRest[lFirst].mData[lAxis] - mSides[0].mRest[0].mData[lAxis];
-            lSeen[1][lAxis] = mSides[1].mRest[lSecond].mData[lAxis] - mSides[1].mRest[0].mData[lAxis];
+            lRelative[0][lAxis] = mSides[0].mRest[lFirst].mData[lAxis] - mSides[0].mRest[0].mData[lAxis];
+            lRelative[1][lAxis] = mSides[1].mRest[lSecond].mData[lAxis] - mSides[1].mRest[0].mData[lAxis];
         }
         const std::string lName = mSides[0].mNodes[lFirst]->GetName();
-        Note(eASPECT_REST, Distance(lSeen[0], lSeen[1]), lName);
-        const int lAbove[2] = {mSides[0].mParents[lFirst], mSides[1].mParents[lSecond]};
-        if (lAbove[0] >= 0 && lAbove[1] >= 0)
+        UpdateLargest(eASPECT_REST, Distance(lRelative[0], lRelative[1]), lName);
+        const int lParents[2] = {mSides[0].mParents[lFirst], mSides[1].mParents[lSecond]};
+        if (lParents[0] >= 0 && lParents[1] >= 0)
         {
-            const double lLengths[2] = {Distance(mSides[0].mRest[lFirst].mData, mSides[0].mRest[static_cast<size_t>(lAbove[0])].mData),
-                                        Distance(mSides[1].mRest[lSecond].mData, mSides[1].mRest[static_cast<size_t>(lAbove[1])].mData)};
-            Note(eASPECT_LENGTHS, std::fabs(lLengths[0] - lLengths[1]), lName);
+            const double lLengths[2] = {Distance(mSides[0].mRest[lFirst].mData, mSides[0].mRest[static_cast<size_t>(lParents[0])].mData),
+                                        Distance(mSides[1].mRest[lSecond].mData, mSides[1].mRest[static_cast<size_t>(lParents[1])].mData)};
+            UpdateLargest(eASPECT_LENGTHS, std::fabs(lLengths[0] - lLengths[1]), lName);
         }
     }
     for (const int lAspect : {eASPECT_REST, eASPECT_LENGTHS})
@@ -261,7 +263,7 @@ void KFigureComparison::CompareDofs()
         const std::string lTexts[2] = {DofsText(lFirst->second), DofsText(lSecond->second)};
         if (lTexts[0] != lTexts[1])
         {
-            Note(eASPECT_DOFS, mResults[eASPECT_DOFS].mLargest + 1, lName + ": " + lTexts[0] + ", " + lTexts[1]);
+            UpdateLargest(eASPECT_DOFS, mResults[eASPECT_DOFS].mLargest + 1, lName + ": " + lTexts[0] + ", " + lTexts[1]);
             continue;
         }
         for (size_t lDof = 0; lDof < lFirst->second.size(); ++lDof)
@@ -283,7 +285,7 @@ void KFigureComparison::CompareLimits(const std::string& pBone, const KQexBoneDo
     {
         mResults[eASPECT_LIMITS].mUnit = lIsAngle ? "deg" : "cm";
     }
-    Note(eASPECT_LIMITS, lLargest, pBone + " " + pFirst.mWord + ": " + LimitsText(pFirst) + ", " + LimitsText(pSecond));
+    UpdateLargest(eASPECT_LIMITS, lLargest, pBone + " " + pFirst.mWord + ": " + LimitsText(pFirst) + ", " + LimitsText(pSecond));
     mResults[eASPECT_LIMITS].mDiffers = mResults[eASPECT_LIMITS].mDiffers || lDiffers;
 }
 
@@ -298,8 +300,8 @@ void KFigureComparison::CompareMotion(const KConsole& pConsole)
         return;
     }
     mResults[eASPECT_FRAMES].mIsCompared = true;
-    Note(eASPECT_FRAMES, static_cast<double>(std::llabs(lCounts[0] - lCounts[1])),
-         std::to_string(lCounts[0]) + ", " + std::to_string(lCounts[1]));
+    UpdateLargest(eASPECT_FRAMES, static_cast<double>(std::llabs(lCounts[0] - lCounts[1])),
+                  std::to_string(lCounts[0]) + ", " + std::to_string(lCounts[1]));
     mResults[eASPECT_FRAMES].mDiffers = lCounts[0] != lCounts[1];
 
     KProgress       lProgress("comparing", pConsole);
@@ -316,15 +318,15 @@ void KFigureComparison::CompareMotion(const KConsole& pConsole)
 
 void KFigureComparison::CompareFrame(long long pFrame)
 {
-    std::vector<KPlaceXyz> lPlaces[2];
+    std::vector<KPosition> lPositions[2];
     for (int lSide = 0; lSide < 2; ++lSide)
     {
-        Evaluate(lSide, mSides[lSide].mSampling.GetTime(pFrame), lPlaces[lSide]);
+        Evaluate(lSide, mSides[lSide].mSampling.GetTime(pFrame), lPositions[lSide]);
     }
     for (const auto& lPair : mPairs)
     {
         const double lDistance =
-            Distance(lPlaces[0][static_cast<size_t>(lPair.first)].mData, lPlaces[1][static_cast<size_t>(lPair.second)].mData);
+            Distance(lPositions[0][static_cast<size_t>(lPair.first)].mData, lPositions[1][static_cast<size_t>(lPair.second)].mData);
         if (!(lDistance <= mResults[eASPECT_POSITIONS].mLargest))
         {
             mResults[eASPECT_POSITIONS].mLargest = lDistance;

@@ -12,15 +12,15 @@ namespace asfapp
 
 using KJson = nlohmann::ordered_json;
 
-/// Version of the objects that `info --json` prints; counts up when a key changes its meaning or goes away.
+/// Version of the JSON objects; incremented when a key changes its meaning or is removed.
 constexpr int kJsonSchema = 1;
 
-/// What every object begins with: schema, kind, file, ok, messages.
+/// The common head of all objects: schema, kind, file, ok, counts and list of messages.
 KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages);
 
 KJson JsonPoint(const KPoint& pPoint);
 
-/// Prints \p pObject on one line. Bytes that are no UTF-8 come out as U+FFFD.
+/// Prints \p pObject on one line. U+FFFD replaces bytes that are not valid UTF-8.
 void PrintJsonLine(const KJson& pObject, KConsole& pConsole);
 
 } // namespace asfapp

@@ -18,15 +18,15 @@ void WriteSummary(const KMotionSurvey& pSurvey, KConsole& pConsole)
                  std::to_string(lInfo.mHighestFrame) + "), " + Short(lInfo.mSamplesPerSecond) + " a second, " +
                  Fixed(pSurvey.GetSeconds(), 3) + " s\n");
     pConsole.Out("  bones   " + std::to_string(pSurvey.CountMoving()) + " of " + std::to_string(pSurvey.GetBones().size()) +
-                 " with degrees of freedom are moved\n");
-    pConsole.Out("  root    " + Fixed(pSurvey.GetRootTravel(), 1) + " cm from start to end, " + Fixed(pSurvey.GetRootWay(), 1) +
-                 " cm along its way\n\n");
+                 " with degrees of freedom move\n");
+    pConsole.Out("  root    " + Fixed(pSurvey.GetRootTravel(), 1) + " cm from start to end, " + Fixed(pSurvey.GetRootPathLength(), 1) +
+                 " cm along its path\n\n");
 }
 
 std::string OutsideText(const KDofSurvey& pDof)
 {
     return pDof.mOutside == 0 ? std::string()
-                              : Count(pDof.mOutside, "frame", "frames") + " outside, from " + std::to_string(pDof.mFirstOutside) + " on";
+                              : Count(pDof.mOutside, "frame", "frames") + " outside limits, first " + std::to_string(pDof.mFirstOutside);
 }
 
 KJson JsonDof(const KDofSurvey& pDof)
@@ -66,7 +66,7 @@ KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
     lMotion["seconds"] = pSurvey.GetSeconds();
     lMotion["bonesMoved"] = pSurvey.CountMoving();
     lMotion["rootTravel"] = pSurvey.GetRootTravel();
-    lMotion["rootWay"] = pSurvey.GetRootWay();
+    lMotion["rootWay"] = pSurvey.GetRootPathLength();
     lMotion["bones"] = lBones;
     return lMotion;
 }
@@ -82,8 +82,8 @@ std::string LimitsText(const KDofSurvey& pDof)
 
 void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
 {
-    pConsole.Out(pConsole.Bold(Printable(pInput.GetMotion().GetShown())) + ": motion of " + Printable(pInput.GetSkeleton().GetShown()) +
-                 "\n");
+    pConsole.Out(pConsole.Bold(Printable(pInput.GetMotion().GetDisplayPath())) + ": motion of " +
+                 Printable(pInput.GetSkeleton().GetDisplayPath()) + "\n");
     WriteSummary(pSurvey, pConsole);
     size_t lWidth = 4;
     for (const KBoneSurvey& lBone : pSurvey.GetBones())
@@ -91,10 +91,10 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
         lWidth = std::max(lWidth, Printable(lBone.mName).size());
     }
     const auto lWriteRow = [&](const std::string& pBone, const char* pDof, const std::string& pLeast, const std::string& pGreatest,
-                               const std::string& pLimits, const std::string& pRest)
+                               const std::string& pLimits, const std::string& pRemark)
     {
         std::string lLine = "  " + PadRight(pBone, lWidth) + "  " + PadRight(pDof, 3) + "  " + PadLeft(pLeast, 10) + "  " +
-                            PadLeft(pGreatest, 10) + "  " + PadRight(pLimits, 14) + "  " + pRest;
+                            PadLeft(pGreatest, 10) + "  " + PadRight(pLimits, 14) + "  " + pRemark;
         lLine.erase(lLine.find_last_not_of(' ') + 1);
         pConsole.Out(lLine + "\n");
     };
@@ -104,9 +104,9 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
         std::string lName = Printable(lBone.mName);
         for (const KDofSurvey& lDof : lBone.mDofs)
         {
-            const bool lRead = lBone.mFrames > 0;
-            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lRead ? Fixed(lDof.mLeast, 3) : "-", lRead ? Fixed(lDof.mGreatest, 3) : "-",
-                      LimitsText(lDof), OutsideText(lDof));
+            const bool lHasValues = lBone.mFrames > 0;
+            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLeast, 3) : "-",
+                      lHasValues ? Fixed(lDof.mGreatest, 3) : "-", LimitsText(lDof), OutsideText(lDof));
             lName.clear();
         }
     }

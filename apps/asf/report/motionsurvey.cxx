@@ -12,7 +12,7 @@ namespace asfapp
 namespace
 {
 
-/// Values are written with six digits or so: what is beyond a limit by less than this is on it.
+/// Files have about six digits: a value that exceeds a limit by less than this is at the limit.
 constexpr double kTolerance = 1e-6;
 
 double Distance(const KPoint& pOne, const KPoint& pOther)
@@ -20,19 +20,19 @@ double Distance(const KPoint& pOne, const KPoint& pOther)
     return std::hypot(pOne.mX - pOther.mX, pOne.mY - pOther.mY, pOne.mZ - pOther.mZ);
 }
 
-/// Where the root's translation values put it, in centimetres.
-KPoint RootPlace(const qexsdk::KQexAmcBone& pRoot, double pFactor)
+/// The root's translation, in centimetres.
+KPoint RootPosition(const qexsdk::KQexAmcBone& pRoot, double pFactor)
 {
-    double lPlace[3] = {0, 0, 0};
+    double lPosition[3] = {0, 0, 0};
     for (int lIndex = 0; lIndex < pRoot.mNode->mOrderCount; ++lIndex)
     {
         const int lCode = pRoot.mNode->mOrderBuf[lIndex];
         if (lCode < 3)
         {
-            lPlace[lCode] += pRoot.mValues[lIndex] * pFactor;
+            lPosition[lCode] += pRoot.mValues[lIndex] * pFactor;
         }
     }
-    return {lPlace[0], lPlace[1], lPlace[2]};
+    return {lPosition[0], lPosition[1], lPosition[2]};
 }
 
 } // namespace
@@ -56,7 +56,7 @@ bool KMotionSurvey::Read(const KMotionInput& pInput, const KMotionOptions& pOpti
     }
     KProgress                  lProgress("reading", pConsole);
     qexsdk::KQexAmcReadOptions lOptions;
-    lOptions.mSamplesPerSecond = pOptions.mSamples;
+    lOptions.mSamplesPerSecond = pOptions.mMotionRate;
     lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
     lOptions.mProgress = [&lProgress](double pFraction)
     {
@@ -85,7 +85,7 @@ bool KMotionSurvey::Frame(const qexsdk::KQexAmcFrame& pFrame)
     {
         AddValues(pFrame, static_cast<size_t>(lBone));
     }
-    FollowRoot(pFrame);
+    AddRootPosition(pFrame);
     return true;
 }
 
@@ -128,20 +128,20 @@ void KMotionSurvey::AddValues(const qexsdk::KQexAmcFrame& pFrame, size_t pBone)
     ++lBone.mFrames;
 }
 
-void KMotionSurvey::FollowRoot(const qexsdk::KQexAmcFrame& pFrame)
+void KMotionSurvey::AddRootPosition(const qexsdk::KQexAmcFrame& pFrame)
 {
     if (pFrame.mBones->empty() || pFrame.mBones->front().mNode->mParent != nullptr)
     {
         return;
     }
-    const KPoint lPlace = RootPlace(pFrame.mBones->front(), pFrame.mLengthFactor);
+    const KPoint lPosition = RootPosition(pFrame.mBones->front(), pFrame.mLengthFactor);
     if (pFrame.mIndex == 0)
     {
-        mRootFirst = lPlace;
-        mRootLast = lPlace;
+        mRootFirst = lPosition;
+        mRootLast = lPosition;
     }
-    mRootWay += Distance(mRootLast, lPlace);
-    mRootLast = lPlace;
+    mRootPathLength += Distance(mRootLast, lPosition);
+    mRootLast = lPosition;
 }
 
 double KMotionSurvey::GetSeconds() const

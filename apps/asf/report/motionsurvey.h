@@ -10,7 +10,7 @@
 namespace asfapp
 {
 
-/// What one degree of freedom does in a motion, in degrees or in the file's unit of length, and how it keeps to its limits.
+/// The range of a degree of freedom in a motion, and its limits. Degrees, or the file's unit of length.
 struct KDofSurvey
 {
     int       mCode = 0;
@@ -18,27 +18,27 @@ struct KDofSurvey
     double    mGreatest = 0;
     bool      mHasMin = false;
     bool      mHasMax = false;
-    double    mMin = 0; ///< Limits, where the skeleton has them.
+    double    mMin = 0; ///< Limits of the skeleton; valid if mHasMin, mHasMax.
     double    mMax = 0;
     long long mOutside = 0;      ///< Number of frames outside the limits.
-    long long mFirstOutside = 0; ///< Number of the first of them.
+    long long mFirstOutside = 0; ///< Frame number of the first of them.
 };
 
 struct KBoneSurvey
 {
     std::string             mName;
-    long long               mFrames = 0; ///< Frames that give the bone values of its own.
+    long long               mFrames = 0; ///< Number of frames with values for the bone.
     std::vector<KDofSurvey> mDofs;
 
     bool Moves() const;
 };
 
-/// What is in a motion, found out in one pass over its file.
+/// Statistics of a motion, collected in one pass over its file.
 class KMotionSurvey : private qexsdk::KQexAmcVisitor
 {
 public:
-    /// Reads skeleton and motion. Of the skeleton only errors are among the messages. False when the motion cannot be read;
-    /// the exit status is raised.
+    /// Reads skeleton and motion. The messages are the motion's; those of a skeleton that fails are printed. False, and the exit
+    /// status raised, if either cannot be read.
     bool Read(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole);
 
     const KMessages&                GetMessages() const { return mMessages; }
@@ -49,8 +49,8 @@ public:
     /// Seconds from the lowest frame to the highest.
     double GetSeconds() const;
 
-    /// Centimetres: the root's way, and from its first place to its last.
-    double GetRootWay() const { return mRootWay; }
+    /// Centimetres: the length of the root's path, and the distance from its first position to its last.
+    double GetRootPathLength() const { return mRootPathLength; }
     double GetRootTravel() const;
 
     int  CountMoving() const;
@@ -60,13 +60,13 @@ private:
     bool Frame(const qexsdk::KQexAmcFrame& pFrame) override;
     void AddBones(const qexsdk::KQexAmcFrame& pFrame);
     void AddValues(const qexsdk::KQexAmcFrame& pFrame, size_t pBone);
-    void FollowRoot(const qexsdk::KQexAmcFrame& pFrame);
+    void AddRootPosition(const qexsdk::KQexAmcFrame& pFrame);
 
     KMessages                mMessages;
     bool                     mOk = false;
     qexsdk::KQexAmcInfo      mInfo;
     std::vector<KBoneSurvey> mBones;
-    double                   mRootWay = 0;
+    double                   mRootPathLength = 0;
     KPoint                   mRootFirst;
     KPoint                   mRootLast;
 };
@@ -74,7 +74,7 @@ private:
 /// "(-10 170)", "" without limits.
 std::string LimitsText(const KDofSurvey& pDof);
 
-/// Prints what a motion is, and the table of its degrees of freedom, for people.
+/// Prints a summary of a motion and the table of its degrees of freedom, as text.
 void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole);
 
 /// The same as one JSON object on one line (docs/json.md), also for a read that failed.

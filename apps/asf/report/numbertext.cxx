@@ -20,7 +20,7 @@ size_t CodePoints(const std::string& pText)
 
 std::string Fixed(double pValue, int pDigits)
 {
-    char        lBuffer[400]; // The longest double has 309 digits in front of the point.
+    char        lBuffer[400]; // The longest double has 309 digits before the point.
     const auto  lEnd = std::to_chars(lBuffer, lBuffer + sizeof lBuffer, pValue, std::chars_format::fixed, pDigits);
     std::string lText(lBuffer, lEnd.ptr);
     if (lText[0] == '-' && lText.find_first_not_of("-0.") == std::string::npos)

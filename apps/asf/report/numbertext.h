@@ -6,17 +6,17 @@
 namespace asfapp
 {
 
-/// \p pValue with \p pDigits digits behind the point; never "-0". Written with a point whatever the locale is.
+/// \p pValue with \p pDigits decimals; never "-0". Independent of the locale.
 std::string Fixed(double pValue, int pDigits);
 
-/// \p pValue with at most six significant digits and no needless ones.
+/// \p pValue with at most six significant digits, without trailing zeros.
 std::string Short(double pValue);
 
-/// \p pText filled up with blanks behind it, or in front of it, to \p pWidth characters (code points of UTF-8).
+/// \p pText padded with blanks after it, or before it, to \p pWidth characters (UTF-8 code points).
 std::string PadRight(const std::string& pText, size_t pWidth);
 std::string PadLeft(const std::string& pText, size_t pWidth);
 
-/// "1 bone", "2 bones": \p pPlural is used for every count but one.
+/// "1 bone", "2 bones": \p pPlural is used for every count except 1.
 std::string Count(long long pCount, const char* pSingular, const char* pPlural);
 
 } // namespace asfapp

@@ -12,7 +12,7 @@ namespace asfapp
 namespace
 {
 
-constexpr int kDigits = 5; // Of a centimetre: single precision has no more to give.
+constexpr int kDigits = 5; // Decimals of centimetres: the limit of single precision.
 constexpr int kSecondDigits = 6;
 
 class KTextWriter : public KPositionWriter
@@ -23,9 +23,9 @@ public:
 protected:
     void Write(const std::string& pText) { mOut.Write(pText.data(), pText.size()); }
 
-    static std::string Coordinates(const KPoint& pPoint, const char* pBetween)
+    static std::string Coordinates(const KPoint& pPoint, const char* pSeparator)
     {
-        return Fixed(pPoint.mX, kDigits) + pBetween + Fixed(pPoint.mY, kDigits) + pBetween + Fixed(pPoint.mZ, kDigits);
+        return Fixed(pPoint.mX, kDigits) + pSeparator + Fixed(pPoint.mY, kDigits) + pSeparator + Fixed(pPoint.mZ, kDigits);
     }
 
     KPositionTable mTable;
@@ -151,7 +151,7 @@ class KNpyWriter : public KTextWriter
 public:
     using KTextWriter::KTextWriter;
 
-    // Magic, version 1.0, the header's length, then a Python dictionary filled up to a multiple of 64 bytes.
+    // Magic, version 1.0, the header's length, then a Python dictionary padded to a multiple of 64 bytes.
     void Begin(const KPositionTable& pTable) override
     {
         constexpr size_t kPreamble = 10;
@@ -181,7 +181,7 @@ public:
     void End() override {}
 
 private:
-    // Little-endian whatever the machine is.
+    // Little-endian on any machine.
     static void AppendFloat(std::string& pBytes, float pValue)
     {
         uint32_t lBits = 0;

@@ -11,17 +11,17 @@
 namespace asfapp
 {
 
-/// What a table of positions is about.
+/// Head of a table of positions.
 struct KPositionTable
 {
-    std::string              mSkeleton; ///< Paths, for the formats that keep them.
+    std::string              mSkeleton; ///< Paths, for JSON.
     std::string              mMotion;
-    double                   mRate = 0; ///< Frames a second.
-    std::vector<std::string> mJoints;   ///< Names.
+    double                   mRate = 0; ///< Frames per second.
+    std::vector<std::string> mJoints;   ///< Joint names.
     size_t                   mFrameCount = 0;
 };
 
-/// Writes world positions frame by frame. Whether the bytes arrived is what closing the output tells.
+/// Writes world positions frame by frame. Write errors are reported by closing the output.
 class KPositionWriter
 {
 public:

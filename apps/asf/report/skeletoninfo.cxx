@@ -11,14 +11,14 @@ namespace asfapp
 namespace
 {
 
-/// Deeper bones stand where these do, so that a chain of bones costs what its bones cost.
-constexpr int kMostIndent = 32;
+/// Maximum depth of indentation, so that the output stays linear in the number of bones.
+constexpr int kMaxIndent = 32;
 
-constexpr size_t kMostNameWidth = 60;
+constexpr size_t kMaxNameWidth = 60;
 
 std::string Indented(const KRestBone& pBone)
 {
-    return std::string(2 * static_cast<size_t>(std::min(pBone.mDepth, kMostIndent)), ' ') + Printable(pBone.mNode->mName);
+    return std::string(2 * static_cast<size_t>(std::min(pBone.mDepth, kMaxIndent)), ' ') + Printable(pBone.mNode->mName);
 }
 
 std::string LimitText(const qexsdk::KQexAsfNode& pNode, int pCode)
@@ -62,15 +62,15 @@ void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
         lDofs += lBone.mNode->mOrderCount;
         lDepth = std::max(lDepth, lBone.mDepth);
     }
-    KPoint lLeast;
-    KPoint lMost;
-    pSkeleton.GetBounds(lLeast, lMost);
+    KPoint lMin;
+    KPoint lMax;
+    pSkeleton.GetBounds(lMin, lMax);
     pConsole.Out("  units   mass " + Short(lScene.mMassUnit) + ", length " + Short(lScene.mLengthUnit) + " (1 unit is " + Short(lScale) +
                  " cm), angle " + (lScene.mAngleUnit == 1.0 ? "deg" : "rad") + "\n");
     pConsole.Out("  bones   " + std::to_string(lBones.size() - 1) + " below the root, " + Count(lDofs, "degree", "degrees") +
                  " of freedom, " + Count(lDepth, "level", "levels") + " deep\n");
-    pConsole.Out("  height  " + Fixed(lMost.mY - lLeast.mY, 1) + " cm at rest (" + Fixed(lMost.mX - lLeast.mX, 1) + " wide, " +
-                 Fixed(lMost.mZ - lLeast.mZ, 1) + " deep)\n\n");
+    pConsole.Out("  height  " + Fixed(lMax.mY - lMin.mY, 1) + " cm at rest (" + Fixed(lMax.mX - lMin.mX, 1) + " wide, " +
+                 Fixed(lMax.mZ - lMin.mZ, 1) + " deep)\n\n");
 }
 
 } // namespace
@@ -78,15 +78,15 @@ void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
 void WriteSkeletonInfo(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
 {
     const std::string lName = pSkeleton.GetScene().mName;
-    pConsole.Out(pConsole.Bold(Printable(pFile.GetShown())) + ": " + (lName.empty() ? "a skeleton without a name" : Printable(lName)) +
-                 "\n");
+    pConsole.Out(pConsole.Bold(Printable(pFile.GetDisplayPath())) + ": " +
+                 (lName.empty() ? "a skeleton without a name" : Printable(lName)) + "\n");
     WriteSummary(pSkeleton, pConsole);
 
     size_t lNameWidth = 4;
     size_t lLengthWidth = 2;
     for (const KRestBone& lBone : pSkeleton.GetBones())
     {
-        lNameWidth = std::max(lNameWidth, std::min(Indented(lBone).size(), kMostNameWidth));
+        lNameWidth = std::max(lNameWidth, std::min(Indented(lBone).size(), kMaxNameWidth));
         lLengthWidth = std::max(lLengthWidth, LengthText(lBone, 1.0).size());
     }
     const auto lWriteLine =

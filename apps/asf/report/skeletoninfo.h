@@ -8,10 +8,10 @@
 namespace asfapp
 {
 
-/// Prints what a skeleton is and its tree, a line a bone, for people.
+/// Prints a summary of a skeleton and its bone tree, one line per bone, as text.
 void WriteSkeletonInfo(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
 
-/// Prints everything the skeleton's model holds as one JSON object on one line (docs/json.md), also for a read that failed.
+/// Prints the full model as one JSON object on one line (docs/json.md), also for a failed read.
 void WriteSkeletonJson(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
 
 } // namespace asfapp

@@ -22,7 +22,7 @@ KJson JsonVector(const KVector& pVector)
     return KJson::array({pVector[0], pVector[1], pVector[2]});
 }
 
-/// Rows of the textbook matrix; the model keeps the images of the axes.
+/// The rows of the matrix for column vectors; the model stores the images of the axes, its columns.
 KJson JsonMatrix(const qexsdk::KgeRMatrix& pMatrix)
 {
     KJson lRows = KJson::array();
@@ -82,9 +82,9 @@ KJson JsonSkeleton(const KSkeletonFile& pSkeleton)
         lDofs += lBone.mNode->mOrderCount;
         lDepth = std::max(lDepth, lBone.mDepth);
     }
-    KPoint lLeast;
-    KPoint lMost;
-    pSkeleton.GetBounds(lLeast, lMost);
+    KPoint lMin;
+    KPoint lMax;
+    pSkeleton.GetBounds(lMin, lMax);
     KJson lResult;
     lResult["name"] = lScene.mName;
     lResult["units"] = {{"mass", lScene.mMassUnit}, {"length", lScene.mLengthUnit}, {"angle", lScene.mAngleUnit == 1.0 ? "deg" : "rad"}};
@@ -93,8 +93,8 @@ KJson JsonSkeleton(const KSkeletonFile& pSkeleton)
     lResult["boneCount"] = lBones.empty() ? 0 : lBones.size() - 1;
     lResult["dofCount"] = lDofs;
     lResult["depth"] = lDepth;
-    lResult["height"] = lMost.mY - lLeast.mY;
-    lResult["bounds"] = {{"min", JsonPoint(lLeast)}, {"max", JsonPoint(lMost)}};
+    lResult["height"] = lMax.mY - lMin.mY;
+    lResult["bounds"] = {{"min", JsonPoint(lMin)}, {"max", JsonPoint(lMax)}};
     lResult["bones"] = lBones;
     return lResult;
 }

@@ -13,7 +13,7 @@ namespace qexsdk
 namespace
 {
 
-/// Order of two names without regard to case: below, above or equal to 0.
+/// Compares two names, ignoring case: negative, positive or 0.
 int CompareFolded(std::string_view pLeft, std::string_view pRight)
 {
     const size_t lCount = std::min(pLeft.size(), pRight.size());
@@ -29,7 +29,7 @@ int CompareFolded(std::string_view pLeft, std::string_view pRight)
     return pLeft.size() == pRight.size() ? 0 : pLeft.size() < pRight.size() ? -1 : 1;
 }
 
-/// Names that differ in case alone stand side by side.
+/// Orders names such that those that differ only in case are adjacent.
 bool NameLess(std::string_view pLeft, std::string_view pRight)
 {
     const int lFolded = CompareFolded(pLeft, pRight);
@@ -77,7 +77,7 @@ void KQexAmcBones::AddRemoved(const KQexAmcSkeletonNotes& pNotes)
     {
         KQexAmcLine& lLine = mLines.emplace_back();
         lLine.mName = lName;
-        lLine.mTakesAnyCount = true;
+        lLine.mIsRemoved = true;
     }
 }
 
@@ -91,7 +91,7 @@ void KQexAmcBones::AddLengths(const KQexAmcSkeletonNotes& pNotes)
             continue;
         }
         KQexAmcLine& lLine = mLines[static_cast<size_t>(lFound)];
-        lLine.mValueCount += AddLengthPlace(lLine.mLengthPlaces, lLength.mPlace) ? 1 : 0;
+        lLine.mValueCount += AddLengthIndex(lLine.mLengthIndices, lLength.mPlace) ? 1 : 0;
     }
 }
 
@@ -124,16 +124,16 @@ int KQexAmcBones::Find(std::string_view pName) const
     return lFolded != mNames.end() && CompareFolded(lFolded->mName, pName) == 0 ? lFolded->mLine : -1;
 }
 
-const char* KQexAmcBones::Word(const KQexAmcLine& pLine, int pPlace) const
+const char* KQexAmcBones::Word(const KQexAmcLine& pLine, int pIndex) const
 {
-    const auto lFirst = pLine.mLengthPlaces.begin();
-    const auto lPlace = std::lower_bound(lFirst, pLine.mLengthPlaces.end(), pPlace);
-    if (lPlace != pLine.mLengthPlaces.end() && *lPlace == pPlace)
+    const auto lFirst = pLine.mLengthIndices.begin();
+    const auto lLength = std::lower_bound(lFirst, pLine.mLengthIndices.end(), pIndex);
+    if (lLength != pLine.mLengthIndices.end() && *lLength == pIndex)
     {
         return "l";
     }
 
-    const int lDof = pPlace - static_cast<int>(lPlace - lFirst);
+    const int lDof = pIndex - static_cast<int>(lLength - lFirst);
     if (pLine.mBone < 0)
     {
         return "l";
@@ -145,10 +145,10 @@ const char* KQexAmcBones::Word(const KQexAmcLine& pLine, int pPlace) const
 
 std::string KQexAmcBones::Words(const KQexAmcLine& pLine) const
 {
-    // A line of many `l` words would only hide what the message is about.
-    const int   kMost = 12;
+    // Many `l` words would bury the rest of the message.
+    const int   kMaxWords = 12;
     std::string lWords;
-    for (int i = 0; i < pLine.mValueCount && i < kMost; ++i)
+    for (int i = 0; i < pLine.mValueCount && i < kMaxWords; ++i)
     {
         if (i > 0)
         {
@@ -156,7 +156,7 @@ std::string KQexAmcBones::Words(const KQexAmcLine& pLine) const
         }
         lWords += Word(pLine, i);
     }
-    if (pLine.mValueCount > kMost)
+    if (pLine.mValueCount > kMaxWords)
     {
         lWords += " ...";
     }

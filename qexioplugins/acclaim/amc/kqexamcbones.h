@@ -11,50 +11,50 @@
 namespace qexsdk
 {
 
-/// Adds the place of an `l` to those of a bone. Places of one bone rise: one that does not belongs to another bone of the same name,
-/// which has no line of its own. \return whether it was added
-inline bool AddLengthPlace(std::vector<int>& pPlaces, int pPlace)
+/// Appends the index of an `l` value to those of a bone. Indices of one bone ascend; one that does not belongs to another bone of the
+/// same name, which has no line of its own. \return whether it was added
+inline bool AddLengthIndex(std::vector<int>& pIndices, int pIndex)
 {
-    if (!pPlaces.empty() && pPlace <= pPlaces.back())
+    if (!pIndices.empty() && pIndex <= pIndices.back())
     {
         return false;
     }
-    pPlaces.push_back(pPlace);
+    pIndices.push_back(pIndex);
     return true;
 }
 
-/// What a motion's lines about one name look like, and what was said about them so far.
+/// Layout of the motion's lines for one bone name, and the state of reading them.
 struct KQexAmcLine
 {
-    std::string_view mName;                  ///< Name of the bone. The text is the bone's own, or that of the skeleton's notes.
+    std::string_view mName;                  ///< Name of the bone. Refers to the text in the bone or in the skeleton's notes.
     int              mBone = -1;             ///< Index of the bone in KQexAmcBones::mBones; -1 for a bone without a DOF.
-    int              mValueCount = 0;        ///< Values that a line has, those of `l` included.
-    bool             mTakesAnyCount = false; ///< Not in the tree any more: how many values its lines have is not known.
-    std::vector<int> mLengthPlaces;          ///< Places of `l` among the values, ascending.
-    int              mNext = 0;              ///< The line that came after this one last time: the first guess for the next one.
-    long long        mFrame = -1;            ///< Index of the frame in which it was read last, -1 for none.
-    bool             mSaidTooMany = false;   ///< The warning about values beyond mValueCount was given.
-    bool             mSaidTwice = false;     ///< The warning about two lines in one frame was given.
+    int              mValueCount = 0;        ///< Values per line, `l` included.
+    bool             mIsRemoved = false;     ///< The clean-up removed the bone: its lines may have any number of values.
+    std::vector<int> mLengthIndices;         ///< Indices of the `l` values on a line, ascending.
+    int              mNext = 0;              ///< Index of the line that followed this one last time: first guess for the next look-up.
+    long long        mFrame = -1;            ///< Index of the last frame that had it, -1 for none.
+    bool             mWarnedTooMany = false; ///< Warned about more than mValueCount values.
+    bool             mWarnedTwice = false;   ///< Warned about two lines in one frame.
 };
 
-/// The bones of a skeleton as a motion names them.
+/// Looks up the bones of a skeleton by the names on a motion's lines.
 ///
-/// A name is looked up exactly first, then without regard to the case of ASCII letters. Of several bones with one name the first
-/// in pre-order is meant, as everywhere in the model.
+/// An exact match wins over one that ignores the case of ASCII letters. Of several bones with the same name the first in pre-order
+/// wins, as everywhere in the model.
 class KQexAmcBones
 {
 public:
-    /// Lists the bones below and including \p pRoot. The tree and the notes have to outlive this object.
+    /// Lists \p pRoot and all bones below it. The tree and the notes must outlive this object.
     void Build(HKQexAsfNode pRoot, const KQexAmcSkeletonNotes& pNotes);
 
-    /// Index into mLines of the line that \p pName begins, -1 for none. O(log n).
+    /// Index into mLines of the bone \p pName, -1 for none. O(log n).
     int Find(std::string_view pName) const;
 
-    /// The DOF words that a line has values for, separated by blanks, for messages.
+    /// The DOF words of a line's values, separated by blanks, for messages.
     std::string Words(const KQexAmcLine& pLine) const;
 
-    /// The DOF word of value \p pPlace of a line.
-    const char* Word(const KQexAmcLine& pLine, int pPlace) const;
+    /// The DOF word of the value at index \p pIndex of a line.
+    const char* Word(const KQexAmcLine& pLine, int pIndex) const;
 
     std::vector<KQexAmcBone> mBones; ///< Bones that have a DOF, in pre-order.
     std::vector<KQexAmcLine> mLines; ///< All names, in pre-order, then those of removed bones.
@@ -71,7 +71,7 @@ private:
     void AddLengths(const KQexAmcSkeletonNotes& pNotes);
     void SortNames();
 
-    std::vector<KEntry> mNames; ///< By folded name, then by name; one entry a name.
+    std::vector<KEntry> mNames; ///< Sorted by case-folded name, then by name; one entry per name.
 };
 
 } // namespace qexsdk

@@ -8,16 +8,16 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kRounding = 1e-12; ///< What rounding makes of a zero of a matrix, and, in degrees, of an angle left over.
+constexpr double kRounding = 1e-12; ///< Rounding error of a zero matrix element, and of a zero residual in degrees.
 
 bool IsIdentity(const KgeRMatrix& pMatrix)
 {
-    const KgeRMatrix lNone;
+    const KgeRMatrix lIdentity;
     for (int i = 0; i < 3; ++i)
     {
         for (int j = 0; j < 3; ++j)
         {
-            if (!(std::fabs(pMatrix.mData[i][j] - lNone.mData[i][j]) <= kRounding))
+            if (!(std::fabs(pMatrix.mData[i][j] - lIdentity.mData[i][j]) <= kRounding))
             {
                 return false;
             }
@@ -34,11 +34,11 @@ KQexAmcFit::KQexAmcFit(const KQexAsfNode& pBone) : mSolver(pBone.mOrderBuf, pBon
     KgeSet(mAxisInv, pBone.mAxisRMInv);
 }
 
-/// Sampling turns a bone with axis A by D = D(above) A M A^-1 for the rotation M that its DOFs make, where D(above) is the turn of the
-/// bone above from its rest pose. The node is to turn by the same D = G G0^-1, with G its global rotation, G0 the one at rest and both
-/// as the skeleton's rest pose is aligned. So M = A^-1 D(above)^-1 D A, and as G = G(above) L with the step L,
-/// M = (A^-1 G0(above)) L (G0^-1 A): what is in parentheses never changes.
-void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const KgeRMatrix& pAlign, double pScale)
+/// Sampling rotates a bone with axis A from its rest pose by D = D(parent) A M A^-1, with M the rotation by its DOFs. The node rotates by
+/// the same D = G G0^-1, with G its global rotation, G0 that at rest, both aligned with the skeleton's rest pose. So
+/// M = A^-1 D(parent)^-1 D A, and as G = G(parent) L with the step L, M = (A^-1 G0(parent)) L (G0^-1 A). The factors in parentheses
+/// are constant. "Parent" is the nearest ancestor bone that has a node.
+void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale)
 {
     KgeRMatrix lAlignInv;
     KgeInverse(lAlignInv, pAlign);
@@ -47,23 +47,23 @@ void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const
     KgeMult(mRight, mRight, pAlign);
     KgeMult(mRight, mRight, mAxis);
     mHasRight = !IsIdentity(mRight);
-    mHasFrom = pFrom != nullptr;
+    mHasParent = pParent != nullptr;
     mScale = pScale;
-    if (pFrom != nullptr)
+    if (pParent != nullptr)
     {
-        const double* lPlace = pNode.mData[3].mData;
-        const double* lFrom = pFrom->mData[3].mData;
-        pFrom->GetRotation(mBack);
-        KgeMult(mBack, lAlignInv, mBack);
-        KmV(mRest, lPlace[0] - lFrom[0], lPlace[1] - lFrom[1], lPlace[2] - lFrom[2]);
+        const double* lPosition = pNode.mData[3].mData;
+        const double* lParent = pParent->mData[3].mData;
+        pParent->GetRotation(mParentToRest);
+        KgeMult(mParentToRest, lAlignInv, mParentToRest);
+        KmV(mRest, lPosition[0] - lParent[0], lPosition[1] - lParent[1], lPosition[2] - lParent[2]);
         KmVN(mRest, mRest, mScale);
         KmRV(mRest, lAlignInv.mData, mRest);
         mRestLength = KmVlength(mRest);
     }
-    KgeMult(mLeft, mAxisInv, mBack);
+    KgeMult(mLeft, mAxisInv, mParentToRest);
 }
 
-bool KQexAmcFit::TakesAngles(const KQexNode& pNode) const
+bool KQexAmcFit::CanUseNodeAngles(const KQexNode& pNode) const
 {
     KgeRMatrix lBefore;
     KgeRMatrix lAfter;
@@ -82,54 +82,54 @@ bool KQexAmcFit::TakesAngles(const KQexNode& pNode) const
     return IsIdentity(lBefore) && IsIdentity(lAfter) && mSolver.Follows(lOrder);
 }
 
-void KQexAmcFit::GetMove(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pMove) const
+void KQexAmcFit::GetDisplacement(const KQexAmcStep& pStep, const KQexAmcResidual* pParent, double* pDisplacement) const
 {
-    KmVN(pMove, pStep.mReach, mScale);
-    if (mHasFrom)
+    KmVN(pDisplacement, pStep.mReach, mScale);
+    if (mHasParent)
     {
-        KmRV(pMove, mBack.mData, pMove);
-        if (pAbove != nullptr)
+        KmRV(pDisplacement, mParentToRest.mData, pDisplacement);
+        if (pParent != nullptr)
         {
-            KmRV(pMove, pAbove->mTurn.mData, pMove);
+            KmRV(pDisplacement, pParent->mRotation.mData, pDisplacement);
         }
-        KmV(pMove, pMove[0] - mRest[0], pMove[1] - mRest[1], pMove[2] - mRest[2]);
+        KmV(pDisplacement, pDisplacement[0] - mRest[0], pDisplacement[1] - mRest[1], pDisplacement[2] - mRest[2]);
     }
-    KmRV(pMove, mAxisInv.mData, pMove);
+    KmRV(pDisplacement, mAxisInv.mData, pDisplacement);
 }
 
-double KQexAmcFit::Solve(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pAngles, KQexAmcStray& pStray) const
+double KQexAmcFit::Solve(const KQexAmcStep& pStep, const KQexAmcResidual* pParent, double* pAngles, KQexAmcResidual& pResidual) const
 {
-    KgeRMatrix lWanted;
+    KgeRMatrix lTarget;
     KgeRMatrix lReached;
     if (mHasRight)
     {
-        KgeMult(lWanted, pStep.mTurn, mRight);
+        KgeMult(lTarget, pStep.mTurn, mRight);
     }
     else
     {
-        KgeSet(lWanted, pStep.mTurn);
+        KgeSet(lTarget, pStep.mTurn);
     }
-    if (pAbove == nullptr)
+    if (pParent == nullptr)
     {
-        KgeMult(lWanted, mLeft, lWanted);
+        KgeMult(lTarget, mLeft, lTarget);
     }
     else
     {
-        // The bone above is not where its node is: this one makes up for it.
-        KgeMult(lWanted, mBack, lWanted);
-        KgeMult(lWanted, pAbove->mTurn, lWanted);
-        KgeMult(lWanted, mAxisInv, lWanted);
+        // Compensates for what the parent missed.
+        KgeMult(lTarget, mParentToRest, lTarget);
+        KgeMult(lTarget, pParent->mRotation, lTarget);
+        KgeMult(lTarget, mAxisInv, lTarget);
     }
-    const double lOff = mSolver.Solve(lWanted, pAngles, lReached);
-    pStray.mIs = lOff > kRounding;
-    if (pStray.mIs)
+    const double lError = mSolver.Solve(lTarget, pAngles, lReached);
+    pResidual.mIsSet = lError > kRounding;
+    if (pResidual.mIsSet)
     {
         KgeInverse(lReached, lReached);
         KgeMult(lReached, mAxis, lReached);
-        KgeMult(lWanted, lWanted, mAxisInv);
-        KgeMult(pStray.mTurn, lReached, lWanted);
+        KgeMult(lTarget, lTarget, mAxisInv);
+        KgeMult(pResidual.mRotation, lReached, lTarget);
     }
-    return lOff;
+    return lError;
 }
 
 } // namespace qexsdk

@@ -8,56 +8,56 @@
 namespace qexsdk
 {
 
-/// How far a bone's DOFs left it from where its node is.
-struct KQexAmcStray
+/// What a bone's DOFs miss of its node's rotation.
+struct KQexAmcResidual
 {
-    bool       mIs = false; ///< Whether it did not get all the way.
-    KgeRMatrix mTurn;       ///< From the reached rotation to the wanted one, in the frame of the skeleton's rest pose.
+    bool       mIsSet = false; ///< False: no residual, mRotation is undefined.
+    KgeRMatrix mRotation;      ///< From the reached rotation to the target, in the frame of the skeleton's rest pose.
 };
 
-/// Finds what a bone's DOFs must be for the bone to move as its node does: what is known of that before the first frame.
+/// Fits a bone's DOFs to the motion of its node. Holds what is constant over the frames.
 class KQexAmcFit
 {
 public:
     /// For the DOFs of \p pBone.
     explicit KQexAmcFit(const KQexAsfNode& pBone);
 
-    /// Takes the poses at rest, which both turn from: the bone's is its axis, the nodes' is given.
-    /// \param pNode the node's global transform
-    /// \param pFrom the one of the nearest bone's node above; null: none
+    /// Sets the nodes' rest pose; the bone's is its axis.
+    /// \param pNode the node's global transform at rest
+    /// \param pParent that of the nearest ancestor bone's node; null: none
     /// \param pAlign from the skeleton's rest pose to the nodes'
-    /// \param pScale factor of the nodes' places
-    void SetRest(const KQexMatrix& pNode, const KQexMatrix* pFrom, const KgeRMatrix& pAlign, double pScale);
+    /// \param pScale factor of the nodes' positions
+    void SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale);
 
-    /// Whether the node's own angles are those of the DOFs where KQexDofSolver::TakeAngles() takes them: nothing but they turns the bone,
-    /// and their order is the DOFs'.
-    bool TakesAngles(const KQexNode& pNode) const;
+    /// Whether the node's rotation angles can be used as DOF angles, wherever KQexDofSolver::TakeAngles() accepts them: no other rotation
+    /// is involved, and their order is that of the DOFs.
+    bool CanUseNodeAngles(const KQexNode& pNode) const;
 
-    /// The displacement from the place at rest, in the bone's axis frame, centimetres.
-    /// \param pStep how the bone's node stands as seen from the node above
-    /// \param pAbove where the bone above strayed to; null: it did not
-    /// \param pMove receives x, y, z
-    void GetMove(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pMove) const;
+    /// The displacement from the rest position, in the bone's axis frame, centimetres.
+    /// \param pStep transform of the bone's node relative to the parent's
+    /// \param pParent residual of the parent bone; null: none
+    /// \param pDisplacement receives x, y, z
+    void GetDisplacement(const KQexAmcStep& pStep, const KQexAmcResidual* pParent, double* pDisplacement) const;
 
-    /// The angles of the rotation DOFs, and by how many degrees they fail; \p pStray then says how.
-    double Solve(const KQexAmcStep& pStep, const KQexAmcStray* pAbove, double* pAngles, KQexAmcStray& pStray) const;
+    /// Computes the angles of the rotation DOFs. \return the residual in degrees; \p pResidual receives it as a rotation
+    double Solve(const KQexAmcStep& pStep, const KQexAmcResidual* pParent, double* pAngles, KQexAmcResidual& pResidual) const;
 
-    /// What finds the angles; part of this.
+    /// The solver for the rotation DOFs; part of this.
     const KQexDofSolver& GetSolver() const { return mSolver; }
 
-    /// The distance at rest to the nearest bone above that has a node, centimetres.
+    /// The distance at rest to the nearest ancestor bone that has a node, centimetres.
     double GetRestLength() const { return mRestLength; }
 
 private:
     KQexDofSolver mSolver;
     KgeRMatrix    mAxis; ///< The bone's axis, world.
     KgeRMatrix    mAxisInv;
-    KgeRMatrix    mBack;             ///< From the frame of the node above to the skeleton's rest pose.
-    KgeRMatrix    mLeft;             ///< The rotation of the DOFs is mLeft × the step of the node × mRight.
-    KgeRMatrix    mRight;            ///< See mLeft.
-    bool          mHasRight = false; ///< Whether mRight turns at all.
-    bool          mHasFrom = false;  ///< Whether a bone above has a node.
-    double        mRest[3] = {};     ///< From its place to the bone's own at rest, centimetres, as the skeleton's rest pose has it.
+    KgeRMatrix    mParentToRest;      ///< From the frame of the parent's node to the skeleton's rest pose.
+    KgeRMatrix    mLeft;              ///< The rotation of the DOFs is mLeft × the step's rotation × mRight.
+    KgeRMatrix    mRight;             ///< See mLeft.
+    bool          mHasRight = false;  ///< False: mRight is the identity.
+    bool          mHasParent = false; ///< Whether an ancestor bone has a node.
+    double        mRest[3] = {}; ///< Rest offset from that node to the bone's own, centimetres, in the frame of the skeleton's rest pose.
     double        mRestLength = 0.0; ///< Length of mRest.
     double        mScale = 1.0;
 };

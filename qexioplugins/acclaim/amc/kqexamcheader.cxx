@@ -29,10 +29,10 @@ const KWordEntry kWords[] = {
     {":asf-path", eAMC_ASF_PATH},
 };
 
-bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
+bool ParseRate(std::string_view pRest, KQexAmcHeader& pHeader)
 {
     double lRate = 0.0;
-    if (KNumberParse(TakeAmcToken(pRest), lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
+    if (KNumberParse(NextAmcToken(pRest), lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
     {
         return false;
     }
@@ -40,11 +40,11 @@ bool TakeRate(std::string_view pRest, KQexAmcHeader& pHeader)
     return true;
 }
 
-bool TakeFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
+bool ParseFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
 {
     long long lFirst = 0;
     long long lLast = 0;
-    if (KNumberParse(TakeAmcToken(pRest), lFirst) != KNumberStatus::eOK || KNumberParse(TakeAmcToken(pRest), lLast) != KNumberStatus::eOK)
+    if (KNumberParse(NextAmcToken(pRest), lFirst) != KNumberStatus::eOK || KNumberParse(NextAmcToken(pRest), lLast) != KNumberStatus::eOK)
     {
         return false;
     }
@@ -54,7 +54,7 @@ bool TakeFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
     return true;
 }
 
-bool TakeText(std::string_view pRest, std::string& pText)
+bool ParseText(std::string_view pRest, std::string& pText)
 {
     const std::string_view lText = TrimAmcText(pRest);
     if (lText.empty())
@@ -65,15 +65,15 @@ bool TakeText(std::string_view pRest, std::string& pText)
     return true;
 }
 
-/// Enters one line of the header. False for the first line behind it.
-bool TakeHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
+/// Parses one line of the header. False for the first line after it.
+bool ParseHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
-    if (TakeAmcOmlLine(pLine, pHeader))
+    if (ParseAmcOmlLine(pLine, pHeader))
     {
         return true;
     }
     std::string_view       lRest = pLine.substr(0, pLine.find(KQexFileAcclaimAmc::smCom[0]));
-    const std::string_view lWord = TakeAmcToken(lRest);
+    const std::string_view lWord = NextAmcToken(lRest);
     if (lWord.empty())
     {
         return true;
@@ -82,13 +82,13 @@ bool TakeHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
     {
         return false;
     }
-    TakeAmcWord(FindAmcWord(lWord), lRest, pHeader);
+    ParseAmcWord(FindAmcWord(lWord), lRest, pHeader);
     return true;
 }
 
-void TakeHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
+void ParseHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
 {
-    while (pLines.NextLine() && TakeHeaderLine(std::string_view(pLines.GetLine(), pLines.GetLength()), pHeader))
+    while (pLines.NextLine() && ParseHeaderLine(std::string_view(pLines.GetLine(), pLines.GetLength()), pHeader))
     {
     }
 }
@@ -107,9 +107,9 @@ KQexAmcWord FindAmcWord(std::string_view pToken)
     return eAMC_UNKNOWN;
 }
 
-KQexAmcWordResult TakeAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader)
+KQexAmcWordResult ParseAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader)
 {
-    bool lTaken = true;
+    bool lIsValid = true;
     switch (pWord)
     {
     case eAMC_DEGREES:
@@ -119,35 +119,35 @@ KQexAmcWordResult TakeAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmc
         pHeader.mAngle = eAMC_ANGLE_RADIANS;
         break;
     case eAMC_SAMPLES_PER_SECOND:
-        lTaken = TakeRate(pRest, pHeader);
+        lIsValid = ParseRate(pRest, pHeader);
         break;
     case eAMC_FRAME_RANGE:
-        lTaken = TakeFrameRange(pRest, pHeader);
+        lIsValid = ParseFrameRange(pRest, pHeader);
         break;
     case eAMC_ASF_FILE:
-        lTaken = TakeText(pRest, pHeader.mAsfFile);
+        lIsValid = ParseText(pRest, pHeader.mAsfFile);
         break;
     case eAMC_ASF_PATH:
-        lTaken = TakeText(pRest, pHeader.mAsfPath);
+        lIsValid = ParseText(pRest, pHeader.mAsfPath);
         break;
     case eAMC_FULLY_SPECIFIED:
     case eAMC_UNKNOWN:
         break;
     }
-    return lTaken ? eAMC_WORD_TAKEN : eAMC_WORD_UNUSABLE;
+    return lIsValid ? eAMC_WORD_VALID : eAMC_WORD_INVALID;
 }
 
-bool TakeAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
+bool ParseAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
     std::string_view lRest = pLine;
-    if (!KEqualsFolded(TakeAmcToken(lRest), "#!oml:asf"))
+    if (!KEqualsFolded(NextAmcToken(lRest), "#!oml:asf"))
     {
         return false;
     }
-    // :ASF-FILE says the same in the format's own words: it has precedence wherever it stands.
+    // :ASF-FILE is the format's own keyword and wins, wherever it appears.
     if (pHeader.mAsfFile.empty())
     {
-        TakeText(lRest, pHeader.mAsfFile);
+        ParseText(lRest, pHeader.mAsfFile);
     }
     return true;
 }
@@ -158,7 +158,7 @@ bool IsAmcRate(double pSamplesPerSecond)
            pSamplesPerSecond <= static_cast<double>(KTime::kTicksPerSecond);
 }
 
-std::string_view TakeAmcToken(std::string_view& pText)
+std::string_view NextAmcToken(std::string_view& pText)
 {
     size_t lBegin = 0;
     while (lBegin < pText.size() && IsAmcBlank(pText[lBegin]))
@@ -194,7 +194,7 @@ bool KQexFileAcclaimAmc::PeekHeader(const char* pPath, KQexAmcHeader& pHeader, s
     KLineReader lLines;
     if (lLines.OpenPath(pPath))
     {
-        TakeHeaderLines(lLines, pHeader);
+        ParseHeaderLines(lLines, pHeader);
     }
     if (!lLines.HasFailed())
     {
@@ -223,7 +223,7 @@ void KQexFileAcclaimAmc::PeekHeaderBuffer(const char* pData, size_t pSize, KQexA
     KLineReader lLines;
     if (lLines.OpenBuffer(pData, pSize))
     {
-        TakeHeaderLines(lLines, pHeader);
+        ParseHeaderLines(lLines, pHeader);
     }
 }
 

@@ -9,7 +9,7 @@
 namespace qexsdk
 {
 
-/// The words that begin with a colon.
+/// The keywords; each begins with a colon.
 enum KQexAmcWord
 {
     eAMC_FULLY_SPECIFIED,
@@ -22,23 +22,23 @@ enum KQexAmcWord
     eAMC_UNKNOWN
 };
 
-/// What became of a line that begins with a colon word.
+/// Result of parsing a keyword's value.
 enum KQexAmcWordResult
 {
-    eAMC_WORD_TAKEN,
-    eAMC_WORD_UNUSABLE ///< The value behind the word makes no sense; the header is as it was.
+    eAMC_WORD_VALID,
+    eAMC_WORD_INVALID ///< The value is missing or invalid; the header is unchanged.
 };
 
-/// The word that \p pToken is, whatever its case.
+/// The keyword \p pToken, in any case.
 KQexAmcWord FindAmcWord(std::string_view pToken);
 
-/// Enters a word and its value, the rest of its line, into a header.
-KQexAmcWordResult TakeAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader);
+/// Parses a keyword's value, the rest of its line, into a header.
+KQexAmcWordResult ParseAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader);
 
-/// Takes the skeleton's name from a first comment line of the form "#!OML:ASF path". False when \p pLine is no such line.
-bool TakeAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader);
+/// Parses the skeleton's name from a comment line of the form "#!OML:ASF path". False when \p pLine is no such line.
+bool ParseAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader);
 
-/// Whether frames of \p pSamplesPerSecond have a length that a time can tell.
+/// Whether a frame at \p pSamplesPerSecond lasts at least one tick and at most 1e6 seconds.
 bool IsAmcRate(double pSamplesPerSecond);
 
 /// Whether \p pCharacter separates tokens: a blank, a tab or any other control character.
@@ -47,10 +47,10 @@ inline bool IsAmcBlank(char pCharacter)
     return static_cast<unsigned char>(pCharacter) <= ' ';
 }
 
-/// The first token of \p pText, which becomes what stands behind it. Empty when there is none.
-std::string_view TakeAmcToken(std::string_view& pText);
+/// Removes the first token from \p pText and returns it; empty when there is none.
+std::string_view NextAmcToken(std::string_view& pText);
 
-/// \p pText without blanks at its ends.
+/// \p pText without leading and trailing blanks.
 std::string_view TrimAmcText(std::string_view pText);
 
 } // namespace qexsdk

@@ -15,14 +15,14 @@ namespace qexsdk
 namespace
 {
 
-/// Names and words that are remembered so as to warn once, and how much of each: a file of nothing but unknown names must not
-/// fill the memory. Beyond the first bound a text file keeps no further warnings either.
-const size_t kMaxSaid = KQexTextFile::kMaxMessages;
-const size_t kMaxSaidLength = 256;
+/// Most names and words kept in order to warn once, and most bytes of each, so that a file of unknown names cannot fill the memory.
+/// A text file keeps no more warnings than that either.
+const size_t kMaxWarned = KQexTextFile::kMaxMessages;
+const size_t kMaxWarnedLength = 256;
 
-int Length(std::string_view pText)
+int ClippedLength(std::string_view pText)
 {
-    return static_cast<int>(pText.size() < kMaxSaidLength ? pText.size() : kMaxSaidLength);
+    return static_cast<int>(pText.size() < kMaxWarnedLength ? pText.size() : kMaxWarnedLength);
 }
 
 } // namespace
@@ -34,10 +34,10 @@ KQexAmcReader::KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene,
     mBones.Build(pAsfScene->mRoot, pOptions.mSkeletonNotes);
     mFrame.mBones = &mBones.mBones;
     mFrame.mPresent = &mPresent;
-    mNeverAbsent.resize(mBones.mBones.size());
-    for (size_t i = 0; i < mNeverAbsent.size(); ++i)
+    mAlwaysPresent.resize(mBones.mBones.size());
+    for (size_t i = 0; i < mAlwaysPresent.size(); ++i)
     {
-        mNeverAbsent[i] = static_cast<int>(i);
+        mAlwaysPresent[i] = static_cast<int>(i);
     }
 }
 
@@ -53,7 +53,7 @@ bool KQexAmcReader::Run()
         mFile.Error("The motion has no complete frame\n");
         return false;
     }
-    // A pose of one moment lasts one frame: a curve needs two keys to be kept.
+    // A motion of a single frame lasts one frame: a curve needs two keys to be kept.
     if (mInfo.mHighestFrame == mInfo.mLowestFrame)
     {
         mInfo.mStop = KTime(mInfo.mStart.Get() + std::max(1LL, std::llround(mTicks)));
@@ -105,7 +105,7 @@ bool KQexAmcReader::ReadLine()
     }
     if ((lFirst >= '0' && lFirst <= '9') || lFirst == '-' || lFirst == '+')
     {
-        // A skeleton may have bones named like numbers; their lines have values, those of frame numbers have none.
+        // Bones may be named like numbers. Their lines have values, those of frame numbers have none.
         const std::string_view lRest = TrimAmcText(std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
         long long              lNumber = 0;
         if (KNumberParse(lToken, lNumber) == KNumberStatus::eOK && (lRest.empty() || mBones.Find(lToken) < 0))
@@ -121,12 +121,12 @@ bool KQexAmcReader::ReadLine()
     return ReadBoneLine(lToken, lTo, lEnd);
 }
 
-/// A number that is none for a frame still ends the frame before it, which is complete.
+/// An invalid frame number still ends the previous frame, which is complete.
 bool KQexAmcReader::FailFrameNumber(std::string_view pToken)
 {
     if (!mInFrame || CommitFrame())
     {
-        mFile.Error("Frame number expected, not (%.*s)\n", Length(pToken), pToken.data());
+        mFile.Error("Frame number expected, not (%.*s)\n", ClippedLength(pToken), pToken.data());
     }
     return false;
 }
@@ -136,9 +136,9 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     const KQexAmcWord lWord = FindAmcWord(pWord);
     if (lWord == eAMC_UNKNOWN)
     {
-        if (SayFirst(KToLower(std::string(pWord.substr(0, kMaxSaidLength)))))
+        if (IsFirstWarning(KToLower(std::string(pWord.substr(0, kMaxWarnedLength)))))
         {
-            mFile.Warning("Ignoring unknown keyword (%.*s)\n", Length(pWord), pWord.data());
+            mFile.Warning("Ignoring unknown keyword (%.*s)\n", ClippedLength(pWord), pWord.data());
         }
         return true;
     }
@@ -146,21 +146,21 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     if (mInfo.mFrameCount > 0 || mInFrame)
     {
         const bool lMatters = lWord == eAMC_DEGREES || lWord == eAMC_RADIANS || lWord == eAMC_SAMPLES_PER_SECOND;
-        if (lMatters && SayFirst(KToLower(std::string(pWord))))
+        if (lMatters && IsFirstWarning(KToLower(std::string(pWord))))
         {
-            mFile.Warning("Ignoring %.*s after the first frame\n", Length(pWord), pWord.data());
+            mFile.Warning("Ignoring %.*s after the first frame\n", ClippedLength(pWord), pWord.data());
         }
         return true;
     }
     const KQexAmcAngle     lAngleBefore = mHeader.mAngle;
     const std::string_view lRest = TrimAmcText(pRest);
-    if (TakeAmcWord(lWord, lRest, mHeader) == eAMC_WORD_UNUSABLE)
+    if (ParseAmcWord(lWord, lRest, mHeader) == eAMC_WORD_INVALID)
     {
-        mFile.Warning("Can't use the value of %.*s (%.*s)\n", Length(pWord), pWord.data(), Length(lRest), lRest.data());
+        mFile.Warning("Can't use the value of %.*s (%.*s)\n", ClippedLength(pWord), pWord.data(), ClippedLength(lRest), lRest.data());
     }
     if (lAngleBefore != eAMC_ANGLE_SKELETON && lAngleBefore != mHeader.mAngle)
     {
-        mFile.Warning("Angles in degrees and in radians, the later word (%.*s) holds\n", Length(pWord), pWord.data());
+        mFile.Warning("Angles in degrees and in radians, the later word (%.*s) holds\n", ClippedLength(pWord), pWord.data());
     }
     return true;
 }
@@ -175,7 +175,7 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     const bool lFirst = mInfo.mFrameCount == 0;
     if (lFirst)
     {
-        mInfo.mFirstFrame = mInfo.mLowestFrame = mInfo.mHighestFrame = mBefore = pNumber;
+        mInfo.mFirstFrame = mInfo.mLowestFrame = mInfo.mHighestFrame = mPreviousNumber = pNumber;
     }
     if (!ComputeTime(pNumber, mFrame.mTime))
     {
@@ -187,20 +187,19 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     mInFrame = true;
     mPresent.clear();
 
-    // The number may itself be what the end of the file cut short; that is said when the file ends.
-    const bool lWhole = mFile.HasLineEnd();
-    if (lWhole && !lFirst && pNumber <= mBefore)
+    // Without a line end the number itself may be cut short; FinishFile() reports that.
+    if (mFile.HasLineEnd() && !lFirst && pNumber <= mPreviousNumber)
     {
-        mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mBefore);
+        mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mPreviousNumber);
     }
-    if (!pRest.empty() && SayFirst("text after a frame number"))
+    if (!pRest.empty() && IsFirstWarning("text after a frame number"))
     {
-        mFile.Warning("Ignoring the text after a frame number (%.*s)\n", Length(pRest), pRest.data());
+        mFile.Warning("Ignoring the text after a frame number (%.*s)\n", ClippedLength(pRest), pRest.data());
     }
     return true;
 }
 
-/// Lines follow each other as they did the frame before, nearly always: that guess saves the search.
+/// Lines nearly always have the same order as in the previous frame: that guess saves the search.
 int KQexAmcReader::FindLine(std::string_view pName)
 {
     std::vector<KQexAmcLine>& lLines = mBones.mLines;
@@ -222,22 +221,22 @@ int KQexAmcReader::FindLine(std::string_view pName)
     return lFound;
 }
 
-/// Whether it is the first time that a message about pWhat is due. Once too many were given, it never is.
-bool KQexAmcReader::SayFirst(std::string_view pWhat)
+/// Whether pWhat was not warned about before; remembers it. Always false once kMaxWarned texts are kept.
+bool KQexAmcReader::IsFirstWarning(std::string_view pWhat)
 {
-    if (mSaid.size() >= kMaxSaid || mSaid.find(pWhat) != mSaid.end())
+    if (mWarned.size() >= kMaxWarned || mWarned.find(pWhat) != mWarned.end())
     {
         return false;
     }
-    mSaid.emplace(pWhat);
+    mWarned.emplace(pWhat);
     return true;
 }
 
-void KQexAmcReader::SayUnknown(std::string_view pName)
+void KQexAmcReader::WarnUnknown(std::string_view pName)
 {
-    if (SayFirst(pName.substr(0, kMaxSaidLength)))
+    if (IsFirstWarning(pName.substr(0, kMaxWarnedLength)))
     {
-        mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", Length(pName), pName.data());
+        mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", ClippedLength(pName), pName.data());
     }
 }
 
@@ -250,39 +249,39 @@ bool KQexAmcReader::ReadBoneLine(std::string_view pName, const char* pText, cons
     const int lFound = FindLine(pName);
     if (lFound < 0)
     {
-        // A lone word that the end of the file cuts short is no bone's whole name.
+        // A lone word at the end of the file, without a line end, may be a name cut short.
         mCutShort = pText == pEnd && mInFrame && !mFile.HasLineEnd();
         if (!mCutShort)
         {
-            SayUnknown(pName);
+            WarnUnknown(pName);
         }
         return true;
     }
     KQexAmcLine& lLine = mBones.mLines[static_cast<size_t>(lFound)];
-    if (lLine.mTakesAnyCount)
+    if (lLine.mIsRemoved)
     {
         return true;
     }
     if (!mInFrame)
     {
-        mFile.Error("Frame number expected before bone %.*s\n", Length(pName), pName.data());
+        mFile.Error("Frame number expected before bone %.*s\n", ClippedLength(pName), pName.data());
         return false;
     }
     if (!ReadValues(lLine, pText, pEnd))
     {
         return mCutShort;
     }
-    if (pText != pEnd && !lLine.mSaidTooMany)
+    if (pText != pEnd && !lLine.mWarnedTooMany)
     {
-        lLine.mSaidTooMany = true;
-        mFile.Warning("Bone %.*s has more than %d values, ignoring the others (%.*s)\n", Length(lLine.mName), lLine.mName.data(),
-                      lLine.mValueCount, Length(std::string_view(pText, static_cast<size_t>(pEnd - pText))), pText);
+        lLine.mWarnedTooMany = true;
+        mFile.Warning("Bone %.*s has more than %d values, ignoring the others (%.*s)\n", ClippedLength(lLine.mName), lLine.mName.data(),
+                      lLine.mValueCount, ClippedLength(std::string_view(pText, static_cast<size_t>(pEnd - pText))), pText);
     }
-    NotePresent(lLine);
+    MarkPresent(lLine);
     return true;
 }
 
-void KQexAmcReader::NotePresent(KQexAmcLine& pLine)
+void KQexAmcReader::MarkPresent(KQexAmcLine& pLine)
 {
     if (pLine.mFrame != mInfo.mFrameCount)
     {
@@ -292,41 +291,41 @@ void KQexAmcReader::NotePresent(KQexAmcLine& pLine)
             mPresent.push_back(pLine.mBone);
         }
     }
-    else if (!pLine.mSaidTwice)
+    else if (!pLine.mWarnedTwice)
     {
-        pLine.mSaidTwice = true;
-        mFile.Warning("Bone %.*s stands twice in frame %lld, what comes later holds\n", Length(pLine.mName), pLine.mName.data(),
+        pLine.mWarnedTwice = true;
+        mFile.Warning("Bone %.*s stands twice in frame %lld, what comes later holds\n", ClippedLength(pLine.mName), pLine.mName.data(),
                       mFrame.mNumber);
     }
 }
 
-/// Reads the values of one line. pText begins at the first and is left behind the last, at the next token or the end.
+/// Reads the values of one line. pText starts at the first value and is moved past the last, to the next token or the end.
 bool KQexAmcReader::ReadValues(const KQexAmcLine& pLine, const char*& pText, const char* pEnd)
 {
-    double      lPassedOver[6];
-    double*     lValues = pLine.mBone >= 0 ? mBones.mBones[static_cast<size_t>(pLine.mBone)].mValues : lPassedOver;
-    const int   lDofCount = pLine.mValueCount - static_cast<int>(pLine.mLengthPlaces.size());
+    double      lIgnored[6];
+    double*     lValues = pLine.mBone >= 0 ? mBones.mBones[static_cast<size_t>(pLine.mBone)].mValues : lIgnored;
+    const int   lDofCount = pLine.mValueCount - static_cast<int>(pLine.mLengthIndices.size());
     const char* lAt = pText;
     size_t      lLength = 0;
     int         lDof = 0;
     for (int i = 0; i < pLine.mValueCount; ++i)
     {
         double      lValue = 0.0;
-        const char* lBehind = lAt == pEnd ? nullptr : KNumberScan(lAt, pEnd, lValue);
-        if (lBehind == nullptr || (lBehind != pEnd && !IsAmcBlank(*lBehind)))
+        const char* lAfter = lAt == pEnd ? nullptr : KNumberScan(lAt, pEnd, lValue);
+        if (lAfter == nullptr || (lAfter != pEnd && !IsAmcBlank(*lAfter)))
         {
-            lBehind = lAt;
-            while (lBehind != pEnd && !IsAmcBlank(*lBehind))
+            lAfter = lAt;
+            while (lAfter != pEnd && !IsAmcBlank(*lAfter))
             {
-                ++lBehind;
+                ++lAfter;
             }
-            const std::string_view lToken(lAt, static_cast<size_t>(lBehind - lAt));
+            const std::string_view lToken(lAt, static_cast<size_t>(lAfter - lAt));
             if (KNumberParse(lToken, lValue) != KNumberStatus::eOK)
             {
-                return FailValue(pLine, i, lToken, lBehind == pEnd);
+                return FailValue(pLine, i, lToken, lAfter == pEnd);
             }
         }
-        if (lLength < pLine.mLengthPlaces.size() && pLine.mLengthPlaces[lLength] == i)
+        if (lLength < pLine.mLengthIndices.size() && pLine.mLengthIndices[lLength] == i)
         {
             ++lLength;
         }
@@ -334,17 +333,17 @@ bool KQexAmcReader::ReadValues(const KQexAmcLine& pLine, const char*& pText, con
         {
             lValues[lDof++] = lValue;
         }
-        while (lBehind != pEnd && IsAmcBlank(*lBehind))
+        while (lAfter != pEnd && IsAmcBlank(*lAfter))
         {
-            ++lBehind;
+            ++lAfter;
         }
-        lAt = lBehind;
+        lAt = lAfter;
     }
     pText = lAt;
     return true;
 }
 
-bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pPlace, std::string_view pToken, bool pAtEnd)
+bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pIndex, std::string_view pToken, bool pAtEnd)
 {
     mCutShort = pAtEnd && !mFile.HasLineEnd();
     if (mCutShort)
@@ -354,13 +353,13 @@ bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pPlace, std::string_
     const std::string lWords = mBones.Words(pLine);
     if (pToken.empty())
     {
-        mFile.Error("Bone %.*s: %d values expected (%s), only %d found\n", Length(pLine.mName), pLine.mName.data(), pLine.mValueCount,
-                    lWords.c_str(), pPlace);
+        mFile.Error("Bone %.*s: %d values expected (%s), only %d found\n", ClippedLength(pLine.mName), pLine.mName.data(),
+                    pLine.mValueCount, lWords.c_str(), pIndex);
     }
     else
     {
-        mFile.Error("Bone %.*s: a number expected for %s of (%s), not (%.*s)\n", Length(pLine.mName), pLine.mName.data(),
-                    mBones.Word(pLine, pPlace), lWords.c_str(), Length(pToken), pToken.data());
+        mFile.Error("Bone %.*s: a number expected for %s of (%s), not (%.*s)\n", ClippedLength(pLine.mName), pLine.mName.data(),
+                    mBones.Word(pLine, pIndex), lWords.c_str(), ClippedLength(pToken), pToken.data());
     }
     return false;
 }

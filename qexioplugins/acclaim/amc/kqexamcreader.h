@@ -17,11 +17,11 @@ namespace qexsdk
 class KQexAmcReader
 {
 public:
-    /// Reads from the open \p pFile; all of them have to outlive this, and stay the caller's.
+    /// Reads from the open \p pFile. Owns none of the arguments; they must outlive this.
     KQexAmcReader(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor,
                   KQexAmcHeader& pHeader, KQexAmcInfo& pInfo);
 
-    /// Reads to the end, to the first error, or until someone asks to stop. True when there are frames to keep.
+    /// Reads until the end, the first error or a request to stop. True when there are frames to keep.
     bool Run();
 
 private:
@@ -31,11 +31,11 @@ private:
     bool ReadFrameLine(long long pNumber, std::string_view pRest);
     bool ReadBoneLine(std::string_view pName, const char* pText, const char* pEnd);
     bool ReadValues(const KQexAmcLine& pLine, const char*& pText, const char* pEnd);
-    bool FailValue(const KQexAmcLine& pLine, int pPlace, std::string_view pToken, bool pAtEnd);
-    void NotePresent(KQexAmcLine& pLine);
+    bool FailValue(const KQexAmcLine& pLine, int pIndex, std::string_view pToken, bool pAtEnd);
+    void MarkPresent(KQexAmcLine& pLine);
     int  FindLine(std::string_view pName);
-    void SayUnknown(std::string_view pName);
-    bool SayFirst(std::string_view pWhat);
+    void WarnUnknown(std::string_view pName);
+    bool IsFirstWarning(std::string_view pWhat);
     bool FailFrameNumber(std::string_view pToken);
 
     bool BeginFrames();
@@ -43,8 +43,8 @@ private:
     bool CommitFrame();
     bool IsCutShort() const;
     void FinishFile();
-    void SayAbsent();
-    bool SayProgress();
+    void WarnAbsent();
+    bool ReportProgress();
 
     KQexFileAcclaimAmc&       mFile;
     KQexAsfScene*             mAsfScene;
@@ -56,16 +56,16 @@ private:
     KQexAmcBones     mBones;
     KQexAmcFrame     mFrame; ///< The frame in progress.
     bool             mInFrame = false;
-    bool             mStopped = false;  ///< The visitor or the progress call asked to.
-    double           mTicks = 0;        ///< Ticks of a frame.
-    long long        mBefore = 0;       ///< Number of the frame before the one in progress.
-    int              mLine = -1;        ///< Index of the bone line read last, -1 for none.
-    bool             mCutShort = false; ///< The end of the file cut the last line short.
-    std::vector<int> mPresent;          ///< Bones of the frame in progress, as KQexAmcFrame::mPresent.
-    std::vector<int> mPresentBefore;    ///< Those of the frame before it.
-    std::vector<int> mNeverAbsent;      ///< Bones that every frame so far has given.
+    bool             mStopped = false;    ///< The visitor or the progress function asked to stop.
+    double           mTicks = 0;          ///< Ticks per frame.
+    long long        mPreviousNumber = 0; ///< Number of the previous frame.
+    int              mLine = -1;          ///< Index of the bone line read last, -1 for none.
+    bool             mCutShort = false;   ///< The end of the file cut the last line short.
+    std::vector<int> mPresent;            ///< Bones of the frame in progress, as KQexAmcFrame::mPresent.
+    std::vector<int> mPreviousPresent;    ///< Bones of the previous frame.
+    std::vector<int> mAlwaysPresent;      ///< Bones present in every frame so far.
 
-    std::set<std::string, std::less<>> mSaid; ///< Unknown names and words that were warned about.
+    std::set<std::string, std::less<>> mWarned; ///< Names and words that were warned about.
 };
 
 } // namespace qexsdk

@@ -45,7 +45,7 @@ bool KQexAmcReader::BeginFrames()
         mInfo.mSamplesPerSecond = mHeader.mSamplesPerSecond;
     }
 
-    // A rate such as 30000/1001 is not exact as a double, its frame is in ticks.
+    // A rate such as 30000/1001 is inexact as a double, but its frame is a whole number of ticks.
     mTicks = static_cast<double>(KTime::kTicksPerSecond) / mInfo.mSamplesPerSecond;
     if (std::fabs(mTicks - std::round(mTicks)) <= 1e-9 * mTicks)
     {
@@ -70,7 +70,7 @@ bool KQexAmcReader::ComputeTime(long long pNumber, KTime& pTime) const
     if (mTicks == std::floor(mTicks) && mTicks < 9e18)
     {
         long long lTime = 0;
-        // One frame more has to fit too: a motion of a single frame lasts so long.
+        // One more frame must fit: a motion of a single frame ends one frame later.
         if (__builtin_mul_overflow(lFrames, static_cast<long long>(mTicks), &lTime) ||
             lTime > std::numeric_limits<long long>::max() - static_cast<long long>(mTicks))
         {
@@ -96,7 +96,7 @@ bool KQexAmcReader::CommitFrame()
     {
         mBones.mBones[static_cast<size_t>(lBone)].mFrame = mFrame.mIndex;
     }
-    SayAbsent();
+    WarnAbsent();
     if (!mVisitor.Frame(mFrame))
     {
         mStopped = true;
@@ -114,36 +114,36 @@ bool KQexAmcReader::CommitFrame()
         mInfo.mHighestFrame = mFrame.mNumber;
         mInfo.mStop = mFrame.mTime;
     }
-    mBefore = mFrame.mNumber;
-    mPresentBefore.swap(mPresent);
-    return SayProgress();
+    mPreviousNumber = mFrame.mNumber;
+    mPreviousPresent.swap(mPresent);
+    return ReportProgress();
 }
 
-/// Each bone is looked for in mNeverAbsent only as long as it has never been absent; a frame that lacks none of them costs nothing,
-/// one that does has that many lines or takes some out: in all that is in proportion to the file.
-void KQexAmcReader::SayAbsent()
+/// Warns when a bone is absent for the first time. Linear in the file: scanning mAlwaysPresent costs at most the frame's lines plus the
+/// bones that are then removed from it.
+void KQexAmcReader::WarnAbsent()
 {
     if (mPresent.size() == mBones.mBones.size())
     {
         return;
     }
-    std::vector<int> lStill;
-    bool             lSome = false;
-    for (const int lBone : mNeverAbsent)
+    std::vector<int> lStillPresent;
+    bool             lHasAbsent = false;
+    for (const int lBone : mAlwaysPresent)
     {
-        lSome = lSome || mBones.mBones[static_cast<size_t>(lBone)].mFrame != mFrame.mIndex;
+        lHasAbsent = lHasAbsent || mBones.mBones[static_cast<size_t>(lBone)].mFrame != mFrame.mIndex;
     }
-    if (!lSome)
+    if (!lHasAbsent)
     {
         return;
     }
-    lStill.reserve(mNeverAbsent.size());
-    for (const int lBone : mNeverAbsent)
+    lStillPresent.reserve(mAlwaysPresent.size());
+    for (const int lBone : mAlwaysPresent)
     {
         const KQexAmcBone& lAbsent = mBones.mBones[static_cast<size_t>(lBone)];
         if (lAbsent.mFrame == mFrame.mIndex)
         {
-            lStill.push_back(lBone);
+            lStillPresent.push_back(lBone);
         }
         else
         {
@@ -151,10 +151,10 @@ void KQexAmcReader::SayAbsent()
                           lAbsent.mFrame < 0 ? "rest pose" : "last value");
         }
     }
-    mNeverAbsent.swap(lStill);
+    mAlwaysPresent.swap(lStillPresent);
 }
 
-bool KQexAmcReader::SayProgress()
+bool KQexAmcReader::ReportProgress()
 {
     if (!mOptions.mProgress || mInfo.mFrameCount % kProgressStep != 0)
     {
@@ -169,7 +169,7 @@ bool KQexAmcReader::SayProgress()
     return false;
 }
 
-/// Without any line left to tell, a frame that ends like the one before it, only sooner, was cut off.
+/// A guess where the last line is whole: the last frame was cut short when its bones are a proper prefix of the previous frame's.
 bool KQexAmcReader::IsCutShort() const
 {
     if (mCutShort)
@@ -180,11 +180,11 @@ bool KQexAmcReader::IsCutShort() const
     {
         return !mBones.mBones.empty();
     }
-    if (mInfo.mFrameCount == 0 || mPresent.size() >= mPresentBefore.size())
+    if (mInfo.mFrameCount == 0 || mPresent.size() >= mPreviousPresent.size())
     {
         return false;
     }
-    return std::equal(mPresent.begin(), mPresent.end(), mPresentBefore.begin());
+    return std::equal(mPresent.begin(), mPresent.end(), mPreviousPresent.begin());
 }
 
 void KQexAmcReader::FinishFile()

@@ -61,26 +61,26 @@ bool KQexAmcSampler::Frame(const KQexAmcFrame& pFrame)
     }
     if (pFrame.mLate)
     {
-        PutAside(pFrame);
+        DeferFrame(pFrame);
         return true;
     }
 
-    if (mInOrder == 0)
+    if (mInOrderCount == 0)
     {
         mFirst = pFrame.mTime;
     }
     for (const int lIndex : *pFrame.mPresent)
     {
         KState& lState = mStates[static_cast<size_t>(lIndex)];
-        if (lState.mLast != mInOrder - 1)
+        if (lState.mLast != mInOrderCount - 1)
         {
             BridgeGap(lState);
         }
         Sample(lState, lBones[static_cast<size_t>(lIndex)].mValues, pFrame.mTime);
-        lState.mLast = mInOrder;
+        lState.mLast = mInOrderCount;
     }
-    mBefore = pFrame.mTime;
-    ++mInOrder;
+    mPrevious = pFrame.mTime;
+    ++mInOrderCount;
     return true;
 }
 
@@ -90,19 +90,19 @@ void KQexAmcSampler::Sample(KState& pState, const double* pValues, const KTime& 
     ++pState.mKeys;
 }
 
-/// Keys up to the frame before the current one, for a bone that this frame gives and that one did not.
+/// Adds keys up to the previous frame, for a bone that this frame has and the previous one lacks.
 void KQexAmcSampler::BridgeGap(KState& pState)
 {
     if (pState.mLast >= 0)
     {
-        HoldLast(pState, mBefore);
+        HoldLast(pState, mPrevious);
         return;
     }
     const double lDefault[6] = {0, 0, 0, 0, 0, 0};
     Sample(pState, lDefault, mFirst);
-    if (mBefore.Get() != mFirst.Get())
+    if (mPrevious.Get() != mFirst.Get())
     {
-        Sample(pState, lDefault, mBefore);
+        Sample(pState, lDefault, mPrevious);
     }
 }
 
@@ -118,7 +118,7 @@ void KQexAmcSampler::HoldLast(KState& pState, const KTime& pTime)
     ++pState.mKeys;
 }
 
-void KQexAmcSampler::PutAside(const KQexAmcFrame& pFrame)
+void KQexAmcSampler::DeferFrame(const KQexAmcFrame& pFrame)
 {
     for (const int lIndex : *pFrame.mPresent)
     {
@@ -141,7 +141,7 @@ bool KQexAmcSampler::Finish(const KTime& pStart, const KTime& pStop)
     {
         const KLateSample* const lNext =
             std::find_if(lBegin, lEnd, [=](const KLateSample& pSample) { return pSample.mBone != lBegin->mBone; });
-        SortIn(mStates[static_cast<size_t>(lBegin->mBone)], lBegin, lNext);
+        MergeLate(mStates[static_cast<size_t>(lBegin->mBone)], lBegin, lNext);
         lBegin = lNext;
     }
 
@@ -159,7 +159,7 @@ bool KQexAmcSampler::Finish(const KTime& pStart, const KTime& pStop)
         {
             HoldLast(lState, pStop);
         }
-        // A single key would be dropped as no motion at all, and its pose with it.
+        // A curve with a single key would be dropped as motionless, and its pose with it.
         if (lState.mKeys == 1)
         {
             HoldLast(lState, pStart);
@@ -169,8 +169,8 @@ bool KQexAmcSampler::Finish(const KTime& pStart, const KTime& pStop)
     return lOk;
 }
 
-/// Merges a bone's late samples, sorted by time, with the keys it has. At one time the sample that came last in the file stays.
-void KQexAmcSampler::SortIn(KState& pState, const KLateSample* pBegin, const KLateSample* pEnd)
+/// Merges a bone's late samples, sorted by time, into its keys. Of samples at the same time the last one in the file wins.
+void KQexAmcSampler::MergeLate(KState& pState, const KLateSample* pBegin, const KLateSample* pEnd)
 {
     KBoneCurves         lCurves(pState.mNode);
     KQexKeyStore        lKeys[kCurveCount];

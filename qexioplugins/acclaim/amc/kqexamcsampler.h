@@ -9,29 +9,29 @@
 namespace qexsdk
 {
 
-/// Turns the frames of a motion into curves of the skeleton's bones.
+/// Samples the frames of a motion into curves of the skeleton's bones.
 ///
-/// A bone gets keys only where the motion has lines for it, and one key at each end of a gap: a file's cost is in proportion to
-/// its lines, however many bones the skeleton has. Frames that come late in the file are put aside and sorted in at the end, for
-/// the same reason.
+/// A bone gets keys only where the motion has lines for it, and one key at each end of a gap: the cost is linear in the file's lines,
+/// however many bones the skeleton has. For the same reason late frames are buffered and merged at the end.
 class KQexAmcSampler : public KQexAmcVisitor
 {
 public:
-    /// \p pFlags are those that the bones' frames were computed with. The bones' curves have been made.
+    /// \p pFlags are those that the bones' frames were computed with. The bones' curves must exist.
     explicit KQexAmcSampler(KQexFrameFlags pFlags) : mFlags(pFlags) {}
 
     bool Frame(const KQexAmcFrame& pFrame) override;
 
-    /// Sorts late frames in, and lets every bone that has a key hold its last value up to \p pStop, the time of the last frame.
-    /// \return false when memory ran out on the way; curves may then lack keys
+    /// Merges late frames. Every bone that has a key holds its last value up to \p pStop, the time of the last frame; a single key there
+    /// is repeated at \p pStart.
+    /// \return false when memory ran out; curves may then lack keys
     bool Finish(const KTime& pStart, const KTime& pStop);
 
 private:
     struct KState
     {
         HKQexAsfNode mNode = nullptr;
-        long long    mLast = -1; ///< Count of the frames in order when the bone was sampled last; -1 for never.
-        long long    mKeys = 0;  ///< Keys that each curve of the bone has.
+        long long    mLast = -1; ///< Index, among the frames in order, of the bone's last sample; -1 for none.
+        long long    mKeys = 0;  ///< Number of keys of each of the bone's curves.
     };
 
     struct KLateSample
@@ -44,18 +44,18 @@ private:
     void Sample(KState& pState, const double* pValues, const KTime& pTime);
     void BridgeGap(KState& pState);
     void HoldLast(KState& pState, const KTime& pTime);
-    void PutAside(const KQexAmcFrame& pFrame);
-    void SortIn(KState& pState, const KLateSample* pBegin, const KLateSample* pEnd);
+    void DeferFrame(const KQexAmcFrame& pFrame);
+    void MergeLate(KState& pState, const KLateSample* pBegin, const KLateSample* pEnd);
     bool HasAllKeys(const KState& pState) const;
 
     double                   mLengthFactor = 1.0;
     double                   mAngleFactor = 1.0;
     KQexFrameFlags           mFlags;
-    std::vector<KState>      mStates;      ///< One for each bone of the motion, in its order.
-    std::vector<KLateSample> mLate;        ///< In the order of the file.
-    long long                mInOrder = 0; ///< Frames in order so far.
-    KTime                    mFirst;       ///< Time of the first frame in order.
-    KTime                    mBefore;      ///< Time of the last frame in order so far.
+    std::vector<KState>      mStates;           ///< One per bone, in the order of KQexAmcFrame::mBones.
+    std::vector<KLateSample> mLate;             ///< In file order.
+    long long                mInOrderCount = 0; ///< Number of frames in order so far.
+    KTime                    mFirst;            ///< Time of the first frame in order.
+    KTime                    mPrevious;         ///< Time of the last frame in order so far.
 };
 
 } // namespace qexsdk

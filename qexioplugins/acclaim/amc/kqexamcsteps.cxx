@@ -17,7 +17,7 @@ bool IsUnscaled(const KQexNode& pNode, const KQexAnimLayer* pLayer)
     return std::all_of(lChannels, lChannels + 3, [](const KQexChannel& pChannel) { return pChannel.IsAlways(1.0); });
 }
 
-void TakeRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
+void CopyRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -35,8 +35,8 @@ void KQexAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJo
     FindSpans(lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr, 1 + static_cast<size_t>(pRoot->GetChildCount(true)));
 }
 
-/// The links of all joints, unless a node among them is scaled or they are more than a few times the nodes: several bones may be
-/// below the same long row of nodes without bones.
+/// Collects the links of all joints. Gives up, for global transforms, when a node is scaled or when the links exceed about twice the
+/// nodes: many bones may share one long chain of nodes without bones.
 void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
 {
     mLinks.clear();
@@ -49,7 +49,7 @@ void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
     }
 }
 
-bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks)
+bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks)
 {
     KSpan lSpan;
     lSpan.mFirst = mLinks.size();
@@ -61,11 +61,11 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
         lLink.mNode = lNode;
         KQexChannel::Find(lLink.mChannels, lNode->mLocalTranslation, pLayer);
         KQexChannel::Find(lLink.mChannels + 3, lNode->mLocalRotation, pLayer);
-        if (mLinks.size() == pMostLinks || !IsUnscaled(*lNode, pLayer))
+        if (mLinks.size() == pMaxLinks || !IsUnscaled(*lNode, pLayer))
         {
             return false;
         }
-        // The lowest node's rotation moves what is below it, not the node itself.
+        // The last node's rotation moves its descendants, not the node itself.
         const int lMoving = lNode == pJoint.mNode ? 3 : 6;
         lSpan.mIsReachFixed = lSpan.mIsReachFixed && std::none_of(lLink.mChannels, lLink.mChannels + lMoving,
                                                                   [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
@@ -105,7 +105,7 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcS
         KQexMatrix   lLocal;
         for (int k = 0; k < 6; ++k)
         {
-            lValues[k] = lLink.mChannels[k].Evaluate(pMoment.mTime, pMoment.mSpot);
+            lValues[k] = lLink.mChannels[k].Evaluate(pMoment.mTime, pMoment.mKeyCursor);
         }
         lLink.mNode->ComposeLocalTransform(i == pSpan.mFirst ? lStep : lLocal, lValues, lValues + 3, kUnscaled);
         if (i > pSpan.mFirst)
@@ -113,7 +113,7 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcS
             lStep = lStep * lLocal;
         }
     }
-    TakeRotation(pStep.mTurn, lStep);
+    CopyRotation(pStep.mTurn, lStep);
     KmVset(pStep.mReach, lStep.mData[3].mData);
 }
 
@@ -122,10 +122,10 @@ void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, K
     const KQexMatrix& lTransform = pPose.GetTransform(mJoints[pJoint].mPose);
     lTransform.GetRotation(pStep.mTurn);
     KmVset(pStep.mReach, lTransform.mData[3].mData);
-    const int lAbove = mJoints[pJoint].mFrom;
-    if (lAbove >= 0)
+    const int lParent = mJoints[pJoint].mFrom;
+    if (lParent >= 0)
     {
-        const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lAbove)].mPose);
+        const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lParent)].mPose);
         const double*     lPlace = lFrom.mData[3].mData;
         KgeRMatrix        lFromInv;
         lFrom.GetRotation(lFromInv);
@@ -141,7 +141,7 @@ void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAng
     const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
     for (int i = 0; i < 3; ++i)
     {
-        pAngles[i] = lChannels[i].Evaluate(pMoment.mTime, pMoment.mSpot);
+        pAngles[i] = lChannels[i].Evaluate(pMoment.mTime, pMoment.mKeyCursor);
     }
 }
 

@@ -15,58 +15,58 @@ struct KQexAmcJoint
 {
     KQexNode* mNode = nullptr; ///< Null: none. Not owned.
     int       mPose = -1;      ///< Index of that node in the global transforms of the nodes' root; -1 without a node.
-    int       mFrom = -1;      ///< Index of the nearest bone above that has a node; -1: none, the node is then seen from the world.
+    int       mFrom = -1;      ///< Index of the nearest ancestor joint with a node; -1: none, the step is then in world space.
 };
 
-/// How a node stands as seen from the node of the bone above at one time.
+/// Transform of a bone's node relative to the node of its nearest ancestor bone, at one time.
 struct KQexAmcStep
 {
-    KgeRMatrix mTurn;          ///< Its rotation.
-    double     mReach[3] = {}; ///< Its place, centimetres.
+    KgeRMatrix mTurn;          ///< Rotation.
+    double     mReach[3] = {}; ///< Translation, centimetres.
 };
 
-/// What a thread keeps from one question to the next.
+/// Evaluation state, one per thread.
 struct KQexAmcMoment
 {
-    KTime                mTime; ///< The time asked for last.
-    KQexGlobalTransforms mPose; ///< At that time, where steps are told by global transforms.
-    KQexKeyTimes::KSpot  mSpot; ///< Its place among the times of keys.
+    KTime                mTime;      ///< Time of the last Begin().
+    KQexGlobalTransforms mPose;      ///< Global transforms at that time, when steps are computed from them.
+    KQexKeyTimes::KSpot  mKeyCursor; ///< Cached position of that time among key times.
 };
 
-/// Tells how every bone's node stands as seen from the node of the nearest bone above, in one take.
+/// Evaluates the steps of all bones' nodes (see KQexAmcStep) in one take.
 ///
-/// Where no node between them is scaled that takes the local transforms between the two alone, most often one; else it comes from
-/// global transforms, without their scaling and shear. Several threads may ask one object.
+/// When no node is scaled a step is the product of the local transforms between the two nodes, most often a single one; else it comes
+/// from global transforms, without their scaling and shear. After Prepare(), usable from several threads at once.
 class KQexAmcSteps
 {
 public:
-    /// For the evaluator's current take; \p pRoot is at or above all nodes. May throw std::bad_alloc.
+    /// For the evaluator's current take. All nodes are \p pRoot or below it. May throw std::bad_alloc.
     void Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints);
 
-    /// Goes to a time; \p pMoment is the thread's own. False when memory runs out.
+    /// Sets the time; \p pMoment is the thread's own. False when memory runs out.
     bool Begin(KTime pTime, KQexAmcMoment& pMoment) const;
 
-    /// The step to the node of joint \p pJoint, which has one.
+    /// The step of joint \p pJoint, which must have a node.
     void Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
 
-    /// Whether the step's reach never changes.
+    /// Whether the step's translation is constant.
     bool IsReachFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
 
-    /// Whether the step's turn is the node's pre-rotation, the turn by GetAngles() in the node's order and the inverse post-rotation.
+    /// Whether the step's rotation is that of a single node: pre-rotation × GetAngles() in the node's order × inverse post-rotation.
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
     /// The node's rotation about x, y and z in degrees.
     void GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAngles) const;
 
 private:
-    /// A node between two bones' nodes, or the lower one itself.
+    /// A node between two bones' nodes, or the descendant itself.
     struct KLink
     {
         const KQexNode* mNode = nullptr;
         KQexChannel     mChannels[6]; ///< Translation and rotation about x, y, z.
     };
 
-    /// The links from one bone's node to another's: mLinks[mFirst] to before mLinks[mEnd], the upper ones first.
+    /// The chain from an ancestor bone's node, excluded, down to a bone's node: mLinks[mFirst] to mLinks[mEnd - 1].
     struct KSpan
     {
         size_t mFirst = 0;
@@ -74,7 +74,7 @@ private:
         bool   mIsReachFixed = false;
     };
 
-    bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMostLinks);
+    bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);
     void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
     void GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
     void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const;
@@ -82,7 +82,7 @@ private:
     KQexNode*                 mRoot = nullptr;
     bool                      mIsLocal = false;
     std::vector<KQexAmcJoint> mJoints;
-    std::vector<KSpan>        mSpans; ///< One for each joint.
+    std::vector<KSpan>        mSpans; ///< One per joint.
     std::vector<KLink>        mLinks;
 };
 

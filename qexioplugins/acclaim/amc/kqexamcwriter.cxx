@@ -15,10 +15,10 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kTellDegrees = 0.01; ///< Errors up to here are not worth a word.
-constexpr double kTellCentimetres = 0.01;
+constexpr double kReportedDegrees = 0.01; ///< Errors up to this are not reported.
+constexpr double kReportedCentimetres = 0.01;
 
-/// Puts angles back where GatherAngles() takes them from.
+/// The inverse of GatherAngles().
 void ScatterAngles(const KQexAsfNode& pBone, const double* pAngles, double* pValues)
 {
     for (int i = 0; i < pBone.mOrderCount; ++i)
@@ -53,44 +53,44 @@ void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>&
         const auto lFound = lPoseOf.find(lPair.mNode);
         lJointOf[lPair.mBone] = lFound != lPoseOf.end() ? KQexAmcJoint{lPair.mNode, lFound->second, -1} : KQexAmcJoint{};
     }
-    std::vector<int> lOpen; // For each bone that is open, the nearest one at or above it that has a node.
+    std::vector<int> lPath; // For each bone on the current path: the nearest one, itself included, that has a node; else -1.
     KQexAsfWalk      lWalk(pRoot);
     while (HKQexAsfNode lNode = lWalk.Next())
     {
         if (!lWalk.IsEntering())
         {
-            lOpen.pop_back();
+            lPath.pop_back();
             continue;
         }
         const auto   lFound = lJointOf.find(lNode);
         KQexAmcJoint lJoint = lFound != lJointOf.end() ? lFound->second : KQexAmcJoint{};
-        lJoint.mFrom = lOpen.empty() ? -1 : lOpen.back();
+        lJoint.mFrom = lPath.empty() ? -1 : lPath.back();
         mBones.emplace_back(lNode);
         mBones.back().mValue = mValueCount;
         mValueCount += static_cast<size_t>(lNode->mOrderCount);
         mJoints.push_back(lJoint);
-        lOpen.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mFrom);
+        lPath.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mFrom);
     }
 }
 
-/// A bone's length is no DOF of ours, but readers of the same skeleton expect a value for it.
+/// The model has no DOF for a bone's length, but readers of the same skeleton file expect a value for it.
 void KQexAmcWriter::AddLengths()
 {
-    std::unordered_map<std::string, std::vector<int>> lPlacesOf;
+    std::unordered_map<std::string, std::vector<int>> lIndicesOf;
     for (const KQexAsfLengthDof& lLength : mOptions.mSkeletonNotes.mLengthDofs)
     {
-        AddLengthPlace(lPlacesOf[lLength.mBone], lLength.mPlace);
+        AddLengthIndex(lIndicesOf[lLength.mBone], lLength.mPlace);
     }
-    if (lPlacesOf.empty())
+    if (lIndicesOf.empty())
     {
         return;
     }
     for (KQexAmcWriteBone& lBone : mBones)
     {
-        const auto lFound = lPlacesOf.find(lBone.mBone->mName);
-        if (lFound != lPlacesOf.end())
+        const auto lFound = lIndicesOf.find(lBone.mBone->mName);
+        if (lFound != lIndicesOf.end())
         {
-            lBone.mLengthPlaces = lFound->second;
+            lBone.mLengthIndices = lFound->second;
         }
     }
 }
@@ -109,7 +109,7 @@ bool KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& 
     for (int i = 0; i < mThreads; ++i)
     {
         mScratch.push_back(std::make_unique<KQexAmcScratch>());
-        mScratch.back()->mStrays.resize(mBones.size());
+        mScratch.back()->mResiduals.resize(mBones.size());
         mScratch.back()->mLosses.resize(mBones.size());
     }
     mLast.assign(mValueCount, 0.0);
@@ -134,8 +134,8 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
     }
 }
 
-/// What the take tells before its first frame; the evaluator's context is the take now.
-void KQexAmcWriter::LookAhead()
+/// Computes what is constant over the take, which is now the evaluator's context.
+void KQexAmcWriter::PrepareTake()
 {
     mSteps.Prepare(mRootNode, mJoints);
     KQexAmcMoment lMoment;
@@ -146,72 +146,73 @@ void KQexAmcWriter::LookAhead()
         {
             continue;
         }
-        lBone.mTakesAngles = mSteps.IsOneNode(i) && lBone.mFit.TakesAngles(*mJoints[i].mNode);
-        lBone.mHasFixedMove = mSteps.IsReachFixed(i);
-        if (lBone.mHasFixedMove)
+        lBone.mUsesNodeAngles = mSteps.IsOneNode(i) && lBone.mFit.CanUseNodeAngles(*mJoints[i].mNode);
+        lBone.mHasFixedDisplacement = mSteps.IsReachFixed(i);
+        if (lBone.mHasFixedDisplacement)
         {
             KQexAmcStep lStep;
             mSteps.Get(i, lMoment, lStep);
-            lBone.mFit.GetMove(lStep, nullptr, lBone.mMove);
-            lBone.mIsStill = lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mMove) <= kTellCentimetres;
+            lBone.mFit.GetDisplacement(lStep, nullptr, lBone.mDisplacement);
+            lBone.mIsStill =
+                lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mDisplacement) <= kReportedCentimetres;
         }
     }
 }
 
-/// The displacement by the translation DOFs.
-void KQexAmcWriter::SetPlace(size_t pBone, const double* pMove, KQexAmcScratch& pScratch, double* pValues) const
+/// Sets the values of the translation DOFs; what they cannot express is a loss.
+void KQexAmcWriter::SetTranslations(size_t pBone, const double* pDisplacement, KQexAmcScratch& pScratch, double* pValues) const
 {
     const KQexAsfNode& lNode = *mBones[pBone].mBone;
-    double             lLeft[3] = {pMove[0], pMove[1], pMove[2]};
+    double             lResidual[3] = {pDisplacement[0], pDisplacement[1], pDisplacement[2]};
     for (int i = 0; i < lNode.mOrderCount; ++i)
     {
         const int lCode = lNode.mOrderBuf[i];
         if (lCode <= 2)
         {
-            pValues[i] = lLeft[lCode] * mToFile;
-            lLeft[lCode] = 0.0;
+            pValues[i] = lResidual[lCode] * mToFile;
+            lResidual[lCode] = 0.0;
         }
     }
-    const double lOff = KmVlength(lLeft);
-    if (lOff > kTellCentimetres)
+    const double lError = KmVlength(lResidual);
+    if (lError > kReportedCentimetres)
     {
-        pScratch.mLosses[pBone].mCentimetres = std::max(pScratch.mLosses[pBone].mCentimetres, lOff);
+        pScratch.mLosses[pBone].mCentimetres = std::max(pScratch.mLosses[pBone].mCentimetres, lError);
     }
 }
 
 void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const
 {
     const KQexAmcWriteBone& lBone = mBones[pBone];
-    const KQexAmcStray*     lAbove = pScratch.GetStray(mJoints[pBone].mFrom);
-    const bool              lHasMove = lBone.mHasFixedMove && lAbove == nullptr;
+    const KQexAmcResidual*  lParent = pScratch.GetResidual(mJoints[pBone].mFrom);
+    const bool              lIsFixed = lBone.mHasFixedDisplacement && lParent == nullptr;
     double                  lAngles[6];
-    bool                    lIsTaken = false;
-    pScratch.mStrays[pBone].mIs = false;
-    if (lBone.mTakesAngles && lAbove == nullptr)
+    bool                    lHasAngles = false;
+    pScratch.mResiduals[pBone].mIsSet = false;
+    if (lBone.mUsesNodeAngles && lParent == nullptr)
     {
         double lByAxis[3];
         mSteps.GetAngles(pBone, pScratch.mMoment, lByAxis);
-        lIsTaken = lBone.mFit.GetSolver().TakeAngles(lByAxis, lAngles);
+        lHasAngles = lBone.mFit.GetSolver().TakeAngles(lByAxis, lAngles);
     }
-    double lMove[3];
-    if (!lIsTaken || !lHasMove)
+    double lDisplacement[3];
+    if (!lHasAngles || !lIsFixed)
     {
         KQexAmcStep lStep;
         mSteps.Get(pBone, pScratch.mMoment, lStep);
-        if (!lIsTaken)
+        if (!lHasAngles)
         {
-            const double lOff = lBone.mFit.Solve(lStep, lAbove, lAngles, pScratch.mStrays[pBone]);
-            double&      lMost = pScratch.mLosses[pBone].mDegrees;
-            lMost = lOff > kTellDegrees ? std::max(lMost, lOff) : lMost;
+            const double lError = lBone.mFit.Solve(lStep, lParent, lAngles, pScratch.mResiduals[pBone]);
+            double&      lLargest = pScratch.mLosses[pBone].mDegrees;
+            lLargest = lError > kReportedDegrees ? std::max(lLargest, lError) : lLargest;
         }
-        if (!lHasMove)
+        if (!lIsFixed)
         {
-            lBone.mFit.GetMove(lStep, lAbove, lMove);
+            lBone.mFit.GetDisplacement(lStep, lParent, lDisplacement);
         }
     }
-    if (!lHasMove || !lBone.mIsStill)
+    if (!lIsFixed || !lBone.mIsStill)
     {
-        SetPlace(pBone, lHasMove ? lBone.mMove : lMove, pScratch, pValues);
+        SetTranslations(pBone, lIsFixed ? lBone.mDisplacement : lDisplacement, pScratch, pValues);
     }
     ScatterAngles(*lBone.mBone, lAngles, pValues);
 }

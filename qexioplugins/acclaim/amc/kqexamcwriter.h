@@ -15,7 +15,7 @@
 namespace qexsdk
 {
 
-/// What is known of a bone before the first frame.
+/// A bone, with what is constant over the frames.
 struct KQexAmcWriteBone
 {
     explicit KQexAmcWriteBone(HKQexAsfNode pBone) : mBone(pBone), mNameLength(std::strlen(pBone->mName)), mFit(*pBone) {}
@@ -23,37 +23,37 @@ struct KQexAmcWriteBone
     HKQexAsfNode     mBone;
     size_t           mNameLength;
     KQexAmcFit       mFit;
-    size_t           mValue = 0;            ///< Index of its first value in a frame.
-    std::vector<int> mLengthPlaces;         ///< Places on its line, from 0 and rising, that the skeleton's file gives to lengths.
-    bool             mTakesAngles = false;  ///< Its node's angles are those of the DOFs, as a rule.
-    bool             mHasFixedMove = false; ///< It is displaced by mMove at all times,
-    bool             mIsStill = false;      ///< which is not at all, and no DOF is for it.
-    double           mMove[3] = {};         ///< Displacement from the place at rest, in its axis frame, centimetres.
+    size_t           mValue = 0;                    ///< Index of its first value in a frame.
+    std::vector<int> mLengthIndices;                ///< Indices of the `l` values on its line, ascending, as in the skeleton's file.
+    bool             mUsesNodeAngles = false;       ///< KQexAmcFit::CanUseNodeAngles() holds.
+    bool             mHasFixedDisplacement = false; ///< mDisplacement is constant and set.
+    bool             mIsStill = false;              ///< mDisplacement is constant and negligible, and there is no translation DOF.
+    double           mDisplacement[3] = {};         ///< From the rest position, in the bone's axis frame, centimetres.
 };
 
-/// The largest errors of a bone, one set for each thread.
+/// The largest errors of a bone on one thread.
 struct KQexAmcLoss
 {
     double mDegrees = 0.0;
     double mCentimetres = 0.0;
 };
 
-/// What evaluating a frame needs besides its result; one for each thread.
+/// Scratch memory of one thread for evaluating frames.
 struct KQexAmcScratch
 {
-    KQexAmcMoment             mMoment;
-    std::vector<KQexAmcStray> mStrays; ///< One a bone.
-    std::vector<KQexAmcLoss>  mLosses; ///< One a bone.
+    KQexAmcMoment                mMoment;
+    std::vector<KQexAmcResidual> mResiduals; ///< One per bone.
+    std::vector<KQexAmcLoss>     mLosses;    ///< One per bone.
 
-    /// How bone \p pBone strayed; null when it did not, or for -1.
-    const KQexAmcStray* GetStray(int pBone) const
+    /// Residual of bone \p pBone; null when it has none, or for -1.
+    const KQexAmcResidual* GetResidual(int pBone) const
     {
-        const KQexAmcStray* lStray = pBone >= 0 ? &mStrays[static_cast<size_t>(pBone)] : nullptr;
-        return lStray != nullptr && lStray->mIs ? lStray : nullptr;
+        const KQexAmcResidual* lResidual = pBone >= 0 ? &mResiduals[static_cast<size_t>(pBone)] : nullptr;
+        return lResidual != nullptr && lResidual->mIsSet ? lResidual : nullptr;
     }
 };
 
-/// The values of a bone's rotation DOFs, in their order, into \p pAngles.
+/// Copies the values of a bone's rotation DOFs, in their order, to \p pAngles.
 inline void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double* pAngles)
 {
     for (int i = 0; i < pBone.mOrderCount; ++i)
@@ -65,19 +65,19 @@ inline void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double
     }
 }
 
-/// One write of a motion: Prepare() with the rest pose current, then LookAhead(), WriteHeader(), WriteFrames() and TellLosses() with the take
-/// current. May throw std::bad_alloc.
+/// One write of a motion: Prepare() with the rest pose current, then PrepareTake(), WriteHeader(), WriteFrames() and ReportLosses() with
+/// the take current. May throw std::bad_alloc.
 class KQexAmcWriter : private KQexFrameFormat
 {
 public:
-    /// All of them have to outlive this.
+    /// The arguments must outlive this.
     KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions);
 
     bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
-    void LookAhead();
+    void PrepareTake();
     void WriteHeader();
     bool WriteFrames();
-    void TellLosses();
+    void ReportLosses();
 
 private:
     bool Evaluate(int pThread, KTime pTime, double* pValues) override;
@@ -88,7 +88,7 @@ private:
     void AddLengths();
     void SetRest(const KQexGlobalTransforms& pPose);
     void EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const;
-    void SetPlace(size_t pBone, const double* pMove, KQexAmcScratch& pScratch, double* pValues) const;
+    void SetTranslations(size_t pBone, const double* pDisplacement, KQexAmcScratch& pScratch, double* pValues) const;
     void FormatBone(const KQexAmcWriteBone& pBone, const double* pValues, std::string& pText) const;
 
     KQexFileAcclaimAmc&                          mFile;
@@ -97,10 +97,10 @@ private:
     const int                                    mThreads;
     KQexNode*                                    mRootNode = nullptr;
     std::vector<KQexAmcWriteBone>                mBones;  ///< In pre-order.
-    std::vector<KQexAmcJoint>                    mJoints; ///< One a bone.
-    KQexAmcSteps                                 mSteps;  ///< Of mJoints.
+    std::vector<KQexAmcJoint>                    mJoints; ///< One per bone.
+    KQexAmcSteps                                 mSteps;  ///< Steps of mJoints.
     std::vector<std::unique_ptr<KQexAmcScratch>> mScratch;
-    std::vector<double>                          mLast; ///< Values of the frame before.
+    std::vector<double>                          mLast; ///< Values of the previous frame.
     size_t                                       mValueCount = 0;
 };
 

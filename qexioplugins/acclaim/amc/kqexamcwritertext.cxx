@@ -11,17 +11,17 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kAngleNoise = 1e-5;  ///< Degrees by which single-precision curves of half a turn are off.
-constexpr double kLengthNoise = 2e-7; ///< Part of a length by which places are off: single precision, three times over by way of glTF.
-constexpr int    kFewestDecimals = 2; ///< Even in gimbal lock angles keep these.
-constexpr int    kMostDecimals = 6;
+constexpr double kAngleNoise = 1e-5;  ///< Error of a single-precision angle of 180 degrees, in degrees.
+constexpr double kLengthNoise = 2e-7; ///< Relative error of positions: single precision, three times over by way of glTF.
+constexpr int    kMinDecimals = 2;    ///< Angles keep these even in gimbal lock.
+constexpr int    kMaxDecimals = 6;
 
-/// Digits behind the point that are above twice the noise.
+/// The most decimals whose last digit is worth at least four times the noise.
 int DecimalsFor(double pNoise)
 {
-    int    lDecimals = kMostDecimals;
+    int    lDecimals = kMaxDecimals;
     double lStep = 1e-6;
-    while (lDecimals > kFewestDecimals && lStep < 4.0 * pNoise)
+    while (lDecimals > kMinDecimals && lStep < 4.0 * pNoise)
     {
         lStep *= 10.0;
         --lDecimals;
@@ -29,29 +29,29 @@ int DecimalsFor(double pNoise)
     return lDecimals;
 }
 
-/// Decimals of a bone's angles, of which the largest is \p pTurned. Close to gimbal lock, where a pair of angles is known worse than the
-/// fewest decimals tell, the angles are changed to others for the same rotation of which only one is.
-int AngleDecimals(const KQexDofSolver& pSolver, double* pAngles, double pTurned)
+/// Decimals of a bone's angles, the largest of which is \p pLargest degrees. Close to gimbal lock two angles may be less precise than
+/// kMinDecimals; they are then replaced by angles of the same rotation of which only one is.
+int AngleDecimals(const KQexDofSolver& pSolver, double* pAngles, double pLargest)
 {
-    constexpr double kWidestStep = 1.0; // Wider ones would show as jumps between frames.
-    const double     lNoise = kAngleNoise * pTurned / 180.0;
-    const int        lMost = DecimalsFor(lNoise);
-    if (lMost == DecimalsFor(lNoise * pSolver.GetGainBound(pAngles)))
+    constexpr double kMaxStep = 1.0; // Larger ones would be visible as jumps between frames.
+    const double     lNoise = kAngleNoise * pLargest / 180.0;
+    const int        lMaxDecimals = DecimalsFor(lNoise);
+    if (lMaxDecimals == DecimalsFor(lNoise * pSolver.GetGainBound(pAngles)))
     {
-        return lMost;
+        return lMaxDecimals;
     }
-    const double lOutside = lNoise * pSolver.GetGain(pAngles);
+    const double lAmplifiedNoise = lNoise * pSolver.GetGain(pAngles);
     double       lStep = 0.01;
-    if (lStep >= 4.0 * lOutside)
+    if (lStep >= 4.0 * lAmplifiedNoise)
     {
-        return DecimalsFor(lOutside);
+        return DecimalsFor(lAmplifiedNoise);
     }
-    while (lStep < 4.0 * lOutside && lStep < kWidestStep)
+    while (lStep < 4.0 * lAmplifiedNoise && lStep < kMaxStep)
     {
         lStep *= 10.0;
     }
     pSolver.RoundInLock(pAngles, lStep);
-    return lMost;
+    return lMaxDecimals;
 }
 
 } // namespace
@@ -61,22 +61,23 @@ void KQexAmcWriter::FormatBone(const KQexAmcWriteBone& pBone, const double* pVal
     const KQexAsfNode& lNode = *pBone.mBone;
     char               lLine[sizeof(lNode.mName) + 6 * (1 + kNumberBufferSize) + 1];
     double             lAngles[6];
-    double             lPlace = pBone.mFit.GetRestLength() * mToFile;
-    double             lTurned = 180.0;
+    double             lLargestLength = pBone.mFit.GetRestLength() * mToFile;
+    double             lLargestAngle = 180.0;
     GatherAngles(lNode, pValues, lAngles);
     for (int i = 0; i < lNode.mOrderCount; ++i)
     {
-        (lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned) = std::max(std::fabs(pValues[i]), lNode.mOrderBuf[i] <= 2 ? lPlace : lTurned);
+        (lNode.mOrderBuf[i] <= 2 ? lLargestLength : lLargestAngle) =
+            std::max(std::fabs(pValues[i]), lNode.mOrderBuf[i] <= 2 ? lLargestLength : lLargestAngle);
     }
-    const int     lLengthDecimals = DecimalsFor(kLengthNoise * lPlace);
-    const int     lAngleDecimals = AngleDecimals(pBone.mFit.GetSolver(), lAngles, lTurned);
+    const int     lLengthDecimals = DecimalsFor(kLengthNoise * lLargestLength);
+    const int     lAngleDecimals = AngleDecimals(pBone.mFit.GetSolver(), lAngles, lLargestAngle);
     const double* lAngle = lAngles;
     char*         lEnd = std::copy(lNode.mName, lNode.mName + pBone.mNameLength, lLine);
-    auto          lLength = pBone.mLengthPlaces.begin();
-    int           lOnLine = 0;
-    for (int i = 0; i < lNode.mOrderCount; ++i, ++lOnLine)
+    auto          lLength = pBone.mLengthIndices.begin();
+    int           lIndex = 0;
+    for (int i = 0; i < lNode.mOrderCount; ++i, ++lIndex)
     {
-        for (; lLength != pBone.mLengthPlaces.end() && *lLength == lOnLine; ++lLength, ++lOnLine)
+        for (; lLength != pBone.mLengthIndices.end() && *lLength == lIndex; ++lLength, ++lIndex)
         {
             pText.append(lLine, static_cast<size_t>(lEnd - lLine)).append(" 0");
             lEnd = lLine;
@@ -86,7 +87,7 @@ void KQexAmcWriter::FormatBone(const KQexAmcWriteBone& pBone, const double* pVal
                                        : KNumberPrintFixed(lEnd, lEnd + kNumberBufferSize, *lAngle++, lAngleDecimals);
     }
     pText.append(lLine, static_cast<size_t>(lEnd - lLine));
-    for (; lLength != pBone.mLengthPlaces.end(); ++lLength)
+    for (; lLength != pBone.mLengthIndices.end(); ++lLength)
     {
         pText.append(" 0");
     }
@@ -99,7 +100,7 @@ void KQexAmcWriter::Format(long long pFrame, const double* pValues, std::string&
     pText += '\n';
     for (const KQexAmcWriteBone& lBone : mBones)
     {
-        if (lBone.mBone->mOrderCount > 0 || !lBone.mLengthPlaces.empty())
+        if (lBone.mBone->mOrderCount > 0 || !lBone.mLengthIndices.empty())
         {
             FormatBone(lBone, pValues + lBone.mValue, pText);
         }
@@ -129,7 +130,7 @@ bool KQexAmcWriter::WriteFrames()
     return lRun == KQexFrameRun::eDONE;
 }
 
-void KQexAmcWriter::TellLosses()
+void KQexAmcWriter::ReportLosses()
 {
     for (size_t i = 0; i < mBones.size(); ++i)
     {

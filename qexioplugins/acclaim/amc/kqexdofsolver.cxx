@@ -13,14 +13,14 @@ namespace qexsdk
 namespace
 {
 
-constexpr int    kMaxRounds = 300;     ///< Rounds after which the angles are taken as they are.
-constexpr double kSettled = 1e-10;     ///< Degrees by which no angle moves any more.
-constexpr double kGimbalCosine = 1e-6; ///< Below this the gain is as good as boundless.
-constexpr double kFarFromLock = 89.0;  ///< Degrees of a middle angle up to which a rotation's triples are told apart well.
-constexpr double kExact = 1e-9;        ///< Degrees left over up to which two DOFs express a rotation; rounds would only add rounding.
-constexpr double kOnlyHill = 5.0;      ///< Degrees left over below which no other angles of two DOFs can leave less.
+constexpr int    kMaxIterations = 300; ///< Iterations after which the angles are accepted as they are.
+constexpr double kConverged = 1e-10;   ///< Largest change of an angle, in degrees, that counts as converged.
+constexpr double kGimbalCosine = 1e-6; ///< Smaller cosines count as gimbal lock; bounds the gain.
+constexpr double kFarFromLock = 89.0;  ///< Middle angle, in degrees, up to which the two equivalent triples are clearly distinct.
+constexpr double kExact = 1e-9;        ///< Residual, in degrees, that counts as none; iterating on would only add rounding.
+constexpr double kGlobalBound = 5.0;   ///< Residual of two DOFs, in degrees, below which a local maximum is the global one.
 
-/// The order code whose first axes are those given. A pair of axes has one code, a single axis takes the rising one.
+/// The order code that begins with the given axes. A pair of axes has one code; a single axis gets the cyclic order (XYZ, YZX, ZXY).
 int CodeOf(const int* pAxes, int pCount)
 {
     for (int lCode = 0; lCode < KmEulerAxisCount; lCode += 2)
@@ -34,87 +34,87 @@ int CodeOf(const int* pAxes, int pCount)
     return 0;
 }
 
-/// An angle by its cosine and sine: it turns matrices without being known itself.
-struct KDirection
+/// An angle as cosine and sine: rotates matrices without trigonometry.
+struct KCosSin
 {
     double mCos = 1.0;
     double mSin = 0.0;
 
-    /// The direction of (x, y); of an angle of 0 when both are zero.
-    static KDirection Of(double pX, double pY)
+    /// The angle of the vector (x, y); 0 when both are zero.
+    static KCosSin Of(double pX, double pY)
     {
         const double lLength = kHypot(pX, pY);
-        return lLength > 0.0 ? KDirection{pX / lLength, pY / lLength} : KDirection{};
+        return lLength > 0.0 ? KCosSin{pX / lLength, pY / lLength} : KCosSin{};
     }
 
     double Degrees() const { return kAtand(mSin, mCos); }
 
-    /// Whether the other one is within kSettled of it.
-    bool IsNear(const KDirection& pOther) const
+    /// Whether \p pOther is within kConverged of this angle.
+    bool IsNear(const KCosSin& pOther) const
     {
-        return std::fabs(mSin * pOther.mCos - mCos * pOther.mSin) <= kSettled * kRadiansPerDegree &&
+        return std::fabs(mSin * pOther.mCos - mCos * pOther.mSin) <= kConverged * kRadiansPerDegree &&
                mCos * pOther.mCos + mSin * pOther.mSin > 0.0;
     }
 };
 
-/// The turn about \p pAxis that brings identity nearest to \p pWanted: where the trace of their quotient is greatest.
-KDirection BestTurn(KmConstMatrix pWanted, int pAxis)
+/// The rotation about \p pAxis nearest to \p pTarget: the one that maximises the trace of their quotient.
+KCosSin NearestRotation(KmConstMatrix pTarget, int pAxis)
 {
     const int lJ = (pAxis + 1) % 3;
     const int lK = (pAxis + 2) % 3;
-    return KDirection::Of(pWanted[lJ][lJ] + pWanted[lK][lK], pWanted[lJ][lK] - pWanted[lK][lJ]);
+    return KCosSin::Of(pTarget[lJ][lJ] + pTarget[lK][lK], pTarget[lJ][lK] - pTarget[lK][lJ]);
 }
 
-double BestAngle(const KgeRMatrix& pWanted, int pAxis)
+double NearestAngle(const KgeRMatrix& pTarget, int pAxis)
 {
-    return BestTurn(pWanted.mData, pAxis).Degrees();
+    return NearestRotation(pTarget.mData, pAxis).Degrees();
 }
 
-/// out = m × the turn about \p pAxis.
-void TurnFirst(KmMatrix pOut, KmConstMatrix pM, int pAxis, const KDirection& pTurn)
+/// out = m × the rotation about \p pAxis.
+void RotateFirst(KmMatrix pOut, KmConstMatrix pM, int pAxis, const KCosSin& pRotation)
 {
     const int lJ = (pAxis + 1) % 3;
     const int lK = (pAxis + 2) % 3;
     for (int i = 0; i < 3; ++i)
     {
         pOut[pAxis][i] = pM[pAxis][i];
-        pOut[lJ][i] = pTurn.mCos * pM[lJ][i] + pTurn.mSin * pM[lK][i];
-        pOut[lK][i] = pTurn.mCos * pM[lK][i] - pTurn.mSin * pM[lJ][i];
+        pOut[lJ][i] = pRotation.mCos * pM[lJ][i] + pRotation.mSin * pM[lK][i];
+        pOut[lK][i] = pRotation.mCos * pM[lK][i] - pRotation.mSin * pM[lJ][i];
     }
 }
 
-/// out = the turn about \p pAxis × m.
-void TurnLast(KmMatrix pOut, KmConstMatrix pM, int pAxis, const KDirection& pTurn)
+/// out = the rotation about \p pAxis × m.
+void RotateLast(KmMatrix pOut, KmConstMatrix pM, int pAxis, const KCosSin& pRotation)
 {
     const int lJ = (pAxis + 1) % 3;
     const int lK = (pAxis + 2) % 3;
     for (int i = 0; i < 3; ++i)
     {
         pOut[i][pAxis] = pM[i][pAxis];
-        pOut[i][lJ] = pTurn.mCos * pM[i][lJ] - pTurn.mSin * pM[i][lK];
-        pOut[i][lK] = pTurn.mCos * pM[i][lK] + pTurn.mSin * pM[i][lJ];
+        pOut[i][lJ] = pRotation.mCos * pM[i][lJ] - pRotation.mSin * pM[i][lK];
+        pOut[i][lK] = pRotation.mCos * pM[i][lK] + pRotation.mSin * pM[i][lJ];
     }
 }
 
-KDirection Back(const KDirection& pTurn)
+KCosSin Negated(const KCosSin& pRotation)
 {
-    return {pTurn.mCos, -pTurn.mSin};
+    return {pRotation.mCos, -pRotation.mSin};
 }
 
-/// The turn about the first axis, then the second.
-void ComposeTwo(KgeRMatrix& pResult, const int* pAxes, const KDirection* pTurns)
+/// The rotation about the first axis, then the second.
+void ComposeTwo(KgeRMatrix& pResult, const int* pAxes, const KCosSin* pRotations)
 {
-    const KgeRMatrix lNone;
+    const KgeRMatrix lIdentity;
     double           lFirst[3][4];
-    TurnFirst(lFirst, lNone.mData, pAxes[0], pTurns[0]);
-    TurnLast(pResult.mData, lFirst, pAxes[1], pTurns[1]);
+    RotateFirst(lFirst, lIdentity.mData, pAxes[0], pRotations[0]);
+    RotateLast(pResult.mData, lFirst, pAxes[1], pRotations[1]);
 }
 
 } // namespace
 
 double AngleBetween(const KgeRMatrix& pA, const KgeRMatrix& pB)
 {
-    // From the sine of half the angle: the trace's arc cosine is blind to small ones.
+    // Uses the sine of half the angle: the arc cosine of the trace is imprecise for small angles.
     double lSum = 0.0;
     for (int i = 0; i < 3; ++i)
     {
@@ -134,37 +134,37 @@ KQexDofSolver::KQexDofSolver(const int* pCodes, int pCount)
         if (KIsRotationDof(pCodes[i]))
         {
             const int lAxis = 5 - pCodes[i];
-            mIsDistinct = mIsDistinct && !mHas[lAxis];
-            mHas[lAxis] = true;
+            mIsDistinct = mIsDistinct && !mHasAxis[lAxis];
+            mHasAxis[lAxis] = true;
             mAxes[mCount++] = lAxis;
         }
     }
-    const bool lReturns = mCount == 3 && mAxes[0] == mAxes[2] && mAxes[0] != mAxes[1];
-    mIsWhole = (mCount == 3 && mIsDistinct) || lReturns;
-    mCode = mCount > 0 ? CodeOf(mAxes, mIsDistinct || lReturns ? mCount : 1) : 0;
-    mCode |= lReturns ? 1 : 0;
+    const bool lRepeatsFirst = mCount == 3 && mAxes[0] == mAxes[2] && mAxes[0] != mAxes[1];
+    mIsComplete = (mCount == 3 && mIsDistinct) || lRepeatsFirst;
+    mCode = mCount > 0 ? CodeOf(mAxes, mIsDistinct || lRepeatsFirst ? mCount : 1) : 0;
+    mCode |= lRepeatsFirst ? 1 : 0;
 }
 
-/// The product of the DOFs' rotations from \p pFrom to before \p pTo.
+/// The product of the rotations of DOFs \p pFrom to \p pTo - 1.
 void KQexDofSolver::Compose(const double* pAngles, int pFrom, int pTo, KgeRMatrix& pResult) const
 {
     pResult.Init();
     for (int i = pFrom; i < pTo; ++i)
     {
         KgeRVector lAngle;
-        KgeRMatrix lTurn;
+        KgeRMatrix lRotation;
         lAngle.mData[mAxes[i]] = pAngles[i];
-        KgeSet(lTurn, lAngle);
-        KgeMult(pResult, lTurn, pResult);
+        KgeSet(lRotation, lAngle);
+        KgeMult(pResult, lRotation, pResult);
     }
 }
 
-void KQexDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+void KQexDofSolver::Refine(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
-    double lMoved = 1.0;
-    for (int lRound = 0; lRound < kMaxRounds && lMoved > kSettled; ++lRound)
+    double lLargestChange = 1.0;
+    for (int lIteration = 0; lIteration < kMaxIterations && lLargestChange > kConverged; ++lIteration)
     {
-        lMoved = 0.0;
+        lLargestChange = 0.0;
         for (int i = mCount - 1; i >= 0; --i)
         {
             KgeRMatrix lBefore;
@@ -173,143 +173,142 @@ void KQexDofSolver::Refine(const KgeRMatrix& pWanted, double* pAngles, KgeRMatri
             Compose(pAngles, i + 1, mCount, lAfter);
             KgeInverse(lBefore, lBefore);
             KgeInverse(lAfter, lAfter);
-            KgeMult(lAfter, lAfter, pWanted);
+            KgeMult(lAfter, lAfter, pTarget);
             KgeMult(lAfter, lAfter, lBefore);
-            const double lAngle = BestAngle(lAfter, mAxes[i]);
-            lMoved = std::max(lMoved, std::fabs(std::remainder(lAngle - pAngles[i], 360.0)));
+            const double lAngle = NearestAngle(lAfter, mAxes[i]);
+            lLargestChange = std::max(lLargestChange, std::fabs(std::remainder(lAngle - pAngles[i], 360.0)));
             pAngles[i] = lAngle;
         }
     }
     Compose(pAngles, 0, mCount, pReached);
 }
 
-/// Going around from where the DOFs left may end at a hill that is not the highest. Half a turn of the first DOF begins on the
-/// other side.
-void KQexDofSolver::RefineFromBehind(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+/// Refining one DOF at a time may end in a local maximum. Starts again with the first DOF half a turn away and keeps the better result.
+void KQexDofSolver::RefineFromOpposite(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     double     lOther[6] = {};
     KgeRMatrix lReached;
     std::copy(pAngles, pAngles + mCount, lOther);
     lOther[0] += 180.0;
-    Refine(pWanted, lOther, lReached);
-    if (AngleBetween(pWanted, lReached) < AngleBetween(pWanted, pReached))
+    Refine(pTarget, lOther, lReached);
+    if (AngleBetween(pTarget, lReached) < AngleBetween(pTarget, pReached))
     {
         std::copy(lOther, lOther + mCount, pAngles);
         KgeSet(pReached, lReached);
     }
 }
 
-double KQexDofSolver::SolveOne(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::SolveOne(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
-    const KDirection lTurn = BestTurn(pWanted.mData, mAxes[0]);
-    const KgeRMatrix lNone;
-    TurnFirst(pReached.mData, lNone.mData, mAxes[0], lTurn);
-    pAngles[0] = lTurn.Degrees();
-    return AngleBetween(pWanted, pReached);
+    const KCosSin    lRotation = NearestRotation(pTarget.mData, mAxes[0]);
+    const KgeRMatrix lIdentity;
+    RotateFirst(pReached.mData, lIdentity.mData, mAxes[0], lRotation);
+    pAngles[0] = lRotation.Degrees();
+    return AngleBetween(pTarget, pReached);
 }
 
-/// From the angles of a triple whose third is as good as zero, two DOFs about different axes settle after a round or two, during
-/// which no angle needs to be known. When they end close to the rotation they are at its only hill: angles (a, b) and others
-/// (a', b') make rotations that are at least the larger of |a - a'| and |b - b'| apart, as the axes are at right angles.
-double KQexDofSolver::SolveTwo(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+/// Starts from the first two angles of the Euler triple, with the third taken as zero; two DOFs about different axes then converge in an
+/// iteration or two, without trigonometry. With a small residual the maximum is the global one: as the axes are perpendicular, the
+/// rotations by (a, b) and (a', b') are at least max(|a - a'|, |b - b'|) apart.
+double KQexDofSolver::SolveTwo(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     const int* lAxis = KmEulerAxisRow(mCode);
-    const double(*lM)[4] = pWanted.mData;
+    const double(*lM)[4] = pTarget.mData;
     const double lSign = (mCode & 2) != 0 ? -1.0 : 1.0;
     const double lCosine = kHypot(lM[lAxis[0]][lAxis[0]], lM[lAxis[0]][lAxis[1]]);
     if (lCosine < kGimbalCosine)
     {
-        return SolveTwoInLock(pWanted, pAngles, pReached);
+        return SolveTwoInLock(pTarget, pAngles, pReached);
     }
-    KDirection lTurns[2] = {KDirection::Of(lM[lAxis[2]][lAxis[2]], lSign * lM[lAxis[1]][lAxis[2]]),
-                            KDirection::Of(lCosine, -lSign * lM[lAxis[0]][lAxis[2]])};
-    ComposeTwo(pReached, mAxes, lTurns);
-    double lLeft = AngleBetween(pWanted, pReached);
-    bool   lIsSettled = lLeft <= kExact;
-    for (int lRound = 0; lRound < kMaxRounds && !lIsSettled; ++lRound)
+    KCosSin lRotations[2] = {KCosSin::Of(lM[lAxis[2]][lAxis[2]], lSign * lM[lAxis[1]][lAxis[2]]),
+                             KCosSin::Of(lCosine, -lSign * lM[lAxis[0]][lAxis[2]])};
+    ComposeTwo(pReached, mAxes, lRotations);
+    double lResidual = AngleBetween(pTarget, pReached);
+    bool   lHasConverged = lResidual <= kExact;
+    for (int lIteration = 0; lIteration < kMaxIterations && !lHasConverged; ++lIteration)
     {
-        double           lQuotient[3][4];
-        const KDirection lLast[2] = {lTurns[0], lTurns[1]};
-        TurnFirst(lQuotient, lM, mAxes[0], Back(lTurns[0]));
-        lTurns[1] = BestTurn(lQuotient, mAxes[1]);
-        TurnLast(lQuotient, lM, mAxes[1], Back(lTurns[1]));
-        lTurns[0] = BestTurn(lQuotient, mAxes[0]);
-        lIsSettled = lTurns[0].IsNear(lLast[0]) && lTurns[1].IsNear(lLast[1]);
+        double        lQuotient[3][4];
+        const KCosSin lLast[2] = {lRotations[0], lRotations[1]};
+        RotateFirst(lQuotient, lM, mAxes[0], Negated(lRotations[0]));
+        lRotations[1] = NearestRotation(lQuotient, mAxes[1]);
+        RotateLast(lQuotient, lM, mAxes[1], Negated(lRotations[1]));
+        lRotations[0] = NearestRotation(lQuotient, mAxes[0]);
+        lHasConverged = lRotations[0].IsNear(lLast[0]) && lRotations[1].IsNear(lLast[1]);
     }
-    if (lLeft > kExact)
+    if (lResidual > kExact)
     {
-        ComposeTwo(pReached, mAxes, lTurns);
-        lLeft = AngleBetween(pWanted, pReached);
+        ComposeTwo(pReached, mAxes, lRotations);
+        lResidual = AngleBetween(pTarget, pReached);
     }
-    pAngles[0] = lTurns[0].Degrees();
-    pAngles[1] = lTurns[1].Degrees();
-    if (lLeft > kOnlyHill)
+    pAngles[0] = lRotations[0].Degrees();
+    pAngles[1] = lRotations[1].Degrees();
+    if (lResidual > kGlobalBound)
     {
-        RefineFromBehind(pWanted, pAngles, pReached);
-        lLeft = AngleBetween(pWanted, pReached);
+        RefineFromOpposite(pTarget, pAngles, pReached);
+        lResidual = AngleBetween(pTarget, pReached);
     }
-    return lLeft;
+    return lResidual;
 }
 
-/// Where the triple's first and third angle turn about one axis, the search begins with that triple of which the third is zero.
-double KQexDofSolver::SolveTwoInLock(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+/// In gimbal lock the triple's first and third angle rotate about one axis: starts from the triple whose third angle is zero.
+double KQexDofSolver::SolveTwoInLock(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     double lTriple[3];
-    KmRtoVord(lTriple, pWanted.mData, mCode);
+    KmRtoVord(lTriple, pTarget.mData, mCode);
     std::copy(lTriple, lTriple + 2, pAngles);
     Compose(pAngles, 0, mCount, pReached);
-    double lLeft = AngleBetween(pWanted, pReached);
-    if (lLeft > kExact)
+    double lResidual = AngleBetween(pTarget, pReached);
+    if (lResidual > kExact)
     {
-        Refine(pWanted, pAngles, pReached);
-        RefineFromBehind(pWanted, pAngles, pReached);
-        lLeft = AngleBetween(pWanted, pReached);
+        Refine(pTarget, pAngles, pReached);
+        RefineFromOpposite(pTarget, pAngles, pReached);
+        lResidual = AngleBetween(pTarget, pReached);
     }
-    return lLeft;
+    return lResidual;
 }
 
-/// A DOF about the axis of the one before adds nothing to it, and of the others three reach everything. The rest stay at zero.
-double KQexDofSolver::SolveRepeated(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+/// A DOF about the same axis as the one before adds nothing, and three of the others reach every rotation. The rest stay zero.
+double KQexDofSolver::SolveRepeated(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     int    lCodes[3] = {};
-    int    lPlaces[3] = {};
+    int    lIndices[3] = {};
     double lAngles[3] = {};
     int    lCount = 0;
     for (int i = 0; i < mCount && lCount < 3; ++i)
     {
-        if (lCount == 0 || mAxes[i] != mAxes[lPlaces[lCount - 1]])
+        if (lCount == 0 || mAxes[i] != mAxes[lIndices[lCount - 1]])
         {
             lCodes[lCount] = 5 - mAxes[i];
-            lPlaces[lCount++] = i;
+            lIndices[lCount++] = i;
         }
     }
-    const double lLeft = KQexDofSolver(lCodes, lCount).Solve(pWanted, lAngles, pReached);
+    const double lResidual = KQexDofSolver(lCodes, lCount).Solve(pTarget, lAngles, pReached);
     std::fill(pAngles, pAngles + mCount, 0.0);
     for (int i = 0; i < lCount; ++i)
     {
-        pAngles[lPlaces[i]] = lAngles[i];
+        pAngles[lIndices[i]] = lAngles[i];
     }
-    return lLeft;
+    return lResidual;
 }
 
-double KQexDofSolver::Solve(const KgeRMatrix& pWanted, double* pAngles, KgeRMatrix& pReached) const
+double KQexDofSolver::Solve(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
-    if (mIsWhole)
+    if (mIsComplete)
     {
-        KmRtoVord(pAngles, pWanted.mData, mCode);
-        KgeSet(pReached, pWanted);
+        KmRtoVord(pAngles, pTarget.mData, mCode);
+        KgeSet(pReached, pTarget);
         return 0.0;
     }
     if (mCount == 0)
     {
         pReached.Init();
-        return AngleBetween(pWanted, pReached);
+        return AngleBetween(pTarget, pReached);
     }
     if (mCount == 1)
     {
-        return SolveOne(pWanted, pAngles, pReached);
+        return SolveOne(pTarget, pAngles, pReached);
     }
-    return mCount == 2 && mIsDistinct ? SolveTwo(pWanted, pAngles, pReached) : SolveRepeated(pWanted, pAngles, pReached);
+    return mCount == 2 && mIsDistinct ? SolveTwo(pTarget, pAngles, pReached) : SolveRepeated(pTarget, pAngles, pReached);
 }
 
 bool KQexDofSolver::Follows(ERotationOrder pOrder) const
@@ -327,7 +326,7 @@ bool KQexDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
 {
     for (int i = 0; i < 3; ++i)
     {
-        if (!mHas[i] && pByAxis[i] != 0.0)
+        if (!mHasAxis[i] && pByAxis[i] != 0.0)
         {
             return false;
         }
@@ -341,7 +340,7 @@ bool KQexDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
 
 void KQexDofSolver::Continue(double* pAngles, const double* pLast) const
 {
-    if (mIsWhole)
+    if (mIsComplete)
     {
         KmNearestEuler(pAngles, pLast, mCode);
         return;
@@ -352,11 +351,11 @@ void KQexDofSolver::Continue(double* pAngles, const double* pLast) const
     }
 }
 
-/// At the pole the second turn takes the first axis to the third or to its opposite, so that the third angle and plus or minus the
-/// first make one turn: for axes x, y, z and y = 90 degrees it takes x to -z.
+/// At the pole the second rotation maps the first axis to the third or its opposite, so that the third angle plus or minus the first is
+/// one rotation: for axes x, y, z, y = 90 degrees maps x to -z.
 void KQexDofSolver::RoundInLock(double* pAngles, double pStep) const
 {
-    if (!mIsWhole)
+    if (!mIsComplete)
     {
         return;
     }
@@ -370,7 +369,7 @@ void KQexDofSolver::RoundInLock(double* pAngles, double pStep) const
 
 double KQexDofSolver::GetGainBound(const double* pAngles) const
 {
-    if (!mIsWhole)
+    if (!mIsComplete)
     {
         return 1.0;
     }
@@ -382,7 +381,7 @@ double KQexDofSolver::GetGainBound(const double* pAngles) const
 
 double KQexDofSolver::GetGain(const double* pAngles) const
 {
-    if (!mIsWhole)
+    if (!mIsComplete)
     {
         return 1.0;
     }

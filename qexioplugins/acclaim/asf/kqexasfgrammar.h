@@ -2,16 +2,16 @@
 #define QEXIOPLUGINS_ACCLAIM_ASF_KQEXASFGRAMMAR_H
 
 /// \file
-/// The places of keywords in the skeleton reader's tables.
+/// Indices of the keywords in the skeleton reader's tables.
 
 namespace qexsdk
 {
 
-/// Rotation order codes of the words in smAxis, in its order. Deliberately so: "xzy" and "yxz", and "yzx" and "zxy", do not get
-/// the codes that their letters spell, and skeletons, motion and the writers of both have always been read with these.
+/// Rotation order codes of the words in smAxis, in its order. Deliberate: the codes of "xzy" and "yxz" are swapped, and those of "yzx"
+/// and "zxy"; skeletons and motion have always been read and written with these.
 inline constexpr int kAxisCodes[] = {10, 6, 2, 8, 4, 0};
 
-/// Places in smMain.
+/// Indices into smMain.
 enum KQexAsfMainKeyword
 {
     eMAIN_VERSION,
@@ -24,7 +24,7 @@ enum KQexAsfMainKeyword
     eMAIN_SKIN
 };
 
-/// Places in smUnits.
+/// Indices into smUnits.
 enum KQexAsfUnitKeyword
 {
     eUNIT_MASS,
@@ -32,14 +32,14 @@ enum KQexAsfUnitKeyword
     eUNIT_ANGLE
 };
 
-/// Places in smAngle.
+/// Indices into smAngle.
 enum KQexAsfAngleKeyword
 {
     eANGLE_DEGREES,
     eANGLE_RADIANS
 };
 
-/// Places in smRoot.
+/// Indices into smRoot.
 enum KQexAsfRootKeyword
 {
     eROOT_AXIS,
@@ -48,14 +48,14 @@ enum KQexAsfRootKeyword
     eROOT_ORIENTATION
 };
 
-/// Places in smGroup.
+/// Indices into smGroup.
 enum KQexAsfGroupKeyword
 {
     eGROUP_BEGIN,
     eGROUP_END
 };
 
-/// Places in smBoneData.
+/// Indices into smBoneData.
 enum KQexAsfBoneKeyword
 {
     eBONE_ID,

@@ -9,7 +9,7 @@ namespace qexsdk
 namespace
 {
 
-/// Entries added to heaps for one move at most.
+/// Most heap entries pushed for one move.
 constexpr int kMaxPushes = 16;
 
 } // namespace
@@ -25,8 +25,7 @@ void KQexAsfNameIndex::Update(HKQexAsfNode pRoot)
     {
         Add(pRoot->mChildBuf[mKnownChildren], 0, mKnownChildren);
     }
-    // A tree that was not read here may be deeper. Level by level does as well as pre-order: places count among the children of one
-    // parent only.
+    // A tree that was not read here may be deeper. Level order does: mOrder is compared among siblings only.
     for (; lFirst < mBones.size(); ++lFirst)
     {
         const auto& lChildren = mBones[lFirst].mNode->mChildBuf;
@@ -40,60 +39,60 @@ void KQexAsfNameIndex::Update(HKQexAsfNode pRoot)
 void KQexAsfNameIndex::Add(HKQexAsfNode pNode, int pParent, int pEntry)
 {
     const int lBone = static_cast<int>(mBones.size());
-    mBones.push_back({pNode, &mNames[pNode->mName], pParent, pParent == 0 ? lBone : pParent, mNextPlace++, pEntry});
+    mBones.push_back({pNode, &mNames[pNode->mName], pParent, pParent == 0 ? lBone : pParent, mNextOrder++, pEntry});
     AddName(lBone);
 }
 
 void KQexAsfNameIndex::AddName(int pBone)
 {
     KName& lName = *At(pBone).mName;
-    if (lName.mBone == kNone && lName.mTwins.empty())
+    if (lName.mBone == kNone && lName.mDuplicates.empty())
     {
         lName.mBone = pBone;
         return;
     }
     if (lName.mBone != kNone)
     {
-        AddTwin(lName.mBone);
+        AddDuplicate(lName.mBone);
         lName.mBone = kNone;
     }
-    AddTwin(pBone);
+    AddDuplicate(pBone);
 }
 
-void KQexAsfNameIndex::AddTwin(int pBone)
+void KQexAsfNameIndex::AddDuplicate(int pBone)
 {
-    KBone& lTop = At(TopOf(pBone));
-    At(pBone).mNextTwin = pBone;
-    if (lTop.mTwins == kNone)
+    KBone& lTop = At(FindTop(pBone));
+    At(pBone).mNextDuplicate = pBone;
+    if (lTop.mDuplicates == kNone)
     {
-        lTop.mTwins = pBone;
+        lTop.mDuplicates = pBone;
     }
-    std::swap(At(pBone).mNextTwin, At(lTop.mTwins).mNextTwin);
-    PushTwin(pBone);
+    std::swap(At(pBone).mNextDuplicate, At(lTop.mDuplicates).mNextDuplicate);
+    PushDuplicate(pBone);
 }
 
-void KQexAsfNameIndex::PushTwin(int pBone)
+void KQexAsfNameIndex::PushDuplicate(int pBone)
 {
-    std::vector<KTwin>& lTwins = At(pBone).mName->mTwins;
-    lTwins.emplace_back(PlaceOf(pBone), pBone);
-    std::push_heap(lTwins.begin(), lTwins.end(), std::greater<>());
+    std::vector<KDuplicate>& lDuplicates = At(pBone).mName->mDuplicates;
+    lDuplicates.emplace_back(OrderOf(pBone), pBone);
+    std::push_heap(lDuplicates.begin(), lDuplicates.end(), std::greater<>());
 }
 
-/// The bones of the ring came to a lower place, which their heaps do not show by themselves. For many bones the places are computed anew
-/// where they are needed: a large subtree may move again and again.
-void KQexAsfNameIndex::PushTwins(int pRing)
+/// Pushes new heap entries for a ring of bones whose order became lower. For a large ring the heaps are only marked as stale and rebuilt
+/// on demand: a large subtree may move repeatedly.
+void KQexAsfNameIndex::PushDuplicates(int pRing)
 {
-    int lTwin = pRing;
+    int lDuplicate = pRing;
     for (int i = 0; i < kMaxPushes; ++i)
     {
-        PushTwin(lTwin);
-        lTwin = At(lTwin).mNextTwin;
-        if (lTwin == pRing)
+        PushDuplicate(lDuplicate);
+        lDuplicate = At(lDuplicate).mNextDuplicate;
+        if (lDuplicate == pRing)
         {
             return;
         }
     }
-    ++mAdvances;
+    ++mGeneration;
 }
 
 int KQexAsfNameIndex::Find(const char* pName)
@@ -106,86 +105,86 @@ int KQexAsfNameIndex::Find(const char* pName)
     return lName->second.mBone != kNone ? lName->second.mBone : FirstOf(lName->second);
 }
 
-/// The first in pre-order of several bones of one name: one below the child of the root with the lowest place.
+/// The first in pre-order of several bones of one name: it is below the root child with the lowest order.
 int KQexAsfNameIndex::FirstOf(KName& pName)
 {
-    std::vector<KTwin>& lTwins = pName.mTwins;
-    if (pName.mAdvances != mAdvances)
+    std::vector<KDuplicate>& lDuplicates = pName.mDuplicates;
+    if (pName.mGeneration != mGeneration)
     {
-        for (KTwin& lTwin : lTwins)
+        for (KDuplicate& lDuplicate : lDuplicates)
         {
-            lTwin.first = PlaceOf(lTwin.second);
+            lDuplicate.first = OrderOf(lDuplicate.second);
         }
-        std::make_heap(lTwins.begin(), lTwins.end(), std::greater<>());
-        pName.mAdvances = mAdvances;
+        std::make_heap(lDuplicates.begin(), lDuplicates.end(), std::greater<>());
+        pName.mGeneration = mGeneration;
     }
-    // The order of bones below one child of the root never changes, as only whole subtrees move, and only away from the root. So those
-    // that are not the first of them never will be, and leave the heap.
-    const unsigned   lPlace = GetLowest(lTwins).first;
+    // The order of bones below one root child never changes: only whole subtrees move, and only away from the root. So all but the first
+    // of them can leave the heap for good.
+    const unsigned   lOrder = GetLowest(lDuplicates).first;
     std::vector<int> lTied;
-    while (!lTwins.empty() && GetLowest(lTwins).first == lPlace)
+    while (!lDuplicates.empty() && GetLowest(lDuplicates).first == lOrder)
     {
-        lTied.push_back(lTwins.front().second);
-        std::pop_heap(lTwins.begin(), lTwins.end(), std::greater<>());
-        lTwins.pop_back();
+        lTied.push_back(lDuplicates.front().second);
+        std::pop_heap(lDuplicates.begin(), lDuplicates.end(), std::greater<>());
+        lDuplicates.pop_back();
     }
     const int lFirst = lTied.size() == 1 ? lTied.front() : FirstInPreOrder(lTied);
-    lTwins.emplace_back(lPlace, lFirst);
-    std::push_heap(lTwins.begin(), lTwins.end(), std::greater<>());
+    lDuplicates.emplace_back(lOrder, lFirst);
+    std::push_heap(lDuplicates.begin(), lDuplicates.end(), std::greater<>());
     return lFirst;
 }
 
-/// Brings the places in front of the heap up to date, until the lowest is.
-KQexAsfNameIndex::KTwin KQexAsfNameIndex::GetLowest(std::vector<KTwin>& pTwins)
+/// The lowest entry of the heap. Updates stale entries at the front until the first is current.
+KQexAsfNameIndex::KDuplicate KQexAsfNameIndex::GetLowest(std::vector<KDuplicate>& pDuplicates)
 {
     for (;;)
     {
-        const unsigned lPlace = PlaceOf(pTwins.front().second);
-        if (lPlace == pTwins.front().first)
+        const unsigned lOrder = OrderOf(pDuplicates.front().second);
+        if (lOrder == pDuplicates.front().first)
         {
-            return pTwins.front();
+            return pDuplicates.front();
         }
-        std::pop_heap(pTwins.begin(), pTwins.end(), std::greater<>());
-        pTwins.back().first = lPlace;
-        std::push_heap(pTwins.begin(), pTwins.end(), std::greater<>());
+        std::pop_heap(pDuplicates.begin(), pDuplicates.end(), std::greater<>());
+        pDuplicates.back().first = lOrder;
+        std::push_heap(pDuplicates.begin(), pDuplicates.end(), std::greater<>());
     }
 }
 
-/// The first of bones below the same child of the root: walks up from each until a path is met that was walked before, then down the first
+/// The first in pre-order of bones below the same root child: walks up from each until it meets an earlier path, then down the first
 /// branches.
 int KQexAsfNameIndex::FirstInPreOrder(const std::vector<int>& pBones)
 {
-    const int lTop = TopOf(pBones.front());
+    const int lTop = FindTop(pBones.front());
     ++mSearches;
     for (int lChild : pBones)
     {
-        At(lChild).mSought = mSearches;
+        At(lChild).mTargetSearch = mSearches;
         for (bool lIsNew = true; lIsNew && lChild != lTop; lChild = At(lChild).mParent)
         {
             KBone& lParent = At(At(lChild).mParent);
-            lIsNew = lParent.mPassed != mSearches;
-            lParent.mPassed = mSearches;
-            if (lIsNew || At(lChild).mPlace < At(lParent.mFirstChild).mPlace)
+            lIsNew = lParent.mPathSearch != mSearches;
+            lParent.mPathSearch = mSearches;
+            if (lIsNew || At(lChild).mOrder < At(lParent.mFirstChild).mOrder)
             {
                 lParent.mFirstChild = lChild;
             }
         }
     }
     int lFirst = lTop;
-    while (At(lFirst).mSought != mSearches)
+    while (At(lFirst).mTargetSearch != mSearches)
     {
         lFirst = At(lFirst).mFirstChild;
     }
     return lFirst;
 }
 
-/// The child of the root that pBone is or is below. Halves the paths that it takes, so that they stay short.
-int KQexAsfNameIndex::TopOf(int pBone)
+/// The root child that pBone is or is below: union-find with path halving.
+int KQexAsfNameIndex::FindTop(int pBone)
 {
-    while (At(pBone).mUp != pBone)
+    while (At(pBone).mSetParent != pBone)
     {
-        At(pBone).mUp = At(At(pBone).mUp).mUp;
-        pBone = At(pBone).mUp;
+        At(pBone).mSetParent = At(At(pBone).mSetParent).mSetParent;
+        pBone = At(pBone).mSetParent;
     }
     return pBone;
 }
@@ -200,27 +199,27 @@ bool KQexAsfNameIndex::Move(int pBone, int pParent)
     }
     lRoot->mChildBuf.SetAt(lBone.mEntry, nullptr);
     lBone.mEntry = lRoot->mChildBuf.GetCount() - 1;
-    const unsigned lFormerPlace = lBone.mPlace;
-    lBone.mPlace = mNextPlace++;
+    const unsigned lFormerOrder = lBone.mOrder;
+    lBone.mOrder = mNextOrder++;
     lBone.mParent = pParent;
-    lBone.mUp = pParent == 0 ? pBone : TopOf(pParent);
-    if (lBone.mTwins != kNone)
+    lBone.mSetParent = pParent == 0 ? pBone : FindTop(pParent);
+    if (lBone.mDuplicates != kNone)
     {
-        if (PlaceOf(pBone) < lFormerPlace)
+        if (OrderOf(pBone) < lFormerOrder)
         {
-            PushTwins(lBone.mTwins);
+            PushDuplicates(lBone.mDuplicates);
         }
-        KBone& lTop = At(lBone.mUp);
-        lTop.mTwins = lTop.mTwins == kNone ? lBone.mTwins : lTop.mTwins;
-        if (lTop.mTwins != lBone.mTwins)
+        KBone& lTop = At(lBone.mSetParent);
+        lTop.mDuplicates = lTop.mDuplicates == kNone ? lBone.mDuplicates : lTop.mDuplicates;
+        if (lTop.mDuplicates != lBone.mDuplicates)
         {
-            std::swap(At(lTop.mTwins).mNextTwin, At(lBone.mTwins).mNextTwin);
+            std::swap(At(lTop.mDuplicates).mNextDuplicate, At(lBone.mDuplicates).mNextDuplicate);
         }
     }
     return true;
 }
 
-void KQexAsfNameIndex::CloseGaps()
+void KQexAsfNameIndex::RemoveNulls()
 {
     if (!mBones.empty())
     {

@@ -21,7 +21,7 @@ constexpr int kMaxSkinNames = 3;
 bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes, bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
     mQexAsfScene = pQexAsfScene;
-    // Set aside, so that nothing of the file is hung under a root of an earlier one.
+    // Detached, so that the file's bones are not added to the root of an earlier read.
     HKQexAsfNode lFormerRoot = mQexAsfScene->mRoot;
     mQexAsfScene->mRoot = nullptr;
     mLengthDofs.clear();
@@ -53,7 +53,7 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
 
 bool KQexFileAcclaimAsf::ReadSections()
 {
-    // One index for all hierarchy sections: a file may have as many as bones.
+    // One index for all hierarchy sections: a file may have as many sections as bones.
     KQexAsfNameIndex lNameIndex;
     mNameIndex = &lNameIndex;
     FirstLine();
@@ -63,7 +63,7 @@ bool KQexFileAcclaimAsf::ReadSections()
     {
         lOk = ReadSection(Handle(smMain));
     }
-    lNameIndex.CloseGaps();
+    lNameIndex.RemoveNulls();
     mNameIndex = nullptr;
     return lOk && !HasFailed();
 }
@@ -87,7 +87,7 @@ bool KQexFileAcclaimAsf::ReadSection(int pKeyword)
     case eMAIN_HIERARCHY:
         return ReadHierarchy();
     case eMAIN_SKIN:
-        // The names are of no use here, so whatever is wrong with them does not matter.
+        // Skin names are not used, so errors in them are ignored.
         ReadSkin();
         return true;
     default:
@@ -114,7 +114,7 @@ bool KQexFileAcclaimAsf::CheckRoot(const char* pMessage)
     return false;
 }
 
-/// The code of the axis word that comes next. False, with an Error, when there is none.
+/// Reads an axis word into its order code. False, with an Error, when there is none.
 bool KQexFileAcclaimAsf::ReadAxisWord(int& pOrder)
 {
     const int lAxis = Handle(smAxis);
@@ -127,7 +127,7 @@ bool KQexFileAcclaimAsf::ReadAxisWord(int& pOrder)
     return true;
 }
 
-/// A name into pName, which has room for kMaxName + 1 characters.
+/// Reads a name into pName, which has room for kMaxName + 1 characters.
 bool KQexFileAcclaimAsf::ReadNameWord(char* pName)
 {
     bool lCut = false;
@@ -148,7 +148,7 @@ bool KQexFileAcclaimAsf::ReadVersion()
     if (!GetDouble(lVersion, 1.0))
     {
         Warning("Can't read file format version (%s), trying version 1.10\n", static_cast<char*>(*this));
-        // Compared as a double: a version may be any number, and not every one fits an integer.
+        // Compared as a double: the number may not fit an integer.
     }
     else if (std::trunc(100.0 * lVersion) != 110.0)
     {
@@ -170,10 +170,10 @@ bool KQexFileAcclaimAsf::ReadName()
     {
         std::strcpy(mQexAsfScene->mName, "Untitled");
         Warning("Can't read skeleton name, using \"%s\"\n", mQexAsfScene->mName);
-        // Deliberate: although the message names a default, a skeleton without a name is not read.
+        // Deliberate: the message names a default, but a skeleton without a name is not read.
         return false;
     }
-    // Lines behind the name are taken for units; normally the next section follows at once.
+    // Lines after the name are read as units; normally the next section follows at once.
     return ReadUnits();
 }
 
@@ -334,7 +334,7 @@ void KQexFileAcclaimAsf::ReadRootOrder(HKQexAsfNode pNode)
     }
 }
 
-/// Makes pNode, just read, the scene's root.
+/// Makes the new pNode the scene's root.
 void KQexFileAcclaimAsf::StoreRoot(HKQexAsfNode pNode)
 {
     HKQexAsfNode lRoot = mQexAsfScene->mRoot;
@@ -343,8 +343,8 @@ void KQexFileAcclaimAsf::StoreRoot(HKQexAsfNode pNode)
         mQexAsfScene->mRoot = pNode;
         return;
     }
-    // The new root takes over the bones of the old one. Its values move to where the bones are, not the other way: that takes
-    // no time per bone, however many such sections there are, and no memory that could be missing half-way.
+    // The new root takes over the bones of the old one: its values are copied into the old node, so that no bone has to move and no
+    // allocation can fail half-way.
     std::memcpy(lRoot->mName, pNode->mName, sizeof(lRoot->mName));
     std::memcpy(lRoot->mLimitsActive, pNode->mLimitsActive, sizeof(lRoot->mLimitsActive));
     lRoot->mDirectionV = pNode->mDirectionV;

@@ -29,7 +29,7 @@ bool KQexFileAcclaimAsf::ReadBoneData()
             lOk = NextLine();
             break;
         default:
-            // One warning for each misplaced token: the rest of the line is looked at again.
+            // One warning per misplaced token: the loop goes on with the rest of the line.
             Warning("Begin/End keyword expected\n");
             if (!HasToken())
             {
@@ -64,7 +64,7 @@ bool KQexFileAcclaimAsf::ReadBone()
     return false;
 }
 
-/// The lines up to the next "begin" or "end", which stays current.
+/// Reads the lines up to the next "begin" or "end", which stays current.
 bool KQexFileAcclaimAsf::ReadBoneLines(HKQexAsfNode pNode)
 {
     while (NextLine())
@@ -88,7 +88,7 @@ bool KQexFileAcclaimAsf::ReadBoneLine(HKQexAsfNode pNode, int pKeyword)
     switch (pKeyword)
     {
     case eBONE_ID:
-        // Bones are told by their names.
+        // Ids are ignored: bones are identified by name.
         if (!GetInteger(lId))
         {
             Warning("Can't read bone id value\n");
@@ -146,7 +146,7 @@ bool KQexFileAcclaimAsf::ReadBoneDirection(HKQexAsfNode pNode)
         Error("Can't read bone direction\n");
         return false;
     }
-    // A direction of zeros stays: only an exact zero has length zero.
+    // A zero direction is kept; only an exact zero has length zero.
     if (KgeLength(pNode->mDirectionV) > 0.0)
     {
         KgeNorm(pNode->mDirectionV, pNode->mDirectionV);
@@ -161,7 +161,7 @@ bool KQexFileAcclaimAsf::ReadBoneLength(HKQexAsfNode pNode)
         Error("Can't read bone length\n");
         return false;
     }
-    // The division comes first: its rounding is part of every length.
+    // Divide first: the rounding of that division is part of the result.
     if (mQexAsfScene->mLengthUnit > 0.0)
     {
         pNode->mLength = (kCentimetresPerInch / mQexAsfScene->mLengthUnit) * pNode->mLength;
@@ -184,13 +184,13 @@ bool KQexFileAcclaimAsf::ReadBoneDof(HKQexAsfNode pNode)
     bool lWarned = false;
     pNode->mOrderCount = 0;
     mLengthDofs.resize(mFirstLengthDof);
-    int lPlace = 0;
-    for (int lCode = Handle(smDof); lCode != -1; lCode = Handle(smDof), ++lPlace)
+    int lIndex = 0;
+    for (int lCode = Handle(smDof); lCode != -1; lCode = Handle(smDof), ++lIndex)
     {
         if (lCode >= kMaxDofs)
         {
             Warning("Unknown degree of freedom (%s)\n", static_cast<char*>(*this));
-            if (!AddLengthDof(lPlace))
+            if (!AddLengthDof(lIndex))
             {
                 return false;
             }
@@ -208,12 +208,12 @@ bool KQexFileAcclaimAsf::ReadBoneDof(HKQexAsfNode pNode)
     return true;
 }
 
-/// Notes a word "l" of the bone being read; the bone's name may still come.
-bool KQexFileAcclaimAsf::AddLengthDof(int pPlace)
+/// Records an "l" of the bone being read, whose name may still follow.
+bool KQexFileAcclaimAsf::AddLengthDof(int pIndex)
 {
     try
     {
-        mLengthDofs.push_back(KQexAsfLengthDof{std::string(), pPlace});
+        mLengthDofs.push_back(KQexAsfLengthDof{std::string(), pIndex});
         return true;
     }
     catch (const std::exception&)
@@ -226,7 +226,7 @@ bool KQexFileAcclaimAsf::AddLengthDof(int pPlace)
 namespace
 {
 
-/// The limits of the DOF \p pCode: \p pPair is the lower and the upper one. An infinity or NaN is no limit.
+/// Stores the lower and upper limit \p pPair of DOF \p pCode. An infinity or NaN is no limit.
 void StoreLimits(KQexAsfNode& pNode, int pCode, const double* pPair)
 {
     pNode.mLimitsActive[pCode][0] = pPair[0] >= -DBL_MAX;
@@ -249,13 +249,13 @@ bool KQexFileAcclaimAsf::ReadBoneLimits(HKQexAsfNode pNode)
             Error("Can't read dof limits\n");
             return false;
         }
-        // The DOF's code says which row, not its place in the list.
+        // Rows are by DOF code, not by index in the list.
         StoreLimits(*pNode, pNode->mOrderBuf[i], lPair);
     }
     return true;
 }
 
-/// Ends a bone group: the bone goes under the root, where the hierarchy will find it.
+/// Ends a bone group: adds the bone to the root's children; the hierarchy reparents it.
 bool KQexFileAcclaimAsf::AttachBone(HKQexAsfNode pNode)
 {
     const char* lMessage = nullptr;

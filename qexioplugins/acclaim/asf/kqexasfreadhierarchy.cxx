@@ -27,7 +27,7 @@ bool KQexFileAcclaimAsf::ReadHierarchy()
     {
         Error("Out of memory\n");
     }
-    lOwnIndex.CloseGaps();
+    lOwnIndex.RemoveNulls();
     return lOk;
 }
 
@@ -58,7 +58,7 @@ bool KQexFileAcclaimAsf::ReadFamilies(KQexAsfNameIndex& pIndex)
     return true;
 }
 
-/// The lines up to the next "begin" or "end".
+/// Reads the lines up to the next "begin" or "end".
 bool KQexFileAcclaimAsf::ReadFamilyLines(KQexAsfNameIndex& pIndex)
 {
     while (NextLine() && Check(smGroup) == -1)
@@ -79,7 +79,7 @@ bool KQexFileAcclaimAsf::ReadFamily(KQexAsfNameIndex& pIndex)
         Warning("Can't read parent bone name\n");
         return true;
     }
-    // Bones already hang under the root.
+    // Bones are already children of the root.
     if (std::strcmp(lName, kRootName) == 0)
     {
         return true;

@@ -12,7 +12,7 @@ namespace
 /// DOF codes that have a word in the written file; a length DOF has none.
 constexpr int kDofCodes = 6;
 
-/// What every axis is written as: angles are exported as XYZ angles.
+/// Index in smAxis of the order that all axes are written in.
 constexpr int kAxisXyz = 5;
 
 } // namespace
@@ -52,14 +52,14 @@ void KQexFileAcclaimAsf::WriteRoot()
     const KgeRVector lZero;
     Print(0, "%s\n", smMain[4].mStr);
     Print(1, "%s %s\n", smRoot[0].mStr, smAxis[kAxisXyz].mStr);
-    // The blank behind the word and the one before the first channel are both part of the format.
+    // The blank after the word and the one before the first channel are both part of the format.
     Print(1, "%s ", smRoot[1].mStr);
     for (int i = 0; i < lRoot->mOrderCount; ++i)
     {
         WriteDofWord(smOrder, lRoot->mOrderBuf[i]);
     }
     Print(0, "\n");
-    // Deliberately zeros, not the root's own: where the figure stands is told by the motion.
+    // Deliberately zeros, not the root's own: the motion places the figure.
     Print(1, "%s %g %g %g\n", smRoot[2].mStr, lZero.mData[0], lZero.mData[1], lZero.mData[2]);
     Print(1, "%s %g %g %g\n", smRoot[3].mStr, lZero.mData[0], lZero.mData[1], lZero.mData[2]);
 }
@@ -111,7 +111,7 @@ void KQexFileAcclaimAsf::WriteOneBone(HKQexAsfNode pNode, int pIndex)
     Print(1, "%s\n", smGroup[1].mStr);
 }
 
-/// The DOF words and the limits: the first pair directly behind its keyword, each further pair on a line of its own.
+/// Writes the DOF words and the limits: the first pair on the keyword's line, each further pair on its own.
 void KQexFileAcclaimAsf::WriteDofs(HKQexAsfNode pNode)
 {
     Print(2, "%s", smBoneData[5].mStr);

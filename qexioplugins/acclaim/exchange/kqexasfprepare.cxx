@@ -26,7 +26,7 @@ bool EndsIn(const std::string& pText, const std::string& pEnd)
     return pText.size() > pEnd.size() && pText.compare(pText.size() - pEnd.size(), pEnd.size(), pEnd) == 0;
 }
 
-/// A name that is read as one word and as nothing but a name.
+/// Makes a name that is a single token and not a keyword.
 std::string ValidName(const std::string& pName, const char* pIfEmpty)
 {
     std::string lName =
@@ -58,7 +58,7 @@ void CopyName(KQexAsfNode& pBone, const std::string& pName)
     std::snprintf(pBone.mName, sizeof pBone.mName, "%s", pName.c_str());
 }
 
-/// Two rotations that are one after another in one rest pose are not in another: seen from there, what they make takes a third.
+/// Two rotation DOFs that suffice in one rest pose do not in another: relative to that, their rotations need a third.
 void AddThirdRotation(KQexAsfNode& pBone)
 {
     bool lHas[eDOF_COUNT] = {};
@@ -80,54 +80,54 @@ KQexAsfPreparation::KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, co
 {
 }
 
-/// Pairs bones with nodes. Extraction keeps the order of children, and the clean-up only takes some away, so the next node of the
-/// bone's name is the bone's.
+/// Pairs bones with nodes. Extraction keeps the order of children and the clean-up only removes some, so a bone's node is the next
+/// sibling of its name.
 void KQexAsfPreparation::FindOrigins()
 {
-    struct KOpen
+    struct KPathBone
     {
         KQexNode* mNode;
-        KQexNode* mNext; ///< Child of mNode that the next bone is looked for from.
+        KQexNode* mNext; ///< Child of mNode at which the search for the next bone starts.
     };
-    std::vector<KOpen> lOpen;
-    KQexAsfWalk        lWalk(mScene->mRoot);
+    std::vector<KPathBone> lPath;
+    KQexAsfWalk            lWalk(mScene->mRoot);
     while (HKQexAsfNode lBone = lWalk.Next())
     {
         if (!lWalk.IsEntering())
         {
-            lOpen.pop_back();
+            lPath.pop_back();
             continue;
         }
-        if (lOpen.empty())
+        if (lPath.empty())
         {
             mOrigins.push_back(KQexAsfOrigin{lBone, mRoot});
-            lOpen.push_back(KOpen{mRoot, mRoot->GetFirstChild()});
+            lPath.push_back(KPathBone{mRoot, mRoot->GetFirstChild()});
             continue;
         }
         if (lBone->mOrderCount == 0)
         {
-            // Put in front of a child of the same node: the child is looked for where this one stands.
+            // A dummy: its child's node is one of the same siblings.
             mOrigins.push_back(KQexAsfOrigin{lBone, nullptr});
-            lOpen.push_back(lOpen.back());
+            lPath.push_back(lPath.back());
             continue;
         }
-        KOpen& lAbove = lOpen.back();
-        while (lAbove.mNext != nullptr && BareName(lAbove.mNext).compare(0, sizeof lBone->mName - 1, lBone->mName) != 0)
+        KPathBone& lParent = lPath.back();
+        while (lParent.mNext != nullptr && BareName(lParent.mNext).compare(0, sizeof lBone->mName - 1, lBone->mName) != 0)
         {
-            lAbove.mNext = lAbove.mNext->GetNextSibling();
+            lParent.mNext = lParent.mNext->GetNextSibling();
         }
-        KQexNode* lNode = lAbove.mNext;
+        KQexNode* lNode = lParent.mNext;
         mOrigins.push_back(KQexAsfOrigin{lBone, lNode});
         if (lNode != nullptr)
         {
-            lAbove.mNext = lNode->GetNextSibling();
+            lParent.mNext = lNode->GetNextSibling();
         }
-        lOpen.push_back(KOpen{lNode, lNode != nullptr ? lNode->GetFirstChild() : nullptr});
+        lPath.push_back(KPathBone{lNode, lNode != nullptr ? lNode->GetFirstChild() : nullptr});
     }
 }
 
-/// End markers give their parents' bones a length and are meant to go; any other leaf is a loss.
-void KQexAsfPreparation::TellDroppedLeaves()
+/// End nodes became the length of their parents' bones; any other removed leaf is a loss.
+void KQexAsfPreparation::WarnDroppedLeaves()
 {
     std::unordered_map<const KQexNode*, bool> lKept;
     for (const KQexAsfOrigin& lOrigin : mOrigins)
@@ -148,7 +148,7 @@ void KQexAsfPreparation::TellDroppedLeaves()
     }
 }
 
-void KQexAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
+void KQexAsfPreparation::RenameBone(HKQexAsfNode pBone, const std::string& pName)
 {
     if (pName != pBone->mName)
     {
@@ -157,18 +157,18 @@ void KQexAsfPreparation::NameBone(HKQexAsfNode pBone, const std::string& pName)
     }
 }
 
-/// Bones keep their names before those that extraction made up do.
+/// Original names win over generated ones.
 void KQexAsfPreparation::MakeNamesValid()
 {
     KQexUniqueNames lNames(kMaxName);
     lNames.Make("root");
-    for (const bool lIsMadeUp : {false, true})
+    for (const bool lIsGenerated : {false, true})
     {
         for (size_t i = 1; i < mOrigins.size(); ++i)
         {
-            if ((mOrigins[i].mNode == nullptr) == lIsMadeUp)
+            if ((mOrigins[i].mNode == nullptr) == lIsGenerated)
             {
-                NameBone(mOrigins[i].mBone, lNames.Make(ValidName(mOrigins[i].mBone->mName, "bone")));
+                RenameBone(mOrigins[i].mBone, lNames.Make(ValidName(mOrigins[i].mBone->mName, "bone")));
             }
         }
     }
@@ -181,8 +181,8 @@ void KQexAsfPreparation::MakeNamesValid()
     std::snprintf(mScene->mName, sizeof mScene->mName, "%s", lName.c_str());
 }
 
-/// The root of a file has no length. When all its children start away from it at one place, a bone in front of them reaches there.
-bool KQexAsfPreparation::AddSharedStart()
+/// The root of a file has no length: an offset that all its children share becomes a bone between them.
+bool KQexAsfPreparation::AddSharedOffset()
 {
     HKQexAsfNode lRoot = mScene->mRoot;
     const int    lCount = lRoot->mChildBuf.GetCount();
@@ -190,36 +190,36 @@ bool KQexAsfPreparation::AddSharedStart()
     {
         return true;
     }
-    HKQexAsfNode lStart = QexSdkNew<KQexAsfNode>();
-    if (lStart == nullptr)
+    HKQexAsfNode lOffsetBone = QexSdkNew<KQexAsfNode>();
+    if (lOffsetBone == nullptr)
     {
         return false;
     }
-    CopyName(*lStart, lRoot->mChildBuf[0]->mName + std::string(kDummy));
-    KgeSet(lStart->mDirectionV, lRoot->mDirectionV);
-    lStart->mLength = lRoot->mLength;
+    CopyName(*lOffsetBone, lRoot->mChildBuf[0]->mName + std::string(kDummy));
+    KgeSet(lOffsetBone->mDirectionV, lRoot->mDirectionV);
+    lOffsetBone->mLength = lRoot->mLength;
     lRoot->mLength = 0.0;
     for (int i = 0; i < lCount; ++i)
     {
-        if (!lStart->AddChild(lRoot->mChildBuf[i]))
+        if (!lOffsetBone->AddChild(lRoot->mChildBuf[i]))
         {
-            // The bones stay the root's; the new one lets go of those it has.
-            lStart->mChildBuf.Clear();
-            QexSdkDelete(lStart);
+            // The root still owns the bones.
+            lOffsetBone->mChildBuf.Clear();
+            QexSdkDelete(lOffsetBone);
             return false;
         }
     }
     lRoot->mChildBuf.Clear();
-    if (!lRoot->AddChild(lStart))
+    if (!lRoot->AddChild(lOffsetBone))
     {
-        QexSdkDelete(lStart);
+        QexSdkDelete(lOffsetBone);
         return false;
     }
-    mOrigins.insert(mOrigins.begin() + 1, KQexAsfOrigin{lStart, nullptr});
+    mOrigins.insert(mOrigins.begin() + 1, KQexAsfOrigin{lOffsetBone, nullptr});
     return true;
 }
 
-/// Whether the node came from a bone that an export once put in front of another: it never moved and has no limits.
+/// Whether the node came from a dummy of an earlier export: it has the name of one and is not animated.
 bool KQexAsfPreparation::IsDummy(const KQexAsfOrigin& pOrigin) const
 {
     const std::string lName = BareName(pOrigin.mNode);
@@ -237,7 +237,7 @@ bool KQexAsfPreparation::IsDummy(const KQexAsfOrigin& pOrigin) const
     return false;
 }
 
-/// Extraction without translations leaves the rotations' limits, z, y and x, in the rows of the translations.
+/// Extraction without translations stores the rotation limits (z, y, x) in the rows of the translations.
 void KQexAsfPreparation::MoveLimits(KQexAsfNode& pBone) const
 {
     if (mHasTranslations)
@@ -283,10 +283,10 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     {
         return;
     }
-    const bool lIsPlaced = mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
-                           (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && LeavesRest(pOrigin.mNode->mLocalTranslation, mLayer));
+    const bool lIsTranslated = mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
+                               (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && LeavesRest(pOrigin.mNode->mLocalTranslation, mLayer));
     MoveLimits(lBone);
-    if (!lIsPlaced && mHasTranslations)
+    if (!lIsTranslated && mHasTranslations)
     {
         std::copy(lBone.mOrderBuf + 3, lBone.mOrderBuf + 6, lBone.mOrderBuf);
         lBone.mOrderCount = 3;
@@ -310,7 +310,7 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     }
 }
 
-/// Extraction writes the unit 1.0.
+/// Extraction gives lengths in the unit 1.0.
 void KQexAsfPreparation::SetUnit(KQexAsfNode& pBone) const
 {
     pBone.mLength *= mOptions.mLengthUnit;
@@ -321,12 +321,11 @@ bool KQexAsfPreparation::Run()
     try
     {
         FindOrigins();
-        TellDroppedLeaves();
+        WarnDroppedLeaves();
         if (mOptions.mServe)
         {
-            // Known by its own name: the made-up bone below the root has none to be looked up by.
             std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
-            if (!AddSharedStart())
+            if (!AddSharedOffset())
             {
                 return false;
             }

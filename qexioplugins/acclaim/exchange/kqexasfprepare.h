@@ -9,36 +9,36 @@
 namespace qexsdk
 {
 
-/// A bone of an extracted skeleton and the host node that it was made for; null for a bone that extraction put in front of another.
+/// A bone of an extracted skeleton and the host node that it was made for.
 struct KQexAsfOrigin
 {
     HKQexAsfNode mBone; ///< The bone; the skeleton owns it.
-    KQexNode*    mNode; ///< The node it was made for, or null; the host scene owns it.
+    KQexNode*    mNode; ///< The node, owned by the host scene; null for a generated bone (a dummy).
 };
 
-/// Makes an extracted skeleton ready to be written: see KQexExportAcclaimOptions::mServe. All steps change the model only.
+/// Adapts an extracted skeleton for the file: see KQexExportAcclaimOptions::mServe. Changes the model only.
 class KQexAsfPreparation
 {
 public:
-    /// \p pScene was extracted from the tree at \p pRoot with \p pHasTranslations for extraction's flag.
+    /// \p pScene was extracted from the tree at \p pRoot, with the flag \p pHasTranslations for translation DOFs.
     KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer, const KQexExportAcclaimOptions& pOptions,
                        bool pHasTranslations);
 
-    /// Runs all steps. False when memory runs out; the model is then unspecified, and still releases all it holds.
+    /// Runs all steps. False when memory runs out; the model is then unspecified, but can be destroyed without leaks.
     bool Run();
 
     /// All bones with their nodes, in pre-order, the root first.
     const std::vector<KQexAsfOrigin>& GetOrigins() const { return mOrigins; }
 
-    /// What the user should know, one text each.
+    /// Warnings for the user, one text each.
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
 
 private:
     void FindOrigins();
-    void TellDroppedLeaves();
+    void WarnDroppedLeaves();
     void MakeNamesValid();
-    void NameBone(HKQexAsfNode pBone, const std::string& pName);
-    bool AddSharedStart();
+    void RenameBone(HKQexAsfNode pBone, const std::string& pName);
+    bool AddSharedOffset();
     void SetDofs(const KQexAsfOrigin& pOrigin);
     void SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const;
     void MoveLimits(KQexAsfNode& pBone) const;

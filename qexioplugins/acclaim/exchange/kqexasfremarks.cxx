@@ -24,8 +24,8 @@ bool IsZero(const KgeTVector& pVector)
     return pVector[0] == 0.0 && pVector[1] == 0.0 && pVector[2] == 0.0;
 }
 
-/// The reader gives four of the six axis words the rotation of another one's letters.
-bool HasOddAxisWord(const KQexAsfNode& pBone)
+/// Whether the bone's axis word is one of the four that get the order of another word (see kAxisCodes), and matters.
+bool HasSwappedAxisWord(const KQexAsfNode& pBone)
 {
     const int lOrder = pBone.mOrientationOrder;
     return (lOrder == 2 || lOrder == 4 || lOrder == 6 || lOrder == 8) && !IsZero(pBone.mOrientationV);
@@ -47,12 +47,12 @@ bool RepeatsRotationAxis(const KQexAsfNode& pBone)
 }
 
 /// One warning for all bones of a kind, naming the first.
-class KRemark
+class KBoneWarning
 {
 public:
-    explicit KRemark(const char* pText) : mText(pText) {}
+    explicit KBoneWarning(const char* pText) : mText(pText) {}
 
-    void Note(const KQexAsfNode& pBone)
+    void AddBone(const KQexAsfNode& pBone)
     {
         if (mFirst.empty())
         {
@@ -61,14 +61,14 @@ public:
         ++mCount;
     }
 
-    void AppendTo(std::vector<KQexTextMessage>& pRemarks) const
+    void AppendTo(std::vector<KQexTextMessage>& pWarnings) const
     {
         if (mCount == 0)
         {
             return;
         }
         const std::string lOthers = mCount > 1 ? " and " + std::to_string(mCount - 1) + " more" : "";
-        pRemarks.push_back({KQexTextMessage::eWARNING, 0, mText + (" (" + mFirst + lOthers + ")")});
+        pWarnings.push_back({KQexTextMessage::eWARNING, 0, mText + (" (" + mFirst + lOthers + ")")});
     }
 
 private:
@@ -81,7 +81,7 @@ private:
 std::string_view SectionOf(const KLineReader& pLines)
 {
     std::string_view       lText(pLines.GetLine(), pLines.GetLength());
-    const std::string_view lToken = TakeAmcToken(lText);
+    const std::string_view lToken = NextAmcToken(lText);
     return !lToken.empty() && lToken.front() == ':' ? lToken : std::string_view();
 }
 
@@ -91,22 +91,22 @@ bool Open(KLineReader& pLines, const KQexAcclaimSource& pSource)
     {
         return pLines.OpenBuffer(pSource.mData, pSource.mSize);
     }
-    // What standard input gave is gone.
+    // Standard input cannot be read again.
     return pSource.mPath != "-" && pLines.OpenPath(pSource.mPath.c_str());
 }
 
 } // namespace
 
-void RemarkOnSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pRemarks)
+void WarnAboutSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pWarnings)
 {
-    KRemark lRoot("The root's position or orientation is not zero and is carried as it stands, which may not be where it is expected");
-    KRemark lLeaf("A leaf without a degree of freedom is removed and its length lost");
-    KRemark lAxis("An axis word has another rotation than its letters say");
-    KRemark lTwice("A rotation axis is listed twice and its angles are added up by the pre-rotation");
+    KBoneWarning lRoot("The root's position or orientation is not zero and is carried as it stands, which may not be where it is expected");
+    KBoneWarning lLeaf("A leaf without a degree of freedom is removed and its length lost");
+    KBoneWarning lAxis("An axis word has another rotation than its letters say");
+    KBoneWarning lTwice("A rotation axis is listed twice and its angles are added up by the pre-rotation");
 
     if (!IsZero(pAsfScene.mRoot->mPositionV) || !IsZero(pAsfScene.mRoot->mOrientationV))
     {
-        lRoot.Note(*pAsfScene.mRoot);
+        lRoot.AddBone(*pAsfScene.mRoot);
     }
     KQexAsfWalk lWalk(pAsfScene.mRoot);
     while (const HKQexAsfNode lBone = lWalk.Next())
@@ -118,20 +118,20 @@ void RemarkOnSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& p
         if (pOptions.mRemoveDummies && lBone != pAsfScene.mRoot && lBone->mChildBuf.GetCount() == 0 && lBone->mOrderCount == 0 &&
             lBone->mLength > 0.0)
         {
-            lLeaf.Note(*lBone);
+            lLeaf.AddBone(*lBone);
         }
-        if (HasOddAxisWord(*lBone))
+        if (HasSwappedAxisWord(*lBone))
         {
-            lAxis.Note(*lBone);
+            lAxis.AddBone(*lBone);
         }
         if (pOptions.mSetPreRotation && RepeatsRotationAxis(*lBone))
         {
-            lTwice.Note(*lBone);
+            lTwice.AddBone(*lBone);
         }
     }
-    for (const KRemark* lRemark : {&lRoot, &lLeaf, &lAxis, &lTwice})
+    for (const KBoneWarning* lWarning : {&lRoot, &lLeaf, &lAxis, &lTwice})
     {
-        lRemark->AppendTo(pRemarks);
+        lWarning->AppendTo(pWarnings);
     }
 }
 

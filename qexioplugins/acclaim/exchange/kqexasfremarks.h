@@ -9,12 +9,12 @@
 namespace qexsdk
 {
 
-/// Appends a warning for each kind of thing in a skeleton that an import with these options cannot carry as its users expect.
-/// The skeleton's frames are computed, its dummies not yet removed.
-void RemarkOnSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pRemarks);
+/// Appends a warning for each kind of content that an import with these options loses or changes. The skeleton's frames must be
+/// computed and its dummies not yet removed.
+void WarnAboutSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pWarnings);
 
-/// Why a skeleton file that gave no error could not be read: no root, or a section that the end of the file or a missing value
-/// ended, and where that began. \p pLine is the line at which the reader stopped.
+/// Explains why reading a skeleton failed without an error: no root, or a section cut short by the end of the file or a missing
+/// value, with the line where it begins. \p pLine is the line at which the reader stopped.
 KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLine);
 
 } // namespace qexsdk

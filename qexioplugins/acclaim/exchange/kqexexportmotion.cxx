@@ -49,7 +49,7 @@ KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, K
 namespace
 {
 
-void TakeMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, const std::string& pPath)
+void AddMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, const std::string& pPath)
 {
     for (const KQexTextMessage& lMessage : pFile.GetMessages())
     {
@@ -57,20 +57,21 @@ void TakeMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, c
     }
 }
 
-/// Pairs bones and nodes as KQexAsfScene::MergeQEXToASF does: a bone without a node hands its children to the node above.
+/// Pairs bones and nodes as KQexAsfScene::MergeQEXToASF does: children of a bone without a node are searched below the nearest paired
+/// ancestor's node.
 void MakePairs(const KQexAsfTreeIndex& pNodes, KQexAsfScene* pSkeleton, std::vector<KQexAmcPair>& pPairs,
                std::vector<std::string>& pUnmatched)
 {
-    std::vector<int> lOpen; ///< For each bone on the way down: the number of its node, or of the next one above that has one.
+    std::vector<int> lPath; // For each bone on the current path: the number of its node, else of the nearest ancestor's.
     KQexAsfWalk      lWalk(pSkeleton->mRoot);
     while (HKQexAsfNode lBone = lWalk.Next())
     {
         if (!lWalk.IsEntering())
         {
-            lOpen.pop_back();
+            lPath.pop_back();
             continue;
         }
-        const int lFound = lOpen.empty() ? 0 : pNodes.Find(lBone->mName, lOpen.back());
+        const int lFound = lPath.empty() ? 0 : pNodes.Find(lBone->mName, lPath.back());
         if (lFound >= 0)
         {
             pPairs.push_back(KQexAmcPair{lBone, pNodes.GetNode(lFound)});
@@ -79,7 +80,7 @@ void MakePairs(const KQexAsfTreeIndex& pNodes, KQexAsfScene* pSkeleton, std::vec
         {
             pUnmatched.emplace_back(lBone->mName);
         }
-        lOpen.push_back(lFound >= 0 ? lFound : lOpen.back());
+        lPath.push_back(lFound >= 0 ? lFound : lPath.back());
     }
 }
 
@@ -90,7 +91,7 @@ bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::st
 {
     const bool lIsOpen = pBuffer != nullptr ? pAmc.OpenWriteBuffer(pBuffer) : pAmc.OpenWrite(pPath.c_str());
     const bool lIsWritten = lIsOpen && pAmc.Write(pSkeleton, pPairs, pOptions) && pAmc.GetOutput().Prepare();
-    TakeMessages(pResult, pAmc, pPath);
+    AddMessages(pResult, pAmc, pPath);
     if (!lIsWritten && pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
     {
         FailExport(pResult, pAmc.GetOutput());

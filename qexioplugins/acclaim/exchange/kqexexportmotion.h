@@ -7,20 +7,20 @@
 #include <vector>
 
 /// \file
-/// What the exports of a tree and of a motion alone have in common: failing with a message, and writing the motion.
+/// Shared by the exports of a tree and of a motion alone: reporting errors and writing the motion.
 
 namespace qexsdk
 {
 
-/// Adds an error to the result. Without memory for it the export fails all the same.
-/// \return false
+/// Adds an error to the result, if there is memory for it.
+/// \return false, always
 bool FailExport(KQexExportAcclaimResult& pResult, const std::string& pPath, const char* pText) noexcept;
 
-/// The same for what an output says of itself.
+/// The same with an output's path and reason.
 bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput);
 
-/// Discards a motion's output at its end, unless told otherwise: the file's destructor would complete an output that nobody closed, also
-/// while an exception is on its way.
+/// Discards a motion's output when destroyed, unless Keep(true) was called: the file's destructor would complete an output that was not
+/// closed, even during an exception.
 class KQexDiscardGuard
 {
 public:
@@ -35,7 +35,7 @@ public:
     KQexDiscardGuard(const KQexDiscardGuard&) = delete;
     KQexDiscardGuard& operator=(const KQexDiscardGuard&) = delete;
 
-    /// The output stays when \p pKeep is true. Gives that back.
+    /// Sets whether the output is kept. \return \p pKeep
     bool Keep(bool pKeep) { return mKeep = pKeep; }
 
 private:
@@ -43,11 +43,11 @@ private:
     bool                mKeep = false;
 };
 
-/// Turns a caller's options into the writer's; wraps the progress call so that a cancel is remembered in \p pResult. Both have to outlive
-/// the writing.
+/// The writer's options for those of an export. A cancel by the progress function is recorded in \p pResult. Both must outlive the
+/// writing.
 KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexAnimStack* pStack, KQexExportAcclaimResult& pResult);
 
-/// Opens and writes a motion, to \p pPath or into \p pBuffer when there is one; a file then only waits for its name.
+/// Opens and writes a motion, to \p pBuffer if not null, else to \p pPath. A file is complete then but keeps its temporary name.
 bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton,
                      const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult);
 

@@ -55,8 +55,8 @@ bool KQexExportRun::NeedsTranslations() const
     return false;
 }
 
-/// Extracts, prepares and formats the skeleton; \p pIsRead: and reads it back for a motion.
-bool KQexExportRun::MakeSkeleton(bool pIsRead)
+/// Extracts, prepares and formats the skeleton; with \p pReadBack also reads it back, for a motion.
+bool KQexExportRun::MakeSkeleton(bool pReadBack)
 {
     const KQexAsfSceneOwner lScene(QexSdkNew<KQexAsfScene>());
     if (!lScene)
@@ -83,7 +83,7 @@ bool KQexExportRun::MakeSkeleton(bool pIsRead)
     {
         mResult.mMessages.push_back(KQexImportMessage{mAsfPath, KQexTextMessage{KQexTextMessage::eWARNING, 0, lWarning}});
     }
-    // What samples into the nodes later needs their curves, not their defaults.
+    // From here on the bones need the curves of the motion's take, not the rest pose.
     lEvaluator->SetContext(mStack);
     for (const KQexAsfOrigin& lOrigin : lPreparation.GetOrigins())
     {
@@ -100,10 +100,10 @@ bool KQexExportRun::MakeSkeleton(bool pIsRead)
     {
         return FailExport(mResult, mAsfPath, "Out of memory");
     }
-    return !pIsRead || ReadBack(lPreparation.GetOrigins());
+    return !pReadBack || ReadBack(lPreparation.GetOrigins());
 }
 
-/// Reads the text as other programs will: motion is made for the bones that they see, with the digits that the text has.
+/// Reads the written text back: the motion is computed for the skeleton that other programs will read, with the digits of the text.
 bool KQexExportRun::ReadBack(const std::vector<KQexAsfOrigin>& pOrigins)
 {
     KQexImportAcclaimResult lResult;

@@ -14,18 +14,18 @@ namespace qexsdk
 class KQexExportRun
 {
 public:
-    /// \p pAsfPath and \p pAmcPath as KQexExporterAcclaim::Export() has them; the others have to outlive this.
+    /// \p pAsfPath and \p pAmcPath as for KQexExporterAcclaim::Export(); the other arguments must outlive this.
     KQexExportRun(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                   KQexExportAcclaimResult& pResult);
 
-    /// Into the two files.
+    /// Exports to the two files.
     bool Run();
 
-    /// Into memory; \p pAmc null: the skeleton alone.
+    /// Exports to memory; \p pAmc null: the skeleton alone.
     bool Run(std::string& pAsf, std::string* pAmc);
 
 private:
-    bool                 MakeSkeleton(bool pIsRead);
+    bool                 MakeSkeleton(bool pReadBack);
     bool                 ReadBack(const std::vector<KQexAsfOrigin>& pOrigins);
     bool                 WriteSkeleton();
     bool                 WriteMotion(const std::string& pPath, std::string* pBuffer);
@@ -40,7 +40,7 @@ private:
     KQexExportAcclaimResult&        mResult;
     KQexAnimStack*                  mStack;
     std::string                     mText;     ///< The skeleton file.
-    KQexAsfSceneOwner               mReadBack; ///< The skeleton as every reader of that text will see it.
+    KQexAsfSceneOwner               mReadBack; ///< The skeleton read back from mText.
     std::vector<KQexAmcPair>        mPairs;
     KOutputFile                     mAsf;
     KQexFileAcclaimAmc              mAmc;

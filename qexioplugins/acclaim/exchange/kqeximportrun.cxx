@@ -20,7 +20,7 @@ bool Open(KQexTextFile& pFile, const KQexAcclaimSource& pSource)
     return pSource.mData != nullptr ? pFile.OpenReadBuffer(pSource.mData, pSource.mSize) : pFile.OpenRead(pSource.mPath.c_str());
 }
 
-/// At its end the bones from the root on own no curves.
+/// Destroys the curves of all bones from mRoot on when it goes out of scope.
 struct KCurveGuard
 {
     HKQexAsfNode mRoot;
@@ -28,10 +28,10 @@ struct KCurveGuard
     ~KCurveGuard() { KQexAsfCurves::Destroy(mRoot); }
 };
 
-/// Hands the bones' curves to the nodes that were just made of them: the trees are the same but for the end nodes.
-void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
+/// Connects the bones' curves to the nodes just built from them: the trees are equal except for end nodes.
+void ConnectCurves(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
 {
-    std::vector<KQexNode*> lNext; ///< For each bone on the way down: the node of its next child.
+    std::vector<KQexNode*> lNext; // For each bone on the current path: the node of its next child.
     KQexAsfWalk            lWalk(pRoot);
     while (const HKQexAsfNode lBone = lWalk.Next())
     {
@@ -51,7 +51,7 @@ void HandOver(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
     }
 }
 
-/// Whether the node to merge at is itself the skeleton's root; the search for that looks only below a node.
+/// Whether the node to merge at is itself the skeleton's root; FindChild() searches only below a node.
 bool IsRootNode(const KQexAsfScene& pAsfScene, const KQexNode& pNode)
 {
     return pNode.GetParent() != nullptr && pNode.GetSkeleton() != nullptr && std::strcmp(pNode.GetName(), pAsfScene.mRoot->mName) == 0;
@@ -75,7 +75,7 @@ KQexImportRun::~KQexImportRun()
 {
     KFCURVE_SetRotationFilterToApply(mRotationFilterBefore);
     KFCURVE_SetUseConstantKeyReducer(mReducerBefore);
-    // Curves that have an owner go with it, before the undo takes the rest.
+    // Curves that bones own are destroyed through them, before mUndo destroys the rest.
     if (mUndo.IsArmed() && mBorrowedRoot != nullptr)
     {
         KQexAsfCurves::Destroy(mBorrowedRoot);
@@ -90,9 +90,9 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
         throw std::bad_alloc();
     }
     KQexFileAcclaimAsf lFile(mOptions.mVerbose);
-    // Dummies go in a step of their own, so that their names can be noted before.
+    // Dummies are removed in a separate step, after their names are recorded.
     const bool lOk = Open(lFile, pSource) && lFile.Read(lAsfScene.get(), false, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
-    TakeMessages(lFile, pSource.mPath);
+    AddMessages(lFile, pSource.mPath);
     if (!lOk)
     {
         if (lFile.GetErrorCount() == 0)
@@ -102,11 +102,11 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
         return nullptr;
     }
 
-    std::vector<KQexTextMessage> lRemarks;
-    RemarkOnSkeleton(*lAsfScene, mOptions, lRemarks);
-    for (KQexTextMessage& lRemark : lRemarks)
+    std::vector<KQexTextMessage> lWarnings;
+    WarnAboutSkeleton(*lAsfScene, mOptions, lWarnings);
+    for (KQexTextMessage& lWarning : lWarnings)
     {
-        mResult.mMessages.push_back({pSource.mPath, std::move(lRemark)});
+        mResult.mMessages.push_back({pSource.mPath, std::move(lWarning)});
     }
     mResult.mSkeletonNotes.mLengthDofs = lFile.GetLengthDofs();
     if (mOptions.mRemoveDummies)
@@ -149,11 +149,11 @@ bool KQexImportRun::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexA
         }
     }
     mCurves.reserve(pSources.size());
-    bool lOk = SayProgress(0.0);
+    bool lOk = ReportProgress(0.0);
     for (size_t i = 0; i < pSources.size() && lOk; ++i)
     {
         lOk = ReadMotion(pAsfScene, pSources[i], i, pSources.size()) &&
-              SayProgress(static_cast<double>(i + 1) / static_cast<double>(pSources.size()));
+              ReportProgress(static_cast<double>(i + 1) / static_cast<double>(pSources.size()));
     }
     return lOk;
 }
@@ -179,9 +179,9 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     lTake.mName = ChooseTakeName(pSource);
     lTake.mPath = pSource.mPath;
     const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, lOptions);
-    // Should memory run out before the curves are taken over: a skeleton of the caller's outlives them.
+    // In case memory runs out before the curves are moved out: a caller's skeleton would keep them.
     const KCurveGuard lGuard{lOk ? pAsfScene.mRoot : nullptr};
-    TakeMessages(lFile, pSource.mPath);
+    AddMessages(lFile, pSource.mPath);
     lTake.mInfo = lFile.GetInfo();
     mResult.mCancelled = mResult.mCancelled || lTake.mInfo.mCancelled;
     if (!lOk)
@@ -190,7 +190,7 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     }
 
     mResult.mTakes.push_back(std::move(lTake));
-    mCurves.emplace_back().TakeFrom(pAsfScene.mRoot);
+    mCurves.emplace_back().MoveFrom(pAsfScene.mRoot);
     return true;
 }
 
@@ -205,18 +205,18 @@ std::string KQexImportRun::ChooseTakeName(const KQexAcclaimSource& pSource) cons
         return mOptions.mTakeName;
     }
 
-    // A name of our own choosing must not lay hands on motion that is there already.
+    // A generated name must not overwrite an existing take.
     const std::string lFileStem = KPathStem(pSource.mPath);
     const std::string lStem = lFileStem.empty() || lFileStem == "-" ? kNamelessTake : lFileStem;
     std::string       lName = lStem;
-    for (int i = 2; IsTaken(lName); ++i)
+    for (int i = 2; IsInUse(lName); ++i)
     {
         lName = lStem + " " + std::to_string(i);
     }
     return lName;
 }
 
-bool KQexImportRun::IsTaken(const std::string& pTakeName) const
+bool KQexImportRun::IsInUse(const std::string& pTakeName) const
 {
     for (const KQexImportedTake& lTake : mResult.mTakes)
     {
@@ -228,7 +228,7 @@ bool KQexImportRun::IsTaken(const std::string& pTakeName) const
     return mScene->FindAnimStack(pTakeName.c_str()) != nullptr;
 }
 
-void KQexImportRun::TakeMessages(const KQexTextFile& pFile, const std::string& pPath)
+void KQexImportRun::AddMessages(const KQexTextFile& pFile, const std::string& pPath)
 {
     for (const KQexTextMessage& lMessage : pFile.GetMessages())
     {
@@ -236,7 +236,7 @@ void KQexImportRun::TakeMessages(const KQexTextFile& pFile, const std::string& p
     }
 }
 
-bool KQexImportRun::SayProgress(double pFraction)
+bool KQexImportRun::ReportProgress(double pFraction)
 {
     if (!mOptions.mProgress || mOptions.mProgress(pFraction))
     {
@@ -259,7 +259,7 @@ bool KQexImportRun::AttachToExisting(KQexAsfScene& pAsfScene)
 
 bool KQexImportRun::Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode)
 {
-    // Curves that found no place are the sign of memory that ran out on the way.
+    // Curves left on the bones mean that memory ran out.
     if (pRootNode == nullptr || KQexAsfCurves::HasAny(pAsfScene.mRoot))
     {
         throw std::bad_alloc();
@@ -275,7 +275,7 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
     const bool         lMoves = !mCurves.empty();
     if (lMoves)
     {
-        mCurves.front().GiveTo(lRoot);
+        mCurves.front().MoveTo(lRoot);
     }
     const char* lFirstTake = lMoves ? mResult.mTakes.front().mName.c_str() : "";
     KQexNode* lNode = pAsfScene.ASFToQEX(mScene, lFirstTake, mOptions.mSetLimits, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
@@ -291,8 +291,8 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
         {
             return nullptr;
         }
-        mCurves[i].GiveTo(lRoot);
-        HandOver(lRoot, lNode, mResult.mTakes[i].mName.c_str());
+        mCurves[i].MoveTo(lRoot);
+        ConnectCurves(lRoot, lNode, mResult.mTakes[i].mName.c_str());
     }
     return lNode;
 }
@@ -309,7 +309,7 @@ KQexNode* KQexImportRun::Bind(KQexAsfScene& pAsfScene, KQexNode* pBelow)
         {
             return nullptr;
         }
-        mCurves[i].GiveTo(pAsfScene.mRoot);
+        mCurves[i].MoveTo(pAsfScene.mRoot);
         if (!BindTake(pAsfScene, pBelow, mResult.mTakes[i].mName.c_str()))
         {
             return nullptr;

@@ -11,39 +11,39 @@
 namespace qexsdk
 {
 
-/// The steps of one import, done under the importer's lock. Until Attach() everything happens apart from the host scene's tree and
-/// takes: a step that fails leaves no trace there. What memory ran out on while attaching is taken back at the end of this object.
+/// The steps of one import, run under the importer's lock. Until Attach() nothing changes in the host scene's tree and takes. Changes of
+/// an Attach() that ran out of memory are undone by the destructor.
 class KQexImportRun
 {
 public:
-    /// The filter settings of the process are the options' until this object goes.
+    /// Sets the process's filter settings to those of the options; the destructor restores them.
     KQexImportRun(KQexScene* pScene, const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult);
     ~KQexImportRun();
     KQexImportRun(const KQexImportRun&) = delete;
     KQexImportRun& operator=(const KQexImportRun&) = delete;
 
-    /// Reads the skeleton, and notes in the result what the model does not keep. Null after an error.
+    /// Reads the skeleton, and records in the result what the model does not keep. Null after an error.
     KQexAsfSceneOwner ReadSkeleton(const KQexAcclaimSource& pSource);
 
-    /// Samples all motions; their curves wait apart from the bones. On failure all of them are gone again.
+    /// Samples all motions and keeps their curves apart from the bones until Attach(). On failure they are destroyed with this object.
     bool ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexAcclaimSource>& pSources);
 
-    /// Makes the skeleton's nodes, or binds them to the options' merge root, and hands the curves over take by take.
+    /// Builds the skeleton's nodes, or binds it to the options' merge root, and connects the curves take by take.
     bool Attach(KQexAsfScene& pAsfScene);
 
-    /// Hands the curves over to nodes that exist already.
+    /// Connects the curves to existing nodes.
     bool AttachToExisting(KQexAsfScene& pAsfScene);
 
-    /// Adds an error that no file is to blame for. \return false
+    /// Adds an error without a path. \return false
     bool Fail(const char* pText);
 
 private:
     bool        ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount);
     void        RemoveDummies(KQexAsfScene& pAsfScene);
     std::string ChooseTakeName(const KQexAcclaimSource& pSource) const;
-    bool        IsTaken(const std::string& pTakeName) const;
-    void        TakeMessages(const KQexTextFile& pFile, const std::string& pPath);
-    bool        SayProgress(double pFraction);
+    bool        IsInUse(const std::string& pTakeName) const;
+    void        AddMessages(const KQexTextFile& pFile, const std::string& pPath);
+    bool        ReportProgress(double pFraction);
 
     bool      Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode);
     KQexNode* Build(KQexAsfScene& pAsfScene);
@@ -56,7 +56,7 @@ private:
     KQexImportAcclaimResult&        mResult;
     int                             mRotationFilterBefore;
     bool                            mReducerBefore;
-    std::vector<KQexAsfCurves>      mCurves;                 ///< One for each of the result's takes.
+    std::vector<KQexAsfCurves>      mCurves;                 ///< One per take of the result.
     HKQexAsfNode                    mBorrowedRoot = nullptr; ///< Root of a skeleton that outlives the import.
 };
 

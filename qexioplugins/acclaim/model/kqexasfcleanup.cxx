@@ -12,23 +12,23 @@ bool IsDummy(const KQexAsfNode& pNode)
     return pNode.mOrderCount == 0;
 }
 
-/// Takes out null entries in one pass: each by itself would move the tail every time.
-void CloseGaps(KArrayTemplate<KQexAsfNode*>& pChildBuf)
+/// Removes null entries in one pass: one by one, each would move the tail.
+void RemoveNulls(KArrayTemplate<KQexAsfNode*>& pChildBuf)
 {
     pChildBuf.RemoveIf([](const KQexAsfNode* pChild) { return pChild == nullptr; });
 }
 
-/// Folds the dummies below a bone into it, as far down as no other bone is between.
+/// Folds the dummies below a bone into it, down to the first bones that are not dummies.
 ///
-/// Folded one by one from the lowest up, a bone would move once for each dummy above it, which is quadratic where dummies are below dummies.
-/// What that comes to is known: every fold appends a dummy's children to those of its parent, last one first, and a moved bone ends in
-/// the frame of the bone above the topmost dummy, with the offsets of all dummies between added to its own. So each bone moves once.
+/// Folding dummies one by one, bottom-up, would move a bone once per dummy above it: quadratic for chains of dummies. The result is
+/// known in advance: every fold appends a dummy's children to those of its parent, last one first, and a moved bone ends in the frame
+/// of the bone above the topmost dummy, with the offsets of all dummies in between added to its own. So each bone moves once.
 class KDummyFold
 {
 public:
     KDummyFold(KQexAsfNode& pNode, KQexFrameFlags pFlags) : mNode(pNode), mFlags(pFlags), mWalk(&pNode, KQexAsfWalk::eALTERNATING) {}
 
-    /// Folds. False, with nothing changed, when there is no memory for the bones that move.
+    /// False, with nothing changed, when memory runs out.
     bool Fold()
     {
         if (!mNode.mChildBuf.Reserve(mNode.mChildBuf.GetCount() + CountMoved()))
@@ -54,7 +54,7 @@ public:
                 Leave(*lNode);
             }
         }
-        CloseGaps(mNode.mChildBuf);
+        RemoveNulls(mNode.mChildBuf);
         return true;
     }
 
@@ -69,19 +69,19 @@ private:
             {
                 continue;
             }
-            lCount += lWalk.GetAbove() == &mNode ? 0 : 1;
+            lCount += lWalk.GetParent() == &mNode ? 0 : 1;
             lWalk.SkipChildren();
         }
         return lCount;
     }
 
-    /// The child lists turn round once for each dummy above them. In the order that results, a list's own bones come first where it is
-    /// walked from the last to the first, and behind what its dummies hold where it is walked forward.
+    /// A child list is reversed once per dummy above it. In the resulting order, a list's own bones come before those below its dummies
+    /// when it is walked backward, and after them when it is walked forward.
     void Enter(KQexAsfNode& pDummy)
     {
-        if (const KQexAsfNode* lAbove = mWalk.GetAbove(); lAbove != &mNode)
+        if (const KQexAsfNode* lParent = mWalk.GetParent(); lParent != &mNode)
         {
-            AddParentFrame(pDummy, *lAbove);
+            AddParentFrame(pDummy, *lParent);
         }
         if (!mWalk.IsForward())
         {
@@ -132,7 +132,7 @@ private:
 
 bool IsEndSite(const KQexAsfNode& pNode)
 {
-    // The length is compared exactly: a bone that has any length is kept.
+    // Compared exactly: a bone of any length is kept.
     return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode != nullptr && pNode.mLTNode->IsAnimated(true)) &&
            !(pNode.mLRNode != nullptr && pNode.mLRNode->IsAnimated(true));
 }
@@ -149,7 +149,7 @@ void RemoveEndSiteChildren(KQexAsfNode& pNode)
         pNode.mChildBuf.SetAt(lIter, nullptr);
         QexSdkDelete(lChild);
     }
-    CloseGaps(pNode.mChildBuf);
+    RemoveNulls(pNode.mChildBuf);
 }
 
 } // namespace
@@ -170,8 +170,8 @@ bool KQexAsfNode::RemoveDummy(bool pSetRotatePivotOffet, bool pSetPreRotation)
 
 void KQexAsfNode::RemoveEndSite()
 {
-    // The children are judged before the walk goes into them, deliberately: a bone that becomes a leaf in this call is kept, so
-    // that one call takes off one level.
+    // Deliberate: children are tested before the walk enters them, so a bone that becomes a leaf in this call is kept and one call
+    // removes one level.
     KQexAsfWalk lWalk(this, KQexAsfWalk::eLAST_TO_FIRST);
     while (HKQexAsfNode lNode = lWalk.Next())
     {

@@ -5,17 +5,17 @@
 #include <cstring>
 
 /// \file
-/// What skeletons and motion have in common: sizes of names and lists, the unit of lengths, the root's name.
+/// Constants of skeletons and motion: sizes of names and lists, the unit of lengths, the root's name.
 
 namespace qexsdk
 {
 
-/// Characters kept of a name.
+/// Most characters of a name.
 inline constexpr int kMaxName = 50;
-/// Degrees of freedom kept of a bone.
+/// Most degrees of freedom of a bone.
 inline constexpr int kMaxDofs = 6;
 
-/// Centimetres of a length of 1 in a file whose length unit is 1. In general they are this over the length unit.
+/// Centimetres per unit of length in a file whose length unit is 1; in general, this divided by the length unit.
 inline constexpr double kCentimetresPerInch = 2.54;
 
 /// The name that the root has in the model and in hierarchies; no bone may have it.

@@ -40,7 +40,7 @@ KQexAsfCurves::~KQexAsfCurves()
     DestroyAll(mCurves.data(), mCurves.data() + mCurves.size());
 }
 
-void KQexAsfCurves::TakeFrom(HKQexAsfNode pRoot)
+void KQexAsfCurves::MoveFrom(HKQexAsfNode pRoot)
 {
     size_t      lBones = 0;
     KQexAsfWalk lCount(pRoot);
@@ -60,7 +60,7 @@ void KQexAsfCurves::TakeFrom(HKQexAsfNode pRoot)
     }
 }
 
-void KQexAsfCurves::GiveTo(HKQexAsfNode pRoot)
+void KQexAsfCurves::MoveTo(HKQexAsfNode pRoot)
 {
     KQexAnimCurve** lNext = mCurves.data();
     KQexAsfWalk     lWalk(pRoot);

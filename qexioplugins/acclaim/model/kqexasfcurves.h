@@ -8,23 +8,23 @@
 namespace qexsdk
 {
 
-/// The sampled curves of one motion, apart from the bones they belong to: so several motions can be read before the first is
-/// handed to host nodes. Owns what it holds.
+/// The sampled curves of one motion, detached from their bones, so that several motions can be read before the first is connected
+/// to host nodes. Owns the curves.
 class KQexAsfCurves
 {
 public:
     KQexAsfCurves() = default;
     ~KQexAsfCurves();
-    /// Takes the curves over.
+    /// Moves the curves.
     KQexAsfCurves(KQexAsfCurves&& pOther) = default;
     KQexAsfCurves(const KQexAsfCurves&) = delete;
     KQexAsfCurves& operator=(const KQexAsfCurves&) = delete;
 
-    /// Takes the curves of \p pRoot and of all bones below it. When memory runs out (std::bad_alloc) the bones keep theirs.
-    void TakeFrom(HKQexAsfNode pRoot);
+    /// Moves the curves out of \p pRoot and all bones below it. When memory runs out (std::bad_alloc) the bones keep theirs.
+    void MoveFrom(HKQexAsfNode pRoot);
 
-    /// Gives them back to the same tree, whose bones own none now.
-    void GiveTo(HKQexAsfNode pRoot);
+    /// Moves them back into the same tree, whose bones must own none.
+    void MoveTo(HKQexAsfNode pRoot);
 
     /// Destroys all curves that \p pRoot and the bones below it own.
     static void Destroy(HKQexAsfNode pRoot);
@@ -33,7 +33,7 @@ public:
     static bool HasAny(HKQexAsfNode pRoot);
 
 private:
-    std::vector<KQexAnimCurve*> mCurves; ///< Six a bone in pre-order: translation x, y, z, rotation x, y, z; null where there is none.
+    std::vector<KQexAnimCurve*> mCurves; ///< Six per bone in pre-order: translation x, y, z, rotation x, y, z; null where there is none.
 };
 
 } // namespace qexsdk

@@ -7,7 +7,7 @@ namespace qexsdk
 namespace
 {
 
-/// Both quantities are carried by the host node's offsets. The parent's axis fields stay as they were, deliberately: with both
+/// The host node's rotation offset and pre-rotation replace mLT and mLR. Deliberate: the parent's axis fields are unchanged; with both
 /// flags set nothing reads them.
 void SetupCarriedByHost(KQexAsfNode& pNode)
 {
@@ -33,7 +33,7 @@ void SetupChild(KQexAsfNode& pNode, const KQexAsfNode& pParent, KQexFrameFlags p
     SetLocals(pNode, pFlags);
 }
 
-/// The root's position is the one read from the file; it is not its direction times its length, deliberately.
+/// Deliberate: the root's position is the one read from the file, not its direction times its length.
 void SetupRoot(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (!pFlags.mSetRotatePivotOffet)
@@ -66,7 +66,7 @@ void SetupFrame(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 
 void KQexAsfNode::SetupPosition(bool pSetRotatePivotOffet, bool pSetPreRotation)
 {
-    // Pre-order: a bone reads its parent's end, which has to be there.
+    // Pre-order: a bone reads its parent's mPositionV.
     KQexAsfWalk lWalk(this);
     while (HKQexAsfNode lNode = lWalk.Next())
     {

@@ -10,11 +10,11 @@ namespace qexsdk
 /// The two frame flags (see KQexAsfNode) as one value.
 struct KQexFrameFlags
 {
-    bool mSetRotatePivotOffet = false; ///< The bone's offset is carried by the host node's rotation offset.
-    bool mSetPreRotation = false;      ///< The bone's axis frame is carried by the host node's pre-rotation.
+    bool mSetRotatePivotOffet = false; ///< The bone's offset is in the host node's rotation offset.
+    bool mSetPreRotation = false;      ///< The bone's axis frame is in the host node's pre-rotation.
 };
 
-/// The axis frame of the bone, from the angles and the order of its axis line.
+/// Computes the bone's axis frame from the angles and the order of its axis line.
 inline void SetAxisFrame(KQexAsfNode* pNode)
 {
     KgeSet(pNode->mAxisRM, pNode->mOrientationV, pNode->mOrientationOrder);
@@ -22,7 +22,7 @@ inline void SetAxisFrame(KQexAsfNode* pNode)
 }
 
 /// Angles of \p pRM about x, y and z, in degrees, for the rotation order that the bone's DOF list implies. The decomposition
-/// gives them in the order of application; they are put in the slots of their axes here, whatever the order.
+/// gives them in the order of application; \p pAngles has them by axis.
 inline void SetAxisAngles(KgeRVector& pAngles, const KgeRMatrix& pRM, const KQexAsfNode& pNode)
 {
     const int  lRotOrder = EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount);
@@ -34,7 +34,7 @@ inline void SetAxisAngles(KgeRVector& pAngles, const KgeRMatrix& pRM, const KQex
     pAngles.mData[lAxis[2]] = lApplied.mData[2];
 }
 
-/// The parent bone's end, in the parent's axis frame: where the child's host node sits.
+/// The parent bone's end in the parent's axis frame: the position of the child's host node.
 inline void SetLocalTranslation(KQexAsfNode& pNode)
 {
     KgeMult(pNode.mLT, pNode.mParentAxisRMInv, pNode.mParentPositionV);
@@ -48,7 +48,7 @@ inline void SetLocalRotation(KQexAsfNode& pNode)
     SetAxisAngles(pNode.mLR, lRM, pNode);
 }
 
-/// Both, as far as the frame flags leave them to the host node's locals.
+/// Those of the two that the frame flags leave to the host node's local transform.
 inline void SetLocals(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (!pFlags.mSetRotatePivotOffet)

@@ -13,15 +13,15 @@ namespace qexsdk
 namespace
 {
 
-constexpr int    kMaxTurns = 10;      ///< Rounds of rounding after which the values are taken as they are.
-constexpr int    kTextDigits = 6;     ///< Digits of a number in the written text.
-constexpr double kAngleScale = 1e6;   ///< Angles keep six decimals: smaller ones are rounding.
-constexpr double kPlaceSteps = 0.125; ///< Steps of a direction's last digit that rounding places takes.
-constexpr double kMostOff = 0.35;     ///< Steps that making it a unit vector may take beside that.
-constexpr double kMostShort = 0.47;   ///< The same for steps ten times as wide.
-constexpr double kPlaceNoise = 1e-6;  ///< Centimetres by which other formats round places.
+constexpr int    kMaxPasses = 10;           ///< Passes of rounding after which the values are accepted as they are.
+constexpr int    kTextDigits = 6;           ///< Digits of a number in the written text.
+constexpr double kAngleScale = 1e6;         ///< Angles keep six decimals: the rest is rounding error.
+constexpr double kPositionSteps = 0.125;    ///< Error by rounded positions, in steps of a direction's last digit.
+constexpr double kMaxUnitError = 0.35;      ///< Steps by which normalising may move a direction in addition.
+constexpr double kMaxShortUnitError = 0.47; ///< The same for steps ten times as large.
+constexpr double kPositionNoise = 1e-6;     ///< Rounding error of positions in other formats, centimetres.
 
-/// \p pValue as the written text holds it, and never a negative zero.
+/// \p pValue rounded as in the written text, and never a negative zero.
 double AsWritten(double pValue)
 {
     char        lText[kNumberBufferSize];
@@ -31,21 +31,21 @@ double AsWritten(double pValue)
     return lValue == 0.0 ? 0.0 : lValue;
 }
 
-/// Rounds to a number of decimals, and to what the text holds.
+/// Rounds to steps of 1 / \p pScale, then as in the written text.
 double Rounded(double pValue, double pScale)
 {
     return AsWritten(std::round(pValue * pScale) / pScale);
 }
 
-/// By how much making \p pDirection a unit vector moves it to or away from \p pFrom, the component that differs most.
-double UnitOff(const double* pDirection, const double* pFrom)
+/// Largest difference of a component between the normalised \p pDirection and \p pFrom.
+double UnitError(const double* pDirection, const double* pFrom)
 {
     double lUnit[3];
     KmVnorm(lUnit, pDirection);
     return kLargest(lUnit[0] - pFrom[0], lUnit[1] - pFrom[1], lUnit[2] - pFrom[2]);
 }
 
-/// The rounding of \p pUnit moved by whole steps.
+/// Rounds \p pUnit, moved by \p pMoves whole steps.
 void RoundComponents(const double* pUnit, const int* pMoves, double pScale, double* pRounded)
 {
     for (int i = 0; i < 3; ++i)
@@ -54,9 +54,9 @@ void RoundComponents(const double* pUnit, const int* pMoves, double pScale, doub
     }
 }
 
-/// Of the roundings next to a direction the nearest that is settled: made a unit vector it moves by \p pMost steps at most, so that it still
-/// rounds to itself. False when there is none.
-bool FindStable(const double* pUnit, double pScale, double pMost, double* pFound)
+/// Of the roundings next to a direction, finds the nearest stable one: normalising moves it by at most \p pMaxSteps steps, so that it
+/// still rounds to itself. False when there is none.
+bool FindStable(const double* pUnit, double pScale, double pMaxSteps, double* pFound)
 {
     double lLeast = std::numeric_limits<double>::infinity();
     for (int lTry = 0; lTry < 27; ++lTry)
@@ -64,9 +64,9 @@ bool FindStable(const double* pUnit, double pScale, double pMost, double* pFound
         const int lMoves[3] = {lTry % 3 - 1, lTry / 3 % 3 - 1, lTry / 9 - 1};
         double    lRounded[3];
         RoundComponents(pUnit, lMoves, pScale, lRounded);
-        const double lOff[3] = {lRounded[0] - pUnit[0], lRounded[1] - pUnit[1], lRounded[2] - pUnit[2]};
-        const double lDistance = KmVlength(lOff);
-        if (lDistance < lLeast && UnitOff(lRounded, lRounded) * pScale <= pMost)
+        const double lDifference[3] = {lRounded[0] - pUnit[0], lRounded[1] - pUnit[1], lRounded[2] - pUnit[2]};
+        const double lDistance = KmVlength(lDifference);
+        if (lDistance < lLeast && UnitError(lRounded, lRounded) * pScale <= pMaxSteps)
         {
             lLeast = lDistance;
             KmVset(pFound, lRounded);
@@ -75,13 +75,14 @@ bool FindStable(const double* pUnit, double pScale, double pMost, double* pFound
     return lLeast < std::numeric_limits<double>::infinity();
 }
 
-/// Whether a unit vector comes from a settled direction of steps of 1 / \p pScale, up to \p pMost of them. That is \p pFound then.
-bool IsShort(const double* pUnit, double pScale, double pMost, double* pFound)
+/// Whether a unit vector is a stable direction in steps of 1 / \p pScale, normalised, to within \p pMaxSteps steps. \p pFound receives
+/// that direction.
+bool IsShort(const double* pUnit, double pScale, double pMaxSteps, double* pFound)
 {
     const int lNoMoves[3] = {};
     double    lRounded[3];
     RoundComponents(pUnit, lNoMoves, pScale, lRounded);
-    if (UnitOff(lRounded, pUnit) * pScale > pMost || UnitOff(lRounded, lRounded) * pScale > kMostShort)
+    if (UnitError(lRounded, pUnit) * pScale > pMaxSteps || UnitError(lRounded, lRounded) * pScale > kMaxShortUnitError)
     {
         return false;
     }
@@ -89,25 +90,25 @@ bool IsShort(const double* pUnit, double pScale, double pMost, double* pFound)
     return true;
 }
 
-/// A direction is made a unit vector again when it is read, and other formats round the place it leads to: it is rounded such that
-/// neither changes a digit. A short bone's direction keeps fewer digits, as the places have no more; one digit less is kept where none
-/// of the roundings holds, and then found again by its being that short. So no other direction may look as if it were.
+/// Reading normalises a direction again, and other formats round the position that it leads to: it is rounded such that neither changes
+/// a digit. Short bones keep fewer digits, as their positions have no more. Where no rounding is stable, one digit less is kept; IsShort()
+/// recognises such a direction later, so no other direction may look like one.
 void RoundDirection(KQexAsfNode& pBone, double pLengthUnit)
 {
     const double lLength = pBone.mLength * kCentimetresPerInch / (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch);
-    const double lDecimals = std::floor(-std::log10(4.0 * kPlaceNoise / std::max(lLength, 1e-9)));
+    const double lDecimals = std::floor(-std::log10(4.0 * kPositionNoise / std::max(lLength, 1e-9)));
     const double lScale = std::pow(10.0, std::min(6.0, std::max(2.0, lDecimals)));
     double       lUnit[3];
     double       lFound[3];
     KmVnorm(lUnit, pBone.mDirectionV.mData);
-    if (!IsShort(lUnit, lScale / 10.0, 2.0 * kPlaceSteps / 10.0, lFound))
+    if (!IsShort(lUnit, lScale / 10.0, 2.0 * kPositionSteps / 10.0, lFound))
     {
-        if (FindStable(lUnit, lScale, kMostOff, lFound))
+        if (FindStable(lUnit, lScale, kMaxUnitError, lFound))
         {
             KmVnorm(lUnit, lFound);
-            IsShort(lUnit, lScale / 10.0, 3.0 * kPlaceSteps / 10.0, lFound);
+            IsShort(lUnit, lScale / 10.0, 3.0 * kPositionSteps / 10.0, lFound);
         }
-        else if (!FindStable(lUnit, lScale / 10.0, kMostShort, lFound))
+        else if (!FindStable(lUnit, lScale / 10.0, kMaxShortUnitError, lFound))
         {
             const int lNoMoves[3] = {};
             RoundComponents(lUnit, lNoMoves, lScale, lFound);
@@ -116,20 +117,19 @@ void RoundDirection(KQexAsfNode& pBone, double pLengthUnit)
     pBone.mDirectionV = lFound;
 }
 
-/// A length keeps the digits that places have.
+/// A length keeps the digits that positions have.
 void RoundLength(KQexAsfNode& pBone, double pLengthUnit)
 {
-    const double lNoise = kPlaceNoise * (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch) / kCentimetresPerInch;
+    const double lNoise = kPositionNoise * (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch) / kCentimetresPerInch;
     pBone.mLength = Rounded(pBone.mLength, std::pow(10.0, std::floor(-std::log10(4.0 * lNoise))));
 }
 
-/// Angles are decomposed again when the skeleton has gone through a scene: rounds until that changes no digit. Half a turn is
-/// always written as 180.
+/// Angles are decomposed again after a skeleton went through a scene: rounds until that changes no digit. -180 becomes 180.
 void RoundAxis(KQexAsfNode& pBone)
 {
-    for (int lTurn = 0; lTurn < kMaxTurns; ++lTurn)
+    for (int lPass = 0; lPass < kMaxPasses; ++lPass)
     {
-        bool   lIsStable = lTurn > 0;
+        bool   lIsStable = lPass > 0;
         double lAngles[3];
         KmRtoVord(lAngles, pBone.mAxisRM.mData, 0);
         for (int i = 0; i < 3; ++i)

@@ -6,20 +6,19 @@
 namespace qexsdk
 {
 
-/// A walk over a bone and all below it, without recursion and without memory of its own, so that trees of any depth can be
-/// walked and no walk fails half-way. Every bone comes up twice, when it is entered (before its children) and when it is left
-/// (after them):
+/// Depth-first walk over a bone and all below it, without recursion or allocation, so that it works at any depth and cannot fail.
+/// Every bone is visited twice, when it is entered (before its children) and when it is left (after them):
 ///
 ///     KQexAsfWalk lWalk(pRoot);
 ///     while (HKQexAsfNode lNode = lWalk.Next())
 ///         if (lWalk.IsEntering())
 ///             …
 ///
-/// At its entering a bone may change its own children. At its leaving a bone may be released; the places of its brothers in
-/// their parent's children must not have moved. Null entries are passed over.
+/// A bone's children may be changed when it is entered. A bone may be released when it is left; the indices of its siblings must not
+/// change. Null entries are skipped.
 ///
-/// The way back is kept in the bones. A walk may run inside another one on the same tree when it begins at the bone at which
-/// the outer one stands, or below it.
+/// The path is stored in the bones. A walk may be nested in another one on the same tree when it starts at the outer walk's current
+/// bone or below it.
 class KQexAsfWalk
 {
 public:
@@ -35,10 +34,10 @@ public:
     explicit KQexAsfWalk(HKQexAsfNode pTop, EDirection pDirection = eFIRST_TO_LAST)
         : mTop(pTop),
           mNode(nullptr),
-          mUp(nullptr),
-          mUpIndex(0),
+          mParent(nullptr),
+          mIndex(0),
           mStep(pDirection == eLAST_TO_FIRST ? -1 : 1),
-          mTurn(pDirection == eALTERNATING ? -1 : 1),
+          mStepFactor(pDirection == eALTERNATING ? -1 : 1),
           mEntering(false)
     {
     }
@@ -54,43 +53,43 @@ public:
         {
             return Descend(mNode, mStep > 0 ? 0 : mNode->mChildBuf.GetCount() - 1);
         }
-        if (!mUp)
+        if (!mParent)
         {
             return nullptr;
         }
-        return Descend(mUp, mUpIndex + mStep);
+        return Descend(mParent, mIndex + mStep);
     }
 
     /// Whether the bone that Next() gave is being entered; else it is being left.
     bool IsEntering() const { return mEntering; }
 
     /// Whether the children of the bone that Next() gave are visited in index order.
-    bool IsForward() const { return mStep * (mEntering ? 1 : mTurn) > 0; }
+    bool IsForward() const { return mStep * (mEntering ? 1 : mStepFactor) > 0; }
 
-    /// The bone that the walk came from to the one that Next() gave; null at the top.
-    HKQexAsfNode GetAbove() const { return !mEntering ? mUp : mNode == mTop ? nullptr : mNode->mWalkParent; }
+    /// The parent, in this walk, of the bone that Next() gave; null at the top.
+    HKQexAsfNode GetParent() const { return !mEntering ? mParent : mNode == mTop ? nullptr : mNode->mWalkParent; }
 
-    /// At the leaving of a bone that is released: makes its entry among its parent's children null. Not for the top.
-    void ClearEntry() { mUp->mChildBuf.SetAt(mUpIndex, nullptr); }
+    /// For a bone that was left and will be released: sets its entry in its parent's children to null. Not for the top.
+    void ClearEntry() { mParent->mChildBuf.SetAt(mIndex, nullptr); }
 
-    /// At the entering of a bone: goes on behind it. Its children do not come up, and neither does its leaving.
+    /// For a bone that was entered: skips its children and its leaving.
     void SkipChildren() { Leave(mNode); }
 
 private:
     HKQexAsfNode Enter(HKQexAsfNode pNode)
     {
         mEntering = true;
-        mStep *= mTurn;
+        mStep *= mStepFactor;
         return mNode = pNode;
     }
 
     HKQexAsfNode Leave(HKQexAsfNode pNode)
     {
-        // The way up is taken out of the bone now: after this the caller may release it.
+        // Copied now: the caller may release the bone after this.
         mEntering = false;
-        mStep *= mTurn;
-        mUp = pNode == mTop ? nullptr : pNode->mWalkParent;
-        mUpIndex = pNode->mWalkIndex;
+        mStep *= mStepFactor;
+        mParent = pNode == mTop ? nullptr : pNode->mWalkParent;
+        mIndex = pNode->mWalkIndex;
         return mNode = pNode;
     }
 
@@ -112,10 +111,10 @@ private:
 
     HKQexAsfNode mTop;
     HKQexAsfNode mNode;
-    HKQexAsfNode mUp;
-    int          mUpIndex;
-    int          mStep; ///< Direction among the children of the bone entered, or of the parent of the bone left.
-    int          mTurn; ///< Factor of mStep at every step down or up.
+    HKQexAsfNode mParent;
+    int          mIndex;
+    int          mStep;       ///< Direction among the children of the bone entered, or of the parent of the bone left.
+    int          mStepFactor; ///< Factor applied to mStep at every step down or up.
     bool         mEntering;
 };
 

@@ -11,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-/// A paired bone on the way down, and the number of its host node in the index.
+/// A paired bone on the current path, and the number of its host node in the index.
 struct KPair
 {
     KQexAsfNode* mAsfNode;
@@ -50,7 +50,7 @@ try
             }
             continue;
         }
-        // A bone without a namesake is passed over: its children are searched below the same node and take the same axis.
+        // A bone without a node is skipped: its children are searched below the same node and get the same parent axis.
         const int lNumber = lIndex.Find(lNode->mName, lPath.back().mNumber);
         if (lNumber < 0)
         {

@@ -7,15 +7,14 @@
 /// \file
 /// One frame of a bone: from the values of its DOFs to the local translation and rotation of its host node.
 ///
-/// This is run for every bone of every frame, and its results are those of the general operations (a matrix for every angle, a
-/// product for every step, in the order of the DOF list) to the last bit, the signs of zeros included: where a product is exactly
-/// zero or a plain turn, arc tangents tell the signs of zeros apart. What is left out cannot show: the sines of angles that are a
-/// constant zero, sums with a positive zero where no negative zero can be, and matrices whose angles nobody asks for.
+/// This runs for every bone of every frame. Its results equal those of the general operations (a matrix per angle, a product per step,
+/// in the order of the DOF list) to the last bit, signs of zeros included, as arc tangents depend on them. Only what cannot change the
+/// result is omitted: sines of constant zero angles, adding +0 where -0 cannot occur, and matrices whose angles are not needed.
 
 namespace qexsdk
 {
 
-/// Sum of the angles by axis, in degrees. A frame's sum begins at +0, so that it never is -0 and adding +0 to it changes nothing.
+/// Sum of the angles by axis, in degrees. Sums start at +0, so they are never -0 and adding +0 would change nothing.
 inline KgeRVector SumOfAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
 {
     KgeRVector lR;
@@ -49,8 +48,8 @@ inline void SetAxisRotation(KgeRMatrix& pRM, int pAxis, double pAngle)
     }
 }
 
-/// The angles by axis, in degrees, with the bone's axis frame folded in: the DOFs' rotations one after another, first in the list
-/// first, then the bone's axis, then the inverse of its parent's, taken apart in the order of the list.
+/// The angles by axis, in degrees, with the bone's axis frame folded in: the DOFs' rotations in the order of the list, then the
+/// bone's axis, then the inverse of its parent's, decomposed in the order of the list.
 inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, double pAngleUnit)
 {
     KgeRMatrix lRM;
@@ -72,8 +71,8 @@ inline KgeRVector FoldedAngles(const KQexAsfNode& pNode, const double* pDOF, dou
     return lR;
 }
 
-/// The local translation: the sum of the DOFs' translations, turned from the bone's axis frame into the node's local space; with the
-/// parent bone's end added, unless the node's rotation offset carries that.
+/// The local translation: the sum of the DOFs' translations, rotated from the bone's axis frame into the node's local space, plus the
+/// parent bone's end unless that is in the node's rotation offset.
 inline KgeTVector KeyTranslation(const KQexAsfNode& pNode, const double* pDOF, double pLengthUnit, KQexFrameFlags pFlags)
 {
     KgeTVector lT;

@@ -39,8 +39,8 @@ KQexVector4 LocalScale(const KQexNode& pQexNode, const KQexVector4& pBaseScale)
     return lScale;
 }
 
-/// Every bone starts where its parent bone ends, so children that start at different places need a bone each in front of them.
-/// Starts are compared exactly. A single child only needs one below the root, whose own bone has its end at its start.
+/// Every bone starts where its parent bone ends, so children that start at different positions need a dummy each. Starts are compared
+/// exactly. A single child needs one only below the root, whose bone ends where it starts.
 bool MustCreateDummies(KQexNode& pQexNode, bool pIsRoot, bool pExportDefaultsAsBaseTR)
 {
     const int lCount = pQexNode.GetChildCount(false);
@@ -70,7 +70,7 @@ KgeRMatrix RotationXYZ(const KQexVector4& pAngles)
     return KgeRMatrix(lAngles);
 }
 
-/// Pre-rotation, rotation at time zero and inverse post-rotation in one, as XYZ angles.
+/// The product of pre-rotation, rotation at time zero and inverse post-rotation, as XYZ angles.
 KQexVector4 RotationAtZero(KQexNode& pQexNode)
 {
     const KgeRMatrix lPreRM = RotationXYZ(pQexNode.GetPreRotation());
@@ -133,8 +133,8 @@ void CopyBounds(KQexAsfNode& pNode, const KQexLimits& pLimits, const int (&pRows
     }
 }
 
-/// Rows are filled one after another, deliberately: without translations the rotations' limits, always as z, y, x, land in the
-/// first three rows, whatever the DOFs are. Who wants them written moves them to the rows of their codes.
+/// Deliberate: rows are filled consecutively. Without translations the rotation limits, always as z, y, x, go to the first three rows,
+/// whatever the DOFs are. To write them, move them to the rows of their codes.
 void CopyLimitRows(KQexAsfNode& pNode, KQexNode& pQexNode, bool pTAnimated)
 {
     KQexNodeLimits& lNodeLimits = pQexNode.GetLimits();
@@ -147,8 +147,8 @@ void CopyLimitRows(KQexAsfNode& pNode, KQexNode& pQexNode, bool pTAnimated)
     CopyBounds(pNode, lNodeLimits.mRotationLimits, {lLimitCounter + 2, lLimitCounter + 1, lLimitCounter});
 }
 
-/// The bone's frame from its offset and its rotation (XYZ angles) in its parent's frame. The offset is in host centimetres, its
-/// scale that of all nodes above and the bone's own; the length is in the file's unit of pLengthUnit / 2.54.
+/// Computes the bone's frame from its offset and rotation (XYZ angles) in its parent's frame. The offset is in centimetres, before the
+/// accumulated scale pGS of the bone's node and its ancestors; the length is in file units, pLengthUnit / 2.54 per centimetre.
 void SetFrame(KQexAsfNode& pNode, const KQexVector4& pT, const KQexVector4& pR, const KQexVector4& pGS, double pLengthUnit)
 {
     KgeMult(pNode.mAxisRM, pNode.mParentAxisRM, RotationXYZ(pR));
@@ -163,7 +163,7 @@ void SetFrame(KQexAsfNode& pNode, const KQexVector4& pT, const KQexVector4& pR, 
     KgeNorm(pNode.mDirectionV, pNode.mDirectionV);
 }
 
-/// A new bone under pParent, in its frame; null when memory ran out. A name that is too long loses its end, never the suffix.
+/// Creates a bone below pParent; null when memory ran out. A name that is too long is cut before the suffix.
 KQexAsfNode* CreateBone(KQexAsfNode& pParent, const char* pName, const char* pSuffix)
 {
     KQexAsfNode* lNode = QexSdkNew<KQexAsfNode>();
@@ -184,8 +184,8 @@ KQexAsfNode* CreateBone(KQexAsfNode& pParent, const char* pName, const char* pSu
     return lNode;
 }
 
-/// A host node on the way down: the bone made for it, what its children get from it, and which of them comes next.
-struct KPlace
+/// A host node on the current path: its bone, what its children need of it, and the index of the next child.
+struct KPathNode
 {
     KQexNode*    mQexNode;
     KQexAsfNode* mAsfNode;
@@ -194,7 +194,7 @@ struct KPlace
     int          mNext;
 };
 
-/// One extraction: what stays the same all the way down, and the steps for one node.
+/// One extraction: its constants, and the steps for one node.
 struct KExtraction
 {
     KQexAsfNode* mRoot;
@@ -202,54 +202,54 @@ struct KExtraction
     bool         mTAnimated;
     bool         mDefaultsAsBaseTR;
 
-    // The place of a node whose bone exists; completes that bone. A leaf's bone keeps the frame it was made with.
-    KPlace Enter(KQexNode* pQexNode, KQexAsfNode* pAsfNode, const KQexVector4& pBaseScale) const
+    // Opens a node whose bone exists, and completes that bone. A leaf's bone keeps its initial frame.
+    KPathNode Enter(KQexNode* pQexNode, KQexAsfNode* pAsfNode, const KQexVector4& pBaseScale) const
     {
-        KPlace lPlace = {pQexNode, pAsfNode, LocalScale(*pQexNode, pBaseScale), false, 0};
-        lPlace.mDummies = MustCreateDummies(*pQexNode, pAsfNode == mRoot, mDefaultsAsBaseTR);
+        KPathNode lPathNode = {pQexNode, pAsfNode, LocalScale(*pQexNode, pBaseScale), false, 0};
+        lPathNode.mDummies = MustCreateDummies(*pQexNode, pAsfNode == mRoot, mDefaultsAsBaseTR);
         if (pQexNode->GetChildCount(false) > 0)
         {
-            CompleteBone(lPlace);
+            CompleteBone(lPathNode);
         }
-        return lPlace;
+        return lPathNode;
     }
 
-    void CompleteBone(const KPlace& pPlace) const
+    void CompleteBone(const KPathNode& pPathNode) const
     {
-        const bool  lIsRoot = pPlace.mAsfNode == mRoot;
+        const bool  lIsRoot = pPathNode.mAsfNode == mRoot;
         KQexVector4 lT;
         KQexVector4 lR;
-        // With dummies the bone has no length of its own: they reach to the children.
-        if (!pPlace.mDummies)
+        // With dummies the bone has no length: they extend to the children.
+        if (!pPathNode.mDummies)
         {
-            lT = ExportOffset(*pPlace.mQexNode->GetChild(0), mDefaultsAsBaseTR);
+            lT = ExportOffset(*pPathNode.mQexNode->GetChild(0), mDefaultsAsBaseTR);
         }
         if (!lIsRoot)
         {
-            lR = mDefaultsAsBaseTR ? RotationAtZero(*pPlace.mQexNode) : pPlace.mQexNode->GetPreRotation();
+            lR = mDefaultsAsBaseTR ? RotationAtZero(*pPathNode.mQexNode) : pPathNode.mQexNode->GetPreRotation();
         }
-        SetFrame(*pPlace.mAsfNode, lT, lR, pPlace.mScale, mLengthUnit);
+        SetFrame(*pPathNode.mAsfNode, lT, lR, pPathNode.mScale, mLengthUnit);
         if (lIsRoot)
         {
-            // Taken raw: the root's rotation is never folded with the pose at time zero.
-            pPlace.mAsfNode->mPositionV = pPlace.mQexNode->GetRotationOffset();
-            pPlace.mAsfNode->mOrientationV = pPlace.mQexNode->GetPreRotation();
+            // Unchanged values: the root's rotation is never combined with the pose at time zero.
+            pPathNode.mAsfNode->mPositionV = pPathNode.mQexNode->GetRotationOffset();
+            pPathNode.mAsfNode->mOrientationV = pPathNode.mQexNode->GetPreRotation();
         }
     }
 
-    // The bone of a host child, behind its dummy where there is one; null when memory ran out.
-    KQexAsfNode* CreateChild(const KPlace& pPlace, KQexNode& pChild) const
+    // Creates the bone of a host child, below a dummy where needed; null when memory ran out.
+    KQexAsfNode* CreateChild(const KPathNode& pPathNode, KQexNode& pChild) const
     {
         const KString lName = pChild.GetNameWithoutNameSpacePrefix();
-        KQexAsfNode*  lParent = pPlace.mAsfNode;
-        if (pPlace.mDummies)
+        KQexAsfNode*  lParent = pPathNode.mAsfNode;
+        if (pPathNode.mDummies)
         {
             lParent = CreateBone(*lParent, lName, "Dummy");
             if (lParent == nullptr)
             {
                 return nullptr;
             }
-            SetFrame(*lParent, ExportOffset(pChild, mDefaultsAsBaseTR), KQexVector4(), pPlace.mScale, mLengthUnit);
+            SetFrame(*lParent, ExportOffset(pChild, mDefaultsAsBaseTR), KQexVector4(), pPathNode.mScale, mLengthUnit);
         }
         KQexAsfNode* lNode = CreateBone(*lParent, lName, "");
         if (lNode == nullptr)
@@ -288,24 +288,24 @@ bool KQexAsfScene::RecursiveCreate(KQexNode* pQexNode, KQexAsfNode* pAsfNode, bo
 try
 {
     const KExtraction lExtraction = {mRoot, mLengthUnit, pTAnimated, pExportDefaultsAsBaseTR};
-    // The way down is kept on the heap, so that depth costs no stack.
-    std::vector<KPlace> lPath;
+    // The path is on the heap, so that stack use does not grow with depth.
+    std::vector<KPathNode> lPath;
     lPath.push_back(lExtraction.Enter(pQexNode, pAsfNode, pBaseScale));
     while (!lPath.empty())
     {
-        KPlace&   lPlace = lPath.back();
-        KQexNode* lChild = lPlace.mQexNode->GetChild(lPlace.mNext++);
+        KPathNode& lPathNode = lPath.back();
+        KQexNode*  lChild = lPathNode.mQexNode->GetChild(lPathNode.mNext++);
         if (lChild == nullptr)
         {
             lPath.pop_back();
             continue;
         }
-        KQexAsfNode* lBone = lExtraction.CreateChild(lPlace, *lChild);
+        KQexAsfNode* lBone = lExtraction.CreateChild(lPathNode, *lChild);
         if (lBone == nullptr)
         {
             return false;
         }
-        lPath.push_back(lExtraction.Enter(lChild, lBone, lPlace.mScale));
+        lPath.push_back(lExtraction.Enter(lChild, lBone, lPathNode.mScale));
     }
     return true;
 }

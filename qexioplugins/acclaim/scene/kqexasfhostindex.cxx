@@ -8,27 +8,27 @@ namespace qexsdk
 
 KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, EName pName)
 {
-    std::vector<int> lOpen; // the nodes whose end is not known yet: the last one's ancestors and itself
+    std::vector<int> lPath; // The nodes whose end is not known yet: the last node and its ancestors.
     for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
     {
         const int lNumber = static_cast<int>(mNodes.size());
-        while (!lOpen.empty() && GetNode(lOpen.back()) != lNode->GetParent())
+        while (!lPath.empty() && GetNode(lPath.back()) != lNode->GetParent())
         {
-            mEnds[static_cast<std::size_t>(lOpen.back())] = lNumber;
-            lOpen.pop_back();
+            mEnds[static_cast<std::size_t>(lPath.back())] = lNumber;
+            lPath.pop_back();
         }
-        lOpen.push_back(lNumber);
+        lPath.push_back(lNumber);
         mNodes.push_back(lNode);
         mEnds.push_back(0);
         mNames[pName == eWHOLE ? lNode->GetName() : lNode->GetBareName()].push_back(lNumber);
     }
-    for (int lNumber : lOpen)
+    for (int lNumber : lPath)
     {
         mEnds[static_cast<std::size_t>(lNumber)] = static_cast<int>(mNodes.size());
     }
 }
 
-int KQexAsfTreeIndex::Find(const char* pName, int pWhere) const
+int KQexAsfTreeIndex::Find(const char* pName, int pAncestor) const
 {
     const auto lName = mNames.find(pName);
     if (lName == mNames.end())
@@ -36,13 +36,13 @@ int KQexAsfTreeIndex::Find(const char* pName, int pWhere) const
         return -1;
     }
     const std::vector<int>& lNumbers = lName->second;
-    const auto              lFound = std::upper_bound(lNumbers.begin(), lNumbers.end(), pWhere);
-    return lFound != lNumbers.end() && *lFound < mEnds[static_cast<std::size_t>(pWhere)] ? *lFound : -1;
+    const auto              lFound = std::upper_bound(lNumbers.begin(), lNumbers.end(), pAncestor);
+    return lFound != lNumbers.end() && *lFound < mEnds[static_cast<std::size_t>(pAncestor)] ? *lFound : -1;
 }
 
 KQexNode* KQexAsfChildIndex::Find(const KQexNode& pParent, const char* pName)
 {
-    // Few children are searched faster than indexed.
+    // For few children a linear search is faster.
     if (pParent.GetChildCount(false) <= 16)
     {
         return pParent.FindChild(pName, false, false);

@@ -10,14 +10,14 @@
 #include <vector>
 
 /// \file
-/// Host nodes by name, for those who look up every bone of a skeleton: KQexNode::FindChild goes through the nodes one by one, which
-/// for a wide tree costs the square of its size. The answers are those of FindChild.
+/// Host nodes by name, for looking up every bone of a skeleton: KQexNode::FindChild searches linearly, which makes that quadratic for a
+/// wide tree. The results are those of FindChild.
 
 namespace qexsdk
 {
 
-/// All nodes at and below one, numbered in pre-order (the top is 0), by name. Shows the tree as it was at construction.
-/// Building it may throw std::bad_alloc; looking up does not.
+/// All nodes at and below one, numbered in pre-order (the top is 0), by name. A snapshot of the tree at construction, which may throw
+/// std::bad_alloc; look-ups do not.
 class KQexAsfTreeIndex
 {
 public:
@@ -31,15 +31,15 @@ public:
     /// Indexes the nodes of the tree at \p pTop, itself included; they stay the scene's.
     explicit KQexAsfTreeIndex(KQexNode* pTop, EName pName = eWHOLE);
 
-    /// The first node named \p pName below node number \p pWhere, itself excluded, in pre-order; -1 when there is none. O(log n).
-    int Find(const char* pName, int pWhere) const;
+    /// The first node named \p pName below node number \p pAncestor, itself excluded, in pre-order; -1 when there is none. O(log n).
+    int Find(const char* pName, int pAncestor) const;
 
     /// The node with that number, from 0 in pre-order; the number is trusted.
     KQexNode* GetNode(int pNumber) const { return mNodes[static_cast<std::size_t>(pNumber)]; }
 
 private:
     std::vector<KQexNode*>                                              mNodes;
-    std::vector<int>                                                    mEnds;  ///< By number: the number after the last node below.
+    std::vector<int>                                                    mEnds;  ///< By number: one past the number of the last descendant.
     std::unordered_map<std::string_view, std::vector<int>, KStringHash> mNames; ///< Numbers of the nodes of a name, ascending.
 };
 
@@ -47,14 +47,14 @@ private:
 class KQexAsfChildIndex
 {
 public:
-    /// The first child of \p pParent named \p pName, or null. Without memory for the index it is searched for.
+    /// The first child of \p pParent named \p pName, or null. Searches linearly when memory for the index runs out.
     KQexNode* Find(const KQexNode& pParent, const char* pName);
 
 private:
     struct KChildren
     {
         std::unordered_map<std::string_view, KQexNode*, KStringHash> mFirst;
-        KQexNode*                                                    mLast = nullptr; ///< The last child that is in the index.
+        KQexNode*                                                    mLast = nullptr; ///< The last child in the index.
     };
 
     KQexNode* FindIndexed(const KQexNode& pParent, const char* pName);

@@ -11,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-/// The source that reports of missing curve nodes name, as their readers know it.
+/// Source path in assertions about missing curve nodes; fixed, wherever the code is.
 const char* const kAssertPath = "qexioplugins/acclaim/kqexfileacclaimasf";
 
 bool HasDof(const KQexAsfNode& pNode, bool (*pIsOfGroup)(int))
@@ -38,7 +38,7 @@ void DestroyGroup(KQexAnimCurve* (&pCurves)[3])
     }
 }
 
-/// All three curves of a group or none, so that no half of a motion is taken for the whole.
+/// Creates all three curves of a group or none, so that no partial motion results.
 bool CreateGroup(KQexAnimCurve* (&pCurves)[3], const KQexAsfNode& pNode, const char* const (&pSuffixes)[3])
 {
     for (int lIter = 0; lIter < 3; ++lIter)
@@ -96,8 +96,8 @@ void ReduceKeys(KQexAnimCurve* (&pCurves)[3])
     lFilter.Apply(pCurves, 3);
 }
 
-/// Whether there is a group to filter. Curves that hold a single key are destroyed: they say nothing that the node's
-/// default value does not. Only the first curve is asked.
+/// Whether there is a group to filter. Destroys curves with fewer than two keys: they add nothing to the node's default value. Only
+/// the first curve is checked.
 bool KeepGroup(KQexAnimCurve* (&pCurves)[3])
 {
     if (pCurves[0] == nullptr)
@@ -117,14 +117,14 @@ void FilterRotation(KQexAsfNode& pNode)
     const int lChoice = KFCURVE_GetRotationFilterToApply();
     if (lChoice == 2)
     {
-        // The filter takes the math library's order code, which is not halved as it is for a host node.
+        // The filter takes the math library's order code, which is twice the host's.
         KQexAnimCurveFilterUnroll lFilter;
         lFilter.SetRotationOrder(EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount));
         lFilter.Apply(pNode.mLRData, 3);
     }
     else if (lChoice == 1)
     {
-        // Triples that are equivalent in one order are not in another, so this filter has to know it as well.
+        // Which triples are equivalent depends on the order, so this filter needs it as well.
         KQexAnimCurveFilterGimbleKiller lFilter;
         lFilter.SetRotationOrder(EulerOrderFromOrderBuf(pNode.mOrderBuf, pNode.mOrderCount));
         lFilter.Apply(pNode.mLRData, 3);
@@ -144,8 +144,8 @@ void StopSampling(KQexAsfNode& pNode)
     }
 }
 
-/// False when memory ran out. The curve stays the bone's, and the one there is stays in its place, then and when the curve belongs
-/// to another scene than the node, which is no want of memory.
+/// Connects pCurve to a channel and destroys the channel's old curve. False when memory ran out; the bone then keeps pCurve and the
+/// channel its curve. The same, but true, when pCurve is from another scene than the node.
 bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnimCurve*& pCurve)
 {
     KQexAnimCurve* lOld = pCurveNode.GetCurve(pChannel, 0, nullptr);
@@ -162,7 +162,7 @@ bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnim
     return true;
 }
 
-bool HandOver(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const double* pDefaults)
+bool ConnectGroup(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const double* pDefaults)
 {
     bool lAll = true;
     for (unsigned int lChannel = 0; lChannel < 3; ++lChannel)
@@ -173,8 +173,8 @@ bool HandOver(KQexAnimCurveNode& pCurveNode, KQexAnimCurve* (&pCurves)[3], const
     return lAll;
 }
 
-/// A take without a name has no curve node, and that is no want of memory.
-bool IsTake(const char* pTakeName)
+/// Without a name there is no curve node, which does not mean that memory ran out.
+bool HasTakeName(const char* pTakeName)
 {
     return pTakeName != nullptr && *pTakeName;
 }
@@ -207,14 +207,14 @@ void KQexAsfNode::StartSamplingData()
     KQexAsfWalk lWalk(this);
     while (lWalk.Next())
     {
-        // Nothing has to be prepared in a bone: the curves are new and empty.
+        // Nothing to do: the curves are new and empty.
     }
 }
 
 bool KQexAsfNode::AddSampleFromDOF(const double* pDOF, const KTime& pTime, double pLengthUnit, double pAngleUnit, bool pSetRotatePivotOffet,
                                    bool pSetPreRotation)
 {
-    // What no curve takes is not worked out. Translation and rotation do not touch each other.
+    // Computes only what a curve receives; translation and rotation are independent.
     KQexAnimCurveKey lKey;
     bool             lAll = true;
     if (HasCurve(mLTData))
@@ -250,7 +250,7 @@ bool KQexAsfNode::SetKFCurves(KQexNode* pQexNode, const char* pTakeName)
     {
         KQexAnimCurveNode* lTranslation = pQexNode->mLocalTranslation.GetCurveNode(true, pTakeName);
         QEX_ASSERT(kAssertPath, lTranslation, "lTranslation!=NULL");
-        lAll = lTranslation != nullptr ? HandOver(*lTranslation, mLTData, mLT.mData) : !IsTake(pTakeName);
+        lAll = lTranslation != nullptr ? ConnectGroup(*lTranslation, mLTData, mLT.mData) : !HasTakeName(pTakeName);
     }
 
     pQexNode->mLocalRotation.Set(ToVector3(mLR.mData));
@@ -258,7 +258,7 @@ bool KQexAsfNode::SetKFCurves(KQexNode* pQexNode, const char* pTakeName)
     {
         KQexAnimCurveNode* lRotation = pQexNode->mLocalRotation.GetCurveNode(true, pTakeName);
         QEX_ASSERT(kAssertPath, lRotation, "lRotation!=NULL");
-        lAll = (lRotation != nullptr ? HandOver(*lRotation, mLRData, mLR.mData) : !IsTake(pTakeName)) && lAll;
+        lAll = (lRotation != nullptr ? ConnectGroup(*lRotation, mLRData, mLR.mData) : !HasTakeName(pTakeName)) && lAll;
     }
     return lAll;
 }

@@ -11,7 +11,7 @@ namespace qexsdk
 namespace
 {
 
-/// A bare host node with a skeleton attribute; null when memory ran out.
+/// Creates a host node with a skeleton attribute; null when memory ran out.
 KQexNode* CreateSkeletonNode(KQexScene* pScene, const char* pName)
 {
     KQexNode*     lNode = KQexNode::Create(pScene, pName);
@@ -29,7 +29,7 @@ KQexNode* CreateSkeletonNode(KQexScene* pScene, const char* pName)
     return lNode;
 }
 
-/// The far end of a leaf bone. Nothing moves it, so it gets no curves, no rotation order and no limits.
+/// Adds the end node of a leaf bone. It never moves, so it gets no curves, no rotation order and no limits.
 bool AddEndNode(const KQexAsfNode& pNode, KQexNode& pQexNode, KQexScene* pScene, KQexFrameFlags pFlags)
 {
     char lName[1024];
@@ -102,7 +102,7 @@ void KQexAsfNode::SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pS
     }
     else if (pSetRotatePivotOffet)
     {
-        KgeSet(mParentPositionV, mPositionV); // lasting, deliberately: the root's offset is its own position
+        KgeSet(mParentPositionV, mPositionV); // Deliberately permanent: the root's offset is its own position.
     }
 
     KgeTVector lTOffset;
@@ -113,7 +113,7 @@ void KQexAsfNode::SetDoFs(KQexNode* pQexNode, bool pSetRotatePivotOffet, bool pS
     KgeSet(lPreR, lAxisRM);
 
     pQexNode->SetRotationActive(true);
-    // The host's orders are the math library's codes halved.
+    // The math library's order codes are twice the host's.
     const int lRotOrder = EulerOrderFromOrderBuf(mOrderBuf, mOrderCount);
     pQexNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lRotOrder / 2));
     if (pSetRotatePivotOffet)
@@ -150,8 +150,8 @@ struct KImportFlags
     KQexFrameFlags mFrame;
 };
 
-/// The host node of one bone, under pParent unless that is null; null, and no node, when memory ran out. The node is attached
-/// while it has no children: then no one has to look whether it is an ancestor of its new parent.
+/// Creates the host node of one bone, below pParent unless that is null; null, and no node, when memory ran out. The node is attached
+/// before it has children, so that AddChild() does not search the ancestors for a cycle.
 KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
     KQexNode* lNode = CreateSkeletonNode(pScene, pNode.mName);
@@ -176,7 +176,7 @@ KQexNode* CreateBoneNode(KQexAsfNode& pNode, KQexScene* pScene, KQexNode* pParen
     return nullptr;
 }
 
-/// Host nodes for a bone and all below it, the top one under pParent unless that is null; null, and no nodes, when memory ran out.
+/// Creates host nodes for a bone and all below it, the top one below pParent unless that is null; null, and no nodes, when memory ran out.
 KQexNode* CreateTree(KQexAsfNode& pTop, KQexScene* pScene, KQexNode* pParent, const char* pTakeName, const KImportFlags& pFlags)
 {
     KQexNode*   lTop = nullptr;
@@ -230,12 +230,12 @@ bool KQexAsfNode::MergeASFToQEX(KQexScene* pScene, KQexNode* pParent, const char
         KQexNode* lNode = lIndex.Find(*lParent, lAsfNode->mName);
         if (lNode != nullptr && lNode->GetSkeleton() != nullptr)
         {
-            // A node that is there already keeps its offsets, its order and its limits.
+            // An existing node keeps its offsets, its order and its limits.
             lAll = lAsfNode->SetKFCurves(lNode, pTakeName) && lAll;
             lParent = lNode;
             continue;
         }
-        // A namesake that is no part of a skeleton stays beside the new node, deliberately.
+        // Deliberate: a node of that name without a skeleton attribute stays next to the new one.
         lAll = CreateTree(*lAsfNode, pScene, lParent, pTakeName, {pSetLimits, {pSetRotatePivotOffet, pSetPreRotation}}) != nullptr && lAll;
         lWalk.SkipChildren();
     }
@@ -259,7 +259,7 @@ bool KQexAsfScene::MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const c
         return true;
     }
     KQexNode* lNode = pRootNode->FindChild(mRoot->mName, true, false);
-    // The merge begins at the parent, where it finds the node once more, as a child.
+    // The merge starts at the parent, where it finds the node again as a child.
     if (lNode != nullptr && lNode->GetParent() != nullptr)
     {
         return mRoot->MergeASFToQEX(pScene, lNode->GetParent(), pTakeName, pSetLimits, pSetRotatePivotOffet, pSetPreRotation);

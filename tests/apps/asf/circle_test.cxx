@@ -1,5 +1,5 @@
-// Circles through every format by the command line, over random skeletons and motions: joints stay where they were, names, parents,
-// degrees of freedom and limits as they were, and a second turn changes no byte.
+// Round trips through every format with the command line, for random skeletons and motions: joint positions, names, parents, degrees
+// of freedom and limits stay the same, and a second round trip changes no byte.
 
 #include <tests/apps/asf/runasf.h>
 #include <tests/support/randomfigure.h>
@@ -12,14 +12,14 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A circle of a seed's figure.
-struct KCircleCase
+/// A round trip of the random figure of a seed.
+struct KRoundTripCase
 {
     unsigned int mSeed;
-    const char*  mThrough; ///< The format between, empty: none.
+    const char*  mFormat; ///< The intermediate format; empty: none.
 };
 
-class KCircleTest : public testing::TestWithParam<KCircleCase>
+class KRoundTripTest : public testing::TestWithParam<KRoundTripCase>
 {
 protected:
     static constexpr int kFrames = 8;
@@ -27,7 +27,7 @@ protected:
     void SetUp() override
     {
         std::mt19937 lRandom(GetParam().mSeed);
-        // Sizes from 1 to 200, small ones more often.
+        // 1 to 200 bones, mostly few.
         const int     lBones = 1 + static_cast<int>(lRandom() % (GetParam().mSeed % 8 == 0 ? 200U : 25U));
         KRandomFigure lFigure = MakeRandomFigure(GetParam().mSeed, lBones, kFrames);
         mIsRootTurned = lFigure.mIsRootTurned;
@@ -38,17 +38,17 @@ protected:
 
     KRunResult Run(std::vector<std::string> pArguments) { return RunAsf(pArguments, mOptions); }
 
-    /// One turn from \p pFrom.asf and .amc to files of the name w in the folder \p pTo.
-    void Turn(const std::string& pFrom, const std::string& pTo)
+    /// One round trip from \p pFrom.asf and .amc to w.asf and w.amc in the folder \p pTo.
+    void RoundTrip(const std::string& pFrom, const std::string& pTo)
     {
         fs::create_directory(mFolder / pTo);
         std::vector<std::string> lSource{pFrom + ".asf", pFrom + ".amc"};
-        if (*GetParam().mThrough != '\0')
+        if (*GetParam().mFormat != '\0')
         {
-            const std::string lBetween = pTo + "/w." + GetParam().mThrough;
-            const KRunResult  lThere = Run({"convert", "-q", lSource[0], lSource[1], "-o", lBetween});
+            const std::string lIntermediate = pTo + "/w." + GetParam().mFormat;
+            const KRunResult  lThere = Run({"convert", "-q", lSource[0], lSource[1], "-o", lIntermediate});
             EXPECT_EQ(lThere.mExit, 0) << lThere.mErr;
-            lSource = {lBetween};
+            lSource = {lIntermediate};
         }
         std::vector<std::string> lCall{"convert", "-q"};
         lCall.insert(lCall.end(), lSource.begin(), lSource.end());
@@ -57,11 +57,10 @@ protected:
         EXPECT_EQ(lBack.mExit, 0) << lBack.mErr;
     }
 
-    /// What a skeleton file cannot carry back: the root's words stand in one order, and its rest orientation is in the motion; BVH has
-    /// no degrees of freedom.
+    /// What a round trip loses: the order of the root's DOF words; its rest orientation, which moves into the motion; with BVH, limits.
     std::string Ignored() const
     {
-        return std::string("dofs") + (mIsRootTurned ? ",rest" : "") + (GetParam().mThrough == std::string("bvh") ? ",limits" : "");
+        return std::string("dofs") + (mIsRootTurned ? ",rest" : "") + (GetParam().mFormat == std::string("bvh") ? ",limits" : "");
     }
 
     bool        mIsRootTurned = false;
@@ -69,41 +68,41 @@ protected:
     KRunOptions mOptions;
 };
 
-TEST_P(KCircleTest, ComesBackWhereItWas)
+TEST_P(KRoundTripTest, KeepsTheFigure)
 {
-    Turn("a", "one");
+    RoundTrip("a", "one");
     const KRunResult lResult = Run({"diff", "-q", "a.asf", "one/w.asf", "a.amc", "one/w.amc", "--ignore", Ignored()});
     EXPECT_EQ(lResult.mExit, 0) << lResult.mOut << lResult.mErr;
-    Turn("one/w", "two");
+    RoundTrip("one/w", "two");
     EXPECT_EQ(ReadFile(mFolder / "one/w.asf"), ReadFile(mFolder / "two/w.asf"));
     EXPECT_EQ(ReadFile(mFolder / "one/w.amc"), ReadFile(mFolder / "two/w.amc"));
 }
 
-std::vector<KCircleCase> Cases()
+std::vector<KRoundTripCase> Cases()
 {
-    std::vector<KCircleCase> lCases;
+    std::vector<KRoundTripCase> lCases;
     for (unsigned int lSeed = 0; lSeed < 32; ++lSeed)
     {
-        for (const char* lThrough : {"", "bvh", "glb"})
+        for (const char* lFormat : {"", "bvh", "glb"})
         {
-            lCases.push_back({lSeed, lThrough});
+            lCases.push_back({lSeed, lFormat});
         }
     }
     return lCases;
 }
 
-INSTANTIATE_TEST_SUITE_P(Figures, KCircleTest, testing::ValuesIn(Cases()),
-                         [](const testing::TestParamInfo<KCircleCase>& pInfo) {
+INSTANTIATE_TEST_SUITE_P(Figures, KRoundTripTest, testing::ValuesIn(Cases()),
+                         [](const testing::TestParamInfo<KRoundTripCase>& pInfo) {
                              return std::to_string(pInfo.param.mSeed) + "through" +
-                                    (*pInfo.param.mThrough != '\0' ? pInfo.param.mThrough : "none");
+                                    (*pInfo.param.mFormat != '\0' ? pInfo.param.mFormat : "none");
                          });
 
-/// From BVH to ASF and AMC to BVH.
-class KBvhCircleTest : public KCircleTest
+/// From BVH to ASF and AMC and back.
+class KBvhRoundTripTest : public KRoundTripTest
 {
 };
 
-TEST_P(KBvhCircleTest, ComesBackWhereItWas)
+TEST_P(KBvhRoundTripTest, KeepsTheFigure)
 {
     EXPECT_EQ(Run({"convert", "-q", "a.asf", "a.amc", "-o", "w.bvh"}).mExit, 0);
     std::string lFrom = "w.bvh";
@@ -122,10 +121,11 @@ TEST_P(KBvhCircleTest, ComesBackWhereItWas)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Figures, KBvhCircleTest,
-                         testing::Values(KCircleCase{100, ""}, KCircleCase{101, ""}, KCircleCase{102, ""}, KCircleCase{103, ""},
-                                         KCircleCase{104, ""}, KCircleCase{105, ""}, KCircleCase{106, ""}, KCircleCase{107, ""},
-                                         KCircleCase{108, ""}, KCircleCase{109, ""}, KCircleCase{110, ""}, KCircleCase{111, ""}),
-                         [](const testing::TestParamInfo<KCircleCase>& pInfo) { return std::to_string(pInfo.param.mSeed); });
+INSTANTIATE_TEST_SUITE_P(Figures, KBvhRoundTripTest,
+                         testing::Values(KRoundTripCase{100, ""}, KRoundTripCase{101, ""}, KRoundTripCase{102, ""}, KRoundTripCase{103, ""},
+                                         KRoundTripCase{104, ""}, KRoundTripCase{105, ""}, KRoundTripCase{106, ""}, KRoundTripCase{107, ""},
+                                         KRoundTripCase{108, ""}, KRoundTripCase{109, ""}, KRoundTripCase{110, ""},
+                                         KRoundTripCase{111, ""}),
+                         [](const testing::TestParamInfo<KRoundTripCase>& pInfo) { return std::to_string(pInfo.param.mSeed); });
 
 } // namespace

@@ -49,7 +49,7 @@ protected:
 
     KRunResult Run(const std::vector<std::string>& pArguments) { return RunAsf(pArguments, mOptions); }
 
-    /// Runs `asf convert` with the words of \p pCall.
+    /// Runs `asf convert` with the arguments in \p pCall.
     KRunResult Convert(const std::string& pCall)
     {
         std::vector<std::string> lArguments{"convert", "-q"};
@@ -82,9 +82,9 @@ protected:
     KRunOptions mOptions;
 };
 
-// The circles: through a format and back. A second turn, from files of the same names, changes no byte of the text files.
+// Round trips: through a format and back. A second round trip, with files of the same names, changes no byte of the text files.
 
-TEST_F(KConvertTest, CircleThroughAcclaimFiles)
+TEST_F(KConvertTest, RoundTripThroughAcclaimFiles)
 {
     fs::create_directory(mFolder / "one");
     fs::create_directory(mFolder / "two");
@@ -95,14 +95,14 @@ TEST_F(KConvertTest, CircleThroughAcclaimFiles)
     EXPECT_EQ(Text("one/w.amc"), Text("two/w.amc"));
 }
 
-TEST_F(KConvertTest, CircleThroughBvh)
+TEST_F(KConvertTest, RoundTripThroughBvh)
 {
     fs::create_directory(mFolder / "one");
     fs::create_directory(mFolder / "two");
     ExpectConverts("walk.amc -o one/w.bvh");
     ExpectSame({"walk.amc", "one/w.bvh"}, "dofs");
     ExpectConverts("one/w.bvh -o one/w.asf one/w.amc");
-    // BVH has no place for degrees of freedom.
+    // BVH cannot hold degrees of freedom.
     ExpectSame({"walker.asf", "walk.amc", "one/w.asf", "one/w.amc"}, "dofs,limits");
     ExpectConverts("one/w.asf one/w.amc -o two/w.bvh");
     ExpectConverts("two/w.bvh -o two/w.asf two/w.amc");
@@ -110,7 +110,7 @@ TEST_F(KConvertTest, CircleThroughBvh)
     EXPECT_EQ(Text("one/w.amc"), Text("two/w.amc"));
 }
 
-TEST_F(KConvertTest, CircleThroughGltfKeepsLimits)
+TEST_F(KConvertTest, RoundTripThroughGltfKeepsLimits)
 {
     for (const std::string lKind : {"glb", "gltf"})
     {
@@ -123,8 +123,8 @@ TEST_F(KConvertTest, CircleThroughGltfKeepsLimits)
     EXPECT_TRUE(fs::exists(mFolder / "gltf" / "w.bin"));
 }
 
-/// The same over real motions: joints stay within a ten-thousandth of the figure's height.
-TEST_F(KConvertTest, CirclesOfRealMotions)
+/// The same for real motions: joints stay within a ten-thousandth of the figure's height.
+TEST_F(KConvertTest, RoundTripsOfRealMotions)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     for (const auto& lEntry : fs::recursive_directory_iterator(CorpusDir()))
@@ -145,7 +145,7 @@ TEST_F(KConvertTest, CirclesOfRealMotions)
     }
 }
 
-TEST_F(KConvertTest, ALoneSkeleton)
+TEST_F(KConvertTest, ASkeletonAlone)
 {
     ExpectConverts("walker.asf -o new.asf --length-unit 1");
     ExpectSame({"walker.asf", "new.asf"}, "frames");
@@ -163,7 +163,7 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
     {
         EXPECT_TRUE(fs::exists(mFolder / lName)) << lName;
     }
-    // The names behind one -o are a pair in either order, and what follows them is an input.
+    // The two names after one -o may be in either order; a further name is an input.
     ExpectConverts("-o b.amc b.asf walk.amc");
     EXPECT_EQ(Text("a.asf"), Text("b.asf"));
     ExpectConverts("-o c.bvh walk.amc");
@@ -176,7 +176,8 @@ TEST_F(KConvertTest, SeveralMotions)
     ExpectConverts("small.asf small_01.amc small_02.amc -o both.glb --motion-fps 30");
     const KRunResult lOne = Convert("small.asf small_01.amc small_02.amc -o one.bvh --motion-fps 30");
     EXPECT_EQ(lOne.mExit, 2);
-    EXPECT_EQ(lOne.mErr, "asf: error: --output: there are 2 takes, and one.bvh holds one: put {name} into it, or choose one with --take\n");
+    EXPECT_EQ(lOne.mErr,
+              "asf: error: --output: one.bvh holds one take, but there are 2: put {name} into its name, or choose one with --take\n");
     EXPECT_FALSE(fs::exists(mFolder / "one.bvh"));
     ExpectConverts("small_01.amc small_02.amc --asf small.asf -o to_{name}.bvh --motion-fps 30");
     EXPECT_EQ(Text("to_small_01.bvh"), Text("to_small_02.bvh"));
@@ -199,7 +200,7 @@ class KPartTest : public KConvertTest, public testing::WithParamInterface<KPartC
 {
 };
 
-/// walk.amc: 241 frames at 120 a second.
+/// walk.amc: 241 frames at 120 frames per second.
 TEST_P(KPartTest, FramesAndRate)
 {
     ExpectConverts(std::string("walk.amc -o part.bvh ") + GetParam().mCall);
@@ -243,18 +244,18 @@ TEST_F(KConvertTest, MotionForAnotherSkeleton)
     ExpectSame({"walker.asf", "walk.amc", "walker.asf", "back.amc"}, "frames");
     const KRunResult lOther = Convert("a.bvh --skeleton small.asf -o other.amc");
     EXPECT_EQ(lOther.mExit, 0);
-    EXPECT_NE(lOther.mErr.find("other.amc: warning: 3 bones stay at rest, without a joint of the same name: hip, thigh, shin\n"),
+    EXPECT_NE(lOther.mErr.find("other.amc: warning: 3 bones kept at rest, without a joint of the same name: hip, thigh, shin\n"),
               std::string::npos)
         << lOther.mErr;
 }
 
-TEST_F(KConvertTest, AMotionOfItsOwnSkeleton)
+TEST_F(KConvertTest, MotionForItsOwnSkeleton)
 {
     ExpectConverts("walk.amc -o half.amc --every 2 --tell-rate");
     EXPECT_NE(Text("half.amc").find(":SAMPLES-PER-SECOND 60"), std::string::npos);
 }
 
-TEST_F(KConvertTest, DummiesDoNotGrow)
+TEST_F(KConvertTest, DummiesDoNotAccumulate)
 {
     WriteFile(mFolder / "spread.bvh", "HIERARCHY\nROOT hip\n{\nOFFSET 0 0 0\nCHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation "
                                       "Xrotation\nJOINT left\n{\nOFFSET 10 0 0\nCHANNELS 3 Zrotation Yrotation Xrotation\nEnd Site\n{\n"
@@ -301,7 +302,7 @@ class KBadTest : public KConvertTest, public testing::WithParamInterface<KBadCas
 {
 };
 
-TEST_P(KBadTest, SaysWhyAndTouchesNothing)
+TEST_P(KBadTest, ReportsTheErrorAndChangesNothing)
 {
     WriteFile(mFolder / "old.bvh", "old");
     WriteFile(mFolder / "old.glb", "old");
@@ -329,23 +330,21 @@ TEST_P(KBadTest, SaysWhyAndTouchesNothing)
 INSTANTIATE_TEST_SUITE_P(
     Calls, KBadTest,
     testing::Values(KBadCase{"walk.amc", 2, "--output is required"}, KBadCase{"-o old.bvh", 2, "FILE is required"},
-                    KBadCase{"walk.amc -o old.txt", 2, "--output: .asf, .amc, .bvh, .glb or .gltf is expected, not old.txt"},
-                    KBadCase{"walk.amc -o -", 2, "or tell with --to"},
-                    KBadCase{"walk.amc -o old.bvh -o old.bvh", 2, "old.bvh is given twice"},
-                    KBadCase{"walk.amc -o old.bvh --fps 0", 2, "--fps: a number or a fraction above zero is expected"},
+                    KBadCase{"walk.amc -o old.txt", 2, "--output: expected .asf, .amc, .bvh, .glb or .gltf, not old.txt"},
+                    KBadCase{"walk.amc -o -", 2, "or use --to"}, KBadCase{"walk.amc -o old.bvh -o old.bvh", 2, "old.bvh is given twice"},
+                    KBadCase{"walk.amc -o old.bvh --fps 0", 2, "--fps: expected a positive number or fraction"},
                     KBadCase{"walk.amc -o old.bvh --fps x", 2, "not x"},
-                    KBadCase{"walk.amc -o old.bvh --start soon", 2, "--start: seconds such as 2.5"},
-                    KBadCase{"walk.amc -o old.bvh --start 3 --end 1", 2, "there are no frames"},
-                    KBadCase{"walk.amc -o old.bvh --start 99", 2, "there are no frames"},
+                    KBadCase{"walk.amc -o old.bvh --start soon", 2, "--start: expected seconds such as 2.5"},
+                    KBadCase{"walk.amc -o old.bvh --start 3 --end 1", 2, "--start and --end leave no frames of walk"},
+                    KBadCase{"walk.amc -o old.bvh --start 99", 2, "--start and --end leave no frames of walk"},
                     KBadCase{"walk.amc -o old.bvh --every 0", 2, "--every"}, KBadCase{"walk.amc -o old.bvh --scale 0", 2, "--scale"},
-                    KBadCase{"walk.amc -o old.bvh --channels XYY", 2, "--channels: X, Y and Z in any order"},
+                    KBadCase{"walk.amc -o old.bvh --channels XYY", 2, "--channels: expected X, Y and Z in any order"},
                     KBadCase{"walk.amc -o old.glb --channels ZXY", 2, "--channels is for BVH only"},
                     KBadCase{"walk.amc -o old.bvh --mesh none", 2, "--mesh is for glTF only"},
                     KBadCase{"walk.amc -o old.glb --up z", 2, "--up z is for BVH only"},
                     KBadCase{"walk.amc -o old.bvh --length-unit 1", 2, "--length-unit is for ASF only"},
-                    KBadCase{"walk.amc -o old.bvh --skeleton walker.asf", 2, "--skeleton is for a lone AMC only"},
-                    KBadCase{"walk.amc small.asf walker.asf -o old.bvh", 2,
-                             "one figure at a time is expected, not small.asf and walker.asf"},
+                    KBadCase{"walk.amc -o old.bvh --skeleton walker.asf", 2, "--skeleton is for a single AMC only"},
+                    KBadCase{"walk.amc small.asf walker.asf -o old.bvh", 2, "expected one figure, not small.asf and walker.asf"},
                     KBadCase{"walker.asf -o old.amc", 2, "there is no motion to write to old.amc"},
                     KBadCase{"walker.asf walk.amc --asf small.asf -o old.bvh", 2, "--asf is for AMC files given alone"},
                     KBadCase{"walker.asf walk.amc -o walk.amc", 2, "walk.amc: error: is also an input (walk.amc)"},
@@ -370,7 +369,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadCase{"walk.amc -o old.bvh -o none/a.glb", 3, "none/a.glb: error: "},
                     KBadCase{"walk.amc -o old.bvh -o old.asf none/a.amc", 3, "none/a.amc: error: "}));
 
-TEST_F(KConvertTest, AFullDeviceIsTheSystemsFault)
+TEST_F(KConvertTest, AFullDeviceIsASystemError)
 {
     for (const char* lKind : {"bvh", "glb", "asf"})
     {
@@ -380,7 +379,7 @@ TEST_F(KConvertTest, AFullDeviceIsTheSystemsFault)
     }
 }
 
-TEST_F(KConvertTest, GoodFramesAreKeptOnRequest)
+TEST_F(KConvertTest, KeepsGoodFramesOnRequest)
 {
     WriteFile(mFolder / "cut.amc", ThreeFrames() + "4\nroot 0 0\n");
     EXPECT_EQ(Convert("small.asf cut.amc -o a.bvh").mExit, 1);
@@ -389,7 +388,7 @@ TEST_F(KConvertTest, GoodFramesAreKeptOnRequest)
     EXPECT_EQ(LineWith(Text("a.bvh"), "Frames:"), "Frames: 3");
 }
 
-/// An interrupt in the midst of a long conversion leaves neither a half file nor a temporary one.
+/// An interrupt during a long conversion leaves neither a partial nor a temporary file.
 TEST_F(KConvertTest, AnInterruptLeavesNothingBehind)
 {
     WriteFile(mFolder / "old.bvh", "old");

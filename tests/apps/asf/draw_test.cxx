@@ -21,20 +21,20 @@ std::string Draw(std::vector<std::string> pArguments, const std::string& pInput)
 size_t CountOf(const std::string& pText, const std::string& pPart)
 {
     size_t lCount = 0;
-    for (size_t lPlace = pText.find(pPart); lPlace != std::string::npos; lPlace = pText.find(pPart, lPlace + 1))
+    for (size_t lPosition = pText.find(pPart); lPosition != std::string::npos; lPosition = pText.find(pPart, lPosition + 1))
     {
         ++lCount;
     }
     return lCount;
 }
 
-TEST(AsfDraw, SampleIsThePictureInTheRepository)
+TEST(AsfDraw, SampleMatchesTheGoldenFile)
 {
     const std::string lSvg = RunAsf({"draw", Sample("walker.asf"), "-o", "-", "--view", "all"}).mOut;
     EXPECT_TRUE(lSvg == ReadFile(std::filesystem::path(QEX_SOURCE_DIR) / "tests/apps/asf/golden/walker.svg"));
 }
 
-TEST(AsfDraw, EveryBoneOnceAView)
+TEST(AsfDraw, EveryBoneOncePerView)
 {
     for (const auto& [lView, lCount] : {std::pair<const char*, size_t>{"front", 1}, {"side", 1}, {"top", 1}, {"all", 3}})
     {
@@ -59,7 +59,7 @@ TEST(AsfDraw, NamesAreEscaped)
     EXPECT_EQ(CountOf(lSvg, ">a&lt;&amp;&gt;\xef\xbf\xbd</text>"), 1u);
 }
 
-TEST(AsfDraw, TheRootsPlaceMovesAllBonesAlike)
+TEST(AsfDraw, TheRootPositionDoesNotChangeThePicture)
 {
     const std::string lSvg = Draw({}, SmallSkeleton());
     EXPECT_EQ(lSvg, Draw({}, Replaced(SmallSkeleton(), "position 0 0 0", "position 10 20 30")));
@@ -73,7 +73,7 @@ TEST(AsfDraw, ARootAloneIsAPicture)
     EXPECT_EQ(lSvg.find("inf"), std::string::npos);
 }
 
-TEST(AsfDraw, BonesThatReachTooFarAreRefused)
+TEST(AsfDraw, LargeCoordinatesAreRefused)
 {
     KRunOptions lOptions;
     for (const char* lLength : {"length 1e30", "length 1.7e308"})
@@ -82,7 +82,7 @@ TEST(AsfDraw, BonesThatReachTooFarAreRefused)
         const KRunResult lResult = RunAsf({"draw", "-", "-o", "-"}, lOptions);
         EXPECT_EQ(lResult.mExit, 1);
         EXPECT_EQ(lResult.mOut, "");
-        EXPECT_EQ(lResult.mErr, "<stdin>: error: cannot be drawn: its bones reach too far\n");
+        EXPECT_EQ(lResult.mErr, "<stdin>: error: cannot be drawn: coordinates are too large\n");
     }
 }
 

@@ -33,7 +33,7 @@ protected:
     KRunOptions mOptions;
 };
 
-TEST_F(KEditTest, WithoutAChangeItIsTheSameSkeleton)
+TEST_F(KEditTest, WithoutOptionsTheSkeletonStaysTheSame)
 {
     EXPECT_EQ(Edit({}, "walker.asf").mErr, "");
     const KRunResult lDiff = Run({"diff", "-q", "walker.asf", "out.asf", "walk.amc", "--tolerance", "1e-5"});
@@ -46,7 +46,7 @@ TEST_F(KEditTest, Rename)
 {
     EXPECT_EQ(Edit({"--rename", "hip=pelvis", "--rename", "thigh=leg"}).mExit, 0);
     EXPECT_NE(Out().find("    root pelvis\n    pelvis leg\n    leg shin\n"), std::string::npos) << Out();
-    // A swap takes three steps.
+    // A swap takes three renames.
     EXPECT_EQ(Edit({"--rename", "thigh=x", "--rename", "shin=thigh", "--rename", "x=shin"}).mExit, 0);
     EXPECT_NE(Out().find("    hip shin\n    shin thigh\n"), std::string::npos) << Out();
 }
@@ -61,7 +61,7 @@ class KBadRenameTest : public KEditTest, public testing::WithParamInterface<KRen
 {
 };
 
-TEST_P(KBadRenameTest, IsAWrongCall)
+TEST_P(KBadRenameTest, IsAUsageError)
 {
     const KRunResult lResult = Edit({"--rename", GetParam().mRename});
     EXPECT_EQ(lResult.mExit, 2);
@@ -71,12 +71,12 @@ TEST_P(KBadRenameTest, IsAWrongCall)
 
 INSTANTIATE_TEST_SUITE_P(
     Names, KBadRenameTest,
-    testing::Values(KRenameCase{"thigh", "OLD=NEW is expected"}, KRenameCase{"foot=toe", "the skeleton has no bone foot"},
-                    KRenameCase{"root=base", "the root keeps its name"}, KRenameCase{"thigh=shin", "there is a bone shin already"},
-                    KRenameCase{"thigh=root", "root is a word of the format"}, KRenameCase{"thigh=END", "END is a word of the format"},
-                    KRenameCase{"thigh=a b", "a name has no blank, comma, parenthesis or #, and no colon in front"},
-                    KRenameCase{"thigh=:a", "a name has no blank, comma, parenthesis or #, and no colon in front"},
-                    KRenameCase{"thigh=", "a name has no blank, comma, parenthesis or #, and no colon in front"},
+    testing::Values(KRenameCase{"thigh", "expected OLD=NEW"}, KRenameCase{"foot=toe", "the skeleton has no bone foot"},
+                    KRenameCase{"root=base", "the root cannot be renamed"}, KRenameCase{"thigh=shin", "bone shin already exists"},
+                    KRenameCase{"thigh=root", "root is a keyword"}, KRenameCase{"thigh=END", "END is a keyword"},
+                    KRenameCase{"thigh=a b", "a name may not contain blanks, commas, parentheses or #, or begin with a colon"},
+                    KRenameCase{"thigh=:a", "a name may not contain blanks, commas, parentheses or #, or begin with a colon"},
+                    KRenameCase{"thigh=", "a name may not contain blanks, commas, parentheses or #, or begin with a colon"},
                     KRenameCase{"thigh=a123456789b123456789c123456789d123456789e123456789f", "a name has at most 50 characters"}));
 
 TEST_F(KEditTest, Scale)
@@ -98,21 +98,21 @@ TEST_F(KEditTest, DropLimits)
 
 TEST_F(KEditTest, RemoveDummies)
 {
-    // The hip is what the thigh starts from, and its place beside the root could not be told without it.
+    // The thigh starts at the hip's end. Without the hip, the thigh would move.
     const KRunResult lKept = Edit({"--remove-dummies"});
-    EXPECT_EQ(lKept.mErr, "small.asf: warning: Bones without degrees of freedom that others start from are kept (hip)\n");
-    // Without its degree of freedom the shin is one with the thigh.
+    EXPECT_EQ(lKept.mErr, "small.asf: warning: Kept bones without degrees of freedom that cannot be merged into their parent (hip)\n");
+    // Without its degree of freedom, the shin is merged into the thigh.
     WriteFile(mFolder / "stiff.asf", Replaced(SmallSkeleton(), "    dof rx\n    limits (-10 170)\n", ""));
     Edit({"--remove-dummies"}, "stiff.asf");
     EXPECT_EQ(Out().find("shin"), std::string::npos);
     EXPECT_NE(Out().find("length 14\n"), std::string::npos) << Out();
-    // A bone without length holds nothing.
+    // A bone without length can be removed.
     WriteFile(mFolder / "short.asf", Replaced(SmallSkeleton(), "length 1\n", "length 0\n"));
     EXPECT_EQ(Edit({"--remove-dummies"}, "short.asf").mErr, "");
     EXPECT_NE(Out().find("    root thigh\n    thigh shin\n"), std::string::npos) << Out();
 }
 
-TEST_F(KEditTest, WarnsOfWhatIsLost)
+TEST_F(KEditTest, WarnsAboutLosses)
 {
     WriteFile(mFolder / "odd.asf", Replaced(Replaced(Replaced(SmallSkeleton(), "position 0 0 0", "position 0 9 0"), "mass 1.0", "mass 2"),
                                             "angle deg", "angle rad"));
@@ -144,7 +144,7 @@ class KDiffTest : public KEditTest
 {
 };
 
-TEST_F(KDiffTest, TellsEachDifference)
+TEST_F(KDiffTest, ReportsEachDifference)
 {
     EXPECT_EQ(Run({"diff", "small.asf", "small.asf"}).mExit, 0);
     const struct

@@ -3,15 +3,15 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-// Inputs made to hurt, through pipes and as files: the program ends with a clear message, and in memory that does not grow with
-// what they hold or claim.
+// Hostile inputs, through pipes and as files: the program exits with a clear message, and its memory does not depend on what they
+// contain or claim.
 
 using namespace qextest;
 
 namespace
 {
 
-constexpr long kMemory = 192 * 1024; ///< KiB on top of this program's own, which a child begins with.
+constexpr long kMemory = 192 * 1024; ///< KiB in addition to this program's own peak, which a child process starts with.
 
 long OwnPeak()
 {
@@ -23,10 +23,10 @@ long OwnPeak()
 struct KStreamCase
 {
     const char* mWhat;
-    const char* mHead; ///< What stands before the long line.
-    char        mFill; ///< Of which the long line consists.
+    const char* mHead; ///< The text before the long line's filling.
+    char        mFill; ///< The character that fills the long line.
     bool        mIsMotion;
-    const char* mMessage; ///< Part of the only error.
+    const char* mMessage; ///< Part of the error message.
 };
 
 std::ostream& operator<<(std::ostream& pOut, const KStreamCase& pCase)
@@ -38,7 +38,7 @@ class KLongLineTest : public testing::TestWithParam<KStreamCase>
 {
 };
 
-/// Two gigabytes, as far as the program wants them.
+/// Up to 2 GiB, as much as the program reads.
 TEST_P(KLongLineTest, EndsInBoundedMemory)
 {
     for (const std::vector<std::string>& lArguments :
@@ -81,8 +81,8 @@ INSTANTIATE_TEST_SUITE_P(Streams, KLongLineTest,
                                          KStreamCase{"NULs", "", '\0', false, "binary data"},
                                          KStreamCase{"letters", "", 'a', false, "Line is too long"}));
 
-/// A file of a few frames, whose numbers are far apart, is not written out frame by frame.
-TEST(AsfHostile, AMotionOfAThousandMillionFramesByNumber)
+/// A file of a few frames whose numbers are far apart is not sampled frame by frame.
+TEST(AsfHostile, AMotionThatSpansAThousandMillionFrames)
 {
     const KTempDir lFolder;
     KRunOptions    lOptions;
@@ -94,7 +94,7 @@ TEST(AsfHostile, AMotionOfAThousandMillionFramesByNumber)
         lMotion += std::string(lNumber) + "\nroot 0 0 " + lNumber[0] + " 0 0 0\nthigh 1 2 3\nshin 4\n";
     }
     WriteFile(lFolder / "a.amc", lMotion);
-    const std::string lExpected = "there are 1000000000 frames between the first and the last moment of a, of which its file has only 4\n";
+    const std::string lExpected = "take a spans 1000000000 frames, but its file has only 4\n";
     for (const char* lOutput : {"a.bvh", "a.glb", "a.gltf", "b.amc"})
     {
         const KRunResult lResult = RunAsf({"convert", "a.asf", "a.amc", "-q", "-o", lOutput}, lOptions);

@@ -8,7 +8,7 @@ using nlohmann::json;
 namespace
 {
 
-TEST(AsfInfo, SampleForPeople)
+TEST(AsfInfo, SampleMatchesTheGoldenFile)
 {
     KRunOptions lOptions;
     lOptions.mFolder = SamplesDir().string();
@@ -55,7 +55,7 @@ TEST(AsfInfo, JsonHoldsTheModel)
     EXPECT_EQ(lBones[2]["dofs"], lDofs);
 }
 
-TEST(AsfInfo, JsonOfAFailedReadSaysWhy)
+TEST(AsfInfo, JsonOfAFailedReadHasTheError)
 {
     KRunOptions lOptions;
     lOptions.mInput = Replaced(SmallSkeleton(), "direction 0 -1 0", "direction 0 -1");
@@ -69,7 +69,7 @@ TEST(AsfInfo, JsonOfAFailedReadSaysWhy)
     EXPECT_EQ(lResult.mErr, "<stdin>:25: error: Can't read bone direction\n");
 }
 
-TEST(AsfInfo, JsonIsOneObjectALine)
+TEST(AsfInfo, JsonIsOneObjectPerLine)
 {
     const KRunResult   lResult = RunAsf({"info", "--json", Sample("walker.asf"), Sample("walker.asf")});
     std::istringstream lLines(lResult.mOut);
@@ -82,14 +82,14 @@ TEST(AsfInfo, JsonIsOneObjectALine)
     EXPECT_EQ(lCount, 2);
 }
 
-TEST(AsfInfo, BytesThatAreNoUtf8StayValidJson)
+TEST(AsfInfo, InvalidUtf8GivesValidJson)
 {
     KRunOptions lOptions;
     lOptions.mInput = Replaced(SmallSkeleton(), ":name small", ":name sm\xe4ll");
     EXPECT_EQ(JsonOf(RunAsf({"info", "--json", "-"}, lOptions))["skeleton"]["name"], "sm\xef\xbf\xbdll");
 }
 
-TEST(AsfInfo, DeepChainsCostWhatTheirBonesCost)
+TEST(AsfInfo, OutputOfADeepChainIsLinear)
 {
     constexpr int kBones = 20000;
     std::string   lData;

@@ -13,11 +13,11 @@ namespace
 struct KInputCase
 {
     const char* mWhat;
-    const char* mName;  ///< Of the input in a folder of its own.
-    const char* mBytes; ///< Null: the file is not made.
+    const char* mName;  ///< Name of the input file.
+    const char* mBytes; ///< Null: the file does not exist.
     size_t      mSize;
     int         mExit;
-    const char* mMessage; ///< What follows the name.
+    const char* mMessage; ///< The error text after the name.
 };
 
 std::ostream& operator<<(std::ostream& pOut, const KInputCase& pCase)
@@ -47,8 +47,8 @@ protected:
     KTempDir mFolder;
 };
 
-/// Every command says the same one line.
-TEST_P(KInputTest, OneClearLine)
+/// Every command prints the same single line.
+TEST_P(KInputTest, OneErrorLine)
 {
     const std::string lName = GetParam().mName;
     const std::string lExpected = lName + ": error: " + GetParam().mMessage + "\n";
@@ -65,7 +65,7 @@ TEST_P(KInputTest, OneClearLine)
 
 INSTANTIATE_TEST_SUITE_P(Inputs, KInputTest,
                          testing::Values(KInputCase{"another format", "walk.bvh", "HIERARCHY\nROOT Hips\n{\n", 22, 1,
-                                                    "is a BVH file, where an ASF or AMC file is expected"},
+                                                    "is a BVH file, but an ASF or AMC file is expected"},
                                          KInputCase{"missing", "none.asf", nullptr, 0, 3, "cannot be read: No such file or directory"},
                                          KInputCase{"a folder", "folder.asf", nullptr, 0, 3, "cannot be read: Is a directory"},
                                          KInputCase{"empty", "empty.asf", "", 0, 1, "is empty"},
@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Inputs, KInputTest,
                                          KInputCase{"binary", "picture.asf", "\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16, 1,
                                                     "holds binary data, not a skeleton or a motion"}));
 
-TEST(AsfInputs, ReadFailureHalfWayIsTheSystems)
+TEST(AsfInputs, AReadErrorIsASystemError)
 {
     const KRunResult lResult = RunAsf({"info", "/proc/self/mem"});
     EXPECT_EQ(lResult.mExit, 3);
@@ -89,7 +89,7 @@ TEST(AsfInputs, UnreadableFile)
     ASSERT_EQ(chmod(lPath.c_str(), 0), 0);
     if (!AsNobody([] { return faccessat(AT_FDCWD, QEX_ASF_PROGRAM, X_OK, AT_EACCESS) == 0; }))
     {
-        GTEST_SKIP() << "a user without rights cannot reach the program";
+        GTEST_SKIP() << "an unprivileged user cannot run the program";
     }
     EXPECT_TRUE(AsNobody(
         [&lPath]
@@ -101,7 +101,7 @@ TEST(AsfInputs, UnreadableFile)
         }));
 }
 
-TEST(AsfInputs, StandardInputIsReadAsOftenAsNeeded)
+TEST(AsfInputs, StandardInputCanBeReread)
 {
     KRunOptions lOptions;
     lOptions.mInput = Replaced(SmallSkeleton(), "length 7", "length 7,5");
@@ -112,10 +112,10 @@ TEST(AsfInputs, StandardInputIsReadAsOftenAsNeeded)
         EXPECT_FALSE(lResult.mOut.empty());
         EXPECT_EQ(lResult.mErr.empty(), lArguments[0] != "check") << lResult.mErr;
     }
-    EXPECT_EQ(RunAsf({"check", "-"}, lOptions).mErr, "<stdin>:26: warning: Left over on the line (5)\n");
+    EXPECT_EQ(RunAsf({"check", "-"}, lOptions).mErr, "<stdin>:26: warning: Ignoring extra text on the line (5)\n");
 }
 
-TEST(AsfInputs, PipesAreReadAsOftenAsNeeded)
+TEST(AsfInputs, PipesCanBeReread)
 {
     KRunOptions lOptions;
     lOptions.mInput = SmallSkeleton();
@@ -141,7 +141,7 @@ TEST(AsfInputs, TheHighestExitStatusOfSeveralInputsCounts)
     EXPECT_EQ(lAll.mErr, "none.asf: error: cannot be read: No such file or directory\nbad.asf:18: error: Can't read bone direction\n");
 }
 
-TEST(AsfInputs, ANameCannotDriveTheTerminal)
+TEST(AsfInputs, ANameCannotControlTheTerminal)
 {
     KTempDir lFolder;
     WriteFile(lFolder / "escape.asf", Replaced(SmallSkeleton(), ":name small", ":name \x1b[2Jsmall"));

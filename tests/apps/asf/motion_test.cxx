@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// Two frames of the small skeleton; the root moves by one unit along z.
+/// Two frames for the small skeleton; the root moves by one unit along z.
 std::string TwoFrames(const std::string& pHeader = ":FULLY-SPECIFIED\n:DEGREES\n")
 {
     return pHeader + "1\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n2\nroot 0 0 1 0 0 0\nthigh -10 0 0\nshin 180\n";
@@ -59,7 +59,7 @@ TEST_F(KMotionTest, WideCsvAndEnds)
         "5.64444,-79.02222,0.00000\n");
 }
 
-TEST_F(KMotionTest, EndsAreLeftOutUnlessAskedFor)
+TEST_F(KMotionTest, EndsAreWrittenOnRequest)
 {
     const std::string lCall[] = {"positions", "small_01.amc", "--asf", "small.asf", "--frames", "1", "-q"};
     const KRunResult  lResult = Run({std::begin(lCall), std::end(lCall)});
@@ -67,7 +67,7 @@ TEST_F(KMotionTest, EndsAreLeftOutUnlessAskedFor)
     EXPECT_EQ(lResult.mOut.find("_End"), std::string::npos) << lResult.mOut;
     EXPECT_EQ(std::count(lResult.mOut.begin(), lResult.mOut.end(), '\n'), 5) << "a head line, root, hip, thigh and shin";
 
-    // A bone may have the name that an end would have.
+    // A bone may have the name of an end.
     WriteFile(mFolder / "end.asf", Replaced(Replaced(SmallSkeleton(), "name shin", "name thigh_End"), "thigh shin", "thigh thigh_End"));
     WriteFile(mFolder / "end.amc", Replaced(TwoFrames(), "shin", "thigh_End"));
     const KRunResult lNamed = Run({"positions", "end.asf", "end.amc", "--frames", "1", "-q"});
@@ -75,7 +75,7 @@ TEST_F(KMotionTest, EndsAreLeftOutUnlessAskedFor)
     EXPECT_EQ(lNamed.mOut.find("_End_End"), std::string::npos) << lNamed.mOut;
 }
 
-TEST_F(KMotionTest, JsonAndNpyHoldWhatCsvHolds)
+TEST_F(KMotionTest, JsonAndNpyMatchCsv)
 {
     ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.csv", "--wide", "--ends"}).mExit, 0);
     ASSERT_EQ(Run({"positions", "small_01.amc", "-q", "-o", "a.json", "--ends"}).mExit, 0);
@@ -100,16 +100,16 @@ TEST_F(KMotionTest, JsonAndNpyHoldWhatCsvHolds)
     std::istringstream lCsv(ReadFile(mFolder / "a.csv"));
     std::string        lField;
     std::getline(lCsv, lField);
-    size_t lPlace = lHeader;
+    size_t lOffset = lHeader;
     for (size_t lFrame = 0; lFrame < 2; ++lFrame)
     {
         std::getline(lCsv, lField, ',');
         std::getline(lCsv, lField, ',');
-        for (size_t lValue = 0; lValue < 15; ++lValue, lPlace += 4)
+        for (size_t lValue = 0; lValue < 15; ++lValue, lOffset += 4)
         {
             std::getline(lCsv, lField, lValue < 14 ? ',' : '\n');
             float lFloat = 0;
-            std::memcpy(&lFloat, lNpy.data() + lPlace, 4);
+            std::memcpy(&lFloat, lNpy.data() + lOffset, 4);
             EXPECT_NEAR(std::stod(lField), lJson["frames"][lFrame]["positions"][lValue / 3][lValue % 3], 1e-9);
             EXPECT_NEAR(std::stod(lField), static_cast<double>(lFloat), 1e-4);
         }
@@ -137,42 +137,42 @@ TEST_F(KMotionTest, OutputsThatAreInputsAreRefused)
     EXPECT_EQ(ReadFile(mFolder / "small.csv"), TwoFrames());
 }
 
-TEST_F(KMotionTest, TheSkeletonIsFound)
+TEST_F(KMotionTest, FindsTheSkeleton)
 {
     const auto lNote = [&](const char* pMotion)
     {
         return Run({"info", pMotion}).mErr;
     };
-    EXPECT_EQ(lNote("small_01.amc").substr(0, 64), "small_01.amc: note: with the skeleton small.asf (its name begins");
+    EXPECT_EQ(lNote("small_01.amc").find("small_01.amc: note: using skeleton small.asf (its name is a prefix of the motion's)\n"), 0u);
 
     WriteFile(mFolder / "Other.ASF", SmallSkeleton());
     WriteFile(mFolder / "named.amc", TwoFrames("#!OML:ASF H:\\somewhere\\OTHER.asf\n:DEGREES\n"));
-    EXPECT_NE(lNote("named.amc").find("with the skeleton Other.ASF (named in its header)"), std::string::npos);
+    EXPECT_NE(lNote("named.amc").find("using skeleton Other.ASF (named in the header)"), std::string::npos);
 
     WriteFile(mFolder / "small_0.asf", SmallSkeleton());
-    EXPECT_NE(lNote("small_01.amc").find("with the skeleton small_0.asf (its name begins the motion's)"), std::string::npos);
+    EXPECT_NE(lNote("small_01.amc").find("using skeleton small_0.asf (its name is a prefix of the motion's)"), std::string::npos);
 
     WriteFile(mFolder / "x.amc", TwoFrames());
     const KRunResult lMany = Run({"info", "x.amc"});
     EXPECT_EQ(lMany.mExit, 2);
-    EXPECT_EQ(lMany.mErr, "x.amc: error: needs its skeleton: it may be any of Other.ASF, small.asf, small_0.asf; tell with --asf FILE\n");
+    EXPECT_EQ(lMany.mErr, "x.amc: error: needs a skeleton: candidates are Other.ASF, small.asf, small_0.asf; give one with --asf FILE\n");
     EXPECT_EQ(Run({"info", "x.amc", "--asf", "small.asf", "-q"}).mErr, "");
 
     fs::create_directory(mFolder / "alone");
     WriteFile(mFolder / "alone/walk.amc", TwoFrames());
     EXPECT_EQ(Run({"info", "alone/walk.amc"}).mErr,
-              "alone/walk.amc: error: needs its skeleton: there is no ASF file beside it; tell with --asf FILE\n");
+              "alone/walk.amc: error: needs a skeleton: there is no ASF file in its folder; give one with --asf FILE\n");
     WriteFile(mFolder / "alone/only.asf", SmallSkeleton());
-    EXPECT_NE(lNote("alone/walk.amc").find("with the skeleton alone/only.asf (the only one beside it)"), std::string::npos);
+    EXPECT_NE(lNote("alone/walk.amc").find("using skeleton alone/only.asf (the only one in the folder)"), std::string::npos);
 }
 
-TEST_F(KMotionTest, TheRateIsToldOrAssumed)
+TEST_F(KMotionTest, TheRateIsReadOrAssumed)
 {
-    const std::string lAssumed = "small_01.amc: note: does not say how many frames a second it has: taken as 120\n";
+    const std::string lAssumed = "small_01.amc: note: has no frame rate, using 120 frames per second\n";
     EXPECT_NE(Run({"info", "small_01.amc"}).mErr.find(lAssumed), std::string::npos);
     EXPECT_EQ(Run({"info", "small_01.amc", "--fps", "30"}).mErr.find(lAssumed), std::string::npos);
     WriteFile(mFolder / "small_02.amc", TwoFrames(":DEGREES\n:SAMPLES-PER-SECOND 60\n"));
-    EXPECT_EQ(Run({"info", "small_02.amc"}).mErr.find("note: does not say"), std::string::npos);
+    EXPECT_EQ(Run({"info", "small_02.amc"}).mErr.find("note: has no frame rate"), std::string::npos);
 
     for (const auto& [lFps, lRate] : {std::pair<const char*, double>{"25", 25}, {"23.976", 23.976}, {"30000/1001", 30000.0 / 1001}})
     {
@@ -186,7 +186,7 @@ TEST_F(KMotionTest, TheRateIsToldOrAssumed)
     }
 }
 
-TEST_F(KMotionTest, InfoAndCheckKnowTheLimits)
+TEST_F(KMotionTest, InfoAndCheckReportExceededLimits)
 {
     const json lMotion = JsonOf(Run({"info", "--json", "-q", "small_01.amc"}))["motion"];
     EXPECT_EQ(lMotion["frameCount"], 2);
@@ -199,12 +199,13 @@ TEST_F(KMotionTest, InfoAndCheckKnowTheLimits)
 
     const KRunResult lCheck = Run({"check", "-q", "small_01.amc"});
     EXPECT_EQ(lCheck.mExit, 0);
-    EXPECT_EQ(lCheck.mErr, "small_01.amc: warning: Bone shin: rx leaves its limits (-10 170) in 1 frame, from frame 2 on, with 0 to 180\n");
+    EXPECT_EQ(lCheck.mErr,
+              "small_01.amc: warning: Bone shin: rx is outside its limits (-10 170) in 1 frame, first in frame 2; its range is 0 to 180\n");
     EXPECT_EQ(lCheck.mOut, "1 files, 0 errors, 1 warnings\n");
     EXPECT_EQ(Run({"check", "-q", "--strict", "small_01.amc"}).mExit, 1);
 }
 
-TEST_F(KMotionTest, ABrokenMotionNamesItsLine)
+TEST_F(KMotionTest, AMotionErrorHasItsLine)
 {
     WriteFile(mFolder / "small_03.amc", ":DEGREES\n1\nroot 0 0 0 0 0 0\nthigh 0 x 0\nshin 0\n");
     for (const std::vector<std::string>& lArguments : {std::vector<std::string>{"info", "small_03.amc"},
@@ -220,7 +221,7 @@ TEST_F(KMotionTest, ABrokenMotionNamesItsLine)
     EXPECT_FALSE(fs::exists(mFolder / "a.svg"));
 }
 
-TEST_F(KMotionTest, WrongCalls)
+TEST_F(KMotionTest, UsageErrors)
 {
     for (const std::vector<std::string>& lArguments : {std::vector<std::string>{"positions", "small.asf"},
                                                        {"positions", "small.asf", "small.asf"},
@@ -249,7 +250,7 @@ TEST_F(KMotionTest, PosesAndTrails)
     EXPECT_NE(lTrail.find("<title>shin</title></path>"), std::string::npos);
 }
 
-TEST_F(KMotionTest, AMotionOfOneFrameHasOne)
+TEST_F(KMotionTest, AMotionOfOneFrameGivesOne)
 {
     WriteFile(mFolder / "small_04.amc", ":DEGREES\n5\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n");
     const std::string lCsv = Run({"positions", "small_04.amc", "-q", "--wide"}).mOut;
@@ -275,7 +276,7 @@ TEST_F(KMotionTest, AnInterruptLeavesNothingBehind)
     }
     WriteFile(mFolder / "small_06.amc", lLong);
     WriteFile(mFolder / "old.csv", "old");
-    // Interrupted as soon as a temporary file shows, or after it ended, in which case the whole new file is there.
+    // Interrupted as soon as a temporary file appears, or after the program has ended and the new file is complete.
     const KRunResult  lResult = RunShell("\"$ASF\" positions small_06.amc -q -o old.csv & pid=$!; "
                                           "while kill -0 $pid 2> /dev/null && [ $(ls -A | wc -l) -lt 5 ]; do :; done; "
                                           "kill -TERM $pid 2> /dev/null; wait $pid; echo $?; ls -A | wc -l",
@@ -285,7 +286,7 @@ TEST_F(KMotionTest, AnInterruptLeavesNothingBehind)
     EXPECT_TRUE(lOld == "old" || std::count(lOld.begin(), lOld.end(), '\n') == 1 + 60000 * 4) << lOld.size();
 }
 
-TEST(AsfPositions, RealMotionsAreWhereAnotherProgramPutsThem)
+TEST(AsfPositions, RealMotionsMatchAnotherProgram)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     QEX_SKIP_WITHOUT_ORACLE();
@@ -325,7 +326,7 @@ TEST(AsfPositions, RealMotionsAreWhereAnotherProgramPutsThem)
     }
 }
 
-TEST(AsfSamples, TheScriptWritesThem)
+TEST(AsfSamples, TheScriptReproducesThem)
 {
     KTempDir lFolder;
     ASSERT_EQ(RunProgram({"python3", Sample("make_walk.py"), lFolder.Path().string()}).mExit, 0);
@@ -335,7 +336,7 @@ TEST(AsfSamples, TheScriptWritesThem)
     }
 }
 
-/// A foot that carries weight stays where it is.
+/// A planted foot stays in place.
 TEST(AsfSamples, FeetDoNotSlide)
 {
     const json lWalk = json::parse(RunAsf({"check", "-q", "--strict", Sample("walk.amc")}).mExit == 0 ? "true" : "false");

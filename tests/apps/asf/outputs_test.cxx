@@ -60,7 +60,7 @@ TEST_F(KOutputTest, AFailedRunLeavesTheOldFile)
     EXPECT_EQ(FileCount(), 3u);
 }
 
-TEST_F(KOutputTest, AFolderAndAMissingFolderAreNoOutputs)
+TEST_F(KOutputTest, AFolderOrAMissingFolderIsRefused)
 {
     fs::create_directory(mFolder / "out");
     const KRunResult lFolder = Run({"draw", "small.asf", "-o", "out"});
@@ -71,7 +71,7 @@ TEST_F(KOutputTest, AFolderAndAMissingFolderAreNoOutputs)
     EXPECT_EQ(lMissing.mErr, "none/out.svg: error: cannot be written: No such file or directory\n");
 }
 
-TEST_F(KOutputTest, AFullDeviceIsTheSystemsFault)
+TEST_F(KOutputTest, AFullDeviceIsASystemError)
 {
     const KRunResult lFile = Run({"draw", "small.asf", "-o", "/dev/full"});
     EXPECT_EQ(lFile.mExit, 3);
@@ -101,7 +101,7 @@ TEST_F(KOutputTest, AClosedPipeEndsItQuietly)
     }
 }
 
-TEST_F(KOutputTest, NoColourAwayFromATerminal)
+TEST_F(KOutputTest, NoColourWithoutATerminal)
 {
     WriteFile(mFolder / "warn.asf", Replaced(SmallSkeleton(), "length 7", "length 7,5"));
     KRunOptions lOptions = mOptions;
@@ -110,7 +110,7 @@ TEST_F(KOutputTest, NoColourAwayFromATerminal)
     EXPECT_EQ(lResult.mErr.find('\x1b'), std::string::npos);
 }
 
-/// `script` gives the program a terminal.
+/// `script` runs the program in a terminal.
 TEST_F(KOutputTest, ColourOnATerminalUnlessForbidden)
 {
     WriteFile(mFolder / "warn.asf", Replaced(SmallSkeleton(), "length 7", "length 7,5"));

@@ -13,7 +13,7 @@
 namespace qextest
 {
 
-/// Runs the built `asf` with \p pArguments, without colours, in the "C" locale.
+/// Runs the built `asf` with \p pArguments, without colours.
 inline KRunResult RunAsf(const std::vector<std::string>& pArguments, KRunOptions pOptions = {})
 {
     std::vector<std::string> lArguments{QEX_ASF_PROGRAM};
@@ -29,7 +29,7 @@ inline KRunResult RunShell(const std::string& pScript, KRunOptions pOptions = {}
     return RunProgram({"sh", "-c", pScript}, pOptions);
 }
 
-/// The one JSON object that standard output holds, on one line.
+/// Parses standard output, which must be one JSON object on one line.
 inline nlohmann::json JsonOf(const KRunResult& pResult)
 {
     EXPECT_EQ(pResult.mOut.find('\n'), pResult.mOut.size() - 1) << pResult.mOut;
@@ -41,7 +41,7 @@ inline std::string Sample(const char* pName)
     return (SamplesDir() / pName).string();
 }
 
-/// A small skeleton that nothing is wrong with: root, hip (no DOF), thigh and shin.
+/// A small skeleton without problems: root, hip (no DOF), thigh and shin.
 inline std::string SmallSkeleton()
 {
     return ":version 1.10\n:name small\n:units\n  mass 1.0\n  length 0.45\n  angle deg\n:documentation\n  none\n:root\n"
@@ -54,13 +54,13 @@ inline std::string SmallSkeleton()
            ":hierarchy\n  begin\n    root hip\n    hip thigh\n    thigh shin\n  end\n";
 }
 
-/// Number of the line of \p pText that holds \p pPart, from 1; 0 when none does.
+/// Number of the line of \p pText that contains \p pPart, from 1; 0 if none does.
 inline int LineOf(const std::string& pText, const std::string& pPart)
 {
-    const size_t lPlace = pText.find(pPart);
-    return lPlace == std::string::npos
+    const size_t lPosition = pText.find(pPart);
+    return lPosition == std::string::npos
                ? 0
-               : 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<std::ptrdiff_t>(lPlace), '\n'));
+               : 1 + static_cast<int>(std::count(pText.begin(), pText.begin() + static_cast<std::ptrdiff_t>(lPosition), '\n'));
 }
 
 } // namespace qextest

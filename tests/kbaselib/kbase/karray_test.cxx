@@ -35,7 +35,7 @@ void Fill(KIntArray& pArray, int pCount)
     }
 }
 
-TEST(KArrayTest, IsEmptyAndOwnsNothingAtFirst)
+TEST(KArrayTest, StartsEmptyAndOwnsNoMemory)
 {
     KMemoryWatch lWatch;
     KIntArray    lArray;
@@ -92,7 +92,7 @@ class KArrayInsertTest : public testing::TestWithParam<KInsertCase>
 {
 };
 
-TEST_P(KArrayInsertTest, PutsTheItemWhereItBelongs)
+TEST_P(KArrayInsertTest, ClampsTheIndex)
 {
     KIntArray lArray;
     Fill(lArray, 3);
@@ -100,7 +100,7 @@ TEST_P(KArrayInsertTest, PutsTheItemWhereItBelongs)
     EXPECT_EQ(Contents(lArray), GetParam().mContents) << GetParam().mWhat;
 }
 
-INSTANTIATE_TEST_SUITE_P(Places, KArrayInsertTest,
+INSTANTIATE_TEST_SUITE_P(Indices, KArrayInsertTest,
                          testing::Values(KInsertCase{"at the front", 0, 0, {9, 0, 1, 2}}, KInsertCase{"in the middle", 1, 1, {0, 9, 1, 2}},
                                          KInsertCase{"at the count", 3, 3, {0, 1, 2, 9}},
                                          KInsertCase{"beyond the count", 99, 3, {0, 1, 2, 9}},
@@ -145,7 +145,7 @@ TEST(KArrayTest, IndicesOutsideTheArrayGiveNull)
     EXPECT_EQ(lArray.Find(sItems + 8), -1);
 }
 
-TEST(KArrayTest, ClearGivesTheBlockBack)
+TEST(KArrayTest, ClearFreesTheBlock)
 {
     KMemoryWatch lWatch;
     KIntArray    lArray;
@@ -177,7 +177,7 @@ TEST(KArrayTest, AFailedReallocationLeavesTheArrayAsItWas)
     }
 }
 
-TEST(KArrayTest, GivesItsBlockBackInTheEnd)
+TEST(KArrayTest, DestructionFreesTheBlock)
 {
     KMemoryWatch lWatch;
     {
@@ -187,20 +187,20 @@ TEST(KArrayTest, GivesItsBlockBackInTheEnd)
     EXPECT_EQ(lWatch.GetBlocks(), 0U);
 }
 
-TEST(KArrayTest, RemoveIfCompactsOnceAndZeroesWhatItLeaves)
+TEST(KArrayTest, RemoveIfCompactsInOnePassAndZeroesTheTail)
 {
     KMemoryWatch lWatch;
     KIntArray    lArray;
     Fill(lArray, 8);
-    int lAsked = 0;
+    int lCalls = 0;
     EXPECT_EQ(lArray.RemoveIf(
-                  [&lAsked](const int* pItem)
+                  [&lCalls](const int* pItem)
                   {
-                      ++lAsked;
+                      ++lCalls;
                       return (pItem - sItems) % 2 == 0;
                   }),
               4);
-    EXPECT_EQ(lAsked, 8);
+    EXPECT_EQ(lCalls, 8);
     EXPECT_EQ(Contents(lArray), (std::vector<int>{1, 3, 5, 7}));
     EXPECT_EQ(lArray.GetBlockCount(), 2);
     int* lSlots[8];
@@ -211,8 +211,8 @@ TEST(KArrayTest, RemoveIfCompactsOnceAndZeroesWhatItLeaves)
     }
 }
 
-/// Random insertions and removals against the standard library's vector.
-TEST(KArrayTest, BehavesAsAVector)
+/// Random insertions and removals, compared with std::vector.
+TEST(KArrayTest, BehavesLikeAVector)
 {
     std::mt19937     lRandom(20260);
     KIntArray        lArray;

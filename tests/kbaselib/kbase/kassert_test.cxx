@@ -31,7 +31,7 @@ TEST(KAssertTest, ReportsToStandardErrorAndToTheHandler)
     EXPECT_FALSE(lWatch.GetReports()[0].mHasFlag);
 }
 
-TEST(KAssertTest, TextsThatAreMissingAreEmpty)
+TEST(KAssertTest, NullTextsPrintAsEmpty)
 {
     testing::internal::CaptureStderr();
     KAssertFailed(nullptr, nullptr, 3, nullptr, nullptr);
@@ -48,7 +48,7 @@ TEST(KAssertTest, WithoutAFlagEveryFailureIsReported)
     EXPECT_EQ(lWatch.GetReports().size(), 2U);
 }
 
-TEST(KAssertTest, AFlagShowsTheReportOnce)
+TEST(KAssertTest, WithAFlagOnlyTheFirstFailureIsReported)
 {
     KAssertWatch lWatch;
     bool         lHide = false;
@@ -95,7 +95,7 @@ TEST(KAssertTest, ASiteThatFailsAgainInTheHandlerIsNotReportedAgain)
     EXPECT_EQ(sCalls, 1);
 }
 
-TEST(KAssertTest, SettingAHandlerGivesTheOneBefore)
+TEST(KAssertTest, SettingAHandlerReturnsThePreviousOne)
 {
     const KAssertHandler lHandler = [](const char*, const char*, unsigned long, const char*, bool*) {
     };

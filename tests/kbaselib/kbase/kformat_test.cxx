@@ -40,7 +40,7 @@ std::string Printf(const char* pFormat, ...)
 
 #define EXPECT_AS_PRINTF(...) EXPECT_EQ(FormatUpTo(std::string::npos, __VA_ARGS__), Printf(__VA_ARGS__))
 
-TEST(KFormat, TextOfAnyLengthIsThatOfPrintf)
+TEST(KFormat, TextOfAnyLengthMatchesPrintf)
 {
     EXPECT_AS_PRINTF("plain");
     EXPECT_AS_PRINTF("%s", "");
@@ -67,7 +67,7 @@ TEST(KFormat, LocaleOfTheProcessDoesNotMatter)
     QEX_WITH_COMMA_LOCALE();
     EXPECT_EQ(Printf("%.1f", 0.5), "0,5");
     EXPECT_EQ(FormatUpTo(100, "%.1f %g %e %d", 0.5, 1234.5, 1.5, 1234567), "0.5 1234.5 1.500000e+00 1234567");
-    EXPECT_EQ(Printf("%.1f", 0.5), "0,5") << "the thread's own locale is in force again";
+    EXPECT_EQ(Printf("%.1f", 0.5), "0,5") << "the thread's own locale is restored";
 }
 
 } // namespace

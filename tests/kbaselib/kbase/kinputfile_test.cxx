@@ -25,7 +25,6 @@ namespace
 
 constexpr size_t kAll = std::numeric_limits<size_t>::max();
 
-/// Longer than what is read at once.
 std::string Reason(int pError)
 {
     return std::generic_category().message(pError);
@@ -51,7 +50,7 @@ TEST(KReadWholeFile, GivesEveryByteUpToTheCap)
     EXPECT_EQ(lBytes, "");
 }
 
-TEST(KReadWholeFile, TellsWhyNot)
+TEST(KReadWholeFile, ReportsTheReason)
 {
     KTempDir lDir;
     ASSERT_EQ(::mkfifo((lDir / "fifo").c_str(), 0600), 0);
@@ -69,7 +68,7 @@ TEST(KReadWholeFile, TellsWhyNot)
     }
 }
 
-TEST(KReadWholeFile, EveryCallThatFailsIsTold)
+TEST(KReadWholeFile, ReportsEveryFailedCall)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", LongText());
@@ -82,7 +81,7 @@ TEST(KReadWholeFile, EveryCallThatFailsIsTold)
             std::string lBytes;
             std::string lReason;
             const bool  lOk = KReadWholeFile((lDir / "text").c_str(), kAll, false, lBytes, lReason);
-            EXPECT_EQ(lFaults.GetCount(KFileFaults::eCLOSE), lCall == KFileFaults::eOPEN && !lOk ? 0 : 1) << "open files stay behind";
+            EXPECT_EQ(lFaults.GetCount(KFileFaults::eCLOSE), lCall == KFileFaults::eOPEN && !lOk ? 0 : 1) << "a file was left open";
             EXPECT_EQ(lReason, lOk ? "" : Reason(EIO));
             if (lOk)
             {
@@ -94,7 +93,7 @@ TEST(KReadWholeFile, EveryCallThatFailsIsTold)
     }
 }
 
-TEST(KReadWholeFile, CallsWorthAnotherTryGetIt)
+TEST(KReadWholeFile, RetriesInterruptedAndShortCalls)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", LongText());
@@ -123,7 +122,7 @@ TEST(KReadWholeFile, DashIsStandardInputAndStaysOpen)
         std::string    lReason;
         EXPECT_TRUE(KReadWholeFile("-", kAll, false, lBytes, lReason)) << lReason;
         EXPECT_EQ(lBytes, LongText());
-        EXPECT_TRUE(KReadWholeFile("-", kAll, false, lBytes, lReason)) << "nothing more comes, but it is there";
+        EXPECT_TRUE(KReadWholeFile("-", kAll, false, lBytes, lReason)) << "at its end, but still open";
         EXPECT_EQ(lBytes, "");
     }
 }

@@ -41,7 +41,7 @@ KLines LinesOf(KLineReader& pReader)
     return lLines;
 }
 
-/// Another way to split: byte by byte.
+/// The reference: splits byte by byte.
 KLines Split(const std::string& pText)
 {
     KLines lLines;
@@ -88,7 +88,7 @@ TEST_P(KLineReaderSplitTest, MemoryAndFile)
     EXPECT_EQ(LinesOf(lReader), GetParam().mLines);
     EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND);
     EXPECT_FALSE(lReader.HasFailed());
-    EXPECT_FALSE(lReader.NextLine()) << "asked again";
+    EXPECT_FALSE(lReader.NextLine()) << "a second time";
 
     KTempDir lDir;
     WriteFile(lDir / "text", GetParam().mText);
@@ -96,7 +96,7 @@ TEST_P(KLineReaderSplitTest, MemoryAndFile)
     EXPECT_EQ(LinesOf(lReader), GetParam().mLines);
     ASSERT_TRUE(lReader.Rewind());
     EXPECT_EQ(lReader.GetLineNumber(), 0);
-    EXPECT_EQ(LinesOf(lReader), GetParam().mLines) << "after going back";
+    EXPECT_EQ(LinesOf(lReader), GetParam().mLines) << "after rewinding";
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -114,9 +114,9 @@ INSTANTIATE_TEST_SUITE_P(
                     KSplitCase{"mark alone", "\xEF\xBB\xBF", {}}, KSplitCase{"half a mark", "\xEF\xBB", {"\xEF\xBB"}},
                     KSplitCase{"mark later on", "a\n\xEF\xBB\xBF", {"a", "\xEF\xBB\xBF"}}, KSplitCase{"one byte", "\xFF", {"\xFF"}}));
 
-TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
+TEST(KLineReader, LineEndsAroundTheBufferBoundary)
 {
-    // Line ends of every kind at and around 65,536 bytes, where the buffer is filled anew.
+    // Line ends of every kind at and around 65,536 bytes, where the buffer is refilled.
     for (const char* lEnd : {"\n", "\r\n", "\r", "\n\r", "\r\r\n"})
     {
         for (size_t lPad = 65530; lPad < 65540; ++lPad)
@@ -129,8 +129,8 @@ TEST(KLineReader, EveryPlaceOfTheBuffersEdge)
     }
 }
 
-/// Whatever ends the lines: only of the first one, which is read together with the buffer, it need not be known.
-TEST(KLineReader, LinesWithoutWatchedBytesAreKnownToBePlain)
+/// With any line end; only the first line, which is read together with the buffer, need not be known to be plain.
+TEST(KLineReader, LinesWithoutWatchedBytesArePlain)
 {
     for (const char* lEnd : {"\n", "\r\n"})
     {
@@ -185,7 +185,7 @@ TEST(KLineReader, WatchedBytesAreFoundInTheirLinesOnly)
     }
 }
 
-TEST(KLineReader, ReadsThatBringOneByte)
+TEST(KLineReader, OneByteReads)
 {
     const std::string lText = "\xEF\xBB\xBFone\r\ntwo\rthree\n\nfive";
     KTempDir          lDir;
@@ -219,8 +219,8 @@ TEST_P(KLineReaderUtf16Test, IsReported)
 }
 
 INSTANTIATE_TEST_SUITE_P(Marks, KLineReaderUtf16Test,
-                         testing::Values(KMarkCase{"little end first", Text("\xFF\xFE:\0\n\0", 6)},
-                                         KMarkCase{"big end first", Text("\xFE\xFF\0:\0\n", 6)}, KMarkCase{"mark alone", "\xFF\xFE"}));
+                         testing::Values(KMarkCase{"little-endian", Text("\xFF\xFE:\0\n\0", 6)},
+                                         KMarkCase{"big-endian", Text("\xFE\xFF\0:\0\n", 6)}, KMarkCase{"mark alone", "\xFF\xFE"}));
 
 struct KLengthCase
 {
@@ -356,7 +356,7 @@ TEST(KLineReader, NeverOpened)
     EXPECT_EQ(lReader.GetReason(), "");
 }
 
-TEST(KLineReader, ADeviceErrorIsNotTheEnd)
+TEST(KLineReader, ADeviceErrorIsNotTheEndOfTheInput)
 {
     std::string lText;
     for (int i = 0; i < 50000; ++i)
@@ -399,7 +399,7 @@ TEST(KLineReader, InterruptedCallsAreRepeated)
     }
 }
 
-TEST(KLineReader, PipeThatWasMadeNonBlockingIsWaitedFor)
+TEST(KLineReader, WaitsForANonBlockingPipe)
 {
     KStandardInput lInput("one\ntwo\n", true);
     KLineReader    lReader;
@@ -408,7 +408,7 @@ TEST(KLineReader, PipeThatWasMadeNonBlockingIsWaitedFor)
     EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND);
 }
 
-TEST(KLineReader, GoingBackThatTheSystemRefuses)
+TEST(KLineReader, RewindReportsASeekError)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", "one\n");
@@ -435,7 +435,7 @@ TEST(KLineReader, DashIsStandardInput)
     EXPECT_TRUE(lReader.Rewind()) << "nothing was read yet";
     EXPECT_EQ(LinesOf(lReader), Split(lText));
     EXPECT_FALSE(lReader.Rewind());
-    EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND) << "going back is refused, nothing else changed";
+    EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND) << "rewinding is refused, nothing else changed";
 }
 
 TEST(KLineReader, LineWithoutEndFromAPipeIsBounded)
@@ -447,16 +447,16 @@ TEST(KLineReader, LineWithoutEndFromAPipeIsBounded)
     EXPECT_FALSE(lReader.NextLine());
     EXPECT_EQ(lReader.GetStatus(), KLineReader::eTOO_LONG);
     EXPECT_LE(lWatch.GetLargest(), KLineReader::kMaxLine + 100000);
-    // The writer ends when the pipe has been emptied.
+    // The writer finishes once the pipe is drained.
     char lRest[65536];
     while (::read(STDIN_FILENO, lRest, sizeof lRest) > 0)
     {
     }
 }
 
-TEST(KLineReader, NothingIsReadBehindALineThatIsTooLong)
+TEST(KLineReader, NothingIsReadAfterALineThatIsTooLong)
 {
-    // With a second line in the buffer, so that the fast way and the slow one both meet it.
+    // With a first line in the buffer, so that both the fast and the slow path see the long one.
     const std::string lText = "one\n" + std::string(KLineReader::kMaxLine + 1, 'x') + "\ntwo\n";
     KLineReader       lReader;
     ASSERT_TRUE(lReader.OpenBuffer(lText.data(), lText.size()));
@@ -467,8 +467,8 @@ TEST(KLineReader, NothingIsReadBehindALineThatIsTooLong)
     EXPECT_FALSE(lReader.NextLine());
 }
 
-/// A long line makes the buffer large: what comes next may then stand in it as a whole, and is too long all the same.
-TEST(KLineReader, LinesThatAreTooLongBehindALongOne)
+/// A long line makes the buffer large. A later line that is too long may then be complete in the buffer, and must still be refused.
+TEST(KLineReader, LineThatIsTooLongAfterALongOne)
 {
     for (int lShort = 0; lShort < 40000; lShort += 2500)
     {
@@ -486,7 +486,7 @@ TEST(KLineReader, LinesThatAreTooLongBehindALongOne)
     }
 }
 
-TEST(KLineReader, PlaceInTheInput)
+TEST(KLineReader, PositionInTheInput)
 {
     const std::string lText = "one\ntwo\r\nthree";
     KLineReader       lReader;
@@ -502,7 +502,7 @@ TEST(KLineReader, PlaceInTheInput)
     EXPECT_EQ(lReader.GetPosition(), static_cast<int64_t>(lText.size()));
 }
 
-TEST(KLineReader, StatusAndNumberOutliveClosing)
+TEST(KLineReader, StatusAndLineNumberSurviveClose)
 {
     KLineReader lReader;
     ASSERT_TRUE(lReader.OpenBuffer("one\n", 4));

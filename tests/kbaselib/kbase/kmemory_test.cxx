@@ -24,18 +24,18 @@ struct KCounted
 
 struct KDerived : KCounted
 {
-    ~KDerived() override { smGone = true; }
-    static bool smGone;
+    ~KDerived() override { smDestroyed = true; }
+    static bool smDestroyed;
     char        mMore[100] = {};
 };
-bool KDerived::smGone = false;
+bool KDerived::smDestroyed = false;
 
 struct KThrowing
 {
     KThrowing() { throw std::runtime_error("no"); }
 };
 
-TEST(KMemoryTest, NewMakesAnObjectInTheLibrarysMemory)
+TEST(KMemoryTest, NewAllocatesWithTheLibrarysAllocator)
 {
     KMemoryWatch lWatch;
     KCounted*    lObject = QexSdkNew<KCounted>();
@@ -49,7 +49,7 @@ TEST(KMemoryTest, NewMakesAnObjectInTheLibrarysMemory)
     EXPECT_EQ(lWatch.GetBlocks(), 0U);
 }
 
-TEST(KMemoryTest, NewHandsItsArgumentsOn)
+TEST(KMemoryTest, NewForwardsItsArguments)
 {
     KCounted* lObject = QexSdkNew<KCounted>(3);
     ASSERT_NE(lObject, nullptr);
@@ -77,13 +77,13 @@ TEST(KMemoryTest, DeleteRunsTheVirtualDestructor)
 {
     KMemoryWatch lWatch;
     KCounted*    lObject = QexSdkNew<KDerived>();
-    KDerived::smGone = false;
+    KDerived::smDestroyed = false;
     QexSdkDelete(lObject);
-    EXPECT_TRUE(KDerived::smGone);
+    EXPECT_TRUE(KDerived::smDestroyed);
     EXPECT_EQ(lWatch.GetBlocks(), 0U);
 }
 
-TEST(KMemoryTest, NullIsReleasedQuietly)
+TEST(KMemoryTest, ReleasingNullDoesNothing)
 {
     QexSdkDelete<KCounted>(nullptr);
     QexSdkFree(nullptr);

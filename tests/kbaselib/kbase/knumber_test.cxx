@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Numbers, KNumberDoubleTest,
                                          KDoubleCase{"4.9e-324", KNumberStatus::eOK, 4.9e-324},
                                          KDoubleCase{"1.7976931348623157e308", KNumberStatus::eOK, 1.7976931348623157e308}));
 
-INSTANTIATE_TEST_SUITE_P(EndsOfTheRange, KNumberDoubleTest,
+INSTANTIATE_TEST_SUITE_P(RangeLimits, KNumberDoubleTest,
                          testing::Values(KDoubleCase{"1e-400", KNumberStatus::eOK, 0}, KDoubleCase{"-1e-400", KNumberStatus::eOK, -0.0},
                                          KDoubleCase{"2e-324", KNumberStatus::eOK, 0}, KDoubleCase{"-2e-324", KNumberStatus::eOK, -0.0},
                                          KDoubleCase{"1e400", KNumberStatus::eOVERFLOW, kInf},
@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(EndsOfTheRange, KNumberDoubleTest,
                                          KDoubleCase{"0." + std::string(400, '0') + "1e900", KNumberStatus::eOVERFLOW, kInf},
                                          KDoubleCase{std::string(400, '9') + "e-900", KNumberStatus::eOK, 0}));
 
-INSTANTIATE_TEST_SUITE_P(NoNumbers, KNumberDoubleTest,
+INSTANTIATE_TEST_SUITE_P(NotNumbers, KNumberDoubleTest,
                          testing::Values(KDoubleCase{"", KNumberStatus::eINVALID, 0}, KDoubleCase{"+", KNumberStatus::eINVALID, 0},
                                          KDoubleCase{"-", KNumberStatus::eINVALID, 0}, KDoubleCase{".", KNumberStatus::eINVALID, 0},
                                          KDoubleCase{"+-5", KNumberStatus::eINVALID, 0}, KDoubleCase{"--5", KNumberStatus::eINVALID, 0},
@@ -90,7 +90,7 @@ class KNumberWordTest : public testing::TestWithParam<KDoubleCase>
 {
 };
 
-TEST_P(KNumberWordTest, ReadsWhatIsNotFiniteWhenAsked)
+TEST_P(KNumberWordTest, ReadsNonFiniteWordsWhenAllowed)
 {
     double lValue = -77;
     EXPECT_EQ(KNumberParse(GetParam().mText, lValue, KNumberWords::eNONFINITE), GetParam().mStatus) << GetParam().mText;
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(Numbers, KNumberIntegerTest,
                                          KIntegerCase{"1.0", KNumberStatus::eINVALID, 0}, KIntegerCase{"+-1", KNumberStatus::eINVALID, 0},
                                          KIntegerCase{"1e3", KNumberStatus::eINVALID, 0}, KIntegerCase{"12a", KNumberStatus::eINVALID, 0}));
 
-TEST(KNumberTest, LongLongReachesItsOwnEnds)
+TEST(KNumberTest, LongLongHasItsOwnLimits)
 {
     long long lValue = 0;
     EXPECT_EQ(KNumberParse("-9223372036854775808", lValue), KNumberStatus::eOK);
@@ -164,7 +164,7 @@ class KNumberScanTest : public testing::TestWithParam<KScanCase>
 {
 };
 
-TEST_P(KNumberScanTest, ReadsThePlainNumberInFront)
+TEST_P(KNumberScanTest, ReadsTheLeadingPlainNumber)
 {
     const char* lText = GetParam().mText;
     double      lValue = -77;
@@ -183,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, KNumberScanTest,
                                          KScanCase{"0.0000000000000001", -1, 0}, KScanCase{"", -1, 0}, KScanCase{"-", -1, 0},
                                          KScanCase{".", -1, 0}, KScanCase{"x", -1, 0}, KScanCase{"-.", -1, 0}));
 
-/// Every number of digits before and behind the point, every byte after it, with and without text to spare behind it.
+/// Every number of digits before and after the point, every byte after the number, with and without more text after that.
 TEST(KNumberTest, ScansTheSameBitsAsTheCLibrary)
 {
     std::mt19937 lRandom(77);
@@ -219,7 +219,7 @@ TEST(KNumberTest, ScansTheSameBitsAsTheCLibrary)
     }
 }
 
-/// strtod of the C library, in its "C" locale, is the judge: every text is read to the same bits.
+/// The reference is strtod of the C library in the "C" locale: every text must give the same bits.
 TEST(KNumberTest, ReadsTheSameBitsAsTheCLibrary)
 {
     std::mt19937_64 lRandom(1991);
@@ -266,7 +266,7 @@ class KNumberFixedTest : public testing::TestWithParam<KFixedCase>
 {
 };
 
-TEST_P(KNumberFixedTest, WritesNoMoreThanItNeeds)
+TEST_P(KNumberFixedTest, WritesNoTrailingZeros)
 {
     EXPECT_EQ(Fixed(GetParam().mValue, GetParam().mDecimals), GetParam().mText);
 }
@@ -292,7 +292,7 @@ TEST(KNumberTest, TheBufferHoldsTheLongestFixedText)
     EXPECT_EQ(lEnd - lBuffer, 311 + kNumberMaxDecimals);
 }
 
-TEST(KNumberTest, SaysWhenTheTextDoesNotFit)
+TEST(KNumberTest, ReturnsNullWhenTheTextDoesNotFit)
 {
     char lBuffer[4];
     EXPECT_EQ(KNumberPrintFixed(lBuffer, lBuffer + 4, 123456.0, 2), nullptr);
@@ -301,7 +301,7 @@ TEST(KNumberTest, SaysWhenTheTextDoesNotFit)
     EXPECT_EQ(KNumberPrint(lBuffer, lBuffer + 4, 1.0, 'd', 6), nullptr);
 }
 
-TEST(KNumberTest, PrintsAsTheCLibraryDoes)
+TEST(KNumberTest, PrintsLikeTheCLibrary)
 {
     std::mt19937_64 lRandom(17);
     for (int lStep = 0; lStep < 20000; ++lStep)
@@ -320,7 +320,7 @@ TEST(KNumberTest, PrintsAsTheCLibraryDoes)
     }
 }
 
-TEST(KNumberTest, TheShortestTextComesBackToTheLastBit)
+TEST(KNumberTest, TheShortestTextRoundTrips)
 {
     std::mt19937_64 lRandom(4);
     for (int lStep = 0; lStep < 20000; ++lStep)
@@ -353,8 +353,8 @@ TEST(KNumberTest, TheLocaleDoesNotMatter)
     std::setlocale(LC_ALL, lBefore.c_str());
 }
 
-/// The text that all digits of the number give, without zeros at the end.
-std::string FixedByAllDigits(double pValue, int pDecimals)
+/// printf's text without trailing zeros.
+std::string FixedByPrintf(double pValue, int pDecimals)
 {
     char lBuffer[400];
     std::snprintf(lBuffer, sizeof(lBuffer), "%.*f", pDecimals, pValue);
@@ -367,9 +367,9 @@ std::string FixedByAllDigits(double pValue, int pDecimals)
     return lText == "-0" ? "0" : lText;
 }
 
-/// Motion's numbers are printed by whole numbers; where only all digits tell, those that stand exactly between two texts among them, the
-/// slow way has to take over.
-TEST(KNumberPrintTest, FixedIsNearestWhateverTheWay)
+/// Typical motion values are printed in integer arithmetic; values close to halfway between two texts, exact ties included, must take
+/// the slow path.
+TEST(KNumberPrintTest, FixedIsNearestOnBothPaths)
 {
     std::mt19937_64                        lRandom(17);
     std::uniform_real_distribution<double> lSpread(-1.0, 1.0);
@@ -396,7 +396,7 @@ TEST(KNumberPrintTest, FixedIsNearestWhateverTheWay)
         const int   lDecimals = static_cast<int>(lRandom() % 10);
         char        lBuffer[kNumberBufferSize];
         char* const lEnd = KNumberPrintFixed(lBuffer, lBuffer + sizeof(lBuffer), lValue, lDecimals);
-        ASSERT_EQ(std::string(lBuffer, static_cast<size_t>(lEnd - lBuffer)), FixedByAllDigits(lValue, lDecimals)) << lDecimals;
+        ASSERT_EQ(std::string(lBuffer, static_cast<size_t>(lEnd - lBuffer)), FixedByPrintf(lValue, lDecimals)) << lDecimals;
     }
 }
 

@@ -48,7 +48,7 @@ mode_t ModeOf(const fs::path& pPath)
     return lStat.st_mode & 07777;
 }
 
-bool WriteInPieces(KOutputFile& pOutput, const std::string& pText)
+bool WriteInChunks(KOutputFile& pOutput, const std::string& pText)
 {
     bool lOk = true;
     for (size_t i = 0; i < pText.size(); i += 1000)
@@ -58,25 +58,25 @@ bool WriteInPieces(KOutputFile& pOutput, const std::string& pText)
     return lOk;
 }
 
-TEST(KOutputFile, MakesAFile)
+TEST(KOutputFile, CreatesAFile)
 {
     KTempDir    lDir;
     KOutputFile lOutput;
     ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
     EXPECT_TRUE(lOutput.IsOpen());
-    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    EXPECT_TRUE(WriteInChunks(lOutput, LongText()));
     EXPECT_FALSE(fs::exists(lDir / "new"));
     EXPECT_TRUE(lOutput.Close());
     EXPECT_FALSE(lOutput.IsOpen());
     EXPECT_EQ(lOutput.GetSize(), LongText().size());
     EXPECT_EQ(ReadFile(lDir / "new"), LongText());
     EXPECT_EQ(CountFiles(lDir.Path()), 1u);
-    EXPECT_TRUE(lOutput.Close()) << "a second time the first result again";
+    EXPECT_TRUE(lOutput.Close()) << "the second call returns the first result";
     EXPECT_FALSE(lOutput.Write("x", 1));
     EXPECT_TRUE(lOutput.Close());
 }
 
-TEST(KOutputFile, PassesOnPiecesLargerThanItsBuffer)
+TEST(KOutputFile, WritesChunksLargerThanItsBuffer)
 {
     KTempDir    lDir;
     KOutputFile lOutput;
@@ -88,7 +88,7 @@ TEST(KOutputFile, PassesOnPiecesLargerThanItsBuffer)
     EXPECT_EQ(ReadFile(lDir / "new"), "ab" + LongText() + "yz");
 }
 
-TEST(KOutputFile, NewFileHasTheModeThatTheUmaskLeaves)
+TEST(KOutputFile, NewFileObeysTheUmask)
 {
     KTempDir     lDir;
     const mode_t lBefore = ::umask(027);
@@ -117,8 +117,8 @@ TEST(KOutputFile, ReplacesAFileAndKeepsItsMode)
 struct KLinkCase
 {
     const char* mWhat;
-    const char* mLink;   ///< What the link says.
-    bool        mExists; ///< The file it points at is there.
+    const char* mLink;   ///< The link's text.
+    bool        mExists; ///< The link's target exists.
 };
 
 class KOutputFileLinkTest : public testing::TestWithParam<KLinkCase>
@@ -151,9 +151,8 @@ TEST_P(KOutputFileLinkTest, IsFollowed)
 
 INSTANTIATE_TEST_SUITE_P(Links, KOutputFileLinkTest,
                          testing::Values(KLinkCase{"relative", "sub/file", true}, KLinkCase{"absolute", "absolute", true},
-                                         KLinkCase{"to another link", "second", true},
-                                         KLinkCase{"to a file that is not there", "sub/file", false},
-                                         KLinkCase{"to a link to nothing", "second", false}));
+                                         KLinkCase{"to another link", "second", true}, KLinkCase{"to a missing file", "sub/file", false},
+                                         KLinkCase{"to a dangling link", "second", false}));
 
 struct KRefusal
 {
@@ -188,9 +187,9 @@ TEST_P(KOutputFileRefusalTest, IsReported)
 INSTANTIATE_TEST_SUITE_P(Refusals, KOutputFileRefusalTest,
                          testing::Values(KRefusal{"no name", "", ENOENT}, KRefusal{"a folder", "folder", EISDIR},
                                          KRefusal{"no such folder", "none/file", ENOENT}, KRefusal{"a file as folder", "file/x", ENOTDIR},
-                                         KRefusal{"links in a circle", "loop", ELOOP}));
+                                         KRefusal{"link loop", "loop", ELOOP}));
 
-TEST(KOutputFile, LeavesAFileThatIsReadOnly)
+TEST(KOutputFile, RefusesAReadOnlyFile)
 {
     KTempDir lDir;
     WriteFile(lDir / "old", "old");
@@ -206,7 +205,7 @@ TEST(KOutputFile, LeavesAFileThatIsReadOnly)
     EXPECT_EQ(CountFiles(lDir.Path()), 1u);
 }
 
-TEST(KOutputFile, LeavesAFolderThatIsReadOnly)
+TEST(KOutputFile, RefusesAReadOnlyFolder)
 {
     KTempDir lDir;
     WriteFile(lDir / "old", "old");
@@ -228,14 +227,14 @@ TEST(KOutputFile, DiscardLeavesTheOldFile)
     WriteFile(lDir / "old", "old");
     KOutputFile lOutput;
     ASSERT_TRUE(lOutput.Open((lDir / "old").c_str()));
-    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    EXPECT_TRUE(WriteInChunks(lOutput, LongText()));
     lOutput.Discard();
     EXPECT_FALSE(lOutput.Close());
     EXPECT_EQ(ReadFile(lDir / "old"), "old");
     EXPECT_EQ(CountFiles(lDir.Path()), 1u);
 }
 
-TEST(KOutputFile, DestructionAndOpeningAnotherGiveUpWhatWasNotClosed)
+TEST(KOutputFile, DestructionAndReopeningDiscardWhatWasNotClosed)
 {
     KTempDir lDir;
     {
@@ -259,7 +258,7 @@ TEST(KOutputFile, DiscardAfterCloseUndoesNothing)
     EXPECT_TRUE(fs::exists(lDir / "new"));
 }
 
-TEST(KOutputFile, NeverOpenedHasLostNothing)
+TEST(KOutputFile, ClosingWithoutOpeningSucceeds)
 {
     KOutputFile lOutput;
     EXPECT_TRUE(lOutput.Prepare());
@@ -267,7 +266,7 @@ TEST(KOutputFile, NeverOpenedHasLostNothing)
     EXPECT_FALSE(lOutput.HasFailed());
 }
 
-TEST(KOutputFile, WhatIsWrittenToNoFileIsLost)
+TEST(KOutputFile, WritingWithoutOpeningFails)
 {
     KTempDir    lDir;
     KOutputFile lOutput;
@@ -275,10 +274,10 @@ TEST(KOutputFile, WhatIsWrittenToNoFileIsLost)
     EXPECT_FALSE(lOutput.Close());
     EXPECT_FALSE(lOutput.Close());
     ASSERT_TRUE(lOutput.Open((lDir / "new").c_str()));
-    EXPECT_TRUE(lOutput.Close()) << "begins anew";
+    EXPECT_TRUE(lOutput.Close()) << "Open() resets the failure";
 }
 
-TEST(KOutputFile, OfTwoBothAreCompleteBeforeEitherTakesItsName)
+TEST(KOutputFile, TwoArePreparedBeforeEitherIsCommitted)
 {
     KTempDir lDir;
     WriteFile(lDir / "a", "old a");
@@ -292,7 +291,7 @@ TEST(KOutputFile, OfTwoBothAreCompleteBeforeEitherTakesItsName)
     EXPECT_TRUE(lA.Prepare());
     EXPECT_TRUE(lA.Prepare());
     EXPECT_TRUE(lB.Prepare());
-    EXPECT_FALSE(lA.Write("x", 1)) << "complete";
+    EXPECT_FALSE(lA.Write("x", 1)) << "already prepared";
     EXPECT_EQ(ReadFile(lDir / "a"), "old a");
     EXPECT_TRUE(lA.Commit());
     EXPECT_TRUE(lB.Commit());
@@ -301,7 +300,7 @@ TEST(KOutputFile, OfTwoBothAreCompleteBeforeEitherTakesItsName)
     EXPECT_EQ(CountFiles(lDir.Path()), 2u);
 }
 
-TEST(KOutputFile, PreparedCanStillBeGivenUp)
+TEST(KOutputFile, PreparedCanStillBeDiscarded)
 {
     KTempDir lDir;
     WriteFile(lDir / "a", "old a");
@@ -315,8 +314,8 @@ TEST(KOutputFile, PreparedCanStillBeGivenUp)
     EXPECT_EQ(CountFiles(lDir.Path()), 1u);
 }
 
-/// Three that belong together: one that replaces a file, one that makes a file, one that replaces a file.
-TEST(KOutputFile, OfSeveralAllTakeTheirNamesOrNone)
+/// Three outputs that belong together: the first and the last replace a file, the second creates one.
+TEST(KOutputFile, CommitAllCommitsAllOrNone)
 {
     for (int lNumber = 1; lNumber <= 4; ++lNumber)
     {
@@ -348,7 +347,7 @@ TEST(KOutputFile, OfSeveralAllTakeTheirNamesOrNone)
     }
 }
 
-TEST(KOutputFile, AReasonOfTheCallersCountsAsFailure)
+TEST(KOutputFile, SetFailedMakesCloseFail)
 {
     KTempDir    lDir;
     KOutputFile lOutput;
@@ -365,15 +364,15 @@ struct KFaultCase
     const char*        mWhat;
     KFileFaults::ECall mCall;
     int                mError;
-    bool               mFails; ///< Else the output is whole all the same.
+    bool               mFails; ///< False: the output is complete nevertheless.
 };
 
 class KOutputFileFaultTest : public testing::TestWithParam<KFaultCase>
 {
 };
 
-/// Fails call 1, 2, … of its kind, once and from there on, until nothing is left to fail: the target is the old file or the
-/// whole new one each time, and nothing stays beside it.
+/// Fails call 1, 2, … of its kind, alone or with all later ones, until no call is left to fail: each time the target is the old file or
+/// the complete new one, and no other file remains.
 TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
 {
     const KFaultCase lCase = GetParam();
@@ -383,7 +382,7 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
         {
             continue;
         }
-        // A call that fails is often the last one: only a try in which none failed ends the series.
+        // A failed call is often the last one: only a run in which none failed ends the series.
         for (int lNumber = 1, lCalls = 1; lCalls >= lNumber - 1; ++lNumber)
         {
             KTempDir lDir;
@@ -393,7 +392,7 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
             lFaults.Fail(lCase.mCall, lNumber, lCase.mError, lOnwards);
             KOutputFile lOutput;
             bool        lOk = lOutput.Open((lDir / "link").c_str());
-            lOk = lOk && WriteInPieces(lOutput, LongText());
+            lOk = lOk && WriteInChunks(lOutput, LongText());
             const bool lClosed = lOutput.Close();
             lCalls = lFaults.GetCount(lCase.mCall);
             EXPECT_EQ(lClosed, lOutput.Close());
@@ -406,19 +405,23 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, KOutputFileFaultTest,
-    testing::Values(
-        KFaultCase{"full disk", KFileFaults::eWRITE, ENOSPC, true}, KFaultCase{"device error", KFileFaults::eWRITE, EIO, true},
-        KFaultCase{"interrupted write", KFileFaults::eWRITE, EINTR, false},
-        KFaultCase{"short write", KFileFaults::eWRITE, KFileFaults::kShort, false}, KFaultCase{"no open", KFileFaults::eOPEN, EACCES, true},
-        KFaultCase{"interrupted open", KFileFaults::eOPEN, EINTR, false}, KFaultCase{"late error", KFileFaults::eCLOSE, EIO, true},
-        KFaultCase{"interrupted close", KFileFaults::eCLOSE, EINTR, false},
-        KFaultCase{"no room for now", KFileFaults::eWRITE, EAGAIN, false}, KFaultCase{"no stat", KFileFaults::eSTAT, EACCES, true},
-        KFaultCase{"no link", KFileFaults::eREAD_LINK, EACCES, true}, KFaultCase{"read-only", KFileFaults::eACCESS, EACCES, true},
-        KFaultCase{"no mode", KFileFaults::eCHANGE_MODE, EPERM, true}, KFaultCase{"no rename", KFileFaults::eRENAME, EACCES, true}));
+INSTANTIATE_TEST_SUITE_P(Faults, KOutputFileFaultTest,
+                         testing::Values(KFaultCase{"full disk", KFileFaults::eWRITE, ENOSPC, true},
+                                         KFaultCase{"device error", KFileFaults::eWRITE, EIO, true},
+                                         KFaultCase{"interrupted write", KFileFaults::eWRITE, EINTR, false},
+                                         KFaultCase{"short write", KFileFaults::eWRITE, KFileFaults::kShort, false},
+                                         KFaultCase{"open refused", KFileFaults::eOPEN, EACCES, true},
+                                         KFaultCase{"interrupted open", KFileFaults::eOPEN, EINTR, false},
+                                         KFaultCase{"error on close", KFileFaults::eCLOSE, EIO, true},
+                                         KFaultCase{"interrupted close", KFileFaults::eCLOSE, EINTR, false},
+                                         KFaultCase{"temporarily full", KFileFaults::eWRITE, EAGAIN, false},
+                                         KFaultCase{"stat refused", KFileFaults::eSTAT, EACCES, true},
+                                         KFaultCase{"readlink refused", KFileFaults::eREAD_LINK, EACCES, true},
+                                         KFaultCase{"read-only", KFileFaults::eACCESS, EACCES, true},
+                                         KFaultCase{"chmod refused", KFileFaults::eCHANGE_MODE, EPERM, true},
+                                         KFaultCase{"rename refused", KFileFaults::eRENAME, EACCES, true}));
 
-TEST(KOutputFile, AWriteThatTakesNothingIsAnError)
+TEST(KOutputFile, AZeroByteWriteIsAnError)
 {
     KTempDir lDir;
     KFileCallsInUse().mWrite = [](int, const void*, size_t) -> ssize_t
@@ -427,16 +430,16 @@ TEST(KOutputFile, AWriteThatTakesNothingIsAnError)
     };
     KOutputFile lOutput;
     EXPECT_TRUE(lOutput.Open((lDir / "new").c_str()));
-    EXPECT_TRUE(lOutput.Write("x", 1)) << "stands in the buffer";
+    EXPECT_TRUE(lOutput.Write("x", 1)) << "only buffered";
     EXPECT_FALSE(lOutput.Close());
     KFileCallsReset();
     EXPECT_EQ(lOutput.GetError(), EIO);
     EXPECT_EQ(CountFiles(lDir.Path()), 0u);
 }
 
-TEST(KOutputFile, LinksThatFollowEachOtherForEverEndSomewhere)
+TEST(KOutputFile, EndlessLinksAreRefused)
 {
-    // The system itself refuses a circle; one that is made while it is looked at leads here.
+    // The system itself refuses a loop; one that is created between the calls gets here.
     KTempDir lDir;
     WriteFile(lDir / "real", "old");
     fs::create_symlink("real", lDir / "link");
@@ -454,12 +457,12 @@ TEST(KOutputFile, LinksThatFollowEachOtherForEverEndSomewhere)
         return static_cast<ssize_t>(pSize);
     };
     EXPECT_FALSE(lOutput.Open((lDir / "link").c_str()));
-    EXPECT_EQ(lOutput.GetError(), ENAMETOOLONG) << "cut off, it would be another file";
+    EXPECT_EQ(lOutput.GetError(), ENAMETOOLONG) << "a truncated path would be another file";
     KFileCallsReset();
     EXPECT_EQ(ReadFile(lDir / "real"), "old");
 }
 
-TEST(KOutputFile, OfSeveralNoneTakesItsNameWhenOneCanNotBeFinished)
+TEST(KOutputFile, CommitAllCommitsNoneWhenOneCannotBePrepared)
 {
     KTempDir lDir;
     WriteFile(lDir / "a", "old");
@@ -480,7 +483,7 @@ TEST(KOutputFile, OfSeveralNoneTakesItsNameWhenOneCanNotBeFinished)
     }
 }
 
-TEST(KOutputFile, WithoutMemoryNothingOpens)
+TEST(KOutputFile, OpenFailsWithoutMemory)
 {
     KTempDir     lDir;
     KMemoryWatch lWatch;
@@ -492,7 +495,7 @@ TEST(KOutputFile, WithoutMemoryNothingOpens)
     EXPECT_EQ(lWatch.GetBlocks(), 0u);
 }
 
-TEST(KOutputFile, FolderThatGoesAway)
+TEST(KOutputFile, FolderRemovedWhileOpen)
 {
     KTempDir lDir;
     fs::create_directory(lDir / "sub");
@@ -514,7 +517,7 @@ TEST(KOutputFile, DeviceIsWrittenDirectly)
 
     KOutputFile lFull;
     ASSERT_TRUE(lFull.Open("/dev/full"));
-    EXPECT_TRUE(lFull.Write("x", 1)) << "stands in the buffer";
+    EXPECT_TRUE(lFull.Write("x", 1)) << "only buffered";
     EXPECT_FALSE(lFull.Close());
     EXPECT_EQ(lFull.GetError(), ENOSPC);
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
@@ -538,14 +541,14 @@ TEST(KOutputFile, FifoIsWrittenDirectly)
         });
     KOutputFile lOutput;
     EXPECT_TRUE(lOutput.Open((lDir / "fifo").c_str()));
-    EXPECT_TRUE(WriteInPieces(lOutput, LongText()));
+    EXPECT_TRUE(WriteInChunks(lOutput, LongText()));
     EXPECT_TRUE(lOutput.Close());
     lReader.join();
     EXPECT_EQ(lGot, LongText());
     EXPECT_TRUE(fs::is_fifo(lDir / "fifo"));
 }
 
-TEST(KOutputFile, DeviceThatCanNotBeOpened)
+TEST(KOutputFile, DeviceThatCannotBeOpened)
 {
     KFileFaults lFaults;
     KOutputFile lOutput;
@@ -558,7 +561,7 @@ TEST(KOutputFile, DeviceThatCanNotBeOpened)
     EXPECT_TRUE(lOutput.Close());
 }
 
-/// Lets standard output be another file while it lives.
+/// Redirects standard output to \p pFile during its lifetime.
 class KStandardOutput
 {
 public:
@@ -589,7 +592,7 @@ TEST(KOutputFile, DashIsStandardOutputAndStaysOpen)
     EXPECT_EQ(ReadFile(lDir / "out"), "one two");
 }
 
-TEST(KOutputFile, PipeThatNobodyReadsIsToldApart)
+TEST(KOutputFile, RecognizesABrokenPipe)
 {
     int lEnds[2];
     ASSERT_EQ(::pipe(lEnds), 0);
@@ -609,7 +612,7 @@ TEST(KOutputFile, PipeThatNobodyReadsIsToldApart)
     EXPECT_TRUE(lOutput.IsBrokenPipe());
 }
 
-TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
+TEST(KOutputFile, WaitsForANonBlockingPipe)
 {
     int lEnds[2];
     ASSERT_EQ(::pipe(lEnds), 0);
@@ -623,7 +626,7 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     std::thread lReader(
         [&]
         {
-            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // Meanwhile the first write finds the pipe full.
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // The first write then finds the pipe full.
             char lBuffer[512];
             for (ssize_t lSize = 0; (lSize = ::read(lEnds[0], lBuffer, sizeof lBuffer)) > 0;)
             {
@@ -635,7 +638,7 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     {
         KStandardOutput lOut(lEnds[1]);
         lOutput.Open("-");
-        WriteInPieces(lOutput, LongText());
+        WriteInChunks(lOutput, LongText());
         lClosed = lOutput.Close();
     }
     ::close(lEnds[1]);
@@ -645,7 +648,7 @@ TEST(KOutputFile, PipeThatWasMadeNonBlockingIsWaitedFor)
     EXPECT_EQ(lGot, lBefore + LongText().size());
 }
 
-TEST(KOutputFile, MemoryHoldsWhatWasWritten)
+TEST(KOutputFile, StringHoldsWhatWasWritten)
 {
     std::string lText = "before";
     KOutputFile lOutput;
@@ -680,7 +683,7 @@ TEST(KOutputFile, DestructionLeavesTheStringAlone)
     }
 }
 
-TEST(KOutputFile, RemovePendingTakesTemporaryFilesAway)
+TEST(KOutputFile, RemovePendingRemovesTemporaryFiles)
 {
     KTempDir lDir;
     WriteFile(lDir / "a", "old");
@@ -695,11 +698,11 @@ TEST(KOutputFile, RemovePendingTakesTemporaryFilesAway)
     KOutputFile::RemovePending();
     EXPECT_EQ(CountFiles(lDir.Path()), 2u);
     EXPECT_EQ(ReadFile(lDir / "a"), "old");
-    EXPECT_FALSE(lA.Close()) << "it is gone";
+    EXPECT_FALSE(lA.Close()) << "its temporary file is gone";
     EXPECT_EQ(ReadFile(lDir / "a"), "old");
 }
 
-TEST(KOutputFile, MorePendingThanTheListHoldsAreWrittenAllTheSame)
+TEST(KOutputFile, MoreOutputsThanPendingSlotsAreWritten)
 {
     KTempDir                                  lDir;
     std::vector<std::unique_ptr<KOutputFile>> lOutputs;
@@ -733,7 +736,7 @@ TEST(KOutputFile, LeftoversOfAKilledProcessDoNotMatter)
     EXPECT_TRUE(WIFSIGNALED(lStatus));
     EXPECT_EQ(ReadFile(lDir / "old"), "old");
 
-    // The name that the next output would take may be in use.
+    // The next temporary name may be in use.
     KOutputFile lOutput;
     ASSERT_TRUE(lOutput.Open((lDir / "old").c_str()));
     EXPECT_TRUE(lOutput.Write("new", 3));
@@ -741,7 +744,7 @@ TEST(KOutputFile, LeftoversOfAKilledProcessDoNotMatter)
     EXPECT_EQ(ReadFile(lDir / "old"), "new");
 }
 
-TEST(KOutputFile, NamesInUseArePassedOver)
+TEST(KOutputFile, SkipsTemporaryNamesInUse)
 {
     KTempDir    lDir;
     KFileFaults lFaults;
@@ -751,7 +754,7 @@ TEST(KOutputFile, NamesInUseArePassedOver)
     EXPECT_EQ(lFaults.GetCount(KFileFaults::eOPEN), 2);
     EXPECT_TRUE(lOutput.Close());
     lFaults.Fail(KFileFaults::eOPEN, 1, EEXIST, true);
-    EXPECT_FALSE(lOutput.Open((lDir / "new").c_str())) << "but not for ever";
+    EXPECT_FALSE(lOutput.Open((lDir / "new").c_str())) << "but not forever";
     EXPECT_EQ(lOutput.GetError(), EEXIST);
 }
 

@@ -29,7 +29,7 @@ TEST(KTimeTest, CountsFlicks)
 struct KRateCase
 {
     KFrameRate mRate;
-    long long  mTicks; ///< Flicks a frame.
+    long long  mTicks; ///< Flicks per frame.
 };
 
 class KTimeRateTest : public testing::TestWithParam<KRateCase>
@@ -56,8 +56,9 @@ INSTANTIATE_TEST_SUITE_P(Rates, KTimeRateTest,
                                          KRateCase{{90, 1}, 7840000}, KRateCase{{100, 1}, 7056000}, KRateCase{{120, 1}, 5880000},
                                          KRateCase{{240, 1}, 2940000}, KRateCase{{30000, 1001}, 23543520}));
 
-/// 7 frames a second and 1000000/9973 are no whole number of flicks: frames must stay within half a flick, in order, and be found again.
-TEST(KTimeTest, OtherRatesNeverAddUpErrors)
+/// At 7 and 1000000/9973 frames per second a frame is not a whole number of flicks: frames must stay in order, within half a flick, and
+/// round-trip.
+TEST(KTimeTest, ErrorsDoNotAccumulateAtOtherRates)
 {
     std::mt19937_64 lRandom(70560);
     for (const KFrameRate lRate : {KFrameRate{7, 1}, KFrameRate{1000000, 9973}, KFrameRate{1000000, 1}, KFrameRate{11, 10000}})
@@ -100,7 +101,7 @@ TEST(KTimeTest, IsOrdered)
     EXPECT_FALSE(lLate > KTime(1));
 }
 
-TEST(KTimeTest, SumsStopAtTheEnds)
+TEST(KTimeTest, SumsAreClamped)
 {
     EXPECT_EQ((KTime(2) + KTime(3)).Get(), 5);
     EXPECT_EQ((KTime(2) - KTime(3)).Get(), -1);
@@ -116,7 +117,7 @@ TEST(KTimeTest, SumsStopAtTheEnds)
     EXPECT_EQ((KTime(-2) - KTime(KTime::kMin)).Get(), KTime::kMax - 1);
 }
 
-TEST(KTimeTest, FramesStopAtTheEnds)
+TEST(KTimeTest, FramesAreClamped)
 {
     EXPECT_EQ(KTime::FromFrame(std::numeric_limits<long long>::max(), {30, 1}).Get(), KTime::kMax);
     EXPECT_EQ(KTime::FromFrame(std::numeric_limits<long long>::min(), {30, 1}).Get(), KTime::kMin);
@@ -124,7 +125,7 @@ TEST(KTimeTest, FramesStopAtTheEnds)
     {
         EXPECT_EQ(KTime(KTime::kMax - lBack).GetFrame({30, 1}), (KTime::kMax - lBack) / 23520000) << lBack;
     }
-    // Within some seconds of the ends the frame is told to the second only.
+    // At the limits themselves the frame is only accurate to two seconds.
     EXPECT_NEAR(static_cast<double>(KTime(KTime::kMax).GetFrame({30, 1})), 392150171634.0, 60.0);
     EXPECT_NEAR(static_cast<double>(KTime(KTime::kMin).GetFrame({30, 1})), -392150171635.0, 60.0);
 }

@@ -35,7 +35,7 @@ const std::vector<KOrderCase>& Orders()
     return sOrders;
 }
 
-/// Imath's matrix of the same angles: it applies matrices to row vectors, so its rows are the images of the axes as ours are.
+/// Imath's matrix of the same angles. It multiplies row vectors, so its rows are the images of the axes, as ours are.
 void ImathRotation(double (*pM)[4], const double* pAngles, Imath::Eulerd::Order pOrder)
 {
     const double        lRadians = std::acos(-1.0) / 180.0;
@@ -50,7 +50,7 @@ void ImathRotation(double (*pM)[4], const double* pAngles, Imath::Eulerd::Order 
     }
 }
 
-/// The turn by \p pAngle degrees about one axis, written out.
+/// The rotation by \p pAngle degrees about one axis, written out.
 void AxisRotation(double (*pM)[4], int pAxis, double pAngle)
 {
     const double lCos = std::cos(pAngle * std::acos(-1.0) / 180.0);
@@ -87,7 +87,7 @@ TEST_P(KOrderTest, TheTableFollowsFromTheCode)
 TEST_P(KOrderTest, AgreesWithImath)
 {
     KRandomAngles lRandom(1000 + static_cast<unsigned>(GetParam().mCode));
-    for (int lStep = 0; lStep < kTriples; ++lStep)
+    for (int lStep = 0; lStep < kRandomCases; ++lStep)
     {
         double lAngles[3];
         lRandom.Next(lAngles);
@@ -95,11 +95,11 @@ TEST_P(KOrderTest, AgreesWithImath)
         double lTheirs[4][4];
         KmVIJKtoR(lOurs, lAngles, GetParam().mCode);
         ImathRotation(lTheirs, lAngles, GetParam().mImath);
-        ASSERT_LT(Distance(lOurs, lTheirs), kClose) << lAngles[0] << " " << lAngles[1] << " " << lAngles[2];
+        ASSERT_LT(Distance(lOurs, lTheirs), kRotationTolerance) << lAngles[0] << " " << lAngles[1] << " " << lAngles[2];
     }
 }
 
-TEST_P(KOrderTest, TurnsAboutItsAxesOneAfterTheOther)
+TEST_P(KOrderTest, RotatesAboutItsAxesInOrder)
 {
     KRandomAngles lRandom(2000);
     for (int lStep = 0; lStep < 1000; ++lStep)
@@ -108,10 +108,10 @@ TEST_P(KOrderTest, TurnsAboutItsAxesOneAfterTheOther)
         lRandom.Next(lAngles);
         double lExpected[4][4];
         KmId(lExpected);
-        for (size_t lTurn = 0; lTurn < 3; ++lTurn)
+        for (size_t lRotation = 0; lRotation < 3; ++lRotation)
         {
             double lStepM[4][4];
-            AxisRotation(lStepM, GetParam().mAxes[lTurn], lAngles[lTurn]);
+            AxisRotation(lStepM, GetParam().mAxes[lRotation], lAngles[lRotation]);
             KmRR(lExpected, lStepM, lExpected);
         }
         double lOurs[4][4];
@@ -120,10 +120,10 @@ TEST_P(KOrderTest, TurnsAboutItsAxesOneAfterTheOther)
     }
 }
 
-TEST_P(KOrderTest, AnglesGiveTheirRotationBack)
+TEST_P(KOrderTest, RotationsRoundTrip)
 {
     KRandomAngles lRandom(3000 + static_cast<unsigned>(GetParam().mCode));
-    for (int lStep = 0; lStep < kTriples; ++lStep)
+    for (int lStep = 0; lStep < kRandomCases; ++lStep)
     {
         double lR[4][4];
         double lAngles[3];
@@ -131,16 +131,16 @@ TEST_P(KOrderTest, AnglesGiveTheirRotationBack)
         lRandom.NextRotation(lR);
         ASSERT_EQ(KmRtoVord(lAngles, lR, GetParam().mCode), lAngles);
         KmVIJKtoR(lBack, lAngles, GetParam().mCode);
-        ASSERT_LT(Distance(lR, lBack), 1e-8) << "gimbal lock may cost its threshold";
+        ASSERT_LT(Distance(lR, lBack), 1e-8) << "gimbal lock costs up to its threshold";
         if (std::fabs(lAngles[2]) > 0)
         {
-            ASSERT_LT(Distance(lR, lBack), kClose);
+            ASSERT_LT(Distance(lR, lBack), kRotationTolerance);
         }
     }
 }
 
-/// The middle angle stands on a pole (90 degrees; 0 and 180 for a repeated axis) and just beside it.
-TEST_P(KOrderTest, InGimbalLockTheFirstAngleTakesTheRest)
+/// The middle angle is at a pole (90 degrees; 0 and 180 for a repeated axis) and just next to it.
+TEST_P(KOrderTest, InGimbalLockTheThirdAngleIsZero)
 {
     const bool    lRepeated = (GetParam().mCode & 1) != 0;
     KRandomAngles lRandom(4000);
@@ -163,23 +163,23 @@ TEST_P(KOrderTest, InGimbalLockTheFirstAngleTakesTheRest)
 TEST_P(KOrderTest, OnlyTheRotationIsWritten)
 {
     double lM[4][4];
-    Mark(lM);
+    FillSequence(lM);
     EXPECT_EQ(KmIJKtoR(lM, 10, 20, 30, GetParam().mCode), lM);
     EXPECT_EQ((std::vector<double>{lM[0][3], lM[1][3], lM[2][3]}), (std::vector<double>{103, 107, 111}));
     EXPECT_EQ(std::vector<double>(lM[3], lM[3] + 4), (std::vector<double>{112, 113, 114, 115}));
 }
 
-class KNoCodeTest : public testing::TestWithParam<int>
+class KInvalidCodeTest : public testing::TestWithParam<int>
 {
 };
 
-INSTANTIATE_TEST_SUITE_P(Numbers, KNoCodeTest,
+INSTANTIATE_TEST_SUITE_P(Numbers, KInvalidCodeTest,
                          testing::Values(12, 13, 14, 15, 100, 101, 102, 103, -1, -2, -3, -4, 2147483647, -2147483647 - 1));
 
-TEST_P(KNoCodeTest, TakesTheAxesOfXYZAndItsOwnBits)
+TEST_P(KInvalidCodeTest, UsesTheAxesOfXYZAndItsOwnBits)
 {
     const int     lOrd = GetParam();
-    const int     lCode = lOrd & 1; // The code with the axes of XYZ and that repeated-axis bit.
+    const int     lCode = lOrd & 1; // The code with the axes of XYZ and the repeated-axis bit of lOrd.
     KRandomAngles lRandom(7000);
     for (int lStep = 0; lStep < 200; ++lStep)
     {

@@ -18,13 +18,13 @@ double Distance(const double* pA, const double* pB)
     return std::hypot(pA[0] - pB[0], pA[1] - pB[1], pA[2] - pB[2]);
 }
 
-/// The triple nearest to \p pNear among whole turns of \p pV's angles and, for each of them, of the triple on the other side: found by
-/// trying all within five turns.
+/// Distance of \p pNear to the nearest triple among full turns of \p pV's angles and of its flipped triple's; tries all within five
+/// turns.
 double NearestDistance(const double* pV, const double* pNear, bool pRepeats)
 {
-    const double lOther[3] = {pV[0] + 180.0, (pRepeats ? 0.0 : 180.0) - pV[1], pV[2] + 180.0};
+    const double lFlipped[3] = {pV[0] + 180.0, (pRepeats ? 0.0 : 180.0) - pV[1], pV[2] + 180.0};
     double       lBest = std::numeric_limits<double>::infinity();
-    for (const double* lFrom : {pV, lOther})
+    for (const double* lFrom : {pV, lFlipped})
     {
         double lSum = 0.0;
         for (int lAxis = 0; lAxis < 3; ++lAxis)
@@ -42,7 +42,7 @@ double NearestDistance(const double* pV, const double* pNear, bool pRepeats)
     return lBest;
 }
 
-TEST(KmNearestEulerTest, IsTheNearestOfTheTriplesThatGiveTheRotation)
+TEST(KmNearestEulerTest, IsTheNearestTripleOfTheRotation)
 {
     KRandomAngles lAngles(71);
     for (int lStep = 0; lStep < 20000; ++lStep)
@@ -73,7 +73,7 @@ TEST(KmNearestEulerTest, IsTheNearestOfTheTriplesThatGiveTheRotation)
     }
 }
 
-TEST(KmNearestEulerTest, WhatIsNearestAlreadyStaysToTheLastBit)
+TEST(KmNearestEulerTest, ATripleThatIsNearestIsUnchanged)
 {
     KRandomAngles lAngles(72);
     for (int lStep = 0; lStep < 2000; ++lStep)

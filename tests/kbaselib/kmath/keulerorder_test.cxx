@@ -26,17 +26,19 @@ TEST_P(KEulerOrderTest, FollowsFromTheLastTwoRotations)
         << GetParam().mWhat;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lists, KEulerOrderTest,
-    testing::Values(KListCase{"tx ty tz rz ry rx", {0, 1, 2, 3, 4, 5}, 10}, KListCase{"rx ry rz", {5, 4, 3}, 0},
-                    KListCase{"rx rz ry", {5, 3, 4}, 2}, KListCase{"ry rz rx", {4, 3, 5}, 4}, KListCase{"ry rx rz", {4, 5, 3}, 6},
-                    KListCase{"rz rx ry", {3, 5, 4}, 8}, KListCase{"rz ry rx", {3, 4, 5}, 10}, KListCase{"nothing", {}, 0},
-                    KListCase{"only translations", {0, 1, 2}, 0}, KListCase{"only rx", {5}, 10}, KListCase{"only ry", {4}, 8},
-                    KListCase{"only rz", {3}, 0}, KListCase{"rx rz", {5, 3}, 6}, KListCase{"rz rx", {3, 5}, 4},
-                    KListCase{"rx ry", {5, 4}, 8}, KListCase{"ry rx", {4, 5}, 10}, KListCase{"ry rz", {4, 3}, 0},
-                    KListCase{"rz ry", {3, 4}, 2}, KListCase{"translations between", {5, 0, 4, 1, 3, 2}, 0},
-                    KListCase{"a repeated x", {5, 5}, 10}, KListCase{"a repeated y", {4, 4}, 8}, KListCase{"a repeated z", {3, 3}, 0},
-                    KListCase{"the length is no rotation", {5, 4, 3, 6}, 0}, KListCase{"nor are other numbers", {3, 4, 5, 7, -1, 99}, 10}));
+INSTANTIATE_TEST_SUITE_P(Lists, KEulerOrderTest,
+                         testing::Values(KListCase{"tx ty tz rz ry rx", {0, 1, 2, 3, 4, 5}, 10}, KListCase{"rx ry rz", {5, 4, 3}, 0},
+                                         KListCase{"rx rz ry", {5, 3, 4}, 2}, KListCase{"ry rz rx", {4, 3, 5}, 4},
+                                         KListCase{"ry rx rz", {4, 5, 3}, 6}, KListCase{"rz rx ry", {3, 5, 4}, 8},
+                                         KListCase{"rz ry rx", {3, 4, 5}, 10}, KListCase{"nothing", {}, 0},
+                                         KListCase{"only translations", {0, 1, 2}, 0}, KListCase{"only rx", {5}, 10},
+                                         KListCase{"only ry", {4}, 8}, KListCase{"only rz", {3}, 0}, KListCase{"rx rz", {5, 3}, 6},
+                                         KListCase{"rz rx", {3, 5}, 4}, KListCase{"rx ry", {5, 4}, 8}, KListCase{"ry rx", {4, 5}, 10},
+                                         KListCase{"ry rz", {4, 3}, 0}, KListCase{"rz ry", {3, 4}, 2},
+                                         KListCase{"translations between", {5, 0, 4, 1, 3, 2}, 0}, KListCase{"a repeated x", {5, 5}, 10},
+                                         KListCase{"a repeated y", {4, 4}, 8}, KListCase{"a repeated z", {3, 3}, 0},
+                                         KListCase{"length is not a rotation", {5, 4, 3, 6}, 0},
+                                         KListCase{"other codes are ignored", {3, 4, 5, 7, -1, 99}, 10}));
 
 TEST(KEulerOrderBufTest, HoldsTheNeighboursCodeForARepeatedAxis)
 {
@@ -59,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(SixOrders, KHostOrderTest,
                                          KHostCase{eEULER_YZX, {4, 3, 5}}, KHostCase{eEULER_YXZ, {4, 5, 3}},
                                          KHostCase{eEULER_ZXY, {3, 5, 4}}, KHostCase{eEULER_ZYX, {3, 4, 5}}));
 
-TEST_P(KHostOrderTest, ReplacesTheLastThreeAndComesBackAsTwiceItsNumber)
+TEST_P(KHostOrderTest, ReplacesTheLastThreeAndRoundTripsAsTwiceItsValue)
 {
     std::vector<int> lList = {0, 1, 2, 77, 78, 79};
     OrderBufFromEulerOrder(lList.data(), 6, GetParam().mOrder);
@@ -82,7 +84,7 @@ TEST(KHostOrdersTest, AnyOtherOrderWritesNothing)
     }
 }
 
-TEST(KHostOrdersTest, NumbersAreTheHosts)
+TEST(KHostOrdersTest, ValuesMatchTheHost)
 {
     EXPECT_EQ(eEULER_XYZ, 0);
     EXPECT_EQ(eEULER_XZY, 1);

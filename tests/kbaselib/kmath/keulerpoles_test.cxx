@@ -29,9 +29,9 @@ INSTANTIATE_TEST_SUITE_P(Thresholds, KLockTest,
                                          KLockCase{"just above", std::nextafter(1.6e-9, 1), false},
                                          KLockCase{"just below", std::nextafter(1.6e-9, 0), true}));
 
-/// The matrices hold T itself, so that no rounding hides on which side of the threshold it is. Elements that only one branch
-/// reads tell which one ran.
-TEST_P(KLockTest, TheTestIsStrictlyGreater)
+/// The matrices hold T itself, so that no rounding blurs on which side of the threshold it is. Elements that only one branch reads show
+/// which one ran.
+TEST_P(KLockTest, TheThresholdItselfIsLocked)
 {
     const double lT = GetParam().mT;
     double       lM[4][4];
@@ -66,13 +66,13 @@ TEST_P(KLockTest, TheTestIsStrictlyGreater)
 TEST(KmEulerTest, XYZAgreesWithTheGeneralForm)
 {
     KRandomAngles lRandom(5000);
-    for (int lStep = 0; lStep < kTriples; ++lStep)
+    for (int lStep = 0; lStep < kRandomCases; ++lStep)
     {
         double lAngles[3];
         lRandom.Next(lAngles);
         double lXYZ[4][4];
         double lIJK[4][4];
-        Mark(lXYZ);
+        FillSequence(lXYZ);
         ASSERT_EQ(KmVtoR(lXYZ, lAngles), lXYZ);
         ASSERT_EQ(lXYZ[3][3], 115);
         ASSERT_EQ(lXYZ[1][3], 107);
@@ -81,10 +81,10 @@ TEST(KmEulerTest, XYZAgreesWithTheGeneralForm)
     }
 }
 
-TEST(KmEulerTest, XYZAnglesGiveTheirRotationBack)
+TEST(KmEulerTest, XYZRotationsRoundTrip)
 {
     KRandomAngles lRandom(6000);
-    for (int lStep = 0; lStep < kTriples; ++lStep)
+    for (int lStep = 0; lStep < kRandomCases; ++lStep)
     {
         double lR[4][4];
         double lAngles[3];
@@ -95,7 +95,7 @@ TEST(KmEulerTest, XYZAnglesGiveTheirRotationBack)
         KmVXYZtoR(lBack, lAngles);
         if (std::fabs(lR[0][2]) < 0.999999)
         {
-            ASSERT_LT(Distance(lR, lBack), kClose);
+            ASSERT_LT(Distance(lR, lBack), kRotationTolerance);
             KmRtoVord(lOrd, lR, 0);
             for (int lIndex = 0; lIndex < 3; ++lIndex)
             {
@@ -104,7 +104,7 @@ TEST(KmEulerTest, XYZAnglesGiveTheirRotationBack)
         }
         else
         {
-            // A pole is rounded to; 0.081 degrees away the sine is off by 0.0014.
+            // Near a pole, y is rounded to it; 0.081 degrees away the sine is off by 0.0014.
             ASSERT_LT(Distance(lR, lBack), 0.0015);
             ASSERT_EQ(std::fabs(lAngles[1]), 90);
             ASSERT_EQ(lAngles[2], 0);
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(Poles, KPoleTest,
                                          KPoleCase{{-170, 90, 100}, {90, 90, 0}}, KPoleCase{{0, -90, 0}, {0, -90, 0}},
                                          KPoleCase{{100, -90, 60}, {160, -90, 0}}, KPoleCase{{25, 89.95, 5}, {20, 90, 0}}));
 
-TEST_P(KPoleTest, TheFirstAngleTakesTheRest)
+TEST_P(KPoleTest, AtAPoleZIsZero)
 {
     double lR[4][4];
     double lAngles[3];
@@ -138,7 +138,7 @@ TEST_P(KPoleTest, TheFirstAngleTakesTheRest)
     EXPECT_EQ(lAngles[2], 0);
 }
 
-/// The threshold counts as a pole, the numbers beside it do not.
+/// The threshold counts as a pole, smaller values do not.
 TEST(KmEulerTest, ThePolesBeginAtTheirThreshold)
 {
     struct KCase

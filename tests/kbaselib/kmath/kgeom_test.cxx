@@ -51,7 +51,7 @@ TEST(KgeTVectorTest, OnlyConstructionSetsTheFourth)
     EXPECT_EQ(Four(lSeven), (std::vector<double>{0, 0, 0, 7}));
 }
 
-TEST(KgeTVectorTest, GivesItsElements)
+TEST(KgeTVectorTest, AccessesItsElements)
 {
     KgeTVector lV(1, 2, 3);
     lV[1] = 5;
@@ -103,7 +103,7 @@ TEST(KgeRVectorTest, HoldsThreeAngles)
 
 TEST(KgeRMatrixTest, IsTheIdentityOrARotation)
 {
-    static_assert(!std::is_convertible_v<KgeRVector, KgeRMatrix>, "angles become a rotation only where that is asked for");
+    static_assert(!std::is_convertible_v<KgeRVector, KgeRMatrix>, "the conversion from angles must be explicit");
     const std::vector<double> lIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     EXPECT_EQ(Sixteen(KgeRMatrix().mData), lIdentity);
 
@@ -117,7 +117,7 @@ TEST(KgeRMatrixTest, IsTheIdentityOrARotation)
     EXPECT_EQ(Sixteen(lM.mData), lIdentity);
 }
 
-TEST(KgeRMatrixTest, OperationsAreThoseOfTheArrays)
+TEST(KgeRMatrixTest, OperationsMatchTheArrays)
 {
     KRandomAngles lRandom(8000);
     for (int lStep = 0; lStep < 100; ++lStep)
@@ -145,7 +145,7 @@ TEST(KgeRMatrixTest, OperationsAreThoseOfTheArrays)
     }
 }
 
-TEST(KgeRMatrixTest, AnglesAreThoseOfTheArrays)
+TEST(KgeRMatrixTest, AnglesMatchTheArrays)
 {
     KRandomAngles lRandom(9000);
     for (int lCode = 0; lCode < KmEulerAxisCount; ++lCode)

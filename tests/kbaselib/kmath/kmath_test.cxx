@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KLengthCase{"subnormal along z", {0, 0, 5e-324}, 5e-324, {0, 0, 1}},
                     KLengthCase{"small", {2e-155, -3e-155, 6e-155}, 7e-155, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
                     KLengthCase{"large", {2e200, -3e200, 6e200}, 7e200, {2.0 / 7, -3.0 / 7, 6.0 / 7}},
-                    KLengthCase{"longer than a number", {-1.5e308, 0, 1.5e308}, kInf, {-std::sqrt(0.5), 0, std::sqrt(0.5)}}));
+                    KLengthCase{"length overflows", {-1.5e308, 0, 1.5e308}, kInf, {-std::sqrt(0.5), 0, std::sqrt(0.5)}}));
 
 TEST(KmVectorTest, TheUnitVectorIsTheVectorTimesTheInverseLength)
 {
@@ -102,7 +102,7 @@ TEST(KmVectorTest, TheUnitVectorIsTheVectorTimesTheInverseLength)
 TEST(KmMatrixTest, IdIsTheIdentity)
 {
     double lM[4][4];
-    Mark(lM);
+    FillSequence(lM);
     EXPECT_EQ(KmId(lM), lM);
     EXPECT_EQ(Sixteen(lM), (std::vector<double>{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
 }
@@ -110,7 +110,7 @@ TEST(KmMatrixTest, IdIsTheIdentity)
 TEST(KmMatrixTest, RinitSetsTheFourthRowAndColumnOnly)
 {
     double lM[4][4];
-    Mark(lM);
+    FillSequence(lM);
     EXPECT_EQ(KmRinit(lM), lM);
     EXPECT_EQ(Sixteen(lM), (std::vector<double>{100, 101, 102, 0, 104, 105, 106, 0, 108, 109, 110, 0, 0, 0, 0, 1}));
 }
@@ -119,7 +119,7 @@ TEST(KmMatrixTest, RsetCopiesTheRotationOnly)
 {
     double lFrom[4][4];
     double lTo[4][4] = {};
-    Mark(lFrom);
+    FillSequence(lFrom);
     EXPECT_EQ(KmRset(lTo, lFrom), lTo);
     EXPECT_EQ(Sixteen(lTo), (std::vector<double>{100, 101, 102, 0, 104, 105, 106, 0, 108, 109, 110, 0, 0, 0, 0, 0}));
 }
@@ -128,7 +128,7 @@ TEST(KmMatrixTest, RiTransposesAlsoInPlaceAndLeavesTheFourthRowAndColumn)
 {
     double lFrom[4][4];
     double lTo[4][4] = {};
-    Mark(lFrom);
+    FillSequence(lFrom);
     EXPECT_EQ(KmRi(lTo, lFrom), lTo);
     EXPECT_EQ(Sixteen(lTo), (std::vector<double>{100, 104, 108, 0, 101, 105, 109, 0, 102, 106, 110, 0, 0, 0, 0, 0}));
     EXPECT_EQ(KmRi(lFrom, lFrom), lFrom);
@@ -138,7 +138,7 @@ TEST(KmMatrixTest, RiTransposesAlsoInPlaceAndLeavesTheFourthRowAndColumn)
 TEST(KmMatrixTest, AppliesToAVectorAsTheImagesOfTheAxes)
 {
     double lM[4][4];
-    Mark(lM);
+    FillSequence(lM);
     double lV[4] = {1, 10, 100, 99};
     EXPECT_EQ(KmRV(lV, lM, lV), lV);
     EXPECT_EQ(Triple(lV), (std::vector<double>{100 + 1040 + 10800, 101 + 1050 + 10900, 102 + 1060 + 11000}));
@@ -161,19 +161,19 @@ TEST(KmMatrixTest, AProductAppliesItsSecondFactorFirst)
     EXPECT_NEAR(lImage[2], 1, 1e-15);
 }
 
-TEST(KmMatrixTest, AProductMayReplaceItsFactors)
+TEST(KmMatrixTest, AProductMayOverwriteItsFactors)
 {
     KRandomAngles lAngles(42);
     for (int lStep = 0; lStep < 1000; ++lStep)
     {
         double lA[4][4];
         double lB[4][4];
-        Mark(lA);
-        Mark(lB);
+        FillSequence(lA);
+        FillSequence(lB);
         lAngles.NextRotation(lA);
         lAngles.NextRotation(lB);
         double lProduct[4][4];
-        Mark(lProduct);
+        FillSequence(lProduct);
         KmRR(lProduct, lA, lB);
         for (int lRow = 0; lRow < 3; ++lRow)
         {

@@ -36,16 +36,17 @@ TEST_P(KNormTest, IsTheLength)
     EXPECT_DOUBLE_EQ(kNorm(lCase.mY, lCase.mZ, -lCase.mX), lCase.mNorm) << lCase.mWhat;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lengths, KNormTest,
-    testing::Values(KNormCase{"zero", 0, 0, 0, 0}, KNormCase{"plain", 2, 3, 6, 7}, KNormCase{"sum of squares zero", 0, 0, 1e-300, 1e-300},
-                    KNormCase{"sum of squares zero, three components", 2e-200, 3e-200, 6e-200, 7e-200},
-                    KNormCase{"sum of squares subnormal", 2e-155, 3e-155, 6e-155, 7e-155}, KNormCase{"subnormal", kTiny, 0, 0, kTiny},
-                    KNormCase{"sum of squares infinite", 2e200, 3e200, 6e200, 7e200},
-                    KNormCase{"largest", 0, 0, std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
-                    KNormCase{"infinite", kInf, 1, 2, kInf}, KNormCase{"beyond the range", 1.5e308, 1.5e308, 0, kInf}));
+INSTANTIATE_TEST_SUITE_P(Lengths, KNormTest,
+                         testing::Values(KNormCase{"zero", 0, 0, 0, 0}, KNormCase{"plain", 2, 3, 6, 7},
+                                         KNormCase{"sum of squares zero", 0, 0, 1e-300, 1e-300},
+                                         KNormCase{"sum of squares zero, three components", 2e-200, 3e-200, 6e-200, 7e-200},
+                                         KNormCase{"sum of squares subnormal", 2e-155, 3e-155, 6e-155, 7e-155},
+                                         KNormCase{"subnormal", kTiny, 0, 0, kTiny},
+                                         KNormCase{"sum of squares infinite", 2e200, 3e200, 6e200, 7e200},
+                                         KNormCase{"largest", 0, 0, std::numeric_limits<double>::max(), std::numeric_limits<double>::max()},
+                                         KNormCase{"infinite", kInf, 1, 2, kInf}, KNormCase{"overflow", 1.5e308, 1.5e308, 0, kInf}));
 
-TEST(MathsTest, NormOfWhatIsNotANumberIsNone)
+TEST(MathsTest, NormPropagatesNan)
 {
     EXPECT_TRUE(std::isnan(kNorm(std::nan(""), 1.0, 2.0)));
     EXPECT_TRUE(std::isnan(kNorm(kInf, std::nan(""), 0.0)));
@@ -66,7 +67,7 @@ TEST(MathsTest, SumsInTheStatedOrder)
     }
 }
 
-TEST(MathsTest, RootsAreTheStandardOnes)
+TEST(MathsTest, RootsMatchTheStandardFunctions)
 {
     EXPECT_EQ(kSqrt(2.0), std::sqrt(2.0));
     EXPECT_EQ(kSqrtnz(2.25), 1.5);
@@ -75,7 +76,7 @@ TEST(MathsTest, RootsAreTheStandardOnes)
     EXPECT_EQ(kHypot(3.0, -4.0), 5.0);
 }
 
-TEST(MathsTest, AnglesAreThoseOfTheStandardFunctions)
+TEST(MathsTest, AnglesMatchTheStandardFunctions)
 {
     EXPECT_EQ(kSin(0.7), std::sin(0.7));
     EXPECT_EQ(kCos(0.7), std::cos(0.7));
@@ -88,9 +89,9 @@ TEST(MathsTest, AnglesAreThoseOfTheStandardFunctions)
     EXPECT_EQ(kAtand(-0.0, -1.0), -180.0);
 }
 
-/// Taken together or apart, by pointer or by reference: the same bits. The volatile copies keep the compiler from taking the
-/// two standard calls together too.
-TEST(MathsTest, SineAndCosineTogetherAreThoseApart)
+/// Together or separately, by pointer or by reference: the same bits. The volatile copies keep the compiler from merging the two
+/// standard calls as well.
+TEST(MathsTest, SineAndCosineTogetherMatchSeparateCalls)
 {
     std::mt19937_64                        lRandom(32);
     std::uniform_real_distribution<double> lNumber(-720, 720);
@@ -114,7 +115,7 @@ TEST(MathsTest, SineAndCosineTogetherAreThoseApart)
     }
 }
 
-TEST(MathsTest, WorksInOtherTypesAndWithWholeNumbers)
+TEST(MathsTest, WorksWithOtherTypesAndIntegers)
 {
     EXPECT_EQ(kNorm(0, 0, 1e-300), 1e-300);
     EXPECT_EQ(kNorm<double>(2, 3, 6), 7.0);

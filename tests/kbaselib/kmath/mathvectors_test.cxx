@@ -20,40 +20,40 @@ namespace
 using namespace qextest;
 using KValues = std::vector<double>;
 
-/// The arguments of one call, by place.
+/// The arguments of one call, by index.
 class KCall
 {
 public:
     explicit KCall(const KJson& pOp) : mOp(pOp) {}
 
-    double           Number(size_t pPlace) const { return mOp.at(pPlace).get<double>(); }
-    int              Integer(size_t pPlace) const { return mOp.at(pPlace).get<int>(); }
-    std::vector<int> Integers(size_t pPlace) const { return mOp.at(pPlace).get<std::vector<int>>(); }
+    double           Number(size_t pIndex) const { return mOp.at(pIndex).get<double>(); }
+    int              Integer(size_t pIndex) const { return mOp.at(pIndex).get<int>(); }
+    std::vector<int> Integers(size_t pIndex) const { return mOp.at(pIndex).get<std::vector<int>>(); }
 
-    /// A vector; returning one may copy it, so its fourth component is not to be relied on.
-    KgeTVector Vector(size_t pPlace) const
+    /// A vector. Its fourth component is unspecified: a copy on return resets it.
+    KgeTVector Vector(size_t pIndex) const
     {
         KgeTVector lV;
-        Fill(lV.mData, pPlace);
+        Fill(lV.mData, pIndex);
         return lV;
     }
-    /// Copies as many numbers as stand there to \p pTo.
-    void Fill(double* pTo, size_t pPlace) const
+    /// Copies all numbers of the argument to \p pTo.
+    void Fill(double* pTo, size_t pIndex) const
     {
-        const KValues lValues = Numbers(mOp.at(pPlace));
+        const KValues lValues = Numbers(mOp.at(pIndex));
         std::copy(lValues.begin(), lValues.end(), pTo);
     }
-    KgeRVector Angles(size_t pPlace) const
+    KgeRVector Angles(size_t pIndex) const
     {
         KgeRVector lV;
-        lV = Vector(pPlace).mData;
+        lV = Vector(pIndex).mData;
         return lV;
     }
     /// All sixteen numbers of a matrix.
-    KgeRMatrix Matrix(size_t pPlace) const
+    KgeRMatrix Matrix(size_t pIndex) const
     {
         KgeRMatrix lM;
-        Fill(lM.mData[0], pPlace);
+        Fill(lM.mData[0], pIndex);
         return lM;
     }
 
@@ -66,12 +66,12 @@ KValues Four(const double* pV)
     return KValues(pV, pV + 4);
 }
 
-/// Runs \pCall pFunction on a matrix filled with 100, 101 … and gives its sixteen numbers.
+/// Runs \p pFunction on a matrix filled with 100, 101 … and returns its sixteen numbers.
 template <typename TFunction>
 KValues Filled(TFunction pFunction)
 {
     double lM[4][4];
-    Mark(lM);
+    FillSequence(lM);
     pFunction(lM);
     return Sixteen(lM);
 }
@@ -164,7 +164,7 @@ KValues ListToOrder(const KCall& pCall)
 using KOperation = std::function<KValues(const KCall&)>;
 using KOperations = std::map<std::string, KOperation>;
 
-/// \name Operations by their shape
+/// \name Operations by signature
 ///@{
 KOperation Scalar(double (*pFunction)(double))
 {
@@ -217,12 +217,12 @@ KOperation MatrixToVector(double* (*pFunction)(double*, KmConstMatrix))
         return Three([&](double* pOut) { pFunction(pOut, pCall.Matrix(1).mData); });
     };
 }
-/// What \p pFunction makes of a matrix in place.
-KOperation InPlace(void (*pFunction)(KmMatrix, const KCall&), size_t pPlace)
+/// Runs \p pFunction in place on the matrix argument.
+KOperation InPlace(void (*pFunction)(KmMatrix, const KCall&), size_t pIndex)
 {
-    return [pFunction, pPlace](const KCall& pCall)
+    return [pFunction, pIndex](const KCall& pCall)
     {
-        KgeRMatrix lM = pCall.Matrix(pPlace);
+        KgeRMatrix lM = pCall.Matrix(pIndex);
         pFunction(lM.mData, pCall);
         return Sixteen(lM.mData);
     };

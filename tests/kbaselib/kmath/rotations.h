@@ -9,22 +9,22 @@
 #include <vector>
 
 /// \file
-/// What the tests of the math layer share: random rotations, and matrices as lists of numbers.
+/// Shared by the tests of the math layer: random rotations, and matrices as lists of numbers.
 
 namespace qextest
 {
 
-/// Random cases a test takes, and how near the results have to be to those of another way.
-inline constexpr int    kTriples = 10000;
-inline constexpr double kClose = 1e-12;
+/// Random cases per test, and the tolerance for results computed in another way.
+inline constexpr int    kRandomCases = 10000;
+inline constexpr double kRotationTolerance = 1e-12;
 
-/// Random Euler angles of a fixed seed.
+/// Random Euler angles from a fixed seed.
 class KRandomAngles
 {
 public:
     explicit KRandomAngles(unsigned int pSeed) : mRandom(pSeed) {}
 
-    /// An angle in degrees, -180 to 180; one in eight a multiple of 90, where formulas are delicate.
+    /// An angle in degrees, -180 to 180; one in eight is a multiple of 90, the edge case of the formulas.
     double Next()
     {
         if (mRandom() % 8 == 0)
@@ -34,7 +34,7 @@ public:
         return std::uniform_real_distribution<double>(-180, 180)(mRandom);
     }
 
-    /// Three of them.
+    /// Three angles.
     void Next(double* pAngles)
     {
         pAngles[0] = Next();
@@ -55,7 +55,7 @@ private:
 };
 
 /// Fills a matrix with 100, 101 … 115 row by row, so that a test sees what was written.
-inline void Mark(double (*pM)[4])
+inline void FillSequence(double (*pM)[4])
 {
     for (int lIndex = 0; lIndex < 16; ++lIndex)
     {
@@ -63,7 +63,7 @@ inline void Mark(double (*pM)[4])
     }
 }
 
-/// All sixteen numbers.
+/// Copies all sixteen numbers.
 inline void Copy(double (*pTo)[4], const double (*pFrom)[4])
 {
     for (int lRow = 0; lRow < 4; ++lRow)

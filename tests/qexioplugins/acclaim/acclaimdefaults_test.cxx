@@ -5,14 +5,14 @@
 
 #include <gtest/gtest.h>
 
-// What a caller who sets nothing gets, and what stands in results that nothing has filled in.
+// Default options, and results before anything is filled in.
 
 using namespace qexsdk;
 
 namespace
 {
 
-TEST(AcclaimDefaults, OfTheMotionFile)
+TEST(AcclaimDefaults, MotionFile)
 {
     const KQexAmcHeader lHeader;
     EXPECT_EQ(lHeader.mSamplesPerSecond, 0.0);
@@ -55,7 +55,7 @@ TEST(AcclaimDefaults, OfTheMotionFile)
     EXPECT_EQ(lWrite.mThreads, 0);
 }
 
-TEST(AcclaimDefaults, OfTheImporter)
+TEST(AcclaimDefaults, Importer)
 {
     const KQexImportAcclaimOptions lOptions;
     EXPECT_FALSE(lOptions.mRemoveDummies);
@@ -67,7 +67,7 @@ TEST(AcclaimDefaults, OfTheImporter)
     EXPECT_EQ(lResult.mRootNode, nullptr);
 }
 
-TEST(AcclaimDefaults, OfTheExporter)
+TEST(AcclaimDefaults, Exporter)
 {
     const KQexExportAcclaimOptions lOptions;
     EXPECT_EQ(lOptions.mStack, nullptr);

@@ -7,35 +7,34 @@
 #include <vector>
 
 /// \file
-/// Small skeletons and motions as text, and what reading them gives, as text again.
+/// Small skeletons and motions as text, and the results of reading them as text.
 
 namespace qextest
 {
 
-/// A skeleton of centimetres and degrees: root (tx), a (rx ry), b (rx), c (rz l ry), d without a DOF; a and d under the root, b
-/// under a, c under b.
+/// A skeleton in centimetres and degrees: root (tx), its children a (rx ry) and d (no DOF), a's child b (rx), b's child c (rz l ry).
 extern const char* const kSmallAsf;
 
-/// One frame of it: number, then each bone with values that follow from \p pValue.
+/// One frame for it: its number, then each bone with values that count up from \p pValue.
 std::string SmallFrame(long long pNumber, double pValue);
 
-/// Messages as "W3 text", one a line.
+/// Messages as "W3 text", one per line.
 std::string Texts(const std::vector<qexsdk::KQexTextMessage>& pMessages);
 std::string Texts(const std::vector<qexsdk::KQexImportMessage>& pMessages);
 
-/// The scene of a skeleton's text. A text that cannot be read fails the test and gives null.
+/// Reads a skeleton's text. A failure fails the test and gives null.
 qexsdk::KQexAsfSceneOwner ReadSmallAsf(const std::string& pText, qexsdk::KQexImportAcclaimResult& pResult,
                                        const qexsdk::KQexImportAcclaimOptions& pOptions = {});
 
-/// What a motion reader gave to its visitor, one line a frame: number, time in 1/120 s, "late" where it is, then each bone of the
-/// frame with its values.
+/// Logs the frames that a motion reader visits, one per line: number, time in 1/120 s, "late" if it is, then each bone of the frame with
+/// its values.
 class KFrameLog : public qexsdk::KQexAmcVisitor
 {
 public:
     bool Frame(const qexsdk::KQexAmcFrame& pFrame) override;
 
     std::string mText;
-    int         mStopAfter = -1; ///< Frames after which the visitor asks to stop; negative: never.
+    int         mStopAfter = -1; ///< Frames after which it stops the reader; negative: never.
     double      mLengthFactor = 0.0;
     double      mAngleFactor = 0.0;
     long long   mCount = 0;

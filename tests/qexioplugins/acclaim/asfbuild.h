@@ -9,12 +9,12 @@
 #include <vector>
 
 /// \file
-/// Skeletons and host scenes for tests, built in a line each.
+/// One-line builders of skeletons and host scenes for tests.
 
 namespace qextest
 {
 
-/// A host scene and a skeleton, ended in the order in which they may be ended.
+/// A host scene and a skeleton. The skeleton is destroyed first: it may own curves of the scene.
 struct KStage
 {
     KStage() : mScene(qexsdk::KQexScene::Create("stage")), mAsf(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>()) {}
@@ -54,18 +54,18 @@ inline qexsdk::KQexAsfNode* Bone(qexsdk::KQexAsfNode* pParent, const char* pName
     return lBone;
 }
 
-/// The same with a direction times length of \p pReach and the axis angles \p pAngles.
+/// The same with the bone vector (direction times length) \p pVector and the axis angles \p pAngles.
 inline qexsdk::KQexAsfNode* Bone(qexsdk::KQexAsfNode* pParent, const char* pName, const std::vector<int>& pDofs,
-                                 const qexsdk::KgeTVector& pReach, const qexsdk::KgeRVector& pAngles = qexsdk::KgeRVector())
+                                 const qexsdk::KgeTVector& pVector, const qexsdk::KgeRVector& pAngles = qexsdk::KgeRVector())
 {
     qexsdk::KQexAsfNode* lBone = Bone(pParent, pName, pDofs);
-    lBone->mLength = qexsdk::KgeLength(pReach);
-    qexsdk::KgeNorm(lBone->mDirectionV, pReach);
+    lBone->mLength = qexsdk::KgeLength(pVector);
+    qexsdk::KgeNorm(lBone->mDirectionV, pVector);
     SetAxis(lBone, pAngles);
     return lBone;
 }
 
-/// The names of a bone's children, a blank between them.
+/// The names of a bone's children, separated by blanks.
 inline std::string ChildNames(qexsdk::KQexAsfNode* pBone)
 {
     std::string lNames;
@@ -86,8 +86,8 @@ enum EShape
 
 constexpr const char* kShapeNames[] = {"Chain", "Fan", "Comb", "Random"};
 
-/// A root and \p pCount - 1 bones below it in the given shape (a comb is a chain with a leaf at every bone), named b1, b2, …; every
-/// DOF list, direction, length and axis random. About a third of the bones have no DOF when \p pDummies is set.
+/// A root and \p pCount - 1 bones below it in the given shape (a comb is a chain with a leaf at every bone), named b1, b2, …, with random
+/// DOF lists, directions, lengths and axes. With \p pDummies about a third of the bones have no DOF.
 inline std::vector<qexsdk::KQexAsfNode*> RandomBones(EShape pShape, int pCount, unsigned int pSeed, bool pDummies)
 {
     std::mt19937                           lRandom(pSeed);
@@ -124,14 +124,14 @@ inline std::vector<qexsdk::KQexAsfNode*> RandomBones(EShape pShape, int pCount, 
                 lDofs.push_back(lDice(6));
             }
         }
-        const qexsdk::KgeTVector lReach(lPart(lRandom), lPart(lRandom), lPart(lRandom));
+        const qexsdk::KgeTVector lVector(lPart(lRandom), lPart(lRandom), lPart(lRandom));
         const qexsdk::KgeRVector lAxis(lAngle(lRandom), lAngle(lRandom), lAngle(lRandom));
-        lBones.push_back(Bone(lBones[static_cast<size_t>(lParent)], ("b" + std::to_string(lIter)).c_str(), lDofs, lReach, lAxis));
+        lBones.push_back(Bone(lBones[static_cast<size_t>(lParent)], ("b" + std::to_string(lIter)).c_str(), lDofs, lVector, lAxis));
     }
     return lBones;
 }
 
-/// The names of the tree below a node, "root(a(b(c(c_End))) d(d_End))".
+/// The names of the tree at a node, as "root(a(b(c(c_End))) d(d_End))".
 inline std::string NodeTree(const qexsdk::KQexNode* pNode)
 {
     std::string lText = pNode->GetName();

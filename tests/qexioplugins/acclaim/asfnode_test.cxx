@@ -78,7 +78,7 @@ TEST(KQexAsfNodeTest, StartsWithItsDefaults)
     EXPECT_EQ(lBone.mScene, nullptr);
 }
 
-TEST(KQexAsfNodeTest, GivesAccessToItsFields)
+TEST(KQexAsfNodeTest, AccessorsMatchTheFields)
 {
     KStage      lStage;
     KQexAsfNode lBone;
@@ -107,7 +107,7 @@ TEST(KQexAsfSceneTest, StartsWithItsDefaultsAndOwnsItsTree)
     EXPECT_EQ(lWatch.GetBlocks(), 0U);
 }
 
-TEST(KQexAsfNodeTest, IsMadeInTheLibrarysMemoryOrNotAtAll)
+TEST(KQexAsfNodeTest, FailedAllocationGivesNull)
 {
     KMemoryWatch lWatch;
     lWatch.FailAfter(0);
@@ -141,7 +141,7 @@ TEST_F(KQexAsfTreeTest, FindsTheFirstInPreOrder)
     EXPECT_EQ(lDeep->Find("x"), lDeep);
 }
 
-TEST_F(KQexAsfTreeTest, ChildrenEndAtTheirCount)
+TEST_F(KQexAsfTreeTest, NoChildBeyondTheCount)
 {
     EXPECT_EQ(mRoot->GetChild(0), mA);
     EXPECT_EQ(mRoot->GetChild(1), mB);
@@ -149,9 +149,9 @@ TEST_F(KQexAsfTreeTest, ChildrenEndAtTheirCount)
     EXPECT_EQ(mA->GetChild(0), nullptr);
 }
 
-TEST_F(KQexAsfTreeTest, ABoneCanHangInTwoPlaces)
+TEST_F(KQexAsfTreeTest, ABoneCanBeAChildOfTwoParents)
 {
-    // Neither a duplicate nor an earlier parent is looked for.
+    // AddChild() checks neither for a duplicate nor for an earlier parent.
     EXPECT_TRUE(mB->AddChild(mA));
     EXPECT_EQ(mA->mParent, mB);
     EXPECT_EQ(ChildNames(mRoot), "a b");
@@ -162,12 +162,12 @@ TEST_F(KQexAsfTreeTest, ABoneCanHangInTwoPlaces)
     EXPECT_EQ(ChildNames(mB), "a");
 }
 
-TEST_F(KQexAsfTreeTest, RemovingClearsTheParentOfAStranger)
+TEST_F(KQexAsfTreeTest, RemoveChildClearsTheParentOfAnyBone)
 {
-    KQexAsfNode* lStranger = Bone(mB, "stranger");
-    mA->RemoveChild(lStranger);
-    EXPECT_EQ(lStranger->mParent, nullptr);
-    EXPECT_EQ(ChildNames(mB), "stranger");
+    KQexAsfNode* lOther = Bone(mB, "other");
+    mA->RemoveChild(lOther);
+    EXPECT_EQ(lOther->mParent, nullptr);
+    EXPECT_EQ(ChildNames(mB), "other");
     EXPECT_EQ(ChildNames(mA), "");
 }
 
@@ -214,11 +214,11 @@ TEST_F(KQexAsfTreeTest, AddingWithoutMemoryChangesNothing)
     EXPECT_EQ(ChildNames(mRoot), "a b c d e");
 }
 
-/// Tells when and how it is destroyed.
-class KMournedCurve : public KQexAnimCurve
+/// Logs its destruction and the flags.
+class KLoggedCurve : public KQexAnimCurve
 {
 public:
-    KMournedCurve(const std::string& pName, std::vector<std::string>& pLog) : KQexAnimCurve(nullptr, pName.c_str()), mLog(pLog) {}
+    KLoggedCurve(const std::string& pName, std::vector<std::string>& pLog) : KQexAnimCurve(nullptr, pName.c_str()), mLog(pLog) {}
 
     void Destroy(bool pRecursive, bool pDependents) override
     {
@@ -230,16 +230,16 @@ private:
     std::vector<std::string>& mLog;
 };
 
-void GiveCurves(KQexAsfNode* pBone, std::vector<std::string>& pLog)
+void AddLoggedCurves(KQexAsfNode* pBone, std::vector<std::string>& pLog)
 {
     for (int lIter = 0; lIter < 3; ++lIter)
     {
-        pBone->mLTData[lIter] = new KMournedCurve(std::string(pBone->mName) + "_t" + "xyz"[lIter], pLog);
-        pBone->mLRData[lIter] = new KMournedCurve(std::string(pBone->mName) + "_r" + "xyz"[lIter], pLog);
+        pBone->mLTData[lIter] = new KLoggedCurve(std::string(pBone->mName) + "_t" + "xyz"[lIter], pLog);
+        pBone->mLRData[lIter] = new KLoggedCurve(std::string(pBone->mName) + "_r" + "xyz"[lIter], pLog);
     }
 }
 
-TEST(KQexAsfNodeDestructionTest, CurvesGoBeforeChildrenAndChildrenInOrder)
+TEST(KQexAsfNodeDestructionTest, CurvesBeforeChildrenAndChildrenInOrder)
 {
     std::vector<std::string> lLog;
     KMemoryWatch             lWatch;
@@ -247,7 +247,7 @@ TEST(KQexAsfNodeDestructionTest, CurvesGoBeforeChildrenAndChildrenInOrder)
     KQexAsfNode*             lA = Bone(lRoot, "a");
     for (KQexAsfNode* lBone : {lRoot, lA, Bone(lA, "aa"), Bone(lRoot, "b")})
     {
-        GiveCurves(lBone, lLog);
+        AddLoggedCurves(lBone, lLog);
     }
     QexSdkDelete(lA->mLTData[1]); // a bone may lack some of them
     lA->mLTData[1] = nullptr;
@@ -263,7 +263,7 @@ class KLargeTreeTest : public testing::TestWithParam<EShape>
 {
 };
 
-TEST_P(KLargeTreeTest, StandsInASmallStack)
+TEST_P(KLargeTreeTest, FitsInASmallStack)
 {
     const int lCount = 100000;
     for (size_t lStack : kStackSizes)

@@ -16,15 +16,15 @@ using namespace qextest;
 namespace
 {
 
-/// The two text files of one export.
+/// The texts of both files of an export.
 struct KTexts
 {
     std::string mAsf;
     std::string mAmc;
 };
 
-/// Exports the scene's tree at \p pRoot, into files of \p pDir.
-KTexts Exported(const KTempDir& pDir, KQexNode* pRoot, const KQexExportAcclaimOptions& pOptions = KQexExportAcclaimOptions())
+/// Exports the tree at \p pRoot to files in \p pDir and returns their texts.
+KTexts ExportTexts(const KTempDir& pDir, KQexNode* pRoot, const KQexExportAcclaimOptions& pOptions = KQexExportAcclaimOptions())
 {
     KQexExportAcclaimResult lResult;
     const std::string       lAsf = (pDir / "out.asf").string();
@@ -37,8 +37,8 @@ KTexts Exported(const KTempDir& pDir, KQexNode* pRoot, const KQexExportAcclaimOp
     return KTexts{ReadFile(lAsf), ReadFile(lAmc)};
 }
 
-/// Imports texts; the root's node.
-KQexNode* Imported(KQexScene* pScene, const KTexts& pTexts, KQexImportAcclaimResult& pResult, bool pRemoveDummies = false)
+/// Imports texts and returns the root's node.
+KQexNode* ImportTexts(KQexScene* pScene, const KTexts& pTexts, KQexImportAcclaimResult& pResult, bool pRemoveDummies = false)
 {
     KQexImportAcclaimOptions lOptions;
     lOptions.mKeepAsfScene = true;
@@ -50,20 +50,20 @@ KQexNode* Imported(KQexScene* pScene, const KTexts& pTexts, KQexImportAcclaimRes
     return pResult.mRootNode;
 }
 
-/// Names of the root's node in an exported skeleton, the others as they are.
-std::map<std::string, std::vector<KQexVector4>> Places(KQexNode* pRoot, int pFrames)
+/// Global positions of every node by name and frame. The root's node is named "root", as in an exported skeleton.
+std::map<std::string, std::vector<KQexVector4>> NodePositions(KQexNode* pRoot, int pFrames)
 {
-    std::map<std::string, std::vector<KQexVector4>> lPlaces;
+    std::map<std::string, std::vector<KQexVector4>> lPositions;
     KQexGlobalTransforms                            lPose;
     for (int lFrame = 0; lFrame < pFrames; ++lFrame)
     {
         EXPECT_TRUE(pRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pRoot, FrameTime(lFrame), lPose));
         for (int i = 0; i < lPose.GetCount(); ++i)
         {
-            lPlaces[i == 0 ? "root" : lPose.GetNode(i)->GetName()].push_back(lPose.GetTransform(i).GetT());
+            lPositions[i == 0 ? "root" : lPose.GetNode(i)->GetName()].push_back(lPose.GetTransform(i).GetT());
         }
     }
-    return lPlaces;
+    return lPositions;
 }
 
 double Distance(const KQexVector4& pA, const KQexVector4& pB)
@@ -71,9 +71,9 @@ double Distance(const KQexVector4& pA, const KQexVector4& pB)
     return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) + (pA[2] - pB[2]) * (pA[2] - pB[2]));
 }
 
-/// Every place in \p pOld that has a name in \p pNew too is the same there; gives how many there are.
-int ExpectSamePlaces(const std::map<std::string, std::vector<KQexVector4>>& pOld,
-                     const std::map<std::string, std::vector<KQexVector4>>& pNew, double pTolerance)
+/// Expects the nodes that \p pOld and \p pNew share to have equal positions. \return their number
+int ExpectSamePositions(const std::map<std::string, std::vector<KQexVector4>>& pOld,
+                        const std::map<std::string, std::vector<KQexVector4>>& pNew, double pTolerance)
 {
     int lCount = 0;
     for (const auto& [lName, lFrames] : pOld)
@@ -96,7 +96,7 @@ int ExpectSamePlaces(const std::map<std::string, std::vector<KQexVector4>>& pOld
     return lCount;
 }
 
-/// The first line in which two texts differ, of both; empty when they are the same.
+/// The first line that differs, from both texts; empty when they are equal.
 std::string FirstDifference(const std::string& pA, const std::string& pB)
 {
     if (pA == pB)
@@ -108,11 +108,11 @@ std::string FirstDifference(const std::string& pA, const std::string& pB)
     return pA.substr(lFrom, pA.find('\n', lAt) - lFrom) + " | " + pB.substr(lFrom, pB.find('\n', lAt) - lFrom);
 }
 
-class KExportCircle : public testing::TestWithParam<int>
+class KExportRoundTripTest : public testing::TestWithParam<int>
 {
 };
 
-TEST_P(KExportCircle, RandomTreesComeBackWhereTheyWere)
+TEST_P(KExportRoundTripTest, RandomTreesKeepTheirPositions)
 {
     std::mt19937 lRandom(static_cast<unsigned>(4000 + GetParam()));
     KRandomTree  lTree;
@@ -123,27 +123,27 @@ TEST_P(KExportCircle, RandomTreesComeBackWhereTheyWere)
     const KTempDir           lDir;
     KQexExportAcclaimOptions lOptions;
     lOptions.mLengthUnit = GetParam() % 3 == 0 ? 0.45 : 1.0;
-    const KTexts            lFirst = Exported(lDir, lRoot, lOptions);
+    const KTexts            lFirst = ExportTexts(lDir, lRoot, lOptions);
     const KScenePtr         lBack = MakeScene();
     KQexImportAcclaimResult lResult;
-    KQexNode*               lBackRoot = Imported(lBack.get(), lFirst, lResult);
+    KQexNode*               lBackRoot = ImportTexts(lBack.get(), lFirst, lResult);
     ASSERT_NE(lBackRoot, nullptr) << lFirst.mAsf;
-    const int lSame = ExpectSamePlaces(Places(lRoot, lTree.mFrames), Places(lBackRoot, lTree.mFrames), 0.02);
+    const int lSame = ExpectSamePositions(NodePositions(lRoot, lTree.mFrames), NodePositions(lBackRoot, lTree.mFrames), 0.02);
     EXPECT_GE(lSame, 1);
-    const KTexts lSecond = Exported(lDir, lBackRoot, lOptions);
+    const KTexts lSecond = ExportTexts(lDir, lBackRoot, lOptions);
     EXPECT_EQ(FirstDifference(lFirst.mAsf, lSecond.mAsf), "");
     EXPECT_EQ(FirstDifference(lFirst.mAmc, lSecond.mAmc), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Trees, KExportCircle, testing::Range(0, 20));
+INSTANTIATE_TEST_SUITE_P(Trees, KExportRoundTripTest, testing::Range(0, 20));
 
-TEST(KExportMotion, NamesTheSkeletonBesideIt)
+TEST(KExportMotion, NamesItsSkeletonFile)
 {
     std::mt19937    lRandom(3);
     const KScenePtr lScene = MakeScene();
     KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
     const KTempDir  lDir;
-    EXPECT_EQ(Exported(lDir, lRoot).mAmc.compare(0, 18, "#!OML:ASF out.asf\n"), 0);
+    EXPECT_EQ(ExportTexts(lDir, lRoot).mAmc.compare(0, 18, "#!OML:ASF out.asf\n"), 0);
 
     // In memory there is no file to name.
     KTexts                  lTexts;
@@ -162,7 +162,7 @@ TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)
         KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::Buffer(lText.data(), lText.size(), "s.asf"), {}, lResult);
     ASSERT_NE(lSkeleton, nullptr);
 
-    // Without a unit above zero nothing is converted.
+    // Without a positive unit nothing is converted.
     for (const double lUnit : {0.5, 0.0, -1.0})
     {
         lSkeleton->mLengthUnit = lUnit;
@@ -181,7 +181,7 @@ TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)
     }
 }
 
-TEST(KExportCorpus, RealMotionComesBackWhereItWas)
+TEST(KExportCorpus, RealMotionKeepsItsPositions)
 {
     QEX_SKIP_WITHOUT(CorpusDir(), "ASF_CORPUS_DIR");
     const std::pair<const char*, const char*> lFiles[] = {{"cmu/01.asf", "cmu/01_01.amc"}, {"cmu_walk/walk.asf", "cmu_walk/walk_01.amc"}};
@@ -190,21 +190,21 @@ TEST(KExportCorpus, RealMotionComesBackWhereItWas)
         const KTexts            lOriginal{ReadFile(CorpusDir() / lAsf), ReadFile(CorpusDir() / lAmc)};
         const KScenePtr         lScene = MakeScene();
         KQexImportAcclaimResult lResult;
-        KQexNode*               lRoot = Imported(lScene.get(), lOriginal, lResult);
+        KQexNode*               lRoot = ImportTexts(lScene.get(), lOriginal, lResult);
         ASSERT_NE(lRoot, nullptr);
         const KQexBoneDofs       lDofs = KQexExporterAcclaim::GetBoneDofs(lResult.mAsfScene.get());
         KQexExportAcclaimOptions lOptions;
         lOptions.mLengthUnit = 0.45;
         lOptions.mBoneDofs = &lDofs;
         const KTempDir          lDir;
-        const KTexts            lFirst = Exported(lDir, lRoot, lOptions);
+        const KTexts            lFirst = ExportTexts(lDir, lRoot, lOptions);
         const KScenePtr         lBack = MakeScene();
         KQexImportAcclaimResult lBackResult;
-        KQexNode*               lBackRoot = Imported(lBack.get(), lFirst, lBackResult);
+        KQexNode*               lBackRoot = ImportTexts(lBack.get(), lFirst, lBackResult);
         ASSERT_NE(lBackRoot, nullptr);
         const int lNodes = lRoot->GetChildCount(true) + 1;
-        EXPECT_EQ(ExpectSamePlaces(Places(lRoot, 300), Places(lBackRoot, 300), 0.01), lNodes);
-        const KTexts lSecond = Exported(lDir, lBackRoot, lOptions);
+        EXPECT_EQ(ExpectSamePositions(NodePositions(lRoot, 300), NodePositions(lBackRoot, 300), 0.01), lNodes);
+        const KTexts lSecond = ExportTexts(lDir, lBackRoot, lOptions);
         EXPECT_EQ(FirstDifference(lFirst.mAsf, lSecond.mAsf), "");
         EXPECT_EQ(FirstDifference(lFirst.mAmc, lSecond.mAmc), "");
     }

@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "1\nroot +1\na 2.e0 .3E1\nb 400e-2\nc 5.0000000000000000000000001 -1e-999 6\n" + SmallFrame(2, 2), true, kTwoFrames, ""},
         KAmcCase{"negative frame numbers", SmallFrame(-3, 1) + SmallFrame(-2, 2), true,
                  "-3@0 root(1) a(2 3) b(4) c(5 6)\n-2@1 root(2) a(3 4) b(5) c(6 7)\n", ""},
-        KAmcCase{"a bone without a DOF may stand alone", "1\nroot 1\na 2 3\nb 4\nc 5 99 6\nd\n" + SmallFrame(2, 2), true, kTwoFrames, ""}));
+        KAmcCase{"a bone without a DOF has no values", "1\nroot 1\na 2 3\nb 4\nc 5 99 6\nd\n" + SmallFrame(2, 2), true, kTwoFrames, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
     FrameNumbers, KAmcTest,
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                              std::string(kFull1) + "1000000001@1e+09 root(2) a(3 4) b(5) c(6 7)\n", ""},
                     KAmcCase{"a repeat", kTwo + SmallFrame(2, 3), true, kTwoFrames + "2@1 late root(3) a(4 5) b(6) c(7 8)\n",
                              "W11 Frame 2 comes after frame 2, what comes later holds\n"},
-                    KAmcCase{"going back says so once", kTwo + SmallFrame(1, 3) + SmallFrame(2, 3) + SmallFrame(3, 3), true,
+                    KAmcCase{"going back warns once", kTwo + SmallFrame(1, 3) + SmallFrame(2, 3) + SmallFrame(3, 3), true,
                              kTwoFrames + "1@0 late root(3) a(4 5) b(6) c(7 8)\n2@1 late root(3) a(4 5) b(6) c(7 8)\n" + kFull3,
                              "W11 Frame 1 comes after frame 2, what comes later holds\n"},
                     KAmcCase{"going back below the first", SmallFrame(5, 1) + SmallFrame(4, 2), true,
@@ -133,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KAmcCase{"beyond what a number holds", kTwo + "99999999999999999999\nroot 1\n", false, kTwoFrames,
                              "E11 Frame number expected, not (99999999999999999999)\n"},
                     KAmcCase{"with a point", kTwo + "3.5\nroot 1\n", false, kTwoFrames, "E11 Frame number expected, not (3.5)\n"},
-                    KAmcCase{"text behind a frame number", ReplacedAll(kTwo, "2\nroot", "2 of 9\nroot"), true, kTwoFrames,
+                    KAmcCase{"text after a frame number", ReplacedAll(kTwo, "2\nroot", "2 of 9\nroot"), true, kTwoFrames,
                              "W6 Ignoring the text after a frame number (of 9)\n"},
                     KAmcCase{"values before a frame number", "root 1\n" + kTwo, false, "", "E1 Frame number expected before bone root\n"},
                     KAmcCase{"no frame", ":DEGREES\n", false, "", "E1 The motion has no complete frame\n"},
@@ -146,13 +146,13 @@ INSTANTIATE_TEST_SUITE_P(
                     KAmcCase{"a lone colon", ":\n" + kTwo, true, kTwoFrames, "W1 Ignoring unknown keyword (:)\n"},
                     KAmcCase{"known words with values",
                              ":FRAME-RANGE 1 2\n:ASF-FILE x y.asf\n:ASF-PATH /a\n:SAMPLES-PER-SECOND 120\n" + kTwo, true, kTwoFrames, ""},
-                    KAmcCase{"values that make no sense",
-                             ":FRAME-RANGE 1\n:ASF-FILE\n:SAMPLES-PER-SECOND 0\n:SAMPLES-PER-SECOND fast\n" + kTwo, true, kTwoFrames,
+                    KAmcCase{"invalid values", ":FRAME-RANGE 1\n:ASF-FILE\n:SAMPLES-PER-SECOND 0\n:SAMPLES-PER-SECOND fast\n" + kTwo, true,
+                             kTwoFrames,
                              "W1 Can't use the value of :FRAME-RANGE (1)\nW2 Can't use the value of :ASF-FILE ()\n"
                              "W3 Can't use the value of :SAMPLES-PER-SECOND (0)\nW4 Can't use the value of :SAMPLES-PER-SECOND (fast)\n"},
                     KAmcCase{"both angle units", ":DEGREES\n:RADIANS\n" + kTwo, true, kTwoFrames,
                              "W2 Angles in degrees and in radians, the later word (:RADIANS) holds\n"},
-                    KAmcCase{"words behind the first frame",
+                    KAmcCase{"words after the first frame",
                              SmallFrame(1, 1) + ":DEGREES\n:FULLY-SPECIFIED\n:RADIANS\n:DEGREES\n" + SmallFrame(2, 2), true, kTwoFrames,
                              "W6 Ignoring :DEGREES after the first frame\nW8 Ignoring :RADIANS after the first frame\n"}));
 
@@ -181,23 +181,24 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         KAmcCase{"too few values", kTwo + "3\nroot 3\na 4\nb 6\nc 7 99 8\n", false, kTwoFrames,
                  "E13 Bone a: 2 values expected (rx ry), only 1 found\n"},
-        KAmcCase{"too few values where l stands", kTwo + "3\nc 7 8\n", false, kTwoFrames,
+        KAmcCase{"too few values with an l", kTwo + "3\nc 7 8\n", false, kTwoFrames,
                  "E12 Bone c: 3 values expected (rz l ry), only 2 found\n"},
-        KAmcCase{"no number", kTwo + "3\nroot 3\na 4 x5\nb 6\nc 7 99 8\n", false, kTwoFrames,
+        KAmcCase{"not a number", kTwo + "3\nroot 3\na 4 x5\nb 6\nc 7 99 8\n", false, kTwoFrames,
                  "E13 Bone a: a number expected for ry of (rx ry), not (x5)\n"},
-        KAmcCase{"a number with something behind it", kTwo + "3\nroot 3,5\n", false, kTwoFrames,
+        KAmcCase{"a number with a suffix", kTwo + "3\nroot 3,5\n", false, kTwoFrames,
                  "E12 Bone root: a number expected for tx of (tx), not (3,5)\n"},
         KAmcCase{"not finite", kTwo + "3\nroot nan\n", false, kTwoFrames, "E12 Bone root: a number expected for tx of (tx), not (nan)\n"},
         KAmcCase{"too large", kTwo + "3\nroot 1e999\n", false, kTwoFrames,
                  "E12 Bone root: a number expected for tx of (tx), not (1e999)\n"},
         KAmcCase{"hexadecimal", kTwo + "3\nroot 0x10\n", false, kTwoFrames,
                  "E12 Bone root: a number expected for tx of (tx), not (0x10)\n"},
-        KAmcCase{"l is no number", kTwo + "3\nc 1 l 3\n", false, kTwoFrames, "E12 Bone c: a number expected for l of (rz l ry), not (l)\n"},
+        KAmcCase{"l is not a number", kTwo + "3\nc 1 l 3\n", false, kTwoFrames,
+                 "E12 Bone c: a number expected for l of (rz l ry), not (l)\n"},
         KAmcCase{"good frames kept", kTwo + "3\nroot 3\na 4\nb 6\nc 7 99 8\n4\n", true, kTwoFrames,
                  "E13 Bone a: 2 values expected (rx ry), only 1 found\n", true},
         KAmcCase{"no good frame to keep", "3\nroot 3\na 4\n", false, "", "E3 Bone a: 2 values expected (rx ry), only 1 found\n", true},
         KAmcCase{"an over-long line", kTwo + "3\nroot " + std::string(1048577, '1') + "\n", false, kTwoFrames, "E12 Line is too long\n"},
-        KAmcCase{"an over-long line behind good frames", kTwo + "3\nroot " + std::string(1048577, '1') + "\n", true, kTwoFrames,
+        KAmcCase{"an over-long line after good frames", kTwo + "3\nroot " + std::string(1048577, '1') + "\n", true, kTwoFrames,
                  "E12 Line is too long\n", true},
         KAmcCase{"UTF-16", std::string("\xFF\xFE") + "1\n", false, "", "E0 UTF-16 text is not supported\n"}));
 
@@ -206,11 +207,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         KAmcCase{"between two lines", kTwo + "3\nroot 3\na 4 5\n", true, kTwoFrames,
                  "W13 Frame 3 is cut short by the end of the file and dropped\n"},
-        KAmcCase{"behind the frame number", kTwo + "3\n", true, kTwoFrames,
-                 "W11 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"after the frame number", kTwo + "3\n", true, kTwoFrames, "W11 Frame 3 is cut short by the end of the file and dropped\n"},
         KAmcCase{"in the frame number", kTwo + "1", true, kTwoFrames, "W11 Frame 1 is cut short by the end of the file and dropped\n"},
         KAmcCase{"in a name", kTwo + "3\nroo", true, kTwoFrames, "W12 Frame 3 is cut short by the end of the file and dropped\n"},
-        KAmcCase{"behind a name", kTwo + "3\nroot 3\na", true, kTwoFrames, "W13 Frame 3 is cut short by the end of the file and dropped\n"},
+        KAmcCase{"after a name", kTwo + "3\nroot 3\na", true, kTwoFrames, "W13 Frame 3 is cut short by the end of the file and dropped\n"},
         KAmcCase{"in a number", kTwo + "3\nroot 3\na 4 5.2e", true, kTwoFrames,
                  "W13 Frame 3 is cut short by the end of the file and dropped\n"},
         KAmcCase{"a line too short, with a line end, is a fault", kTwo + "3\nroot 3\na 4\n", false, kTwoFrames,
@@ -267,7 +267,7 @@ INSTANTIATE_TEST_SUITE_P(Sources, KAmcRateTest,
                                          // 10 frames at a rate without whole ticks: rounded once, not ten times.
                                          KRateCase{705600000.0 / 3.25, "", 705600000.0 / 3.25, eAMC_RATE_CALLER, 33}));
 
-TEST(KQexFileAcclaimAmc, RefusesARateThatIsNone)
+TEST(KQexFileAcclaimAmc, RefusesInvalidRates)
 {
     for (const double lRate : {-1.0, 1e-9, 1e12, std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()})
     {
@@ -279,7 +279,7 @@ TEST(KQexFileAcclaimAmc, RefusesARateThatIsNone)
     }
 }
 
-TEST(KQexFileAcclaimAmc, TellsWhatWasRead)
+TEST(KQexFileAcclaimAmc, InfoSummarisesTheFrames)
 {
     const KAmcOutcome lOutcome = ReadAmc(SmallFrame(10, 1) + SmallFrame(12, 2) + SmallFrame(8, 3));
     ASSERT_TRUE(lOutcome.mOk);
@@ -318,7 +318,7 @@ TEST(KQexFileAcclaimAmc, NeedsASkeleton)
     EXPECT_EQ(lFile.GetErrorCount(), 2);
 }
 
-TEST(KQexFileAcclaimAmc, WritesOnlyWhereThereIsSomethingToWrite)
+TEST(KQexFileAcclaimAmc, RefusesToWriteNothing)
 {
     KQexImportAcclaimResult        lResult;
     const KQexAsfSceneOwner        lSkeleton = ReadSmallAsf(kSmallAsf, lResult);
@@ -345,7 +345,7 @@ TEST(KQexFileAcclaimAmc, WritesOnlyWhereThereIsSomethingToWrite)
     EXPECT_EQ(lOut, ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0\na 0 0\nb 0\nc 0 0\n");
 }
 
-TEST(KQexFileAcclaimAmc, BonesThatTheCleanUpRemovedArePassedOver)
+TEST(KQexFileAcclaimAmc, BonesThatCleanUpRemovedAreIgnored)
 {
     KQexAmcReadOptions lOptions;
     lOptions.mSkeletonNotes.mRemovedBones = {"hip", "l"};
@@ -364,7 +364,7 @@ TEST(KQexFileAcclaimAmc, BonesNamedLikeNumbers)
     EXPECT_EQ(lOutcome.mMessages, "");
 }
 
-TEST(KQexFileAcclaimAmc, NamesThatTheSkeletonCutAreFound)
+TEST(KQexFileAcclaimAmc, CutBoneNamesAreFound)
 {
     const std::string lName(60, 'n');
     const std::string lAsf =
@@ -395,7 +395,7 @@ TEST(KQexFileAcclaimAmc, LengthDofsAnywhereOnTheLine)
     }
 }
 
-/// Of bones of one name only one has a line, with its own lengths and not the others' as well.
+/// Of bones of one name only one has a line in the motion, and only its own length DOFs count.
 TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
 {
     const std::string lTwin = "name c\n    direction 0 -1 0\n    length 1\n    axis 0 0 0 XYZ\n    dof l rz ry\n  end\n";
@@ -407,8 +407,8 @@ TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
     EXPECT_NE(lShort.mMessages.find("Bone c: 3 values expected (l rz ry), only 2 found\n"), std::string::npos) << lShort.mMessages;
 }
 
-/// A file may end anywhere: whatever frames come out are those of the whole file. Within the first frame nothing tells a file that
-/// was cut between two lines from one that never had the other bones; they are warned about.
+/// Cut anywhere, a file gives only frames of the whole file. In the first frame, a file cut between two lines looks like one that never had
+/// the other bones; they get a warning.
 TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
 {
     const std::string lText = "#!OML:ASF x\n:FULLY-SPECIFIED\n:DEGREES\n" + kTwo + SmallFrame(3, 3);
@@ -474,11 +474,11 @@ INSTANTIATE_TEST_SUITE_P(
         KPeekCase{"first line", "#!OML:ASF C:\\My Files\\a.ASF \r\n:DEGREES\r\n1\r\n", "C:\\My Files\\a.ASF", "", 0, eAMC_ANGLE_DEGREES},
         KPeekCase{"words", "# c\n:asf-file b c.asf # d\n:ASF-PATH /x y/\n:RADIANS\n:samples-per-second 60\n1\n", "b c.asf", "/x y/", 60,
                   eAMC_ANGLE_RADIANS},
-        KPeekCase{"the word before the comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
-        KPeekCase{"the word before the comment, behind it", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
-        KPeekCase{"no further than the first frame", ":DEGREES\n1\n:RADIANS\n:ASF-FILE a\n", "", "", 0, eAMC_ANGLE_DEGREES}));
+        KPeekCase{"the word wins over an earlier comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"the word wins over a later comment", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"stops at the first frame", ":DEGREES\n1\n:RADIANS\n:ASF-FILE a\n", "", "", 0, eAMC_ANGLE_DEGREES}));
 
-TEST(KQexFileAcclaimAmc, PeekTellsWhyItCannot)
+TEST(KQexFileAcclaimAmc, PeekReportsWhyItFails)
 {
     const KTempDir lFolder;
     KQexAmcHeader  lHeader;
@@ -529,7 +529,7 @@ TEST(KQexFileAcclaimAmc, FramesTooFarApartForTimeAreRefused)
     }
 }
 
-TEST(KQexFileAcclaimAmc, WordsBetweenFramesAndTextBehindTheirNumbersAreSaidOnce)
+TEST(KQexFileAcclaimAmc, WordsBetweenFramesAndTextAfterTheirNumbersWarnOnce)
 {
     const KAmcOutcome lOutcome = ReadAmc("1 x\n" + SmallFrame(1, 1).substr(2) + ":DEGREES\n:SAMPLES-PER-SECOND 60\n:degrees\n" +
                                          ":FULLY-SPECIFIED\n2 y\n" + SmallFrame(2, 2).substr(2) + ":radians\n");
@@ -541,7 +541,7 @@ TEST(KQexFileAcclaimAmc, WordsBetweenFramesAndTextBehindTheirNumbersAreSaidOnce)
                                   "W15 Ignoring :radians after the first frame\n");
 }
 
-TEST(KQexFileAcclaimAmc, ManyWordsOfALineAreNotAllNamed)
+TEST(KQexFileAcclaimAmc, LongDofListsAreShortened)
 {
     std::string  lAsf = kSmallAsf;
     const size_t lAt = lAsf.find("dof rx\n");

@@ -50,8 +50,8 @@ KPoint GlobalStart(const KQexScene& pScene, const KQexNode* pNode, KTime pTime)
     return {lMatrix.mData[3][0], lMatrix.mData[3][1], lMatrix.mData[3][2]};
 }
 
-/// The node that stands where a bone ends: its end node, or the node of a bone that the file has under it. The clean-up moves bones
-/// whose parent it removes, but not in space.
+/// The node at a bone's end: its end node, or the node of a child that it has in the file. Clean-up reparents bones without moving them in
+/// space.
 const KQexNode* EndNode(HKQexAsfNode pFileBone, const KQexNode* pNode, const KQexNode* pRoot)
 {
     if (pFileBone->mChildBuf.GetCount() == 0)
@@ -72,7 +72,7 @@ class KOracleTest : public testing::TestWithParam<int>
 {
 };
 
-TEST_P(KOracleTest, EveryBoneIsWhereTheDataSays)
+TEST_P(KOracleTest, BonePositionsMatch)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     QEX_SKIP_WITHOUT_ORACLE();
@@ -130,9 +130,9 @@ TEST_P(KOracleTest, EveryBoneIsWhereTheDataSays)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(AllEightWays, KOracleTest, testing::Range(0, 8));
+INSTANTIATE_TEST_SUITE_P(AllFlags, KOracleTest, testing::Range(0, 8));
 
-/// The motion's text with every angle in radians: translations of the root stay as they are.
+/// The motion's text with every angle in radians; the root's translations are unchanged.
 std::string InRadians(const std::string& pText)
 {
     std::string lText;
@@ -155,11 +155,11 @@ std::string InRadians(const std::string& pText)
             std::ostringstream lNew;
             lNew.precision(17);
             lNew << lName;
-            int lPlace = 0;
+            int lIndex = 0;
             do
             {
-                lNew << ' ' << (lName == "root" && lPlace < 3 ? lValue : lValue * 0.017453292519943295);
-                ++lPlace;
+                lNew << ' ' << (lName == "root" && lIndex < 3 ? lValue : lValue * 0.017453292519943295);
+                ++lIndex;
             } while (lWords >> lValue);
             lLine = lNew.str();
         }

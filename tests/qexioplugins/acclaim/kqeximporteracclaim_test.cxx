@@ -56,7 +56,7 @@ std::string Keys(KQexNode* pNode, bool pRotation, unsigned int pChannel, const c
     return lText.str();
 }
 
-/// All that an import could change: objects, takes, the current take, and the values of nodes.
+/// What an import could change: objects, takes, the current take and the node tree.
 std::string Snapshot(const KQexScene& pScene)
 {
     std::ostringstream lText;
@@ -85,7 +85,7 @@ struct KSetup
     KQexNode* Node(const char* pName) { return mScene->GetRootNode()->FindChild(pName, true); }
 };
 
-/// The skeleton reader warns about the bone with an l.
+/// The skeleton reader warns about the bone with an l DOF.
 const char kLengthWarning[] = "W36 Unknown degree of freedom (l ry)\n";
 
 TEST(KQexImporterAcclaim, ASkeletonAlone)
@@ -170,7 +170,7 @@ TEST(KQexImporterAcclaim, TwoMotionsForOneTakeAreRefused)
 
 TEST(KQexImporterAcclaim, BonesOfOneNameKeepTheirOwnMotionInEveryTake)
 {
-    // Two bones named a under the root: the motion means the first, the other one stays still in all takes.
+    // Two bones named a under the root: the motion drives the first, the other one stays still in all takes.
     const std::string lAsf = Replaced(Replaced(kAsf, "name d", "name a"), "root a d", "root a");
     KSetup            lSetup;
     ASSERT_TRUE(lSetup.Import(lAsf, {Text(kThree, "1.amc", "one"), Text(kThree, "2.amc", "two")})) << Texts(lSetup.mResult.mMessages);
@@ -186,7 +186,7 @@ TEST(KQexImporterAcclaim, BonesOfOneNameKeepTheirOwnMotionInEveryTake)
     }
 }
 
-TEST(KQexImporterAcclaim, MotionOntoASkeletonThatIsThere)
+TEST(KQexImporterAcclaim, MotionOntoAnExistingSkeleton)
 {
     KSetup lSetup;
     lSetup.mOptions.mKeepAsfScene = true;
@@ -201,7 +201,7 @@ TEST(KQexImporterAcclaim, MotionOntoASkeletonThatIsThere)
     EXPECT_EQ(lSetup.mResult.mRootNode, lRoot);
     EXPECT_EQ(Keys(lSetup.Node("c"), true, 2, "take"), "0:5 1:6 2:7");
 
-    // A take name of the importer's own choosing spares what is there.
+    // A generated take name avoids existing takes.
     lSetup.mOptions.mTakeName.clear();
     for (const char* lName : {"take.amc", "take.amc"})
     {
@@ -274,7 +274,7 @@ TEST(KQexImporterAcclaim, TakesAreNamedAfterTheirFiles)
     }
 }
 
-TEST(KQexImporterAcclaim, AFileThatEndsTooSoonIsExplained)
+TEST(KQexImporterAcclaim, ATruncatedSkeletonIsExplained)
 {
     const KTempDir lFolder;
     WriteFile(lFolder / "cut.asf", kAsf.substr(0, kAsf.find("id 2")));
@@ -283,7 +283,7 @@ TEST(KQexImporterAcclaim, AFileThatEndsTooSoonIsExplained)
     EXPECT_EQ(Texts(lSetup.mResult.mMessages),
               "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins in line 13\n");
 
-    // What came from standard input can't be looked at again.
+    // Standard input can't be read again to find the section.
     KStandardInput lInput(kAsf.substr(0, kAsf.find("id 2")));
     EXPECT_FALSE(KQexImporterAcclaim::Import(lSetup.mScene.get(), "-", "", {}, lSetup.mResult));
     EXPECT_EQ(Texts(lSetup.mResult.mMessages), "E0 The skeleton is incomplete\n");
@@ -299,7 +299,7 @@ TEST(KQexImporterAcclaim, ParentAndMergeRoot)
     KQexNode* const lRoot = lSetup.mResult.mRootNode;
     EXPECT_EQ(lRoot->GetParent(), lGroup);
 
-    // Merging from above, and at the skeleton's root itself: nothing new but the take.
+    // Merging into an ancestor and into the root itself adds nothing but the take.
     for (KQexNode* lMergeRoot : {lGroup, lRoot})
     {
         const std::string lTake = lMergeRoot == lGroup ? "above" : "at";
@@ -311,7 +311,7 @@ TEST(KQexImporterAcclaim, ParentAndMergeRoot)
         EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, lTake.c_str()), "0:4 1:5 2:6");
     }
 
-    // A bone that the hierarchy lacks is built.
+    // A missing bone is created.
     lSetup.Node("b")->Destroy(true, false);
     ASSERT_TRUE(lSetup.Import(kThree));
     EXPECT_EQ(NodeTree(lGroup), std::string("group(") + kSmallTree + ")");
@@ -330,7 +330,7 @@ TEST(KQexImporterAcclaim, LimitsFollowTheFlags)
     }
 }
 
-TEST(KQexImporterAcclaim, DummiesGoWithoutAWarningAboutTheirLines)
+TEST(KQexImporterAcclaim, LinesOfRemovedDummiesCauseNoWarning)
 {
     KSetup lSetup;
     lSetup.mOptions.mRemoveDummies = true;
@@ -387,7 +387,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KFrameKeysCase{"only in the last frame, late", "1\nroot 0\n2\nroot 0\n2\nb 3\n", "0:3 1:3"},
                     KFrameKeysCase{"never", "1\nroot 0\n2\nroot 0\n", "-"}));
 
-/// Frames in any order: of each number the last one counts.
+/// Frames in any order: of each number the last one wins.
 TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
 {
     std::mt19937 lRandom(7);
@@ -421,8 +421,8 @@ TEST(KQexImporterAcclaim, FramesInAnyOrderAreSorted)
     }
 }
 
-/// What a motion says little about costs little: keys are counted here, not time.
-TEST(KQexImporterAcclaim, CostFollowsTheLinesNotTheBones)
+/// Sparse motion costs little: this counts keys, not time.
+TEST(KQexImporterAcclaim, KeysGrowWithTheLinesNotTheBones)
 {
     const int   kBones = 4000;
     std::string lAsf = kAsf.substr(0, kAsf.find("  begin"));
@@ -466,7 +466,7 @@ TEST(KQexImporterAcclaim, ALongMotionBackwards)
     EXPECT_LE(lSetup.mResult.mMessages.size(), 1100U);
 }
 
-TEST(KQexImporterAcclaim, ThingsThatAreNoMotion)
+TEST(KQexImporterAcclaim, GarbageIsNoMotion)
 {
     const std::string lTexts[] = {
         std::string(100000, '\0'),
@@ -492,7 +492,7 @@ TEST(KQexImporterAcclaim, ThingsThatAreNoMotion)
         }
     }
 
-    // A million names that no bone has: warnings are kept in bounds, the frames are read.
+    // A million unknown bone names: the warnings are limited, the frames are read.
     std::string lNames = "1\nb 1\n";
     for (int i = 0; i < 1000000; ++i)
     {
@@ -505,7 +505,7 @@ TEST(KQexImporterAcclaim, ThingsThatAreNoMotion)
 
 TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
 {
-    // A turn by more than half a circle from one frame to the next.
+    // A rotation by more than 180 degrees from one frame to the next.
     const std::string lAmc = "1\nb 170\n2\nb -170\n3\nb -170\n4\nb -170\n";
     KFCURVE_SetRotationFilterToApply(1);
     KFCURVE_SetUseConstantKeyReducer(true);
@@ -540,8 +540,8 @@ class KImportFailTest : public testing::TestWithParam<KFailCase>
 {
 };
 
-/// The second scene has nodes, a take and motion already: those must stay, too.
-TEST_P(KImportFailTest, TheSceneIsAsItWas)
+/// The second scene already has nodes, a take and motion, which must stay.
+TEST_P(KImportFailTest, TheSceneIsUnchanged)
 {
     for (const bool lUsed : {false, true})
     {
@@ -597,14 +597,14 @@ TEST(KQexImporterAcclaim, KeepsGoodFrames)
     EXPECT_EQ(lSetup.mResult.CountMessages(true), 1U);
 }
 
-TEST(KQexImporterAcclaim, CancelLeavesTheSceneAsItWas)
+TEST(KQexImporterAcclaim, CancelLeavesTheSceneUnchanged)
 {
     std::string lLong;
     for (int i = 1; i <= 1000; ++i)
     {
         lLong += SmallFrame(i, i);
     }
-    // The calls tell what is done in rising order; whichever of them cancels, nothing stays.
+    // Progress rises from call to call; whichever call cancels, nothing stays.
     KSetup              lWhole;
     std::vector<double> lFractions;
     lWhole.mOptions.mProgress = [&](double pFraction)
@@ -636,7 +636,7 @@ TEST(KQexImporterAcclaim, CancelLeavesTheSceneAsItWas)
     }
 }
 
-TEST(KQexImporterAcclaim, WithoutMemoryTheSceneIsAsItWas)
+TEST(KQexImporterAcclaim, WithoutMemoryTheSceneIsUnchanged)
 {
     const KQexAcclaimSource lAsf = Text(kAsf, "small.asf");
     const KQexAcclaimSource lOne = Text(kThree, "1.amc", "1");
@@ -653,7 +653,7 @@ TEST(KQexImporterAcclaim, WithoutMemoryTheSceneIsAsItWas)
             lWatch.FailAfter(-1);
             EXPECT_EQ(Snapshot(*lSetup.mScene) == lBefore, !lOk) << lCount;
             EXPECT_EQ(lSetup.mResult.CountMessages(true) == 0, lOk) << lCount;
-            // What failed for want of memory works as soon as there is some.
+            // A retry with memory succeeds.
             EXPECT_TRUE(KQexImporterAcclaim::Import(lSetup.mScene.get(), lAsf, {lOne, lTwo}, lSetup.mOptions, lSetup.mResult)) << lCount;
             EXPECT_EQ(Keys(lSetup.Node("b"), true, 0, "2"), "0:4 1:5 2:6") << lCount;
         }
@@ -688,49 +688,49 @@ TEST(KQexImporterAcclaim, FromSeveralThreadsAtOnce)
     EXPECT_EQ(lGood, 80);
 }
 
-struct KRemarkCase
+struct KWarningCase
 {
     const char* mOld;
     const char* mNew;
     bool        mPreRotation;
-    const char* mRemark;
+    const char* mWarning;
 };
 
-class KImportRemarkTest : public testing::TestWithParam<KRemarkCase>
+class KImportWarningTest : public testing::TestWithParam<KWarningCase>
 {
 };
 
-TEST_P(KImportRemarkTest, SaysOnceWhatIsNotCarriedAsExpected)
+TEST_P(KImportWarningTest, WarnsOnceAboutWhatIsNotCarriedAsExpected)
 {
     KSetup lSetup;
     lSetup.mOptions.mSetPreRotation = GetParam().mPreRotation;
     ASSERT_TRUE(lSetup.Import(Replaced(Replaced(kAsf, "dof rz l ry", "dof rz"), GetParam().mOld, GetParam().mNew), {}));
-    EXPECT_EQ(Texts(lSetup.mResult.mMessages), GetParam().mRemark);
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages), GetParam().mWarning);
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, KImportRemarkTest,
-                         testing::Values(KRemarkCase{"", "", true, ""},
-                                         KRemarkCase{"position 0 0 0", "position 0 1 0", false,
-                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                                     "may not be where it is expected (root)\n"},
-                                         KRemarkCase{"position 0 0 0", "position 0 0 1", false,
-                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                                     "may not be where it is expected (root)\n"},
-                                         KRemarkCase{"orientation 0 0 0", "orientation 0 0 9", false,
-                                                     "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                                     "may not be where it is expected (root)\n"},
-                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 XZY\n    dof rx\n", false,
-                                                     "W0 An axis word has another rotation than its letters say (b)\n"},
-                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 0 0 XZY\n    dof rx\n", false, ""},
-                                         KRemarkCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 ZYX\n    dof rx\n", false, ""},
-                                         KRemarkCase{
-                                             "dof rx ry", "dof rx ry rx", true,
-                                             "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
-                                         KRemarkCase{"dof rx ry", "dof rx ry rx", false, ""},
-                                         // The second line replaces the first, whose last word is no longer the bone's.
-                                         KRemarkCase{"dof rx ry", "dof ry rx rx rx\n    dof ry rx", true, ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Cases, KImportWarningTest,
+    testing::Values(KWarningCase{"", "", true, ""},
+                    KWarningCase{"position 0 0 0", "position 0 1 0", false,
+                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                 "may not be where it is expected (root)\n"},
+                    KWarningCase{"position 0 0 0", "position 0 0 1", false,
+                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                 "may not be where it is expected (root)\n"},
+                    KWarningCase{"orientation 0 0 0", "orientation 0 0 9", false,
+                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
+                                 "may not be where it is expected (root)\n"},
+                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 XZY\n    dof rx\n", false,
+                                 "W0 An axis word has another rotation than its letters say (b)\n"},
+                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 0 0 XZY\n    dof rx\n", false, ""},
+                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 ZYX\n    dof rx\n", false, ""},
+                    KWarningCase{"dof rx ry", "dof rx ry rx", true,
+                                 "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
+                    KWarningCase{"dof rx ry", "dof rx ry rx", false, ""},
+                    // The second line replaces the first, whose other words no longer count.
+                    KWarningCase{"dof rx ry", "dof ry rx rx rx\n    dof ry rx", true, ""}));
 
-TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
+TEST(KQexImporterAcclaim, WarningsCountTheBonesAfterTheFirst)
 {
     KSetup lSetup;
     lSetup.mOptions.mRemoveDummies = true;
@@ -744,8 +744,8 @@ TEST(KQexImporterAcclaim, RemarksCountTheBonesBehindTheFirst)
                                                "W0 An axis word has another rotation than its letters say (a and 2 more)\n");
 }
 
-/// The only allocation that folding needs fails: a skeleton with its dummies left in it is no success.
-TEST(KQexImporterAcclaim, DummiesThatStayAreAnError)
+/// Fails the only allocation that dummy removal needs: a skeleton that keeps its dummies is an error.
+TEST(KQexImporterAcclaim, FailedDummyRemovalIsAnError)
 {
     std::string lText = ":root\n:bonedata\n";
     std::string lFamilies = "top d\nd";
@@ -769,7 +769,7 @@ TEST(KQexImporterAcclaim, DummiesThatStayAreAnError)
     EXPECT_NE(KQexImporterAcclaim::ReadSkeleton(Text(lText, "small.asf"), lOptions, lResult), nullptr);
 }
 
-TEST(KQexImporterAcclaim, ReadSkeletonHandsItOut)
+TEST(KQexImporterAcclaim, ReadSkeletonReturnsTheScene)
 {
     KQexImportAcclaimResult  lResult;
     KQexImportAcclaimOptions lOptions;

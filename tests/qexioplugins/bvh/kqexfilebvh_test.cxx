@@ -43,7 +43,7 @@ bool ReadText(KQexScene* pScene, const std::string& pText, KQexFileBvh& pFile, K
     return pFile.OpenReadBuffer(pText.data(), pText.size()) && pFile.Read(pScene, pOptions, pResult);
 }
 
-KQexVector4 Place(KQexNode* pNode, long long pFrame)
+KQexVector4 Position(KQexNode* pNode, long long pFrame)
 {
     return pNode->GetScene()->GetEvaluator()->GetNodeGlobalTransform(pNode, FrameTime(pFrame)).GetT();
 }
@@ -90,8 +90,8 @@ class KBvhVariantTest : public testing::TestWithParam<KVariant>
 {
 };
 
-/// Each of these says the same as the small file.
-TEST_P(KBvhVariantTest, MeansTheSame)
+/// Each variant reads like the small file.
+TEST_P(KBvhVariantTest, ReadsTheSame)
 {
     const KScenePtr   lScene = MakeScene();
     KQexFileBvh       lFile;
@@ -146,7 +146,7 @@ class KBvhErrorTest : public testing::TestWithParam<KBadFile>
 {
 };
 
-TEST_P(KBvhErrorTest, IsToldAndLeavesTheScene)
+TEST_P(KBvhErrorTest, IsReportedAndLeavesTheSceneUnchanged)
 {
     const KScenePtr   lScene = MakeScene();
     const int         lObjects = lScene->GetObjectCount();
@@ -179,7 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadFile{"Frames: 2", "Frames: -2", 17, "Number of frames expected, found (-2)"},
                     KBadFile{"Frame Time: .0083333", "Frame Time: fast", 18, "Frame time expected, found (fast)"},
                     KBadFile{"Frame Time: .0083333", "Frame Time: 1e99", 18, "Frame time out of range (1e+99)"},
-                    KBadFile{"Frame Time: .0083333", "Frame Time: 1e10", 20, "More frames than can be timed (1)"},
+                    KBadFile{"Frame Time: .0083333", "Frame Time: 1e10", 20, "Too many frames for this frame time (1)"},
                     KBadFile{"4 5 6", "4 five 6", 20, "Frame 2, value 2 of 9: number expected, found (five)"},
                     KBadFile{"-1 -2 -3\n", "-1 -2\n", 20, "Frame 2, value 9 of 9: number expected, found (end of file)"}),
     [](const testing::TestParamInfo<KBadFile>& pInfo) { return std::to_string(pInfo.index); });
@@ -193,7 +193,7 @@ TEST(BvhRead, AHierarchyNeedsARoot)
     EXPECT_EQ(lFile.GetMessages().back().mText, "ROOT expected, found (MOTION)");
 }
 
-TEST(BvhRead, GoesBelowTheParentAtTheRateThatWereAskedFor)
+TEST(BvhRead, UsesTheGivenParentAndRate)
 {
     const KScenePtr    lScene = MakeScene();
     KQexNode*          lParent = KQexNode::Create(lScene.get(), "parent");
@@ -203,13 +203,13 @@ TEST(BvhRead, GoesBelowTheParentAtTheRateThatWereAskedFor)
     lOptions.mParentNode = lParent;
     lOptions.mFramesPerSecond = 30.0;
     ASSERT_TRUE(ReadText(lScene.get(), Replaced(kSmall, "Frame Time: .0083333", "Frame Time: 0"), lFile, lResult, lOptions));
-    EXPECT_TRUE(lFile.GetMessages().empty()) << "what the file says of the rate does not matter";
+    EXPECT_TRUE(lFile.GetMessages().empty()) << "the file's own frame time is ignored";
     EXPECT_EQ(lResult.mStep, KTime::FromFrame(1, {30, 1}));
     EXPECT_EQ(lResult.mRoots.front()->GetParent(), lParent);
     EXPECT_EQ(lParent->FindChild("Left Leg")->mLocalRotation.GetCurveNode(false, "Take 001")->GetCurve(0)->GetTime(1), lResult.mStep);
 }
 
-TEST(BvhRead, WarnsAboutAnotherNumberOfFrames)
+TEST(BvhRead, WarnsWhenTheFrameCountDiffers)
 {
     for (const char* lDeclared : {"Frames: 1", "Frames: 3", "Frames: 2147483648"})
     {
@@ -236,7 +236,7 @@ TEST(BvhRead, KeepsGoodFramesOnRequest)
     EXPECT_FALSE(ReadText(lScene.get(), Replaced(kSmall, "0 0 0 10", "0 zero 0 10"), lFile, lResult, lOptions)) << "no good frame";
 }
 
-TEST(BvhRead, CancelLeavesTheScene)
+TEST(BvhRead, CancelLeavesTheSceneUnchanged)
 {
     const KScenePtr    lScene = MakeScene();
     KQexFileBvh        lFile;
@@ -257,7 +257,7 @@ TEST(BvhRead, CancelLeavesTheScene)
     EXPECT_EQ(lScene->GetRootNode()->GetChildCount(true), 0);
 }
 
-TEST(BvhRead, EveryTruncationEnds)
+TEST(BvhRead, EveryTruncationIsReportedOrReads)
 {
     const std::string lText = kSmall;
     for (size_t lSize = 0; lSize <= lText.size(); ++lSize)
@@ -273,7 +273,7 @@ TEST(BvhRead, EveryTruncationEnds)
     }
 }
 
-TEST(BvhRead, DeepNestingIsOnlyAListOfJoints)
+TEST(BvhRead, DeepNestingDoesNotRecurse)
 {
     const KScenePtr lScene = MakeScene();
     std::string     lText = "HIERARCHY\nROOT j\n{\nOFFSET 0 0 0\nCHANNELS 0\n";
@@ -311,8 +311,8 @@ TEST(BvhRead, RealFile)
     EXPECT_EQ(lEnds, 7);
 }
 
-/// A take of a scene written as BVH text.
-std::string Written(KQexScene* pScene, KQexNode* pRoot, KQexBvhWriteOptions pOptions = KQexBvhWriteOptions())
+/// The take "take" of the scene, written as BVH text.
+std::string WriteText(KQexScene* pScene, KQexNode* pRoot, KQexBvhWriteOptions pOptions = KQexBvhWriteOptions())
 {
     pOptions.mStack = pScene->FindAnimStack("take");
     EXPECT_TRUE(MakeSampling({pRoot}, pOptions.mStack, KQexSamplingRequest(), pOptions.mSampling));
@@ -339,7 +339,7 @@ TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
     KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
     KQexBvhWriteOptions lOptions;
     lOptions.mOrder = static_cast<ERotationOrder>(GetParam() % 6);
-    const std::string lText = Written(lScene.get(), lRoot, lOptions);
+    const std::string lText = WriteText(lScene.get(), lRoot, lOptions);
 
     const KScenePtr    lBack = MakeScene();
     KQexFileBvh        lFile;
@@ -355,51 +355,51 @@ TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
         ASSERT_NE(lOther, nullptr);
         for (int lFrame = 0; lFrame < lTree.mFrames; ++lFrame)
         {
-            EXPECT_LT(Distance(Place(lNode, lFrame), Place(lOther, lFrame)), 1e-3 * lTree.mNodes) << lNode->GetName() << lFrame;
+            EXPECT_LT(Distance(Position(lNode, lFrame), Position(lOther, lFrame)), 1e-3 * lTree.mNodes) << lNode->GetName() << lFrame;
         }
     }
-    const std::string lSecond = Written(lBack.get(), lResult.mRoots[0], lOptions);
+    const std::string lSecond = WriteText(lBack.get(), lResult.mRoots[0], lOptions);
     const KScenePtr   lAgain = MakeScene();
     ASSERT_TRUE(ReadText(lAgain.get(), lSecond, lFile, lResult, lTake));
-    EXPECT_EQ(Written(lAgain.get(), lResult.mRoots[0], lOptions), lSecond) << "a second turn of the circle";
+    EXPECT_EQ(WriteText(lAgain.get(), lResult.mRoots[0], lOptions), lSecond) << "second round trip";
 }
 
 INSTANTIATE_TEST_SUITE_P(Trees, KBvhRoundTripTest, testing::Range(0, 16));
 
-TEST(BvhWrite, SmallSceneToTheLetter)
+TEST(BvhWrite, SmallSceneByteForByte)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lRoot = KQexNode::Create(lScene.get(), "my hips");
-    KQexNode*       lTip = KQexNode::Create(lScene.get(), "my hips_End");
+    KQexNode*       lEnd = KQexNode::Create(lScene.get(), "my hips_End");
     lScene->GetRootNode()->AddChild(lRoot);
-    lRoot->AddChild(lTip);
+    lRoot->AddChild(lEnd);
     lRoot->mLocalTranslation.Set(qexVectorTemplate3<double>(1, 2, 3));
     lRoot->mLocalRotation.Set(qexVectorTemplate3<double>(0, 0, 90));
-    lTip->mLocalTranslation.Set(qexVectorTemplate3<double>(10, 0, 0));
+    lEnd->mLocalTranslation.Set(qexVectorTemplate3<double>(10, 0, 0));
     KQexAnimCurve* lCurve = KQexAnimCurve::Create(lScene.get(), "rz");
     lRoot->mLocalRotation.GetCurveNode(true, "take")->ConnectToChannel(lCurve, 2, true);
     lCurve->AppendSample(FrameTime(0), 90.0F);
     lCurve->AppendSample(FrameTime(1), 135.5F);
     lCurve->AppendSample(FrameTime(2), 280.0F);
-    EXPECT_EQ(Written(lScene.get(), lRoot), "HIERARCHY\n"
-                                            "ROOT my_hips\n"
-                                            "{\n"
-                                            "  OFFSET 0 0 0\n"
-                                            "  CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n"
-                                            "  End Site\n"
-                                            "  {\n"
-                                            "    OFFSET 0 10 0\n"
-                                            "  }\n"
-                                            "}\n"
-                                            "MOTION\n"
-                                            "Frames: 3\n"
-                                            "Frame Time: 0.008333333333\n"
-                                            "1 2 3 0 0 0\n"
-                                            "1 2 3 45.5 0 0\n"
-                                            "1 2 3 190 0 0\n");
+    EXPECT_EQ(WriteText(lScene.get(), lRoot), "HIERARCHY\n"
+                                              "ROOT my_hips\n"
+                                              "{\n"
+                                              "  OFFSET 0 0 0\n"
+                                              "  CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n"
+                                              "  End Site\n"
+                                              "  {\n"
+                                              "    OFFSET 0 10 0\n"
+                                              "  }\n"
+                                              "}\n"
+                                              "MOTION\n"
+                                              "Frames: 3\n"
+                                              "Frame Time: 0.008333333333\n"
+                                              "1 2 3 0 0 0\n"
+                                              "1 2 3 45.5 0 0\n"
+                                              "1 2 3 190 0 0\n");
 }
 
-TEST(BvhWrite, BytesDoNotDependOnThreads)
+TEST(BvhWrite, OutputDoesNotDependOnThreads)
 {
     std::mt19937 lRandom(7);
     KRandomTree  lTree;
@@ -408,30 +408,30 @@ TEST(BvhWrite, BytesDoNotDependOnThreads)
     KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
     KQexBvhWriteOptions lOptions;
     lOptions.mThreads = 1;
-    const std::string lOne = Written(lScene.get(), lRoot, lOptions);
+    const std::string lOne = WriteText(lScene.get(), lRoot, lOptions);
     for (const int lThreads : {2, 3, 8})
     {
         lOptions.mThreads = lThreads;
-        EXPECT_EQ(Written(lScene.get(), lRoot, lOptions), lOne) << lThreads;
+        EXPECT_EQ(WriteText(lScene.get(), lRoot, lOptions), lOne) << lThreads;
     }
 }
 
-TEST(BvhWrite, ZUpTurnsTheScene)
+TEST(BvhWrite, ZUpRotatesTheScene)
 {
     std::mt19937        lRandom(9);
     const KScenePtr     lScene = MakeScene();
     KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
     KQexBvhWriteOptions lOptions;
     lOptions.mZUp = true;
-    const std::string lText = Written(lScene.get(), lRoot, lOptions);
+    const std::string lText = WriteText(lScene.get(), lRoot, lOptions);
     const KScenePtr   lBack = MakeScene();
     KQexFileBvh       lFile;
     KQexBvhReadResult lResult;
     ASSERT_TRUE(ReadText(lBack.get(), lText, lFile, lResult));
     for (KQexNode* lNode = lRoot; lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))
     {
-        const KQexVector4 lWas = Place(lNode, 5);
-        EXPECT_LT(Distance(KQexVector4(lWas[0], -lWas[2], lWas[1]), Place(lBack->GetRootNode()->FindChild(lNode->GetName()), 5)), 1e-2);
+        const KQexVector4 lWas = Position(lNode, 5);
+        EXPECT_LT(Distance(KQexVector4(lWas[0], -lWas[2], lWas[1]), Position(lBack->GetRootNode()->FindChild(lNode->GetName()), 5)), 1e-2);
     }
 }
 
@@ -457,7 +457,7 @@ TEST(BvhWrite, NamesAreMadeSafeAndUniqueWithAWarning)
     }
 }
 
-TEST(BvhWrite, NamesThatWereMadeUniqueArePassedOver)
+TEST(BvhWrite, UniqueNamesSkipNamesInUse)
 {
     KQexUniqueNames lNames;
     for (const char* lName : {"a", "a_2", "a_3"})
@@ -491,19 +491,19 @@ TEST(BvhWrite, WithoutFramesOrNodesThereIsNothingToWrite)
     EXPECT_EQ(lFile.GetMessages().back().mText, "Nothing to write");
 }
 
-/// A take can move a node without a single key: by another value of its channel.
-TEST(BvhWrite, AChannelValueThatLeavesTheRestIsMotion)
+/// A take can move a node without keys, by its channel value.
+TEST(BvhWrite, AChannelValueOtherThanRestIsMotion)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lRoot = KQexNode::Create(lScene.get(), "hips");
-    KQexNode*       lTip = KQexNode::Create(lScene.get(), "hips_End");
+    KQexNode*       lEnd = KQexNode::Create(lScene.get(), "hips_End");
     lScene->GetRootNode()->AddChild(lRoot);
-    lRoot->AddChild(lTip);
-    lTip->mLocalTranslation.Set(qexVectorTemplate3<double>(10, 0, 0));
-    KQexAnimCurveNode* lCurveNode = lTip->mLocalTranslation.GetCurveNode(true, "take");
-    EXPECT_NE(Written(lScene.get(), lRoot).find("End Site\n"), std::string::npos) << "still";
+    lRoot->AddChild(lEnd);
+    lEnd->mLocalTranslation.Set(qexVectorTemplate3<double>(10, 0, 0));
+    KQexAnimCurveNode* lCurveNode = lEnd->mLocalTranslation.GetCurveNode(true, "take");
+    EXPECT_NE(WriteText(lScene.get(), lRoot).find("End Site\n"), std::string::npos) << "at rest";
     lCurveNode->SetChannelValue<double>(1, 5.0);
-    const std::string lText = Written(lScene.get(), lRoot);
+    const std::string lText = WriteText(lScene.get(), lRoot);
     EXPECT_NE(lText.find("  JOINT hips_End\n"), std::string::npos) << lText;
     EXPECT_NE(lText.find("\n0 0 0 0 0 0 10 5 0 0 0 0\n"), std::string::npos) << lText;
 }
@@ -530,11 +530,11 @@ TEST(BvhWrite, CancelsInTheMiddle)
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
     EXPECT_FALSE(lFile.Write({lRoot}, lOptions));
     EXPECT_GT(lFraction, 0.0);
-    EXPECT_LT(lFraction, 1.0) << "asked once";
-    EXPECT_EQ(lFile.GetErrorCount(), 0) << "no error, it was wanted";
+    EXPECT_LT(lFraction, 1.0) << "called once";
+    EXPECT_EQ(lFile.GetErrorCount(), 0) << "cancelling is not an error";
 }
 
-TEST(BvhSampling, StepsOfFrames)
+TEST(BvhSampling, NearestFrameStep)
 {
     EXPECT_EQ(NearestFrameStep(1.0 / 120.0).Get(), 5880000);
     EXPECT_EQ(NearestFrameStep(0.0083333).Get(), 5880000);
@@ -545,7 +545,7 @@ TEST(BvhSampling, StepsOfFrames)
     }
 }
 
-TEST(BvhSampling, WhatDoesNotFitIntoTimeIsRefused)
+TEST(BvhSampling, TimesOutOfRangeAreRejected)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");
@@ -562,18 +562,18 @@ TEST(BvhSampling, WhatDoesNotFitIntoTimeIsRefused)
     KQexSampling        lSampling;
     KQexSamplingRequest lRequest;
     KQexAnimStack*      lStack = lScene->FindAnimStack("take");
-    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "longer than time can count";
+    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "the span overflows";
     lRequest.mHasStart = lRequest.mHasEnd = true;
     lRequest.mEnd = KTime(705600000);
-    EXPECT_TRUE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "a part of it can be had";
+    EXPECT_TRUE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "a part of it fits";
     lRequest.mEvery = 0;
     EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling));
     lRequest.mEvery = INT_MAX;
     lRequest.mFramesPerSecond = 1e-4;
-    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "nor can one step";
+    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "one step overflows";
 }
 
-TEST(BvhSampling, TakesTheRateOfTheKeysUnlessTold)
+TEST(BvhSampling, UsesTheRateOfTheKeysByDefault)
 {
     std::mt19937        lRandom(3);
     const KScenePtr     lScene = MakeScene();
@@ -593,13 +593,13 @@ TEST(BvhSampling, TakesTheRateOfTheKeysUnlessTold)
     EXPECT_EQ(lSampling.mCount, 10);
     lRequest.mHasStart = lRequest.mHasEnd = true;
     lRequest.mStart = KTime(705600000);
-    EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling)) << "the end stands before the start";
+    EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling)) << "the end is before the start";
     EXPECT_EQ(lSampling.mCount, 10);
     lRequest.mFramesPerSecond = -1;
     EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
 }
 
-TEST(BvhSampling, KeysBesideTheTicksOfTheirFramesAreStillFrames)
+TEST(BvhSampling, KeysRoundedToTicksStillGiveTheirRate)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");

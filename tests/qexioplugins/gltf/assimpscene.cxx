@@ -14,7 +14,7 @@ namespace qextest
 namespace
 {
 
-/// The keys around a time, and how far it is between them.
+/// The keys before and after a time.
 template <typename TKey>
 std::pair<const TKey*, const TKey*> KeysAround(const TKey* pKeys, unsigned pCount, double pTime)
 {
@@ -74,28 +74,29 @@ int KAssimpScene::GetAnimationCount() const
     return mScene != nullptr ? static_cast<int>(mScene->mNumAnimations) : 0;
 }
 
-KPlaces KAssimpScene::PlacesAt(int pAnimation, double pSeconds) const
+KPlaces KAssimpScene::PositionsAt(int pAnimation, double pSeconds) const
 {
-    KPlaces lPlaces;
+    KPlaces lPositions;
     if (mScene == nullptr || pAnimation >= GetAnimationCount())
     {
-        return lPlaces;
+        return lPositions;
     }
     const aiAnimation*                                 lAnimation = pAnimation < 0 ? nullptr : mScene->mAnimations[pAnimation];
     const double                                       lTicks = lAnimation != nullptr ? pSeconds * lAnimation->mTicksPerSecond : 0.0;
-    std::vector<std::pair<const aiNode*, aiMatrix4x4>> lOpen = {{mScene->mRootNode, aiMatrix4x4()}};
-    while (!lOpen.empty())
+    std::vector<std::pair<const aiNode*, aiMatrix4x4>> lPending = {{mScene->mRootNode, aiMatrix4x4()}};
+    while (!lPending.empty())
     {
-        const auto [lNode, lParent] = lOpen.back();
-        lOpen.pop_back();
+        const auto [lNode, lParent] = lPending.back();
+        lPending.pop_back();
         const aiMatrix4x4 lGlobal = lParent * LocalAt(lNode, lAnimation, lTicks);
-        lPlaces[lNode->mName.C_Str()] = {static_cast<double>(lGlobal.a4), static_cast<double>(lGlobal.b4), static_cast<double>(lGlobal.c4)};
+        lPositions[lNode->mName.C_Str()] = {static_cast<double>(lGlobal.a4), static_cast<double>(lGlobal.b4),
+                                            static_cast<double>(lGlobal.c4)};
         for (unsigned i = 0; i < lNode->mNumChildren; ++i)
         {
-            lOpen.emplace_back(lNode->mChildren[i], lGlobal);
+            lPending.emplace_back(lNode->mChildren[i], lGlobal);
         }
     }
-    return lPlaces;
+    return lPositions;
 }
 
 } // namespace qextest

@@ -11,7 +11,7 @@
 namespace qextest
 {
 
-/// A file as assimp reads it. A file that it cannot read fails the test.
+/// A file read with assimp. The test fails when assimp cannot read it.
 class KAssimpScene
 {
 public:
@@ -22,8 +22,8 @@ public:
 
     int GetAnimationCount() const;
 
-    /// Where the nodes are at \p pSeconds of an animation; -1: at rest. In the file's units.
-    KPlaces PlacesAt(int pAnimation, double pSeconds) const;
+    /// Global positions of the nodes at \p pSeconds of an animation (-1: rest pose), in the file's units.
+    KPlaces PositionsAt(int pAnimation, double pSeconds) const;
 
 private:
     std::unique_ptr<Assimp::Importer> mImporter;

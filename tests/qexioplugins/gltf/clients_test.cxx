@@ -15,7 +15,7 @@
 #include <fstream>
 #include <sstream>
 
-// Real motions, written as BVH and glTF and read by other programs: their joints have to be where the motion's own data say.
+// Real motions, written as BVH and glTF and read by other programs: their joints must be at the world positions of ASF_ORACLE_DIR.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -26,13 +26,13 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr double kTicksPerSecond = 705600000.0;
-constexpr double kClosest = 1e-3; ///< Of the figure's height.
+constexpr double kTolerance = 1e-3; ///< Fraction of the figure's height.
 
-/// A real motion in a scene, and in files of both formats.
-class KConverted
+/// A real motion, imported and written in both formats.
+class KConvertedMotion
 {
 public:
-    KConverted(const KCorpusPair& pPair, const KTempDir& pFolder)
+    KConvertedMotion(const KCorpusPair& pPair, const KTempDir& pFolder)
         : mPair(pPair), mBvh(pFolder / (pPair.mName + ".bvh")), mGlb(pFolder / (pPair.mName + ".glb")), mScene(MakeScene())
     {
         KQexImportAcclaimOptions lOptions;
@@ -82,27 +82,27 @@ private:
     KQexGltfTake            mTake;
 };
 
-/// The largest distance of a bone's start from where it should be, in heights of the figure. Every bone has to be there.
-double LargestDistance(const KWorldFrame& pFrame, const KPlaces& pPlaces, double pFactor)
+/// The largest distance between a bone's start and its expected position, as a fraction of the figure's height. Fails for a missing bone.
+double LargestDistance(const KWorldFrame& pFrame, const KPlaces& pPositions, double pFactor)
 {
     double lLargest = 0.0;
     for (const auto& [lName, lStart] : pFrame.mStarts)
     {
-        const auto lFound = pPlaces.find(lName);
-        if (lFound == pPlaces.end())
+        const auto lFound = pPositions.find(lName);
+        if (lFound == pPositions.end())
         {
             ADD_FAILURE() << lName << " is missing";
             continue;
         }
-        const KPoint lPlace{lFound->second.mX * pFactor, lFound->second.mY * pFactor, lFound->second.mZ * pFactor};
-        const double lDistance = Distance(lPlace, lStart) / pFrame.mHeight;
-        EXPECT_LT(lDistance, kClosest) << lName << " in frame " << pFrame.mNumber;
+        const KPoint lPosition{lFound->second.mX * pFactor, lFound->second.mY * pFactor, lFound->second.mZ * pFactor};
+        const double lDistance = Distance(lPosition, lStart) / pFrame.mHeight;
+        EXPECT_LT(lDistance, kTolerance) << lName << " in frame " << pFrame.mNumber;
         lLargest = std::max(lLargest, lDistance);
     }
     return lLargest;
 }
 
-void Tell(const std::string& pWhat, double pDistance)
+void ReportDistance(const std::string& pWhat, double pDistance)
 {
     std::ostringstream lText;
     lText << pDistance;
@@ -110,7 +110,7 @@ void Tell(const std::string& pWhat, double pDistance)
     std::cout << pWhat << ": largest distance over height " << lText.str() << '\n';
 }
 
-TEST(Clients, AssimpFindsEveryBoneWhereTheDataSays)
+TEST(Clients, AssimpMatchesTheWorldPositions)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     QEX_SKIP_WITHOUT_ORACLE();
@@ -120,33 +120,33 @@ TEST(Clients, AssimpFindsEveryBoneWhereTheDataSays)
     for (const KCorpusPair& lPair : lPairs)
     {
         SCOPED_TRACE(lPair.mName);
-        const KConverted   lFiles(lPair, lFolder);
-        const KAssimpScene lBvh(lFiles.mBvh);
-        const KAssimpScene lGlb(lFiles.mGlb);
-        double             lBvhLargest = 0.0;
-        double             lGlbLargest = 0.0;
+        const KConvertedMotion lFiles(lPair, lFolder);
+        const KAssimpScene     lBvh(lFiles.mBvh);
+        const KAssimpScene     lGlb(lFiles.mGlb);
+        double                 lBvhLargest = 0.0;
+        double                 lGlbLargest = 0.0;
         for (const KWorldFrame& lFrame : lFiles.mWorld)
         {
             const double lSeconds = lFiles.SecondsOf(lFrame);
-            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, lBvh.PlacesAt(0, lSeconds), 1.0));
-            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, lGlb.PlacesAt(0, lSeconds), 100.0));
+            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, lBvh.PositionsAt(0, lSeconds), 1.0));
+            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, lGlb.PositionsAt(0, lSeconds), 100.0));
         }
-        Tell(lPair.mName + "_assimp_bvh", lBvhLargest);
-        Tell(lPair.mName + "_assimp_glb", lGlbLargest);
+        ReportDistance(lPair.mName + "_assimp_bvh", lBvhLargest);
+        ReportDistance(lPair.mName + "_assimp_glb", lGlbLargest);
     }
 }
 
-KPlaces PlacesOf(const nlohmann::json& pBones)
+KPlaces PositionsOf(const nlohmann::json& pBones)
 {
-    KPlaces lPlaces;
+    KPlaces lPositions;
     for (const auto& [lName, lHead] : pBones.items())
     {
-        lPlaces[lName] = {lHead[0].get<double>(), lHead[1].get<double>(), lHead[2].get<double>()};
+        lPositions[lName] = {lHead[0].get<double>(), lHead[1].get<double>(), lHead[2].get<double>()};
     }
-    return lPlaces;
+    return lPositions;
 }
 
-nlohmann::json JobOf(const KConverted& pFiles, const fs::path& pFile)
+nlohmann::json JobOf(const KConvertedMotion& pFiles, const fs::path& pFile)
 {
     nlohmann::json lJob = {{"file", pFile.string()}, {"fps", 120}, {"frames", nlohmann::json::array()}};
     for (const KWorldFrame& lFrame : pFiles.mWorld)
@@ -156,7 +156,7 @@ nlohmann::json JobOf(const KConverted& pFiles, const fs::path& pFile)
     return lJob;
 }
 
-TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
+TEST(Clients, BlenderMatchesTheWorldPositions)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     QEX_SKIP_WITHOUT_ORACLE();
@@ -164,9 +164,9 @@ TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
     {
         GTEST_SKIP() << "blender is not installed";
     }
-    const KTempDir          lFolder;
-    std::vector<KConverted> lFiles;
-    nlohmann::json          lJobs = nlohmann::json::array();
+    const KTempDir                lFolder;
+    std::vector<KConvertedMotion> lFiles;
+    nlohmann::json                lJobs = nlohmann::json::array();
     for (const KCorpusPair& lPair : CorpusPairs())
     {
         lFiles.emplace_back(lPair, lFolder);
@@ -189,16 +189,16 @@ TEST(Clients, BlenderFindsEveryBoneWhereTheDataSays)
         for (const KWorldFrame& lFrame : lFiles[i].mWorld)
         {
             const std::string lNumber = std::to_string(lFiles[i].FrameOf(lFrame));
-            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, PlacesOf(lHeads[2 * i][lNumber]), 1.0));
-            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, PlacesOf(lHeads[2 * i + 1][lNumber]), 100.0));
+            lBvhLargest = std::max(lBvhLargest, LargestDistance(lFrame, PositionsOf(lHeads[2 * i][lNumber]), 1.0));
+            lGlbLargest = std::max(lGlbLargest, LargestDistance(lFrame, PositionsOf(lHeads[2 * i + 1][lNumber]), 100.0));
         }
-        Tell(lFiles[i].mPair.mName + "_blender_bvh", lBvhLargest);
-        Tell(lFiles[i].mPair.mName + "_blender_glb", lGlbLargest);
+        ReportDistance(lFiles[i].mPair.mName + "_blender_bvh", lBvhLargest);
+        ReportDistance(lFiles[i].mPair.mName + "_blender_glb", lGlbLargest);
     }
 }
 
-/// A blank picture, or another figure, is about 10,000 away; a shade here and there may differ between versions of the renderer.
-TEST(Clients, TheSampleLooksLikeItsPictureInTheDocuments)
+/// The threshold allows for small differences between versions of the renderer; a blank picture or another figure differs by about 10,000.
+TEST(Clients, TheSampleRendersLikeItsPictureInTheDocs)
 {
     if (RunProgram({"sh", "-c", "command -v f3d && command -v xvfb-run"}).mExit != 0)
     {

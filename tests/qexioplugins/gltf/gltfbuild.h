@@ -10,7 +10,7 @@
 #include <vector>
 
 /// \file
-/// Small glTF files made by hand, as other programs would make them.
+/// Builds small glTF files like those of other programs.
 
 namespace qextest
 {
@@ -34,15 +34,15 @@ inline std::string Encode64(const std::string& pBytes)
     return lText;
 }
 
-/// A file under construction: the JSON may be changed at will, the numbers stand in buffer 0.
-struct KQexGltfBuild
+/// A file under construction. Tests may edit the JSON; all numbers go to buffer 0.
+struct KQexGltfBuilder
 {
     nlohmann::json mJson;
     std::string    mBytes;
 
-    KQexGltfBuild() { mJson["asset"]["version"] = "2.0"; }
+    KQexGltfBuilder() { mJson["asset"]["version"] = "2.0"; }
 
-    /// Adds a view of \p pValues; its index.
+    /// Adds a view of \p pValues. \return its index
     template <typename T>
     int AddView(const std::vector<T>& pValues, size_t pStride = 0)
     {
@@ -57,7 +57,7 @@ struct KQexGltfBuild
         return static_cast<int>(mJson["bufferViews"].size()) - 1;
     }
 
-    /// Adds an accessor; its index. \p pView -1: none.
+    /// Adds an accessor. \p pView -1: none. \return its index
     int AddAccessor(int pView, int pComponentType, const char* pType, size_t pCount)
     {
         nlohmann::json lAccessor = {{"componentType", pComponentType}, {"type", pType}, {"count", pCount}};
@@ -74,7 +74,7 @@ struct KQexGltfBuild
         return AddAccessor(AddView(pValues), 5126, pType, pValues.size() / static_cast<size_t>(pComponents));
     }
 
-    /// Adds a node to the file and to its scene; its index.
+    /// Adds a node to the file and to its scene. \return its index
     int AddNode(const nlohmann::json& pNode)
     {
         mJson["nodes"].push_back(pNode);
@@ -95,7 +95,7 @@ struct KQexGltfBuild
         lAnimation["samplers"].push_back(lSampler);
     }
 
-    /// The file, its buffer in the JSON as text.
+    /// The file as JSON, with its buffer as a data URI.
     std::string Text() const
     {
         nlohmann::json lJson = mJson;
@@ -107,7 +107,7 @@ struct KQexGltfBuild
     }
 };
 
-/// All messages, one a line.
+/// All messages, one per line.
 inline std::string MessagesOf(const qexsdk::KQexFileGltf& pFile)
 {
     std::string lText;

@@ -14,25 +14,26 @@ using namespace qextest;
 namespace
 {
 
-/// What a tree of a scene has to have in common with what was read back.
-class KRoundTrip
+/// A random scene to write, and its comparison with what was read back.
+class KRandomScene
 {
 public:
-    KRoundTrip(unsigned pSeed, const KRandomTree& pWhat)
+    KRandomScene(unsigned pSeed, const KRandomTree& pOptions)
     {
         std::mt19937 lRandom(pSeed);
         mScene = MakeScene();
-        mRoot = MakeRandomTree(lRandom, mScene.get(), pWhat);
+        mRoot = MakeRandomTree(lRandom, mScene.get(), pOptions);
         mOptions.mTakes.resize(1);
         mOptions.mTakes[0].mStack = mScene->FindAnimStack("take");
         EXPECT_TRUE(MakeSampling({mRoot}, mOptions.mTakes[0].mStack, KQexSamplingRequest(), mOptions.mTakes[0].mSampling));
     }
 
-    /// The largest distance between a node of \p pTree in its scene and its namesake here, over all frames of take \p pTake.
+    /// The largest difference of global transform components between the nodes of \p pTree in take \p pTake and those of this scene in
+    /// take \p pHere, over all frames.
     double Compare(KQexNode* pTree, const KQexGltfTake& pTake, const KQexGltfTake& pHere)
     {
         KQexGlobalTransforms lHere;
-        KQexGlobalTransforms lThere;
+        KQexGlobalTransforms lOther;
         double               lWorst = 0.0;
         mScene->GetEvaluator()->SetContext(pHere.mStack);
         pTree->GetScene()->GetEvaluator()->SetContext(pTake.mStack);
@@ -41,16 +42,16 @@ public:
         for (long long lFrame = 0; lFrame < pHere.mSampling.mCount; ++lFrame)
         {
             EXPECT_TRUE(mScene->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pHere.mSampling.GetTime(lFrame), lHere));
-            EXPECT_TRUE(pTree->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pTree, pTake.mSampling.GetTime(lFrame), lThere));
-            EXPECT_EQ(lHere.GetCount(), lThere.GetCount());
-            for (int i = 0; i < std::min(lHere.GetCount(), lThere.GetCount()); ++i)
+            EXPECT_TRUE(pTree->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pTree, pTake.mSampling.GetTime(lFrame), lOther));
+            EXPECT_EQ(lHere.GetCount(), lOther.GetCount());
+            for (int i = 0; i < std::min(lHere.GetCount(), lOther.GetCount()); ++i)
             {
-                EXPECT_STREQ(lHere.GetNode(i)->GetName(), lThere.GetNode(i)->GetName());
+                EXPECT_STREQ(lHere.GetNode(i)->GetName(), lOther.GetNode(i)->GetName());
                 for (int j = 0; j < 4; ++j)
                 {
                     for (int k = 0; k < 3; ++k)
                     {
-                        lWorst = std::max(lWorst, std::fabs(lHere.GetTransform(i).mData[j][k] - lThere.GetTransform(i).mData[j][k]));
+                        lWorst = std::max(lWorst, std::fabs(lHere.GetTransform(i).mData[j][k] - lOther.GetTransform(i).mData[j][k]));
                     }
                 }
             }
@@ -67,16 +68,16 @@ class KQexGltfRoundTripTest : public testing::TestWithParam<unsigned>
 {
 };
 
-TEST_P(KQexGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
+TEST_P(KQexGltfRoundTripTest, KeepsTheTransformOfEveryNodeAtEveryFrame)
 {
-    KRandomTree lWhat;
-    lWhat.mNodes = 1 + static_cast<int>(GetParam() * 7 % 40);
-    lWhat.mScaling = GetParam() % 3 == 1;
-    lWhat.mPivots = GetParam() % 2 == 0;
-    KRoundTrip   lTrip(GetParam(), lWhat);
+    KRandomTree lTree;
+    lTree.mNodes = 1 + static_cast<int>(GetParam() * 7 % 40);
+    lTree.mScaling = GetParam() % 3 == 1;
+    lTree.mPivots = GetParam() % 2 == 0;
+    KRandomScene lSource(GetParam(), lTree);
     std::string  lBytes;
     KQexFileGltf lFile;
-    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lTrip.mRoot}, lTrip.mOptions));
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lSource.mRoot}, lSource.mOptions));
     const KScenePtr    lScene = MakeScene();
     KQexGltfReadResult lResult;
     ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
@@ -84,81 +85,81 @@ TEST_P(KQexGltfRoundTripTest, EveryNodeComesBackToItsPlaceAtEveryFrame)
     ASSERT_EQ(lResult.mRoots.size(), 1u);
     ASSERT_EQ(lResult.mTakes.size(), 1u);
     EXPECT_STREQ(lResult.mTakes[0].mStack->GetName(), "take");
-    EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[0], lTrip.mOptions.mTakes[0]), lWhat.mScaling ? 0.05 : 5e-3);
+    EXPECT_LT(lSource.Compare(lResult.mRoots[0], lResult.mTakes[0], lSource.mOptions.mTakes[0]), lTree.mScaling ? 0.05 : 5e-3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, KQexGltfRoundTripTest, testing::Range(1u, 25u));
 
-TEST(GltfRoundTrip, BothKindsOfFilesGiveTheSame)
+TEST(GltfRoundTrip, BothFormatsGiveTheSameScene)
 {
-    KRoundTrip     lTrip(77, KRandomTree());
+    KRandomScene   lSource(77, KRandomTree());
     const KTempDir lFolder;
     for (const char* lName : {"a walk.glb", "a walk: 100%.gltf"})
     {
         KQexFileGltf lFile;
-        ASSERT_TRUE(lFile.Write((lFolder / lName).string(), {lTrip.mRoot}, lTrip.mOptions));
+        ASSERT_TRUE(lFile.Write((lFolder / lName).string(), {lSource.mRoot}, lSource.mOptions));
         const KScenePtr    lScene = MakeScene();
         KQexGltfReadResult lResult;
         ASSERT_TRUE(lFile.Read((lFolder / lName).string(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
         ASSERT_EQ(lResult.mTakes.size(), 1u);
-        EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[0], lTrip.mOptions.mTakes[0]), 5e-3) << lName;
+        EXPECT_LT(lSource.Compare(lResult.mRoots[0], lResult.mTakes[0], lSource.mOptions.mTakes[0]), 5e-3) << lName;
     }
 }
 
-TEST(GltfRoundTrip, EveryTakeComesBack)
+TEST(GltfRoundTrip, KeepsEveryTake)
 {
-    KRoundTrip   lTrip(78, KRandomTree());
+    KRandomScene lSource(78, KRandomTree());
     std::mt19937 lRandom(79);
     for (const char* lName : {"run", "jump"})
     {
-        AnimateProperty(lRandom, lTrip.mRoot, lTrip.mRoot->mLocalRotation, lName, 70.0, 33);
-        AnimateProperty(lRandom, lTrip.mRoot->GetChild(0), lTrip.mRoot->GetChild(0)->mLocalTranslation, lName, 7.0, 33);
+        AnimateProperty(lRandom, lSource.mRoot, lSource.mRoot->mLocalRotation, lName, 70.0, 33);
+        AnimateProperty(lRandom, lSource.mRoot->GetChild(0), lSource.mRoot->GetChild(0)->mLocalTranslation, lName, 7.0, 33);
         KQexGltfTake lTake;
-        lTake.mStack = lTrip.mScene->FindAnimStack(lName);
-        ASSERT_TRUE(MakeSampling({lTrip.mRoot}, lTake.mStack, KQexSamplingRequest(), lTake.mSampling));
-        lTrip.mOptions.mTakes.push_back(lTake);
+        lTake.mStack = lSource.mScene->FindAnimStack(lName);
+        ASSERT_TRUE(MakeSampling({lSource.mRoot}, lTake.mStack, KQexSamplingRequest(), lTake.mSampling));
+        lSource.mOptions.mTakes.push_back(lTake);
     }
     KQexFileGltf lFile;
     std::string  lBytes;
-    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lTrip.mRoot}, lTrip.mOptions));
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lSource.mRoot}, lSource.mOptions));
     const KScenePtr    lScene = MakeScene();
     KQexGltfReadResult lResult;
     ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
     ASSERT_EQ(lResult.mTakes.size(), 3u);
     for (size_t i = 0; i < 3; ++i)
     {
-        EXPECT_STREQ(lResult.mTakes[i].mStack->GetName(), lTrip.mOptions.mTakes[i].mStack->GetName());
-        EXPECT_LT(lTrip.Compare(lResult.mRoots[0], lResult.mTakes[i], lTrip.mOptions.mTakes[i]), 5e-3);
+        EXPECT_STREQ(lResult.mTakes[i].mStack->GetName(), lSource.mOptions.mTakes[i].mStack->GetName());
+        EXPECT_LT(lSource.Compare(lResult.mRoots[0], lResult.mTakes[i], lSource.mOptions.mTakes[i]), 5e-3);
     }
 
-    // A second reading into the same scene: takes of the same names get others.
+    // Reading into the same scene again renames the takes.
     KQexGltfReadResult lAgain;
     ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lAgain));
     EXPECT_STREQ(lAgain.mTakes[0].mStack->GetName(), "take_2");
     EXPECT_EQ(lScene->GetAnimStackCount(), 6);
 }
 
-TEST(GltfRoundTrip, LimitsPivotsAndDegreesOfFreedomTravelInExtras)
+TEST(GltfRoundTrip, KeepsLimitsPivotsAndDegreesOfFreedomInExtras)
 {
-    KRandomTree lWhat;
-    lWhat.mNodes = 6;
-    KRoundTrip  lTrip(80, lWhat);
-    KQexLimits& lFrom = lTrip.mRoot->GetLimits().mRotationLimits;
+    KRandomTree lTree;
+    lTree.mNodes = 6;
+    KRandomScene lSource(80, lTree);
+    KQexLimits&  lFrom = lSource.mRoot->GetLimits().mRotationLimits;
     lFrom.SetActive(true);
     lFrom.SetLimitMinActive(false, true, false);
     lFrom.SetLimitMaxActive(true, true, false);
     lFrom.SetLimitMin(KQexVector4(0.0, -45.5, 0.0));
     lFrom.SetLimitMax(KQexVector4(12.25, 90.0, 0.0));
-    lTrip.mRoot->GetLimits().mTranslationLimits.SetActive(true);
-    lTrip.mRoot->GetLimits().mTranslationLimits.SetLimitMaxActive(false, false, true);
-    lTrip.mRoot->GetLimits().mTranslationLimits.SetLimitMax(KQexVector4(0.0, 0.0, 7.0));
+    lSource.mRoot->GetLimits().mTranslationLimits.SetActive(true);
+    lSource.mRoot->GetLimits().mTranslationLimits.SetLimitMaxActive(false, false, true);
+    lSource.mRoot->GetLimits().mTranslationLimits.SetLimitMax(KQexVector4(0.0, 0.0, 7.0));
     KQexBoneDofs lDofs;
     lDofs["node0"] = {{"ry", true, true, -45.5, 90.0}, {"rx", false, true, 0.0, 12.25}, {"tz", false, false, 0.0, 0.0}};
-    lTrip.mOptions.mBoneDofs = &lDofs;
+    lSource.mOptions.mBoneDofs = &lDofs;
 
     KQexFileGltf lFile;
     std::string  lBytes;
-    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lTrip.mRoot}, lTrip.mOptions));
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lSource.mRoot}, lSource.mOptions));
     const KScenePtr    lScene = MakeScene();
     KQexGltfReadResult lResult;
     ASSERT_TRUE(lFile.ReadBuffer(lBytes.data(), lBytes.size(), lScene.get(), {}, lResult)) << MessagesOf(lFile);
@@ -183,8 +184,8 @@ TEST(GltfRoundTrip, LimitsPivotsAndDegreesOfFreedomTravelInExtras)
     EXPECT_FALSE(lRead[1].mHasMin);
     EXPECT_TRUE(lRead[1].mHasMax);
     EXPECT_EQ(lRead[2].mWord, "tz");
-    for (const KQexNode *lOld = lTrip.mRoot, *lNew = lRoot; lOld != nullptr && lNew != nullptr;
-         lOld = lOld->GetNextInTree(lTrip.mRoot), lNew = lNew->GetNextInTree(lRoot))
+    for (const KQexNode *lOld = lSource.mRoot, *lNew = lRoot; lOld != nullptr && lNew != nullptr;
+         lOld = lOld->GetNextInTree(lSource.mRoot), lNew = lNew->GetNextInTree(lRoot))
     {
         EXPECT_EQ(lOld->GetRotationOrder(), lNew->GetRotationOrder());
         EXPECT_TRUE(lNew->GetRotationActive());
@@ -197,16 +198,16 @@ TEST(GltfRoundTrip, LimitsPivotsAndDegreesOfFreedomTravelInExtras)
     }
 }
 
-TEST(GltfRoundTrip, AChainOf100000NodesComesBack)
+TEST(GltfRoundTrip, ReadsAChainOf100000Nodes)
 {
-    KQexGltfBuild lBuild;
-    lBuild.AddNode({{"translation", {0.0, 1.0, 0.0}}});
+    KQexGltfBuilder lBuilder;
+    lBuilder.AddNode({{"translation", {0.0, 1.0, 0.0}}});
     for (int i = 1; i < 100000; ++i)
     {
-        lBuild.mJson["nodes"][static_cast<size_t>(i - 1)]["children"] = {i};
-        lBuild.mJson["nodes"].push_back({{"translation", {0.0, 0.5, 0.0}}});
+        lBuilder.mJson["nodes"][static_cast<size_t>(i - 1)]["children"] = {i};
+        lBuilder.mJson["nodes"].push_back({{"translation", {0.0, 0.5, 0.0}}});
     }
-    const std::string  lText = lBuild.Text();
+    const std::string  lText = lBuilder.Text();
     const KScenePtr    lScene = MakeScene();
     KQexFileGltf       lFile;
     KQexGltfReadResult lResult;

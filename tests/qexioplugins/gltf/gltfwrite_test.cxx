@@ -8,7 +8,7 @@
 
 #include <set>
 
-// What is written of scenes out of the ordinary: several trees, groups above them, odd names, takes in which nothing moves.
+// Writing of unusual scenes: several trees, transformed ancestors, odd names, takes without motion.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -57,12 +57,12 @@ public:
     nlohmann::json     mJson;
 };
 
-KQexVector4 Place(KQexNode* pNode)
+KQexVector4 Position(KQexNode* pNode)
 {
     return pNode->GetScene()->GetEvaluator()->GetNodeGlobalTransform(pNode, KTime(0)).GetT();
 }
 
-TEST(GltfWrite, TreesKeepTheirPlacesBelowGroupsThatMoveThem)
+TEST(GltfWrite, TreesKeepTheirGlobalTransformsUnderTransformedAncestors)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lGroup = AddNode(lScene->GetRootNode(), "group", 100, 0, 0);
@@ -75,32 +75,32 @@ TEST(GltfWrite, TreesKeepTheirPlacesBelowGroupsThatMoveThem)
     const KWritten  lWritten({lFirst, lSecond});
     EXPECT_EQ(lWritten.mMessages, "");
     EXPECT_EQ(lWritten.Names(), (std::vector<std::string>{"group", "inner", "first", "below", "second"}));
-    EXPECT_EQ(lWritten.mJson["skins"].size(), 2u) << "one a tree";
+    EXPECT_EQ(lWritten.mJson["skins"].size(), 2u) << "one per tree";
     for (KQexNode* lNode : {lGroup, lInner, lFirst, lBelow, lSecond})
     {
         KQexNode* lOther = lWritten.mScene->GetRootNode()->FindChild(lNode->GetName());
         ASSERT_NE(lOther, nullptr) << lNode->GetName();
         for (int i = 0; i < 3; ++i)
         {
-            EXPECT_NEAR(Place(lOther)[i], Place(lNode)[i], 1e-3) << lNode->GetName() << i;
+            EXPECT_NEAR(Position(lOther)[i], Position(lNode)[i], 1e-3) << lNode->GetName() << i;
         }
     }
 }
 
-TEST(GltfWrite, ASceneRootThatIsMovedComesAlong)
+TEST(GltfWrite, ATransformedSceneRootIsWritten)
 {
-    for (const int lWhat : {0, 1, 2, 3, 4, 5, 6})
+    for (const int lProperty : {0, 1, 2, 3, 4, 5, 6})
     {
         const KScenePtr lScene = MakeScene();
         KQexNode*       lTop = lScene->GetRootNode();
         KQexNode*       lNode = AddNode(lTop, "node", 1, 2, 3);
         double          lValues[3] = {0, 0, 0};
-        lValues[lWhat % 3] = 2.0;
-        if (lWhat < 3)
+        lValues[lProperty % 3] = 2.0;
+        if (lProperty < 3)
         {
             lTop->mLocalTranslation.Set(qexVectorTemplate3<double>(lValues[0], lValues[1], lValues[2]));
         }
-        else if (lWhat < 6)
+        else if (lProperty < 6)
         {
             lTop->mLocalScaling.Set(qexVectorTemplate3<double>(1 + lValues[0], 1 + lValues[1], 1 + lValues[2]));
         }
@@ -114,12 +114,12 @@ TEST(GltfWrite, ASceneRootThatIsMovedComesAlong)
         ASSERT_NE(lOther, nullptr);
         for (int i = 0; i < 3; ++i)
         {
-            EXPECT_NEAR(Place(lOther)[i], Place(lNode)[i], 1e-3) << lWhat;
+            EXPECT_NEAR(Position(lOther)[i], Position(lNode)[i], 1e-3) << lProperty;
         }
     }
 }
 
-TEST(GltfWrite, NamesAreUniqueAndText)
+TEST(GltfWrite, NamesAreUniqueAndValidUtf8)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lTop = AddNode(lScene->GetRootNode(), "top");
@@ -142,19 +142,19 @@ TEST(GltfWrite, NamesAreUniqueAndText)
 struct KUtf8Case
 {
     const char* mText;
-    bool        mIsText;
+    bool        mIsValid;
 };
 
 class KQexGltfUtf8Test : public testing::TestWithParam<KUtf8Case>
 {
 };
 
-/// A name that is text stays as it is; of any other the bytes that are not ASCII go.
+/// A valid name is kept; in any other, bytes that are not ASCII are replaced.
 TEST_P(KQexGltfUtf8Test, IsKeptOrReplaced)
 {
     const KScenePtr lScene = MakeScene();
     const KWritten  lWritten({AddNode(lScene->GetRootNode(), GetParam().mText)});
-    EXPECT_EQ(lWritten.Names()[0] == GetParam().mText, GetParam().mIsText) << lWritten.Names()[0];
+    EXPECT_EQ(lWritten.Names()[0] == GetParam().mText, GetParam().mIsValid) << lWritten.Names()[0];
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, KQexGltfUtf8Test,
@@ -162,7 +162,7 @@ INSTANTIATE_TEST_SUITE_P(Names, KQexGltfUtf8Test,
                                          KUtf8Case{"\xDF\xBF", true}, KUtf8Case{"\xE0\xA0\x80", true}, KUtf8Case{"\xED\x9F\xBF", true},
                                          KUtf8Case{"\xEE\x80\x80", true}, KUtf8Case{"\xEF\xBF\xBF", true},
                                          KUtf8Case{"\xF0\x90\x80\x80", true}, KUtf8Case{"\xF4\x8F\xBF\xBF", true},
-                                         // Followers alone, cut short, too long for what they say, halves of pairs, beyond the last.
+                                         // Lone continuation bytes, truncated, overlong, surrogates, above U+10FFFF.
                                          KUtf8Case{"\x80", false}, KUtf8Case{"\xC2", false}, KUtf8Case{"\xC2x", false},
                                          KUtf8Case{"\xC0\x80", false}, KUtf8Case{"\xC1\xBF", false}, KUtf8Case{"\xE0\x9F\xBF", false},
                                          KUtf8Case{"\xE2\x82", false}, KUtf8Case{"\xE2\x82x", false}, KUtf8Case{"\xED\xA0\x80", false},
@@ -170,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(Names, KQexGltfUtf8Test,
                                          KUtf8Case{"\xF4\x90\x80\x80", false}, KUtf8Case{"\xF5\x80\x80\x80", false},
                                          KUtf8Case{"\xF0\x90\x80", false}, KUtf8Case{"\xFF", false}));
 
-TEST(GltfWrite, ATakeInWhichNothingMovesIsLeftOutWithAWarning)
+TEST(GltfWrite, ATakeWithoutMotionIsSkippedWithAWarning)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lNode = AddNode(lScene->GetRootNode(), "node", 1, 2, 3);
@@ -188,14 +188,15 @@ TEST(GltfWrite, ATakeInWhichNothingMovesIsLeftOutWithAWarning)
         lOptions.mTakes.push_back(lTake);
     }
     const KWritten lWritten({lNode}, lOptions);
-    EXPECT_EQ(lWritten.mMessages, "Nothing moves in take (still), no animation written\n");
+    EXPECT_EQ(lWritten.mMessages, "Take (still) has no motion, no animation written\n");
     ASSERT_EQ(lWritten.mResult.mTakes.size(), 1u);
     EXPECT_STREQ(lWritten.mResult.mTakes[0].mStack->GetName(), "elsewhere");
     lWritten.mScene->GetEvaluator()->SetContext(lWritten.mResult.mTakes[0].mStack);
-    EXPECT_NEAR(Place(lWritten.mScene->GetRootNode()->FindChild("node"))[0], 5.0, 1e-4) << "one frame of another pose is motion";
+    EXPECT_NEAR(Position(lWritten.mScene->GetRootNode()->FindChild("node"))[0], 5.0, 1e-4)
+        << "a constant that differs from the rest pose is motion";
 }
 
-TEST(GltfWrite, CancelsAfterAnyPartAndLeavesTheFile)
+TEST(GltfWrite, CancelsAtAnyStepAndKeepsTheOldFile)
 {
     std::mt19937    lRandom(5);
     const KScenePtr lScene = MakeScene();
@@ -210,7 +211,7 @@ TEST(GltfWrite, CancelsAfterAnyPartAndLeavesTheFile)
     const KTempDir lFolder;
     WriteFile(lFolder / "it.glb", "old");
     double lFraction = 0.0;
-    for (int lLeft = 0;; ++lLeft)
+    for (int lAllowedCalls = 0;; ++lAllowedCalls)
     {
         int lCalls = 0;
         lFraction = 0.0;
@@ -218,22 +219,22 @@ TEST(GltfWrite, CancelsAfterAnyPartAndLeavesTheFile)
         {
             EXPECT_GT(pFraction, lFraction);
             lFraction = pFraction;
-            return lCalls++ < lLeft;
+            return lCalls++ < lAllowedCalls;
         };
         KQexFileGltf lFile;
         const bool   lOk = lFile.Write((lFolder / "it.glb").string(), {lRoot}, lOptions);
-        EXPECT_EQ(lOk, lCalls <= lLeft);
+        EXPECT_EQ(lOk, lCalls <= lAllowedCalls);
         EXPECT_EQ(ReadFile(lFolder / "it.glb") == "old", !lOk);
         if (lOk)
         {
-            EXPECT_GT(lLeft, 1);
+            EXPECT_GT(lAllowedCalls, 1);
             break;
         }
     }
     EXPECT_DOUBLE_EQ(lFraction, 1.0);
 }
 
-TEST(GltfWrite, TheBinaryPartIsFoundWhateverTheFileIsCalled)
+TEST(GltfWrite, TheBufferIsFoundWhateverTheNameOfTheFile)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lNode = AddNode(lScene->GetRootNode(), "node", 1, 2, 3);
@@ -255,7 +256,7 @@ TEST(GltfWrite, TheBinaryPartIsFoundWhateverTheFileIsCalled)
     }
 }
 
-TEST(GltfWrite, WithoutNodesThereIsNothingToWrite)
+TEST(GltfWrite, WithoutNodesWritingFails)
 {
     const KTempDir lFolder;
     std::string    lOut = "before";
@@ -269,7 +270,7 @@ TEST(GltfWrite, WithoutNodesThereIsNothingToWrite)
     EXPECT_FALSE(std::filesystem::exists(lFolder / "it.glb"));
 }
 
-TEST(GltfWrite, MoreJointsThanASkinCanTellApartHaveNone)
+TEST(GltfWrite, ASkinWithTooManyJointsIsNotWritten)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lTop = AddNode(lScene->GetRootNode(), "top");
@@ -280,7 +281,7 @@ TEST(GltfWrite, MoreJointsThanASkinCanTellApartHaveNone)
     std::string  lOut;
     KQexFileGltf lFile;
     EXPECT_TRUE(lFile.WriteBuffer(lOut, {lTop}, {}));
-    EXPECT_EQ(MessagesOf(lFile), "Skin left out: more joints than a skin can have\n");
+    EXPECT_EQ(MessagesOf(lFile), "Skin not written: more than 65535 joints\n");
     lTop->GetChild(0)->Destroy();
     EXPECT_TRUE(lFile.WriteBuffer(lOut, {lTop}, {}));
     EXPECT_EQ(MessagesOf(lFile), "");

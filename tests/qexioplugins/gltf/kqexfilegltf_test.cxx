@@ -15,7 +15,7 @@ using namespace qextest;
 namespace
 {
 
-TEST(GltfWrite, BinaryHeadTellsTheSize)
+TEST(GltfWrite, TheBinaryHeaderHasTheFileSize)
 {
     std::mt19937         lRandom(5);
     const KScenePtr      lScene = MakeScene();
@@ -36,12 +36,12 @@ TEST(GltfWrite, BinaryHeadTellsTheSize)
     }
     EXPECT_EQ(lSize, lOut.size());
     lOptions.mThreads = 3;
-    std::string lThree;
-    ASSERT_TRUE(lFile.WriteBuffer(lThree, {lRoot}, lOptions));
-    EXPECT_EQ(lThree, lOut) << "the bytes do not depend on the threads";
+    std::string lThreaded;
+    ASSERT_TRUE(lFile.WriteBuffer(lThreaded, {lRoot}, lOptions));
+    EXPECT_EQ(lThreaded, lOut) << "the bytes do not depend on the threads";
 }
 
-TEST(GltfWrite, EveryAccessorTellsItsMinimumAndMaximum)
+TEST(GltfWrite, EveryAccessorHasItsMinimumAndMaximum)
 {
     const KScenePtr         lScene = MakeScene();
     KQexImportAcclaimResult lImported;

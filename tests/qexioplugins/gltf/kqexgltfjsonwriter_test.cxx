@@ -12,7 +12,7 @@ using namespace qexsdk;
 namespace
 {
 
-TEST(KQexGltfJsonWriter, OneLineOrOneLineAValue)
+TEST(KQexGltfJsonWriter, OneLineOrOneLinePerValue)
 {
     for (const bool lIsIndented : {false, true})
     {
@@ -55,10 +55,10 @@ INSTANTIATE_TEST_SUITE_P(Texts, KQexGltfJsonTextTest,
                                          KTextCase{"quotes", "\"\\\"", "\"\\\"\\\\\\\"\""},
                                          KTextCase{"controls", std::string("\0\n\x1f\x7f", 4), "\"\\u0000\\u000a\\u001f\x7f\""},
                                          KTextCase{"UTF-8", "Knö\xE2\x82\xAC", "\"Knö\xE2\x82\xAC\""},
-                                         KTextCase{"no UTF-8", "a\xFF\xC3", "\"a??\""}));
+                                         KTextCase{"invalid UTF-8", "a\xFF\xC3", "\"a??\""}));
 
-/// Another reader of JSON gets the numbers back to the last bit.
-TEST(KQexGltfJsonWriter, NumbersComeBack)
+/// Another JSON reader gets the same numbers, bit for bit.
+TEST(KQexGltfJsonWriter, NumbersRoundTrip)
 {
     std::mt19937_64     lRandom(8);
     std::vector<double> lNumbers = {0.0, -0.0, 1.0, 0.1, 1e300, -1e-300, 5e-324, 9007199254740993.0, std::numeric_limits<double>::max()};
@@ -84,7 +84,7 @@ TEST(KQexGltfJsonWriter, NumbersComeBack)
     {
         EXPECT_EQ(lRead[i].get<double>(), lNumbers[i]);
     }
-    EXPECT_TRUE(lRead[lNumbers.size()].is_null() && lRead[lNumbers.size() + 1].is_null()) << "JSON has no word for them";
+    EXPECT_TRUE(lRead[lNumbers.size()].is_null() && lRead[lNumbers.size() + 1].is_null()) << "JSON cannot represent them";
     EXPECT_EQ(lRead.back().get<size_t>(), std::numeric_limits<size_t>::max());
 }
 

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// Everything that the writer writes has to pass the Khronos validator without a warning.
+// All written files must pass the Khronos validator without warnings.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -17,16 +17,16 @@ namespace
 const std::string kClients = std::string(QEX_SOURCE_DIR) + "/tests/clients/";
 const std::string kModules = std::string(QEX_SOURCE_DIR) + "/build/npm/node_modules";
 
-/// Writes a random scene in both formats; the files' paths are added to \p pFiles.
+/// Writes a random scene in both formats and adds the paths to \p pFiles.
 void WriteScene(unsigned pSeed, const KTempDir& pFolder, std::vector<std::string>& pFiles)
 {
     std::mt19937 lRandom(pSeed);
-    KRandomTree  lWhat;
-    lWhat.mNodes = 1 + static_cast<int>(pSeed * 11 % 60);
-    lWhat.mFrames = pSeed % 5 == 4 ? 1 : 30;
-    lWhat.mScaling = pSeed % 3 == 0;
+    KRandomTree  lTree;
+    lTree.mNodes = 1 + static_cast<int>(pSeed * 11 % 60);
+    lTree.mFrames = pSeed % 5 == 4 ? 1 : 30;
+    lTree.mScaling = pSeed % 3 == 0;
     const KScenePtr      lScene = MakeScene();
-    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lWhat);
+    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
     KQexGltfWriteOptions lOptions;
     KQexBoneDofs         lDofs;
     lRoot->GetLimits().SetRotationLimitActive(true);
@@ -42,19 +42,19 @@ void WriteScene(unsigned pSeed, const KTempDir& pFolder, std::vector<std::string
         ASSERT_TRUE(MakeSampling({lRoot}, lTake.mStack, KQexSamplingRequest(), lTake.mSampling));
         lOptions.mTakes.push_back(lTake);
     }
-    for (const char* lEnd : {".glb", ".gltf"})
+    for (const char* lExtension : {".glb", ".gltf"})
     {
         KQexFileGltf lFile;
-        pFiles.push_back((pFolder / ("scene " + std::to_string(pSeed) + lEnd)).string());
+        pFiles.push_back((pFolder / ("scene " + std::to_string(pSeed) + lExtension)).string());
         ASSERT_TRUE(lFile.Write(pFiles.back(), {lRoot}, lOptions));
     }
 }
 
-TEST(Clients, TheKhronosValidatorFindsNothing)
+TEST(Clients, TheKhronosValidatorReportsNothing)
 {
     if (RunProgram({"sh", "-c", "command -v node"}).mExit != 0 || !std::filesystem::is_directory(kModules))
     {
-        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not there: ./dev test puts it there";
+        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not installed: ./dev test installs it";
     }
     const KTempDir           lFolder;
     std::vector<std::string> lArguments = {"node", kClients + "validate.js"};
@@ -69,12 +69,12 @@ TEST(Clients, TheKhronosValidatorFindsNothing)
     EXPECT_NE(lRun.mOut.find("40 files, 0 errors and warnings"), std::string::npos) << lRun.mOut;
 }
 
-/// What passes says something only when what is broken does not.
-TEST(Clients, TheKhronosValidatorIsListenedTo)
+/// Passing means something only if the validator rejects a broken file.
+TEST(Clients, TheKhronosValidatorRejectsABrokenFile)
 {
     if (RunProgram({"sh", "-c", "command -v node"}).mExit != 0 || !std::filesystem::is_directory(kModules))
     {
-        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not there: ./dev test puts it there";
+        GTEST_SKIP() << "node, or the validator in " << kModules << ", is not installed: ./dev test installs it";
     }
     const KTempDir lFolder;
     WriteFile(lFolder / "bad.gltf", R"({"asset":{"version":"2.0"},"nodes":[{"children":[7]}]})");

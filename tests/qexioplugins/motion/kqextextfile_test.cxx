@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A text file as skeletons and motion have it, over a text.
+/// A text file with the delimiters of skeleton and motion files, reading a string.
 class KText : public KQexTextFile
 {
 public:
@@ -52,7 +52,7 @@ std::string MessagesOf(const KQexTextFile& pFile)
     return lText;
 }
 
-/// All tokens of a text, as "number:token,token;" for each line that has some.
+/// All tokens of a file, as "line number:token,token;" for each line.
 std::string TokensOf(KText& pFile)
 {
     std::string lText;
@@ -131,7 +131,7 @@ TEST(KQexTextFile, NeverOpened)
     EXPECT_EQ(lValue, 3);
 }
 
-TEST(KQexTextFile, WhatIsPrintedIntoNoFileIsLost)
+TEST(KQexTextFile, PrintingWithoutAFileFails)
 {
     KQexTextFile lFile("TXT", " ", "#", true, false);
     lFile.Print(0, "text\n");
@@ -139,7 +139,7 @@ TEST(KQexTextFile, WhatIsPrintedIntoNoFileIsLost)
     std::string lText;
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
     lFile.Print(0, "text\n");
-    EXPECT_TRUE(lFile.Close()) << "begins anew";
+    EXPECT_TRUE(lFile.Close()) << "opening resets the failure";
     EXPECT_EQ(lText, "text\n");
 }
 
@@ -167,7 +167,7 @@ TEST(KQexTextFile, RawLineEndsAtItsLastToken)
     EXPECT_EQ(lFile.GetLineLength(), 5u);
 }
 
-/// Sections as in a skeleton: the lone colon stands behind the words.
+/// Sections as in a skeleton: the lone colon is after the words that it must not match, and before one that it hides.
 KToken sSections[] = {{":one", 0}, {":two", 0}, {":", 0}, {":late", 0}, {"", 0}};
 KToken sWords[] = {{"alpha", 0}, {"beta", 0}, {"alpha", 0}, {"", 0}};
 
@@ -205,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Words, KQexTextFileMatchTest,
                                          KMatchCase{":on", 2, -1}, KMatchCase{":ones", 2, -1}, KMatchCase{"one", -1, -1},
                                          KMatchCase{":late", 2, -1}, KMatchCase{"x :one", -1, -1}, KMatchCase{"", -1, -1}));
 
-TEST(KQexTextFile, CaseCountsWhenItIsNotFolded)
+TEST(KQexTextFile, CaseMattersWithoutFolding)
 {
     KText lFile("Alpha alpha", "#", false);
     EXPECT_EQ(lFile.Handle(sWords), -1);
@@ -244,13 +244,13 @@ TEST(KQexTextFile, EntryWithADelimiterMatchesNoToken)
     EXPECT_EQ(lFile.Check(lTable), 1);
 }
 
-TEST(KQexTextFile, TokenKnowsTheEndOfItsTable)
+TEST(KQexTextFile, OnlyTheLastEntryIsInvalid)
 {
     EXPECT_TRUE(sWords[0].IsValid());
     EXPECT_FALSE(sWords[3].IsValid());
 }
 
-TEST(KQexTextFile, TextBeginsAtTheTokenLookedAtLast)
+TEST(KQexTextFile, TextBeginsAtTheTokenLastExamined)
 {
     KText lFile(" (alpha) beta x, y # comment");
     EXPECT_EQ(lFile.Rest(), "alpha) beta x, y") << "right after loading";
@@ -286,7 +286,7 @@ TEST(KQexTextFile, TextOfAFailedVectorBeginsAtTheOffendingWord)
     EXPECT_TRUE(lFile.HasToken());
 }
 
-TEST(KQexTextFile, TextBehindAnUnknownSectionsColon)
+TEST(KQexTextFile, TextAfterAnUnknownSectionsColon)
 {
     KText lFile(":three x\n:\n:one y");
     EXPECT_EQ(lFile.Check(sSections), 2);
@@ -314,7 +314,7 @@ TEST(KQexTextFile, StringsAreCutAndConsumedWhole)
     bool  lCut = false;
     EXPECT_TRUE(lFile.GetString(lName, 3, lCut));
     EXPECT_STREQ(lName, "abc");
-    EXPECT_EQ(lName[4], 'z') << "not a byte beyond";
+    EXPECT_EQ(lName[4], 'z') << "nothing written past the NUL";
     EXPECT_TRUE(lCut);
     EXPECT_TRUE(lFile.GetString(lName, 2, lCut));
     EXPECT_STREQ(lName, "gh");
@@ -323,7 +323,7 @@ TEST(KQexTextFile, StringsAreCutAndConsumedWhole)
     EXPECT_STREQ(lName, "gh") << "unchanged";
 }
 
-TEST(KQexTextFile, PeekedTokenStaysInPlace)
+TEST(KQexTextFile, PeekDoesNotConsume)
 {
     KText  lFile("ab (c) d");
     size_t lLength = 0;
@@ -341,8 +341,8 @@ TEST(KQexTextFile, PeekedTokenStaysInPlace)
 struct KNumberCase
 {
     const char* mText;
-    bool        mFinite; ///< GetDouble takes it.
-    bool        mAny;    ///< GetPair takes it.
+    bool        mFinite; ///< GetDouble accepts it.
+    bool        mAny;    ///< GetPair accepts it.
     double      mValue;
 };
 
@@ -451,7 +451,7 @@ INSTANTIATE_TEST_SUITE_P(Integers, KQexTextFileIntegerTest,
                                          KIntegerCase{"1.5", false, 0}, KIntegerCase{"x", false, 0}, KIntegerCase{"12x", false, 0},
                                          KIntegerCase{"inf", false, 0}));
 
-TEST(KQexTextFile, DecimalCommaOfTheProcessChangesNothing)
+TEST(KQexTextFile, CommaLocaleChangesNothing)
 {
     QEX_WITH_COMMA_LOCALE();
     KText  lFile("1.5 2,5");
@@ -505,7 +505,7 @@ TEST(KQexTextFile, TheFirstThousandMessagesAndEveryErrorAreKept)
     EXPECT_EQ(lFile.GetErrorCount(), 1);
 }
 
-TEST(KQexTextFile, MessagesThatQuoteMegabytesStayBounded)
+TEST(KQexTextFile, LongMessagesStayBounded)
 {
     const std::string lText(1000000, 'x');
     KText             lFile(lText);
@@ -534,7 +534,7 @@ TEST(KQexTextFile, VerboseMessagesGoToStandardErrorToo)
     EXPECT_STREQ(lFile.GetType(), "TXT");
 }
 
-TEST(KQexTextFile, VerboseMessagesBeyondThoseThatAreKeptAreShown)
+TEST(KQexTextFile, VerboseMessagesBeyondTheLimitAreStillPrinted)
 {
     KQexTextFile      lFile("TXT", " ", "#", true, true);
     const std::string lText = "a\n";
@@ -546,10 +546,10 @@ TEST(KQexTextFile, VerboseMessagesBeyondThoseThatAreKeptAreShown)
     }
     const std::string lShown = testing::internal::GetCapturedStderr();
     EXPECT_EQ(lFile.GetMessages().size(), KQexTextFile::kMaxMessages);
-    EXPECT_EQ(lShown.substr(lShown.size() - 22), "\nTXT:0: warning: 1000\n") << "named by its type, having no path";
+    EXPECT_EQ(lShown.substr(lShown.size() - 22), "\nTXT:0: warning: 1000\n") << "no path: the type instead";
 }
 
-TEST(KQexTextFile, QuietMessagesDoNot)
+TEST(KQexTextFile, QuietMessagesAreNotPrinted)
 {
     KText lFile("a\n");
     testing::internal::CaptureStderr();
@@ -614,7 +614,7 @@ TEST(KQexTextFile, DeviceErrorHalfWayIsReportedOnceAndEndsReading)
     EXPECT_EQ(MessagesOf(lFile), "E" + std::to_string(lLines) + " Can't read " + (lDir / "text").string() + " (Input/output error)\n");
 }
 
-TEST(KQexTextFile, GoingBackThatTheSystemRefusesIsReported)
+TEST(KQexTextFile, FailedRewindIsReported)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", "one\ntwo\n");
@@ -697,7 +697,7 @@ TEST(KQexTextFile, PrintIndentsAndFormats)
     EXPECT_TRUE(lFile.Close());
 }
 
-TEST(KQexTextFile, WritesFilesAsAWhole)
+TEST(KQexTextFile, FilesAppearOnClose)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", "old");
@@ -713,10 +713,10 @@ TEST(KQexTextFile, WritesFilesAsAWhole)
     lFile.Discard();
     EXPECT_FALSE(lFile.Close());
     EXPECT_EQ(ReadFile(lDir / "text"), "new\n");
-    EXPECT_EQ(lFile.GetErrorCount(), 0) << "given up on purpose";
+    EXPECT_EQ(lFile.GetErrorCount(), 0) << "discarded on purpose";
 }
 
-TEST(KQexTextFile, DestructionGivesUpWhatWasNotClosed)
+TEST(KQexTextFile, DestructionDiscardsAnUnclosedOutput)
 {
     KTempDir lDir;
     {
@@ -771,7 +771,7 @@ TEST(KQexTextFile, OneObjectReadsAndWritesInTurn)
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lOut));
     lFile.Discard();
     ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
-    EXPECT_TRUE(lFile.Close()) << "the output that was given up before is not asked for";
+    EXPECT_TRUE(lFile.Close()) << "the output discarded before does not count";
 }
 
 } // namespace

@@ -17,21 +17,21 @@ namespace
 constexpr int kNodes = 40;
 constexpr int kFrames = 12;
 
-/// A random tree with all that a node's transform is made of, scaled or not, and bones on two of three of its nodes.
+/// A random tree that uses every part of a node's transform, with or without scaling; two of three nodes have a bone.
 class KAmcStepsTest : public testing::TestWithParam<bool>
 {
 protected:
     KAmcStepsTest()
     {
-        KRandomTree lWhat;
-        lWhat.mNodes = kNodes;
-        lWhat.mFrames = kFrames;
-        lWhat.mScaling = GetParam();
-        mTop = MakeRandomTree(mRandom, mScene.get(), lWhat);
+        KRandomTree lTree;
+        lTree.mNodes = kNodes;
+        lTree.mFrames = kFrames;
+        lTree.mScaling = GetParam();
+        mTop = MakeRandomTree(mRandom, mScene.get(), lTree);
         mScene->GetEvaluator()->SetContext(mScene->FindAnimStack("take"));
         KQexGlobalTransforms lPose;
         EXPECT_TRUE(mScene->GetEvaluator()->EvaluateGlobalTransforms(mTop, KTime(0), lPose));
-        std::vector<int> lJointOf; // For each node the joint at or above it.
+        std::vector<int> lJointOf; // For each node, the nearest joint at or above it.
         for (int i = 0; i < lPose.GetCount(); ++i)
         {
             lJointOf.push_back(i == 0 ? -1 : lJointOf[static_cast<size_t>(lPose.GetParentIndex(i))]);
@@ -44,26 +44,26 @@ protected:
         mSteps.Prepare(mTop, mJoints);
     }
 
-    /// What a step must be, by the nodes' transforms in the world.
+    /// The expected step, from the nodes' global transforms.
     KQexAmcStep Expected(const KQexAmcJoint& pJoint, KTime pTime) const
     {
         KQexAmcStep      lStep;
-        const KQexMatrix lHere = mScene->GetEvaluator()->GetNodeGlobalTransform(pJoint.mNode, pTime);
-        lHere.GetRotation(lStep.mTurn);
-        KmVset(lStep.mReach, lHere.mData[3].mData);
+        const KQexMatrix lGlobal = mScene->GetEvaluator()->GetNodeGlobalTransform(pJoint.mNode, pTime);
+        lGlobal.GetRotation(lStep.mTurn);
+        KmVset(lStep.mReach, lGlobal.mData[3].mData);
         if (pJoint.mFrom >= 0)
         {
-            const KQexMatrix lFrom =
+            const KQexMatrix lFromGlobal =
                 mScene->GetEvaluator()->GetNodeGlobalTransform(mJoints[static_cast<size_t>(pJoint.mFrom)].mNode, pTime);
-            KgeRMatrix lBack;
-            lFrom.GetRotation(lBack);
-            KgeInverse(lBack, lBack);
-            KgeMult(lStep.mTurn, lBack, lStep.mTurn);
+            KgeRMatrix lInverse;
+            lFromGlobal.GetRotation(lInverse);
+            KgeInverse(lInverse, lInverse);
+            KgeMult(lStep.mTurn, lInverse, lStep.mTurn);
             for (int i = 0; i < 3; ++i)
             {
-                lStep.mReach[i] -= lFrom.mData[3].mData[i];
+                lStep.mReach[i] -= lFromGlobal.mData[3].mData[i];
             }
-            KmRV(lStep.mReach, lBack.mData, lStep.mReach);
+            KmRV(lStep.mReach, lInverse.mData, lStep.mReach);
         }
         return lStep;
     }
@@ -87,7 +87,7 @@ protected:
     KQexAmcSteps              mSteps;
 };
 
-TEST_P(KAmcStepsTest, AreWhatTheTransformsInTheWorldSay)
+TEST_P(KAmcStepsTest, MatchGlobalTransforms)
 {
     KQexAmcMoment lMoment;
     for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
@@ -103,7 +103,7 @@ TEST_P(KAmcStepsTest, AreWhatTheTransformsInTheWorldSay)
     }
 }
 
-TEST_P(KAmcStepsTest, KnowWhichReachesNeverChange)
+TEST_P(KAmcStepsTest, FixedReachesNeverChange)
 {
     int lFixed = 0;
     for (size_t i = 0; i < mJoints.size(); ++i)

@@ -13,11 +13,11 @@ using namespace qexsdk;
 namespace
 {
 
-/// DOF codes in the order of a list: 3 rz, 4 ry, 5 rx, 0 to 2 translations.
+/// The parameter is a list of DOF codes: 3 rz, 4 ry, 5 rx, 0 to 2 translations.
 class KDofSolverTest : public testing::TestWithParam<std::vector<int>>
 {
 protected:
-    /// The rotation that the list's DOFs make, each later one on the left.
+    /// The product of the list's rotations, each later one on the left.
     KgeRMatrix Compose(const std::vector<double>& pAngles) const
     {
         KgeRMatrix lResult;
@@ -27,31 +27,31 @@ protected:
             if (lCode >= 3)
             {
                 KgeRVector lAngle;
-                KgeRMatrix lTurn;
+                KgeRMatrix lRotation;
                 lAngle.mData[5 - lCode] = pAngles[lNext++];
-                KgeSet(lTurn, lAngle);
-                KgeMult(lResult, lTurn, lResult);
+                KgeSet(lRotation, lAngle);
+                KgeMult(lResult, lRotation, lResult);
             }
         }
         return lResult;
     }
 
-    /// Expects no random angles to come nearer to a rotation than the solver does.
+    /// Expects the solver to come at least as close to a rotation as 3,000 random lists of angles.
     void ExpectNearest(const KgeRVector& pAngles)
     {
         KgeRMatrix lWanted;
         KgeSet(lWanted, pAngles);
         std::vector<double> lFound(static_cast<size_t>(mSolver.GetCount()));
         KgeRMatrix          lReached;
-        const double        lLeft = mSolver.Solve(lWanted, lFound.data(), lReached);
-        EXPECT_NEAR(lLeft, AngleBetween(lWanted, lReached), 1e-6);
+        const double        lResidual = mSolver.Solve(lWanted, lFound.data(), lReached);
+        EXPECT_NEAR(lResidual, AngleBetween(lWanted, lReached), 1e-6);
         EXPECT_LT(AngleBetween(Compose(lFound), lReached), 1e-6);
         double lBest = 180.0;
         for (int lTry = 0; lTry < 3000; ++lTry)
         {
             lBest = std::min(lBest, AngleBetween(lWanted, Compose(RandomAngles())));
         }
-        EXPECT_LT(lLeft, lBest + 1e-5) << pAngles.mData[0] << ' ' << pAngles.mData[1] << ' ' << pAngles.mData[2];
+        EXPECT_LT(lResidual, lBest + 1e-5) << pAngles.mData[0] << ' ' << pAngles.mData[1] << ' ' << pAngles.mData[2];
     }
 
     std::vector<double> RandomAngles()
@@ -68,7 +68,7 @@ protected:
     std::mt19937  mRandom{11};
 };
 
-TEST_P(KDofSolverTest, ReachesWhatTheDofsCanMake)
+TEST_P(KDofSolverTest, ReachesWhatTheDofsCanExpress)
 {
     for (int i = 0; i < 300; ++i)
     {
@@ -81,7 +81,7 @@ TEST_P(KDofSolverTest, ReachesWhatTheDofsCanMake)
     }
 }
 
-TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
+TEST_P(KDofSolverTest, ResidualIsMinimal)
 {
     for (int i = 0; i < 40; ++i)
     {
@@ -94,8 +94,8 @@ TEST_P(KDofSolverTest, IsAsNearAsTheDofsGet)
     }
 }
 
-/// Where the triple that the search begins with has no angles of its own.
-TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
+/// The search starts from an Euler triple in gimbal lock.
+TEST_P(KDofSolverTest, ResidualIsMinimalFromGimbalLock)
 {
     for (int lAxis = 0; lAxis < 3; ++lAxis)
     {
@@ -103,16 +103,16 @@ TEST_P(KDofSolverTest, IsAsNearWhereTheSearchBeginsInGimbalLock)
         {
             for (const double lTwist : {0.0, 30.0, -140.0})
             {
-                KgeRVector lTurn;
-                lTurn.mData[lAxis] = lQuarter;
-                lTurn.mData[(lAxis + 1) % 3] = lTwist;
-                ExpectNearest(lTurn);
+                KgeRVector lRotation;
+                lRotation.mData[lAxis] = lQuarter;
+                lRotation.mData[(lAxis + 1) % 3] = lTwist;
+                ExpectNearest(lRotation);
             }
         }
     }
 }
 
-TEST_P(KDofSolverTest, RoundingInLockChangesNoRotation)
+TEST_P(KDofSolverTest, RoundInLockKeepsTheRotation)
 {
     for (const double lLock : {0.0, 90.0, 180.0, -90.0, 270.0, 89.999999, -89.999999, 1e-6, 179.999999})
     {
@@ -131,7 +131,7 @@ TEST_P(KDofSolverTest, RoundingInLockChangesNoRotation)
     }
 }
 
-TEST_P(KDofSolverTest, ContinuingChangesNoRotation)
+TEST_P(KDofSolverTest, ContinueKeepsTheRotation)
 {
     for (int i = 0; i < 100; ++i)
     {
@@ -147,7 +147,7 @@ TEST_P(KDofSolverTest, ContinuingChangesNoRotation)
     }
 }
 
-TEST_P(KDofSolverTest, TakesAnglesWhereSolvingWouldGiveThem)
+TEST_P(KDofSolverTest, TakeAnglesAgreesWithSolve)
 {
     for (const ERotationOrder lOrder : {eEULER_XYZ, eEULER_XZY, eEULER_YZX, eEULER_YXZ, eEULER_ZXY, eEULER_ZYX})
     {
@@ -189,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
                                          std::vector<int>{3, 4, 5, 3, 4, 5}),
                          [](const testing::TestParamInfo<std::vector<int>>& pInfo) { return std::to_string(pInfo.index); });
 
-TEST(KDofSolverTakes, NothingItMightGetWrong)
+TEST(KDofSolverTakeAngles, RefusesWhatItCannotDecide)
 {
     const int           lCodes[3] = {5, 4, 3};
     const KQexDofSolver lSolver(lCodes, 3);
@@ -207,7 +207,7 @@ TEST(KDofSolverTakes, NothingItMightGetWrong)
     EXPECT_FALSE(lHinge.TakeAngles(lTwisted, lAngles));
 }
 
-TEST(KDofSolverGain, OtherListsAreNotRounded)
+TEST(KDofSolverGain, TwoDofsAreNotRounded)
 {
     const int           lCodes[2] = {5, 4};
     const KQexDofSolver lSolver(lCodes, 2);

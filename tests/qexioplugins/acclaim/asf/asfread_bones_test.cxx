@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string>
 
-/// Bone groups and the hierarchy: what each line makes of the tree, and what it says.
+/// Bone groups and the hierarchy: the tree and the messages for each line.
 
 namespace qextest
 {
@@ -19,10 +19,10 @@ namespace
 const std::string kHead = ":root\n"; // line 1
 const std::string kEnd = ":hierarchy\n";
 
-/// Lines 4 to 6 of a bone's group that is complete but for its "end"; a case's own lines follow from line 7.
+/// A file up to a bone group that lacks only its "end"; a case's own lines start at line 7.
 const std::string kBone = kHead + ":bonedata\nbegin\nname a\ndirection 0 2 0\nlength 1\n";
 
-/// A bone named pName in three lines.
+/// A complete bone group of five lines.
 std::string Bone(const std::string& pName)
 {
     return "begin\nname " + pName + " \ndirection 1 0 0\nlength 1\nend\n";
@@ -74,13 +74,13 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"misplaced word", kHead + ":bonedata\nfoo\n" + Bone("a") + kEnd, true, "W3 Begin/End keyword expected\n", kOne},
         KBoneCase{"misplaced words, one warning each", kHead + ":bonedata\nfoo bar baz\n" + Bone("a") + kEnd, true,
                   "W3 Begin/End keyword expected\nW3 Begin/End keyword expected\nW3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"begin behind a misplaced word", kHead + ":bonedata\nfoo begin\nname a\ndirection 1 0 0\nlength 1\nend\n" + kEnd, true,
+        KBoneCase{"begin after a misplaced word", kHead + ":bonedata\nfoo begin\nname a\ndirection 1 0 0\nlength 1\nend\n" + kEnd, true,
                   "W3 Begin/End keyword expected\n", kOne},
-        KBoneCase{"end behind a misplaced word", kHead + ":bonedata\nfoo end bar\n" + Bone("a") + kEnd, true,
+        KBoneCase{"end after a misplaced word", kHead + ":bonedata\nfoo end bar\n" + Bone("a") + kEnd, true,
                   "W3 Begin/End keyword expected\n", kOne},
         KBoneCase{"misplaced words to the end of the file", kHead + ":bonedata\nfoo\nbar\n", false,
                   "W3 Begin/End keyword expected\nW4 Begin/End keyword expected\n", kNone},
-        KBoneCase{"a section behind a misplaced word", kHead + ":bonedata\nfoo :hierarchy\nbegin\nend\n", true,
+        KBoneCase{"a section after a misplaced word", kHead + ":bonedata\nfoo :hierarchy\nbegin\nend\n", true,
                   "W3 Begin/End keyword expected\n", kNone},
         KBoneCase{"second section", kBone + "end\n:bonedata\n" + Bone("b") + kEnd, true, "", "root<\na<root\nb<root\n"},
         KBoneCase{"section keyword inside a group", kBone + ":hierarchy\n", false, "W7 Unknown bonedata token\n", kNone},
@@ -91,9 +91,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         KBoneCase{"unknown word", kBone + "foo 1\nend\n" + kEnd, true, "W7 Unknown bonedata token\n", kOne},
         KBoneCase{"id", kBone + "id 1\nend\n" + kEnd, true, "", kOne},
-        KBoneCase{"id that is none", kBone + "id x\nend\n" + kEnd, true, "W7 Can't read bone id value\n", kOne},
+        KBoneCase{"id that is not a number", kBone + "id x\nend\n" + kEnd, true, "W7 Can't read bone id value\n", kOne},
         KBoneCase{"no id", kBone + "id\nend\n" + kEnd, true, "W7 Can't read bone id value\n", kOne},
-        KBoneCase{"no name behind name", kBone + "name\nend\n" + kEnd, false, "E7 Can't read bone name\n", kNone},
+        KBoneCase{"name without a value", kBone + "name\nend\n" + kEnd, false, "E7 Can't read bone name\n", kNone},
         KBoneCase{"a bone named root", kBone + "name root\nend\n" + kEnd, false, "E7 Forbidden bone name\n", kNone},
         KBoneCase{"a bone named Root", kBone + "name Root\nend\n" + kEnd, true, "", "root<\nRoot<root\n"},
         KBoneCase{"50 characters", kBone + "name " + std::string(50, 'b') + "\nend\n" + kEnd, true, "",
@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"no direction", kHead + ":bonedata\nbegin\nname a\nlength 1\nend\n" + kEnd, false, "E6 Bone has no direction\n", kNone},
         KBoneCase{"no length", kHead + ":bonedata\nbegin\nname a\ndirection 1 0 0\nend\n" + kEnd, false, "E6 Bone has no length\n", kNone},
         KBoneCase{"name comes first", kHead + ":bonedata\nbegin\nlength 1\nend\n" + kEnd, false, "E5 Bone has no name\n", kNone},
-        KBoneCase{"counts are those of the bone", kBone + "end\nbegin\nname b\nend\n" + kEnd, false, "E10 Bone has no direction\n", kOne}));
+        KBoneCase{"fields are counted per bone", kBone + "end\nbegin\nname b\nend\n" + kEnd, false, "E10 Bone has no direction\n", kOne}));
 
 const std::string kThree = kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("c"); // lines 1 to 17
 
@@ -141,21 +141,21 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         KBoneCase{"none", kThree + ":hierarchy\n", true, "", "root<\na<root\nb<root\nc<root\n"},
         KBoneCase{"chain", kThree + ":hierarchy\nbegin\nroot a\na b\nb c\nend\n", true, "", "root<\na<root\nb<a\nc<b\n"},
-        KBoneCase{"chain from its end", kThree + ":hierarchy\nbegin\nb c\na b\nroot a\nend\n", true, "", "root<\na<root\nb<a\nc<b\n"},
-        KBoneCase{"fan in the order of the line", kThree + ":hierarchy\nbegin\na c b\nend\n", true, "", "root<\na<root\nc<a\nb<a\n"},
-        KBoneCase{"a bone that is not named", kThree + ":hierarchy\nbegin\nb c\nend\n", true, "", "root<\na<root\nb<root\nc<b\n"},
+        KBoneCase{"chain, last link first", kThree + ":hierarchy\nbegin\nb c\na b\nroot a\nend\n", true, "", "root<\na<root\nb<a\nc<b\n"},
+        KBoneCase{"children in the order of the line", kThree + ":hierarchy\nbegin\na c b\nend\n", true, "", "root<\na<root\nc<a\nb<a\n"},
+        KBoneCase{"a bone that is not in the hierarchy", kThree + ":hierarchy\nbegin\nb c\nend\n", true, "",
+                  "root<\na<root\nb<root\nc<b\n"},
         KBoneCase{"no end", kThree + ":hierarchy\nbegin\na b\n", true, "", "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"before the root", ":hierarchy\nbegin\nend\n" + kHead + kEnd, false, "E1 Hierarchy before :root\n", ""},
         KBoneCase{"first family wins", kThree + ":hierarchy\nbegin\na c\nb c\nend\n", true, "", "root<\na<root\nc<a\nb<root\n"},
-        KBoneCase{"root's line is passed over", kThree + ":hierarchy\nbegin\nroot foo bar\nend\n", true, "",
-                  "root<\na<root\nb<root\nc<root\n"},
-        KBoneCase{"ROOT is no root", kThree + ":hierarchy\nbegin\nROOT a\nend\n", false, "E20 Unknown parent bone name (ROOT)\n",
+        KBoneCase{"root's line is skipped", kThree + ":hierarchy\nbegin\nroot foo bar\nend\n", true, "", "root<\na<root\nb<root\nc<root\n"},
+        KBoneCase{"ROOT is not the root", kThree + ":hierarchy\nbegin\nROOT a\nend\n", false, "E20 Unknown parent bone name (ROOT)\n",
                   "root<\na<root\nb<root\nc<root\n"},
         KBoneCase{"unknown parent", kThree + ":hierarchy\nbegin\na b\nfoo c\nend\n", false, "E21 Unknown parent bone name (foo)\n",
                   "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"unknown child", kThree + ":hierarchy\nbegin\na b foo c\nend\n", false, "E20 Unknown child bone name (foo)\n",
                   "root<\na<root\nb<a\nc<root\n"},
-        KBoneCase{"case counts", kThree + ":hierarchy\nbegin\na B\nend\n", false, "E20 Unknown child bone name (B)\n",
+        KBoneCase{"names are case-sensitive", kThree + ":hierarchy\nbegin\na B\nend\n", false, "E20 Unknown child bone name (B)\n",
                   "root<\na<root\nb<root\nc<root\n"},
         KBoneCase{"misplaced words, one warning a line", kThree + ":hierarchy\nfoo bar\na b\nbegin\na b\nend\nbaz\n", true,
                   "W19 Begin/End keyword expected\nW20 Begin/End keyword expected\nW24 Begin/End keyword expected\n",
@@ -163,39 +163,40 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"end before begin", kThree + ":hierarchy\nend\nbegin\na b\nend\n", true, "", "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"begin inside", kThree + ":hierarchy\nbegin\na b\nbegin\na c\nend\n", true, "W22 Begin/End keyword expected\n",
                   "root<\na<root\nb<a\nc<root\n"},
-        KBoneCase{"section behind it", kThree + ":hierarchy\nbegin\na b\nend\n:units\n", false, "", "root<\na<root\nb<a\nc<root\n"},
+        KBoneCase{"section after it", kThree + ":hierarchy\nbegin\na b\nend\n:units\n", false, "", "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"section inside the families", kThree + ":hierarchy\nbegin\na b\n:units\nend\n", false,
                   "E21 Unknown parent bone name (:units)\n", "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"two sections", kThree + ":hierarchy\nbegin\na b\nend\n:hierarchy\nbegin\nb c\nend\n", true, "",
                   "root<\na<root\nb<a\nc<b\n"},
-        KBoneCase{"bones behind the hierarchy",
+        KBoneCase{"bones after the hierarchy",
                   kThree + ":hierarchy\nbegin\na b\nend\n:bonedata\n" + Bone("d") + ":hierarchy\nbegin\nd c\nend\n", true, "",
                   "root<\na<root\nb<a\nd<root\nc<d\n"},
-        KBoneCase{"itself", kThree + ":hierarchy\nbegin\na a\nend\n", true, "W20 Bone under itself (a)\n",
+        KBoneCase{"a bone under itself", kThree + ":hierarchy\nbegin\na a\nend\n", true, "W20 Bone under itself (a)\n",
                   "root<\na<root\nb<root\nc<root\n"},
-        KBoneCase{"a circle of two", kThree + ":hierarchy\nbegin\na b\nb a\nend\n", true, "W21 Bone under itself (a)\n",
+        KBoneCase{"a cycle of two", kThree + ":hierarchy\nbegin\na b\nb a\nend\n", true, "W21 Bone under itself (a)\n",
                   "root<\na<root\nb<a\nc<root\n"},
-        KBoneCase{"a circle of three", kThree + ":hierarchy\nbegin\na b\nb c\nc a\nend\n", true, "W22 Bone under itself (a)\n",
+        KBoneCase{"a cycle of three", kThree + ":hierarchy\nbegin\na b\nb c\nc a\nend\n", true, "W22 Bone under itself (a)\n",
                   "root<\na<root\nb<a\nc<b\n"},
-        KBoneCase{"itself when it has a parent already", kThree + ":hierarchy\nbegin\na b\nb b\nend\n", true, "",
+        KBoneCase{"a bone under itself that already has a parent", kThree + ":hierarchy\nbegin\na b\nb b\nend\n", true, "",
                   "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"root as a child", kThree + ":hierarchy\nbegin\na root\nend\n", true, "", "root<\na<root\nb<root\nc<root\n"},
-        KBoneCase{"two of a name: the first", kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("b") + ":hierarchy\nbegin\nb a\nend\n",
-                  true, "", "root<\nb<root\na<b\nb<root\n"},
-        KBoneCase{"two of a name: both are moved in turn",
+        KBoneCase{"two of one name: the first is meant",
+                  kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("b") + ":hierarchy\nbegin\nb a\nend\n", true, "",
+                  "root<\nb<root\na<b\nb<root\n"},
+        KBoneCase{"two of one name: both are moved in turn",
                   kHead + ":bonedata\n" + Bone("b") + Bone("a") + Bone("b") + ":hierarchy\nbegin\na b\na b\nend\n", true, "",
                   "root<\na<root\nb<a\nb<root\n"},
-        KBoneCase{"names cut in a family",
+        KBoneCase{"parent name cut",
                   kHead + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\n" + std::string(60, 'p') +
                       " a\nend\n",
                   true, "W15 Name cut to 50 characters (" + std::string(50, 'p') + ")\n",
                   "root<\n" + std::string(50, 'p') + "<root\na<" + std::string(50, 'p') + "\n"},
         KBoneCase{
-            "child names cut",
+            "child name cut",
             kHead + ":bonedata\n" + Bone(std::string(50, 'p')) + Bone("a") + ":hierarchy\nbegin\na " + std::string(60, 'p') + "\nend\n",
             true, "W15 Name cut to 50 characters (" + std::string(50, 'p') + ")\n", "root<\na<root\n" + std::string(50, 'p') + "<a\n"}));
 
-/// Reads a bone with pLines behind its name, direction and length.
+/// Reads a bone with pLines after its name, direction and length.
 HKQexAsfNode ReadBone(KAsfReading& pReading, const std::string& pLines, const std::string& pUnits = "")
 {
     EXPECT_TRUE(pReading.ReadText(pUnits + kBone + pLines + "end\n" + kEnd)) << pReading.Messages();
@@ -215,7 +216,7 @@ TEST(AsfReadBone, DirectionIsNormalised)
     }
     EXPECT_EQ(lReading.Messages(), "");
     lBone = ReadBone(lReading, "direction 0 0 1e-300\n");
-    EXPECT_EQ(lBone->mDirectionV.mData[2], 1.0) << "as short as it is";
+    EXPECT_EQ(lBone->mDirectionV.mData[2], 1.0) << "however short";
 }
 
 struct KLengthCase
@@ -239,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(Units, KAsfReadLengthTest,
                          testing::Values(KLengthCase{"0.45", (2.54 / 0.45) * 10.0}, KLengthCase{"1", 2.54 * 10.0},
                                          KLengthCase{"2.54", 10.0}, KLengthCase{"0", 10.0}, KLengthCase{"-1", 10.0}));
 
-TEST(AsfReadBone, UnitsCountFromWhereTheyStand)
+TEST(AsfReadBone, UnitsDoNotApplyToEarlierBones)
 {
     KAsfReading lReading;
     EXPECT_FALSE(lReading.ReadText(kBone + "end\n:units\nlength 0.5\n"));
@@ -279,7 +280,7 @@ INSTANTIATE_TEST_SUITE_P(Words, KAsfReadDofTest,
                                          KDofCase{"dof rx rx\n", {5, 5}}, KDofCase{"dof rx\ndof rz\n", {3}},
                                          KDofCase{"dof rx ry rz tx ty tz tx ty\n", {5, 4, 3, 0, 1, 2}}));
 
-TEST(AsfReadBone, LengthDofsAreNotedForMotion)
+TEST(AsfReadBone, LengthDofsAreRecorded)
 {
     const std::string lText = kHead + ":bonedata\nbegin\ndof rx l\nname a\ndirection 1 0 0\nlength 1\ndof l ty l\nend\n" + Bone("b") +
                               "begin\nname c\n" + "direction 1 0 0\nlength 1\ndof rx ry l\nend\n" + "begin\ndof l\nname d\nend\n";
@@ -289,12 +290,12 @@ TEST(AsfReadBone, LengthDofsAreNotedForMotion)
     {
         ASSERT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()));
         EXPECT_FALSE(lFile.Read(lReading.mScene, false, false, false)) << "the last bone is incomplete";
-        std::string lNoted;
+        std::string lRecorded;
         for (const KQexAsfLengthDof& lDof : lFile.GetLengthDofs())
         {
-            lNoted += lDof.mBone + std::to_string(lDof.mPlace) + " ";
+            lRecorded += lDof.mBone + std::to_string(lDof.mPlace) + " ";
         }
-        EXPECT_EQ(lNoted, "a0 a2 c2 ");
+        EXPECT_EQ(lRecorded, "a0 a2 c2 ");
     }
 }
 
@@ -340,7 +341,7 @@ INSTANTIATE_TEST_SUITE_P(Pairs, KAsfReadLimitsTest,
                                                      "5:-160,20 4:-70,70 3:-60,70 "},
                                          KLimitsCase{"one line", "dof rz tx\nlimits (-1 1) (-2 2)\n", "3:-1,1 0:-2,2 "},
                                          KLimitsCase{"all on the next line", "dof rz tx\nlimits\n\n# c\n(-1 1) (-2 2)\n", "3:-1,1 0:-2,2 "},
-                                         KLimitsCase{"one number left over", "dof rz tx\nlimits (-1 1) (-2\n(-2 2)\n", "3:-1,1 0:-2,2 "},
+                                         KLimitsCase{"incomplete pair", "dof rz tx\nlimits (-1 1) (-2\n(-2 2)\n", "3:-1,1 0:-2,2 "},
                                          KLimitsCase{"infinities", "dof rx\nlimits (-inf inf)\n", "5:-,- "},
                                          KLimitsCase{"capitals", "dof rx\nlimits (-INF Infinity)\n", "5:-,- "},
                                          KLimitsCase{"one infinity", "dof rx\nlimits (-10 inf)\n", "5:-10,- "},
@@ -350,10 +351,10 @@ INSTANTIATE_TEST_SUITE_P(Pairs, KAsfReadLimitsTest,
                                          KLimitsCase{"largest", "dof rx\nlimits (-1.7976931348623157e308 1.7976931348623157e308)\n",
                                                      "5:-1.79769e+308,1.79769e+308 "},
                                          KLimitsCase{"minimum above maximum", "dof rx\nlimits (3 -3)\n", "5:3,-3 "},
-                                         KLimitsCase{"the last line counts", "dof rx\nlimits (3 4)\nlimits (-inf 5)\n", "5:-,5 "},
+                                         KLimitsCase{"the last line wins", "dof rx\nlimits (3 4)\nlimits (-inf 5)\n", "5:-,5 "},
                                          KLimitsCase{"repeated DOF", "dof rx rx\nlimits (1 2) (3 4)\n", "5:3,4 5:3,4 "}));
 
-TEST(AsfReadBone, DefaultsOfWhatIsLeftOut)
+TEST(AsfReadBone, Defaults)
 {
     KAsfReading  lReading;
     HKQexAsfNode lBone = ReadBone(lReading, "");
@@ -387,10 +388,10 @@ TEST(AsfReadMessages, TheFirstThousandAreKept)
     EXPECT_EQ(MessageLine(lReading.mMessages.back()), "E3004 Bone has no name");
 }
 
-/// A root of a name of its own can be named on a family's line: its children go to the end of its list then.
-TEST(AsfReadSections, ARootOfAnotherNameTakesItsChildrenAgain)
+/// A root with another name may head a family line, which then appends its children again at the end.
+TEST(AsfReadSections, ARenamedRootAppendsItsChildrenAgain)
 {
-    for (const char* lComment : {"", " # not the quick way"})
+    for (const char* lComment : {"", " # slow path"})
     {
         KAsfReading lReading;
         lReading.mScene->mRoot = QexSdkNew<KQexAsfNode>();
@@ -417,8 +418,8 @@ TEST(AsfReadSections, ARootOfAnotherNameTakesItsChildrenAgain)
     }
 }
 
-/// The sections one at a time, as a caller may drive them.
-TEST(AsfReadSections, CanBeDrivenAlone)
+/// A caller may call the section operations one at a time.
+TEST(AsfReadSections, CanBeCalledAlone)
 {
     KAsfReading        lReading;
     KQexFileAcclaimAsf lFile(false);
@@ -445,18 +446,18 @@ TEST(AsfReadSections, CanBeDrivenAlone)
     lFile.mQexAsfScene = nullptr;
 }
 
-TEST(AsfReadHierarchy, OfATreeThatIsDeepAlready)
+TEST(AsfReadHierarchy, OfAnExistingTree)
 {
-    // root - a - b - c, and d, e under the root: bones anywhere are found, only those under the root are moved.
+    // root - a - b - c, and d, e and another c under the root: any bone is found, only those under the root are moved.
     KAsfReading lReading;
     lReading.mScene->mRoot = QexSdkNew<KQexAsfNode>();
-    HKQexAsfNode lAt = lReading.mScene->mRoot;
+    HKQexAsfNode lParent = lReading.mScene->mRoot;
     for (const char* lName : {"a", "b", "c"})
     {
         HKQexAsfNode lNode = QexSdkNew<KQexAsfNode>();
         std::snprintf(lNode->mName, sizeof lNode->mName, "%s", lName);
-        lAt->AddChild(lNode);
-        lAt = lNode;
+        lParent->AddChild(lNode);
+        lParent = lNode;
     }
     for (const char* lName : {"d", "e", "c"})
     {

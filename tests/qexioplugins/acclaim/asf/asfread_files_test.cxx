@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/// Real skeletons, against a reading of their text that shares nothing with the library.
+/// Real skeletons, compared with a plain parser that shares no code with the library.
 
 namespace qextest
 {
@@ -24,7 +24,7 @@ namespace
 
 using KFilePoint = std::array<double, 3>;
 
-/// What the text says, by plain means: words of lines, in a map by name.
+/// A bone as the plain parser reads it.
 struct KPlainBone
 {
     KFilePoint  mDirection{};
@@ -39,7 +39,7 @@ struct KPlainSkeleton
     KFilePoint                        mRoot{};
     std::map<std::string, KPlainBone> mBones;
 
-    /// End of a bone in the rest pose, in centimetres: directions are global, so the lengths along the way add up.
+    /// End of a bone in the rest pose, in centimetres: directions are global, so the bone vectors up to the root add up.
     KFilePoint EndOf(const std::string& pName) const
     {
         KFilePoint lEnd = mRoot;
@@ -183,7 +183,7 @@ void Compare(const KPlainSkeleton& pExpected, const KAsfReading& pReading)
     }
 }
 
-TEST(AsfReadFiles, RealFilesAreReadWithoutAMessageAsTheyAreWritten)
+TEST(AsfReadFiles, RealFilesMatchThePlainParser)
 {
     QEX_SKIP_WITHOUT_CORPUS();
     const std::vector<fs::path> lFiles = RealFiles();

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// Reading computes frames in the order of the file; what comes out is what going down the tree gives.
+/// The reader computes frames in file order; the result must equal that of a walk down the tree.
 
 namespace qextest
 {
@@ -19,7 +19,7 @@ namespace
 
 constexpr int kBones = 200;
 
-/// A tree of bones that stand in the file in any order, parents behind their children too.
+/// A random tree whose bones are shuffled in the file, so that parents may follow their children.
 std::string ShuffledTree(std::mt19937& pRandom)
 {
     std::vector<int> lOrder;
@@ -67,7 +67,7 @@ std::vector<double> FrameOf(const KQexAsfNode& pBone)
 
 } // namespace
 
-TEST(AsfReadFrames, AreThoseOfTheTree)
+TEST(AsfReadFrames, EqualThoseOfAWalkDownTheTree)
 {
     std::mt19937 lRandom(11);
     for (int i = 0; i < 40; ++i)
@@ -83,7 +83,7 @@ TEST(AsfReadFrames, AreThoseOfTheTree)
         for (HKQexAsfNode lBone : lBones)
         {
             lRead.push_back(FrameOf(*lBone));
-            // So that nothing is right only because it was before.
+            // Overwritten, so that stale values cannot pass.
             lBone->mParentPositionV = KgeTVector(7, 7, 7);
             if (lBone->mParent != nullptr)
             {
@@ -91,14 +91,14 @@ TEST(AsfReadFrames, AreThoseOfTheTree)
             }
         }
         lReading.mScene->mRoot->SetupPosition(lOffset, lPreRotation);
-        for (size_t lPlace = 0; lPlace < lBones.size(); ++lPlace)
+        for (size_t lIndex = 0; lIndex < lBones.size(); ++lIndex)
         {
-            // Of a root only both flags together set all of it.
-            if (lPlace == 0 && !(lOffset && lPreRotation))
+            // Only both flags together set every field of a root.
+            if (lIndex == 0 && !(lOffset && lPreRotation))
             {
                 continue;
             }
-            EXPECT_EQ(FrameOf(*lBones[lPlace]), lRead[lPlace]) << i << " " << lBones[lPlace]->mName;
+            EXPECT_EQ(FrameOf(*lBones[lIndex]), lRead[lIndex]) << i << " " << lBones[lIndex]->mName;
         }
     }
 }

@@ -14,7 +14,7 @@
 #include <map>
 #include <string>
 
-/// Whatever the file is written like, cut off at or lacks, and whatever the system refuses: the same skeleton, or a clean end.
+/// Unusual formatting, truncated and damaged files, and failing system calls: the same skeleton, or a clean failure.
 
 namespace qextest
 {
@@ -70,7 +70,7 @@ const std::string kText = ":version 1.10\n"
                           "one.skn\n"
                           "two.skn\n";
 
-/// What a reading gave, as text: result, messages, tree, and the model as it is written.
+/// The outcome of reading a text, as text: result, messages, tree, and the model written out.
 std::string Outcome(const std::string& pText)
 {
     KAsfReading lReading;
@@ -85,7 +85,7 @@ std::string Outcome(const std::string& pText)
 
 std::string InCapitals(std::string pText)
 {
-    // Names keep their case: it counts.
+    // Names are case-sensitive and keep their case.
     for (const char* lWord : {":version",  ":name", ":units", "mass",     "length",      "angle",     "deg",   ":documentation",
                               ":root",     "order", "axis",   "position", "orientation", ":bonedata", "begin", "id ",
                               "direction", "dof",   "limits", "end\n",    ":hierarchy",  ":skin",     "xyz",   "zyx",
@@ -121,14 +121,15 @@ TEST_P(KAsfReadFormTest, SameSkeleton)
 INSTANTIATE_TEST_SUITE_P(
     Forms, KAsfReadFormTest,
     testing::Values(KFormCase{"CR LF", ReplacedAll(kText, "\n", "\r\n")}, KFormCase{"CR", ReplacedAll(kText, "\n", "\r")},
-                    KFormCase{"no last line end", kText.substr(0, kText.size() - 1)}, KFormCase{"UTF-8 mark", "\xEF\xBB\xBF" + kText},
+                    KFormCase{"no last line end", kText.substr(0, kText.size() - 1)},
+                    KFormCase{"UTF-8 byte-order mark", "\xEF\xBB\xBF" + kText},
                     KFormCase{"blank lines", ReplacedAll(kText, "\n", "\n\n   \n")}, KFormCase{"tabs", ReplacedAll(kText, " ", "\t \t")},
                     KFormCase{"indented", ReplacedAll(kText, "\n", "\n \t")},
                     KFormCase{"trailing blanks", ReplacedAll(kText, "\n", " \t\n")}, KFormCase{"commas", ReplacedAll(kText, " ", " , ")},
                     KFormCase{"parentheses", ReplacedAll(kText, " ", " ( ")},
                     KFormCase{"NUL for a blank", ReplacedAll(kText, " ", std::string("\0", 1))},
                     KFormCase{"comment lines", ReplacedAll(kText, "\n", "\n# begin end :root\n")},
-                    KFormCase{"comments behind", ReplacedAll(kText, "\n", "# :root\n")}, KFormCase{"capitals", InCapitals(kText)}));
+                    KFormCase{"trailing comments", ReplacedAll(kText, "\n", "# :root\n")}, KFormCase{"capitals", InCapitals(kText)}));
 
 TEST(AsfReadRobust, DecimalCommaOfTheProcessChangesNothing)
 {
@@ -137,7 +138,7 @@ TEST(AsfReadRobust, DecimalCommaOfTheProcessChangesNothing)
     EXPECT_EQ(Outcome(kText), lExpected);
 }
 
-/// Cut anywhere, a file ends with true or false; what was read stays whole.
+/// Cut anywhere, a file is read or fails with at most one error, and nothing leaks.
 void CutEverywhere(const std::string& pText, size_t pStep)
 {
     KMemoryWatch lWatch;
@@ -182,7 +183,7 @@ TEST(AsfReadRobust, EveryByteReplaced)
     EXPECT_EQ(lWatch.GetBlocks(), 0u);
 }
 
-/// Fails the Nth allocation, once for every N: the reading fails with an Error, or N was beyond the last one.
+/// Fails all allocations after the first N, for every N until reading succeeds: each failure is an Error.
 TEST(AsfReadRobust, EveryAllocationFails)
 {
     std::string lText = ":root\n:bonedata\n";
@@ -212,7 +213,7 @@ TEST(AsfReadRobust, EveryAllocationFails)
                 ASSERT_FALSE(lReading.mMessages.empty());
                 EXPECT_EQ(lReading.mMessages.back().mText, "Out of memory");
             }
-            // No bone is lost: what the tree holds is what the bone groups made, each bone once, parents agreeing.
+            // Every child's parent agrees with the tree.
             for (HKQexAsfNode lNode : PreOrder(lReading.mScene->mRoot))
             {
                 for (int i = 0; i < lNode->mChildBuf.GetCount(); ++i)
@@ -221,7 +222,7 @@ TEST(AsfReadRobust, EveryAllocationFails)
                 }
             }
             lWatch.FailAfter(-1);
-            EXPECT_TRUE(lReading.ReadText(lText)) << "and the same scene can be read into again";
+            EXPECT_TRUE(lReading.ReadText(lText)) << "the scene can be reused";
             EXPECT_EQ(lReading.Tree(), lExpected.substr(3, lReading.Tree().size()));
         }
         EXPECT_EQ(lWatch.GetBlocks(), 0u) << lNumber;
@@ -229,8 +230,8 @@ TEST(AsfReadRobust, EveryAllocationFails)
     }
 }
 
-/// Dummies whose bones there is no memory for are no success: the only allocation that folding needs fails.
-TEST(AsfReadRobust, DummiesThatStayAreAnError)
+/// Fails the only allocation that dummy removal needs: the read must fail.
+TEST(AsfReadRobust, FailedDummyRemovalIsAnError)
 {
     std::string lText = ":root\n:bonedata\n";
     std::string lFamily = "d";
@@ -258,7 +259,7 @@ TEST(AsfReadRobust, DummiesThatStayAreAnError)
     EXPECT_EQ(lReading.Bone("d")->mChildBuf.GetCount(), 20) << "nothing is lost";
 }
 
-/// Fails every read call in turn: an I/O error is never taken for the end of the file, not even behind the hierarchy.
+/// Fails every read call in turn: an I/O error is never taken for the end of the file, not even after the hierarchy.
 TEST(AsfReadRobust, EveryReadCallFails)
 {
     KTempDir lDir;
@@ -280,7 +281,7 @@ TEST(AsfReadRobust, EveryReadCallFails)
     }
 }
 
-TEST(AsfReadRobust, LineThatIsTooLongFailsBehindTheHierarchyToo)
+TEST(AsfReadRobust, TooLongALineFailsAfterTheHierarchyToo)
 {
     KAsfReading lReading;
     EXPECT_FALSE(lReading.ReadText(kText + std::string(1048577, ' ') + "\n"));
@@ -308,7 +309,7 @@ TEST(AsfReadRobust, NotOpenedOrMissing)
 
 constexpr int kMany = 100000;
 
-/// Many bones, and families that pFamily writes for bone i (from 1).
+/// kMany bones; pFamily(i) gives the family line of bone i (from 1).
 template <typename TFamily>
 std::string ManyBones(TFamily pFamily)
 {
@@ -325,7 +326,7 @@ std::string ManyBones(TFamily pFamily)
     return lText + "end\n";
 }
 
-std::string B(int pNumber)
+std::string BoneName(int pNumber)
 {
     return "b" + std::to_string(pNumber);
 }
@@ -334,7 +335,7 @@ class KAsfReadManyTest : public testing::TestWithParam<size_t>
 {
 };
 
-/// Reads pText in a small stack; the last bone in pre-order and the greatest depth are known.
+/// Reads and writes pText on a small stack. pDepth is the depth of the last bone.
 void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
 {
     RunInStack(pStack,
@@ -349,7 +350,7 @@ void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
     const std::vector<HKQexAsfNode> lNodes = PreOrder(lReading.mScene->mRoot);
     ASSERT_EQ(lNodes.size(), static_cast<size_t>(kMany) + 1);
     size_t lDepth = 0;
-    for (HKQexAsfNode lNode = lReading.Bone(B(kMany - 1).c_str()); lNode->mParent != nullptr; lNode = lNode->mParent)
+    for (HKQexAsfNode lNode = lReading.Bone(BoneName(kMany - 1).c_str()); lNode->mParent != nullptr; lNode = lNode->mParent)
     {
         ++lDepth;
     }
@@ -359,28 +360,28 @@ void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
 
 TEST_P(KAsfReadManyTest, Chain)
 {
-    ReadMany(ManyBones([](int pBone) { return B(pBone - 1) + " " + B(pBone) + "\n"; }), GetParam(), kMany);
+    ReadMany(ManyBones([](int pBone) { return BoneName(pBone - 1) + " " + BoneName(pBone) + "\n"; }), GetParam(), kMany);
 }
 
 TEST_P(KAsfReadManyTest, ChainFromItsEnd)
 {
-    ReadMany(ManyBones([](int pBone) { return B(kMany - 1 - pBone) + " " + B(kMany - pBone) + "\n"; }), GetParam(), kMany);
+    ReadMany(ManyBones([](int pBone) { return BoneName(kMany - 1 - pBone) + " " + BoneName(kMany - pBone) + "\n"; }), GetParam(), kMany);
 }
 
 TEST_P(KAsfReadManyTest, Fan)
 {
-    ReadMany(ManyBones([](int pBone) { return B(0) + " " + B(pBone) + "\n"; }), GetParam(), 2);
+    ReadMany(ManyBones([](int pBone) { return BoneName(0) + " " + BoneName(pBone) + "\n"; }), GetParam(), 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Stacks, KAsfReadManyTest, testing::ValuesIn(kStackSizes));
 
 /// Each of these would take minutes if a section, a name or a bone cost a walk over the tree.
-TEST(AsfReadMany, SectionsAreNotPaidForByBone)
+TEST(AsfReadMany, ManySections)
 {
     std::string lText = ManyBones([](int) { return std::string(); });
     for (int i = 1; i < 20000; ++i)
     {
-        lText += ":root\n:hierarchy\nbegin\n" + B(0) + " " + B(i) + "\nend\n";
+        lText += ":root\n:hierarchy\nbegin\n" + BoneName(0) + " " + BoneName(i) + "\nend\n";
     }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText));
@@ -390,7 +391,7 @@ TEST(AsfReadMany, SectionsAreNotPaidForByBone)
 
 TEST(AsfReadMany, EveryNameTwice)
 {
-    // Of each name the first in pre-order is meant: its twin stays under the root.
+    // A name means its first bone in pre-order; the twin stays under the root.
     std::string lText = ":root\n:bonedata\n";
     for (int lTwin = 0; lTwin < 2; ++lTwin)
     {
@@ -402,7 +403,7 @@ TEST(AsfReadMany, EveryNameTwice)
     lText += ":hierarchy\nbegin\n";
     for (int i = 1; i < kMany / 2; ++i)
     {
-        lText += B(i - 1) + " " + B(i) + "\n";
+        lText += BoneName(i - 1) + " " + BoneName(i) + "\n";
     }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText + "end\n"));
@@ -423,10 +424,10 @@ TEST(AsfReadMany, AllOfOneName)
     }
     KAsfReading lReading;
     EXPECT_TRUE(lReading.ReadText(lText + "end\n"));
-    EXPECT_EQ(lReading.mWarningCount, kMany) << "each line would hang the first one under itself";
+    EXPECT_EQ(lReading.mWarningCount, kMany) << "each line would make the first bone its own parent";
 }
 
-/// The bones pNames, and pLines as families; each name of pParents has one child then.
+/// Reads the bones pNames with the family lines pLines. Each name of pParents then has one child.
 void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLines, const std::vector<std::string>& pParents)
 {
     std::string lText = ":root\n:bonedata\n";
@@ -447,8 +448,8 @@ void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLi
     }
 }
 
-/// Which bone of a name comes first changes with nearly every line of these.
-TEST(AsfReadMany, FirstOfANameMovesAway)
+/// Nearly every line of these changes which bone of a name comes first in pre-order.
+TEST(AsfReadMany, FirstBoneOfANameMovesAway)
 {
     std::vector<std::string> lNames(kMany / 2, "a");
     std::vector<std::string> lParents;
@@ -491,11 +492,11 @@ TEST(AsfReadMany, BonesOfANameShareADeepParent)
     std::string              lLines;
     for (int i = 0; i < kMany / 2; ++i)
     {
-        lNames.push_back(B(i));
+        lNames.push_back(BoneName(i));
         if (i > 0)
         {
-            lParents.push_back(B(i - 1));
-            lLines += B(i - 1) + " " + B(i) + "\n";
+            lParents.push_back(BoneName(i - 1));
+            lLines += BoneName(i - 1) + " " + BoneName(i) + "\n";
         }
     }
     lNames.emplace_back("z");
@@ -525,7 +526,7 @@ TEST(AsfReadMany, MisplacedWordsOnOneLine)
     EXPECT_EQ(lReading.mWarningCount, 500000);
 }
 
-/// A random hierarchy with twins, against the plain rule: search the tree for each name, move what hangs under the root.
+/// The plain rule: search the tree for each name, and move only children of the root.
 class KPlainHierarchy
 {
 public:
@@ -539,9 +540,9 @@ public:
         {
             return;
         }
-        for (HKQexAsfNode lUp = lParent; lUp != nullptr; lUp = lUp->mParent)
+        for (HKQexAsfNode lAncestor = lParent; lAncestor != nullptr; lAncestor = lAncestor->mParent)
         {
-            if (lUp == lChild)
+            if (lAncestor == lChild)
             {
                 return;
             }
@@ -554,7 +555,7 @@ private:
     HKQexAsfNode mRoot;
 };
 
-TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
+TEST(AsfReadHierarchy, MatchesAPlainSearch)
 {
     unsigned   lState = 1;
     const auto lNext = [&lState](int pBelow)
@@ -564,14 +565,14 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
     };
     for (int lRound = 0; lRound < 600; ++lRound)
     {
-        // Half of the bones share a few names: where all names are shared, the first bones soon hold all that is named.
+        // Only half of the bones share names: if all did, the first bones would soon be the parents of all that are named.
         const bool               lIsLarge = lRound % 10 == 0;
         const int                lShared = lIsLarge ? 40 : 3;
         std::vector<std::string> lNames;
         std::string              lText = ":root\n:bonedata\n";
         for (int i = 2 + lNext(lIsLarge ? 400 : 40); i > 0; --i)
         {
-            lNames.push_back(B(lNext(2) == 0 ? lNext(lShared) : i + lShared));
+            lNames.push_back(BoneName(lNext(2) == 0 ? lNext(lShared) : i + lShared));
             lText += "begin\nname " + lNames.back() + "\ndirection 1 0 0\nlength " + std::to_string(i) + "\nend\n";
         }
         KAsfReading lPlain;
@@ -596,8 +597,8 @@ TEST(AsfReadHierarchy, AnswersWhatSearchingWould)
     }
 }
 
-/// Names of one letter, and all that differ from them in one place: none may pass for another, whatever part of them is compared.
-TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
+/// Names of up to 50 equal letters, and all that differ from them in one letter: comparing only a part would confuse some.
+TEST(AsfReadHierarchy, NamesDifferByEveryLetterAndTheirLength)
 {
     std::vector<std::string> lNames;
     for (size_t lLength = 1; lLength <= 50; ++lLength)
@@ -613,7 +614,7 @@ TEST(AsfReadHierarchy, TellsNamesApartByEveryLetterAndTheirLength)
     std::string lFamilies = ":hierarchy\nbegin\n";
     for (size_t i = 0; i < lNames.size(); ++i)
     {
-        // What counts is the last name of a bone.
+        // A bone's last name line wins.
         lBones += "begin\nname " + lNames[lNames.size() - 1 - i] + "x\nname " + lNames[i] + "\ndirection 1 0 0\nlength 1\nend\n";
         if (i > 0)
         {
@@ -637,7 +638,7 @@ TEST(AsfReadMemory, HeapHoldsBonesChildArraysAndOneBuffer)
     KAsfReading  lReading;
     const long   lBefore = lWatch.GetCalls();
     ASSERT_TRUE(lReading.ReadText(kText));
-    // Root and two bones, the child blocks of root and hip, the line buffer. The index is of the standard library.
+    // Root and two bones, the child blocks of root and hip, the line buffer. The name index uses the standard allocator.
     EXPECT_EQ(lWatch.GetCalls() - lBefore, 3 + 2 + 1);
     // Scene, three bones and two child blocks are left.
     EXPECT_EQ(lWatch.GetBlocks(), 6u);

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-/// The driver and every section but bones and hierarchy: what each line makes of the scene, and what it says.
+/// The driver and every section but bones and hierarchy: the scene and the messages for each line.
 
 namespace qextest
 {
@@ -15,7 +15,7 @@ using namespace qexsdk;
 namespace
 {
 
-/// A skeleton of a root and one bone, complete without any message; a case puts its lines in the place of a section.
+/// The sections of a valid skeleton of a root and one bone; a case replaces one of them.
 const std::string kVersion = ":version 1.10\n";
 const std::string kName = ":name walker\n";
 const std::string kUnits = ":units\nmass 2\nlength 0.5\nangle deg\n";
@@ -32,7 +32,7 @@ struct KMessageCase
     std::string mMessages;
 };
 
-/// Names the case where a test fails.
+/// Names the case when a test fails.
 void PrintTo(const KMessageCase& pCase, std::ostream* pOut)
 {
     *pOut << pCase.mWhat;
@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"unknown section at the end", kRoot + kHierarchy + ":foo\nline\n", true, "W10 Ignoring unknown keyword (:foo)\n"},
         KMessageCase{"unknown section after unknown section", ":foo\n:bar # x\n" + kRest, true,
                      "W1 Ignoring unknown keyword (:foo)\nW2 Ignoring unknown keyword (:bar)\n"},
-        KMessageCase{"keyword with a letter more", ":rooty\n" + kRest, true, "W1 Ignoring unknown keyword (:rooty)\n"},
+        KMessageCase{"keyword with an extra letter", ":rooty\n" + kRest, true, "W1 Ignoring unknown keyword (:rooty)\n"},
         KMessageCase{"capitals", ":ROOT\nAXIS zyx\nOrder TX\n:Hierarchy\nBEGIN\nEND\n", true, ""},
         KMessageCase{"unknown section ends a section", ":units\n:foo\n" + kRest, true, "W2 Ignoring unknown keyword (:foo)\n"}));
 
@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"a word", ":version v1 x\n" + kRest, true, "W1 Can't read file format version (v1 x), trying version 1.10\n"},
         KMessageCase{"nothing", ":version\n" + kRest, true, "W1 Can't read file format version (), trying version 1.10\n"},
         KMessageCase{"not finite", ":version inf\n" + kRest, true, "W1 Can't read file format version (inf), trying version 1.10\n"},
-        KMessageCase{"lines behind it", ":version 1.10\nwhatever\n1 2 3\n" + kRest, true, ""},
+        KMessageCase{"lines after it", ":version 1.10\nwhatever\n1 2 3\n" + kRest, true, ""},
         KMessageCase{"end of the file", kRoot + kHierarchy + kVersion, false, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
@@ -93,8 +93,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(KMessageCase{"no name", kRoot + ":name\n" + kHierarchy, false, "W6 Can't read skeleton name, using \"Untitled\"\n"},
                     KMessageCase{"a comment is no name", kRoot + ":name # x\n" + kHierarchy, false,
                                  "W6 Can't read skeleton name, using \"Untitled\"\n"},
-                    KMessageCase{"lines behind it are units", ":name x\nmass 3\nfoo\n" + kRest, true, "W3 Unknown unit token\n"},
-                    KMessageCase{"words behind it are left", ":name x y\n" + kRest, true, ""},
+                    KMessageCase{"lines after it are units", ":name x\nmass 3\nfoo\n" + kRest, true, "W3 Unknown unit token\n"},
+                    KMessageCase{"further words are ignored", ":name x y\n" + kRest, true, ""},
                     KMessageCase{"end of the file", kRoot + kHierarchy + kName, false, ""},
                     KMessageCase{"50 characters", ":name " + std::string(50, 'n') + "\n" + kRest, true, ""},
                     KMessageCase{"51 characters", ":name " + std::string(51, 'n') + "\n" + kRest, true,
@@ -103,10 +103,10 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Units, KAsfReadMessagesTest,
     testing::Values(KMessageCase{"mass", ":units\nmass heavy\n" + kRest, true, "W2 Can't read mass unit, using 1.000000\n"},
-                    KMessageCase{"mass keeps what it was", ":units\nmass 3\nmass\n" + kRest, true,
+                    KMessageCase{"bad mass keeps the old value", ":units\nmass 3\nmass\n" + kRest, true,
                                  "W3 Can't read mass unit, using 3.000000\n"},
                     KMessageCase{"length", ":units\nlength\n" + kRest, true, "W2 Can't read length unit, using 1.000000\n"},
-                    KMessageCase{"length keeps what it was", ":units\nlength 0.45\nlength nan\n" + kRest, true,
+                    KMessageCase{"bad length keeps the old value", ":units\nlength 0.45\nlength nan\n" + kRest, true,
                                  "W3 Can't read length unit, using 0.450000\n"},
                     KMessageCase{"length with a decimal comma", ":units\nlength 0,45\n" + kRest, true, ""},
                     KMessageCase{"angle", ":units\nangle grad\n" + kRest, true, "W2 Unknown angle unit, using default (deg)\n"},
@@ -117,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(Documentation, KAsfReadMessagesTest,
                          testing::Values(KMessageCase{"anything", ":documentation\nbegin end\nroot\nname\n" + kRest, true, ""},
                                          KMessageCase{"a colon inside a line", ":documentation\nnote :root\n" + kRest, true, ""},
-                                         KMessageCase{"a colon in front", ":documentation\n:note\n" + kRest, true,
+                                         KMessageCase{"a leading colon", ":documentation\n:note\n" + kRest, true,
                                                       "W2 Ignoring unknown keyword (:note)\n"},
                                          KMessageCase{"end of the file", kRoot + kHierarchy + kDocumentation, false, ""}));
 
@@ -125,11 +125,11 @@ INSTANTIATE_TEST_SUITE_P(
     Skin, KAsfReadMessagesTest,
     testing::Values(KMessageCase{"three names", kRest + ":skin\na\nb\nc\n", true, ""},
                     KMessageCase{"no names", kRest + ":skin\n", true, ""},
-                    KMessageCase{"name behind the keyword", kRest + ":skin a\nb\n", true, ""},
+                    KMessageCase{"name after the keyword", kRest + ":skin a\nb\n", true, ""},
                     KMessageCase{"more lines", ":skin\na\nb\nc\nd\ne\n" + kRest, true, ""},
                     KMessageCase{"two names on a line", kRest + ":skin a b\nc\n", true, ""},
                     KMessageCase{"no names before a section", ":skin\n" + kRest, true, ""},
-                    // With a name behind the keyword the next two lines are names, whatever stands there.
+                    // With a name on the keyword's line the next two lines are names, whatever they contain.
                     KMessageCase{"a name that is a section", kRest + ":skin a\n:foo\nb\n", true, ""},
                     KMessageCase{"a root that is the third name", ":skin a\nb\n" + kRest, false, "E8 Bone data before :root\n"},
                     KMessageCase{"a root that is a name", ":skin a\n:root\nb\n" + kHierarchy, false, "E4 Hierarchy before :root\n"},
@@ -146,8 +146,8 @@ INSTANTIATE_TEST_SUITE_P(
                      "W2 Can't read position, using 0.0 0.0 0.0\n"},
         KMessageCase{"orientation", ":root\norientation x\n" + kHierarchy, true, "W2 Can't read orientation, using 0.0 0.0 0.0\n"},
         KMessageCase{"unknown", ":root\nfoo 1 2\n" + kHierarchy, true, "W2 Unknown :root token (foo 1 2)\n"},
-        KMessageCase{"a bone's word", ":root\n  length 3 # x\n" + kHierarchy, true, "W2 Unknown :root token (length 3)\n"},
-        KMessageCase{"order ends at a word that is none", ":root\norder tx l ty\n" + kHierarchy, true, ""},
+        KMessageCase{"a bone keyword", ":root\n  length 3 # x\n" + kHierarchy, true, "W2 Unknown :root token (length 3)\n"},
+        KMessageCase{"order ends at an unknown word", ":root\norder tx l ty\n" + kHierarchy, true, ""},
         KMessageCase{"seven words", ":root\norder tx ty tz rx ry rz tx ty\n" + kHierarchy, true,
                      "W2 Too many degrees of freedom (tx ty)\n"},
         KMessageCase{"seven words on two lines", ":root\norder tx ty tz rx ry rz tx\norder rz rz rz rz rz rz rz rz\n" + kHierarchy, true,
@@ -206,7 +206,7 @@ TEST(AsfReadUnits, AreReadWhenTheFileEndsThere)
     EXPECT_NE(lReading.Bone("hip"), nullptr) << "what was read stays";
 }
 
-TEST(AsfReadName, UntitledIsStoredAlthoughReadingEnds)
+TEST(AsfReadName, UntitledIsStoredAlthoughReadingFails)
 {
     KAsfReading lReading;
     EXPECT_FALSE(lReading.ReadText(":name\n" + kRest));
@@ -323,11 +323,11 @@ TEST(AsfReadRoot, SecondOneTakesOverTheBonesInOrder)
     EXPECT_EQ(lRoot->mOrderCount, 1);
     EXPECT_EQ(lRoot->mOrderBuf[0], 3);
     EXPECT_EQ(lRoot->mPositionV.mData[0], 7.0);
-    EXPECT_EQ(lRoot->mOrientationV.mData[0], 0.0) << "nothing of the first one's own values stays";
+    EXPECT_EQ(lRoot->mOrientationV.mData[0], 0.0) << "no value of the first root stays";
     EXPECT_EQ(lRoot->mAxisRM.mData[0][0], 1.0);
 }
 
-TEST(AsfReadRoot, SecondOneDrivenAloneLeavesNothingOfARootMadeByHand)
+TEST(AsfReadRoot, SecondOneKeepsNothingOfARootMadeByHand)
 {
     KAsfReading  lReading;
     HKQexAsfNode lFirst = QexSdkNew<KQexAsfNode>();
@@ -366,7 +366,7 @@ TEST(AsfReadRoot, OfAnEarlierReadStaysWhenThereIsNoNewOne)
     ASSERT_TRUE(lReading.ReadText(kRest));
     EXPECT_FALSE(lReading.ReadText(kVersion));
     EXPECT_EQ(lReading.Tree(), "root<\nhip<root\n");
-    EXPECT_FALSE(lReading.ReadText(kBoneData)) << "and takes no bones of another file";
+    EXPECT_FALSE(lReading.ReadText(kBoneData)) << "and gets no bones of another file";
     EXPECT_EQ(lReading.Messages(), "E1 Bone data before :root\n");
     EXPECT_EQ(lReading.Tree(), "root<\nhip<root\n");
 }

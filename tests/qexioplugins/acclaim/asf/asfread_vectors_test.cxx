@@ -18,7 +18,7 @@ namespace
 
 constexpr double kTolerance = 1e-9;
 
-/// Messages of free wording: the kind stands for any text that begins so.
+/// The start of a message whose wording the cases leave open, by kind.
 std::string StartOfKind(const std::string& pKind)
 {
     static const std::map<std::string, std::string> sStarts = {{"cut-string", "Name cut to 50 characters ("},
@@ -34,7 +34,7 @@ struct KExpectedMessage
 {
     std::string mSeverity;
     int         mLine;
-    std::string mText; ///< The whole text, or the start of one of free wording.
+    std::string mText; ///< The whole text, or its start when the wording is open.
     int         mLeast = 1;
     int         mMost = 1;
     bool        mExact = true;
@@ -64,7 +64,7 @@ bool Matches(const KExpectedMessage& pExpected, const KQexTextMessage& pActual)
     return pExpected.mExact ? pActual.mText == pExpected.mText : pActual.mText.compare(0, pExpected.mText.size(), pExpected.mText) == 0;
 }
 
-/// Messages of free wording are taken out first, the others have to agree in order.
+/// Messages of open wording are matched and removed first; the others must agree in order.
 void CompareMessages(std::vector<KQexTextMessage> pActual, const KJson& pExpected)
 {
     std::vector<KExpectedMessage> lExact;
@@ -113,7 +113,7 @@ std::vector<double> Rotation(const KgeRMatrix& pMatrix)
     return lNumbers;
 }
 
-/// The rotation of angles held by axis, applied in the order of the bone's DOFs; the root's are XYZ.
+/// The rotation by angles about x, y and z, applied in the order of the bone's DOFs; the root's order is XYZ.
 KgeRMatrix RotationOf(HKQexAsfNode pNode, const std::vector<double>& pAngles)
 {
     const int  lOrder = pNode->mParent == nullptr ? 0 : EulerOrderFromOrderBuf(pNode->mOrderBuf, pNode->mOrderCount);
@@ -126,7 +126,7 @@ KgeRMatrix RotationOf(HKQexAsfNode pNode, const std::vector<double>& pAngles)
     return lResult;
 }
 
-/// Equal, or close to the middle angle's poles the same rotation.
+/// Expects equal angles or, as near gimbal lock, the same rotation.
 void CompareAngles(HKQexAsfNode pNode, const KJson& pExpected)
 {
     if (AreNear(pNode->mLR.mData, 3, pExpected, kTolerance))

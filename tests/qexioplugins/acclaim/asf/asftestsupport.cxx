@@ -70,19 +70,19 @@ std::string MessageLine(const KQexTextMessage& pMessage)
 std::vector<HKQexAsfNode> PreOrder(HKQexAsfNode pRoot)
 {
     std::vector<HKQexAsfNode> lNodes;
-    std::vector<HKQexAsfNode> lOpen;
+    std::vector<HKQexAsfNode> lStack;
     if (pRoot != nullptr)
     {
-        lOpen.push_back(pRoot);
+        lStack.push_back(pRoot);
     }
-    while (!lOpen.empty())
+    while (!lStack.empty())
     {
-        HKQexAsfNode lNode = lOpen.back();
-        lOpen.pop_back();
+        HKQexAsfNode lNode = lStack.back();
+        lStack.pop_back();
         lNodes.push_back(lNode);
         for (int i = lNode->mChildBuf.GetCount(); i-- > 0;)
         {
-            lOpen.push_back(lNode->mChildBuf[i]);
+            lStack.push_back(lNode->mChildBuf[i]);
         }
     }
     return lNodes;

@@ -8,12 +8,12 @@
 #include <vector>
 
 /// \file
-/// Reading skeletons in tests: one call from a text to all that reading it gave.
+/// Reading skeletons in tests: one call from a text to all results.
 
 namespace qextest
 {
 
-/// A scene with what the reader said while filling it. Owns the scene.
+/// A scene and the reader's messages. Owns the scene.
 class KAsfReading
 {
 public:
@@ -28,7 +28,7 @@ public:
     /// The bone of that name; null when there is none.
     qexsdk::HKQexAsfNode Bone(const char* pName) const;
 
-    /// The messages, one a line, as "W3 text" or "E3 text".
+    /// The messages, one per line, as "W3 text" or "E3 text".
     std::string Messages() const;
 
     /// The bones in pre-order, one line each: "name<parent".
@@ -41,13 +41,13 @@ public:
     int                                  mErrorCount = 0;
 };
 
-/// The text that writing \p pScene gives.
+/// \p pScene written as text.
 std::string WrittenText(qexsdk::HKQexAsfScene pScene);
 
 /// "W3 text" or "E3 text".
 std::string MessageLine(const qexsdk::KQexTextMessage& pMessage);
 
-/// The bones below and with \p pRoot in pre-order.
+/// \p pRoot and its descendants in pre-order.
 std::vector<qexsdk::HKQexAsfNode> PreOrder(qexsdk::HKQexAsfNode pRoot);
 
 } // namespace qextest

@@ -20,7 +20,7 @@ using namespace qexsdk;
 namespace
 {
 
-/// A scene to be written: bones are added by name.
+/// A scene to write; bones are added by name.
 class KScene
 {
 public:
@@ -90,7 +90,7 @@ TEST(AsfWrite, RootAlone)
                                           "  end\n");
 }
 
-TEST(AsfWrite, WithoutARootNothingAppears)
+TEST(AsfWrite, WithoutARootNoFileIsWritten)
 {
     KTempDir           lDir;
     KQexAsfScene*      lScene = QexSdkNew<KQexAsfScene>();
@@ -186,7 +186,7 @@ TEST(AsfWrite, WholeSkeleton)
                                           "  end\n");
 }
 
-TEST(AsfWrite, InvalidLimitsAreWrittenAsNone)
+TEST(AsfWrite, InvalidLimitsAreWrittenAsInfinite)
 {
     KScene       lScene;
     HKQexAsfNode lA = lScene.Add(lScene.Root(), "A");
@@ -198,7 +198,7 @@ TEST(AsfWrite, InvalidLimitsAreWrittenAsNone)
     EXPECT_NE(BoneLines(lScene.mScene).find("    limits( -inf , inf )\n( -inf , inf )\n\n"), std::string::npos);
 }
 
-TEST(AsfWrite, CodesWithoutAWordWriteNone)
+TEST(AsfWrite, UnknownCodesWriteNoWord)
 {
     KScene lScene;
     SetDofs(lScene.Root(), {3, 6, 0});
@@ -228,7 +228,7 @@ TEST(AsfWrite, SceneIsNotChanged)
     EXPECT_EQ(lReading.Tree(), lTree);
 }
 
-TEST(AsfWrite, SectionsCanBeDrivenAlone)
+TEST(AsfWrite, SectionsCanBeCalledAlone)
 {
     KScene       lScene;
     HKQexAsfNode lA = lScene.Add(lScene.Root(), "A");
@@ -264,7 +264,7 @@ TEST(AsfWrite, DecimalCommaOfTheProcessChangesNothing)
     EXPECT_EQ(WrittenText(lScene.mScene), lText);
 }
 
-TEST(AsfWrite, DestructionCompletesTheFile)
+TEST(AsfWrite, DestructorCompletesTheFile)
 {
     KTempDir lDir;
     KScene   lScene;
@@ -316,7 +316,7 @@ void ExpectNear(double pActual, double pExpected, double pRelative)
     EXPECT_NEAR(pActual, pExpected, pRelative * std::max(1.0, std::fabs(pExpected)));
 }
 
-/// What was read, written and read again is the same tree, with numbers of six digits, and lengths converted once more.
+/// Reads, writes and reads again: the same tree, with numbers to six digits and lengths converted twice.
 void RoundTrip(const std::string& pText)
 {
     KAsfReading lFirst;

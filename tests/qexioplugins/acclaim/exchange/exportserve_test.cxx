@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <utility>
 
-// What the exporter does beyond extraction, so that nothing is lost that a user would miss.
+// What the exporter adds to extraction, so that a user loses nothing.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -23,7 +23,7 @@ namespace
 const std::string kSkeletonHead = ":version 1.10\n:name s\n:units\n length 1\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n:bonedata\n";
 
 /// A scene with a tree of named nodes.
-class KExportServe : public testing::Test
+class KExportPrepareTest : public testing::Test
 {
 protected:
     KQexNode* Add(KQexNode* pParent, const char* pName, double pX, double pY, double pZ)
@@ -35,7 +35,7 @@ protected:
         return lNode;
     }
 
-    /// A root "hips" at the origin and below it a bone of 5 cm, "bone", with its end.
+    /// A root "hips" at the origin and below it "bone", 5 cm long, with its end node.
     KQexNode* AddBone()
     {
         KQexNode* lBone = Add(Add(nullptr, "hips", 0, 0, 0), "bone", 0, 0, 0);
@@ -58,7 +58,7 @@ protected:
         return KQexAcclaimSource::Buffer(pAsf.data(), pAsf.size(), "back.asf");
     }
 
-    /// Reads a skeleton into mBack, null when that fails, and what motion for it needs into mOptions.
+    /// Reads a skeleton into mBack, null on failure, and what its motion needs into mOptions.
     KQexImportAcclaimResult ReadBack(const std::string& pAsf)
     {
         KQexImportAcclaimResult lResult;
@@ -85,7 +85,7 @@ protected:
         return lAll;
     }
 
-    /// Names in pre-order, each with its depth in blanks.
+    /// Names in pre-order, each indented by its depth.
     std::string Tree() const
     {
         std::string lTree;
@@ -112,7 +112,7 @@ protected:
     KQexAsfSceneOwner        mBack;
 };
 
-TEST_F(KExportServe, NamesBecomeValidUniqueAndShort)
+TEST_F(KExportPrepareTest, NamesBecomeValidUniqueAndShort)
 {
     KQexNode*         lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode*         lParent = lRoot;
@@ -126,7 +126,7 @@ TEST_F(KExportServe, NamesBecomeValidUniqueAndShort)
     const std::string lShort(50, 'x');
     EXPECT_EQ(Tree(), "root\n a_b\n  a_b_2\n   p_1_2__\n    root_2\n     Begin_\n      end_\n       bone\n        " + lShort +
                           "\n         " + lShort.substr(0, 48) + "_2\n");
-    // Everything but the long names' cut shows in the texts; the last joint has no length.
+    // Nine renamed bones and one dropped leaf: the last joint has no length.
     EXPECT_NE(Warnings().find("Bone renamed (a_b), from (a b)\n"), std::string::npos) << Warnings();
     EXPECT_NE(Warnings().find("Bone renamed (a_b_2), from (a_b)\n"), std::string::npos);
     EXPECT_NE(Warnings().find("Bone renamed (Begin_), from (Begin)\n"), std::string::npos);
@@ -134,7 +134,7 @@ TEST_F(KExportServe, NamesBecomeValidUniqueAndShort)
     EXPECT_EQ(mResult.mMessages.size(), 10u) << Warnings();
 }
 
-TEST_F(KExportServe, NamesThatWouldOpenASectionOrSplitAreMended)
+TEST_F(KExportPrepareTest, NamesWithReservedCharactersAreChanged)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     Add(Add(lRoot, "#bone", 0, 0, 0), "#bone_End", 0, 5, 0);
@@ -148,8 +148,8 @@ TEST_F(KExportServe, NamesThatWouldOpenASectionOrSplitAreMended)
     EXPECT_STREQ(mBack->GetName(), std::string(50, 'y').c_str());
 }
 
-/// What an export once put in front of a bone has no DOFs; a joint that is only called so keeps them, as does one that moves.
-TEST_F(KExportServe, DummiesAreThoseWithTheNameOfTheirChildThatNeverMove)
+/// A dummy that an earlier export inserted before a bone has no DOFs. A joint that only has such a name, or that moves, keeps them.
+TEST_F(KExportPrepareTest, OnlyDummiesThatNeverMoveHaveNoDofs)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode* lDummy = Add(lRoot, "armDummy", 0, 0, 0);
@@ -171,7 +171,7 @@ TEST_F(KExportServe, DummiesAreThoseWithTheNameOfTheirChildThatNeverMove)
     }
 }
 
-TEST_F(KExportServe, LimitsWithoutTranslationsAreWritten)
+TEST_F(KExportPrepareTest, LimitsWithoutTranslationsAreWritten)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -196,7 +196,7 @@ TEST_F(KExportServe, LimitsWithoutTranslationsAreWritten)
     EXPECT_FALSE(mBack->mRoot->mChildBuf[0]->mLimitsActive[5][0]) << "extraction alone loses them";
 }
 
-TEST_F(KExportServe, AStartThatAllChildrenShareIsABone)
+TEST_F(KExportPrepareTest, AnOffsetThatAllChildrenShareBecomesABone)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 100, 0);
     for (const char* lName : {"left", "right"})
@@ -208,14 +208,14 @@ TEST_F(KExportServe, AStartThatAllChildrenShareIsABone)
     EXPECT_EQ(Tree(), "root\n leftDummy\n  left\n  right\n");
     EXPECT_NEAR(mBack->mRoot->mChildBuf[0]->mLength, 7.0, 2e-5);
     EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 0);
-    // The root's own place is in the motion.
+    // The root's own position is in the motion.
     EXPECT_NE(mAmc.find("root 0 39.3701 0 0 0 0\n"), std::string::npos) << mAmc;
     mOptions.mServe = false;
     Export(lRoot);
     EXPECT_EQ(Tree(), "root\n left\n right\n");
 }
 
-TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
+TEST_F(KExportPrepareTest, BonesThatTranslateGetTranslationDofs)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode* lStill = Add(lRoot, "still", 0, 0, 0);
@@ -240,7 +240,7 @@ TEST_F(KExportServe, BonesGetTranslationsWhereTheyMove)
     }
 }
 
-TEST_F(KExportServe, KnownDofsAndTheirLimitsAreKept)
+TEST_F(KExportPrepareTest, GivenDofsAndTheirLimitsAreKept)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -260,12 +260,12 @@ TEST_F(KExportServe, KnownDofsAndTheirLimitsAreKept)
     EXPECT_TRUE(lBack.mLimitsActive[5][0]);
     EXPECT_FALSE(lBack.mLimitsActive[5][1]);
     EXPECT_EQ(lBack.mLimitsBuf[5][0], -45.0);
-    // The turn about z has no DOF: what is left of it is told.
+    // The rotation about z has no DOF: the residual is reported.
     EXPECT_NE(Warnings().find("Motion that the DOFs can't express (bone): up to "), std::string::npos);
     EXPECT_NE(Warnings().find(" degrees\n"), std::string::npos);
 }
 
-TEST_F(KExportServe, OfKnownDofsOnlySixThatAreWordsCount)
+TEST_F(KExportPrepareTest, OnlyTheFirstSixValidDofsCount)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
@@ -279,7 +279,7 @@ TEST_F(KExportServe, OfKnownDofsOnlySixThatAreWordsCount)
     EXPECT_NE(mAsf.find(" dof rx tx ty tz ry rz\n"), std::string::npos) << mAsf;
 }
 
-TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
+TEST_F(KExportPrepareTest, RotationAndTranslationLossesShareAWarning)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -292,8 +292,8 @@ TEST_F(KExportServe, WhatIsLostInBothWaysIsToldTogether)
     EXPECT_EQ(Warnings(), "Motion that the DOFs can't express (bone): up to 0.5 degrees and 0.5 cm\n");
 }
 
-/// Only the sum of two angles is known there: one of them is rounded, the other makes up for it.
-TEST_F(KExportServe, AnglesInGimbalLockAreRoundAndTurnTheSame)
+/// In gimbal lock only the sum of two angles is determined: one is rounded, the other compensates.
+TEST_F(KExportPrepareTest, AnglesInGimbalLockAreRounded)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
@@ -331,7 +331,7 @@ TEST_F(KExportServe, AnglesInGimbalLockAreRoundAndTurnTheSame)
     }
 }
 
-TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
+TEST_F(KExportPrepareTest, FirstFrameAsRestPose)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -346,8 +346,8 @@ TEST_F(KExportServe, ThePoseOfTheFirstFrameCanBeTheRestPose)
     EXPECT_NE(mAmc.find("bone 0 0 45\n"), std::string::npos) << mAmc;
 }
 
-/// Rx then Ry with the pose of the first frame as rest pose: what is left of both, seen from there, turns about z as well.
-TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
+/// Rx then Ry, with the first frame as rest pose: relative to that pose the bone rotates about z as well.
+TEST_F(KExportPrepareTest, AnotherRestPoseAddsTheThirdRotation)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -368,7 +368,7 @@ TEST_F(KExportServe, AnotherRestPoseGivesTwoDofsTheThird)
     EXPECT_EQ(Warnings().find("can't express"), std::string::npos) << Warnings();
 }
 
-TEST_F(KExportServe, TheThirdRotationIsTheOneThatIsMissing)
+TEST_F(KExportPrepareTest, TheAddedRotationIsTheMissingOne)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
@@ -395,7 +395,7 @@ TEST_F(KExportServe, TheThirdRotationIsTheOneThatIsMissing)
     }
 }
 
-TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
+TEST_F(KExportPrepareTest, AnglesContinueFromFrameToFrame)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -405,7 +405,7 @@ TEST_F(KExportServe, AnglesContinueFromFrameToFrame)
     EXPECT_NE(mAmc.find("bone 0 0 190\n"), std::string::npos) << mAmc;
 }
 
-TEST_F(KExportServe, ScaleUnitAndRate)
+TEST_F(KExportPrepareTest, ScaleUnitAndRate)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 10, 0);
     KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
@@ -421,10 +421,10 @@ TEST_F(KExportServe, ScaleUnitAndRate)
     EXPECT_NE(mAmc.find("root 0 20 0 0 0 0\n"), std::string::npos) << mAmc;
 }
 
-TEST_F(KExportServe, MotionForASkeletonThatIsThere)
+TEST_F(KExportPrepareTest, MotionForAnExistingSkeleton)
 {
     KQexNode* lRoot = Add(nullptr, "actor:hips", 0, 10, 0);
-    Add(lRoot, "actor:extra", 0, 3, 0); // Not where the skeleton has it.
+    Add(lRoot, "actor:extra", 0, 3, 0); // The skeleton has it elsewhere.
     KQexNode* lBone = Add(lRoot, "actor:bone", 0, 0, 0);
     KQexNode* lTip = Add(lBone, "actor:tip", 0, 5, 0);
     Add(lTip, "actor:tip_End", 0, 5, 0);
@@ -443,8 +443,8 @@ TEST_F(KExportServe, MotionForASkeletonThatIsThere)
                                "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
 }
 
-/// A bone whose DOFs leave a part of its turn out carries the next one to another place: what that one's DOFs can, they make up for.
-TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
+/// A bone whose DOFs cannot express its rotation displaces its child; the child's translation DOFs compensate.
+TEST_F(KExportPrepareTest, TranslationsCompensateForLostParentRotations)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
@@ -460,12 +460,12 @@ TEST_F(KExportServe, TranslationsMakeUpForTurnsThatAreLostAbove)
     mOptions.mBoneDofs = &lDofs;
     mOptions.mLengthUnit = 2.54;
     Export(lRoot);
-    // Where it is, (-5 sin 30, 5 cos 30), less where its parent leaves it, (0, 5).
+    // Its position (-5 sin 30, 5 cos 30) minus its parent's end (0, 5).
     EXPECT_NE(mAmc.find("bone 0\ntip 0 0 30 -2.5 -0.66987"), std::string::npos) << mAmc;
 }
 
-/// The progress call may stop it at any time: no file appears, and the one that was there stays.
-TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
+/// The progress callback may cancel at any time: no file appears, and an existing one stays.
+TEST_F(KExportPrepareTest, CancellingLeavesTheFilesUnchanged)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -497,8 +497,8 @@ TEST_F(KExportServe, CancellingLeavesTheFilesAsTheyWere)
     EXPECT_NE(ReadFile(lAmc), "before");
 }
 
-/// Messages are the caller's to show.
-TEST_F(KExportServe, PrintsNothing)
+/// Showing messages is up to the caller.
+TEST_F(KExportPrepareTest, PrintsNothing)
 {
     KQexNode* lBone = AddBone();
     KQexNode* lRoot = lBone->GetParent();
@@ -512,7 +512,7 @@ TEST_F(KExportServe, PrintsNothing)
     EXPECT_NE(Warnings(), "");
 }
 
-TEST_F(KExportServe, ASkeletonAloneGoesIntoAFile)
+TEST_F(KExportPrepareTest, ASkeletonWithoutMotion)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 0, 0);
     Add(Add(lRoot, "bone", 0, 0, 0), "bone_End", 0, 5, 0);
@@ -528,8 +528,8 @@ TEST_F(KExportServe, ASkeletonAloneGoesIntoAFile)
     }
 }
 
-/// Bones find their nodes below their parents': of nodes of one name each side has its own.
-TEST_F(KExportServe, MotionForASkeletonWithBranches)
+/// A bone's node is searched below its parent's node, so that branches with equal names get their own nodes.
+TEST_F(KExportPrepareTest, MotionForASkeletonWithBranches)
 {
     KQexNode*   lRoot = Add(nullptr, "hips", 0, 0, 0);
     std::string lSkeleton = kSkeletonHead;
@@ -566,7 +566,7 @@ TEST_F(KExportServe, MotionForASkeletonWithBranches)
     EXPECT_TRUE(KQexExporterAcclaim::GetBoneDofs(lEmpty.get()).empty());
 }
 
-TEST_F(KExportServe, LengthsOfTheSkeletonsFileKeepTheirPlacesInMotion)
+TEST_F(KExportPrepareTest, LengthDofsKeepTheirColumnsInMotion)
 {
     KQexNode* lRoot = Add(nullptr, "hips", 0, 10, 0);
     KQexNode* lBone = Add(lRoot, "bone", 0, 0, 0);
@@ -594,7 +594,7 @@ TEST_F(KExportServe, LengthsOfTheSkeletonsFileKeepTheirPlacesInMotion)
     lAgain->Destroy();
 }
 
-TEST_F(KExportServe, WhatCannotBeWrittenLeavesWhatWasThere)
+TEST_F(KExportPrepareTest, AFailedExportKeepsExistingFiles)
 {
     KQexNode*      lRoot = Add(nullptr, "hips", 0, 10, 0);
     const KTempDir lDir;

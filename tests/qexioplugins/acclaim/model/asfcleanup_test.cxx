@@ -50,7 +50,7 @@ TEST_F(KCleanUpTest, ABoneWithoutDofsIsFoldedIntoItsChild)
     EXPECT_NEAR(lChild->mLR.mData[2], -90.0, 1e-12);
 }
 
-TEST_F(KCleanUpTest, ADummysChildrenGoToTheEndReversed)
+TEST_F(KCleanUpTest, ADummysChildrenAreAppendedInReverse)
 {
     KQexAsfNode* lDummy = Bone(mRoot, "dummy", {});
     Bone(mRoot, "e");
@@ -60,7 +60,7 @@ TEST_F(KCleanUpTest, ADummysChildrenGoToTheEndReversed)
     EXPECT_EQ(ChildNames(mRoot), "e b a");
 }
 
-TEST_F(KCleanUpTest, ARunOfDummiesGoesAsAWhole)
+TEST_F(KCleanUpTest, AChainOfDummiesIsRemovedAsAWhole)
 {
     KQexAsfNode* lUpper = Bone(mRoot, "upper", {}, {1.0, 0.0, 0.0});
     KQexAsfNode* lLower = Bone(lUpper, "lower", {}, {0.0, 1.0, 0.0});
@@ -86,7 +86,7 @@ TEST_F(KCleanUpTest, OnlyBonesWithoutAnyDofAreDummies)
     EXPECT_EQ(ChildNames(lKept), "");
 }
 
-TEST_F(KCleanUpTest, ATrueFlagLeavesItsQuantityAlone)
+TEST_F(KCleanUpTest, ATrueFlagLeavesItsValueUnchanged)
 {
     for (bool lOffset : {false, true})
     {
@@ -103,8 +103,8 @@ TEST_F(KCleanUpTest, ATrueFlagLeavesItsQuantityAlone)
     }
 }
 
-/// Memory that runs out loses nothing: the dummies stay, and the next call folds them.
-TEST_F(KCleanUpTest, SaysWhenThereIsNoMemoryForTheBonesThatMove)
+/// Running out of memory loses nothing: the dummies stay, and the next call removes them.
+TEST_F(KCleanUpTest, FailsWithoutMemoryForTheMovedBones)
 {
     for (int lIter = 0; lIter < 4; ++lIter)
     {
@@ -135,8 +135,8 @@ std::string Outline(KQexAsfNode* pRoot)
     return lText;
 }
 
-/// A dummy whose bones there is no room for stays, and nothing else happens to the tree: with memory again the rest is done.
-TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
+/// A dummy whose children cannot be moved for lack of memory stays, and the tree is otherwise unchanged; a later call removes it.
+TEST(KCleanUpMemoryTest, ALaterCallRemovesTheRest)
 {
     for (const EShape lShape : {eCHAIN, eFAN, eCOMB, eRANDOM})
     {
@@ -154,7 +154,7 @@ TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
             }
             if (lShape == eCHAIN)
             {
-                EXPECT_EQ(Outline(lRoot), lExpected) << "a chain needs no more room: " << lNumber << " allocations";
+                EXPECT_EQ(Outline(lRoot), lExpected) << "a chain needs no memory: " << lNumber << " allocations";
             }
             lRoot->RemoveDummy(false, false);
             std::string lOutline = Outline(lRoot);
@@ -167,35 +167,35 @@ TEST(KCleanUpMemoryTest, WhatIsLeftForWantOfMemoryIsDoneLater)
     }
 }
 
-/// A place in space: a host node's rotation and translation, put together from the bones' locals down to this one.
-struct KPlacement
+/// A global transform: rotation and translation, composed from the local values of the bones down to this one.
+struct KGlobalTransform
 {
     KgeRMatrix mR;
     KgeTVector mT;
 };
 
-std::map<std::string, KPlacement> Placements(KQexAsfNode* pRoot)
+std::map<std::string, KGlobalTransform> GlobalTransforms(KQexAsfNode* pRoot)
 {
-    std::map<std::string, KPlacement>                lResult;
-    std::vector<std::pair<KQexAsfNode*, KPlacement>> lStack = {{pRoot, {}}};
+    std::map<std::string, KGlobalTransform>                lResult;
+    std::vector<std::pair<KQexAsfNode*, KGlobalTransform>> lStack = {{pRoot, {}}};
     while (!lStack.empty())
     {
-        const auto [lBone, lAbove] = lStack.back();
+        const auto [lBone, lParent] = lStack.back();
         lStack.pop_back();
         const int*       lAxis = KmEulerAxis[lBone == pRoot ? 0 : EulerOrderFromOrderBuf(lBone->mOrderBuf, lBone->mOrderCount)];
         const int        lCode = static_cast<int>((lAxis - KmEulerAxis[0]) / 3);
         const KgeRVector lApplied(lBone->mLR.mData[lAxis[0]], lBone->mLR.mData[lAxis[1]], lBone->mLR.mData[lAxis[2]]);
         KgeRMatrix       lLocal;
         KgeSet(lLocal, lApplied, lCode);
-        KPlacement lHere;
-        KgeMult(lHere.mR, lAbove.mR, lLocal);
+        KGlobalTransform lGlobal;
+        KgeMult(lGlobal.mR, lParent.mR, lLocal);
         KgeTVector lOffset;
-        KgeMult(lOffset, lAbove.mR, lBone->mLT);
-        KgeAdd(lHere.mT, lAbove.mT, lOffset);
-        lResult[lBone->mName] = lHere;
+        KgeMult(lOffset, lParent.mR, lBone->mLT);
+        KgeAdd(lGlobal.mT, lParent.mT, lOffset);
+        lResult[lBone->mName] = lGlobal;
         for (int lIter = 0; lBone->GetChild(lIter); ++lIter)
         {
-            lStack.push_back({lBone->GetChild(lIter), lHere});
+            lStack.push_back({lBone->GetChild(lIter), lGlobal});
         }
     }
     return lResult;
@@ -209,20 +209,20 @@ TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
 {
     KQexAsfNode* lRoot = RandomBones(eRANDOM, 60, GetParam(), true)[0];
     lRoot->SetupPosition(false, false);
-    const std::map<std::string, KPlacement> lBefore = Placements(lRoot);
+    const std::map<std::string, KGlobalTransform> lBefore = GlobalTransforms(lRoot);
     lRoot->RemoveDummy(false, false);
-    const std::map<std::string, KPlacement> lAfter = Placements(lRoot);
+    const std::map<std::string, KGlobalTransform> lAfter = GlobalTransforms(lRoot);
     EXPECT_LT(lAfter.size(), lBefore.size());
-    for (const auto& [lName, lPlacement] : lAfter)
+    for (const auto& [lName, lNew] : lAfter)
     {
         EXPECT_GT(lRoot->Find(lName.c_str())->mOrderCount, 0) << lName;
-        const KPlacement& lOld = lBefore.at(lName);
+        const KGlobalTransform& lOld = lBefore.at(lName);
         for (int lRow = 0; lRow < 3; ++lRow)
         {
-            EXPECT_NEAR(lPlacement.mT.mData[lRow], lOld.mT.mData[lRow], 1e-10) << lName;
+            EXPECT_NEAR(lNew.mT.mData[lRow], lOld.mT.mData[lRow], 1e-10) << lName;
             for (int lColumn = 0; lColumn < 3; ++lColumn)
             {
-                EXPECT_NEAR(lPlacement.mR.mData[lRow][lColumn], lOld.mR.mData[lRow][lColumn], 1e-10) << lName;
+                EXPECT_NEAR(lNew.mR.mData[lRow][lColumn], lOld.mR.mData[lRow][lColumn], 1e-10) << lName;
             }
         }
     }
@@ -231,7 +231,7 @@ TEST_P(KDummyPropertyTest, KeptBonesStayWhereTheyAre)
 
 INSTANTIATE_TEST_SUITE_P(Trees, KDummyPropertyTest, testing::Range(1U, 41U));
 
-/// Dummy removal as it is defined: one fold after another, from the lowest dummy up.
+/// Dummy removal as it is defined: one dummy after another, the deepest first.
 void FoldOneByOne(KQexAsfNode* pNode, bool pOffset, bool pPreRotation)
 {
     for (int lIter = pNode->mChildBuf.GetCount() - 1; lIter >= 0; --lIter)
@@ -283,8 +283,8 @@ double LargestOffset(KQexAsfNode* pBone)
     return lLargest;
 }
 
-/// The same bones in the same order with the same frames. Offsets are added in another order than folding one by one adds them: they
-/// agree within 1e-12 of pSize.
+/// The same bones in the same order with the same frames. RemoveDummy() sums offsets in another order than one by one: they agree within
+/// 1e-12 of pSize.
 void ExpectSameBones(KQexAsfNode* pLeft, KQexAsfNode* pRight, double pSize)
 {
     ASSERT_STREQ(pLeft->mName, pRight->mName);
@@ -317,7 +317,7 @@ TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
         for (int lWhich = 0; lWhich < 2; ++lWhich)
         {
             const std::vector<KQexAsfNode*> lBones = RandomBones(kShapes[lSeed / 2 % 4], 10 + static_cast<int>(lSeed % 50), lSeed, true);
-            std::mt19937                    lRandom(lSeed); // dummies upon dummies
+            std::mt19937                    lRandom(lSeed); // chains of dummies
             for (size_t lIter = 1; lIter < lBones.size(); ++lIter)
             {
                 if (lRandom() % 2 == 0)
@@ -339,8 +339,8 @@ TEST(KDummyFoldTest, GivesWhatFoldingOneByOneGives)
     }
 }
 
-/// Each of 100,000 bones hangs on a dummy of its own in a run of dummies: moving each of them at every fold would take minutes.
-TEST(KDummyFoldTest, ALongRunOfDummiesMovesEachBoneOnce)
+/// A chain of 50,000 dummies, each with one bone as child: moving every bone at each fold would take minutes.
+TEST(KDummyFoldTest, ALongChainOfDummiesMovesEachBoneOnce)
 {
     const std::vector<KQexAsfNode*> lBones = RandomBones(eCOMB, 100001, 5, false);
     for (size_t lIter = 2; lIter < lBones.size(); lIter += 2)
@@ -367,7 +367,7 @@ TEST(KDummyFoldTest, ALongRunOfDummiesMovesEachBoneOnce)
 class KEndSiteTest : public testing::Test
 {
 protected:
-    // The curve node of a new host node's translation, with as many keys on its x channel as asked for.
+    /// The translation curve node of a new host node, with pKeys keys on its x channel.
     KQexAnimCurveNode* CurveNode(int pKeys)
     {
         KQexNode*          lNode = KQexNode::Create(mStage.mScene, "node");
@@ -385,7 +385,7 @@ protected:
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root");
 };
 
-TEST_F(KEndSiteTest, TakesChildlessBonesWithoutLengthAndMotion)
+TEST_F(KEndSiteTest, RemovesLeavesWithoutLengthAndMotion)
 {
     Bone(mRoot, "plain");
     Bone(mRoot, "short")->mLength = 1e-12;
@@ -401,7 +401,7 @@ TEST_F(KEndSiteTest, TakesChildlessBonesWithoutLengthAndMotion)
     EXPECT_EQ(ChildNames(mRoot), "short negative movedT movedR parent");
 }
 
-TEST_F(KEndSiteTest, TakesOneLevelACall)
+TEST_F(KEndSiteTest, RemovesOneLevelPerCall)
 {
     KQexAsfNode* lMiddle = Bone(Bone(mRoot, "upper"), "middle");
     Bone(lMiddle, "end");

@@ -27,7 +27,7 @@ protected:
     KQexAsfNode* mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
 };
 
-TEST_F(KFramesTest, TheRootKeepsItsPositionAndTakesItsAxis)
+TEST_F(KFramesTest, TheRootsLocalsAreItsPositionAndAxis)
 {
     mRoot->mPositionV = KgeTVector(1.0, 2.0, 3.0);
     mRoot->mDirectionV = KgeTVector(0.0, 1.0, 0.0);
@@ -41,7 +41,7 @@ TEST_F(KFramesTest, TheRootKeepsItsPositionAndTakesItsAxis)
 
 TEST_F(KFramesTest, TheRootsAnglesAreNotReordered)
 {
-    // Its DOFs list another order; the host node's default pose still takes XYZ angles.
+    // Its DOFs list another order; the host node's default pose still uses XYZ angles.
     for (int lIter = 0; lIter < 3; ++lIter)
     {
         mRoot->mOrderBuf[3 + lIter] = 3 + lIter;
@@ -51,7 +51,7 @@ TEST_F(KFramesTest, TheRootsAnglesAreNotReordered)
     ExpectNear(mRoot->mLR.mData, {10.0, 20.0, 30.0});
 }
 
-TEST_F(KFramesTest, AChildSitsAtTheEndOfItsParent)
+TEST_F(KFramesTest, AChildStartsAtTheEndOfItsParent)
 {
     mRoot->mPositionV = KgeTVector(1.0, 2.0, 3.0);
     KQexAsfNode* lA = Bone(mRoot, "a", {5}, {0.0, 4.0, 0.0});
@@ -91,8 +91,8 @@ class KFrameOrderTest : public testing::TestWithParam<KOrderCase>
 {
 };
 
-/// The angles land in the slots of their axes, and put together in the order of the list they give the axis again.
-TEST_P(KFrameOrderTest, AnglesLandInTheirSlots)
+/// Each angle is in the slot of its axis, and composed in DOF order they give the axis again.
+TEST_P(KFrameOrderTest, AnglesAreInTheirSlots)
 {
     KQexAsfNode* lRoot = Bone(nullptr, "root");
     KQexAsfNode* lBone = Bone(lRoot, "bone", GetParam().mDofs, {1.0, 0.0, 0.0}, {33.0, -47.0, 71.0});
@@ -138,9 +138,9 @@ TEST_F(KFramesTest, WithBothFlagsBothLocalsAreZero)
     {
         ExpectNear(lBone->mLT.mData, {0.0, 0.0, 0.0}, 0.0);
         ExpectNear(lBone->mLR.mData, {0.0, 0.0, 0.0}, 0.0);
-        EXPECT_EQ(lBone->mParentAxisRM.mData[0][0], 1.0); // left as it was
+        EXPECT_EQ(lBone->mParentAxisRM.mData[0][0], 1.0); // unchanged
     }
-    ExpectNear(mRoot->mPositionV.mData, {0.0, 7.0, 0.0}, 0.0); // in this case alone from direction and length
+    ExpectNear(mRoot->mPositionV.mData, {0.0, 7.0, 0.0}, 0.0); // only in this case from direction and length
     ExpectNear(mRoot->mParentPositionV.mData, {0.0, 0.0, 0.0}, 0.0);
     ExpectNear(lA->mParentPositionV.mData, {0.0, 7.0, 0.0}, 0.0);
     ExpectNear(lA->mPositionV.mData, {0.0, 4.0, 0.0}, 0.0);
@@ -156,7 +156,7 @@ class KFrameFlagsTest : public testing::TestWithParam<KFlagCase>
 {
 };
 
-TEST_P(KFrameFlagsTest, ATrueFlagLeavesItsQuantityAsItWas)
+TEST_P(KFrameFlagsTest, ATrueFlagLeavesItsValueUnchanged)
 {
     const auto [lOffset, lPreRotation] = GetParam();
     KQexAsfNode* lRoot = Bone(nullptr, "root");

@@ -37,31 +37,31 @@ protected:
     KRoundTest() : mBone(Bone(nullptr, "bone")) {}
     ~KRoundTest() override { QexSdkDelete(mBone); }
 
-    double Part() { return mPart(mRandom); }
+    double Uniform() { return mUniform(mRandom); }
 
-    /// A direction of any kind: most have digits of every size, some lie along an axis or nearly so.
+    /// A random bone. Most directions have digits of every size, some are along an axis or nearly so.
     void SetRandomBone()
     {
-        double lReach[3] = {Part(), Part(), Part()};
-        for (double& lNumber : lReach)
+        double lVector[3] = {Uniform(), Uniform(), Uniform()};
+        for (double& lNumber : lVector)
         {
-            const double lDice = std::fabs(Part());
+            const double lDice = std::fabs(Uniform());
             lNumber *= lDice < 0.1 ? 0.0 : lDice < 0.3 ? 1e-3 : 1.0;
         }
-        lReach[0] += KmVlength(lReach) == 0.0 ? 1.0 : 0.0;
-        KmVnorm(mBone->mDirectionV.mData, lReach);
-        mBone->mLength = std::pow(10.0, 2.0 * Part()) * GetParam() / 2.54;
-        SetAxis(mBone, {180.0 * Part(), 90.0 * Part(), 180.0 * Part()});
+        lVector[0] += KmVlength(lVector) == 0.0 ? 1.0 : 0.0;
+        KmVnorm(mBone->mDirectionV.mData, lVector);
+        mBone->mLength = std::pow(10.0, 2.0 * Uniform()) * GetParam() / 2.54;
+        SetAxis(mBone, {180.0 * Uniform(), 90.0 * Uniform(), 180.0 * Uniform()});
     }
 
     std::mt19937                           mRandom{5};
-    std::uniform_real_distribution<double> mPart{-1.0, 1.0};
+    std::uniform_real_distribution<double> mUniform{-1.0, 1.0};
     KQexAsfNode*                           mBone;
 };
 
-/// Reading makes a direction a unit vector again and an axis a matrix; other formats round the place of a bone's end to a millionth of a
-/// centimetre. None of that may change a digit of what is written next.
-TEST_P(KRoundTest, StaysAsItIsWrittenOnceItIsRounded)
+/// Reading normalises the direction and turns the axis into a matrix; other formats round the position of a bone's end to 1e-6 cm. Neither
+/// may change a digit of what is written next.
+TEST_P(KRoundTest, WrittenDigitsAreStable)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)
     {
@@ -69,21 +69,21 @@ TEST_P(KRoundTest, StaysAsItIsWrittenOnceItIsRounded)
         RoundBone(*mBone, GetParam());
         const std::string lWritten = Written(*mBone);
         const double      lCentimetres = mBone->mLength * 2.54 / GetParam();
-        double            lReach[3];
-        KmVnorm(lReach, mBone->mDirectionV.mData);
-        for (double& lNumber : lReach)
+        double            lVector[3];
+        KmVnorm(lVector, mBone->mDirectionV.mData);
+        for (double& lNumber : lVector)
         {
-            lNumber = lNumber * lCentimetres + 0.5e-6 * Part();
+            lNumber = lNumber * lCentimetres + 0.5e-6 * Uniform();
         }
-        mBone->mLength = KmVlength(lReach) * GetParam() / 2.54;
-        KmVnorm(mBone->mDirectionV.mData, lReach);
+        mBone->mLength = KmVlength(lVector) * GetParam() / 2.54;
+        KmVnorm(mBone->mDirectionV.mData, lVector);
         SetAxis(mBone, mBone->mOrientationV);
         RoundBone(*mBone, GetParam());
         ASSERT_EQ(Written(*mBone), lWritten) << "round " << lRound << ", " << lCentimetres << " cm";
     }
 }
 
-/// As many digits as the place of the bone's end has, or one less.
+/// Rounding keeps as many digits as the position of the bone's end has, or one less.
 TEST_P(KRoundTest, MovesTheEndByLittle)
 {
     for (int lRound = 0; lRound < 5000; ++lRound)

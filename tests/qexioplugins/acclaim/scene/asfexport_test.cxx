@@ -40,7 +40,7 @@ protected:
 
     KQexAsfNode* Export(bool pTAnimated = false, bool pBasePose = false, double pScale = 1.0)
     {
-        QexSdkDelete(mStage.mAsf->mRoot); // extraction itself overwrites
+        QexSdkDelete(mStage.mAsf->mRoot); // extraction does not release it
         EXPECT_TRUE(mStage.mAsf->QEXToASF(mTop, pTAnimated, KQexVector4(pScale, pScale, pScale), pBasePose));
         return mStage.mAsf->mRoot;
     }
@@ -65,8 +65,8 @@ TEST_F(KExportTest, ALoneRootIsALoneRoot)
     EXPECT_EQ(mStage.mAsf->mLengthUnit, 1.0);
 }
 
-/// A leaf of length zero goes, so the trees below end in a node with a child.
-TEST_F(KExportTest, TheRootsOnlyChildHasADummyWhereItIsOff)
+/// Leaves of length zero are removed, so the trees below end in a node with a child.
+TEST_F(KExportTest, TheRootsOnlyChildHasADummyForItsOffset)
 {
     KQexNode* lSpine = Node(mTop, "Spine");
     Node(lSpine, "End", 0.0, 1.0, 0.0);
@@ -82,7 +82,7 @@ TEST_F(KExportTest, TranslationCountsOnlyAsBasePose)
     lSpine->mLocalTranslation.Set(qexVectorTemplate3<double>(0.0, 5.0, 0.0));
     EXPECT_EQ(Shape(false), "root(Spine)");
     EXPECT_EQ(Shape(true), "root(SpineDummy(Spine))");
-    lSpine->SetRotationOffset(kPivotSet0, KQexVector4(0.0, -5.0, 0.0)); // and offset and translation may cancel
+    lSpine->SetRotationOffset(kPivotSet0, KQexVector4(0.0, -5.0, 0.0)); // offset and translation cancel
     EXPECT_EQ(Shape(false), "root(SpineDummy(Spine))");
     EXPECT_EQ(Shape(true), "root(Spine)");
 }
@@ -96,7 +96,7 @@ TEST_F(KExportTest, AnInnerNodesOnlyChildNeverHasADummy)
     EXPECT_DOUBLE_EQ(lRoot->GetChild(0)->mLength, 4.0 / 2.54);
 }
 
-TEST_F(KExportTest, ChildrenWithOneStartNeedNoDummies)
+TEST_F(KExportTest, ChildrenWithOneOffsetNeedNoDummies)
 {
     for (const char* lName : {"L", "R"})
     {
@@ -105,12 +105,12 @@ TEST_F(KExportTest, ChildrenWithOneStartNeedNoDummies)
     KQexAsfNode* lRoot = Export();
     EXPECT_EQ(BoneTree(lRoot), "root(L R)");
     EXPECT_DOUBLE_EQ(lRoot->mLength, 3.0 / 2.54);
-    // At the root too: its bone ends at the common start, but its position is taken raw.
+    // At the root too: its bone ends at the common offset, but its position is copied unchanged.
     EXPECT_EQ(lRoot->mPositionV.mData[0], 0.0);
     EXPECT_EQ(lRoot->mDirectionV.mData[0], 1.0);
 }
 
-TEST_F(KExportTest, StartsThatDifferInTheLastBitDiffer)
+TEST_F(KExportTest, OffsetsThatDifferInTheLastBitDiffer)
 {
     KQexNode* lHub = Node(mTop, "Hub");
     for (double lX : {3.0, 3.0, std::nextafter(3.0, 4.0)})
@@ -146,7 +146,7 @@ TEST_F(KExportTest, ADummyHasNoDofsAndNoRotationOfItsOwn)
     EXPECT_NEAR(lRoot->Find("Hand")->mParentAxisRM.mData[0][1], 1.0, 1e-12);
 }
 
-TEST_F(KExportTest, TheRootIsTakenRaw)
+TEST_F(KExportTest, TheRootIsCopiedUnchanged)
 {
     mTop->SetRotationOffset(kPivotSet0, KQexVector4(1.0, 2.0, 3.0));
     mTop->SetPreRotation(kPivotSet0, KQexVector4(10.0, 20.0, 30.0));
@@ -239,7 +239,7 @@ INSTANTIATE_TEST_SUITE_P(Orders, KExportOrderTest,
                                          KExportOrderCase{eEULER_ZXY, {3, 5, 4}}, KExportOrderCase{eEULER_ZYX, {3, 4, 5}},
                                          KExportOrderCase{eSPHERIC_XYZ, {5, 4, 3}}));
 
-TEST_F(KExportTest, LimitRowsRunOnWhateverTheDofsAre)
+TEST_F(KExportTest, LimitRowsDoNotFollowTheDofs)
 {
     KQexNode* lSpine = Node(mTop, "Spine");
     Node(lSpine, "End", 0.0, 1.0, 0.0);
@@ -276,14 +276,14 @@ TEST_F(KExportTest, LimitRowsRunOnWhateverTheDofsAre)
             }
         }
     }
-    const KQexAsfNode* lRoot = mStage.mAsf->mRoot; // no limits, whatever the node has
+    const KQexAsfNode* lRoot = mStage.mAsf->mRoot; // the root gets no limits, whatever the node has
     for (const auto& lRow : lRoot->mLimitsActive)
     {
         EXPECT_FALSE(lRow[0] || lRow[1]);
     }
 }
 
-TEST_F(KExportTest, NamesLoseTheirPrefixAndTheirLengthIsCut)
+TEST_F(KExportTest, NamesLoseTheirPrefixAndAreCut)
 {
     const std::string lLong(400, 'n');
     Node(Node(mTop, "a:b:Spine", 1.0), "End", 0.0, 1.0, 0.0);
@@ -295,9 +295,9 @@ TEST_F(KExportTest, NamesLoseTheirPrefixAndTheirLengthIsCut)
     EXPECT_TRUE(lRoot->Find((lLong.substr(0, 250) + "Dummy").c_str()));
 }
 
-TEST_F(KExportTest, TheBasePoseFoldsTheRotationAtTimeZeroIn)
+TEST_F(KExportTest, TheBasePoseIncludesTheRotationAtTimeZero)
 {
-    // Pre 90 about z, then 90 about x, then the inverse of post 90 about z: Rz(90) Rx(90) Rz(-90) turns x by 90 degrees into … y's axis.
+    // Pre-rotation 90 about z, rotation 90 about x, inverse of post-rotation 90 about z: Rz(90) Rx(90) Rz(-90) is 90 degrees about y.
     KQexNode* lSpine = Node(mTop, "Spine");
     lSpine->SetPreRotation(kPivotSet0, KQexVector4(0.0, 0.0, 90.0));
     lSpine->SetPostRotation(kPivotSet0, KQexVector4(0.0, 0.0, 90.0));
@@ -314,7 +314,7 @@ TEST_F(KExportTest, TheBasePoseFoldsTheRotationAtTimeZeroIn)
     EXPECT_NEAR(lBone->mOrientationV.mData[2], 90.0, 1e-12);
     EXPECT_NEAR(lBone->mDirectionV.mData[2], 1.0, 1e-12);
     lBone = Export(false, true)->Find("Spine");
-    EXPECT_NEAR(lBone->mDirectionV.mData[0], 1.0, 1e-12); // z went to -y by Rx(90), and there to x by Rz(90)
+    EXPECT_NEAR(lBone->mDirectionV.mData[0], 1.0, 1e-12); // Rx(90) maps z to -y, Rz(90) maps that to x
     EXPECT_TRUE(lBone->mLRNode);
     EXPECT_EQ(lBone->mPreRotation[2], 90.0);
     EXPECT_EQ(lBone->mPostRotation[2], 90.0);
@@ -363,7 +363,7 @@ TEST_F(KExportTest, WithoutMemoryThereIsNoRoot)
             return;
         }
     }
-    FAIL() << "never done";
+    FAIL() << "never succeeded";
 }
 
 } // namespace

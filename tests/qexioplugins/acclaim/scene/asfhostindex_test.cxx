@@ -10,7 +10,7 @@ using namespace qextest;
 namespace
 {
 
-/// A random tree in which every name stands for about four nodes.
+/// A random tree in which about four nodes share each name.
 std::vector<KQexNode*> RandomNodes(KQexScene* pScene, int pCount, unsigned int pSeed)
 {
     std::mt19937           lRandom(pSeed);
@@ -27,7 +27,7 @@ std::vector<KQexNode*> RandomNodes(KQexScene* pScene, int pCount, unsigned int p
     return lNodes;
 }
 
-TEST(KQexAsfTreeIndexTest, AnswersAsFindChildDoes)
+TEST(KQexAsfTreeIndexTest, MatchesFindChild)
 {
     for (unsigned int lSeed = 1; lSeed <= 20; ++lSeed)
     {
@@ -39,7 +39,7 @@ TEST(KQexAsfTreeIndexTest, AnswersAsFindChildDoes)
         for (KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop), ++lNumber)
         {
             ASSERT_EQ(lIndex.GetNode(lNumber), lNode);
-            for (int lName = 0; lName <= lCount / 4; ++lName) // the last one is nobody's
+            for (int lName = 0; lName <= lCount / 4; ++lName) // no node has the last one
             {
                 const std::string lText = std::to_string(lName);
                 const int         lFound = lIndex.Find(lText.c_str(), lNumber);
@@ -50,19 +50,19 @@ TEST(KQexAsfTreeIndexTest, AnswersAsFindChildDoes)
     }
 }
 
-TEST(KQexAsfTreeIndexTest, StaysBelowItsTop)
+TEST(KQexAsfTreeIndexTest, SearchesBelowItsTopOnly)
 {
     KStage    lStage;
     KQexNode* lAbove = KQexNode::Create(lStage.mScene, "above");
     KQexNode* lTop = KQexNode::Create(lStage.mScene, "top");
     lAbove->AddChild(lTop);
-    lAbove->AddChild(KQexNode::Create(lStage.mScene, "beside"));
+    lAbove->AddChild(KQexNode::Create(lStage.mScene, "sibling"));
     const KQexAsfTreeIndex lIndex(lTop);
-    EXPECT_EQ(lIndex.Find("beside", 0), -1);
+    EXPECT_EQ(lIndex.Find("sibling", 0), -1);
     EXPECT_EQ(lIndex.Find("top", 0), -1);
 }
 
-TEST(KQexAsfChildIndexTest, AnswersAsFindChildDoesWhileChildrenAreAppended)
+TEST(KQexAsfChildIndexTest, MatchesFindChildWhileChildrenAreAppended)
 {
     KStage            lStage;
     KQexNode*         lParent = KQexNode::Create(lStage.mScene, "parent");
@@ -70,7 +70,7 @@ TEST(KQexAsfChildIndexTest, AnswersAsFindChildDoesWhileChildrenAreAppended)
     KQexAsfChildIndex lIndex;
     for (int lIter = 0; lIter < 60; ++lIter)
     {
-        const std::string lName = std::to_string(lIter % 40); // the first of two namesakes counts
+        const std::string lName = std::to_string(lIter % 40); // the first of two equal names wins
         for (const char* lAsked : {lName.c_str(), "0", "39", "nobody"})
         {
             EXPECT_EQ(lIndex.Find(*lParent, lAsked), lParent->FindChild(lAsked, false, false));

@@ -64,24 +64,24 @@ TEST_F(KImportTest, TheEndIsInTheBonesOwnFrame)
     for (bool lOffset : {false, true})
     {
         KQexNode*         lEnd = Import(false, lOffset)->FindChild("leaf_End", true, false);
-        const KQexVector4 lWhere = lOffset ? lEnd->GetRotationOffset() : KQexVector4(lEnd->mLocalTranslation.Get());
+        const KQexVector4 lEndOffset = lOffset ? lEnd->GetRotationOffset() : KQexVector4(lEnd->mLocalTranslation.Get());
         const KQexVector4 lOther = lOffset ? KQexVector4(lEnd->mLocalTranslation.Get()) : lEnd->GetRotationOffset();
-        EXPECT_NEAR(lWhere[0], 3.0, 1e-12);
-        EXPECT_NEAR(lWhere[1], 0.0, 1e-12);
+        EXPECT_NEAR(lEndOffset[0], 3.0, 1e-12);
+        EXPECT_NEAR(lEndOffset[1], 0.0, 1e-12);
         EXPECT_EQ(lOther.Length(), 0.0);
         EXPECT_FALSE(lEnd->GetRotationActive());
         EXPECT_EQ(lEnd->mLocalTranslation.GetCurveNode(false, "take"), nullptr);
     }
 }
 
-TEST_F(KImportTest, TheLongestNameGetsItsEnding)
+TEST_F(KImportTest, TheLongestNameGetsItsSuffix)
 {
     std::memset(mRoot->mName, 'n', 255);
     mRoot->mLength = 1.0;
     EXPECT_EQ(std::string(Import()->GetChild(0)->GetName()), std::string(255, 'n') + "_End");
 }
 
-TEST_F(KImportTest, LimitsAreTouchedOnlyWhenAskedFor)
+TEST_F(KImportTest, LimitsAreSetOnRequestOnly)
 {
     KQexAsfNode* lBone = Bone(mRoot, "bone");
     lBone->mLimitsActive[5][0] = true;
@@ -90,7 +90,7 @@ TEST_F(KImportTest, LimitsAreTouchedOnlyWhenAskedFor)
     EXPECT_TRUE(Import(true, true, true)->GetChild(0)->GetLimits().GetRotationLimitActive());
 }
 
-TEST_F(KImportTest, NoRootIsNoNode)
+TEST_F(KImportTest, NoRootGivesNoNode)
 {
     KQexAsfScene lEmpty;
     EXPECT_EQ(lEmpty.ASFToQEX(mStage.mScene, "take", true, true, true), nullptr);
@@ -98,7 +98,7 @@ TEST_F(KImportTest, NoRootIsNoNode)
     EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
 }
 
-/// Every number of allocations that succeed before memory runs out: null and a scene without anything new, or all of it.
+/// For every number of allocations before memory runs out: null and a scene without anything new, or all of it.
 TEST_F(KImportTest, WithoutMemoryNothingStays)
 {
     Bone(Bone(mRoot, "a", {5}, {1.0, 0.0, 0.0}), "b", {5}, {0.0, 3.0, 0.0});
@@ -107,7 +107,7 @@ TEST_F(KImportTest, WithoutMemoryNothingStays)
     const int lBefore = mStage.mScene->GetObjectCount();
     for (long lFail = 0; lFail < 1000; ++lFail)
     {
-        // Curves of a failed import went with its nodes, as they do when an importer gives up.
+        // A failed import destroyed the curves with its nodes.
         mRoot->CreateDataFromDOF(mStage.mScene);
         KMemoryWatch lWatch;
         lWatch.FailAfter(lFail);
@@ -130,34 +130,34 @@ TEST_F(KImportTest, WithoutMemoryNothingStays)
         }
         EXPECT_EQ(mStage.mScene->GetObjectCount(), lBefore) << "after " << lFail;
     }
-    FAIL() << "never done";
+    FAIL() << "never succeeded";
 }
 
-struct KWholeCase
+struct KImportFlags
 {
     bool mOffset;
     bool mPreRotation;
 };
 
-class KImportPropertyTest : public testing::TestWithParam<KWholeCase>
+class KImportPropertyTest : public testing::TestWithParam<KImportFlags>
 {
 protected:
-    static std::map<std::string, KQexVector4> Places(const KStage& pStage, KQexNode* pTop, KTime pTime)
+    static std::map<std::string, KQexVector4> Positions(const KStage& pStage, KQexNode* pTop, KTime pTime)
     {
-        std::map<std::string, KQexVector4> lPlaces;
+        std::map<std::string, KQexVector4> lPositions;
         for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
         {
-            lPlaces[lNode->GetName()] = pStage.mScene->GetEvaluator()->GetNodeGlobalTransform(lNode, pTime).GetT();
+            lPositions[lNode->GetName()] = pStage.mScene->GetEvaluator()->GetNodeGlobalTransform(lNode, pTime).GetT();
         }
-        return lPlaces;
+        return lPositions;
     }
 
-    // A random skeleton and two random frames, the same for a seed whatever the flags, and where its nodes are at the second one.
-    static std::map<std::string, KQexVector4> Moved(unsigned int pSeed, bool pRemoveDummy, const KWholeCase& pFlags)
+    /// Node positions at the second of two random frames of a random skeleton; the same motion for a seed whatever the flags.
+    static std::map<std::string, KQexVector4> MovedPositions(unsigned int pSeed, bool pRemoveDummy, const KImportFlags& pFlags)
     {
         KStage                          lStage;
         const std::vector<KQexAsfNode*> lBones = RandomBones(eRANDOM, 40, pSeed, true);
-        std::vector<KQexAsfNode*>       lMoved;
+        std::vector<KQexAsfNode*>       lSampled;
         for (KQexAsfNode* lBone : lBones)
         {
             // Pre-rotations carry the axis only where no rotation axis repeats.
@@ -166,11 +166,11 @@ protected:
                 const int kDofs[] = {5, 3, 4};
                 std::memcpy(lBone->mOrderBuf, kDofs, sizeof(kDofs));
                 lBone->mOrderCount = 3;
-                lMoved.push_back(lBone);
+                lSampled.push_back(lBone);
             }
         }
         KQexAsfNode* lRoot = lStage.mAsf->mRoot = lBones[0];
-        lRoot->mPositionV.Init(); // an offset of the root is carried in ways that differ with the flags
+        lRoot->mPositionV.Init(); // the flags carry an offset of the root differently
         lRoot->SetupPosition(pFlags.mOffset, pFlags.mPreRotation);
         if (pRemoveDummy)
         {
@@ -181,7 +181,7 @@ protected:
         std::uniform_real_distribution<double> lAngle(-60.0, 60.0);
         for (long long lFrame = 0; lFrame < 2; ++lFrame)
         {
-            for (KQexAsfNode* lBone : lMoved)
+            for (KQexAsfNode* lBone : lSampled)
             {
                 const double lValues[3] = {lAngle(lRandom), lAngle(lRandom), lAngle(lRandom)};
                 lBone->AddSampleFromDOF(lValues, KTime(lFrame), 1.0, 1.0, pFlags.mOffset, pFlags.mPreRotation);
@@ -189,27 +189,27 @@ protected:
         }
         lRoot->StopSamplingData();
         KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, pFlags.mOffset, pFlags.mPreRotation);
-        return Places(lStage, lTop, KTime(1));
+        return Positions(lStage, lTop, KTime(1));
     }
 };
 
-/// The flags choose what carries the frames, and clean-up what carries an offset; where the bones are stays the same.
-TEST_P(KImportPropertyTest, PlacesDoNotDependOnTheFlags)
+/// Flags and clean-up choose which values carry frames and offsets, not where the bones are.
+TEST_P(KImportPropertyTest, PositionsDoNotDependOnTheFlags)
 {
     for (unsigned int lSeed = 1; lSeed <= 10; ++lSeed)
     {
-        const std::map<std::string, KQexVector4> lPlain = Moved(lSeed, false, {false, false});
+        const std::map<std::string, KQexVector4> lPlain = MovedPositions(lSeed, false, {false, false});
         for (bool lRemoveDummy : {false, true})
         {
-            const std::map<std::string, KQexVector4> lPlaces = Moved(lSeed, lRemoveDummy, GetParam());
-            EXPECT_EQ(lPlaces.size() < lPlain.size(), lRemoveDummy);
-            for (const auto& [lName, lPlace] : lPlaces)
+            const std::map<std::string, KQexVector4> lPositions = MovedPositions(lSeed, lRemoveDummy, GetParam());
+            EXPECT_EQ(lPositions.size() < lPlain.size(), lRemoveDummy);
+            for (const auto& [lName, lPosition] : lPositions)
             {
                 for (int lIter = 0; lIter < 3; ++lIter)
                 {
-                    if (lPlain.count(lName)) // a bone may become a leaf, and get an end, by clean-up
+                    if (lPlain.count(lName)) // clean-up may turn a bone into a leaf, which gets an end node
                     {
-                        EXPECT_NEAR(lPlace[lIter], lPlain.at(lName)[lIter], 1e-5) << lName << " seed " << lSeed;
+                        EXPECT_NEAR(lPosition[lIter], lPlain.at(lName)[lIter], 1e-5) << lName << " seed " << lSeed;
                     }
                 }
             }
@@ -218,14 +218,14 @@ TEST_P(KImportPropertyTest, PlacesDoNotDependOnTheFlags)
 }
 
 INSTANTIATE_TEST_SUITE_P(Flags, KImportPropertyTest,
-                         testing::Values(KWholeCase{false, false}, KWholeCase{true, false}, KWholeCase{false, true},
-                                         KWholeCase{true, true}));
+                         testing::Values(KImportFlags{false, false}, KImportFlags{true, false}, KImportFlags{false, true},
+                                         KImportFlags{true, true}));
 
 class KLargeImportTest : public testing::TestWithParam<EShape>
 {
 };
 
-TEST_P(KLargeImportTest, StandsInASmallStack)
+TEST_P(KLargeImportTest, FitsInASmallStack)
 {
     RunInStack(kStackSizes[1],
                [&]

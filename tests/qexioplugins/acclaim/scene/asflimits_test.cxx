@@ -37,7 +37,7 @@ std::string Flags(const KQexLimits& pLimits, bool pMin)
 class KLimitsTest : public testing::Test
 {
 protected:
-    // Every row holds (-10 × (code + 1), 10 × (code + 1)); nothing is active yet.
+    /// Every row holds (-10 × (code + 1), 10 × (code + 1)); nothing is active yet.
     KLimitsTest()
     {
         for (int lRow = 0; lRow < 6; ++lRow)
@@ -61,7 +61,7 @@ protected:
     const KQexLimits& mR = mLimits.mRotationLimits;
 };
 
-TEST_F(KLimitsTest, RotationLimitsComeWithPreRotationsAlone)
+TEST_F(KLimitsTest, RotationLimitsNeedPreRotations)
 {
     for (int lCode : {3, 4, 5})
     {
@@ -81,7 +81,7 @@ TEST_F(KLimitsTest, RotationLimitsComeWithPreRotationsAlone)
     EXPECT_EQ(Flags(mR, true) + Flags(mR, false), "xyzxyz");
 }
 
-TEST_F(KLimitsTest, TranslationLimitsComeWithOffsetsAlone)
+TEST_F(KLimitsTest, TranslationLimitsNeedOffsets)
 {
     for (int lCode : {0, 1, 2})
     {
@@ -120,7 +120,7 @@ TEST_F(KLimitsTest, AMaximumOnTyAloneIsTheYComponent)
     EXPECT_EQ(Flags(mT, true) + Flags(mT, false), "----y-");
 }
 
-TEST_F(KLimitsTest, WithoutActiveBoundsNothingIsTouched)
+TEST_F(KLimitsTest, WithoutActiveBoundsNothingChanges)
 {
     mLimits.mRotationLimits.SetLimitMin(KQexVector4(7.0, 7.0, 7.0));
     mBone.SetLimits(mNode, true, true);
@@ -128,7 +128,7 @@ TEST_F(KLimitsTest, WithoutActiveBoundsNothingIsTouched)
     EXPECT_EQ(Bounds(mR.GetLimitMin()), (KBounds{7.0, 7.0, 7.0}));
 }
 
-TEST_F(KLimitsTest, TheInvalidFlagIsNotAsked)
+TEST_F(KLimitsTest, TheInvalidFlagIsIgnored)
 {
     Activate(5);
     mBone.SetInvalidLimits(true);
@@ -146,7 +146,7 @@ class KDofsTest : public testing::TestWithParam<KDofsCase>
 {
 };
 
-TEST_P(KDofsTest, TheListGivesTheOrderAndRotationIsOn)
+TEST_P(KDofsTest, TheListSetsTheOrderAndRotationIsActive)
 {
     KStage       lStage;
     KQexNode*    lNode = KQexNode::Create(lStage.mScene, "node");
@@ -182,7 +182,7 @@ TEST_F(KDofFramesTest, TheRootsOffsetIsItsOwnPosition)
     EXPECT_EQ(Bounds(mNode->GetRotationOffset()), (KBounds{1.0, 2.0, 3.0}));
 }
 
-TEST_F(KDofFramesTest, EachFlagSetsItsOwn)
+TEST_F(KDofFramesTest, EachFlagSetsItsOwnValue)
 {
     SetAxis(mRoot, {0.0, 0.0, 90.0});
     KQexAsfNode* lBone = Bone(mRoot, "bone", {5}, {1.0, 0.0, 0.0}, {0.0, 0.0, 120.0});

@@ -19,7 +19,7 @@ std::string Tree(KQexNode* pNode)
     return lText + (pNode->GetChildCount(false) > 0 ? ")" : "");
 }
 
-/// A skeleton root(a(b) c), sampled with two frames, and a host tree to bind it to.
+/// A skeleton root(a(b) c), sampled with two frames, and a host tree to merge it into.
 class KMergeTest : public testing::Test
 {
 protected:
@@ -54,7 +54,7 @@ protected:
         return lNode;
     }
 
-    bool MergeScene(KQexNode* pWhere) { return mStage.mAsf->MergeASFToQEX(mStage.mScene, pWhere, "take", true, false, true); }
+    bool MergeScene(KQexNode* pTop) { return mStage.mAsf->MergeASFToQEX(mStage.mScene, pTop, "take", true, false, true); }
 
     static bool HasCurves(KQexNode* pNode) { return pNode != nullptr && pNode->mLocalRotation.GetCurveNode(false, "take") != nullptr; }
 
@@ -63,7 +63,7 @@ protected:
     KQexNode*    mTop = Node(nullptr, "top", false);
 };
 
-TEST_F(KMergeTest, WhereEveryBoneExistsNoNodeIsMade)
+TEST_F(KMergeTest, ExistingNodesAreReused)
 {
     KQexNode* lRoot = Node(mTop, "root");
     KQexNode* lA = Node(lRoot, "a");
@@ -79,7 +79,7 @@ TEST_F(KMergeTest, WhereEveryBoneExistsNoNodeIsMade)
     {
         EXPECT_TRUE(HasCurves(mTop->FindChild(lName, true, false))) << lName;
     }
-    // What was there keeps its order, its offsets and its limits.
+    // Existing nodes keep their order, offsets and limits.
     EXPECT_EQ(lA->GetRotationOrder(), eEULER_YZX);
     EXPECT_EQ(lA->GetRotationOffset()[1], 2.0);
     EXPECT_FALSE(lA->GetRotationActive());
@@ -90,7 +90,7 @@ TEST_F(KMergeTest, WhereEveryBoneExistsNoNodeIsMade)
     }
 }
 
-TEST_F(KMergeTest, AMissingBoneIsBuiltWithAllBelowIt)
+TEST_F(KMergeTest, AMissingBoneIsCreatedWithItsDescendants)
 {
     Node(Node(mTop, "root"), "c");
     EXPECT_TRUE(MergeScene(mTop));
@@ -102,7 +102,7 @@ TEST_F(KMergeTest, AMissingBoneIsBuiltWithAllBelowIt)
     }
 }
 
-TEST_F(KMergeTest, TheWalkGoesOnBesideAMissingBone)
+TEST_F(KMergeTest, SiblingsOfAMissingBoneAreMerged)
 {
     KQexNode* lRoot = Node(mTop, "root");
     Node(lRoot, "a");
@@ -111,7 +111,7 @@ TEST_F(KMergeTest, TheWalkGoesOnBesideAMissingBone)
     EXPECT_EQ(Tree(mTop), "top(root(a(b(b_End)) c))");
 }
 
-TEST_F(KMergeTest, ANamesakeWithoutASkeletonStaysBesideTheNewNode)
+TEST_F(KMergeTest, ANodeWithoutASkeletonGetsASibling)
 {
     KQexNode* lRoot = Node(mTop, "root");
     KQexNode* lOther = Node(lRoot, "a", false);
@@ -131,21 +131,21 @@ TEST_F(KMergeTest, TheRootIsSearchedAtAnyDepth)
     EXPECT_TRUE(HasCurves(lRoot));
 }
 
-TEST_F(KMergeTest, TheRootsNamesakeWithoutASkeletonGetsABrother)
+TEST_F(KMergeTest, ARootWithoutASkeletonGetsASibling)
 {
     Node(Node(mTop, "x", false), "root", false);
     EXPECT_TRUE(MergeScene(mTop));
     EXPECT_EQ(Tree(mTop), "top(x(root root(a(b(b_End)) c)))");
 }
 
-TEST_F(KMergeTest, ARootThatIsNowhereBelowIsBuiltBelow)
+TEST_F(KMergeTest, AMissingRootIsCreated)
 {
     Node(mTop, "other");
     EXPECT_TRUE(MergeScene(mTop));
     EXPECT_EQ(Tree(mTop), "top(other root(a(b(b_End)) c))");
 }
 
-TEST_F(KMergeTest, TheNodeItselfIsNotBelowItself)
+TEST_F(KMergeTest, TheMergeNodeItselfDoesNotMatch)
 {
     KQexNode* lRoot = Node(nullptr, "root");
     EXPECT_TRUE(MergeScene(lRoot));
@@ -161,14 +161,14 @@ TEST_F(KMergeTest, ABoneIsSearchedAmongDirectChildrenOnly)
 
 TEST_F(KMergeTest, BonesOfOneNameShareTheirNode)
 {
-    // The second one finds the node that was just built for the first.
+    // The second one finds the node that was just created for the first.
     mRoot->Find("c")->mName[0] = 'a';
     Node(mTop, "root");
     EXPECT_TRUE(MergeScene(mTop));
     EXPECT_EQ(Tree(mTop), "top(root(a(b(b_End))))");
 }
 
-TEST_F(KMergeTest, BelowTheBoneTheWalkEndsThere)
+TEST_F(KMergeTest, MergingABoneLeavesItsSiblings)
 {
     KQexNode* lA = Node(mTop, "a");
     EXPECT_TRUE(mRoot->Find("a")->MergeASFToQEX(mStage.mScene, mTop, "take", false, true, false));
@@ -199,7 +199,7 @@ protected:
     KQexNode*    mHost = Node(nullptr, "hips", 1.0);
 };
 
-TEST_F(KBindTest, ABoneInBetweenThatIsMissingIsPassedOver)
+TEST_F(KBindTest, AMissingBoneInBetweenIsSkipped)
 {
     KQexAsfNode* lA = Bone(mRoot, "a", {5}, {0.0, 1.0, 0.0}, {10.0, 0.0, 0.0});
     KQexAsfNode* lB = Bone(lA, "b", {5}, {0.0, 1.0, 0.0}, {20.0, 0.0, 0.0});
@@ -231,18 +231,18 @@ TEST_F(KBindTest, ABoneInBetweenThatIsMissingIsPassedOver)
     }
 }
 
-TEST_F(KBindTest, NoNameMatchingIsNoFailure)
+TEST_F(KBindTest, NoMatchIsNoFailure)
 {
     KQexAsfNode* lA = Bone(mRoot, "a");
     Node(mHost, "x", 2.0);
     EXPECT_TRUE(Merge());
-    EXPECT_EQ(mRoot->mTOffset[0], 1.0); // the root is not asked for its name
+    EXPECT_EQ(mRoot->mTOffset[0], 1.0); // the root matches whatever its name
     EXPECT_EQ(lA->mTOffset[0], 0.0);
     KQexAsfScene lEmpty;
     EXPECT_TRUE(lEmpty.MergeQEXToASF(mHost));
 }
 
-TEST_F(KBindTest, OfTwoNamesakesTheFirstInPreOrderIsTaken)
+TEST_F(KBindTest, TheFirstOfOneNameInPreOrderWins)
 {
     KQexAsfNode* lA = Bone(mRoot, "a");
     Node(Node(mHost, "x", 2.0), "a", 3.0);
@@ -251,7 +251,7 @@ TEST_F(KBindTest, OfTwoNamesakesTheFirstInPreOrderIsTaken)
     EXPECT_EQ(lA->mTOffset[0], 3.0);
 }
 
-TEST_F(KBindTest, EverythingElseStays)
+TEST_F(KBindTest, EverythingElseIsUnchanged)
 {
     KQexAsfNode* lA = Bone(mRoot, "a", {5}, {0.0, 1.0, 0.0}, {10.0, 0.0, 0.0});
     Node(mHost, "a", 2.0);

@@ -14,7 +14,7 @@ using namespace qextest;
 namespace
 {
 
-/// One frame of a bone by the general operations alone: a matrix for every rotation, a product for every step.
+/// One frame of a bone, computed by general operations: a matrix for every rotation, a product for every step.
 struct KReference
 {
     KReference(const KQexAsfNode& pBone, const double* pDOF, double pLengthUnit, double pAngleUnit, bool pOffset, bool pPreRotation)
@@ -81,9 +81,9 @@ struct KReference
 
 std::uint32_t Bits(double pValue)
 {
-    const float   lNarrow = static_cast<float>(pValue);
+    const float   lFloat = static_cast<float>(pValue);
     std::uint32_t lBits;
-    std::memcpy(&lBits, &lNarrow, sizeof(lBits));
+    std::memcpy(&lBits, &lFloat, sizeof(lBits));
     return lBits;
 }
 
@@ -92,7 +92,7 @@ std::uint32_t KeyBits(const KQexAnimCurve* pCurve)
     return Bits(static_cast<double>(pCurve->GetValue(0)));
 }
 
-/// Round angles put exact zeros and ones, of either sign, into the matrices: where a product by 0 or 1 is left out, they tell.
+/// Round angles give matrices exact zeros and ones of either sign, which reveal a skipped product by 0 or 1.
 double RandomValue(std::mt19937& pRandom)
 {
     static const double kRound[] = {0.0, -0.0, 90.0, -90.0, 180.0, -180.0, 45.0, 270.0, 360.0, 1e-9, -1e-300, 89.99999};
@@ -116,8 +116,8 @@ struct KBitsCase
 class KSampleBitsTest : public testing::TestWithParam<KBitsCase>
 {
 protected:
-    // A bone of random DOFs (any code, repeated ones too) under a parent, or alone.
-    void Roll(std::mt19937& pRandom)
+    /// Creates a bone with random DOFs (any code, repeated ones too), under a parent or alone.
+    void MakeRandomBone(std::mt19937& pRandom)
     {
         const auto lAxis = [&]
         {
@@ -142,12 +142,12 @@ protected:
     void TearDown() override { mScene->Destroy(); }
 };
 
-TEST_P(KSampleBitsTest, KeysAreThoseOfTheGeneralProductsToTheLastBit)
+TEST_P(KSampleBitsTest, KeysEqualTheReferenceToTheLastBit)
 {
     std::mt19937 lRandom(2024);
     for (int lRound = 0; lRound < 20000; ++lRound)
     {
-        Roll(lRandom);
+        MakeRandomBone(lRandom);
         double lValues[6];
         for (double& lValue : lValues)
         {

@@ -16,15 +16,15 @@ using namespace qextest;
 namespace
 {
 
-/// Choices of the process, back to their defaults at the end.
-struct KFilterChoice
+/// Sets the process-wide curve filters, and their defaults at the end.
+struct KFilterSettings
 {
-    KFilterChoice(int pFilter, bool pReducer)
+    KFilterSettings(int pFilter, bool pReducer)
     {
         KFCURVE_SetRotationFilterToApply(pFilter);
         KFCURVE_SetUseConstantKeyReducer(pReducer);
     }
-    ~KFilterChoice()
+    ~KFilterSettings()
     {
         KFCURVE_SetRotationFilterToApply(0);
         KFCURVE_SetUseConstantKeyReducer(false);
@@ -50,7 +50,7 @@ protected:
         return mStage.mAsf->mRoot;
     }
 
-    // One frame a tick, with both factors 1.
+    /// Adds one frame per tick, with both factors 1.
     static void Sample(KQexAsfNode* pBone, const std::vector<std::vector<double>>& pFrames, bool pOffset, bool pPreRotation)
     {
         for (size_t lIter = 0; lIter < pFrames.size(); ++lIter)
@@ -63,7 +63,7 @@ protected:
     KStage mStage;
 };
 
-TEST_F(KSamplingTest, CurvesAreMadeForWhatABoneCanDo)
+TEST_F(KSamplingTest, CurvesAreCreatedForTheDofs)
 {
     KQexAsfNode* lRoot = Root({2});
     KQexAsfNode* lTurn = Bone(lRoot, "turn", {4});
@@ -89,7 +89,7 @@ TEST_F(KSamplingTest, CurvesAreMadeForWhatABoneCanDo)
     EXPECT_EQ(lBoth->mLRData[0]->GetKeyCount(), 0);
 }
 
-TEST_F(KSamplingTest, EachCurveOfAGroupTakesItsKeysWithoutTheOthers)
+TEST_F(KSamplingTest, EachCurveOfAGroupGetsItsKeysWithoutTheOthers)
 {
     KQexAsfNode* lRoot = Root({0, 1, 2, 5, 4, 3});
     for (int lKept = 0; lKept < 3; ++lKept)
@@ -112,7 +112,7 @@ TEST_F(KSamplingTest, EachCurveOfAGroupTakesItsKeysWithoutTheOthers)
     }
 }
 
-TEST_F(KSamplingTest, WhatStandsBehindTheCountedDofsDoesNotCount)
+TEST_F(KSamplingTest, CodesAfterTheDofCountAreIgnored)
 {
     KQexAsfNode* lRoot = Root({1, 5});
     lRoot->mOrderBuf[2] = 0;
@@ -135,7 +135,7 @@ TEST_F(KSamplingTest, TheLongestNameIsNotCut)
     EXPECT_EQ(std::string(lRoot->mLRData[2]->GetName()), std::string(255, 'n') + "_rz");
 }
 
-TEST_F(KSamplingTest, MakingCurvesAgainEndsTheOldOnes)
+TEST_F(KSamplingTest, CreatingCurvesAgainDestroysTheOldOnes)
 {
     KQexAsfNode* lRoot = Root({0, 5});
     lRoot->CreateDataFromDOF(mStage.mScene);
@@ -149,7 +149,7 @@ TEST_F(KSamplingTest, MakingCurvesAgainEndsTheOldOnes)
     EXPECT_EQ(mStage.mScene->GetObjectCount(), lObjects - 6);
 }
 
-TEST_F(KSamplingTest, WithoutMemoryThereIsNoHalfOfAGroup)
+TEST_F(KSamplingTest, WithoutMemoryThereIsNoPartialGroup)
 {
     KQexAsfNode* lRoot = Root({0, 5});
     for (long lFail = 0; lFail < 100; ++lFail)
@@ -169,7 +169,7 @@ TEST_F(KSamplingTest, WithoutMemoryThereIsNoHalfOfAGroup)
             return;
         }
     }
-    FAIL() << "never done";
+    FAIL() << "never succeeded";
 }
 
 struct KSampleKeysCase
@@ -187,8 +187,8 @@ class KSampleKeyTest : public testing::TestWithParam<KSampleKeysCase>
 {
 };
 
-/// The bone's axis is turned 90 degrees about z, its parent's 90 degrees about x; its parent's end is at (1, 2, 3).
-TEST_P(KSampleKeyTest, OneFrameBecomesTheseKeys)
+/// The bone's axis is rotated 90 degrees about z, its parent's 90 degrees about x; its parent's end is at (1, 2, 3).
+TEST_P(KSampleKeyTest, KeysOfOneFrame)
 {
     const KSampleKeysCase& lCase = GetParam();
     KStage                 lStage;
@@ -222,7 +222,7 @@ INSTANTIATE_TEST_SUITE_P(
         KSampleKeysCase{"y alone", {1, 5}, {1.0, 0.0}, true, true, {-2.0, 0.0, 0.0}, {0.0, 0.0, 0.0}},
         KSampleKeysCase{"angles by axis", {3, 5, 4}, {1.0, 2.0, 3.0}, true, true, {}, {20.0, 30.0, 10.0}},
         KSampleKeysCase{"angles add up", {5, 5}, {1.0, 2.0}, true, true, {}, {30.0, 0.0, 0.0}},
-        // The axis is Rz(90), the parent's inverse Rx(-90): at rest Rx(-90) Rz(90), which the order ZYX (z first) takes apart again.
+        // The axis is Rz(90), the parent's inverse Rx(-90): the rest rotation is Rx(-90) Rz(90), decomposed in the order ZYX (z first).
         KSampleKeysCase{"axis folded in", {5}, {0.0}, true, false, {}, {-90.0, 0.0, 90.0}},
         KSampleKeysCase{"an unknown code uses up its value", {6, 5, -1, 4}, {7.0, 1.0, 7.0, 2.0}, true, true, {}, {10.0, 20.0, 0.0}}),
     [](const testing::TestParamInfo<KSampleKeysCase>& pInfo)
@@ -235,7 +235,7 @@ INSTANTIATE_TEST_SUITE_P(
         return lName;
     });
 
-TEST_F(KSamplingTest, TheRootsDisplacementIsInNoParentsFrame)
+TEST_F(KSamplingTest, TheRootsDisplacementHasNoParentFrame)
 {
     KQexAsfNode* lRoot = Root({0, 1, 2});
     SetAxis(lRoot, {0.0, 0.0, 90.0});
@@ -297,12 +297,12 @@ TEST_F(KSamplingTest, OnlyTheFirstCurveIsCounted)
     EXPECT_FALSE(lRoot->mLTData[0] || lRoot->mLTData[1] || lRoot->mLTData[2]);
 }
 
-TEST_F(KSamplingTest, RotationsAreFilteredAsChosen)
+TEST_F(KSamplingTest, TheRotationFilterIsApplied)
 {
     for (int lFilter : {0, 1, 2, 3, -1})
     {
-        const KFilterChoice lChoice(lFilter, false);
-        KQexAsfNode*        lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({5, 4, 3});
+        const KFilterSettings lSettings(lFilter, false);
+        KQexAsfNode*          lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({5, 4, 3});
         lRoot->CreateDataFromDOF(mStage.mScene);
         Sample(lRoot, {{170.0, 0.0, 0.0}, {-170.0, 0.0, 0.0}, {-150.0, 0.0, 0.0}}, true, true);
         lRoot->StopSamplingData();
@@ -317,10 +317,10 @@ TEST_F(KSamplingTest, RotationsAreFilteredAsChosen)
     }
 }
 
-TEST_F(KSamplingTest, TheUnrollFilterGetsTheOrderCodeItself)
+TEST_F(KSamplingTest, TheUnrollFilterGetsTheOrderCode)
 {
-    // XZY is code 2: the flip goes through z. Halved it would be another order.
-    const KFilterChoice              lChoice(2, false);
+    // XZY is code 2, whose flip goes through z; half the code would be another order.
+    const KFilterSettings            lSettings(2, false);
     KQexAsfNode*                     lRoot = Root({5, 3, 4});
     std::vector<std::vector<double>> lFrames = {{10.0, 85.0, 20.0}, {-165.0, 88.0, -155.0}, {-160.0, 80.0, -150.0}};
     lRoot->CreateDataFromDOF(mStage.mScene);
@@ -345,8 +345,8 @@ TEST_F(KSamplingTest, TheReducerWorksOnBothGroups)
 {
     for (bool lReducer : {false, true})
     {
-        const KFilterChoice lChoice(0, lReducer);
-        KQexAsfNode*        lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({0, 5});
+        const KFilterSettings lSettings(0, lReducer);
+        KQexAsfNode*          lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({0, 5});
         lRoot->CreateDataFromDOF(mStage.mScene);
         Sample(lRoot, {{1.0, 9.0}, {1.0, 9.0}, {1.0, 9.0}, {2.0, 8.0}}, true, true);
         lRoot->StopSamplingData();
@@ -383,7 +383,7 @@ TEST_F(KSamplingTest, CurvesAreHandedOverOnce)
     EXPECT_EQ(lT->GetChannelValue<double>(2, -1.0), 3.0);
 }
 
-/// What cannot be connected is no want of memory: the node is made, with its values and without the curves.
+/// Curves that cannot be connected are not an out-of-memory failure: the node is created with its values and without the curves.
 TEST_F(KSamplingTest, CurvesOfAnotherSceneStayWithTheBone)
 {
     KQexAsfNode* lRoot = Root({5});
@@ -395,7 +395,7 @@ TEST_F(KSamplingTest, CurvesOfAnotherSceneStayWithTheBone)
     EXPECT_EQ(lNode->mLocalRotation.Get()[1], 5.0);
     EXPECT_TRUE(lRoot->mLRData[0] && lRoot->mLRData[1] && lRoot->mLRData[2]);
     EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take")->GetCurve(0), nullptr);
-    // Nor does a curve that is there go for one that cannot take its place.
+    // An existing curve is not destroyed for one that cannot replace it.
     KQexAnimCurve* lOld = KQexAnimCurve::Create(lOther, "old");
     ASSERT_TRUE(lNode->mLocalRotation.GetCurveNode(false, "take")->ConnectToChannel(lOld, 0));
     EXPECT_TRUE(lRoot->SetKFCurves(lNode, "take"));
@@ -403,7 +403,7 @@ TEST_F(KSamplingTest, CurvesOfAnotherSceneStayWithTheBone)
     lOther->Destroy();
 }
 
-TEST_F(KSamplingTest, CurvesThatAreThereAreReplaced)
+TEST_F(KSamplingTest, ExistingCurvesAreReplaced)
 {
     KQexAsfNode* lRoot = Root({5});
     KQexNode*    lNode = KQexNode::Create(mStage.mScene, "node");
@@ -431,8 +431,8 @@ TEST_F(KSamplingTest, WithoutCurvesOnlyValuesAreWritten)
     EXPECT_EQ(mStage.mScene->FindAnimStack("take"), nullptr);
 }
 
-/// In a process of its own, because each report is made once in a process.
-[[noreturn]] void HandOverToNoTake()
+/// Runs in a process of its own, because each assertion is reported once per process.
+[[noreturn]] void SetCurvesWithoutTake()
 {
     KAssertWatch lWatch;
     bool         lKept = true;
@@ -458,7 +458,7 @@ TEST_F(KSamplingTest, WithoutCurvesOnlyValuesAreWritten)
 TEST(KSamplingAssertTest, ATakeWithoutACurveNodeIsReportedOnce)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(HandOverToNoTake(), testing::ExitedWithCode(0), "lTranslation!=NULL");
+    EXPECT_EXIT(SetCurvesWithoutTake(), testing::ExitedWithCode(0), "lTranslation!=NULL");
 }
 
 TEST_F(KSamplingTest, PointersComeFromTheFirstLayerOfTheCurrentTake)
@@ -485,7 +485,7 @@ TEST_F(KSamplingTest, PointersComeFromTheFirstLayerOfTheCurrentTake)
     EXPECT_EQ(lRoot->mLTNode, lT);
     EXPECT_EQ(lRoot->mLRNode, nullptr);
     EXPECT_EQ(lRoot->mLSNode, lS);
-    EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take"), nullptr); // and none was made
+    EXPECT_EQ(lNode->mLocalRotation.GetCurveNode(false, "take"), nullptr); // and none was created
     mStage.mScene->GetEvaluator()->SetContext(nullptr);
     lRoot->GetCurveNodePointers(lNode);
     EXPECT_FALSE(lRoot->mLTNode || lRoot->mLSNode);

@@ -9,12 +9,12 @@
 #include <vector>
 
 /// \file
-/// Skeletons and host trees from their description in JSON, and back. The form is that of the cases under ASF_VECTORS_DIR/host.
+/// Skeletons and host trees from JSON and back, in the form of the cases under ASF_VECTORS_DIR/host.
 
 namespace qextest
 {
 
-/// Ends the skeleton and the scene in the order in which they may be ended.
+/// The host scene and the skeleton of a case. Owns both and destroys the skeleton first.
 struct KHostCase
 {
     explicit KHostCase(const nlohmann::json& pCase);
@@ -35,7 +35,7 @@ qexsdk::KQexAsfNode* MakeBone(const nlohmann::json& pBone);
 qexsdk::KQexProperty Property(qexsdk::KQexNode& pNode, const std::string& pWhich);
 
 /// Every bone of the tree in pre-order with all its fields.
-/// \param pLimitRows how many rows of the limits are given for a bone with DOFs; -1: all six for every bone.
+/// \param pLimitRows number of limit rows for a bone with DOFs; -1: all six for every bone.
 nlohmann::json DescribeBones(qexsdk::KQexAsfNode* pRoot, int pLimitRows = -1);
 
 /// Of every bone in pre-order: name, parent position and the key counts of the curves that it owns.
@@ -53,8 +53,8 @@ nlohmann::json DescribeTransforms(qexsdk::KQexNode* pTop, const nlohmann::json& 
 /// Every bone of the tree in pre-order.
 std::vector<qexsdk::KQexAsfNode*> BonesOf(qexsdk::KQexAsfNode* pRoot);
 
-/// Where \p pActual departs from \p pExpected, one text a place; empty when they agree. Keys of objects that are not expected are
-/// not looked at. Numbers agree within \p pTolerance, absolute or relative; the values of curve keys within 1e-5.
+/// Differences of \p pActual from \p pExpected, one text each; empty when they agree. Object keys that are not expected are ignored.
+/// Numbers agree within \p pTolerance, absolute or relative; the values of curve keys within 1e-5.
 std::vector<std::string> Differences(const nlohmann::json& pExpected, const nlohmann::json& pActual, double pTolerance);
 
 } // namespace qextest

@@ -281,8 +281,8 @@ void Compare(const json& pExpected, const json& pActual, double pTolerance, cons
     if (pExpected.is_number() && pActual.is_number())
     {
         const double lExpected = pExpected.get<double>();
-        const double lOff = std::fabs(lExpected - pActual.get<double>());
-        if (!(lOff <= pTolerance * std::fmax(1.0, std::fabs(lExpected))))
+        const double lError = std::fabs(lExpected - pActual.get<double>());
+        if (!(lError <= pTolerance * std::fmax(1.0, std::fabs(lExpected))))
         {
             lReport();
         }

@@ -61,7 +61,7 @@ void AddFrame(KHostCase& pScene, const json& pFrame, const json& pMotion, const 
     }
 }
 
-/// The reducer and the rotation filter are settings of the process.
+/// Sets the process-wide reducer and rotation filter, and their defaults at the end.
 struct KCurveSettings
 {
     explicit KCurveSettings(const json& pMotion)
@@ -113,8 +113,8 @@ json Prepare(KHostCase& pScene, const json& pCase, const KFlags& pFlags)
     return lResult;
 }
 
-/// The result, evaluated in the take that the motion went to; in none when no motion made it.
-void Look(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
+/// Adds the host trees and their transforms, evaluated in the take of the motion; in none when the motion created none.
+void AddHostResult(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
 {
     pScene.mScene->GetEvaluator()->SetContext(pScene.mScene->FindAnimStack(KFlags(pCase).Take()));
     pResult["host"] = json::array();
@@ -140,7 +140,7 @@ json RunImport(const json& pCase)
     {
         lTops.push_back(lScene.mAsf->ASFToQEX(lScene.mScene, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation));
     }
-    Look(lResult, lTops, pCase, lScene);
+    AddHostResult(lResult, lTops, pCase, lScene);
     return lResult;
 }
 
@@ -158,7 +158,7 @@ json RunMerge(const json& pCase)
     {
         lScene.mAsf->mRoot->MergeASFToQEX(lScene.mScene, lRoot, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation);
     }
-    Look(lResult, {lScene.mNodes[0]}, pCase, lScene);
+    AddHostResult(lResult, {lScene.mNodes[0]}, pCase, lScene);
     return lResult;
 }
 
@@ -284,7 +284,7 @@ std::string Join(const std::vector<std::string>& pTexts)
     return lAll + "\n    " + std::to_string(pTexts.size()) + " in all";
 }
 
-TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
+TEST_P(KHostVectorsTest, MatchTheExpectedResults)
 {
     QEX_SKIP_WITHOUT_VECTORS();
     const std::vector<json> lCases = ReadJsonLines(VectorsDir() / "host" / "cases.jsonl");
@@ -305,8 +305,8 @@ TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
         {
             lWanted.erase(lKey);
         }
-        const std::vector<std::string> lOff = Differences(lWanted, GetParam().mRun(lCase), 1e-7);
-        EXPECT_TRUE(lOff.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lOff);
+        const std::vector<std::string> lDifferences = Differences(lWanted, GetParam().mRun(lCase), 1e-7);
+        EXPECT_TRUE(lDifferences.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lDifferences);
     }
     EXPECT_GT(lCount, 0);
 }
@@ -314,8 +314,8 @@ TEST_P(KHostVectorsTest, AgreeWithTheOtherProgram)
 INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest, testing::ValuesIn(kKinds),
                          [](const testing::TestParamInfo<KKind>& pInfo) { return std::string(pInfo.param.mName); });
 
-/// In a process of its own, because each report is made once in a process.
-[[noreturn]] void RunAllForTheirAssertions()
+/// Runs in a process of its own, because each assertion is reported once per process.
+[[noreturn]] void RunAllForAssertions()
 {
     KAssertWatch lWatch;
     for (const json& lCase : ReadJsonLines(VectorsDir() / "host" / "cases.jsonl"))
@@ -337,11 +337,11 @@ INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest, testing::ValuesIn(kKinds),
     std::_Exit(json(lTexts) == ReadJsonLines(VectorsDir() / "host" / "expected.jsonl").back()["texts"] ? 0 : 1);
 }
 
-TEST(KHostVectorsAssertTest, TheWholeRunReportsTheseAssertions)
+TEST(KHostVectorsAssertTest, TheWholeRunReportsTheExpectedAssertions)
 {
     QEX_SKIP_WITHOUT_VECTORS();
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(RunAllForTheirAssertions(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(RunAllForAssertions(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
