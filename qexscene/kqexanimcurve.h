@@ -73,8 +73,8 @@ public:
     /// O(1) on uniformly sampled keys, else O(log n).
     double Evaluate(const KTime& pTime) const { return mKeys.Evaluate(pTime.Get()); }
 
-    /// The same for evaluating many curves, which mostly share their key times, at one time: pass the same \p pSpot to all.
-    double Evaluate(const KTime& pTime, KQexKeyTimes::KSpot& pSpot) const { return mKeys.Evaluate(pTime.Get(), pSpot); }
+    /// The same for evaluating many curves, which mostly share their key times, at one time: pass the same \p pCursor to all.
+    double Evaluate(const KTime& pTime, KQexKeyTimes::KCursor& pCursor) const { return mKeys.Evaluate(pTime.Get(), pCursor); }
 
     /// Bytes allocated for keys, spare capacity included.
     std::size_t GetMemoryUse() const { return mKeys.GetMemoryUse(); }

@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-bool KQexChannel::IsAlways(double pValue) const
+bool KQexChannel::IsConstantAt(double pValue) const
 {
     if (!IsAnimated())
     {

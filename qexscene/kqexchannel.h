@@ -21,10 +21,10 @@ struct QEX_API KQexChannel
     bool IsAnimated() const { return mCurve != nullptr && mCurve->GetKeyCount() > 0; }
 
     /// The value at \p pTime; see KQexAnimCurve::Evaluate.
-    double Evaluate(KTime pTime, KQexKeyTimes::KSpot& pSpot) const { return IsAnimated() ? mCurve->Evaluate(pTime, pSpot) : *mValue; }
+    double Evaluate(KTime pTime, KQexKeyTimes::KCursor& pCursor) const { return IsAnimated() ? mCurve->Evaluate(pTime, pCursor) : *mValue; }
 
     /// Whether the value is \p pValue at all times. Looks at every key.
-    bool IsAlways(double pValue) const;
+    bool IsConstantAt(double pValue) const;
 
     /// Sets \p pChannels[0..2] to the components of \p pProperty; \p pLayer null: the property's own values.
     static void Find(KQexChannel* pChannels, const KQexProperty& pProperty, const KQexAnimLayer* pLayer);

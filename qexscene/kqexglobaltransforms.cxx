@@ -89,14 +89,14 @@ bool KQexGlobalTransforms::Collect(KQexNode* pRoot, const KQexAnimLayer* pLayer)
 
 void KQexGlobalTransforms::Evaluate(const KQexMatrix& pParentTransform, KTime pTime)
 {
-    KQexKeyTimes::KSpot lSpot;
+    KQexKeyTimes::KCursor lCursor;
     for (int lIndex = 0; lIndex < mCount; ++lIndex)
     {
         KItem& lItem = mItems[lIndex];
         double lValues[9];
         for (int lI = 0; lI < 9; ++lI)
         {
-            lValues[lI] = lItem.mChannels[lI].Evaluate(pTime, lSpot);
+            lValues[lI] = lItem.mChannels[lI].Evaluate(pTime, lCursor);
         }
         KQexMatrix lLocal;
         lItem.mNode->ComposeLocalTransform(lLocal, lValues, lValues + 3, lValues + 6);

@@ -34,7 +34,7 @@ bool KQexKeyStore::Insert(int pIndex, std::int64_t pTime, float pValue)
     return true;
 }
 
-double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const
+double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KCursor& pCursor) const
 {
     const int lCount = GetCount();
     if (lCount == 0)
@@ -45,7 +45,7 @@ double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) co
     {
         return static_cast<double>(mValues.Get(lCount - 1));
     }
-    const KQexKeyTimes::KSegment lSegment = mTimes.Locate(pTime, pSpot);
+    const KQexKeyTimes::KSegment lSegment = mTimes.Locate(pTime, pCursor);
     if (lSegment.mKey < 0)
     {
         return static_cast<double>(mValues.Get(0));

@@ -42,11 +42,11 @@ public:
     /// The value at \p pTime; see KQexAnimCurve::Evaluate.
     double Evaluate(std::int64_t pTime) const
     {
-        KQexKeyTimes::KSpot lSpot;
-        return Evaluate(pTime, lSpot);
+        KQexKeyTimes::KCursor lCursor;
+        return Evaluate(pTime, lCursor);
     }
-    /// The same for many curves that mostly share their times: \p pSpot caches the last look-up.
-    double Evaluate(std::int64_t pTime, KQexKeyTimes::KSpot& pSpot) const;
+    /// The same for many curves that mostly share their times: \p pCursor caches the last look-up.
+    double Evaluate(std::int64_t pTime, KQexKeyTimes::KCursor& pCursor) const;
 
     /// Removes every key and frees their memory.
     void Clear();

@@ -38,7 +38,7 @@ public:
     };
 
     /// Cache of the last segment found, for other curves with the same times.
-    struct KSpot
+    struct KCursor
     {
         KSegment      mSegment = {-1, 0, 0}; ///< mKey -1: nothing cached.
         std::int64_t  mTime = 0;             ///< The time looked up,
@@ -49,18 +49,18 @@ public:
     /// The segment of a time before the last key. Costs the same as Find.
     KSegment Locate(std::int64_t pTime) const;
 
-    /// The same for many curves that mostly share their times: \p pSpot caches the last segment.
-    KSegment Locate(std::int64_t pTime, KSpot& pSpot) const
+    /// The same for many curves that mostly share their times: \p pCursor caches the last segment.
+    KSegment Locate(std::int64_t pTime, KCursor& pCursor) const
     {
         if (!IsEven())
         {
             return Locate(pTime);
         }
-        if (pTime != pSpot.mTime || mStart != pSpot.mStart || mStep != pSpot.mStep || pSpot.mSegment.mKey < 0)
+        if (pTime != pCursor.mTime || mStart != pCursor.mStart || mStep != pCursor.mStep || pCursor.mSegment.mKey < 0)
         {
-            pSpot = {Locate(pTime), pTime, mStart, mStep};
+            pCursor = {Locate(pTime), pTime, mStart, mStep};
         }
-        return pSpot.mSegment;
+        return pCursor.mSegment;
     }
 
     /// Greatest common divisor of the distances of all times from the first; 0 for fewer than two keys. O(1) for evenly spaced

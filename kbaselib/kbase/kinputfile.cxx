@@ -95,7 +95,7 @@ bool KReadWholeFile(const char* pPath, size_t pMax, bool pRegular, std::string& 
     }
     if (lError != 0)
     {
-        pReason = std::generic_category().message(lError);
+        pReason = KFileErrorText(lError);
     }
     return lError == 0;
 }

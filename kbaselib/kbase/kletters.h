@@ -28,7 +28,7 @@ inline std::string KToLower(std::string pText)
 }
 
 /// Whether two texts are equal when case is ignored.
-inline bool KEqualsFolded(std::string_view pFirst, std::string_view pSecond)
+inline bool KEqualsIgnoreCase(std::string_view pFirst, std::string_view pSecond)
 {
     return std::equal(pFirst.begin(), pFirst.end(), pSecond.begin(), pSecond.end(),
                       [](char pA, char pB) { return KToLower(pA) == KToLower(pB); });

@@ -65,12 +65,12 @@ bool IsLarge(std::string_view pNumber)
 /// Parses inf, infinity or nan, case-insensitive.
 bool ParseNonFinite(std::string_view pText, double& pValue)
 {
-    if (KEqualsFolded(pText, "inf") || KEqualsFolded(pText, "infinity"))
+    if (KEqualsIgnoreCase(pText, "inf") || KEqualsIgnoreCase(pText, "infinity"))
     {
         pValue = std::numeric_limits<double>::infinity();
         return true;
     }
-    if (KEqualsFolded(pText, "nan"))
+    if (KEqualsIgnoreCase(pText, "nan"))
     {
         pValue = std::numeric_limits<double>::quiet_NaN();
         return true;
@@ -111,7 +111,7 @@ char* EndOf(const std::to_chars_result& pResult)
 
 } // namespace
 
-KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNumberWords pWords)
+KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNonFiniteWords pWords)
 {
     const char* lEnd = pToken.data() + pToken.size();
     double      lValue = 0;
@@ -142,7 +142,7 @@ KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNumberWords
             lStatus = lLarge ? KNumberStatus::eOVERFLOW : KNumberStatus::eOK;
         }
     }
-    else if (pWords == KNumberWords::eFINITE || !ParseNonFinite(lNumber, lValue))
+    else if (pWords == KNonFiniteWords::eREJECT || !ParseNonFinite(lNumber, lValue))
     {
         return KNumberStatus::eINVALID;
     }

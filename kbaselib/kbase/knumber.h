@@ -23,15 +23,15 @@ enum class KNumberStatus
 };
 
 /// Whether the words for non-finite values count as numbers.
-enum class KNumberWords
+enum class KNonFiniteWords
 {
-    eFINITE,    ///< They do not.
-    eNONFINITE, ///< inf, infinity and nan do, with any sign, case-insensitive.
+    eREJECT, ///< They do not.
+    eACCEPT, ///< inf, infinity and nan do, with any sign, case-insensitive.
 };
 
 /// Parses the whole of \p pToken as a decimal double: an optional sign (+ too), digits with at most one point, an optional exponent. A
 /// value too small for a double gives a zero of its sign. No blanks, no hexadecimal.
-QEX_API KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNumberWords pWords = KNumberWords::eFINITE);
+QEX_API KNumberStatus KNumberParse(std::string_view pToken, double& pValue, KNonFiniteWords pWords = KNonFiniteWords::eREJECT);
 
 /// Parses the whole of \p pToken as a decimal integer with an optional sign (+ too).
 QEX_API KNumberStatus KNumberParse(std::string_view pToken, int& pValue);

@@ -19,7 +19,7 @@ class KQexAsfNameIndex;
 struct QEX_API KQexAsfLengthDof
 {
     std::string mBone;      ///< Name of the bone.
-    int         mPlace = 0; ///< Index of the word among all DOF words of the line.
+    int         mIndex = 0; ///< Index of the word among all DOF words of the line.
 };
 
 /// An Acclaim skeleton file (ASF), version 1.10: reads it into a KQexAsfScene, writes it from one. Open it with the

@@ -73,7 +73,7 @@ std::string_view KQexBvhTokens::Peek()
 bool KQexBvhTokens::Accept(const char* pWord)
 {
     const std::string_view lToken = Peek();
-    if (lToken.empty() || !KEqualsFolded(lToken, pWord))
+    if (lToken.empty() || !KEqualsIgnoreCase(lToken, pWord))
     {
         return false;
     }

@@ -26,7 +26,7 @@ bool KQexBvhWriter::IsEndSite(const KQexNode* pNode) const
     {
         return false;
     }
-    return !LeavesRest(pNode->mLocalTranslation, mLayer) && !LeavesRest(pNode->mLocalRotation, mLayer);
+    return !DiffersFromRest(pNode->mLocalTranslation, mLayer) && !DiffersFromRest(pNode->mLocalRotation, mLayer);
 }
 
 void KQexBvhWriter::SetRest(KQexBvhJoint& pJoint, const KQexGlobalTransforms& pRest) const
@@ -63,7 +63,7 @@ void KQexBvhWriter::SetScaling(KQexBvhJoint& pJoint) const
 void KQexBvhWriter::AddScaling(const KQexNode* pNode, KQexBvhJoint& pJoint) const
 {
     const auto lScaling = pNode->mLocalScaling.Get();
-    pJoint.mHasAnimatedScaling = pJoint.mHasAnimatedScaling || LeavesRest(pNode->mLocalScaling, mLayer);
+    pJoint.mHasAnimatedScaling = pJoint.mHasAnimatedScaling || DiffersFromRest(pNode->mLocalScaling, mLayer);
     pJoint.mHasNonUniformScaling =
         pJoint.mHasNonUniformScaling || lScaling.mData[0] != lScaling.mData[1] || lScaling.mData[1] != lScaling.mData[2];
 }
@@ -75,7 +75,7 @@ bool KQexBvhWriter::HasAnimatedPosition(const KQexBvhJoint& pJoint) const
     const KQexBvhJoint& lParent = mJoints[static_cast<size_t>(pJoint.mParent)];
     const bool          lIsNonUniform =
         lParent.mParent >= 0 ? mJoints[static_cast<size_t>(lParent.mParent)].mHasNonUniformScaling : lParent.mHasNonUniformScaling;
-    return lParent.mHasAnimatedScaling || lIsNonUniform || LeavesRest(pJoint.mNode->mLocalTranslation, mLayer);
+    return lParent.mHasAnimatedScaling || lIsNonUniform || DiffersFromRest(pJoint.mNode->mLocalTranslation, mLayer);
 }
 
 bool KQexBvhWriter::AddTree(KQexNode* pRoot, KQexGlobalTransforms& pRest)
@@ -230,7 +230,7 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
 }
 
 /// Replaces each rotation by the equivalent Euler triple nearest to the previous frame's.
-void KQexBvhWriter::Continue(double* pValues)
+void KQexBvhWriter::MakeContinuous(double* pValues)
 {
     double* lLast = mLast.data();
     for (const KQexBvhJoint& lJoint : mJoints)

@@ -65,7 +65,7 @@ private:
     void PrintChannels(int pLevel, const KQexBvhJoint& pJoint);
     void CloseJoint(size_t pJoint, int pLevel);
     bool Evaluate(int pThread, KTime pTime, double* pValues) override;
-    void Continue(double* pValues) override;
+    void MakeContinuous(double* pValues) override;
     void Format(long long pFrame, const double* pValues, std::string& pText) const override;
     void ToFileAxes(double* pVector) const;
     void ToFileAxes(KgeRMatrix& pRotation) const;

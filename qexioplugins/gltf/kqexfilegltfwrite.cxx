@@ -73,7 +73,7 @@ constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header holds i
 
 bool EndsWith(const std::string& pText, const std::string& pEnd)
 {
-    return pText.size() >= pEnd.size() && KEqualsFolded(std::string_view(pText).substr(pText.size() - pEnd.size()), pEnd);
+    return pText.size() >= pEnd.size() && KEqualsIgnoreCase(std::string_view(pText).substr(pText.size() - pEnd.size()), pEnd);
 }
 
 /// A file name as a URI: every byte that is not unreserved is percent-encoded.

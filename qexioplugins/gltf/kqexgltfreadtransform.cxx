@@ -1,7 +1,9 @@
 #include <qexioplugins/gltf/kqexgltfreader.h>
 #include <qexioplugins/gltf/kqexgltfvectors.h>
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace qexsdk
 {

@@ -72,7 +72,7 @@ bool RunBatch(KQexFrameFormat& pFormat, std::vector<KFrameBlock>& pBlocks, const
                  });
     for (int i = 0; i < lCount; ++i)
     {
-        ForFrames(lBlock(i), pValueCount, [&](long long, double* pValues) { pFormat.Continue(pValues); });
+        ForFrames(lBlock(i), pValueCount, [&](long long, double* pValues) { pFormat.MakeContinuous(pValues); });
     }
     KParallelFor(lCount, pThreads,
                  [&](int pIndex)

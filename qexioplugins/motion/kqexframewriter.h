@@ -11,7 +11,7 @@ namespace qexsdk
 {
 
 /// What a text format of motion does with each frame. Blocks of frames are evaluated and formatted in parallel; in between,
-/// Continue() sees all frames in order on one thread, so the output does not depend on blocks or threads.
+/// MakeContinuous() sees all frames in order on one thread, so the output does not depend on blocks or threads.
 class KQexFrameFormat
 {
 public:
@@ -22,7 +22,7 @@ public:
     virtual bool Evaluate(int pThread, KTime pTime, double* pValues) = 0;
 
     /// Adjusts a frame's values to the previous frame's. Called once per frame, in order, on one thread.
-    virtual void Continue(double* pValues) = 0;
+    virtual void MakeContinuous(double* pValues) = 0;
 
     /// Appends the text of frame \p pFrame. Called on several threads at once. May throw std::bad_alloc.
     virtual void Format(long long pFrame, const double* pValues, std::string& pText) const = 0;

@@ -12,7 +12,7 @@ constexpr double kRestTolerance = 1e-5; ///< Keys within this distance of the re
 
 } // namespace
 
-bool LeavesRest(const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
+bool DiffersFromRest(const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
 {
     const KQexAnimCurveNode* lCurveNode = pProperty.GetCurveNode(pLayer);
     if (lCurveNode == nullptr)

@@ -1,11 +1,32 @@
 #include <qexioplugins/motion/kqexsafenames.h>
 
+#include <algorithm>
+
 namespace qexsdk
 {
 
+namespace
+{
+
+/// \p pName cut to at most \p pLength bytes, not inside a character of UTF-8.
+std::string_view Cut(std::string_view pName, size_t pLength)
+{
+    if (pName.size() <= pLength)
+    {
+        return pName;
+    }
+    while (pLength > 0 && (static_cast<unsigned char>(pName[pLength]) & 0xC0) == 0x80)
+    {
+        --pLength;
+    }
+    return pName.substr(0, pLength);
+}
+
+} // namespace
+
 std::string KQexUniqueNames::Make(std::string_view pName)
 {
-    std::string lName(mMaxLength > 0 ? pName.substr(0, mMaxLength) : pName);
+    std::string lName(mMaxLength > 0 ? Cut(pName, mMaxLength) : pName);
     if (mUsed.insert(lName).second)
     {
         return lName;
@@ -15,11 +36,7 @@ std::string KQexUniqueNames::Make(std::string_view pName)
     do
     {
         const std::string lSuffix = "_" + std::to_string(lNext++);
-        lName = lStem;
-        if (mMaxLength > 0 && lName.size() + lSuffix.size() > mMaxLength)
-        {
-            lName.resize(mMaxLength - lSuffix.size());
-        }
+        lName = mMaxLength > 0 ? Cut(lStem, mMaxLength - std::min(mMaxLength, lSuffix.size())) : lStem;
         lName += lSuffix;
     } while (!mUsed.insert(lName).second);
     return lName;

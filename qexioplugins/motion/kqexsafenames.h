@@ -18,11 +18,8 @@ public:
     /// \p pMaxLength: longest name allowed, in bytes; 0: no limit.
     explicit KQexUniqueNames(size_t pMaxLength = 0) : mMaxLength(pMaxLength) {}
 
-    /// \p pName cut to the maximum length, with "_2", "_3", … appended if it is in use. The result is in use from now on.
+    /// \p pName cut to the maximum length, between characters of UTF-8, with "_2", "_3", … appended if it is in use. The result is in use from now on.
     std::string Make(std::string_view pName);
-
-    /// Whether Make() has returned \p pName.
-    bool IsInUse(const std::string& pName) const { return mUsed.count(pName) != 0; }
 
 private:
     size_t                               mMaxLength;

@@ -58,7 +58,7 @@ bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) c
     {
         return KNumberParse(lToken, pValue) == KNumberStatus::eOK;
     }
-    return KNumberParse(lToken, pValue, KNumberWords::eNONFINITE) != KNumberStatus::eINVALID;
+    return KNumberParse(lToken, pValue, KNonFiniteWords::eACCEPT) != KNumberStatus::eINVALID;
 }
 
 bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)

@@ -17,8 +17,8 @@ int main(int pCount, char** pArguments)
         const KQexNode* lHand = lResult.mRootNode->FindChild(pArguments[3], true, false);
         for (KTime lTime; lHand != nullptr && lTime <= lResult.mTakes[0].mInfo.mStop; lTime += KTime::FromSeconds(1.0))
         {
-            const KQexVector4 lPlace = lScene->GetEvaluator()->GetNodeGlobalTransform(lHand, lTime).mData[3];
-            std::printf("%5.2f s: %7.2f %7.2f %7.2f cm\n", lTime.GetSeconds(), lPlace[0], lPlace[1], lPlace[2]);
+            const KQexVector4 lPosition = lScene->GetEvaluator()->GetNodeGlobalTransform(lHand, lTime).mData[3];
+            std::printf("%5.2f s: %7.2f %7.2f %7.2f cm\n", lTime.GetSeconds(), lPosition[0], lPosition[1], lPosition[2]);
         }
     }
     lScene->Destroy();

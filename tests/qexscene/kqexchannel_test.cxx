@@ -19,7 +19,7 @@ TEST_F(KQexChannelTest, IsAlwaysChecksTheKeysIfAny)
     {
         KQexChannel lChannels[3];
         KQexChannel::Find(lChannels, lNode->mLocalScaling, mScene->FindAnimStack("take")->GetMember<KQexAnimLayer>(0));
-        return lChannels[1].IsAlways(pValue);
+        return lChannels[1].IsConstantAt(pValue);
     };
     EXPECT_TRUE(lIsAlways(1.0)) << "the channel's value";
     EXPECT_FALSE(lIsAlways(2.0));
@@ -43,7 +43,7 @@ TEST_F(KQexChannelTest, WithoutALayerThePropertyValueIsUsed)
     lNode->mLocalTranslation.GetCurveNode(true, "take")->SetChannelValue<double>(2, 7.0);
     KQexChannel lChannels[3];
     KQexChannel::Find(lChannels, lNode->mLocalTranslation, nullptr);
-    EXPECT_TRUE(lChannels[2].IsAlways(3.0));
+    EXPECT_TRUE(lChannels[2].IsConstantAt(3.0));
 }
 
 } // namespace

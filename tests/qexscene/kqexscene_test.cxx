@@ -241,7 +241,7 @@ TEST_F(KQexSceneTest, DeepTreesNeedOnlyASmallStack)
     for (const size_t lSize : qextest::kStackSizes)
     {
         int lResult = 0;
-        qextest::RunInStack(lSize, [&lResult] { lResult = CheckDeepTrees(); });
+        qextest::RunWithStackSize(lSize, [&lResult] { lResult = CheckDeepTrees(); });
         EXPECT_EQ(lResult, 4) << lSize;
     }
 }

@@ -34,15 +34,15 @@ struct KPoint
 double Distance(const KPoint& pLeft, const KPoint& pRight);
 
 /// Joint positions by name.
-using KPlaces = std::map<std::string, KPoint>;
+using KJointPositions = std::map<std::string, KPoint>;
 
 /// One frame of a file with world positions.
 struct KWorldFrame
 {
-    long long mNumber; ///< As in the motion file.
-    double    mHeight; ///< Of the figure.
-    KPlaces   mStarts; ///< Start of each bone, by name.
-    KPlaces   mEnds;
+    long long       mNumber; ///< As in the motion file.
+    double          mHeight; ///< Of the figure.
+    KJointPositions mStarts; ///< Start of each bone, by name.
+    KJointPositions mEnds;
 };
 
 /// The frames of \p pOracle, with all lengths multiplied by \p pFactor.

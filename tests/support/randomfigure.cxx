@@ -115,12 +115,12 @@ private:
     void MakeHead(KRandomFigure& pFigure)
     {
         const char* lUnits[] = {"0.45", "1", "2.54", "0.1"};
-        pFigure.mIsRootTurned = Chance(0.5);
+        pFigure.mIsRootRotated = Chance(0.5);
         pFigure.mAsf = Join({":version 1.10\n:name figure\n:units\n  mass 1.0\n  length ", lUnits[Below(4)], "\n  angle ",
                              mIsRadians ? "rad" : "deg", "\n:documentation\n  random\n:root\n  order",
                              AddSwings("root", RandomSubset({"TX", "TY", "TZ", "RX", "RY", "RZ"}, 6), 20.0), "\n  axis ", AxisWord(),
                              "\n  position ", Chance(0.5) ? Vector(5.0) : "0 0 0", "\n  orientation ",
-                             pFigure.mIsRootTurned ? Vector(90.0 * mAngle) : "0 0 0", "\n:bonedata\n"});
+                             pFigure.mIsRootRotated ? Vector(90.0 * mAngle) : "0 0 0", "\n:bonedata\n"});
     }
 
     void MakeLimits(KRandomFigure& pFigure, const std::vector<std::string>& pWords)

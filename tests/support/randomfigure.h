@@ -14,7 +14,7 @@ struct KRandomFigure
 {
     std::string mAsf;
     std::string mAmc;
-    bool        mIsRootTurned = false; ///< The root's rest orientation is not zero.
+    bool        mIsRootRotated = false; ///< The root's rest orientation is not zero.
 };
 
 /// The figure of \p pSeed, always the same: \p pBones bones "b0", "b1", … in a random tree, with random length, direction, axis, axis

@@ -15,11 +15,11 @@ namespace qextest
 {
 
 /// Deleter for scenes.
-struct KSceneDestroyer
+struct KSceneDeleter
 {
     void operator()(qexsdk::KQexScene* pScene) const { pScene->Destroy(); }
 };
-using KScenePtr = std::unique_ptr<qexsdk::KQexScene, KSceneDestroyer>;
+using KScenePtr = std::unique_ptr<qexsdk::KQexScene, KSceneDeleter>;
 
 inline KScenePtr MakeScene()
 {
@@ -27,7 +27,7 @@ inline KScenePtr MakeScene()
 }
 
 /// Options of a random tree of nodes.
-struct KRandomTree
+struct KRandomTreeOptions
 {
     int  mNodes = 10;
     int  mFrames = 20;
@@ -75,7 +75,7 @@ inline void AnimateProperty(std::mt19937& pRandom, qexsdk::KQexNode* pNode, qexs
 }
 
 /// A random tree under the scene's root node, animated in the take "take". \return its top node
-inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene* pScene, const KRandomTree& pOptions)
+inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene* pScene, const KRandomTreeOptions& pOptions)
 {
     using namespace qexsdk;
     std::vector<KQexNode*> lNodes;

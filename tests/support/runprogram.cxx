@@ -77,11 +77,11 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
     std::vector<char*>       lArgumentPointers = Pointers(lArguments);
     std::vector<char*>       lEnvironmentPointers = Pointers(lEnvironment);
     int                      lPipe[2] = {-1, -1};
-    if (pOptions.mFeed && pipe2(lPipe, O_CLOEXEC) != 0)
+    if (pOptions.mWriteInput && pipe2(lPipe, O_CLOEXEC) != 0)
     {
         return {};
     }
-    const int lStreams[3] = {pOptions.mFeed ? lPipe[0] : open((lTemp / "in").c_str(), O_RDONLY | O_CLOEXEC),
+    const int lStreams[3] = {pOptions.mWriteInput ? lPipe[0] : open((lTemp / "in").c_str(), O_RDONLY | O_CLOEXEC),
                              open(lOutPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600),
                              open(lErrPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)};
 
@@ -95,11 +95,11 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
         close(lStream);
     }
 
-    if (pOptions.mFeed)
+    if (pOptions.mWriteInput)
     {
         // A program that stops reading early closes its end.
         const auto lBefore = std::signal(SIGPIPE, SIG_IGN);
-        pOptions.mFeed(lPipe[1]);
+        pOptions.mWriteInput(lPipe[1]);
         close(lPipe[1]);
         std::signal(SIGPIPE, lBefore);
     }

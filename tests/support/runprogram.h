@@ -26,7 +26,7 @@ struct KRunResult
 struct KRunOptions
 {
     std::string                        mInput;       ///< Its standard input.
-    std::function<void(int)>           mFeed;        ///< When set: writes standard input into this pipe, instead of mInput.
+    std::function<void(int)>           mWriteInput;  ///< When set: writes standard input into this pipe, instead of mInput.
     std::string                        mFolder;      ///< The folder to run it in; empty: the current one.
     std::map<std::string, std::string> mEnvironment; ///< Variables to set on top of this program's own.
 };

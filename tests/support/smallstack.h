@@ -17,7 +17,7 @@ namespace qextest
 constexpr std::size_t kStackSizes[] = {std::size_t(8) << 20, std::size_t(256) << 10};
 
 /// Runs \p pBody to completion in a separate thread with a stack of \p pBytes bytes.
-inline void RunInStack(std::size_t pBytes, std::function<void()> pBody)
+inline void RunWithStackSize(std::size_t pBytes, std::function<void()> pBody)
 {
     pthread_attr_t lAttributes;
     pthread_attr_init(&lAttributes);

@@ -33,9 +33,9 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
                                                                 : qexsdk::eTRANSLATION_DOFS_MOVING;
     lOptions.mBaseScale = mOptions.mScale;
     lOptions.mBasePoseFirstFrame = mOptions.mBasePose == "first-frame";
-    lOptions.mTellRate = mOptions.mTellRate;
+    lOptions.mWriteRate = mOptions.mWriteRate;
     lOptions.mThreads = mOptions.mThreads;
-    lOptions.mServe = !mOptions.mRaw;
+    lOptions.mAdaptForFile = !mOptions.mRaw;
     // With --translations none or all, the skeleton's own degrees of freedom must not override the choice.
     lOptions.mBoneDofs = mOptions.mTranslations == "moving" ? mFigure.GetBoneDofs() : nullptr;
     const qexsdk::KQexAsfScene* lSkeleton = mFigure.GetSkeleton();
@@ -78,7 +78,7 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
 void KConverter::NoteAmcRate(const std::string& pPath, const KSampledTake& pTake)
 {
     const double lRate = 1.0 / pTake.mSampling.mStep.GetSeconds();
-    if (!mOptions.mTellRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
+    if (!mOptions.mWriteRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
     {
         mConsole.Message(eNOTE, DisplayOutput(pPath), 0,
                          "has " + Short(lRate) + " frames per second; use --tell-rate to write the rate into the file");

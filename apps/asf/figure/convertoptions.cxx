@@ -113,7 +113,7 @@ bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
            CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mUp == "z" ? "z" : "", "--up z", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mLengthUnit != 0 ? "set" : "", "--length-unit", lAcclaim, "ASF", pConsole) &&
-           CheckFormatOption(pOptions.mTellRate ? "set" : "", "--tell-rate", lMotion, "AMC", pConsole) &&
+           CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--tell-rate", lMotion, "AMC", pConsole) &&
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
 }
 
@@ -246,7 +246,7 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->check(CLI::IsMember({"rest", "first-frame"}))
         ->option_text("POSE");
     pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
-    pCommand.add_flag("--tell-rate", pOptions.mTellRate,
+    pCommand.add_flag("--tell-rate", pOptions.mWriteRate,
                       "Write the rate into an AMC file (:SAMPLES-PER-SECOND); some programs cannot read such a file");
     pCommand
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")

@@ -68,7 +68,7 @@ struct KConvertOptions
     std::string              mTranslations = "moving";
     std::string              mBasePose = "rest";
     bool                     mRaw = false;
-    bool                     mTellRate = false;
+    bool                     mWriteRate = false;
     bool                     mKeepGoodFrames = false;
     int                      mThreads = 0;
 

@@ -18,7 +18,7 @@ namespace
 {
 
 using qexsdk::HKQexAsfNode;
-using qexsdk::KEqualsFolded;
+using qexsdk::KEqualsIgnoreCase;
 using qexsdk::kMaxName;
 using qexsdk::KQexAsfNode;
 using qexsdk::KQexAsfWalk;
@@ -33,7 +33,7 @@ std::string NameError(const std::string& pName)
     {
         return "a name may not contain blanks, commas, parentheses or #, or begin with a colon";
     }
-    if (KEqualsFolded(pName, "root") || KEqualsFolded(pName, "begin") || KEqualsFolded(pName, "end"))
+    if (KEqualsIgnoreCase(pName, "root") || KEqualsIgnoreCase(pName, "begin") || KEqualsIgnoreCase(pName, "end"))
     {
         return pName + " is a keyword";
     }

@@ -67,7 +67,7 @@ std::string FindNamed(const std::vector<std::string>& pCandidates, const std::st
     std::string lFound;
     for (const std::string& lCandidate : pCandidates)
     {
-        if (lCandidate == pName || (lFound.empty() && qexsdk::KEqualsFolded(lCandidate, pName)))
+        if (lCandidate == pName || (lFound.empty() && qexsdk::KEqualsIgnoreCase(lCandidate, pName)))
         {
             lFound = lCandidate;
         }

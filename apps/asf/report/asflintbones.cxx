@@ -6,7 +6,7 @@
 namespace asfapp
 {
 
-using qexsdk::KEqualsFolded;
+using qexsdk::KEqualsIgnoreCase;
 using qexsdk::KQexFileAcclaimAsf;
 
 bool KAsfLint::BoneData(int pLine)
@@ -132,7 +132,7 @@ bool KAsfLint::BoneName(KGroup& pGroup)
     }
     pGroup.mName = lName;
     pGroup.mNameLine = GetLineNumber();
-    if (KEqualsFolded(pGroup.mName, "begin") || KEqualsFolded(pGroup.mName, "end"))
+    if (KEqualsIgnoreCase(pGroup.mName, "begin") || KEqualsIgnoreCase(pGroup.mName, "end"))
     {
         AddFinding(pGroup.mNameLine, "Bone is named like a keyword, so it cannot start a hierarchy line (%s)", lName);
     }

@@ -57,8 +57,7 @@ public:
     /// Joints that only the first (0) or the second (1) figure has.
     const std::vector<std::string>& GetOnly(int pFigure) const { return mOnly[pFigure]; }
 
-    /// Number of joints in both figures, and in one.
-    size_t GetPairCount() const { return mPairs.size(); }
+    /// Number of joints of the first (0) or the second (1) figure.
     size_t GetJointCount(int pFigure) const { return mSides[pFigure].mNodes.size(); }
 
     /// Frames of a figure; their count is 0 without motion.

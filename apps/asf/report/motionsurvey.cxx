@@ -159,12 +159,4 @@ int KMotionSurvey::CountMoving() const
     return static_cast<int>(std::count_if(mBones.begin(), mBones.end(), [](const KBoneSurvey& pBone) { return pBone.Moves(); }));
 }
 
-bool KMotionSurvey::HasOutside() const
-{
-    return std::any_of(
-        mBones.begin(), mBones.end(),
-        [](const KBoneSurvey& pBone)
-        { return std::any_of(pBone.mDofs.begin(), pBone.mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mOutside > 0; }); });
-}
-
 } // namespace asfapp

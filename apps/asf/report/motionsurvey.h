@@ -53,8 +53,7 @@ public:
     double GetRootPathLength() const { return mRootPathLength; }
     double GetRootTravel() const;
 
-    int  CountMoving() const;
-    bool HasOutside() const;
+    int CountMoving() const;
 
 private:
     bool Frame(const qexsdk::KQexAmcFrame& pFrame) override;

@@ -86,12 +86,12 @@ void KQexAmcBones::AddLengths(const KQexAmcSkeletonNotes& pNotes)
     for (const KQexAsfLengthDof& lLength : pNotes.mLengthDofs)
     {
         const int lFound = Find(lLength.mBone);
-        if (lFound < 0 || lLength.mPlace < 0)
+        if (lFound < 0 || lLength.mIndex < 0)
         {
             continue;
         }
         KQexAmcLine& lLine = mLines[static_cast<size_t>(lFound)];
-        lLine.mValueCount += AddLengthIndex(lLine.mLengthIndices, lLength.mPlace) ? 1 : 0;
+        lLine.mValueCount += AddLengthIndex(lLine.mLengthIndices, lLength.mIndex) ? 1 : 0;
     }
 }
 

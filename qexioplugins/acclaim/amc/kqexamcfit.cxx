@@ -79,12 +79,12 @@ bool KQexAmcFit::CanUseNodeAngles(const KQexNode& pNode) const
     KgeMult(lBefore, mLeft, lBefore);
     KgeMult(lAfter, lAfter, mRight);
     const ERotationOrder lOrder = pNode.GetRotationActive() ? pNode.GetRotationOrder() : eEULER_XYZ;
-    return IsIdentity(lBefore) && IsIdentity(lAfter) && mSolver.Follows(lOrder);
+    return IsIdentity(lBefore) && IsIdentity(lAfter) && mSolver.MatchesOrder(lOrder);
 }
 
 void KQexAmcFit::GetDisplacement(const KQexAmcStep& pStep, const KQexAmcResidual* pParent, double* pDisplacement) const
 {
-    KmVN(pDisplacement, pStep.mReach, mScale);
+    KmVN(pDisplacement, pStep.mTranslation, mScale);
     if (mHasParent)
     {
         KmRV(pDisplacement, mParentToRest.mData, pDisplacement);
@@ -103,11 +103,11 @@ double KQexAmcFit::Solve(const KQexAmcStep& pStep, const KQexAmcResidual* pParen
     KgeRMatrix lReached;
     if (mHasRight)
     {
-        KgeMult(lTarget, pStep.mTurn, mRight);
+        KgeMult(lTarget, pStep.mRotation, mRight);
     }
     else
     {
-        KgeSet(lTarget, pStep.mTurn);
+        KgeSet(lTarget, pStep.mRotation);
     }
     if (pParent == nullptr)
     {

@@ -29,7 +29,7 @@ public:
     /// \param pScale factor of the nodes' positions
     void SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale);
 
-    /// Whether the node's rotation angles can be used as DOF angles, wherever KQexDofSolver::TakeAngles() accepts them: no other rotation
+    /// Whether the node's rotation angles can be used as DOF angles, wherever KQexDofSolver::TryAngles() accepts them: no other rotation
     /// is involved, and their order is that of the DOFs.
     bool CanUseNodeAngles(const KQexNode& pNode) const;
 

@@ -99,7 +99,7 @@ KQexAmcWord FindAmcWord(std::string_view pToken)
 {
     for (const KWordEntry& lEntry : kWords)
     {
-        if (KEqualsFolded(pToken, lEntry.mText))
+        if (KEqualsIgnoreCase(pToken, lEntry.mText))
         {
             return lEntry.mWord;
         }
@@ -140,7 +140,7 @@ KQexAmcWordResult ParseAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAm
 bool ParseAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
 {
     std::string_view lRest = pLine;
-    if (!KEqualsFolded(NextAmcToken(lRest), "#!oml:asf"))
+    if (!KEqualsIgnoreCase(NextAmcToken(lRest), "#!oml:asf"))
     {
         return false;
     }

@@ -156,11 +156,11 @@ bool KQexAmcReader::ReadWord(std::string_view pWord, std::string_view pRest)
     const std::string_view lRest = TrimAmcText(pRest);
     if (ParseAmcWord(lWord, lRest, mHeader) == eAMC_WORD_INVALID)
     {
-        mFile.Warning("Can't use the value of %.*s (%.*s)\n", ClippedLength(pWord), pWord.data(), ClippedLength(lRest), lRest.data());
+        mFile.Warning("Invalid value of %.*s (%.*s)\n", ClippedLength(pWord), pWord.data(), ClippedLength(lRest), lRest.data());
     }
     if (lAngleBefore != eAMC_ANGLE_SKELETON && lAngleBefore != mHeader.mAngle)
     {
-        mFile.Warning("Angles in degrees and in radians, the later word (%.*s) holds\n", ClippedLength(pWord), pWord.data());
+        mFile.Warning("Angles in degrees and in radians, the last one (%.*s) wins\n", ClippedLength(pWord), pWord.data());
     }
     return true;
 }
@@ -190,7 +190,7 @@ bool KQexAmcReader::ReadFrameLine(long long pNumber, std::string_view pRest)
     // Without a line end the number itself may be cut short; FinishFile() reports that.
     if (mFile.HasLineEnd() && !lFirst && pNumber <= mPreviousNumber)
     {
-        mFile.Warning("Frame %lld comes after frame %lld, what comes later holds\n", pNumber, mPreviousNumber);
+        mFile.Warning("Frame %lld comes after frame %lld, the last one wins\n", pNumber, mPreviousNumber);
     }
     if (!pRest.empty() && IsFirstWarning("text after a frame number"))
     {
@@ -274,8 +274,9 @@ bool KQexAmcReader::ReadBoneLine(std::string_view pName, const char* pText, cons
     if (pText != pEnd && !lLine.mWarnedTooMany)
     {
         lLine.mWarnedTooMany = true;
-        mFile.Warning("Bone %.*s has more than %d values, ignoring the others (%.*s)\n", ClippedLength(lLine.mName), lLine.mName.data(),
-                      lLine.mValueCount, ClippedLength(std::string_view(pText, static_cast<size_t>(pEnd - pText))), pText);
+        mFile.Warning("Bone %.*s has more than %d value%s, ignoring the others (%.*s)\n", ClippedLength(lLine.mName), lLine.mName.data(),
+                      lLine.mValueCount, lLine.mValueCount == 1 ? "" : "s",
+                      ClippedLength(std::string_view(pText, static_cast<size_t>(pEnd - pText))), pText);
     }
     MarkPresent(lLine);
     return true;
@@ -294,7 +295,7 @@ void KQexAmcReader::MarkPresent(KQexAmcLine& pLine)
     else if (!pLine.mWarnedTwice)
     {
         pLine.mWarnedTwice = true;
-        mFile.Warning("Bone %.*s stands twice in frame %lld, what comes later holds\n", ClippedLength(pLine.mName), pLine.mName.data(),
+        mFile.Warning("Bone %.*s appears twice in frame %lld, the last one wins\n", ClippedLength(pLine.mName), pLine.mName.data(),
                       mFrame.mNumber);
     }
 }
@@ -353,12 +354,12 @@ bool KQexAmcReader::FailValue(const KQexAmcLine& pLine, int pIndex, std::string_
     const std::string lWords = mBones.Words(pLine);
     if (pToken.empty())
     {
-        mFile.Error("Bone %.*s: %d values expected (%s), only %d found\n", ClippedLength(pLine.mName), pLine.mName.data(),
-                    pLine.mValueCount, lWords.c_str(), pIndex);
+        mFile.Error("Bone %.*s: %d value%s expected (%s), only %d found\n", ClippedLength(pLine.mName), pLine.mName.data(),
+                    pLine.mValueCount, pLine.mValueCount == 1 ? "" : "s", lWords.c_str(), pIndex);
     }
     else
     {
-        mFile.Error("Bone %.*s: a number expected for %s of (%s), not (%.*s)\n", ClippedLength(pLine.mName), pLine.mName.data(),
+        mFile.Error("Bone %.*s: number expected for %s of (%s), not (%.*s)\n", ClippedLength(pLine.mName), pLine.mName.data(),
                     mBones.Word(pLine, pIndex), lWords.c_str(), ClippedLength(pToken), pToken.data());
     }
     return false;

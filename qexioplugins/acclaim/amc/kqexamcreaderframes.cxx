@@ -33,7 +33,7 @@ bool KQexAmcReader::BeginFrames()
     {
         if (!IsAmcRate(mOptions.mSamplesPerSecond))
         {
-            mFile.Error("Can't use %g samples a second\n", mOptions.mSamplesPerSecond);
+            mFile.Error("Invalid rate: %g samples per second\n", mOptions.mSamplesPerSecond);
             return false;
         }
         mInfo.mRateSource = eAMC_RATE_CALLER;

@@ -14,7 +14,7 @@ bool IsUnscaled(const KQexNode& pNode, const KQexAnimLayer* pLayer)
 {
     KQexChannel lChannels[3];
     KQexChannel::Find(lChannels, pNode.mLocalScaling, pLayer);
-    return std::all_of(lChannels, lChannels + 3, [](const KQexChannel& pChannel) { return pChannel.IsAlways(1.0); });
+    return std::all_of(lChannels, lChannels + 3, [](const KQexChannel& pChannel) { return pChannel.IsConstantAt(1.0); });
 }
 
 void CopyRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
@@ -44,7 +44,7 @@ void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
     mIsLocal = true;
     for (size_t i = 0; i < mJoints.size() && mIsLocal; ++i)
     {
-        const int lFrom = mJoints[i].mFrom;
+        const int lFrom = mJoints[i].mParent;
         mIsLocal = AddSpan(mJoints[i], lFrom >= 0 ? mJoints[static_cast<size_t>(lFrom)].mNode : nullptr, pLayer, 2 * pNodes + 16);
     }
 }
@@ -77,13 +77,13 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
     return pJoint.mNode == nullptr || lNode == pFrom;
 }
 
-bool KQexAmcSteps::Begin(KTime pTime, KQexAmcMoment& pMoment) const
+bool KQexAmcSteps::Begin(KTime pTime, KQexAmcStepState& pMoment) const
 {
     pMoment.mTime = pTime;
     return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pMoment.mPose);
 }
 
-void KQexAmcSteps::Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const
+void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const
 {
     if (mIsLocal)
     {
@@ -95,7 +95,7 @@ void KQexAmcSteps::Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep
     }
 }
 
-void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const
+void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const
 {
     KQexMatrix lStep;
     for (size_t i = pSpan.mFirst; i < pSpan.mEnd; ++i)
@@ -113,16 +113,16 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcS
             lStep = lStep * lLocal;
         }
     }
-    CopyRotation(pStep.mTurn, lStep);
-    KmVset(pStep.mReach, lStep.mData[3].mData);
+    CopyRotation(pStep.mRotation, lStep);
+    KmVset(pStep.mTranslation, lStep.mData[3].mData);
 }
 
 void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const
 {
     const KQexMatrix& lTransform = pPose.GetTransform(mJoints[pJoint].mPose);
-    lTransform.GetRotation(pStep.mTurn);
-    KmVset(pStep.mReach, lTransform.mData[3].mData);
-    const int lParent = mJoints[pJoint].mFrom;
+    lTransform.GetRotation(pStep.mRotation);
+    KmVset(pStep.mTranslation, lTransform.mData[3].mData);
+    const int lParent = mJoints[pJoint].mParent;
     if (lParent >= 0)
     {
         const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lParent)].mPose);
@@ -130,13 +130,13 @@ void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, K
         KgeRMatrix        lFromInv;
         lFrom.GetRotation(lFromInv);
         KgeInverse(lFromInv, lFromInv);
-        KgeMult(pStep.mTurn, lFromInv, pStep.mTurn);
-        KmV(pStep.mReach, pStep.mReach[0] - lPlace[0], pStep.mReach[1] - lPlace[1], pStep.mReach[2] - lPlace[2]);
-        KmRV(pStep.mReach, lFromInv.mData, pStep.mReach);
+        KgeMult(pStep.mRotation, lFromInv, pStep.mRotation);
+        KmV(pStep.mTranslation, pStep.mTranslation[0] - lPlace[0], pStep.mTranslation[1] - lPlace[1], pStep.mTranslation[2] - lPlace[2]);
+        KmRV(pStep.mTranslation, lFromInv.mData, pStep.mTranslation);
     }
 }
 
-void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAngles) const
+void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcStepState& pMoment, double* pAngles) const
 {
     const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
     for (int i = 0; i < 3; ++i)

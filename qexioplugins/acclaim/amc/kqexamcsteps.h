@@ -15,22 +15,22 @@ struct KQexAmcJoint
 {
     KQexNode* mNode = nullptr; ///< Null: none. Not owned.
     int       mPose = -1;      ///< Index of that node in the global transforms of the nodes' root; -1 without a node.
-    int       mFrom = -1;      ///< Index of the nearest ancestor joint with a node; -1: none, the step is then in world space.
+    int       mParent = -1;    ///< Index of the nearest ancestor joint with a node; -1: none, the step is then in world space.
 };
 
 /// Transform of a bone's node relative to the node of its nearest ancestor bone, at one time.
 struct KQexAmcStep
 {
-    KgeRMatrix mTurn;          ///< Rotation.
-    double     mReach[3] = {}; ///< Translation, centimetres.
+    KgeRMatrix mRotation;            ///< Rotation.
+    double     mTranslation[3] = {}; ///< Translation, centimetres.
 };
 
 /// Evaluation state, one per thread.
-struct KQexAmcMoment
+struct KQexAmcStepState
 {
-    KTime                mTime;      ///< Time of the last Begin().
-    KQexGlobalTransforms mPose;      ///< Global transforms at that time, when steps are computed from them.
-    KQexKeyTimes::KSpot  mKeyCursor; ///< Cached position of that time among key times.
+    KTime                 mTime;      ///< Time of the last Begin().
+    KQexGlobalTransforms  mPose;      ///< Global transforms at that time, when steps are computed from them.
+    KQexKeyTimes::KCursor mKeyCursor; ///< Cached position of that time among key times.
 };
 
 /// Evaluates the steps of all bones' nodes (see KQexAmcStep) in one take.
@@ -44,19 +44,19 @@ public:
     void Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints);
 
     /// Sets the time; \p pMoment is the thread's own. False when memory runs out.
-    bool Begin(KTime pTime, KQexAmcMoment& pMoment) const;
+    bool Begin(KTime pTime, KQexAmcStepState& pMoment) const;
 
     /// The step of joint \p pJoint, which must have a node.
-    void Get(size_t pJoint, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
+    void Get(size_t pJoint, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const;
 
     /// Whether the step's translation is constant.
-    bool IsReachFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
+    bool IsTranslationFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
 
     /// Whether the step's rotation is that of a single node: pre-rotation × GetAngles() in the node's order × inverse post-rotation.
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
     /// The node's rotation about x, y and z in degrees.
-    void GetAngles(size_t pJoint, KQexAmcMoment& pMoment, double* pAngles) const;
+    void GetAngles(size_t pJoint, KQexAmcStepState& pMoment, double* pAngles) const;
 
 private:
     /// A node between two bones' nodes, or the descendant itself.
@@ -76,7 +76,7 @@ private:
 
     bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);
     void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
-    void GetLocal(const KSpan& pSpan, KQexAmcMoment& pMoment, KQexAmcStep& pStep) const;
+    void GetLocal(const KSpan& pSpan, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const;
     void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const;
 
     KQexNode*                 mRoot = nullptr;

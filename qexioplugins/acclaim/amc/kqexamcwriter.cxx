@@ -64,12 +64,12 @@ void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>&
         }
         const auto   lFound = lJointOf.find(lNode);
         KQexAmcJoint lJoint = lFound != lJointOf.end() ? lFound->second : KQexAmcJoint{};
-        lJoint.mFrom = lPath.empty() ? -1 : lPath.back();
+        lJoint.mParent = lPath.empty() ? -1 : lPath.back();
         mBones.emplace_back(lNode);
         mBones.back().mValue = mValueCount;
         mValueCount += static_cast<size_t>(lNode->mOrderCount);
         mJoints.push_back(lJoint);
-        lPath.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mFrom);
+        lPath.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mParent);
     }
 }
 
@@ -79,7 +79,7 @@ void KQexAmcWriter::AddLengths()
     std::unordered_map<std::string, std::vector<int>> lIndicesOf;
     for (const KQexAsfLengthDof& lLength : mOptions.mSkeletonNotes.mLengthDofs)
     {
-        AddLengthIndex(lIndicesOf[lLength.mBone], lLength.mPlace);
+        AddLengthIndex(lIndicesOf[lLength.mBone], lLength.mIndex);
     }
     if (lIndicesOf.empty())
     {
@@ -128,7 +128,8 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
         const KQexAmcJoint& lJoint = mJoints[i];
         if (lJoint.mNode != nullptr)
         {
-            const KQexMatrix* lFrom = lJoint.mFrom >= 0 ? &pPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mFrom)].mPose) : nullptr;
+            const KQexMatrix* lFrom =
+                lJoint.mParent >= 0 ? &pPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mParent)].mPose) : nullptr;
             mBones[i].mFit.SetRest(pPose.GetTransform(lJoint.mPose), lFrom, lAlign, mOptions.mScale);
         }
     }
@@ -138,7 +139,7 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
 void KQexAmcWriter::PrepareTake()
 {
     mSteps.Prepare(mRootNode, mJoints);
-    KQexAmcMoment lMoment;
+    KQexAmcStepState lMoment;
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         KQexAmcWriteBone& lBone = mBones[i];
@@ -147,7 +148,7 @@ void KQexAmcWriter::PrepareTake()
             continue;
         }
         lBone.mUsesNodeAngles = mSteps.IsOneNode(i) && lBone.mFit.CanUseNodeAngles(*mJoints[i].mNode);
-        lBone.mHasFixedDisplacement = mSteps.IsReachFixed(i);
+        lBone.mHasFixedDisplacement = mSteps.IsTranslationFixed(i);
         if (lBone.mHasFixedDisplacement)
         {
             KQexAmcStep lStep;
@@ -183,7 +184,7 @@ void KQexAmcWriter::SetTranslations(size_t pBone, const double* pDisplacement, K
 void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const
 {
     const KQexAmcWriteBone& lBone = mBones[pBone];
-    const KQexAmcResidual*  lParent = pScratch.GetResidual(mJoints[pBone].mFrom);
+    const KQexAmcResidual*  lParent = pScratch.GetResidual(mJoints[pBone].mParent);
     const bool              lIsFixed = lBone.mHasFixedDisplacement && lParent == nullptr;
     double                  lAngles[6];
     bool                    lHasAngles = false;
@@ -192,7 +193,7 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
     {
         double lByAxis[3];
         mSteps.GetAngles(pBone, pScratch.mMoment, lByAxis);
-        lHasAngles = lBone.mFit.GetSolver().TakeAngles(lByAxis, lAngles);
+        lHasAngles = lBone.mFit.GetSolver().TryAngles(lByAxis, lAngles);
     }
     double lDisplacement[3];
     if (!lHasAngles || !lIsFixed)
@@ -235,7 +236,7 @@ bool KQexAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
     return true;
 }
 
-void KQexAmcWriter::Continue(double* pValues)
+void KQexAmcWriter::MakeContinuous(double* pValues)
 {
     for (const KQexAmcWriteBone& lBone : mBones)
     {
@@ -244,7 +245,7 @@ void KQexAmcWriter::Continue(double* pValues)
         double* lValues = pValues + lBone.mValue;
         GatherAngles(*lBone.mBone, lValues, lAngles);
         GatherAngles(*lBone.mBone, mLast.data() + lBone.mValue, lLast);
-        lBone.mFit.GetSolver().Continue(lAngles, lLast);
+        lBone.mFit.GetSolver().MakeContinuous(lAngles, lLast);
         ScatterAngles(*lBone.mBone, lAngles, lValues);
     }
     std::copy(pValues, pValues + mValueCount, mLast.begin());

@@ -41,7 +41,7 @@ struct KQexAmcLoss
 /// Scratch memory of one thread for evaluating frames.
 struct KQexAmcScratch
 {
-    KQexAmcMoment                mMoment;
+    KQexAmcStepState             mMoment;
     std::vector<KQexAmcResidual> mResiduals; ///< One per bone.
     std::vector<KQexAmcLoss>     mLosses;    ///< One per bone.
 
@@ -81,7 +81,7 @@ public:
 
 private:
     bool Evaluate(int pThread, KTime pTime, double* pValues) override;
-    void Continue(double* pValues) override;
+    void MakeContinuous(double* pValues) override;
     void Format(long long pFrame, const double* pValues, std::string& pText) const override;
 
     void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose);

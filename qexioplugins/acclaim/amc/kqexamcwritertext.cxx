@@ -114,7 +114,7 @@ void KQexAmcWriter::WriteHeader()
         mFile.Print(0, "#!OML:ASF %s\n", mOptions.mAsfName.c_str());
     }
     mFile.Print(0, ":FULLY-SPECIFIED\n:DEGREES\n");
-    if (mOptions.mTellRate)
+    if (mOptions.mWriteRate)
     {
         mFile.Print(0, ":SAMPLES-PER-SECOND %.10g\n", 705600000.0 / static_cast<double>(mOptions.mSampling.mStep.Get()));
     }

@@ -311,7 +311,7 @@ double KQexDofSolver::Solve(const KgeRMatrix& pTarget, double* pAngles, KgeRMatr
     return mCount == 2 && mIsDistinct ? SolveTwo(pTarget, pAngles, pReached) : SolveRepeated(pTarget, pAngles, pReached);
 }
 
-bool KQexDofSolver::Follows(ERotationOrder pOrder) const
+bool KQexDofSolver::MatchesOrder(ERotationOrder pOrder) const
 {
     const int* lAxes = KmEulerAxisRow(pOrder > eEULER_XYZ && pOrder <= eEULER_ZYX ? 2 * pOrder : 0);
     int        lNext = 0;
@@ -322,7 +322,7 @@ bool KQexDofSolver::Follows(ERotationOrder pOrder) const
     return mIsDistinct && lNext == mCount;
 }
 
-bool KQexDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
+bool KQexDofSolver::TryAngles(const double* pByAxis, double* pAngles) const
 {
     for (int i = 0; i < 3; ++i)
     {
@@ -338,7 +338,7 @@ bool KQexDofSolver::TakeAngles(const double* pByAxis, double* pAngles) const
     return mCount < 3 || std::fabs(pAngles[1]) <= kFarFromLock || std::fabs(std::remainder(pAngles[1], 180.0)) <= kFarFromLock;
 }
 
-void KQexDofSolver::Continue(double* pAngles, const double* pLast) const
+void KQexDofSolver::MakeContinuous(double* pAngles, const double* pLast) const
 {
     if (mIsComplete)
     {

@@ -27,7 +27,7 @@ public:
     double Solve(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const;
 
     /// Replaces the angles by the equivalent ones nearest to \p pLast: whole turns, and for three axes the flipped triple.
-    void Continue(double* pAngles, const double* pLast) const;
+    void MakeContinuous(double* pAngles, const double* pLast) const;
 
     /// Factor by which an error of the rotation can grow in the angles: 1 far from gimbal lock, up to 1e6 close to it.
     double GetGain(const double* pAngles) const;
@@ -39,12 +39,12 @@ public:
     /// Upper bound of the gain, without trigonometry.
     double GetGainBound(const double* pAngles) const;
 
-    /// Whether TakeAngles() can solve rotations by Euler angles in the order \p pOrder: the DOFs have different axes, in that order.
-    bool Follows(ERotationOrder pOrder) const;
+    /// Whether TryAngles() can solve rotations by Euler angles in the order \p pOrder: the DOFs have different axes, in that order.
+    bool MatchesOrder(ERotationOrder pOrder) const;
 
-    /// Shortcut for Solve(): copies the angles \p pByAxis[0 to 2] about x, y and z, in an order that Follows() accepts. False, with
+    /// Shortcut for Solve(): copies the angles \p pByAxis[0 to 2] about x, y and z, in an order that MatchesOrder() accepts. False, with
     /// \p pAngles undefined, when an axis without a DOF has an angle or gimbal lock is near.
-    bool TakeAngles(const double* pByAxis, double* pAngles) const;
+    bool TryAngles(const double* pByAxis, double* pAngles) const;
 
 private:
     double SolveOne(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const;

@@ -36,7 +36,7 @@ std::string ValidName(const std::string& pName, const char* pIfEmpty)
     {
         lName.front() = '_';
     }
-    if (KEqualsFolded(lName, "begin") || KEqualsFolded(lName, "end"))
+    if (KEqualsIgnoreCase(lName, "begin") || KEqualsIgnoreCase(lName, "end"))
     {
         lName += '_';
     }
@@ -50,7 +50,7 @@ std::string BareName(const KQexNode* pNode)
 
 bool IsMoved(const KQexNode* pNode, const KQexAnimLayer* pLayer)
 {
-    return LeavesRest(pNode->mLocalTranslation, pLayer) || LeavesRest(pNode->mLocalRotation, pLayer);
+    return DiffersFromRest(pNode->mLocalTranslation, pLayer) || DiffersFromRest(pNode->mLocalRotation, pLayer);
 }
 
 void CopyName(KQexAsfNode& pBone, const std::string& pName)
@@ -283,8 +283,9 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     {
         return;
     }
-    const bool lIsTranslated = mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
-                               (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && LeavesRest(pOrigin.mNode->mLocalTranslation, mLayer));
+    const bool lIsTranslated =
+        mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
+        (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && DiffersFromRest(pOrigin.mNode->mLocalTranslation, mLayer));
     MoveLimits(lBone);
     if (!lIsTranslated && mHasTranslations)
     {
@@ -322,7 +323,7 @@ bool KQexAsfPreparation::Run()
     {
         FindOrigins();
         WarnDroppedLeaves();
-        if (mOptions.mServe)
+        if (mOptions.mAdaptForFile)
         {
             std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
             if (!AddSharedOffset())
@@ -340,7 +341,7 @@ bool KQexAsfPreparation::Run()
     for (const KQexAsfOrigin& lOrigin : mOrigins)
     {
         SetUnit(*lOrigin.mBone);
-        if (mOptions.mServe && lOrigin.mBone != mScene->mRoot)
+        if (mOptions.mAdaptForFile && lOrigin.mBone != mScene->mRoot)
         {
             RoundBone(*lOrigin.mBone, mScene->mLengthUnit);
         }

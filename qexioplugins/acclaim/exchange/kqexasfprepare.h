@@ -16,7 +16,7 @@ struct KQexAsfOrigin
     KQexNode*    mNode; ///< The node, owned by the host scene; null for a generated bone (a dummy).
 };
 
-/// Adapts an extracted skeleton for the file: see KQexExportAcclaimOptions::mServe. Changes the model only.
+/// Adapts an extracted skeleton for the file: see KQexExportAcclaimOptions::mAdaptForFile. Changes the model only.
 class KQexAsfPreparation
 {
 public:

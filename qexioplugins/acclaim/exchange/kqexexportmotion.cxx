@@ -33,7 +33,7 @@ KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, K
     lOptions.mSampling = pResult.mSampling;
     lOptions.mRestStack = pOptions.mBasePoseFirstFrame ? pStack : nullptr;
     lOptions.mScale = pOptions.mBaseScale;
-    lOptions.mTellRate = pOptions.mTellRate;
+    lOptions.mWriteRate = pOptions.mWriteRate;
     lOptions.mThreads = pOptions.mThreads;
     if (pOptions.mProgress)
     {
@@ -117,7 +117,7 @@ bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcP
     }
     if (!MakeSampling({pRoot}, lStack, pOptions.mSampling, pResult.mSampling))
     {
-        return FailExport(pResult, pAmcPath, "No frames in the part of the take that was asked for");
+        return FailExport(pResult, pAmcPath, "No frames in the requested part of the take");
     }
     KQexFileAcclaimAmc  lAmc(false);
     KQexDiscardGuard    lGuard(lAmc);

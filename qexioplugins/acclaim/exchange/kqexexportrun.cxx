@@ -47,7 +47,7 @@ bool KQexExportRun::NeedsTranslations() const
     }
     for (const KQexNode* lNode = mRoot->GetNextInTree(mRoot); lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
     {
-        if (LeavesRest(lNode->mLocalTranslation, GetLayer()))
+        if (DiffersFromRest(lNode->mLocalTranslation, GetLayer()))
         {
             return true;
         }
@@ -149,7 +149,7 @@ bool KQexExportRun::WriteMotion(const std::string& pPath, std::string* pBuffer)
     }
     if (!MakeSampling({mRoot}, mStack, mOptions.mSampling, mResult.mSampling))
     {
-        return FailExport(mResult, pPath, "No frames in the part of the take that was asked for");
+        return FailExport(mResult, pPath, "No frames in the requested part of the take");
     }
     KQexAmcWriteOptions lOptions = MakeWriteOptions(mOptions, mStack, mResult);
     lOptions.mIsRootAligned = true;

@@ -1,7 +1,7 @@
 #include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <kbaselib/kbase/kpath.h>
-#include <qexioplugins/acclaim/exchange/kqexasfremarks.h>
+#include <qexioplugins/acclaim/exchange/kqexasfwarnings.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
 #include <cstring>

@@ -1,9 +1,6 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFCONSTANTS_H
 #define QEXIOPLUGINS_ACCLAIM_MODEL_KQEXASFCONSTANTS_H
 
-#include <cstddef>
-#include <cstring>
-
 /// \file
 /// Constants of skeletons and motion: sizes of names and lists, the unit of lengths, the root's name.
 
@@ -20,12 +17,6 @@ inline constexpr double kCentimetresPerInch = 2.54;
 
 /// The name that the root has in the model and in hierarchies; no bone may have it.
 inline constexpr char kRootName[] = "root";
-
-/// Whether the \p pLength characters at \p pName are the root's name.
-inline bool IsRootName(const char* pName, size_t pLength)
-{
-    return pLength == sizeof(kRootName) - 1 && std::memcmp(pName, kRootName, pLength) == 0;
-}
 
 } // namespace qexsdk
 

@@ -46,7 +46,7 @@ TEST_P(KLongLineTest, EndsInBoundedMemory)
     {
         size_t      lSent = 0;
         KRunOptions lOptions;
-        lOptions.mFeed = [&lSent](int pPipe)
+        lOptions.mWriteInput = [&lSent](int pPipe)
         {
             constexpr size_t  kAll = size_t(2) << 30;
             const std::string lHead = GetParam().mHead;

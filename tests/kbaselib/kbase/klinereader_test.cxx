@@ -290,7 +290,7 @@ TEST(KLineReader, MemoryDoesNotGrowWithTheInput)
 TEST(KLineReader, NoMemoryIsReportedAndNothingLeaks)
 {
     const std::string lText(300000, 'x');
-    for (long i = 0; i < 4; ++i)
+    for (long i = 0; i < 5; ++i)
     {
         KMemoryWatch lWatch;
         lWatch.FailAfter(i);

@@ -51,7 +51,7 @@ TEST(AcclaimDefaults, MotionFile)
 
     const KQexAmcWriteOptions lWrite;
     EXPECT_EQ(lWrite.mScale, 1.0);
-    EXPECT_FALSE(lWrite.mIsRootAligned || lWrite.mTellRate);
+    EXPECT_FALSE(lWrite.mIsRootAligned || lWrite.mWriteRate);
     EXPECT_EQ(lWrite.mThreads, 0);
 }
 
@@ -73,7 +73,7 @@ TEST(AcclaimDefaults, Exporter)
     EXPECT_EQ(lOptions.mStack, nullptr);
     EXPECT_EQ(lOptions.mTranslations, eTRANSLATION_DOFS_MOVING);
     EXPECT_EQ(lOptions.mBaseScale, 1.0);
-    EXPECT_FALSE(lOptions.mBasePoseFirstFrame || lOptions.mTellRate);
+    EXPECT_FALSE(lOptions.mBasePoseFirstFrame || lOptions.mWriteRate);
     EXPECT_EQ(lOptions.mLengthUnit, 1.0);
     EXPECT_EQ(lOptions.mThreads, 0);
     const KQexExportAcclaimResult lResult;

@@ -268,22 +268,22 @@ TEST_P(KLargeTreeTest, FitsInASmallStack)
     const int lCount = 100000;
     for (size_t lStack : kStackSizes)
     {
-        RunInStack(lStack,
-                   [&]
-                   {
-                       const std::vector<KQexAsfNode*> lBones = RandomBones(GetParam(), lCount, 7, true);
-                       KQexAsfNode*                    lRoot = lBones[0];
-                       EXPECT_EQ(lRoot->Find("b99999"), lBones[99999]);
-                       EXPECT_EQ(lRoot->Find("nobody"), nullptr);
-                       lRoot->SetupPosition(false, false);
-                       lRoot->SetupPosition(true, true);
-                       lRoot->SetupPosition(false, false);
-                       lRoot->RemoveDummy(false, false);
-                       lRoot->RemoveEndSite();
-                       lRoot->StartSamplingData();
-                       lRoot->StopSamplingData();
-                       QexSdkDelete(lRoot);
-                   });
+        RunWithStackSize(lStack,
+                         [&]
+                         {
+                             const std::vector<KQexAsfNode*> lBones = RandomBones(GetParam(), lCount, 7, true);
+                             KQexAsfNode*                    lRoot = lBones[0];
+                             EXPECT_EQ(lRoot->Find("b99999"), lBones[99999]);
+                             EXPECT_EQ(lRoot->Find("nobody"), nullptr);
+                             lRoot->SetupPosition(false, false);
+                             lRoot->SetupPosition(true, true);
+                             lRoot->SetupPosition(false, false);
+                             lRoot->RemoveDummy(false, false);
+                             lRoot->RemoveEndSite();
+                             lRoot->StartSamplingData();
+                             lRoot->StopSamplingData();
+                             QexSdkDelete(lRoot);
+                         });
     }
 }
 

@@ -114,8 +114,8 @@ class KExportRoundTripTest : public testing::TestWithParam<int>
 
 TEST_P(KExportRoundTripTest, RandomTreesKeepTheirPositions)
 {
-    std::mt19937 lRandom(static_cast<unsigned>(4000 + GetParam()));
-    KRandomTree  lTree;
+    std::mt19937       lRandom(static_cast<unsigned>(4000 + GetParam()));
+    KRandomTreeOptions lTree;
     lTree.mNodes = 1 + 4 * GetParam();
     lTree.mTranslations = GetParam() % 2 == 0;
     const KScenePtr          lScene = MakeScene();
@@ -141,7 +141,7 @@ TEST(KExportMotion, NamesItsSkeletonFile)
 {
     std::mt19937    lRandom(3);
     const KScenePtr lScene = MakeScene();
-    KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
+    KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
     const KTempDir  lDir;
     EXPECT_EQ(ExportTexts(lDir, lRoot).mAmc.compare(0, 18, "#!OML:ASF out.asf\n"), 0);
 

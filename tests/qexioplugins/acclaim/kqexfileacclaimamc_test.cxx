@@ -121,13 +121,13 @@ INSTANTIATE_TEST_SUITE_P(
                     KAmcCase{"a jump", SmallFrame(1, 1) + SmallFrame(1000000001, 2), true,
                              std::string(kFull1) + "1000000001@1e+09 root(2) a(3 4) b(5) c(6 7)\n", ""},
                     KAmcCase{"a repeat", kTwo + SmallFrame(2, 3), true, kTwoFrames + "2@1 late root(3) a(4 5) b(6) c(7 8)\n",
-                             "W11 Frame 2 comes after frame 2, what comes later holds\n"},
+                             "W11 Frame 2 comes after frame 2, the last one wins\n"},
                     KAmcCase{"going back warns once", kTwo + SmallFrame(1, 3) + SmallFrame(2, 3) + SmallFrame(3, 3), true,
                              kTwoFrames + "1@0 late root(3) a(4 5) b(6) c(7 8)\n2@1 late root(3) a(4 5) b(6) c(7 8)\n" + kFull3,
-                             "W11 Frame 1 comes after frame 2, what comes later holds\n"},
+                             "W11 Frame 1 comes after frame 2, the last one wins\n"},
                     KAmcCase{"going back below the first", SmallFrame(5, 1) + SmallFrame(4, 2), true,
                              "5@0 root(1) a(2 3) b(4) c(5 6)\n4@-1 late root(2) a(3 4) b(5) c(6 7)\n",
-                             "W6 Frame 4 comes after frame 5, what comes later holds\n"},
+                             "W6 Frame 4 comes after frame 5, the last one wins\n"},
                     KAmcCase{"too far", kTwo + SmallFrame(9223372036854775807, 3), false, kTwoFrames,
                              "E11 Frame number 9223372036854775807 is too far from the first, 1\n"},
                     KAmcCase{"beyond what a number holds", kTwo + "99999999999999999999\nroot 1\n", false, kTwoFrames,
@@ -148,10 +148,10 @@ INSTANTIATE_TEST_SUITE_P(
                              ":FRAME-RANGE 1 2\n:ASF-FILE x y.asf\n:ASF-PATH /a\n:SAMPLES-PER-SECOND 120\n" + kTwo, true, kTwoFrames, ""},
                     KAmcCase{"invalid values", ":FRAME-RANGE 1\n:ASF-FILE\n:SAMPLES-PER-SECOND 0\n:SAMPLES-PER-SECOND fast\n" + kTwo, true,
                              kTwoFrames,
-                             "W1 Can't use the value of :FRAME-RANGE (1)\nW2 Can't use the value of :ASF-FILE ()\n"
-                             "W3 Can't use the value of :SAMPLES-PER-SECOND (0)\nW4 Can't use the value of :SAMPLES-PER-SECOND (fast)\n"},
+                             "W1 Invalid value of :FRAME-RANGE (1)\nW2 Invalid value of :ASF-FILE ()\n"
+                             "W3 Invalid value of :SAMPLES-PER-SECOND (0)\nW4 Invalid value of :SAMPLES-PER-SECOND (fast)\n"},
                     KAmcCase{"both angle units", ":DEGREES\n:RADIANS\n" + kTwo, true, kTwoFrames,
-                             "W2 Angles in degrees and in radians, the later word (:RADIANS) holds\n"},
+                             "W2 Angles in degrees and in radians, the last one (:RADIANS) wins\n"},
                     KAmcCase{"words after the first frame",
                              SmallFrame(1, 1) + ":DEGREES\n:FULLY-SPECIFIED\n:RADIANS\n:DEGREES\n" + SmallFrame(2, 2), true, kTwoFrames,
                              "W6 Ignoring :DEGREES after the first frame\nW8 Ignoring :RADIANS after the first frame\n"}));
@@ -169,12 +169,12 @@ INSTANTIATE_TEST_SUITE_P(
         KAmcCase{
             "too many values, each bone once", ReplacedAll(kTwo, " 99 ", " 99 1 ") + "3\nroot 1 2 3\na 1 2 x\nb 1\nc 1 2 3 4\n", true,
             "1@0 root(1) a(2 3) b(4) c(5 1)\n2@1 root(2) a(3 4) b(5) c(6 1)\n3@2 root(1) a(1 2) b(1) c(1 3)\n",
-            "W5 Bone c has more than 3 values, ignoring the others (6)\nW12 Bone root has more than 1 values, ignoring the others (2 3)\n"
+            "W5 Bone c has more than 3 values, ignoring the others (6)\nW12 Bone root has more than 1 value, ignoring the others (2 3)\n"
             "W13 Bone a has more than 2 values, ignoring the others (x)\n"},
         KAmcCase{"values of a bone without a DOF", "1\nroot 1\na 2 3\nb 4\nc 5 99 6\nd 1\n" + SmallFrame(2, 2), true, kTwoFrames,
                  "W6 Bone d has more than 0 values, ignoring the others (1)\n"},
         KAmcCase{"twice in one frame", "1\nroot 7\na 2 3\nb 4\nc 5 99 6\nroot 1\n" + SmallFrame(2, 2), true, kTwoFrames,
-                 "W6 Bone root stands twice in frame 1, what comes later holds\n"}));
+                 "W6 Bone root appears twice in frame 1, the last one wins\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, KAmcTest,
@@ -184,16 +184,14 @@ INSTANTIATE_TEST_SUITE_P(
         KAmcCase{"too few values with an l", kTwo + "3\nc 7 8\n", false, kTwoFrames,
                  "E12 Bone c: 3 values expected (rz l ry), only 2 found\n"},
         KAmcCase{"not a number", kTwo + "3\nroot 3\na 4 x5\nb 6\nc 7 99 8\n", false, kTwoFrames,
-                 "E13 Bone a: a number expected for ry of (rx ry), not (x5)\n"},
+                 "E13 Bone a: number expected for ry of (rx ry), not (x5)\n"},
         KAmcCase{"a number with a suffix", kTwo + "3\nroot 3,5\n", false, kTwoFrames,
-                 "E12 Bone root: a number expected for tx of (tx), not (3,5)\n"},
-        KAmcCase{"not finite", kTwo + "3\nroot nan\n", false, kTwoFrames, "E12 Bone root: a number expected for tx of (tx), not (nan)\n"},
-        KAmcCase{"too large", kTwo + "3\nroot 1e999\n", false, kTwoFrames,
-                 "E12 Bone root: a number expected for tx of (tx), not (1e999)\n"},
-        KAmcCase{"hexadecimal", kTwo + "3\nroot 0x10\n", false, kTwoFrames,
-                 "E12 Bone root: a number expected for tx of (tx), not (0x10)\n"},
+                 "E12 Bone root: number expected for tx of (tx), not (3,5)\n"},
+        KAmcCase{"not finite", kTwo + "3\nroot nan\n", false, kTwoFrames, "E12 Bone root: number expected for tx of (tx), not (nan)\n"},
+        KAmcCase{"too large", kTwo + "3\nroot 1e999\n", false, kTwoFrames, "E12 Bone root: number expected for tx of (tx), not (1e999)\n"},
+        KAmcCase{"hexadecimal", kTwo + "3\nroot 0x10\n", false, kTwoFrames, "E12 Bone root: number expected for tx of (tx), not (0x10)\n"},
         KAmcCase{"l is not a number", kTwo + "3\nc 1 l 3\n", false, kTwoFrames,
-                 "E12 Bone c: a number expected for l of (rz l ry), not (l)\n"},
+                 "E12 Bone c: number expected for l of (rz l ry), not (l)\n"},
         KAmcCase{"good frames kept", kTwo + "3\nroot 3\na 4\nb 6\nc 7 99 8\n4\n", true, kTwoFrames,
                  "E13 Bone a: 2 values expected (rx ry), only 1 found\n", true},
         KAmcCase{"no good frame to keep", "3\nroot 3\na 4\n", false, "", "E3 Bone a: 2 values expected (rx ry), only 1 found\n", true},
@@ -275,7 +273,7 @@ TEST(KQexFileAcclaimAmc, RefusesInvalidRates)
         lOptions.mSamplesPerSecond = lRate;
         const KAmcOutcome lOutcome = ReadAmc(kTwo, lOptions);
         EXPECT_FALSE(lOutcome.mOk) << lRate;
-        EXPECT_EQ(lOutcome.mMessages.substr(0, 12), "E1 Can't use") << lRate;
+        EXPECT_EQ(lOutcome.mMessages.substr(0, 15), "E1 Invalid rate") << lRate;
     }
 }
 
@@ -525,7 +523,8 @@ TEST(KQexFileAcclaimAmc, FramesTooFarApartForTimeAreRefused)
         EXPECT_FALSE(lOutcome.mOk);
         const size_t lLast = lOutcome.mMessages.rfind('E');
         ASSERT_NE(lLast, std::string::npos);
-        EXPECT_EQ(lOutcome.mMessages.substr(lLast), lCase.mMessage == nullptr ? "E1 Can't use 1e-11 samples a second\n" : lCase.mMessage);
+        EXPECT_EQ(lOutcome.mMessages.substr(lLast),
+                  lCase.mMessage == nullptr ? "E1 Invalid rate: 1e-11 samples per second\n" : lCase.mMessage);
     }
 }
 

@@ -281,7 +281,7 @@ TEST(KQexImporterAcclaim, ATruncatedSkeletonIsExplained)
     KSetup lSetup;
     EXPECT_FALSE(KQexImporterAcclaim::Import(lSetup.mScene.get(), (lFolder / "cut.asf").c_str(), nullptr, {}, lSetup.mResult));
     EXPECT_EQ(Texts(lSetup.mResult.mMessages),
-              "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins in line 13\n");
+              "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins at line 13\n");
 
     // Standard input can't be read again to find the section.
     KStandardInput lInput(kAsf.substr(0, kAsf.find("id 2")));
@@ -577,15 +577,14 @@ INSTANTIATE_TEST_SUITE_P(
         KFailCase{"no name",
                   Replaced(kAsf, ":name small", ":name"),
                   {},
-                  "E2 The skeleton is incomplete: reading ended in the section :name that begins in line 2\n"},
+                  "E2 The skeleton is incomplete: reading ended in the section :name that begins at line 2\n"},
         KFailCase{"cut in the bones",
                   kAsf.substr(0, kAsf.find("id 2")),
                   {},
-                  "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins in line 13\n"},
+                  "E13 The skeleton is incomplete: reading ended in the section :bonedata that begins at line 13\n"},
+        KFailCase{"an error in the motion", kAsf, {SmallFrame(1, 1) + "2\nb x\n"}, "E7 Bone b: number expected for rx of (rx), not (x)\n"},
         KFailCase{
-            "an error in the motion", kAsf, {SmallFrame(1, 1) + "2\nb x\n"}, "E7 Bone b: a number expected for rx of (rx), not (x)\n"},
-        KFailCase{
-            "an error in the second motion", kAsf, {kThree, kThree + "4\nroot\n"}, "E17 Bone root: 1 values expected (tx), only 0 found\n"},
+            "an error in the second motion", kAsf, {kThree, kThree + "4\nroot\n"}, "E17 Bone root: 1 value expected (tx), only 0 found\n"},
         KFailCase{"no frame", kAsf, {":DEGREES\n"}, "E1 The motion has no complete frame\n"}));
 
 TEST(KQexImporterAcclaim, KeepsGoodFrames)
@@ -710,25 +709,23 @@ TEST_P(KImportWarningTest, WarnsOnceAboutWhatIsNotCarriedAsExpected)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, KImportWarningTest,
-    testing::Values(KWarningCase{"", "", true, ""},
-                    KWarningCase{"position 0 0 0", "position 0 1 0", false,
-                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                 "may not be where it is expected (root)\n"},
-                    KWarningCase{"position 0 0 0", "position 0 0 1", false,
-                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                 "may not be where it is expected (root)\n"},
-                    KWarningCase{"orientation 0 0 0", "orientation 0 0 9", false,
-                                 "W0 The root's position or orientation is not zero and is carried as it stands, which "
-                                 "may not be where it is expected (root)\n"},
-                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 XZY\n    dof rx\n", false,
-                                 "W0 An axis word has another rotation than its letters say (b)\n"},
-                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 0 0 XZY\n    dof rx\n", false, ""},
-                    KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 ZYX\n    dof rx\n", false, ""},
-                    KWarningCase{"dof rx ry", "dof rx ry rx", true,
-                                 "W0 A rotation axis is listed twice and its angles are added up by the pre-rotation (a)\n"},
-                    KWarningCase{"dof rx ry", "dof rx ry rx", false, ""},
-                    // The second line replaces the first, whose other words no longer count.
-                    KWarningCase{"dof rx ry", "dof ry rx rx rx\n    dof ry rx", true, ""}));
+    testing::Values(
+        KWarningCase{"", "", true, ""},
+        KWarningCase{"position 0 0 0", "position 0 1 0", false,
+                     "W0 The root's position or orientation is not zero; it is imported as it is, which may misplace the figure (root)\n"},
+        KWarningCase{"position 0 0 0", "position 0 0 1", false,
+                     "W0 The root's position or orientation is not zero; it is imported as it is, which may misplace the figure (root)\n"},
+        KWarningCase{"orientation 0 0 0", "orientation 0 0 9", false,
+                     "W0 The root's position or orientation is not zero; it is imported as it is, which may misplace the figure (root)\n"},
+        KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 XZY\n    dof rx\n", false,
+                     "W0 An axis word means another order than its letters (b)\n"},
+        KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 0 0 XZY\n    dof rx\n", false, ""},
+        KWarningCase{"axis 0 0 0 XYZ\n    dof rx\n", "axis 0 5 0 ZYX\n    dof rx\n", false, ""},
+        KWarningCase{"dof rx ry", "dof rx ry rx", true,
+                     "W0 A rotation axis is listed twice; with pre-rotation its angles are summed (a)\n"},
+        KWarningCase{"dof rx ry", "dof rx ry rx", false, ""},
+        // The second line replaces the first, whose other words no longer count.
+        KWarningCase{"dof rx ry", "dof ry rx rx rx\n    dof ry rx", true, ""}));
 
 TEST(KQexImporterAcclaim, WarningsCountTheBonesAfterTheFirst)
 {
@@ -741,7 +738,7 @@ TEST(KQexImporterAcclaim, WarningsCountTheBonesAfterTheFirst)
     }
     ASSERT_TRUE(lSetup.Import(lText + ":hierarchy\nbegin\nroot a b c\nend\n", {}));
     EXPECT_EQ(Texts(lSetup.mResult.mMessages), "W0 A leaf without a degree of freedom is removed and its length lost (a and 2 more)\n"
-                                               "W0 An axis word has another rotation than its letters say (a and 2 more)\n");
+                                               "W0 An axis word means another order than its letters (a and 2 more)\n");
 }
 
 /// Fails the only allocation that dummy removal needs: a skeleton that keeps its dummies is an error.
@@ -782,7 +779,7 @@ TEST(KQexImporterAcclaim, ReadSkeletonReturnsTheScene)
     EXPECT_EQ(lResult.mSkeletonNotes.mRemovedBones, std::vector<std::string>{"d"});
     ASSERT_EQ(lResult.mSkeletonNotes.mLengthDofs.size(), 1U);
     EXPECT_EQ(lResult.mSkeletonNotes.mLengthDofs[0].mBone, "c");
-    EXPECT_EQ(lResult.mSkeletonNotes.mLengthDofs[0].mPlace, 1);
+    EXPECT_EQ(lResult.mSkeletonNotes.mLengthDofs[0].mIndex, 1);
 }
 
 } // namespace

@@ -330,8 +330,8 @@ class KBvhRoundTripTest : public testing::TestWithParam<int>
 
 TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
 {
-    std::mt19937 lRandom(static_cast<unsigned>(1000 + GetParam()));
-    KRandomTree  lTree;
+    std::mt19937       lRandom(static_cast<unsigned>(1000 + GetParam()));
+    KRandomTreeOptions lTree;
     lTree.mNodes = 1 + 3 * GetParam();
     lTree.mScaling = GetParam() % 4 == 3;
     lTree.mTranslations = GetParam() % 2 == 0;
@@ -401,8 +401,8 @@ TEST(BvhWrite, SmallSceneByteForByte)
 
 TEST(BvhWrite, OutputDoesNotDependOnThreads)
 {
-    std::mt19937 lRandom(7);
-    KRandomTree  lTree;
+    std::mt19937       lRandom(7);
+    KRandomTreeOptions lTree;
     lTree.mFrames = 700;
     const KScenePtr     lScene = MakeScene();
     KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
@@ -420,7 +420,7 @@ TEST(BvhWrite, ZUpRotatesTheScene)
 {
     std::mt19937        lRandom(9);
     const KScenePtr     lScene = MakeScene();
-    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
+    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
     KQexBvhWriteOptions lOptions;
     lOptions.mZUp = true;
     const std::string lText = WriteText(lScene.get(), lRoot, lOptions);
@@ -510,8 +510,8 @@ TEST(BvhWrite, AChannelValueOtherThanRestIsMotion)
 
 TEST(BvhWrite, CancelsInTheMiddle)
 {
-    std::mt19937 lRandom(7);
-    KRandomTree  lTree;
+    std::mt19937       lRandom(7);
+    KRandomTreeOptions lTree;
     lTree.mFrames = 700;
     const KScenePtr     lScene = MakeScene();
     KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
@@ -577,7 +577,7 @@ TEST(BvhSampling, UsesTheRateOfTheKeysByDefault)
 {
     std::mt19937        lRandom(3);
     const KScenePtr     lScene = MakeScene();
-    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
+    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
     KQexAnimStack*      lStack = lScene->FindAnimStack("take");
     KQexSampling        lSampling;
     KQexSamplingRequest lRequest;

@@ -74,9 +74,9 @@ int KAssimpScene::GetAnimationCount() const
     return mScene != nullptr ? static_cast<int>(mScene->mNumAnimations) : 0;
 }
 
-KPlaces KAssimpScene::PositionsAt(int pAnimation, double pSeconds) const
+KJointPositions KAssimpScene::PositionsAt(int pAnimation, double pSeconds) const
 {
-    KPlaces lPositions;
+    KJointPositions lPositions;
     if (mScene == nullptr || pAnimation >= GetAnimationCount())
     {
         return lPositions;

@@ -23,7 +23,7 @@ public:
     int GetAnimationCount() const;
 
     /// Global positions of the nodes at \p pSeconds of an animation (-1: rest pose), in the file's units.
-    KPlaces PositionsAt(int pAnimation, double pSeconds) const;
+    KJointPositions PositionsAt(int pAnimation, double pSeconds) const;
 
 private:
     std::unique_ptr<Assimp::Importer> mImporter;

@@ -83,7 +83,7 @@ private:
 };
 
 /// The largest distance between a bone's start and its expected position, as a fraction of the figure's height. Fails for a missing bone.
-double LargestDistance(const KWorldFrame& pFrame, const KPlaces& pPositions, double pFactor)
+double LargestDistance(const KWorldFrame& pFrame, const KJointPositions& pPositions, double pFactor)
 {
     double lLargest = 0.0;
     for (const auto& [lName, lStart] : pFrame.mStarts)
@@ -136,9 +136,9 @@ TEST(Clients, AssimpMatchesTheWorldPositions)
     }
 }
 
-KPlaces PositionsOf(const nlohmann::json& pBones)
+KJointPositions PositionsOf(const nlohmann::json& pBones)
 {
-    KPlaces lPositions;
+    KJointPositions lPositions;
     for (const auto& [lName, lHead] : pBones.items())
     {
         lPositions[lName] = {lHead[0].get<double>(), lHead[1].get<double>(), lHead[2].get<double>()};

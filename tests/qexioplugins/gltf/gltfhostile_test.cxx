@@ -22,8 +22,8 @@ class KTargetScene
 public:
     KTargetScene()
     {
-        std::mt19937 lRandom(3);
-        KRandomTree  lTree;
+        std::mt19937       lRandom(3);
+        KRandomTreeOptions lTree;
         lTree.mNodes = 3;
         MakeRandomTree(lRandom, mScene.get(), lTree);
         mStack = mScene->GetEvaluator()->GetContext();

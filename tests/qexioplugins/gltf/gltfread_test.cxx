@@ -18,7 +18,7 @@ namespace
 class KRandomScene
 {
 public:
-    KRandomScene(unsigned pSeed, const KRandomTree& pOptions)
+    KRandomScene(unsigned pSeed, const KRandomTreeOptions& pOptions)
     {
         std::mt19937 lRandom(pSeed);
         mScene = MakeScene();
@@ -70,7 +70,7 @@ class KQexGltfRoundTripTest : public testing::TestWithParam<unsigned>
 
 TEST_P(KQexGltfRoundTripTest, KeepsTheTransformOfEveryNodeAtEveryFrame)
 {
-    KRandomTree lTree;
+    KRandomTreeOptions lTree;
     lTree.mNodes = 1 + static_cast<int>(GetParam() * 7 % 40);
     lTree.mScaling = GetParam() % 3 == 1;
     lTree.mPivots = GetParam() % 2 == 0;
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Seeds, KQexGltfRoundTripTest, testing::Range(1u, 25u));
 
 TEST(GltfRoundTrip, BothFormatsGiveTheSameScene)
 {
-    KRandomScene   lSource(77, KRandomTree());
+    KRandomScene   lSource(77, KRandomTreeOptions());
     const KTempDir lFolder;
     for (const char* lName : {"a walk.glb", "a walk: 100%.gltf"})
     {
@@ -108,7 +108,7 @@ TEST(GltfRoundTrip, BothFormatsGiveTheSameScene)
 
 TEST(GltfRoundTrip, KeepsEveryTake)
 {
-    KRandomScene lSource(78, KRandomTree());
+    KRandomScene lSource(78, KRandomTreeOptions());
     std::mt19937 lRandom(79);
     for (const char* lName : {"run", "jump"})
     {
@@ -141,7 +141,7 @@ TEST(GltfRoundTrip, KeepsEveryTake)
 
 TEST(GltfRoundTrip, KeepsLimitsPivotsAndDegreesOfFreedomInExtras)
 {
-    KRandomTree lTree;
+    KRandomTreeOptions lTree;
     lTree.mNodes = 6;
     KRandomScene lSource(80, lTree);
     KQexLimits&  lFrom = lSource.mRoot->GetLimits().mRotationLimits;

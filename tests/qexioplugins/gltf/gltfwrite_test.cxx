@@ -198,9 +198,9 @@ TEST(GltfWrite, ATakeWithoutMotionIsSkippedWithAWarning)
 
 TEST(GltfWrite, CancelsAtAnyStepAndKeepsTheOldFile)
 {
-    std::mt19937    lRandom(5);
-    const KScenePtr lScene = MakeScene();
-    KRandomTree     lTree;
+    std::mt19937       lRandom(5);
+    const KScenePtr    lScene = MakeScene();
+    KRandomTreeOptions lTree;
     lTree.mNodes = 40;
     KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
     KQexGltfWriteOptions lOptions;

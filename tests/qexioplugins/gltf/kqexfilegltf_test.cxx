@@ -19,7 +19,7 @@ TEST(GltfWrite, TheBinaryHeaderHasTheFileSize)
 {
     std::mt19937         lRandom(5);
     const KScenePtr      lScene = MakeScene();
-    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTree());
+    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
     KQexGltfWriteOptions lOptions;
     lOptions.mTakes.resize(1);
     lOptions.mTakes[0].mStack = lScene->FindAnimStack("take");

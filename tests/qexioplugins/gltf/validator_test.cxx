@@ -20,8 +20,8 @@ const std::string kModules = std::string(QEX_SOURCE_DIR) + "/build/npm/node_modu
 /// Writes a random scene in both formats and adds the paths to \p pFiles.
 void WriteScene(unsigned pSeed, const KTempDir& pFolder, std::vector<std::string>& pFiles)
 {
-    std::mt19937 lRandom(pSeed);
-    KRandomTree  lTree;
+    std::mt19937       lRandom(pSeed);
+    KRandomTreeOptions lTree;
     lTree.mNodes = 1 + static_cast<int>(pSeed * 11 % 60);
     lTree.mFrames = pSeed % 5 == 4 ? 1 : 30;
     lTree.mScaling = pSeed % 3 == 0;

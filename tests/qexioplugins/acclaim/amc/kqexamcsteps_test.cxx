@@ -23,7 +23,7 @@ class KAmcStepsTest : public testing::TestWithParam<bool>
 protected:
     KAmcStepsTest()
     {
-        KRandomTree lTree;
+        KRandomTreeOptions lTree;
         lTree.mNodes = kNodes;
         lTree.mFrames = kFrames;
         lTree.mScaling = GetParam();
@@ -49,21 +49,21 @@ protected:
     {
         KQexAmcStep      lStep;
         const KQexMatrix lGlobal = mScene->GetEvaluator()->GetNodeGlobalTransform(pJoint.mNode, pTime);
-        lGlobal.GetRotation(lStep.mTurn);
-        KmVset(lStep.mReach, lGlobal.mData[3].mData);
-        if (pJoint.mFrom >= 0)
+        lGlobal.GetRotation(lStep.mRotation);
+        KmVset(lStep.mTranslation, lGlobal.mData[3].mData);
+        if (pJoint.mParent >= 0)
         {
             const KQexMatrix lFromGlobal =
-                mScene->GetEvaluator()->GetNodeGlobalTransform(mJoints[static_cast<size_t>(pJoint.mFrom)].mNode, pTime);
+                mScene->GetEvaluator()->GetNodeGlobalTransform(mJoints[static_cast<size_t>(pJoint.mParent)].mNode, pTime);
             KgeRMatrix lInverse;
             lFromGlobal.GetRotation(lInverse);
             KgeInverse(lInverse, lInverse);
-            KgeMult(lStep.mTurn, lInverse, lStep.mTurn);
+            KgeMult(lStep.mRotation, lInverse, lStep.mRotation);
             for (int i = 0; i < 3; ++i)
             {
-                lStep.mReach[i] -= lFromGlobal.mData[3].mData[i];
+                lStep.mTranslation[i] -= lFromGlobal.mData[3].mData[i];
             }
-            KmRV(lStep.mReach, lInverse.mData, lStep.mReach);
+            KmRV(lStep.mTranslation, lInverse.mData, lStep.mTranslation);
         }
         return lStep;
     }
@@ -72,10 +72,10 @@ protected:
     {
         for (int i = 0; i < 3; ++i)
         {
-            EXPECT_NEAR(pStep.mReach[i], pExpected.mReach[i], 1e-8);
+            EXPECT_NEAR(pStep.mTranslation[i], pExpected.mTranslation[i], 1e-8);
             for (int j = 0; j < 3; ++j)
             {
-                EXPECT_NEAR(pStep.mTurn.mData[i][j], pExpected.mTurn.mData[i][j], 1e-11);
+                EXPECT_NEAR(pStep.mRotation.mData[i][j], pExpected.mRotation.mData[i][j], 1e-11);
             }
         }
     }
@@ -89,7 +89,7 @@ protected:
 
 TEST_P(KAmcStepsTest, MatchGlobalTransforms)
 {
-    KQexAmcMoment lMoment;
+    KQexAmcStepState lMoment;
     for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
     {
         ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lMoment));
@@ -108,13 +108,13 @@ TEST_P(KAmcStepsTest, FixedReachesNeverChange)
     int lFixed = 0;
     for (size_t i = 0; i < mJoints.size(); ++i)
     {
-        if (mSteps.IsReachFixed(i))
+        if (mSteps.IsTranslationFixed(i))
         {
             const KQexAmcStep lFirst = Expected(mJoints[i], FrameTime(0));
             const KQexAmcStep lLast = Expected(mJoints[i], FrameTime(kFrames - 1));
             for (int k = 0; k < 3; ++k)
             {
-                EXPECT_NEAR(lFirst.mReach[k], lLast.mReach[k], 1e-8) << mJoints[i].mNode->GetName();
+                EXPECT_NEAR(lFirst.mTranslation[k], lLast.mTranslation[k], 1e-8) << mJoints[i].mNode->GetName();
             }
             ++lFixed;
         }

@@ -138,7 +138,7 @@ TEST_P(KDofSolverTest, ContinueKeepsTheRotation)
         const std::vector<double> lLast = RandomAngles();
         std::vector<double>       lAngles = RandomAngles();
         const KgeRMatrix          lBefore = Compose(lAngles);
-        mSolver.Continue(lAngles.data(), lLast.data());
+        mSolver.MakeContinuous(lAngles.data(), lLast.data());
         EXPECT_LT(AngleBetween(lBefore, Compose(lAngles)), 1e-6);
         for (size_t j = 0; j < lAngles.size(); ++j)
         {
@@ -151,7 +151,7 @@ TEST_P(KDofSolverTest, TakeAnglesAgreesWithSolve)
 {
     for (const ERotationOrder lOrder : {eEULER_XYZ, eEULER_XZY, eEULER_YZX, eEULER_YXZ, eEULER_ZXY, eEULER_ZYX})
     {
-        for (int i = 0; i < 50 && mSolver.Follows(lOrder); ++i)
+        for (int i = 0; i < 50 && mSolver.MatchesOrder(lOrder); ++i)
         {
             const std::vector<double> lAngles = RandomAngles();
             double                    lByAxis[3] = {0.0, 0.0, 0.0};
@@ -166,10 +166,10 @@ TEST_P(KDofSolverTest, TakeAnglesAgreesWithSolve)
             double     lTaken[6] = {};
             double     lSolved[6] = {};
             KgeRMatrix lReached;
-            if (mSolver.TakeAngles(lByAxis, lTaken))
+            if (mSolver.TryAngles(lByAxis, lTaken))
             {
                 EXPECT_LT(mSolver.Solve(Compose(lAngles), lSolved, lReached), 1e-9);
-                mSolver.Continue(lSolved, lTaken);
+                mSolver.MakeContinuous(lSolved, lTaken);
             }
             for (int k = 0; k < mSolver.GetCount(); ++k)
             {
@@ -198,13 +198,13 @@ TEST(KDofSolverTakeAngles, RefusesWhatItCannotDecide)
     const double        lSteep[3] = {10.0, 630.5, 20.0};
     const double        lTwisted[3] = {10.0, 0.0, 1e-9};
     double              lAngles[3];
-    EXPECT_TRUE(lSolver.Follows(eEULER_XYZ));
-    EXPECT_FALSE(lSolver.Follows(eEULER_XZY));
-    EXPECT_TRUE(lHinge.Follows(eEULER_ZYX));
-    EXPECT_FALSE(lSolver.TakeAngles(lLocked, lAngles));
-    EXPECT_FALSE(lSolver.TakeAngles(lSteep, lAngles));
-    EXPECT_TRUE(lSolver.TakeAngles(lTwisted, lAngles));
-    EXPECT_FALSE(lHinge.TakeAngles(lTwisted, lAngles));
+    EXPECT_TRUE(lSolver.MatchesOrder(eEULER_XYZ));
+    EXPECT_FALSE(lSolver.MatchesOrder(eEULER_XZY));
+    EXPECT_TRUE(lHinge.MatchesOrder(eEULER_ZYX));
+    EXPECT_FALSE(lSolver.TryAngles(lLocked, lAngles));
+    EXPECT_FALSE(lSolver.TryAngles(lSteep, lAngles));
+    EXPECT_TRUE(lSolver.TryAngles(lTwisted, lAngles));
+    EXPECT_FALSE(lHinge.TryAngles(lTwisted, lAngles));
 }
 
 TEST(KDofSolverGain, TwoDofsAreNotRounded)

@@ -293,7 +293,7 @@ TEST(AsfReadBone, LengthDofsAreRecorded)
         std::string lRecorded;
         for (const KQexAsfLengthDof& lDof : lFile.GetLengthDofs())
         {
-            lRecorded += lDof.mBone + std::to_string(lDof.mPlace) + " ";
+            lRecorded += lDof.mBone + std::to_string(lDof.mIndex) + " ";
         }
         EXPECT_EQ(lRecorded, "a0 a2 c2 ");
     }

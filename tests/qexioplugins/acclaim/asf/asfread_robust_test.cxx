@@ -338,13 +338,13 @@ class KAsfReadManyTest : public testing::TestWithParam<size_t>
 /// Reads and writes pText on a small stack. pDepth is the depth of the last bone.
 void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
 {
-    RunInStack(pStack,
-               [&]
-               {
-                   KAsfReading lReading;
-                   ASSERT_TRUE(lReading.ReadText(pText, true));
-                   EXPECT_EQ(lReading.mWarningCount, 0);
-               });
+    RunWithStackSize(pStack,
+                     [&]
+                     {
+                         KAsfReading lReading;
+                         ASSERT_TRUE(lReading.ReadText(pText, true));
+                         EXPECT_EQ(lReading.mWarningCount, 0);
+                     });
     KAsfReading lReading;
     ASSERT_TRUE(lReading.ReadText(pText));
     const std::vector<HKQexAsfNode> lNodes = PreOrder(lReading.mScene->mRoot);
@@ -355,7 +355,7 @@ void ReadMany(const std::string& pText, size_t pStack, size_t pDepth)
         ++lDepth;
     }
     EXPECT_EQ(lDepth, pDepth);
-    RunInStack(pStack, [&] { EXPECT_GT(WrittenText(lReading.mScene).size(), pText.size()); });
+    RunWithStackSize(pStack, [&] { EXPECT_GT(WrittenText(lReading.mScene).size(), pText.size()); });
 }
 
 TEST_P(KAsfReadManyTest, Chain)

@@ -227,21 +227,21 @@ class KLargeImportTest : public testing::TestWithParam<EShape>
 
 TEST_P(KLargeImportTest, FitsInASmallStack)
 {
-    RunInStack(kStackSizes[1],
-               [&]
-               {
-                   KStage lStage;
-                   lStage.mAsf->mRoot = RandomBones(GetParam(), 100000, 3, false)[0];
-                   lStage.mAsf->mRoot->SetupPosition(false, true);
-                   lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene);
-                   lStage.mAsf->mRoot->StopSamplingData();
-                   KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
-                   ASSERT_TRUE(lTop);
-                   EXPECT_GT(lTop->GetChildCount(true), 99999);
-                   KQexAsfScene lBack;
-                   EXPECT_TRUE(lBack.QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), false));
-                   EXPECT_TRUE(lBack.mRoot->Find("b99999"));
-               });
+    RunWithStackSize(kStackSizes[1],
+                     [&]
+                     {
+                         KStage lStage;
+                         lStage.mAsf->mRoot = RandomBones(GetParam(), 100000, 3, false)[0];
+                         lStage.mAsf->mRoot->SetupPosition(false, true);
+                         lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene);
+                         lStage.mAsf->mRoot->StopSamplingData();
+                         KQexNode* lTop = lStage.mAsf->ASFToQEX(lStage.mScene, "take", true, false, true);
+                         ASSERT_TRUE(lTop);
+                         EXPECT_GT(lTop->GetChildCount(true), 99999);
+                         KQexAsfScene lBack;
+                         EXPECT_TRUE(lBack.QEXToASF(lTop, true, KQexVector4(1.0, 1.0, 1.0), false));
+                         EXPECT_TRUE(lBack.mRoot->Find("b99999"));
+                     });
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, KLargeImportTest, testing::Values(eCHAIN, eFAN, eCOMB, eRANDOM),

@@ -27,8 +27,8 @@ bool IsAnimated(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
     for (const KFigureTake& lTake : pTakes)
     {
         const KQexAnimLayer* lLayer = lTake.mStack->GetMember<KQexAnimLayer>(0);
-        if (qexsdk::LeavesRest(pNode.mLocalTranslation, lLayer) || qexsdk::LeavesRest(pNode.mLocalRotation, lLayer) ||
-            qexsdk::LeavesRest(pNode.mLocalScaling, lLayer))
+        if (qexsdk::DiffersFromRest(pNode.mLocalTranslation, lLayer) || qexsdk::DiffersFromRest(pNode.mLocalRotation, lLayer) ||
+            qexsdk::DiffersFromRest(pNode.mLocalScaling, lLayer))
         {
             return true;
         }

@@ -1,4 +1,4 @@
-#include <qexioplugins/acclaim/exchange/kqexasfremarks.h>
+#include <qexioplugins/acclaim/exchange/kqexasfwarnings.h>
 
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/klinereader.h>
@@ -99,10 +99,10 @@ bool Open(KLineReader& pLines, const KQexAcclaimSource& pSource)
 
 void WarnAboutSkeleton(KQexAsfScene& pAsfScene, const KQexImportAcclaimOptions& pOptions, std::vector<KQexTextMessage>& pWarnings)
 {
-    KBoneWarning lRoot("The root's position or orientation is not zero and is carried as it stands, which may not be where it is expected");
+    KBoneWarning lRoot("The root's position or orientation is not zero; it is imported as it is, which may misplace the figure");
     KBoneWarning lLeaf("A leaf without a degree of freedom is removed and its length lost");
-    KBoneWarning lAxis("An axis word has another rotation than its letters say");
-    KBoneWarning lTwice("A rotation axis is listed twice and its angles are added up by the pre-rotation");
+    KBoneWarning lAxis("An axis word means another order than its letters");
+    KBoneWarning lTwice("A rotation axis is listed twice; with pre-rotation its angles are summed");
 
     if (!IsZero(pAsfScene.mRoot->mPositionV) || !IsZero(pAsfScene.mRoot->mOrientationV))
     {
@@ -152,14 +152,14 @@ KQexTextMessage ExplainSilentFailure(const KQexAcclaimSource& pSkeleton, int pLi
             }
             lSection = lName.substr(0, kMaxName);
             lBegin = static_cast<int>(lLines.GetLineNumber());
-            lHasRoot = lHasRoot || KEqualsFolded(lName, ":root");
+            lHasRoot = lHasRoot || KEqualsIgnoreCase(lName, ":root");
         }
     }
 
     std::string lText = "The skeleton is incomplete";
-    if (lHasRoot || KEqualsFolded(lSection, ":name"))
+    if (lHasRoot || KEqualsIgnoreCase(lSection, ":name"))
     {
-        lText += ": reading ended in the section " + lSection + " that begins in line " + std::to_string(lBegin);
+        lText += ": reading ended in the section " + lSection + " that begins at line " + std::to_string(lBegin);
     }
     else if (pSkeleton.mData != nullptr || pSkeleton.mPath != "-")
     {

@@ -30,7 +30,7 @@ protected:
         // 1 to 200 bones, mostly few.
         const int     lBones = 1 + static_cast<int>(lRandom() % (GetParam().mSeed % 8 == 0 ? 200U : 25U));
         KRandomFigure lFigure = MakeRandomFigure(GetParam().mSeed, lBones, kFrames);
-        mIsRootTurned = lFigure.mIsRootTurned;
+        mIsRootRotated = lFigure.mIsRootRotated;
         WriteFile(mFolder / "a.asf", lFigure.mAsf);
         WriteFile(mFolder / "a.amc", lFigure.mAmc);
         mOptions.mFolder = mFolder.Path().string();
@@ -60,10 +60,10 @@ protected:
     /// What a round trip loses: the order of the root's DOF words; its rest orientation, which moves into the motion; with BVH, limits.
     std::string Ignored() const
     {
-        return std::string("dofs") + (mIsRootTurned ? ",rest" : "") + (GetParam().mFormat == std::string("bvh") ? ",limits" : "");
+        return std::string("dofs") + (mIsRootRotated ? ",rest" : "") + (GetParam().mFormat == std::string("bvh") ? ",limits" : "");
     }
 
-    bool        mIsRootTurned = false;
+    bool        mIsRootRotated = false;
     KTempDir    mFolder;
     KRunOptions mOptions;
 };

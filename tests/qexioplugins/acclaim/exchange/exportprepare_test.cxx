@@ -191,7 +191,7 @@ TEST_F(KExportPrepareTest, LimitsWithoutTranslationsAreWritten)
         EXPECT_EQ(lBack.mLimitsBuf[5 - lAxis][0], lMin[lAxis]);
         EXPECT_EQ(lBack.mLimitsBuf[5 - lAxis][1], lMax[lAxis]);
     }
-    mOptions.mServe = false;
+    mOptions.mAdaptForFile = false;
     Export(lRoot);
     EXPECT_FALSE(mBack->mRoot->mChildBuf[0]->mLimitsActive[5][0]) << "extraction alone loses them";
 }
@@ -210,7 +210,7 @@ TEST_F(KExportPrepareTest, AnOffsetThatAllChildrenShareBecomesABone)
     EXPECT_EQ(mBack->mRoot->mChildBuf[0]->mOrderCount, 0);
     // The root's own position is in the motion.
     EXPECT_NE(mAmc.find("root 0 39.3701 0 0 0 0\n"), std::string::npos) << mAmc;
-    mOptions.mServe = false;
+    mOptions.mAdaptForFile = false;
     Export(lRoot);
     EXPECT_EQ(Tree(), "root\n left\n right\n");
 }
@@ -413,7 +413,7 @@ TEST_F(KExportPrepareTest, ScaleUnitAndRate)
     Animate(lBone, lBone->mLocalRotation, 2, 0.0F, 1.0F);
     mOptions.mBaseScale = 2.0;
     mOptions.mLengthUnit = 2.54;
-    mOptions.mTellRate = true;
+    mOptions.mWriteRate = true;
     Export(lRoot);
     EXPECT_NE(mAsf.find("length 2.54\n"), std::string::npos);
     EXPECT_NE(mAsf.find("length 10\n"), std::string::npos);
@@ -555,7 +555,7 @@ TEST_F(KExportPrepareTest, MotionForASkeletonWithBranches)
 
     mOptions.mSampling.mEvery = 0;
     EXPECT_FALSE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult));
-    EXPECT_EQ(Warnings(), "No frames in the part of the take that was asked for\n");
+    EXPECT_EQ(Warnings(), "No frames in the requested part of the take\n");
     const KQexAsfSceneOwner lEmpty(QexSdkNew<KQexAsfScene>());
     KQexAsfScene* const     lNone[] = {nullptr, lEmpty.get()};
     for (KQexAsfScene* lScene : lNone)
@@ -609,7 +609,7 @@ TEST_F(KExportPrepareTest, AFailedExportKeepsExistingFiles)
     mOptions.mSampling.mHasStart = mOptions.mSampling.mHasEnd = true;
     mOptions.mSampling.mStart = FrameTime(5);
     EXPECT_FALSE(KQexExporterAcclaim::Export(lRoot, lAsf.c_str(), (lDir / "out.amc").c_str(), mOptions, mResult));
-    EXPECT_EQ(Warnings(), "No frames in the part of the take that was asked for\n");
+    EXPECT_EQ(Warnings(), "No frames in the requested part of the take\n");
     EXPECT_EQ(ReadFile(lAsf), "old");
     mOptions.mLengthUnit = 0.0;
     EXPECT_FALSE(KQexExporterAcclaim::ExportSkeleton(lRoot, mAsf, mOptions, mResult));
