@@ -6,9 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace qexsdk
 {
@@ -31,71 +28,23 @@ KLineReader::~KLineReader()
 bool KLineReader::OpenPath(const char* pPath)
 {
     Reset();
-    if (std::strcmp(pPath, "-") == 0)
-    {
-        mFile = STDIN_FILENO;
-        return true;
-    }
-    do
-    {
-        mFile = KFileCallsInUse().mOpen(pPath, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
-    } while (mFile < 0 && errno == EINTR);
-    if (mFile < 0)
-    {
-        return Fail(eSYSTEM, errno);
-    }
-    mOwnsFile = true;
-
-    struct stat lStat;
-    if (KFileCallsInUse().mFileStat(mFile, &lStat) != 0)
-    {
-        Fail(eSYSTEM, errno);
-    }
-    else if (S_ISDIR(lStat.st_mode))
-    {
-        Fail(eSYSTEM, EISDIR);
-    }
-    if (mStatus == eOK)
-    {
-        mSize = S_ISREG(lStat.st_mode) ? static_cast<int64_t>(lStat.st_size) : 0;
-        return true;
-    }
-    Close();
-    return false;
+    return mSource.OpenPath(pPath) || Fail(eSYSTEM, errno);
 }
 
 bool KLineReader::OpenBuffer(const char* pData, size_t pSize)
 {
     Reset();
-    mMemory = pSize == 0 ? "" : pData;
-    mMemorySize = pSize;
-    mSize = static_cast<int64_t>(pSize);
+    mSource.OpenBuffer(pData, pSize);
     return true;
 }
 
 void KLineReader::Close()
 {
-    // Nothing was written, so an error from close() loses nothing.
-    if (mOwnsFile)
-    {
-        KFileCallsInUse().mClose(mFile);
-    }
-    mFile = -1;
-    mOwnsFile = false;
-    mMemory = nullptr;
-    mMemorySize = 0;
-    mMemoryOffset = 0;
+    mSource.Close();
     QexSdkFree(mBuffer);
     mBuffer = nullptr;
     mCapacity = 0;
-    mBegin = nullptr;
-    mFill = nullptr;
-    ResetMarks();
-    mLine = nullptr;
-    mLength = 0;
-    mStarted = false;
-    mAtEnd = false;
-    mSkipFeed = false;
+    Restart();
 }
 
 void KLineReader::Reset()
@@ -105,7 +54,6 @@ void KLineReader::Reset()
     mError = 0;
     mLineNumber = 0;
     mRead = 0;
-    mSize = 0;
 }
 
 bool KLineReader::Rewind()
@@ -114,11 +62,21 @@ bool KLineReader::Rewind()
     {
         return Fail(eSYSTEM, EBADF);
     }
-    if (mMemory == nullptr && mStarted && KFileCallsInUse().mSeek(mFile, 0, SEEK_SET) < 0)
+    if (mStarted && !mSource.Rewind())
     {
         return errno == ESPIPE ? false : Fail(eSYSTEM, errno);
     }
-    mMemoryOffset = 0;
+    Restart();
+    mLineNumber = 0;
+    mRead = 0;
+    mStatus = eOK;
+    mError = 0;
+    return true;
+}
+
+/// Forgets what is in the buffer, and the current line.
+void KLineReader::Restart()
+{
     mStarted = false;
     mAtEnd = false;
     mSkipFeed = false;
@@ -127,11 +85,6 @@ bool KLineReader::Rewind()
     ResetMarks();
     mLine = nullptr;
     mLength = 0;
-    mLineNumber = 0;
-    mRead = 0;
-    mStatus = eOK;
-    mError = 0;
-    return true;
 }
 
 bool KLineReader::NextLine()
@@ -197,66 +150,72 @@ bool KLineReader::HasNoMarks(const char* pEnd)
     return pEnd <= mUnmarkedEnd;
 }
 
+/// NextLine() for any line: reads on until the line is complete.
 bool KLineReader::LoadLine()
 {
     mLine = nullptr;
     mLength = 0;
     mIsPlain = false;
-    if (mStatus != eOK || !IsOpen())
+    if (mStatus != eOK || !IsOpen() || (!mStarted && !Begin()))
     {
         return false;
     }
-    if (!mStarted && !Begin())
+    char* const lEnd = LoadToLineEnd();
+    if (lEnd == nullptr)
     {
         return false;
     }
+    if (lEnd > mBegin)
+    {
+        for (int i = eNUL; i < mMarkCount; ++i)
+        {
+            FindMark(mMarks[i], mBegin);
+        }
+    }
+    mLine = mBegin;
+    mLength = static_cast<size_t>(lEnd - mBegin);
+    mBegin = lEnd;
+    mHasLineEnd = lEnd != mFill;
+    if (mHasLineEnd)
+    {
+        mSkipFeed = *lEnd == '\r';
+        ++mBegin;
+    }
+    *lEnd = '\0';
+    ++mLineNumber;
+    return true;
+}
 
+/// Refills the buffer until the line at mBegin is complete. \return its end, mFill when it ends with the input; null, with the status
+/// set, when there is no line
+char* KLineReader::LoadToLineEnd()
+{
     size_t lSearched = 0;
     for (;;)
     {
         SkipFeed();
-        char*        lEnd = FindEnd(mBegin + lSearched);
+        char* const  lEnd = FindEnd(mBegin + lSearched);
         const size_t lLength = static_cast<size_t>(lEnd - mBegin);
         if (lLength > kMaxLine)
         {
             ++mLineNumber;
-            return Fail(eTOO_LONG, 0);
+            Fail(eTOO_LONG, 0);
+            return nullptr;
         }
-        if (lEnd == mFill)
+        if (lEnd != mFill || (mAtEnd && lLength > 0))
         {
-            lSearched = lLength;
-            if (!mAtEnd)
-            {
-                if (!Refill())
-                {
-                    return false;
-                }
-                continue;
-            }
-            if (lLength == 0)
-            {
-                return Fail(eEND, 0);
-            }
+            return lEnd;
         }
-        if (lLength > 0)
+        if (mAtEnd)
         {
-            for (int i = eNUL; i < mMarkCount; ++i)
-            {
-                FindMark(mMarks[i], mBegin);
-            }
+            Fail(eEND, 0);
+            return nullptr;
         }
-        mLine = mBegin;
-        mLength = lLength;
-        mBegin = lEnd;
-        mHasLineEnd = lEnd != mFill;
-        if (mHasLineEnd)
+        lSearched = lLength;
+        if (!Refill())
         {
-            mSkipFeed = *lEnd == '\r';
-            ++mBegin;
+            return nullptr;
         }
-        *lEnd = '\0';
-        ++mLineNumber;
-        return true;
     }
 }
 
@@ -336,7 +295,7 @@ bool KLineReader::Refill()
     {
         return Fail(eMEMORY, 0);
     }
-    const ptrdiff_t lRead = ReadSome(mFill, mCapacity - static_cast<size_t>(mFill - mBuffer));
+    const ptrdiff_t lRead = mSource.Read(mFill, mCapacity - static_cast<size_t>(mFill - mBuffer));
     if (lRead < 0)
     {
         return Fail(eSYSTEM, errno);
@@ -379,27 +338,6 @@ bool KLineReader::MakeRoom()
     mBegin = lBuffer;
     mFill = lBuffer + lKept;
     return true;
-}
-
-/// Reads at least one byte. \return the number of bytes; 0 at the end of the input; -1 with errno
-ptrdiff_t KLineReader::ReadSome(char* pTo, size_t pSize)
-{
-    if (mMemory != nullptr)
-    {
-        const size_t lSize = std::min(pSize, mMemorySize - mMemoryOffset);
-        if (lSize > 0)
-        {
-            std::memcpy(pTo, mMemory + mMemoryOffset, lSize);
-        }
-        mMemoryOffset += lSize;
-        return static_cast<ptrdiff_t>(lSize);
-    }
-    ptrdiff_t lRead = 0;
-    do
-    {
-        lRead = KFileCallsInUse().mRead(mFile, pTo, pSize);
-    } while (lRead < 0 && KFileCanRetry(mFile, POLLIN));
-    return lRead;
 }
 
 bool KLineReader::Fail(EStatus pStatus, int pError)

@@ -2,6 +2,7 @@
 #define KBASELIB_KBASE_KLINEREADER_H
 
 #include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/kbytesource.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -85,7 +86,7 @@ public:
     int64_t GetPosition() const { return mRead - (mFill - mBegin); }
 
     /// Bytes of the whole input when it was opened; 0 when unknown, as for a pipe.
-    int64_t GetSize() const { return mSize; }
+    int64_t GetSize() const { return mSource.GetSize(); }
 
     /// Number of the last line loaded, from 1; 0 before the first. A line that was too long counts.
     int64_t GetLineNumber() const { return mLineNumber; }
@@ -97,7 +98,7 @@ public:
     bool HasFailed() const { return mStatus > eEND; }
 
     /// True between a successful open and Close().
-    bool IsOpen() const { return mFile >= 0 || mMemory != nullptr; }
+    bool IsOpen() const { return mSource.IsOpen(); }
 
     /// The errno of an eSYSTEM failure, 0 without one.
     int GetError() const { return mError; }
@@ -126,21 +127,18 @@ private:
     bool  NextBufferedLine();
     bool  SkipFeed();
     bool  LoadLine();
+    char* LoadToLineEnd();
+    void  Restart();
     bool  HasNoMarks(const char* pEnd);
     char* FindMark(KMark& pMark, char* pFrom) const;
 
-    bool      Fail(EStatus pStatus, int pError);
-    bool      Begin();
-    bool      Refill();
-    bool      MakeRoom();
-    ptrdiff_t ReadSome(char* pTo, size_t pSize);
-    char*     FindEnd(char* pFrom);
+    bool  Fail(EStatus pStatus, int pError);
+    bool  Begin();
+    bool  Refill();
+    bool  MakeRoom();
+    char* FindEnd(char* pFrom);
 
-    int         mFile = -1;
-    bool        mOwnsFile = false;
-    const char* mMemory = nullptr;
-    size_t      mMemorySize = 0;
-    size_t      mMemoryOffset = 0;
+    KByteSource mSource;
     bool        mStarted = false;  ///< Something was read since opening or rewinding.
     bool        mAtEnd = false;    ///< The input has ended.
     bool        mSkipFeed = false; ///< The last line ended at a CR: skip an LF that follows.
@@ -156,7 +154,6 @@ private:
     size_t      mLength = 0;
     bool        mHasLineEnd = false;
     int64_t     mRead = 0; ///< Bytes read since opening or rewinding.
-    int64_t     mSize = 0;
     int64_t     mLineNumber = 0;
     EStatus     mStatus = eOK;
     int         mError = 0;
