@@ -20,6 +20,7 @@ public:
     KByteSource& operator=(const KByteSource&) = delete;
 
     /// Opens a file, or standard input for "-". False, with nothing open, for a missing or unreadable file and for a directory.
+    /// \param pPath    path of the file, or "-"
     /// \param pRegular also refuse a FIFO or device, without waiting for it; standard input is never refused
     bool OpenPath(const char* pPath, bool pRegular = false);
 

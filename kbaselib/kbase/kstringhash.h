@@ -13,6 +13,7 @@ namespace qexsdk
 /// for each run, so that no file can be crafted whose names all collide.
 struct KStringHash
 {
+    /// The hash of \p pText.
     size_t operator()(std::string_view pText) const
     {
         static const char sSeed = '\0';

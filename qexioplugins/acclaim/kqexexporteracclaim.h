@@ -48,12 +48,13 @@ struct QEX_API KQexExportAcclaimOptions
 /// What an export did.
 struct QEX_API KQexExportAcclaimResult
 {
-    bool                           mOk = false;        ///< All files were written. Otherwise existing files are unchanged.
-    bool                           mCancelled = false; ///< The progress function cancelled.
-    std::vector<KQexImportMessage> mMessages;          ///< Messages, with the path of the file they are about.
-    KQexSampling                   mSampling;          ///< Frames of the motion.
-    int                            mBones = 0;         ///< Number of bones, the root included.
-    std::vector<std::string>       mUnmatched;         ///< ExportMotion(): bones without a node, in the skeleton's order.
+    bool                           mOk = false;         ///< All files were written. Otherwise existing files are unchanged.
+    bool                           mCancelled = false;  ///< The progress function cancelled.
+    bool                           mBrokenPipe = false; ///< The reader of an output pipe had closed it; mMessages tells of that too.
+    std::vector<KQexImportMessage> mMessages;           ///< Messages, with the path of the file they are about.
+    KQexSampling                   mSampling;           ///< Frames of the motion.
+    int                            mBones = 0;          ///< Number of bones, the root included.
+    std::vector<std::string>       mUnmatched;          ///< ExportMotion(): bones without a node, in the skeleton's order.
 };
 
 /// Exports host trees as Acclaim files. Stateless; different scenes may be exported concurrently.

@@ -143,7 +143,7 @@ bool KQexBvhBuilder::MakeCurve(KQexNode* pNode, int pCode)
 
 /// Sets the rotation order from the axes of the rotation channels, which a file lists last applied first. An axis without a
 /// channel stays at zero, so its place in the order does not matter.
-bool KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
+void KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
 {
     int lAxes[3] = {0, 1, 2};
     int lSorted = 0;
@@ -166,7 +166,6 @@ bool KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
             pNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lOrder));
         }
     }
-    return true;
 }
 
 bool KQexBvhBuilder::ReadChannels()
@@ -207,7 +206,8 @@ bool KQexBvhBuilder::ReadChannels()
             return false;
         }
     }
-    return SetOrder(lNode, lRotations, lRotationCount);
+    SetOrder(lNode, lRotations, lRotationCount);
+    return true;
 }
 
 bool KQexBvhBuilder::ReadJointStatement()

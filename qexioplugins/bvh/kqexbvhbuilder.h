@@ -50,7 +50,7 @@ private:
     bool      ReadOffset();
     bool      ReadChannels();
     int       ReadChannelWord();
-    bool      SetOrder(KQexNode* pNode, const int* pAxes, int pCount);
+    void      SetOrder(KQexNode* pNode, const int* pAxes, int pCount);
     KQexNode* MakeNode(const std::string& pName);
     bool      MakeCurve(KQexNode* pNode, int pCode);
     bool      ReadFrameCount();

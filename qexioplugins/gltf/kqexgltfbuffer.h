@@ -18,7 +18,9 @@ public:
     explicit KQexGltfBuffer(KQexGltfModel& pModel) : mModel(pModel) {}
 
     /// Adds an accessor of \p pCount elements of 32-bit floats, all 0, and returns its index.
-    /// \param pTarget eGLTF_ARRAY_BUFFER for vertices, 0 otherwise
+    /// \param pElement type of the elements
+    /// \param pCount   number of elements
+    /// \param pTarget  eGLTF_ARRAY_BUFFER for vertices, 0 otherwise
     int AddFloats(KQexGltfElement pElement, size_t pCount, int pTarget = 0);
 
     /// Adds an accessor of joint indices, four 16-bit numbers per element, with its minimum and maximum, and returns its index.

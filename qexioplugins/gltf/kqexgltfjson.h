@@ -47,7 +47,7 @@ public:
         std::uint32_t mCount = 0;     ///< Number of members.
         std::uint32_t mNext = kNone;  ///< Index of the next member in the same container.
         std::uint32_t mKey = 0;       ///< Offset of the key in mTexts.
-        EType         mType = eNULL;
+        EType         mType = eNULL;  ///< Kind of the value.
     };
 
     /// A value, or none for a missing member and after the last one. A view: the KQexGltfJson must outlive it.

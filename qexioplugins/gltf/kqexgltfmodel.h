@@ -47,31 +47,31 @@ struct KQexGltfModel
     /// An accessor: typed elements in a view.
     struct KAccessor
     {
-        int                 mView = -1;
+        int                 mView = -1;                   ///< View that holds the elements.
         int                 mComponentType = eGLTF_FLOAT; ///< eGLTF_FLOAT or eGLTF_UNSIGNED_SHORT.
-        KQexGltfElement     mElement = eGLTF_SCALAR;
-        size_t              mCount = 0; ///< Elements.
-        std::vector<double> mMin;       ///< Minimum of each component.
-        std::vector<double> mMax;       ///< Maximum of each component.
+        KQexGltfElement     mElement = eGLTF_SCALAR;      ///< Type of the elements.
+        size_t              mCount = 0;                   ///< Elements.
+        std::vector<double> mMin;                         ///< Minimum of each component.
+        std::vector<double> mMax;                         ///< Maximum of each component.
     };
 
     /// A node.
     struct KNode
     {
-        std::string         mName;
-        std::vector<double> mTranslation; ///< Three numbers, metres.
-        std::vector<double> mRotation;    ///< A quaternion x, y, z, w.
-        std::vector<double> mScale;       ///< Three numbers; empty for 1.
-        std::vector<int>    mChildren;
-        int                 mMesh = -1;
-        int                 mSkin = -1;
+        std::string         mName;             ///< Unique, may be empty.
+        std::vector<double> mTranslation;      ///< Three numbers, metres.
+        std::vector<double> mRotation;         ///< A quaternion x, y, z, w.
+        std::vector<double> mScale;            ///< Three numbers; empty for 1.
+        std::vector<int>    mChildren;         ///< Nodes.
+        int                 mMesh = -1;        ///< Mesh drawn at the node.
+        int                 mSkin = -1;        ///< Skin of that mesh.
         const KQexNode*     mSource = nullptr; ///< Scene node whose properties become its extras; null for none. Not owned.
     };
 
     /// A skin.
     struct KSkin
     {
-        std::string      mName;
+        std::string      mName;              ///< Name of its first joint.
         int              mInverseBinds = -1; ///< Accessor.
         int              mSkeleton = -1;     ///< Node.
         std::vector<int> mJoints;            ///< Nodes.
@@ -80,24 +80,24 @@ struct KQexGltfModel
     /// A triangle primitive.
     struct KPrimitive
     {
-        std::map<std::string, int> mAttributes; ///< Accessors by attribute name.
-        int                        mMaterial = -1;
+        std::map<std::string, int> mAttributes;    ///< Accessors by attribute name.
+        int                        mMaterial = -1; ///< Material.
     };
 
     /// A mesh of one primitive.
     struct KMesh
     {
-        std::string mName;
-        KPrimitive  mPrimitive;
+        std::string mName;      ///< Name of the figure.
+        KPrimitive  mPrimitive; ///< The only primitive.
     };
 
     /// A material.
     struct KMaterial
     {
-        std::string         mName;
-        std::vector<double> mColor; ///< Red, green, blue, opacity: 0 to 1.
-        double              mMetallic = 0.0;
-        double              mRoughness = 0.0;
+        std::string         mName;            ///< Name of the material.
+        std::vector<double> mColor;           ///< Red, green, blue, opacity: 0 to 1.
+        double              mMetallic = 0.0;  ///< 0 to 1.
+        double              mRoughness = 0.0; ///< 0 to 1.
     };
 
     /// A channel and its linear sampler: one property of one node.
@@ -105,25 +105,25 @@ struct KQexGltfModel
     {
         int         mInput = -1;  ///< Accessor of the times.
         int         mOutput = -1; ///< Accessor of the values.
-        int         mNode = -1;
-        std::string mPath; ///< "translation", "rotation" or "scale".
+        int         mNode = -1;   ///< Node that moves.
+        std::string mPath;        ///< "translation", "rotation" or "scale".
     };
 
     /// An animation.
     struct KAnimation
     {
-        std::string           mName;
+        std::string           mName;     ///< Name of the take.
         std::vector<KChannel> mChannels; ///< Each has its own sampler.
     };
 
-    std::vector<int>        mRootNodes; ///< Root nodes of the only scene.
-    std::vector<KNode>      mNodes;
-    std::vector<KSkin>      mSkins;
-    std::vector<KMesh>      mMeshes;
-    std::vector<KMaterial>  mMaterials;
-    std::vector<KAnimation> mAnimations;
-    std::vector<KAccessor>  mAccessors;
-    std::vector<KView>      mViews;
+    std::vector<int>        mRootNodes;  ///< Root nodes of the only scene.
+    std::vector<KNode>      mNodes;      ///< Nodes, parents before children.
+    std::vector<KSkin>      mSkins;      ///< Skins.
+    std::vector<KMesh>      mMeshes;     ///< Meshes.
+    std::vector<KMaterial>  mMaterials;  ///< Materials.
+    std::vector<KAnimation> mAnimations; ///< Animations.
+    std::vector<KAccessor>  mAccessors;  ///< Accessors.
+    std::vector<KView>      mViews;      ///< Views of the only buffer.
 };
 
 } // namespace qexsdk

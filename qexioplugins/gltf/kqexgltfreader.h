@@ -34,9 +34,9 @@ struct KQexGltfReadNode
 /// The keys of one property of one node in an animation.
 struct KQexGltfReadTrack
 {
-    KQexGltfReadNode* mTarget;
+    KQexGltfReadNode* mTarget;   ///< The node.
     int               mProperty; ///< 0 translation, 1 rotation, 2 scale.
-    KQexGltfKeys      mKeys;
+    KQexGltfKeys      mKeys;     ///< Its keys.
 };
 
 /// Builds nodes and takes from a file. Throws KQexGltfError, and std::bad_alloc when memory runs out; the caller must then undo what

@@ -124,7 +124,8 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
         lStep = pRequest.mFramesPerSecond > 0.0 ? NearestFrameStep(1.0 / pRequest.mFramesPerSecond).Get() : 0;
     }
     const long long lStart = pRequest.mHasStart ? pRequest.mStart.Get() : lSpan.mFirst;
-    const long long lEnd = pRequest.mHasEnd ? pRequest.mEnd.Get() : std::max(lStart, lSpan.mLast);
+    const long long lLast = lSpan.mHasKeys ? std::max(lStart, lSpan.mLast) : lStart;
+    const long long lEnd = pRequest.mHasEnd ? pRequest.mEnd.Get() : lLast;
     const double    lSpacing = static_cast<double>(lStep) * static_cast<double>(pRequest.mEvery);
     if (lStep <= 0 || pRequest.mEvery < 1 || lEnd < lStart || lSpacing > kMaxTicks ||
         static_cast<double>(lEnd) - static_cast<double>(lStart) > kMaxTicks)

@@ -3,25 +3,10 @@
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 
-#include <cerrno>
-#include <cstring>
 #include <new>
 
 namespace asfapp
 {
-
-namespace
-{
-
-const std::string kCannotWrite = "Can't write: ";
-
-/// A closed pipe is not reported.
-bool IsBrokenPipe(const std::string& pText)
-{
-    return pText == kCannotWrite + std::strerror(EPIPE);
-}
-
-} // namespace
 
 qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& pTake) const
 {
@@ -50,19 +35,13 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
     bool lIsReported = pResult.mOk;
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
-        const bool        lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
-        const std::string lPath = DisplayOutput(lMessage.mPath);
-        std::string       lText = lMessage.mMessage.mText;
+        const bool lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
         lIsReported = lIsReported || lError;
-        if (lError && IsBrokenPipe(lText))
+        if (lError && pResult.mBrokenPipe)
         {
-            continue;
+            continue; // As any program does when its reader has seen enough.
         }
-        if (lText.compare(0, kCannotWrite.size(), kCannotWrite) == 0)
-        {
-            lText = "cannot be written: " + lText.substr(kCannotWrite.size());
-        }
-        mConsole.Message(lError ? eERROR : eWARNING, lPath, lMessage.mMessage.mLine, lText);
+        mConsole.Message(lError ? eERROR : eWARNING, DisplayOutput(lMessage.mPath), lMessage.mMessage.mLine, lMessage.mMessage.mText);
         if (lError)
         {
             mConsole.Raise(eEXIT_SYSTEM);

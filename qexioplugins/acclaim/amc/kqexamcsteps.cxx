@@ -77,25 +77,25 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
     return pJoint.mNode == nullptr || lNode == pFrom;
 }
 
-bool KQexAmcSteps::Begin(KTime pTime, KQexAmcStepState& pMoment) const
+bool KQexAmcSteps::Begin(KTime pTime, KQexAmcStepState& pState) const
 {
-    pMoment.mTime = pTime;
-    return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pMoment.mPose);
+    pState.mTime = pTime;
+    return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pState.mPose);
 }
 
-void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const
+void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const
 {
     if (mIsLocal)
     {
-        GetLocal(mSpans[pJoint], pMoment, pStep);
+        GetLocal(mSpans[pJoint], pState, pStep);
     }
     else
     {
-        GetGlobal(pJoint, pMoment.mPose, pStep);
+        GetGlobal(pJoint, pState.mPose, pStep);
     }
 }
 
-void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const
+void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAmcStep& pStep) const
 {
     KQexMatrix lStep;
     for (size_t i = pSpan.mFirst; i < pSpan.mEnd; ++i)
@@ -105,7 +105,7 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pMoment, KQexA
         KQexMatrix   lLocal;
         for (int k = 0; k < 6; ++k)
         {
-            lValues[k] = lLink.mChannels[k].Evaluate(pMoment.mTime, pMoment.mKeyCursor);
+            lValues[k] = lLink.mChannels[k].Evaluate(pState.mTime, pState.mKeyCursor);
         }
         lLink.mNode->ComposeLocalTransform(i == pSpan.mFirst ? lStep : lLocal, lValues, lValues + 3, kUnscaled);
         if (i > pSpan.mFirst)
@@ -136,12 +136,12 @@ void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, K
     }
 }
 
-void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcStepState& pMoment, double* pAngles) const
+void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcStepState& pState, double* pAngles) const
 {
     const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
     for (int i = 0; i < 3; ++i)
     {
-        pAngles[i] = lChannels[i].Evaluate(pMoment.mTime, pMoment.mKeyCursor);
+        pAngles[i] = lChannels[i].Evaluate(pState.mTime, pState.mKeyCursor);
     }
 }
 

@@ -43,11 +43,11 @@ public:
     /// For the evaluator's current take. All nodes are \p pRoot or below it. May throw std::bad_alloc.
     void Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints);
 
-    /// Sets the time; \p pMoment is the thread's own. False when memory runs out.
-    bool Begin(KTime pTime, KQexAmcStepState& pMoment) const;
+    /// Sets the time; \p pState is the thread's own. False when memory runs out.
+    bool Begin(KTime pTime, KQexAmcStepState& pState) const;
 
     /// The step of joint \p pJoint, which must have a node.
-    void Get(size_t pJoint, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const;
+    void Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
 
     /// Whether the step's translation is constant.
     bool IsTranslationFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
@@ -56,7 +56,7 @@ public:
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
     /// The node's rotation about x, y and z in degrees.
-    void GetAngles(size_t pJoint, KQexAmcStepState& pMoment, double* pAngles) const;
+    void GetAngles(size_t pJoint, KQexAmcStepState& pState, double* pAngles) const;
 
 private:
     /// A node between two bones' nodes, or the descendant itself.
@@ -76,7 +76,7 @@ private:
 
     bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);
     void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
-    void GetLocal(const KSpan& pSpan, KQexAmcStepState& pMoment, KQexAmcStep& pStep) const;
+    void GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
     void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const;
 
     KQexNode*                 mRoot = nullptr;

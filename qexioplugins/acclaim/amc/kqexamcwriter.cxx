@@ -135,11 +135,10 @@ void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
     }
 }
 
-/// Computes what is constant over the take, which is now the evaluator's context.
 void KQexAmcWriter::PrepareTake()
 {
     mSteps.Prepare(mRootNode, mJoints);
-    KQexAmcStepState lMoment;
+    KQexAmcStepState lState;
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         KQexAmcWriteBone& lBone = mBones[i];
@@ -152,7 +151,7 @@ void KQexAmcWriter::PrepareTake()
         if (lBone.mHasFixedDisplacement)
         {
             KQexAmcStep lStep;
-            mSteps.Get(i, lMoment, lStep);
+            mSteps.Get(i, lState, lStep);
             lBone.mFit.GetDisplacement(lStep, nullptr, lBone.mDisplacement);
             lBone.mIsStill =
                 lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mDisplacement) <= kReportedCentimetres;
@@ -192,14 +191,14 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
     if (lBone.mUsesNodeAngles && lParent == nullptr)
     {
         double lByAxis[3];
-        mSteps.GetAngles(pBone, pScratch.mMoment, lByAxis);
+        mSteps.GetAngles(pBone, pScratch.mState, lByAxis);
         lHasAngles = lBone.mFit.GetSolver().TryAngles(lByAxis, lAngles);
     }
     double lDisplacement[3];
     if (!lHasAngles || !lIsFixed)
     {
         KQexAmcStep lStep;
-        mSteps.Get(pBone, pScratch.mMoment, lStep);
+        mSteps.Get(pBone, pScratch.mState, lStep);
         if (!lHasAngles)
         {
             const double lError = lBone.mFit.Solve(lStep, lParent, lAngles, pScratch.mResiduals[pBone]);
@@ -221,7 +220,7 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
 bool KQexAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
 {
     KQexAmcScratch& lScratch = *mScratch[static_cast<size_t>(pThread)];
-    if (!mSteps.Begin(pTime, lScratch.mMoment))
+    if (!mSteps.Begin(pTime, lScratch.mState))
     {
         return false;
     }

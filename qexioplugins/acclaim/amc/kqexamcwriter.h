@@ -18,11 +18,12 @@ namespace qexsdk
 /// A bone, with what is constant over the frames.
 struct KQexAmcWriteBone
 {
+    /// For \p pBone, which must outlive this.
     explicit KQexAmcWriteBone(HKQexAsfNode pBone) : mBone(pBone), mNameLength(std::strlen(pBone->mName)), mFit(*pBone) {}
 
-    HKQexAsfNode     mBone;
-    size_t           mNameLength;
-    KQexAmcFit       mFit;
+    HKQexAsfNode     mBone;                         ///< The bone.
+    size_t           mNameLength;                   ///< Bytes of its name.
+    KQexAmcFit       mFit;                          ///< Finds the values of its DOFs.
     size_t           mValue = 0;                    ///< Index of its first value in a frame.
     std::vector<int> mLengthIndices;                ///< Indices of the `l` values on its line, ascending, as in the skeleton's file.
     bool             mUsesNodeAngles = false;       ///< KQexAmcFit::CanUseNodeAngles() holds.
@@ -34,14 +35,14 @@ struct KQexAmcWriteBone
 /// The largest errors of a bone on one thread.
 struct KQexAmcLoss
 {
-    double mDegrees = 0.0;
-    double mCentimetres = 0.0;
+    double mDegrees = 0.0;     ///< Of its rotation.
+    double mCentimetres = 0.0; ///< Of its position.
 };
 
 /// Scratch memory of one thread for evaluating frames.
 struct KQexAmcScratch
 {
-    KQexAmcStepState             mMoment;
+    KQexAmcStepState             mState;     ///< For KQexAmcSteps.
     std::vector<KQexAmcResidual> mResiduals; ///< One per bone.
     std::vector<KQexAmcLoss>     mLosses;    ///< One per bone.
 
@@ -73,10 +74,19 @@ public:
     /// The arguments must outlive this.
     KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions);
 
+    /// Takes the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs. False when memory runs out.
     bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
+
+    /// Computes what is constant over the take, which is now the evaluator's context.
     void PrepareTake();
+
+    /// Writes the lines before the first frame.
     void WriteHeader();
+
+    /// Writes the frames. False when writing failed or was cancelled.
     bool WriteFrames();
+
+    /// Warns of motion that the DOFs could not express, bone by bone.
     void ReportLosses();
 
 private:

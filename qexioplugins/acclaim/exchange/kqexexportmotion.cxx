@@ -23,7 +23,8 @@ bool FailExport(KQexExportAcclaimResult& pResult, const std::string& pPath, cons
 
 bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput)
 {
-    return FailExport(pResult, pOutput.GetPath(), ("Can't write: " + pOutput.GetReason()).c_str());
+    pResult.mBrokenPipe = pResult.mBrokenPipe || pOutput.IsBrokenPipe();
+    return FailExport(pResult, pOutput.GetPath(), ("cannot be written: " + pOutput.GetReason()).c_str());
 }
 
 KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexAnimStack* pStack, KQexExportAcclaimResult& pResult)

@@ -24,6 +24,7 @@ bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput);
 class KQexDiscardGuard
 {
 public:
+    /// Guards \p pAmc, which must outlive this.
     explicit KQexDiscardGuard(KQexFileAcclaimAmc& pAmc) : mAmc(pAmc) {}
     ~KQexDiscardGuard()
     {

@@ -573,6 +573,20 @@ TEST(BvhSampling, TimesOutOfRangeAreRejected)
     EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "one step overflows";
 }
 
+TEST(MakeSampling, WithoutKeysGivesOneFrameAtTheStart)
+{
+    KQexSamplingRequest lRequest;
+    lRequest.mHasStart = true;
+    for (const long long lStart : {-705600000LL, 0LL, 705600000LL})
+    {
+        KQexSampling lSampling;
+        lRequest.mStart = KTime(lStart);
+        ASSERT_TRUE(MakeSampling({}, nullptr, lRequest, lSampling)) << lStart;
+        EXPECT_EQ(lSampling.mStart.Get(), lStart);
+        EXPECT_EQ(lSampling.mCount, 1) << lStart;
+    }
+}
+
 TEST(BvhSampling, UsesTheRateOfTheKeysByDefault)
 {
     std::mt19937        lRandom(3);

@@ -89,15 +89,15 @@ protected:
 
 TEST_P(KAmcStepsTest, MatchGlobalTransforms)
 {
-    KQexAmcStepState lMoment;
+    KQexAmcStepState lState;
     for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
     {
-        ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lMoment));
+        ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lState));
         for (size_t i = 0; i < mJoints.size(); ++i)
         {
             SCOPED_TRACE(std::string(mJoints[i].mNode->GetName()) + " at " + std::to_string(lFrame));
             KQexAmcStep lStep;
-            mSteps.Get(i, lMoment, lStep);
+            mSteps.Get(i, lState, lStep);
             ExpectSame(lStep, Expected(mJoints[i], FrameTime(lFrame)));
         }
     }
