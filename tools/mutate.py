@@ -72,7 +72,7 @@ def find_mutants(where):
     name_wanted, _, line_wanted = (where or "").partition(":")
     mutants = []
     for layer in PROGRAMS:
-        for path in sorted((WORK / layer).glob("*")):
+        for path in sorted((WORK / layer).rglob("*")):
             name = str(path.relative_to(WORK))
             if path.suffix not in (".h", ".cxx") or not name.endswith(name_wanted):
                 continue
