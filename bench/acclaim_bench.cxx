@@ -1,4 +1,4 @@
-// Bones and scene nodes: sampling motion into curves against its trigonometry, bones to nodes, nodes to bones.
+// Bones and scene nodes: sampling motion into curves, compared with the trigonometry it needs; bones to nodes, nodes to bones.
 
 #include <bench/benchsupport.h>
 #include <kbaselib/kmath/maths.h>
@@ -39,7 +39,7 @@ void ReadSkeleton(KScenePair& pScenes, EShape pShape, int pBones, bool pOffset, 
 }
 
 /// Lower bound for one frame of a bone: a sine and cosine for each angle of the matrix, and the arc tangents and the square root
-/// that convert the product back to angles.
+/// that convert the product back to angles. With pre-rotations the angles are used as they are: reading them is the bound.
 double TrigonometryBound(const double* pAngles, int pAxes, bool pPreRotation)
 {
     double lSum = 0.0;

@@ -10,15 +10,15 @@
 #include <vector>
 
 /// \file
-/// Shared by all benches: generated skeletons of any size, timing against a bound, memory use.
+/// Shared by all benchmarks: generated skeletons of any size, timing against a bound, memory use.
 
-/// Registers a program's benches. Each *_bench.cxx defines it; main() calls it once.
+/// Registers a program's benchmarks. Each *_bench.cxx defines it; main() calls it once.
 void RegisterBenches();
 
 namespace qexbench
 {
 
-/// Aborts unless \p pDone, so that no bench reports a time for work that failed.
+/// Aborts unless \p pDone, so that no benchmark reports a time for work that failed.
 void Require(bool pDone);
 
 /// The hierarchy of a generated skeleton.
@@ -68,14 +68,14 @@ std::string ReadWholeFile(const std::string& pPath);
 /// Paths of all files in the folder ASF_CORPUS_DIR, at any depth, that end in \p pExtension (".asf"), sorted. Empty when it is unset.
 std::vector<std::string> CorpusFiles(const std::string& pExtension);
 
-/// Makes the allocator keep freed memory from now on, so that the next bench reuses it. Otherwise it depends on what was freed last
-/// whether a bench also measures page faults.
+/// Makes the allocator keep freed memory from now on, so that the next benchmark reuses it. Otherwise a benchmark would also measure
+/// page faults or not, depending on what was freed before.
 void KeepFreedMemory();
 
 /// Returns freed memory to the system, so that the next allocations get fresh pages.
 void TrimHeap();
 
-/// Merges free blocks now; the allocator would otherwise do so in the next large allocation, which a bench may time.
+/// Merges free blocks now; the allocator would otherwise do so in the next large allocation, which a benchmark may time.
 void ConsolidateHeap();
 
 /// Bytes of heap in use now.
@@ -95,7 +95,7 @@ public:
     /// \param pBoundName the bound's name in the counters; "bound" only for a true lower bound
     explicit KComparison(const char* pBoundName = "bound") : mBoundName(pBoundName) {}
 
-    /// Times one call of \p pWork as one iteration of the bench.
+    /// Times one call of \p pWork as one iteration of the benchmark.
     template <typename TWork>
     void Work(benchmark::State& pState, TWork&& pWork)
     {

@@ -1,4 +1,4 @@
-// Bone frames and dummy removal, compared with the memory accesses that they need.
+// Coordinate frames of bones, and dummy removal, compared with the least work that they need.
 
 #include <bench/skeletonsupport.h>
 

@@ -1,4 +1,4 @@
-// Parsing a motion, compared with scanning its numbers, and complete imports; of a real motion repeated 1, 10 and 100 times.
+// Parsing a motion, compared with scanning its numbers; complete imports. A real motion if there is one, repeated up to 100 times.
 
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>

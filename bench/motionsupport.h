@@ -10,7 +10,7 @@
 #include <vector>
 
 /// \file
-/// Motions of any length for benches, and lower bounds for working on them.
+/// Motions of any length for benchmarks, and lower bounds for working on them.
 
 namespace qexbench
 {
@@ -23,7 +23,7 @@ struct KMotion
     std::string mAmc;
 };
 
-/// The first motion of ASF_CORPUS_DIR that has a skeleton in its folder; a generated one if there is none.
+/// The first motion of ASF_CORPUS_DIR whose folder has a skeleton with a name that is a prefix of the motion's; else a generated one.
 KMotion ChooseMotion();
 
 /// A temporary file that repeats a motion \p pRepeats times, its frames numbered consecutively. Deleted with the object.
@@ -45,7 +45,7 @@ private:
     int                   mFrames = 0;
 };
 
-/// An unused path for a temporary file; the file is deleted with the object.
+/// A path for a temporary file, which is deleted with the object.
 class KScratchFile
 {
 public:

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// \file
-/// Shared by the benches of skeleton files: reading them, and series over sizes and shapes.
+/// Shared by the benchmarks of skeleton files: reading them, and series over sizes and shapes.
 
 namespace qexbench
 {
@@ -42,7 +42,7 @@ struct KSize
     std::string Name() const;
 };
 
-/// One bench of a series.
+/// One benchmark of a series.
 struct KCase
 {
     std::string mSeries; ///< "Read"

@@ -1,11 +1,11 @@
-# cmake -P cmake/CheckLayers.cmake: each folder may include only itself, the folders below it and the standard library.
+# cmake -P cmake/CheckLayers.cmake: each folder may include only itself, the layers below it and the standard library.
 # Exceptions: the base layer's file input and output use POSIX, the glTF plug-in uses nlohmann-json.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(kRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
 
-# Each folder, and the folders that it may include besides itself. Sub-folders without an entry belong to the folder above. The public
-# headers of a folder with sub-folders are next to these, which may all include them.
+# kMay_FOLDER: the folders that FOLDER may include besides itself. A sub-folder without an entry belongs to its parent. All sub-folders
+# of qexioplugins/acclaim may include the public headers, which are in that folder itself.
 set(kBase kbaselib/kbase)
 set(kMath ${kBase} kbaselib/kmath)
 set(kScene ${kMath} qexscene)
@@ -69,14 +69,14 @@ foreach(lFile IN LISTS lFiles)
         string(REGEX REPLACE "^[^<\"]*[<\"]([^>\"]*)[>\"].*$" "\\1" lHeader "${lLine}")
         find_folder("${lHeader}" lTo)
         # A public header must not include the sub-folders below it.
-        set(lIsInside FALSE)
+        set(lIncludesSubfolder FALSE)
         if(lFile MATCHES "\\.h$" AND lTo MATCHES "^${lFrom}/")
-            set(lIsInside TRUE)
+            set(lIncludesSubfolder TRUE)
         endif()
         if(lHeader IN_LIST kStandard OR lHeader IN_LIST lMore_${lFrom} OR lFile IN_LIST kForwarding)
             continue()
         endif()
-        if(NOT lTo OR lIsInside OR NOT (lTo STREQUAL lFrom OR lTo IN_LIST kMay_${lFrom}))
+        if(NOT lTo OR lIncludesSubfolder OR NOT (lTo STREQUAL lFrom OR lTo IN_LIST kMay_${lFrom}))
             list(APPEND lBad "${lFile}: ${lHeader}")
         endif()
     endforeach()

@@ -1,4 +1,4 @@
-# Installs libraries, headers, the CMake package, documents and samples. The program is installed in apps/asf.
+# Installs libraries, headers, the CMake package, documents and samples. The rules for the program are in apps/asf/CMakeLists.txt.
 
 include(CMakePackageConfigHelpers)
 

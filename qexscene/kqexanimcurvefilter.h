@@ -23,8 +23,8 @@ public:
     /// Applies the filter.
     /// \param pCurves array of \p pCount curves, as the filter requires them.
     /// \param pCount  number of curves.
-    /// \return false when the curves do not meet the filter's requirements, and all are unchanged; or when memory runs out, and each
-    /// curve is either rewritten or unchanged.
+    /// \return false when the curves do not meet the filter's requirements (all are then unchanged) or when memory runs out (each
+    /// curve is then either rewritten or unchanged).
     virtual bool Apply(KQexAnimCurve** pCurves, int pCount) = 0;
 };
 

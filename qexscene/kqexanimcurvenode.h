@@ -72,7 +72,7 @@ public:
     /// \param pCurve   a curve of the same scene, or of none.
     /// \param pChannel 0 to 2.
     /// \param pInLastPosition ignored; for compatibility.
-    /// False when there is no such channel or curve, the curve is of another scene, or memory runs out.
+    /// \return false when there is no such channel or \p pCurve is null or of another scene, or when memory runs out.
     bool ConnectToChannel(KQexAnimCurve* pCurve, unsigned int pChannel, bool pInLastPosition = true);
 
     /// Disconnects \p pCurve from channel \p pChannel without destroying it. False when it is not connected to it.

@@ -31,7 +31,7 @@ KQexCollection::~KQexCollection()
 
 void KQexCollection::Destroy(bool pRecursive, bool pDependents)
 {
-    // Depth first from the last member, without recursion: collections may be nested deeper than the stack.
+    // Depth first from the last member, without recursion: collections may be nested deeper than the call stack allows.
     KQexCollection* lCollection = pRecursive ? this : nullptr;
     while (lCollection != nullptr)
     {

@@ -26,7 +26,7 @@ public:
     ~KQexCollection() override;
 
     /// Appends \p pMember, removing it from its previous collection. False, and nothing changed, when it is null, of another scene,
-    /// this collection, or one that contains it at any depth.
+    /// this collection, or a collection that contains this one at any depth.
     bool AddMember(KQexObject* pMember);
 
     /// Removes \p pMember without destroying it. False when it is not a member. O(1).

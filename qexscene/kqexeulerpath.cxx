@@ -134,7 +134,7 @@ static double SquaredDistance(const double (&pA)[3], const double (&pB)[3])
 KQexEulerPath::KTriple KQexEulerPath::Nearest(const KTriple& pTriple, const KTriple& pBefore) const
 {
     const KTriple lPlain = AddTurns(pTriple, pBefore);
-    // The flipped triple's outer angles differ by 180 degrees minus these differences, which alone decides most keys.
+    // The flipped triple's outer angles differ by 180 degrees minus these: for most keys that alone makes it the farther one.
     const double lFirst = std::fabs(lPlain.mAngle[0] - pBefore.mAngle[0]);
     const double lLast = std::fabs(lPlain.mAngle[2] - pBefore.mAngle[2]);
     if (Squared(lPlain.mAngle[1] - pBefore.mAngle[1]) <= 360.0 * (180.0 - lFirst - lLast))
@@ -148,7 +148,7 @@ KQexEulerPath::KTriple KQexEulerPath::Nearest(const KTriple& pTriple, const KTri
 }
 
 /// The sign of a locked triple, 0 for any other. In gimbal lock the rotation depends only on the fixed part, first - sign · last;
-/// the free part, first + sign · last, is arbitrary. (R(K)·R(J, 90)·R(I, a) = R(K, -a)·R(K)·R(J, 90) for axes I, J, K in even order.)
+/// the free part, first + sign · last, is arbitrary. (R(K, c)·R(J, 90)·R(I, a) = R(K, c - a)·R(J, 90) for axes I, J, K in even order.)
 double KQexEulerPath::LockSign(const KTriple& pTriple) const
 {
     const double lFromPole = pTriple.mAngle[1] - (mIsRepeated ? 0.0 : 90.0);

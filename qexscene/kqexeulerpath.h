@@ -38,7 +38,7 @@ private:
     /// A run of consecutive keys in gimbal lock with the same LockSign.
     struct KLockedRun
     {
-        int    mBefore = 0; ///< Last key before the run with finite angles.
+        int    mBefore = 0; ///< Last key with finite angles before the run.
         int    mFirst = 0;  ///< First key of the run.
         int    mEnd = 0;    ///< First key after the run.
         double mSign = 0.0; ///< LockSign of its keys; 0: no run.

@@ -12,8 +12,8 @@
 namespace qexsdk
 {
 
-/// A growing array of plain data with little spare capacity: it grows by a quarter (by two items below 16), so an array that only
-/// grows takes at most 1.25 times its items' size. Appending is amortised O(1). Indices are not checked.
+/// A growing array of plain data with little spare capacity: it grows by a quarter (by two items below 16), so three or more items
+/// take at most 1.25 times their size in an array that only grows. Appending is amortised O(1). Indices are not checked.
 template <typename T>
 class KQexKeyBlock
 {

@@ -56,7 +56,7 @@ double KQexKeyStore::Evaluate(std::int64_t pTime, KQexKeyTimes::KCursor& pCursor
     {
         return lValue;
     }
-    // A weighted sum, because value + weight * difference would be NaN after an infinity.
+    // A weighted sum, because value + weight * difference would be NaN for an infinite value.
     const double lWeight = static_cast<double>(lSegment.mSince) / static_cast<double>(lSegment.mStep);
     return (1.0 - lWeight) * lValue + lWeight * lNext;
 }

@@ -41,9 +41,9 @@ public:
     struct KCursor
     {
         KSegment      mSegment = {-1, 0, 0}; ///< mKey -1: nothing cached.
-        std::int64_t  mTime = 0;             ///< The time looked up,
-        std::int64_t  mStart = 0;            ///< in evenly spaced keys from this time on
-        std::uint64_t mStep = 0;             ///< with this step.
+        std::int64_t  mTime = 0;             ///< Time that was looked up.
+        std::int64_t  mStart = 0;            ///< First time of the keys searched.
+        std::uint64_t mStep = 0;             ///< Their step.
     };
 
     /// The segment of a time before the last key. Costs the same as Find.

@@ -13,7 +13,7 @@ bool KQexKeyValues::FitsConstant(float pValue) const
     return mCount == 0 || std::memcmp(&mConstant, &pValue, sizeof(float)) == 0;
 }
 
-/// Converts the constant to a list, with capacity for one more value, which the caller mostly adds.
+/// Converts the constant to a list, with capacity for one more value.
 bool KQexKeyValues::ConvertToList()
 {
     if (!mList.ReserveMore(mCount + 1))

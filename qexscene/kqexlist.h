@@ -10,7 +10,7 @@ struct KQexListHook
 {
     T*  mPrev = nullptr; ///< Previous item; null: the first one, or in no list.
     T*  mNext = nullptr; ///< Next item; null: the last one, or in no list.
-    int mIndex = 0;      ///< Index in a KQexIndexedList while its index is valid; unused by a plain KQexList.
+    int mIndex = 0;      ///< Index in a KQexIndexedList while that list's index is valid; unused by a plain KQexList.
 };
 
 /// An intrusive doubly linked list, in the order of appending. Does not own its items. Appending and removing are O(1) and cannot

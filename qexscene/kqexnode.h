@@ -29,7 +29,7 @@ constexpr int kPivotSet0 = 0;
 /// default), order, pre- and post-rotation are ignored and the local rotation is XYZ. A spheric order counts as XYZ.
 ///
 /// Destroy(true, …) also destroys the node's subtree, with the attributes, curve nodes and curves of its nodes. Destroy(false, …)
-/// leaves the children without a parent, and the rest in the scene. The scene's root node cannot be destroyed by itself:
+/// leaves the children without a parent, and the rest in the scene. Only the scene destroys its root node:
 /// Destroy(false, …) does nothing to it, Destroy(true, …) destroys its descendants.
 class QEX_API KQexNode : public KQexObject
 {
@@ -57,7 +57,7 @@ public:
     /// The attached attribute, or null.
     KQexNodeAttribute* GetNodeAttribute() const { return mAttribute; }
 
-    /// The attribute if it is a skeleton's, else null.
+    /// The attribute if it is a KQexSkeleton, else null.
     KQexSkeleton* GetSkeleton() const;
     /// \}
 
@@ -113,7 +113,7 @@ public:
     /// The same, stored in \p pOrder.
     void GetRotationOrder(int pPivotSet, ERotationOrder& pOrder) const;
 
-    /// The rotation offset in centimetres, parent's space. w is ignored, and returned as 0, here and in the next two.
+    /// The rotation offset in centimetres, parent's space. w is ignored, and returned as 0, here and for both rotations below.
     void SetRotationOffset(int pPivotSet, KQexVector4 pOffset);
     /// The rotation offset, w = 0.
     KQexVector4 GetRotationOffset(int pPivotSet = kPivotSet0) const;

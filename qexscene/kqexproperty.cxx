@@ -264,7 +264,7 @@ bool KQexProperty::DisconnectSrcObject(KQexObject* pObject)
     {
         return false;
     }
-    // Search the object's list: it drives few properties, while a property may have a source per take.
+    // Search the object's list, newest first: it drives few properties, while a property may have a source per take.
     KQexConnection* lFound = nullptr;
     for (KQexConnection* lConnection = pObject->mFirstDst; lConnection != nullptr; lConnection = lConnection->mNextDst)
     {

@@ -76,10 +76,10 @@ public:
     /// \param pCreate true: creates the stack, its base layer and the curve node if missing. The channels of a new node get the
     ///                property's value.
     /// \param pTakeName the stack's name.
-    /// Null when there is none, when \p pTakeName is null or empty, or when memory runs out.
+    /// Null when there is none, the type is not eQexDouble3, \p pTakeName is null or empty, or memory runs out.
     KQexAnimCurveNode* GetCurveNode(bool pCreate, const char* pTakeName);
 
-    /// The curve node that drives the property on \p pLayer, or null; with \p pCreate, created if missing. Null for a null layer.
+    /// The curve node that drives the property on \p pLayer, or null; with \p pCreate, created if missing, for the type eQexDouble3.
     KQexAnimCurveNode* GetCurveNode(KQexAnimLayer* pLayer, bool pCreate = false);
     /// The same, never created.
     const KQexAnimCurveNode* GetCurveNode(const KQexAnimLayer* pLayer) const;

@@ -18,7 +18,7 @@ KQexSceneUndo::~KQexSceneUndo()
     {
         return;
     }
-    // Not recursive: each object is destroyed by itself, so none can destroy the next one.
+    // Not recursive, which could destroy older objects: a new node may be the parent of an older one.
     while (KQexObject* lObject = mScene->GetNextObject(mLast))
     {
         lObject->Destroy(false, false);

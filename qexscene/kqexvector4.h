@@ -9,7 +9,7 @@ namespace qexsdk
 {
 
 /// The scene's vector: a translation, a scaling or three Euler angles (degrees) in x, y, z, and an unused w. Default (0, 0, 0, 0).
-/// Every vector that the scene returns or stores has w = 0, because comparison includes w.
+/// Every vector that a node or the evaluator returns has w = 0, because comparison includes w.
 class QEX_API KQexVector4
 {
 public:

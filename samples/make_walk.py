@@ -5,7 +5,7 @@
 
 The walk starts from the feet. Each rolls over its heel, lies flat, and rolls over its ball, so that a planted foot does not slide. The
 pelvis bobs, sways and turns above; hips and knees follow from feet and pelvis. Arms swing opposite to the legs.
-World axes: x to the figure's left, y up, z forward. Lengths in the script are centimetres, in the files CENTIMETRES_PER_UNIT.
+World axes: x to the figure's left, y up, z forward. The script's lengths are in centimetres, the files' in units of CENTIMETRES_PER_UNIT.
 """
 
 import math
@@ -16,7 +16,7 @@ LENGTH_UNIT = 0.45
 CENTIMETRES_PER_UNIT = 2.54 / LENGTH_UNIT
 FRAMES_PER_SECOND = 120
 FRAME_COUNT = 241           # two seconds, both ends included
-CYCLE_SECONDS = 1.05        # one stride: left heel to left heel
+CYCLE_SECONDS = 1.05        # one stride: left heel strike to left heel strike
 STRIDE = 136.0              # centimetres per cycle
 
 # ---- rotations: 3 x 3, row major -----------------------------------------------------------------------------------------
@@ -134,7 +134,7 @@ BY_NAME = {bone.name: bone for bone in BONES}
 ANKLE_HEIGHT = BY_NAME["left_foot"].length * -BY_NAME["left_foot"].direction[1]
 HEEL_BEHIND_ANKLE = 4.5
 BALL_AHEAD_OF_ANKLE = BY_NAME["left_foot"].length * math.hypot(BY_NAME["left_foot"].direction[0], BY_NAME["left_foot"].direction[2])
-FOOT_TRACK = 6.8            # centimetres from each ankle to the middle line
+FOOT_TRACK = 6.8            # centimetres from each ankle to the midline
 FLAT, HEEL_OFF, TOE_OFF = 0.11, 0.36, 0.63      # fractions of the cycle; 0 is the heel strike
 STRIKE_PITCH, TOE_OFF_PITCH = -19.0, 58.0       # degrees about the left axis: positive is heel up
 
@@ -145,7 +145,7 @@ def smooth(t):
 
 
 def stance_foot(phase):
-    """Pitch of the foot, and offset of its ankle forward and up from the ground point below the flat ankle."""
+    """Pitch of the foot, and offset of its ankle, forward and up, from the ground point below the ankle of the flat foot."""
     if phase < FLAT:
         pitch = STRIKE_PITCH * (1 - smooth(phase / FLAT))
         pivot = -HEEL_BEHIND_ANKLE
@@ -158,7 +158,7 @@ def stance_foot(phase):
 
 
 def swing_foot(phase):
-    """As stance_foot, relative to where the foot stood; at the end of the cycle it is one stride ahead."""
+    """As stance_foot, relative to where the foot stood; ends one stride ahead. A cubic Hermite curve, and a lift of up to 6.4 cm."""
     step = 1e-4
     start, before = stance_foot(TOE_OFF), stance_foot(TOE_OFF - step)
     end, after = stance_foot(0.0), stance_foot(step)
@@ -174,18 +174,18 @@ def swing_foot(phase):
 def foot_at(side, cycle):
     """Pitch, ankle position and toe angle of a foot; `cycle` is the time in cycles."""
     s, offset = (1, 0.0) if side == "left" else (-1, 0.5)
-    turn = math.floor(cycle - offset)
-    phase = cycle - offset - turn
+    steps = math.floor(cycle - offset)
+    phase = cycle - offset - steps
     pitch, ahead, above = stance_foot(phase) if phase <= TOE_OFF else swing_foot(phase)
     out = math.radians(TOE_OUT)
-    place = (turn + offset) * STRIDE + 0.255 * STRIDE
+    footprint = (steps + offset) * STRIDE + 0.255 * STRIDE
     toes = -max(0.0, pitch) * (1.0 if phase <= TOE_OFF else 1 - smooth((phase - TOE_OFF) / 0.2))
     lateral = s * (FOOT_TRACK + math.sin(out) * (ahead if phase <= TOE_OFF else ahead * (1 - smooth((phase - TOE_OFF) / (1 - TOE_OFF)))))
-    return pitch, (lateral, above, place + math.cos(out) * ahead if phase <= TOE_OFF else place + lerped_ahead(phase, ahead, out)), toes
+    return pitch, (lateral, above, footprint + (math.cos(out) * ahead if phase <= TOE_OFF else swing_ahead(phase, ahead, out))), toes
 
 
-def lerped_ahead(phase, ahead, out):
-    """Forward offset of a swinging foot: from its turned-out direction to a full stride ahead along the walk."""
+def swing_ahead(phase, ahead, out):
+    """Forward offset of a swinging foot: blends from the toe-out direction at its footprint to that at the next, a stride ahead."""
     t = smooth((phase - TOE_OFF) / (1 - TOE_OFF))
     landed = ahead - STRIDE
     return (1 - t) * math.cos(out) * ahead + t * (STRIDE + math.cos(out) * landed)

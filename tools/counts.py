@@ -51,18 +51,18 @@ def measure(build, folder):
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
-        figures = measure(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(folder))
+        results = measure(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(folder))
     if "--write" in sys.argv[2:]:
-        BASELINE.write_text(json.dumps(figures, indent=2) + "\n")
+        BASELINE.write_text(json.dumps(results, indent=2) + "\n")
         print(f"wrote {BASELINE.relative_to(ROOT)}")
         return 0
     baseline = json.loads(BASELINE.read_text())
     worse = 0
-    for job, figure in figures.items():
-        ratio = figure / baseline[job]
+    for job, instructions in results.items():
+        ratio = instructions / baseline[job]
         state = "too many" if ratio > 1 + TOLERANCE else "far fewer, update the baseline" if ratio < 1 - TOLERANCE else "ok"
         worse += ratio > 1 + TOLERANCE
-        print(f"{job}: {figure:,} instructions, baseline {baseline[job]:,}, ratio {ratio:.3f}: {state}")
+        print(f"{job}: {instructions:,} instructions, baseline {baseline[job]:,}, ratio {ratio:.3f}: {state}")
     return 1 if worse else 0
 
 

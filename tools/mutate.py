@@ -4,9 +4,10 @@ test detects.
 
 usage: mutate.py [COUNT] [--seed N] [--skip N] [-j JOBS] [--at FILE[:LINE]]
 
-Works on a copy of the sources in build/mutate; the work tree is never changed. A mutant is killed when a test fails, crashes, or needs far
-more CPU time or memory than without the change. Mutants that do not build, and equivalent mutants, which tools/mutants-equal.json lists
-with a reason, are counted separately and replaced by others. ASF_CORPUS_DIR, ASF_ORACLE_DIR and ASF_VECTORS_DIR are passed to the tests.
+Works on a copy of the sources in build/mutate; the work tree is never changed. A mutant is killed when a test fails or crashes, or when
+the tests need over about four times their usual CPU time or over 4 GiB. Mutants that do not build, and equivalent mutants, which
+tools/mutants-equal.json lists with a reason, are counted separately and replaced by others. ASF_CORPUS_DIR, ASF_ORACLE_DIR and
+ASF_VECTORS_DIR are passed to the tests.
 """
 import argparse
 import json
@@ -91,7 +92,7 @@ def line_mutants(layer, name, number, code):
             for pattern, replacement in SWAPS for match in re.finditer(pattern, code)]
 
 
-class EqualMutants:
+class EquivalentMutants:
     """Mutants known to be equivalent, by file and line before and after the change, and by the previous line where that is ambiguous.
     Initial counts in keyword tables are always equivalent: they are cleared first or never read."""
 
@@ -99,7 +100,7 @@ class EqualMutants:
         entries = json.loads((ROOT / "tools" / "mutants-equal.json").read_text())
         self.known = {(entry["file"], entry["before"], entry["after"]): entry.get("above") for entry in entries}
 
-    def holds(self, mutant, above, before, after):
+    def contains(self, mutant, above, before, after):
         return self.known.get((mutant.name, before, after), False) in (None, above) or re.search(r'\{"[^"]*", [01]\}', before) is not None
 
 
@@ -236,14 +237,14 @@ def main():
     mutants = find_mutants(options.at)
     random.Random(options.seed).shuffle(mutants)
     counts = {"killed": 0, "SURVIVED": 0, "did not build": 0, "equivalent": 0}
-    equal = EqualMutants()
+    equivalents = EquivalentMutants()
     for mutant in mutants[options.skip:]:
         judged = counts["killed"] + counts["SURVIVED"]
         if judged == options.count:
             break
         with Restored(mutant, programs):
             above, before, after = mutant.apply()
-            state = "equivalent" if equal.holds(mutant, above, before, after) else judge(mutant, programs, options.jobs)
+            state = "equivalent" if equivalents.contains(mutant, above, before, after) else judge(mutant, programs, options.jobs)
         counts[state] += 1
         print(f"{judged + 1}/{options.count} {state} {mutant.name}:{mutant.number + 1}: {before}  =>  {after}", flush=True)
     judged = counts["killed"] + counts["SURVIVED"]

@@ -35,7 +35,7 @@ def functions(lines):
         head = start - 1
         while head > 0 and not re.match(rf"{indent}\S", lines[head]) or re.match(r"\s*[:,]", lines[head]):
             head -= 1
-        # Neither a class, a namespace and the like, nor an initialiser, which has no parameters.
+        # Skip classes, namespaces and the like, and initialisers, which have no parameters.
         if re.match(r"\s*(class|struct|enum|union|namespace|extern)\b", lines[head]) or "(" not in lines[head]:
             continue
         end = next((i for i in range(start, len(lines)) if re.match(rf"{indent}\}}", lines[i])), start)
@@ -49,10 +49,10 @@ def main():
     parser.add_argument("--includes", action="store_true")
     arguments = parser.parse_args()
 
-    every = sources()
+    all_sources = sources()
     if arguments.includes:
         edges = collections.defaultdict(collections.Counter)
-        for name, lines in every:
+        for name, lines in all_sources:
             for line in lines:
                 found = re.match(r"#include <([^>]+/[^>]+)>", line)
                 if name.startswith(LAYERS) and found and found.group(1).startswith(LAYERS):
@@ -62,14 +62,14 @@ def main():
         return
 
     totals = collections.Counter()
-    for name, lines in every:
+    for name, lines in all_sources:
         totals[folder_of(name)] += len(lines) - 1
     for folder in sorted(totals):
         print(f"{totals[folder]:6} {folder}")
     library = sum(count for folder, count in totals.items() if (folder + "/").startswith(LAYERS))
     tests = sum(count for folder, count in totals.items() if folder.startswith("tests"))
     print(f"{library:6} library and program\n{tests:6} tests")
-    for name, lines in every:
+    for name, lines in all_sources:
         if name.startswith(LAYERS) and len(lines) - 1 > arguments.files:
             print(f"long file: {name} {len(lines) - 1}")
         if name.startswith(LAYERS):

@@ -21,7 +21,7 @@ def targets(commands):
         name = re.search(r"CMakeFiles/([^/]+)\.dir/", command["command"])
         if name and not re.search(r"/(Unity|cmake_pch)", command["file"]):
             found[name.group(1)].append(command)
-    return {name: sorted(of, key=lambda command: command["file"]) for name, of in found.items() if len(of) > 1}
+    return {name: sorted(group, key=lambda command: command["file"]) for name, group in found.items() if len(group) > 1}
 
 
 def orders(files):
@@ -43,11 +43,11 @@ def main():
     commands = json.loads((pathlib.Path(sys.argv[1]) / "compile_commands.json").read_text())
     failed = 0
     with tempfile.TemporaryDirectory() as folder:
-        for name, of in sorted(targets(commands).items()):
+        for name, group in sorted(targets(commands).items()):
             if sys.argv[2:] and name not in sys.argv[2:]:
                 continue
-            for order, files in orders([command["file"] for command in of]):
-                found = errors(of[0], files, folder)
+            for order, files in orders([command["file"] for command in group]):
+                found = errors(group[0], files, folder)
                 failed += bool(found)
                 print(f"{name}, {order}: {len(files)} sources{', fails' if found else ''}")
                 print("".join(f"  {line}\n" for line in found), end="")

@@ -50,8 +50,8 @@ public:
     std::string make_option_usage(const CLI::Option* pOption) const override
     {
         const std::string lName = make_option_name(pOption, true);
-        const int         lMost = pOption->get_expected_max();
-        return lMost <= 1 ? lName : lMost < CLI::detail::expected_max_vector_size ? lName + " [" + lName + "]" : lName + "...";
+        const int         lMax = pOption->get_expected_max();
+        return lMax <= 1 ? lName : lMax < CLI::detail::expected_max_vector_size ? lName + " [" + lName + "]" : lName + "...";
     }
 };
 

@@ -48,7 +48,7 @@ public:
     KConsole(const KConsole&) = delete;
     KConsole& operator=(const KConsole&) = delete;
 
-    /// Appends data to standard output. False if that has failed or was closed: the command should stop.
+    /// Appends data to standard output. False if writing has failed, also by a closed pipe: the command should stop.
     bool Out(std::string_view pText);
 
     /// Flushes standard output, so that later messages appear after it. False as for Out().
@@ -57,7 +57,7 @@ public:
     /// Closes standard output. A closed pipe is not an error; any other failure is reported and raises the exit status.
     void CloseOut();
 
-    /// True if standard output has failed or was closed.
+    /// True if writing to standard output has failed, also by a closed pipe.
     bool HasOutFailed() const { return mHasOutFailed; }
 
     /// Prints `path:line: warning: text` to standard error; without the line if it is 0. Notes are dropped when quiet.

@@ -12,7 +12,7 @@
 namespace qexsdk
 {
 
-/// Base of all arrays of small items: the item count, and one heap block (of KBaseArrayRealloc) that holds a header followed by the
+/// Base of all arrays of small items: the item count, and one allocation (by KBaseArrayRealloc) that holds a header followed by the
 /// items. Capacity is counted in blocks of kBlockItems items; a full array doubles its block count (0 becomes 1), and only Clear()
 /// reduces it. An empty new array owns no memory.
 class QEX_API KBaseArrayFast
@@ -92,7 +92,7 @@ protected:
     /// Whether there is an item at \p pIndex.
     bool IsIndex(int pIndex) const { return pIndex >= 0 && pIndex < mCount; }
 
-    /// The bytes of slot \p pIndex; there must be a block.
+    /// The bytes of slot \p pIndex; memory must be allocated.
     char* Slot(int pIndex) const { return mBlock + sizeof(KHeader) + static_cast<size_t>(pIndex) * mItemSize; }
 
 private:
@@ -150,7 +150,7 @@ public:
         return lIndex;
     }
 
-    /// Appends \p pItem; as InsertAt at the count. Amortised O(1).
+    /// Appends \p pItem; returns as InsertAt(). Amortised O(1).
     int Add(T pItem) { return InsertAt(GetCount(), pItem); }
 
     /// Removes the item at \p pIndex and moves those after it down by one; the capacity stays.

@@ -12,7 +12,7 @@ namespace
 {
 
 std::atomic<KAssertHandler> sHandler{nullptr};
-std::mutex                  sFlags; // Guards the flags of all sites.
+std::mutex                  sFlagMutex; // Guards the flags of all sites.
 
 /// Sets the flag; true when it was false. So a site that fails on several threads, or again in the handler, reports once.
 bool MayReport(bool* pHideForever)
@@ -21,7 +21,7 @@ bool MayReport(bool* pHideForever)
     {
         return true;
     }
-    const std::lock_guard<std::mutex> lLock(sFlags);
+    const std::lock_guard<std::mutex> lLock(sFlagMutex);
     return !std::exchange(*pHideForever, true);
 }
 

@@ -15,8 +15,8 @@ using KAssertHandler = void (*)(const char* pFile, const char* pFunction, unsign
 /// \param pFunction    the function that contains the assertion
 /// \param pLine        its line
 /// \param pText        the condition that failed
-/// \param pHideForever the site's own flag, or null: the failure is reported when it is null or false. Set before the report, so that a
-///                     site reports once, on whatever thread and whatever the handler does
+/// \param pHideForever the site's flag, or null. The failure is reported when it is null or false. Set before the handler is called, so
+///                     that a site reports once, even on several threads
 QEX_API void KAssertFailed(const char* pFile, const char* pFunction, unsigned long pLine, const char* pText, bool* pHideForever);
 
 /// Installs a handler, null for none; returns the previous one.

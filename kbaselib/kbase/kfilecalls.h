@@ -24,7 +24,7 @@ struct KFileCalls
     int (*mStat)(const char* pPath, struct stat* pStat);           ///< stat: follows links.
     int (*mLinkStat)(const char* pPath, struct stat* pStat);       ///< lstat: of the link itself.
     ssize_t (*mReadLink)(const char* pPath, char* pText, size_t pSize); ///< readlink
-    int (*mAccess)(const char* pPath, int pMode);                       ///< access
+    int (*mAccess)(const char* pPath, int pMode);                       ///< access, with the effective rights.
     int (*mChangeMode)(int pFile, mode_t pMode);                        ///< fchmod
     int (*mRename)(const char* pFrom, const char* pTo);                 ///< rename: replaces \p pTo atomically.
     int (*mLink)(const char* pFrom, const char* pTo);                   ///< link: fails when \p pTo exists.
@@ -37,7 +37,7 @@ QEX_API KFileCalls& KFileCallsInUse();
 /// Restores the system's calls.
 QEX_API void KFileCallsReset();
 
-/// Whether to retry a call that failed with errno: it was interrupted, or a non-blocking pipe was not ready, which this waits for. When
+/// Whether to retry a call that failed with errno: it was interrupted, or a non-blocking pipe was not ready; waits until it is. When
 /// false, errno is the reason.
 /// \param pEvent POLLIN or POLLOUT: what the call was to do
 bool KFileCanRetry(int pFile, short pEvent);

@@ -13,7 +13,7 @@ namespace qexsdk
 /// \param pMax     stop after this many bytes, even if there is more
 /// \param pRegular refuse anything but a regular file, before reading it; standard input is never refused
 /// \param pReason  receives the system's reason after a failure
-/// False, and \p pBytes unspecified, when opening or reading fails or memory runs out.
+/// \return false, and \p pBytes unspecified, when opening or reading fails or memory runs out
 QEX_API bool KReadWholeFile(const char* pPath, size_t pMax, bool pRegular, std::string& pBytes, std::string& pReason);
 
 } // namespace qexsdk

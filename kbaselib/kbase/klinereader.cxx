@@ -92,7 +92,7 @@ bool KLineReader::NextLine()
     return NextBufferedLine() || LoadLine();
 }
 
-/// NextLine() for most lines: those that are complete in the buffer and end at LF or CR LF. False, with nothing taken, for any other.
+/// NextLine() for most lines: those that are complete in the buffer and end at LF or CR LF. False, with no byte consumed, for any other.
 bool KLineReader::NextBufferedLine()
 {
     if (mStatus != eOK || !SkipFeed())

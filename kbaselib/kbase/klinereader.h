@@ -111,7 +111,7 @@ private:
     struct KMark
     {
         char  mByte = '\0';
-        char* mNext = nullptr; ///< First one at or after the start of the last search, or mFill; null when unknown.
+        char* mNext = nullptr; ///< First occurrence at or after the start of the last search, else mFill; null: not searched.
     };
 
     /// Indices into mMarks.

@@ -221,8 +221,8 @@ char* PrintScaled(char* pAt, unsigned long long pDigits, int pDecimals)
     return pAt;
 }
 
-/// KNumberPrintFixed in integer arithmetic, for typical motion values. Null when the value is so large that scaling rounds, or so close
-/// to halfway between two texts that only all of its digits decide; also for many decimals or a short buffer.
+/// KNumberPrintFixed in integer arithmetic, for typical motion values. Null when the value is so large that its scaled fraction is
+/// imprecise, or so close to halfway between two texts that only all of its digits decide; also for many decimals or a short buffer.
 char* PrintSmall(char* pBegin, char* pEnd, double pValue, int pDecimals)
 {
     constexpr double kLargest = 1e12;

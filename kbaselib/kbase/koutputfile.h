@@ -56,9 +56,8 @@ public:
     /// lost.
     bool Close();
 
-    /// Commits \p pCount outputs that belong together. If one fails, every target is restored and all outputs are discarded; only
-    /// on a file system without hard links does a target that was already replaced stay so. \return null, or the output that
-    /// failed.
+    /// Commits \p pCount outputs that belong together. If one fails, every target is restored and all outputs are discarded; but
+    /// without hard links, as on some file systems, targets already replaced stay replaced. \return null, or the output that failed.
     static KOutputFile* CommitAll(KOutputFile* const* pOutputs, size_t pCount);
 
     /// Marks the output as failed for a reason of the caller's (\p pError, an errno): what was written is incomplete.

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace qexsdk
@@ -20,17 +19,18 @@ struct KStringHash
         uint64_t          lHash = reinterpret_cast<uintptr_t>(&sSeed) + pText.size();
         for (; pText.size() >= sizeof(uint64_t); pText.remove_prefix(sizeof(uint64_t)))
         {
-            lHash = Mix(lHash, pText, sizeof(uint64_t));
+            lHash = Mix(lHash, pText);
         }
-        return static_cast<size_t>(Mix(Mix(lHash, pText, pText.size()), {}, 0));
+        return static_cast<size_t>(Mix(Mix(lHash, pText), {}));
     }
 
 private:
-    /// The multiplication spreads each bit upwards, the shift folds the upper half back down.
-    static uint64_t Mix(uint64_t pHash, std::string_view pText, size_t pSize)
+    /// Mixes the first eight bytes of \p pText, or all of a shorter one, into \p pHash. The multiplication spreads each bit upwards, the
+    /// shift folds the upper half back down.
+    static uint64_t Mix(uint64_t pHash, std::string_view pText)
     {
         uint64_t lText = 0;
-        std::memcpy(&lText, pText.data(), pSize);
+        pText.copy(reinterpret_cast<char*>(&lText), sizeof(lText));
         const uint64_t lProduct = (pHash ^ lText) * 0x9E3779B97F4A7C15u;
         return lProduct ^ (lProduct >> 32);
     }

@@ -22,7 +22,7 @@ struct KFrameRate
 
 /// A time or a duration as a signed 64-bit count of flicks, 705,600,000 per second: one frame at 24, 25, 30, 48, 50, 60, 90, 100, 120
 /// or 240 frames per second, and at 30000/1001, is a whole number of them. The range is about 414 years both ways. Sums, differences
-/// and conversions are clamped to kMin and kMax (FromFrame already within mSeconds seconds of them).
+/// and conversions are clamped to kMin and kMax; FromFrame also clamps what is less than mSeconds seconds away from them.
 class QEX_API KTime
 {
 public:
@@ -51,27 +51,27 @@ public:
     /// flicks; at the others, errors do not accumulate.
     static constexpr KTime FromFrame(long long pFrame, const KFrameRate& pRate)
     {
-        // mFrames frames last exactly mSeconds seconds; only the remainder is rounded.
-        const long long lRunTicks = kTicksPerSecond * pRate.mSeconds;
-        const long long lRuns = FloorDivide(pFrame, pRate.mFrames);
+        // A period of mFrames frames lasts exactly mSeconds seconds; only the remainder is rounded.
+        const long long lPeriodTicks = kTicksPerSecond * pRate.mSeconds;
+        const long long lPeriods = FloorDivide(pFrame, pRate.mFrames);
         const long long lRemainder = FloorRemainder(pFrame, pRate.mFrames);
-        if (lRuns > kMax / lRunTicks - 1)
+        if (lPeriods > kMax / lPeriodTicks - 1)
         {
             return KTime(kMax);
         }
-        if (lRuns < kMin / lRunTicks)
+        if (lPeriods < kMin / lPeriodTicks)
         {
             return KTime(kMin);
         }
-        return KTime(lRuns * lRunTicks + (lRemainder * lRunTicks + pRate.mFrames / 2) / pRate.mFrames);
+        return KTime(lPeriods * lPeriodTicks + (lRemainder * lPeriodTicks + pRate.mFrames / 2) / pRate.mFrames);
     }
 
     /// The number of the frame at this time: the last one whose FromFrame is not after it.
     constexpr long long GetFrame(const KFrameRate& pRate) const
     {
-        const long long lRunTicks = kTicksPerSecond * pRate.mSeconds;
-        const long long lRuns = FloorDivide(mTicks, lRunTicks);
-        const long long lFrame = lRuns * pRate.mFrames + FloorRemainder(mTicks, lRunTicks) * pRate.mFrames / lRunTicks;
+        const long long lPeriodTicks = kTicksPerSecond * pRate.mSeconds;
+        const long long lPeriods = FloorDivide(mTicks, lPeriodTicks);
+        const long long lFrame = lPeriods * pRate.mFrames + FloorRemainder(mTicks, lPeriodTicks) * pRate.mFrames / lPeriodTicks;
         // A frame starts at a rounded flick, so the next one may already start at this time.
         return FromFrame(lFrame + 1, pRate).mTicks <= mTicks ? lFrame + 1 : lFrame;
     }

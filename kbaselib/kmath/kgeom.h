@@ -16,7 +16,7 @@ namespace qexsdk
 
 namespace kmathdetail
 {
-/// Enabled for vector classes of other libraries that convert to const double*.
+/// Enabled for vector classes of other layers, which convert to const double*.
 template <typename TVector>
 using KIfComponents = std::enable_if_t<std::is_class_v<TVector> && std::is_convertible_v<const TVector&, const double*>>;
 } // namespace kmathdetail

@@ -60,7 +60,7 @@ public:
     void RemoveChild(HKQexAsfNode pChild);
 
     ///@}
-    /// \name Fields by operation
+    /// \name Accessors
     ///@{
 
     /// Sets the scene in which curves will be made. Not owned.

@@ -42,15 +42,16 @@ public:
     /// \return the root bone's node; null without a root or when memory ran out.
     KQexNode* ASFToQEX(KQexScene* pScene, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet, bool pSetPreRotation);
 
-    /// Binds the skeleton to the hierarchy below \p pRootNode: when a node with the root bone's name is found at any depth below
-    /// it, and has a parent, as by KQexAsfNode::MergeASFToQEX() with that parent; else builds a new skeleton below \p pRootNode.
+    /// Binds the skeleton to the hierarchy below \p pRootNode: searches it for a node with the root bone's name and calls
+    /// KQexAsfNode::MergeASFToQEX() with that node's parent. Without such a node, builds a new skeleton below \p pRootNode.
     /// \return false when memory ran out for a part
     bool MergeASFToQEX(KQexScene* pScene, KQexNode* pRootNode, const char* pTakeName, bool pSetLimits, bool pSetRotatePivotOffet,
                        bool pSetPreRotation);
 
-    /// Fills this newly constructed scene from the host tree at \p pRootNode: a bone for every node below it, the root bone named
-    /// "root", and a dummy (the child's name followed by "Dummy") above every child of a node whose children start at different
-    /// positions. An earlier mRoot is overwritten, not destroyed. Names of more than 255 characters are cut.
+    /// Fills this newly constructed scene from the host tree at \p pRootNode: a bone for every node below it except leaves that are
+    /// not animated, the root bone named "root", and a dummy (the child's name followed by "Dummy") above every child of a node
+    /// whose children start at different positions, and above the root's only child if it has an offset. An earlier mRoot is
+    /// overwritten, not destroyed. Names of more than 255 characters are cut.
     /// \param pRootNode the node that becomes the root bone; nothing of the host scene changes
     /// \param pTAnimated gives every bone but the root the three translation DOFs and the host's translation limits
     /// \param pBaseScale multiplied into the root node's local scaling, and so into every length

@@ -38,7 +38,7 @@ struct QEX_API KQexExportAcclaimOptions
     KQexAmcSkeletonNotes mSkeletonNotes;      ///< ExportMotion(): the skeleton's notes, as ReadSkeleton() returned them.
     KQexProgress         mProgress;           ///< Called from time to time; false cancels. Empty: never.
 
-    /// Adapt the extracted skeleton for the file, where it would lose something: limits move to the rows that are written, an offset
+    /// Adapt the extracted skeleton for the file, which would lose something otherwise: limits move to the rows that are written, an offset
     /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, axes are
     /// decomposed exactly, and directions and axes are rounded such that reading and writing them again changes nothing. Names are
     /// made valid in any case. False writes the skeleton as extracted.
@@ -50,7 +50,7 @@ struct QEX_API KQexExportAcclaimResult
 {
     bool                           mOk = false;         ///< All files were written. Otherwise existing files are unchanged.
     bool                           mCancelled = false;  ///< The progress function cancelled.
-    bool                           mBrokenPipe = false; ///< The reader of an output pipe had closed it; mMessages tells of that too.
+    bool                           mBrokenPipe = false; ///< The reader of an output pipe had closed it; mMessages reports that, too.
     std::vector<KQexImportMessage> mMessages;           ///< Messages, with the path of the file they are about.
     KQexSampling                   mSampling;           ///< Frames of the motion.
     int                            mBones = 0;          ///< Number of bones, the root included.
@@ -75,8 +75,8 @@ public:
                                KQexExportAcclaimResult& pResult);
 
     /// Writes the take as a motion for the skeleton in \p pSkeleton, a scene read from a file with both frame flags false. A bone's
-    /// node is searched by name below its parent bone's node; \p pRoot is the root's. When no name matches, the nodes' name-space
-    /// prefixes are ignored. Bones without a node stay at rest and are listed in the result.
+    /// node is searched by name below the node of its nearest ancestor that has one; \p pRoot is the root's. When no name matches,
+    /// the nodes' name-space prefixes are ignored. Bones without a node stay at rest and are listed in the result.
     static bool ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                              KQexExportAcclaimResult& pResult);
 

@@ -29,8 +29,9 @@ enum KQexAmcAngle
 /// Header of a motion file: what precedes its first frame.
 struct QEX_API KQexAmcHeader
 {
-    std::string  mAsfFile; ///< Skeleton of :ASF-FILE, else (PeekHeader() only) #!OML:ASF; often another machine's path. Empty when absent.
-    std::string  mAsfPath; ///< Folder of the skeleton, of :ASF-PATH. Empty when absent.
+    std::string
+        mAsfFile; ///< Skeleton of :ASF-FILE, else (PeekHeader() only) of #!OML:ASF; often another machine's path. Empty when absent.
+    std::string  mAsfPath;                     ///< Skeleton's folder in :ASF-PATH. Empty when absent.
     double       mSamplesPerSecond = 0.0;      ///< :SAMPLES-PER-SECOND; 0 when absent or invalid.
     KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON; ///< Unit of the angles.
     bool         mHasFrameRange = false;       ///< Whether there is a valid :FRAME-RANGE.

@@ -36,9 +36,9 @@ public:
     /// Closes. A file being written is completed if all prints succeeded.
     ~KQexFileAcclaimAsf() override;
 
-    /// Reads the whole file into \p pQexAsfScene, then computes the frames of the bones (SetupPosition with
-    /// \p pSetRotatePivotOffet and \p pSetPreRotation) and with \p pRemoveDummyNodes folds dummy bones (RemoveDummy with
-    /// the same two). False when the file cannot be read as a skeleton; the scene then keeps what was read so far. A root
+    /// Reads the whole file into \p pQexAsfScene, computes the frames of the bones (SetupPosition with
+    /// \p pSetRotatePivotOffet and \p pSetPreRotation) and, with \p pRemoveDummyNodes, removes dummy bones (RemoveDummy with
+    /// the same two flags). False when the file cannot be read as a skeleton; the scene then keeps what was read so far. A root
     /// that the scene had before is released with its bones when the file has a root of its own, and stays otherwise.
     ///
     /// No other Read() or section of the reader may run at the same time in the process, on any object: they count in the shared
@@ -67,7 +67,7 @@ public:
     ///@}
 
     /// \name Sections of the writer
-    /// mQexAsfScene is set.
+    /// mQexAsfScene must be set.
     ///@{
     void WriteRoot();                                 ///< The root's section; its position and orientation are zeros.
     void WriteBoneData();                             ///< Every bone below the root, in pre-order, with ids from 1.

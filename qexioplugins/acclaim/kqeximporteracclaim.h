@@ -33,12 +33,12 @@ struct QEX_API KQexAcclaimSource
     std::string mTakeName;
 };
 
-/// Rotation filter: the values of the library's global setting.
+/// Filter of rotation curves; the values that KFCURVE_SetRotationFilterToApply() takes.
 enum KQexRotationFilter
 {
     eROTATION_FILTER_NONE = 0,   ///< Curves stay as sampled.
-    eROTATION_FILTER_GIMBAL = 1, ///< Unroll, and shortest paths near gimbal lock.
-    eROTATION_FILTER_UNROLL = 2  ///< Each key the Euler triple nearest to the one before.
+    eROTATION_FILTER_GIMBAL = 1, ///< As unroll; near gimbal lock also the shortest path between keys.
+    eROTATION_FILTER_UNROLL = 2  ///< Each key becomes the Euler triple nearest to the key before it.
 };
 
 /// Options of an import. The frame flags apply to reading, sampling and import alike, so that they cannot differ.
@@ -50,7 +50,7 @@ struct QEX_API KQexImportAcclaimOptions
     bool mSetRotatePivotOffet = false;
 
     /// Store a bone's axis frame in its node's pre-rotation instead of folding it into its rotation. Rotation limits need this.
-    /// Pre-rotations round positions by up to 4.5e-4 of a figure's size close to their poles.
+    /// Pre-rotations are XYZ angles, rounded close to y = +-90 degrees: positions then move by up to 4.5e-4 of the figure's size.
     bool mSetPreRotation = false;
 
     bool mSetLimits = true; ///< Write joint limits to the nodes, as far as the two flags above allow.
@@ -61,8 +61,8 @@ struct QEX_API KQexImportAcclaimOptions
     bool               mUseConstantKeyReducer = false;            ///< Drop keys inside runs of equal values, during the import only.
     bool               mKeepGoodFrames = false; ///< After an error in a motion, keep the complete frames before it, when there are any.
 
-    KQexNode* mParentNode =
-        nullptr; ///< Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
+    /// Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
+    KQexNode* mParentNode = nullptr;
 
     /// Bind to the hierarchy at or below this node by bone names instead of building a new one; bones that it lacks are built. Not
     /// owned.

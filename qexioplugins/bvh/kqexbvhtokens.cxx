@@ -25,7 +25,7 @@ KQexBvhTokens::KQexBvhTokens(KQexTextFile& pFile) : mFile(pFile)
     }
 }
 
-bool KQexBvhTokens::Fill()
+bool KQexBvhTokens::SkipToToken()
 {
     for (;;)
     {
@@ -63,7 +63,7 @@ const char* KQexBvhTokens::TokenEnd() const
 
 std::string_view KQexBvhTokens::Peek()
 {
-    if (!Fill())
+    if (!SkipToToken())
     {
         return {};
     }
@@ -83,7 +83,7 @@ bool KQexBvhTokens::Accept(const char* pWord)
 
 std::string_view KQexBvhTokens::NextName()
 {
-    // Not Fill(): a name is on its keyword's line, and a joint without one must not get the next line as its name.
+    // Not SkipToToken(): a name is on its keyword's line, and a joint without one must not get the next line as its name.
     while (mNext != mEnd && IsBlank(*mNext))
     {
         ++mNext;
@@ -103,7 +103,7 @@ std::string_view KQexBvhTokens::NextName()
 
 bool KQexBvhTokens::NextNumber(double& pValue)
 {
-    if (!Fill())
+    if (!SkipToToken())
     {
         return false;
     }

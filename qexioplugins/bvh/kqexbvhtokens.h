@@ -49,7 +49,8 @@ private:
         return true;
     }
 
-    bool        Fill();
+    /// Goes to the start of the next token, on a later line if need be. False at the end of the file.
+    bool        SkipToToken();
     static bool IsBlank(char pC) { return pC == ' ' || pC == '\t' || pC == ':' || pC == '\0' || pC == '\r'; }
     static bool IsBrace(char pC) { return pC == '{' || pC == '}'; }
     const char* TokenEnd() const;

@@ -158,7 +158,7 @@ void KQexBvhWriter::ToFileAxes(double* pVector) const
     }
 }
 
-/// The same rotation in file axes, T R inverse(T): permutes the axes and converts their images.
+/// The same rotation in file axes: T R inverse(T), where T is that quarter turn.
 void KQexBvhWriter::ToFileAxes(KgeRMatrix& pRotation) const
 {
     if (!mOptions.mZUp)

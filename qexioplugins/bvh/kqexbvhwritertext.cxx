@@ -10,7 +10,7 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kDecimals = 6;   ///< At most, after the decimal point.
+constexpr int kDecimals = 6;   ///< Maximum number of digits after the decimal point.
 constexpr int kMaxIndent = 64; ///< Indentation stops at this level, so that a deep chain does not cost the square of its depth.
 
 int IndentLevel(int pLevel)
@@ -104,7 +104,7 @@ void KQexBvhWriter::WriteHierarchy()
     }
 }
 
-/// Euler triples are stored first applied first and written last applied first.
+/// Euler angles are stored in the order of application and written in the reverse order.
 void KQexBvhWriter::Format(long long, const double* pValues, std::string& pText) const
 {
     for (const KQexBvhJoint& lJoint : mJoints)

@@ -39,12 +39,12 @@ struct QEX_API KQexBvhWriteOptions
 {
     KQexAnimStack* mStack = nullptr; ///< Take; null: the rest pose in every frame.
     KQexSampling   mSampling;        ///< Frames to write.
-    ERotationOrder mOrder =
-        eEULER_XYZ;            ///< Order of the rotation channels, first applied first: eEULER_XYZ writes "Zrotation Yrotation Xrotation".
-    double       mScale = 1.0; ///< Scale of offsets and positions: file units per centimetre.
-    bool         mZUp = false; ///< Rotate the scene from y up to z up (y becomes z, z becomes -y).
-    int          mThreads = 0; ///< Threads that evaluate and format; 0: one per core, at most 4. Does not affect the output.
-    KQexProgress mProgress;    ///< Called from time to time; false cancels. May be empty.
+    /// Rotation order of the joints. Channels are in reverse: eEULER_XYZ writes "Zrotation Yrotation Xrotation".
+    ERotationOrder mOrder = eEULER_XYZ;
+    double         mScale = 1.0; ///< Scale of offsets and positions: file units per centimetre.
+    bool           mZUp = false; ///< Rotate the scene from y up to z up (y becomes z, z becomes -y).
+    int            mThreads = 0; ///< Threads that evaluate and format; 0: one per core, at most 4. Does not affect the output.
+    KQexProgress   mProgress;    ///< Called from time to time; false cancels. May be empty.
 };
 
 /// Reads and writes BVH files.

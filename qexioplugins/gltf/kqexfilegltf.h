@@ -37,7 +37,7 @@ struct QEX_API KQexGltfWriteOptions
 struct QEX_API KQexGltfReadOptions
 {
     KQexNode*    mParentNode = nullptr;  ///< Parent of the root nodes; null: the scene's root node.
-    double       mScale = 100.0;         ///< Scale of translations: centimetres per unit of the file, the metre.
+    double       mScale = 100.0;         ///< Scale of translations: centimetres per file unit, in glTF the metre.
     double       mFramesPerSecond = 0.0; ///< Sampling rate of animations; 0: the rate that fits their keys, or 120 if none does.
     KQexProgress mProgress;              ///< Called from time to time; return false to cancel. May be empty.
 };
@@ -57,7 +57,7 @@ struct QEX_API KQexGltfReadResult
 /// `extras.rotationOrder`, default XYZ, and a matrix is decomposed (shear is ignored with a warning). The joints of skins get a
 /// skeleton attribute; without skins, all nodes do. A leaf that only holds a skinned mesh is skipped. Each animation becomes a take,
 /// sampled at even steps whatever its interpolation; angles are continuous from frame to frame. Limits come from a node's `extras`.
-/// Meshes, images and everything else that is not motion is ignored. Only buffers in the model's own folder are opened. Nothing in the
+/// Meshes, images and everything else that is not motion are ignored. Only buffers in the model's own folder are opened. Nothing in the
 /// file is trusted: each index, offset and count is checked.
 ///
 /// Writing: writes every node of the trees with its rest pose as translation, rotation and scale. Pivots and rotation orders are

@@ -112,7 +112,7 @@ bool WriteParts(KQexFileGltf& pFile, KOutputFile& pOutput, const std::string& pP
     return (lOk && pOutput.Prepare()) || ReportOutput(pFile, pOutput);
 }
 
-/// Builds a file at the rest pose and passes it to \p pWrite. Reports exceptions as messages.
+/// Builds the file, with no take as the evaluator's context (rest pose), and passes it to \p pWrite. Reports exceptions as messages.
 template <typename TWrite>
 bool BuildAndWrite(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions, const TWrite& pWrite)
 {

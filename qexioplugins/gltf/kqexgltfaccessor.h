@@ -27,7 +27,7 @@ public:
     /// Components of an element, 1 to 16.
     int GetComponents() const { return mComponents; }
 
-    /// Whether the elements are in a buffer. If not, nothing backs GetCount().
+    /// Whether the elements are in a buffer. If not, GetCount() is the file's number, unchecked.
     bool HasData() const { return mElements.mData != nullptr; }
 
     /// Stores the GetComponents() numbers of element \p pIndex, less than GetCount(). Normalized integers are converted to -1 to 1.

@@ -10,8 +10,8 @@
 namespace qexsdk
 {
 
-/// Appends JSON to a string, value by value. Running out of memory leaves a truncated text and nothing else; destroying a tree of
-/// values, by contrast, may need memory.
+/// Appends JSON to a string, value by value. Needs no tree of JSON values, whose destruction may itself need memory: when memory runs
+/// out, a truncated text is all that is left.
 class QEX_API KQexGltfJsonWriter
 {
 public:

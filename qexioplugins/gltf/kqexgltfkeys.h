@@ -55,8 +55,9 @@ double GltfTimeTolerance(double pSeconds, double pStep);
 /// The key times of several tracks.
 using KQexGltfTimes = std::vector<std::shared_ptr<const std::vector<double>>>;
 
-/// The frame step, in ticks, of which all \p pTimes are multiples, counted from \p pOrigin seconds: the mean spacing of the keys if it
-/// is at most 0.1 seconds, otherwise the step of the lowest common frame rate. 0 when there is none or no track has two keys.
+/// The frame step, in ticks, of which all \p pTimes are multiples, counted from \p pOrigin seconds: the mean key spacing of the track
+/// with the most keys, if that fits and is at most 0.1 seconds; otherwise the step of the lowest of the usual frame rates that fits.
+/// 0 when none fits or no track has two keys.
 long long GltfFindStep(const KQexGltfTimes& pTimes, double pOrigin);
 
 } // namespace qexsdk

@@ -58,8 +58,8 @@ struct KQexGltfModel
     /// A node.
     struct KNode
     {
-        std::string         mName;             ///< Unique, may be empty.
-        std::vector<double> mTranslation;      ///< Three numbers, metres.
+        std::string         mName;             ///< Not empty; unique among the nodes with mSource.
+        std::vector<double> mTranslation;      ///< Three numbers, file units.
         std::vector<double> mRotation;         ///< A quaternion x, y, z, w.
         std::vector<double> mScale;            ///< Three numbers; empty for 1.
         std::vector<int>    mChildren;         ///< Nodes.
@@ -87,7 +87,7 @@ struct KQexGltfModel
     /// A mesh of one primitive.
     struct KMesh
     {
-        std::string mName;      ///< Name of the figure.
+        std::string mName;      ///< Name of its node.
         KPrimitive  mPrimitive; ///< The only primitive.
     };
 

@@ -13,7 +13,7 @@ bool IsUtf8(std::string_view pText)
                                          : lFirst >= 0xE0 && lFirst < 0xF0 ? 2
                                          : lFirst >= 0xF0 && lFirst < 0xF5 ? 3
                                                                            : 4;
-        if (lFollowing == 4 || i + lFollowing >= pText.size() + (lFollowing == 0 ? 1 : 0))
+        if (lFollowing == 4 || i + lFollowing >= pText.size())
         {
             return false;
         }

@@ -59,12 +59,12 @@ bool KQexGltfWriter::AddTree(KQexNode* pRoot)
 
 std::string KQexGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty)
 {
-    const bool        lIsText = IsUtf8(pName);
+    const bool        lIsUtf8 = IsUtf8(pName);
     const std::string lNew = pNames.Make(
-        MakeSafeName(pName, pIfEmpty, [lIsText](char pC) { return (lIsText || static_cast<signed char>(pC) >= 0) && pC != '\0'; }));
+        MakeSafeName(pName, pIfEmpty, [lIsUtf8](char pC) { return (lIsUtf8 || static_cast<signed char>(pC) >= 0) && pC != '\0'; }));
     if (lNew != pName)
     {
-        const std::string lOld = MakeSafeName(pName, "", [lIsText](char pC) { return lIsText || static_cast<signed char>(pC) >= 0; });
+        const std::string lOld = MakeSafeName(pName, "", [lIsUtf8](char pC) { return lIsUtf8 || static_cast<signed char>(pC) >= 0; });
         mFile.Report(KQexTextMessage::eWARNING, "Name changed (" + lNew + "), from (" + lOld + ")");
     }
     return lNew;

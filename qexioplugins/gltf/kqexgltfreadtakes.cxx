@@ -15,12 +15,12 @@ namespace qexsdk
 namespace
 {
 
-constexpr long long kDefaultStep = 705600000 / 120;
-constexpr double    kBaseKeys = 4e6;     ///< Keys that a file of any size may have.
-constexpr double    kKeysPerByte = 16.0; ///< Additional keys per byte of the file.
-constexpr double    kMaxTime = 1e9;      ///< Largest absolute time of a key, in seconds.
+constexpr long long kDefaultStep = 705600000 / 120; ///< In ticks: 120 frames a second.
+constexpr double    kBaseKeys = 4e6;                ///< Keys that a file of any size may have.
+constexpr double    kKeysPerByte = 16.0;            ///< Additional keys per byte of the file.
+constexpr double    kMaxTime = 1e9;                 ///< Largest absolute time of a key, in seconds.
 
-int PropertyOf(const char* pPath)
+int PropertyIndexOf(const char* pPath)
 {
     static const char* const sPaths[3] = {"translation", "rotation", "scale"};
     for (int i = 0; i < 3; ++i)
@@ -89,7 +89,7 @@ void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimC
 
 } // namespace
 
-/// Limits the keys to the size of the file: two keys that are days apart would otherwise make millions of frames.
+/// Limits the number of keys by the size of the file: two keys that are days apart would otherwise make millions of frames.
 void KQexGltfReader::CountKeys(double pKeys, const std::string& pName)
 {
     mKeyCount += pKeys;
@@ -136,7 +136,7 @@ void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const st
         const std::string lName = pName + ".channels[" + std::to_string(lChannel) + "]";
         const int         lSampler = GltfIndex(lFrom["sampler"], lSamplers.size(), lName + ".sampler");
         const int         lNode = GltfIndex(lFrom["target"]["node"], mNodes.size(), lName + ".target.node");
-        const int         lProperty = PropertyOf(lFrom["target"]["path"].GetText());
+        const int         lProperty = PropertyIndexOf(lFrom["target"]["path"].GetText());
         if (lSampler < 0)
         {
             throw KQexGltfError(lName + ".sampler is missing");

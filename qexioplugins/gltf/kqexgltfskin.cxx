@@ -13,7 +13,7 @@ namespace
 
 constexpr size_t kMaxJoints = 65535; ///< Limit of a vertex's 16-bit joint index.
 
-/// Writes the inverse of an affine transform in column-major order; identity when it is singular.
+/// Writes the inverse of an affine transform, its translation scaled by pScale, in column-major order; identity when it is singular.
 void WriteInverse(const KQexMatrix& pTransform, double pScale, float* pOut)
 {
     const double* lA = pTransform.mData[0].mData;

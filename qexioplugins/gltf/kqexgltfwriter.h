@@ -65,15 +65,15 @@ private:
     int         AddTimes(const KQexSampling& pSampling);
     void        AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
     void        GetPosition(const KQexGltfNode& pNode, double* pPosition) const;
-    size_t      mDoneNodes = 0;
 
     KQexFileGltf&               mFile;
     const KQexGltfWriteOptions& mOptions;
     KQexGltfModel               mModel;
     KQexGltfBuffer              mBuffer;
     int                         mThreads;
-    std::vector<KQexGltfNode>   mNodes;      ///< Each tree in pre-order; also the file's first nodes, in this order.
-    std::vector<size_t>         mTreeStarts; ///< First node of each tree.
+    std::vector<KQexGltfNode>   mNodes;         ///< Each tree in pre-order; also the file's first nodes, in this order.
+    std::vector<size_t>         mTreeStarts;    ///< First node of each tree.
+    size_t                      mDoneNodes = 0; ///< Nodes animated so far, summed over the takes; for the progress.
 };
 
 } // namespace qexsdk

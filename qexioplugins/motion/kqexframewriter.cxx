@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr int kBlockFrames = 64;    ///< Frames per block.
-constexpr int kBlocksPerThread = 4; ///< In a batch.
+constexpr int kBlocksPerThread = 4; ///< Blocks in a batch, per thread.
 
 /// Consecutive frames, processed by one thread at a time.
 struct KFrameBlock

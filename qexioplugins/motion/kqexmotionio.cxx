@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr double    kTicksPerSecond = static_cast<double>(KTime::kTicksPerSecond);
-constexpr long long kDefaultStep = 705600000 / 120;
+constexpr long long kDefaultStep = 705600000 / 120;    ///< In ticks: 120 frames a second.
 constexpr long long kShortestStep = 705600000 / 10000; ///< No motion is sampled more often than 10,000 times a second.
 constexpr double    kMaxTicks = 9.0e18;
 
@@ -27,7 +27,7 @@ constexpr KCommonRate kCommonRates[] = {{24, 1},  {25, 1},  {30, 1},   {48, 1}, 
                                         {80, 1},  {144, 1}, {150, 1},  {180, 1},      {200, 1},      {300, 1},      {360, 1},      {480, 1},
                                         {500, 1}, {600, 1}, {1000, 1}, {24000, 1001}, {30000, 1001}, {60000, 1001}, {120000, 1001}};
 
-/// First and last key time, and the greatest common divisor of the keys' distances.
+/// First and last key time, and the greatest common divisor of the intervals between keys, in ticks.
 struct KKeySpan
 {
     long long mFirst = 0;
@@ -116,7 +116,7 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
             AddNode(lNode, lLayer, lSpan);
         }
     }
-    // At a rate that ticks do not divide, keys are up to a tick off their frames, and their common step is too short to use.
+    // When a frame is not a whole number of ticks, keys are up to a tick off their frames, and the common divisor is too short to use.
     const bool lIsUneven = lSpan.mStep < kShortestStep && lSpan.mMeanStep > 0;
     long long  lStep = lIsUneven ? std::max(kShortestStep, lSpan.mMeanStep) : lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
     if (pRequest.mFramesPerSecond != 0.0)
@@ -134,6 +134,7 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
     }
     pSampling.mStart = KTime(lStart);
     pSampling.mStep = KTime(lStep * pRequest.mEvery);
+    // The mean step may be rounded up: the last frame is then after the last key.
     const long long lSlack = lIsUneven && !pRequest.mHasEnd ? pSampling.mStep.Get() / 4 : 0;
     pSampling.mCount = (lEnd - lStart + lSlack) / pSampling.mStep.Get() + 1;
     return true;

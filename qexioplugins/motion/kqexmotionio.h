@@ -18,7 +18,7 @@ namespace qexsdk
 class KQexAnimStack;
 class KQexNode;
 
-/// Progress callback for long work, from 0 to 1. Returns false to cancel. Called on the caller's thread.
+/// Progress callback for long work: receives the fraction done, 0 to 1, and returns false to cancel. Called on the caller's thread.
 using KQexProgress = std::function<bool(double pFraction)>;
 
 /// A degree of freedom of a bone, as skeleton files list it, with its limits.
@@ -61,8 +61,9 @@ struct QEX_API KQexSamplingRequest
 QEX_API KTime NearestFrameStep(double pSeconds);
 
 /// The frames that \p pRequest asks for, from the keys of \p pStack on the nodes at and below \p pRoots. The step of the keys is the
-/// greatest common divisor of their distances; if that is below 1/10,000 second, the mean step of the curve with the most keys. A take
-/// without keys, or no take (\p pStack null), gives one frame at the start and a step of 1/120 second unless requested otherwise.
+/// greatest common divisor of the intervals between them; if that is below 1/10,000 second, the mean step of the curve with the most
+/// keys. A take without keys, or no take (\p pStack null), gives one frame at the start and a step of 1/120 second unless requested
+/// otherwise.
 /// False, and \p pSampling unchanged, when the end is before the start, the rate is not above 0 or the times overflow.
 QEX_API bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, const KQexSamplingRequest& pRequest,
                           KQexSampling& pSampling);

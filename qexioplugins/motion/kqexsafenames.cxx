@@ -8,7 +8,7 @@ namespace qexsdk
 namespace
 {
 
-/// \p pName cut to at most \p pLength bytes, not inside a character of UTF-8.
+/// \p pName cut to at most \p pLength bytes, at the start of a UTF-8 character.
 std::string_view Cut(std::string_view pName, size_t pLength)
 {
     if (pName.size() <= pLength)

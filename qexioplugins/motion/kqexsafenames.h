@@ -18,7 +18,7 @@ public:
     /// \p pMaxLength: longest name allowed, in bytes; 0: no limit.
     explicit KQexUniqueNames(size_t pMaxLength = 0) : mMaxLength(pMaxLength) {}
 
-    /// \p pName cut to the maximum length, between characters of UTF-8, with "_2", "_3", … appended if it is in use. The result is in use from now on.
+    /// \p pName, cut to the maximum length between two UTF-8 characters, with "_2", "_3", … appended if that name was made before.
     std::string Make(std::string_view pName);
 
 private:

@@ -188,7 +188,7 @@ public:
     int GetErrorCount() const { return mErrorCount; }
 
     static constexpr size_t kMaxMessages = 1000;       ///< Messages of any kind that are kept.
-    static constexpr size_t kMaxMessageSize = 4194304; ///< Bytes of text, in all, from which texts are cut.
+    static constexpr size_t kMaxMessageSize = 4194304; ///< Total bytes of text; later texts are cut.
     static constexpr size_t kMaxLongText = 4096;       ///< Bytes kept of a text that is cut.
     ///@}
 

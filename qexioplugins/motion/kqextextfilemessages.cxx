@@ -95,7 +95,7 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
     }
 }
 
-/// A message that cannot be stored must not get lost: the read fails.
+/// Makes the read fail: a message that could not be stored must not go unnoticed.
 void KQexTextFile::ReportNoMemory()
 {
     mFailed = true;

@@ -63,6 +63,7 @@ bool KQexTextFile::ParseNumber(double& pValue, bool pFinite, const char*& pAt) c
 
 bool KQexTextFile::GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite)
 {
+    // mNext + (pointer - mNext) is the pointer without const.
     const char* lAt = mNext;
     double      lValue[3];
     for (int i = 0; i < pCount; ++i)

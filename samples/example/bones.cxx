@@ -1,4 +1,4 @@
-// Prints the bones of a skeleton file, each with its length in centimetres.
+// Prints how many bones a skeleton's root has, and the lengths of those of the left leg in centimetres.
 
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 

@@ -1,5 +1,5 @@
-// node validate.js FILE...: looks at glTF files with the Khronos validator. Exit status 1, and what is wrong on standard
-// output, when any has an error or a warning. NODE_PATH names the folder with the module.
+// node validate.js FILE...: checks glTF files with the Khronos validator. Prints every error and warning; exit status 1 when
+// there is any. NODE_PATH names the folder with the module.
 
 const fs = require('fs');
 const path = require('path');

@@ -23,7 +23,7 @@ public:
     /// Blocks allocated and not yet freed, in the whole program.
     static long GetLive();
 
-    /// Peak of the allocated bytes since Arm(), less those allocated then.
+    /// Peak of the allocated bytes since Arm(), minus those allocated at Arm().
     static long GetPeakBytes();
 };
 

@@ -70,7 +70,7 @@ private:
     int                mSaved;
 };
 
-/// Runs \p pMake, which prepares what an operation needs, with failing suspended. Its result must be movable.
+/// Runs \p pMake, which prepares what an operation needs, while no allocation fails.
 template <typename TMake>
 auto MakeUnfailing(const TMake& pMake)
 {

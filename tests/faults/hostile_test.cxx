@@ -278,7 +278,7 @@ struct KNumberCase
     bool        mIsJson;   ///< Valid in JSON.
 };
 
-/// Odd numbers in each format, in place of a valid one.
+/// Unusual numbers in each format, in place of a valid one.
 class KHostileNumberTest : public testing::TestWithParam<KNumberCase>
 {
 };
@@ -324,6 +324,6 @@ INSTANTIATE_TEST_SUITE_P(Numbers, KHostileNumberTest,
                                          KNumberCase{"infinite", "inf", false, false}, KNumberCase{"a bare sign", "-", false, false},
                                          KNumberCase{"two points", "1.2.3", false, false},
                                          KNumberCase{"an empty exponent", "1e", false, false},
-                                         KNumberCase{"a decimal comma", "1;5", false, false}));
+                                         KNumberCase{"a semicolon", "1;5", false, false}));
 
 } // namespace

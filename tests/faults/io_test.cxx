@@ -19,8 +19,8 @@ struct KCallFault
     const char*        mName;
     KFileFaults::ECall mCall;
     int                mError;
-    bool               mIsHarmless; ///< Changes nothing. Else it must be reported, unless the operation can do without the call.
-    bool               mIsFatal;    ///< No operation can do without the call.
+    bool               mIsHarmless; ///< Every operation succeeds all the same.
+    bool               mIsFatal;    ///< Every operation fails. Neither: one that does not need the call may succeed.
 };
 
 const KCallFault kFaults[] = {
@@ -136,7 +136,7 @@ TEST_P(KCallFaultTest, LosesNothing)
         int lTries = 0;
         for (const bool lOnwards : {false, true})
         {
-            // An operation that is interrupted for ever never ends.
+            // An interrupted call is retried forever.
             if (lOnwards && lFault.mError == EINTR)
             {
                 continue;
@@ -154,6 +154,7 @@ TEST_P(KCallFaultTest, LosesNothing)
         {
             std::printf(" | %s %d", lFault.mName, lTries);
         }
+        // Every operation opens a file and reads its inputs; other calls may not occur.
         EXPECT_TRUE(lTries > 0 || (lFault.mCall == KFileFaults::eREAD ? GetParam().mInputs.empty() : lFault.mCall != KFileFaults::eOPEN));
     }
     std::printf("\n");

@@ -66,7 +66,7 @@ protected:
             ::dup2(lNull, STDIN_FILENO);
             ::dup2(lNull, STDOUT_FILENO);
             ::dup2(lNull, STDERR_FILENO);
-            // A background job inherits from its shell that SIGINT is ignored.
+            // The shell of a background job makes it ignore SIGINT.
             ::signal(SIGINT, SIG_DFL);
             ::execv(lArgv[0], lArgv.data());
             ::_exit(127);

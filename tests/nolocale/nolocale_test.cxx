@@ -1,4 +1,4 @@
-// A program on a system without a "C" locale: instead of writing numbers with another locale, formatting fails.
+// Without a "C" locale, formatting fails; it never falls back to another locale.
 
 #include <kbaselib/kbase/kformat.h>
 

@@ -341,7 +341,7 @@ TEST_P(KQexAnimCurveMemory, StaysWithinItsBytesPerKey)
     {
         KOwnCurve          lCurve;
         const KMemoryWatch lWatch;
-        // When keys are added in order, the bound always holds; else once all are added.
+        // Frames out of order may be stored as a list until no gap is left, so they are checked only once all are added.
         const bool lCheckAlways = GetParam().mKind == eTIMES_FRAMES || GetParam().mKind == eTIMES_ODD_RATE ||
                                   GetParam().mKind == eTIMES_NEARLY_EVEN || GetParam().mKind == eTIMES_ANY;
         for (const long long lTime : MakeTimes(GetParam().mKind, lCount, lRandom))
@@ -366,7 +366,7 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexAnimCurveMemory,
                                          KMemoryCase{"frames shuffled", eTIMES_SHUFFLED, 6.0},   //
                                          KMemoryCase{"frames backwards", eTIMES_BACKWARDS, 6.0}, //
                                          KMemoryCase{"frames with gaps", eTIMES_GAPS, 16.0},     //
-                                         KMemoryCase{"a rate that ticks do not divide", eTIMES_ODD_RATE, 16.0},
+                                         KMemoryCase{"a rate that does not divide a second's ticks", eTIMES_ODD_RATE, 16.0},
                                          KMemoryCase{"the same with gaps", eTIMES_ODD_GAPS, 16.0},
                                          KMemoryCase{"steps that alternate at random", eTIMES_NEARLY_EVEN, 16.0},
                                          KMemoryCase{"any times", eTIMES_ANY, 16.0}));
@@ -422,7 +422,7 @@ TEST(KQexAnimCurve, ValuesKeepTheirBits)
     ExpectKeys(*lCurve, lExpected);
 }
 
-TEST(KQexAnimCurve, LongDistancesAllocateNoMoreThanShortOnes)
+TEST(KQexAnimCurve, LongGapsAllocateNoMoreThanShortOnes)
 {
     KOwnCurve    lCurve;
     KMemoryWatch lWatch;

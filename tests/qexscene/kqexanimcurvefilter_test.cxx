@@ -25,7 +25,7 @@ namespace
 
 using namespace qextest;
 
-using KAngles = std::array<float, 3>; ///< AxisRotation x, y and z in degrees.
+using KAngles = std::array<float, 3>; ///< Rotations about x, y and z, in degrees.
 using KPath = std::vector<KAngles>;
 using KMatrix = std::array<std::array<double, 3>, 3>; ///< Rows of a textbook matrix.
 
@@ -393,7 +393,7 @@ TEST_P(KEveryOrder, ALockedRunIsNoLongerThanUnrolled)
         {
             lAngles[lFirst] = lAngle(lRandom);
             lAngles[lMiddle] = (GetParam() & 1) != 0 ? 0.0F : -90.0F;
-            lAngles[lLast] = 0.0F; // As arc tangents give it.
+            lAngles[lLast] = 0.0F; // As extracting Euler angles from a matrix sets it at the pole.
         }
         lPath.front()[lMiddle] += 5.0F;
         lPath.front()[lLast] = lAngle(lRandom);
@@ -437,7 +437,7 @@ TEST_P(KLock, HasTheExpectedKeys)
 
 INSTANTIATE_TEST_SUITE_P(
     Table, KLock,
-    testing::Values(KLockCase{"passing the pole: x - z is fixed, x and z are kept",
+    testing::Values(KLockCase{"through the pole: x - z is fixed, x and z stay as before",
                               0,
                               {{30.0F, 80.0F, 20.0F}, {10.0F, 90.0F, 0.0F}, {30.0F, 80.0F, 20.0F}},
                               {{30.0F, 80.0F, 20.0F}, {30.0F, 90.0F, 20.0F}, {30.0F, 80.0F, 20.0F}}},
@@ -453,7 +453,7 @@ INSTANTIATE_TEST_SUITE_P(
                               1,
                               {{30.0F, 10.0F, 20.0F}, {50.0F, 0.0F, 0.0F}, {30.0F, 10.0F, 20.0F}},
                               {{30.0F, 10.0F, 20.0F}, {30.0F, 0.0F, 20.0F}, {30.0F, 10.0F, 20.0F}}},
-                    KLockCase{"the free part takes the shortest path, here with the middle angle",
+                    KLockCase{"the free part takes the shortest path: here it moves only while the middle angle does",
                               0,
                               {{0.0F, 80.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {0.0F, 90.0F, 0.0F}, {30.0F, 80.0F, 30.0F}},
                               {{0.0F, 80.0F, 0.0F}, {15.0F, 90.0F, 15.0F}, {15.0F, 90.0F, 15.0F}, {30.0F, 80.0F, 30.0F}}},

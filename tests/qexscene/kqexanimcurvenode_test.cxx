@@ -109,7 +109,7 @@ TEST_F(KQexAnimCurveNodeTest, SourcesAreTheCurvesOfAllChannelsInOrder)
     EXPECT_EQ(mCurveNode->GetCurve(0, 0, "z"), nullptr);
 }
 
-TEST_F(KQexAnimCurveNodeTest, ACurveOnSeveralChannelsLeavesAllOfThem)
+TEST_F(KQexAnimCurveNodeTest, DestroyingACurveDisconnectsItFromEveryChannel)
 {
     KQexAnimCurve*     lCurve = MakeCurve({1.0F, 3.0F});
     KQexAnimCurveNode* lOther = mNode->mLocalRotation.GetCurveNode(true, "other");

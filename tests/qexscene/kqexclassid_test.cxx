@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Classes, KQexClassIdTest,
                                          KClassCase{"KQexAnimEvaluator", &KQexAnimEvaluator::smClassId, &KQexObject::smClassId}),
                          [](const auto& pInfo) { return std::string(pInfo.param.mName); });
 
-TEST(KQexClassId, EveryClassIsOfTheInvalidOne)
+TEST(KQexClassId, TheInvalidIdMatchesEveryClass)
 {
     EXPECT_FALSE(kQexClassId().IsValid());
     EXPECT_TRUE(KQexNode::smClassId.Is(kQexClassId()));

@@ -33,11 +33,11 @@ KTimes Frames(int pCount, const KFrameRate& pRate)
     return lTimes;
 }
 
-KTimes Joined(KTimes pFirst, const KTimes& pSecond, std::int64_t pLater)
+KTimes Joined(KTimes pFirst, const KTimes& pSecond, std::int64_t pOffset)
 {
     for (const std::int64_t lTime : pSecond)
     {
-        pFirst.push_back(lTime + pLater);
+        pFirst.push_back(lTime + pOffset);
     }
     return pFirst;
 }
@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(Table, KQexKeyTimesTable,
                          testing::Values(KTimesCase{"none", {}}, KTimesCase{"one", {7}}, KTimesCase{"two", {-7, 7}},
                                          KTimesCase{"frames", Frames(100, {120, 1})}, //
                                          KTimesCase{"two rates", Joined(Frames(40, {30, 1}), Frames(40, {24, 1}), 705600000LL * 9)},
-                                         KTimesCase{"a rate that ticks do not divide", Frames(300, {2997, 25})},
+                                         KTimesCase{"a rate that does not divide a second's ticks", Frames(300, {2997, 25})},
                                          KTimesCase{"two such rates",
                                                     Joined(Frames(200, {2997, 50}), Frames(200, {11, 1}), 705600000LL * 9)},
                                          KTimesCase{"squares", {1, 4, 9, 16, 25, 36, 49, 64, 81, 100, 121, 144, 169}},

@@ -101,7 +101,7 @@ public:
         }
     }
 
-    /// Every link is present at both ends.
+    /// Children, skeletons and collection members refer back to their owners, and connected curves are in the scene.
     void Check()
     {
         for (KQexObject* lObject = mScene->GetFirstObject(); lObject != nullptr; lObject = mScene->GetNextObject(lObject))
@@ -204,7 +204,7 @@ TEST_F(KQexSceneTest, DestroyLeavesNoDanglingReferencesWhenMemoryRunsOut)
     }
 }
 
-/// Creates, walks, evaluates and destroys deep chains of nodes. Number of checks passed, of 4.
+/// Creates, walks, evaluates and destroys deep chains of nodes. \return how many of its 4 checks passed
 int CheckDeepTrees()
 {
     constexpr int kDepth = 100000;

@@ -45,8 +45,8 @@ KMatrix Translation(const KQexVector4& pOffset)
     return lMatrix;
 }
 
-/// The rows of the one and the items of the other are the images of the axes.
-KQexMatrix FromRows(const KMatrix& pMatrix)
+/// Imath's rows and the vectors of mData are both the images of the axes.
+KQexMatrix FromImath(const KMatrix& pMatrix)
 {
     KQexMatrix lMatrix;
     for (int lJ = 0; lJ < 4; ++lJ)
@@ -59,7 +59,7 @@ KQexMatrix FromRows(const KMatrix& pMatrix)
     return lMatrix;
 }
 
-KMatrix ToRows(const KQexMatrix& pMatrix)
+KMatrix ToImath(const KQexMatrix& pMatrix)
 {
     KMatrix lMatrix;
     for (int lJ = 0; lJ < 4; ++lJ)
@@ -89,7 +89,7 @@ KQexMatrix LocalMatrix(const KQexNode& pNode, const KQexVector4& pTranslation, c
     {
         lRotation = EulerRotation(pNode.GetPostRotation(), "xyz").inverse() * lRotation * EulerRotation(pNode.GetPreRotation(), "xyz");
     }
-    return FromRows(lScale * lRotation * Translation(pNode.GetRotationOffset()) * Translation(pTranslation));
+    return FromImath(lScale * lRotation * Translation(pNode.GetRotationOffset()) * Translation(pTranslation));
 }
 
 KQexMatrix LocalMatrix(const KQexNode& pNode)
@@ -99,7 +99,7 @@ KQexMatrix LocalMatrix(const KQexNode& pNode)
 
 KQexMatrix Product(const KQexMatrix& pLeft, const KQexMatrix& pRight)
 {
-    return FromRows(ToRows(pRight) * ToRows(pLeft));
+    return FromImath(ToImath(pRight) * ToImath(pLeft));
 }
 
 void ExpectNear(const KQexMatrix& pActual, const KQexMatrix& pExpected, double pTolerance)

@@ -19,7 +19,7 @@ struct KAssertReport
     std::string   mFunction;
     unsigned long mLine = 0;
     std::string   mText;
-    bool          mHasFlag = false; ///< Whether the site has a flag, so that it reports only once per process.
+    bool          mHasFlag = false; ///< Whether the assertion has a flag, so that it is reported only once per process.
 };
 
 /// Collects the reports made during its lifetime. One instance at a time.

@@ -12,7 +12,7 @@
 namespace qextest
 {
 
-/// A motion with the skeleton in its folder whose name starts the motion's name.
+/// A motion and its skeleton: the ASF file in the same folder whose name is a prefix of the motion's.
 struct KCorpusPair
 {
     std::string           mName; ///< Of the motion, without extension.
@@ -21,7 +21,7 @@ struct KCorpusPair
     std::filesystem::path mOracle; ///< File with its world positions.
 };
 
-/// All pairs below CorpusDir(), which must not be empty.
+/// All pairs in CorpusDir() and its subfolders. CorpusDir() must not be an empty path.
 std::vector<KCorpusPair> CorpusPairs();
 
 struct KPoint
@@ -40,7 +40,7 @@ using KJointPositions = std::map<std::string, KPoint>;
 struct KWorldFrame
 {
     long long       mNumber; ///< As in the motion file.
-    double          mHeight; ///< Of the figure.
+    double          mHeight; ///< From the lowest to the highest bone start or end in this frame.
     KJointPositions mStarts; ///< Start of each bone, by name.
     KJointPositions mEnds;
 };

@@ -4,7 +4,7 @@
 #include <limits>
 
 /// \file
-/// Non-finite values: arithmetic must propagate them, files must not hold them.
+/// Non-finite values. Arithmetic must propagate them; in files only limits may have them.
 
 namespace qextest
 {

@@ -37,7 +37,7 @@ std::string Join(std::initializer_list<std::string> pParts)
 /// A bone's name, and its DOF words with their oscillations.
 struct KMovingBone
 {
-    struct KSwing
+    struct KOscillation
     {
         std::string mWord;
         double      mAmplitude = 0.0;
@@ -45,8 +45,8 @@ struct KMovingBone
         double      mPhase = 0.0;
     };
 
-    std::string         mName;
-    std::vector<KSwing> mSwings;
+    std::string               mName;
+    std::vector<KOscillation> mOscillations;
 };
 
 class KFigureMaker
@@ -55,13 +55,13 @@ public:
     explicit KFigureMaker(unsigned int pSeed) : mRandom(pSeed)
     {
         mIsRadians = Chance(0.3);
-        mAngle = mIsRadians ? kPi / 180.0 : 1.0;
+        mDegree = mIsRadians ? kPi / 180.0 : 1.0;
     }
 
     KRandomFigure Make(int pBones, int pFrames)
     {
         KRandomFigure lFigure;
-        MakeHead(lFigure);
+        MakeHeader(lFigure);
         for (int i = 0; i < pBones; ++i)
         {
             MakeBone(lFigure, i);
@@ -97,30 +97,30 @@ private:
     }
 
     /// Adds an oscillation for each of the words of \p pName; returns the words as one row.
-    std::string AddSwings(const std::string& pName, const std::vector<std::string>& pWords, double pMaxTranslation)
+    std::string AddOscillations(const std::string& pName, const std::vector<std::string>& pWords, double pMaxTranslation)
     {
         KMovingBone lMoving{pName, {}};
         std::string lRow;
         for (const std::string& lWord : pWords)
         {
             const bool lIsTranslation = lWord[0] == 't' || lWord[0] == 'T';
-            lMoving.mSwings.push_back(
-                {lWord, Between(0.0, lIsTranslation ? pMaxTranslation : 100.0 * mAngle), Between(0.1, 0.6), Between(0.0, 6.0)});
+            lMoving.mOscillations.push_back(
+                {lWord, Between(0.0, lIsTranslation ? pMaxTranslation : 100.0 * mDegree), Between(0.1, 0.6), Between(0.0, 6.0)});
             lRow += " " + lWord;
         }
         mMoving.push_back(lMoving);
         return lRow;
     }
 
-    void MakeHead(KRandomFigure& pFigure)
+    void MakeHeader(KRandomFigure& pFigure)
     {
         const char* lUnits[] = {"0.45", "1", "2.54", "0.1"};
         pFigure.mIsRootRotated = Chance(0.5);
         pFigure.mAsf = Join({":version 1.10\n:name figure\n:units\n  mass 1.0\n  length ", lUnits[Below(4)], "\n  angle ",
                              mIsRadians ? "rad" : "deg", "\n:documentation\n  random\n:root\n  order",
-                             AddSwings("root", RandomSubset({"TX", "TY", "TZ", "RX", "RY", "RZ"}, 6), 20.0), "\n  axis ", AxisWord(),
+                             AddOscillations("root", RandomSubset({"TX", "TY", "TZ", "RX", "RY", "RZ"}, 6), 20.0), "\n  axis ", AxisWord(),
                              "\n  position ", Chance(0.5) ? Vector(5.0) : "0 0 0", "\n  orientation ",
-                             pFigure.mIsRootRotated ? Vector(90.0 * mAngle) : "0 0 0", "\n:bonedata\n"});
+                             pFigure.mIsRootRotated ? Vector(90.0 * mDegree) : "0 0 0", "\n:bonedata\n"});
     }
 
     void MakeLimits(KRandomFigure& pFigure, const std::vector<std::string>& pWords)
@@ -128,7 +128,7 @@ private:
         std::string lPrefix = "    limits (";
         for (const std::string& lWord : pWords)
         {
-            const double lUnit = lWord[0] == 'r' ? mAngle : 1.0;
+            const double lUnit = lWord[0] == 'r' ? mDegree : 1.0;
             pFigure.mAsf += Join({lPrefix, Chance(0.3) ? "-inf" : Number(-Between(10.0, 180.0) * lUnit), " ",
                                   Chance(0.3) ? "inf" : Number(Between(10.0, 180.0) * lUnit), ")\n"});
             lPrefix = "      (";
@@ -147,10 +147,10 @@ private:
         }
         pFigure.mAsf +=
             Join({"  begin\n    id ", std::to_string(pIndex + 1), "\n    name ", lName, "\n    direction ", Vector(1.0), "\n    length ",
-                  Number(Between(0.2, 8.0)), "\n    axis ", Chance(0.7) ? Vector(180.0 * mAngle) : "0 0 0", " ", AxisWord(), "\n"});
+                  Number(Between(0.2, 8.0)), "\n    axis ", Chance(0.7) ? Vector(180.0 * mDegree) : "0 0 0", " ", AxisWord(), "\n"});
         if (!lWords.empty())
         {
-            pFigure.mAsf += "    dof" + AddSwings(lName, lWords, 1.0) + "\n";
+            pFigure.mAsf += "    dof" + AddOscillations(lName, lWords, 1.0) + "\n";
             if (Chance(0.7))
             {
                 MakeLimits(pFigure, lWords);
@@ -189,9 +189,9 @@ private:
             for (const KMovingBone& lMoving : mMoving)
             {
                 pFigure.mAmc += lMoving.mName;
-                for (const KMovingBone::KSwing& lSwing : lMoving.mSwings)
+                for (const KMovingBone::KOscillation& lOscillation : lMoving.mOscillations)
                 {
-                    pFigure.mAmc += " " + Number(lSwing.mAmplitude * std::sin(lSwing.mPhase + lSwing.mSpeed * lFrame));
+                    pFigure.mAmc += " " + Number(lOscillation.mAmplitude * std::sin(lOscillation.mPhase + lOscillation.mSpeed * lFrame));
                 }
                 pFigure.mAmc += "\n";
             }
@@ -200,7 +200,7 @@ private:
 
     std::mt19937             mRandom;
     bool                     mIsRadians = false;
-    double                   mAngle = 1.0; ///< One degree in the file's unit.
+    double                   mDegree = 1.0; ///< One degree in the file's unit.
     std::vector<KMovingBone> mMoving;
 };
 

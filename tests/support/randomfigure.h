@@ -4,7 +4,7 @@
 #include <string>
 
 /// \file
-/// Random skeleton files with motions, for properties over random input.
+/// Random skeleton files with motions, for property tests.
 
 namespace qextest
 {

@@ -74,7 +74,7 @@ inline void AnimateProperty(std::mt19937& pRandom, qexsdk::KQexNode* pNode, qexs
     }
 }
 
-/// A random tree under the scene's root node, animated in the take "take". \return its top node
+/// A random tree under the scene's root node, animated in the take "take". \return its root
 inline qexsdk::KQexNode* MakeRandomTree(std::mt19937& pRandom, qexsdk::KQexScene* pScene, const KRandomTreeOptions& pOptions)
 {
     using namespace qexsdk;

@@ -97,7 +97,7 @@ KRunResult RunProgram(const std::vector<std::string>& pArguments, const KRunOpti
 
     if (pOptions.mWriteInput)
     {
-        // A program that stops reading early closes its end.
+        // A program that stops reading early would otherwise kill this one with SIGPIPE.
         const auto lBefore = std::signal(SIGPIPE, SIG_IGN);
         pOptions.mWriteInput(lPipe[1]);
         close(lPipe[1]);

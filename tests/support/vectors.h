@@ -24,7 +24,7 @@ std::vector<KJson> ReadJsonLines(const std::filesystem::path& pPath);
 /// NaNs.
 bool IsNear(double pActual, double pExpected, double pTolerance);
 
-/// Whether \p pActual agrees with \p pExpected, number for number, as IsNear; the message names the first index that does not.
+/// Whether \p pActual agrees with \p pExpected number by number (see IsNear); the message names the first index that does not.
 /// \p pExpected is an array of numbers, or of arrays of them in any depth, read in order; null agrees with every number.
 testing::AssertionResult AreNear(const double* pActual, size_t pCount, const KJson& pExpected, double pTolerance);
 /// As above.

@@ -211,7 +211,7 @@ TEST(Threads, OtherReadersNeedNoLock)
     EXPECT_EQ(lGood, 30);
 }
 
-TEST(Threads, SettingsAreProcessWide)
+TEST(Threads, SettingsMayBeChangedConcurrently)
 {
     const KQexAnimCurveKeyAllocatorFct lAllocator = KQexAnimCurveKey::GetAllocatorFct();
     RunAtOnce(4,
@@ -230,7 +230,7 @@ TEST(Threads, SettingsAreProcessWide)
     KFCURVE_SetUseConstantKeyReducer(false);
 }
 
-TEST(Threads, ConcurrentOutputsToOnePathLeaveOneWhole)
+TEST(Threads, ConcurrentOutputsToOnePathLeaveOneCompleteFile)
 {
     const KTempDir    lFolder;
     const std::string lPath = lFolder / "out.txt";

@@ -14,7 +14,7 @@ namespace asfapp
 namespace
 {
 
-/// Also called before reading, so that errors are reported at once.
+/// False, with an error, if an output is one of \p pInputs. First called before reading, so that the error comes at once.
 bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string>& pInputs, KConsole& pConsole)
 {
     for (const KConvertOutput& lOutput : pOptions.mTargets)

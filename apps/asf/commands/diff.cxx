@@ -37,8 +37,8 @@ bool HasOwnMotion(const KInputFile& pFile)
     return pFile.GetKind() == eKIND_BVH || pFile.GetKind() == eKIND_GLTF;
 }
 
-/// Sorts the files into two sides, motions in the order given. A single motion moves both skeletons; a single skeleton is used by both
-/// motions. A single figure with its own motion and a single AMC motion are compared with each other.
+/// Sorts the files into two sides, motions in the order given. A single motion is applied to each skeleton without its own; a single
+/// skeleton is used by both motions. A single figure with its own motion and a single AMC motion are compared with each other.
 bool SplitSides(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
 {
     std::vector<KInputFile> lFigures;
@@ -161,7 +161,7 @@ KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, i
     lObject["compared"] = pResult.mIsCompared;
     lObject["same"] = !pResult.mDiffers;
     lObject["ignored"] = IsIgnored(pOptions, pAspect);
-    // JSON has no infinity, which is the difference when only one has a limit.
+    // Infinite if only one side has the limit; JSON has no infinity.
     lObject["largest"] = pResult.mIsCompared && std::isfinite(pResult.mLargest) ? KJson(pResult.mLargest) : KJson();
     lObject["unit"] = pResult.mUnit;
     lObject["where"] = pResult.mWhere;

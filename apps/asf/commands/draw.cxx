@@ -77,7 +77,7 @@ KPicture RestPicture(const KInputFile& pFile, const KSkeletonFile& pSkeleton, co
     return lPicture;
 }
 
-/// Makes poses from joints: a bone runs from its joint's parent to the joint, and has the parent's name.
+/// Makes poses from joints: the line from a joint's parent to the joint is the bone that is named like the parent.
 class KPoseMaker
 {
 public:
@@ -109,7 +109,7 @@ private:
     KMotionScene& mScene;
 };
 
-/// The joint whose path is the bone's trail: at the bone's end, else (the root) at its start. -1 for an unknown bone.
+/// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1 for an unknown bone.
 int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
 {
     int lFound = -1;

@@ -131,7 +131,8 @@ void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
         ->option_text("OLD=NEW");
     lCommand->add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(CLI::Range(1e-9, 1e9))->option_text("FACTOR");
     lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
-    lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies, "Remove bones without degrees of freedom where no other joint moves");
+    lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
+                       "Remove bones without degrees of freedom if that moves no other joint");
     lCommand->add_flag("-q,--quiet", lOptions->mQuiet, "No notes");
     lCommand->footer("Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name: a\n"
                      "motion of the old skeleton fits the new one only if its names still match.\n"

@@ -73,7 +73,7 @@ bool KConverter::WriteAll()
             return false;
         }
     }
-    // These replace their targets themselves when they are complete; the others are committed after them.
+    // glTF and Acclaim files replace their targets as soon as they are complete; Commit() replaces those of BVH and GLB later.
     const KConvertOutput* lGltf = FindTarget(eOUT_GLTF);
     const bool            lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
     return (lGltf == nullptr || WriteGltf(*lGltf)) && (!lAcclaim || WriteAcclaim());

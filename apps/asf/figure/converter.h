@@ -23,7 +23,8 @@ struct KSampledTake
     qexsdk::KQexSampling        mSampling;
 };
 
-/// Writes a figure to the outputs of an `asf convert` run: no target is replaced until all outputs are complete.
+/// Writes a figure to the outputs of an `asf convert` run. No target is replaced until all outputs are complete; only the AMC files of
+/// several takes are replaced one by one.
 class KConverter
 {
 public:
@@ -35,7 +36,7 @@ public:
     KConverter(const KConverter&) = delete;
     KConverter& operator=(const KConverter&) = delete;
 
-    /// On an error, reports it, raises the exit status and changes no file.
+    /// On an error, reports it, raises the exit status and replaces no further file.
     void Run();
 
 private:

@@ -39,7 +39,7 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
         lIsReported = lIsReported || lError;
         if (lError && pResult.mBrokenPipe)
         {
-            continue; // As any program does when its reader has seen enough.
+            continue; // A closed pipe is not an error.
         }
         mConsole.Message(lError ? eERROR : eWARNING, DisplayOutput(lMessage.mPath), lMessage.mMessage.mLine, lMessage.mMessage.mText);
         if (lError)

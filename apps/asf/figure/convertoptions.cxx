@@ -208,7 +208,7 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->option_text("FILE");
     pCommand.add_option("--skeleton", pOptions.mSkeleton, "Write the motion for the bones of this ASF file, matched by name")
         ->option_text("FILE");
-    pCommand.add_option("--take", pOptions.mTake, "Take to convert if there are several; name to give to a single one")
+    pCommand.add_option("--take", pOptions.mTake, "Take to convert if there are several; for one AMC or BVH file, the name of its take")
         ->option_text("NAME");
     pCommand
         .add_option("--fps", pOptions.mFps, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)")

@@ -48,7 +48,7 @@ bool KFigureScene::Load(const KFigureInput& pInput, const KFigureOptions& pOptio
 
 bool KFigureScene::LoadAcclaim(const KFigureInput& pInput, const KFigureOptions& pOptions, KConsole& pConsole)
 {
-    // Without pre-rotations, positions are exact to single precision. Limits are kept in mDofs, not in the scene.
+    // Pre-rotations stay off: positions are then exact to single precision. Limits are kept in mDofs, not in the scene.
     qexsdk::KQexImportAcclaimOptions lOptions;
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mSetLimits = false;

@@ -39,7 +39,7 @@ struct KFigureOptions
 {
     double                     mMotionRate = 0;        ///< Frames per second of AMC motions; 0: the file's rate, else 120.
     double                     mSampleRate = 0;        ///< Frames per second at which glTF curves are sampled; 0: that of their keys.
-    std::string                mTake;                  ///< Name for the take of a single motion; else the take to pick.
+    std::string                mTake;                  ///< Name for the take of one AMC or BVH file; else the take to pick.
     bool                       mRemoveDummies = false; ///< Leave out dummy bones.
     bool                       mKeepGoodFrames = false;
     bool                       mReduce = false;
@@ -56,7 +56,7 @@ struct KFigureTake
 };
 
 /// False, with an error, if \p pSampling has far more frames than the file of \p pTake: a file of two frames whose numbers are a
-/// thousand million apart would otherwise fill a disk.
+/// billion apart would otherwise fill a disk.
 bool CheckSpan(const KFigureTake& pTake, const qexsdk::KQexSampling& pSampling, KConsole& pConsole);
 
 /// A figure of any format, in a host scene. Centimetres, y up.
@@ -89,7 +89,7 @@ public:
     /// The ASF skeleton that was read; null for other formats.
     qexsdk::KQexAsfScene* GetSkeleton() const { return mSkeleton.get(); }
 
-    /// What its file holds beyond the model; empty without a skeleton.
+    /// Details of the ASF file that the skeleton does not keep; empty without a skeleton.
     const qexsdk::KQexAmcSkeletonNotes& GetSkeletonNotes() const { return mSkeletonNotes; }
 
 private:
@@ -116,8 +116,8 @@ std::string FileStem(const std::string& pPath);
 /// Whether a node has the name of a dummy that an export inserted: that of one of its children, with the suffix "Dummy".
 bool IsDummyByName(const qexsdk::KQexNode& pNode);
 
-/// Removes dummy nodes that an export inserted to fill a gap: see IsDummyByName(), a pure translation at rest, and animated by no take.
-/// Their children keep their positions and are appended to the parent's.
+/// Removes the dummies that an export inserted to fill gaps: nodes for which IsDummyByName() is true, that are a pure translation at rest
+/// and that no take animates. Their children keep their positions and become the last children of the dummy's parent.
 /// \return the number of nodes removed
 int RemoveDummyNodes(qexsdk::KQexNode* pRoot, const std::vector<KFigureTake>& pTakes);
 

@@ -24,7 +24,7 @@ KMotionScene::~KMotionScene()
 
 bool KMotionScene::Import(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole)
 {
-    // Without pre-rotations, positions are exact to single precision. Dummies are kept: their positions are wanted, too.
+    // Pre-rotations stay off: positions are then exact to single precision. Dummies are kept: their positions are wanted, too.
     qexsdk::KQexImportAcclaimOptions lOptions;
     lOptions.mSetLimits = false;
     lOptions.mRotationFilter = qexsdk::eROTATION_FILTER_UNROLL;

@@ -120,7 +120,7 @@ bool KSkeletonEdit::IsDummy(const KQexAsfNode& pBone) const
     return pBone.mOrderCount == 0;
 }
 
-/// The children are appended to the parent's. False, and nothing changed, if a joint would move.
+/// The bone's children are appended to the parent's. False, and nothing changed, if another joint would move.
 bool KSkeletonEdit::MergeIntoParent(HKQexAsfNode pBone)
 {
     HKQexAsfNode lParent = pBone->mParent;

@@ -25,8 +25,8 @@ public:
     /// Removes all limits.
     void DropLimits();
 
-    /// Removes bones without degrees of freedom where no joint moves: those without length, and those that are the only child of
-    /// another bone, which is extended to their end. Warns about those kept.
+    /// Removes bones without degrees of freedom if that moves no other joint: those without length, and those that are the only child
+    /// of a bone other than the root, which is extended to their end. Warns about those kept.
     void RemoveDummies();
 
     /// Prepares the model for the writer, after all edits: lengths in the file's unit, angles in the written order.

@@ -9,9 +9,9 @@ namespace asfapp
 namespace
 {
 
-constexpr double kOneFigure = 460;   // Pixels of the larger side of a single figure,
-constexpr double kManyFigures = 250; // and of one of several.
-constexpr double kWidestRow = 1500;
+constexpr double kSinglePose = 460;       // Pixels of the larger side of the figure, in a picture of one pose.
+constexpr double kSeveralPoses = 250;     // The same in a picture of several.
+constexpr double kWidestRow = 1500;       // Pixels.
 constexpr double kCharacter = 6.1;        // Mean character width of a label.
 constexpr double kCaptionCharacter = 7.2; // The same for a caption.
 
@@ -49,23 +49,23 @@ void IncludePose(const KPicture& pPicture, const KCell& pCell, size_t pPose, KEx
 std::vector<KCell> MakeCells(const KPicture& pPicture)
 {
     std::vector<KCell> lCells;
-    const bool         lOneEach = !pPicture.mInPlace && pPicture.mPoses.size() > 1;
+    const bool         lCellPerPose = !pPicture.mInPlace && pPicture.mPoses.size() > 1;
     for (const EView lView : pPicture.mViews)
     {
         KCell lCell;
         lCell.mView = lView;
-        lCell.mCentred = lOneEach;
+        lCell.mCentred = lCellPerPose;
         for (size_t lPose = 0; lPose < pPicture.mPoses.size(); ++lPose)
         {
             lCell.mPoses.push_back(lPose);
-            if (lOneEach)
+            if (lCellPerPose)
             {
                 lCell.mCaption = pPicture.mPoses[lPose].mCaption;
                 lCells.push_back(lCell);
                 lCell.mPoses.clear();
             }
         }
-        if (!lOneEach)
+        if (!lCellPerPose)
         {
             lCell.mCaption = pPicture.mPoses.size() == 1 ? pPicture.mPoses[0].mCaption : std::string();
             lCells.push_back(lCell);
@@ -226,7 +226,7 @@ bool LayOut(const KPicture& pPicture, KLayout& pLayout)
     {
         return false;
     }
-    const double lPixels = pPicture.mPoses.size() > 1 ? kManyFigures : kOneFigure;
+    const double lPixels = pPicture.mPoses.size() > 1 ? kSeveralPoses : kSinglePose;
     pLayout.mScale = lPixels / std::max(pLayout.mFigure, 1e-3);
     PlaceCells(pPicture, pLayout);
     return true;

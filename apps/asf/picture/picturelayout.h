@@ -6,7 +6,7 @@
 namespace asfapp
 {
 
-/// A point in view coordinates.
+/// A point in view coordinates: centimetres, or pixels (see ToPixels()).
 struct KViewPoint
 {
     double mRight = 0;
@@ -14,6 +14,7 @@ struct KViewPoint
     double mNear = 0; ///< Towards the viewer.
 };
 
+/// Projects a point in world space, in centimetres, to view coordinates.
 KViewPoint Project(EView pView, const KPoint& pPoint);
 
 /// A rectangle in view coordinates, in centimetres.
@@ -39,7 +40,7 @@ struct KCell
     std::string         mCaption;
     KExtent             mExtent;     ///< Centimetres.
     double              mX = 0;      ///< Pixel position of mExtent.mLeft.
-    double              mY = 0;      ///< Pixel position of mExtent.mBottom, downwards.
+    double              mY = 0;      ///< Pixel position of mExtent.mBottom, from the top of the picture.
     double              mLabels = 0; ///< Pixels reserved for names on each side.
 };
 
@@ -53,13 +54,13 @@ struct KLayout
     double             mFigure = 0; ///< Size of the largest pose in centimetres, which scales the strokes.
 };
 
-/// The text below the cell: its caption, and the view if there are several.
+/// The text below the cell: its caption, else the view's name; both if there are several views.
 std::string CaptionOf(const KPicture& pPicture, const KCell& pCell);
 
 /// Places the picture's views and poses on the page. False if coordinates are not finite or too large.
 bool LayOut(const KPicture& pPicture, KLayout& pLayout);
 
-/// Converts a point of pose \p pPose to pixels in the cell; mUp is downwards.
+/// Converts a point of pose \p pPose, drawn in \p pCell, to pixels of the picture; mUp counts downwards.
 KViewPoint ToPixels(const KPicture& pPicture, const KLayout& pLayout, const KCell& pCell, size_t pPose, const KPoint& pPoint);
 
 constexpr double kMargin = 28;

@@ -13,8 +13,9 @@ namespace
 const std::pair<const char*, const char*> kSideWords[] = {{"left", "right"}, {"Left", "Right"}, {"LEFT", "RIGHT"}};
 const std::pair<const char*, const char*> kLetters[] = {{"l", "r"}, {"L", "R"}};
 
-bool HasReplacedName(const std::string& pName, size_t pPosition, const std::string& pFrom, const std::string& pTo,
-                     const std::unordered_set<std::string>& pKnown)
+/// Whether \p pName with \p pTo in place of \p pFrom at \p pPosition is one of \p pKnown.
+bool IsCounterpartKnown(const std::string& pName, size_t pPosition, const std::string& pFrom, const std::string& pTo,
+                        const std::unordered_set<std::string>& pKnown)
 {
     if (pPosition == std::string::npos || pName.compare(pPosition, pFrom.size(), pFrom) != 0)
     {
@@ -30,7 +31,7 @@ bool HasCounterpart(const std::string& pName, bool pLeft, const std::unordered_s
     for (const auto& [lLeft, lRight] : kSideWords)
     {
         const std::string lFrom = pLeft ? lLeft : lRight;
-        if (HasReplacedName(pName, pName.find(lFrom), lFrom, pLeft ? lRight : lLeft, pKnown))
+        if (IsCounterpartKnown(pName, pName.find(lFrom), lFrom, pLeft ? lRight : lLeft, pKnown))
         {
             return true;
         }
@@ -40,7 +41,7 @@ bool HasCounterpart(const std::string& pName, bool pLeft, const std::unordered_s
         const std::string lFrom = pLeft ? lLeft : lRight;
         const std::string lTo = pLeft ? lRight : lLeft;
         if (!pName.empty() &&
-            (HasReplacedName(pName, 0, lFrom, lTo, pKnown) || HasReplacedName(pName, pName.size() - 1, lFrom, lTo, pKnown)))
+            (IsCounterpartKnown(pName, 0, lFrom, lTo, pKnown) || IsCounterpartKnown(pName, pName.size() - 1, lFrom, lTo, pKnown)))
         {
             return true;
         }

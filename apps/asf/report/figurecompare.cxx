@@ -117,7 +117,7 @@ void KFigureComparison::Collect(int pSide)
     }
 }
 
-/// The roots are paired whatever their names, which the formats prescribe.
+/// The roots are paired whatever their names: an ASF file cannot name its root.
 void KFigureComparison::MakePairs()
 {
     std::vector<bool> lIsPaired(mSides[1].mNodes.size(), false);

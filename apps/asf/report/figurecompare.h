@@ -16,7 +16,7 @@ namespace asfapp
 /// The aspects in which two figures are compared.
 enum EAspect
 {
-    eASPECT_NAMES,     ///< Joints that only one has.
+    eASPECT_NAMES,     ///< Joints that only one has; dummies (IsDummyByName()) do not count.
     eASPECT_PARENTS,   ///< Joints with a different parent.
     eASPECT_REST,      ///< Positions at rest, relative to the root.
     eASPECT_LENGTHS,   ///< Distances between joints and their parents at rest.
@@ -73,7 +73,7 @@ private:
     {
         KFigureScene*                              mFigure = nullptr;
         std::vector<qexsdk::KQexNode*>             mNodes;   ///< In pre-order.
-        std::vector<int>                           mParents; ///< Index of the nearest paired node above; -1 for none.
+        std::vector<int>                           mParents; ///< Index of the nearest paired ancestor; -1 for none.
         std::vector<KPosition>                     mRest;
         std::unordered_map<std::string, int>       mByName; ///< Index of the first node of each name.
         std::unordered_map<qexsdk::KQexNode*, int> mIndices;

@@ -151,7 +151,7 @@ class KNpyWriter : public KTextWriter
 public:
     using KTextWriter::KTextWriter;
 
-    // Magic, version 1.0, the header's length, then a Python dictionary padded to a multiple of 64 bytes.
+    // Magic, version 1.0, the header's length and a Python dictionary, padded so that all of it is a multiple of 64 bytes.
     void Begin(const KPositionTable& pTable) override
     {
         constexpr size_t kPreamble = 10;

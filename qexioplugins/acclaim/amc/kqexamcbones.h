@@ -11,8 +11,8 @@
 namespace qexsdk
 {
 
-/// Appends the index of an `l` value to those of a bone. Indices of one bone ascend; one that does not belongs to another bone of the
-/// same name, which has no line of its own. \return whether it was added
+/// Appends the index of an `l` value to those of a bone. Indices of one bone ascend; a lower or equal one belongs to another bone of
+/// the same name, which has no line of its own. \return whether it was added
 inline bool AddLengthIndex(std::vector<int>& pIndices, int pIndex)
 {
     if (!pIndices.empty() && pIndex <= pIndices.back())
@@ -26,15 +26,15 @@ inline bool AddLengthIndex(std::vector<int>& pIndices, int pIndex)
 /// Layout of the motion's lines for one bone name, and the state of reading them.
 struct KQexAmcLine
 {
-    std::string_view mName;                  ///< Name of the bone. Refers to the text in the bone or in the skeleton's notes.
-    int              mBone = -1;             ///< Index of the bone in KQexAmcBones::mBones; -1 for a bone without a DOF.
-    int              mValueCount = 0;        ///< Values per line, `l` included.
-    bool             mIsRemoved = false;     ///< The clean-up removed the bone: its lines may have any number of values.
-    std::vector<int> mLengthIndices;         ///< Indices of the `l` values on a line, ascending.
-    int              mNext = 0;              ///< Index of the line that followed this one last time: first guess for the next look-up.
-    long long        mFrame = -1;            ///< Index of the last frame that had it, -1 for none.
-    bool             mWarnedTooMany = false; ///< Warned about more than mValueCount values.
-    bool             mWarnedTwice = false;   ///< Warned about two lines in one frame.
+    std::string_view mName;                    ///< Name of the bone. Refers to the text in the bone or in the skeleton's notes.
+    int              mBone = -1;               ///< Index of the bone in KQexAmcBones::mBones; -1 for a bone without a DOF.
+    int              mValueCount = 0;          ///< Values per line, `l` included.
+    bool             mIsRemoved = false;       ///< The clean-up removed the bone: its lines may have any number of values.
+    std::vector<int> mLengthIndices;           ///< Indices of the `l` values on a line, ascending.
+    int              mNext = 0;                ///< Index of the line that followed this one last time: first guess for the next look-up.
+    long long        mFrame = -1;              ///< Index of the last frame that had it, -1 for none.
+    bool             mWarnedTooMany = false;   ///< Warned about more than mValueCount values.
+    bool             mWarnedDuplicate = false; ///< Warned about two lines in one frame.
 };
 
 /// Looks up the bones of a skeleton by the names on a motion's lines.

@@ -22,10 +22,10 @@ public:
     /// For the DOFs of \p pBone.
     explicit KQexAmcFit(const KQexAsfNode& pBone);
 
-    /// Sets the nodes' rest pose; the bone's is its axis.
+    /// Sets the rest pose of the nodes; that of the bone is its axis frame.
     /// \param pNode the node's global transform at rest
     /// \param pParent that of the nearest ancestor bone's node; null: none
-    /// \param pAlign from the skeleton's rest pose to the nodes'
+    /// \param pAlign rotation from the skeleton's rest pose to the nodes'
     /// \param pScale factor of the nodes' positions
     void SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale);
 

@@ -29,13 +29,13 @@ enum KQexAmcWordResult
     eAMC_WORD_INVALID ///< The value is missing or invalid; the header is unchanged.
 };
 
-/// The keyword \p pToken, in any case.
+/// The keyword equal to \p pToken, ignoring case; eAMC_UNKNOWN when there is none.
 KQexAmcWord FindAmcWord(std::string_view pToken);
 
 /// Parses a keyword's value, the rest of its line, into a header.
 KQexAmcWordResult ParseAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAmcHeader& pHeader);
 
-/// Parses the skeleton's name from a comment line of the form "#!OML:ASF path". False when \p pLine is no such line.
+/// Parses the skeleton file's path from a comment line of the form "#!OML:ASF path". False when \p pLine is no such line.
 bool ParseAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader);
 
 /// Whether a frame at \p pSamplesPerSecond lasts at least one tick and at most 1e6 seconds.

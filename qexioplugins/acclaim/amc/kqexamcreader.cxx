@@ -15,8 +15,8 @@ namespace qexsdk
 namespace
 {
 
-/// Most names and words kept in order to warn once, and most bytes of each, so that a file of unknown names cannot fill the memory.
-/// A text file keeps no more warnings than that either.
+/// Maximum number of names and words kept in order to warn once, and maximum bytes of each, so that a file of unknown names cannot fill
+/// the memory. KQexTextFile keeps no more warnings either.
 const size_t kMaxWarned = KQexTextFile::kMaxMessages;
 const size_t kMaxWarnedLength = 256;
 
@@ -292,9 +292,9 @@ void KQexAmcReader::MarkPresent(KQexAmcLine& pLine)
             mPresent.push_back(pLine.mBone);
         }
     }
-    else if (!pLine.mWarnedTwice)
+    else if (!pLine.mWarnedDuplicate)
     {
-        pLine.mWarnedTwice = true;
+        pLine.mWarnedDuplicate = true;
         mFile.Warning("Bone %.*s appears twice in frame %lld, the last one wins\n", ClippedLength(pLine.mName), pLine.mName.data(),
                       mFrame.mNumber);
     }

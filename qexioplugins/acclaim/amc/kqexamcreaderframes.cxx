@@ -140,15 +140,15 @@ void KQexAmcReader::WarnAbsent()
     lStillPresent.reserve(mAlwaysPresent.size());
     for (const int lBone : mAlwaysPresent)
     {
-        const KQexAmcBone& lAbsent = mBones.mBones[static_cast<size_t>(lBone)];
-        if (lAbsent.mFrame == mFrame.mIndex)
+        const KQexAmcBone& lAmcBone = mBones.mBones[static_cast<size_t>(lBone)];
+        if (lAmcBone.mFrame == mFrame.mIndex)
         {
             lStillPresent.push_back(lBone);
         }
         else
         {
-            mFile.Warning("Bone %s is not in frame %lld, it holds its %s\n", lAbsent.mNode->mName, mFrame.mNumber,
-                          lAbsent.mFrame < 0 ? "rest pose" : "last value");
+            mFile.Warning("Bone %s is not in frame %lld, it holds its %s\n", lAmcBone.mNode->mName, mFrame.mNumber,
+                          lAmcBone.mFrame < 0 ? "rest pose" : "last value");
         }
     }
     mAlwaysPresent.swap(lStillPresent);
@@ -169,7 +169,8 @@ bool KQexAmcReader::ReportProgress()
     return false;
 }
 
-/// A guess where the last line is whole: the last frame was cut short when its bones are a proper prefix of the previous frame's.
+/// Whether the end of the file cut the last frame short. A guess when its last line is complete: its bones are then a proper prefix of
+/// the previous frame's.
 bool KQexAmcReader::IsCutShort() const
 {
     if (mCutShort)

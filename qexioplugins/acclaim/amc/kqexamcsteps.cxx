@@ -35,8 +35,8 @@ void KQexAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJo
     FindSpans(lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr, 1 + static_cast<size_t>(pRoot->GetChildCount(true)));
 }
 
-/// Collects the links of all joints. Gives up, for global transforms, when a node is scaled or when the links exceed about twice the
-/// nodes: many bones may share one long chain of nodes without bones.
+/// Collects the links of all joints. Falls back to global transforms when a node is scaled or when there are about twice as many links
+/// as nodes: many bones may share one long chain of nodes without bones.
 void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
 {
     mLinks.clear();
@@ -53,7 +53,7 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
 {
     KSpan lSpan;
     lSpan.mFirst = mLinks.size();
-    lSpan.mIsReachFixed = true;
+    lSpan.mIsTranslationFixed = true;
     const KQexNode* lNode = pJoint.mNode;
     for (; lNode != nullptr && lNode != pFrom; lNode = lNode->GetParent())
     {
@@ -67,8 +67,9 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
         }
         // The last node's rotation moves its descendants, not the node itself.
         const int lMoving = lNode == pJoint.mNode ? 3 : 6;
-        lSpan.mIsReachFixed = lSpan.mIsReachFixed && std::none_of(lLink.mChannels, lLink.mChannels + lMoving,
-                                                                  [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
+        lSpan.mIsTranslationFixed =
+            lSpan.mIsTranslationFixed &&
+            std::none_of(lLink.mChannels, lLink.mChannels + lMoving, [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
         mLinks.push_back(lLink);
     }
     std::reverse(mLinks.begin() + static_cast<std::ptrdiff_t>(lSpan.mFirst), mLinks.end());
@@ -126,12 +127,13 @@ void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, K
     if (lParent >= 0)
     {
         const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lParent)].mPose);
-        const double*     lPlace = lFrom.mData[3].mData;
+        const double*     lFromPosition = lFrom.mData[3].mData;
         KgeRMatrix        lFromInv;
         lFrom.GetRotation(lFromInv);
         KgeInverse(lFromInv, lFromInv);
         KgeMult(pStep.mRotation, lFromInv, pStep.mRotation);
-        KmV(pStep.mTranslation, pStep.mTranslation[0] - lPlace[0], pStep.mTranslation[1] - lPlace[1], pStep.mTranslation[2] - lPlace[2]);
+        KmV(pStep.mTranslation, pStep.mTranslation[0] - lFromPosition[0], pStep.mTranslation[1] - lFromPosition[1],
+            pStep.mTranslation[2] - lFromPosition[2]);
         KmRV(pStep.mTranslation, lFromInv.mData, pStep.mTranslation);
     }
 }

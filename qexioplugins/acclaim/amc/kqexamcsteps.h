@@ -50,12 +50,12 @@ public:
     void Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
 
     /// Whether the step's translation is constant.
-    bool IsTranslationFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsReachFixed; }
+    bool IsTranslationFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsTranslationFixed; }
 
     /// Whether the step's rotation is that of a single node: pre-rotation × GetAngles() in the node's order × inverse post-rotation.
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
-    /// The node's rotation about x, y and z in degrees.
+    /// The node's rotation about x, y and z in degrees. Requires IsOneNode().
     void GetAngles(size_t pJoint, KQexAmcStepState& pState, double* pAngles) const;
 
 private:
@@ -71,7 +71,7 @@ private:
     {
         size_t mFirst = 0;
         size_t mEnd = 0;
-        bool   mIsReachFixed = false;
+        bool   mIsTranslationFixed = false;
     };
 
     bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);

@@ -66,7 +66,7 @@ void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>&
         KQexAmcJoint lJoint = lFound != lJointOf.end() ? lFound->second : KQexAmcJoint{};
         lJoint.mParent = lPath.empty() ? -1 : lPath.back();
         mBones.emplace_back(lNode);
-        mBones.back().mValue = mValueCount;
+        mBones.back().mFirstValue = mValueCount;
         mValueCount += static_cast<size_t>(lNode->mOrderCount);
         mJoints.push_back(lJoint);
         lPath.push_back(lJoint.mNode != nullptr ? static_cast<int>(mBones.size()) - 1 : lJoint.mParent);
@@ -153,7 +153,7 @@ void KQexAmcWriter::PrepareTake()
             KQexAmcStep lStep;
             mSteps.Get(i, lState, lStep);
             lBone.mFit.GetDisplacement(lStep, nullptr, lBone.mDisplacement);
-            lBone.mIsStill =
+            lBone.mSkipsTranslation =
                 lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mDisplacement) <= kReportedCentimetres;
         }
     }
@@ -210,7 +210,7 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
             lBone.mFit.GetDisplacement(lStep, lParent, lDisplacement);
         }
     }
-    if (!lIsFixed || !lBone.mIsStill)
+    if (!lIsFixed || !lBone.mSkipsTranslation)
     {
         SetTranslations(pBone, lIsFixed ? lBone.mDisplacement : lDisplacement, pScratch, pValues);
     }
@@ -229,7 +229,7 @@ bool KQexAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
     {
         if (mJoints[i].mNode != nullptr)
         {
-            EvaluateBone(i, lScratch, pValues + mBones[i].mValue);
+            EvaluateBone(i, lScratch, pValues + mBones[i].mFirstValue);
         }
     }
     return true;
@@ -241,9 +241,9 @@ void KQexAmcWriter::MakeContinuous(double* pValues)
     {
         double  lAngles[6];
         double  lLast[6];
-        double* lValues = pValues + lBone.mValue;
+        double* lValues = pValues + lBone.mFirstValue;
         GatherAngles(*lBone.mBone, lValues, lAngles);
-        GatherAngles(*lBone.mBone, mLast.data() + lBone.mValue, lLast);
+        GatherAngles(*lBone.mBone, mLast.data() + lBone.mFirstValue, lLast);
         lBone.mFit.GetSolver().MakeContinuous(lAngles, lLast);
         ScatterAngles(*lBone.mBone, lAngles, lValues);
     }

@@ -24,11 +24,11 @@ struct KQexAmcWriteBone
     HKQexAsfNode     mBone;                         ///< The bone.
     size_t           mNameLength;                   ///< Bytes of its name.
     KQexAmcFit       mFit;                          ///< Finds the values of its DOFs.
-    size_t           mValue = 0;                    ///< Index of its first value in a frame.
+    size_t           mFirstValue = 0;               ///< Index of its first value in a frame.
     std::vector<int> mLengthIndices;                ///< Indices of the `l` values on its line, ascending, as in the skeleton's file.
     bool             mUsesNodeAngles = false;       ///< KQexAmcFit::CanUseNodeAngles() holds.
     bool             mHasFixedDisplacement = false; ///< mDisplacement is constant and set.
-    bool             mIsStill = false;              ///< mDisplacement is constant and negligible, and there is no translation DOF.
+    bool             mSkipsTranslation = false;     ///< mDisplacement is constant and negligible, and there is no translation DOF.
     double           mDisplacement[3] = {};         ///< From the rest position, in the bone's axis frame, centimetres.
 };
 
@@ -74,7 +74,7 @@ public:
     /// The arguments must outlive this.
     KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions);
 
-    /// Takes the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs. False when memory runs out.
+    /// Collects the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs. False when memory runs out.
     bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
 
     /// Computes what is constant over the take, which is now the evaluator's context.

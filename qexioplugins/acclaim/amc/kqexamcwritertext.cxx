@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr double kAngleNoise = 1e-5;  ///< Error of a single-precision angle of 180 degrees, in degrees.
-constexpr double kLengthNoise = 2e-7; ///< Relative error of positions: single precision, three times over by way of glTF.
+constexpr double kLengthNoise = 2e-7; ///< Relative error of positions: three roundings to single precision on the way through glTF.
 constexpr int    kMinDecimals = 2;    ///< Angles keep these even in gimbal lock.
 constexpr int    kMaxDecimals = 6;
 
@@ -29,8 +29,8 @@ int DecimalsFor(double pNoise)
     return lDecimals;
 }
 
-/// Decimals of a bone's angles, the largest of which is \p pLargest degrees. Close to gimbal lock two angles may be less precise than
-/// kMinDecimals; they are then replaced by angles of the same rotation of which only one is.
+/// Decimals of a bone's angles, the largest of which is \p pLargest degrees. Close to gimbal lock the first and the third
+/// angle may be too imprecise for kMinDecimals; the first is then rounded to a coarse step, and the third compensates.
 int AngleDecimals(const KQexDofSolver& pSolver, double* pAngles, double pLargest)
 {
     constexpr double kMaxStep = 1.0; // Larger ones would be visible as jumps between frames.
@@ -102,7 +102,7 @@ void KQexAmcWriter::Format(long long pFrame, const double* pValues, std::string&
     {
         if (lBone.mBone->mOrderCount > 0 || !lBone.mLengthIndices.empty())
         {
-            FormatBone(lBone, pValues + lBone.mValue, pText);
+            FormatBone(lBone, pValues + lBone.mFirstValue, pText);
         }
     }
 }

@@ -18,7 +18,7 @@ constexpr double kConverged = 1e-10;   ///< Largest change of an angle, in degre
 constexpr double kGimbalCosine = 1e-6; ///< Smaller cosines count as gimbal lock; bounds the gain.
 constexpr double kFarFromLock = 89.0;  ///< Middle angle, in degrees, up to which the two equivalent triples are clearly distinct.
 constexpr double kExact = 1e-9;        ///< Residual, in degrees, that counts as none; iterating on would only add rounding.
-constexpr double kGlobalBound = 5.0;   ///< Residual of two DOFs, in degrees, below which a local maximum is the global one.
+constexpr double kGlobalBound = 5.0;   ///< Residual of two DOFs, in degrees, below which a local minimum is the global one.
 
 /// The order code that begins with the given axes. A pair of axes has one code; a single axis gets the cyclic order (XYZ, YZX, ZXY).
 int CodeOf(const int* pAxes, int pCount)
@@ -183,7 +183,8 @@ void KQexDofSolver::Refine(const KgeRMatrix& pTarget, double* pAngles, KgeRMatri
     Compose(pAngles, 0, mCount, pReached);
 }
 
-/// Refining one DOF at a time may end in a local maximum. Starts again with the first DOF half a turn away and keeps the better result.
+/// Refining one DOF at a time may end in a local minimum of the residual. Starts again with the first DOF half a turn away and keeps the
+/// better result.
 void KQexDofSolver::RefineFromOpposite(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     double     lOther[6] = {};
@@ -208,8 +209,8 @@ double KQexDofSolver::SolveOne(const KgeRMatrix& pTarget, double* pAngles, KgeRM
 }
 
 /// Starts from the first two angles of the Euler triple, with the third taken as zero; two DOFs about different axes then converge in an
-/// iteration or two, without trigonometry. With a small residual the maximum is the global one: as the axes are perpendicular, the
-/// rotations by (a, b) and (a', b') are at least max(|a - a'|, |b - b'|) apart.
+/// iteration or two, without trigonometry. A small residual is the global minimum: as the axes are perpendicular, the rotations by
+/// (a, b) and (a', b') are at least max(|a - a'|, |b - b'|) apart.
 double KQexDofSolver::SolveTwo(const KgeRMatrix& pTarget, double* pAngles, KgeRMatrix& pReached) const
 {
     const int* lAxis = KmEulerAxisRow(mCode);

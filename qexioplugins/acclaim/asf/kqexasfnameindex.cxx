@@ -9,7 +9,7 @@ namespace qexsdk
 namespace
 {
 
-/// Most heap entries pushed for one move.
+/// Maximum number of heap entries pushed per move.
 constexpr int kMaxPushes = 16;
 
 } // namespace
@@ -25,7 +25,7 @@ void KQexAsfNameIndex::Update(HKQexAsfNode pRoot)
     {
         Add(pRoot->mChildBuf[mKnownChildren], 0, mKnownChildren);
     }
-    // A tree that was not read here may be deeper. Level order does: mOrder is compared among siblings only.
+    // A tree that was not read here may be deeper. Level order is enough: mOrder is compared among siblings only.
     for (; lFirst < mBones.size(); ++lFirst)
     {
         const auto& lChildren = mBones[lFirst].mNode->mChildBuf;

@@ -145,10 +145,10 @@ bool KQexFileAcclaimAsf::ReadNameWord(char* pName)
 bool KQexFileAcclaimAsf::ReadVersion()
 {
     double lVersion = 0.0;
+    // The version is compared as a double: the number may not fit an integer.
     if (!GetDouble(lVersion, 1.0))
     {
         Warning("Can't read file format version (%s), trying version 1.10\n", static_cast<char*>(*this));
-        // Compared as a double: the number may not fit an integer.
     }
     else if (std::trunc(100.0 * lVersion) != 110.0)
     {

@@ -51,7 +51,7 @@ void KQexFileAcclaimAsf::WriteRoot()
     const KgeRVector lZero;
     Print(0, "%s\n", smMain[eMAIN_ROOT].mStr);
     Print(1, "%s %s\n", smRoot[eROOT_AXIS].mStr, smAxis[kAxisXyz].mStr);
-    // The blank after the word and the one before the first channel are both part of the format.
+    // The blank after the keyword and the one before the first DOF are both part of the format.
     Print(1, "%s ", smRoot[eROOT_ORDER].mStr);
     for (int i = 0; i < lRoot->mOrderCount; ++i)
     {

@@ -81,7 +81,7 @@ KQexAsfPreparation::KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, co
 }
 
 /// Pairs bones with nodes. Extraction keeps the order of children and the clean-up only removes some, so a bone's node is the next
-/// sibling of its name.
+/// sibling with its name.
 void KQexAsfPreparation::FindOrigins()
 {
     struct KPathBone
@@ -106,7 +106,7 @@ void KQexAsfPreparation::FindOrigins()
         }
         if (lBone->mOrderCount == 0)
         {
-            // A dummy: its child's node is one of the same siblings.
+            // A dummy has no node: its child's node is searched among the same siblings.
             mOrigins.push_back(KQexAsfOrigin{lBone, nullptr});
             lPath.push_back(lPath.back());
             continue;

@@ -20,7 +20,7 @@ struct KQexAsfOrigin
 class KQexAsfPreparation
 {
 public:
-    /// \p pScene was extracted from the tree at \p pRoot, with the flag \p pHasTranslations for translation DOFs.
+    /// \p pScene was extracted from the tree at \p pRoot, with translation DOFs if \p pHasTranslations.
     KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer, const KQexExportAcclaimOptions& pOptions,
                        bool pHasTranslations);
 

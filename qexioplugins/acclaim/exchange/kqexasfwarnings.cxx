@@ -24,7 +24,7 @@ bool IsZero(const KgeTVector& pVector)
     return pVector[0] == 0.0 && pVector[1] == 0.0 && pVector[2] == 0.0;
 }
 
-/// Whether the bone's axis word is one of the four that get the order of another word (see kAxisCodes), and matters.
+/// Whether the bone's axis word is one of the four that get the order of another word (see kAxisCodes), and its angles are not zero.
 bool HasSwappedAxisWord(const KQexAsfNode& pBone)
 {
     const int lOrder = pBone.mOrientationOrder;

@@ -13,14 +13,14 @@ namespace qexsdk
 namespace
 {
 
-const char kNamelessTake[] = "Take 001";
+const char kDefaultTakeName[] = "Take 001";
 
 bool Open(KQexTextFile& pFile, const KQexAcclaimSource& pSource)
 {
     return pSource.mData != nullptr ? pFile.OpenReadBuffer(pSource.mData, pSource.mSize) : pFile.OpenRead(pSource.mPath.c_str());
 }
 
-/// Destroys the curves of all bones from mRoot on when it goes out of scope.
+/// Destroys the curves of all bones at and below mRoot when it goes out of scope.
 struct KCurveGuard
 {
     HKQexAsfNode mRoot;
@@ -207,7 +207,7 @@ std::string KQexImportRun::ChooseTakeName(const KQexAcclaimSource& pSource) cons
 
     // A generated name must not overwrite an existing take.
     const std::string lFileStem = KPathStem(pSource.mPath);
-    const std::string lStem = lFileStem.empty() || lFileStem == "-" ? kNamelessTake : lFileStem;
+    const std::string lStem = lFileStem.empty() || lFileStem == "-" ? kDefaultTakeName : lFileStem;
     std::string       lName = lStem;
     for (int i = 2; IsInUse(lName); ++i)
     {
@@ -272,12 +272,12 @@ bool KQexImportRun::Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode)
 KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
 {
     const HKQexAsfNode lRoot = pAsfScene.mRoot;
-    const bool         lMoves = !mCurves.empty();
-    if (lMoves)
+    const bool         lHasMotion = !mCurves.empty();
+    if (lHasMotion)
     {
         mCurves.front().MoveTo(lRoot);
     }
-    const char* lFirstTake = lMoves ? mResult.mTakes.front().mName.c_str() : "";
+    const char* lFirstTake = lHasMotion ? mResult.mTakes.front().mName.c_str() : "";
     KQexNode* lNode = pAsfScene.ASFToQEX(mScene, lFirstTake, mOptions.mSetLimits, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
     KQexNode* lParent = mOptions.mParentNode != nullptr ? mOptions.mParentNode : mScene->GetRootNode();
     if (lNode == nullptr || !lParent->AddChild(lNode))

@@ -12,7 +12,7 @@ bool IsDummy(const KQexAsfNode& pNode)
     return pNode.mOrderCount == 0;
 }
 
-/// Removes null entries in one pass: one by one, each would move the tail.
+/// Removes null entries in one pass; removed one by one, each would move all entries after it.
 void RemoveNulls(KArrayTemplate<KQexAsfNode*>& pChildBuf)
 {
     pChildBuf.RemoveIf([](const KQexAsfNode* pChild) { return pChild == nullptr; });
@@ -117,7 +117,7 @@ private:
         SetLocals(*pBone, mFlags);
     }
 
-    /// The dummy's parent axis, not the dummy's own: only its offset is added.
+    /// The bone gets the axis of the dummy's parent, not the dummy's own, and the dummy's offset is added to its own.
     static void AddParentFrame(KQexAsfNode& pBone, const KQexAsfNode& pDummy)
     {
         KgeSet(pBone.mParentAxisRM, pDummy.mParentAxisRM);
@@ -132,7 +132,7 @@ private:
 
 bool IsEndSite(const KQexAsfNode& pNode)
 {
-    // Compared exactly: a bone of any length is kept.
+    // Compared exactly: a bone is kept however short it is.
     return pNode.mChildBuf.GetCount() == 0 && pNode.mLength == 0.0 && !(pNode.mLTNode != nullptr && pNode.mLTNode->IsAnimated(true)) &&
            !(pNode.mLRNode != nullptr && pNode.mLRNode->IsAnimated(true));
 }

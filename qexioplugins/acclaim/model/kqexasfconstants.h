@@ -7,9 +7,9 @@
 namespace qexsdk
 {
 
-/// Most characters of a name.
+/// Longest name, in characters.
 inline constexpr int kMaxName = 50;
-/// Most degrees of freedom of a bone.
+/// Maximum number of degrees of freedom of a bone.
 inline constexpr int kMaxDofs = 6;
 
 /// Centimetres per unit of length in a file whose length unit is 1; in general, this divided by the length unit.

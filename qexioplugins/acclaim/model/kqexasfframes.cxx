@@ -7,9 +7,9 @@ namespace qexsdk
 namespace
 {
 
-/// The host node's rotation offset and pre-rotation replace mLT and mLR. Deliberate: the parent's axis fields are unchanged; with both
-/// flags set nothing reads them.
-void SetupCarriedByHost(KQexAsfNode& pNode)
+/// The host node's rotation offset and pre-rotation replace mLT and mLR. Deliberate: mParentAxisRM and
+/// mParentAxisRMInv are unchanged; with both flags set nothing reads them.
+void SetupWithBothFlags(KQexAsfNode& pNode)
 {
     pNode.mLR.Init();
     pNode.mLT.Init();
@@ -50,7 +50,7 @@ void SetupFrame(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (pFlags.mSetRotatePivotOffet && pFlags.mSetPreRotation)
     {
-        SetupCarriedByHost(pNode);
+        SetupWithBothFlags(pNode);
     }
     else if (pNode.mParent)
     {

@@ -34,7 +34,7 @@ inline void SetAxisAngles(KgeRVector& pAngles, const KgeRMatrix& pRM, const KQex
     pAngles.mData[lAxis[2]] = lApplied.mData[2];
 }
 
-/// The parent bone's end in the parent's axis frame: the position of the child's host node.
+/// The parent bone's end in the parent's axis frame: where this bone's host node is.
 inline void SetLocalTranslation(KQexAsfNode& pNode)
 {
     KgeMult(pNode.mLT, pNode.mParentAxisRMInv, pNode.mParentPositionV);
@@ -48,7 +48,7 @@ inline void SetLocalRotation(KQexAsfNode& pNode)
     SetAxisAngles(pNode.mLR, lRM, pNode);
 }
 
-/// Those of the two that the frame flags leave to the host node's local transform.
+/// Local translation and rotation, except those that a frame flag puts into the host node's rotation offset or pre-rotation.
 inline void SetLocals(KQexAsfNode& pNode, KQexFrameFlags pFlags)
 {
     if (!pFlags.mSetRotatePivotOffet)

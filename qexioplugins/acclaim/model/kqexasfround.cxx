@@ -16,9 +16,9 @@ namespace
 constexpr int    kMaxPasses = 10;           ///< Passes of rounding after which the values are accepted as they are.
 constexpr int    kTextDigits = 6;           ///< Digits of a number in the written text.
 constexpr double kAngleScale = 1e6;         ///< Angles keep six decimals: the rest is rounding error.
-constexpr double kPositionSteps = 0.125;    ///< Error by rounded positions, in steps of a direction's last digit.
-constexpr double kMaxUnitError = 0.35;      ///< Steps by which normalising may move a direction in addition.
-constexpr double kMaxShortUnitError = 0.47; ///< The same for steps ten times as large.
+constexpr double kPositionSteps = 0.125;    ///< Largest error of a direction from rounded positions, in steps of its last digit.
+constexpr double kMaxUnitError = 0.35;      ///< Steps by which normalising may move a direction on top of that.
+constexpr double kMaxShortUnitError = 0.47; ///< The same for a direction with one digit less.
 constexpr double kPositionNoise = 1e-6;     ///< Rounding error of positions in other formats, centimetres.
 
 /// \p pValue rounded as in the written text, and never a negative zero.
@@ -75,8 +75,8 @@ bool FindStable(const double* pUnit, double pScale, double pMaxSteps, double* pF
     return lLeast < std::numeric_limits<double>::infinity();
 }
 
-/// Whether a unit vector is a stable direction in steps of 1 / \p pScale, normalised, to within \p pMaxSteps steps. \p pFound receives
-/// that direction.
+/// Whether \p pUnit rounds to a stable direction in steps of 1 / \p pScale that, normalised, is within \p pMaxSteps steps of it.
+/// \p pFound receives that direction.
 bool IsShort(const double* pUnit, double pScale, double pMaxSteps, double* pFound)
 {
     const int lNoMoves[3] = {};
@@ -90,9 +90,9 @@ bool IsShort(const double* pUnit, double pScale, double pMaxSteps, double* pFoun
     return true;
 }
 
-/// Reading normalises a direction again, and other formats round the position that it leads to: it is rounded such that neither changes
-/// a digit. Short bones keep fewer digits, as their positions have no more. Where no rounding is stable, one digit less is kept; IsShort()
-/// recognises such a direction later, so no other direction may look like one.
+/// Reading normalises a direction, and other formats round the position of the bone's end. The direction is rounded such that neither
+/// changes its digits. Short bones keep fewer digits, as their positions have no more. Where no rounding is stable, one digit less is
+/// kept; IsShort() recognises such a direction later, so a longer one that looks like it is shortened as well.
 void RoundDirection(KQexAsfNode& pBone, double pLengthUnit)
 {
     const double lLength = pBone.mLength * kCentimetresPerInch / (pLengthUnit > 0.0 ? pLengthUnit : kCentimetresPerInch);
@@ -124,7 +124,7 @@ void RoundLength(KQexAsfNode& pBone, double pLengthUnit)
     pBone.mLength = Rounded(pBone.mLength, std::pow(10.0, std::floor(-std::log10(4.0 * lNoise))));
 }
 
-/// Angles are decomposed again after a skeleton went through a scene: rounds until that changes no digit. -180 becomes 180.
+/// A skeleton extracted from a scene has its axis angles decomposed again: rounds until that changes no digit. -180 becomes 180.
 void RoundAxis(KQexAsfNode& pBone)
 {
     for (int lPass = 0; lPass < kMaxPasses; ++lPass)

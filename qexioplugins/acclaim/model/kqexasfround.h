@@ -6,8 +6,8 @@
 namespace qexsdk
 {
 
-/// Rounds a bone's direction, length and axis to values that the written text holds and that are unchanged after it is read and the
-/// skeleton extracted again; updates the matrices. \p pLengthUnit is the scene's.
+/// Rounds a bone's direction, length and axis to values that the file holds exactly and that do not change when the file is read and
+/// the skeleton is extracted from the scene again; updates the matrices. \p pLengthUnit is the scene's.
 void RoundBone(KQexAsfNode& pBone, double pLengthUnit);
 
 } // namespace qexsdk

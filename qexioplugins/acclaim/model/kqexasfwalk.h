@@ -72,7 +72,7 @@ public:
     /// For a bone that was left and will be released: sets its entry in its parent's children to null. Not for the top.
     void ClearEntry() { mParent->mChildBuf.SetAt(mIndex, nullptr); }
 
-    /// For a bone that was entered: skips its children and its leaving.
+    /// For a bone that was entered: skips its children and the second visit, when it is left.
     void SkipChildren() { Leave(mNode); }
 
 private:

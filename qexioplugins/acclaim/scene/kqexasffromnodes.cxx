@@ -231,7 +231,7 @@ struct KExtraction
         SetFrame(*pPathNode.mAsfNode, lT, lR, pPathNode.mScale, mLengthUnit);
         if (lIsRoot)
         {
-            // Unchanged values: the root's rotation is never combined with the pose at time zero.
+            // The node's own values: the root's rotation is never combined with the pose at time zero.
             pPathNode.mAsfNode->mPositionV = pPathNode.mQexNode->GetRotationOffset();
             pPathNode.mAsfNode->mOrientationV = pPathNode.mQexNode->GetPreRotation();
         }

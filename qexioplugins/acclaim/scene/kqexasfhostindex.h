@@ -34,7 +34,7 @@ public:
     /// The first node named \p pName below node number \p pAncestor, itself excluded, in pre-order; -1 when there is none. O(log n).
     int Find(const char* pName, int pAncestor) const;
 
-    /// The node with that number, from 0 in pre-order; the number is trusted.
+    /// The node with that number, from 0 in pre-order; the number is not checked.
     KQexNode* GetNode(int pNumber) const { return mNodes[static_cast<std::size_t>(pNumber)]; }
 
 private:

@@ -145,7 +145,7 @@ void StopSampling(KQexAsfNode& pNode)
 }
 
 /// Connects pCurve to a channel and destroys the channel's old curve. False when memory ran out; the bone then keeps pCurve and the
-/// channel its curve. The same, but true, when pCurve is from another scene than the node.
+/// channel its curve. When pCurve is from another scene than the node, nothing changes either, but the result is true.
 bool ReplaceCurve(KQexAnimCurveNode& pCurveNode, unsigned int pChannel, KQexAnimCurve*& pCurve)
 {
     KQexAnimCurve* lOld = pCurveNode.GetCurve(pChannel, 0, nullptr);

@@ -83,7 +83,7 @@ INSTANTIATE_TEST_SUITE_P(
         KCheckCase{"unusual length unit", "length 0.45", "length 4500", "length 4500", "warning: Unusual length unit 4500", 0},
         KCheckCase{"negative length unit", "length 0.45", "length -1", "length -1",
                    "warning: Invalid length unit -1: lengths are not converted", 0},
-        KCheckCase{"decimal comma", "length 0.45", "length 0.45 9", "length 0.45 9", "warning: Ignoring extra text on the line (9)", 0},
+        KCheckCase{"second number", "length 0.45", "length 0.45 9", "length 0.45 9", "warning: Ignoring extra text on the line (9)", 0},
         KCheckCase{"second pair", "(-10 170)", "(-10 170) (3 4)", "(3 4)", "warning: Ignoring extra text on the line (3 4)", 0},
         KCheckCase{"unknown DOF word", "dof rx\n", "dof rx qq\n", "dof rx qq", "warning: Ignoring extra text on the line (qq)", 0},
         KCheckCase{"second word of a name", ":name small", ":name small figure", ":name",

@@ -65,7 +65,7 @@ TEST(AsfDraw, TheRootPositionDoesNotChangeThePicture)
     EXPECT_EQ(lSvg, Draw({}, Replaced(SmallSkeleton(), "position 0 0 0", "position 10 20 30")));
 }
 
-TEST(AsfDraw, ARootAloneIsAPicture)
+TEST(AsfDraw, ARootAloneIsDrawn)
 {
     const std::string lSvg = Draw({"--view", "all", "--names"}, ":root\n order rx\n:hierarchy\n");
     EXPECT_EQ(CountOf(lSvg, "<circle "), 3u);

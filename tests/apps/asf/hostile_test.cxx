@@ -38,7 +38,7 @@ class KLongLineTest : public testing::TestWithParam<KStreamCase>
 {
 };
 
-/// Up to 2 GiB, as much as the program reads.
+/// Writes up to 2 GiB, until the program stops reading.
 TEST_P(KLongLineTest, EndsInBoundedMemory)
 {
     for (const std::vector<std::string>& lArguments :
@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Streams, KLongLineTest,
                                          KStreamCase{"letters", "", 'a', false, "Line is too long"}));
 
 /// A file of a few frames whose numbers are far apart is not sampled frame by frame.
-TEST(AsfHostile, AMotionThatSpansAThousandMillionFrames)
+TEST(AsfHostile, AMotionThatSpansABillionFrames)
 {
     const KTempDir lFolder;
     KRunOptions    lOptions;

@@ -47,7 +47,7 @@ protected:
     KTempDir mFolder;
 };
 
-/// Every command prints the same single line.
+/// Every command prints the same single line to standard error.
 TEST_P(KInputTest, OneErrorLine)
 {
     const std::string lName = GetParam().mName;

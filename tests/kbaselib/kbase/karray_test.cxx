@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(Counts, KArrayGrowthTest,
                          testing::Values(KGrowthCase{1, 1}, KGrowthCase{4, 1}, KGrowthCase{5, 2}, KGrowthCase{8, 2}, KGrowthCase{9, 4},
                                          KGrowthCase{16, 4}, KGrowthCase{17, 8}, KGrowthCase{33, 16}));
 
-TEST(KArrayTest, RemovingNeverShrinksTheBlock)
+TEST(KArrayTest, RemovingFreesNoBlocks)
 {
     KIntArray lArray;
     Fill(lArray, 9);

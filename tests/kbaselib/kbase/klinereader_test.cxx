@@ -99,20 +99,22 @@ TEST_P(KLineReaderSplitTest, MemoryAndFile)
     EXPECT_EQ(LinesOf(lReader), GetParam().mLines) << "after rewinding";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Splits, KLineReaderSplitTest,
-    testing::Values(KSplitCase{"nothing", "", {}}, KSplitCase{"one line", "abc\n", {"abc"}}, KSplitCase{"no end", "abc", {"abc"}},
-                    KSplitCase{"LF", "a\nb\n", {"a", "b"}}, KSplitCase{"CR LF", "a\r\nb\r\n", {"a", "b"}},
-                    KSplitCase{"CR", "a\rb\r", {"a", "b"}}, KSplitCase{"mixed", "a\r\nb\rc\nd", {"a", "b", "c", "d"}},
-                    KSplitCase{"LF CR", "a\n\rb", {"a", "", "b"}}, KSplitCase{"CR CR LF", "a\r\r\nb", {"a", "", "b"}},
-                    KSplitCase{"empty lines", "\n\na\n\n", {"", "", "a", ""}}, KSplitCase{"only ends", "\r\n\r\n", {"", ""}},
-                    KSplitCase{"CR at the end", "a\r", {"a"}}, KSplitCase{"NUL inside", Text("a\0b\nc", 5), {Text("a\0b", 3), "c"}},
-                    KSplitCase{"UTF-8 mark",
-                               "\xEF\xBB\xBF"
-                               "a\nb",
-                               {"a", "b"}},
-                    KSplitCase{"mark alone", "\xEF\xBB\xBF", {}}, KSplitCase{"half a mark", "\xEF\xBB", {"\xEF\xBB"}},
-                    KSplitCase{"mark later on", "a\n\xEF\xBB\xBF", {"a", "\xEF\xBB\xBF"}}, KSplitCase{"one byte", "\xFF", {"\xFF"}}));
+INSTANTIATE_TEST_SUITE_P(Splits, KLineReaderSplitTest,
+                         testing::Values(KSplitCase{"nothing", "", {}}, KSplitCase{"one line", "abc\n", {"abc"}},
+                                         KSplitCase{"no end", "abc", {"abc"}}, KSplitCase{"LF", "a\nb\n", {"a", "b"}},
+                                         KSplitCase{"CR LF", "a\r\nb\r\n", {"a", "b"}}, KSplitCase{"CR", "a\rb\r", {"a", "b"}},
+                                         KSplitCase{"mixed", "a\r\nb\rc\nd", {"a", "b", "c", "d"}},
+                                         KSplitCase{"LF CR", "a\n\rb", {"a", "", "b"}}, KSplitCase{"CR CR LF", "a\r\r\nb", {"a", "", "b"}},
+                                         KSplitCase{"empty lines", "\n\na\n\n", {"", "", "a", ""}},
+                                         KSplitCase{"only ends", "\r\n\r\n", {"", ""}}, KSplitCase{"CR at the end", "a\r", {"a"}},
+                                         KSplitCase{"NUL inside", Text("a\0b\nc", 5), {Text("a\0b", 3), "c"}},
+                                         KSplitCase{"UTF-8 BOM",
+                                                    "\xEF\xBB\xBF"
+                                                    "a\nb",
+                                                    {"a", "b"}},
+                                         KSplitCase{"BOM alone", "\xEF\xBB\xBF", {}}, KSplitCase{"half a BOM", "\xEF\xBB", {"\xEF\xBB"}},
+                                         KSplitCase{"BOM in the second line", "a\n\xEF\xBB\xBF", {"a", "\xEF\xBB\xBF"}},
+                                         KSplitCase{"one byte", "\xFF", {"\xFF"}}));
 
 TEST(KLineReader, LineEndsAroundTheBufferBoundary)
 {
@@ -129,7 +131,7 @@ TEST(KLineReader, LineEndsAroundTheBufferBoundary)
     }
 }
 
-/// With any line end; only the first line, which is read together with the buffer, need not be known to be plain.
+/// The first line is an exception: NextLine() fills the buffer for it, and does not report it as plain.
 TEST(KLineReader, LinesWithoutWatchedBytesArePlain)
 {
     for (const char* lEnd : {"\n", "\r\n"})
@@ -197,13 +199,13 @@ TEST(KLineReader, OneByteReads)
     EXPECT_EQ(LinesOf(lReader), (KLines{"one", "two", "three", "", "five"}));
 }
 
-struct KMarkCase
+struct KBomCase
 {
     const char* mWhat;
     std::string mText;
 };
 
-class KLineReaderUtf16Test : public testing::TestWithParam<KMarkCase>
+class KLineReaderUtf16Test : public testing::TestWithParam<KBomCase>
 {
 };
 
@@ -219,8 +221,8 @@ TEST_P(KLineReaderUtf16Test, IsReported)
 }
 
 INSTANTIATE_TEST_SUITE_P(Marks, KLineReaderUtf16Test,
-                         testing::Values(KMarkCase{"little-endian", Text("\xFF\xFE:\0\n\0", 6)},
-                                         KMarkCase{"big-endian", Text("\xFE\xFF\0:\0\n", 6)}, KMarkCase{"mark alone", "\xFF\xFE"}));
+                         testing::Values(KBomCase{"little-endian", Text("\xFF\xFE:\0\n\0", 6)},
+                                         KBomCase{"big-endian", Text("\xFE\xFF\0:\0\n", 6)}, KBomCase{"BOM alone", "\xFF\xFE"}));
 
 struct KLengthCase
 {
@@ -287,7 +289,7 @@ TEST(KLineReader, MemoryDoesNotGrowWithTheInput)
     EXPECT_LE(lWatch.GetPeakBytes(), 70000u);
 }
 
-TEST(KLineReader, NoMemoryIsReportedAndNothingLeaks)
+TEST(KLineReader, OutOfMemoryIsReportedAndNothingLeaks)
 {
     const std::string lText(300000, 'x');
     for (long i = 0; i < 5; ++i)
@@ -333,7 +335,7 @@ TEST_P(KLineReaderNoFileTest, IsReported)
 INSTANTIATE_TEST_SUITE_P(NoFiles, KLineReaderNoFileTest,
                          testing::Values(KNoFileCase{"missing", "none", ENOENT}, KNoFileCase{"a folder", "folder", EISDIR}));
 
-TEST(KLineReader, FileThatMayNotBeRead)
+TEST(KLineReader, UnreadableFile)
 {
     KTempDir lDir;
     WriteFile(lDir / "text", "x");
@@ -438,7 +440,7 @@ TEST(KLineReader, DashIsStandardInput)
     EXPECT_EQ(lReader.GetStatus(), KLineReader::eEND) << "rewinding is refused, nothing else changed";
 }
 
-TEST(KLineReader, LineWithoutEndFromAPipeIsBounded)
+TEST(KLineReader, LineThatIsTooLongTakesBoundedMemory)
 {
     KStandardInput lInput(std::string(3000000, 'x') + "\n");
     KMemoryWatch   lWatch;
@@ -502,7 +504,7 @@ TEST(KLineReader, PositionInTheInput)
     EXPECT_EQ(lReader.GetPosition(), static_cast<int64_t>(lText.size()));
 }
 
-TEST(KLineReader, StatusAndLineNumberSurviveClose)
+TEST(KLineReader, LineNumberSurvivesClose)
 {
     KLineReader lReader;
     ASSERT_TRUE(lReader.OpenBuffer("one\n", 4));

@@ -56,8 +56,7 @@ INSTANTIATE_TEST_SUITE_P(Rates, KTimeRateTest,
                                          KRateCase{{90, 1}, 7840000}, KRateCase{{100, 1}, 7056000}, KRateCase{{120, 1}, 5880000},
                                          KRateCase{{240, 1}, 2940000}, KRateCase{{30000, 1001}, 23543520}));
 
-/// At 7 and 1000000/9973 frames per second a frame is not a whole number of flicks: frames must stay in order, within half a flick, and
-/// round-trip.
+/// At these rates a frame is not a whole number of flicks: frames must stay in order, within half a flick, and round-trip.
 TEST(KTimeTest, ErrorsDoNotAccumulateAtOtherRates)
 {
     std::mt19937_64 lRandom(70560);

@@ -131,7 +131,7 @@ TEST_P(KOrderTest, RotationsRoundTrip)
         lRandom.NextRotation(lR);
         ASSERT_EQ(KmRtoVord(lAngles, lR, GetParam().mCode), lAngles);
         KmVIJKtoR(lBack, lAngles, GetParam().mCode);
-        ASSERT_LT(Distance(lR, lBack), 1e-8) << "gimbal lock costs up to its threshold";
+        ASSERT_LT(Distance(lR, lBack), 1e-8) << "in gimbal lock, an error up to its threshold";
         if (std::fabs(lAngles[2]) > 0)
         {
             ASSERT_LT(Distance(lR, lBack), kRotationTolerance);

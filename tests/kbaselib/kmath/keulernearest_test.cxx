@@ -18,8 +18,7 @@ double Distance(const double* pA, const double* pB)
     return std::hypot(pA[0] - pB[0], pA[1] - pB[1], pA[2] - pB[2]);
 }
 
-/// Distance of \p pNear to the nearest triple among full turns of \p pV's angles and of its flipped triple's; tries all within five
-/// turns.
+/// Distance from \p pNear to the nearest of the triples that differ from \p pV or its flipped triple by up to five full turns per angle.
 double NearestDistance(const double* pV, const double* pNear, bool pRepeats)
 {
     const double lFlipped[3] = {pV[0] + 180.0, (pRepeats ? 0.0 : 180.0) - pV[1], pV[2] + 180.0};

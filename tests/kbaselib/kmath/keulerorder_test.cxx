@@ -84,7 +84,7 @@ TEST(KHostOrdersTest, AnyOtherOrderWritesNothing)
     }
 }
 
-TEST(KHostOrdersTest, ValuesMatchTheHost)
+TEST(KHostOrdersTest, ValuesAreFixed)
 {
     EXPECT_EQ(eEULER_XYZ, 0);
     EXPECT_EQ(eEULER_XZY, 1);

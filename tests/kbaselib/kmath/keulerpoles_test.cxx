@@ -16,7 +16,7 @@ using namespace qextest;
 struct KLockCase
 {
     const char* mWhat;
-    double      mT; ///< Cosine of the middle angle, exactly.
+    double      mT; ///< Cosine of the middle angle; its sine for a repeated axis.
     bool        mLocked;
 };
 
@@ -29,8 +29,8 @@ INSTANTIATE_TEST_SUITE_P(Thresholds, KLockTest,
                                          KLockCase{"just above", std::nextafter(1.6e-9, 1), false},
                                          KLockCase{"just below", std::nextafter(1.6e-9, 0), true}));
 
-/// The matrices hold T itself, so that no rounding blurs on which side of the threshold it is. Elements that only one branch reads show
-/// which one ran.
+/// T is a single element of the matrices, so that no rounding moves it across the threshold. Each branch reads other elements: the angles
+/// show which one ran.
 TEST_P(KLockTest, TheThresholdItselfIsLocked)
 {
     const double lT = GetParam().mT;
@@ -104,7 +104,7 @@ TEST(KmEulerTest, XYZRotationsRoundTrip)
         }
         else
         {
-            // Near a pole, y is rounded to it; 0.081 degrees away the sine is off by 0.0014.
+            // Near a pole y becomes ±90, at most 0.081 degrees off; sin(0.081 degrees) is 0.0014.
             ASSERT_LT(Distance(lR, lBack), 0.0015);
             ASSERT_EQ(std::fabs(lAngles[1]), 90);
             ASSERT_EQ(lAngles[2], 0);

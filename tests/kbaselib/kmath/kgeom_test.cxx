@@ -27,7 +27,7 @@ struct KOtherVector
     double mData[4] = {4, 5, 6, 8};
 };
 
-TEST(KgeTVectorTest, OnlyConstructionSetsTheFourth)
+TEST(KgeTVectorTest, OnlyConstructionSetsTheFourthComponent)
 {
     EXPECT_EQ(Four(KgeTVector()), (std::vector<double>{0, 0, 0, 1}));
 
@@ -61,7 +61,7 @@ TEST(KgeTVectorTest, AccessesItsElements)
     EXPECT_EQ(lConst[3], 1);
 }
 
-TEST(KgeTVectorTest, OperationsKeepTheFourth)
+TEST(KgeTVectorTest, OperationsKeepTheFourthComponent)
 {
     KgeTVector       lOut;
     const KgeTVector lA(2, 3, 6);
@@ -117,7 +117,7 @@ TEST(KgeRMatrixTest, IsTheIdentityOrARotation)
     EXPECT_EQ(Sixteen(lM.mData), lIdentity);
 }
 
-TEST(KgeRMatrixTest, OperationsMatchTheArrays)
+TEST(KgeRMatrixTest, OperationsMatchTheKmFunctions)
 {
     KRandomAngles lRandom(8000);
     for (int lStep = 0; lStep < 100; ++lStep)
@@ -145,7 +145,7 @@ TEST(KgeRMatrixTest, OperationsMatchTheArrays)
     }
 }
 
-TEST(KgeRMatrixTest, AnglesMatchTheArrays)
+TEST(KgeRMatrixTest, AnglesMatchTheKmFunctions)
 {
     KRandomAngles lRandom(9000);
     for (int lCode = 0; lCode < KmEulerAxisCount; ++lCode)

@@ -15,7 +15,7 @@ namespace
 
 using namespace qextest;
 
-TEST(KmVectorTest, EachFunctionReturnsItsOutputAndLeavesTheFourth)
+TEST(KmVectorTest, EachFunctionReturnsItsOutputAndKeepsTheFourthComponent)
 {
     const double lA[3] = {1, 2, 3};
     const double lB[3] = {10, 20, 30};
@@ -135,7 +135,7 @@ TEST(KmMatrixTest, RiTransposesAlsoInPlaceAndLeavesTheFourthRowAndColumn)
     EXPECT_EQ(Sixteen(lFrom), (std::vector<double>{100, 104, 108, 103, 101, 105, 109, 107, 102, 106, 110, 111, 112, 113, 114, 115}));
 }
 
-TEST(KmMatrixTest, AppliesToAVectorAsTheImagesOfTheAxes)
+TEST(KmMatrixTest, RowsAreTheImagesOfTheAxes)
 {
     double lM[4][4];
     FillSequence(lM);

@@ -89,8 +89,8 @@ TEST(MathsTest, AnglesMatchTheStandardFunctions)
     EXPECT_EQ(kAtand(-0.0, -1.0), -180.0);
 }
 
-/// Together or separately, by pointer or by reference: the same bits. The volatile copies keep the compiler from merging the two
-/// standard calls as well.
+/// Together or separately, by pointer or by reference: the same bits. The volatile results keep the compiler from merging the standard
+/// calls into one.
 TEST(MathsTest, SineAndCosineTogetherMatchSeparateCalls)
 {
     std::mt19937_64                        lRandom(32);

@@ -30,7 +30,7 @@ public:
     int              Integer(size_t pIndex) const { return mOp.at(pIndex).get<int>(); }
     std::vector<int> Integers(size_t pIndex) const { return mOp.at(pIndex).get<std::vector<int>>(); }
 
-    /// A vector. Its fourth component is unspecified: a copy on return resets it.
+    /// A vector. Its fourth component is the argument's or 1, depending on whether returning it runs the copy constructor.
     KgeTVector Vector(size_t pIndex) const
     {
         KgeTVector lV;
@@ -217,7 +217,7 @@ KOperation MatrixToVector(double* (*pFunction)(double*, KmConstMatrix))
         return Three([&](double* pOut) { pFunction(pOut, pCall.Matrix(1).mData); });
     };
 }
-/// Runs \p pFunction in place on the matrix argument.
+/// Runs \p pFunction in place on the matrix that is argument \p pIndex.
 KOperation InPlace(void (*pFunction)(KmMatrix, const KCall&), size_t pIndex)
 {
     return [pFunction, pIndex](const KCall& pCall)

@@ -42,7 +42,7 @@ public:
         pAngles[2] = Next();
     }
 
-    /// The 3×3 part of a rotation.
+    /// Sets the 3×3 part to a random rotation.
     void NextRotation(double (*pM)[4])
     {
         double lAngles[3];

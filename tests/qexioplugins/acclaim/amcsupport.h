@@ -15,7 +15,7 @@ namespace qextest
 /// A skeleton in centimetres and degrees: root (tx), its children a (rx ry) and d (no DOF), a's child b (rx), b's child c (rz l ry).
 extern const char* const kSmallAsf;
 
-/// One frame for it: its number, then each bone with values that count up from \p pValue.
+/// One frame for it: its number, then each bone with DOFs with values that count up from \p pValue; the value of l is 99.
 std::string SmallFrame(long long pNumber, double pValue);
 
 /// Messages as "W3 text", one per line.

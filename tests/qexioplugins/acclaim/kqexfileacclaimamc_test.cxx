@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
         KAmcCase{"no line end at the end", kTwo.substr(0, kTwo.size() - 1), true, kTwoFrames, ""},
         KAmcCase{"byte-order mark", "\xEF\xBB\xBF" + kTwo, true, kTwoFrames, ""},
         KAmcCase{"NUL bytes are blanks", ReplacedAll(kTwo, " ", std::string(1, '\0')), true, kTwoFrames, ""},
-        KAmcCase{"words in any case", ":fully-Specified\n:degrees\n" + kTwo, true, kTwoFrames, ""},
+        KAmcCase{"keywords in any case", ":fully-Specified\n:degrees\n" + kTwo, true, kTwoFrames, ""},
         KAmcCase{"names in any case", ReplacedAll(ReplacedAll(kTwo, "root", "ROOT"), "\na", "\nA"), true, kTwoFrames, ""},
         KAmcCase{"bones in any order", "1\nc 5 0 6\nb 4\na 2 3\nroot 1\n" + SmallFrame(2, 2), true,
                  "1@0 c(5 6) b(4) a(2 3) root(1)\n" + std::string(kFull2), ""},
@@ -140,11 +140,11 @@ INSTANTIATE_TEST_SUITE_P(
                     KAmcCase{"an empty file", "", false, "", "E0 The motion has no complete frame\n"}));
 
 INSTANTIATE_TEST_SUITE_P(
-    Words, KAmcTest,
-    testing::Values(KAmcCase{"unknown words, each kind once", ":FOO 1\n:bar\n:FOO 2\n:BAR\n" + kTwo, true, kTwoFrames,
+    Keywords, KAmcTest,
+    testing::Values(KAmcCase{"unknown keywords, each once", ":FOO 1\n:bar\n:FOO 2\n:BAR\n" + kTwo, true, kTwoFrames,
                              "W1 Ignoring unknown keyword (:FOO)\nW2 Ignoring unknown keyword (:bar)\n"},
                     KAmcCase{"a lone colon", ":\n" + kTwo, true, kTwoFrames, "W1 Ignoring unknown keyword (:)\n"},
-                    KAmcCase{"known words with values",
+                    KAmcCase{"known keywords with values",
                              ":FRAME-RANGE 1 2\n:ASF-FILE x y.asf\n:ASF-PATH /a\n:SAMPLES-PER-SECOND 120\n" + kTwo, true, kTwoFrames, ""},
                     KAmcCase{"invalid values", ":FRAME-RANGE 1\n:ASF-FILE\n:SAMPLES-PER-SECOND 0\n:SAMPLES-PER-SECOND fast\n" + kTwo, true,
                              kTwoFrames,
@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
                              "W3 Invalid value of :SAMPLES-PER-SECOND (0)\nW4 Invalid value of :SAMPLES-PER-SECOND (fast)\n"},
                     KAmcCase{"both angle units", ":DEGREES\n:RADIANS\n" + kTwo, true, kTwoFrames,
                              "W2 Angles in degrees and in radians, the last one (:RADIANS) wins\n"},
-                    KAmcCase{"words after the first frame",
+                    KAmcCase{"keywords after the first frame",
                              SmallFrame(1, 1) + ":DEGREES\n:FULLY-SPECIFIED\n:RADIANS\n:DEGREES\n" + SmallFrame(2, 2), true, kTwoFrames,
                              "W6 Ignoring :DEGREES after the first frame\nW8 Ignoring :RADIANS after the first frame\n"}));
 
@@ -405,8 +405,8 @@ TEST(KQexFileAcclaimAmc, LengthDofsOfBonesOfOneName)
     EXPECT_NE(lShort.mMessages.find("Bone c: 3 values expected (l rz ry), only 2 found\n"), std::string::npos) << lShort.mMessages;
 }
 
-/// Cut anywhere, a file gives only frames of the whole file. In the first frame, a file cut between two lines looks like one that never had
-/// the other bones; they get a warning.
+/// Cut anywhere, a file gives only complete frames. The exception is a cut between two lines of the first frame: it looks like a file
+/// without the other bones.
 TEST(KQexFileAcclaimAmc, TruncationAtEveryByte)
 {
     const std::string lText = "#!OML:ASF x\n:FULLY-SPECIFIED\n:DEGREES\n" + kTwo + SmallFrame(3, 3);
@@ -470,10 +470,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         KPeekCase{"nothing", "", "", "", 0, eAMC_ANGLE_SKELETON},
         KPeekCase{"first line", "#!OML:ASF C:\\My Files\\a.ASF \r\n:DEGREES\r\n1\r\n", "C:\\My Files\\a.ASF", "", 0, eAMC_ANGLE_DEGREES},
-        KPeekCase{"words", "# c\n:asf-file b c.asf # d\n:ASF-PATH /x y/\n:RADIANS\n:samples-per-second 60\n1\n", "b c.asf", "/x y/", 60,
+        KPeekCase{"keywords", "# c\n:asf-file b c.asf # d\n:ASF-PATH /x y/\n:RADIANS\n:samples-per-second 60\n1\n", "b c.asf", "/x y/", 60,
                   eAMC_ANGLE_RADIANS},
-        KPeekCase{"the word wins over an earlier comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
-        KPeekCase{"the word wins over a later comment", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"the keyword wins over an earlier comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"the keyword wins over a later comment", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
         KPeekCase{"stops at the first frame", ":DEGREES\n1\n:RADIANS\n:ASF-FILE a\n", "", "", 0, eAMC_ANGLE_DEGREES}));
 
 TEST(KQexFileAcclaimAmc, PeekReportsWhyItFails)
@@ -528,7 +528,7 @@ TEST(KQexFileAcclaimAmc, FramesTooFarApartForTimeAreRefused)
     }
 }
 
-TEST(KQexFileAcclaimAmc, WordsBetweenFramesAndTextAfterTheirNumbersWarnOnce)
+TEST(KQexFileAcclaimAmc, KeywordsBetweenFramesAndTextAfterNumbersWarnOnce)
 {
     const KAmcOutcome lOutcome = ReadAmc("1 x\n" + SmallFrame(1, 1).substr(2) + ":DEGREES\n:SAMPLES-PER-SECOND 60\n:degrees\n" +
                                          ":FULLY-SPECIFIED\n2 y\n" + SmallFrame(2, 2).substr(2) + ":radians\n");

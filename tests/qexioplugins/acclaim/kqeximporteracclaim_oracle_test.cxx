@@ -44,14 +44,14 @@ double Height(const nlohmann::json& pFrame, double pFactor)
     return lHigh - lLow;
 }
 
-KPoint GlobalStart(const KQexScene& pScene, const KQexNode* pNode, KTime pTime)
+KPoint GlobalPosition(const KQexScene& pScene, const KQexNode* pNode, KTime pTime)
 {
     const KQexMatrix lMatrix = pScene.GetEvaluator()->GetNodeGlobalTransform(pNode, pTime);
     return {lMatrix.mData[3][0], lMatrix.mData[3][1], lMatrix.mData[3][2]};
 }
 
-/// The node at a bone's end: its end node, or the node of a child that it has in the file. Clean-up reparents bones without moving them in
-/// space.
+/// The node at a bone's end: its end node, or the node of one of its children in the file. Clean-up may have reparented the child, but
+/// without moving it.
 const KQexNode* EndNode(HKQexAsfNode pFileBone, const KQexNode* pNode, const KQexNode* pRoot)
 {
     if (pFileBone->mChildBuf.GetCount() == 0)
@@ -116,8 +116,8 @@ TEST_P(KOracleTest, BonePositionsMatch)
                 const KQexNode* lEnd = EndNode(lFileBone, lNode, lScene->GetRootNode());
                 ASSERT_NE(lEnd, nullptr) << lName;
                 ++lBones;
-                const double lStartError = Distance(GlobalStart(*lScene, lNode, lTime), PointOf(lExpected["start"], lFactor)) / lHeight;
-                const double lEndError = Distance(GlobalStart(*lScene, lEnd, lTime), PointOf(lExpected["end"], lFactor)) / lHeight;
+                const double lStartError = Distance(GlobalPosition(*lScene, lNode, lTime), PointOf(lExpected["start"], lFactor)) / lHeight;
+                const double lEndError = Distance(GlobalPosition(*lScene, lEnd, lTime), PointOf(lExpected["end"], lFactor)) / lHeight;
                 EXPECT_LT(lStartError, 1e-4) << lName << " starts elsewhere in frame " << lNumber;
                 EXPECT_LT(lEndError, 1e-4) << lName << " ends elsewhere in frame " << lNumber;
                 lWorst = std::max({lWorst, lStartError, lEndError});

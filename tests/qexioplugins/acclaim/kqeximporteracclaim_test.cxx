@@ -371,7 +371,7 @@ TEST_P(KImportKeyTest, KeysOfOneBone)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, KImportKeyTest,
-    testing::Values(KFrameKeysCase{"skipped numbers are skipped time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
+    testing::Values(KFrameKeysCase{"a gap in the numbers is a gap in time", "5\nb 1\n9\nb 2\n", "0:1 4:2"},
                     KFrameKeysCase{"a jump of 1e9 costs one key", "1\nb 1\n1000000001\nb 2\n", "0:1 1e+09:2"},
                     KFrameKeysCase{"a repeated number replaces", "1\nb 1\n2\nb 2\n2\nb 3\n3\nb 4\n", "0:1 1:3 2:4"},
                     KFrameKeysCase{"the first number again", "1\nb 1\n1\nb 5\n2\nb 2\n", "0:5 1:2"},
@@ -699,7 +699,7 @@ class KImportWarningTest : public testing::TestWithParam<KWarningCase>
 {
 };
 
-TEST_P(KImportWarningTest, WarnsOnceAboutWhatIsNotCarriedAsExpected)
+TEST_P(KImportWarningTest, WarnsOnceAboutWhatTheImportLosesOrChanges)
 {
     KSetup lSetup;
     lSetup.mOptions.mSetPreRotation = GetParam().mPreRotation;

@@ -257,7 +257,7 @@ TEST(BvhRead, CancelLeavesTheSceneUnchanged)
     EXPECT_EQ(lScene->GetRootNode()->GetChildCount(true), 0);
 }
 
-TEST(BvhRead, EveryTruncationIsReportedOrReads)
+TEST(BvhRead, EveryTruncationIsReadOrReported)
 {
     const std::string lText = kSmall;
     for (size_t lSize = 0; lSize <= lText.size(); ++lSize)
@@ -344,9 +344,9 @@ TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
     const KScenePtr    lBack = MakeScene();
     KQexFileBvh        lFile;
     KQexBvhReadResult  lResult;
-    KQexBvhReadOptions lTake;
-    lTake.mTakeName = "take";
-    ASSERT_TRUE(ReadText(lBack.get(), lText, lFile, lResult, lTake));
+    KQexBvhReadOptions lReadOptions;
+    lReadOptions.mTakeName = "take";
+    ASSERT_TRUE(ReadText(lBack.get(), lText, lFile, lResult, lReadOptions));
     EXPECT_TRUE(lFile.GetMessages().empty());
     EXPECT_EQ(lResult.mFrames, lTree.mFrames);
     for (KQexNode* lNode = lRoot; lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))
@@ -360,7 +360,7 @@ TEST_P(KBvhRoundTripTest, EveryJointIsWhereTheSceneHasIt)
     }
     const std::string lSecond = WriteText(lBack.get(), lResult.mRoots[0], lOptions);
     const KScenePtr   lAgain = MakeScene();
-    ASSERT_TRUE(ReadText(lAgain.get(), lSecond, lFile, lResult, lTake));
+    ASSERT_TRUE(ReadText(lAgain.get(), lSecond, lFile, lResult, lReadOptions));
     EXPECT_EQ(WriteText(lAgain.get(), lResult.mRoots[0], lOptions), lSecond) << "second round trip";
 }
 
@@ -530,7 +530,7 @@ TEST(BvhWrite, CancelsInTheMiddle)
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
     EXPECT_FALSE(lFile.Write({lRoot}, lOptions));
     EXPECT_GT(lFraction, 0.0);
-    EXPECT_LT(lFraction, 1.0) << "called once";
+    EXPECT_LT(lFraction, 1.0) << "cancelled before the end";
     EXPECT_EQ(lFile.GetErrorCount(), 0) << "cancelling is not an error";
 }
 

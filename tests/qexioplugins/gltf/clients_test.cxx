@@ -82,7 +82,8 @@ private:
     KQexGltfTake            mTake;
 };
 
-/// The largest distance between a bone's start and its expected position, as a fraction of the figure's height. Fails for a missing bone.
+/// The largest distance between a bone's start and its expected position, as a fraction of the figure's height. \p pFactor converts
+/// \p pPositions to centimetres. Fails for a missing bone.
 double LargestDistance(const KWorldFrame& pFrame, const KJointPositions& pPositions, double pFactor)
 {
     double lLargest = 0.0;

@@ -214,7 +214,7 @@ TEST(GltfHostile, RandomBytesAreHandled)
     EXPECT_GT(lErrors, 1000);
 }
 
-TEST(GltfHostile, KeysThatAreNotFiniteAreErrors)
+TEST(GltfHostile, KeysThatAreNotFiniteOrTooLargeAreErrors)
 {
     for (const float lBadNumber : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 3e38F})
     {
@@ -244,7 +244,7 @@ TEST(GltfHostile, DeepNestingDoesNotRecurse)
     EXPECT_TRUE(lExtras.Read(R"({"asset":{"version":"2.0"},"nodes":[{"name":"it","extras":)" + lDeep + "}]}")) << MessagesOf(lExtras.mFile);
 }
 
-/// A small file must not cause days of frames, or many tracks that share a long list of key times.
+/// A small file must not produce a huge number of keys: by a take of many days, or by many channels that share one long accessor.
 TEST(GltfHostile, WorkIsLimitedByTheSizeOfTheFile)
 {
     KQexGltfBuilder lLong;

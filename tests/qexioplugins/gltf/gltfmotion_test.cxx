@@ -177,10 +177,10 @@ std::vector<double> Even(double pFirst, double pRate, int pCount)
 INSTANTIATE_TEST_SUITE_P(
     Rates, KQexGltfRateTest,
     testing::Values(KRateCase{"even", Even(0, 24, 48), 0, 24, 48}, KRateCase{"slow", Even(0, 12, 9), 0, 12, 9},
-                    KRateCase{"odd", Even(0, 59, 60), 0, 59, 60}, KRateCase{"film", Even(0, 30000.0 / 1001, 99), 0, 29.97002997, 99},
+                    KRateCase{"odd", Even(0, 59, 60), 0, 59, 60}, KRateCase{"ntsc", Even(0, 30000.0 / 1001, 99), 0, 29.97002997, 99},
                     KRateCase{"long", Even(0, 120, 30000), 0, 120, 30000}, KRateCase{"late", Even(1.25, 120, 50), 0, 120, 50},
                     KRateCase{"gaps", {0, 0.1, 0.5, 0.6}, 0, 30, 19}, KRateCase{"seconds", {0, 1, 2}, 0, 24, 49},
-                    KRateCase{"none", {0, 0.0101, 0.0333, 0.5}, 0, 120, 61}, KRateCase{"requested", Even(0, 24, 25), 60, 60, 61},
+                    KRateCase{"nocommonrate", {0, 0.0101, 0.0333, 0.5}, 0, 120, 61}, KRateCase{"requested", Even(0, 24, 25), 60, 60, 61},
                     KRateCase{"offset", {0.005, 1.005}, 60, 60, 61}, KRateCase{"one", {0.5}, 0, 120, 1}),
     [](const auto& pInfo) { return std::string(pInfo.param.mWhat); });
 
@@ -216,7 +216,7 @@ class KQexGltfNumbersTest : public testing::TestWithParam<KNumbersCase>
 {
 };
 
-TEST_P(KQexGltfNumbersTest, AreScaledToTheRangeOfTheirType)
+TEST_P(KQexGltfNumbersTest, AreDividedByTheMaximumOfTheirType)
 {
     KQexGltfBuilder lBuilder;
     const int       lNode = lBuilder.AddNode({{"name", "it"}});
@@ -349,7 +349,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KMatrixCase{"singular", {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1}, false, "nodes[0].matrix is singular"}),
     [](const auto& pInfo) { return std::string(pInfo.param.mWhat); });
 
-TEST(GltfMotion, JointsOfSkinsGetASkeletonAndMeshNodesAreSkipped)
+TEST(GltfMotion, JointsGetASkeletonAndSkinnedMeshNodesAreSkipped)
 {
     KQexGltfBuilder lBuilder;
     lBuilder.AddNode({{"name", "figure"}, {"children", {1, 3}}});
@@ -373,7 +373,7 @@ TEST(GltfMotion, JointsOfSkinsGetASkeletonAndMeshNodesAreSkipped)
     EXPECT_NE(lBare.Find("body"), nullptr);
 }
 
-TEST(GltfMotion, OnlyTheFilesSceneIsRead)
+TEST(GltfMotion, OnlyTheDefaultSceneIsRead)
 {
     KQexGltfBuilder lBuilder;
     lBuilder.AddNode({{"name", "first"}});
@@ -392,7 +392,7 @@ TEST(GltfMotion, OnlyTheFilesSceneIsRead)
     EXPECT_EQ(KReadScene(lBuilder.Text()).mResult.mRoots.size(), 3u) << "without scenes all roots are read";
 }
 
-TEST(GltfMotion, TheOptionsScaleAndParentAreUsed)
+TEST(GltfMotion, TheScaleAndParentOptionsAreUsed)
 {
     KQexGltfBuilder lBuilder;
     lBuilder.AddNode({{"name", "it"}, {"translation", {1, 2, 3}}});
@@ -408,7 +408,7 @@ TEST(GltfMotion, TheOptionsScaleAndParentAreUsed)
     EXPECT_EQ(lResult.mRoots[0]->EvaluateLocalTranslation(KTime(0))[2], 6.0);
 }
 
-/// assimp interpolates between the file's keys, so both must agree at every frame, not only at the keys.
+/// KAssimpScene interpolates linearly between the file's keys, so both must agree at every frame, not only at the keys.
 class KQexGltfAssimpTest : public testing::TestWithParam<unsigned>
 {
 };
@@ -430,20 +430,20 @@ TEST_P(KQexGltfAssimpTest, GivesTheSamePositions)
     for (int lNode = 0; lNode < 12; ++lNode)
     {
         const KQexVector4  lPosition = RandomVector(lRandom, 1.0);
-        std::vector<float> lMoves;
-        std::vector<float> lTurns;
+        std::vector<float> lTranslations;
+        std::vector<float> lQuaternions;
         for (int i = 0; i < lKeys; ++i)
         {
-            const KQexVector4 lMove = RandomVector(lRandom, 1.0);
-            const KQexVector4 lTurn = RandomVector(lRandom, 1.0);
+            const KQexVector4 lTranslation = RandomVector(lRandom, 1.0);
+            const KQexVector4 lXyz = RandomVector(lRandom, 1.0);
             const double      lW = 1.5 + Between(lRandom, 0.0, 1.0);
-            const double      lLength = std::sqrt(lTurn[0] * lTurn[0] + lTurn[1] * lTurn[1] + lTurn[2] * lTurn[2] + lW * lW);
+            const double      lLength = std::sqrt(lXyz[0] * lXyz[0] + lXyz[1] * lXyz[1] + lXyz[2] * lXyz[2] + lW * lW);
             for (int j = 0; j < 3; ++j)
             {
-                lMoves.push_back(static_cast<float>(lMove[j]));
-                lTurns.push_back(static_cast<float>(lTurn[j] / lLength));
+                lTranslations.push_back(static_cast<float>(lTranslation[j]));
+                lQuaternions.push_back(static_cast<float>(lXyz[j] / lLength));
             }
-            lTurns.push_back(static_cast<float>(lW / lLength));
+            lQuaternions.push_back(static_cast<float>(lW / lLength));
         }
         if (lNode > 0)
         {
@@ -454,11 +454,11 @@ TEST_P(KQexGltfAssimpTest, GivesTheSamePositions)
         lBuilder.mJson["nodes"][static_cast<size_t>(lNode)]["translation"] = {lPosition[0], lPosition[1], lPosition[2]};
         if (lNode % 3 != 2)
         {
-            lBuilder.AddChannel(lNode, "rotation", lInput, lBuilder.AddFloats("VEC4", 4, lTurns), lInterpolation);
+            lBuilder.AddChannel(lNode, "rotation", lInput, lBuilder.AddFloats("VEC4", 4, lQuaternions), lInterpolation);
         }
         if (lNode % 4 == 1)
         {
-            lBuilder.AddChannel(lNode, "translation", lInput, lBuilder.AddFloats("VEC3", 3, lMoves), lInterpolation);
+            lBuilder.AddChannel(lNode, "translation", lInput, lBuilder.AddFloats("VEC3", 3, lTranslations), lInterpolation);
         }
     }
     const KTempDir lFolder;
@@ -469,7 +469,7 @@ TEST_P(KQexGltfAssimpTest, GivesTheSamePositions)
     ASSERT_EQ(lOther.GetAnimationCount(), 1);
     const KQexSampling& lSampling = lRead.mResult.mTakes[0].mSampling;
     const int           lFrameStep = std::string(lInterpolation) == "STEP" ? static_cast<int>(std::lround(lGap * 60))
-                                                                           : 1; // assimp ignores STEP: compare at the keys only.
+                                                                           : 1; // KAssimpScene ignores STEP: compare at the keys only.
     for (long long lFrame = 0; lFrame < lSampling.mCount; lFrame += lFrameStep)
     {
         const double lSeconds = static_cast<double>(lFrame) / 60.0;

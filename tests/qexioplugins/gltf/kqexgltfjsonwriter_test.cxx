@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, KQexGltfJsonTextTest,
                                          KTextCase{"UTF-8", "Knö\xE2\x82\xAC", "\"Knö\xE2\x82\xAC\""},
                                          KTextCase{"invalid UTF-8", "a\xFF\xC3", "\"a??\""}));
 
-/// Another JSON reader gets the same numbers, bit for bit.
+/// Another JSON reader reads the same numbers.
 TEST(KQexGltfJsonWriter, NumbersRoundTrip)
 {
     std::mt19937_64     lRandom(8);

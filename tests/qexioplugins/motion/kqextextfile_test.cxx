@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// A text file with the delimiters of skeleton and motion files, reading a string.
+/// A text file read from a string, with the delimiters of skeleton and motion files.
 class KText : public KQexTextFile
 {
 public:
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(Lines, KQexTextFileLinesTest,
                                          KLinesCase{"blank lines", "\n\na\n\n  \nb\n\n", "3:a;6:b;"},
                                          KLinesCase{"NUL is a blank", std::string("a\0b\0\0c\0", 7), "1:a,b,c;"},
                                          KLinesCase{"NUL alone", std::string("\0\0\n\0a", 5), "2:a;"},
-                                         KLinesCase{"UTF-8 mark",
+                                         KLinesCase{"UTF-8 byte-order mark",
                                                     "\xEF\xBB\xBF"
                                                     "a\n",
                                                     "1:a;"},
@@ -167,7 +167,7 @@ TEST(KQexTextFile, RawLineEndsAtItsLastToken)
     EXPECT_EQ(lFile.GetLineLength(), 5u);
 }
 
-/// Sections as in a skeleton: the lone colon is after the words that it must not match, and before one that it hides.
+/// Sections as in a skeleton file. The lone colon matches every section that no earlier entry matches, and so hides ":late".
 KToken sSections[] = {{":one", 0}, {":two", 0}, {":", 0}, {":late", 0}, {"", 0}};
 KToken sWords[] = {{"alpha", 0}, {"beta", 0}, {"alpha", 0}, {"", 0}};
 

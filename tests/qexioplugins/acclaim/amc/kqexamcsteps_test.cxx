@@ -103,7 +103,7 @@ TEST_P(KAmcStepsTest, MatchGlobalTransforms)
     }
 }
 
-TEST_P(KAmcStepsTest, FixedReachesNeverChange)
+TEST_P(KAmcStepsTest, FixedTranslationsNeverChange)
 {
     int lFixed = 0;
     for (size_t i = 0; i < mJoints.size(); ++i)

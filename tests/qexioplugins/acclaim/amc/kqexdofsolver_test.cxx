@@ -17,7 +17,7 @@ namespace
 class KDofSolverTest : public testing::TestWithParam<std::vector<int>>
 {
 protected:
-    /// The product of the list's rotations, each later one on the left.
+    /// The rotations of the list multiplied, later ones on the left.
     KgeRMatrix Compose(const std::vector<double>& pAngles) const
     {
         KgeRMatrix lResult;
@@ -131,7 +131,7 @@ TEST_P(KDofSolverTest, RoundInLockKeepsTheRotation)
     }
 }
 
-TEST_P(KDofSolverTest, ContinueKeepsTheRotation)
+TEST_P(KDofSolverTest, MakeContinuousKeepsTheRotation)
 {
     for (int i = 0; i < 100; ++i)
     {
@@ -147,7 +147,7 @@ TEST_P(KDofSolverTest, ContinueKeepsTheRotation)
     }
 }
 
-TEST_P(KDofSolverTest, TakeAnglesAgreesWithSolve)
+TEST_P(KDofSolverTest, TryAnglesAgreesWithSolve)
 {
     for (const ERotationOrder lOrder : {eEULER_XYZ, eEULER_XZY, eEULER_YZX, eEULER_YXZ, eEULER_ZXY, eEULER_ZYX})
     {
@@ -163,17 +163,17 @@ TEST_P(KDofSolverTest, TakeAnglesAgreesWithSolve)
                     lByAxis[5 - lCode] = lAngles[lNext++];
                 }
             }
-            double     lTaken[6] = {};
+            double     lCopied[6] = {};
             double     lSolved[6] = {};
             KgeRMatrix lReached;
-            if (mSolver.TryAngles(lByAxis, lTaken))
+            if (mSolver.TryAngles(lByAxis, lCopied))
             {
                 EXPECT_LT(mSolver.Solve(Compose(lAngles), lSolved, lReached), 1e-9);
-                mSolver.MakeContinuous(lSolved, lTaken);
+                mSolver.MakeContinuous(lSolved, lCopied);
             }
             for (int k = 0; k < mSolver.GetCount(); ++k)
             {
-                EXPECT_NEAR(lSolved[k], lTaken[k], 1e-9);
+                EXPECT_NEAR(lSolved[k], lCopied[k], 1e-9);
             }
         }
     }
@@ -189,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(Lists, KDofSolverTest,
                                          std::vector<int>{3, 4, 5, 3, 4, 5}),
                          [](const testing::TestParamInfo<std::vector<int>>& pInfo) { return std::to_string(pInfo.index); });
 
-TEST(KDofSolverTakeAngles, RefusesWhatItCannotDecide)
+TEST(KDofSolverTryAngles, RefusesWhatItCannotDecide)
 {
     const int           lCodes[3] = {5, 4, 3};
     const KQexDofSolver lSolver(lCodes, 3);

@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"l", kBone + "dof rx l ry\nend\n" + kEnd, true, "W7 Unknown degree of freedom (l ry)\n", kOne},
         KBoneCase{"two l", kBone + "dof l L\nend\n" + kEnd, true, "W7 Unknown degree of freedom (l L)\nW7 Unknown degree of freedom (L)\n",
                   kOne},
-        KBoneCase{"seven words", kBone + "dof tx ty tz l rx ry rz rx ry\nend\n" + kEnd, true,
+        KBoneCase{"too many words", kBone + "dof tx ty tz l rx ry rz rx ry\nend\n" + kEnd, true,
                   "W7 Unknown degree of freedom (l rx ry rz rx ry)\nW7 Too many degrees of freedom (rx ry)\n", kOne},
         KBoneCase{"limits", kBone + "dof rx\nlimits (1)\nend\n" + kEnd, false, "E9 Can't read dof limits\n", kNone},
         KBoneCase{"limits on the next line", kBone + "dof rx\nlimits\n(-1 1)\nend\n" + kEnd, true, "", kOne},
@@ -180,10 +180,10 @@ INSTANTIATE_TEST_SUITE_P(
         KBoneCase{"a bone under itself that already has a parent", kThree + ":hierarchy\nbegin\na b\nb b\nend\n", true, "",
                   "root<\na<root\nb<a\nc<root\n"},
         KBoneCase{"root as a child", kThree + ":hierarchy\nbegin\na root\nend\n", true, "", "root<\na<root\nb<root\nc<root\n"},
-        KBoneCase{"two of one name: the first is meant",
+        KBoneCase{"bones of one name: a line names the first",
                   kHead + ":bonedata\n" + Bone("a") + Bone("b") + Bone("b") + ":hierarchy\nbegin\nb a\nend\n", true, "",
                   "root<\nb<root\na<b\nb<root\n"},
-        KBoneCase{"two of one name: both are moved in turn",
+        KBoneCase{"bones of one name: two lines move both",
                   kHead + ":bonedata\n" + Bone("b") + Bone("a") + Bone("b") + ":hierarchy\nbegin\na b\na b\nend\n", true, "",
                   "root<\na<root\nb<a\nb<root\n"},
         KBoneCase{"parent name cut",
@@ -388,8 +388,8 @@ TEST(AsfReadMessages, TheFirstThousandAreKept)
     EXPECT_EQ(MessageLine(lReading.mMessages.back()), "E3004 Bone has no name");
 }
 
-/// A root with another name may head a family line, which then appends its children again at the end.
-TEST(AsfReadSections, ARenamedRootAppendsItsChildrenAgain)
+/// A family line of a root with another name moves the children it lists to the end.
+TEST(AsfReadSections, ARenamedRootMovesListedChildrenToTheEnd)
 {
     for (const char* lComment : {"", " # slow path"})
     {

@@ -39,7 +39,7 @@ struct KPlainSkeleton
     KFilePoint                        mRoot{};
     std::map<std::string, KPlainBone> mBones;
 
-    /// End of a bone in the rest pose, in centimetres: directions are global, so the bone vectors up to the root add up.
+    /// End of a bone in the rest pose: the root position as in the file, plus the bone vectors in centimetres, which are global.
     KFilePoint EndOf(const std::string& pName) const
     {
         KFilePoint lEnd = mRoot;

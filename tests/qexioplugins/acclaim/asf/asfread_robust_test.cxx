@@ -183,7 +183,7 @@ TEST(AsfReadRobust, EveryByteReplaced)
     EXPECT_EQ(lWatch.GetBlocks(), 0u);
 }
 
-/// Fails all allocations after the first N, for every N until reading succeeds: each failure is an Error.
+/// Fails all allocations after the first N, for every N until reading succeeds: each failure reports one error.
 TEST(AsfReadRobust, EveryAllocationFails)
 {
     std::string lText = ":root\n:bonedata\n";
@@ -375,7 +375,7 @@ TEST_P(KAsfReadManyTest, Fan)
 
 INSTANTIATE_TEST_SUITE_P(Stacks, KAsfReadManyTest, testing::ValuesIn(kStackSizes));
 
-/// Each of these would take minutes if a section, a name or a bone cost a walk over the tree.
+/// These tests would take minutes if every section, name or bone needed a walk over the tree.
 TEST(AsfReadMany, ManySections)
 {
     std::string lText = ManyBones([](int) { return std::string(); });
@@ -427,7 +427,7 @@ TEST(AsfReadMany, AllOfOneName)
     EXPECT_EQ(lReading.mWarningCount, kMany) << "each line would make the first bone its own parent";
 }
 
-/// Reads the bones pNames with the family lines pLines. Each name of pParents then has one child.
+/// Reads the bones pNames with the family lines pLines; expects each bone of pParents to have one child.
 void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLines, const std::vector<std::string>& pParents)
 {
     std::string lText = ":root\n:bonedata\n";
@@ -448,7 +448,7 @@ void ReadRepeated(const std::vector<std::string>& pNames, const std::string& pLi
     }
 }
 
-/// Nearly every line of these changes which bone of a name comes first in pre-order.
+/// In these tests the family lines keep changing which bone of a name is first in pre-order.
 TEST(AsfReadMany, FirstBoneOfANameMovesAway)
 {
     std::vector<std::string> lNames(kMany / 2, "a");
@@ -565,7 +565,7 @@ TEST(AsfReadHierarchy, MatchesAPlainSearch)
     };
     for (int lRound = 0; lRound < 600; ++lRound)
     {
-        // Only half of the bones share names: if all did, the first bones would soon be the parents of all that are named.
+        // Only half of the bones share names: if all did, the lines would soon name only bones that have already moved.
         const bool               lIsLarge = lRound % 10 == 0;
         const int                lShared = lIsLarge ? 40 : 3;
         std::vector<std::string> lNames;

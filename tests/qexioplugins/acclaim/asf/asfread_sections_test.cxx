@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-/// The driver and every section but bones and hierarchy: the scene and the messages for each line.
+/// The loop over the sections, and every section except bones and hierarchy: the scene and the messages for each line.
 
 namespace qextest
 {
@@ -52,7 +52,7 @@ TEST_P(KAsfReadMessagesTest, ResultAndMessages)
 const std::string kRest = kRoot + kBoneData + kHierarchy;
 
 INSTANTIATE_TEST_SUITE_P(
-    Driver, KAsfReadMessagesTest,
+    SectionLoop, KAsfReadMessagesTest,
     testing::Values(
         KMessageCase{"whole file", kVersion + kName + kUnits + kDocumentation + kRest, true, ""},
         KMessageCase{"root and hierarchy are enough", kRoot + kHierarchy, true, ""},
@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"no root", kVersion + kName + kUnits + kDocumentation + ":skin\nfile\n", false, ""},
         KMessageCase{"unknown section", ":foo 1 2\nlines\nlike these\n" + kRest, true, "W1 Ignoring unknown keyword (:foo 1 2)\n"},
         KMessageCase{"lone colon", ": foo\nline\n" + kRest, true, "W1 Ignoring unknown keyword (: foo)\n"},
-        KMessageCase{"no section at all", "name x\nline\n" + kRest, true, "W1 Ignoring unknown keyword (:name x)\n"},
+        KMessageCase{"keyword without a colon", "name x\nline\n" + kRest, true, "W1 Ignoring unknown keyword (:name x)\n"},
         KMessageCase{"unknown section at the end", kRoot + kHierarchy + ":foo\nline\n", true, "W10 Ignoring unknown keyword (:foo)\n"},
         KMessageCase{"unknown section after unknown section", ":foo\n:bar # x\n" + kRest, true,
                      "W1 Ignoring unknown keyword (:foo)\nW2 Ignoring unknown keyword (:bar)\n"},
@@ -148,9 +148,9 @@ INSTANTIATE_TEST_SUITE_P(
         KMessageCase{"unknown", ":root\nfoo 1 2\n" + kHierarchy, true, "W2 Unknown :root token (foo 1 2)\n"},
         KMessageCase{"a bone keyword", ":root\n  length 3 # x\n" + kHierarchy, true, "W2 Unknown :root token (length 3)\n"},
         KMessageCase{"order ends at an unknown word", ":root\norder tx l ty\n" + kHierarchy, true, ""},
-        KMessageCase{"seven words", ":root\norder tx ty tz rx ry rz tx ty\n" + kHierarchy, true,
+        KMessageCase{"too many words", ":root\norder tx ty tz rx ry rz tx ty\n" + kHierarchy, true,
                      "W2 Too many degrees of freedom (tx ty)\n"},
-        KMessageCase{"seven words on two lines", ":root\norder tx ty tz rx ry rz tx\norder rz rz rz rz rz rz rz rz\n" + kHierarchy, true,
+        KMessageCase{"too many words on two lines", ":root\norder tx ty tz rx ry rz tx\norder rz rz rz rz rz rz rz rz\n" + kHierarchy, true,
                      "W2 Too many degrees of freedom (tx)\nW3 Too many degrees of freedom (rz rz)\n"},
         KMessageCase{"end of the file", ":root\naxis xyz\n", false, ""}, KMessageCase{"keyword alone", ":root", false, ""},
         KMessageCase{"second root", kRoot + kBoneData + kRoot + kHierarchy, true, "W17 Second :root takes over the bones\n"},

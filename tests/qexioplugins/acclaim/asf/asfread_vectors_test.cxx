@@ -35,8 +35,8 @@ struct KExpectedMessage
     std::string mSeverity;
     int         mLine;
     std::string mText; ///< The whole text, or its start when the wording is open.
-    int         mLeast = 1;
-    int         mMost = 1;
+    int         mMinCount = 1;
+    int         mMaxCount = 1;
     bool        mExact = true;
 };
 
@@ -48,7 +48,7 @@ KExpectedMessage ExpectedOf(const KJson& pMessage)
         return lResult;
     }
     const size_t lBlank = lResult.mText.find(' ');
-    EXPECT_EQ(std::sscanf(lResult.mText.c_str() + lBlank, "%d..%d", &lResult.mLeast, &lResult.mMost), 2);
+    EXPECT_EQ(std::sscanf(lResult.mText.c_str() + lBlank, "%d..%d", &lResult.mMinCount, &lResult.mMaxCount), 2);
     lResult.mText = StartOfKind(lResult.mText.substr(1, lBlank - 1));
     lResult.mExact = false;
     return lResult;
@@ -77,13 +77,13 @@ void CompareMessages(std::vector<KQexTextMessage> pActual, const KJson& pExpecte
             continue;
         }
         int lFound = 0;
-        for (auto i = pActual.begin(); i != pActual.end() && lFound < lExpected.mMost;)
+        for (auto i = pActual.begin(); i != pActual.end() && lFound < lExpected.mMaxCount;)
         {
             const bool lMatches = Matches(lExpected, *i);
             lFound += lMatches ? 1 : 0;
             i = lMatches ? pActual.erase(i) : i + 1;
         }
-        EXPECT_GE(lFound, lExpected.mLeast) << lExpected.mText;
+        EXPECT_GE(lFound, lExpected.mMinCount) << lExpected.mText;
     }
     for (size_t i = 0; i < std::max(lExact.size(), pActual.size()); ++i)
     {
@@ -100,7 +100,7 @@ void CompareMessages(std::vector<KQexTextMessage> pActual, const KJson& pExpecte
     }
 }
 
-std::vector<double> Rotation(const KgeRMatrix& pMatrix)
+std::vector<double> RotationElements(const KgeRMatrix& pMatrix)
 {
     std::vector<double> lNumbers;
     for (int i = 0; i < 3; ++i)
@@ -126,7 +126,7 @@ KgeRMatrix RotationOf(HKQexAsfNode pNode, const std::vector<double>& pAngles)
     return lResult;
 }
 
-/// Expects equal angles or, as near gimbal lock, the same rotation.
+/// Expects equal angles, or other angles of the same rotation, as may happen near gimbal lock.
 void CompareAngles(HKQexAsfNode pNode, const KJson& pExpected)
 {
     if (AreNear(pNode->mLR.mData, 3, pExpected, kTolerance))
@@ -134,7 +134,8 @@ void CompareAngles(HKQexAsfNode pNode, const KJson& pExpected)
         return;
     }
     const std::vector<double> lActual(pNode->mLR.mData, pNode->mLR.mData + 3);
-    EXPECT_TRUE(AreNear(Rotation(RotationOf(pNode, lActual)), KJson(Rotation(RotationOf(pNode, Numbers(pExpected)))), 1e-7));
+    EXPECT_TRUE(
+        AreNear(RotationElements(RotationOf(pNode, lActual)), KJson(RotationElements(RotationOf(pNode, Numbers(pExpected)))), 1e-7));
 }
 
 void CompareLimits(HKQexAsfNode pNode, const KJson& pExpected)
@@ -163,10 +164,10 @@ void CompareNode(HKQexAsfNode pNode, const KJson& pExpected)
     EXPECT_TRUE(AreNear(pNode->mPositionV.mData, 3, pExpected["pos"], kTolerance));
     EXPECT_TRUE(AreNear(pNode->mDirectionV.mData, 3, pExpected["dir"], kTolerance));
     EXPECT_TRUE(AreNear(&pNode->mLength, 1, KJson::array({pExpected["len"]}), kTolerance));
-    EXPECT_TRUE(AreNear(Rotation(pNode->mAxisRM), pExpected["axis"], kTolerance));
-    EXPECT_TRUE(AreNear(Rotation(pNode->mAxisRMInv), pExpected["axisinv"], kTolerance));
-    EXPECT_TRUE(AreNear(Rotation(pNode->mParentAxisRM), pExpected["paxis"], kTolerance));
-    EXPECT_TRUE(AreNear(Rotation(pNode->mParentAxisRMInv), pExpected["paxisinv"], kTolerance));
+    EXPECT_TRUE(AreNear(RotationElements(pNode->mAxisRM), pExpected["axis"], kTolerance));
+    EXPECT_TRUE(AreNear(RotationElements(pNode->mAxisRMInv), pExpected["axisinv"], kTolerance));
+    EXPECT_TRUE(AreNear(RotationElements(pNode->mParentAxisRM), pExpected["paxis"], kTolerance));
+    EXPECT_TRUE(AreNear(RotationElements(pNode->mParentAxisRMInv), pExpected["paxisinv"], kTolerance));
     EXPECT_TRUE(AreNear(pNode->mParentPositionV.mData, 3, pExpected["ppos"], kTolerance));
     EXPECT_TRUE(AreNear(pNode->mLT.mData, 3, pExpected["lt"], kTolerance));
     CompareAngles(pNode, pExpected["lr"]);

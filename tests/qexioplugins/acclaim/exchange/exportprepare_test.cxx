@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <utility>
 
-// What the exporter adds to extraction, so that a user loses nothing.
+// How the exporter adapts the extracted skeleton for the file, so that nothing is lost.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -58,7 +58,7 @@ protected:
         return KQexAcclaimSource::Buffer(pAsf.data(), pAsf.size(), "back.asf");
     }
 
-    /// Reads a skeleton into mBack, null on failure, and what its motion needs into mOptions.
+    /// Reads a skeleton into mBack, null on failure, and its notes for writing motion into mOptions.
     KQexImportAcclaimResult ReadBack(const std::string& pAsf)
     {
         KQexImportAcclaimResult lResult;
@@ -460,7 +460,7 @@ TEST_F(KExportPrepareTest, TranslationsCompensateForLostParentRotations)
     mOptions.mBoneDofs = &lDofs;
     mOptions.mLengthUnit = 2.54;
     Export(lRoot);
-    // Its position (-5 sin 30, 5 cos 30) minus its parent's end (0, 5).
+    // The tip's position (-5 sin 30, 5 cos 30) minus its parent's end (0, 5).
     EXPECT_NE(mAmc.find("bone 0\ntip 0 0 30 -2.5 -0.66987"), std::string::npos) << mAmc;
 }
 
@@ -528,7 +528,7 @@ TEST_F(KExportPrepareTest, ASkeletonWithoutMotion)
     }
 }
 
-/// A bone's node is searched below its parent's node, so that branches with equal names get their own nodes.
+/// A bone's node is searched below its parent's node, as other branches may have nodes of the same name.
 TEST_F(KExportPrepareTest, MotionForASkeletonWithBranches)
 {
     KQexNode*   lRoot = Add(nullptr, "hips", 0, 0, 0);

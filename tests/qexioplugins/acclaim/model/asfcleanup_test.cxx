@@ -158,6 +158,7 @@ TEST(KCleanUpMemoryTest, ALaterCallRemovesTheRest)
             }
             lRoot->RemoveDummy(false, false);
             std::string lOutline = Outline(lRoot);
+            // The order of the bones may differ.
             std::sort(lOutline.begin(), lOutline.end());
             std::string lLetters = lExpected;
             std::sort(lLetters.begin(), lLetters.end());
@@ -283,8 +284,8 @@ double LargestOffset(KQexAsfNode* pBone)
     return lLargest;
 }
 
-/// The same bones in the same order with the same frames. RemoveDummy() sums offsets in another order than one by one: they agree within
-/// 1e-12 of pSize.
+/// The same bones in the same order with the same frames. RemoveDummy() sums offsets in another order than FoldOneByOne(): they agree
+/// within 1e-12 of pSize.
 void ExpectSameBones(KQexAsfNode* pLeft, KQexAsfNode* pRight, double pSize)
 {
     ASSERT_STREQ(pLeft->mName, pRight->mName);

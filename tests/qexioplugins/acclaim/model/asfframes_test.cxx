@@ -91,7 +91,7 @@ class KFrameOrderTest : public testing::TestWithParam<KOrderCase>
 {
 };
 
-/// Each angle is in the slot of its axis, and composed in DOF order they give the axis again.
+/// Each angle is in the slot of its axis; composed in DOF order, the angles give the axis frame relative to the parent's.
 TEST_P(KFrameOrderTest, AnglesAreInTheirSlots)
 {
     KQexAsfNode* lRoot = Bone(nullptr, "root");

@@ -25,7 +25,7 @@ std::string Text(const double* pNumbers, int pCount)
     return lText;
 }
 
-/// What the writer prints of a rounded bone.
+/// Direction, length and axis angles of a rounded bone, as the writer prints them.
 std::string Written(const KQexAsfNode& pBone)
 {
     return Text(pBone.mDirectionV.mData, 3) + "| " + Text(&pBone.mLength, 1) + "| " + Text(pBone.mOrientationV.mData, 3);
@@ -39,7 +39,7 @@ protected:
 
     double Uniform() { return mUniform(mRandom); }
 
-    /// A random bone. Most directions have digits of every size, some are along an axis or nearly so.
+    /// A random bone. Components of its direction are often zero or small, so that some directions are along an axis or nearly so.
     void SetRandomBone()
     {
         double lVector[3] = {Uniform(), Uniform(), Uniform()};
@@ -63,7 +63,7 @@ protected:
 /// may change a digit of what is written next.
 TEST_P(KRoundTest, WrittenDigitsAreStable)
 {
-    for (int lRound = 0; lRound < 5000; ++lRound)
+    for (int lTry = 0; lTry < 5000; ++lTry)
     {
         SetRandomBone();
         RoundBone(*mBone, GetParam());
@@ -79,14 +79,14 @@ TEST_P(KRoundTest, WrittenDigitsAreStable)
         KmVnorm(mBone->mDirectionV.mData, lVector);
         SetAxis(mBone, mBone->mOrientationV);
         RoundBone(*mBone, GetParam());
-        ASSERT_EQ(Written(*mBone), lWritten) << "round " << lRound << ", " << lCentimetres << " cm";
+        ASSERT_EQ(Written(*mBone), lWritten) << "try " << lTry << ", " << lCentimetres << " cm";
     }
 }
 
-/// Rounding keeps as many digits as the position of the bone's end has, or one less.
+/// A direction keeps as many digits as the position of the bone's end has in other formats, or one less.
 TEST_P(KRoundTest, MovesTheEndByLittle)
 {
-    for (int lRound = 0; lRound < 5000; ++lRound)
+    for (int lTry = 0; lTry < 5000; ++lTry)
     {
         SetRandomBone();
         const double     lLength = mBone->mLength;
@@ -100,7 +100,7 @@ TEST_P(KRoundTest, MovesTheEndByLittle)
             lMoved[i] = mBone->mDirectionV.mData[i] - lDirection.mData[i];
         }
         const double lStep = std::max(1e-6, 1e-6 * 40.0 / lCentimetres);
-        EXPECT_LE(KmVlength(lMoved), 10.0 * lStep) << "round " << lRound << ", " << lCentimetres << " cm";
+        EXPECT_LE(KmVlength(lMoved), 10.0 * lStep) << "try " << lTry << ", " << lCentimetres << " cm";
         EXPECT_NEAR(mBone->mLength, lLength, 4e-5 * GetParam() + 1e-5 * lLength);
         for (int i = 0; i < 9; ++i)
         {
@@ -112,7 +112,7 @@ TEST_P(KRoundTest, MovesTheEndByLittle)
 /// No side is preferred: the mirror image of a direction is rounded to the mirror image.
 TEST_P(KRoundTest, RoundsMirrorImagesAlike)
 {
-    for (int lRound = 0; lRound < 5000; ++lRound)
+    for (int lTry = 0; lTry < 5000; ++lTry)
     {
         SetRandomBone();
         const KgeTVector lDirection = mBone->mDirectionV;
@@ -127,7 +127,7 @@ TEST_P(KRoundTest, RoundsMirrorImagesAlike)
             RoundBone(*mBone, GetParam());
             for (int i = 0; i < 3; ++i)
             {
-                ASSERT_EQ(mBone->mDirectionV[i], i == lAxis ? -lRounded[i] : lRounded[i]) << "round " << lRound;
+                ASSERT_EQ(mBone->mDirectionV[i], i == lAxis ? -lRounded[i] : lRounded[i]) << "try " << lTry;
             }
         }
     }

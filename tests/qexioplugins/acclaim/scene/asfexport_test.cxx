@@ -53,7 +53,7 @@ protected:
     KQexNode* mTop = Node(nullptr, "ns:Hips");
 };
 
-TEST_F(KExportTest, ALoneRootIsALoneRoot)
+TEST_F(KExportTest, ALoneNodeBecomesALoneRoot)
 {
     std::strcpy(mStage.mAsf->mName, "before");
     mStage.mAsf->mLengthUnit = 0.45;
@@ -65,7 +65,7 @@ TEST_F(KExportTest, ALoneRootIsALoneRoot)
     EXPECT_EQ(mStage.mAsf->mLengthUnit, 1.0);
 }
 
-/// Leaves of length zero are removed, so the trees below end in a node with a child.
+/// Leaves of length zero are removed, so the nodes of these tests end in a child "End", whose offset is the last bone's length.
 TEST_F(KExportTest, TheRootsOnlyChildHasADummyForItsOffset)
 {
     KQexNode* lSpine = Node(mTop, "Spine");
@@ -75,7 +75,7 @@ TEST_F(KExportTest, TheRootsOnlyChildHasADummyForItsOffset)
     EXPECT_EQ(Shape(), "root(SpineDummy(Spine))");
 }
 
-TEST_F(KExportTest, TranslationCountsOnlyAsBasePose)
+TEST_F(KExportTest, TheTranslationCountsOnlyInABasePose)
 {
     KQexNode* lSpine = Node(mTop, "Spine");
     Node(lSpine, "End", 0.0, 1.0, 0.0);

@@ -98,7 +98,7 @@ TEST_F(KImportTest, NoRootGivesNoNode)
     EXPECT_EQ(mStage.mScene->GetRootNode()->GetChildCount(false), 0);
 }
 
-/// For every number of allocations before memory runs out: null and a scene without anything new, or all of it.
+/// Memory runs out after N allocations, for every N: the import returns null and leaves nothing in the scene, or succeeds.
 TEST_F(KImportTest, WithoutMemoryNothingStays)
 {
     Bone(Bone(mRoot, "a", {5}, {1.0, 0.0, 0.0}), "b", {5}, {0.0, 3.0, 0.0});
@@ -152,7 +152,7 @@ protected:
         return lPositions;
     }
 
-    /// Node positions at the second of two random frames of a random skeleton; the same motion for a seed whatever the flags.
+    /// Node positions at the second of two random frames of a random skeleton. The motion depends on the seed alone, not on the flags.
     static std::map<std::string, KQexVector4> MovedPositions(unsigned int pSeed, bool pRemoveDummy, const KImportFlags& pFlags)
     {
         KStage                          lStage;
@@ -160,7 +160,7 @@ protected:
         std::vector<KQexAsfNode*>       lSampled;
         for (KQexAsfNode* lBone : lBones)
         {
-            // Pre-rotations carry the axis only where no rotation axis repeats.
+            // With pre-rotations, the angles of a repeated rotation axis are summed, which changes the pose.
             if (lBone->mOrderCount > 0)
             {
                 const int kDofs[] = {5, 3, 4};
@@ -170,7 +170,7 @@ protected:
             }
         }
         KQexAsfNode* lRoot = lStage.mAsf->mRoot = lBones[0];
-        lRoot->mPositionV.Init(); // the flags carry an offset of the root differently
+        lRoot->mPositionV.Init(); // with both flags it would be lost
         lRoot->SetupPosition(pFlags.mOffset, pFlags.mPreRotation);
         if (pRemoveDummy)
         {
@@ -193,7 +193,7 @@ protected:
     }
 };
 
-/// Flags and clean-up choose which values carry frames and offsets, not where the bones are.
+/// Flags and clean-up decide in which values the frames and offsets are stored; positions stay the same.
 TEST_P(KImportPropertyTest, PositionsDoNotDependOnTheFlags)
 {
     for (unsigned int lSeed = 1; lSeed <= 10; ++lSeed)

@@ -145,7 +145,7 @@ TEST_F(KMergeTest, AMissingRootIsCreated)
     EXPECT_EQ(Tree(mTop), "top(other root(a(b(b_End)) c))");
 }
 
-TEST_F(KMergeTest, TheMergeNodeItselfDoesNotMatch)
+TEST_F(KMergeTest, TheMergeRootItselfDoesNotMatch)
 {
     KQexNode* lRoot = Node(nullptr, "root");
     EXPECT_TRUE(MergeScene(lRoot));

@@ -16,7 +16,7 @@ using namespace qextest;
 namespace
 {
 
-/// Sets the process-wide curve filters, and their defaults at the end.
+/// Sets the process-wide curve filters; the destructor restores their defaults.
 struct KFilterSettings
 {
     KFilterSettings(int pFilter, bool pReducer)
@@ -319,7 +319,7 @@ TEST_F(KSamplingTest, TheRotationFilterIsApplied)
 
 TEST_F(KSamplingTest, TheUnrollFilterGetsTheOrderCode)
 {
-    // XZY is code 2, whose flip goes through z; half the code would be another order.
+    // XZY is code 2, whose flipped triple mirrors z; code 1, the ERotationOrder, would be another order.
     const KFilterSettings            lSettings(2, false);
     KQexAsfNode*                     lRoot = Root({5, 3, 4});
     std::vector<std::vector<double>> lFrames = {{10.0, 85.0, 20.0}, {-165.0, 88.0, -155.0}, {-160.0, 80.0, -150.0}};
@@ -461,7 +461,7 @@ TEST(KSamplingAssertTest, ATakeWithoutACurveNodeIsReportedOnce)
     EXPECT_EXIT(SetCurvesWithoutTake(), testing::ExitedWithCode(0), "lTranslation!=NULL");
 }
 
-TEST_F(KSamplingTest, PointersComeFromTheFirstLayerOfTheCurrentTake)
+TEST_F(KSamplingTest, CurveNodesComeFromTheFirstLayerOfTheCurrentTake)
 {
     KQexAsfNode* lRoot = Root({5});
     KQexNode*    lNode = KQexNode::Create(mStage.mScene, "node");

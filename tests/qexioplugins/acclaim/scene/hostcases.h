@@ -35,7 +35,7 @@ qexsdk::KQexAsfNode* MakeBone(const nlohmann::json& pBone);
 qexsdk::KQexProperty Property(qexsdk::KQexNode& pNode, const std::string& pWhich);
 
 /// Every bone of the tree in pre-order with all its fields.
-/// \param pLimitRows number of limit rows for a bone with DOFs; -1: all six for every bone.
+/// \param pLimitRows number of limit rows for a bone with DOFs other than the root; -1: all six for every bone.
 nlohmann::json DescribeBones(qexsdk::KQexAsfNode* pRoot, int pLimitRows = -1);
 
 /// Of every bone in pre-order: name, parent position and the key counts of the curves that it owns.
@@ -47,14 +47,14 @@ nlohmann::json DescribeCurveSizes(const qexsdk::KQexAsfNode& pBone);
 /// The tree at \p pTop in pre-order with attributes, limits and curves of every take.
 nlohmann::json DescribeTree(qexsdk::KQexNode* pTop);
 
-/// For each time, the first three rows of each node's global transform.
+/// For each time, the global transform of each node: the upper three rows of its matrix for column vectors.
 nlohmann::json DescribeTransforms(qexsdk::KQexNode* pTop, const nlohmann::json& pTimes);
 
 /// Every bone of the tree in pre-order.
 std::vector<qexsdk::KQexAsfNode*> BonesOf(qexsdk::KQexAsfNode* pRoot);
 
 /// Differences of \p pActual from \p pExpected, one text each; empty when they agree. Object keys that are not expected are ignored.
-/// Numbers agree within \p pTolerance, absolute or relative; the values of curve keys within 1e-5.
+/// Numbers agree within \p pTolerance, absolute or relative; times and values of curve keys within 1e-5.
 std::vector<std::string> Differences(const nlohmann::json& pExpected, const nlohmann::json& pActual, double pTolerance);
 
 } // namespace qextest

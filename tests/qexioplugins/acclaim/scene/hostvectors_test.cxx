@@ -61,7 +61,7 @@ void AddFrame(KHostCase& pScene, const json& pFrame, const json& pMotion, const 
     }
 }
 
-/// Sets the process-wide reducer and rotation filter, and their defaults at the end.
+/// Sets the process-wide key reducer and rotation filter; the destructor restores the defaults.
 struct KCurveSettings
 {
     explicit KCurveSettings(const json& pMotion)
@@ -113,7 +113,7 @@ json Prepare(KHostCase& pScene, const json& pCase, const KFlags& pFlags)
     return lResult;
 }
 
-/// Adds the host trees and their transforms, evaluated in the take of the motion; in none when the motion created none.
+/// Adds the host trees and their transforms, evaluated in the case's take, or in none if that does not exist.
 void AddHostResult(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
 {
     pScene.mScene->GetEvaluator()->SetContext(pScene.mScene->FindAnimStack(KFlags(pCase).Take()));
@@ -136,7 +136,7 @@ json RunImport(const json& pCase)
     const KFlags           lFlags(pCase);
     json                   lResult = Prepare(lScene, pCase, lFlags);
     std::vector<KQexNode*> lTops;
-    for (int lTime = 0; lTime < pCase.value("times", 1); ++lTime)
+    for (int lRepeat = 0; lRepeat < pCase.value("times", 1); ++lRepeat)
     {
         lTops.push_back(lScene.mAsf->ASFToQEX(lScene.mScene, lFlags.Take(), lFlags.mSetLimits, lFlags.mOffset, lFlags.mPreRotation));
     }
@@ -274,7 +274,7 @@ class KHostVectorsTest : public testing::TestWithParam<KKind>
 {
 };
 
-std::string Join(const std::vector<std::string>& pTexts)
+std::string Summary(const std::vector<std::string>& pTexts)
 {
     std::string lAll;
     for (size_t lIter = 0; lIter < pTexts.size() && lIter < 5; ++lIter)
@@ -289,7 +289,7 @@ TEST_P(KHostVectorsTest, MatchTheExpectedResults)
     QEX_SKIP_WITHOUT_VECTORS();
     const std::vector<json> lCases = ReadJsonLines(VectorsDir() / "host" / "cases.jsonl");
     const std::vector<json> lExpected = ReadJsonLines(VectorsDir() / "host" / "expected.jsonl");
-    ASSERT_EQ(lExpected.size(), lCases.size() + 1); // the last line is about the whole run
+    ASSERT_EQ(lExpected.size(), lCases.size() + 1); // The last line holds the assertions of the whole run.
     int lCount = 0;
     for (size_t lIter = 0; lIter < lCases.size(); ++lIter)
     {
@@ -306,7 +306,7 @@ TEST_P(KHostVectorsTest, MatchTheExpectedResults)
             lWanted.erase(lKey);
         }
         const std::vector<std::string> lDifferences = Differences(lWanted, GetParam().mRun(lCase), 1e-7);
-        EXPECT_TRUE(lDifferences.empty()) << lCase["name"] << " " << lCase["covers"] << Join(lDifferences);
+        EXPECT_TRUE(lDifferences.empty()) << lCase["name"] << " " << lCase["covers"] << Summary(lDifferences);
     }
     EXPECT_GT(lCount, 0);
 }
