@@ -197,7 +197,7 @@ void RegisterSeries(const char* pName, KBench pBench)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     for (const bool lOffset : {false, true})
     {

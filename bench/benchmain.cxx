@@ -7,7 +7,7 @@ int main(int pCount, char** pArguments)
     {
         return 2;
     }
-    RegisterBenches();
+    RegisterBenchmarks();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -13,7 +13,7 @@
 /// Shared by all benchmarks: generated skeletons of any size, timing against a bound, memory use.
 
 /// Registers a program's benchmarks. Each *_bench.cxx defines it; main() calls it once.
-void RegisterBenches();
+void RegisterBenchmarks();
 
 namespace qexbench
 {

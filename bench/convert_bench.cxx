@@ -128,7 +128,7 @@ void ReadBvh(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
     for (const int lRepeats : {1, 10, 100})

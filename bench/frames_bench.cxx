@@ -193,7 +193,7 @@ void CleanUp(benchmark::State& pState, const KCase& pCase)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const std::vector<KSize> lSizes = {{10}, {100}, {1000}, {1000, 100}, {10000}, {100000}};
     KeepFreedMemory();

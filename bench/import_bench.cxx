@@ -77,7 +77,7 @@ void WholeImport(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
     for (const int lRepeats : {1, 10})

@@ -130,7 +130,7 @@ void ScanText(benchmark::State& pState)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const struct
     {

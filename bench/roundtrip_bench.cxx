@@ -111,7 +111,7 @@ void RoundTrip(benchmark::State& pState, const KMotion& pMotion, int pRepeats, K
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
     for (const int lRepeats : {1, 10, 100})

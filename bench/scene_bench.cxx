@@ -155,7 +155,7 @@ void CreateAndDestroy(benchmark::State& pState, int pNodes)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     for (const bool lPreRotation : {false, true})
     {

@@ -115,7 +115,7 @@ void Heap(benchmark::State& pState, const KCase& pCase)
 
 } // namespace
 
-void RegisterBenches()
+void RegisterBenchmarks()
 {
     const std::vector<KSize> lSizes = {{10}, {100}, {1000}, {10000}, {100000}};
     const std::vector<KSize> lSizesAndSplit = {{10}, {100}, {1000}, {1000, 100}, {10000}, {100000}};

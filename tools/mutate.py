@@ -6,7 +6,7 @@ usage: mutate.py [COUNT] [--seed N] [--skip N] [-j JOBS] [--at FILE[:LINE]]
 
 Works on a copy of the sources in build/mutate; the work tree is never changed. A mutant is killed when a test fails or crashes, or when
 the tests need over about four times their usual CPU time or over 4 GiB. Mutants that do not build, and equivalent mutants, which
-tools/mutants-equal.json lists with a reason, are counted separately and replaced by others. ASF_CORPUS_DIR, ASF_ORACLE_DIR and
+tools/equivalent-mutants.json lists with a reason, are counted separately and replaced by others. ASF_CORPUS_DIR, ASF_ORACLE_DIR and
 ASF_VECTORS_DIR are passed to the tests.
 """
 import argparse
@@ -97,7 +97,7 @@ class EquivalentMutants:
     Initial counts in keyword tables are always equivalent: they are cleared first or never read."""
 
     def __init__(self):
-        entries = json.loads((ROOT / "tools" / "mutants-equal.json").read_text())
+        entries = json.loads((ROOT / "tools" / "equivalent-mutants.json").read_text())
         self.known = {(entry["file"], entry["before"], entry["after"]): entry.get("above") for entry in entries}
 
     def contains(self, mutant, above, before, after):

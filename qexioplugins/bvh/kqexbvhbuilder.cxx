@@ -2,6 +2,8 @@
 
 #include <kbaselib/kmath/keulertable.h>
 
+#include <utility>
+
 namespace qexsdk
 {
 
@@ -27,7 +29,7 @@ bool KQexBvhBuilder::Expected(const char* pWhat)
     const std::string_view lFound = mTokens.Offending();
     if (!mFile.HasFailed())
     {
-        mFile.Error("%s expected, found (%.*s)\n", pWhat, QEX_VIEW(lFound));
+        mFile.Error("%s expected, found (%.*s)\n", pWhat, QEX_PRINTF_VIEW(lFound));
     }
     return false;
 }
@@ -87,14 +89,14 @@ bool KQexBvhBuilder::OpenJoint(bool pIsEndSite)
     {
         mOpen.back().mNode->AddChild(lNode);
     }
-    mOpen.push_back(KOpenJoint{lNode, {0, 0, 0}, pIsEndSite});
+    mOpen.push_back(KOpenJoint{lNode, pIsEndSite});
     return true;
 }
 
 bool KQexBvhBuilder::ReadOffset()
 {
-    KOpenJoint& lJoint = mOpen.back();
-    for (double& lValue : lJoint.mOffset)
+    double lOffset[3];
+    for (double& lValue : lOffset)
     {
         if (!mTokens.NextNumber(lValue))
         {
@@ -102,7 +104,7 @@ bool KQexBvhBuilder::ReadOffset()
         }
         lValue *= mOptions.mScale;
     }
-    lJoint.mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lJoint.mOffset[0], lJoint.mOffset[1], lJoint.mOffset[2]));
+    mOpen.back().mNode->mLocalTranslation.Set(qexVectorTemplate3<double>(lOffset[0], lOffset[1], lOffset[2]));
     return true;
 }
 
@@ -143,15 +145,15 @@ bool KQexBvhBuilder::MakeCurve(KQexNode* pNode, int pCode)
 
 /// Sets the rotation order from the axes of the rotation channels, which a file lists last applied first. An axis without a
 /// channel stays at zero, so its place in the order does not matter.
-void KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
+void KQexBvhBuilder::SetOrder(const KOpenJoint& pJoint)
 {
     int lAxes[3] = {0, 1, 2};
     int lSorted = 0;
-    for (int i = pCount - 1; i >= 0; --i)
+    for (int i = pJoint.mRotationCount - 1; i >= 0; --i)
     {
         for (int j = lSorted; j < 3; ++j)
         {
-            if (lAxes[j] == pAxes[i])
+            if (lAxes[j] == pJoint.mRotationAxes[i])
             {
                 std::swap(lAxes[j], lAxes[lSorted]);
             }
@@ -163,9 +165,26 @@ void KQexBvhBuilder::SetOrder(KQexNode* pNode, const int* pAxes, int pCount)
         const int* lRow = KmEulerAxis[2 * lOrder];
         if (lRow[0] == lAxes[0] && lRow[1] == lAxes[1])
         {
-            pNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lOrder));
+            pJoint.mNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(lOrder));
         }
     }
+}
+
+/// Adds the channel to the joint being read. A joint may have several channel statements; none repeats a channel of another.
+bool KQexBvhBuilder::AddChannel(int pCode)
+{
+    KOpenJoint& lJoint = mOpen.back();
+    if ((lJoint.mChannels & (1u << pCode)) != 0)
+    {
+        mFile.Error("Channel repeated (%s)\n", kChannelWords[pCode]);
+        return false;
+    }
+    lJoint.mChannels |= 1u << pCode;
+    if (pCode >= 3)
+    {
+        lJoint.mRotationAxes[lJoint.mRotationCount++] = pCode - 3;
+    }
+    return MakeCurve(lJoint.mNode, pCode);
 }
 
 bool KQexBvhBuilder::ReadChannels()
@@ -180,10 +199,10 @@ bool KQexBvhBuilder::ReadChannels()
         mFile.Error("More than six channels (%lld)\n", lCount);
         return false;
     }
-    KQexNode* lNode = mOpen.back().mNode;
-    int       lRotations[3] = {0, 0, 0};
-    int       lRotationCount = 0;
-    unsigned  lSeen = 0;
+    if (lCount > 0 && mOpen.back().mIsEndSite)
+    {
+        mFile.Warning("End Site has channels (%s), they are read\n", mOpen.back().mNode->GetName());
+    }
     for (long long i = 0; i < lCount; ++i)
     {
         const int lCode = ReadChannelWord();
@@ -191,22 +210,12 @@ bool KQexBvhBuilder::ReadChannels()
         {
             return Expected("Channel name");
         }
-        if ((lSeen & (1u << lCode)) != 0)
-        {
-            mFile.Error("Channel repeated (%s)\n", kChannelWords[lCode]);
-            return false;
-        }
-        lSeen |= 1u << lCode;
-        if (lCode >= 3)
-        {
-            lRotations[lRotationCount++] = lCode - 3;
-        }
-        if (!MakeCurve(lNode, lCode))
+        if (!AddChannel(lCode))
         {
             return false;
         }
     }
-    SetOrder(lNode, lRotations, lRotationCount);
+    SetOrder(mOpen.back());
     return true;
 }
 
@@ -225,17 +234,18 @@ bool KQexBvhBuilder::ReadJointStatement()
     {
         return ReadChannels();
     }
-    if (!mOpen.back().mIsEndSite)
+    if (mOpen.back().mIsEndSite)
     {
-        if (mTokens.Accept("JOINT"))
-        {
-            return OpenJoint(false);
-        }
-        if (mTokens.Accept("End"))
-        {
-            mTokens.Accept("Site");
-            return OpenJoint(true);
-        }
+        return Expected("OFFSET or }");
+    }
+    if (mTokens.Accept("JOINT"))
+    {
+        return OpenJoint(false);
+    }
+    if (mTokens.Accept("End"))
+    {
+        mTokens.Accept("Site");
+        return OpenJoint(true);
     }
     return Expected("OFFSET, CHANNELS, JOINT, End Site or }");
 }

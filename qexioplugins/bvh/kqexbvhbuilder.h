@@ -8,7 +8,7 @@
 #include <vector>
 
 // A string view as the two arguments of "%.*s".
-#define QEX_VIEW(pView) static_cast<int>((pView).size()), (pView).data()
+#define QEX_PRINTF_VIEW(pView) static_cast<int>((pView).size()), (pView).data()
 
 namespace qexsdk
 {
@@ -41,8 +41,10 @@ private:
     struct KOpenJoint
     {
         KQexNode* mNode;
-        double    mOffset[3];
         bool      mIsEndSite;
+        unsigned  mChannels = 0;                ///< Bit n: the channel with code n was read.
+        int       mRotationAxes[3] = {0, 0, 0}; ///< Of its rotation channels, in the file's order.
+        int       mRotationCount = 0;
     };
 
     bool      OpenJoint(bool pIsEndSite);
@@ -50,7 +52,8 @@ private:
     bool      ReadOffset();
     bool      ReadChannels();
     int       ReadChannelWord();
-    void      SetOrder(KQexNode* pNode, const int* pAxes, int pCount);
+    bool      AddChannel(int pCode);
+    void      SetOrder(const KOpenJoint& pJoint);
     KQexNode* MakeNode(const std::string& pName);
     bool      MakeCurve(KQexNode* pNode, int pCode);
     bool      ReadFrameCount();

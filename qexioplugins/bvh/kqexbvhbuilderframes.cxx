@@ -79,7 +79,7 @@ bool KQexBvhBuilder::ReadFrame(bool& pAtEnd)
             if (!mFile.HasFailed())
             {
                 mFile.Error("Frame %lld, value %zu of %zu: number expected, found (%.*s)\n", mFrames + 1, i + 1, mFrame.size(),
-                            QEX_VIEW(lFound));
+                            QEX_PRINTF_VIEW(lFound));
             }
             return false;
         }

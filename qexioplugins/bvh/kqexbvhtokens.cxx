@@ -4,8 +4,6 @@
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kbase/knumberscan.h>
 
-#include <cmath>
-
 namespace qexsdk
 {
 

@@ -133,12 +133,12 @@ bool KQexBvhWriter::WriteMotion()
     char*           lEnd = KNumberPrint(lStep, lStep + sizeof lStep, mOptions.mSampling.mStep.GetSeconds(), 'g', 10);
     mFile.Print(0, "MOTION\nFrames: %lld\nFrame Time: %.*s\n", lCount, static_cast<int>(lEnd - lStep), lStep);
     mLast.assign(mValueCount, 0.0);
-    const KQexFrameRun lRun = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lRun == KQexFrameRun::eOUT_OF_MEMORY)
+    const KQexWriteResult lResult = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
+    if (lResult == KQexWriteResult::eOUT_OF_MEMORY)
     {
         mFile.Error("Out of memory\n");
     }
-    return lRun == KQexFrameRun::eDONE;
+    return lResult == KQexWriteResult::eDONE;
 }
 
 } // namespace qexsdk

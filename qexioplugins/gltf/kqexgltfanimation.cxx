@@ -20,7 +20,7 @@ constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
 void KQexGltfWriter::MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
                                      KQexGltfTrack& pTrack) const
 {
-    const bool   lIsScaling = pTrack.mProperty == 2;
+    const bool   lIsScaling = pTrack.mProperty == eGLTF_SCALING;
     const double lFactor = lIsScaling ? 1.0 : mOptions.mScale;
     const auto   lGet = [lIsScaling](const KQexGltfNodePose& pFrom, KTime pTime, double* pValue)
     {
@@ -88,14 +88,15 @@ void KQexGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std:
 {
     const KQexGltfNodePose lRest(pNode, nullptr);
     const KQexGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
-    for (int lProperty = 0; lProperty < 3; ++lProperty)
+    for (const KQexGltfProperty lProperty : {eGLTF_TRANSLATION, eGLTF_ROTATION, eGLTF_SCALING})
     {
         if (!lPose.IsAnimated(lProperty))
         {
             continue;
         }
         KQexGltfTrack lTrack{lProperty, {}};
-        lProperty == 1 ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack) : MakeVectorTrack(lRest, lPose, pTake.mSampling, lTrack);
+        lProperty == eGLTF_ROTATION ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack)
+                                    : MakeVectorTrack(lRest, lPose, pTake.mSampling, lTrack);
         if (!lTrack.mValues.empty())
         {
             pTracks.push_back(std::move(lTrack));
@@ -117,7 +118,7 @@ int KQexGltfWriter::AddTimes(const KQexSampling& pSampling)
 
 void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack)
 {
-    const int lComponents = pTrack.mProperty == 1 ? 4 : 3;
+    const int lComponents = pTrack.mProperty == eGLTF_ROTATION ? 4 : 3;
     const int lValues =
         mBuffer.AddFloats(lComponents == 4 ? eGLTF_VEC4 : eGLTF_VEC3, pTrack.mValues.size() / static_cast<size_t>(lComponents));
     std::copy(pTrack.mValues.begin(), pTrack.mValues.end(), mBuffer.GetFloats(lValues));
@@ -132,7 +133,8 @@ void KQexGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
     for (const KQexGltfNode& lNode : mNodes)
     {
         const KQexGltfNodePose lPose(lNode.mNode, pLayer);
-        lFloats += (lPose.IsAnimated(0) ? 3u : 0u) + (lPose.IsAnimated(1) ? 4u : 0u) + (lPose.IsAnimated(2) ? 3u : 0u);
+        lFloats += (lPose.IsAnimated(eGLTF_TRANSLATION) ? 3u : 0u) + (lPose.IsAnimated(eGLTF_ROTATION) ? 4u : 0u) +
+                   (lPose.IsAnimated(eGLTF_SCALING) ? 3u : 0u);
     }
     mBuffer.GetBytes().reserve(mBuffer.GetBytes().size() + lFloats * sizeof(float) * static_cast<size_t>(pFrames));
 }

@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cmath>
 #include <cstring>
 
 namespace qexsdk

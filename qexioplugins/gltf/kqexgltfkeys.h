@@ -4,6 +4,7 @@
 #include <qexioplugins/gltf/kqexgltfaccessor.h>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace qexsdk

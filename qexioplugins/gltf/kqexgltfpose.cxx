@@ -44,9 +44,9 @@ KQexQuaternion KQexQuaternion::Inverse() const
 
 KQexGltfNodePose::KQexGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
 {
-    Bind(0, pNode->mLocalTranslation, pLayer);
-    Bind(1, pNode->mLocalRotation, pLayer);
-    Bind(2, pNode->mLocalScaling, pLayer);
+    Bind(eGLTF_TRANSLATION, pNode->mLocalTranslation, pLayer);
+    Bind(eGLTF_ROTATION, pNode->mLocalRotation, pLayer);
+    Bind(eGLTF_SCALING, pNode->mLocalScaling, pLayer);
     const KQexVector4 lOffset = pNode->GetRotationOffset();
     for (int i = 0; i < 3; ++i)
     {
@@ -65,7 +65,7 @@ KQexGltfNodePose::KQexGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
     mPostInverse = KQexQuaternion::FromEuler(lPost, 0).Inverse();
 }
 
-void KQexGltfNodePose::Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
+void KQexGltfNodePose::Bind(KQexGltfProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
 {
     const auto               lRest = KQexGet<qexVectorTemplate3<double>>(pFrom);
     const KQexAnimCurveNode* lCurveNode = pLayer != nullptr ? pFrom.GetCurveNode(pLayer) : nullptr;
@@ -87,13 +87,14 @@ void KQexGltfNodePose::GetTranslation(KTime pTime, double pResult[3]) const
 {
     for (int i = 0; i < 3; ++i)
     {
-        pResult[i] = mChannels[0][i].At(pTime) + mOffset[i];
+        pResult[i] = mChannels[eGLTF_TRANSLATION][i].At(pTime) + mOffset[i];
     }
 }
 
 void KQexGltfNodePose::GetRotation(KTime pTime, KQexQuaternion& pResult) const
 {
-    const double lAngles[3] = {mChannels[1][0].At(pTime), mChannels[1][1].At(pTime), mChannels[1][2].At(pTime)};
+    const KChannel* lRotation = mChannels[eGLTF_ROTATION];
+    const double    lAngles[3] = {lRotation[0].At(pTime), lRotation[1].At(pTime), lRotation[2].At(pTime)};
     pResult = KQexQuaternion::FromEuler(lAngles, mOrder);
     if (mHasPivots)
     {
@@ -105,7 +106,7 @@ void KQexGltfNodePose::GetScaling(KTime pTime, double pResult[3]) const
 {
     for (int i = 0; i < 3; ++i)
     {
-        pResult[i] = mChannels[2][i].At(pTime);
+        pResult[i] = mChannels[eGLTF_SCALING][i].At(pTime);
     }
 }
 

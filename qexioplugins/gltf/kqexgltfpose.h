@@ -24,6 +24,14 @@ struct KQexQuaternion
     KQexQuaternion Inverse() const;
 };
 
+/// The properties of a node that a take animates.
+enum KQexGltfProperty
+{
+    eGLTF_TRANSLATION,
+    eGLTF_ROTATION,
+    eGLTF_SCALING
+};
+
 /// Local transforms of one node at any time, as glTF stores them: translation, rotation and scaling. The node's
 /// T(translation) T(offset) R(pre) R(rotation) R(post)^-1 S(scaling) has this form, so nothing is lost.
 class KQexGltfNodePose
@@ -39,8 +47,8 @@ public:
     /// The scale factors at \p pTime.
     void GetScaling(KTime pTime, double pResult[3]) const;
 
-    /// Whether the translation, rotation or scaling (0, 1, 2) has a curve in the take or a value that differs from the rest pose.
-    bool IsAnimated(int pProperty) const { return mIsAnimated[pProperty]; }
+    /// Whether the property has a curve in the take or a value that differs from the rest pose.
+    bool IsAnimated(KQexGltfProperty pProperty) const { return mIsAnimated[pProperty]; }
 
 private:
     /// One component: a curve or a constant.
@@ -52,7 +60,7 @@ private:
         double At(KTime pTime) const { return mCurve != nullptr ? mCurve->Evaluate(pTime) : mValue; }
     };
 
-    void Bind(int pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
+    void Bind(KQexGltfProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
 
     KChannel       mChannels[3][3];
     bool           mIsAnimated[3] = {false, false, false};

@@ -35,7 +35,7 @@ struct KQexGltfReadNode
 struct KQexGltfReadTrack
 {
     KQexGltfReadNode* mTarget;   ///< The node.
-    int               mProperty; ///< 0 translation, 1 rotation, 2 scale.
+    KQexGltfProperty  mProperty; ///< What it animates.
     KQexGltfKeys      mKeys;     ///< Its keys.
 };
 
@@ -77,7 +77,8 @@ private:
     void ToEuler(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3], double pAngles[3]) const;
     bool ReadTake(size_t pIndex);
     void ReadTracks(const KQexGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KQexGltfReadTrack>& pTracks);
-    KQexGltfReadTrack ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget, int pProperty);
+    KQexGltfReadTrack ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
+                                KQexGltfProperty pProperty);
     std::shared_ptr<const std::vector<double>> GetTimes(size_t pAccessor, const std::string& pName);
     KQexSampling                               FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const;
     void                                       FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling);

@@ -15,10 +15,9 @@ namespace qexsdk
 namespace
 {
 
-constexpr long long kDefaultStep = 705600000 / 120; ///< In ticks: 120 frames a second.
-constexpr double    kBaseKeys = 4e6;                ///< Keys that a file of any size may have.
-constexpr double    kKeysPerByte = 16.0;            ///< Additional keys per byte of the file.
-constexpr double    kMaxTime = 1e9;                 ///< Largest absolute time of a key, in seconds.
+constexpr double kBaseKeys = 4e6;     ///< Keys that a file of any size may have.
+constexpr double kKeysPerByte = 16.0; ///< Additional keys per byte of the file.
+constexpr double kMaxTime = 1e9;      ///< Largest absolute time of a key, in seconds.
 
 int PropertyIndexOf(const char* pPath)
 {
@@ -60,13 +59,15 @@ float ToFloat(double pValue)
     return static_cast<float>(pValue);
 }
 
-KQexProperty& PropertyOf(KQexNode* pNode, int pProperty)
+KQexProperty& PropertyOf(KQexNode* pNode, KQexGltfProperty pProperty)
 {
-    return pProperty == 0 ? pNode->mLocalTranslation : pProperty == 1 ? pNode->mLocalRotation : pNode->mLocalScaling;
+    return pProperty == eGLTF_TRANSLATION ? pNode->mLocalTranslation
+           : pProperty == eGLTF_ROTATION  ? pNode->mLocalRotation
+                                          : pNode->mLocalScaling;
 }
 
 /// Creates three curves for the property on the take's base layer.
-void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, int pProperty, KQexAnimCurve** pCurves)
+void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, KQexGltfProperty pProperty, KQexAnimCurve** pCurves)
 {
     static const char* const sSuffixes[3][3] = {{"_tx", "_ty", "_tz"}, {"_rx", "_ry", "_rz"}, {"_sx", "_sy", "_sz"}};
     KQexAnimLayer*           lLayer = pStack->GetOrCreateBaseLayer();
@@ -153,12 +154,12 @@ void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const st
             continue;
         }
         pTracks.push_back(ReadTrack(lSamplers[static_cast<size_t>(lSampler)], pName + ".samplers[" + std::to_string(lSampler) + "]",
-                                    &mNodes[static_cast<size_t>(lNode)], lProperty));
+                                    &mNodes[static_cast<size_t>(lNode)], static_cast<KQexGltfProperty>(lProperty)));
     }
 }
 
 KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
-                                            int pProperty)
+                                            KQexGltfProperty pProperty)
 {
     const int lInput = GltfIndex(pSampler["input"], mAccessors.GetCount(), pName + ".input");
     const int lOutput = GltfIndex(pSampler["output"], mAccessors.GetCount(), pName + ".output");
@@ -170,13 +171,13 @@ KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler
     const std::shared_ptr<const std::vector<double>> lTimes = GetTimes(static_cast<size_t>(lInput), pName + ".input");
     const KQexGltfAccessor&                          lValues = mAccessors.Get(static_cast<size_t>(lOutput));
     const size_t                                     lWanted = lTimes->size() * (lInterpolation == KQexGltfInterpolation::eCUBIC ? 3 : 1);
-    if (lValues.GetComponents() != (pProperty == 1 ? 4 : 3) || lValues.GetCount() != lWanted)
+    if (lValues.GetComponents() != (pProperty == eGLTF_ROTATION ? 4 : 3) || lValues.GetCount() != lWanted)
     {
-        throw KQexGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " + (pProperty == 1 ? "4" : "3") +
-                            " numbers");
+        throw KQexGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " +
+                            (pProperty == eGLTF_ROTATION ? "4" : "3") + " numbers");
     }
     CountKeys(static_cast<double>(lTimes->size()), pName);
-    return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == 1)};
+    return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == eGLTF_ROTATION)};
 }
 
 KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const
@@ -201,7 +202,7 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
     else
     {
         lStep = GltfFindStep(lTimes, lFirst);
-        lStep = lStep > 0 ? lStep : kDefaultStep;
+        lStep = lStep > 0 ? lStep : kDefaultFrameStep.Get();
     }
     if (lStep <= 0)
     {
@@ -221,14 +222,14 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
 
 void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling)
 {
-    KQexNode*      lNode = pTrack.mTarget->mNode;
-    const int      lProperty = pTrack.mProperty;
-    const double   lFactor = lProperty == 0 ? mOptions.mScale : 1.0;
-    const double   lStep = pSampling.mStep.GetSeconds();
-    const auto     lRest = KQexGet<qexVectorTemplate3<double>>(PropertyOf(lNode, lProperty));
-    double         lNear[3] = {lRest.mData[0], lRest.mData[1], lRest.mData[2]};
-    double         lValue[16];
-    KQexAnimCurve* lCurves[3];
+    KQexNode*              lNode = pTrack.mTarget->mNode;
+    const KQexGltfProperty lProperty = pTrack.mProperty;
+    const double           lFactor = lProperty == eGLTF_TRANSLATION ? mOptions.mScale : 1.0;
+    const double           lStep = pSampling.mStep.GetSeconds();
+    const auto             lRest = KQexGet<qexVectorTemplate3<double>>(PropertyOf(lNode, lProperty));
+    double                 lNear[3] = {lRest.mData[0], lRest.mData[1], lRest.mData[2]};
+    double                 lValue[16];
+    KQexAnimCurve*         lCurves[3];
     MakeCurves(pStack, lNode, lProperty, lCurves);
     for (long long lFrame = 0; lFrame < pSampling.mCount; ++lFrame)
     {
@@ -238,7 +239,7 @@ void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack
         {
             throw KQexGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not finite");
         }
-        if (lProperty == 1)
+        if (lProperty == eGLTF_ROTATION)
         {
             KQexQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
             GltfNormalize(lRotation);

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace qexsdk
 {

@@ -25,7 +25,7 @@ struct KQexGltfNode
 /// The keys of one property of one node in a take; empty when it does not move.
 struct KQexGltfTrack
 {
-    int                mProperty; ///< 0 translation, 1 rotation, 2 scale.
+    KQexGltfProperty   mProperty; ///< What it animates.
     std::vector<float> mValues;   ///< Three or four numbers per key, in the file's units.
 };
 

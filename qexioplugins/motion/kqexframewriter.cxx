@@ -92,8 +92,8 @@ bool RunBatch(KQexFrameFormat& pFormat, std::vector<KFrameBlock>& pBlocks, const
 
 } // namespace
 
-KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads, KOutputFile& pOutput,
-                         const KQexProgress& pProgress)
+KQexWriteResult WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads, KOutputFile& pOutput,
+                            const KQexProgress& pProgress)
 {
     const long long          lBatch = static_cast<long long>(kBlockFrames) * kBlocksPerThread * pThreads;
     std::vector<KFrameBlock> lBlocks;
@@ -103,21 +103,21 @@ KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling
         MakeBlocks(lBlocks, lFirst, lEnd, pValueCount);
         if (!RunBatch(pFormat, lBlocks, pSampling, pValueCount, pThreads))
         {
-            return KQexFrameRun::eOUT_OF_MEMORY;
+            return KQexWriteResult::eOUT_OF_MEMORY;
         }
         for (const KFrameBlock& lBlock : lBlocks)
         {
             if (!pOutput.Write(lBlock.mText.data(), lBlock.mText.size()))
             {
-                return KQexFrameRun::eNOT_WRITTEN;
+                return KQexWriteResult::eNOT_WRITTEN;
             }
         }
         if (pProgress && !pProgress(static_cast<double>(lEnd) / static_cast<double>(pSampling.mCount)))
         {
-            return KQexFrameRun::eCANCELLED;
+            return KQexWriteResult::eCANCELLED;
         }
     }
-    return KQexFrameRun::eDONE;
+    return KQexWriteResult::eDONE;
 }
 
 } // namespace qexsdk

@@ -29,7 +29,7 @@ public:
 };
 
 /// Result of WriteFrames().
-enum class KQexFrameRun
+enum class KQexWriteResult
 {
     eDONE,
     eOUT_OF_MEMORY,
@@ -39,8 +39,8 @@ enum class KQexFrameRun
 
 /// Writes all frames of \p pSampling, \p pValueCount values each, on \p pThreads threads. Memory does not grow with the frame count.
 /// May throw std::bad_alloc.
-QEX_API KQexFrameRun WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads,
-                                 KOutputFile& pOutput, const KQexProgress& pProgress);
+QEX_API KQexWriteResult WriteFrames(KQexFrameFormat& pFormat, const KQexSampling& pSampling, size_t pValueCount, int pThreads,
+                                    KOutputFile& pOutput, const KQexProgress& pProgress);
 
 } // namespace qexsdk
 

@@ -2,6 +2,7 @@
 
 #include <qexscene/kqexscene.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numeric>
 
@@ -12,8 +13,7 @@ namespace
 {
 
 constexpr double    kTicksPerSecond = static_cast<double>(KTime::kTicksPerSecond);
-constexpr long long kDefaultStep = 705600000 / 120;    ///< In ticks: 120 frames a second.
-constexpr long long kShortestStep = 705600000 / 10000; ///< No motion is sampled more often than 10,000 times a second.
+constexpr long long kShortestStep = KTime::kTicksPerSecond / 10000; ///< No motion is sampled more often than 10,000 times a second.
 constexpr double    kMaxTicks = 9.0e18;
 
 /// A common rate, which files often write as a rounded frame time: mFrames frames in mSeconds seconds.
@@ -118,7 +118,7 @@ bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, c
     }
     // When a frame is not a whole number of ticks, keys are up to a tick off their frames, and the common divisor is too short to use.
     const bool lIsUneven = lSpan.mStep < kShortestStep && lSpan.mMeanStep > 0;
-    long long  lStep = lIsUneven ? std::max(kShortestStep, lSpan.mMeanStep) : lSpan.mStep > 0 ? lSpan.mStep : kDefaultStep;
+    long long  lStep = lIsUneven ? std::max(kShortestStep, lSpan.mMeanStep) : lSpan.mStep > 0 ? lSpan.mStep : kDefaultFrameStep.Get();
     if (pRequest.mFramesPerSecond != 0.0)
     {
         lStep = pRequest.mFramesPerSecond > 0.0 ? NearestFrameStep(1.0 / pRequest.mFramesPerSecond).Get() : 0;

@@ -1,17 +1,10 @@
 #include <qexioplugins/motion/kqextextfile.h>
 
-#include <kbaselib/kbase/kformat.h>
-#include <kbaselib/kbase/knumber.h>
-#include <kbaselib/kbase/knumberscan.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <climits>
-#include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <exception>
-#include <string_view>
+#include <iterator>
 
 namespace qexsdk
 {

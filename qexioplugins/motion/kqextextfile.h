@@ -218,7 +218,7 @@ private:
     int   Match(const KToken* pTokens);
     bool  ParseNumber(double& pValue, bool pFinite, const char*& pAt) const;
     bool  GetNumbers(double* pValue, int pCount, double pFactor, bool pFinite);
-    void  Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
+    bool  Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments);
     void  ReportNoMemory();
     void  PrintToStandardError(const KQexTextMessage& pMessage) const;
 

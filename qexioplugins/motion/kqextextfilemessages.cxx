@@ -54,17 +54,18 @@ void KQexTextFile::Error(const char* pFormat, ...)
 {
     std::va_list lArguments;
     va_start(lArguments, pFormat);
-    ++mErrorCount;
-    Report(KQexTextMessage::eERROR, pFormat, lArguments);
+    // Out of memory counts by itself.
+    mErrorCount += Report(KQexTextMessage::eERROR, pFormat, lArguments) ? 1 : 0;
     va_end(lArguments);
 }
 
-void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments)
+/// False when memory ran out, which is then reported instead.
+bool KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFormat, std::va_list pArguments)
 {
     const bool lKeep = pSeverity == KQexTextMessage::eERROR || mMessages.size() < kMaxMessages;
     if (!lKeep && !mVerb)
     {
-        return;
+        return true;
     }
     try
     {
@@ -72,7 +73,7 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
         if (!KFormatAppend(lMessage.mText, mMessageSize < kMaxMessageSize ? kMaxMessageSize : kMaxLongText, pFormat, pArguments))
         {
             ReportNoMemory();
-            return;
+            return false;
         }
         if (!lMessage.mText.empty() && lMessage.mText.back() == '\n')
         {
@@ -82,16 +83,17 @@ void KQexTextFile::Report(KQexTextMessage::ESeverity pSeverity, const char* pFor
         {
             PrintToStandardError(lMessage);
         }
-        if (!lKeep)
+        if (lKeep)
         {
-            return;
+            mMessages.push_back(std::move(lMessage));
+            mMessageSize += mMessages.back().mText.size();
         }
-        mMessages.push_back(std::move(lMessage));
-        mMessageSize += mMessages.back().mText.size();
+        return true;
     }
     catch (const std::exception&)
     {
         ReportNoMemory();
+        return false;
     }
 }
 

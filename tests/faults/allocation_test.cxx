@@ -19,7 +19,7 @@ protected:
     KAllocationFault() : mFiles(kFewFrames) {}
 
     /// Runs the operation with allocation \p pCall failing. False when it makes fewer allocations.
-    bool Try(KFailingAllocator& pAllocator, long pCall, bool pOnwards) const
+    bool Try(KFailingAllocator& pAllocator, long pCall, bool pAndLater) const
     {
         const long lLive = KFailingAllocator::GetLive();
         bool       lIsDone = false;
@@ -30,13 +30,13 @@ protected:
                 lStage.ImportMotion();
             }
             const std::string lScene = lStage.Describe();
-            pAllocator.Arm(pCall, pOnwards);
+            pAllocator.Arm(pCall, pAndLater);
             bool lOk = GetParam().mRun(lStage);
             lIsDone = pAllocator.Disarm() < pCall;
             EXPECT_TRUE(lOk || !lIsDone) << "nothing failed: " << lStage.mErrors;
             if (!lOk)
             {
-                EXPECT_TRUE(lStage.mHasError || pOnwards) << "failed without an error";
+                EXPECT_TRUE(lStage.mHasError || pAndLater) << "failed without an error";
                 lStage.mSkeleton.reset();
                 EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
                 ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
@@ -87,16 +87,16 @@ TEST_P(KAllocationFault, LosesNothing)
         mNewFiles = mFiles.GetOutputs();
         mFiles.ResetOutputs();
     }
-    for (const bool lOnwards : {false, true})
+    for (const bool lAndLater : {false, true})
     {
         long lCall = 1;
         for (bool lFails = true; lFails && lCall < 100000 && !HasFailure(); lCall += lFails ? 1 : 0)
         {
-            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lOnwards ? " and all after it" : ""));
-            lFails = Try(lAllocator, lCall, lOnwards);
+            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lAndLater ? " and all after it" : ""));
+            lFails = Try(lAllocator, lCall, lAndLater);
         }
         EXPECT_GT(lCall, 10);
-        std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lOnwards ? "and all after it" : "alone");
+        std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lAndLater ? "and all after it" : "alone");
     }
 }
 

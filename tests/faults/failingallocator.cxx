@@ -15,9 +15,9 @@ std::atomic<long> sBytes{0};      ///< In live blocks.
 std::atomic<long> sBytesArmed{0}; ///< sBytes at the last Arm().
 std::atomic<long> sPeakBytes{0};  ///< Peak of sBytes since then.
 std::atomic<long> sCalls{0};
-std::atomic<long> sFirst{0};       ///< Call that fails; 0: none.
-std::atomic<bool> sOnwards{false}; ///< All later calls fail too.
-std::atomic<int>  sUnfailing{0};   ///< Live KUnfailingMemory objects.
+std::atomic<long> sFirst{0};        ///< Call that fails; 0: none.
+std::atomic<bool> sAndLater{false}; ///< All later calls fail too.
+std::atomic<int>  sUnfailing{0};    ///< Live KUnfailingMemory objects.
 
 /// Counts an allocation. False when it has to fail.
 bool MaySucceed()
@@ -28,7 +28,7 @@ bool MaySucceed()
         return true;
     }
     const long lCall = ++sCalls;
-    return lCall < lFirst || (lCall > lFirst && !sOnwards.load());
+    return lCall < lFirst || (lCall > lFirst && !sAndLater.load());
 }
 
 /// Counts a block as allocated (\p pBlocks 1) or freed (-1).
@@ -159,10 +159,10 @@ KFailingAllocator::~KFailingAllocator()
     qexsdk::QexSdkSetMemoryHooks(nullptr);
 }
 
-void KFailingAllocator::Arm(long pFirst, bool pOnwards)
+void KFailingAllocator::Arm(long pFirst, bool pAndLater)
 {
     sCalls = 0;
-    sOnwards = pOnwards;
+    sAndLater = pAndLater;
     sBytesArmed = sBytes.load();
     sPeakBytes = sBytes.load();
     sFirst = pFirst;

@@ -14,8 +14,8 @@ public:
     KFailingAllocator(const KFailingAllocator&) = delete;
     KFailingAllocator& operator=(const KFailingAllocator&) = delete;
 
-    /// Lets the next \p pFirst - 1 allocations succeed and fails number \p pFirst; with \p pOnwards all later ones too.
-    void Arm(long pFirst, bool pOnwards);
+    /// Lets the next \p pFirst - 1 allocations succeed and fails number \p pFirst; with \p pAndLater all later ones too.
+    void Arm(long pFirst, bool pAndLater);
 
     /// Stops failing allocations. \return the allocations requested since Arm()
     long Disarm();

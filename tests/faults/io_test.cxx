@@ -70,7 +70,7 @@ protected:
     }
 
     /// Runs the operation with call \p pNumber failing. \return how many calls of the kind it made.
-    int Try(const KCallFault& pFault, int pNumber, bool pOnwards) const
+    int Try(const KCallFault& pFault, int pNumber, bool pAndLater) const
     {
         KStage lStage(mFiles);
         Prepare(lStage);
@@ -80,7 +80,7 @@ protected:
         bool              lOk = false;
         {
             KFileFaults lFaults;
-            lFaults.Fail(pFault.mCall, pNumber, pFault.mError, pOnwards);
+            lFaults.Fail(pFault.mCall, pNumber, pFault.mError, pAndLater);
             lOk = GetParam().mRun(lStage);
             lCalls = lFaults.GetCount(pFault.mCall);
         }
@@ -94,7 +94,7 @@ protected:
             ExpectReported(pFault, lStage);
             lStage.mSkeleton.reset();
             EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
-            ExpectOutputs(pFault, pOnwards, lOutputs);
+            ExpectOutputs(pFault, pAndLater, lOutputs);
             EXPECT_TRUE(GetParam().mRun(lStage)) << "retry: " << lStage.mErrors;
         }
         EXPECT_TRUE(lStage.Describe() == mScene) << "different scene";
@@ -103,13 +103,13 @@ protected:
     }
 
     /// Expects every output to be as before, and no partial or temporary file.
-    void ExpectOutputs(const KCallFault& pFault, bool pOnwards, std::map<std::string, std::string> pOld) const
+    void ExpectOutputs(const KCallFault& pFault, bool pAndLater, std::map<std::string, std::string> pOld) const
     {
         const std::map<std::string, std::string> lNow = mFiles.GetOutputs();
         // When all later renames fail, an output that is already renamed stays new.
         for (const auto& [lName, lBytes] : lNow)
         {
-            const bool lIsNew = pFault.mCall == KFileFaults::eRENAME && pOnwards && lBytes == mNewFiles.at(lName);
+            const bool lIsNew = pFault.mCall == KFileFaults::eRENAME && pAndLater && lBytes == mNewFiles.at(lName);
             pOld[lName] = lIsNew ? lBytes : pOld[lName];
         }
         ExpectSameFiles(lNow, pOld);
@@ -134,10 +134,10 @@ TEST_P(KCallFaultTest, LosesNothing)
     for (const KCallFault& lFault : kFaults)
     {
         int lTries = 0;
-        for (const bool lOnwards : {false, true})
+        for (const bool lAndLater : {false, true})
         {
             // An interrupted call is retried forever.
-            if (lOnwards && lFault.mError == EINTR)
+            if (lAndLater && lFault.mError == EINTR)
             {
                 continue;
             }
@@ -145,8 +145,8 @@ TEST_P(KCallFaultTest, LosesNothing)
             bool lHasFailed = true;
             for (int lNumber = 1; lHasFailed && !HasFailure(); ++lNumber)
             {
-                SCOPED_TRACE(std::string(lFault.mName) + ", call " + std::to_string(lNumber) + (lOnwards ? " and all after it" : ""));
-                lHasFailed = Try(lFault, lNumber, lOnwards) >= lNumber;
+                SCOPED_TRACE(std::string(lFault.mName) + ", call " + std::to_string(lNumber) + (lAndLater ? " and all after it" : ""));
+                lHasFailed = Try(lFault, lNumber, lAndLater) >= lNumber;
                 lTries += lHasFailed ? 1 : 0;
             }
         }

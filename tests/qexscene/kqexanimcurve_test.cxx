@@ -2,7 +2,7 @@
 
 #include <qexscene/kqexscene.h>
 #include <tests/support/memorywatch.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <qexscene/kqexanimcurvefiltergimblekiller.h>
 #include <qexscene/kqexanimcurvefilterunroll.h>
 #include <tests/support/memorywatch.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 
 #include <gtest/gtest.h>
 

@@ -18,13 +18,13 @@ int                sCounts[KFileFaults::eCALLS];
 KFileFaults::ECall sCall = KFileFaults::eCALLS;
 int                sNumber = 0;
 int                sError = 0;
-bool               sOnwards = false;
+bool               sAndLater = false;
 
 /// Counts a call. \return 0 to let it proceed; else an errno (already set) or kShort
 int Count(KFileFaults::ECall pCall)
 {
     const int lCount = ++sCounts[pCall];
-    if (pCall != sCall || lCount < sNumber || (lCount > sNumber && !sOnwards))
+    if (pCall != sCall || lCount < sNumber || (lCount > sNumber && !sAndLater))
     {
         return 0;
     }
@@ -146,13 +146,13 @@ KFileFaults::~KFileFaults()
     qexsdk::KFileCallsReset();
 }
 
-void KFileFaults::Fail(ECall pCall, int pNumber, int pError, bool pOnwards)
+void KFileFaults::Fail(ECall pCall, int pNumber, int pError, bool pAndLater)
 {
     std::fill(std::begin(sCounts), std::end(sCounts), 0);
     sCall = pCall;
     sNumber = pNumber;
     sError = pError;
-    sOnwards = pOnwards;
+    sAndLater = pAndLater;
 }
 
 int KFileFaults::GetCount(ECall pCall) const

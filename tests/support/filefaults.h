@@ -36,8 +36,8 @@ public:
     KFileFaults& operator=(const KFileFaults&) = delete;
 
     /// Makes call number \p pNumber of kind \p pCall (from 1, counted from now) fail with \p pError, an errno or kShort; with
-    /// \p pOnwards also all later ones.
-    void Fail(ECall pCall, int pNumber, int pError, bool pOnwards = false);
+    /// \p pAndLater also all later ones.
+    void Fail(ECall pCall, int pNumber, int pError, bool pAndLater = false);
 
     /// Calls of \p pCall since construction or the last Fail().
     int GetCount(ECall pCall) const;

@@ -60,8 +60,8 @@ void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
                 pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
                               "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " is outside its limits " + LimitsText(lDof) +
                                   " in " + Count(lDof.mOutside, "frame", "frames") + ", first in frame " +
-                                  std::to_string(lDof.mFirstOutside) + "; its range is " + Short(lDof.mLeast) + " to " +
-                                  Short(lDof.mGreatest));
+                                  std::to_string(lDof.mFirstOutside) + "; its range is " + Short(lDof.mLowest) + " to " +
+                                  Short(lDof.mHighest));
             }
         }
     }

@@ -33,8 +33,8 @@ KJson JsonDof(const KDofSurvey& pDof)
 {
     KJson lDof;
     lDof["dof"] = qexsdk::kDofWords[pDof.mCode];
-    lDof["least"] = pDof.mLeast;
-    lDof["greatest"] = pDof.mGreatest;
+    lDof["least"] = pDof.mLowest;
+    lDof["greatest"] = pDof.mHighest;
     lDof["min"] = pDof.mHasMin ? KJson(pDof.mMin) : KJson(nullptr);
     lDof["max"] = pDof.mHasMax ? KJson(pDof.mMax) : KJson(nullptr);
     lDof["framesOutside"] = pDof.mOutside;
@@ -66,7 +66,7 @@ KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
     lMotion["seconds"] = pSurvey.GetSeconds();
     lMotion["bonesMoved"] = pSurvey.CountMoving();
     lMotion["rootTravel"] = pSurvey.GetRootTravel();
-    lMotion["rootWay"] = pSurvey.GetRootPathLength();
+    lMotion["rootPathLength"] = pSurvey.GetRootPathLength();
     lMotion["bones"] = lBones;
     return lMotion;
 }
@@ -90,11 +90,11 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
     {
         lWidth = std::max(lWidth, Printable(lBone.mName).size());
     }
-    const auto lWriteRow = [&](const std::string& pBone, const char* pDof, const std::string& pLeast, const std::string& pGreatest,
+    const auto lWriteRow = [&](const std::string& pBone, const char* pDof, const std::string& pLowest, const std::string& pHighest,
                                const std::string& pLimits, const std::string& pRemark)
     {
-        std::string lLine = "  " + PadRight(pBone, lWidth) + "  " + PadRight(pDof, 3) + "  " + PadLeft(pLeast, 10) + "  " +
-                            PadLeft(pGreatest, 10) + "  " + PadRight(pLimits, 14) + "  " + pRemark;
+        std::string lLine = "  " + PadRight(pBone, lWidth) + "  " + PadRight(pDof, 3) + "  " + PadLeft(pLowest, 10) + "  " +
+                            PadLeft(pHighest, 10) + "  " + PadRight(pLimits, 14) + "  " + pRemark;
         lLine.erase(lLine.find_last_not_of(' ') + 1);
         pConsole.Out(lLine + "\n");
     };
@@ -105,8 +105,8 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
         for (const KDofSurvey& lDof : lBone.mDofs)
         {
             const bool lHasValues = lBone.mFrames > 0;
-            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLeast, 3) : "-",
-                      lHasValues ? Fixed(lDof.mGreatest, 3) : "-", LimitsText(lDof), OutsideText(lDof));
+            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLowest, 3) : "-",
+                      lHasValues ? Fixed(lDof.mHighest, 3) : "-", LimitsText(lDof), OutsideText(lDof));
             lName.clear();
         }
     }

@@ -39,7 +39,7 @@ KPoint RootPosition(const qexsdk::KQexAmcBone& pRoot, double pFactor)
 
 bool KBoneSurvey::Moves() const
 {
-    return std::any_of(mDofs.begin(), mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mGreatest - pDof.mLeast > kTolerance; });
+    return std::any_of(mDofs.begin(), mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mHighest - pDof.mLowest > kTolerance; });
 }
 
 bool KMotionSurvey::Read(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole)
@@ -117,8 +117,8 @@ void KMotionSurvey::AddValues(const qexsdk::KQexAmcFrame& pFrame, size_t pBone)
     {
         KDofSurvey&  lDof = lBone.mDofs[lIndex];
         const double lValue = lValues.mValues[lIndex] * (qexsdk::KIsTranslationDof(lDof.mCode) ? 1.0 : pFrame.mAngleFactor);
-        lDof.mLeast = lBone.mFrames == 0 ? lValue : std::min(lDof.mLeast, lValue);
-        lDof.mGreatest = lBone.mFrames == 0 ? lValue : std::max(lDof.mGreatest, lValue);
+        lDof.mLowest = lBone.mFrames == 0 ? lValue : std::min(lDof.mLowest, lValue);
+        lDof.mHighest = lBone.mFrames == 0 ? lValue : std::max(lDof.mHighest, lValue);
         if ((lDof.mHasMin && lValue < lDof.mMin - kTolerance) || (lDof.mHasMax && lValue > lDof.mMax + kTolerance))
         {
             lDof.mFirstOutside = lDof.mOutside == 0 ? pFrame.mNumber : lDof.mFirstOutside;

@@ -14,8 +14,8 @@ namespace asfapp
 struct KDofSurvey
 {
     int       mCode = 0;
-    double    mLeast = 0;
-    double    mGreatest = 0;
+    double    mLowest = 0;
+    double    mHighest = 0;
     bool      mHasMin = false;
     bool      mHasMax = false;
     double    mMin = 0; ///< Limits of the skeleton; valid if mHasMin, mHasMax.

@@ -116,18 +116,20 @@ void KQexAmcWriter::WriteHeader()
     mFile.Print(0, ":FULLY-SPECIFIED\n:DEGREES\n");
     if (mOptions.mWriteRate)
     {
-        mFile.Print(0, ":SAMPLES-PER-SECOND %.10g\n", 705600000.0 / static_cast<double>(mOptions.mSampling.mStep.Get()));
+        mFile.Print(0, ":SAMPLES-PER-SECOND %.10g\n",
+                    static_cast<double>(KTime::kTicksPerSecond) / static_cast<double>(mOptions.mSampling.mStep.Get()));
     }
 }
 
 bool KQexAmcWriter::WriteFrames()
 {
-    const KQexFrameRun lRun = qexsdk::WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lRun == KQexFrameRun::eOUT_OF_MEMORY)
+    const KQexWriteResult lResult =
+        qexsdk::WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
+    if (lResult == KQexWriteResult::eOUT_OF_MEMORY)
     {
         mFile.Error("Out of memory\n");
     }
-    return lRun == KQexFrameRun::eDONE;
+    return lResult == KQexWriteResult::eDONE;
 }
 
 void KQexAmcWriter::ReportLosses()

@@ -161,7 +161,7 @@ void KQexAsfPreparation::RenameBone(HKQexAsfNode pBone, const std::string& pName
 void KQexAsfPreparation::MakeNamesValid()
 {
     KQexUniqueNames lNames(kMaxName);
-    lNames.Make("root");
+    lNames.Make(kRootName);
     for (const bool lIsGenerated : {false, true})
     {
         for (size_t i = 1; i < mOrigins.size(); ++i)

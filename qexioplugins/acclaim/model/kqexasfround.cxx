@@ -58,7 +58,7 @@ void RoundComponents(const double* pUnit, const int* pMoves, double pScale, doub
 /// still rounds to itself. False when there is none.
 bool FindStable(const double* pUnit, double pScale, double pMaxSteps, double* pFound)
 {
-    double lLeast = std::numeric_limits<double>::infinity();
+    double lLowest = std::numeric_limits<double>::infinity();
     for (int lTry = 0; lTry < 27; ++lTry)
     {
         const int lMoves[3] = {lTry % 3 - 1, lTry / 3 % 3 - 1, lTry / 9 - 1};
@@ -66,13 +66,13 @@ bool FindStable(const double* pUnit, double pScale, double pMaxSteps, double* pF
         RoundComponents(pUnit, lMoves, pScale, lRounded);
         const double lDifference[3] = {lRounded[0] - pUnit[0], lRounded[1] - pUnit[1], lRounded[2] - pUnit[2]};
         const double lDistance = KmVlength(lDifference);
-        if (lDistance < lLeast && UnitError(lRounded, lRounded) * pScale <= pMaxSteps)
+        if (lDistance < lLowest && UnitError(lRounded, lRounded) * pScale <= pMaxSteps)
         {
-            lLeast = lDistance;
+            lLowest = lDistance;
             KmVset(pFound, lRounded);
         }
     }
-    return lLeast < std::numeric_limits<double>::infinity();
+    return lLowest < std::numeric_limits<double>::infinity();
 }
 
 /// Whether \p pUnit rounds to a stable direction in steps of 1 / \p pScale that, normalised, is within \p pMaxSteps steps of it.

@@ -272,7 +272,7 @@ KQexAsfNode* KQexAsfScene::CreateRoot(KQexNode* pQexNode)
     {
         return nullptr;
     }
-    std::strcpy(lRoot->mName, "root");
+    std::strcpy(lRoot->mName, kRootName);
     SetDofs(*lRoot, *pQexNode, true); // all six, whatever is animated
     lRoot->GetCurveNodePointers(pQexNode);
     return lRoot;

@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, EName pName)
+KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, ENamePart pPart)
 {
     std::vector<int> lPath; // The nodes whose end is not known yet: the last node and its ancestors.
     for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
@@ -20,7 +20,7 @@ KQexAsfTreeIndex::KQexAsfTreeIndex(KQexNode* pTop, EName pName)
         lPath.push_back(lNumber);
         mNodes.push_back(lNode);
         mEnds.push_back(0);
-        mNames[pName == eWHOLE ? lNode->GetName() : lNode->GetBareName()].push_back(lNumber);
+        mNames[pPart == eWHOLE ? lNode->GetName() : lNode->GetBareName()].push_back(lNumber);
     }
     for (int lNumber : lPath)
     {

@@ -22,14 +22,14 @@ class KQexAsfTreeIndex
 {
 public:
     /// Which part of a node's name counts.
-    enum EName
+    enum ENamePart
     {
         eWHOLE, ///< All of it.
         eBARE   ///< What follows the name-space prefix.
     };
 
     /// Indexes the nodes of the tree at \p pTop, itself included; they stay the scene's.
-    explicit KQexAsfTreeIndex(KQexNode* pTop, EName pName = eWHOLE);
+    explicit KQexAsfTreeIndex(KQexNode* pTop, ENamePart pPart = eWHOLE);
 
     /// The first node named \p pName below node number \p pAncestor, itself excluded, in pre-order; -1 when there is none. O(log n).
     int Find(const char* pName, int pAncestor) const;

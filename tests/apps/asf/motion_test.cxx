@@ -192,6 +192,7 @@ TEST_F(KMotionTest, InfoAndCheckReportExceededLimits)
     EXPECT_EQ(lMotion["frameCount"], 2);
     EXPECT_EQ(lMotion["bonesMoved"], 3);
     EXPECT_NEAR(lMotion["rootTravel"], 2.54 / 0.45, 1e-9);
+    EXPECT_NEAR(lMotion["rootPathLength"], 2.54 / 0.45, 1e-9);
     const json lShin = lMotion["bones"][2];
     EXPECT_EQ(lShin["name"], "shin");
     EXPECT_EQ(lShin["dofs"],

@@ -1,7 +1,7 @@
 #include <kbaselib/kbase/knumber.h>
 
 #include <kbaselib/kbase/knumberscan.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 
 #include <gtest/gtest.h>
 

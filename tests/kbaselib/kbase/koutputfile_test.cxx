@@ -376,9 +376,9 @@ class KOutputFileFaultTest : public testing::TestWithParam<KFaultCase>
 TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
 {
     const KFaultCase lCase = GetParam();
-    for (const bool lOnwards : {false, true})
+    for (const bool lAndLater : {false, true})
     {
-        if (lOnwards && (lCase.mError == EINTR || lCase.mError == EAGAIN))
+        if (lAndLater && (lCase.mError == EINTR || lCase.mError == EAGAIN))
         {
             continue;
         }
@@ -389,7 +389,7 @@ TEST_P(KOutputFileFaultTest, OldFileOrWholeNewOne)
             WriteFile(lDir / "old", "old");
             fs::create_symlink("old", lDir / "link");
             KFileFaults lFaults;
-            lFaults.Fail(lCase.mCall, lNumber, lCase.mError, lOnwards);
+            lFaults.Fail(lCase.mCall, lNumber, lCase.mError, lAndLater);
             KOutputFile lOutput;
             bool        lOk = lOutput.Open((lDir / "link").c_str());
             lOk = lOk && WriteInChunks(lOutput, LongText());

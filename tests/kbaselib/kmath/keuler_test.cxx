@@ -95,7 +95,7 @@ TEST_P(KOrderTest, AgreesWithImath)
         double lTheirs[4][4];
         KmVIJKtoR(lOurs, lAngles, GetParam().mCode);
         ImathRotation(lTheirs, lAngles, GetParam().mImath);
-        ASSERT_LT(Distance(lOurs, lTheirs), kRotationTolerance) << lAngles[0] << " " << lAngles[1] << " " << lAngles[2];
+        ASSERT_LT(LargestDifference(lOurs, lTheirs), kRotationTolerance) << lAngles[0] << " " << lAngles[1] << " " << lAngles[2];
     }
 }
 
@@ -116,7 +116,7 @@ TEST_P(KOrderTest, RotatesAboutItsAxesInOrder)
         }
         double lOurs[4][4];
         KmIJKtoR(lOurs, lAngles[0], lAngles[1], lAngles[2], GetParam().mCode);
-        ASSERT_LT(Distance(lOurs, lExpected), 1e-14);
+        ASSERT_LT(LargestDifference(lOurs, lExpected), 1e-14);
     }
 }
 
@@ -131,10 +131,10 @@ TEST_P(KOrderTest, RotationsRoundTrip)
         lRandom.NextRotation(lR);
         ASSERT_EQ(KmRtoVord(lAngles, lR, GetParam().mCode), lAngles);
         KmVIJKtoR(lBack, lAngles, GetParam().mCode);
-        ASSERT_LT(Distance(lR, lBack), 1e-8) << "in gimbal lock, an error up to its threshold";
+        ASSERT_LT(LargestDifference(lR, lBack), 1e-8) << "in gimbal lock, an error up to its threshold";
         if (std::fabs(lAngles[2]) > 0)
         {
-            ASSERT_LT(Distance(lR, lBack), kRotationTolerance);
+            ASSERT_LT(LargestDifference(lR, lBack), kRotationTolerance);
         }
     }
 }
@@ -155,7 +155,7 @@ TEST_P(KOrderTest, InGimbalLockTheThirdAngleIsZero)
             KmRtoVord(lAngles, lR, GetParam().mCode);
             ASSERT_EQ(lAngles[2], 0.0);
             KmVIJKtoR(lBack, lAngles, GetParam().mCode);
-            ASSERT_LT(Distance(lR, lBack), 2e-9);
+            ASSERT_LT(LargestDifference(lR, lBack), 2e-9);
         }
     }
 }

@@ -28,13 +28,13 @@ double NearestDistance(const double* pV, const double* pNear, bool pRepeats)
         double lSum = 0.0;
         for (int lAxis = 0; lAxis < 3; ++lAxis)
         {
-            double lLeast = std::numeric_limits<double>::infinity();
+            double lLowest = std::numeric_limits<double>::infinity();
             for (int lTurn = -5; lTurn <= 5; ++lTurn)
             {
                 const double lStep = lFrom[lAxis] + 360.0 * lTurn - pNear[lAxis];
-                lLeast = std::min(lLeast, lStep * lStep);
+                lLowest = std::min(lLowest, lStep * lStep);
             }
-            lSum += lLeast;
+            lSum += lLowest;
         }
         lBest = std::min(lBest, std::sqrt(lSum));
     }

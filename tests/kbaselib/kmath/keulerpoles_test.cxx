@@ -77,7 +77,7 @@ TEST(KmEulerTest, XYZAgreesWithTheGeneralForm)
         ASSERT_EQ(lXYZ[3][3], 115);
         ASSERT_EQ(lXYZ[1][3], 107);
         KmVIJKtoR(lIJK, lAngles, 0);
-        ASSERT_LT(Distance(lXYZ, lIJK), 1e-15);
+        ASSERT_LT(LargestDifference(lXYZ, lIJK), 1e-15);
     }
 }
 
@@ -95,7 +95,7 @@ TEST(KmEulerTest, XYZRotationsRoundTrip)
         KmVXYZtoR(lBack, lAngles);
         if (std::fabs(lR[0][2]) < 0.999999)
         {
-            ASSERT_LT(Distance(lR, lBack), kRotationTolerance);
+            ASSERT_LT(LargestDifference(lR, lBack), kRotationTolerance);
             KmRtoVord(lOrd, lR, 0);
             for (int lIndex = 0; lIndex < 3; ++lIndex)
             {
@@ -105,7 +105,7 @@ TEST(KmEulerTest, XYZRotationsRoundTrip)
         else
         {
             // Near a pole y becomes ±90, at most 0.081 degrees off; sin(0.081 degrees) is 0.0014.
-            ASSERT_LT(Distance(lR, lBack), 0.0015);
+            ASSERT_LT(LargestDifference(lR, lBack), 0.0015);
             ASSERT_EQ(std::fabs(lAngles[1]), 90);
             ASSERT_EQ(lAngles[2], 0);
         }

@@ -1,6 +1,6 @@
 #include <kbaselib/kmath/maths.h>
 
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 
 #include <gtest/gtest.h>
 

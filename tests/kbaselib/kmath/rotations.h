@@ -101,17 +101,17 @@ inline std::vector<double> Triple(const double* pV)
 }
 
 /// The largest difference between two rotations, element by element.
-inline double Distance(const double (*pA)[4], const double (*pB)[4])
+inline double LargestDifference(const double (*pA)[4], const double (*pB)[4])
 {
-    double lDistance = 0;
+    double lLargest = 0;
     for (int lRow = 0; lRow < 3; ++lRow)
     {
         for (int lColumn = 0; lColumn < 3; ++lColumn)
         {
-            lDistance = std::fmax(lDistance, std::fabs(pA[lRow][lColumn] - pB[lRow][lColumn]));
+            lLargest = std::fmax(lLargest, std::fabs(pA[lRow][lColumn] - pB[lRow][lColumn]));
         }
     }
-    return lDistance;
+    return lLargest;
 }
 
 } // namespace qextest

@@ -15,16 +15,16 @@ namespace qextest
 {
 
 /// A host scene and a skeleton. The skeleton is destroyed first: it may own curves of the scene.
-struct KStage
+struct KScenePair
 {
-    KStage() : mScene(qexsdk::KQexScene::Create("stage")), mAsf(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>()) {}
-    ~KStage()
+    KScenePair() : mScene(qexsdk::KQexScene::Create("stage")), mAsf(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>()) {}
+    ~KScenePair()
     {
         mAsf->Destroy();
         mScene->Destroy();
     }
-    KStage(const KStage&) = delete;
-    KStage& operator=(const KStage&) = delete;
+    KScenePair(const KScenePair&) = delete;
+    KScenePair& operator=(const KScenePair&) = delete;
 
     qexsdk::KQexScene*    mScene;
     qexsdk::KQexAsfScene* mAsf;

@@ -80,7 +80,7 @@ TEST(KQexAsfNodeTest, StartsWithItsDefaults)
 
 TEST(KQexAsfNodeTest, AccessorsMatchTheFields)
 {
-    KStage      lStage;
+    KScenePair  lStage;
     KQexAsfNode lBone;
     lBone.SetScene(lStage.mScene);
     EXPECT_EQ(lBone.mScene, lStage.mScene);

@@ -1,13 +1,11 @@
 #include <qexioplugins/bvh/kqexfilebvh.h>
 
-#include <qexioplugins/motion/kqexsafenames.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 #include <tests/support/texts.h>
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 
 using namespace qexsdk;
@@ -134,6 +132,47 @@ INSTANTIATE_TEST_SUITE_P(Spelling, KBvhVariantTest,
                                          KVariant{"plus sign", "4 5 6", "+4 5 6"}, KVariant{"exponent", "4 5 6", "4e0 5 6"}),
                          [](const testing::TestParamInfo<KVariant>& pInfo) { return std::to_string(pInfo.index); });
 
+/// The order of the rotations, and which value belongs to which channel, are those of both statements together.
+TEST(BvhRead, AJointMayHaveSeveralChannelStatements)
+{
+    for (const char* lStatements : {"CHANNELS 3 Xposition Yposition Zposition\n CHANNELS 3 Zrotation Xrotation Yrotation",
+                                    "CHANNELS 5 Xposition Yposition Zposition Zrotation Xrotation\n CHANNELS 1 Yrotation"})
+    {
+        const KScenePtr   lScene = MakeScene();
+        KQexFileBvh       lFile;
+        KQexBvhReadResult lResult;
+        ASSERT_TRUE(ReadText(lScene.get(),
+                             Replaced(kSmall, "CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation", lStatements), lFile,
+                             lResult));
+        EXPECT_TRUE(lFile.GetMessages().empty());
+        KQexNode* lHips = lResult.mRoots[0];
+        EXPECT_EQ(lHips->GetRotationOrder(), eEULER_YXZ);
+        EXPECT_EQ(lHips->EvaluateLocalRotation(FrameTime(1))[1], 31.0);
+        EXPECT_EQ(lHips->GetChild(0)->EvaluateLocalRotation(FrameTime(1))[2], -1.0);
+    }
+}
+
+TEST(BvhRead, ChannelsOfAnEndSiteAreReadWithAWarning)
+{
+    const KScenePtr   lScene = MakeScene();
+    KQexFileBvh       lFile;
+    KQexBvhReadResult lResult;
+    std::string       lText = Replaced(kSmall, "OFFSET 0 -5 0\n", "OFFSET 0 -5 0\n CHANNELS 1 Xrotation\n");
+    lText = Replaced(Replaced(lText, " 1 2 3\n4", " 1 2 3 50\n4"), "-1 -2 -3", "-1 -2 -3 60");
+    ASSERT_TRUE(ReadText(lScene.get(), lText, lFile, lResult));
+    ASSERT_EQ(lFile.GetMessages().size(), 1u);
+    EXPECT_EQ(lFile.GetMessages()[0].mText, "End Site has channels (Left Leg_End), they are read");
+    EXPECT_EQ(lFile.GetMessages()[0].mLine, 13);
+    EXPECT_EQ(lResult.mFrames, 2);
+    KQexNode* lLeg = lResult.mRoots[0]->GetChild(0);
+    EXPECT_EQ(lLeg->EvaluateLocalRotation(FrameTime(1))[0], -3.0);
+    EXPECT_EQ(lLeg->GetChild(0)->EvaluateLocalRotation(FrameTime(1))[0], 60.0);
+
+    const KScenePtr lOther = MakeScene();
+    ASSERT_TRUE(ReadText(lOther.get(), Replaced(kSmall, "OFFSET 0 -5 0\n", "OFFSET 0 -5 0\n CHANNELS 0\n"), lFile, lResult));
+    EXPECT_TRUE(lFile.GetMessages().empty()) << "no channels";
+}
+
 struct KBadFile
 {
     const char* mOld;
@@ -174,6 +213,8 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadFile{"CHANNELS 6", "CHANNELS 7", 5, "More than six channels (7)"},
                     KBadFile{"Yposition", "Wposition", 5, "Channel name expected, found (Wposition)"},
                     KBadFile{"Yposition", "Xposition", 5, "Channel repeated (Xposition)"},
+                    KBadFile{"  JOINT", "  CHANNELS 1 Zrotation\n  JOINT", 6, "Channel repeated (Zrotation)"},
+                    KBadFile{"0 -5 0\n", "0 -5 0\n JOINT", 13, "OFFSET or } expected, found (JOINT)"},
                     KBadFile{"JOINT", "JOIN", 6, "OFFSET, CHANNELS, JOINT, End Site or } expected, found (JOIN)"},
                     KBadFile{"MOTION", "MOTIONS", 16, "ROOT or MOTION expected, found (MOTIONS)"},
                     KBadFile{"Frames: 2", "Frames: -2", 17, "Number of frames expected, found (-2)"},
@@ -457,24 +498,6 @@ TEST(BvhWrite, NamesAreMadeSafeAndUniqueWithAWarning)
     }
 }
 
-TEST(BvhWrite, UniqueNamesSkipNamesInUse)
-{
-    KQexUniqueNames lNames;
-    for (const char* lName : {"a", "a_2", "a_3"})
-    {
-        EXPECT_EQ(lNames.Make(lName), lName);
-    }
-    EXPECT_EQ(lNames.Make("a"), "a_4");
-    EXPECT_EQ(lNames.Make("a"), "a_5");
-
-    KQexUniqueNames lShort(4);
-    for (const char* lName : {"long", "lo_2", "lo_3"})
-    {
-        EXPECT_EQ(lShort.Make(std::string(lName) + "er"), lName);
-    }
-    EXPECT_EQ(lShort.Make("longest"), "lo_4");
-}
-
 TEST(BvhWrite, WithoutFramesOrNodesThereIsNothingToWrite)
 {
     const KScenePtr     lScene = MakeScene();
@@ -518,116 +541,23 @@ TEST(BvhWrite, CancelsInTheMiddle)
     KQexBvhWriteOptions lOptions;
     lOptions.mStack = lScene->FindAnimStack("take");
     ASSERT_TRUE(MakeSampling({lRoot}, lOptions.mStack, KQexSamplingRequest(), lOptions.mSampling));
+    lOptions.mThreads = 1;
+    int    lCalls = 0;
     double lFraction = -1.0;
     lOptions.mProgress = [&](double pFraction)
     {
         EXPECT_GT(pFraction, lFraction);
         lFraction = pFraction;
-        return false;
+        return ++lCalls < 2;
     };
     std::string lText;
     KQexFileBvh lFile;
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lText));
     EXPECT_FALSE(lFile.Write({lRoot}, lOptions));
+    EXPECT_EQ(lCalls, 2) << "not called again after it cancelled";
     EXPECT_GT(lFraction, 0.0);
     EXPECT_LT(lFraction, 1.0) << "cancelled before the end";
     EXPECT_EQ(lFile.GetErrorCount(), 0) << "cancelling is not an error";
-}
-
-TEST(BvhSampling, NearestFrameStep)
-{
-    EXPECT_EQ(NearestFrameStep(1.0 / 120.0).Get(), 5880000);
-    EXPECT_EQ(NearestFrameStep(0.0083333).Get(), 5880000);
-    EXPECT_EQ(NearestFrameStep(2.5).Get(), 1764000000);
-    for (const double lNone : {0.0, -1.0, 1e300, std::nan("")})
-    {
-        EXPECT_EQ(NearestFrameStep(lNone).Get(), 0) << lNone;
-    }
-}
-
-TEST(BvhSampling, TimesOutOfRangeAreRejected)
-{
-    const KScenePtr lScene = MakeScene();
-    KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");
-    lScene->GetRootNode()->AddChild(lNode);
-    KQexAnimCurveNode* lCurveNode = lNode->mLocalTranslation.GetCurveNode(true, "take");
-    KQexAnimCurve*     lEmpty = KQexAnimCurve::Create(lScene.get(), "empty");
-    KQexAnimCurve*     lLate = KQexAnimCurve::Create(lScene.get(), "late");
-    KQexAnimCurve*     lEarly = KQexAnimCurve::Create(lScene.get(), "early");
-    lCurveNode->ConnectToChannel(lEmpty, 0, true);
-    lCurveNode->ConnectToChannel(lLate, 1, true);
-    lCurveNode->ConnectToChannel(lEarly, 2, true);
-    lLate->AppendSample(KTime(KTime::kMax), 1.0F);
-    lEarly->AppendSample(KTime(KTime::kMin), 1.0F);
-    KQexSampling        lSampling;
-    KQexSamplingRequest lRequest;
-    KQexAnimStack*      lStack = lScene->FindAnimStack("take");
-    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "the span overflows";
-    lRequest.mHasStart = lRequest.mHasEnd = true;
-    lRequest.mEnd = KTime(705600000);
-    EXPECT_TRUE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "a part of it fits";
-    lRequest.mEvery = 0;
-    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling));
-    lRequest.mEvery = INT_MAX;
-    lRequest.mFramesPerSecond = 1e-4;
-    EXPECT_FALSE(MakeSampling({lNode}, lStack, lRequest, lSampling)) << "one step overflows";
-}
-
-TEST(MakeSampling, WithoutKeysGivesOneFrameAtTheStart)
-{
-    KQexSamplingRequest lRequest;
-    lRequest.mHasStart = true;
-    for (const long long lStart : {-705600000LL, 0LL, 705600000LL})
-    {
-        KQexSampling lSampling;
-        lRequest.mStart = KTime(lStart);
-        ASSERT_TRUE(MakeSampling({}, nullptr, lRequest, lSampling)) << lStart;
-        EXPECT_EQ(lSampling.mStart.Get(), lStart);
-        EXPECT_EQ(lSampling.mCount, 1) << lStart;
-    }
-}
-
-TEST(BvhSampling, UsesTheRateOfTheKeysByDefault)
-{
-    std::mt19937        lRandom(3);
-    const KScenePtr     lScene = MakeScene();
-    KQexNode*           lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
-    KQexAnimStack*      lStack = lScene->FindAnimStack("take");
-    KQexSampling        lSampling;
-    KQexSamplingRequest lRequest;
-    ASSERT_TRUE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
-    EXPECT_EQ(lSampling.mStep.Get(), 5880000);
-    EXPECT_EQ(lSampling.mCount, 20);
-    lRequest.mEvery = 3;
-    ASSERT_TRUE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
-    EXPECT_EQ(lSampling.mCount, 7);
-    lRequest.mEvery = 1;
-    lRequest.mFramesPerSecond = 60;
-    ASSERT_TRUE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
-    EXPECT_EQ(lSampling.mCount, 10);
-    lRequest.mHasStart = lRequest.mHasEnd = true;
-    lRequest.mStart = KTime(705600000);
-    EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling)) << "the end is before the start";
-    EXPECT_EQ(lSampling.mCount, 10);
-    lRequest.mFramesPerSecond = -1;
-    EXPECT_FALSE(MakeSampling({lRoot}, lStack, lRequest, lSampling));
-}
-
-TEST(BvhSampling, KeysRoundedToTicksStillGiveTheirRate)
-{
-    const KScenePtr lScene = MakeScene();
-    KQexNode*       lNode = KQexNode::Create(lScene.get(), "n");
-    lScene->GetRootNode()->AddChild(lNode);
-    KQexAnimCurve* lCurve = KQexAnimCurve::Create(lScene.get(), "c");
-    lNode->mLocalTranslation.GetCurveNode(true, "take")->ConnectToChannel(lCurve, 0, true);
-    for (int i = 0; i < 500; ++i)
-    {
-        lCurve->AppendSample(KTime(std::llround(i * 705600000.0 / 11.3)), 1.0F);
-    }
-    KQexSampling lSampling;
-    ASSERT_TRUE(MakeSampling({lNode}, lScene->FindAnimStack("take"), KQexSamplingRequest(), lSampling));
-    EXPECT_EQ(lSampling.mCount, 500);
-    EXPECT_NEAR(static_cast<double>(lSampling.mStep.Get()), 705600000.0 / 11.3, 1.0);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <tests/support/commalocale.h>
 #include <tests/support/filefaults.h>
 #include <tests/support/memorywatch.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>

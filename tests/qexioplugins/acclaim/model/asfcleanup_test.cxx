@@ -382,7 +382,7 @@ protected:
         return lCurveNode;
     }
 
-    KStage       mStage;
+    KScenePair   mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root");
 };
 

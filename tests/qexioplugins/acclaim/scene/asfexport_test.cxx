@@ -49,8 +49,8 @@ protected:
 
     static std::vector<int> Dofs(const KQexAsfNode* pBone) { return {pBone->mOrderBuf, pBone->mOrderBuf + pBone->mOrderCount}; }
 
-    KStage    mStage;
-    KQexNode* mTop = Node(nullptr, "ns:Hips");
+    KScenePair mStage;
+    KQexNode*  mTop = Node(nullptr, "ns:Hips");
 };
 
 TEST_F(KExportTest, ALoneNodeBecomesALoneRoot)
@@ -207,9 +207,9 @@ class KExportOrderTest : public testing::TestWithParam<KExportOrderCase>
 
 TEST_P(KExportOrderTest, DofsFollowTheOrder)
 {
-    KStage    lStage;
-    KQexNode* lTop = KQexNode::Create(lStage.mScene, "top");
-    KQexNode* lChild = KQexNode::Create(lStage.mScene, "child");
+    KScenePair lStage;
+    KQexNode*  lTop = KQexNode::Create(lStage.mScene, "top");
+    KQexNode*  lChild = KQexNode::Create(lStage.mScene, "child");
     lTop->AddChild(lChild);
     lChild->AddChild(KQexNode::Create(lStage.mScene, "end"));
     for (KQexNode* lNode : {lTop, lChild})

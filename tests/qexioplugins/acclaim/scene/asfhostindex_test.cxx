@@ -31,7 +31,7 @@ TEST(KQexAsfTreeIndexTest, MatchesFindChild)
 {
     for (unsigned int lSeed = 1; lSeed <= 20; ++lSeed)
     {
-        KStage                 lStage;
+        KScenePair             lStage;
         const int              lCount = 200;
         KQexNode*              lTop = RandomNodes(lStage.mScene, lCount, lSeed)[0];
         const KQexAsfTreeIndex lIndex(lTop);
@@ -52,9 +52,9 @@ TEST(KQexAsfTreeIndexTest, MatchesFindChild)
 
 TEST(KQexAsfTreeIndexTest, SearchesBelowItsTopOnly)
 {
-    KStage    lStage;
-    KQexNode* lAbove = KQexNode::Create(lStage.mScene, "above");
-    KQexNode* lTop = KQexNode::Create(lStage.mScene, "top");
+    KScenePair lStage;
+    KQexNode*  lAbove = KQexNode::Create(lStage.mScene, "above");
+    KQexNode*  lTop = KQexNode::Create(lStage.mScene, "top");
     lAbove->AddChild(lTop);
     lAbove->AddChild(KQexNode::Create(lStage.mScene, "sibling"));
     const KQexAsfTreeIndex lIndex(lTop);
@@ -64,7 +64,7 @@ TEST(KQexAsfTreeIndexTest, SearchesBelowItsTopOnly)
 
 TEST(KQexAsfChildIndexTest, MatchesFindChildWhileChildrenAreAppended)
 {
-    KStage            lStage;
+    KScenePair        lStage;
     KQexNode*         lParent = KQexNode::Create(lStage.mScene, "parent");
     KQexNode*         lOther = KQexNode::Create(lStage.mScene, "other");
     KQexAsfChildIndex lIndex;

@@ -22,7 +22,7 @@ protected:
         return mStage.mAsf->ASFToQEX(mStage.mScene, "take", pSetLimits, pOffset, pPreRotation);
     }
 
-    KStage       mStage;
+    KScenePair   mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
 };
 
@@ -142,7 +142,7 @@ struct KImportFlags
 class KImportPropertyTest : public testing::TestWithParam<KImportFlags>
 {
 protected:
-    static std::map<std::string, KQexVector4> Positions(const KStage& pStage, KQexNode* pTop, KTime pTime)
+    static std::map<std::string, KQexVector4> Positions(const KScenePair& pStage, KQexNode* pTop, KTime pTime)
     {
         std::map<std::string, KQexVector4> lPositions;
         for (KQexNode* lNode = pTop; lNode != nullptr; lNode = lNode->GetNextInTree(pTop))
@@ -155,7 +155,7 @@ protected:
     /// Node positions at the second of two random frames of a random skeleton. The motion depends on the seed alone, not on the flags.
     static std::map<std::string, KQexVector4> MovedPositions(unsigned int pSeed, bool pRemoveDummy, const KImportFlags& pFlags)
     {
-        KStage                          lStage;
+        KScenePair                      lStage;
         const std::vector<KQexAsfNode*> lBones = RandomBones(eRANDOM, 40, pSeed, true);
         std::vector<KQexAsfNode*>       lSampled;
         for (KQexAsfNode* lBone : lBones)
@@ -230,7 +230,7 @@ TEST_P(KLargeImportTest, FitsInASmallStack)
     RunWithStackSize(kStackSizes[1],
                      [&]
                      {
-                         KStage lStage;
+                         KScenePair lStage;
                          lStage.mAsf->mRoot = RandomBones(GetParam(), 100000, 3, false)[0];
                          lStage.mAsf->mRoot->SetupPosition(false, true);
                          lStage.mAsf->mRoot->CreateDataFromDOF(lStage.mScene);

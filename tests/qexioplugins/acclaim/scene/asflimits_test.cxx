@@ -53,7 +53,7 @@ protected:
         mBone.mLimitsActive[pCode][1] = true;
     }
 
-    KStage            mStage;
+    KScenePair        mStage;
     KQexAsfNode       mBone;
     KQexNode*         mNode = KQexNode::Create(mStage.mScene, "node");
     KQexNodeLimits&   mLimits = mNode->GetLimits();
@@ -148,7 +148,7 @@ class KDofsTest : public testing::TestWithParam<KDofsCase>
 
 TEST_P(KDofsTest, TheListSetsTheOrderAndRotationIsActive)
 {
-    KStage       lStage;
+    KScenePair   lStage;
     KQexNode*    lNode = KQexNode::Create(lStage.mScene, "node");
     KQexAsfNode* lBone = lStage.mAsf->mRoot = Bone(nullptr, "bone", GetParam().mDofs);
     lBone->SetDoFs(lNode, false, false);
@@ -165,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(DofLists, KDofsTest,
 class KDofFramesTest : public testing::Test
 {
 protected:
-    KStage       mStage;
+    KScenePair   mStage;
     KQexNode*    mNode = KQexNode::Create(mStage.mScene, "node");
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root");
 };

@@ -58,7 +58,7 @@ protected:
 
     static bool HasCurves(KQexNode* pNode) { return pNode != nullptr && pNode->mLocalRotation.GetCurveNode(false, "take") != nullptr; }
 
-    KStage       mStage;
+    KScenePair   mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {0, 1, 2, 5, 4, 3});
     KQexNode*    mTop = Node(nullptr, "top", false);
 };
@@ -194,7 +194,7 @@ protected:
 
     bool Merge() { return mStage.mAsf->MergeQEXToASF(mHost); }
 
-    KStage       mStage;
+    KScenePair   mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {}, {}, {1.0, 2.0, 3.0});
     KQexNode*    mHost = Node(nullptr, "hips", 1.0);
 };

@@ -60,7 +60,7 @@ protected:
         }
     }
 
-    KStage mStage;
+    KScenePair mStage;
 };
 
 TEST_F(KSamplingTest, CurvesAreCreatedForTheDofs)
@@ -191,7 +191,7 @@ class KSampleKeyTest : public testing::TestWithParam<KSampleKeysCase>
 TEST_P(KSampleKeyTest, KeysOfOneFrame)
 {
     const KSampleKeysCase& lCase = GetParam();
-    KStage                 lStage;
+    KScenePair             lStage;
     KQexAsfNode*           lRoot = lStage.mAsf->mRoot = Bone(nullptr, "root", {}, {1.0, 2.0, 3.0}, {90.0, 0.0, 0.0});
     KQexAsfNode*           lBone = Bone(lRoot, "bone", lCase.mDofs, {0.0, 1.0, 0.0}, {0.0, 0.0, 90.0});
     KgeMult(lRoot->mPositionV, lRoot->mDirectionV, lRoot->mLength);
@@ -437,7 +437,7 @@ TEST_F(KSamplingTest, WithoutCurvesOnlyValuesAreWritten)
     KAssertWatch lWatch;
     bool         lKept = true;
     {
-        KStage       lStage;
+        KScenePair   lStage;
         KQexAsfNode* lRoot = lStage.mAsf->mRoot = Bone(nullptr, "root", {0, 5});
         KQexNode*    lNode = KQexNode::Create(lStage.mScene, "node");
         lRoot->mLR = KgeRVector(4.0, 5.0, 6.0);

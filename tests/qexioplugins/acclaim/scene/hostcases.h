@@ -39,7 +39,7 @@ qexsdk::KQexProperty Property(qexsdk::KQexNode& pNode, const std::string& pWhich
 nlohmann::json DescribeBones(qexsdk::KQexAsfNode* pRoot, int pLimitRows = -1);
 
 /// Of every bone in pre-order: name, parent position and the key counts of the curves that it owns.
-nlohmann::json DescribeLeftovers(qexsdk::KQexAsfNode* pRoot);
+nlohmann::json DescribeBonesBriefly(qexsdk::KQexAsfNode* pRoot);
 
 /// Key counts of a bone's six curves, null where there is none.
 nlohmann::json DescribeCurveSizes(const qexsdk::KQexAsfNode& pBone);

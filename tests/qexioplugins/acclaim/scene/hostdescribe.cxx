@@ -214,7 +214,7 @@ json DescribeBones(KQexAsfNode* pRoot, int pLimitRows)
     return lResult;
 }
 
-json DescribeLeftovers(KQexAsfNode* pRoot)
+json DescribeBonesBriefly(KQexAsfNode* pRoot)
 {
     json lResult = json::array();
     for (const KQexAsfNode* lBone : BonesOf(pRoot))

@@ -114,20 +114,20 @@ json Prepare(KHostCase& pScene, const json& pCase, const KFlags& pFlags)
 }
 
 /// Adds the host trees and their transforms, evaluated in the case's take, or in none if that does not exist.
-void AddHostResult(json& pResult, const std::vector<KQexNode*>& pTops, const json& pCase, KHostCase& pScene)
+void AddHostResult(json& pResult, const std::vector<KQexNode*>& pRoots, const json& pCase, KHostCase& pScene)
 {
     pScene.mScene->GetEvaluator()->SetContext(pScene.mScene->FindAnimStack(KFlags(pCase).Take()));
     pResult["host"] = json::array();
     pResult["eval"] = json::array();
-    for (KQexNode* lTop : pTops)
+    for (KQexNode* lRoot : pRoots)
     {
-        pResult["host"].push_back(DescribeTree(lTop));
+        pResult["host"].push_back(DescribeTree(lRoot));
         if (pCase.contains("eval"))
         {
-            pResult["eval"].push_back(DescribeTransforms(lTop, pCase["eval"]));
+            pResult["eval"].push_back(DescribeTransforms(lRoot, pCase["eval"]));
         }
     }
-    pResult["after"] = DescribeLeftovers(pScene.mAsf->mRoot);
+    pResult["after"] = DescribeBonesBriefly(pScene.mAsf->mRoot);
 }
 
 json RunImport(const json& pCase)
