@@ -74,7 +74,7 @@ public:
     /// progress callback cancels; existing files are then unchanged.
     bool Write(const std::string& pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
 
-    /// Writes a binary file to memory. \p pOut is unspecified after a failure.
+    /// Writes a binary file to memory. False as Write(); \p pOut is then unchanged.
     bool WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
 
     /// Reads the file at \p pPath, binary or JSON whatever its name, into \p pScene; "-" is standard input. A take whose name is in use

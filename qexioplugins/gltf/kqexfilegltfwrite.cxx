@@ -1,6 +1,7 @@
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
+#include <qexioplugins/gltf/kqexgltfbinary.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 #include <qexscene/kqexsceneundo.h>
 
@@ -8,7 +9,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
+#include <new>
 #include <string_view>
+#include <utility>
 
 namespace qexsdk
 {
@@ -49,27 +52,7 @@ bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
 namespace
 {
 
-std::string LittleEndianBytes(size_t pValue)
-{
-    std::string lBytes;
-    for (int i = 0; i < 4; ++i)
-    {
-        lBytes += static_cast<char>(pValue >> (8 * i) & 0xFF);
-    }
-    return lBytes;
-}
-
-/// File header, JSON chunk and the header of the BIN chunk, which \p pBytes bytes follow.
-std::string BinaryFileStart(std::string pJson, size_t pBytes)
-{
-    pJson.resize((pJson.size() + 3) / 4 * 4, ' ');
-    const size_t lSize = 12 + 8 + pJson.size() + 8 + pBytes;
-    return "glTF" + LittleEndianBytes(2) + LittleEndianBytes(lSize) + LittleEndianBytes(pJson.size()) + "JSON" + pJson +
-           LittleEndianBytes(pBytes) + std::string("BIN\0", 4);
-}
-
 constexpr size_t kReservedMessages = 4;
-constexpr size_t kMaxFileSize = 0xFFFFFFFFu; ///< A binary file's header holds its size in 32 bits.
 
 bool EndsWith(const std::string& pText, const std::string& pEnd)
 {
@@ -136,14 +119,20 @@ bool BuildAndWrite(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, co
     return false;
 }
 
-bool CheckSize(KQexFileGltf& pFile, size_t pBytes)
+std::string_view BufferOf(KQexGltfWriter& pWriter)
 {
-    if (pBytes <= kMaxFileSize)
+    return std::string_view(reinterpret_cast<const char*>(pWriter.GetBytes().data()), pWriter.GetBytes().size());
+}
+
+/// All of a binary file but the bytes of its buffer; empty, and reported, when the file would be too large.
+std::string BinaryStartOf(KQexFileGltf& pFile, KQexGltfWriter& pWriter)
+{
+    std::string lStart = MakeGltfBinaryStart(pWriter.GetJson(""), pWriter.GetBytes().size());
+    if (lStart.empty())
     {
-        return true;
+        pFile.Report(KQexTextMessage::eERROR, "A binary glTF file can't exceed 4 GB; write .gltf instead");
     }
-    pFile.Report(KQexTextMessage::eERROR, "A binary glTF file can't exceed 4 GB; write .gltf instead");
-    return false;
+    return lStart;
 }
 
 } // namespace
@@ -154,13 +143,12 @@ bool KQexFileGltf::Write(const std::string& pPath, const std::vector<KQexNode*>&
     return BuildAndWrite(*this, pRoots, pOptions,
                          [&](KQexGltfWriter& pWriter)
                          {
-                             const std::string_view lBytes(reinterpret_cast<const char*>(pWriter.GetBytes().data()),
-                                                           pWriter.GetBytes().size());
+                             const std::string_view lBytes = BufferOf(pWriter);
                              KOutputFile            lMain;
                              if (!EndsWith(pPath, ".gltf"))
                              {
-                                 return CheckSize(*this, lBytes.size()) &&
-                                        WriteParts(*this, lMain, pPath, {BinaryFileStart(pWriter.GetJson(""), lBytes.size()), lBytes}) &&
+                                 const std::string lStart = BinaryStartOf(*this, pWriter);
+                                 return !lStart.empty() && WriteParts(*this, lMain, pPath, {lStart, lBytes}) &&
                                         (lMain.Commit() || ReportOutput(*this, lMain));
                              }
                              const std::string  lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
@@ -182,13 +170,13 @@ bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& 
     return BuildAndWrite(*this, pRoots, pOptions,
                          [&](KQexGltfWriter& pWriter)
                          {
-                             const std::vector<unsigned char>& lBytes = pWriter.GetBytes();
-                             if (!CheckSize(*this, lBytes.size()))
+                             std::string lFile = BinaryStartOf(*this, pWriter);
+                             if (lFile.empty())
                              {
                                  return false;
                              }
-                             pOut = BinaryFileStart(pWriter.GetJson(""), lBytes.size());
-                             pOut.append(reinterpret_cast<const char*>(lBytes.data()), lBytes.size());
+                             lFile += BufferOf(pWriter);
+                             pOut = std::move(lFile);
                              return true;
                          });
 }

@@ -72,7 +72,6 @@ std::string KQexGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string&
 
 void KQexGltfWriter::AddNodes()
 {
-    KQexUniqueNames lNames;
     for (size_t i = 0; i < mNodes.size(); ++i)
     {
         const KQexGltfNode&    lFrom = mNodes[i];
@@ -84,7 +83,7 @@ void KQexGltfWriter::AddNodes()
         lPose.GetTranslation(KTime(0), lT);
         lPose.GetRotation(KTime(0), lR);
         lPose.GetScaling(KTime(0), lS);
-        lNode.mName = SafeName(lNames, lFrom.mNode->GetName(), "node");
+        lNode.mName = SafeName(mNodeNames, lFrom.mNode->GetName(), "node");
         lNode.mTranslation = {lT[0] * mOptions.mScale, lT[1] * mOptions.mScale, lT[2] * mOptions.mScale};
         lNode.mRotation.assign(lR.mData, lR.mData + 4);
         if (lS[0] != 1.0 || lS[1] != 1.0 || lS[2] != 1.0)

@@ -147,7 +147,7 @@ void KQexGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int 
     }
     lPrimitive.mMaterial = 0;
     KQexGltfModel::KNode lNode;
-    lNode.mName = mModel.mSkins[static_cast<size_t>(pSkin)].mName + "_bones";
+    lNode.mName = mNodeNames.Make(mModel.mSkins[static_cast<size_t>(pSkin)].mName + "_bones");
     lNode.mMesh = static_cast<int>(mModel.mMeshes.size());
     lNode.mSkin = pSkin;
     mModel.mMeshes.push_back({lNode.mName, lPrimitive});

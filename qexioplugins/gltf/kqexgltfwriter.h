@@ -71,6 +71,7 @@ private:
     KQexGltfModel               mModel;
     KQexGltfBuffer              mBuffer;
     int                         mThreads;
+    KQexUniqueNames             mNodeNames;
     std::vector<KQexGltfNode>   mNodes;         ///< Each tree in pre-order; also the file's first nodes, in this order.
     std::vector<size_t>         mTreeStarts;    ///< First node of each tree.
     size_t                      mDoneNodes = 0; ///< Nodes animated so far, summed over the takes; for the progress.

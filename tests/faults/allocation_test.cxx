@@ -1,5 +1,8 @@
+#include <qexioplugins/motion/kqextextfile.h>
 #include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
+
+#include <cstdio>
 
 // Runs every operation with its 1st allocation failing, then its 2nd, and so on until it makes no more: once with that one alone failing,
 // once with all later ones failing too. An operation that succeeds is complete; one that fails reports it, leaks nothing, leaves the scene
@@ -98,6 +101,23 @@ TEST_P(KAllocationFault, LosesNothing)
         EXPECT_GT(lCall, 10);
         std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lAndLater ? "and all after it" : "alone");
     }
+}
+
+TEST(TextFileMessages, AnErrorThatMemoryCannotHoldCountsOnce)
+{
+    const std::string lText(1000, 'x');
+    KFailingAllocator lAllocator;
+    KQexTextFile      lFile("TXT", " ", "#", true, false);
+    ASSERT_TRUE(lFile.OpenReadBuffer("a\n", 2));
+    lAllocator.Arm(1, true);
+    lFile.Error("%s\n", lText.c_str());
+    lFile.Warning("%s\n", lText.c_str());
+    lAllocator.Disarm();
+    EXPECT_EQ(lFile.GetErrorCount(), 2) << "out of memory, twice";
+    EXPECT_EQ(lFile.GetWarningCount(), 1);
+    ASSERT_EQ(lFile.GetMessages().size(), 2u);
+    EXPECT_EQ(lFile.GetMessages()[0].mText, "Out of memory");
+    EXPECT_TRUE(lFile.HasFailed());
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, KAllocationFault, testing::ValuesIn(FaultOperations()),

@@ -87,6 +87,20 @@ TEST(GltfWrite, TreesKeepTheirGlobalTransformsUnderTransformedAncestors)
     }
 }
 
+/// The node of the mesh is named after the skeleton's first joint.
+TEST(GltfWrite, TheNameOfTheMeshDiffersFromThoseOfAllNodes)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lFirst = AddNode(lScene->GetRootNode(), "hips");
+    AddNode(lFirst, "hips_bones", 0, 10, 0);
+    const KWritten lWritten({lFirst});
+    EXPECT_EQ(lWritten.mMessages, "");
+    ASSERT_EQ(lWritten.mJson["nodes"].size(), 3u);
+    EXPECT_EQ(lWritten.mJson["nodes"][1]["name"], "hips_bones");
+    EXPECT_EQ(lWritten.mJson["nodes"][2]["name"], "hips_bones_2");
+    EXPECT_EQ(lWritten.mJson["meshes"][0]["name"], "hips_bones_2");
+}
+
 TEST(GltfWrite, ATransformedSceneRootIsWritten)
 {
     for (const int lProperty : {0, 1, 2, 3, 4, 5, 6})

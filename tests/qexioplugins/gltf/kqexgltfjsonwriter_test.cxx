@@ -83,6 +83,7 @@ TEST(KQexGltfJsonWriter, NumbersRoundTrip)
     for (size_t i = 0; i < lNumbers.size(); ++i)
     {
         EXPECT_EQ(lRead[i].get<double>(), lNumbers[i]);
+        EXPECT_EQ(std::signbit(lRead[i].get<double>()), std::signbit(lNumbers[i])) << lNumbers[i];
     }
     EXPECT_TRUE(lRead[lNumbers.size()].is_null() && lRead[lNumbers.size() + 1].is_null()) << "JSON cannot represent them";
     EXPECT_EQ(lRead.back().get<size_t>(), std::numeric_limits<size_t>::max());
