@@ -178,11 +178,15 @@ void ScanFile(const std::string& pPath)
     std::fclose(lFile);
 }
 
-KTextFile::KTextFile(const std::string& pText)
+std::string ScratchPath(const std::string& pExtension)
 {
     static int        sCount = 0;
-    const std::string lName = "qexbench-" + std::to_string(::getpid()) + "-" + std::to_string(++sCount);
-    mPath = (std::filesystem::temp_directory_path() / lName).string();
+    const std::string lName = "qexbench-" + std::to_string(::getpid()) + "-" + std::to_string(++sCount) + pExtension;
+    return (std::filesystem::temp_directory_path() / lName).string();
+}
+
+KTextFile::KTextFile(const std::string& pText) : mPath(ScratchPath(""))
+{
     if (!(std::ofstream(mPath, std::ios::binary) << pText).flush())
     {
         std::fprintf(stderr, "%s: cannot be written\n", mPath.c_str());

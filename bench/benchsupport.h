@@ -46,6 +46,9 @@ double ScanNumbers(const char* pText, size_t pSize);
 /// The bound of every text reader: reads a file through one preallocated buffer and runs ScanNumbers() on its bytes.
 void ScanFile(const std::string& pPath);
 
+/// A path for a temporary file that no other file has, also none of another process.
+std::string ScratchPath(const std::string& pExtension);
+
 /// A temporary text file, deleted with the object.
 class KTextFile
 {

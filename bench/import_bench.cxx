@@ -1,8 +1,10 @@
 // Parsing a motion, compared with scanning its numbers; complete imports. A real motion if there is one, repeated up to 100 times.
 
+#include <bench/ignoreframes.h>
 #include <bench/motionsupport.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
+#include <algorithm>
 #include <memory>
 
 using namespace qexsdk;
@@ -10,12 +12,6 @@ using namespace qexbench;
 
 namespace
 {
-
-class KIgnoreFrames : public KQexAmcVisitor
-{
-public:
-    bool Frame(const KQexAmcFrame&) override { return true; }
-};
 
 void ParseAlone(benchmark::State& pState, const KMotion& pMotion, int pRepeats)
 {
@@ -82,16 +78,10 @@ void RegisterBenchmarks()
     const auto lMotion = std::make_shared<KMotion>(ChooseMotion());
     for (const int lRepeats : {1, 10})
     {
-        benchmark::RegisterBenchmark(("ParseMotion/" + lMotion->mName + "/x" + std::to_string(lRepeats)).c_str(),
-                                     [=](benchmark::State& pState) { ParseAlone(pState, *lMotion, lRepeats); })
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
+        RegisterRepeats("ParseMotion", lMotion, lRepeats, ParseAlone);
     }
     for (const int lRepeats : {1, 10, 100})
     {
-        benchmark::RegisterBenchmark(("Import/" + lMotion->mName + "/x" + std::to_string(lRepeats)).c_str(),
-                                     [=](benchmark::State& pState) { WholeImport(pState, *lMotion, lRepeats); })
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
+        RegisterRepeats("Import", lMotion, lRepeats, WholeImport);
     }
 }

@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -45,17 +44,18 @@ KMotion ChooseMotion()
     return {"generated", SkeletonText(eRANDOM, kGeneratedBones), MotionText(kGeneratedBones, kGeneratedFrames)};
 }
 
-KRepeatedMotion::KRepeatedMotion(const KMotion& pMotion, int pRepeats)
-    : mPath(fs::temp_directory_path() / ("qex_bench_" + std::to_string(pRepeats) + "_" + std::to_string(std::rand()) + ".amc"))
+KRepeatedMotion::KRepeatedMotion(const KMotion& pMotion, int pRepeats) : mPath(ScratchPath(".amc"))
 {
     std::ofstream lFile(mPath, std::ios::binary);
     for (int i = 0; i < pRepeats; ++i)
     {
         std::istringstream lText(pMotion.mAmc);
+        bool               lIsHeader = true;
         for (std::string lLine; std::getline(lText, lLine);)
         {
             const bool lNumber = IsFrameNumber(lLine);
-            if (i > 0 && mFrames % pRepeats == 0 && !lNumber && (lLine[0] == ':' || lLine[0] == '#'))
+            lIsHeader = lIsHeader && !lNumber;
+            if (i > 0 && lIsHeader)
             {
                 continue;
             }
@@ -71,10 +71,7 @@ KRepeatedMotion::~KRepeatedMotion()
     fs::remove(mPath);
 }
 
-KScratchFile::KScratchFile(const char* pExtension)
-    : mPath(fs::temp_directory_path() / ("qex_bench_out_" + std::to_string(std::rand()) + pExtension))
-{
-}
+KScratchFile::KScratchFile(const char* pExtension) : mPath(ScratchPath(pExtension)) {}
 
 KScratchFile::~KScratchFile()
 {

@@ -31,8 +31,7 @@ macro(qex_find_package pPackage pDebian pOption)
 endmacro()
 
 # One layer of the library: target qex_NAME, alias qex::NAME, built from all sources in and below FOLDER; an interface target if there
-# are none. HEADERS are the public headers, which are installed; DEPENDS the layers it uses; EXTERNAL other libraries to link. Sets
-# QEX_NAME_KIND to INTERFACE or LIBRARY.
+# are none. HEADERS are the public headers, which are installed; DEPENDS the layers it uses; EXTERNAL other libraries to link.
 function(qex_add_layer pName)
     cmake_parse_arguments(PARSE_ARGV 1 lArg "" "FOLDER" "HEADERS;DEPENDS;EXTERNAL")
     set(lTarget qex_${pName})
@@ -40,7 +39,6 @@ function(qex_add_layer pName)
     list(TRANSFORM lArg_DEPENDS PREPEND qex_ OUTPUT_VARIABLE lDepends)
 
     if(lSources)
-        set(lKind LIBRARY)
         set(lScope PUBLIC)
         add_library(${lTarget} ${lSources})
         qex_set_up_target(${lTarget})
@@ -55,7 +53,6 @@ function(qex_add_layer pName)
         endif()
         target_link_libraries(${lTarget} PRIVATE ${lArg_EXTERNAL})
     else()
-        set(lKind INTERFACE)
         set(lScope INTERFACE)
         add_library(${lTarget} INTERFACE)
         target_compile_features(${lTarget} INTERFACE cxx_std_17)
@@ -68,7 +65,6 @@ function(qex_add_layer pName)
     target_link_libraries(${lTarget} ${lScope} ${lDepends})
     add_library(qex::${pName} ALIAS ${lTarget})
 
-    set(QEX_${pName}_KIND ${lKind} PARENT_SCOPE)
     set_property(GLOBAL APPEND PROPERTY QEX_LAYERS ${pName})
     list(TRANSFORM lArg_HEADERS PREPEND "${lArg_FOLDER}/" OUTPUT_VARIABLE lHeaders)
     set_property(GLOBAL APPEND PROPERTY QEX_HEADERS ${lHeaders})

@@ -13,6 +13,12 @@ _asf()
         mapfile -t COMPREPLY < <(compgen -W "none unroll gimbal" -- "$word")
     elif [ "$before" = --translations ]; then
         mapfile -t COMPREPLY < <(compgen -W "moving none all" -- "$word")
+    elif [ "$before" = --up ]; then
+        mapfile -t COMPREPLY < <(compgen -W "y z" -- "$word")
+    elif [ "$before" = --mesh ]; then
+        mapfile -t COMPREPLY < <(compgen -W "bones none" -- "$word")
+    elif [ "$before" = --base-pose ]; then
+        mapfile -t COMPREPLY < <(compgen -W "rest first-frame" -- "$word")
     elif [ "$before" = --ignore ]; then
         mapfile -t COMPREPLY < <(compgen -W "names parents rest lengths dofs limits frames positions" -- "$word")
     elif [[ $word == -* ]]; then

@@ -139,11 +139,6 @@ void ParseAndRun(int pArgumentCount, char** pArguments, KConsole& pConsole)
     }
 }
 
-} // namespace
-
-namespace
-{
-
 /// Runs \p pRun and reports what it throws; out of memory is reported without allocating.
 template <typename TRun>
 void RunGuarded(KConsole& pConsole, const TRun& pRun) noexcept

@@ -2,6 +2,7 @@
 //
 // usage: countjob JOB SKELETON.asf MOTION.amc, JOB being read-asf, read-amc, import-amc or write-amc
 
+#include <bench/ignoreframes.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -20,12 +21,6 @@ struct KFiles
 {
     const char* mAsf;
     const char* mAmc;
-};
-
-class KIgnoreFrames : public KQexAmcVisitor
-{
-public:
-    bool Frame(const KQexAmcFrame&) override { return true; }
 };
 
 } // namespace
@@ -56,7 +51,7 @@ bool ReadAmc(const KFiles& pFiles)
     KQexImportAcclaimResult lResult;
     const KQexAsfSceneOwner lSkeleton = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(pFiles.mAsf), {}, lResult);
     KQexFileAcclaimAmc      lFile(false);
-    KIgnoreFrames           lVisitor;
+    qexbench::KIgnoreFrames lVisitor;
     return lSkeleton && CountedJob([&] { return lFile.OpenRead(pFiles.mAmc) && lFile.ReadFrames(lSkeleton.get(), {}, lVisitor); });
 }
 

@@ -125,9 +125,10 @@ public:
             }
             if (const KQexAnimCurveNode* lCurveNode = QexCast<KQexAnimCurveNode>(lObject))
             {
-                for (unsigned int lI = 0; lI < 3 && lCurveNode->GetCurve(lI) != nullptr; ++lI)
+                for (unsigned int lI = 0; lI < 3; ++lI)
                 {
-                    ASSERT_EQ(lCurveNode->GetCurve(lI)->GetScene(), mScene);
+                    const KQexAnimCurve* lCurve = lCurveNode->GetCurve(lI);
+                    ASSERT_TRUE(lCurve == nullptr || lCurve->GetScene() == mScene);
                 }
             }
         }

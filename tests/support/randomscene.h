@@ -3,6 +3,7 @@
 
 #include <qexscene/kqexscene.h>
 
+#include <cmath>
 #include <memory>
 #include <random>
 #include <string>

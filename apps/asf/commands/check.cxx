@@ -58,10 +58,10 @@ void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
             if (lDof.mOutside > 0)
             {
                 pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
-                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " is outside its limits " + LimitsText(lDof) +
-                                  " in " + Count(lDof.mOutside, "frame", "frames") + ", first in frame " +
-                                  std::to_string(lDof.mFirstOutside) + "; its range is " + Short(lDof.mLowest) + " to " +
-                                  Short(lDof.mHighest));
+                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " is outside its limits " +
+                                  LimitsText(lDof.mHasMin, lDof.mMin, lDof.mHasMax, lDof.mMax) + " in " +
+                                  Count(lDof.mOutside, "frame", "frames") + ", first in frame " + std::to_string(lDof.mFirstOutside) +
+                                  "; its range is " + Short(lDof.mLowest) + " to " + Short(lDof.mHighest));
             }
         }
     }

@@ -35,13 +35,14 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
     bool lIsReported = pResult.mOk;
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
-        const bool lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
+        const ESeverity lSeverity = SeverityOf(lMessage.mMessage);
+        const bool      lError = lSeverity == eERROR;
         lIsReported = lIsReported || lError;
         if (lError && pResult.mBrokenPipe)
         {
             continue; // A closed pipe is not an error.
         }
-        mConsole.Message(lError ? eERROR : eWARNING, DisplayOutput(lMessage.mPath), lMessage.mMessage.mLine, lMessage.mMessage.mText);
+        mConsole.Message(lSeverity, DisplayOutput(lMessage.mPath), lMessage.mMessage.mLine, lMessage.mMessage.mText);
         if (lError)
         {
             mConsole.Raise(eEXIT_SYSTEM);

@@ -141,9 +141,8 @@ void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pCo
 {
     for (const qexsdk::KQexImportMessage& lMessage : pResult.mMessages)
     {
-        const bool lError = lMessage.mMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
-        pConsole.Message(lError ? eERROR : eWARNING, DisplayPath(lMessage.mPath.empty() ? "asf" : lMessage.mPath), lMessage.mMessage.mLine,
-                         lMessage.mMessage.mText);
+        pConsole.Message(SeverityOf(lMessage.mMessage), DisplayPath(lMessage.mPath.empty() ? "asf" : lMessage.mPath),
+                         lMessage.mMessage.mLine, lMessage.mMessage.mText);
     }
 }
 

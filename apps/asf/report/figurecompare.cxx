@@ -36,10 +36,9 @@ std::string DofsText(const std::vector<KQexBoneDof>& pDofs)
     return lText.empty() ? "none" : lText;
 }
 
-std::string LimitsText(const KQexBoneDof& pDof)
+std::string LimitsOf(const KQexBoneDof& pDof)
 {
-    return "(" + (pDof.mHasMin ? Short(pDof.mMin) : std::string("-inf")) + " " + (pDof.mHasMax ? Short(pDof.mMax) : std::string("inf")) +
-           ")";
+    return LimitsText(pDof.mHasMin, pDof.mMin, pDof.mHasMax, pDof.mMax);
 }
 
 /// Infinite if only one has the limit.
@@ -285,7 +284,7 @@ void KFigureComparison::CompareLimits(const std::string& pBone, const KQexBoneDo
     {
         mResults[eASPECT_LIMITS].mUnit = lIsAngle ? "deg" : "cm";
     }
-    UpdateLargest(eASPECT_LIMITS, lLargest, pBone + " " + pFirst.mWord + ": " + LimitsText(pFirst) + ", " + LimitsText(pSecond));
+    UpdateLargest(eASPECT_LIMITS, lLargest, pBone + " " + pFirst.mWord + ": " + LimitsOf(pFirst) + ", " + LimitsOf(pSecond));
     mResults[eASPECT_LIMITS].mDiffers = mResults[eASPECT_LIMITS].mDiffers || lDiffers;
 }
 

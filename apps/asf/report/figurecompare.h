@@ -4,7 +4,6 @@
 #include <apps/asf/figure/figurescene.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
-#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>

@@ -71,14 +71,13 @@ KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
     return lMotion;
 }
 
-} // namespace
-
-std::string LimitsText(const KDofSurvey& pDof)
+/// "" without limits.
+std::string LimitsOf(const KDofSurvey& pDof)
 {
-    return pDof.mHasMin || pDof.mHasMax
-               ? "(" + (pDof.mHasMin ? Short(pDof.mMin) : "-inf") + " " + (pDof.mHasMax ? Short(pDof.mMax) : "inf") + ")"
-               : std::string();
+    return pDof.mHasMin || pDof.mHasMax ? LimitsText(pDof.mHasMin, pDof.mMin, pDof.mHasMax, pDof.mMax) : std::string();
 }
+
+} // namespace
 
 void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
 {
@@ -106,7 +105,7 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
         {
             const bool lHasValues = lBone.mFrames > 0;
             lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLowest, 3) : "-",
-                      lHasValues ? Fixed(lDof.mHighest, 3) : "-", LimitsText(lDof), OutsideText(lDof));
+                      lHasValues ? Fixed(lDof.mHighest, 3) : "-", LimitsOf(lDof), OutsideText(lDof));
             lName.clear();
         }
     }

@@ -70,9 +70,6 @@ private:
     KPoint                   mRootLast;
 };
 
-/// "(-10 170)", "" without limits.
-std::string LimitsText(const KDofSurvey& pDof);
-
 /// Prints a summary of a motion and the table of its degrees of freedom, as text.
 void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole);
 

@@ -37,6 +37,11 @@ std::string Short(double pValue)
     return std::string(lBuffer, lEnd.ptr);
 }
 
+std::string LimitsText(bool pHasMin, double pMin, bool pHasMax, double pMax)
+{
+    return "(" + (pHasMin ? Short(pMin) : std::string("-inf")) + " " + (pHasMax ? Short(pMax) : std::string("inf")) + ")";
+}
+
 std::string PadRight(const std::string& pText, size_t pWidth)
 {
     const size_t lSize = CodePoints(pText);

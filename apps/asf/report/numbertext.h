@@ -12,6 +12,9 @@ std::string Fixed(double pValue, int pDigits);
 /// \p pValue with at most six significant digits, without trailing zeros.
 std::string Short(double pValue);
 
+/// "(-10 170)"; a limit that is not set is "-inf" or "inf".
+std::string LimitsText(bool pHasMin, double pMin, bool pHasMax, double pMax);
+
 /// \p pText padded with blanks after it, or before it, to \p pWidth characters (UTF-8 code points).
 std::string PadRight(const std::string& pText, size_t pWidth);
 std::string PadLeft(const std::string& pText, size_t pWidth);

@@ -21,7 +21,8 @@ std::string Indented(const KRestBone& pBone)
     return std::string(2 * static_cast<size_t>(std::min(pBone.mDepth, kMaxIndent)), ' ') + Printable(pBone.mNode->mName);
 }
 
-std::string LimitText(const qexsdk::KQexAsfNode& pNode, int pCode)
+/// "" without limits.
+std::string LimitsOf(const qexsdk::KQexAsfNode& pNode, int pCode)
 {
     const bool* lActive = pNode.mLimitsActive[pCode];
     if (!lActive[0] && !lActive[1])
@@ -29,7 +30,7 @@ std::string LimitText(const qexsdk::KQexAsfNode& pNode, int pCode)
         return std::string();
     }
     const double* lLimit = pNode.mLimitsBuf[pCode];
-    return "(" + (lActive[0] ? Short(lLimit[0]) : "-inf") + " " + (lActive[1] ? Short(lLimit[1]) : "inf") + ")";
+    return LimitsText(lActive[0], lLimit[0], lActive[1], lLimit[1]);
 }
 
 std::string DofText(const qexsdk::KQexAsfNode& pNode)
@@ -39,7 +40,7 @@ std::string DofText(const qexsdk::KQexAsfNode& pNode)
     {
         const int lCode = pNode.mOrderBuf[lIndex];
         lText += lIndex > 0 ? "  " : "";
-        lText += qexsdk::kDofWords[lCode] + LimitText(pNode, lCode);
+        lText += qexsdk::kDofWords[lCode] + LimitsOf(pNode, lCode);
     }
     return lText;
 }

@@ -14,13 +14,13 @@ namespace qextest
 namespace
 {
 
-/// The keys before and after a time.
+/// The keys before and after a time, of at least one; the first or last one twice when the time is outside them.
 template <typename TKey>
 std::pair<const TKey*, const TKey*> KeysAround(const TKey* pKeys, unsigned pCount, double pTime)
 {
     const TKey* lNext = std::upper_bound(pKeys, pKeys + pCount, pTime, [](double pAt, const TKey& pKey) { return pAt < pKey.mTime; });
     const TKey* lLast = pKeys + pCount - 1;
-    return {std::max(pKeys, lNext - 1), std::min(lNext, lLast)};
+    return {lNext == pKeys ? pKeys : lNext - 1, std::min(lNext, lLast)};
 }
 
 template <typename TKey>

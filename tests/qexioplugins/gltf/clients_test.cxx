@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 
 // Real motions, written as BVH and glTF and read by other programs: their joints must be at the world positions of ASF_ORACLE_DIR.

@@ -78,12 +78,12 @@ TEST(KQexGltfJsonWriter, NumbersRoundTrip)
     lJson.Number(std::numeric_limits<double>::quiet_NaN());
     lJson.Count(std::numeric_limits<size_t>::max());
     lJson.EndArray();
+    EXPECT_EQ(lText.substr(0, 6), "[0,-0,") << "the other reader drops the sign of an integer zero";
     const nlohmann::json lRead = nlohmann::json::parse(lText);
     ASSERT_EQ(lRead.size(), lNumbers.size() + 3);
     for (size_t i = 0; i < lNumbers.size(); ++i)
     {
         EXPECT_EQ(lRead[i].get<double>(), lNumbers[i]);
-        EXPECT_EQ(std::signbit(lRead[i].get<double>()), std::signbit(lNumbers[i])) << lNumbers[i];
     }
     EXPECT_TRUE(lRead[lNumbers.size()].is_null() && lRead[lNumbers.size() + 1].is_null()) << "JSON cannot represent them";
     EXPECT_EQ(lRead.back().get<size_t>(), std::numeric_limits<size_t>::max());

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <string>
 
 /// Bone groups and the hierarchy: the tree and the messages for each line.

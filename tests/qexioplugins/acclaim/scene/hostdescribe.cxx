@@ -272,6 +272,23 @@ json DescribeTransforms(KQexNode* pTop, const json& pTimes)
 namespace
 {
 
+void Compare(const json& pExpected, const json& pActual, double pTolerance, const std::string& pWhere, std::vector<std::string>& pOut);
+
+/// Keys are pairs of a time in ticks, which is exact, and a value, which is a float.
+void CompareKeys(const json& pExpected, const json& pActual, const std::string& pWhere, std::vector<std::string>& pOut)
+{
+    bool lIsSame = pExpected.size() == pActual.size();
+    for (size_t lIter = 0; lIsSame && lIter < pExpected.size(); ++lIter)
+    {
+        lIsSame = pExpected[lIter][0] == pActual[lIter][0];
+        Compare(pExpected[lIter][1], pActual[lIter][1], 1e-5, pWhere + "[" + std::to_string(lIter) + "]", pOut);
+    }
+    if (!lIsSame)
+    {
+        pOut.push_back(pWhere + ": " + pActual.dump() + " instead of " + pExpected.dump());
+    }
+}
+
 void Compare(const json& pExpected, const json& pActual, double pTolerance, const std::string& pWhere, std::vector<std::string>& pOut)
 {
     const auto lReport = [&]
@@ -302,9 +319,13 @@ void Compare(const json& pExpected, const json& pActual, double pTolerance, cons
             {
                 pOut.push_back(pWhere + "." + lItem.key() + " is missing");
             }
+            else if (lItem.key() == "keys")
+            {
+                CompareKeys(lItem.value(), pActual[lItem.key()], pWhere + ".keys", pOut);
+            }
             else
             {
-                Compare(lItem.value(), pActual[lItem.key()], lItem.key() == "keys" ? 1e-5 : pTolerance, pWhere + "." + lItem.key(), pOut);
+                Compare(lItem.value(), pActual[lItem.key()], pTolerance, pWhere + "." + lItem.key(), pOut);
             }
         }
     }
