@@ -51,8 +51,9 @@ struct QEX_API KQexBvhWriteOptions
 ///
 /// Reading: channels are listed with the last applied first ("Zrotation Xrotation Yrotation" is Rz Rx Ry); a position channel
 /// replaces that component of the offset; each joint becomes a node with a skeleton attribute, an end site a node named after its
-/// joint with "_End" and no curves. A node's rotation order is that of its channels. Frame values are one stream of tokens; line
-/// breaks do not matter. A frame time within 0.01 % of a common rate's counts as exactly that rate.
+/// joint with "_End". Channels of an end site are read too, with a warning. A node's rotation order is that of its channels, which
+/// may be in several statements but not repeat. Frame values are one stream of tokens; line breaks do not matter. A frame time
+/// within 0.01 % of a common rate's counts as exactly that rate.
 ///
 /// Writing: joint axes are the world axes at rest, so all-zero rotations give the rest pose: an offset is the vector from the parent
 /// to the joint at rest in world axes, and rotations are relative to the rest pose. A root has offset 0 0 0 and six channels; other
