@@ -56,7 +56,9 @@ TEST(NoLocale, ClosingAnOutputFails)
     ASSERT_TRUE(lFile.OpenWriteBuffer(&lOut));
     lFile.Print(1, "%g\n", 0.5);
     EXPECT_FALSE(lFile.Close());
-    EXPECT_EQ(lFile.GetErrorCount(), 2) << "one for the output, one because its message could not be formatted";
+    EXPECT_EQ(lFile.GetErrorCount(), 1) << "reported once, although its message could not be formatted";
+    ASSERT_EQ(lFile.GetMessages().size(), 1u);
+    EXPECT_EQ(lFile.GetMessages()[0].mText, "Out of memory");
     EXPECT_TRUE(lFile.HasFailed());
 }
 
