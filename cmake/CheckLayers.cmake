@@ -1,5 +1,5 @@
 # cmake -P cmake/CheckLayers.cmake: each folder may include only itself, the layers below it and the standard library.
-# Exceptions: the base layer's file input and output use POSIX, the glTF plug-in uses nlohmann-json.
+# Exceptions: file input and output use POSIX, in the base layer and where figures are opened; the glTF plug-in uses nlohmann-json.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(kRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
@@ -24,6 +24,7 @@ set(kMay_${kAcclaim}/scene ${kMay_${kAcclaim}/asf} ${kAcclaim}/asf ${kAcclaim}/a
 set(kMay_${kAcclaim}/exchange ${kMay_${kAcclaim}/scene} ${kAcclaim}/scene)
 set(kMay_${kAcclaim} ${kMay_${kAcclaim}/exchange} ${kAcclaim}/exchange)
 set(kMay_qexioplugins/gltf ${kMotion})
+set(kMay_qexfigure ${kMotion} qexioplugins/bvh ${kAcclaim} qexioplugins/gltf)
 
 # A header that only forwards to its new location.
 set(kForwarding qexioplugins/motion/kqexfilebvh.h)
@@ -39,6 +40,7 @@ set(kStandard
 
 set(lMore_kbaselib/kbase errno.h fcntl.h locale.h poll.h sys/stat.h sys/types.h sys/uio.h unistd.h)
 set(lMore_qexioplugins/gltf nlohmann/json.hpp)
+set(lMore_qexfigure fcntl.h sys/stat.h unistd.h)
 
 get_cmake_property(lVariables VARIABLES)
 set(lFolders "")
@@ -59,7 +61,8 @@ endfunction()
 
 set(lBad "")
 set(lCount 0)
-file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*")
+file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*"
+    "${kRoot}/qexfigure/*")
 list(FILTER lFiles INCLUDE REGEX "\\.(h|cxx)$")
 foreach(lFile IN LISTS lFiles)
     math(EXPR lCount "${lCount} + 1")

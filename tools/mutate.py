@@ -170,7 +170,7 @@ def copy_sources():
         if not target.exists() or source.read_bytes() != target.read_bytes():
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copyfile(source, target)
-    for layer in (*PROGRAMS, "kbaselib", "qexscene", "qexioplugins", "tests"):
+    for layer in (*PROGRAMS, "kbaselib", "qexscene", "qexioplugins", "qexfigure", "tests"):
         for path in (WORK / layer).rglob("*"):
             if path.is_file() and not (ROOT / path.relative_to(WORK)).exists():
                 path.unlink()

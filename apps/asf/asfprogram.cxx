@@ -1,8 +1,8 @@
 #include <apps/asf/asfprogram.h>
 
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/console.h>
-#include <apps/asf/figure/convertoptions.h>
 #include <apps/asf/outputs.h>
 
 #include <CLI/CLI.hpp>

@@ -59,11 +59,6 @@ std::string Printable(std::string_view pText)
     return lResult;
 }
 
-std::string DisplayPath(const std::string& pPath)
-{
-    return pPath == "-" ? "<stdin>" : pPath;
-}
-
 KConsole::KConsole() : mOutColour(UsesColour(STDOUT_FILENO)), mErrColour(UsesColour(STDERR_FILENO)) {}
 
 KConsole::~KConsole()

@@ -36,9 +36,6 @@ ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage);
 /// \p pText with every control character as \\xNN, so that a name from a file cannot control a terminal.
 std::string Printable(std::string_view pText);
 
-/// A path for messages: as given, and "<stdin>" for "-".
-std::string DisplayPath(const std::string& pPath);
-
 /// The output streams and the exit status of a command. Colour is used only on a terminal and not when NO_COLOR is set.
 class KConsole
 {

@@ -1,14 +1,22 @@
 #include <apps/asf/outputs.h>
 
-#include <apps/asf/inputfile.h>
-
 #include <csignal>
+#include <sys/stat.h>
 
 namespace asfapp
 {
 
 namespace
 {
+
+/// True if both paths lead to the same file, also through links. False for "-" and for files that do not exist.
+bool IsSameFile(const std::string& pOne, const std::string& pOther)
+{
+    struct stat lOne;
+    struct stat lOther;
+    return pOne != "-" && pOther != "-" && stat(pOne.c_str(), &lOne) == 0 && stat(pOther.c_str(), &lOther) == 0 &&
+           lOne.st_dev == lOther.st_dev && lOne.st_ino == lOther.st_ino;
+}
 
 extern "C" void EndBySignal(int pSignal)
 {

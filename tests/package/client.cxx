@@ -1,6 +1,6 @@
-// Reads skeletons with the installed library; fails when one of them cannot be read or has no root.
+// Reads figures of any format with the installed library; fails when one of them cannot be read or has no root.
 
-#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexfigure/kqexfigure.h>
 
 #include <cstdio>
 
@@ -8,13 +8,13 @@ int main(int pCount, char** pArguments)
 {
     for (int lIndex = 1; lIndex < pCount; ++lIndex)
     {
-        qexsdk::KQexFileAcclaimAsf lFile(true);
-        qexsdk::KQexAsfScene       lSkeleton;
-        if (!lFile.OpenRead(pArguments[lIndex]) || !lFile.Read(&lSkeleton, false, false, false) || lSkeleton.mRoot == nullptr)
+        qexsdk::KQexFigure       lFigure;
+        qexsdk::KQexFigureReport lReport;
+        if (!lFigure.Load({pArguments[lIndex]}, qexsdk::KQexFigureOptions(), lReport) || lFigure.GetJoints().empty())
         {
             return 1;
         }
-        std::printf("%s: %d bones at the root\n", lSkeleton.mName, lSkeleton.mRoot->mChildBuf.GetCount());
+        std::printf("%s: %d joints\n", pArguments[lIndex], static_cast<int>(lFigure.GetJoints().size()));
     }
     return pCount > 1 ? 0 : 1;
 }

@@ -1,6 +1,7 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/figure/skeletonfile.h>
-#include <apps/asf/inputfile.h>
+#include <apps/asf/figure/loading.h>
+#include <apps/asf/report/figuresurvey.h>
 #include <apps/asf/report/motionsurvey.h>
 #include <apps/asf/report/numbertext.h>
 #include <kbaselib/kmath/kdofcodes.h>
@@ -30,7 +31,7 @@ struct KCheckTotals
     long long mWarnings = 0;
 };
 
-void Report(const KInputFile& pFile, const KMessages& pMessages, KCheckTotals& pTotals, KConsole& pConsole)
+void Report(const qexsdk::KQexFigureFile& pFile, const KMessages& pMessages, KCheckTotals& pTotals, KConsole& pConsole)
 {
     pMessages.Print(pFile.GetDisplayPath(), pConsole);
     pTotals.mErrors += pMessages.mErrors;
@@ -41,7 +42,7 @@ void Report(const KInputFile& pFile, const KMessages& pMessages, KCheckTotals& p
     }
 }
 
-void CheckSkeleton(const KInputFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
+void CheckSkeleton(const qexsdk::KQexFigureFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
 {
     KSkeletonFile lSkeleton;
     lSkeleton.Read(pFile, true, pConsole);
@@ -67,19 +68,45 @@ void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
     }
 }
 
-void CheckMotion(const KInputFile& pFile, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+void CheckMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
 {
-    KMotionInput  lInput;
     KMotionSurvey lSurvey;
-    if (!lInput.OpenSkeletonOf(pFile, pOptions, pConsole))
-    {
-        ++pTotals.mErrors;
-        return;
-    }
-    lSurvey.Read(lInput, pOptions, pConsole);
+    lSurvey.Read(pFiles, pOptions, pConsole);
     KMessages lMessages = lSurvey.GetMessages();
     AddLimitWarnings(lSurvey, lMessages);
-    Report(pFile, lMessages, pTotals, pConsole);
+    Report(pFiles.mMotions.front(), lMessages, pTotals, pConsole);
+}
+
+void CheckFigure(const qexsdk::KQexFigureFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
+{
+    KFigureSurvey lSurvey;
+    if (lSurvey.Read(pFile, pConsole))
+    {
+        lSurvey.AddFindings();
+    }
+    Report(pFile, lSurvey.GetMessages(), pTotals, pConsole);
+}
+
+void Check(const KInputSet& pInputs, size_t pIndex, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+{
+    const qexsdk::KQexFigureFile& lFile = pInputs.GetFile(pIndex);
+    qexsdk::KQexFigureFiles       lPair;
+    if (lFile.HasOwnMotion())
+    {
+        CheckFigure(lFile, pTotals, pConsole);
+    }
+    else if (lFile.GetFormat() == qexsdk::eFIGURE_ASF)
+    {
+        CheckSkeleton(lFile, pTotals, pConsole);
+    }
+    else if (pInputs.Pair(pIndex, pOptions, lPair, pConsole))
+    {
+        CheckMotion(lPair, pOptions, pTotals, pConsole);
+    }
+    else
+    {
+        ++pTotals.mErrors;
+    }
 }
 
 void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
@@ -88,21 +115,17 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
     {
         return;
     }
-    KCheckTotals lTotals;
-    for (const std::string& lPath : pOptions.mFiles)
+    KCheckTotals    lTotals;
+    const KInputSet lInputs(pOptions.mFiles, pOptions.mMotion);
+    for (size_t lIndex = 0; lIndex < pOptions.mFiles.size(); ++lIndex)
     {
-        KInputFile lFile;
-        if (!lFile.OpenAcclaim(lPath, pConsole))
+        if (lInputs.IsOpen(lIndex, pConsole))
         {
-            ++lTotals.mErrors;
-        }
-        else if (lFile.GetKind() == eKIND_AMC)
-        {
-            CheckMotion(lFile, pOptions.mMotion, lTotals, pConsole);
+            Check(lInputs, lIndex, pOptions.mMotion, lTotals, pConsole);
         }
         else
         {
-            CheckSkeleton(lFile, lTotals, pConsole);
+            ++lTotals.mErrors;
         }
     }
     if (pOptions.mStrict && lTotals.mWarnings > 0)
@@ -118,13 +141,15 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
 void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KCheckOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("check", "Report problems in skeletons and motions");
+    CLI::App* lCommand = pProgram.add_subcommand("check", "Report problems in skeletons, motions and figures");
     lCommand->add_option("FILE", lOptions->mFiles, "Files to check; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--strict", lOptions->mStrict, "Treat warnings as errors in the exit status");
+    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("Messages go to standard error as FILE:LINE: warning: TEXT, or error: if the file cannot be read. Standard output\n"
                      "gets a summary line. The exit status is 0 if there are no errors.\n"
-                     "A motion is read with its skeleton; values outside the skeleton's limits give warnings.\n"
+                     "A motion is read with a skeleton given in the same call, else with one from its folder; values outside the\n"
+                     "skeleton's limits give warnings.\n"
                      "\n"
                      "Examples:\n"
                      "  asf check walker.asf walk.amc\n"

@@ -1,7 +1,7 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/converter.h>
-#include <apps/asf/figure/convertoptions.h>
-#include <apps/asf/figure/figurescene.h>
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 
 #include <CLI/CLI.hpp>
@@ -29,19 +29,19 @@ bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string
 
 void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 {
-    KFigureInput lInput;
+    qexsdk::KQexFigureFiles lFiles;
     if (!ParseConvertOptions(pOptions, pConsole) || !CheckOutputs(pOptions, pOptions.mFiles, pConsole) ||
-        !lInput.Open(pOptions.mFiles, pOptions.mFrom, pOptions.mMotion, pConsole))
+        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole))
     {
         return;
     }
-    std::vector<std::string> lInputs = lInput.GetPaths();
+    std::vector<std::string> lInputs = PathsOf(lFiles);
     if (!pOptions.mSkeleton.empty())
     {
         lInputs.push_back(pOptions.mSkeleton);
     }
-    KFigureScene lFigure;
-    if (CheckOutputs(pOptions, lInputs, pConsole) && lFigure.Load(lInput, FigureOptions(pOptions), pConsole))
+    qexsdk::KQexFigure lFigure;
+    if (CheckOutputs(pOptions, lInputs, pConsole) && LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
     {
         KConverter(pOptions, lFigure, lInputs, pConsole).Run();
     }

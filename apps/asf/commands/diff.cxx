@@ -1,4 +1,6 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/report/figurecompare.h>
 #include <apps/asf/report/jsontext.h>
 #include <apps/asf/report/numbertext.h>
@@ -10,7 +12,6 @@
 #include <cmath>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace asfapp
@@ -18,6 +19,8 @@ namespace asfapp
 
 namespace
 {
+
+using qexsdk::KQexFigureFile;
 
 struct KDiffOptions
 {
@@ -32,28 +35,23 @@ struct KDiffOptions
 const char* const kTitles[eASPECT_COUNT] = {"joints missing",     "other parents", "rest pose", "bone lengths",
                                             "degrees of freedom", "limits",        "frames",    "world positions"};
 
-bool HasOwnMotion(const KInputFile& pFile)
-{
-    return pFile.GetKind() == eKIND_BVH || pFile.GetKind() == eKIND_GLTF;
-}
-
 /// Sorts the files into two sides, motions in the order given. A single motion is applied to each skeleton without its own; a single
 /// skeleton is used by both motions. A single figure with its own motion and a single AMC motion are compared with each other.
-bool SplitSides(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (&pSides)[2], KConsole& pConsole)
+bool SplitSides(const std::vector<KQexFigureFile>& pFiles, std::vector<KQexFigureFile> (&pSides)[2], KConsole& pConsole)
 {
-    std::vector<KInputFile> lFigures;
-    std::vector<KInputFile> lMotions;
-    for (const KInputFile& lFile : pFiles)
+    std::vector<KQexFigureFile> lFigures;
+    std::vector<KQexFigureFile> lMotions;
+    for (const KQexFigureFile& lFile : pFiles)
     {
-        (lFile.GetKind() == eKIND_AMC ? lMotions : lFigures).push_back(lFile);
+        (lFile.GetFormat() == qexsdk::eFIGURE_AMC ? lMotions : lFigures).push_back(lFile);
     }
-    if (lFigures.size() == 1 && lMotions.size() == 1 && HasOwnMotion(lFigures.front()))
+    if (lFigures.size() == 1 && lMotions.size() == 1 && lFigures.front().HasOwnMotion())
     {
         pSides[0].push_back(pFiles[0]);
         pSides[1].push_back(pFiles[1]);
         return true;
     }
-    const bool lIsShared = lFigures.size() == 1 && !HasOwnMotion(lFigures.front());
+    const bool lIsShared = lFigures.size() == 1 && !lFigures.front().HasOwnMotion();
     if (lMotions.size() > 2 || !(lFigures.size() == 2 || (lMotions.size() == 2 && (lFigures.empty() || lIsShared))))
     {
         pConsole.Fail(eEXIT_USAGE, "expected two figures, with at most one motion each");
@@ -65,7 +63,7 @@ bool SplitSides(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (
         {
             pSides[lSide].push_back(lFigures[std::min(lSide, lFigures.size() - 1)]);
         }
-        if (!lMotions.empty() && (pSides[lSide].empty() || !HasOwnMotion(pSides[lSide].front()) || lMotions.size() == 2))
+        if (!lMotions.empty() && (pSides[lSide].empty() || !pSides[lSide].front().HasOwnMotion() || lMotions.size() == 2))
         {
             pSides[lSide].push_back(lMotions[std::min(lSide, lMotions.size() - 1)]);
         }
@@ -73,28 +71,42 @@ bool SplitSides(const std::vector<KInputFile>& pFiles, std::vector<KInputFile> (
     return true;
 }
 
-bool LoadSide(std::vector<KInputFile> pFiles, const KDiffOptions& pOptions, KFigureScene& pFigure, std::string& pTitle, KConsole& pConsole)
+bool LoadSide(const std::vector<KQexFigureFile>& pFiles, const KDiffOptions& pOptions, qexsdk::KQexFigure& pFigure, std::string& pTitle,
+              KConsole& pConsole)
 {
-    KFigureInput   lInput;
-    KFigureOptions lOptions;
+    qexsdk::KQexFigureFiles   lFiles;
+    qexsdk::KQexFigureOptions lOptions;
+    qexsdk::KQexFigureReport  lReport;
     lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
     lOptions.mTake = pOptions.mTake;
-    if (!lInput.Assign(std::move(pFiles), pOptions.mMotion, pConsole) || !pFigure.Load(lInput, lOptions, pConsole))
+    const bool lIsFigure = lFiles.Assign(pFiles, FilesOptions(pOptions.mMotion), lReport);
+    PrintReport(lReport, pConsole);
+    if (!lIsFigure || !LoadFigure(pFigure, lFiles, lOptions, pConsole))
     {
         return false;
     }
     qexsdk::KQexSampling lSampling;
     if (!pFigure.GetTakes().empty())
     {
-        const KFigureTake& lTake = pFigure.GetTakes().front();
+        const qexsdk::KQexFigureTake& lTake = pFigure.GetTakes().front();
+        qexsdk::KQexFigureReport      lSpan;
         qexsdk::MakeSampling(pFigure.GetRoots(), lTake.mStack, {}, lSampling);
-        if (!lTake.mIsSingle && !CheckSpan(lTake, lSampling, pConsole))
+        if (!lTake.mIsSingle && !qexsdk::KQexFigure::CheckSpan(lTake, lSampling, lSpan))
         {
+            PrintReport(lSpan, pConsole);
             return false;
         }
     }
-    pTitle = lInput.mFigure.GetDisplayPath() + (lInput.mMotions.empty() ? "" : " with " + lInput.mMotions.front().GetDisplayPath());
+    pTitle = lFiles.mFigure.GetDisplayPath() + (lFiles.mMotions.empty() ? "" : " with " + lFiles.mMotions.front().GetDisplayPath());
     return true;
+}
+
+bool OpenAll(const KDiffOptions& pOptions, std::vector<KQexFigureFile>& pFiles, KConsole& pConsole)
+{
+    qexsdk::KQexFigureReport lReport;
+    const bool               lOk = qexsdk::OpenFigureFiles(pOptions.mFiles, FilesOptions(pOptions.mMotion), pFiles, lReport);
+    PrintReport(lReport, pConsole);
+    return lOk;
 }
 
 bool IsIgnored(const KDiffOptions& pOptions, int pAspect)
@@ -192,13 +204,13 @@ void WriteDiffJson(const KDiffOptions& pOptions, const KFigureComparison& pCompa
 
 void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
 {
-    std::vector<KInputFile> lFiles;
-    std::vector<KInputFile> lSides[2];
-    KFigureScene            lFigures[2];
-    std::string             lTitles[2];
-    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !OpenFiles(pOptions.mFiles, "", lFiles, pConsole) ||
-        !SplitSides(lFiles, lSides, pConsole) || !LoadSide(std::move(lSides[0]), pOptions, lFigures[0], lTitles[0], pConsole) ||
-        !LoadSide(std::move(lSides[1]), pOptions, lFigures[1], lTitles[1], pConsole))
+    std::vector<KQexFigureFile> lFiles;
+    std::vector<KQexFigureFile> lSides[2];
+    qexsdk::KQexFigure          lFigures[2];
+    std::string                 lTitles[2];
+    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !OpenAll(pOptions, lFiles, pConsole) || !SplitSides(lFiles, lSides, pConsole) ||
+        !LoadSide(lSides[0], pOptions, lFigures[0], lTitles[0], pConsole) ||
+        !LoadSide(lSides[1], pOptions, lFigures[1], lTitles[1], pConsole))
     {
         return;
     }

@@ -1,13 +1,12 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/figure/framelist.h>
-#include <apps/asf/figure/motioninput.h>
-#include <apps/asf/figure/motionscene.h>
-#include <apps/asf/figure/skeletonfile.h>
-#include <apps/asf/inputfile.h>
+#include <apps/asf/commands/framelist.h>
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture/picture.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
+#include <apps/asf/report/skeletonfile.h>
 
 #include <CLI/CLI.hpp>
 
@@ -21,12 +20,15 @@ namespace asfapp
 namespace
 {
 
+using qexsdk::KQexFigureFile;
+
 struct KDrawOptions
 {
     std::vector<std::string> mFiles;
     std::string              mOutput;
     std::string              mView = "front";
     std::string              mFrames;
+    std::string              mTake;
     std::vector<std::string> mTrails;
     bool                     mNames = false;
     KMotionOptions           mMotion;
@@ -41,7 +43,7 @@ std::vector<EView> ViewsOf(const std::string& pWord)
     return {pWord == "side" ? eVIEW_SIDE : pWord == "top" ? eVIEW_TOP : eVIEW_FRONT};
 }
 
-std::string FileName(const KInputFile& pFile)
+std::string FileName(const KQexFigureFile& pFile)
 {
     return pFile.GetDisplayPath().substr(pFile.GetDisplayPath().find_last_of('/') + 1);
 }
@@ -56,7 +58,7 @@ KPicture MakePicture(const KDrawOptions& pOptions, const std::string& pTitle)
     return lPicture;
 }
 
-KPicture RestPicture(const KInputFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
+KPicture RestPicture(const KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
 {
     const std::string lName = pSkeleton.GetScene().mName;
     KPicture          lPicture = MakePicture(pOptions, lName.empty() ? FileName(pFile) : lName);
@@ -81,41 +83,45 @@ KPicture RestPicture(const KInputFile& pFile, const KSkeletonFile& pSkeleton, co
 class KPoseMaker
 {
 public:
-    explicit KPoseMaker(KMotionScene& pScene) : mScene(pScene) {}
+    explicit KPoseMaker(KLoadedMotion& pMotion) : mMotion(pMotion) {}
 
     void SetUp(KPicture& pPicture) const
     {
-        for (const KJoint& lJoint : mScene.GetJoints())
+        for (const qexsdk::KQexFigureJoint& lJoint : mMotion.GetJoints())
         {
-            pPicture.mNames.push_back(lJoint.mParent < 0 ? lJoint.mName : mScene.GetJoints()[static_cast<size_t>(lJoint.mParent)].mName);
+            pPicture.mNames.push_back(lJoint.mParent < 0 ? lJoint.mName : mMotion.GetJoints()[static_cast<size_t>(lJoint.mParent)].mName);
         }
         pPicture.mSides = SidesOf(pPicture.mNames);
     }
 
+    /// The pose in frame \p pFrame; without a motion, at rest.
     KPose Pose(size_t pFrame)
     {
         KPose lPose;
-        lPose.mCaption = "frame " + std::to_string(mScene.GetFrames()[pFrame]) + ", " + Fixed(mScene.GetSeconds(pFrame), 2) + " s";
-        mScene.Evaluate(pFrame, lPose.mEnds);
+        if (mMotion.HasTake())
+        {
+            lPose.mCaption = "frame " + std::to_string(mMotion.GetFrames()[pFrame]) + ", " + Fixed(mMotion.GetSeconds(pFrame), 2) + " s";
+        }
+        mMotion.Evaluate(pFrame, lPose.mEnds);
         for (size_t lJoint = 0; lJoint < lPose.mEnds.size(); ++lJoint)
         {
-            const int lParent = mScene.GetJoints()[lJoint].mParent;
+            const int lParent = mMotion.GetJoints()[lJoint].mParent;
             lPose.mStarts.push_back(lParent < 0 ? lPose.mEnds[lJoint] : lPose.mEnds[static_cast<size_t>(lParent)]);
         }
         return lPose;
     }
 
 private:
-    KMotionScene& mScene;
+    KLoadedMotion& mMotion;
 };
 
 /// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1 for an unknown bone.
-int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
+int TrailJoint(const KLoadedMotion& pMotion, const std::string& pBone)
 {
     int lFound = -1;
-    for (size_t lJoint = 0; lJoint < pScene.GetJoints().size(); ++lJoint)
+    for (size_t lJoint = 0; lJoint < pMotion.GetJoints().size(); ++lJoint)
     {
-        const KJoint& lCandidate = pScene.GetJoints()[lJoint];
+        const qexsdk::KQexFigureJoint& lCandidate = pMotion.GetJoints()[lJoint];
         if (lCandidate.mName == pBone && lFound < 0)
         {
             lFound = static_cast<int>(lJoint);
@@ -128,12 +134,12 @@ int TrailJoint(const KMotionScene& pScene, const std::string& pBone)
     return lFound;
 }
 
-bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPicture, KConsole& pConsole)
+bool AddTrails(const KDrawOptions& pOptions, KLoadedMotion& pMotion, KPicture& pPicture, KConsole& pConsole)
 {
     std::vector<int> lJoints;
     for (const std::string& lBone : pOptions.mTrails)
     {
-        lJoints.push_back(TrailJoint(pScene, lBone));
+        lJoints.push_back(TrailJoint(pMotion, lBone));
         if (lJoints.back() < 0)
         {
             pConsole.Fail(eEXIT_USAGE, "--trail: the skeleton has no bone " + lBone);
@@ -146,14 +152,14 @@ bool AddTrails(const KDrawOptions& pOptions, KMotionScene& pScene, KPicture& pPi
     }
     KProgress           lProgress("drawing", pConsole);
     std::vector<KPoint> lPositions;
-    for (size_t lFrame = 0; !lJoints.empty() && lFrame < pScene.GetFrames().size(); ++lFrame)
+    for (size_t lFrame = 0; !lJoints.empty() && lFrame < pMotion.GetFrames().size(); ++lFrame)
     {
-        pScene.Evaluate(lFrame, lPositions);
+        pMotion.Evaluate(lFrame, lPositions);
         for (size_t lTrail = 0; lTrail < lJoints.size(); ++lTrail)
         {
             pPicture.mTrails[lTrail].mPoints.push_back(lPositions[static_cast<size_t>(lJoints[lTrail])]);
         }
-        lProgress.Show(static_cast<double>(lFrame) / static_cast<double>(pScene.GetFrames().size()));
+        lProgress.Show(static_cast<double>(lFrame) / static_cast<double>(pMotion.GetFrames().size()));
     }
     pPicture.mInPlace = !lJoints.empty();
     return true;
@@ -174,7 +180,7 @@ std::vector<size_t> DefaultFrames(size_t pCount)
     return lFrames;
 }
 
-void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const KInputFile& pFile, KConsole& pConsole)
+void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const KQexFigureFile& pFile, KConsole& pConsole)
 {
     const std::string lSvg = DrawSvg(pPicture);
     if (lSvg.empty())
@@ -186,11 +192,22 @@ void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const 
     WriteOutput(pOptions.mOutput, lSvg, pConsole);
 }
 
-void DrawRest(const KDrawOptions& pOptions, const KInputFile& pFile, KConsole& pConsole)
+/// Frames and trails need a motion. False, with an error, if they are asked for.
+bool CheckRestOptions(const KDrawOptions& pOptions, KConsole& pConsole)
 {
-    if (!pOptions.mFrames.empty() || !pOptions.mTrails.empty())
+    const bool lOk = pOptions.mFrames.empty() && pOptions.mTrails.empty();
+    if (!lOk)
     {
         pConsole.Fail(eEXIT_USAGE, "--frames and --trail need a motion");
+    }
+    return lOk;
+}
+
+/// An ASF skeleton at rest: its bones as the file lists them.
+void DrawSkeleton(const KDrawOptions& pOptions, const KQexFigureFile& pFile, KConsole& pConsole)
+{
+    if (!CheckRestOptions(pOptions, pConsole))
+    {
         return;
     }
     KSkeletonFile lSkeleton;
@@ -202,50 +219,63 @@ void DrawRest(const KDrawOptions& pOptions, const KInputFile& pFile, KConsole& p
     }
 }
 
-void DrawMotion(const KDrawOptions& pOptions, const KMotionInput& pInput, KConsole& pConsole)
+/// A figure of another format without motion, at rest.
+void DrawRest(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
 {
-    KMotionScene lScene;
-    if (!lScene.Import(pInput, pOptions.mMotion, pConsole))
+    if (!CheckRestOptions(pOptions, pConsole))
     {
         return;
     }
-    std::vector<size_t> lFrames = DefaultFrames(lScene.GetFrames().size());
-    const std::string   lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, lScene.GetFrames(), lFrames);
+    KPicture   lPicture = MakePicture(pOptions, FileName(pFile));
+    KPoseMaker lPoseMaker(pMotion);
+    lPoseMaker.SetUp(lPicture);
+    lPicture.mPoses.push_back(lPoseMaker.Pose(0));
+    lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()), "joint", "joints") + " at rest";
+    WritePicture(pOptions, lPicture, pFile, pConsole);
+}
+
+void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
+{
+    std::vector<size_t> lFrames = DefaultFrames(pMotion.GetFrames().size());
+    const std::string   lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, pMotion.GetFrames(), lFrames);
     if (!lError.empty())
     {
         pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
         return;
     }
-    KPicture lPicture = MakePicture(pOptions, FileName(pInput.GetMotion()));
+    KPicture lPicture = MakePicture(pOptions, FileName(pFile));
     lPicture.mSubtitle =
-        Count(static_cast<long long>(lScene.GetFrames().size()), "frame", "frames") + ", " + Short(lScene.GetRate()) + " a second";
-    KPoseMaker lPoseMaker(lScene);
+        Count(static_cast<long long>(pMotion.GetFrames().size()), "frame", "frames") + ", " + Short(pMotion.GetRate()) + " a second";
+    KPoseMaker lPoseMaker(pMotion);
     lPoseMaker.SetUp(lPicture);
     for (const size_t lFrame : lFrames)
     {
         lPicture.mPoses.push_back(lPoseMaker.Pose(lFrame));
     }
-    if (AddTrails(pOptions, lScene, lPicture, pConsole))
+    if (AddTrails(pOptions, pMotion, lPicture, pConsole))
     {
-        WritePicture(pOptions, lPicture, pInput.GetMotion(), pConsole);
+        WritePicture(pOptions, lPicture, pFile, pConsole);
     }
 }
 
 void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 {
-    KMotionInput lInput;
+    qexsdk::KQexFigureFiles lFiles;
     if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
-        !lInput.Open(pOptions.mFiles, pOptions.mMotion, false, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole))
+        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
     {
         return;
     }
-    if (lInput.HasMotion())
+    if (lFiles.mFigure.GetFormat() == qexsdk::eFIGURE_ASF && lFiles.mMotions.empty())
     {
-        DrawMotion(pOptions, lInput, pConsole);
+        DrawSkeleton(pOptions, lFiles.mFigure, pConsole);
+        return;
     }
-    else
+    KLoadedMotion         lMotion;
+    const KQexFigureFile& lFile = lFiles.mMotions.empty() ? lFiles.mFigure : lFiles.mMotions.front();
+    if (lMotion.LoadFigureOrMotion(lFiles, pOptions.mMotion, pOptions.mTake, pConsole))
     {
-        DrawRest(pOptions, lInput.GetSkeleton(), pConsole);
+        (lMotion.HasTake() ? DrawMotion : DrawRest)(pOptions, lMotion, lFile, pConsole);
     }
 }
 
@@ -255,7 +285,7 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDrawOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses of a motion, as an SVG picture");
-    lCommand->add_option("FILE", lOptions->mFiles, "A skeleton, a skeleton and a motion, or a motion alone; \"-\" is standard input")
+    lCommand->add_option("FILE", lOptions->mFiles, "ASF, ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
         ->option_text(" ");
@@ -274,6 +304,8 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
                      "Also draw the path of a bone's end, with the poses at their world positions; may be repeated")
         ->option_text("BONE")
         ->allow_extra_args(false);
+    lCommand->add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
+    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer(
         "The picture opens in any browser. Left limbs are red, right limbs blue; the bar at the bottom shows the scale. Poses\n"

@@ -1,7 +1,6 @@
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/figure/motioninput.h>
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/figure/skeletonedit.h>
-#include <apps/asf/inputfile.h>
 #include <apps/asf/outputs.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -62,9 +61,9 @@ std::string TextOf(qexsdk::KQexAsfScene& pScene)
     return lText;
 }
 
-qexsdk::KQexAsfSceneOwner ReadModel(const KInputFile& pFile, qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole)
+qexsdk::KQexAsfSceneOwner ReadModel(const qexsdk::KQexFigureFile& pFile, qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole)
 {
-    if (pFile.GetKind() != eKIND_ASF)
+    if (pFile.GetFormat() != qexsdk::eFIGURE_ASF)
     {
         pConsole.Message(eERROR, pFile.GetDisplayPath(), 0, "is not an ASF file");
         pConsole.Raise(eEXIT_USAGE);
@@ -82,8 +81,8 @@ qexsdk::KQexAsfSceneOwner ReadModel(const KInputFile& pFile, qexsdk::KQexImportA
 void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
-    KInputFile lFile;
-    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !lFile.Open(pOptions.mFile, pConsole))
+    qexsdk::KQexFigureFile lFile;
+    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !OpenFile(lFile, pOptions.mFile, pConsole))
     {
         return;
     }

@@ -1,6 +1,9 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/inputfile.h>
+#include <apps/asf/figure/loading.h>
+#include <apps/asf/report/figuresurvey.h>
 #include <apps/asf/report/motionsurvey.h>
+#include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/skeletoninfo.h>
 
 #include <CLI/CLI.hpp>
@@ -22,7 +25,7 @@ struct KInfoOptions
     KMotionOptions           mMotion;
 };
 
-void ShowSkeleton(const KInputFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
+void ShowSkeleton(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
 {
     KSkeletonFile lSkeleton;
     lSkeleton.Read(pFile, false, pConsole);
@@ -37,27 +40,56 @@ void ShowSkeleton(const KInputFile& pFile, const KInfoOptions& pOptions, KConsol
     }
 }
 
-void ShowMotion(const KInputFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
+void ShowMotion(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOptions, KConsole& pConsole)
 {
-    KMotionInput  lInput;
-    KMotionSurvey lSurvey;
-    if (!lInput.OpenSkeletonOf(pFile, pOptions.mMotion, pConsole))
+    const std::string& lPath = pFiles.mMotions.front().GetDisplayPath();
+    KMotionSurvey      lSurvey;
+    const bool         lOk = lSurvey.Read(pFiles, pOptions.mMotion, pConsole);
+    lSurvey.GetMessages().Print(lPath, pConsole);
+    if (lOk && lSurvey.GetInfo().mRateSource == qexsdk::eAMC_RATE_DEFAULT)
     {
-        return;
-    }
-    const bool lOk = lSurvey.Read(lInput, pOptions.mMotion, pConsole);
-    lSurvey.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
-    if (lOk)
-    {
-        NoteRate(pFile, lSurvey.GetInfo(), pConsole);
+        pConsole.Message(eNOTE, lPath, 0, "has no frame rate, using " + Short(lSurvey.GetInfo().mSamplesPerSecond) + " frames per second");
     }
     if (pOptions.mJson)
     {
-        WriteMotionJson(lInput, lSurvey, pConsole);
+        WriteMotionJson(pFiles, lSurvey, pConsole);
     }
     else if (lOk)
     {
-        WriteMotionInfo(lInput, lSurvey, pConsole);
+        WriteMotionInfo(pFiles, lSurvey, pConsole);
+    }
+}
+
+void ShowFigure(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
+{
+    KFigureSurvey lSurvey;
+    const bool    lOk = lSurvey.Read(pFile, pConsole);
+    lSurvey.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
+    if (pOptions.mJson)
+    {
+        WriteFigureJson(pFile, lSurvey, pConsole);
+    }
+    else if (lOk)
+    {
+        WriteFigureInfo(pFile, lSurvey, pConsole);
+    }
+}
+
+void Show(const KInputSet& pInputs, size_t pIndex, const KInfoOptions& pOptions, KConsole& pConsole)
+{
+    const qexsdk::KQexFigureFile& lFile = pInputs.GetFile(pIndex);
+    qexsdk::KQexFigureFiles       lPair;
+    if (lFile.HasOwnMotion())
+    {
+        ShowFigure(lFile, pOptions, pConsole);
+    }
+    else if (lFile.GetFormat() == qexsdk::eFIGURE_ASF)
+    {
+        ShowSkeleton(lFile, pOptions, pConsole);
+    }
+    else if (pInputs.Pair(pIndex, pOptions.mMotion, lPair, pConsole))
+    {
+        ShowMotion(lPair, pOptions, pConsole);
     }
 }
 
@@ -67,11 +99,11 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
     {
         return;
     }
-    bool lFirst = true;
-    for (const std::string& lPath : pOptions.mFiles)
+    const KInputSet lInputs(pOptions.mFiles, pOptions.mMotion);
+    bool            lFirst = true;
+    for (size_t lIndex = 0; lIndex < pOptions.mFiles.size(); ++lIndex)
     {
-        KInputFile lFile;
-        if (pConsole.HasOutFailed() || !lFile.OpenAcclaim(lPath, pConsole))
+        if (pConsole.HasOutFailed() || !lInputs.IsOpen(lIndex, pConsole))
         {
             continue;
         }
@@ -80,7 +112,7 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
             pConsole.Out("\n");
         }
         lFirst = false;
-        (lFile.GetKind() == eKIND_AMC ? ShowMotion : ShowSkeleton)(lFile, pOptions, pConsole);
+        Show(lInputs, lIndex, pOptions, pConsole);
         pConsole.FlushOut();
     }
 }
@@ -90,17 +122,20 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
 void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KInfoOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("info", "Show what skeletons and motions contain");
+    CLI::App* lCommand = pProgram.add_subcommand("info", "Show what skeletons, motions and figures contain");
     lCommand->add_option("FILE", lOptions->mFiles, "Files to read; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--json", lOptions->mJson, "Print JSON: one object per file, each on its own line");
+    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("For a skeleton, prints the bone tree: length in centimetres and in the file's unit, degrees of freedom in file\n"
                      "order with their limits. For a motion, prints for each degree of freedom its least and greatest value, its limits,\n"
-                     "and the number of frames outside them.\n"
+                     "and the number of frames outside them. For BVH and glTF, prints the takes, and the joint tree with what moves each\n"
+                     "joint. A motion is read with a skeleton given in the same call, else with one from its folder.\n"
                      "\n"
                      "Examples:\n"
                      "  asf info walker.asf\n"
                      "  asf info walk.amc\n"
+                     "  asf info dance.bvh dance.glb\n"
                      "  asf info --json walker.asf | jq '.skeleton.bones[].name'");
     lCommand->callback([lOptions, &pConsole] { RunInfo(*lOptions, pConsole); });
 }

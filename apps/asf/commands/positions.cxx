@@ -1,10 +1,11 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
-#include <apps/asf/figure/framelist.h>
-#include <apps/asf/figure/motioninput.h>
-#include <apps/asf/figure/motionscene.h>
+#include <apps/asf/commands/framelist.h>
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/positionwriter.h>
+#include <kbaselib/kbase/kpath.h>
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +25,7 @@ struct KPositionsOptions
     std::vector<std::string> mFiles;
     std::string              mOutput = "-";
     std::string              mFrames;
+    std::string              mTake;
     bool                     mWide = false;
     bool                     mEnds = false;
     KMotionOptions           mMotion;
@@ -31,7 +33,7 @@ struct KPositionsOptions
 
 bool FormatOf(const KPositionsOptions& pOptions, EPositionFormat& pFormat, KConsole& pConsole)
 {
-    const std::string lExtension = LowerExtension(pOptions.mOutput);
+    const std::string lExtension = qexsdk::KPathExtension(pOptions.mOutput);
     const bool        lCsv = pOptions.mOutput == "-" || (lExtension != ".json" && lExtension != ".npy");
     if (lCsv && pOptions.mOutput != "-" && lExtension != ".csv" && !lExtension.empty() && pOptions.mOutput.compare(0, 5, "/dev/") != 0)
     {
@@ -53,12 +55,12 @@ std::string NamesPath(const std::string& pOutput)
 }
 
 /// Indices of the joints to write: all, or without the ends of leaf bones.
-std::vector<size_t> PickJoints(const KMotionScene& pScene, bool pEnds)
+std::vector<size_t> PickJoints(const KLoadedMotion& pMotion, bool pEnds)
 {
     std::vector<size_t> lPicked;
-    for (size_t lIndex = 0; lIndex < pScene.GetJoints().size(); ++lIndex)
+    for (size_t lIndex = 0; lIndex < pMotion.GetJoints().size(); ++lIndex)
     {
-        if (pEnds || !pScene.GetJoints()[lIndex].mIsEnd)
+        if (pEnds || !pMotion.GetJoints()[lIndex].mIsEnd)
         {
             lPicked.push_back(lIndex);
         }
@@ -66,9 +68,9 @@ std::vector<size_t> PickJoints(const KMotionScene& pScene, bool pEnds)
     return lPicked;
 }
 
-bool ResolveFrames(const KPositionsOptions& pOptions, const KMotionScene& pScene, std::vector<size_t>& pFrames, KConsole& pConsole)
+bool ResolveFrames(const KPositionsOptions& pOptions, const KLoadedMotion& pMotion, std::vector<size_t>& pFrames, KConsole& pConsole)
 {
-    const std::string lError = PickFrames(pOptions.mFrames.empty() ? "first-last" : pOptions.mFrames, pScene.GetFrames(), pFrames);
+    const std::string lError = PickFrames(pOptions.mFrames.empty() ? "first-last" : pOptions.mFrames, pMotion.GetFrames(), pFrames);
     if (!lError.empty())
     {
         pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
@@ -76,7 +78,7 @@ bool ResolveFrames(const KPositionsOptions& pOptions, const KMotionScene& pScene
     return lError.empty();
 }
 
-void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
+void WriteFrames(KLoadedMotion& pMotion, const std::vector<size_t>& pFrames, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
                  const qexsdk::KOutputFile& pOut, const KConsole& pConsole)
 {
     KProgress           lProgress("writing", pConsole);
@@ -84,12 +86,12 @@ void WriteFrames(KMotionScene& pScene, const std::vector<size_t>& pFrames, const
     std::vector<KPoint> lPicked(pJoints.size());
     for (size_t lIndex = 0; lIndex < pFrames.size() && !pOut.HasFailed(); ++lIndex)
     {
-        pScene.Evaluate(pFrames[lIndex], lAll);
+        pMotion.Evaluate(pFrames[lIndex], lAll);
         for (size_t lJoint = 0; lJoint < pJoints.size(); ++lJoint)
         {
             lPicked[lJoint] = lAll[pJoints[lJoint]];
         }
-        pWriter.Frame(pScene.GetFrames()[pFrames[lIndex]], pScene.GetSeconds(pFrames[lIndex]), lPicked);
+        pWriter.Frame(pMotion.GetFrames()[pFrames[lIndex]], pMotion.GetSeconds(pFrames[lIndex]), lPicked);
         lProgress.Show(static_cast<double>(lIndex) / static_cast<double>(pFrames.size()));
     }
 }
@@ -112,24 +114,24 @@ void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOut
     }
 }
 
-void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, const KMotionInput& pInput, KMotionScene& pScene,
+void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, const qexsdk::KQexFigureFiles& pFiles, KLoadedMotion& pMotion,
                 KConsole& pConsole)
 {
     std::vector<size_t> lFrames;
-    if (!ResolveFrames(pOptions, pScene, lFrames, pConsole))
+    if (!ResolveFrames(pOptions, pMotion, lFrames, pConsole))
     {
         return;
     }
-    const std::vector<size_t> lJoints = PickJoints(pScene, pOptions.mEnds);
+    const std::vector<size_t> lJoints = PickJoints(pMotion, pOptions.mEnds);
     KPositionTable            lTable;
     std::string               lNames;
-    lTable.mSkeleton = pInput.GetSkeleton().GetPath();
-    lTable.mMotion = pInput.GetMotion().GetPath();
-    lTable.mRate = pScene.GetRate();
+    lTable.mSkeleton = pFiles.mFigure.GetPath();
+    lTable.mMotion = pFiles.mMotions.empty() ? lTable.mSkeleton : pFiles.mMotions.front().GetPath();
+    lTable.mRate = pMotion.GetRate();
     lTable.mFrameCount = lFrames.size();
     for (const size_t lJoint : lJoints)
     {
-        lTable.mJoints.push_back(pScene.GetJoints()[lJoint].mName);
+        lTable.mJoints.push_back(pMotion.GetJoints()[lJoint].mName);
         lNames += lTable.mJoints.back() + "\n";
     }
 
@@ -140,7 +142,7 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     }
     const std::unique_ptr<KPositionWriter> lWriter = MakePositionWriter(pFormat, lOut);
     lWriter->Begin(lTable);
-    WriteFrames(pScene, lFrames, lJoints, *lWriter, lOut, pConsole);
+    WriteFrames(pMotion, lFrames, lJoints, *lWriter, lOut, pConsole);
     lWriter->End();
     qexsdk::KOutputFile lNamesOut;
     if (pFormat != eFORMAT_NPY)
@@ -156,18 +158,18 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
 
 void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
 {
-    KMotionInput    lInput;
-    EPositionFormat lFormat = eFORMAT_CSV;
+    qexsdk::KQexFigureFiles lFiles;
+    EPositionFormat         lFormat = eFORMAT_CSV;
     if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !FormatOf(pOptions, lFormat, pConsole) ||
-        !lInput.Open(pOptions.mFiles, pOptions.mMotion, true, pConsole) || !CheckOutput(pOptions.mOutput, lInput.GetPaths(), pConsole) ||
-        (lFormat == eFORMAT_NPY && !CheckOutput(NamesPath(pOptions.mOutput), lInput.GetPaths(), pConsole)))
+        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole) ||
+        (lFormat == eFORMAT_NPY && !CheckOutput(NamesPath(pOptions.mOutput), PathsOf(lFiles), pConsole)))
     {
         return;
     }
-    KMotionScene lScene;
-    if (lScene.Import(lInput, pOptions.mMotion, pConsole))
+    KLoadedMotion lMotion;
+    if (lMotion.Load(lFiles, pOptions.mMotion, pOptions.mTake, pConsole))
     {
-        WriteTable(pOptions, lFormat, lInput, lScene, pConsole);
+        WriteTable(pOptions, lFormat, lFiles, lMotion, pConsole);
     }
 }
 
@@ -177,7 +179,7 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KPositionsOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("positions", "Write the positions of all joints in every frame");
-    lCommand->add_option("FILE", lOptions->mFiles, "A skeleton and a motion, or a motion alone; \"-\" is standard input")
+    lCommand->add_option("FILE", lOptions->mFiles, "ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
         ->option_text(" ");
@@ -185,8 +187,10 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
         ->option_text("FILE");
     lCommand->add_option("--frames", lOptions->mFrames, "Frames to write, such as 1,100-200,last or 1-last:10 (default: all)")
         ->option_text("LIST");
+    lCommand->add_option("--take", lOptions->mTake, "Take to write if there are several (default: the first)")->option_text("NAME");
     lCommand->add_flag("--wide", lOptions->mWide, "CSV with one row per frame instead of one per joint");
     lCommand->add_flag("--ends", lOptions->mEnds, "Include the ends of leaf bones, named BONE_End");
+    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("Positions are in world space, in centimetres: x to the figure's left at rest, y up, z forward. A joint is at the\n"
                      "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. An\n"
@@ -195,6 +199,7 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
                      "Examples:\n"
                      "  asf positions walk.amc -o walk.csv\n"
                      "  asf positions walker.asf walk.amc --frames 1,100-200,last --wide\n"
+                     "  asf positions dance.bvh -o dance.npy\n"
                      "  asf positions walk.amc --asf walker.asf --fps 30000/1001 --ends -o walk.npy");
     lCommand->callback([lOptions, &pConsole] { RunPositions(*lOptions, pConsole); });
 }

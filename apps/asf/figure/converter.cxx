@@ -38,7 +38,7 @@ qexsdk::KTime ToTime(const KTakeTime& pTakeTime, const qexsdk::KQexSampling& pFr
 
 } // namespace
 
-KConverter::KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, std::vector<std::string> pInputs, KConsole& pConsole)
+KConverter::KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFigure, std::vector<std::string> pInputs, KConsole& pConsole)
     : mOptions(pOptions), mFigure(pFigure), mInputs(std::move(pInputs)), mConsole(pConsole)
 {
 }
@@ -94,7 +94,7 @@ const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const
 bool KConverter::SampleTakes()
 {
     qexsdk::KQexUniqueNames lNames;
-    for (const KFigureTake& lTake : mFigure.GetTakes())
+    for (const qexsdk::KQexFigureTake& lTake : mFigure.GetTakes())
     {
         KSampledTake lSampled;
         lSampled.mTake = &lTake;
@@ -113,8 +113,10 @@ bool KConverter::SampleTakes()
             mConsole.Fail(eEXIT_USAGE, "--start and --end leave no frames of " + lTake.mName);
             return false;
         }
-        if (lTake.mTake != nullptr && !CheckSpan(*lTake.mTake, lTake.mSampling, mConsole))
+        qexsdk::KQexFigureReport lReport;
+        if (lTake.mTake != nullptr && !qexsdk::KQexFigure::CheckSpan(*lTake.mTake, lTake.mSampling, lReport))
         {
+            PrintReport(lReport, mConsole);
             return false;
         }
     }

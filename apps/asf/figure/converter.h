@@ -2,7 +2,7 @@
 #define APPS_ASF_FIGURE_CONVERTER_H
 
 #include <apps/asf/figure/convertoptions.h>
-#include <apps/asf/figure/figurescene.h>
+#include <apps/asf/figure/loading.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/motion/kqexmotionio.h>
@@ -17,10 +17,10 @@ namespace asfapp
 /// A take and the frames of it to write.
 struct KSampledTake
 {
-    const KFigureTake*          mTake = nullptr; ///< Null: only the rest pose.
-    std::string                 mName;           ///< As used in file names; unique.
-    qexsdk::KQexSamplingRequest mRequest;
-    qexsdk::KQexSampling        mSampling;
+    const qexsdk::KQexFigureTake* mTake = nullptr; ///< Null: only the rest pose.
+    std::string                   mName;           ///< As used in file names; unique.
+    qexsdk::KQexSamplingRequest   mRequest;
+    qexsdk::KQexSampling          mSampling;
 };
 
 /// Writes a figure to the outputs of an `asf convert` run. No target is replaced until all outputs are complete; only the AMC files of
@@ -29,7 +29,7 @@ class KConverter
 {
 public:
     /// \p pInputs: paths that must not be written.
-    KConverter(const KConvertOptions& pOptions, KFigureScene& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
+    KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
 
     /// Discards outputs that are not complete.
     ~KConverter();
@@ -64,7 +64,7 @@ private:
     const KConvertOutput*            FindTarget(EOutputKind pKind) const;
 
     const KConvertOptions&    mOptions;
-    KFigureScene&             mFigure;
+    qexsdk::KQexFigure&       mFigure;
     std::vector<std::string>  mInputs;
     KConsole&                 mConsole;
     std::vector<KSampledTake> mTakes; ///< At least one.

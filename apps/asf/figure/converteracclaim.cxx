@@ -160,8 +160,8 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
 
 qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
-    KInputFile lFile;
-    if (!lFile.Open(pPath, mConsole))
+    qexsdk::KQexFigureFile lFile;
+    if (!OpenFile(lFile, pPath, mConsole))
     {
         return nullptr;
     }

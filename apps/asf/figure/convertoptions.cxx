@@ -1,8 +1,7 @@
 #include <apps/asf/figure/convertoptions.h>
 
 #include <kbaselib/kbase/kletters.h>
-
-#include <CLI/CLI.hpp>
+#include <kbaselib/kbase/kpath.h>
 
 #include <algorithm>
 #include <set>
@@ -57,7 +56,7 @@ bool ParseChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCo
 
 bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKind& pKind, KConsole& pConsole)
 {
-    const std::string lExtension = LowerExtension(pPath);
+    const std::string lExtension = qexsdk::KPathExtension(pPath);
     const std::string lWord = !pTo.empty() ? pTo : lExtension.empty() ? std::string() : lExtension.substr(1);
     for (int lKind = eOUT_ASF; lKind <= eOUT_GLTF; ++lKind)
     {
@@ -117,37 +116,11 @@ bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
 }
 
-bool IsPair(const std::string& pOne, const std::string& pOther)
-{
-    const std::string lOne = LowerExtension(pOne);
-    const std::string lOther = LowerExtension(pOther);
-    return (lOne == ".asf" && lOther == ".amc") || (lOne == ".amc" && lOther == ".asf");
-}
-
 } // namespace
 
 bool KConvertOptions::Writes(EOutputKind pKind) const
 {
     return std::any_of(mTargets.begin(), mTargets.end(), [pKind](const KConvertOutput& pOutput) { return pOutput.mKind == pKind; });
-}
-
-std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments)
-{
-    std::vector<std::string> lArguments(pArguments, pArguments + pArgumentCount);
-    if (pArgumentCount < 2 || lArguments[1] != "convert")
-    {
-        return lArguments;
-    }
-    for (size_t lIndex = 2; lIndex + 2 < lArguments.size() && lArguments[lIndex] != "--"; ++lIndex)
-    {
-        const bool lIsOutput = lArguments[lIndex] == "-o" || lArguments[lIndex] == "--output";
-        if (lIsOutput && IsPair(lArguments[lIndex + 1], lArguments[lIndex + 2]))
-        {
-            lArguments.insert(lArguments.begin() + static_cast<std::ptrdiff_t>(lIndex) + 2, lArguments[lIndex]);
-            lIndex += 3; // Skip the pair.
-        }
-    }
-    return lArguments;
 }
 
 bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
@@ -173,9 +146,9 @@ bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
            CheckFormatOptions(pOptions, pConsole);
 }
 
-KFigureOptions FigureOptions(const KConvertOptions& pOptions)
+qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)
 {
-    KFigureOptions lOptions;
+    qexsdk::KQexFigureOptions lOptions;
     lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
     lOptions.mSampleRate = pOptions.mRate;
     lOptions.mTake = pOptions.mTake;
@@ -186,73 +159,6 @@ KFigureOptions FigureOptions(const KConvertOptions& pOptions)
                        : pOptions.mFilter == "gimbal" ? qexsdk::eROTATION_FILTER_GIMBAL
                                                       : qexsdk::eROTATION_FILTER_UNROLL;
     return lOptions;
-}
-
-void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
-{
-    const CLI::IsMember lKinds({"asf", "amc", "bvh", "glb", "gltf"});
-    const CLI::Range    lFactor(1e-9, 1e9);
-    pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
-        ->required()
-        ->option_text("...");
-    pCommand.add_option("-o,--output", pOptions.mOutputs, "File to write; may be repeated. {name} in it is replaced by the take's name")
-        ->required()
-        ->type_size(1)
-        ->expected(1)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->option_text("FILE");
-    pCommand.add_option("--from", pOptions.mFrom, "Format of the input, instead of detecting it")->check(lKinds)->option_text("KIND");
-    pCommand.add_option("--to", pOptions.mTo, "Format to write, instead of the output's extension")->check(lKinds)->option_text("KIND");
-    pCommand.add_option("--asf", pOptions.mMotion.mAsf, "Skeleton of AMC files given alone (default: searched for in their folder)")
-        ->option_text("FILE");
-    pCommand.add_option("--skeleton", pOptions.mSkeleton, "Write the motion for the bones of this ASF file, matched by name")
-        ->option_text("FILE");
-    pCommand.add_option("--take", pOptions.mTake, "Take to convert if there are several; for one AMC or BVH file, the name of its take")
-        ->option_text("NAME");
-    pCommand
-        .add_option("--fps", pOptions.mFps, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)")
-        ->option_text("RATE");
-    pCommand.add_option("--motion-fps", pOptions.mMotion.mFps, "Frames per second of AMC files (default: the file's rate, else 120)")
-        ->option_text("RATE");
-    pCommand.add_option("--start", pOptions.mStart, "Start: seconds, or frames from the first with the suffix f (60f)")
-        ->option_text("TIME");
-    pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
-    pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");
-    pCommand.add_option("--scale", pOptions.mScale, "Factor for all lengths and positions")->check(lFactor)->option_text("FACTOR");
-    pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
-    pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
-    pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
-        ->check(CLI::IsMember({"none", "unroll", "gimbal"}))
-        ->option_text("FILTER");
-    pCommand.add_flag("--reduce", pOptions.mReduce, "Drop keys inside runs of equal values when reading AMC");
-    pCommand.add_flag("--keep-good-frames", pOptions.mKeepGoodFrames, "If a motion has an error, convert the frames before it");
-    pCommand.add_option("--up", pOptions.mUp, "Up axis of a BVH file: y (default), z")
-        ->check(CLI::IsMember({"y", "z"}))
-        ->option_text("AXIS");
-    pCommand.add_option("--channels", pOptions.mChannels, "Order of the rotation channels in a BVH file, such as ZXY (default: ZYX)")
-        ->option_text("ORDER");
-    pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")
-        ->check(CLI::IsMember({"bones", "none"}))
-        ->option_text("MESH");
-    pCommand.add_option("--length-unit", pOptions.mLengthUnit, "Length unit of an ASF file: a length of 1 is 2.54 cm divided by it")
-        ->check(lFactor)
-        ->option_text("UNIT");
-    pCommand
-        .add_option("--translations", pOptions.mTranslations, "Bones of an ASF file with translation DOFs: moving (default), none, all")
-        ->check(CLI::IsMember({"moving", "none", "all"}))
-        ->option_text("WHICH");
-    pCommand.add_option("--base-pose", pOptions.mBasePose, "Rest pose of an ASF file: rest (default), first-frame")
-        ->check(CLI::IsMember({"rest", "first-frame"}))
-        ->option_text("POSE");
-    pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
-    pCommand.add_flag("--tell-rate", pOptions.mWriteRate,
-                      "Write the rate into an AMC file (:SAMPLES-PER-SECOND); some programs cannot read such a file");
-    pCommand
-        .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
-        ->check(CLI::Range(1, 64))
-        ->option_text("N");
-    pCommand.add_flag("-q,--quiet", pOptions.mMotion.mQuiet, "No notes, no progress bar");
 }
 
 } // namespace asfapp

@@ -1,18 +1,13 @@
 #ifndef APPS_ASF_FIGURE_CONVERTOPTIONS_H
 #define APPS_ASF_FIGURE_CONVERTOPTIONS_H
 
-#include <apps/asf/figure/figurescene.h>
-#include <apps/asf/figure/motioninput.h>
+#include <apps/asf/figure/motionoptions.h>
 #include <kbaselib/kmath/keulertable.h>
+#include <qexfigure/kqexfigure.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
 #include <string>
 #include <vector>
-
-namespace CLI
-{
-class App;
-}
 
 namespace asfapp
 {
@@ -47,10 +42,9 @@ struct KConvertOptions
 {
     std::vector<std::string> mFiles;
     std::vector<std::string> mOutputs;
-    std::string              mFrom;
     std::string              mTo;
     std::string              mSkeleton;
-    KMotionOptions           mMotion; ///< --asf, --motion-fps and --quiet.
+    KMotionOptions           mMotion; ///< --asf, --from, --motion-fps and --quiet.
     std::string              mFps;
     std::string              mStart;
     std::string              mEnd;
@@ -81,17 +75,11 @@ struct KConvertOptions
     bool Writes(EOutputKind pKind) const;
 };
 
-/// Adds the options to the command.
-void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);
-
-/// Splits `-o A.asf B.amc` into two options with one name each, so that -o never consumes the name of an input.
-std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments);
-
 /// Parses and checks the arguments. False after an error.
 bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole);
 
 /// The options for reading.
-KFigureOptions FigureOptions(const KConvertOptions& pOptions);
+qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions);
 
 } // namespace asfapp
 

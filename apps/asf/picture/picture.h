@@ -1,7 +1,7 @@
 #ifndef APPS_ASF_PICTURE_PICTURE_H
 #define APPS_ASF_PICTURE_PICTURE_H
 
-#include <apps/asf/figure/skeletonfile.h>
+#include <apps/asf/figure/point.h>
 
 #include <string>
 #include <vector>

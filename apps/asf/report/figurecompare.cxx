@@ -58,7 +58,7 @@ const char* AspectWord(int pAspect)
     return kAspectWords[pAspect];
 }
 
-KFigureComparison::KFigureComparison(KFigureScene& pFirst, KFigureScene& pSecond, double pTolerance) : mTolerance(pTolerance)
+KFigureComparison::KFigureComparison(qexsdk::KQexFigure& pFirst, qexsdk::KQexFigure& pSecond, double pTolerance) : mTolerance(pTolerance)
 {
     mSides[0].mFigure = &pFirst;
     mSides[1].mFigure = &pSecond;
@@ -81,7 +81,7 @@ void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPo
 {
     KSide&    lSide = mSides[pSide];
     KQexNode* lTop = lSide.mFigure->GetTop();
-    if (!lSide.mFigure->GetScene().GetEvaluator()->EvaluateGlobalTransforms(lTop, pTime, lSide.mTransforms))
+    if (!lSide.mFigure->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(lTop, pTime, lSide.mTransforms))
     {
         throw std::bad_alloc();
     }
@@ -104,7 +104,7 @@ void KFigureComparison::Collect(int pSide)
         lSide.mByName.emplace(lNode->GetName(), lIndex);
         lSide.mNodes.push_back(lNode);
     }
-    qexsdk::KQexAnimEvaluator* lEvaluator = lSide.mFigure->GetScene().GetEvaluator();
+    qexsdk::KQexAnimEvaluator* lEvaluator = lSide.mFigure->GetScene()->GetEvaluator();
     qexsdk::KQexAnimStack*     lStack = lEvaluator->GetContext();
     lEvaluator->SetContext(nullptr);
     Evaluate(pSide, qexsdk::KTime(0), lSide.mRest);
@@ -132,7 +132,7 @@ void KFigureComparison::MakePairs()
         else
         {
             mOnly[0].emplace_back(mSides[0].mNodes[lFirst]->GetName());
-            UpdateLargest(eASPECT_NAMES, IsDummyByName(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
+            UpdateLargest(eASPECT_NAMES, qexsdk::IsFigureDummy(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
                           mOnly[0].back());
         }
     }
@@ -141,7 +141,7 @@ void KFigureComparison::MakePairs()
         if (!lIsPaired[lSecond])
         {
             mOnly[1].emplace_back(mSides[1].mNodes[lSecond]->GetName());
-            UpdateLargest(eASPECT_NAMES, IsDummyByName(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
+            UpdateLargest(eASPECT_NAMES, qexsdk::IsFigureDummy(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
                           mOnly[1].back());
         }
     }

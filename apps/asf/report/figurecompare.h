@@ -1,7 +1,8 @@
 #ifndef APPS_ASF_REPORT_FIGURECOMPARE_H
 #define APPS_ASF_REPORT_FIGURECOMPARE_H
 
-#include <apps/asf/figure/figurescene.h>
+#include <apps/asf/console.h>
+#include <qexfigure/kqexfigure.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <string>
@@ -15,7 +16,7 @@ namespace asfapp
 /// The aspects in which two figures are compared.
 enum EAspect
 {
-    eASPECT_NAMES,     ///< Joints that only one has; dummies (IsDummyByName()) do not count.
+    eASPECT_NAMES,     ///< Joints that only one has; dummies (IsFigureDummy()) do not count.
     eASPECT_PARENTS,   ///< Joints with a different parent.
     eASPECT_REST,      ///< Positions at rest, relative to the root.
     eASPECT_LENGTHS,   ///< Distances between joints and their parents at rest.
@@ -44,7 +45,7 @@ class KFigureComparison
 {
 public:
     /// \p pTolerance: for lengths, a fraction of the first figure's height; for angles, radians.
-    KFigureComparison(KFigureScene& pFirst, KFigureScene& pSecond, double pTolerance);
+    KFigureComparison(qexsdk::KQexFigure& pFirst, qexsdk::KQexFigure& pSecond, double pTolerance);
 
     void Run(const KConsole& pConsole);
 
@@ -70,7 +71,7 @@ private:
 
     struct KSide
     {
-        KFigureScene*                              mFigure = nullptr;
+        qexsdk::KQexFigure*                        mFigure = nullptr;
         std::vector<qexsdk::KQexNode*>             mNodes;   ///< In pre-order.
         std::vector<int>                           mParents; ///< Index of the nearest paired ancestor; -1 for none.
         std::vector<KPosition>                     mRest;

@@ -1,7 +1,7 @@
 #ifndef APPS_ASF_REPORT_JSONTEXT_H
 #define APPS_ASF_REPORT_JSONTEXT_H
 
-#include <apps/asf/figure/skeletonfile.h>
+#include <apps/asf/report/skeletonfile.h>
 
 #include <nlohmann/json.hpp>
 

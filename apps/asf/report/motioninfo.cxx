@@ -42,7 +42,7 @@ KJson JsonDof(const KDofSurvey& pDof)
     return lDof;
 }
 
-KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
+KJson JsonMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey)
 {
     static const char* const   sSources[] = {"caller", "file", "default"};
     const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
@@ -57,7 +57,7 @@ KJson JsonMotion(const KMotionInput& pInput, const KMotionSurvey& pSurvey)
         lBones.push_back({{"name", lBone.mName}, {"frames", lBone.mFrames}, {"moves", lBone.Moves()}, {"dofs", lDofs}});
     }
     KJson lMotion;
-    lMotion["skeleton"] = pInput.GetSkeleton().GetPath();
+    lMotion["skeleton"] = pFiles.mFigure.GetPath();
     lMotion["frameCount"] = lInfo.mFrameCount;
     lMotion["firstFrame"] = lInfo.mLowestFrame;
     lMotion["lastFrame"] = lInfo.mHighestFrame;
@@ -79,10 +79,10 @@ std::string LimitsOf(const KDofSurvey& pDof)
 
 } // namespace
 
-void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
+void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole)
 {
-    pConsole.Out(pConsole.Bold(Printable(pInput.GetMotion().GetDisplayPath())) + ": motion of " +
-                 Printable(pInput.GetSkeleton().GetDisplayPath()) + "\n");
+    pConsole.Out(pConsole.Bold(Printable(pFiles.mMotions.front().GetDisplayPath())) + ": motion of " +
+                 Printable(pFiles.mFigure.GetDisplayPath()) + "\n");
     WriteSummary(pSurvey, pConsole);
     size_t lWidth = 4;
     for (const KBoneSurvey& lBone : pSurvey.GetBones())
@@ -111,10 +111,10 @@ void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, K
     }
 }
 
-void WriteMotionJson(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole)
+void WriteMotionJson(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole)
 {
-    KJson lObject = JsonHead("motion", pInput.GetMotion().GetPath(), pSurvey.IsOk(), pSurvey.GetMessages());
-    lObject["motion"] = pSurvey.IsOk() ? JsonMotion(pInput, pSurvey) : KJson(nullptr);
+    KJson lObject = JsonHead("motion", pFiles.mMotions.front().GetPath(), pSurvey.IsOk(), pSurvey.GetMessages());
+    lObject["motion"] = pSurvey.IsOk() ? JsonMotion(pFiles, pSurvey) : KJson(nullptr);
     PrintJsonLine(lObject, pConsole);
 }
 

@@ -42,15 +42,15 @@ bool KBoneSurvey::Moves() const
     return std::any_of(mDofs.begin(), mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mHighest - pDof.mLowest > kTolerance; });
 }
 
-bool KMotionSurvey::Read(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole)
+bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KConsole& pConsole)
 {
     qexsdk::KQexImportAcclaimResult lResult;
     qexsdk::KQexAsfSceneOwner       lSkeleton =
-        qexsdk::KQexImporterAcclaim::ReadSkeleton(pInput.GetSkeleton().GetSource(), qexsdk::KQexImportAcclaimOptions(), lResult);
+        qexsdk::KQexImporterAcclaim::ReadSkeleton(pFiles.mFigure.GetSource(), qexsdk::KQexImportAcclaimOptions(), lResult);
     if (lSkeleton == nullptr)
     {
         PrintMessages(lResult, pConsole);
-        pInput.RaiseFailure(pConsole);
+        pConsole.Raise(pFiles.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
         mMessages.Add(qexsdk::KQexTextMessage::eERROR, 0, "The motion cannot be read without its skeleton");
         return false;
     }
@@ -63,14 +63,14 @@ bool KMotionSurvey::Read(const KMotionInput& pInput, const KMotionOptions& pOpti
         return lProgress.Show(pFraction);
     };
     qexsdk::KQexFileAcclaimAmc lReader(false);
-    mOk = pInput.GetMotion().OpenFor(lReader) && lReader.ReadFrames(lSkeleton.get(), lOptions, *this);
+    mOk = pFiles.mMotions.front().OpenFor(lReader) && lReader.ReadFrames(lSkeleton.get(), lOptions, *this);
     mInfo = lReader.GetInfo();
     mMessages.mList = lReader.GetMessages();
     mMessages.mErrors = lReader.GetErrorCount();
     mMessages.mWarnings = lReader.GetWarningCount();
     if (!mOk)
     {
-        pInput.RaiseFailure(pConsole);
+        pConsole.Raise(pFiles.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
     }
     return mOk;
 }

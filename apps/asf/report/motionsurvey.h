@@ -1,8 +1,8 @@
 #ifndef APPS_ASF_REPORT_MOTIONSURVEY_H
 #define APPS_ASF_REPORT_MOTIONSURVEY_H
 
-#include <apps/asf/figure/motioninput.h>
-#include <apps/asf/figure/skeletonfile.h>
+#include <apps/asf/figure/loading.h>
+#include <apps/asf/report/skeletonfile.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
 #include <vector>
@@ -37,9 +37,9 @@ struct KBoneSurvey
 class KMotionSurvey : private qexsdk::KQexAmcVisitor
 {
 public:
-    /// Reads skeleton and motion. The messages are the motion's; those of a skeleton that fails are printed. False, and the exit
+    /// Reads the skeleton and the first motion of \p pFiles. The messages are the motion's; those of a skeleton that fails are printed. False, and the exit
     /// status raised, if either cannot be read.
-    bool Read(const KMotionInput& pInput, const KMotionOptions& pOptions, KConsole& pConsole);
+    bool Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KConsole& pConsole);
 
     const KMessages&                GetMessages() const { return mMessages; }
     bool                            IsOk() const { return mOk; }
@@ -71,10 +71,10 @@ private:
 };
 
 /// Prints a summary of a motion and the table of its degrees of freedom, as text.
-void WriteMotionInfo(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole);
+void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole);
 
 /// The same as one JSON object on one line (docs/json.md), also for a read that failed.
-void WriteMotionJson(const KMotionInput& pInput, const KMotionSurvey& pSurvey, KConsole& pConsole);
+void WriteMotionJson(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole);
 
 } // namespace asfapp
 

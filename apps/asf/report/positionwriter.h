@@ -1,7 +1,7 @@
 #ifndef APPS_ASF_REPORT_POSITIONWRITER_H
 #define APPS_ASF_REPORT_POSITIONWRITER_H
 
-#include <apps/asf/figure/skeletonfile.h>
+#include <apps/asf/figure/point.h>
 #include <kbaselib/kbase/koutputfile.h>
 
 #include <memory>

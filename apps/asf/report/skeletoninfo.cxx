@@ -76,7 +76,7 @@ void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
 
 } // namespace
 
-void WriteSkeletonInfo(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
+void WriteSkeletonInfo(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
 {
     const std::string lName = pSkeleton.GetScene().mName;
     pConsole.Out(pConsole.Bold(Printable(pFile.GetDisplayPath())) + ": " +

@@ -2,17 +2,16 @@
 #define APPS_ASF_REPORT_SKELETONINFO_H
 
 #include <apps/asf/console.h>
-#include <apps/asf/figure/skeletonfile.h>
-#include <apps/asf/inputfile.h>
+#include <apps/asf/report/skeletonfile.h>
 
 namespace asfapp
 {
 
 /// Prints a summary of a skeleton and its bone tree, one line per bone, as text.
-void WriteSkeletonInfo(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
+void WriteSkeletonInfo(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
 
 /// Prints the full model as one JSON object on one line (docs/json.md), also for a failed read.
-void WriteSkeletonJson(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
+void WriteSkeletonJson(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole);
 
 } // namespace asfapp
 

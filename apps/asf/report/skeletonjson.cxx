@@ -101,7 +101,7 @@ KJson JsonSkeleton(const KSkeletonFile& pSkeleton)
 
 } // namespace
 
-void WriteSkeletonJson(const KInputFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
+void WriteSkeletonJson(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
 {
     KJson lObject = JsonHead("skeleton", pFile.GetPath(), pSkeleton.IsOk(), pSkeleton.GetMessages());
     lObject["skeleton"] = pSkeleton.GetBones().empty() ? KJson(nullptr) : JsonSkeleton(pSkeleton);

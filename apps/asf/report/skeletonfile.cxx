@@ -1,4 +1,4 @@
-#include <apps/asf/figure/skeletonfile.h>
+#include <apps/asf/report/skeletonfile.h>
 
 #include <apps/asf/report/asflint.h>
 #include <kbaselib/kbase/kmemory.h>
@@ -63,7 +63,7 @@ void AddFindings(const KAsfLint& pLint, bool pOk, KMessages& pMessages)
 
 } // namespace
 
-bool KSkeletonFile::Read(const KInputFile& pFile, bool pLint, KConsole& pConsole)
+bool KSkeletonFile::Read(const qexsdk::KQexFigureFile& pFile, bool pLint, KConsole& pConsole)
 {
     mScene.reset(qexsdk::QexSdkNew<qexsdk::KQexAsfScene>());
     bool lIsSystemError = false;

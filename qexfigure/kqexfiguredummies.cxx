@@ -1,19 +1,19 @@
-#include <apps/asf/figure/figurescene.h>
+#include <qexfigure/kqexfiguredummies.h>
+
 #include <qexioplugins/motion/kqexrestpose.h>
 
 #include <cmath>
+#include <string_view>
 
-namespace asfapp
+namespace qexsdk
 {
 
 namespace
 {
 
-using qexsdk::KQexAnimLayer;
-using qexsdk::KQexNode;
-using KVector = qexsdk::qexVectorTemplate3<double>;
+using KVector = qexVectorTemplate3<double>;
 
-const std::string kDummySuffix = "Dummy";
+constexpr std::string_view kDummySuffix = "Dummy";
 
 template <typename TVector>
 bool IsNear(const TVector& pValue, double pExpected)
@@ -22,13 +22,13 @@ bool IsNear(const TVector& pValue, double pExpected)
            std::fabs(pValue.mData[2] - pExpected) < 1e-6;
 }
 
-bool IsAnimated(const KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
+bool IsAnimated(const KQexNode& pNode, const std::vector<KQexFigureTake>& pTakes)
 {
-    for (const KFigureTake& lTake : pTakes)
+    for (const KQexFigureTake& lTake : pTakes)
     {
         const KQexAnimLayer* lLayer = lTake.mStack->GetMember<KQexAnimLayer>(0);
-        if (qexsdk::DiffersFromRest(pNode.mLocalTranslation, lLayer) || qexsdk::DiffersFromRest(pNode.mLocalRotation, lLayer) ||
-            qexsdk::DiffersFromRest(pNode.mLocalScaling, lLayer))
+        if (DiffersFromRest(pNode.mLocalTranslation, lLayer) || DiffersFromRest(pNode.mLocalRotation, lLayer) ||
+            DiffersFromRest(pNode.mLocalScaling, lLayer))
         {
             return true;
         }
@@ -45,11 +45,11 @@ bool IsPureTranslation(const KQexNode& pNode)
 
 void TranslateCurves(KQexNode& pNode, KQexAnimLayer* pLayer, const double* pOffset)
 {
-    qexsdk::KQexAnimCurveNode* lCurves = pNode.mLocalTranslation.GetCurveNode(pLayer, false);
+    KQexAnimCurveNode* lCurves = pNode.mLocalTranslation.GetCurveNode(pLayer, false);
     for (unsigned int lAxis = 0; lCurves != nullptr && lAxis < 3; ++lAxis)
     {
         lCurves->SetChannelValue(lAxis, lCurves->GetChannelValue<double>(lAxis, 0.0) + pOffset[lAxis]);
-        qexsdk::KQexAnimCurve* lCurve = lCurves->GetCurve(lAxis);
+        KQexAnimCurve* lCurve = lCurves->GetCurve(lAxis);
         for (int lKey = 0; lCurve != nullptr && lKey < lCurve->GetKeyCount(); ++lKey)
         {
             lCurve->SetValue(lKey, static_cast<float>(lCurve->GetValue(lKey) + pOffset[lAxis]));
@@ -57,22 +57,22 @@ void TranslateCurves(KQexNode& pNode, KQexAnimLayer* pLayer, const double* pOffs
     }
 }
 
-void Translate(KQexNode& pNode, const double* pOffset, const std::vector<KFigureTake>& pTakes)
+void Translate(KQexNode& pNode, const double* pOffset, const std::vector<KQexFigureTake>& pTakes)
 {
     const KVector lOld = pNode.mLocalTranslation.Get();
     pNode.mLocalTranslation.Set(KVector(lOld.mData[0] + pOffset[0], lOld.mData[1] + pOffset[1], lOld.mData[2] + pOffset[2]));
-    for (const KFigureTake& lTake : pTakes)
+    for (const KQexFigureTake& lTake : pTakes)
     {
         TranslateCurves(pNode, lTake.mStack->GetMember<KQexAnimLayer>(0), pOffset);
     }
 }
 
-void RemoveDummy(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
+void RemoveDummy(KQexNode& pNode, const std::vector<KQexFigureTake>& pTakes)
 {
-    const KVector             lTranslation = pNode.mLocalTranslation.Get();
-    const qexsdk::KQexVector4 lRotationOffset = pNode.GetRotationOffset();
-    const double lOffset[3] = {lTranslation.mData[0] + lRotationOffset.mData[0], lTranslation.mData[1] + lRotationOffset.mData[1],
-                               lTranslation.mData[2] + lRotationOffset.mData[2]};
+    const KVector     lTranslation = pNode.mLocalTranslation.Get();
+    const KQexVector4 lRotationOffset = pNode.GetRotationOffset();
+    const double      lOffset[3] = {lTranslation.mData[0] + lRotationOffset.mData[0], lTranslation.mData[1] + lRotationOffset.mData[1],
+                                    lTranslation.mData[2] + lRotationOffset.mData[2]};
     while (KQexNode* lChild = pNode.GetFirstChild())
     {
         Translate(*lChild, lOffset, pTakes);
@@ -83,12 +83,14 @@ void RemoveDummy(KQexNode& pNode, const std::vector<KFigureTake>& pTakes)
 
 } // namespace
 
-bool IsDummyByName(const KQexNode& pNode)
+bool IsFigureDummy(const KQexNode& pNode)
 {
-    const std::string lName = pNode.GetName();
+    const std::string_view lName = pNode.GetName();
     for (const KQexNode* lChild = pNode.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
     {
-        if (lChild->GetName() + kDummySuffix == lName)
+        const std::string_view lChildName = lChild->GetName();
+        if (lName.size() == lChildName.size() + kDummySuffix.size() && lName.substr(0, lChildName.size()) == lChildName &&
+            lName.substr(lChildName.size()) == kDummySuffix)
         {
             return true;
         }
@@ -96,12 +98,12 @@ bool IsDummyByName(const KQexNode& pNode)
     return false;
 }
 
-int RemoveDummyNodes(KQexNode* pRoot, const std::vector<KFigureTake>& pTakes)
+int RemoveDummyNodes(KQexNode* pRoot, const std::vector<KQexFigureTake>& pTakes)
 {
     std::vector<KQexNode*> lDummies;
     for (KQexNode* lNode = pRoot->GetNextInTree(pRoot); lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        if (IsDummyByName(*lNode) && IsPureTranslation(*lNode) && !IsAnimated(*lNode, pTakes))
+        if (IsFigureDummy(*lNode) && IsPureTranslation(*lNode) && !IsAnimated(*lNode, pTakes))
         {
             lDummies.push_back(lNode);
         }
@@ -113,4 +115,4 @@ int RemoveDummyNodes(KQexNode* pRoot, const std::vector<KFigureTake>& pTakes)
     return static_cast<int>(lDummies.size());
 }
 
-} // namespace asfapp
+} // namespace qexsdk

@@ -1,8 +1,9 @@
-#ifndef APPS_ASF_FIGURE_SKELETONFILE_H
-#define APPS_ASF_FIGURE_SKELETONFILE_H
+#ifndef APPS_ASF_REPORT_SKELETONFILE_H
+#define APPS_ASF_REPORT_SKELETONFILE_H
 
 #include <apps/asf/console.h>
-#include <apps/asf/inputfile.h>
+#include <apps/asf/figure/point.h>
+#include <qexfigure/kqexfigurefile.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
@@ -11,14 +12,6 @@
 
 namespace asfapp
 {
-
-/// A point or a vector in centimetres: x to the figure's left, y up, z forward.
-struct KPoint
-{
-    double mX = 0;
-    double mY = 0;
-    double mZ = 0;
-};
 
 /// The messages about one file, and their total numbers.
 struct KMessages
@@ -50,7 +43,7 @@ class KSkeletonFile
 public:
     /// Reads \p pFile. With \p pLint the messages include the findings of KAsfLint. Prints nothing. False, and the exit status
     /// raised, if the read fails.
-    bool Read(const KInputFile& pFile, bool pLint, KConsole& pConsole);
+    bool Read(const qexsdk::KQexFigureFile& pFile, bool pLint, KConsole& pConsole);
 
     const KMessages& GetMessages() const { return mMessages; }
 

@@ -1,4 +1,4 @@
-#include <apps/asf/figure/framelist.h>
+#include <apps/asf/commands/framelist.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,10 +1,9 @@
 #include <apps/asf/figure/converter.h>
-#include <apps/asf/figure/figurescene.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 
 /// \file
-/// Reading and writing figures as glTF; stubs in a build without glTF.
+/// Writing figures as glTF; a build without it reports that.
 
 namespace asfapp
 {
@@ -22,49 +21,7 @@ void PrintGltfMessages(const qexsdk::KQexFileGltf& pFile, const std::string& pDi
     }
 }
 
-bool ReadGltf(const KInputFile& pFile, qexsdk::KQexFileGltf& pReader, qexsdk::KQexScene* pScene,
-              const qexsdk::KQexGltfReadOptions& pOptions, qexsdk::KQexGltfReadResult& pResult)
-{
-    return pFile.IsInMemory() ? pReader.ReadBuffer(pFile.GetBytes().data(), pFile.GetBytes().size(), pScene, pOptions, pResult)
-                              : pReader.Read(pFile.GetPath(), pScene, pOptions, pResult);
-}
-
 } // namespace
-
-bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions& pOptions, KConsole& pConsole)
-{
-    qexsdk::KQexFileGltf        lReader;
-    qexsdk::KQexGltfReadOptions lOptions;
-    qexsdk::KQexGltfReadResult  lResult;
-    lOptions.mFramesPerSecond = pOptions.mSampleRate;
-    bool lOk = false;
-    {
-        KProgress lProgress("reading", pConsole);
-        lOptions.mProgress = [&lProgress](double pFraction)
-        {
-            return lProgress.Show(pFraction);
-        };
-        lOk = ReadGltf(pFile, lReader, mScene, lOptions, lResult);
-    }
-    PrintGltfMessages(lReader, pFile.GetDisplayPath(), pConsole);
-    if (!lOk)
-    {
-        pConsole.Raise(eEXIT_INPUT);
-        return false;
-    }
-    mRoots = lResult.mRoots;
-    for (const qexsdk::KQexGltfTake& lRead : lResult.mTakes)
-    {
-        KFigureTake lTake;
-        lTake.mName = lRead.mStack->GetName();
-        lTake.mStack = lRead.mStack;
-        lTake.mIsSingle = lRead.mSampling.mCount == 1;
-        mTakes.push_back(lTake);
-    }
-    mDofs = std::move(lResult.mBoneDofs);
-    mHasDofs = !mDofs.empty();
-    return true;
-}
 
 qexsdk::KQexGltfWriteOptions KConverter::GltfOptions() const
 {
@@ -158,11 +115,6 @@ bool ReportNoGltf(const std::string& pPath, KConsole& pConsole)
 }
 
 } // namespace
-
-bool KFigureScene::LoadGltf(const KInputFile& pFile, const KFigureOptions&, KConsole& pConsole)
-{
-    return ReportNoGltf(pFile.GetDisplayPath(), pConsole);
-}
 
 bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 {

@@ -1,5 +1,5 @@
-#ifndef APPS_ASF_FIGURE_FRAMELIST_H
-#define APPS_ASF_FIGURE_FRAMELIST_H
+#ifndef APPS_ASF_COMMANDS_FRAMELIST_H
+#define APPS_ASF_COMMANDS_FRAMELIST_H
 
 #include <string>
 #include <vector>

@@ -1,0 +1,25 @@
+#include <apps/asf/commands/arguments.h>
+
+#include <CLI/CLI.hpp>
+
+namespace asfapp
+{
+
+void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
+{
+    pCommand.add_option("--asf", pOptions.mAsf, "Skeleton of the motion (default: searched for in the motion's folder)")
+        ->option_text("FILE");
+    pCommand
+        .add_option("--fps", pOptions.mFps, "Frames per second, such as 120, 23.976 or 30000/1001 (default: the file's rate, else 120)")
+        ->option_text("RATE");
+    pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No notes, no progress bar");
+}
+
+void AddFormatOption(CLI::App& pCommand, std::string& pFormat)
+{
+    pCommand.add_option("--from", pFormat, "Format of the input, instead of detecting it")
+        ->check(CLI::IsMember({"asf", "amc", "bvh", "glb", "gltf"}))
+        ->option_text("KIND");
+}
+
+} // namespace asfapp

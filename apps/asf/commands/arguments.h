@@ -1,0 +1,35 @@
+#ifndef APPS_ASF_COMMANDS_ARGUMENTS_H
+#define APPS_ASF_COMMANDS_ARGUMENTS_H
+
+#include <apps/asf/figure/convertoptions.h>
+#include <apps/asf/figure/motionoptions.h>
+
+#include <string>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
+
+/// \file
+/// Arguments that several commands share, and those of `asf convert`, for the parser.
+
+namespace asfapp
+{
+
+/// Adds --asf, --fps and --quiet. The command's callback must call ApplyMotionOptions().
+void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions);
+
+/// Adds --from.
+void AddFormatOption(CLI::App& pCommand, std::string& pFormat);
+
+/// Adds the options of `asf convert`.
+void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);
+
+/// Splits `-o A.asf B.amc` into two options with one name each, so that -o never consumes the name of an input.
+std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments);
+
+} // namespace asfapp
+
+#endif

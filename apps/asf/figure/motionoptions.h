@@ -1,0 +1,36 @@
+#ifndef APPS_ASF_FIGURE_MOTIONOPTIONS_H
+#define APPS_ASF_FIGURE_MOTIONOPTIONS_H
+
+#include <apps/asf/console.h>
+#include <qexfigure/kqexfigure.h>
+
+#include <string>
+
+namespace asfapp
+{
+
+/// Options shared by the commands that read figures.
+struct KMotionOptions
+{
+    std::string mAsf;            ///< --asf; empty: search for it.
+    std::string mFrom;           ///< --from: format of a single input; empty: detected.
+    std::string mFps;            ///< --fps as given; empty: the file's rate.
+    double      mMotionRate = 0; ///< --fps as a number, 0 without one.
+    bool        mQuiet = false;
+};
+
+/// Parses a rate: "120", "23.976" or "30000/1001". False, and \p pRate unchanged, if \p pText is not a rate in [1e-3, 1e6].
+bool ParseRate(const std::string& pText, double& pRate);
+
+/// Parses all of \p pText as a finite number. False if it is not one.
+bool ParseNumber(const std::string& pText, double& pValue);
+
+/// Checks and applies the options. False after an error.
+bool ApplyMotionOptions(KMotionOptions& pOptions, KConsole& pConsole);
+
+/// The options for opening files.
+qexsdk::KQexFigureFilesOptions FilesOptions(const KMotionOptions& pOptions);
+
+} // namespace asfapp
+
+#endif
