@@ -187,7 +187,7 @@ void KFigureSurvey::AddFindings()
     }
     KPoint lMin;
     KPoint lMax;
-    if (GetBounds(lMin, lMax) && !(DistanceOf(lMin, lMax) > 0))
+    if (mRest.size() > 1 && GetBounds(lMin, lMax) && !(DistanceOf(lMin, lMax) > 0))
     {
         mMessages.Add(KQexTextMessage::eWARNING, 0, "All joints are at the same position at rest");
     }
