@@ -1,4 +1,5 @@
 #include <tests/qexioplugins/acclaim/asfbuild.h>
+#include <tests/qexioplugins/acclaim/loggedcurve.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/smallstack.h>
 
@@ -214,28 +215,12 @@ TEST_F(KQexAsfTreeTest, AddingWithoutMemoryChangesNothing)
     EXPECT_EQ(ChildNames(mRoot), "a b c d e");
 }
 
-/// Logs its destruction and the flags.
-class KLoggedCurve : public KQexAnimCurve
-{
-public:
-    KLoggedCurve(const std::string& pName, std::vector<std::string>& pLog) : KQexAnimCurve(nullptr, pName.c_str()), mLog(pLog) {}
-
-    void Destroy(bool pRecursive, bool pDependents) override
-    {
-        mLog.push_back(std::string(GetName()) + (pRecursive || pDependents ? " with a flag" : ""));
-        KQexAnimCurve::Destroy(pRecursive, pDependents);
-    }
-
-private:
-    std::vector<std::string>& mLog;
-};
-
 void AddLoggedCurves(KQexAsfNode* pBone, std::vector<std::string>& pLog)
 {
     for (int lIter = 0; lIter < 3; ++lIter)
     {
-        pBone->mLTData[lIter] = new KLoggedCurve(std::string(pBone->mName) + "_t" + "xyz"[lIter], pLog);
-        pBone->mLRData[lIter] = new KLoggedCurve(std::string(pBone->mName) + "_r" + "xyz"[lIter], pLog);
+        pBone->mLTData[lIter] = new KLoggedCurve(nullptr, std::string(pBone->mName) + "_t" + "xyz"[lIter], pLog);
+        pBone->mLRData[lIter] = new KLoggedCurve(nullptr, std::string(pBone->mName) + "_r" + "xyz"[lIter], pLog);
     }
 }
 

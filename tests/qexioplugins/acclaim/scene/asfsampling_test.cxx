@@ -341,6 +341,38 @@ TEST_F(KSamplingTest, TheUnrollFilterGetsTheOrderCode)
     EXPECT_NEAR(lRoot->mLRData[2]->GetValue(1), 92.0F, 1e-3);
 }
 
+/// In gimbal lock the two filters differ: 1 redistributes the outer angles so that they do not swing, 2 leaves a key that is nearest.
+TEST_F(KSamplingTest, FilterOneIsTheGimbleKillerAndTwoUnrolls)
+{
+    const std::vector<float> lKeys[2] = {{30.0F, 30.0F, 30.0F}, {20.0F, 20.0F, 20.0F}}; // rx and rz without the swing
+    for (int lFilter : {1, 2})
+    {
+        const KFilterSettings lSettings(lFilter, false);
+        KQexAsfNode*          lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({3, 4, 5});
+        lRoot->CreateDataFromDOF(mStage.mScene);
+        Sample(lRoot, {{20.0, 80.0, 30.0}, {0.0, 90.0, 50.0}, {20.0, 80.0, 30.0}}, true, true);
+        lRoot->StopSamplingData();
+        EXPECT_EQ(Values(lRoot->mLRData[0]), lFilter == 1 ? lKeys[0] : (std::vector<float>{30.0F, 50.0F, 30.0F})) << lFilter;
+        EXPECT_EQ(Values(lRoot->mLRData[1]), (std::vector<float>{80.0F, 90.0F, 80.0F})) << lFilter;
+        EXPECT_EQ(Values(lRoot->mLRData[2]), lFilter == 1 ? lKeys[1] : (std::vector<float>{20.0F, 0.0F, 20.0F})) << lFilter;
+    }
+}
+
+/// The rotation filters need keys at equal times, so the reducer, which removes some, comes after them.
+TEST_F(KSamplingTest, TheReducerRunsAfterTheRotationFilter)
+{
+    for (int lFilter : {1, 2})
+    {
+        const KFilterSettings lSettings(lFilter, true);
+        KQexAsfNode*          lRoot = mStage.mAsf->mRoot ? mStage.mAsf->mRoot : Root({5, 4, 3});
+        lRoot->CreateDataFromDOF(mStage.mScene);
+        Sample(lRoot, {{170.0, 0.0, 0.0}, {-180.0, 0.0, 0.0}, {-170.0, 0.0, 0.0}}, true, true);
+        lRoot->StopSamplingData();
+        EXPECT_EQ(Values(lRoot->mLRData[0]), (std::vector<float>{170.0F, 180.0F, 190.0F})) << lFilter;
+        EXPECT_EQ(lRoot->mLRData[1]->GetKeyCount(), 2) << lFilter;
+    }
+}
+
 TEST_F(KSamplingTest, TheReducerWorksOnBothGroups)
 {
     for (bool lReducer : {false, true})
