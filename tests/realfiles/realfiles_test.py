@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""Converts a file to every format with `asf` and compares the places of all joints with forward kinematics of the file's own numbers.
+
+usage: realfiles_test.py ASF-PROGRAM FILE...
+
+FILE...: a BVH or glTF file, or a skeleton (ASF) with its motions (AMC). Exits with 1 if a place, a joint or a message is wrong.
+"""
+import os
+import sys
+import tempfile
+
+import acclaimfile
+import compare
+import convert
+import strangers
+
+# Largest distance, as a fraction of the figure's extent.
+ACCLAIM_TOLERANCE = 1e-4
+TOLERANCE = 1e-5
+
+# Known defects: {name of the file: {name of the check}}. A listed check that succeeds fails the test.
+EXPECTED_FAILURES = {}
+
+
+class Test:
+    def __init__(self, program, inputs, folder):
+        self.program = program
+        self.folder = folder
+        self.source = convert.read_source(inputs)
+        self.survey = compare.Survey(self.source.figure)
+        self.expected = EXPECTED_FAILURES.get(os.path.basename(inputs[0]), set())
+        self.failures = 0
+
+    def report(self, check, complaints, note=""):
+        is_expected = check in self.expected
+        if bool(complaints) != is_expected:
+            self.failures += 1
+        word = ("known" if is_expected else "FAIL") if complaints else ("FAIL: no longer fails" if is_expected else "ok")
+        print(f"{word}: {check}{': ' + note if note else ''}")
+        for complaint in complaints[:12]:
+            print(f"    {complaint}")
+
+    def compare(self, results, tolerance):
+        """Complaints about the results of a conversion, and the largest distance of a joint, in extents."""
+        complaints, largest, pairing, last = [], 0.0, None, None
+        for number, (figure, take) in enumerate(results):
+            if figure is not last:
+                pairing, last = compare.Pairing(self.source.figure, figure), figure
+                complaints += compare.missing(self.survey, pairing)
+            takes = (self.source.figure.takes[number], take) if self.source.figure.takes else (None, take)
+            found, distance = compare.compare_places(self.survey, pairing, figure, takes, tolerance)
+            complaints += [f"{self.source.names[number]}: {text}" if self.source.names else text for text in found]
+            largest = max(largest, distance)
+        return complaints, largest
+
+    def check(self, name, conversion, tolerance):
+        """Reports one conversion; its files if it succeeded, else none."""
+        results, files, complaints = conversion
+        found, largest = self.compare(results, tolerance)
+        complaints = complaints + found
+        self.report(name, complaints, f"{largest:.1e}" if results else "")
+        return files if results else []
+
+    def make_folder(self, name):
+        folder = os.path.join(self.folder, name)
+        os.mkdir(folder)
+        return folder
+
+    def run(self):
+        acclaim = self.check("ASF+AMC", convert.to_acclaim(self.program, self.source, self.make_folder("acclaim")), ACCLAIM_TOLERANCE)
+        bvh = self.check("BVH", convert.to_bvh(self.program, self.source, self.make_folder("bvh")), TOLERANCE)
+        glb = self.check("GLB", convert.to_gltf(self.program, self.source, self.make_folder("glb")), TOLERANCE)
+        self.check("glTF", convert.to_gltf(self.program, self.source, self.make_folder("gltf"), "out.gltf"), TOLERANCE)
+        if acclaim:
+            self.check("ASF+AMC to GLB", self.back(acclaim, "acclaim-glb"), ACCLAIM_TOLERANCE)
+        if bvh and len(bvh) == 1:
+            self.check("BVH to GLB", self.back(bvh, "bvh-glb"), TOLERANCE)
+        if glb:
+            self.check("GLB to BVH", convert.to_bvh(self.program, self.same(glb), self.make_folder("glb-bvh")), TOLERANCE)
+            self.report("diff with its GLB", self.diff(glb * max(1, len(self.source.names))))
+        if bvh:
+            self.report("diff with its BVH", self.diff(bvh))
+        self.check_strangers(glb)
+
+    def same(self, files):
+        """The source's figure and takes, in other files."""
+        return convert.Source(files, self.source.figure, self.source.names)
+
+    def back(self, files, folder):
+        return convert.to_gltf(self.program, self.same(files), self.make_folder(folder))
+
+    def diff(self, files):
+        """Complaints about `asf diff` of each take with a file that holds it."""
+        complaints = []
+        for number, file in enumerate(files):
+            name = self.source.names[number] if self.source.names else ""
+            if self.source.inputs[0].lower().endswith(".asf"):
+                sides = [self.source.inputs[0], *self.source.inputs[number + 1 : number + 2], file]
+            else:
+                sides = [*self.source.inputs, file]
+            take = ["--take", name] if len(self.source.names) > 1 and number > 0 else []
+            complaints += convert.Run(self.program, "diff", "-q", *sides, *take).complaints()
+        return complaints
+
+    def check_strangers(self, glb):
+        if not self.source.figure.takes:
+            return
+        self.report("skeleton of another figure", strangers.skeleton_of_another(self.program, self.source, self.make_folder("stranger")))
+        if self.source.inputs[0].lower().endswith(".asf"):
+            self.report("motion of another figure", strangers.motion_of_another(self.program, self.source, self.make_folder("foreign")))
+        if glb:
+            self.report("prefixed names", strangers.prefixed_names(self.program, self.survey, self.source, glb, self.make_folder("prefix")))
+
+
+def main():
+    program, inputs = sys.argv[1], sys.argv[2:]
+    if inputs[0].lower().endswith(".asf") and acclaimfile.read(inputs[0]).has_offset_root:
+        print("skipped: the skeleton's root is placed off the origin, which is carried as stated")
+        return 77
+    with tempfile.TemporaryDirectory() as folder:
+        test = Test(program, inputs, folder)
+        test.run()
+    return 1 if test.failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
