@@ -37,13 +37,6 @@ bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
         {
             return false;
         }
-        if (mModel.mAnimations.back().mChannels.empty())
-        {
-            mModel.mAnimations.pop_back();
-            mFile.Report(KQexTextMessage::eWARNING,
-                         std::string("Take (") + lTake.mStack->GetName() + ") has no motion, no animation written");
-            continue;
-        }
         mModel.mAnimations.back().mName = SafeName(lNames, lTake.mStack->GetName(), "take");
     }
     return true;

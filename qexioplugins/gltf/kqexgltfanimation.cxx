@@ -126,10 +126,25 @@ void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTime
     pAnimation.mChannels.push_back({pTimes, lValues, static_cast<int>(pNode), kPaths[pTrack.mProperty]});
 }
 
+/// Gives a take that shows the rest pose a channel in which the first node keeps its place: glTF allows no animation without channels, and
+/// without the animation its name and its length would be lost.
+void KQexGltfWriter::AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling)
+{
+    double        lRest[3];
+    KQexGltfTrack lTrack{0, {}};
+    KQexGltfNodePose(mNodes.front().mNode, nullptr).GetTranslation(KTime(0), lRest);
+    lTrack.mValues.resize(static_cast<size_t>(3 * pSampling.mCount));
+    for (size_t i = 0; i < lTrack.mValues.size(); ++i)
+    {
+        lTrack.mValues[i] = static_cast<float>(lRest[i % 3] * mOptions.mScale);
+    }
+    AddChannel(pAnimation, AddTimes(pSampling), 0, lTrack);
+}
+
 /// Reserves the maximum size of a take up front: growing a buffer of hundreds of megabytes would copy it again and again.
 void KQexGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
 {
-    size_t lFloats = 1;
+    size_t lFloats = 4; // The times, and the values of a still channel.
     for (const KQexGltfNode& lNode : mNodes)
     {
         const KQexGltfNodePose lPose(lNode.mNode, pLayer);
@@ -180,6 +195,10 @@ bool KQexGltfWriter::AddAnimation(const KQexGltfTake& pTake)
         {
             return false;
         }
+    }
+    if (lAnimation.mChannels.empty())
+    {
+        AddStillChannel(lAnimation, pTake.mSampling);
     }
     mModel.mAnimations.push_back(lAnimation);
     return true;

@@ -64,6 +64,7 @@ private:
                                   KQexGltfTrack& pTrack) const;
     int         AddTimes(const KQexSampling& pSampling);
     void        AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
+    void        AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling);
     void        GetPosition(const KQexGltfNode& pNode, double* pPosition) const;
 
     KQexFileGltf&               mFile;

@@ -203,6 +203,10 @@ def joints_of(skeleton):
     return joints
 
 
+def has_frames(path):
+    return re.search(r"^\s*\d+\s*$", text_of(path), re.MULTILINE) is not None
+
+
 def take_of(skeleton, path, name):
     motion = read_motion(path, skeleton)
     rate = motion.rate or DEFAULT_RATE

@@ -79,7 +79,9 @@ class Survey:
         wanted = [index for index, joint in enumerate(figure.joints) if joint.is_wanted]
         places = numpy.concatenate([figure.places(take, times) for take, times in poses])
         self.extent = self.diagonal(places[:, wanted])
-        self.required = self.find_required(poses, places)
+        self.required = []  # Joints that a result must have: they turn or move, and are not only another name for their parent's place.
+        self.moving = set()  # Names of joints below a root that have a motion of their own.
+        self.find_joints(poses, places)
 
     @staticmethod
     def diagonal(places):
@@ -90,19 +92,20 @@ class Survey:
         flat = places.reshape(-1, 3)
         return poses or float(numpy.linalg.norm(flat.max(axis=0) - flat.min(axis=0))) or 1.0
 
-    def find_required(self, poses, places):
-        """Joints that a result must have: those that turn or move, and are not only another name for their parent's place."""
-        rest, result = self.figure.rest, []
-        local = numpy.concatenate([rest] + [self.figure.takes[i].evaluate(numpy.array(poses[i + 1][1])) for i in range(len(poses) - 1)])
+    def find_joints(self, poses, places):
+        takes = [take.evaluate(numpy.asarray(times, dtype=float)) for take, times in poses if take is not None]
+        local = numpy.concatenate([self.figure.rest, *takes])
         still = STILL * self.extent
         for index, joint in enumerate(self.figure.joints):
             path = places[:, index]
             turns = numpy.ptp(local[:, index, :3, :3], axis=0).max() > STILL
-            moves = numpy.ptp(path, axis=0).max() > still
+            shifts = numpy.ptp(local[:, index, :3, 3], axis=0).max() > still
+            moves = numpy.ptp(path, axis=0).max() > still or not takes
             is_apart = joint.parent < 0 or numpy.linalg.norm(path - places[:, joint.parent], axis=1).max() > still
-            if joint.is_wanted and ((turns and not joint.is_end) or ((moves or not self.figure.takes) and is_apart)):
-                result.append(index)
-        return result
+            if joint.is_wanted and ((turns and not joint.is_end) or (moves and is_apart)):
+                self.required.append(index)
+            if joint.is_wanted and joint.parent >= 0 and (turns or shifts):
+                self.moving.add(joint.name)
 
 
 def missing(survey, pairing):
@@ -146,8 +149,10 @@ def compare_places(survey, pairing, result, takes, tolerance):
     joints = [index for index, found in enumerate(pairing.of) if found >= 0]
     if not joints:
         return ["no joint is the same"], 1.0
-    complaints = compare_times(*takes) if takes[0] is not None and takes[1] is not None else []
-    times = matching_times(*takes, not complaints) if takes[0] is not None and takes[1] is not None else ([0.0], [0.0])
+    if takes[0] is not None and takes[1] is None:
+        return ["the motion is missing"], 1.0
+    complaints = compare_times(*takes) if takes[0] is not None else []
+    times = matching_times(*takes, not complaints) if takes[0] is not None else ([0.0], [0.0])
     one = survey.figure.places(takes[0], times[0])[:, joints]
     other = result.places(takes[1], times[1])[:, [pairing.of[index] for index in joints]]
     distances = numpy.linalg.norm(one - other, axis=2)

@@ -66,28 +66,33 @@ def read_source(inputs):
     return Source(inputs, figure, unique([take.name for take in figure.takes]))
 
 
+def unwritten(files):
+    return [f"{os.path.basename(file)} was not written" for file in files if not os.path.exists(file)]
+
+
 def to_bvh(program, source, folder):
     """Results: for each take of the source, or for the rest pose, a figure and its take; files; complaints."""
     run = Run(program, "convert", "-q", *source.inputs, "-o", os.path.join(folder, "{name}.bvh"))
     files = [os.path.join(folder, name + ".bvh") for name in take_names(source)]
-    results = []
-    if run.status == 0:
-        for file in files:
-            figure = bvhfile.read(file)
-            results.append((figure, figure.takes[0] if figure.takes else None))
-    return results, files, run.complaints()
+    complaints = run.complaints() or unwritten(files)
+    if complaints:
+        return [], files, complaints
+    figures = [bvhfile.read(file) for file in files]
+    return [(figure, figure.takes[0] if figure.takes else None) for figure in figures], files, []
 
 
 def to_gltf(program, source, folder, name="out.glb"):
     file = os.path.join(folder, name)
     run = Run(program, "convert", "-q", *source.inputs, "-o", file)
-    if run.status != 0:
-        return [], [file], run.complaints()
+    complaints = run.complaints() or unwritten([file])
+    if complaints:
+        return [], [file], complaints
     figure = gltffile.read(file)
-    complaints = []
-    if len(figure.takes) != len(source.figure.takes):
-        complaints.append(f"{len(figure.takes)} takes, not {len(source.figure.takes)}")
-    return [(figure, take) for take in figure.takes] or [(figure, None)], [file], complaints
+    names = [take.name for take in figure.takes]
+    if source.names and names != source.names:
+        complaints = [f"takes {', '.join(names)}, not {', '.join(source.names)}"]
+    by_name = dict(zip(names, figure.takes))
+    return [(figure, by_name.get(name)) for name in source.names] or [(figure, None)], [file], complaints
 
 
 def to_acclaim(program, source, folder):
@@ -95,7 +100,8 @@ def to_acclaim(program, source, folder):
     motions = [os.path.join(folder, name + ".amc") for name in take_names(source)] if source.names else []
     outputs = ["-o", skeleton, "-o", os.path.join(folder, "{name}.amc")] if motions else ["-o", skeleton]
     run = Run(program, "convert", "-q", *source.inputs, *outputs)
-    if run.status != 0:
-        return [], [skeleton, *motions], run.complaints()
+    complaints = run.complaints() or unwritten([skeleton, *motions])
+    if complaints:
+        return [], [skeleton, *motions], complaints
     figure = acclaimfile.read(skeleton, motions)
     return [(figure, take) for take in figure.takes] or [(figure, None)], [skeleton, *motions], []

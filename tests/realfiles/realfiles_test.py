@@ -9,6 +9,12 @@ import os
 import sys
 import tempfile
 
+try:
+    import numpy  # noqa: F401
+except ImportError:
+    print("skipped: numpy is not installed (Debian: python3-numpy)")
+    sys.exit(77)
+
 import acclaimfile
 import compare
 import convert
@@ -103,11 +109,11 @@ class Test:
         return complaints
 
     def check_strangers(self, glb):
-        if not self.source.figure.takes:
-            return
+        if not self.survey.moving:
+            return  # Roots match each other, and nothing else moves.
         self.report("skeleton of another figure", strangers.skeleton_of_another(self.program, self.source, self.make_folder("stranger")))
         if self.source.inputs[0].lower().endswith(".asf"):
-            self.report("motion of another figure", strangers.motion_of_another(self.program, self.source, self.make_folder("foreign")))
+            self.report("motion of another figure", strangers.motion_of_another(self.program, self.survey, self.source, self.make_folder("foreign")))
         if glb:
             self.report("prefixed names", strangers.prefixed_names(self.program, self.survey, self.source, glb, self.make_folder("prefix")))
 
@@ -117,9 +123,13 @@ def main():
     if inputs[0].lower().endswith(".asf") and acclaimfile.read(inputs[0]).has_offset_root:
         print("skipped: the skeleton's root is placed off the origin, which is carried as stated")
         return 77
+    empty = [path for path in inputs if path.lower().endswith(".amc") and not acclaimfile.has_frames(path)]
     with tempfile.TemporaryDirectory() as folder:
-        test = Test(program, inputs, folder)
+        test = Test(program, [path for path in inputs if path not in empty], folder)
         test.run()
+        for path in empty:
+            run = convert.Run(program, "convert", inputs[0], path, "-o", os.path.join(folder, "empty.bvh"))
+            test.report("motion without frames", [] if run.status == 1 and "frame" in run.err else [f"status {run.status}: {run.err}"])
     return 1 if test.failures else 0
 
 

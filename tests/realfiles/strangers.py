@@ -47,14 +47,7 @@ def refused(program, folder, inputs, outputs):
     return complaints + convert.Run(program, *arguments, "--allow-unmatched").complaints()
 
 
-def moving_names(source):
-    """Names of joints other than the root that turn."""
-    return {joint.name for joint in source.figure.joints if joint.parent >= 0 and not joint.is_end and joint.is_wanted}
-
-
 def skeleton_of_another(program, source, folder):
-    if not moving_names(source):
-        return []  # Only a root: it matches any other.
     stranger = os.path.join(folder, "stranger.asf")
     write_stranger(stranger)
     take = ["--take", source.names[0]] if len(source.names) > 1 else []
@@ -62,9 +55,9 @@ def skeleton_of_another(program, source, folder):
     return refused(program, folder, [*inputs, *(take if len(inputs) == 1 else [])], ["--skeleton", stranger, "-o", "stranger.amc"])
 
 
-def other_skeletons(source):
-    """Skeletons of other makers in the data folders that share fewer than a third of the names."""
-    own, found = moving_names(source), []
+def other_skeletons(own):
+    """Skeletons of other makers in the data folders that have fewer than a third of the names."""
+    found = []
     for variable in ("ASF_CORPUS_DIR", "ASF_OTHERS_DIR"):
         for folder, _, files in sorted(os.walk(os.environ.get(variable, os.devnull))):
             found += [os.path.join(folder, file) for file in sorted(files) if file.lower().endswith(".asf")]
@@ -74,11 +67,11 @@ def other_skeletons(source):
             yield path
 
 
-def motion_of_another(program, source, folder):
+def motion_of_another(program, survey, source, folder):
     stranger = os.path.join(folder, "stranger.asf")
     write_stranger(stranger)
     complaints = []
-    for number, path in enumerate([stranger, *list(other_skeletons(source))[:4]]):
+    for number, path in enumerate([stranger, *list(other_skeletons(survey.moving))[:4]]):
         complaints += refused(program, folder, [path, source.inputs[1]], ["-o", f"foreign-{number}.bvh"])
     return complaints
 

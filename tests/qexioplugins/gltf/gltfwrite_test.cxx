@@ -184,7 +184,7 @@ INSTANTIATE_TEST_SUITE_P(Names, KQexGltfUtf8Test,
                                          KUtf8Case{"\xF4\x90\x80\x80", false}, KUtf8Case{"\xF5\x80\x80\x80", false},
                                          KUtf8Case{"\xF0\x90\x80", false}, KUtf8Case{"\xFF", false}));
 
-TEST(GltfWrite, ATakeWithoutMotionIsSkippedWithAWarning)
+TEST(GltfWrite, ATakeThatShowsTheRestPoseKeepsItsNameAndLength)
 {
     const KScenePtr lScene = MakeScene();
     KQexNode*       lNode = AddNode(lScene->GetRootNode(), "node", 1, 2, 3);
@@ -202,10 +202,18 @@ TEST(GltfWrite, ATakeWithoutMotionIsSkippedWithAWarning)
         lOptions.mTakes.push_back(lTake);
     }
     const KWritten lWritten({lNode}, lOptions);
-    EXPECT_EQ(lWritten.mMessages, "Take (still) has no motion, no animation written\n");
-    ASSERT_EQ(lWritten.mResult.mTakes.size(), 1u);
-    EXPECT_STREQ(lWritten.mResult.mTakes[0].mStack->GetName(), "elsewhere");
+    EXPECT_EQ(lWritten.mMessages, "");
+    ASSERT_EQ(lWritten.mResult.mTakes.size(), 2u);
+    EXPECT_STREQ(lWritten.mResult.mTakes[0].mStack->GetName(), "still");
+    EXPECT_EQ(lWritten.mResult.mTakes[0].mSampling.mCount, 2);
+    EXPECT_EQ(lWritten.mResult.mTakes[0].mSampling.mStep, FrameTime(1));
     lWritten.mScene->GetEvaluator()->SetContext(lWritten.mResult.mTakes[0].mStack);
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_NEAR(Position(lWritten.mScene->GetRootNode()->FindChild("node"))[i], i + 1.0, 1e-4) << i;
+    }
+    EXPECT_STREQ(lWritten.mResult.mTakes[1].mStack->GetName(), "elsewhere");
+    lWritten.mScene->GetEvaluator()->SetContext(lWritten.mResult.mTakes[1].mStack);
     EXPECT_NEAR(Position(lWritten.mScene->GetRootNode()->FindChild("node"))[0], 5.0, 1e-4)
         << "a constant that differs from the rest pose is motion";
 }
