@@ -221,4 +221,5 @@ def read(path, motions=(), names=()):
     takes = [take_of(skeleton, motion, name) for motion, name in zip(motions, names or motions)]
     figure = Figure(joints_of(skeleton), rest, takes)
     figure.has_offset_root = skeleton.has_offset_root
+    figure.has_fixed_root = True
     return figure

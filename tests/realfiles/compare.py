@@ -58,8 +58,9 @@ class Pairing:
     def by_parents(self):
         """What is left: in order, below the same parent."""
         left = {}
+        has_added_root = sum(joint.parent < 0 and joint.is_wanted for joint in self.source) > 1 and self.result[-1].parent >= 0
         for index, joint in enumerate(self.result):
-            if index not in self.taken and not joint.name.endswith("Dummy"):
+            if index not in self.taken and not joint.name.endswith("Dummy") and not (has_added_root and joint.parent < 0):
                 parent = self.paired_parent(self.result, index, lambda one: one in self.taken)
                 left.setdefault((parent, joint.is_end), []).append(index)
         for index, joint in enumerate(self.source):
@@ -108,8 +109,12 @@ class Survey:
                 self.moving.add(joint.name)
 
 
-def missing(survey, pairing):
-    names = [survey.figure.joints[index].name for index in survey.required if pairing.of[index] < 0]
+def missing(survey, pairing, result):
+    """Complaints about joints that a result lacks. A skeleton file need not have a leaf that never moves: its parent's bone ends there."""
+    joints = survey.figure.joints
+    parents = {joint.parent for joint in joints if joint.is_wanted}
+    may_lack_leaves = result.has_fixed_root and not survey.figure.takes
+    names = [joints[i].name for i in survey.required if pairing.of[i] < 0 and (i in parents or not may_lack_leaves)]
     return [f"{len(names)} joints are missing: {', '.join(names[:8])}"] if names else []
 
 
@@ -144,6 +149,15 @@ def matching_times(source, result, has_same_length):
     return numpy.where(numpy.abs(nearest - wanted) <= 1.5e-3 * step_of(result) + 2.4e-7 * numpy.abs(wanted), nearest, wanted), times
 
 
+def in_frame_of_root(figure, places):
+    """Places relative to where the only root is at rest; the places themselves if there are several roots."""
+    roots = [index for index, joint in enumerate(figure.joints) if joint.parent < 0 and joint.is_wanted]
+    if len(roots) != 1:
+        return places
+    root = figure.globals(figure.rest)[0, roots[0]]
+    return (places - root[:3, 3]) @ (root[:3, :3] / numpy.linalg.norm(root[:3, :3], axis=0))
+
+
 def compare_places(survey, pairing, result, takes, tolerance):
     """Complaints about places of two takes, or of the rest poses if the source's take is None. Also the largest distance, in extents."""
     joints = [index for index, found in enumerate(pairing.of) if found >= 0]
@@ -154,7 +168,9 @@ def compare_places(survey, pairing, result, takes, tolerance):
     complaints = compare_times(*takes) if takes[0] is not None else []
     times = matching_times(*takes, not complaints) if takes[0] is not None else ([0.0], [0.0])
     one = survey.figure.places(takes[0], times[0])[:, joints]
-    other = result.places(takes[1], times[1])[:, [pairing.of[index] for index in joints]]
+    if takes[1] is None and result.has_fixed_root:
+        one = in_frame_of_root(survey.figure, one)
+    other = result.places(takes[1], times[1] if takes[0] is not None or takes[1] is None else takes[1].times[:1])[:, [pairing.of[index] for index in joints]]
     distances = numpy.linalg.norm(one - other, axis=2)
     # Single precision, which glTF and the curves hold, is coarser far from the origin.
     allowed = tolerance * survey.extent + 2.4e-7 * numpy.abs(one).max()

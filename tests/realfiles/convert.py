@@ -92,7 +92,9 @@ def to_gltf(program, source, folder, name="out.glb"):
     if source.names and names != source.names:
         complaints = [f"takes {', '.join(names)}, not {', '.join(source.names)}"]
     by_name = dict(zip(names, figure.takes))
-    return [(figure, by_name.get(name)) for name in source.names] or [(figure, None)], [file], complaints
+    # A rest pose that came by way of a format that always has a motion is one.
+    rest = [(figure, figure.takes[0] if figure.takes else None)]
+    return [(figure, by_name.get(name)) for name in source.names] or rest, [file], complaints
 
 
 def to_acclaim(program, source, folder):

@@ -41,6 +41,8 @@ class Figure:
         self.joints = joints
         self.rest = rest  # Local matrices (1, joints, 4, 4).
         self.takes = takes
+        # Whether the format has no rest place and orientation of the root: only a motion moves it.
+        self.has_fixed_root = False
 
     def globals(self, local):
         """World matrices (times, joints, 4, 4) of local ones."""
