@@ -50,7 +50,7 @@ class Skeleton:
 
 def lines_of(text):
     """Words of each line that has any, without comments."""
-    for line in re.split(r"[\r\n]+", text):
+    for line in text.split("\n"):
         words = line.split("#")[0].split()
         if words:
             yield words

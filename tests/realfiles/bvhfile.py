@@ -42,7 +42,7 @@ def read_statement(hierarchy, word, tokens):
 
 def read_hierarchy(text):
     hierarchy = Hierarchy()
-    for line in re.split(r"[\r\n]+", text):
+    for line in text.split("\n"):
         opened = re.match(r"\s*(ROOT|JOINT|End\b)\s*([^{]*)", line, re.IGNORECASE)
         if opened:
             is_end = opened[1].lower() == "end"

@@ -166,11 +166,12 @@ def compare_places(survey, pairing, result, takes, tolerance):
     if takes[0] is not None and takes[1] is None:
         return ["the motion is missing"], 1.0
     complaints = compare_times(*takes) if takes[0] is not None else []
-    times = matching_times(*takes, not complaints) if takes[0] is not None else ([0.0], [0.0])
+    still = [0.0], [0.0] if takes[1] is None else takes[1].times[:1]
+    times = matching_times(*takes, not complaints) if takes[0] is not None else still
     one = survey.figure.places(takes[0], times[0])[:, joints]
     if takes[1] is None and result.has_fixed_root:
         one = in_frame_of_root(survey.figure, one)
-    other = result.places(takes[1], times[1] if takes[0] is not None or takes[1] is None else takes[1].times[:1])[:, [pairing.of[index] for index in joints]]
+    other = result.places(takes[1], times[1])[:, [pairing.of[index] for index in joints]]
     distances = numpy.linalg.norm(one - other, axis=2)
     # Single precision, which glTF and the curves hold, is coarser far from the origin.
     allowed = tolerance * survey.extent + 2.4e-7 * numpy.abs(one).max()

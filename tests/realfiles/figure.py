@@ -5,8 +5,8 @@ Places are in centimetres, world space. Rotations are in degrees and act on colu
 import numpy
 
 # Frames per second that files mean when they say something close to them.
-COMMON_RATES = [24000 / 1001, 24, 25, 30000 / 1001, 30, 48, 50, 60000 / 1001, 60, 72, 75, 80, 90, 96, 100, 120, 144, 150, 180, 200, 240, 250,
-                300, 360, 480, 500, 600, 1000]  # fmt: skip
+COMMON_RATES = [10, 12, 15, 20, 24000 / 1001, 24, 25, 30000 / 1001, 30, 48, 50, 60000 / 1001, 60, 72, 75, 80, 90, 100, 120000 / 1001, 120,
+                144, 150, 180, 200, 240, 300, 360, 480, 500, 600, 1000]  # fmt: skip
 RATE_TOLERANCE = 1e-4
 
 
@@ -25,7 +25,7 @@ class Joint:
 
 
 class Take:
-    """One motion of a figure. `times`: seconds of its frames, increasing. `rate`: frames per second, or None if the file does not say it."""
+    """One motion of a figure. `times`: seconds of its frames, increasing. `rate`: frames per second; None if it has keys at any times."""
 
     def __init__(self, name, times, rate, evaluate):
         self.name = name
@@ -94,6 +94,6 @@ def frames_of(times, frame_times):
 
 
 def text_of(path):
-    """A text file's contents, whatever its encoding, without a byte-order mark."""
-    with open(path, "rb") as file:
-        return file.read().removeprefix(b"\xef\xbb\xbf").decode("utf-8", "surrogateescape")
+    """A text file's contents, whatever its encoding and line ends, without a byte-order mark."""
+    with open(path, encoding="utf-8-sig", errors="surrogateescape", newline=None) as file:
+        return file.read()

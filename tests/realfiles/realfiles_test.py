@@ -94,7 +94,8 @@ class Test:
     def same(self, files):
         """The source's figure and takes, in other files, which may be named after them."""
         names = convert.take_names(self.source) if self.source.names else []
-        return convert.Source(files, self.source.figure, self.source.names if len(files) == 1 and files[0].endswith(".glb") else names)
+        is_glb = files[0].endswith(".glb")
+        return convert.Source(files, self.source.figure, self.source.names if is_glb else names)
 
     def back(self, files, folder):
         return convert.to_gltf(self.program, self.same(files), self.make_folder(folder))
