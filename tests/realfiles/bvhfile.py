@@ -35,7 +35,7 @@ def read_statement(hierarchy, word, tokens):
         return 3
     if word == "channels":
         count = int(tokens[0])
-        hierarchy.channels[hierarchy.open[-1]] = [CHANNELS[token.lower()] for token in tokens[1 : count + 1]]
+        hierarchy.channels[hierarchy.open[-1]] += [CHANNELS[token.lower()] for token in tokens[1 : count + 1]]
         return count + 1
     raise FileError(f"unknown word {word}")
 

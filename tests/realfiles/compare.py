@@ -21,11 +21,20 @@ def spread(numbers, count):
     return [numbers[i] for i in sorted({round(i) for i in numpy.linspace(0, len(numbers) - 1, min(count, len(numbers)))})]
 
 
+def optional_joints(source, result):
+    """Joints that a result may lack: a skeleton file need not have a leaf that never moves, for its parent's bone ends there."""
+    if source.takes or not result.has_fixed_root:
+        return set()
+    parents = {joint.parent for joint in source.joints if joint.is_wanted}
+    return {index for index in range(len(source.joints)) if index not in parents}
+
+
 class Pairing:
     """`of[i]`: the result's joint for joint i of the source, or -1."""
 
     def __init__(self, source, result):
         self.source, self.result = source.joints, result.joints
+        self.optional = optional_joints(source, result)
         self.of = [-1] * len(self.source)
         self.taken = set()
         self.by_names(lambda name: name)
@@ -64,7 +73,7 @@ class Pairing:
                 parent = self.paired_parent(self.result, index, lambda one: one in self.taken)
                 left.setdefault((parent, joint.is_end), []).append(index)
         for index, joint in enumerate(self.source):
-            if self.of[index] < 0 and joint.is_wanted:
+            if self.of[index] < 0 and joint.is_wanted and index not in self.optional:
                 parent = self.paired_parent(self.source, index, lambda one: self.of[one] >= 0)
                 found = left.get((self.of[parent] if parent >= 0 else -1, joint.is_end))
                 if found:
@@ -109,12 +118,9 @@ class Survey:
                 self.moving.add(joint.name)
 
 
-def missing(survey, pairing, result):
-    """Complaints about joints that a result lacks. A skeleton file need not have a leaf that never moves: its parent's bone ends there."""
-    joints = survey.figure.joints
-    parents = {joint.parent for joint in joints if joint.is_wanted}
-    may_lack_leaves = result.has_fixed_root and not survey.figure.takes
-    names = [joints[i].name for i in survey.required if pairing.of[i] < 0 and (i in parents or not may_lack_leaves)]
+def missing(survey, pairing):
+    """Complaints about joints that a result lacks."""
+    names = [survey.figure.joints[i].name for i in survey.required if pairing.of[i] < 0 and i not in pairing.optional]
     return [f"{len(names)} joints are missing: {', '.join(names[:8])}"] if names else []
 
 

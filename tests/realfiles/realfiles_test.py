@@ -52,7 +52,7 @@ class Test:
         for number, (figure, take) in enumerate(results):
             if figure is not last:
                 pairing, last = compare.Pairing(self.source.figure, figure), figure
-                complaints += compare.missing(self.survey, pairing, figure)
+                complaints += compare.missing(self.survey, pairing)
             takes = (self.source.figure.takes[number], take) if self.source.figure.takes else (None, take)
             found, distance = compare.compare_places(self.survey, pairing, figure, takes, tolerance)
             complaints += [f"{self.source.names[number]}: {text}" if self.source.names else text for text in found]
@@ -118,7 +118,8 @@ class Test:
             return  # Roots match each other, and nothing else moves.
         self.report("skeleton of another figure", strangers.skeleton_of_another(self.program, self.source, self.make_folder("stranger")))
         if self.source.inputs[0].lower().endswith(".asf"):
-            self.report("motion of another figure", strangers.motion_of_another(self.program, self.survey, self.source, self.make_folder("foreign")))
+            complaints = strangers.motion_of_another(self.program, self.survey, self.source, self.make_folder("foreign"))
+            self.report("motion of another figure", complaints)
         if glb:
             self.report("prefixed names", strangers.prefixed_names(self.program, self.survey, self.source, glb, self.make_folder("prefix")))
 
