@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <cmath>
+#include <type_traits>
 
 namespace qexsdk
 {
@@ -33,8 +34,12 @@ public:
     /// Time zero.
     constexpr KTime() = default;
 
-    /// The time \p pTicks flicks after zero.
-    constexpr KTime(long long pTicks) : mTicks(pTicks) {}
+    /// The time \p pTicks flicks after zero. Explicit: a bare number could be meant as seconds or as a frame.
+    constexpr explicit KTime(long long pTicks) : mTicks(pTicks) {}
+
+    /// Seconds are not ticks: use FromSeconds.
+    template <typename T, typename = std::enable_if_t<std::is_floating_point_v<T>>>
+    KTime(T pSeconds) = delete;
 
     /// Flicks since zero.
     constexpr long long Get() const { return mTicks; }
