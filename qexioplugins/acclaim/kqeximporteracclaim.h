@@ -76,9 +76,10 @@ struct QEX_API KQexImportAcclaimOptions
 /// One motion that was imported.
 struct QEX_API KQexImportedTake
 {
-    std::string mName; ///< Name of the take.
-    std::string mPath; ///< Path or name of the motion it comes from.
-    KQexAmcInfo mInfo; ///< Frames, rate and times.
+    std::string    mName;            ///< Name of the take.
+    std::string    mPath;            ///< Path or name of the motion it comes from.
+    KQexAmcInfo    mInfo;            ///< Frames, rate and times.
+    KQexAnimStack* mStack = nullptr; ///< The take in the scene, which owns it. Never null in the result of an import.
 };
 
 /// What an import did.

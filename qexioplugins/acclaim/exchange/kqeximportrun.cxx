@@ -265,6 +265,15 @@ bool KQexImportRun::Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode)
         throw std::bad_alloc();
     }
     mResult.mRootNode = pRootNode;
+    for (KQexImportedTake& lTake : mResult.mTakes)
+    {
+        // Made by the bones' curves; a motion without any still is a take.
+        lTake.mStack = mScene->CreateAnimStack(lTake.mName.c_str());
+        if (lTake.mStack == nullptr)
+        {
+            throw std::bad_alloc();
+        }
+    }
     mUndo.Keep();
     return true;
 }

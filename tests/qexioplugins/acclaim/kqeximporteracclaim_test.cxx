@@ -126,6 +126,28 @@ TEST(KQexImporterAcclaim, ASkeletonAndAMotion)
     EXPECT_EQ(lSetup.mScene->GetEvaluator()->GetContext(), lSetup.mScene->FindAnimStack("take"));
 }
 
+/// Takes give their stacks: also a motion that moves nothing, and one that is bound to existing nodes.
+TEST(KQexImporterAcclaim, TakesGiveTheirStacks)
+{
+    KSetup lSetup;
+    ASSERT_TRUE(lSetup.Import(kAsf, {Text(kThree, "a.amc"), Text(kThree, "b.amc")})) << Texts(lSetup.mResult.mMessages);
+    ASSERT_EQ(lSetup.mResult.mTakes.size(), 2U);
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mStack, lSetup.mScene->GetAnimStack(0));
+    EXPECT_EQ(lSetup.mResult.mTakes[1].mStack, lSetup.mScene->GetAnimStack(1));
+    EXPECT_STREQ(lSetup.mResult.mTakes[1].mStack->GetName(), "b");
+
+    lSetup.mOptions.mTakeName = "bound";
+    lSetup.mOptions.mMergeRoot = lSetup.mResult.mRootNode;
+    ASSERT_TRUE(lSetup.Import(kThree)) << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(lSetup.mResult.mTakes[0].mStack, lSetup.mScene->FindAnimStack("bound"));
+
+    KSetup            lStiff;
+    const std::string lNoDofs = ":version 1.10\n:name s\n:root\naxis XYZ\n:bonedata\n:hierarchy\n";
+    ASSERT_TRUE(lStiff.Import(lNoDofs, {Text("1\n2\n", "still.amc")})) << Texts(lStiff.mResult.mMessages);
+    ASSERT_NE(lStiff.mResult.mTakes[0].mStack, nullptr);
+    EXPECT_EQ(lStiff.mResult.mTakes[0].mStack, lStiff.mScene->FindAnimStack("take"));
+}
+
 TEST(KQexImporterAcclaim, FromPaths)
 {
     const KTempDir lFolder;
