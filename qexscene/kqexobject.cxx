@@ -57,7 +57,7 @@ bool KQexObject::SetName(const char* pName)
     return true;
 }
 
-KString KQexObject::GetNameWithoutNameSpacePrefix() const
+KString KQexObject::GetNameWithoutNameSpacePrefix() const noexcept
 {
     return KString(GetBareName());
 }

@@ -48,10 +48,11 @@ public:
     /// Copies \p pName (null counts as ""). False, and the name unchanged, when memory runs out.
     bool SetName(const char* pName);
 
-    /// The name after its last colon; the part before is a name-space prefix.
-    KString GetNameWithoutNameSpacePrefix() const;
+    /// The name after its last colon; the part before is a name-space prefix. When memory runs out, empty and marked as such; see
+    /// KString.
+    KString GetNameWithoutNameSpacePrefix() const noexcept;
 
-    /// The same, pointing into GetName().
+    /// The same, pointing into GetName(): needs no memory.
     const char* GetBareName() const noexcept;
 
     /// The owning scene; a scene returns itself. Null for an object without a scene.

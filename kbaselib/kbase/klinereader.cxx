@@ -347,7 +347,7 @@ bool KLineReader::Fail(EStatus pStatus, int pError)
     return false;
 }
 
-std::string KLineReader::GetReason() const
+std::string KLineReader::GetReason() const noexcept
 {
     return KFileErrorText(mError);
 }

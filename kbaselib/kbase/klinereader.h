@@ -103,8 +103,8 @@ public:
     /// The errno of an eSYSTEM failure, 0 without one.
     int GetError() const { return mError; }
 
-    /// The system's text for GetError(), "" without a failure.
-    std::string GetReason() const;
+    /// The system's text for GetError(), "" without a failure, or when memory runs out for it.
+    std::string GetReason() const noexcept;
 
 private:
     /// A byte that lines are searched for, and its cached position.

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <system_error>
 
@@ -305,18 +306,35 @@ char* KNumberPrint(char* pBegin, char* pEnd, double pValue, char pConversion, in
     }
 }
 
-void KNumberAppendFixed(std::string& pText, double pValue, int pDecimals)
+namespace
 {
-    char  lBuffer[kNumberBufferSize];
-    char* lEnd = KNumberPrintFixed(lBuffer, lBuffer + sizeof(lBuffer), pValue, pDecimals);
-    pText.append(lBuffer, static_cast<size_t>(lEnd - lBuffer));
+
+/// Appends the characters from \p pBegin to \p pEnd. False when memory runs out.
+bool AppendText(std::string& pText, const char* pBegin, const char* pEnd) noexcept
+{
+    try
+    {
+        pText.append(pBegin, static_cast<size_t>(pEnd - pBegin));
+        return true;
+    }
+    catch (const std::exception&)
+    {
+        return false;
+    }
 }
 
-void KNumberAppendShortest(std::string& pText, double pValue)
+} // namespace
+
+bool KNumberAppendFixed(std::string& pText, double pValue, int pDecimals) noexcept
 {
-    char  lBuffer[kNumberBufferSize];
-    char* lEnd = KNumberPrintShortest(lBuffer, lBuffer + sizeof(lBuffer), pValue);
-    pText.append(lBuffer, static_cast<size_t>(lEnd - lBuffer));
+    char lBuffer[kNumberBufferSize];
+    return AppendText(pText, lBuffer, KNumberPrintFixed(lBuffer, lBuffer + sizeof(lBuffer), pValue, pDecimals));
+}
+
+bool KNumberAppendShortest(std::string& pText, double pValue) noexcept
+{
+    char lBuffer[kNumberBufferSize];
+    return AppendText(pText, lBuffer, KNumberPrintShortest(lBuffer, lBuffer + sizeof(lBuffer), pValue));
 }
 
 } // namespace qexsdk

@@ -61,11 +61,11 @@ QEX_API char* KNumberPrintShortest(char* pBegin, char* pEnd, double pValue);
 /// \return as for KNumberPrintFixed; null for another conversion too.
 QEX_API char* KNumberPrint(char* pBegin, char* pEnd, double pValue, char pConversion, int pPrecision);
 
-/// Appends the text of KNumberPrintFixed to \p pText.
-QEX_API void KNumberAppendFixed(std::string& pText, double pValue, int pDecimals);
+/// Appends the text of KNumberPrintFixed to \p pText. False, and the text unchanged, when memory runs out.
+QEX_API bool KNumberAppendFixed(std::string& pText, double pValue, int pDecimals) noexcept;
 
-/// Appends the text of KNumberPrintShortest to \p pText.
-QEX_API void KNumberAppendShortest(std::string& pText, double pValue);
+/// Appends the text of KNumberPrintShortest to \p pText. False, and the text unchanged, when memory runs out.
+QEX_API bool KNumberAppendShortest(std::string& pText, double pValue) noexcept;
 
 } // namespace qexsdk
 

@@ -352,7 +352,7 @@ bool KOutputFile::IsBrokenPipe() const
     return mError == EPIPE;
 }
 
-std::string KOutputFile::GetReason() const
+std::string KOutputFile::GetReason() const noexcept
 {
     return KFileErrorText(mError);
 }

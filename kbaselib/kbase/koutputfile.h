@@ -79,8 +79,8 @@ public:
     /// True when the first failure was a pipe without a reader, which a command line ignores silently.
     bool IsBrokenPipe() const;
 
-    /// The system's text for GetError(), "" without a failure.
-    std::string GetReason() const;
+    /// The system's text for GetError(), "" without a failure, or when memory runs out for it.
+    std::string GetReason() const noexcept;
 
     /// The path passed to Open(); "" for a buffer.
     const std::string& GetPath() const { return mPath; }

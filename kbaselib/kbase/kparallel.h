@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -24,35 +23,36 @@ inline int KThreadCount(int pRequested)
 }
 
 /// Runs pJob(i) once for each i from 0 to \p pCount - 1, job i on thread i modulo \p pThreads, and returns when all are done. The
-/// calling thread is one of them, and runs the jobs of any thread that the system cannot create. \p pJob must not throw.
+/// calling thread is one of them, and runs the jobs of any thread that cannot be created. \p pJob must not throw.
 template <typename TJob>
-void KParallelFor(int pCount, int pThreads, const TJob& pJob)
+void KParallelFor(int pCount, int pThreads, const TJob& pJob) noexcept
 {
-    const auto lRun = [pCount, pThreads, &pJob](int pThread)
+    const int  lCount = std::max(1, std::min(pThreads, pCount));
+    const auto lRun = [pCount, lCount, &pJob](int pThread)
     {
-        for (int i = pThread; i < pCount; i += pThreads)
+        for (int i = pThread; i < pCount; i += lCount)
         {
             pJob(i);
         }
     };
     std::vector<std::thread> lThreads;
-    std::vector<int>         lOwn = {0};
-    lThreads.reserve(static_cast<size_t>(std::max(pThreads, 1)));
-    lOwn.reserve(static_cast<size_t>(std::max(pThreads, 1)));
-    for (int i = 1; i < std::min(pThreads, pCount); ++i)
+    int                      lNext = 1; // The first thread whose jobs the calling one runs.
+    try
     {
-        try
+        lThreads.reserve(static_cast<size_t>(lCount - 1));
+        for (; lNext < lCount; ++lNext)
         {
-            lThreads.emplace_back(lRun, i);
-        }
-        catch (const std::exception&)
-        {
-            lOwn.push_back(i);
+            lThreads.emplace_back(lRun, lNext);
         }
     }
-    for (const int lThread : lOwn)
+    catch (const std::exception&)
     {
-        lRun(lThread);
+        // No memory, or no more threads: the calling thread has the rest.
+    }
+    lRun(0);
+    for (; lNext < lCount; ++lNext)
+    {
+        lRun(lNext);
     }
     for (std::thread& lThread : lThreads)
     {

@@ -6,6 +6,7 @@
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
+#include <exception>
 #include <new>
 
 namespace qexsdk
@@ -14,7 +15,7 @@ namespace qexsdk
 namespace
 {
 
-/// Checks the arguments common to all exports, runs one and turns std::bad_alloc into an error.
+/// Checks the arguments common to all exports, runs one and turns exceptions into an error. A null \p pPath counts as empty.
 template <typename TRun>
 bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
              const TRun& pRun) noexcept
@@ -23,7 +24,7 @@ bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions&
     try
     {
         pResult = KQexExportAcclaimResult();
-        lPath = pPath;
+        lPath = pPath != nullptr ? pPath : "";
         if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
         {
             return FailExport(pResult, lPath, pRoot == nullptr ? "Nothing to export" : "The length unit must be above zero");
@@ -34,7 +35,28 @@ bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions&
     {
         pResult.mOk = FailExport(pResult, lPath, "Out of memory");
     }
+    catch (const std::exception& lError)
+    {
+        pResult.mOk = FailExport(pResult, lPath, lError.what());
+    }
     return pResult.mOk;
+}
+
+/// Appends the DOFs of \p pBone, lengths times \p pToCentimetres.
+void AddDofs(const KQexAsfNode& pBone, double pToCentimetres, std::vector<KQexBoneDof>& pDofs)
+{
+    for (int i = 0; i < pBone.mOrderCount; ++i)
+    {
+        const int    lCode = pBone.mOrderBuf[i];
+        const double lFactor = KIsTranslationDof(lCode) ? pToCentimetres : 1.0;
+        KQexBoneDof  lDof;
+        lDof.mWord = kDofWords[lCode];
+        lDof.mHasMin = pBone.mLimitsActive[lCode][0];
+        lDof.mHasMax = pBone.mLimitsActive[lCode][1];
+        lDof.mMin = lDof.mHasMin ? pBone.mLimitsBuf[lCode][0] * lFactor : 0.0;
+        lDof.mMax = lDof.mHasMax ? pBone.mLimitsBuf[lCode][1] * lFactor : 0.0;
+        pDofs.push_back(lDof);
+    }
 }
 
 } // namespace
@@ -64,32 +86,26 @@ bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton,
     return Guarded(lRoot, pAmcPath, pOptions, pResult, [&] { return RunMotionExport(lRoot, pSkeleton, pAmcPath, pOptions, pResult); });
 }
 
-KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton)
+KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton) noexcept
 {
-    KQexBoneDofs lAll;
-    const double lToCentimetres = pSkeleton->mLengthUnit > 0.0 ? kCentimetresPerInch / pSkeleton->mLengthUnit : 1.0;
-    KQexAsfWalk  lWalk(pSkeleton->mRoot);
-    while (HKQexAsfNode lBone = lWalk.Next())
+    try
     {
-        if (!lWalk.IsEntering())
+        KQexBoneDofs lAll;
+        const double lToCentimetres = pSkeleton->mLengthUnit > 0.0 ? kCentimetresPerInch / pSkeleton->mLengthUnit : 1.0;
+        KQexAsfWalk  lWalk(pSkeleton->mRoot);
+        while (const HKQexAsfNode lBone = lWalk.Next())
         {
-            continue;
+            if (lWalk.IsEntering())
+            {
+                AddDofs(*lBone, lToCentimetres, lAll[lBone->mName]);
+            }
         }
-        std::vector<KQexBoneDof>& lDofs = lAll[lBone->mName];
-        for (int i = 0; i < lBone->mOrderCount; ++i)
-        {
-            const int    lCode = lBone->mOrderBuf[i];
-            const double lFactor = KIsTranslationDof(lCode) ? lToCentimetres : 1.0;
-            KQexBoneDof  lDof;
-            lDof.mWord = kDofWords[lCode];
-            lDof.mHasMin = lBone->mLimitsActive[lCode][0];
-            lDof.mHasMax = lBone->mLimitsActive[lCode][1];
-            lDof.mMin = lDof.mHasMin ? lBone->mLimitsBuf[lCode][0] * lFactor : 0.0;
-            lDof.mMax = lDof.mHasMax ? lBone->mLimitsBuf[lCode][1] * lFactor : 0.0;
-            lDofs.push_back(lDof);
-        }
+        return lAll;
     }
-    return lAll;
+    catch (const std::exception&)
+    {
+        return KQexBoneDofs();
+    }
 }
 
 } // namespace qexsdk

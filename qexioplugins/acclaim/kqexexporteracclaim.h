@@ -81,8 +81,8 @@ public:
                              KQexExportAcclaimResult& pResult);
 
     /// The DOFs and limits of a skeleton's bones, which a host scene cannot hold. Translation limits are converted from the
-    /// skeleton's length unit to centimetres.
-    static KQexBoneDofs GetBoneDofs(const KQexAsfScene* pSkeleton);
+    /// skeleton's length unit to centimetres. Empty, although a skeleton has at least a root, when memory runs out.
+    static KQexBoneDofs GetBoneDofs(const KQexAsfScene* pSkeleton) noexcept;
 };
 
 } // namespace qexsdk

@@ -180,8 +180,8 @@ public:
     /// \return false, with the cause in \p pReason, when the file cannot be opened or read
     static bool PeekHeader(const char* pPath, KQexAmcHeader& pHeader, std::string& pReason);
 
-    /// The same for a file in memory.
-    static void PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader);
+    /// The same for a file in memory. False when it cannot be read, or memory runs out.
+    static bool PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader);
 
     static const char smType[]; ///< "AMC"
     static const char smDel[];  ///< Delimiters of tokens.

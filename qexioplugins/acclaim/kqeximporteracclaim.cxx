@@ -3,6 +3,7 @@
 #include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -16,9 +17,22 @@ namespace
 /// The skeleton reader's keyword tables and the filter settings are shared by the process: one import at a time.
 std::mutex sMutex;
 
-/// Runs one import under the lock. Catches std::bad_alloc; the scene is then unchanged.
+/// Adds an error without a path, unless memory runs out for it: mOk is false in any case.
+void AddError(KQexImportAcclaimResult& pResult, const char* pText) noexcept
+{
+    try
+    {
+        pResult.mMessages.push_back({"", {KQexTextMessage::eERROR, 0, pText}});
+    }
+    catch (const std::exception&)
+    {
+        return;
+    }
+}
+
+/// Runs one import under the lock. Turns exceptions into errors; the scene is then unchanged.
 template <typename TWork>
-bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
+bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
 {
     pResult = KQexImportAcclaimResult();
     try
@@ -28,14 +42,11 @@ bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
     }
     catch (const std::bad_alloc&)
     {
-        try
-        {
-            pResult.mMessages.push_back({"", {KQexTextMessage::eERROR, 0, "Out of memory"}});
-        }
-        catch (const std::bad_alloc&)
-        {
-            // No memory for a message either: mOk stays false.
-        }
+        AddError(pResult, "Out of memory");
+    }
+    catch (const std::exception& lError)
+    {
+        AddError(pResult, lError.what());
     }
     if (!pResult.mOk)
     {
@@ -46,19 +57,42 @@ bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork)
     return pResult.mOk;
 }
 
+/// Reads the skeleton and its motions into \p pScene, under the lock.
+bool RunImport(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
+               const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
+{
+    KQexImportRun     lImport(pScene, pOptions, pResult);
+    KQexAsfSceneOwner lAsfScene = lImport.ReadSkeleton(pSkeleton);
+    if (lAsfScene == nullptr || !lImport.ReadMotions(*lAsfScene, pMotions) || !lImport.Attach(*lAsfScene))
+    {
+        return false;
+    }
+    if (pOptions.mKeepAsfScene)
+    {
+        pResult.mAsfScene = std::move(lAsfScene);
+    }
+    return true;
+}
+
 } // namespace
 
-KQexAcclaimSource KQexAcclaimSource::File(const std::string& pPath)
+KQexAcclaimSource KQexAcclaimSource::File(std::string_view pPath) noexcept
 {
     KQexAcclaimSource lSource;
-    lSource.mPath = pPath;
+    try
+    {
+        lSource.mPath = pPath;
+    }
+    catch (const std::exception&)
+    {
+        // Without a path the source cannot be opened, which the import reports.
+    }
     return lSource;
 }
 
-KQexAcclaimSource KQexAcclaimSource::Buffer(const char* pData, size_t pSize, const std::string& pName)
+KQexAcclaimSource KQexAcclaimSource::Buffer(const char* pData, size_t pSize, std::string_view pName) noexcept
 {
-    KQexAcclaimSource lSource;
-    lSource.mPath = pName;
+    KQexAcclaimSource lSource = File(pName);
     lSource.mData = pData == nullptr ? "" : pData;
     lSource.mSize = pSize;
     return lSource;
@@ -74,32 +108,24 @@ size_t KQexImportAcclaimResult::CountMessages(bool pErrors) const
 bool KQexImporterAcclaim::Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
                                  const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
 {
-    return RunLocked(pResult,
-                     [&]
-                     {
-                         KQexImportRun     lImport(pScene, pOptions, pResult);
-                         KQexAsfSceneOwner lAsfScene = lImport.ReadSkeleton(pSkeleton);
-                         if (lAsfScene == nullptr || !lImport.ReadMotions(*lAsfScene, pMotions) || !lImport.Attach(*lAsfScene))
-                         {
-                             return false;
-                         }
-                         if (pOptions.mKeepAsfScene)
-                         {
-                             pResult.mAsfScene = std::move(lAsfScene);
-                         }
-                         return true;
-                     });
+    return RunLocked(pResult, [&] { return RunImport(pScene, pSkeleton, pMotions, pOptions, pResult); });
 }
 
 bool KQexImporterAcclaim::Import(KQexScene* pScene, const char* pAsfPath, const char* pAmcPath, const KQexImportAcclaimOptions& pOptions,
                                  KQexImportAcclaimResult& pResult)
 {
-    std::vector<KQexAcclaimSource> lMotions;
-    if (pAmcPath != nullptr && *pAmcPath != '\0')
-    {
-        lMotions.push_back(KQexAcclaimSource::File(pAmcPath));
-    }
-    return Import(pScene, KQexAcclaimSource::File(pAsfPath), lMotions, pOptions, pResult);
+    return RunLocked(pResult,
+                     [&]
+                     {
+                         std::vector<KQexAcclaimSource> lMotions;
+                         if (pAmcPath != nullptr && *pAmcPath != '\0')
+                         {
+                             lMotions.emplace_back().mPath = pAmcPath;
+                         }
+                         KQexAcclaimSource lSkeleton;
+                         lSkeleton.mPath = pAsfPath != nullptr ? pAsfPath : "";
+                         return RunImport(pScene, lSkeleton, lMotions, pOptions, pResult);
+                     });
 }
 
 bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScene, const KQexAmcSkeletonNotes& pNotes,

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// \file
@@ -18,11 +19,12 @@ namespace qexsdk
 /// A file to read: a path, or bytes in memory.
 struct QEX_API KQexAcclaimSource
 {
-    /// A file of the file system; "-" is standard input.
-    static KQexAcclaimSource File(const std::string& pPath);
+    /// A file of the file system; "-" is standard input. When memory runs out, a source without a path, which cannot be read.
+    static KQexAcclaimSource File(std::string_view pPath) noexcept;
 
-    /// \p pSize bytes at \p pData, which must stay valid until the import returns. \p pName replaces the path in messages.
-    static KQexAcclaimSource Buffer(const char* pData, size_t pSize, const std::string& pName);
+    /// \p pSize bytes at \p pData, which must stay valid until the import returns. \p pName replaces the path in messages, unless
+    /// memory runs out for it.
+    static KQexAcclaimSource Buffer(const char* pData, size_t pSize, std::string_view pName) noexcept;
 
     std::string mPath;           ///< Path, or the name that replaces it in messages.
     const char* mData = nullptr; ///< The bytes; null for a file.

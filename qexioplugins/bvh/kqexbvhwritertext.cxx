@@ -3,6 +3,7 @@
 #include <qexioplugins/bvh/kqexbvhwriter.h>
 
 #include <algorithm>
+#include <new>
 
 namespace qexsdk
 {
@@ -21,7 +22,10 @@ int IndentLevel(int pLevel)
 /// Appends a number and a blank.
 void AppendNumber(std::string& pText, double pValue)
 {
-    KNumberAppendFixed(pText, pValue, kDecimals);
+    if (!KNumberAppendFixed(pText, pValue, kDecimals))
+    {
+        throw std::bad_alloc();
+    }
     pText += ' ';
 }
 
@@ -31,12 +35,13 @@ void KQexBvhWriter::PrintVector(int pLevel, const char* pWord, const double* pVe
 {
     std::string lLine(static_cast<size_t>(2 * pLevel), ' ');
     lLine += pWord;
+    lLine += ' ';
     for (int i = 0; i < 3; ++i)
     {
-        lLine += ' ';
-        KNumberAppendFixed(lLine, pVector[i] * mOptions.mScale, kDecimals);
+        AppendNumber(lLine, pVector[i] * mOptions.mScale);
     }
-    mFile.Print(0, "%s\n", lLine.c_str());
+    lLine.back() = '\n';
+    mFile.Print(0, "%s", lLine.c_str());
 }
 
 void KQexBvhWriter::PrintChannels(int pLevel, const KQexBvhJoint& pJoint)

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// \file
@@ -72,7 +73,7 @@ public:
     /// Writes the trees at \p pRoots to \p pPath: a binary file, or, when the path ends in ".gltf", JSON plus a buffer of the same name
     /// with ".bin". "-" writes a binary file to standard output. False on failure, with the reason in GetMessages(), or when the
     /// progress callback cancels; existing files are then unchanged.
-    bool Write(const std::string& pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
+    bool Write(std::string_view pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
 
     /// Writes a binary file to memory. False as Write(); \p pOut is then unchanged.
     bool WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
@@ -80,7 +81,7 @@ public:
     /// Reads the file at \p pPath, binary or JSON whatever its name, into \p pScene; "-" is standard input. A take whose name is in use
     /// is renamed. False on failure or when cancelled, with the reason in GetMessages(); the scene is then unchanged. Fails when the
     /// animations have more than 4 million keys plus 16 per byte of the file, counted after sampling.
-    bool Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
+    bool Read(std::string_view pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
 
     /// Reads \p pSize bytes at \p pData, which may not refer to other files.
     bool ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
@@ -94,8 +95,8 @@ public:
     /// Clears the messages of the previous call.
     void ClearMessages() { mMessages.clear(); }
 
-    /// Adds a message.
-    void Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText);
+    /// Adds a message, unless memory runs out for it.
+    void Report(KQexTextMessage::ESeverity pSeverity, std::string_view pText) noexcept;
 
     /// Adds an error for the exception that is being handled.
     void ReportException() noexcept;

@@ -43,9 +43,9 @@ bool OpenAndRead(KQexFileGltf& pFile, KQexScene* pScene, const KQexGltfReadOptio
 
 } // namespace
 
-bool KQexFileGltf::Read(const std::string& pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult)
+bool KQexFileGltf::Read(std::string_view pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult)
 {
-    return OpenAndRead(*this, pScene, pOptions, pResult, [&pPath](KQexGltfSource& pSource) { pSource.OpenPath(pPath); });
+    return OpenAndRead(*this, pScene, pOptions, pResult, [pPath](KQexGltfSource& pSource) { pSource.OpenPath(std::string(pPath)); });
 }
 
 bool KQexFileGltf::ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions,

@@ -47,9 +47,9 @@ namespace
 
 constexpr size_t kReservedMessages = 4;
 
-bool EndsWith(const std::string& pText, const std::string& pEnd)
+bool EndsWith(std::string_view pText, std::string_view pEnd)
 {
-    return pText.size() >= pEnd.size() && KEqualsIgnoreCase(std::string_view(pText).substr(pText.size() - pEnd.size()), pEnd);
+    return pText.size() >= pEnd.size() && KEqualsIgnoreCase(pText.substr(pText.size() - pEnd.size()), pEnd);
 }
 
 /// A file name as a URI: every byte that is not unreserved is percent-encoded.
@@ -130,25 +130,26 @@ std::string BinaryStartOf(KQexFileGltf& pFile, KQexGltfWriter& pWriter)
 
 } // namespace
 
-bool KQexFileGltf::Write(const std::string& pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
+bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
     mMessages.clear();
     return BuildAndWrite(*this, pRoots, pOptions,
                          [&](KQexGltfWriter& pWriter)
                          {
+                             const std::string      lPath(pPath);
                              const std::string_view lBytes = BufferOf(pWriter);
                              KOutputFile            lMain;
-                             if (!EndsWith(pPath, ".gltf"))
+                             if (!EndsWith(lPath, ".gltf"))
                              {
                                  const std::string lStart = BinaryStartOf(*this, pWriter);
-                                 return !lStart.empty() && WriteParts(*this, lMain, pPath, {lStart, lBytes}) &&
+                                 return !lStart.empty() && WriteParts(*this, lMain, lPath, {lStart, lBytes}) &&
                                         (lMain.Commit() || ReportOutput(*this, lMain));
                              }
-                             const std::string  lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
+                             const std::string  lBinaryPath = lPath.substr(0, lPath.size() - 5) + ".bin";
                              const std::string  lJson = pWriter.GetJson(EncodeUri(std::filesystem::path(lBinaryPath).filename().string()));
                              KOutputFile        lBinary;
                              KOutputFile* const lOutputs[] = {&lBinary, &lMain};
-                             if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, pPath, {lJson, "\n"}))
+                             if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, lPath, {lJson, "\n"}))
                              {
                                  return false;
                              }
@@ -187,44 +188,37 @@ KQexFileGltf::KQexFileGltf(bool pVerb) : mVerb(pVerb)
     }
 }
 
-void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, const std::string& pText)
+void KQexFileGltf::Report(KQexTextMessage::ESeverity pSeverity, std::string_view pText) noexcept
 {
     try
     {
-        mMessages.push_back(KQexTextMessage{pSeverity, 0, pText});
+        mMessages.push_back(KQexTextMessage{pSeverity, 0, std::string(pText)});
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&)
     {
         // The caller still sees the failure in the return value.
     }
     if (mVerb)
     {
-        std::fprintf(stderr, "%s: %s\n", pSeverity == KQexTextMessage::eERROR ? "error" : "warning", pText.c_str());
+        std::fprintf(stderr, "%s: %.*s\n", pSeverity == KQexTextMessage::eERROR ? "error" : "warning", static_cast<int>(pText.size()),
+                     pText.data());
     }
 }
 
 void KQexFileGltf::ReportException() noexcept
 {
-    // Short enough for std::string not to allocate.
-    const char* const lNoMemory = "Out of memory";
     try
     {
         throw;
     }
     catch (const std::bad_alloc&)
     {
-        Report(KQexTextMessage::eERROR, lNoMemory);
+        // Short enough for std::string not to allocate.
+        Report(KQexTextMessage::eERROR, "Out of memory");
     }
     catch (const std::exception& lError)
     {
-        try
-        {
-            Report(KQexTextMessage::eERROR, lError.what());
-        }
-        catch (const std::bad_alloc&)
-        {
-            Report(KQexTextMessage::eERROR, lNoMemory);
-        }
+        Report(KQexTextMessage::eERROR, lError.what());
     }
 }
 

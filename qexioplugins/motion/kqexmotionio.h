@@ -18,7 +18,8 @@ namespace qexsdk
 class KQexAnimStack;
 class KQexNode;
 
-/// Progress callback for long work: receives the fraction done, 0 to 1, and returns false to cancel. Called on the caller's thread.
+/// Progress callback for long work: receives the fraction done, 0 to 1, and returns false to cancel. Called on the caller's thread. It
+/// must not throw: no exception passes through the library.
 using KQexProgress = std::function<bool(double pFraction)>;
 
 /// A degree of freedom of a bone, as skeleton files list it, with its limits.

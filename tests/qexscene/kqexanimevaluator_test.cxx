@@ -1,6 +1,7 @@
 #include <tests/qexscene/localmatrix.h>
 #include <tests/qexscene/scenefixture.h>
 
+#include <type_traits>
 #include <vector>
 
 using namespace qexsdk;
@@ -9,6 +10,12 @@ using qextest::LocalMatrix;
 
 namespace
 {
+
+// A time is never a bare number: seconds would be taken for ticks.
+using KGetTransform = decltype(&KQexAnimEvaluator::GetNodeGlobalTransform);
+static_assert(std::is_invocable_v<KGetTransform, const KQexAnimEvaluator&, const KQexNode*, KTime>);
+static_assert(!std::is_invocable_v<KGetTransform, const KQexAnimEvaluator&, const KQexNode*, double>);
+static_assert(!std::is_invocable_v<KGetTransform, const KQexAnimEvaluator&, const KQexNode*, int>);
 
 class KQexAnimEvaluatorTest : public qextest::KSceneTest
 {

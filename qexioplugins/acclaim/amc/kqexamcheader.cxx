@@ -6,6 +6,7 @@
 #include <kbaselib/kbase/ktime.h>
 
 #include <cmath>
+#include <exception>
 
 namespace qexsdk
 {
@@ -18,6 +19,9 @@ struct KWordEntry
     const char* mText;
     KQexAmcWord mWord;
 };
+
+/// Short enough for std::string not to allocate.
+const char kNoMemory[] = "Out of memory";
 
 const KWordEntry kWords[] = {
     {":fully-specified", eAMC_FULLY_SPECIFIED},
@@ -86,11 +90,45 @@ bool ParseHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
     return true;
 }
 
-void ParseHeaderLines(KLineReader& pLines, KQexAmcHeader& pHeader)
+/// Why \p pLines could not be opened or read.
+std::string ReasonOf(const KLineReader& pLines)
 {
-    while (pLines.NextLine() && ParseHeaderLine(std::string_view(pLines.GetLine(), pLines.GetLength()), pHeader))
+    switch (pLines.GetStatus())
     {
+    case KLineReader::eTOO_LONG:
+        return "Line is too long";
+    case KLineReader::eUTF16:
+        return "UTF-16 text is not supported";
+    case KLineReader::eMEMORY:
+        return kNoMemory;
+    default:
+        return pLines.GetReason();
     }
+}
+
+/// Opens \p pLines with \p pOpen and parses the header. False, with the cause in \p pReason, when they cannot be read.
+template <typename TOpen>
+bool ParseHeader(KQexAmcHeader& pHeader, std::string& pReason, const TOpen& pOpen) noexcept
+{
+    pHeader = KQexAmcHeader();
+    try
+    {
+        KLineReader lLines;
+        for (bool lMore = pOpen(lLines); lMore && lLines.NextLine();)
+        {
+            lMore = ParseHeaderLine(std::string_view(lLines.GetLine(), lLines.GetLength()), pHeader);
+        }
+        if (!lLines.HasFailed())
+        {
+            return true;
+        }
+        pReason = ReasonOf(lLines);
+    }
+    catch (const std::exception&)
+    {
+        pReason.assign(kNoMemory);
+    }
+    return false;
 }
 
 } // namespace
@@ -190,41 +228,13 @@ std::string_view TrimAmcText(std::string_view pText)
 
 bool KQexFileAcclaimAmc::PeekHeader(const char* pPath, KQexAmcHeader& pHeader, std::string& pReason)
 {
-    pHeader = KQexAmcHeader();
-    KLineReader lLines;
-    if (lLines.OpenPath(pPath))
-    {
-        ParseHeaderLines(lLines, pHeader);
-    }
-    if (!lLines.HasFailed())
-    {
-        return true;
-    }
-    switch (lLines.GetStatus())
-    {
-    case KLineReader::eTOO_LONG:
-        pReason = "Line is too long";
-        break;
-    case KLineReader::eUTF16:
-        pReason = "UTF-16 text is not supported";
-        break;
-    case KLineReader::eMEMORY:
-        pReason = "Out of memory";
-        break;
-    default:
-        pReason = lLines.GetReason();
-    }
-    return false;
+    return ParseHeader(pHeader, pReason, [pPath](KLineReader& pLines) { return pLines.OpenPath(pPath); });
 }
 
-void KQexFileAcclaimAmc::PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader)
+bool KQexFileAcclaimAmc::PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader)
 {
-    pHeader = KQexAmcHeader();
-    KLineReader lLines;
-    if (lLines.OpenBuffer(pData, pSize))
-    {
-        ParseHeaderLines(lLines, pHeader);
-    }
+    std::string lReason;
+    return ParseHeader(pHeader, lReason, [pData, pSize](KLineReader& pLines) { return pLines.OpenBuffer(pData, pSize); });
 }
 
 } // namespace qexsdk

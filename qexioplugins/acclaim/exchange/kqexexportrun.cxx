@@ -16,7 +16,7 @@ namespace qexsdk
 KQexExportRun::KQexExportRun(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                              KQexExportAcclaimResult& pResult)
     : mRoot(pRoot),
-      mAsfPath(pAsfPath),
+      mAsfPath(pAsfPath != nullptr ? pAsfPath : ""),
       mAmcPath(pAmcPath != nullptr ? pAmcPath : ""),
       mOptions(pOptions),
       mResult(pResult),

@@ -240,8 +240,8 @@ struct KExtraction
     // Creates the bone of a host child, below a dummy where needed; null when memory ran out.
     KQexAsfNode* CreateChild(const KPathNode& pPathNode, KQexNode& pChild) const
     {
-        const KString lName = pChild.GetNameWithoutNameSpacePrefix();
-        KQexAsfNode*  lParent = pPathNode.mAsfNode;
+        const char*  lName = pChild.GetBareName();
+        KQexAsfNode* lParent = pPathNode.mAsfNode;
         if (pPathNode.mDummies)
         {
             lParent = CreateBone(*lParent, lName, "Dummy");
