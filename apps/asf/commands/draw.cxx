@@ -4,6 +4,7 @@
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture/picture.h>
+#include <apps/asf/picture/picturejoints.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/skeletonfile.h>
@@ -54,65 +55,61 @@ KPicture MakePicture(const KDrawOptions& pOptions, const std::string& pTitle)
     KPicture lPicture;
     lPicture.mTitle = pTitle;
     lPicture.mViews = ViewsOf(pOptions.mView);
-    lPicture.mShowNames = pOptions.mNames;
     return lPicture;
 }
 
 KPicture RestPicture(const KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
 {
-    const std::string lName = pSkeleton.GetScene().mName;
-    KPicture          lPicture = MakePicture(pOptions, lName.empty() ? FileName(pFile) : lName);
-    KPose             lPose;
+    const std::string        lName = pSkeleton.GetScene().mName;
+    KPicture                 lPicture = MakePicture(pOptions, lName.empty() ? FileName(pFile) : lName);
+    KPose                    lPose;
+    std::vector<std::string> lNames;
     for (const KRestBone& lBone : pSkeleton.GetBones())
     {
-        lPicture.mNames.push_back(lBone.mNode->mName);
+        lNames.push_back(lBone.mNode->mName);
         lPose.mStarts.push_back(lBone.mStart);
         lPose.mEnds.push_back(lBone.mEnd);
     }
+    SetBones(lNames, pOptions.mNames, lPicture);
     KPoint lMin;
     KPoint lMax;
     pSkeleton.GetBounds(lMin, lMax);
     lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()) - 1, "bone", "bones") + ", " + Fixed(lMax.mY - lMin.mY, 1) +
                          " cm high at rest";
-    lPicture.mSides = SidesOf(lPicture.mNames);
     lPicture.mPoses.push_back(lPose);
     return lPicture;
 }
 
-/// Makes poses from joints: the line from a joint's parent to the joint is the bone that is named like the parent.
+/// Makes poses of a scene.
 class KPoseMaker
 {
 public:
-    explicit KPoseMaker(KLoadedMotion& pMotion) : mMotion(pMotion) {}
-
-    void SetUp(KPicture& pPicture) const
+    explicit KPoseMaker(KLoadedMotion& pMotion) : mMotion(pMotion)
     {
-        for (const qexsdk::KQexFigureJoint& lJoint : mMotion.GetJoints())
+        for (const qexsdk::KQexFigureJoint& lJoint : pMotion.GetJoints())
         {
-            pPicture.mNames.push_back(lJoint.mParent < 0 ? lJoint.mName : mMotion.GetJoints()[static_cast<size_t>(lJoint.mParent)].mName);
+            mJoints.push_back({lJoint.mName, lJoint.mParent, lJoint.mIsEnd});
         }
-        pPicture.mSides = SidesOf(pPicture.mNames);
     }
+
+    void SetUp(bool pLabels, KPicture& pPicture) const { SetJoints(mJoints, pLabels, pPicture); }
 
     /// The pose in frame \p pFrame; without a motion, at rest.
     KPose Pose(size_t pFrame)
     {
-        KPose lPose;
+        mMotion.Evaluate(pFrame, mPositions);
+        KPose lPose = PoseOf(mJoints, mPositions);
         if (mMotion.HasTake())
         {
             lPose.mCaption = "frame " + std::to_string(mMotion.GetFrames()[pFrame]) + ", " + Fixed(mMotion.GetSeconds(pFrame), 2) + " s";
-        }
-        mMotion.Evaluate(pFrame, lPose.mEnds);
-        for (size_t lJoint = 0; lJoint < lPose.mEnds.size(); ++lJoint)
-        {
-            const int lParent = mMotion.GetJoints()[lJoint].mParent;
-            lPose.mStarts.push_back(lParent < 0 ? lPose.mEnds[lJoint] : lPose.mEnds[static_cast<size_t>(lParent)]);
         }
         return lPose;
     }
 
 private:
-    KLoadedMotion& mMotion;
+    KLoadedMotion&             mMotion;
+    std::vector<KPictureJoint> mJoints;
+    std::vector<KPoint>        mPositions;
 };
 
 /// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1 for an unknown bone.
@@ -228,7 +225,7 @@ void DrawRest(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFi
     }
     KPicture   lPicture = MakePicture(pOptions, FileName(pFile));
     KPoseMaker lPoseMaker(pMotion);
-    lPoseMaker.SetUp(lPicture);
+    lPoseMaker.SetUp(pOptions.mNames, lPicture);
     lPicture.mPoses.push_back(lPoseMaker.Pose(0));
     lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()), "joint", "joints") + " at rest";
     WritePicture(pOptions, lPicture, pFile, pConsole);
@@ -247,7 +244,7 @@ void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQex
     lPicture.mSubtitle =
         Count(static_cast<long long>(pMotion.GetFrames().size()), "frame", "frames") + ", " + Short(pMotion.GetRate()) + " a second";
     KPoseMaker lPoseMaker(pMotion);
-    lPoseMaker.SetUp(lPicture);
+    lPoseMaker.SetUp(pOptions.mNames, lPicture);
     for (const size_t lFrame : lFrames)
     {
         lPicture.mPoses.push_back(lPoseMaker.Pose(lFrame));
@@ -295,7 +292,7 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
         ->check(CLI::IsMember({"front", "side", "top", "all"}))
         ->option_text("VIEW");
-    lCommand->add_flag("--names", lOptions->mNames, "Label the bones with their names");
+    lCommand->add_flag("--names", lOptions->mNames, "Label the joints with their names");
     lCommand
         ->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last (default: five, evenly spaced)")
         ->option_text("LIST");

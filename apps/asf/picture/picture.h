@@ -2,6 +2,7 @@
 #define APPS_ASF_PICTURE_PICTURE_H
 
 #include <apps/asf/figure/point.h>
+#include <qexioplugins/motion/kqexsides.h>
 
 #include <string>
 #include <vector>
@@ -20,14 +21,6 @@ enum EView
     eVIEW_TOP    ///< From above: it faces down the page.
 };
 
-/// Side of the body that a bone belongs to; it decides the colour.
-enum ESide
-{
-    eSIDE_MIDDLE,
-    eSIDE_LEFT,
-    eSIDE_RIGHT
-};
-
 /// Positions of all bones, in centimetres, world space; the vectors have the size of KPicture::mNames.
 struct KPose
 {
@@ -40,27 +33,31 @@ struct KPose
 struct KTrail
 {
     std::string         mName;
-    ESide               mSide = eSIDE_MIDDLE;
+    qexsdk::KQexSide    mSide = qexsdk::eSIDE_MIDDLE;
     std::vector<KPoint> mPoints;
+};
+
+/// The name of a joint, at the edge of the panel with a line to the joint.
+struct KLabel
+{
+    std::string mName;
+    size_t      mBone = 0;      ///< A bone at the joint: index in KPicture::mNames.
+    bool        mAtEnd = false; ///< The joint is that bone's end instead of its start.
 };
 
 /// A picture of one figure in one or more poses.
 struct KPicture
 {
-    std::string              mTitle;
-    std::string              mSubtitle;
-    std::vector<std::string> mNames; ///< Names of the bones.
-    std::vector<ESide>       mSides; ///< Sides of the bones, see SidesOf().
-    std::vector<KPose>       mPoses; ///< At least one.
-    std::vector<KTrail>      mTrails;
-    std::vector<EView>       mViews;             ///< At least one.
-    bool                     mShowNames = false; ///< Label the bones with their names.
-    bool                     mInPlace = false;   ///< Poses at their world positions, instead of side by side.
+    std::string                   mTitle;
+    std::string                   mSubtitle;
+    std::vector<std::string>      mNames;  ///< Names of the bones.
+    std::vector<qexsdk::KQexSide> mSides;  ///< Sides of the bones.
+    std::vector<KLabel>           mLabels; ///< Shown in every pose; empty for none.
+    std::vector<KPose>            mPoses;  ///< At least one.
+    std::vector<KTrail>           mTrails;
+    std::vector<EView>            mViews;           ///< At least one.
+    bool                          mInPlace = false; ///< Poses at their world positions, instead of side by side.
 };
-
-/// The side of each bone by its name: left or right if there is a counterpart on the other side (lfoot and rfoot, LeftFoot and
-/// RightFoot, foot_l and foot_r).
-std::vector<ESide> SidesOf(const std::vector<std::string>& pNames);
 
 /// The picture as SVG, with a scale bar in centimetres. Empty if a coordinate is not finite or too large to draw.
 std::string DrawSvg(const KPicture& pPicture);

@@ -121,16 +121,16 @@ double FigureSize(const KPicture& pPicture)
 double LabelWidth(const KPicture& pPicture)
 {
     size_t lLongest = 0;
-    for (const std::string& lName : pPicture.mNames)
+    for (const KLabel& lLabel : pPicture.mLabels)
     {
-        lLongest = std::max(lLongest, lName.size());
+        lLongest = std::max(lLongest, lLabel.mName.size());
     }
-    return pPicture.mShowNames ? 30 + kCharacter * static_cast<double>(lLongest) : 0;
+    return !pPicture.mLabels.empty() ? 30 + kCharacter * static_cast<double>(lLongest) : 0;
 }
 
 double CellHeight(const KPicture& pPicture, const KCell& pCell, double pScale)
 {
-    const double lLabels = pPicture.mShowNames ? kLabelPitch * (static_cast<double>(pPicture.mNames.size()) / 2 + 1) : 0;
+    const double lLabels = !pPicture.mLabels.empty() ? kLabelPitch * (static_cast<double>(pPicture.mLabels.size()) / 2 + 1) : 0;
     return std::max({pCell.mExtent.Height() * pScale, lLabels, 8.0});
 }
 

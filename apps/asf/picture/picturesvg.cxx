@@ -1,5 +1,7 @@
 #include <apps/asf/picture/picture.h>
+#include <apps/asf/picture/picturelabels.h>
 #include <apps/asf/picture/picturelayout.h>
+#include <apps/asf/picture/svgtext.h>
 #include <apps/asf/report/numbertext.h>
 
 #include <algorithm>
@@ -28,78 +30,9 @@ const char* const kStyle = "<style>\n"
                            ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
                            "</style>\n";
 
-const char* SideClass(ESide pSide)
+const char* SideClass(qexsdk::KQexSide pSide)
 {
-    return pSide == eSIDE_LEFT ? "l" : pSide == eSIDE_RIGHT ? "r" : "m";
-}
-
-std::string Px(double pValue)
-{
-    std::string lText = Fixed(pValue, 2);
-    lText.erase(lText.find_last_not_of('0') + 1);
-    if (lText.back() == '.')
-    {
-        lText.pop_back();
-    }
-    return lText == "-0" ? "0" : lText;
-}
-
-/// Length in bytes of the UTF-8 sequence at \p pPosition, 0 if it is invalid.
-size_t SequenceLength(const std::string& pText, size_t pPosition)
-{
-    const auto lByte = [&](size_t pIndex)
-    {
-        return pIndex < pText.size() ? static_cast<unsigned char>(pText[pIndex]) : 0u;
-    };
-    const unsigned lFirst = lByte(pPosition);
-    const size_t   lSize = lFirst < 0x80                     ? 1
-                           : lFirst >= 0xc2 && lFirst < 0xe0 ? 2
-                           : lFirst >= 0xe0 && lFirst < 0xf0 ? 3
-                           : lFirst >= 0xf0 && lFirst < 0xf5 ? 4
-                                                             : 0;
-    for (size_t lIndex = 1; lIndex < lSize; ++lIndex)
-    {
-        if ((lByte(pPosition + lIndex) & 0xc0) != 0x80)
-        {
-            return 0;
-        }
-    }
-    // Overlong forms, surrogates, and values beyond the last code point.
-    const unsigned lSecond = lByte(pPosition + 1);
-    const bool     lBad = (lFirst == 0xe0 && lSecond < 0xa0) || (lFirst == 0xed && lSecond >= 0xa0) || (lFirst == 0xf0 && lSecond < 0x90) ||
-                      (lFirst == 0xf4 && lSecond >= 0x90);
-    return lBad ? 0 : lSize;
-}
-
-/// Escapes text for XML. Invalid bytes and control characters become U+FFFD.
-std::string EscapeXml(const std::string& pText)
-{
-    std::string lResult;
-    for (size_t lPosition = 0; lPosition < pText.size();)
-    {
-        const size_t lSize = SequenceLength(pText, lPosition);
-        const char   lChar = pText[lPosition];
-        if (lSize == 0 || (lSize == 1 && static_cast<unsigned char>(lChar) < 0x20) || lChar == 0x7f)
-        {
-            lResult += "\xef\xbf\xbd";
-            ++lPosition;
-            continue;
-        }
-        lResult += lChar == '&' ? "&amp;" : lChar == '<' ? "&lt;" : lChar == '>' ? "&gt;" : pText.substr(lPosition, lSize);
-        lPosition += lSize;
-    }
-    return lResult;
-}
-
-std::string TextAt(double pX, double pY, const char* pClass, const char* pAnchor, const std::string& pText)
-{
-    return "<text x=\"" + Px(pX) + "\" y=\"" + Px(pY) + "\" class=\"" + pClass + "\" text-anchor=\"" + pAnchor + "\">" + EscapeXml(pText) +
-           "</text>\n";
-}
-
-std::string LineAt(const char* pClass, double pX1, double pY1, double pX2, double pY2)
-{
-    return std::string("<path class=\"") + pClass + "\" d=\"M" + Px(pX1) + " " + Px(pY1) + "L" + Px(pX2) + " " + Px(pY2) + "\"/>\n";
+    return pSide == qexsdk::eSIDE_LEFT ? "l" : pSide == qexsdk::eSIDE_RIGHT ? "r" : "m";
 }
 
 class KDrawing
@@ -184,10 +117,7 @@ private:
             return std::round((lStarts[pBone].mNear + lEnds[pBone].mNear) * 1e4);
         };
         std::stable_sort(lOrder.begin(), lOrder.end(), [&](size_t pOne, size_t pOther) { return lNear(pOne) < lNear(pOther); });
-        if (mPicture.mShowNames)
-        {
-            Labels(pCell, lStarts, lEnds);
-        }
+        mText += DrawLabels(mPicture, mLayout, pCell, lStarts, lEnds);
         for (const size_t lBone : lOrder)
         {
             Bone(lBone, lStarts[lBone], lEnds[lBone]);
@@ -208,8 +138,8 @@ private:
                  EscapeXml(mPicture.mNames[pBone]) + "</title>";
         if (lLength > 0.01)
         {
-            const double lX = pStart.mRight + 0.18 * lAlongX;
-            const double lY = pStart.mUp + 0.18 * lAlongY;
+            const double lX = pStart.mRight + kWidestPart * lAlongX;
+            const double lY = pStart.mUp + kWidestPart * lAlongY;
             const double lAcrossX = -lAlongY / lLength * lHalf;
             const double lAcrossY = lAlongX / lLength * lHalf;
             mText += "<path class=\"bone\" d=\"M" + Px(pStart.mRight) + " " + Px(pStart.mUp) + "L" + Px(lX + lAcrossX) + " " +
@@ -217,51 +147,6 @@ private:
                      "Z\"/>";
         }
         mText += "<circle class=\"joint\" cx=\"" + Px(pStart.mRight) + "\" cy=\"" + Px(pStart.mUp) + "\" r=\"" + Px(lJoint) + "\"/></g>\n";
-    }
-
-    // Writes the names in a column on each side, ordered by the bones' heights, so that they do not overlap.
-    void Labels(const KCell& pCell, const std::vector<KViewPoint>& pStarts, const std::vector<KViewPoint>& pEnds)
-    {
-        std::vector<size_t> lBones;
-        for (size_t lBone = 1; lBone < pEnds.size(); ++lBone)
-        {
-            lBones.push_back(lBone);
-        }
-        const auto lMiddle = [&](size_t pBone)
-        {
-            return KViewPoint{(pStarts[pBone].mRight + pEnds[pBone].mRight) / 2, (pStarts[pBone].mUp + pEnds[pBone].mUp) / 2, 0};
-        };
-        std::stable_sort(lBones.begin(), lBones.end(),
-                         [&](size_t pOne, size_t pOther) { return lMiddle(pOne).mRight < lMiddle(pOther).mRight; });
-        const auto lHalf = lBones.begin() + static_cast<std::ptrdiff_t>(lBones.size() / 2);
-        const auto lHigher = [&](size_t pOne, size_t pOther)
-        {
-            return lMiddle(pOne).mUp < lMiddle(pOther).mUp;
-        };
-        std::stable_sort(lBones.begin(), lHalf, lHigher);
-        std::stable_sort(lHalf, lBones.end(), lHigher);
-
-        const double lRight = pCell.mX + pCell.mExtent.Width() * mLayout.mScale;
-        Column(pCell, {lBones.begin(), lHalf}, lMiddle, pCell.mX - 16, "end");
-        Column(pCell, {lHalf, lBones.end()}, lMiddle, lRight + 16, "start");
-    }
-
-    template <class KMiddle>
-    void Column(const KCell& pCell, const std::vector<size_t>& pBones, const KMiddle& pMiddle, double pX, const char* pAnchor)
-    {
-        const double lHeight = kLabelPitch * static_cast<double>(pBones.size());
-        double       lNext = pCell.mY - std::max(pCell.mExtent.Height() * mLayout.mScale, lHeight);
-        double       lRemaining = lHeight;
-        for (const size_t lBone : pBones)
-        {
-            const KViewPoint lAt = pMiddle(lBone);
-            // As close to its bone as the labels above and below allow.
-            const double lY = std::max(lNext, std::min(lAt.mUp, pCell.mY - lRemaining + kLabelPitch));
-            lNext = lY + kLabelPitch;
-            lRemaining -= kLabelPitch;
-            mText += LineAt("leader", pX + (pAnchor[0] == 'e' ? 4 : -4), lY, lAt.mRight, lAt.mUp);
-            mText += TextAt(pX, lY + 3.6, "label", pAnchor, mPicture.mNames[lBone]);
-        }
     }
 
     void Caption(const KCell& pCell)

@@ -1,6 +1,11 @@
-#include <apps/asf/picture/picture.h>
-
 #include <tests/apps/asf/runasf.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <utility>
 
 using namespace qextest;
 
@@ -86,15 +91,57 @@ TEST(AsfDraw, LargeCoordinatesAreRefused)
     }
 }
 
-TEST(AsfSides, ByNames)
+/// Where the picture's labels point to: pixels of the front view, by name. Fails for a name that appears twice.
+std::map<std::string, std::pair<double, double>> LabelPoints(const std::string& pSvg)
 {
-    using asfapp::SidesOf;
-    const std::vector<asfapp::ESide> lLeftRight{asfapp::eSIDE_LEFT, asfapp::eSIDE_RIGHT, asfapp::eSIDE_MIDDLE};
-    EXPECT_EQ(SidesOf({"lfoot", "rfoot", "root"}), lLeftRight);
-    EXPECT_EQ(SidesOf({"LeftFoot", "RightFoot", "Hips"}), lLeftRight);
-    EXPECT_EQ(SidesOf({"foot_l", "foot_r", "collar"}), lLeftRight);
-    EXPECT_EQ(SidesOf({"Foot.L", "Foot.R", ""}), lLeftRight);
-    EXPECT_EQ(SidesOf({"lowerback", "root", "ribs"}), std::vector<asfapp::ESide>(3, asfapp::eSIDE_MIDDLE));
+    std::map<std::string, std::pair<double, double>> lPoints;
+    const std::regex     lLabel(R"re(class="leader" d="M[-\d. ]+L([-\d.]+) ([-\d.]+)"/>\n<text [^>]*class="label"[^>]*>([^<]*)<)re");
+    std::sregex_iterator lMatch(pSvg.begin(), pSvg.end(), lLabel);
+    for (; lMatch != std::sregex_iterator(); ++lMatch)
+    {
+        const auto& lMatched = *lMatch;
+        EXPECT_TRUE(lPoints.emplace(lMatched[3], std::make_pair(std::stod(lMatched[1]), std::stod(lMatched[2]))).second) << lMatched[3];
+    }
+    return lPoints;
+}
+
+/// Pixels per centimetre, from the scale bar.
+double ScaleOf(const std::string& pSvg)
+{
+    std::smatch lBar;
+    EXPECT_TRUE(std::regex_search(pSvg, lBar, std::regex(R"re(class="bar" d="M28 [^H]*H([\d.]+)m[^>]*>\n<text[^>]*>([\d.]+) cm)re")));
+    return lBar.empty() ? 0 : (std::stod(lBar[1]) - 28) / std::stod(lBar[2]);
+}
+
+TEST(AsfDraw, LabelsOfAMotionPointToTheJointsOfTheirNames)
+{
+    const std::string lSvg = RunAsf({"draw", Sample("walk.amc"), "-q", "-o", "-", "--frames", "61", "--names"}).mOut;
+    std::map<std::string, std::pair<double, double>> lJoints;
+    std::istringstream                               lRows(RunAsf({"positions", Sample("walk.amc"), "-q", "--frames", "61"}).mOut);
+    std::string                                      lRow;
+    std::getline(lRows, lRow); // The header.
+    while (std::getline(lRows, lRow))
+    {
+        std::smatch lField;
+        ASSERT_TRUE(std::regex_match(lRow, lField, std::regex("61,[^,]*,([^,]*),([^,]*),([^,]*),[^,]*")));
+        lJoints[lField[1]] = {std::stod(lField[2]), std::stod(lField[3])};
+    }
+    const auto   lLabels = LabelPoints(lSvg);
+    const double lScale = ScaleOf(lSvg);
+    ASSERT_EQ(lLabels.size(), lJoints.size());
+    ASSERT_EQ(lLabels.count("root"), 1u);
+    const auto [lRootX, lRootY] = lLabels.at("root");
+    for (const auto& [lName, lPosition] : lJoints)
+    {
+        ASSERT_EQ(lLabels.count(lName), 1u) << lName;
+        const double lX = lRootX + lScale * (lPosition.first - lJoints["root"].first);
+        const double lY = lRootY - lScale * (lPosition.second - lJoints["root"].second);
+        const double lAway = std::hypot(lLabels.at(lName).first - lX, lLabels.at(lName).second - lY) / lScale;
+        // Bones that start at the same place are labelled a little beyond it: 18 % of their length, at most 17.2 cm.
+        const bool lShared =
+            std::count_if(lJoints.begin(), lJoints.end(), [&](const auto& pOther) { return pOther.second == lPosition; }) > 1;
+        EXPECT_LT(lAway, lShared ? 0.18 * 17.2 + 0.02 : 0.02) << lName;
+    }
 }
 
 } // namespace
