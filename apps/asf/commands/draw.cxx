@@ -4,6 +4,7 @@
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture/picture.h>
+#include <apps/asf/picture/pictureframes.h>
 #include <apps/asf/picture/picturejoints.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
@@ -162,19 +163,26 @@ bool AddTrails(const KDrawOptions& pOptions, KLoadedMotion& pMotion, KPicture& p
     return true;
 }
 
-/// The default: up to five frames, evenly spaced from the first to the last.
-std::vector<size_t> DefaultFrames(size_t pCount)
+/// The indices of the frames to draw. False after an error.
+bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, const KQexFigureFile& pFile, std::vector<size_t>& pFrames,
+                  KConsole& pConsole)
 {
-    std::vector<size_t> lFrames;
-    for (size_t lPart = 0; lPart <= 4; ++lPart)
+    pFrames = DefaultFrames(pMotion.GetFrames().size());
+    const std::string lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, pMotion.GetFrames(), pFrames);
+    if (!lError.empty())
     {
-        const size_t lFrame = (pCount - 1) * lPart / 4;
-        if (lFrames.empty() || lFrames.back() != lFrame)
-        {
-            lFrames.push_back(lFrame);
-        }
+        pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
+        return false;
     }
-    return lFrames;
+    const size_t lLeftOut = LimitFrames(pFrames);
+    if (lLeftOut > 0)
+    {
+        pConsole.Message(eNOTE, pFile.GetDisplayPath(), 0,
+                         std::to_string(lLeftOut) + " of " + std::to_string(pFrames.size() + lLeftOut) +
+                             " frames are left out: a picture has at most " + std::to_string(MaxPoses()) +
+                             " poses, one for each pixel of its width");
+    }
+    return true;
 }
 
 void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const KQexFigureFile& pFile, KConsole& pConsole)
@@ -233,11 +241,9 @@ void DrawRest(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFi
 
 void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
 {
-    std::vector<size_t> lFrames = DefaultFrames(pMotion.GetFrames().size());
-    const std::string   lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, pMotion.GetFrames(), lFrames);
-    if (!lError.empty())
+    std::vector<size_t> lFrames;
+    if (!ChooseFrames(pOptions, pMotion, pFile, lFrames, pConsole))
     {
-        pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
         return;
     }
     KPicture lPicture = MakePicture(pOptions, FileName(pFile));

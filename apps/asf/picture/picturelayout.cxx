@@ -11,7 +11,6 @@ namespace
 
 constexpr double kSinglePose = 460;       // Pixels of the larger side of the figure, in a picture of one pose.
 constexpr double kSeveralPoses = 250;     // The same in a picture of several.
-constexpr double kWidestRow = 1500;       // Pixels.
 constexpr double kCharacter = 6.1;        // Mean character width of a label.
 constexpr double kCaptionCharacter = 7.2; // The same for a caption.
 

@@ -63,6 +63,7 @@ bool LayOut(const KPicture& pPicture, KLayout& pLayout);
 /// Converts a point of pose \p pPose, drawn in \p pCell, to pixels of the picture; mUp counts downwards.
 KViewPoint ToPixels(const KPicture& pPicture, const KLayout& pLayout, const KCell& pCell, size_t pPose, const KPoint& pPoint);
 
+constexpr double kWidestRow = 1500; ///< Pixels; a row of several panels is never wider.
 constexpr double kMargin = 28;
 constexpr double kHeaderHeight = 58;
 constexpr double kFooterHeight = 46;

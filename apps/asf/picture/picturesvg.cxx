@@ -30,6 +30,8 @@ const char* const kStyle = "<style>\n"
                            ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
                            "</style>\n";
 
+constexpr double kTrailStep = 0.5; ///< Pixels between two points of a trail.
+
 const char* SideClass(qexsdk::KQexSide pSide)
 {
     return pSide == qexsdk::eSIDE_LEFT ? "l" : pSide == qexsdk::eSIDE_RIGHT ? "r" : "m";
@@ -89,12 +91,18 @@ private:
     void Trail(const KCell& pCell, const KTrail& pTrail)
     {
         mText += std::string("<path class=\"trail ") + SideClass(pTrail.mSide) + "\" style=\"fill:none\" d=\"";
-        char lCommand = 'M';
-        for (const KPoint& lPoint : pTrail.mPoints)
+        KViewPoint lLast;
+        for (size_t lIndex = 0; lIndex < pTrail.mPoints.size(); ++lIndex)
         {
-            const KViewPoint lAt = ToPixels(mPicture, mLayout, pCell, pCell.mPoses.front(), lPoint);
-            mText += lCommand + Px(lAt.mRight) + " " + Px(lAt.mUp);
-            lCommand = 'L';
+            const KViewPoint lAt = ToPixels(mPicture, mLayout, pCell, pCell.mPoses.front(), pTrail.mPoints[lIndex]);
+            const bool       lIsInside = lIndex > 0 && lIndex + 1 < pTrail.mPoints.size();
+            // Closer points would not be visible.
+            if (lIsInside && std::hypot(lAt.mRight - lLast.mRight, lAt.mUp - lLast.mUp) < kTrailStep)
+            {
+                continue;
+            }
+            mText += (lIndex == 0 ? "M" : "L") + Px(lAt.mRight) + " " + Px(lAt.mUp);
+            lLast = lAt;
         }
         mText += "\"><title>" + EscapeXml(pTrail.mName) + "</title></path>\n";
     }
