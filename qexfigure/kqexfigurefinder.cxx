@@ -1,7 +1,6 @@
-#include <qexfigure/kqexfigurefiles.h>
-
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/kpath.h>
+#include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigureguard.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 

@@ -1,4 +1,5 @@
 #include <qexioplugins/motion/kqextextfile.h>
+
 #include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
 

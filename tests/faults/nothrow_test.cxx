@@ -1,4 +1,5 @@
 #include <kbaselib/kbase/knumber.h>
+
 #include <kbaselib/kbase/koutputfile.h>
 #include <kbaselib/kbase/kstring.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>

@@ -1,5 +1,4 @@
 #include <apps/asf/commands/arguments.h>
-
 #include <kbaselib/kbase/kpath.h>
 
 #include <CLI/CLI.hpp>

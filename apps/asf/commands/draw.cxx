@@ -6,6 +6,7 @@
 #include <apps/asf/picture/picture.h>
 #include <apps/asf/picture/pictureframes.h>
 #include <apps/asf/picture/picturejoints.h>
+#include <apps/asf/picture/pictureoutput.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/skeletonfile.h>
@@ -33,6 +34,7 @@ struct KDrawOptions
     std::string              mTake;
     std::vector<std::string> mTrails;
     bool                     mNames = false;
+    int                      mWidth = 0; ///< Pixels; 0: as the poses need.
     KMotionOptions           mMotion;
 };
 
@@ -185,18 +187,6 @@ bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, co
     return true;
 }
 
-void WritePicture(const KDrawOptions& pOptions, const KPicture& pPicture, const KQexFigureFile& pFile, KConsole& pConsole)
-{
-    const std::string lSvg = DrawSvg(pPicture);
-    if (lSvg.empty())
-    {
-        pConsole.Message(eERROR, pFile.GetDisplayPath(), 0, "cannot be drawn: coordinates are too large");
-        pConsole.Raise(eEXIT_INPUT);
-        return;
-    }
-    WriteOutput(pOptions.mOutput, lSvg, pConsole);
-}
-
 /// Frames and trails need a motion. False, with an error, if they are asked for.
 bool CheckRestOptions(const KDrawOptions& pOptions, KConsole& pConsole)
 {
@@ -220,7 +210,7 @@ void DrawSkeleton(const KDrawOptions& pOptions, const KQexFigureFile& pFile, KCo
     lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
     if (lOk)
     {
-        WritePicture(pOptions, RestPicture(pFile, lSkeleton, pOptions), pFile, pConsole);
+        WritePicture(RestPicture(pFile, lSkeleton, pOptions), pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
     }
 }
 
@@ -236,7 +226,7 @@ void DrawRest(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFi
     lPoseMaker.SetUp(pOptions.mNames, lPicture);
     lPicture.mPoses.push_back(lPoseMaker.Pose(0));
     lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()), "joint", "joints") + " at rest";
-    WritePicture(pOptions, lPicture, pFile, pConsole);
+    WritePicture(lPicture, pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
 }
 
 void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
@@ -257,7 +247,7 @@ void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQex
     }
     if (AddTrails(pOptions, pMotion, lPicture, pConsole))
     {
-        WritePicture(pOptions, lPicture, pFile, pConsole);
+        WritePicture(lPicture, pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
     }
 }
 
@@ -265,7 +255,8 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 {
     qexsdk::KQexFigureFiles lFiles;
     if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
-        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
+        !CheckPictureName(pOptions.mOutput, pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) ||
+        !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
     {
         return;
     }
@@ -287,17 +278,20 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDrawOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses of a motion, as an SVG picture");
+    CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses of a motion, as an SVG or PNG picture");
     lCommand->add_option("FILE", lOptions->mFiles, "ASF, ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
         ->option_text(" ");
-    lCommand->add_option("-o,--output", lOptions->mOutput, "SVG file to write; \"-\" is standard output")
+    lCommand->add_option("-o,--output", lOptions->mOutput, "File to write: .svg or .png; \"-\" is SVG to standard output")
         ->required()
         ->option_text("FILE (required)");
     lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
         ->check(CLI::IsMember({"front", "side", "top", "all"}))
         ->option_text("VIEW");
+    lCommand->add_option("--width", lOptions->mWidth, "Width of the picture (default: as the poses need)")
+        ->check(CLI::Range(kMinPictureWidth, kMaxPictureWidth))
+        ->option_text("PIXELS");
     lCommand->add_flag("--names", lOptions->mNames, "Label the joints with their names");
     lCommand
         ->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last (default: five, evenly spaced)")
@@ -310,15 +304,15 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer(
-        "The picture opens in any browser. Left limbs are red, right limbs blue; the bar at the bottom shows the scale. Poses\n"
-        "of a motion are drawn side by side.\n"
-        "\n"
-        "Examples:\n"
-        "  asf draw walker.asf -o walker.svg\n"
-        "  asf draw walker.asf -o walker.svg --view all --names\n"
-        "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
-        "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand");
+    lCommand->footer("SVG opens in any browser and stays sharp at every size. Left limbs are red, right limbs blue; the bar at the bottom "
+                     "shows the scale. Poses\n"
+                     "of a motion are drawn side by side.\n"
+                     "\n"
+                     "Examples:\n"
+                     "  asf draw walker.asf -o walker.svg\n"
+                     "  asf draw walker.asf -o walker.png --width 1920 --view all --names\n"
+                     "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
+                     "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand");
     lCommand->callback([lOptions, &pConsole] { RunDraw(*lOptions, pConsole); });
 }
 

@@ -1,6 +1,7 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/figure/skeletonedit.h>
+#include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -82,7 +83,8 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
     qexsdk::KQexFigureFile lFile;
-    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !OpenFile(lFile, pOptions.mFile, pConsole))
+    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !CheckOutputName(pOptions.mOutput, "edit", {".asf"}, pConsole) ||
+        !OpenFile(lFile, pOptions.mFile, pConsole))
     {
         return;
     }

@@ -2,6 +2,7 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/commands/framelist.h>
 #include <apps/asf/figure/loading.h>
+#include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/positionwriter.h>
@@ -33,6 +34,10 @@ struct KPositionsOptions
 
 bool FormatOf(const KPositionsOptions& pOptions, EPositionFormat& pFormat, KConsole& pConsole)
 {
+    if (!CheckOutputName(pOptions.mOutput, "positions", {".csv", ".json", ".npy"}, pConsole))
+    {
+        return false;
+    }
     const std::string lExtension = qexsdk::KPathExtension(pOptions.mOutput);
     const bool        lCsv = pOptions.mOutput == "-" || (lExtension != ".json" && lExtension != ".npy");
     if (lCsv && pOptions.mOutput != "-" && lExtension != ".csv" && !lExtension.empty() && pOptions.mOutput.compare(0, 5, "/dev/") != 0)

@@ -1,5 +1,6 @@
 #include <apps/asf/figure/convertoptions.h>
 
+#include <apps/asf/outputname.h>
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/kpath.h>
 
@@ -56,6 +57,13 @@ bool ParseChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCo
 
 bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKind& pKind, KConsole& pConsole)
 {
+    const std::string lWriter = pTo.empty() ? "convert" : "convert --to " + pTo;
+    const auto        lEndings =
+        pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf"} : std::vector<std::string>{"." + pTo};
+    if (!CheckOutputName(pPath, lWriter, lEndings, pConsole))
+    {
+        return false;
+    }
     const std::string lExtension = qexsdk::KPathExtension(pPath);
     const std::string lWord = !pTo.empty() ? pTo : lExtension.empty() ? std::string() : lExtension.substr(1);
     for (int lKind = eOUT_ASF; lKind <= eOUT_GLTF; ++lKind)

@@ -59,8 +59,19 @@ struct KPicture
     bool                          mInPlace = false; ///< Poses at their world positions, instead of side by side.
 };
 
-/// The picture as SVG, with a scale bar in centimetres. Empty if a coordinate is not finite or too large to draw.
-std::string DrawSvg(const KPicture& pPicture);
+constexpr unsigned kBackground = 0xfdfdfb; ///< sRGB, 0xRRGGBB.
+
+/// A picture as SVG text, and its size in pixels.
+struct KSvg
+{
+    std::string mText;
+    double      mWidth = 0;
+    double      mHeight = 0;
+};
+
+/// The picture as SVG, with a scale bar in centimetres, \p pWidth pixels wide (0: as the poses need). Without text if a coordinate is
+/// not finite or too large to draw.
+KSvg DrawSvg(const KPicture& pPicture, double pWidth = 0);
 
 } // namespace asfapp
 

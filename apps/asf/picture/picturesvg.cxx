@@ -14,21 +14,29 @@ namespace asfapp
 namespace
 {
 
-const char* const kStyle = "<style>\n"
-                           "text{font-family:'DejaVu Sans','Segoe UI',Helvetica,Arial,sans-serif;fill:#3a3d46;font-size:12px}\n"
-                           ".title{font-size:17px;font-weight:600;fill:#22242b}\n"
-                           ".small{fill:#7b7f8c}\n"
-                           ".label{font-size:10.5px}\n"
-                           ".leader{stroke:#c3c6cf;stroke-width:.7;fill:none}\n"
-                           ".ground{stroke:#d5d7de;stroke-width:1.2}\n"
-                           ".bar{stroke:#3a3d46;stroke-width:1.4;fill:none}\n"
-                           ".m{fill:#5b6070;stroke:#5b6070}\n"
-                           ".l{fill:#e2725b;stroke:#e2725b}\n"
-                           ".r{fill:#2f87b7;stroke:#2f87b7}\n"
-                           ".bone{stroke-linejoin:round}\n"
-                           ".joint{fill:#fdfdfb}\n"
-                           ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
-                           "</style>\n";
+std::string Style()
+{
+    const auto lSide = [](const char* pClass, qexsdk::KQexSide pSide)
+    {
+        const std::string lColor = HexColor(qexsdk::SideColor(pSide));
+        return std::string(".") + pClass + "{fill:" + lColor + ";stroke:" + lColor + "}\n";
+    };
+    return "<style>\n"
+           "text{font-family:'DejaVu Sans','Segoe UI',Helvetica,Arial,sans-serif;fill:#3a3d46;font-size:12px}\n"
+           ".title{font-size:17px;font-weight:600;fill:#22242b}\n"
+           ".small{fill:#7b7f8c}\n"
+           ".label{font-size:10.5px}\n"
+           ".leader{stroke:#c3c6cf;stroke-width:.7;fill:none}\n"
+           ".ground{stroke:#d5d7de;stroke-width:1.2}\n"
+           ".bar{stroke:#3a3d46;stroke-width:1.4;fill:none}\n" +
+           lSide("m", qexsdk::eSIDE_MIDDLE) + lSide("l", qexsdk::eSIDE_LEFT) + lSide("r", qexsdk::eSIDE_RIGHT) +
+           ".bone{stroke-linejoin:round}\n"
+           ".joint{fill:" +
+           HexColor(kBackground) +
+           "}\n"
+           ".trail{fill:none;stroke-width:2;stroke-linejoin:round;stroke-linecap:round;opacity:.9}\n"
+           "</style>\n";
+}
 
 constexpr double kTrailStep = 0.5; ///< Pixels between two points of a trail.
 
@@ -37,14 +45,20 @@ const char* SideClass(qexsdk::KQexSide pSide)
     return pSide == qexsdk::eSIDE_LEFT ? "l" : pSide == qexsdk::eSIDE_RIGHT ? "r" : "m";
 }
 
+std::string SizeText(double pWidth, double pHeight)
+{
+    return "width=\"" + Px(pWidth) + "\" height=\"" + Px(pHeight) + "\"";
+}
+
 class KDrawing
 {
 public:
     KDrawing(const KPicture& pPicture, const KLayout& pLayout) : mPicture(pPicture), mLayout(pLayout) {}
 
-    std::string Draw()
+    /// \p pSize: the size of the picture as attributes.
+    std::string Draw(const std::string& pSize)
     {
-        Header();
+        Header(pSize);
         for (const KCell& lCell : mLayout.mCells)
         {
             Ground(lCell);
@@ -68,13 +82,12 @@ public:
     }
 
 private:
-    void Header()
+    void Header(const std::string& pSize)
     {
-        const std::string lSize = "width=\"" + Px(mLayout.mWidth) + "\" height=\"" + Px(mLayout.mHeight) + "\"";
-        mText += "<svg xmlns=\"http://www.w3.org/2000/svg\" " + lSize + " viewBox=\"0 0 " + Px(mLayout.mWidth) + " " + Px(mLayout.mHeight) +
+        mText += "<svg xmlns=\"http://www.w3.org/2000/svg\" " + pSize + " viewBox=\"0 0 " + Px(mLayout.mWidth) + " " + Px(mLayout.mHeight) +
                  "\" role=\"img\">\n<title>" + EscapeXml(mPicture.mTitle) + "</title>\n";
-        mText += kStyle;
-        mText += "<rect " + lSize + " fill=\"#fdfdfb\"/>\n";
+        mText += Style();
+        mText += "<rect " + SizeText(mLayout.mWidth, mLayout.mHeight) + " fill=\"" + HexColor(kBackground) + "\"/>\n";
         mText += TextAt(kMargin, 30, "title", "start", mPicture.mTitle);
         mText += TextAt(kMargin, 47, "small", "start", mPicture.mSubtitle);
     }
@@ -182,10 +195,17 @@ private:
 
 } // namespace
 
-std::string DrawSvg(const KPicture& pPicture)
+KSvg DrawSvg(const KPicture& pPicture, double pWidth)
 {
     KLayout lLayout;
-    return LayOut(pPicture, lLayout) ? KDrawing(pPicture, lLayout).Draw() : std::string();
+    KSvg    lSvg;
+    if (LayOut(pPicture, lLayout))
+    {
+        lSvg.mWidth = pWidth > 0 ? pWidth : lLayout.mWidth;
+        lSvg.mHeight = lLayout.mHeight * lSvg.mWidth / lLayout.mWidth;
+        lSvg.mText = KDrawing(pPicture, lLayout).Draw(SizeText(lSvg.mWidth, lSvg.mHeight));
+    }
+    return lSvg;
 }
 
 } // namespace asfapp

@@ -2,6 +2,8 @@
 
 #include <apps/asf/report/numbertext.h>
 
+#include <cstdio>
+
 namespace asfapp
 {
 
@@ -46,6 +48,13 @@ std::string Px(double pValue)
         lText.pop_back();
     }
     return lText == "-0" ? "0" : lText;
+}
+
+std::string HexColor(unsigned pColor)
+{
+    char lText[8];
+    std::snprintf(lText, sizeof lText, "#%06x", pColor & 0xffffff);
+    return lText;
 }
 
 std::string EscapeXml(const std::string& pText)

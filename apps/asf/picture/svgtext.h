@@ -12,6 +12,9 @@ namespace asfapp
 /// A length in pixels, with at most two decimals.
 std::string Px(double pValue);
 
+/// A colour 0xRRGGBB as "#rrggbb".
+std::string HexColor(unsigned pColor);
+
 /// Escapes text for XML. Invalid bytes and control characters become U+FFFD.
 std::string EscapeXml(const std::string& pText);
 

@@ -1,4 +1,4 @@
-#include <tests/apps/asf/runasf.h>
+#include <tests/apps/asf/picture/slide.h>
 
 #include <algorithm>
 #include <cmath>
@@ -144,28 +144,11 @@ TEST(AsfDraw, LabelsOfAMotionPointToTheJointsOfTheirNames)
     }
 }
 
-/// Draws a figure of one bone, 14 units long, whose root is at x = pStep * frame in every frame.
-KRunResult DrawSlide(int pFrames, double pStep, std::vector<std::string> pArguments)
-{
-    KTempDir    lFolder;
-    std::string lMotion = ":FULLY-SPECIFIED\n:DEGREES\n";
-    for (int lFrame = 1; lFrame <= pFrames; ++lFrame)
-    {
-        lMotion += std::to_string(lFrame) + "\nroot " + std::to_string(lFrame * pStep) + " 0 0 0 0 0\n";
-    }
-    WriteFile(lFolder / "slide.asf", ":root\n order TX TY TZ RX RY RZ\n:bonedata\n begin\n name leg\n direction 0 -1 0\n length 14\n end\n"
-                                     ":hierarchy\n begin\n root leg\n end\n");
-    WriteFile(lFolder / "slide.amc", lMotion);
-    KRunOptions lOptions;
-    lOptions.mFolder = lFolder.Path().string();
-    pArguments.insert(pArguments.begin(), {"draw", "slide.asf", "slide.amc", "--fps", "60", "-o", "-"});
-    return RunAsf(pArguments, lOptions);
-}
-
 // A pose for each of 275,100 frames would be 300 MB.
 TEST(AsfDraw, OnePoseForEachPixelOfWidth)
 {
-    const KRunResult lResult = DrawSlide(275100, 1e-4, {"--frames", "1-last"});
+    const KTempDir   lFolder;
+    const KRunResult lResult = DrawSlide(lFolder, 275100, 1e-4, {"--frames", "1-last", "-o", "-"});
     EXPECT_EQ(lResult.mExit, 0);
     EXPECT_EQ(lResult.mErr,
               "slide.amc: note: 273656 of 275100 frames are left out: a picture has at most 1444 poses, one for each pixel of "
@@ -178,7 +161,8 @@ TEST(AsfDraw, OnePoseForEachPixelOfWidth)
 
 TEST(AsfDraw, TrailsSkipPointsThatAreTooCloseToSee)
 {
-    const std::string lSvg = DrawSlide(20000, 1e-4, {"--trail", "leg"}).mOut;
+    const KTempDir    lFolder;
+    const std::string lSvg = DrawSlide(lFolder, 20000, 1e-4, {"--trail", "leg", "-o", "-"}).mOut;
     const size_t      lTrail = lSvg.find("class=\"trail");
     ASSERT_NE(lTrail, std::string::npos);
     // The root moves by 2 units, the figure has 14 in 250 pixels: at most 2 points for each of 36 pixels, and the ends.

@@ -25,7 +25,7 @@ protected:
 
     bool Merge() { return mStage.mAsf->MergeQEXToASF(mHost); }
 
-    KScenePair       mStage;
+    KScenePair   mStage;
     KQexAsfNode* mRoot = mStage.mAsf->mRoot = Bone(nullptr, "root", {}, {}, {1.0, 2.0, 3.0});
     KQexNode*    mHost = Node(nullptr, "hips", 1.0);
 };

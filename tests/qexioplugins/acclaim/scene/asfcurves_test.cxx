@@ -69,7 +69,7 @@ protected:
         }
     }
 
-    KScenePair                   mStage;
+    KScenePair               mStage;
     KQexAsfNode*             mBone = mStage.mAsf->mRoot = Bone(nullptr, "bone", {0, 1, 2, 5, 4, 3});
     KQexNode*                mNode = KQexNode::Create(mStage.mScene, "node");
     std::vector<std::string> mLog;

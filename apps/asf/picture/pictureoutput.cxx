@@ -1,0 +1,101 @@
+#include <apps/asf/picture/pictureoutput.h>
+
+#include <apps/asf/outputname.h>
+#include <apps/asf/outputs.h>
+#include <apps/asf/picture/picturepng.h>
+#include <kbaselib/kbase/kpath.h>
+
+#include <cmath>
+#include <vector>
+
+namespace asfapp
+{
+
+namespace
+{
+
+bool IsPngName(const std::string& pPath)
+{
+    return qexsdk::KPathExtension(pPath) == ".png";
+}
+
+std::string SizeText(const KSvg& pSvg)
+{
+    return std::to_string(std::llround(pSvg.mWidth)) + " x " + std::to_string(std::llround(pSvg.mHeight)) + " pixels";
+}
+
+/// Reduces \p pSvg to the size that a PNG can have. False, after an error, if \p pWidth asks for more, or if too little would be left.
+bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg& pSvg, KConsole& pConsole)
+{
+    const int lMax = MaxPngWidth(pSvg.mWidth, pSvg.mHeight);
+    if (lMax >= pSvg.mWidth)
+    {
+        return true;
+    }
+    if (pWidth == 0 && lMax >= kMinPictureWidth)
+    {
+        const std::string lWanted = SizeText(pSvg);
+        pSvg = DrawSvg(pPicture, lMax);
+        pConsole.Message(eNOTE, pPath, 0, "reduced from " + lWanted + ", which is too large for a PNG, to " + SizeText(pSvg));
+        return true;
+    }
+    const std::string lHint = lMax >= kMinPictureWidth ? "use --width " + std::to_string(lMax) + " or less, " : "";
+    pConsole.Message(eERROR, pPath, 0, SizeText(pSvg) + " are too large for a PNG: " + lHint + "draw fewer frames, or write .svg");
+    pConsole.Raise(eEXIT_USAGE);
+    return false;
+}
+
+void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg& pSvg, KConsole& pConsole)
+{
+    if (!FitPng(pPicture, pWidth, pPath, pSvg, pConsole))
+    {
+        return;
+    }
+    std::string       lPng;
+    const std::string lError = DrawPng(pSvg, lPng);
+    if (!lError.empty())
+    {
+        pConsole.Message(eERROR, pPath, 0, "cannot be drawn: " + lError + "; write .svg");
+        pConsole.Raise(eEXIT_SYSTEM);
+        return;
+    }
+    WriteOutput(pPath, lPng, pConsole);
+}
+
+} // namespace
+
+bool CheckPictureName(const std::string& pPath, KConsole& pConsole)
+{
+    if (IsPngName(pPath) && !IsPngBuiltIn())
+    {
+        pConsole.Fail(eEXIT_USAGE,
+                      "--output: this build writes no PNG: it was made without librsvg; write .svg: type -o " + WithEnding(pPath, ".svg"));
+        return false;
+    }
+    std::vector<std::string> lEndings{".svg"};
+    if (IsPngBuiltIn())
+    {
+        lEndings.emplace_back(".png");
+    }
+    return CheckOutputName(pPath, "draw", lEndings, pConsole);
+}
+
+void WritePicture(const KPicture& pPicture, int pWidth, const std::string& pPath, const std::string& pInput, KConsole& pConsole)
+{
+    KSvg lSvg = DrawSvg(pPicture, pWidth);
+    if (lSvg.mText.empty())
+    {
+        pConsole.Message(eERROR, pInput, 0, "cannot be drawn: coordinates are too large");
+        pConsole.Raise(eEXIT_INPUT);
+    }
+    else if (IsPngName(pPath))
+    {
+        WritePng(pPicture, pWidth, pPath, lSvg, pConsole);
+    }
+    else
+    {
+        WriteOutput(pPath, lSvg.mText, pConsole);
+    }
+}
+
+} // namespace asfapp
