@@ -33,7 +33,7 @@ struct QEX_API KQexExportAcclaimOptions
     double      mLengthUnit = 1.0;            ///< Length unit of the files: one unit of length is 2.54 cm / this. Above 0.
     std::string mSkeletonName;                ///< Name of the skeleton; empty: "ASF".
     const KQexBoneDofs*  mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
-    bool                 mWriteRate = false;  ///< Write :SAMPLES-PER-SECOND into the motion; some readers do not accept it.
+    bool                 mWriteRate = false;  ///< Write :SAMPLES-PER-SECOND, not only a comment; some readers do not accept it.
     int                  mThreads = 0;        ///< See KQexAmcWriteOptions.
     KQexAmcSkeletonNotes mSkeletonNotes;      ///< ExportMotion(): the skeleton's notes, as ReadSkeleton() returned them.
     KQexProgress         mProgress;           ///< Called from time to time; false cancels. Empty: never.

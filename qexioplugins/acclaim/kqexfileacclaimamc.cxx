@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
+#include <qexioplugins/acclaim/amc/kqexamcheader.h>
 #include <qexioplugins/acclaim/amc/kqexamcreader.h>
 #include <qexioplugins/acclaim/amc/kqexamcsampler.h>
 #include <qexioplugins/acclaim/amc/kqexamcwriter.h>
@@ -22,6 +23,16 @@ KQexFileAcclaimAmc::KQexFileAcclaimAmc(bool pVerb) : KQexTextFile(smType, smDel,
 KQexFileAcclaimAmc::~KQexFileAcclaimAmc()
 {
     Close();
+}
+
+void KQexFileAcclaimAmc::HeaderLine(std::string_view pLine)
+{
+    if (ParseAmcRateComment(pLine, mHeader) == eAMC_COMMENT_INVALID)
+    {
+        const std::string_view lText = TrimAmcText(pLine).substr(0, kMaxLongText);
+        Warning("Ignoring the comment (%.*s): a rate is expected after samples-per-second, and nothing else\n",
+                static_cast<int>(lText.size()), lText.data());
+    }
 }
 
 bool KQexFileAcclaimAmc::ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOptions& pOptions, KQexAmcVisitor& pVisitor)

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// \file
@@ -31,8 +32,9 @@ struct QEX_API KQexAmcHeader
 {
     std::string
         mAsfFile; ///< Skeleton of :ASF-FILE, else (PeekHeader() only) of #!OML:ASF; often another machine's path. Empty when absent.
-    std::string  mAsfPath;                     ///< Skeleton's folder in :ASF-PATH. Empty when absent.
-    double       mSamplesPerSecond = 0.0;      ///< :SAMPLES-PER-SECOND; 0 when absent or invalid.
+    std::string  mAsfPath;                ///< Skeleton's folder in :ASF-PATH. Empty when absent.
+    double       mSamplesPerSecond = 0.0; ///< :SAMPLES-PER-SECOND; 0 when absent or invalid.
+    double       mCommentRate = 0.0;      ///< Rate in a comment "# samples-per-second 30" of the first lines; 0 when absent or invalid.
     KQexAmcAngle mAngle = eAMC_ANGLE_SKELETON; ///< Unit of the angles.
     bool         mHasFrameRange = false;       ///< Whether there is a valid :FRAME-RANGE.
     long long    mFrameRange[2] = {0, 0};      ///< First and last frame number of :FRAME-RANGE; not checked against the frames.
@@ -48,7 +50,7 @@ struct QEX_API KQexAmcSkeletonNotes
 /// How a motion is read.
 struct QEX_API KQexAmcReadOptions
 {
-    double               mSamplesPerSecond = 0.0;      ///< Frames per second; 0: the file's :SAMPLES-PER-SECOND, else 120.
+    double               mSamplesPerSecond = 0.0; ///< Frames per second; 0: the file's :SAMPLES-PER-SECOND, else its comment's, else 120.
     bool                 mSetRotatePivotOffet = false; ///< Frame flag: the same as in reading the skeleton and in the import.
     bool                 mSetPreRotation = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
     bool                 mKeepGoodFrames = false;      ///< After an error, keep the complete frames before it, when there are any.
@@ -60,7 +62,7 @@ struct QEX_API KQexAmcReadOptions
 enum KQexAmcRateSource
 {
     eAMC_RATE_CALLER, ///< The caller's options.
-    eAMC_RATE_FILE,   ///< The file.
+    eAMC_RATE_FILE,   ///< The file: :SAMPLES-PER-SECOND, else a comment.
     eAMC_RATE_DEFAULT ///< Neither: 120.
 };
 
@@ -125,7 +127,7 @@ struct QEX_API KQexAmcWriteOptions
     /// Skeleton and nodes have the same rest pose relative to the root node, as after extraction; false: in world space.
     bool                 mIsRootAligned = false;
     double               mScale = 1.0;       ///< Factor of the nodes' positions.
-    bool                 mWriteRate = false; ///< Write :SAMPLES-PER-SECOND; some readers do not accept it.
+    bool                 mWriteRate = false; ///< Write :SAMPLES-PER-SECOND, not only the comment; some readers do not accept it.
     std::string          mAsfName;           ///< Skeleton file named in the first line's comment; empty: none.
     KQexAmcSkeletonNotes mSkeletonNotes;     ///< Notes of the skeleton's file: each `l` gets a zero.
     int mThreads = 0;       ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
@@ -186,6 +188,10 @@ public:
     static const char smType[]; ///< "AMC"
     static const char smDel[];  ///< Delimiters of tokens.
     static const char smCom[];  ///< Comment character.
+
+protected:
+    /// Reads the rate from a comment line.
+    void HeaderLine(std::string_view pLine) override;
 
 private:
     KQexAmcInfo   mInfo;

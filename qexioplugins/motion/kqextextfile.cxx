@@ -167,8 +167,20 @@ bool KQexTextFile::FirstLine()
         Error("Can't go back to the beginning of %s\n", mPath.c_str());
         return false;
     }
-    return NextLine();
+    while (mInput.NextLine())
+    {
+        // Before LoadLine(), which cuts the comment off.
+        HeaderLine(std::string_view(mInput.GetLine(), mInput.GetLength()));
+        if (LoadLine())
+        {
+            return true;
+        }
+    }
+    ClearLine();
+    return mInput.HasFailed() ? FailRead() : false;
 }
+
+void KQexTextFile::HeaderLine(std::string_view) {}
 
 bool KQexTextFile::NextLine()
 {

@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #if defined(__GNUC__)
@@ -197,6 +198,11 @@ public:
 
     /// The path that was opened; "" for memory.
     const std::string& GetPath() const { return mPath; }
+
+protected:
+    /// Called by FirstLine() with each line that it loads, comments included, the first line with a token being the last one. For formats
+    /// that keep information in comments. Does nothing.
+    virtual void HeaderLine(std::string_view pLine);
 
 private:
     enum EClass : unsigned char

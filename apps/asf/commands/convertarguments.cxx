@@ -95,8 +95,8 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->check(CLI::IsMember({"rest", "first-frame"}))
         ->option_text("POSE");
     pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
-    pCommand.add_flag("--tell-rate", pOptions.mWriteRate,
-                      "Write the rate into an AMC file (:SAMPLES-PER-SECOND); some programs cannot read such a file");
+    pCommand.add_flag("--write-rate,--tell-rate", pOptions.mWriteRate,
+                      "Write the rate into an AMC file as :SAMPLES-PER-SECOND, too, not only as a comment; some programs cannot read it");
     pCommand
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
         ->check(CLI::Range(1, 64))

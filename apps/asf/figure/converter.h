@@ -60,7 +60,6 @@ private:
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake) const;
     qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
-    void                             NoteAmcRate(const std::string& pPath, const KSampledTake& pTake);
     const KConvertOutput*            FindTarget(EOutputKind pKind) const;
 
     const KConvertOptions&    mOptions;

@@ -55,16 +55,6 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
     return pResult.mOk;
 }
 
-void KConverter::NoteAmcRate(const std::string& pPath, const KSampledTake& pTake)
-{
-    const double lRate = 1.0 / pTake.mSampling.mStep.GetSeconds();
-    if (!mOptions.mWriteRate && pTake.mSampling.mCount > 1 && Short(lRate) != "120")
-    {
-        mConsole.Message(eNOTE, DisplayOutput(pPath), 0,
-                         "has " + Short(lRate) + " frames per second; use --tell-rate to write the rate into the file");
-    }
-}
-
 bool KConverter::WriteAcclaim()
 {
     const KConvertOutput* lAsf = FindTarget(eOUT_ASF);
@@ -99,10 +89,6 @@ bool KConverter::WriteAcclaim()
     if (!ReportExport(lResult))
     {
         return false;
-    }
-    if (lAmc != nullptr)
-    {
-        NoteAmcRate(lAmcPath, mTakes.front());
     }
     return lAmc == nullptr || mTakes.size() == 1 || WriteFurtherMotions(lAsfPath, *lAmc);
 }
@@ -150,10 +136,6 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
         mConsole.Message(eWARNING, DisplayOutput(pPath), 0,
                          Count(static_cast<long long>(lResult.mUnmatched.size()), "bone", "bones") +
                              " kept at rest, without a joint of the same name: " + lList);
-    }
-    if (lOk)
-    {
-        NoteAmcRate(pPath, pTake);
     }
     return lOk;
 }

@@ -120,7 +120,7 @@ bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
            CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mUp == "z" ? "z" : "", "--up z", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mLengthUnit != 0 ? "set" : "", "--length-unit", lAcclaim, "ASF", pConsole) &&
-           CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--tell-rate", lMotion, "AMC", pConsole) &&
+           CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--write-rate", lMotion, "AMC", pConsole) &&
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
 }
 

@@ -33,15 +33,43 @@ const KWordEntry kWords[] = {
     {":asf-path", eAMC_ASF_PATH},
 };
 
-bool ParseRate(std::string_view pRest, KQexAmcHeader& pHeader)
+const char kRateComment[] = "samples-per-second";
+
+bool ParseRate(std::string_view pToken, double& pRate)
 {
     double lRate = 0.0;
-    if (KNumberParse(NextAmcToken(pRest), lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
+    if (KNumberParse(pToken, lRate) != KNumberStatus::eOK || !IsAmcRate(lRate))
     {
         return false;
     }
-    pHeader.mSamplesPerSecond = lRate;
+    pRate = lRate;
     return true;
+}
+
+/// Ten digits, or as many more as it takes to read back to the same frame time. Empty for a rate that cannot be read back.
+std::string RateText(double pRate)
+{
+    char   lText[kNumberBufferSize];
+    double lRead = 0.0;
+    for (int lDigits = 10; lDigits <= 17; ++lDigits)
+    {
+        const char* const      lEnd = KNumberPrint(lText, lText + sizeof lText, pRate, 'g', lDigits);
+        const std::string_view lNumber(lText, static_cast<size_t>(lEnd - lText));
+        if (ParseRate(lNumber, lRead) && AmcFrameTicks(lRead) == AmcFrameTicks(pRate))
+        {
+            return std::string(lNumber);
+        }
+    }
+    return std::string();
+}
+
+void AppendRate(const char* pWord, double pRate, std::string& pText)
+{
+    const std::string lRate = RateText(pRate);
+    if (!lRate.empty())
+    {
+        pText.append(pWord).append(" ").append(lRate).append("\n");
+    }
 }
 
 bool ParseFrameRange(std::string_view pRest, KQexAmcHeader& pHeader)
@@ -69,10 +97,11 @@ bool ParseText(std::string_view pRest, std::string& pText)
     return true;
 }
 
-/// Parses one line of the header. False for the first line after it.
-bool ParseHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
+/// Parses one line of the header. False for the first line after it. \p pIsAtStart: the lines before it have no token; cleared at the
+/// first one with a token.
+bool ParseHeaderLine(std::string_view pLine, bool& pIsAtStart, KQexAmcHeader& pHeader)
 {
-    if (ParseAmcOmlLine(pLine, pHeader))
+    if (ParseAmcOmlLine(pLine, pHeader) || (pIsAtStart && ParseAmcRateComment(pLine, pHeader) != eAMC_COMMENT_OTHER))
     {
         return true;
     }
@@ -82,6 +111,7 @@ bool ParseHeaderLine(std::string_view pLine, KQexAmcHeader& pHeader)
     {
         return true;
     }
+    pIsAtStart = false;
     if (lWord.front() != ':')
     {
         return false;
@@ -114,9 +144,10 @@ bool ParseHeader(KQexAmcHeader& pHeader, std::string& pReason, const TOpen& pOpe
     try
     {
         KLineReader lLines;
+        bool        lIsAtStart = true;
         for (bool lMore = pOpen(lLines); lMore && lLines.NextLine();)
         {
-            lMore = ParseHeaderLine(std::string_view(lLines.GetLine(), lLines.GetLength()), pHeader);
+            lMore = ParseHeaderLine(std::string_view(lLines.GetLine(), lLines.GetLength()), lIsAtStart, pHeader);
         }
         if (!lLines.HasFailed())
         {
@@ -157,7 +188,7 @@ KQexAmcWordResult ParseAmcWord(KQexAmcWord pWord, std::string_view pRest, KQexAm
         pHeader.mAngle = eAMC_ANGLE_RADIANS;
         break;
     case eAMC_SAMPLES_PER_SECOND:
-        lIsValid = ParseRate(pRest, pHeader);
+        lIsValid = ParseRate(NextAmcToken(pRest), pHeader.mSamplesPerSecond);
         break;
     case eAMC_FRAME_RANGE:
         lIsValid = ParseFrameRange(pRest, pHeader);
@@ -188,6 +219,49 @@ bool ParseAmcOmlLine(std::string_view pLine, KQexAmcHeader& pHeader)
         ParseText(lRest, pHeader.mAsfFile);
     }
     return true;
+}
+
+KQexAmcCommentResult ParseAmcRateComment(std::string_view pLine, KQexAmcHeader& pHeader)
+{
+    std::string_view lRest = TrimAmcText(pLine);
+    if (lRest.empty() || lRest.front() != KQexFileAcclaimAmc::smCom[0])
+    {
+        return eAMC_COMMENT_OTHER;
+    }
+    lRest.remove_prefix(1);
+    if (!KEqualsIgnoreCase(NextAmcToken(lRest), kRateComment))
+    {
+        return eAMC_COMMENT_OTHER;
+    }
+    const std::string_view lRate = NextAmcToken(lRest);
+    return lRest.empty() && ParseRate(lRate, pHeader.mCommentRate) ? eAMC_COMMENT_RATE : eAMC_COMMENT_INVALID;
+}
+
+std::string AmcHeaderText(const KQexAmcHeader& pHeader)
+{
+    std::string lText;
+    if (!pHeader.mAsfFile.empty())
+    {
+        lText.append("#!OML:ASF ").append(pHeader.mAsfFile).append("\n");
+    }
+    AppendRate("# samples-per-second", pHeader.mCommentRate, lText);
+    lText += ":FULLY-SPECIFIED\n";
+    if (pHeader.mAngle != eAMC_ANGLE_SKELETON)
+    {
+        lText += pHeader.mAngle == eAMC_ANGLE_RADIANS ? ":RADIANS\n" : ":DEGREES\n";
+    }
+    AppendRate(":SAMPLES-PER-SECOND", pHeader.mSamplesPerSecond, lText);
+    if (pHeader.mHasFrameRange)
+    {
+        lText += ":FRAME-RANGE " + std::to_string(pHeader.mFrameRange[0]) + " " + std::to_string(pHeader.mFrameRange[1]) + "\n";
+    }
+    return lText;
+}
+
+double AmcFrameTicks(double pSamplesPerSecond)
+{
+    const double lTicks = static_cast<double>(KTime::kTicksPerSecond) / pSamplesPerSecond;
+    return std::fabs(lTicks - std::round(lTicks)) <= 1e-9 * lTicks ? std::round(lTicks) : lTicks;
 }
 
 bool IsAmcRate(double pSamplesPerSecond)

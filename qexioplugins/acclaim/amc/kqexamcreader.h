@@ -39,6 +39,7 @@ private:
     bool FailFrameNumber(std::string_view pToken);
 
     bool BeginFrames();
+    void WarnAboutRates();
     bool ComputeTime(long long pNumber, KTime& pTime) const;
     bool CommitFrame();
     bool IsCutShort() const;

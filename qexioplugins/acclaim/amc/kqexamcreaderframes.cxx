@@ -39,18 +39,13 @@ bool KQexAmcReader::BeginFrames()
         mInfo.mRateSource = eAMC_RATE_CALLER;
         mInfo.mSamplesPerSecond = mOptions.mSamplesPerSecond;
     }
-    else if (mHeader.mSamplesPerSecond > 0.0)
+    else if (GetAmcRate(mHeader) > 0.0)
     {
         mInfo.mRateSource = eAMC_RATE_FILE;
-        mInfo.mSamplesPerSecond = mHeader.mSamplesPerSecond;
+        mInfo.mSamplesPerSecond = GetAmcRate(mHeader);
     }
-
-    // A rate such as 30000/1001 is inexact as a double, but its frame is a whole number of ticks.
-    mTicks = static_cast<double>(KTime::kTicksPerSecond) / mInfo.mSamplesPerSecond;
-    if (std::fabs(mTicks - std::round(mTicks)) <= 1e-9 * mTicks)
-    {
-        mTicks = std::round(mTicks);
-    }
+    mTicks = AmcFrameTicks(mInfo.mSamplesPerSecond);
+    WarnAboutRates();
 
     const double lUnit = mAsfScene->mLengthUnit;
     mFrame.mLengthFactor = lUnit > 0.0 ? kCentimetresPerInch / lUnit : 1.0;
@@ -58,6 +53,15 @@ bool KQexAmcReader::BeginFrames()
                           : mHeader.mAngle == eAMC_ANGLE_RADIANS ? kDegreesPerRadian
                                                                  : mAsfScene->mAngleUnit;
     return true;
+}
+
+void KQexAmcReader::WarnAboutRates()
+{
+    if (mInfo.mRateSource == eAMC_RATE_FILE && mHeader.mCommentRate > 0.0 && AmcFrameTicks(mHeader.mCommentRate) != mTicks)
+    {
+        mFile.Warning("The rate of :SAMPLES-PER-SECOND (%g) wins over that of the comment (%g)\n", mHeader.mSamplesPerSecond,
+                      mHeader.mCommentRate);
+    }
 }
 
 bool KQexAmcReader::ComputeTime(long long pNumber, KTime& pTime) const

@@ -1,5 +1,6 @@
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kmath/kdofcodes.h>
+#include <qexioplugins/acclaim/amc/kqexamcheader.h>
 #include <qexioplugins/acclaim/amc/kqexamcwriter.h>
 
 #include <algorithm>
@@ -109,16 +110,12 @@ void KQexAmcWriter::Format(long long pFrame, const double* pValues, std::string&
 
 void KQexAmcWriter::WriteHeader()
 {
-    if (!mOptions.mAsfName.empty())
-    {
-        mFile.Print(0, "#!OML:ASF %s\n", mOptions.mAsfName.c_str());
-    }
-    mFile.Print(0, ":FULLY-SPECIFIED\n:DEGREES\n");
-    if (mOptions.mWriteRate)
-    {
-        mFile.Print(0, ":SAMPLES-PER-SECOND %.10g\n",
-                    static_cast<double>(KTime::kTicksPerSecond) / static_cast<double>(mOptions.mSampling.mStep.Get()));
-    }
+    KQexAmcHeader lHeader;
+    lHeader.mAsfFile = mOptions.mAsfName;
+    lHeader.mCommentRate = static_cast<double>(KTime::kTicksPerSecond) / static_cast<double>(mOptions.mSampling.mStep.Get());
+    lHeader.mSamplesPerSecond = mOptions.mWriteRate ? lHeader.mCommentRate : 0.0;
+    lHeader.mAngle = eAMC_ANGLE_DEGREES;
+    mFile.Print(0, "%s", AmcHeaderText(lHeader).c_str());
 }
 
 bool KQexAmcWriter::WriteFrames()

@@ -251,8 +251,25 @@ TEST_F(KConvertTest, MotionForAnotherSkeleton)
 
 TEST_F(KConvertTest, MotionForItsOwnSkeleton)
 {
-    ExpectConverts("walk.amc -o half.amc --every 2 --tell-rate");
-    EXPECT_NE(Text("half.amc").find(":SAMPLES-PER-SECOND 60"), std::string::npos);
+    ExpectConverts("walk.amc -o half.amc --every 2 --write-rate");
+    EXPECT_EQ(Text("half.amc").substr(0, 87),
+              "# samples-per-second 60\n:FULLY-SPECIFIED\n:DEGREES\n:SAMPLES-PER-SECOND 60\n1\nroot -0.1464");
+    ExpectConverts("walk.amc -o same.amc --every 2 --tell-rate");
+    EXPECT_EQ(Text("same.amc"), Text("half.amc")) << "the option's first name";
+}
+
+/// Through AMC, which has no rate of its own, and back to BVH.
+TEST_F(KConvertTest, MotionsKeepTheirRate)
+{
+    for (const char* lRate : {"30", "120", "30000/1001", "24000/1001", "33.3", "0.7"})
+    {
+        ExpectConverts(std::string("walk.amc -o there.bvh --fps ") + lRate);
+        ExpectConverts("there.bvh -o t.asf t.amc");
+        ExpectConverts("t.amc -o back.bvh");
+        const std::string lFrameTime = LineWith(Text("there.bvh"), "Frame Time:");
+        EXPECT_EQ(LineWith(Text("back.bvh"), "Frame Time:"), lFrameTime) << lRate;
+        EXPECT_EQ(LineWith(Text("back.bvh"), "Frames:"), LineWith(Text("there.bvh"), "Frames:")) << lRate;
+    }
 }
 
 TEST_F(KConvertTest, DummiesDoNotAccumulate)

@@ -143,13 +143,13 @@ TEST(KExportMotion, NamesItsSkeletonFile)
     const KScenePtr lScene = MakeScene();
     KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
     const KTempDir  lDir;
-    EXPECT_EQ(ExportTexts(lDir, lRoot).mAmc.compare(0, 18, "#!OML:ASF out.asf\n"), 0);
+    EXPECT_EQ(ExportTexts(lDir, lRoot).mAmc.compare(0, 43, "#!OML:ASF out.asf\n# samples-per-second 120\n"), 0);
 
     // In memory there is no file to name.
     KTexts                  lTexts;
     KQexExportAcclaimResult lResult;
     EXPECT_TRUE(KQexExporterAcclaim::ExportBuffers(lRoot, lTexts.mAsf, lTexts.mAmc, KQexExportAcclaimOptions(), lResult));
-    EXPECT_EQ(lTexts.mAmc.compare(0, 17, ":FULLY-SPECIFIED\n"), 0);
+    EXPECT_EQ(lTexts.mAmc.compare(0, 42, "# samples-per-second 120\n:FULLY-SPECIFIED\n"), 0) << lTexts.mAmc.substr(0, 60);
 }
 
 TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)

@@ -259,11 +259,86 @@ TEST_P(KAmcRateTest, RateAndFrameTime)
 INSTANTIATE_TEST_SUITE_P(Sources, KAmcRateTest,
                          testing::Values(KRateCase{0, "", 120, eAMC_RATE_DEFAULT, 58800000},
                                          KRateCase{0, ":SAMPLES-PER-SECOND 60\n", 60, eAMC_RATE_FILE, 117600000},
+                                         KRateCase{0, "# samples-per-second 30\n", 30, eAMC_RATE_FILE, 235200000},
+                                         KRateCase{0, "# c\n\n  #Samples-Per-Second\t29.97002997 \r\n#\n:DEGREES\n", 29.97002997,
+                                                   eAMC_RATE_FILE, 235435200},
+                                         // The keyword wins over the comment, the caller over both; after the first keyword a comment
+                                         // is only a comment, like a keyword that was commented out.
+                                         KRateCase{0, "# samples-per-second 30\n:SAMPLES-PER-SECOND 60\n", 60, eAMC_RATE_FILE, 117600000},
+                                         KRateCase{24, "# samples-per-second 30\n", 24, eAMC_RATE_CALLER, 294000000},
+                                         KRateCase{0, "# samples-per-second 30\n:SAMPLES-PER-SECOND x\n", 30, eAMC_RATE_FILE, 235200000},
+                                         KRateCase{0, ":DEGREES\n# samples-per-second 30\n", 120, eAMC_RATE_DEFAULT, 58800000},
+                                         KRateCase{0, ":DEGREES # samples-per-second 30\n", 120, eAMC_RATE_DEFAULT, 58800000},
+                                         KRateCase{0, "# :samples-per-second 30\n", 120, eAMC_RATE_DEFAULT, 58800000},
+                                         KRateCase{0, "# samples-per-second 30\n# samples-per-second 60\n", 60, eAMC_RATE_FILE, 117600000},
                                          KRateCase{30, ":samples-per-second 60\n", 30, eAMC_RATE_CALLER, 235200000},
                                          KRateCase{30000.0 / 1001.0, "", 30000.0 / 1001.0, eAMC_RATE_CALLER, 235435200},
                                          KRateCase{0.5, "", 0.5, eAMC_RATE_CALLER, 14112000000},
                                          // 10 frames at a rate without whole ticks: rounded once, not ten times.
                                          KRateCase{705600000.0 / 3.25, "", 705600000.0 / 3.25, eAMC_RATE_CALLER, 33}));
+
+TEST(KQexFileAcclaimAmc, CommentsAboutTheRateThatSayNoRateAreIgnoredWithAWarning)
+{
+    const KAmcOutcome lOutcome = ReadAmc("# samples-per-second\n# samples-per-second 0\n#samples-per-second 30 or so\n"
+                                         "# samples-per-second fast\n# samples-per-second: 30\n" +
+                                         kTwo + "# samples-per-second never\n");
+    const std::string lAfter = "): a rate is expected after samples-per-second, and nothing else\n";
+    EXPECT_TRUE(lOutcome.mOk);
+    EXPECT_EQ(lOutcome.mInfo.mRateSource, eAMC_RATE_DEFAULT);
+    EXPECT_EQ(lOutcome.mMessages, "W1 Ignoring the comment (# samples-per-second" + lAfter +
+                                      "W2 Ignoring the comment (# samples-per-second 0" + lAfter +
+                                      "W3 Ignoring the comment (#samples-per-second 30 or so" + lAfter +
+                                      "W4 Ignoring the comment (# samples-per-second fast" + lAfter);
+}
+
+TEST(KQexFileAcclaimAmc, RatesThatDisagreeAreReported)
+{
+    const std::string lHeader = "# samples-per-second 30\n:SAMPLES-PER-SECOND ";
+    EXPECT_EQ(ReadAmc(lHeader + "30.000\n" + kTwo).mMessages, "");
+    EXPECT_EQ(ReadAmc(lHeader + "60\n" + kTwo).mMessages, "W3 The rate of :SAMPLES-PER-SECOND (60) wins over that of the comment (30)\n");
+    KQexAmcReadOptions lOptions;
+    lOptions.mSamplesPerSecond = 24;
+    EXPECT_EQ(ReadAmc(lHeader + "60\n" + kTwo, lOptions).mMessages, "") << "the caller decided";
+}
+
+/// The rate that is written gives the same time between frames when read.
+TEST(KQexFileAcclaimAmc, WrittenRatesReadBackExactly)
+{
+    const struct
+    {
+        long long   mTicks;
+        const char* mText;
+    } lCases[] = {{23520000, "30"},          {5880000, "120"},          {23543520, "29.97002997"},
+                  {29429400, "23.97602398"}, {11771760, "59.94005994"}, {28224000, "25"},
+                  {1, "705600000"},          {7, "100800000"},          {705600000000000, "1e-06"},
+                  {29429429, "23.97600035"}, {70560000000, "0.01"},     {123456789012345, nullptr}};
+    for (const auto& lCase : lCases)
+    {
+        KQexImportAcclaimResult lResult;
+        const KQexAsfSceneOwner lSkeleton = ReadSmallAsf(kSmallAsf, lResult);
+        const KScenePtr         lScene = MakeScene();
+        KQexAmcWriteOptions     lOptions;
+        lOptions.mSampling = {KTime(0), KTime(lCase.mTicks), 3};
+        lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
+        for (const bool lKeyword : {false, true})
+        {
+            lOptions.mWriteRate = lKeyword;
+            std::string        lText;
+            KQexFileAcclaimAmc lFile(false);
+            ASSERT_TRUE(lFile.OpenWriteBuffer(&lText) &&
+                        lFile.Write(lSkeleton.get(), {{lSkeleton->mRoot, lScene->GetRootNode()}}, lOptions));
+            const size_t      lFrom = sizeof "# samples-per-second";
+            const std::string lRate = lText.substr(lFrom, lText.find('\n') - lFrom);
+            const std::string lExpected = "# samples-per-second " + lRate + "\n:FULLY-SPECIFIED\n:DEGREES\n" +
+                                          (lKeyword ? ":SAMPLES-PER-SECOND " + lRate + "\n" : "") + "1\n";
+            EXPECT_EQ(lText.substr(0, lExpected.size()), lExpected);
+            EXPECT_EQ(lRate, lCase.mText != nullptr ? lCase.mText : lRate);
+            const KAmcOutcome lOutcome = ReadAmc(lText);
+            EXPECT_EQ(lOutcome.mMessages, "");
+            EXPECT_EQ(lOutcome.mInfo.mStop.Get(), 2 * lCase.mTicks) << lText;
+        }
+    }
+}
 
 TEST(KQexFileAcclaimAmc, RefusesInvalidRates)
 {
@@ -340,7 +415,7 @@ TEST(KQexFileAcclaimAmc, RefusesToWriteNothing)
     EXPECT_FALSE(lWrites(lSkeleton.get(), {}, lOne));
     EXPECT_FALSE(lWrites(lSkeleton.get(), lPairs, lNone));
     EXPECT_TRUE(lWrites(lSkeleton.get(), lPairs, lOne));
-    EXPECT_EQ(lOut, ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0\na 0 0\nb 0\nc 0 0\n");
+    EXPECT_EQ(lOut, "# samples-per-second 120\n:FULLY-SPECIFIED\n:DEGREES\n1\nroot 0\na 0 0\nb 0\nc 0 0\n");
 }
 
 TEST(KQexFileAcclaimAmc, BonesThatCleanUpRemovedAreIgnored)
@@ -439,6 +514,7 @@ struct KPeekCase
     const char* mAsfPath;
     double      mRate;
     int         mAngle;
+    double      mCommentRate = 0;
 };
 
 class KAmcPeekTest : public testing::TestWithParam<KPeekCase>
@@ -453,6 +529,7 @@ TEST_P(KAmcPeekTest, Header)
     EXPECT_EQ(lHeader.mAsfPath, GetParam().mAsfPath);
     EXPECT_EQ(lHeader.mSamplesPerSecond, GetParam().mRate);
     EXPECT_EQ(lHeader.mAngle, GetParam().mAngle);
+    EXPECT_EQ(lHeader.mCommentRate, GetParam().mCommentRate);
 
     // The same from a file.
     const KTempDir lFolder;
@@ -474,6 +551,8 @@ INSTANTIATE_TEST_SUITE_P(
                   eAMC_ANGLE_RADIANS},
         KPeekCase{"the keyword wins over an earlier comment", "#!OML:ASF a.asf\n:ASF-FILE b.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
         KPeekCase{"the keyword wins over a later comment", ":ASF-FILE b.asf\n#!OML:ASF a.asf\n1\n", "b.asf", "", 0, eAMC_ANGLE_SKELETON},
+        KPeekCase{"a rate in a comment", "#!OML:ASF a.asf\n# samples-per-second 30\n:DEGREES\n# samples-per-second 60\n1\n", "a.asf", "", 0,
+                  eAMC_ANGLE_DEGREES, 30},
         KPeekCase{"stops at the first frame", ":DEGREES\n1\n:RADIANS\n:ASF-FILE a\n", "", "", 0, eAMC_ANGLE_DEGREES}));
 
 TEST(KQexFileAcclaimAmc, PeekReportsWhyItFails)

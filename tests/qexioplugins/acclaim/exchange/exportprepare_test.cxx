@@ -438,8 +438,9 @@ TEST_F(KExportPrepareTest, MotionForAnExistingSkeleton)
     const std::string lPath = (lDir / "out.amc").string();
     ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
     EXPECT_EQ(mResult.mUnmatched, std::vector<std::string>{"extra"});
-    EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 0\nextra 0\n"
-                               "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
+    EXPECT_EQ(ReadFile(lPath),
+              "# samples-per-second 120\n:FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 0\nextra 0\n"
+              "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0\ntip 25\nextra 0\n");
 }
 
 /// A bone whose DOFs cannot express its rotation displaces its child; the child's translation DOFs compensate.
@@ -580,8 +581,9 @@ TEST_F(KExportPrepareTest, LengthDofsKeepTheirColumnsInMotion)
     const KTempDir    lDir;
     const std::string lPath = (lDir / "out.amc").string();
     ASSERT_TRUE(KQexExporterAcclaim::ExportMotion(lRoot, mBack.get(), lPath.c_str(), mOptions, mResult)) << Warnings();
-    EXPECT_EQ(ReadFile(lPath), ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 0 0 0\ntip 0\n"
-                               "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 25 0 0\ntip 0\n");
+    EXPECT_EQ(ReadFile(lPath),
+              "# samples-per-second 120\n:FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 0 0 0\ntip 0\n"
+              "2\nroot 0 3.93701 0 0 0 0\nbone 0 0 0 0 25 0 0\ntip 0\n");
 
     KQexScene*              lAgain = KQexScene::Create("again");
     KQexImportAcclaimResult lRead;
