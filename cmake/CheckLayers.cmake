@@ -26,6 +26,9 @@ set(kMay_${kAcclaim} ${kMay_${kAcclaim}/exchange} ${kAcclaim}/exchange)
 set(kMay_qexioplugins/gltf ${kMotion})
 set(kMay_qexfigure ${kMotion} qexioplugins/bvh ${kAcclaim} qexioplugins/gltf)
 
+# One header for each layer, of public headers alone.
+set(kMay_qex ${kMay_qexfigure} qexfigure)
+
 # A header that only forwards to its new location.
 set(kForwarding qexioplugins/motion/kqexfilebvh.h)
 
@@ -61,7 +64,7 @@ endfunction()
 
 set(lBad "")
 set(lCount 0)
-file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*"
+file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/qex/*" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*"
     "${kRoot}/qexfigure/*")
 list(FILTER lFiles INCLUDE REGEX "\\.(h|cxx)$")
 foreach(lFile IN LISTS lFiles)

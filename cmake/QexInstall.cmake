@@ -1,4 +1,4 @@
-# Installs libraries, headers, the CMake package, documents and samples. The rules for the program are in apps/asf/CMakeLists.txt.
+# Installs libraries, headers, the CMake package, pkg-config files, documents and samples. The rules for the program are in apps/asf/CMakeLists.txt.
 
 include(CMakePackageConfigHelpers)
 
@@ -10,6 +10,7 @@ foreach(lLayer IN LISTS lLayers)
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    install(FILES "${PROJECT_BINARY_DIR}/pkgconfig/qex-${lLayer}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 endforeach()
 
 get_property(lHeaders GLOBAL PROPERTY QEX_HEADERS)
@@ -31,4 +32,4 @@ install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG
     DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" RENAME copyright)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" "${PROJECT_SOURCE_DIR}/samples" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-    FILES_MATCHING REGEX "\\.(md|svg|png|asf|amc|cxx)$")
+    FILES_MATCHING REGEX "\\.(md|svg|png|asf|amc|cxx)$|CMakeLists\\.txt$")

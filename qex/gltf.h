@@ -1,0 +1,10 @@
+#ifndef QEX_GLTF_H
+#define QEX_GLTF_H
+
+/// \file
+/// glTF files. Includes all public headers of qex::gltf and of what it uses.
+
+#include <qex/motion.h>
+#include <qexioplugins/gltf/kqexfilegltf.h>
+
+#endif
