@@ -86,7 +86,9 @@ def read(path):
         return Figure(hierarchy.joints, rest, [])
     values = numpy.array(parts[1][header.end() :].split(), dtype=float)
     # The values say how many frames there are, the header may be wrong.
-    values = values[: len(values) // count * count].reshape(-1, count)
+    if len(values) % count != 0:
+        raise FileError("the last frame is incomplete")
+    values = values.reshape(-1, count)
     if len(values) == 0:
         return Figure(hierarchy.joints, rest, [])
     frame_time = float(header[1])

@@ -37,7 +37,7 @@ def unique(names):
 
 def take_names(source):
     """What {name} becomes for each take."""
-    return unique([re.sub(r"[/\0]", "_", name) or "take" for name in source.names]) or ["rest"]
+    return unique([re.sub(r"[/\0]", "_", name) or "take" for name in source.names])
 
 
 class Source:
@@ -73,7 +73,9 @@ def unwritten(files):
 def to_bvh(program, source, folder):
     """Results: for each take of the source, or for the rest pose, a figure and its take; files; complaints."""
     run = Run(program, "convert", "-q", *source.inputs, "-o", os.path.join(folder, "{name}.bvh"))
-    files = [os.path.join(folder, name + ".bvh") for name in take_names(source)]
+    # A rest pose is one file, of any name.
+    names = take_names(source) if source.names else [stem(file) for file in sorted(os.listdir(folder))[:1]]
+    files = [os.path.join(folder, name + ".bvh") for name in names or ["rest"]]
     complaints = run.complaints() or unwritten(files)
     if complaints:
         return [], files, complaints

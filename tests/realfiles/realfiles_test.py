@@ -6,6 +6,7 @@ usage: realfiles_test.py ASF-PROGRAM FILE...
 FILE...: a BVH or glTF file, or a skeleton (ASF) with its motions (AMC). Exits with 1 if a place, a joint or a message is wrong.
 """
 import os
+import struct
 import sys
 import tempfile
 
@@ -18,6 +19,7 @@ except ImportError:
 import acclaimfile
 import compare
 import convert
+import figure
 import strangers
 
 # Largest distance, as a fraction of the figure's extent.
@@ -49,12 +51,12 @@ class Test:
     def compare(self, results, tolerance):
         """Complaints about the results of a conversion, and the largest distance of a joint, in extents."""
         complaints, largest, pairing, last = [], 0.0, None, None
-        for number, (figure, take) in enumerate(results):
-            if figure is not last:
-                pairing, last = compare.Pairing(self.source.figure, figure), figure
+        for number, (result, take) in enumerate(results):
+            if result is not last:
+                pairing, last = compare.Pairing(self.source.figure, result), result
                 complaints += compare.missing(self.survey, pairing)
             takes = (self.source.figure.takes[number], take) if self.source.figure.takes else (None, take)
-            found, distance = compare.compare_places(self.survey, pairing, figure, takes, tolerance)
+            found, distance = compare.compare_places(self.survey, pairing, result, takes, tolerance)
             complaints += [f"{self.source.names[number]}: {text}" if self.source.names else text for text in found]
             largest = max(largest, distance)
         return complaints, largest
@@ -79,8 +81,8 @@ class Test:
         self.check("glTF", convert.to_gltf(self.program, self.source, self.make_folder("gltf"), "out.gltf"), TOLERANCE)
         if acclaim:
             back = self.back(acclaim, "acclaim-glb")
-            for figure, _ in back[0]:
-                figure.has_fixed_root = True
+            for result, _ in back[0]:
+                result.has_fixed_root = True
             self.check("ASF+AMC to GLB", back, ACCLAIM_TOLERANCE)
         if bvh and len(bvh) == 1:
             self.check("BVH to GLB", self.back(bvh, "bvh-glb"), TOLERANCE)
@@ -93,7 +95,7 @@ class Test:
 
     def same(self, files):
         """The source's figure and takes, in other files, which may be named after them."""
-        names = convert.take_names(self.source) if self.source.names else []
+        names = convert.take_names(self.source)
         is_glb = files[0].endswith(".glb")
         return convert.Source(files, self.source.figure, self.source.names if is_glb else names)
 
@@ -124,6 +126,14 @@ class Test:
             self.report("prefixed names", strangers.prefixed_names(self.program, self.survey, self.source, glb, self.make_folder("prefix")))
 
 
+def refused(program, inputs, folder, reason):
+    """What these readers cannot read must be refused with a message."""
+    run = convert.Run(program, "convert", *inputs, "-o", os.path.join(folder, "refused.glb"))
+    is_right = run.status in (1, 3) and "error:" in run.err
+    print(f"{'ok' if is_right else 'FAIL'}: unreadable ({reason!r}): status {run.status}: {run.err.strip()[-300:]}")
+    return 0 if is_right else 1
+
+
 def main():
     program, inputs = sys.argv[1], sys.argv[2:]
     if inputs[0].lower().endswith(".asf") and acclaimfile.read(inputs[0]).has_offset_root:
@@ -131,7 +141,10 @@ def main():
         return 77
     empty = [path for path in inputs if path.lower().endswith(".amc") and not acclaimfile.has_frames(path)]
     with tempfile.TemporaryDirectory() as folder:
-        test = Test(program, [path for path in inputs if path not in empty], folder)
+        try:
+            test = Test(program, [path for path in inputs if path not in empty], folder)
+        except (figure.FileError, ArithmeticError, AttributeError, LookupError, TypeError, ValueError, struct.error) as error:
+            return refused(program, inputs, folder, error)
         test.run()
         for path in empty:
             run = convert.Run(program, "convert", inputs[0], path, "-o", os.path.join(folder, "empty.bvh"))
