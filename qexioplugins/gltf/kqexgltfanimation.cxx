@@ -131,7 +131,7 @@ void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTime
 void KQexGltfWriter::AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling)
 {
     double        lRest[3];
-    KQexGltfTrack lTrack{0, {}};
+    KQexGltfTrack lTrack{eGLTF_TRANSLATION, {}};
     KQexGltfNodePose(mNodes.front().mNode, nullptr).GetTranslation(KTime(0), lRest);
     lTrack.mValues.resize(static_cast<size_t>(3 * pSampling.mCount));
     for (size_t i = 0; i < lTrack.mValues.size(); ++i)

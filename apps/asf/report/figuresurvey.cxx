@@ -18,7 +18,7 @@ using qexsdk::KQexFigureMessage;
 using qexsdk::KQexTextMessage;
 
 /// Values of a curve that differ by less than this, plus a millionth of the value, are the same: curves have single precision.
-constexpr float kTolerance = 1e-5F;
+constexpr float kStillTolerance = 1e-5F;
 
 double DistanceOf(const KPoint& pOne, const KPoint& pOther)
 {
@@ -29,7 +29,7 @@ bool CurveVaries(const KQexAnimCurve& pCurve)
 {
     const int   lCount = pCurve.GetKeyCount();
     const float lFirst = lCount > 0 ? pCurve.GetValue(0) : 0;
-    const float lBound = kTolerance + 1e-6F * std::fabs(lFirst);
+    const float lBound = kStillTolerance + 1e-6F * std::fabs(lFirst);
     for (int lKey = 1; lKey < lCount; ++lKey)
     {
         if (std::fabs(pCurve.GetValue(lKey) - lFirst) > lBound)
