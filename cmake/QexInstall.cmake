@@ -1,4 +1,5 @@
-# Installs libraries, headers, the CMake package, pkg-config files, documents and samples. The rules for the program are in apps/asf/CMakeLists.txt.
+# Installs libraries, headers, the CMake package, pkg-config files, documents and samples. The rules for the program are in
+# apps/asf/CMakeLists.txt.
 
 include(CMakePackageConfigHelpers)
 
