@@ -34,7 +34,8 @@ fs::path OracleDir()
 
 fs::path VectorsDir()
 {
-    return FolderFromEnvironment("ASF_VECTORS_DIR");
+    const fs::path lFolder = FolderFromEnvironment("ASF_VECTORS_DIR");
+    return lFolder.empty() ? fs::path(QEX_VECTORS_DIR) : lFolder;
 }
 
 fs::path SamplesDir()

@@ -21,7 +21,7 @@ std::filesystem::path CorpusDir();
 /// World positions of the real files, computed by another program (ASF_ORACLE_DIR); empty when there are none.
 std::filesystem::path OracleDir();
 
-/// Test cases with results computed by another program (ASF_VECTORS_DIR); empty when there are none.
+/// Test cases with results computed by another program: ASF_VECTORS_DIR, or else those in the repository (tests/vectors).
 std::filesystem::path VectorsDir();
 
 /// The repository's samples.
@@ -52,14 +52,5 @@ private:
 };
 
 } // namespace qextest
-
-/// Skips the test, naming the missing variable, when \p pFolder (of CorpusDir, OracleDir or VectorsDir) is empty.
-#define QEX_SKIP_WITHOUT(pFolder, pVariable)                                                                                               \
-    if ((pFolder).empty())                                                                                                                 \
-    GTEST_SKIP() << pVariable << " is unset or not a folder"
-
-#define QEX_SKIP_WITHOUT_CORPUS() QEX_SKIP_WITHOUT(::qextest::CorpusDir(), "ASF_CORPUS_DIR")
-#define QEX_SKIP_WITHOUT_ORACLE() QEX_SKIP_WITHOUT(::qextest::OracleDir(), "ASF_ORACLE_DIR")
-#define QEX_SKIP_WITHOUT_VECTORS() QEX_SKIP_WITHOUT(::qextest::VectorsDir(), "ASF_VECTORS_DIR")
 
 #endif

@@ -205,7 +205,6 @@ void CompareCase(const KJson& pCase)
 
 TEST(AsfReadVectors, EveryCaseAgrees)
 {
-    QEX_SKIP_WITHOUT_VECTORS();
     const std::vector<KJson> lCases = ReadJsonLines(VectorsDir() / "asf" / "expected.jsonl");
     ASSERT_GT(lCases.size(), 0u);
     for (const KJson& lCase : lCases)

@@ -9,7 +9,7 @@
 #include <vector>
 
 /// \file
-/// Skeletons and host trees from JSON and back, in the form of the cases under ASF_VECTORS_DIR/host.
+/// Skeletons and host trees from JSON and back, in the form of the cases in the folder host of VectorsDir.
 
 namespace qextest
 {

@@ -286,7 +286,6 @@ std::string Summary(const std::vector<std::string>& pTexts)
 
 TEST_P(KHostVectorsTest, MatchTheExpectedResults)
 {
-    QEX_SKIP_WITHOUT_VECTORS();
     const std::vector<json> lCases = ReadJsonLines(VectorsDir() / "host" / "cases.jsonl");
     const std::vector<json> lExpected = ReadJsonLines(VectorsDir() / "host" / "expected.jsonl");
     ASSERT_EQ(lExpected.size(), lCases.size() + 1); // The last line holds the assertions of the whole run.
@@ -339,7 +338,6 @@ INSTANTIATE_TEST_SUITE_P(Kinds, KHostVectorsTest, testing::ValuesIn(kKinds),
 
 TEST(KHostVectorsAssertTest, TheWholeRunReportsTheExpectedAssertions)
 {
-    QEX_SKIP_WITHOUT_VECTORS();
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(RunAllForAssertions(), testing::ExitedWithCode(0), "");
 }
