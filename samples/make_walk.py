@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes walker.asf and walk.amc: a made-up human figure, and two seconds of it walking.
+"""Writes walker.asf and walk.amc: a made-up human figure, and two seconds of it walking; and walk.bvh, the same with fewer frames.
 
     python3 samples/make_walk.py [FOLDER]        (default: the folder of this script)
 
@@ -16,6 +16,7 @@ LENGTH_UNIT = 0.45
 CENTIMETRES_PER_UNIT = 2.54 / LENGTH_UNIT
 FRAMES_PER_SECOND = 120
 FRAME_COUNT = 241           # two seconds, both ends included
+BVH_STEP = 4                # every fourth of them in walk.bvh
 CYCLE_SECONDS = 1.05        # one stride: left heel strike to left heel strike
 STRIDE = 136.0              # centimetres per cycle
 
@@ -202,19 +203,20 @@ def pelvis_at(cycle):
 
 
 class Pose:
-    """Angles of every bone, and the resulting world rotations."""
+    """Angles of every bone, its rotation relative to its parent in world axes at rest, and the resulting world rotations."""
 
     def __init__(self, position, angles):
         self.position, self.angles = position, {"root": angles}
-        self.world = {"root": from_angles(*angles)}
+        self.local = {"root": from_angles(*angles)}
+        self.world = dict(self.local)
 
     def turn(self, name, x=0.0, y=0.0, z=0.0):
         bone = BY_NAME[name]
         values = {"rx": x, "ry": y, "rz": z}
         kept = {word: values[word] for word in bone.limits}
         self.angles[name] = tuple(kept.values())
-        local = multiply(bone.frame, from_angles(*(kept.get(w, 0.0) for w in ("rx", "ry", "rz"))), transpose(bone.frame))
-        self.world[name] = multiply(self.world[bone.parent], local)
+        self.local[name] = multiply(bone.frame, from_angles(*(kept.get(w, 0.0) for w in ("rx", "ry", "rz"))), transpose(bone.frame))
+        self.world[name] = multiply(self.world[bone.parent], self.local[name])
 
     def aim(self, name, frame):
         """Turns a bone so that its world axes become `frame`."""
@@ -322,9 +324,40 @@ def motion_text():
     return "\n".join(lines) + "\n"
 
 
+def bvh_joint(name, indent):
+    """The lines of a joint, and the names of the joints in their order. A joint is a bone's start, at the end of its parent."""
+    parent = BY_NAME.get(BY_NAME[name].parent) if name in BY_NAME else None
+    offset = [parent.length * c for c in parent.direction] if parent else (0, 0, 0)
+    lines = [("JOINT " if name in BY_NAME else "ROOT ") + name, "{", "  OFFSET " + numbers(offset),
+             "  CHANNELS 3 Zrotation Yrotation Xrotation" if name in BY_NAME else
+             "  CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation"]
+    lines, names = [indent + line for line in lines], [name]
+    for child in [bone.name for bone in BONES if bone.parent == name]:
+        child_lines, child_names = bvh_joint(child, indent + "  ")
+        lines += child_lines
+        names += child_names
+    if len(names) == 1:
+        end = [BY_NAME[name].length * c for c in BY_NAME[name].direction]
+        lines += [indent + line for line in ("  End Site", "  {", "    OFFSET " + numbers(end), "  }")]
+    return lines + [indent + "}"], names
+
+
+def bvh_text():
+    lines, names = bvh_joint("root", "")
+    frames = range(0, FRAME_COUNT, BVH_STEP)
+    lines = ["HIERARCHY"] + lines + ["MOTION", "Frames: %d" % len(frames), "Frame Time: %.7g" % (BVH_STEP / FRAMES_PER_SECOND)]
+    for frame in frames:
+        pose = pose_at(frame / FRAMES_PER_SECOND)
+        values = list(pose.position)
+        for name in names:
+            values += reversed(to_angles(pose.local[name]))
+        lines.append(numbers(values))
+    return "\n".join(lines) + "\n"
+
+
 def main():
     folder = sys.argv[1] if len(sys.argv) > 1 else os.path.dirname(os.path.abspath(__file__))
-    for name, text in (("walker.asf", skeleton_text()), ("walk.amc", motion_text())):
+    for name, text in (("walker.asf", skeleton_text()), ("walk.amc", motion_text()), ("walk.bvh", bvh_text())):
         with open(os.path.join(folder, name), "w", newline="\n") as target:
             target.write(text)
 

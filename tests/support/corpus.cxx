@@ -6,31 +6,95 @@
 
 #include <algorithm>
 #include <cmath>
+#include <sstream>
 
 namespace qextest
 {
 
 namespace fs = std::filesystem;
 
-std::vector<KCorpusPair> CorpusPairs()
+namespace
 {
-    std::vector<KCorpusPair> lPairs;
-    for (const fs::directory_entry& lMotion : fs::recursive_directory_iterator(CorpusDir()))
+
+/// Single precision, in which curves keep their keys, is the limit for the samples.
+constexpr double kSampleTolerance = 1e-6;
+constexpr double kRealTolerance = 1e-4;
+
+void AddRealPairs(const fs::path& pFolder, std::vector<KCorpusPair>& pPairs)
+{
+    for (const fs::directory_entry& lMotion : fs::recursive_directory_iterator(pFolder))
     {
         const std::string lStem = lMotion.path().stem().string();
         if (lMotion.path().extension() != ".amc")
         {
             continue;
         }
+        const fs::path lWorld = OracleDir().empty() ? fs::path() : OracleDir() / (lStem + ".world.json");
         for (const fs::directory_entry& lSkeleton : fs::directory_iterator(lMotion.path().parent_path()))
         {
             if (lSkeleton.path().extension() == ".asf" && lStem.rfind(lSkeleton.path().stem().string(), 0) == 0)
             {
-                lPairs.push_back({lStem, lSkeleton.path(), lMotion.path(), OracleDir() / (lStem + ".world.json")});
+                pPairs.push_back({lStem, lSkeleton.path(), lMotion.path(), fs::exists(lWorld) ? lWorld : fs::path(), kRealTolerance});
             }
         }
     }
+}
+
+} // namespace
+
+std::vector<KCorpusPair> CorpusPairs()
+{
+    const fs::path           lWalk = SamplesDir();
+    const fs::path           lRobot = SamplesDir() / "robot";
+    std::vector<KCorpusPair> lPairs = {
+        {"walk", lWalk / "walker.asf", lWalk / "walk.amc", lWalk / "walk.world.json", kSampleTolerance},
+        {"robot_pick", lRobot / "robot.asf", lRobot / "robot_pick.amc", lRobot / "robot_pick.world.json", kSampleTolerance}};
+    if (!CorpusDir().empty())
+    {
+        AddRealPairs(CorpusDir(), lPairs);
+    }
     return lPairs;
+}
+
+std::vector<KCorpusPair> PairsWithWorldPositions()
+{
+    std::vector<KCorpusPair> lPairs = CorpusPairs();
+    lPairs.erase(std::remove_if(lPairs.begin(), lPairs.end(), [](const KCorpusPair& pPair) { return pPair.mWorld.empty(); }), lPairs.end());
+    return lPairs;
+}
+
+std::vector<fs::path> CorpusFiles(const std::string& pExtension)
+{
+    std::vector<fs::path> lFiles;
+    for (const fs::path& lFolder : {SamplesDir(), CorpusDir()})
+    {
+        if (lFolder.empty())
+        {
+            continue;
+        }
+        for (const fs::directory_entry& lEntry : fs::recursive_directory_iterator(lFolder))
+        {
+            if (lEntry.path().extension() == pExtension)
+            {
+                lFiles.push_back(lEntry.path());
+            }
+        }
+    }
+    std::sort(lFiles.begin(), lFiles.end());
+    return lFiles;
+}
+
+double CentimetresPerUnit(const fs::path& pAsf)
+{
+    // The first line "length" is that of the section :units.
+    std::istringstream lWords(ReadFile(pAsf));
+    std::string        lWord;
+    double             lUnit = 0.0;
+    while (lWords >> lWord && lWord != "length")
+    {
+    }
+    EXPECT_TRUE(lWords >> lUnit) << pAsf << " has no unit of length";
+    return 2.54 / lUnit;
 }
 
 double Distance(const KPoint& pLeft, const KPoint& pRight)
@@ -38,13 +102,14 @@ double Distance(const KPoint& pLeft, const KPoint& pRight)
     return std::hypot(pLeft.mX - pRight.mX, pLeft.mY - pRight.mY, pLeft.mZ - pRight.mZ);
 }
 
-std::vector<KWorldFrame> ReadWorld(const fs::path& pOracle, double pFactor)
+std::vector<KWorldFrame> ReadWorld(const KCorpusPair& pPair)
 {
     std::vector<KWorldFrame> lFrames;
-    const nlohmann::json     lJson = nlohmann::json::parse(ReadFile(pOracle));
-    const auto               lPointOf = [pFactor](const nlohmann::json& pArray)
+    const double             lFactor = CentimetresPerUnit(pPair.mAsf);
+    const nlohmann::json     lJson = nlohmann::json::parse(ReadFile(pPair.mWorld));
+    const auto               lPointOf = [lFactor](const nlohmann::json& pArray)
     {
-        return KPoint{pFactor * pArray[0].get<double>(), pFactor * pArray[1].get<double>(), pFactor * pArray[2].get<double>()};
+        return KPoint{lFactor * pArray[0].get<double>(), lFactor * pArray[1].get<double>(), lFactor * pArray[2].get<double>()};
     };
     for (const auto& [lNumber, lBones] : lJson["frames"].items())
     {

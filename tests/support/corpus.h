@@ -7,22 +7,33 @@
 #include <vector>
 
 /// \file
-/// The real motions, and the world positions of their bones computed by another program.
+/// Motions to test with: the repository's samples, and real files if ASF_CORPUS_DIR names a folder with some. World positions of their
+/// bones were computed by other programs: tools/worldpositions.py for the samples, for the real files see OracleDir.
 
 namespace qextest
 {
 
-/// A motion and its skeleton: the ASF file in the same folder whose name is a prefix of the motion's.
+/// A motion and its skeleton. For real files, that is the ASF file in the same folder whose name is a prefix of the motion's.
 struct KCorpusPair
 {
     std::string           mName; ///< Of the motion, without extension.
     std::filesystem::path mAsf;
     std::filesystem::path mAmc;
-    std::filesystem::path mOracle; ///< File with its world positions.
+    std::filesystem::path mWorld;           ///< File with its world positions; empty when there is none.
+    double                mTolerance = 0.0; ///< How far an import may be from them, as a fraction of the figure's height.
 };
 
-/// All pairs in CorpusDir() and its subfolders. CorpusDir() must not be an empty path.
+/// The pairs in samples/, then those in CorpusDir() and its subfolders.
 std::vector<KCorpusPair> CorpusPairs();
+
+/// Those of CorpusPairs that have world positions.
+std::vector<KCorpusPair> PairsWithWorldPositions();
+
+/// The files of samples/ and of CorpusDir(), at any depth, with the extension \p pExtension (".asf"), sorted.
+std::vector<std::filesystem::path> CorpusFiles(const std::string& pExtension);
+
+/// Centimetres per unit of length of the skeleton file \p pAsf.
+double CentimetresPerUnit(const std::filesystem::path& pAsf);
 
 struct KPoint
 {
@@ -40,13 +51,13 @@ using KJointPositions = std::map<std::string, KPoint>;
 struct KWorldFrame
 {
     long long       mNumber; ///< As in the motion file.
-    double          mHeight; ///< From the lowest to the highest bone start or end in this frame.
+    double          mHeight; ///< From the lowest to the highest bone start or end in this frame, in centimetres.
     KJointPositions mStarts; ///< Start of each bone, by name.
     KJointPositions mEnds;
 };
 
-/// The frames of \p pOracle, with all lengths multiplied by \p pFactor.
-std::vector<KWorldFrame> ReadWorld(const std::filesystem::path& pOracle, double pFactor);
+/// The frames of \p pPair.mWorld, in centimetres.
+std::vector<KWorldFrame> ReadWorld(const KCorpusPair& pPair);
 
 } // namespace qextest
 

@@ -1,4 +1,5 @@
 #include <tests/apps/asf/runasf.h>
+#include <tests/support/corpus.h>
 
 #include <set>
 
@@ -174,27 +175,17 @@ TEST(AsfCheck, CountsManyFindingsAndShowsTheFirst)
     EXPECT_NE(lResult.mErr.find("<stdin>: warning: 5000 further warnings are not shown\n"), std::string::npos);
 }
 
-TEST(AsfCheck, RealSkeletonsAreClean)
+TEST(AsfCheck, SamplesAndRealSkeletonsAreClean)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
     std::vector<std::string> lArguments{"check", "--strict"};
-    for (const auto& lEntry : std::filesystem::recursive_directory_iterator(CorpusDir()))
+    for (const std::filesystem::path& lPath : CorpusFiles(".asf"))
     {
-        if (lEntry.path().extension() == ".asf")
-        {
-            lArguments.push_back(lEntry.path().string());
-        }
+        lArguments.push_back(lPath.string());
     }
-    ASSERT_GT(lArguments.size(), 2u);
     const KRunResult lResult = RunAsf(lArguments);
     EXPECT_EQ(lResult.mErr, "");
     EXPECT_EQ(lResult.mOut, std::to_string(lArguments.size() - 2) + " files, 0 errors, 0 warnings\n");
     EXPECT_EQ(lResult.mExit, 0);
-}
-
-TEST(AsfCheck, TheSampleIsClean)
-{
-    EXPECT_EQ(RunAsf({"check", "--strict", Sample("walker.asf")}).mExit, 0);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include <tests/apps/asf/runasf.h>
+#include <tests/support/corpus.h>
 
 #include <algorithm>
 #include <sstream>
@@ -123,18 +124,13 @@ TEST_F(KConvertTest, RoundTripThroughGltfKeepsLimits)
     EXPECT_TRUE(fs::exists(mFolder / "gltf" / "w.bin"));
 }
 
-/// The same for real motions: joints stay within a ten-thousandth of the figure's height.
-TEST_F(KConvertTest, RoundTripsOfRealMotions)
+/// The same for other motions: joints stay within a ten-thousandth of the figure's height.
+TEST_F(KConvertTest, RoundTripsOfWholeMotions)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
-    for (const auto& lEntry : fs::recursive_directory_iterator(CorpusDir()))
+    for (const fs::path& lPath : CorpusFiles(".amc"))
     {
-        if (lEntry.path().extension() != ".amc")
-        {
-            continue;
-        }
-        SCOPED_TRACE(lEntry.path().filename().string());
-        const std::string lMotion = lEntry.path().string();
+        SCOPED_TRACE(lPath.filename().string());
+        const std::string lMotion = lPath.string();
         ExpectConverts(lMotion + " -o real.glb -o real.bvh -o real.asf real.amc");
         ExpectSame({"real.glb", "real.bvh"}, "frames");
         ExpectSame({"real.glb", "real.asf", "real.amc"}, "frames");

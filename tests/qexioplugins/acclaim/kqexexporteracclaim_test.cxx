@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
@@ -181,13 +182,12 @@ TEST(KExportDofs, LimitsOfTranslationsBecomeCentimetres)
     }
 }
 
-TEST(KExportCorpus, RealMotionKeepsItsPositions)
+TEST(KExportCorpus, WholeMotionsKeepTheirPositions)
 {
-    QEX_SKIP_WITHOUT(CorpusDir(), "ASF_CORPUS_DIR");
-    const std::pair<const char*, const char*> lFiles[] = {{"cmu/01.asf", "cmu/01_01.amc"}, {"cmu_walk/walk.asf", "cmu_walk/walk_01.amc"}};
-    for (const auto& [lAsf, lAmc] : lFiles)
+    for (const KCorpusPair& lPair : CorpusPairs())
     {
-        const KTexts            lOriginal{ReadFile(CorpusDir() / lAsf), ReadFile(CorpusDir() / lAmc)};
+        SCOPED_TRACE(lPair.mName);
+        const KTexts            lOriginal{ReadFile(lPair.mAsf), ReadFile(lPair.mAmc)};
         const KScenePtr         lScene = MakeScene();
         KQexImportAcclaimResult lResult;
         KQexNode*               lRoot = ImportTexts(lScene.get(), lOriginal, lResult);
@@ -196,6 +196,7 @@ TEST(KExportCorpus, RealMotionKeepsItsPositions)
         KQexExportAcclaimOptions lOptions;
         lOptions.mLengthUnit = 0.45;
         lOptions.mBoneDofs = &lDofs;
+        lOptions.mWriteRate = true;
         const KTempDir          lDir;
         const KTexts            lFirst = ExportTexts(lDir, lRoot, lOptions);
         const KScenePtr         lBack = MakeScene();

@@ -1,22 +1,21 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
+#include <kbaselib/kmath/kdofcodes.h>
 #include <tests/qexioplugins/acclaim/amcsupport.h>
 #include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
-// Real motions against the world positions that another program computed from the format's public definition.
+// Motions against the world positions that other programs computed from the format's public definition.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -24,45 +23,29 @@ using namespace qextest;
 namespace
 {
 
-KPoint PointOf(const nlohmann::json& pArray, double pFactor)
-{
-    return {pFactor * pArray[0].get<double>(), pFactor * pArray[1].get<double>(), pFactor * pArray[2].get<double>()};
-}
-
-double Height(const nlohmann::json& pFrame, double pFactor)
-{
-    double lLow = 1e300;
-    double lHigh = -1e300;
-    for (const auto& [lName, lBone] : pFrame.items())
-    {
-        for (const char* lEnd : {"start", "end"})
-        {
-            lLow = std::min(lLow, PointOf(lBone[lEnd], pFactor).mY);
-            lHigh = std::max(lHigh, PointOf(lBone[lEnd], pFactor).mY);
-        }
-    }
-    return lHigh - lLow;
-}
-
 KPoint GlobalPosition(const KQexScene& pScene, const KQexNode* pNode, KTime pTime)
 {
     const KQexMatrix lMatrix = pScene.GetEvaluator()->GetNodeGlobalTransform(pNode, pTime);
     return {lMatrix.mData[3][0], lMatrix.mData[3][1], lMatrix.mData[3][2]};
 }
 
-/// The node at a bone's end: its end node, or the node of one of its children in the file. Clean-up may have reparented the child, but
-/// without moving it.
+/// The node at a bone's end: its end node, or the node of a child in the file that has no translations. Clean-up may have reparented the
+/// child, but without moving it. Null when all children move along.
 const KQexNode* EndNode(HKQexAsfNode pFileBone, const KQexNode* pNode, const KQexNode* pRoot)
 {
     if (pFileBone->mChildBuf.GetCount() == 0)
     {
-        return pNode->FindChild((std::string(pFileBone->mName) + "_End").c_str(), false);
+        const KQexNode* lEnd = pNode->FindChild((std::string(pFileBone->mName) + "_End").c_str(), false);
+        EXPECT_NE(lEnd, nullptr) << pFileBone->mName;
+        return lEnd;
     }
     for (int i = 0; i < pFileBone->mChildBuf.GetCount(); ++i)
     {
-        if (const KQexNode* lChild = pRoot->FindChild(pFileBone->mChildBuf[i]->mName, true))
+        const HKQexAsfNode lChild = pFileBone->mChildBuf[i];
+        const KQexNode*    lNode = pRoot->FindChild(lChild->mName, true);
+        if (lNode != nullptr && std::none_of(lChild->mOrderBuf, lChild->mOrderBuf + lChild->mOrderCount, KIsTranslationDof))
         {
-            return lChild;
+            return lNode;
         }
     }
     return nullptr;
@@ -70,100 +53,99 @@ const KQexNode* EndNode(HKQexAsfNode pFileBone, const KQexNode* pNode, const KQe
 
 class KOracleTest : public testing::TestWithParam<int>
 {
-};
-
-TEST_P(KOracleTest, BonePositionsMatch)
-{
-    QEX_SKIP_WITHOUT_CORPUS();
-    QEX_SKIP_WITHOUT_ORACLE();
-    const std::vector<KCorpusPair> lPairs = CorpusPairs();
-    ASSERT_FALSE(lPairs.empty());
-    for (const KCorpusPair& lPair : lPairs)
+protected:
+    static KQexImportAcclaimOptions Options()
     {
-        SCOPED_TRACE(lPair.mAmc.filename().string());
-        KQexImportAcclaimResult lFile;
-        const KQexAsfSceneOwner lFileScene = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(lPair.mAsf.string()), {}, lFile);
-        ASSERT_NE(lFileScene, nullptr);
-
         KQexImportAcclaimOptions lOptions;
         lOptions.mRemoveDummies = (GetParam() & 1) != 0;
         lOptions.mSetRotatePivotOffet = (GetParam() & 2) != 0;
         lOptions.mSetPreRotation = (GetParam() & 4) != 0;
+        return lOptions;
+    }
+
+    /// Compares starts and ends of all bones in a frame. \p pFileRoot is the skeleton as in the file, with all bones.
+    /// \return the largest distance, as a fraction of the figure's height
+    static double Compare(const KCorpusPair& pPair, HKQexAsfNode pFileRoot, const KWorldFrame& pFrame, const KQexScene& pScene, KTime pTime)
+    {
+        const KQexNode* lRoot = pScene.GetRootNode();
+        double          lLargest = 0.0;
+        for (const auto& [lName, lStart] : pFrame.mStarts)
+        {
+            const HKQexAsfNode lFileBone = pFileRoot->Find(lName.c_str());
+            const KQexNode*    lNode = lRoot->FindChild(lName.c_str(), true);
+            EXPECT_NE(lFileBone, nullptr) << lName;
+            if (lNode == nullptr || lFileBone == nullptr)
+            {
+                EXPECT_TRUE(Options().mRemoveDummies && lFileBone != nullptr && lFileBone->mOrderCount == 0) << lName;
+                continue;
+            }
+            const KQexNode* lEnd = EndNode(lFileBone, lNode, lRoot);
+            const double    lAtStart = Distance(GlobalPosition(pScene, lNode, pTime), lStart) / pFrame.mHeight;
+            const double    lAtEnd =
+                lEnd != nullptr ? Distance(GlobalPosition(pScene, lEnd, pTime), pFrame.mEnds.at(lName)) / pFrame.mHeight : 0.0;
+            EXPECT_LT(lAtStart, pPair.mTolerance) << lName << " starts elsewhere in frame " << pFrame.mNumber;
+            EXPECT_LT(lAtEnd, pPair.mTolerance) << lName << " ends elsewhere in frame " << pFrame.mNumber;
+            lLargest = std::max({lLargest, lAtStart, lAtEnd});
+        }
+        return lLargest;
+    }
+};
+
+TEST_P(KOracleTest, BonePositionsMatch)
+{
+    for (const KCorpusPair& lPair : PairsWithWorldPositions())
+    {
+        SCOPED_TRACE(lPair.mName);
+        KQexImportAcclaimResult lFile;
+        const KQexAsfSceneOwner lFileScene = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(lPair.mAsf.string()), {}, lFile);
+        ASSERT_NE(lFileScene, nullptr);
         KQexImportAcclaimResult lResult;
         const KScenePtr         lScene = MakeScene();
-        ASSERT_TRUE(KQexImporterAcclaim::Import(lScene.get(), lPair.mAsf.c_str(), lPair.mAmc.c_str(), lOptions, lResult));
+        ASSERT_TRUE(KQexImporterAcclaim::Import(lScene.get(), lPair.mAsf.c_str(), lPair.mAmc.c_str(), Options(), lResult));
         EXPECT_EQ(lResult.CountMessages(true), 0U);
         ASSERT_EQ(lResult.mTakes.size(), 1U);
 
-        const nlohmann::json lOracle = nlohmann::json::parse(ReadFile(lPair.mOracle));
-        const double         lFactor = 2.54 / lFileScene->mLengthUnit;
-        double               lWorst = 0.0;
-        int                  lBones = 0;
-        for (const auto& [lNumber, lFrame] : lOracle["frames"].items())
+        const KQexAmcInfo&             lInfo = lResult.mTakes[0].mInfo;
+        const std::vector<KWorldFrame> lFrames = ReadWorld(lPair);
+        double                         lLargest = 0.0;
+        EXPECT_GE(lFrames.size(), 3U);
+        for (const KWorldFrame& lFrame : lFrames)
         {
-            const KTime  lTime((std::stoll(lNumber) - lResult.mTakes[0].mInfo.mFirstFrame) * 5880000);
-            const double lHeight = Height(lFrame, lFactor);
-            for (const auto& [lName, lExpected] : lFrame.items())
-            {
-                const KQexNode*    lNode = lScene->GetRootNode()->FindChild(lName.c_str(), true);
-                const HKQexAsfNode lFileBone = lFileScene->mRoot->Find(lName.c_str());
-                ASSERT_NE(lFileBone, nullptr) << lName;
-                if (lNode == nullptr)
-                {
-                    EXPECT_TRUE(lOptions.mRemoveDummies && lFileBone->mOrderCount == 0) << lName;
-                    continue;
-                }
-                const KQexNode* lEnd = EndNode(lFileBone, lNode, lScene->GetRootNode());
-                ASSERT_NE(lEnd, nullptr) << lName;
-                ++lBones;
-                const double lStartError = Distance(GlobalPosition(*lScene, lNode, lTime), PointOf(lExpected["start"], lFactor)) / lHeight;
-                const double lEndError = Distance(GlobalPosition(*lScene, lEnd, lTime), PointOf(lExpected["end"], lFactor)) / lHeight;
-                EXPECT_LT(lStartError, 1e-4) << lName << " starts elsewhere in frame " << lNumber;
-                EXPECT_LT(lEndError, 1e-4) << lName << " ends elsewhere in frame " << lNumber;
-                lWorst = std::max({lWorst, lStartError, lEndError});
-            }
+            EXPECT_GT(lFrame.mStarts.size(), 10U);
+            const KTime lTime = KTime::FromSeconds(static_cast<double>(lFrame.mNumber - lInfo.mFirstFrame) / lInfo.mSamplesPerSecond);
+            lLargest = std::max(lLargest, Compare(lPair, lFileScene->mRoot, lFrame, *lScene, lTime));
         }
-        EXPECT_GT(lBones, 80);
         std::ostringstream lText;
-        lText << lWorst;
-        RecordProperty(lPair.mAmc.stem().string() + "_largest_distance_by_height", lText.str());
+        lText << lLargest;
+        RecordProperty(lPair.mName + "_largest_distance_by_height", lText.str());
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllFlags, KOracleTest, testing::Range(0, 8));
 
-/// The motion's text with every angle in radians; the root's translations are unchanged.
-std::string InRadians(const std::string& pText)
+/// The motion's text with every angle in radians.
+std::string InRadians(const std::string& pText, HKQexAsfNode pRoot)
 {
-    std::string lText;
-    size_t      lAt = 0;
-    while (lAt < pText.size())
+    std::string        lText;
+    std::istringstream lLines(pText);
+    for (std::string lLine; std::getline(lLines, lLine);)
     {
-        const size_t lEnd = std::min(pText.find('\n', lAt), pText.size());
-        std::string  lLine = pText.substr(lAt, lEnd - lAt);
-        lAt = lEnd + 1;
-        if (lLine.rfind(":DEGREES", 0) == 0)
-        {
-            lLine = ":RADIANS";
-        }
         std::istringstream lWords(lLine);
+        std::ostringstream lNew;
         std::string        lName;
         lWords >> lName;
-        double lValue = 0.0;
-        if (!lName.empty() && std::isalpha(static_cast<unsigned char>(lName[0])) != 0 && lWords >> lValue)
+        lNew.precision(17);
+        lNew << (lName == ":DEGREES" ? ":RADIANS" : lName);
+        if (const HKQexAsfNode lBone = pRoot->Find(lName.c_str()))
         {
-            std::ostringstream lNew;
-            lNew.precision(17);
-            lNew << lName;
-            int lIndex = 0;
-            do
+            for (int lIter = 0; lIter < lBone->mOrderCount; ++lIter)
             {
-                lNew << ' ' << (lName == "root" && lIndex < 3 ? lValue : lValue * 0.017453292519943295);
-                ++lIndex;
-            } while (lWords >> lValue);
-            lLine = lNew.str();
+                double lValue = 0.0;
+                lWords >> lValue;
+                lNew << ' ' << (KIsRotationDof(lBone->mOrderBuf[lIter]) ? lValue * 0.017453292519943295 : lValue);
+            }
         }
-        lText += lLine + '\n';
+        lText += lNew.str() + lWords.str().substr(lWords.tellg() < 0 ? lWords.str().size() : static_cast<size_t>(lWords.tellg())) + '\n';
     }
     return lText;
 }
@@ -194,11 +176,14 @@ std::map<std::string, std::vector<float>> AllKeys(KQexScene& pScene)
 
 TEST(KQexImporterAcclaimOracle, DegreesAndRadiansGiveTheSameScene)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
     for (const KCorpusPair& lPair : CorpusPairs())
     {
+        SCOPED_TRACE(lPair.mName);
+        KQexImportAcclaimResult lFile;
+        const KQexAsfSceneOwner lFileScene = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(lPair.mAsf.string()), {}, lFile);
+        ASSERT_NE(lFileScene, nullptr);
         const std::string                         lDegrees = ReadFile(lPair.mAmc);
-        const std::string                         lRadians = InRadians(lDegrees);
+        const std::string                         lRadians = InRadians(lDegrees, lFileScene->mRoot);
         std::map<std::string, std::vector<float>> lKeys[2];
         for (int i = 0; i < 2; ++i)
         {
@@ -213,7 +198,7 @@ TEST(KQexImporterAcclaimOracle, DegreesAndRadiansGiveTheSameScene)
             lKeys[i] = AllKeys(*lScene);
         }
         ASSERT_EQ(lKeys[0].size(), lKeys[1].size());
-        ASSERT_GT(lKeys[0].size(), 80U);
+        ASSERT_GT(lKeys[0].size(), 30U);
         for (const auto& [lName, lValues] : lKeys[0])
         {
             const std::vector<float>& lOthers = lKeys[1][lName];

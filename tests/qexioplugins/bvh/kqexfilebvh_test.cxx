@@ -1,5 +1,6 @@
 #include <qexioplugins/bvh/kqexfilebvh.h>
 
+#include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
 #include <tests/support/texts.h>
@@ -330,26 +331,73 @@ TEST(BvhRead, DeepNestingDoesNotRecurse)
     EXPECT_EQ(lScene->GetRootNode()->GetChildCount(true), kDepth + 1);
 }
 
-TEST(BvhRead, RealFile)
+/// Frames, ticks per frame, joints and end sites, from a plain look at the file's lines.
+std::vector<long long> CountsOf(const std::string& pText)
 {
-    QEX_SKIP_WITHOUT(CorpusDir(), "ASF_CORPUS_DIR");
+    const size_t lMotion = pText.find("Frame Time:");
+    const double lStep = std::stod(pText.substr(lMotion + 11));
+    const double lRate = std::fabs(std::round(1.0 / lStep) * lStep - 1.0) < 1e-3 ? std::round(1.0 / lStep) : 1.0 / lStep;
+    const auto   lCount = [&pText](const std::string& pWord)
+    {
+        long long lFound = 0;
+        for (size_t lAt = pText.find(pWord); lAt != std::string::npos; lAt = pText.find(pWord, lAt + 1))
+        {
+            ++lFound;
+        }
+        return lFound;
+    };
+    return {std::stoll(pText.substr(pText.find("Frames:") + 7)), std::llround(705600000.0 / lRate), lCount("ROOT ") + lCount("JOINT "),
+            lCount("End Site")};
+}
+
+TEST(BvhRead, WholeFiles)
+{
+    for (const std::filesystem::path& lPath : CorpusFiles(".bvh"))
+    {
+        SCOPED_TRACE(lPath);
+        const KScenePtr   lScene = MakeScene();
+        KQexFileBvh       lFile;
+        KQexBvhReadResult lResult;
+        ASSERT_TRUE(lFile.OpenRead(lPath.c_str()));
+        ASSERT_TRUE(lFile.Read(lScene.get(), KQexBvhReadOptions(), lResult));
+        EXPECT_TRUE(lFile.GetMessages().empty());
+        long long lJoints = 0;
+        long long lEnds = 0;
+        for (KQexNode* lNode = lResult.mRoots[0]; lNode != nullptr; lNode = lNode->GetNextInTree(lResult.mRoots[0]))
+        {
+            const std::string lName = lNode->GetName();
+            ++(lName.size() > 4 && lName.compare(lName.size() - 4, 4, "_End") == 0 ? lEnds : lJoints);
+        }
+        EXPECT_EQ((std::vector<long long>{lResult.mFrames, lResult.mStep.Get(), lJoints, lEnds}), CountsOf(ReadFile(lPath)));
+    }
+}
+
+/// walk.bvh has every fourth frame of walk.amc, whose world positions another program computed. Both are rounded to four decimals.
+TEST(BvhRead, TheSampleIsWhereTheMotionIs)
+{
     const KScenePtr   lScene = MakeScene();
     KQexFileBvh       lFile;
     KQexBvhReadResult lResult;
-    ASSERT_TRUE(lFile.OpenRead((CorpusDir() / "bvh" / "01_01.bvh").c_str()));
+    ASSERT_TRUE(lFile.OpenRead((SamplesDir() / "walk.bvh").c_str()));
     ASSERT_TRUE(lFile.Read(lScene.get(), KQexBvhReadOptions(), lResult));
-    EXPECT_TRUE(lFile.GetMessages().empty());
-    EXPECT_EQ(lResult.mFrames, 2752);
-    EXPECT_EQ(lResult.mStep.Get(), 5880000);
-    int lJoints = 0;
-    int lEnds = 0;
-    for (KQexNode* lNode = lResult.mRoots[0]; lNode != nullptr; lNode = lNode->GetNextInTree(lResult.mRoots[0]))
+    KQexGlobalTransforms lPose;
+    int                  lCompared = 0;
+    for (const KWorldFrame& lFrame : ReadWorld(CorpusPairs()[0]))
     {
-        const std::string lName = lNode->GetName();
-        ++(lName.size() > 4 && lName.compare(lName.size() - 4, 4, "_End") == 0 ? lEnds : lJoints);
+        const KTime lTime((lFrame.mNumber - 1) / 4 * lResult.mStep.Get());
+        ASSERT_TRUE(lScene->GetEvaluator()->EvaluateGlobalTransforms(lResult.mRoots[0], lTime, lPose));
+        for (int i = 0; i < lPose.GetCount(); ++i)
+        {
+            const std::string lName = lPose.GetNode(i)->GetName();
+            const bool        lIsEnd = lName.size() > 4 && lName.compare(lName.size() - 4, 4, "_End") == 0;
+            const KPoint&     lExpected = lIsEnd ? lFrame.mEnds.at(lName.substr(0, lName.size() - 4)) : lFrame.mStarts.at(lName);
+            const KQexVector4 lPosition = lPose.GetTransform(i).GetT();
+            EXPECT_LT(Distance({lPosition[0], lPosition[1], lPosition[2]}, lExpected) / lFrame.mHeight, 2e-5)
+                << lName << " in frame " << lFrame.mNumber;
+            ++lCompared;
+        }
     }
-    EXPECT_EQ(lJoints, 31);
-    EXPECT_EQ(lEnds, 7);
+    EXPECT_EQ(lCompared, 13 * 35);
 }
 
 /// The take "take" of the scene, written as BVH text.

@@ -12,11 +12,12 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
-// Real motions, written as BVH and glTF and read by other programs: their joints must be at the world positions of ASF_ORACLE_DIR.
+// Motions, written as BVH and glTF and read by other programs: their joints must be at the world positions that are known of them.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -29,7 +30,7 @@ namespace fs = std::filesystem;
 constexpr double kTicksPerSecond = 705600000.0;
 constexpr double kTolerance = 1e-3; ///< Fraction of the figure's height.
 
-/// A real motion, imported and written in both formats.
+/// A motion, imported and written in both formats.
 class KConvertedMotion
 {
 public:
@@ -37,23 +38,20 @@ public:
         : mPair(pPair), mBvh(pFolder / (pPair.mName + ".bvh")), mGlb(pFolder / (pPair.mName + ".glb")), mScene(MakeScene())
     {
         KQexImportAcclaimOptions lOptions;
-        lOptions.mKeepAsfScene = true;
         EXPECT_TRUE(KQexImporterAcclaim::Import(mScene.get(), pPair.mAsf.c_str(), pPair.mAmc.c_str(), lOptions, mImported));
-        mWorld = ReadWorld(pPair.mOracle, 2.54 / mImported.mAsfScene->mLengthUnit);
+        mWorld = ReadWorld(pPair);
         mTake.mStack = mScene->FindAnimStack(mImported.mTakes[0].mName.c_str());
         EXPECT_TRUE(MakeSampling({mImported.mRootNode}, mTake.mStack, KQexSamplingRequest(), mTake.mSampling));
         WriteBvh();
         WriteGlb();
-        mImported.mAsfScene.reset();
     }
 
     /// Frame of the written files, from 0.
     long long FrameOf(const KWorldFrame& pFrame) const { return pFrame.mNumber - mImported.mTakes[0].mInfo.mFirstFrame; }
 
-    double SecondsOf(const KWorldFrame& pFrame) const
-    {
-        return static_cast<double>(FrameOf(pFrame) * mTake.mSampling.mStep.Get()) / kTicksPerSecond;
-    }
+    double FramesPerSecond() const { return kTicksPerSecond / static_cast<double>(mTake.mSampling.mStep.Get()); }
+
+    double SecondsOf(const KWorldFrame& pFrame) const { return static_cast<double>(FrameOf(pFrame)) / FramesPerSecond(); }
 
     KCorpusPair              mPair;
     fs::path                 mBvh;
@@ -114,12 +112,8 @@ void ReportDistance(const std::string& pWhat, double pDistance)
 
 TEST(Clients, AssimpMatchesTheWorldPositions)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
-    QEX_SKIP_WITHOUT_ORACLE();
     const KTempDir lFolder;
-    const auto     lPairs = CorpusPairs();
-    ASSERT_FALSE(lPairs.empty());
-    for (const KCorpusPair& lPair : lPairs)
+    for (const KCorpusPair& lPair : PairsWithWorldPositions())
     {
         SCOPED_TRACE(lPair.mName);
         const KConvertedMotion lFiles(lPair, lFolder);
@@ -150,7 +144,7 @@ KJointPositions PositionsOf(const nlohmann::json& pBones)
 
 nlohmann::json JobOf(const KConvertedMotion& pFiles, const fs::path& pFile)
 {
-    nlohmann::json lJob = {{"file", pFile.string()}, {"fps", 120}, {"frames", nlohmann::json::array()}};
+    nlohmann::json lJob = {{"file", pFile.string()}, {"fps", std::lround(pFiles.FramesPerSecond())}, {"frames", nlohmann::json::array()}};
     for (const KWorldFrame& lFrame : pFiles.mWorld)
     {
         lJob["frames"].push_back(pFiles.FrameOf(lFrame));
@@ -160,8 +154,6 @@ nlohmann::json JobOf(const KConvertedMotion& pFiles, const fs::path& pFile)
 
 TEST(Clients, BlenderMatchesTheWorldPositions)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
-    QEX_SKIP_WITHOUT_ORACLE();
     if (RunProgram({"sh", "-c", "command -v blender"}).mExit != 0)
     {
         GTEST_SKIP() << "blender is not installed";
@@ -169,13 +161,12 @@ TEST(Clients, BlenderMatchesTheWorldPositions)
     const KTempDir                lFolder;
     std::vector<KConvertedMotion> lFiles;
     nlohmann::json                lJobs = nlohmann::json::array();
-    for (const KCorpusPair& lPair : CorpusPairs())
+    for (const KCorpusPair& lPair : PairsWithWorldPositions())
     {
         lFiles.emplace_back(lPair, lFolder);
         lJobs.push_back(JobOf(lFiles.back(), lFiles.back().mBvh));
         lJobs.push_back(JobOf(lFiles.back(), lFiles.back().mGlb));
     }
-    ASSERT_FALSE(lFiles.empty());
     WriteFile(lFolder / "jobs.json", lJobs.dump());
     const KRunResult lRun = RunProgram({"blender", "--background", "--factory-startup", "--python-exit-code", "1", "--python",
                                         std::string(QEX_SOURCE_DIR) + "/tests/clients/blender_heads.py", "--",

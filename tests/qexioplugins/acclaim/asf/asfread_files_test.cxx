@@ -1,4 +1,5 @@
 #include <tests/qexioplugins/acclaim/asf/asftestsupport.h>
+#include <tests/support/corpus.h>
 #include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@
 #include <string>
 #include <vector>
 
-/// Real skeletons, compared with a plain parser that shares no code with the library.
+/// Whole skeletons, compared with a plain parser that shares no code with the library.
 
 namespace qextest
 {
@@ -147,19 +148,6 @@ KPlainSkeleton ReadPlainly(const std::string& pText)
     return lSkeleton;
 }
 
-std::vector<fs::path> RealFiles()
-{
-    std::vector<fs::path> lFiles;
-    for (const fs::directory_entry& lEntry : fs::recursive_directory_iterator(CorpusDir()))
-    {
-        if (lEntry.path().extension() == ".asf")
-        {
-            lFiles.push_back(lEntry.path());
-        }
-    }
-    return lFiles;
-}
-
 void Compare(const KPlainSkeleton& pExpected, const KAsfReading& pReading)
 {
     const std::vector<HKQexAsfNode> lNodes = PreOrder(pReading.mScene->mRoot);
@@ -183,12 +171,9 @@ void Compare(const KPlainSkeleton& pExpected, const KAsfReading& pReading)
     }
 }
 
-TEST(AsfReadFiles, RealFilesMatchThePlainParser)
+TEST(AsfReadFiles, MatchThePlainParser)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
-    const std::vector<fs::path> lFiles = RealFiles();
-    ASSERT_FALSE(lFiles.empty());
-    for (const fs::path& lPath : lFiles)
+    for (const fs::path& lPath : CorpusFiles(".asf"))
     {
         SCOPED_TRACE(lPath);
         const std::string  lText = ReadFile(lPath);

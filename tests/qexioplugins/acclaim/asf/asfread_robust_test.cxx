@@ -1,5 +1,6 @@
 #include <tests/qexioplugins/acclaim/asf/asftestsupport.h>
 #include <tests/support/commalocale.h>
+#include <tests/support/corpus.h>
 #include <tests/support/filefaults.h>
 #include <tests/support/memorywatch.h>
 #include <tests/support/smallstack.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <string>
@@ -160,10 +162,13 @@ TEST(AsfReadRobust, CutAtEveryByte)
     CutEverywhere(kText, 1);
 }
 
-TEST(AsfReadRobust, RealFileCutAtEveryByte)
+TEST(AsfReadRobust, WholeFilesCutAtEveryByte)
 {
-    QEX_SKIP_WITHOUT_CORPUS();
-    CutEverywhere(ReadFile(CorpusDir() / "cmu" / "01.asf"), 1);
+    for (const std::filesystem::path& lPath : CorpusFiles(".asf"))
+    {
+        SCOPED_TRACE(lPath);
+        CutEverywhere(ReadFile(lPath), 1);
+    }
 }
 
 TEST(AsfReadRobust, EveryByteReplaced)

@@ -69,10 +69,10 @@ protected:
         }
     }
 
+    std::vector<std::string> mLog; ///< Outlives the curves.
     KScenePair               mStage;
     KQexAsfNode*             mBone = mStage.mAsf->mRoot = Bone(nullptr, "bone", {0, 1, 2, 5, 4, 3});
     KQexNode*                mNode = KQexNode::Create(mStage.mScene, "node");
-    std::vector<std::string> mLog;
 };
 
 using KNames = std::vector<std::string>;
