@@ -16,7 +16,7 @@ std::vector<std::string> PointsOf(const KPicture& pPicture, const KPose& pPose)
     std::vector<std::string> lPoints;
     for (const KLabel& lLabel : pPicture.mLabels)
     {
-        const KPoint& lPoint = (lLabel.mAtEnd ? pPose.mEnds : pPose.mStarts)[lLabel.mBone];
+        const asfapp::KPoint& lPoint = (lLabel.mAtEnd ? pPose.mEnds : pPose.mStarts)[lLabel.mBone];
         lPoints.push_back(lLabel.mName + " " + std::to_string(static_cast<int>(lPoint.mX)) + " " +
                           std::to_string(static_cast<int>(lPoint.mY)));
     }
@@ -24,9 +24,9 @@ std::vector<std::string> PointsOf(const KPicture& pPicture, const KPose& pPose)
 }
 
 // Hips with three children in different places, one of them a leaf without an end; the others have one.
-const std::vector<KPictureJoint> kJoints{{"Hips", -1, false},    {"LeftLeg", 0, false},     {"LeftLeg_End", 1, true},
+const std::vector<KPictureJoint>  kJoints{{"Hips", -1, false},    {"LeftLeg", 0, false},     {"LeftLeg_End", 1, true},
                                          {"RightLeg", 0, false}, {"RightLeg_End", 3, true}, {"Head", 0, false}};
-const std::vector<KPoint>        kPositions{{0, 90, 0}, {10, 80, 0}, {10, 0, 0}, {-10, 80, 0}, {-10, 0, 0}, {0, 150, 0}};
+const std::vector<asfapp::KPoint> kPositions{{0, 90, 0}, {10, 80, 0}, {10, 0, 0}, {-10, 80, 0}, {-10, 0, 0}, {0, 150, 0}};
 
 TEST(PictureJoints, EveryJointIsLabelledOnceAndAtItsPosition)
 {
