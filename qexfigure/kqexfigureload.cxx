@@ -3,6 +3,7 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
 
+#include <new>
 #include <utility>
 
 /// \file
@@ -90,6 +91,10 @@ bool KQexFigure::LoadAcclaim(const KQexFigureFiles& pFiles, const KQexFigureOpti
     mSkeleton = std::move(lResult.mAsfScene);
     mSkeletonNotes = std::move(lResult.mSkeletonNotes);
     mDofs = KQexExporterAcclaim::GetBoneDofs(mSkeleton.get());
+    if (mDofs.empty())
+    {
+        throw std::bad_alloc(); // A skeleton has at least a root.
+    }
     mHasDofs = true;
     return true;
 }

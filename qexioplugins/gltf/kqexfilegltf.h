@@ -1,11 +1,13 @@
 #ifndef QEXIOPLUGINS_GLTF_KQEXFILEGLTF_H
 #define QEXIOPLUGINS_GLTF_KQEXFILEGLTF_H
 
+#include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
 #include <qexscene/kqexscene.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +34,11 @@ struct QEX_API KQexGltfWriteOptions
     int                 mThreads = 0; ///< Threads that evaluate; 0: as many as the machine has, at most 4. Does not affect the output.
     KQexProgress        mProgress;    ///< Called from time to time; return false to cancel. May be empty.
     const KQexBoneDofs* mBoneDofs = nullptr; ///< Degrees of freedom by node name, written to `extras`; null: none. Not owned.
+
+    /// KQexFileGltf::Write(): not null: receives the outputs, complete but still under temporary names, instead of replacing the files. The
+    /// caller commits them together with others (KOutputFile::CommitAll), or destroys them, which discards them. Nothing is added
+    /// after a failure.
+    std::vector<std::unique_ptr<KOutputFile>>* mPrepared = nullptr;
 };
 
 /// Options for reading glTF.

@@ -5,10 +5,12 @@
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 #include <qexscene/kqexsceneundo.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <initializer_list>
+#include <iterator>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -128,6 +130,38 @@ std::string BinaryStartOf(KQexFileGltf& pFile, KQexGltfWriter& pWriter)
     return lStart;
 }
 
+using KOutputs = std::vector<std::unique_ptr<KOutputFile>>;
+
+/// Writes to one output, or two for ".gltf": the buffer first. Ready to commit.
+bool PrepareOutputs(KQexFileGltf& pFile, const std::string& pPath, KQexGltfWriter& pWriter, KOutputs& pOutputs)
+{
+    const std::string_view lBytes = BufferOf(pWriter);
+    pOutputs.push_back(std::make_unique<KOutputFile>());
+    if (!EndsWith(pPath, ".gltf"))
+    {
+        const std::string lStart = BinaryStartOf(pFile, pWriter);
+        return !lStart.empty() && WriteParts(pFile, *pOutputs[0], pPath, {lStart, lBytes});
+    }
+    pOutputs.push_back(std::make_unique<KOutputFile>());
+    const std::string lBinaryPath = pPath.substr(0, pPath.size() - 5) + ".bin";
+    const std::string lJson = pWriter.GetJson(EncodeUri(std::filesystem::path(lBinaryPath).filename().string()));
+    return WriteParts(pFile, *pOutputs[0], lBinaryPath, {lBytes}) && WriteParts(pFile, *pOutputs[1], pPath, {lJson, "\n"});
+}
+
+/// Hands the outputs over to \p pPrepared, or commits them if that is null.
+bool FinishOutputs(KQexFileGltf& pFile, KOutputs& pOutputs, KOutputs* pPrepared)
+{
+    if (pPrepared != nullptr)
+    {
+        pPrepared->reserve(pPrepared->size() + pOutputs.size());
+        std::move(pOutputs.begin(), pOutputs.end(), std::back_inserter(*pPrepared));
+        return true;
+    }
+    KOutputFile*       lFiles[2] = {pOutputs.front().get(), pOutputs.back().get()};
+    const KOutputFile* lFailed = KOutputFile::CommitAll(lFiles, pOutputs.size());
+    return lFailed == nullptr || ReportOutput(pFile, *lFailed);
+}
+
 } // namespace
 
 bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
@@ -136,25 +170,9 @@ bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& p
     return BuildAndWrite(*this, pRoots, pOptions,
                          [&](KQexGltfWriter& pWriter)
                          {
-                             const std::string      lPath(pPath);
-                             const std::string_view lBytes = BufferOf(pWriter);
-                             KOutputFile            lMain;
-                             if (!EndsWith(lPath, ".gltf"))
-                             {
-                                 const std::string lStart = BinaryStartOf(*this, pWriter);
-                                 return !lStart.empty() && WriteParts(*this, lMain, lPath, {lStart, lBytes}) &&
-                                        (lMain.Commit() || ReportOutput(*this, lMain));
-                             }
-                             const std::string  lBinaryPath = lPath.substr(0, lPath.size() - 5) + ".bin";
-                             const std::string  lJson = pWriter.GetJson(EncodeUri(std::filesystem::path(lBinaryPath).filename().string()));
-                             KOutputFile        lBinary;
-                             KOutputFile* const lOutputs[] = {&lBinary, &lMain};
-                             if (!WriteParts(*this, lBinary, lBinaryPath, {lBytes}) || !WriteParts(*this, lMain, lPath, {lJson, "\n"}))
-                             {
-                                 return false;
-                             }
-                             const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, 2);
-                             return lFailed == nullptr || ReportOutput(*this, *lFailed);
+                             KOutputs          lOutputs;
+                             const std::string lPath(pPath);
+                             return PrepareOutputs(*this, lPath, pWriter, lOutputs) && FinishOutputs(*this, lOutputs, pOptions.mPrepared);
                          });
 }
 

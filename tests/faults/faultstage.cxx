@@ -342,6 +342,11 @@ bool ConvertToGltf(KStage& pStage)
     return Convert(pStage, {"a.glb"}, {"a.gltf"});
 }
 
+bool ConvertToBvhAndGltf(KStage& pStage)
+{
+    return Convert(pStage, {"a.glb"}, {"a.gltf", "a.bvh"});
+}
+
 bool ConvertToAcclaim(KStage& pStage)
 {
     return Convert(pStage, {"a.bvh"}, {"a.asf", "a.amc"});
@@ -464,6 +469,7 @@ const std::vector<KFaultOperation>& FaultOperations()
         {"ExportAcclaim", true, {}, {"a.asf", "a.amc"}, false, ExportAcclaim},
         {"ConvertToBvhAndGlb", false, {"a.asf", "a.amc"}, {"a.bvh", "a.glb"}, true, ConvertToBvhAndGlb},
         {"ConvertToGltf", false, {"a.glb"}, {"a.gltf", "a.bin"}, true, ConvertToGltf},
+        {"ConvertToBvhAndGltf", false, {"a.glb"}, {"a.bvh", "a.gltf", "a.bin"}, true, ConvertToBvhAndGltf},
         {"ConvertToAcclaim", false, {"a.bvh"}, {"a.asf", "a.amc"}, true, ConvertToAcclaim},
     };
     return sOperations;

@@ -68,15 +68,15 @@ bool KConverter::WriteAll()
 {
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
-        if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) || (lOutput.mKind == eOUT_GLB && !WriteGlb(lOutput)))
+        if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) || (lOutput.mKind == eOUT_GLB && !WriteGlb(lOutput)) ||
+            (lOutput.mKind == eOUT_GLTF && !WriteGltf(lOutput)))
         {
             return false;
         }
     }
-    // glTF and Acclaim files replace their targets as soon as they are complete; Commit() replaces those of BVH and GLB later.
-    const KConvertOutput* lGltf = FindTarget(eOUT_GLTF);
-    const bool            lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
-    return (lGltf == nullptr || WriteGltf(*lGltf)) && (!lAcclaim || WriteAcclaim());
+    // Acclaim files are last: they replace their targets as soon as they are complete, all others in Commit().
+    const bool lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
+    return !lAcclaim || WriteAcclaim();
 }
 
 const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const
@@ -204,9 +204,9 @@ bool KConverter::Commit()
     {
         lOutputs.push_back(&lBvh->GetOutput());
     }
-    for (const auto& lGlb : mGlbs)
+    for (const auto& lOutput : mOutputs)
     {
-        lOutputs.push_back(lGlb.get());
+        lOutputs.push_back(lOutput.get());
     }
     const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size());
     if (lFailed != nullptr)

@@ -23,8 +23,8 @@ struct KSampledTake
     qexsdk::KQexSampling          mSampling;
 };
 
-/// Writes a figure to the outputs of an `asf convert` run. No target is replaced until all outputs are complete; only the AMC files of
-/// several takes are replaced one by one.
+/// Writes a figure to the outputs of an `asf convert` run: each is prepared, then all are committed together, but ASF and AMC files
+/// replace their targets as soon as they are complete.
 class KConverter
 {
 public:
@@ -68,8 +68,8 @@ private:
     KConsole&                 mConsole;
     std::vector<KSampledTake> mTakes; ///< At least one.
 
-    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs; ///< Prepared, not yet committed.
-    std::vector<std::unique_ptr<qexsdk::KOutputFile>> mGlbs; ///< The same.
+    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs;    ///< Prepared, not yet committed.
+    std::vector<std::unique_ptr<qexsdk::KOutputFile>> mOutputs; ///< The same, of all other formats.
 };
 
 } // namespace asfapp

@@ -47,8 +47,8 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 {
     const std::string            lPath = PathOf(pOutput, mTakes.front());
     qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
-    mGlbs.push_back(std::make_unique<qexsdk::KOutputFile>());
-    qexsdk::KOutputFile& lOut = *mGlbs.back();
+    mOutputs.push_back(std::make_unique<qexsdk::KOutputFile>());
+    qexsdk::KOutputFile& lOut = *mOutputs.back();
     if (!OpenOutput(lOut, lPath, mConsole))
     {
         return false;
@@ -82,10 +82,10 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
 bool KConverter::WriteGltf(const KConvertOutput& pOutput)
 {
     const std::string            lPath = PathOf(pOutput, mTakes.front());
-    const std::string            lDisplayPath = DisplayOutput(lPath); // Made first: after writing, nothing may fail.
     qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
     qexsdk::KQexFileGltf         lFile;
     bool                         lOk = false;
+    lOptions.mPrepared = &mOutputs;
     {
         KProgress lProgress("writing", mConsole);
         lOptions.mProgress = [&lProgress](double pFraction)
@@ -94,7 +94,7 @@ bool KConverter::WriteGltf(const KConvertOutput& pOutput)
         };
         lOk = lFile.Write(lPath, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, lDisplayPath, mConsole);
+    PrintGltfMessages(lFile, DisplayOutput(lPath), mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);

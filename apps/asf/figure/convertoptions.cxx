@@ -98,10 +98,6 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
         }
         pOptions.mTargets.push_back(lOutput);
     }
-    if (pOptions.Writes(eOUT_GLTF) && (pOptions.Writes(eOUT_ASF) || pOptions.Writes(eOUT_AMC)))
-    {
-        return UsageError(pConsole, "--output: .gltf and Acclaim files cannot be written together");
-    }
     return true;
 }
 

@@ -159,6 +159,9 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
     {
         EXPECT_TRUE(fs::exists(mFolder / lName)) << lName;
     }
+    ExpectConverts("walk.amc -o d.gltf -o d.bvh -o d.asf d.amc -o d.glb");
+    EXPECT_EQ(Text("d.glb"), Text("a.glb"));
+    ExpectSame({"d.gltf", "d.bvh"}, "frames");
     // The two names after one -o may be in either order; a further name is an input.
     ExpectConverts("-o b.amc b.asf walk.amc");
     EXPECT_EQ(Text("a.asf"), Text("b.asf"));

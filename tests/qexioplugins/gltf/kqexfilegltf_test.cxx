@@ -15,6 +15,47 @@ using namespace qextest;
 namespace
 {
 
+TEST(GltfWrite, PreparedOutputsReplaceNothingUntilTheyAreCommitted)
+{
+    std::mt19937    lRandom(6);
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), KRandomTreeOptions());
+    KTempDir        lFolder;
+    KQexFileGltf    lFile;
+    for (const char* lName : {"a.gltf", "a.bin", "a.glb"})
+    {
+        WriteFile(lFolder / lName, "old");
+    }
+    const auto lExpectOld = [&lFolder]
+    {
+        for (const char* lName : {"a.gltf", "a.bin", "a.glb"})
+        {
+            EXPECT_EQ(ReadFile(lFolder / lName), "old") << lName;
+        }
+    };
+    std::vector<std::unique_ptr<KOutputFile>> lOutputs;
+    KQexGltfWriteOptions                      lOptions;
+    lOptions.mPrepared = &lOutputs;
+    ASSERT_TRUE(lFile.Write((lFolder / "a.gltf").string(), {lRoot}, lOptions));
+    ASSERT_TRUE(lFile.Write((lFolder / "a.glb").string(), {lRoot}, lOptions));
+    EXPECT_FALSE(lFile.Write((lFolder / "none/a.gltf").string(), {lRoot}, lOptions));
+    ASSERT_EQ(lOutputs.size(), 3u);
+    lExpectOld();
+    lOutputs.clear();
+    lExpectOld();
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lFolder.Path()), std::filesystem::directory_iterator()), 3);
+
+    ASSERT_TRUE(lFile.Write((lFolder / "a.gltf").string(), {lRoot}, lOptions));
+    ASSERT_TRUE(lFile.Write((lFolder / "a.glb").string(), {lRoot}, lOptions));
+    KOutputFile* const lAll[] = {lOutputs[0].get(), lOutputs[1].get(), lOutputs[2].get()};
+    EXPECT_EQ(KOutputFile::CommitAll(lAll, 3), nullptr);
+    std::string lBytes;
+    ASSERT_TRUE(lFile.WriteBuffer(lBytes, {lRoot}, lOptions));
+    EXPECT_EQ(ReadFile(lFolder / "a.glb"), lBytes);
+    EXPECT_EQ(nlohmann::json::parse(ReadFile(lFolder / "a.gltf"))["buffers"][0]["uri"], "a.bin");
+    EXPECT_EQ(nlohmann::json::parse(ReadFile(lFolder / "a.gltf"))["buffers"][0]["byteLength"], ReadFile(lFolder / "a.bin").size());
+}
+
 TEST(GltfWrite, TheBinaryHeaderHasTheFileSize)
 {
     std::mt19937         lRandom(5);
