@@ -4,12 +4,13 @@
 /// \file
 /// Acclaim skeletons and motion: ASF and AMC files. Includes all public headers of qex::acclaim and of what it uses.
 
-#include <qex/motion.h>
 #include <qexioplugins/acclaim/kqexasfnode.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
+
+#include <qex/motion.h>
 
 #endif

@@ -4,7 +4,8 @@
 /// \file
 /// BVH files. Includes all public headers of qex::bvh and of what it uses.
 
-#include <qex/motion.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
+
+#include <qex/motion.h>
 
 #endif

@@ -4,11 +4,12 @@
 /// \file
 /// Any file as a scene. Includes all public headers of qex::figure and of what it uses.
 
-#include <qex/acclaim.h>
-#include <qex/bvh.h>
 #include <qexfigure/kqexfigure.h>
 #include <qexfigure/kqexfigurefile.h>
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>
+
+#include <qex/acclaim.h>
+#include <qex/bvh.h>
 
 #endif

@@ -4,7 +4,8 @@
 /// \file
 /// glTF files. Includes all public headers of qex::gltf and of what it uses.
 
-#include <qex/motion.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
+
+#include <qex/motion.h>
 
 #endif

@@ -11,6 +11,7 @@
 #include <kbaselib/kmath/kgeom.h>
 #include <kbaselib/kmath/kmath.h>
 #include <kbaselib/kmath/maths.h>
+
 #include <qex/kbase.h>
 
 #endif

@@ -4,9 +4,10 @@
 /// \file
 /// What all readers and writers of motion share. Includes all public headers of qex::motion and of what it uses.
 
-#include <qex/scene.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
 #include <qexioplugins/motion/kqextextmessage.h>
+
+#include <qex/scene.h>
 
 #endif

@@ -4,8 +4,6 @@
 /// \file
 /// The scene: nodes, takes, curves, evaluation. Includes all public headers of qex::scene and of what it uses.
 
-#include <qex/kbase.h>
-#include <qex/kmath.h>
 #include <qexscene/kfcurveglobals.h>
 #include <qexscene/kqexanimcurve.h>
 #include <qexscene/kqexanimcurvefilter.h>
@@ -41,5 +39,8 @@
 #include <qexscene/kqextype.h>
 #include <qexscene/kqexvector4.h>
 #include <qexscene/kqexvectortemplate3.h>
+
+#include <qex/kbase.h>
+#include <qex/kmath.h>
 
 #endif
