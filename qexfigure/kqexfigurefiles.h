@@ -56,8 +56,10 @@ QEX_API bool OpenFigureFiles(const std::vector<std::string>& pPaths, const KQexF
                              std::vector<KQexFigureFile>& pFiles, KQexFigureReport& pReport) noexcept;
 
 /// Finds the skeleton of a motion among the ASF files in its folder: the one named in its header; else the one whose name is the longest
-/// prefix of the motion's (01.asf for 01_01.amc); else the only one. Case is ignored. A note in \p pReport has the choice.
+/// prefix of the motion's (01.asf for 01_01.amc); else the only one. Case is ignored.
+/// \param pMotion an AMC file, open
 /// \param pSkeletonOption see KQexFigureFilesOptions
+/// \param pReport receives a note with the choice, or an error
 /// \return its path; "" after an error that lists the candidates
 QEX_API std::string FindFigureSkeleton(const KQexFigureFile& pMotion, const std::string& pSkeletonOption,
                                        KQexFigureReport& pReport) noexcept;

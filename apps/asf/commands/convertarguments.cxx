@@ -9,11 +9,89 @@ namespace asfapp
 namespace
 {
 
+/// Range of factors of lengths.
+constexpr double kLeastFactor = 1e-9;
+constexpr double kGreatestFactor = 1e9;
+
 bool IsPair(const std::string& pOne, const std::string& pOther)
 {
     const std::string lOne = qexsdk::KPathExtension(pOne);
     const std::string lOther = qexsdk::KPathExtension(pOther);
     return (lOne == ".asf" && lOther == ".amc") || (lOne == ".amc" && lOther == ".asf");
+}
+
+/// Inputs, outputs and takes.
+void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
+{
+    const CLI::IsMember lKinds({"asf", "amc", "bvh", "glb", "gltf"});
+    pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
+        ->required()
+        ->option_text("...");
+    pCommand.add_option("-o,--output", pOptions.mOutputs, "File to write; may be repeated. {name} in it is replaced by the take's name")
+        ->required()
+        ->type_size(1)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->option_text("FILE");
+    AddFormatOption(pCommand, pOptions.mMotion.mFrom);
+    pCommand.add_option("--to", pOptions.mTo, "Format to write, instead of the output's extension")->check(lKinds)->option_text("KIND");
+    pCommand.add_option("--asf", pOptions.mMotion.mAsf, "Skeleton of AMC files given alone (default: searched for in their folder)")
+        ->option_text("FILE");
+    pCommand.add_option("--skeleton", pOptions.mSkeleton, "Write the motion for the bones of this ASF file, matched by name")
+        ->option_text("FILE");
+    pCommand.add_option("--take", pOptions.mTake, "Take to convert if there are several; for one AMC or BVH file, the name of its take")
+        ->option_text("NAME");
+}
+
+/// What of the motion is written, and how it is read.
+void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
+{
+    pCommand
+        .add_option("--fps", pOptions.mFps, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)")
+        ->option_text("RATE");
+    pCommand.add_option("--motion-fps", pOptions.mMotion.mFps, "Frames per second of AMC files (default: the file's rate, else 120)")
+        ->option_text("RATE");
+    pCommand.add_option("--start", pOptions.mStart, "Start: seconds, or frames from the first with the suffix f (60f)")
+        ->option_text("TIME");
+    pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
+    pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");
+    pCommand.add_option("--scale", pOptions.mScale, "Factor for all lengths and positions")
+        ->check(CLI::Range(kLeastFactor, kGreatestFactor))
+        ->option_text("FACTOR");
+    pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
+    pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
+    pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
+        ->check(CLI::IsMember({"none", "unroll", "gimbal"}))
+        ->option_text("FILTER");
+    pCommand.add_flag("--reduce", pOptions.mReduce, "Drop keys inside runs of equal values when reading AMC");
+    pCommand.add_flag("--keep-good-frames", pOptions.mKeepGoodFrames, "If a motion has an error, convert the frames before it");
+}
+
+/// Options of single output formats.
+void AddOutputFormatOptions(CLI::App& pCommand, KConvertOptions& pOptions)
+{
+    pCommand.add_option("--up", pOptions.mUp, "Up axis of a BVH file: y (default), z")
+        ->check(CLI::IsMember({"y", "z"}))
+        ->option_text("AXIS");
+    pCommand.add_option("--channels", pOptions.mChannels, "Order of the rotation channels in a BVH file, such as ZXY (default: ZYX)")
+        ->option_text("ORDER");
+    pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")
+        ->check(CLI::IsMember({"bones", "none"}))
+        ->option_text("MESH");
+    pCommand.add_option("--length-unit", pOptions.mLengthUnit, "Length unit of an ASF file: a length of 1 is 2.54 cm divided by it")
+        ->check(CLI::Range(kLeastFactor, kGreatestFactor))
+        ->option_text("UNIT");
+    pCommand
+        .add_option("--translations", pOptions.mTranslations, "Bones of an ASF file with translation DOFs: moving (default), none, all")
+        ->check(CLI::IsMember({"moving", "none", "all"}))
+        ->option_text("WHICH");
+    pCommand.add_option("--base-pose", pOptions.mBasePose, "Rest pose of an ASF file: rest (default), first-frame")
+        ->check(CLI::IsMember({"rest", "first-frame"}))
+        ->option_text("POSE");
+    pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
+    pCommand.add_flag("--write-rate,--tell-rate", pOptions.mWriteRate,
+                      "Write the rate into an AMC file as :SAMPLES-PER-SECOND, too, not only as a comment; some programs cannot read it");
 }
 
 } // namespace
@@ -39,64 +117,9 @@ std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments)
 
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
-    const CLI::IsMember lKinds({"asf", "amc", "bvh", "glb", "gltf"});
-    const CLI::Range    lFactor(1e-9, 1e9);
-    pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
-        ->required()
-        ->option_text("...");
-    pCommand.add_option("-o,--output", pOptions.mOutputs, "File to write; may be repeated. {name} in it is replaced by the take's name")
-        ->required()
-        ->type_size(1)
-        ->expected(1)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->option_text("FILE");
-    AddFormatOption(pCommand, pOptions.mMotion.mFrom);
-    pCommand.add_option("--to", pOptions.mTo, "Format to write, instead of the output's extension")->check(lKinds)->option_text("KIND");
-    pCommand.add_option("--asf", pOptions.mMotion.mAsf, "Skeleton of AMC files given alone (default: searched for in their folder)")
-        ->option_text("FILE");
-    pCommand.add_option("--skeleton", pOptions.mSkeleton, "Write the motion for the bones of this ASF file, matched by name")
-        ->option_text("FILE");
-    pCommand.add_option("--take", pOptions.mTake, "Take to convert if there are several; for one AMC or BVH file, the name of its take")
-        ->option_text("NAME");
-    pCommand
-        .add_option("--fps", pOptions.mFps, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)")
-        ->option_text("RATE");
-    pCommand.add_option("--motion-fps", pOptions.mMotion.mFps, "Frames per second of AMC files (default: the file's rate, else 120)")
-        ->option_text("RATE");
-    pCommand.add_option("--start", pOptions.mStart, "Start: seconds, or frames from the first with the suffix f (60f)")
-        ->option_text("TIME");
-    pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
-    pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");
-    pCommand.add_option("--scale", pOptions.mScale, "Factor for all lengths and positions")->check(lFactor)->option_text("FACTOR");
-    pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
-    pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
-    pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
-        ->check(CLI::IsMember({"none", "unroll", "gimbal"}))
-        ->option_text("FILTER");
-    pCommand.add_flag("--reduce", pOptions.mReduce, "Drop keys inside runs of equal values when reading AMC");
-    pCommand.add_flag("--keep-good-frames", pOptions.mKeepGoodFrames, "If a motion has an error, convert the frames before it");
-    pCommand.add_option("--up", pOptions.mUp, "Up axis of a BVH file: y (default), z")
-        ->check(CLI::IsMember({"y", "z"}))
-        ->option_text("AXIS");
-    pCommand.add_option("--channels", pOptions.mChannels, "Order of the rotation channels in a BVH file, such as ZXY (default: ZYX)")
-        ->option_text("ORDER");
-    pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")
-        ->check(CLI::IsMember({"bones", "none"}))
-        ->option_text("MESH");
-    pCommand.add_option("--length-unit", pOptions.mLengthUnit, "Length unit of an ASF file: a length of 1 is 2.54 cm divided by it")
-        ->check(lFactor)
-        ->option_text("UNIT");
-    pCommand
-        .add_option("--translations", pOptions.mTranslations, "Bones of an ASF file with translation DOFs: moving (default), none, all")
-        ->check(CLI::IsMember({"moving", "none", "all"}))
-        ->option_text("WHICH");
-    pCommand.add_option("--base-pose", pOptions.mBasePose, "Rest pose of an ASF file: rest (default), first-frame")
-        ->check(CLI::IsMember({"rest", "first-frame"}))
-        ->option_text("POSE");
-    pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
-    pCommand.add_flag("--write-rate,--tell-rate", pOptions.mWriteRate,
-                      "Write the rate into an AMC file as :SAMPLES-PER-SECOND, too, not only as a comment; some programs cannot read it");
+    AddFileOptions(pCommand, pOptions);
+    AddMotionPartOptions(pCommand, pOptions);
+    AddOutputFormatOptions(pCommand, pOptions);
     pCommand
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
         ->check(CLI::Range(1, 64))
