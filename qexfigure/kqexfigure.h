@@ -68,6 +68,7 @@ struct QEX_API KQexFigureOptions
     std::string        mTakeOption;             ///< How a user of the program names mTake ("--take"), for messages; may be empty.
     bool               mRemoveDummies = false;  ///< Leave out dummy bones, see RemoveDummyNodes() and KQexImportAcclaimOptions.
     bool               mKeepGoodFrames = false; ///< After an error in a motion, keep the complete frames before it, if any.
+    bool               mAllowUnmatched = false; ///< Accept an AMC motion of another skeleton, see KQexSkeletonMatch.
     bool               mReduce = false;         ///< Drop keys inside runs of equal values from AMC motions.
     KQexRotationFilter mFilter = eROTATION_FILTER_UNROLL; ///< Filter of AMC rotation curves.
     KQexProgress       mProgress;                         ///< Called with the fraction read, 0 to 1; false cancels. May be empty.

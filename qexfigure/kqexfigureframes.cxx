@@ -59,7 +59,7 @@ bool KQexFigure::IsEnd(const KQexNode& pNode) const
 {
     if (mSkeleton)
     {
-        // The importer activates rotation for bones only. The name is no criterion: a bone may be named NAME_End.
+        // The importer activates rotation for joints only. The name is no criterion: a bone may be named NAME_End.
         return !pNode.GetRotationActive();
     }
     const KQexNode* lParent = pNode.GetParent();

@@ -32,6 +32,7 @@ KQexImportAcclaimOptions AcclaimOptions(const KQexFigureOptions& pOptions)
     lOptions.mRotationFilter = pOptions.mFilter;
     lOptions.mUseConstantKeyReducer = pOptions.mReduce;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;
+    lOptions.mAllowUnmatched = pOptions.mAllowUnmatched;
     lOptions.mProgress = pOptions.mProgress;
     return lOptions;
 }
@@ -78,6 +79,10 @@ bool KQexFigure::LoadAcclaim(const KQexFigureFiles& pFiles, const KQexFigureOpti
     for (const KQexImportMessage& lMessage : lResult.mMessages)
     {
         pReport.Add(lMessage.mPath == "-" ? "<stdin>" : lMessage.mPath, lMessage.mMessage);
+    }
+    if (lResult.mIsMismatch)
+    {
+        pReport.SetMismatch();
     }
     if (!lResult.mOk)
     {

@@ -57,6 +57,9 @@ public:
     /// True if the progress function cancelled a load. No message, and no change of the status.
     bool IsCancelled() const { return mIsCancelled; }
 
+    /// True if an AMC motion was refused because it hardly matches the skeleton; an error says so. See mAllowUnmatched of the options.
+    bool IsMismatch() const { return mIsMismatch; }
+
     /// \name For operations that report
     ///@{
 
@@ -75,6 +78,9 @@ public:
     /// Records that memory ran out.
     void SetOutOfMemory() noexcept;
 
+    /// Records that a motion hardly matches the skeleton.
+    void SetMismatch() noexcept { mIsMismatch = true; }
+
     /// Records that the progress function cancelled.
     void SetCancelled() noexcept { mIsCancelled = true; }
     ///@}
@@ -84,6 +90,7 @@ private:
     KQexFigureStatus               mStatus = eFIGURE_OK;
     bool                           mIsOutOfMemory = false;
     bool                           mIsCancelled = false;
+    bool                           mIsMismatch = false;
 };
 
 } // namespace qexsdk

@@ -14,6 +14,7 @@
 #include <new>
 #include <poll.h>
 #include <unistd.h>
+#include <utility>
 
 namespace qexsdk
 {
@@ -25,6 +26,30 @@ constexpr size_t kBufferSize = 65536;
 constexpr mode_t kModeBits = 07777;
 
 } // namespace
+
+KOutputFile::KOutputFile(KOutputFile&& pOther) noexcept
+    : mState(std::exchange(pOther.mState, eCLOSED)),
+      mResult(std::exchange(pOther.mResult, true)),
+      mError(std::exchange(pOther.mError, 0)),
+      mFile(std::exchange(pOther.mFile, -1)),
+      mOwnsFile(std::exchange(pOther.mOwnsFile, false)),
+      mSlot(std::exchange(pOther.mSlot, -1)),
+      mSize(std::exchange(pOther.mSize, 0)),
+      mBuffer(std::exchange(pOther.mBuffer, nullptr)),
+      mFill(std::exchange(pOther.mFill, 0)),
+      mOut(std::exchange(pOther.mOut, nullptr)),
+      mPath(std::move(pOther.mPath)),
+      mTarget(std::move(pOther.mTarget)),
+      mTemporary(std::move(pOther.mTemporary)),
+      mBackup(std::move(pOther.mBackup)),
+      mBackupSlot(std::exchange(pOther.mBackupSlot, -1)),
+      mHadOld(std::exchange(pOther.mHadOld, false))
+{
+    // A moved string may keep its text.
+    pOther.mTemporary.clear();
+    pOther.mBackup.clear();
+    pOther.Reset();
+}
 
 KOutputFile::~KOutputFile()
 {

@@ -31,6 +31,9 @@ public:
     KOutputFile(const KOutputFile&) = delete;
     KOutputFile& operator=(const KOutputFile&) = delete;
 
+    /// Takes over the output of \p pOther, which is then as if it had never been opened.
+    KOutputFile(KOutputFile&& pOther) noexcept;
+
     /// Opens \p pPath for writing, or standard output for "-". A symbolic link is followed: its target is replaced (or created), the
     /// link stays. A replaced file keeps its mode. False, with GetReason(), for a directory, a target without write permission, a
     /// folder in which no file can be created, or when memory runs out. An output that was open before is discarded.

@@ -19,7 +19,7 @@ struct KPendingFile
     char             mPath[PATH_MAX];
 };
 
-constexpr int kMaxPending = 64;
+constexpr int kMaxPending = 512; ///< Takes of one figure may be as many files. Pages without an entry use no memory.
 
 KPendingFile sPending[kMaxPending];
 

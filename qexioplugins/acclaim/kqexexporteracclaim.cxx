@@ -59,24 +59,39 @@ void AddDofs(const KQexAsfNode& pBone, double pToCentimetres, std::vector<KQexBo
     }
 }
 
+/// The take of the options, to \p pPath (null or empty: not written).
+std::vector<KQexExportMotion> OptionsMotion(const char* pPath, const KQexExportAcclaimOptions& pOptions)
+{
+    return {KQexExportMotion{pPath != nullptr ? pPath : "", pOptions.mStack, pOptions.mSampling}};
+}
+
 } // namespace
 
 bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                                  KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, pAsfPath, pOptions, pResult, [&] { return KQexExportRun(pRoot, pAsfPath, pAmcPath, pOptions, pResult).Run(); });
+    return Guarded(pRoot, pAsfPath, pOptions, pResult,
+                   [&] { return KQexExportRun(pRoot, pAsfPath, OptionsMotion(pAmcPath, pOptions), pOptions, pResult).Run(); });
+}
+
+bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const std::vector<KQexExportMotion>& pMotions,
+                                 const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
+{
+    return Guarded(pRoot, pAsfPath, pOptions, pResult, [&] { return KQexExportRun(pRoot, pAsfPath, pMotions, pOptions, pResult).Run(); });
 }
 
 bool KQexExporterAcclaim::ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
                                         KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, "", pOptions, pResult, [&] { return KQexExportRun(pRoot, "", nullptr, pOptions, pResult).Run(pAsf, &pAmc); });
+    return Guarded(pRoot, "", pOptions, pResult,
+                   [&] { return KQexExportRun(pRoot, "", OptionsMotion("", pOptions), pOptions, pResult).Run(pAsf, &pAmc); });
 }
 
 bool KQexExporterAcclaim::ExportSkeleton(KQexNode* pRoot, std::string& pAsf, const KQexExportAcclaimOptions& pOptions,
                                          KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, "", pOptions, pResult, [&] { return KQexExportRun(pRoot, "", nullptr, pOptions, pResult).Run(pAsf, nullptr); });
+    return Guarded(pRoot, "", pOptions, pResult,
+                   [&] { return KQexExportRun(pRoot, "", OptionsMotion("", pOptions), pOptions, pResult).Run(pAsf, nullptr); });
 }
 
 bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,

@@ -1,10 +1,13 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_KQEXEXPORTERACCLAIM_H
 #define QEXIOPLUGINS_ACCLAIM_KQEXEXPORTERACCLAIM_H
 
+#include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
+#include <qexioplugins/acclaim/kqexskeletonmatch.h>
 #include <qexioplugins/motion/kqextextmessage.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,9 +20,17 @@ namespace qexsdk
 /// Which bones get translation DOFs. The root always has them.
 enum KQexTranslationDofs
 {
-    eTRANSLATION_DOFS_MOVING, ///< Those whose nodes' translation is animated in the take.
+    eTRANSLATION_DOFS_MOVING, ///< Those whose nodes' position relative to their parents changes in any of the takes.
     eTRANSLATION_DOFS_NONE,   ///< None.
     eTRANSLATION_DOFS_ALL     ///< All.
+};
+
+/// A take of an export, and the file for it.
+struct QEX_API KQexExportMotion
+{
+    std::string         mPath;            ///< Motion file; empty: not written, but the skeleton gets the DOFs that the take needs.
+    KQexAnimStack*      mStack = nullptr; ///< The take; null: the scene's current one, if any.
+    KQexSamplingRequest mSampling;        ///< Part and rate of the take.
 };
 
 /// How a host tree is exported.
@@ -29,7 +40,7 @@ struct QEX_API KQexExportAcclaimOptions
     KQexSamplingRequest mSampling;                                ///< Part and rate of the take.
     KQexTranslationDofs mTranslations = eTRANSLATION_DOFS_MOVING; ///< Bones with translation DOFs.
     double              mBaseScale = 1.0;                         ///< Factor of all lengths and positions.
-    bool        mBasePoseFirstFrame = false;  ///< The skeleton's rest pose is the take's pose at time zero; else the nodes' defaults.
+    bool        mBasePoseFirstFrame = false;  ///< The skeleton's rest pose is the first take's at time zero; else the nodes' defaults.
     double      mLengthUnit = 1.0;            ///< Length unit of the files: one unit of length is 2.54 cm / this. Above 0.
     std::string mSkeletonName;                ///< Name of the skeleton; empty: "ASF".
     const KQexBoneDofs*  mBoneDofs = nullptr; ///< DOFs and limits by node name, instead of all rotations and the nodes' limits. Not owned.
@@ -38,10 +49,18 @@ struct QEX_API KQexExportAcclaimOptions
     KQexAmcSkeletonNotes mSkeletonNotes;      ///< ExportMotion(): the skeleton's notes, as ReadSkeleton() returned them.
     KQexProgress         mProgress;           ///< Called from time to time; false cancels. Empty: never.
 
+    /// ExportMotion(): write the motion also when hardly any of the moving joints match the skeleton. See KQexSkeletonMatch.
+    bool mAllowUnmatched = false;
+
+    /// Not null: receives the outputs, complete but still under temporary names, instead of replacing the files. The caller commits them
+    /// together with others (KOutputFile::CommitAll), or destroys them, which discards them. Nothing is added after a failure.
+    std::vector<std::unique_ptr<KOutputFile>>* mPrepared = nullptr;
+
     /// Adapt the extracted skeleton for the file, which would lose something otherwise: limits move to the rows that are written, an offset
-    /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, axes are
-    /// decomposed exactly, and directions and axes are rounded such that reading and writing them again changes nothing. Names are
-    /// made valid in any case. False writes the skeleton as extracted.
+    /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, leaves that
+    /// move get an end, which the importer leaves out again, names keep their prefixes, axes are decomposed exactly, and directions
+    /// and axes are rounded such that reading and writing them again changes nothing. Names are made valid in any case. False writes
+    /// the skeleton as extracted.
     bool mAdaptForFile = true;
 };
 
@@ -52,9 +71,12 @@ struct QEX_API KQexExportAcclaimResult
     bool                           mCancelled = false;  ///< The progress function cancelled.
     bool                           mBrokenPipe = false; ///< The reader of an output pipe had closed it; mMessages reports that, too.
     std::vector<KQexImportMessage> mMessages;           ///< Messages, with the path of the file they are about.
-    KQexSampling                   mSampling;           ///< Frames of the motion.
+    std::vector<std::string>       mNotes;              ///< What was added to the skeleton so that nothing is lost; no reason to worry.
+    std::vector<KQexSampling>      mSamplings;          ///< Frames of the motions; of those without a file, default values.
     int                            mBones = 0;          ///< Number of bones, the root included.
-    std::vector<std::string>       mUnmatched;          ///< ExportMotion(): bones without a node, in the skeleton's order.
+    std::vector<std::string>       mUnmatched;          ///< ExportMotion(): bones with DOFs but without a node, in the skeleton's order.
+    KQexSkeletonMatch              mMatch;              ///< ExportMotion(): how well the nodes match the skeleton.
+    bool                           mIsMismatch = false; ///< Failed, with an error, because they hardly do.
 };
 
 /// Exports host trees as Acclaim files. Stateless; different scenes may be exported concurrently.
@@ -66,7 +88,12 @@ public:
     static bool Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                        KQexExportAcclaimResult& pResult);
 
-    /// The same into memory: \p pAsf, and \p pAmc, which names no skeleton file. Both are unspecified after a failure.
+    /// The same for any number of takes. The skeleton has the DOFs that all of them need. No file is replaced before all are complete, and
+    /// all are replaced or none (KOutputFile::CommitAll).
+    static bool Export(KQexNode* pRoot, const char* pAsfPath, const std::vector<KQexExportMotion>& pMotions,
+                       const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult);
+
+    /// One take into memory: \p pAsf, and \p pAmc, which names no skeleton file. Both are unspecified after a failure.
     static bool ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
                               KQexExportAcclaimResult& pResult);
 
@@ -75,8 +102,9 @@ public:
                                KQexExportAcclaimResult& pResult);
 
     /// Writes the take as a motion for the skeleton in \p pSkeleton, a scene read from a file with both frame flags false. A bone's
-    /// node is searched by name below the node of its nearest ancestor that has one; \p pRoot is the root's. When no name matches,
-    /// the nodes' name-space prefixes are ignored. Bones without a node stay at rest and are listed in the result.
+    /// node is searched by name below the node of its nearest ancestor that has one; \p pRoot is the root's, or the node below it
+    /// to which it leads without moving. When no name matches, name-space prefixes are ignored. Bones without a node stay at rest;
+    /// those with DOFs are listed in the result. The two rest poses may differ; see KQexAmcRestAlignment.
     static bool ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                              KQexExportAcclaimResult& pResult);
 

@@ -3,6 +3,7 @@
 
 #include <qexioplugins/acclaim/kqexasfscene.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/acclaim/kqexskeletonmatch.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
 
@@ -44,7 +45,8 @@ struct QEX_API KQexAmcHeader
 struct QEX_API KQexAmcSkeletonNotes
 {
     std::vector<KQexAsfLengthDof> mLengthDofs; ///< All `l` words, for each bone in the order of its dof line.
-    std::vector<std::string> mRemovedBones;    ///< Bones of the file that the clean-up removed: their lines are ignored without a warning.
+    std::vector<std::string>    mRemovedBones; ///< Bones of the file that the clean-up removed: their lines are ignored without a warning.
+    std::vector<KQexAsfEndNote> mEndNotes;     ///< Ends of leaf bones that the import leaves out, or their names.
 };
 
 /// How a motion is read.
@@ -78,6 +80,7 @@ struct QEX_API KQexAmcInfo
     KTime             mStart;                          ///< Time of the lowest frame.
     KTime             mStop;                           ///< Time of the highest frame; for a single frame, of its end.
     bool              mCancelled = false;              ///< The progress function cancelled.
+    KQexSkeletonMatch mMatch;                          ///< How well the bones with lines match the skeleton; set when the read succeeds.
 };
 
 /// A bone and its current values.
@@ -118,18 +121,25 @@ struct QEX_API KQexAmcPair
     KQexNode*    mNode = nullptr; ///< Not owned.
 };
 
+/// How the rest poses of a skeleton and of the nodes that move it are compared.
+enum KQexAmcRestAlignment
+{
+    eAMC_REST_FIND,  ///< Found from the directions of the bones: one of the following, another rotation, or two poses of one figure.
+    eAMC_REST_WORLD, ///< In world space.
+    eAMC_REST_ROOT   ///< Relative to the root's node, as after extraction from the nodes.
+};
+
 /// How a motion is written.
 struct QEX_API KQexAmcWriteOptions
 {
-    KQexAnimStack* mStack = nullptr;     ///< Take; null: the rest pose in all frames.
-    KQexSampling   mSampling;            ///< Frames to write; the first gets number 1.
-    KQexAnimStack* mRestStack = nullptr; ///< Take whose pose at time zero is the nodes' rest pose; null: their defaults.
-    /// Skeleton and nodes have the same rest pose relative to the root node, as after extraction; false: in world space.
-    bool                 mIsRootAligned = false;
-    double               mScale = 1.0;       ///< Factor of the nodes' positions.
-    bool                 mWriteRate = false; ///< Write :SAMPLES-PER-SECOND, not only the comment; some readers do not accept it.
-    std::string          mAsfName;           ///< Skeleton file named in the first line's comment; empty: none.
-    KQexAmcSkeletonNotes mSkeletonNotes;     ///< Notes of the skeleton's file: each `l` gets a zero.
+    KQexAnimStack*       mStack = nullptr;                ///< Take; null: the rest pose in all frames.
+    KQexSampling         mSampling;                       ///< Frames to write; the first gets number 1.
+    KQexAnimStack*       mRestStack = nullptr;            ///< Take whose pose at time zero is the nodes' rest pose; null: their defaults.
+    KQexAmcRestAlignment mRestAlignment = eAMC_REST_FIND; ///< How the skeleton's rest pose relates to the nodes'.
+    double               mScale = 1.0;                    ///< Factor of the nodes' positions.
+    bool                 mWriteRate = false;              ///< Write :SAMPLES-PER-SECOND, not only the comment; some readers do not accept it.
+    std::string          mAsfName;                        ///< Skeleton file named in the first line's comment; empty: none.
+    KQexAmcSkeletonNotes mSkeletonNotes;                  ///< Notes of the skeleton's file: each `l` gets a zero.
     int mThreads = 0;       ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
     KQexProgress mProgress; ///< Called from time to time; false cancels. Empty: never.
 };

@@ -22,6 +22,14 @@ struct QEX_API KQexAsfLengthDof
     int         mIndex = 0; ///< Index of the word among all DOF words of the line.
 };
 
+/// What a writer noted about the end of a leaf bone, one line each in the file's documentation: "added-end BONE" or
+/// "end-name BONE NAME".
+struct QEX_API KQexAsfEndNote
+{
+    std::string mBone; ///< Name of the bone.
+    std::string mName; ///< Name of the joint at its end; empty: there is none, the bone was given a length so that a file can hold it.
+};
+
 /// An Acclaim skeleton file (ASF), version 1.10: reads it into a KQexAsfScene, writes it from one. Open it with the
 /// operations of KQexTextFile, then call Read() or Write().
 ///
@@ -98,11 +106,18 @@ public:
     /// The "l" words of the last Read(), in file order: a motion reader needs them and the model has no field for them.
     const std::vector<KQexAsfLengthDof>& GetLengthDofs() const { return mLengthDofs; }
 
+    /// The notes of the last Read() about the ends of leaf bones, in file order.
+    const std::vector<KQexAsfEndNote>& GetEndNotes() const { return mEndNotes; }
+
+    /// The notes for Write(); all names are single tokens. None by default.
+    void SetEndNotes(const std::vector<KQexAsfEndNote>& pNotes) { mEndNotes = pNotes; }
+
 private:
     bool ReadSections();
     bool ReadSection(int pKeyword);
     void SkipSection();
     bool CheckRoot(const char* pMessage);
+    bool ReadEndNote();
     bool ReadAxisWord(int& pOrder);
     bool ReadNameWord(char* pName);
 
@@ -135,6 +150,7 @@ private:
     void WriteDofWord(const KToken* pWords, int pCode);
 
     std::vector<KQexAsfLengthDof> mLengthDofs;
+    std::vector<KQexAsfEndNote>   mEndNotes;
     size_t                        mFirstLengthDof; ///< Index in mLengthDofs of the first entry of the bone being read.
     KQexAsfNameIndex*             mNameIndex;      ///< The bones of the current Read() by name; null outside.
 };

@@ -62,6 +62,7 @@ struct QEX_API KQexImportAcclaimOptions
     KQexRotationFilter mRotationFilter = eROTATION_FILTER_UNROLL; ///< Filter of the rotation curves, during the import only.
     bool               mUseConstantKeyReducer = false;            ///< Drop keys inside runs of equal values, during the import only.
     bool               mKeepGoodFrames = false; ///< After an error in a motion, keep the complete frames before it, when there are any.
+    bool               mAllowUnmatched = false; ///< Import a motion also when hardly any of its bones match. See KQexSkeletonMatch.
 
     /// Node that gets the new skeleton's root as a child; null: the scene's root node. Not used with mMergeRoot.
     KQexNode* mParentNode = nullptr;
@@ -89,6 +90,7 @@ struct QEX_API KQexImportAcclaimResult
 {
     bool                           mOk = false;         ///< Everything was imported. Otherwise the scene is unchanged.
     bool                           mCancelled = false;  ///< The progress function cancelled.
+    bool                           mIsMismatch = false; ///< Failed, with an error, because a motion hardly matches the skeleton.
     KQexNode*                      mRootNode = nullptr; ///< Node of the skeleton's root bone, owned by the scene; null on failure.
     std::vector<KQexImportedTake>  mTakes;              ///< One per motion, in the order of the sources; none on failure.
     std::vector<KQexImportMessage> mMessages;           ///< Messages of all files in the order of reading, also after a failure.
@@ -107,7 +109,8 @@ public:
     /// Reads the skeleton \p pSkeleton and any number of motions onto it, each under a take of its own, and puts nodes, curves
     /// and limits into \p pScene, below the options' parent node. Without a motion the skeleton alone is imported.
     ///
-    /// The scene is in centimetres (lengths and translations times 2.54 / length unit) and degrees. Everything is read before the
+    /// The scene is in centimetres (lengths and translations times 2.54 / length unit) and degrees. Ends that a writer added to leaf
+    /// joints (KQexAsfEndNote) get no nodes. Everything is read before the
     /// first node is made: when anything fails, or the progress function cancels, the scene is unchanged.
     /// \return pResult.mOk
     static bool Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #if defined(__GNUC__)
@@ -78,6 +79,13 @@ public:
 
     /// The output, for a caller that closes two files in two phases.
     KOutputFile& GetOutput() { return mOutput; }
+
+    /// Hands over the output, for a caller that commits it after this object is gone. This then has none, and Close() returns true.
+    KOutputFile ReleaseOutput()
+    {
+        mWriting = false;
+        return std::move(mOutput);
+    }
     ///@}
 
     /// \name Lines

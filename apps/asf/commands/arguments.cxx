@@ -12,7 +12,14 @@ void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
     pCommand
         .add_option("--fps", pOptions.mFps, "Frames per second, such as 120, 23.976 or 30000/1001 (default: the file's rate, else 120)")
         ->option_text("RATE");
+    AddAllowUnmatched(pCommand, pOptions);
     pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No notes, no progress bar");
+}
+
+void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions)
+{
+    pCommand.add_flag("--allow-unmatched", pOptions.mAllowUnmatched,
+                      "Accept a motion for a skeleton even if fewer than half of their moving joints have the same names");
 }
 
 void AddFormatOption(CLI::App& pCommand, std::string& pFormat)

@@ -18,8 +18,11 @@ class App;
 namespace asfapp
 {
 
-/// Adds --asf, --fps and --quiet. The command's callback must call ApplyMotionOptions().
+/// Adds --asf, --fps, --allow-unmatched and --quiet. The command's callback must call ApplyMotionOptions().
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions);
+
+/// Adds --allow-unmatched.
+void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions);
 
 /// Adds --from.
 void AddFormatOption(CLI::App& pCommand, std::string& pFormat);

@@ -124,6 +124,7 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
         ->check(CLI::Range(1, 64))
         ->option_text("N");
+    AddAllowUnmatched(pCommand, pOptions.mMotion);
     pCommand.add_flag("-q,--quiet", pOptions.mMotion.mQuiet, "No notes, no progress bar");
 }
 

@@ -78,6 +78,7 @@ bool LoadSide(const std::vector<KQexFigureFile>& pFiles, const KDiffOptions& pOp
     qexsdk::KQexFigureOptions lOptions;
     qexsdk::KQexFigureReport  lReport;
     lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
+    lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
     lOptions.mTake = pOptions.mTake;
     const bool lIsFigure = lFiles.Assign(pFiles, FilesOptions(pOptions.mMotion), lReport);
     PrintReport(lReport, pConsole);

@@ -74,7 +74,6 @@ bool KConverter::WriteAll()
             return false;
         }
     }
-    // Acclaim files are last: they replace their targets as soon as they are complete, all others in Commit().
     const bool lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
     return !lAcclaim || WriteAcclaim();
 }

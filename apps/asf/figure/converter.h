@@ -23,8 +23,7 @@ struct KSampledTake
     qexsdk::KQexSampling          mSampling;
 };
 
-/// Writes a figure to the outputs of an `asf convert` run: each is prepared, then all are committed together, but ASF and AMC files
-/// replace their targets as soon as they are complete.
+/// Writes a figure to the outputs of an `asf convert` run: each is prepared, then all are committed together.
 class KConverter
 {
 public:
@@ -53,12 +52,12 @@ private:
     bool WriteAcclaim();
     bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
                      const qexsdk::KQexAmcSkeletonNotes& pNotes);
-    bool WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc);
+    bool WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc);
     bool Commit();
 
     qexsdk::KQexGltfWriteOptions     GltfOptions() const;
-    qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake) const;
-    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes);
+    qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake);
+    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
     const KConvertOutput*            FindTarget(EOutputKind pKind) const;
 

@@ -8,11 +8,23 @@
 namespace asfapp
 {
 
-qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& pTake) const
+namespace
+{
+
+qexsdk::KQexAnimStack* StackOf(const KSampledTake& pTake)
+{
+    return pTake.mTake != nullptr ? pTake.mTake->mStack : nullptr;
+}
+
+} // namespace
+
+qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& pTake)
 {
     qexsdk::KQexExportAcclaimOptions lOptions;
-    lOptions.mStack = pTake.mTake != nullptr ? pTake.mTake->mStack : nullptr;
+    lOptions.mStack = StackOf(pTake);
     lOptions.mSampling = pTake.mRequest;
+    lOptions.mAllowUnmatched = mOptions.mMotion.mAllowUnmatched;
+    lOptions.mPrepared = &mOutputs;
     lOptions.mTranslations = mOptions.mTranslations == "all"    ? qexsdk::eTRANSLATION_DOFS_ALL
                              : mOptions.mTranslations == "none" ? qexsdk::eTRANSLATION_DOFS_NONE
                                                                 : qexsdk::eTRANSLATION_DOFS_MOVING;
@@ -45,8 +57,12 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
         mConsole.Message(lSeverity, DisplayOutput(lMessage.mPath), lMessage.mMessage.mLine, lMessage.mMessage.mText);
         if (lError)
         {
-            mConsole.Raise(eEXIT_SYSTEM);
+            mConsole.Raise(pResult.mIsMismatch ? eEXIT_INPUT : eEXIT_SYSTEM);
         }
+    }
+    if (pResult.mIsMismatch)
+    {
+        NoteAllowUnmatched(mConsole);
     }
     if (!lIsReported)
     {
@@ -58,24 +74,34 @@ bool KConverter::ReportExport(const qexsdk::KQexExportAcclaimResult& pResult)
 bool KConverter::WriteAcclaim()
 {
     const KConvertOutput* lAsf = FindTarget(eOUT_ASF);
-    const KConvertOutput* lAmc = FindTarget(eOUT_AMC);
-    if (lAsf == nullptr)
+    if (lAsf != nullptr)
     {
-        qexsdk::KQexAmcSkeletonNotes lNotes = mFigure.GetSkeletonNotes();
-        qexsdk::KQexAsfSceneOwner    lSkeleton = mOptions.mSkeleton.empty() ? nullptr : ReadSkeleton(mOptions.mSkeleton, true, lNotes);
-        if (!mOptions.mSkeleton.empty() && !lSkeleton)
-        {
-            return false;
-        }
-        bool lOk = true;
-        for (size_t lTake = 0; lTake < mTakes.size() && lOk; ++lTake)
-        {
-            lOk = WriteMotion(PathOf(*lAmc, mTakes[lTake]), mTakes[lTake], lSkeleton ? lSkeleton.get() : mFigure.GetSkeleton(), lNotes);
-        }
-        return lOk;
+        return WriteSkeletonAndMotions(*lAsf, FindTarget(eOUT_AMC));
     }
-    const std::string                lAsfPath = PathOf(*lAsf, mTakes.front());
-    const std::string                lAmcPath = lAmc != nullptr ? PathOf(*lAmc, mTakes.front()) : "";
+    const KConvertOutput*        lAmc = FindTarget(eOUT_AMC);
+    qexsdk::KQexAmcSkeletonNotes lNotes = mFigure.GetSkeletonNotes();
+    qexsdk::KQexAsfSceneOwner    lSkeleton = mOptions.mSkeleton.empty() ? nullptr : ReadSkeleton(mOptions.mSkeleton, lNotes);
+    if (!mOptions.mSkeleton.empty() && !lSkeleton)
+    {
+        return false;
+    }
+    bool lOk = true;
+    for (size_t lTake = 0; lTake < mTakes.size() && lOk; ++lTake)
+    {
+        lOk = WriteMotion(PathOf(*lAmc, mTakes[lTake]), mTakes[lTake], lSkeleton ? lSkeleton.get() : mFigure.GetSkeleton(), lNotes);
+    }
+    return lOk;
+}
+
+/// Writes a skeleton for all takes, and a motion for each unless \p pAmc is null.
+bool KConverter::WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc)
+{
+    std::vector<qexsdk::KQexExportMotion> lMotions;
+    for (const KSampledTake& lTake : mTakes)
+    {
+        lMotions.push_back({pAmc != nullptr ? PathOf(*pAmc, lTake) : "", StackOf(lTake), lTake.mRequest});
+    }
+    const std::string                lAsfPath = PathOf(pAsf, mTakes.front());
     qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(mTakes.front());
     qexsdk::KQexExportAcclaimResult  lResult;
     {
@@ -84,31 +110,13 @@ bool KConverter::WriteAcclaim()
         {
             return lProgress.Show(pFraction);
         };
-        qexsdk::KQexExporterAcclaim::Export(mFigure.GetTop(), lAsfPath.c_str(), lAmcPath.c_str(), lOptions, lResult);
+        qexsdk::KQexExporterAcclaim::Export(mFigure.GetTop(), lAsfPath.c_str(), lMotions, lOptions, lResult);
     }
-    if (!ReportExport(lResult))
+    for (const std::string& lNote : lResult.mNotes)
     {
-        return false;
+        mConsole.Message(eNOTE, DisplayOutput(lAsfPath), 0, lNote);
     }
-    return lAmc == nullptr || mTakes.size() == 1 || WriteFurtherMotions(lAsfPath, *lAmc);
-}
-
-/// Writes the other takes as motions for the skeleton just written.
-bool KConverter::WriteFurtherMotions(const std::string& pAsfPath, const KConvertOutput& pAmc)
-{
-    if (pAsfPath == "-")
-    {
-        mConsole.Fail(eEXIT_USAGE, "--output: several takes need a skeleton in a file, not on standard output");
-        return false;
-    }
-    qexsdk::KQexAmcSkeletonNotes    lNotes;
-    const qexsdk::KQexAsfSceneOwner lSkeleton = ReadSkeleton(pAsfPath, false, lNotes);
-    bool                            lOk = lSkeleton != nullptr;
-    for (size_t lTake = 1; lTake < mTakes.size() && lOk; ++lTake)
-    {
-        lOk = WriteMotion(PathOf(pAmc, mTakes[lTake]), mTakes[lTake], lSkeleton.get(), lNotes);
-    }
-    return lOk;
+    return ReportExport(lResult);
 }
 
 bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
@@ -140,7 +148,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
     return lOk;
 }
 
-qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, bool pPrintMessages, qexsdk::KQexAmcSkeletonNotes& pNotes)
+qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, qexsdk::KQexAmcSkeletonNotes& pNotes)
 {
     qexsdk::KQexFigureFile lFile;
     if (!OpenFile(lFile, pPath, mConsole))
@@ -150,10 +158,7 @@ qexsdk::KQexAsfSceneOwner KConverter::ReadSkeleton(const std::string& pPath, boo
     qexsdk::KQexImportAcclaimResult lResult;
     qexsdk::KQexAsfSceneOwner       lSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
     pNotes = lResult.mSkeletonNotes;
-    if (pPrintMessages || !lSkeleton)
-    {
-        PrintMessages(lResult, mConsole);
-    }
+    PrintMessages(lResult, mConsole);
     if (!lSkeleton)
     {
         mConsole.Raise(lFile.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);

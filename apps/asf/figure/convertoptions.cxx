@@ -158,6 +158,7 @@ qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)
     lOptions.mTake = pOptions.mTake;
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;
+    lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
     lOptions.mReduce = pOptions.mReduce;
     lOptions.mFilter = pOptions.mFilter == "none"     ? qexsdk::eROTATION_FILTER_NONE
                        : pOptions.mFilter == "gimbal" ? qexsdk::eROTATION_FILTER_GIMBAL

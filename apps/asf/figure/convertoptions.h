@@ -44,7 +44,7 @@ struct KConvertOptions
     std::vector<std::string> mOutputs;
     std::string              mTo;
     std::string              mSkeleton;
-    KMotionOptions           mMotion; ///< --asf, --from, --motion-fps and --quiet.
+    KMotionOptions           mMotion; ///< --asf, --from, --motion-fps, --allow-unmatched and --quiet.
     std::string              mFps;
     std::string              mStart;
     std::string              mEnd;

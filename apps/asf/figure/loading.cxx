@@ -35,7 +35,16 @@ void PrintReport(const KQexFigureReport& pReport, KConsole& pConsole)
                                                                                         : eNOTE;
         pConsole.Message(lSeverity, lMessage.mPath.empty() ? "asf" : lMessage.mPath, lMessage.mLine, lMessage.mText);
     }
+    if (pReport.IsMismatch())
+    {
+        NoteAllowUnmatched(pConsole);
+    }
     RaiseStatus(pReport, pConsole);
+}
+
+void NoteAllowUnmatched(KConsole& pConsole)
+{
+    pConsole.Message(eNOTE, "asf", 0, "use --allow-unmatched to go on nevertheless");
 }
 
 bool OpenFile(qexsdk::KQexFigureFile& pFile, const std::string& pPath, KConsole& pConsole)
@@ -133,6 +142,7 @@ bool KLoadedMotion::LoadFigureOrMotion(const KQexFigureFiles& pFiles, const KMot
 {
     qexsdk::KQexFigureOptions lOptions;
     lOptions.mMotionRate = pOptions.mMotionRate;
+    lOptions.mAllowUnmatched = pOptions.mAllowUnmatched;
     lOptions.mTake = pTake;
     if (pFiles.mMotions.size() > 1)
     {

@@ -18,6 +18,9 @@ namespace asfapp
 /// Prints the messages and raises the exit status. Throws std::bad_alloc if memory ran out.
 void PrintReport(const qexsdk::KQexFigureReport& pReport, KConsole& pConsole);
 
+/// Prints how to go on after a motion was refused because it does not match the skeleton.
+void NoteAllowUnmatched(KConsole& pConsole);
+
 /// Opens a file. False after an error.
 bool OpenFile(qexsdk::KQexFigureFile& pFile, const std::string& pPath, KConsole& pConsole);
 

@@ -16,6 +16,7 @@ struct KMotionOptions
     std::string mFrom;           ///< --from: format of a single input; empty: detected.
     std::string mFps;            ///< --fps as given; empty: the file's rate.
     double      mMotionRate = 0; ///< --fps as a number, 0 without one.
+    bool        mAllowUnmatched = false; ///< --allow-unmatched: accept a motion of another skeleton.
     bool        mQuiet = false;
 };
 

@@ -1,5 +1,6 @@
 #include <apps/asf/report/motionsurvey.h>
 
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/progress.h>
 #include <kbaselib/kmath/kdofcodes.h>
 
@@ -68,6 +69,14 @@ bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOpt
     mMessages.mList = lReader.GetMessages();
     mMessages.mErrors = lReader.GetErrorCount();
     mMessages.mWarnings = lReader.GetWarningCount();
+    if (mOk && !pOptions.mAllowUnmatched && !mInfo.mMatch.IsPlausible())
+    {
+        // The error replaces a warning for each bone.
+        mMessages = KMessages();
+        mMessages.Add(qexsdk::KQexTextMessage::eERROR, 0, mInfo.mMatch.Describe());
+        NoteAllowUnmatched(pConsole);
+        mOk = false;
+    }
     if (!mOk)
     {
         pConsole.Raise(pFiles.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);

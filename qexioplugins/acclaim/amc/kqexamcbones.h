@@ -33,6 +33,7 @@ struct KQexAmcLine
     std::vector<int> mLengthIndices;           ///< Indices of the `l` values on a line, ascending.
     int              mNext = 0;                ///< Index of the line that followed this one last time: first guess for the next look-up.
     long long        mFrame = -1;              ///< Index of the last frame that had it, -1 for none.
+    bool             mIsInMotion = false;      ///< The motion has a line for it.
     bool             mWarnedTooMany = false;   ///< Warned about more than mValueCount values.
     bool             mWarnedDuplicate = false; ///< Warned about two lines in one frame.
 };

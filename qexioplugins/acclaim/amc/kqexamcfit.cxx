@@ -38,12 +38,11 @@ KQexAmcFit::KQexAmcFit(const KQexAsfNode& pBone) : mSolver(pBone.mOrderBuf, pBon
 /// the same D = G G0^-1, with G its global rotation, G0 that at rest, both aligned with the skeleton's rest pose. So
 /// M = A^-1 D(parent)^-1 D A, and as G = G(parent) L with the step L, M = (A^-1 G0(parent)) L (G0^-1 A). The factors in parentheses
 /// are constant. "Parent" is the nearest ancestor bone that has a node.
-void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale)
+void KQexAmcFit::SetRest(const KQexJointFrame& pNode, const KQexJointFrame* pParent, const KgeRMatrix& pAlign, double pScale)
 {
     KgeRMatrix lAlignInv;
     KgeInverse(lAlignInv, pAlign);
-    pNode.GetRotation(mRight);
-    KgeInverse(mRight, mRight);
+    KgeInverse(mRight, pNode.mRotation);
     KgeMult(mRight, mRight, pAlign);
     KgeMult(mRight, mRight, mAxis);
     mHasRight = !IsIdentity(mRight);
@@ -51,10 +50,9 @@ void KQexAmcFit::SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, con
     mScale = pScale;
     if (pParent != nullptr)
     {
-        const double* lPosition = pNode.mData[3].mData;
-        const double* lParent = pParent->mData[3].mData;
-        pParent->GetRotation(mParentToRest);
-        KgeMult(mParentToRest, lAlignInv, mParentToRest);
+        const double* lPosition = pNode.mPosition;
+        const double* lParent = pParent->mPosition;
+        KgeMult(mParentToRest, lAlignInv, pParent->mRotation);
         KmV(mRest, lPosition[0] - lParent[0], lPosition[1] - lParent[1], lPosition[2] - lParent[2]);
         KmVN(mRest, mRest, mScale);
         KmRV(mRest, lAlignInv.mData, mRest);

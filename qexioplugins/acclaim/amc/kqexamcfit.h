@@ -23,11 +23,11 @@ public:
     explicit KQexAmcFit(const KQexAsfNode& pBone);
 
     /// Sets the rest pose of the nodes; that of the bone is its axis frame.
-    /// \param pNode the node's global transform at rest
+    /// \param pNode the node's frame at rest
     /// \param pParent that of the nearest ancestor bone's node; null: none
     /// \param pAlign rotation from the skeleton's rest pose to the nodes'
     /// \param pScale factor of the nodes' positions
-    void SetRest(const KQexMatrix& pNode, const KQexMatrix* pParent, const KgeRMatrix& pAlign, double pScale);
+    void SetRest(const KQexJointFrame& pNode, const KQexJointFrame* pParent, const KgeRMatrix& pAlign, double pScale);
 
     /// Whether the node's rotation angles can be used as DOF angles, wherever KQexDofSolver::TryAngles() accepts them: no other rotation
     /// is involved, and their order is that of the DOFs.

@@ -53,6 +53,7 @@ bool KQexAmcReader::Run()
         mFile.Error("The motion has no complete frame\n");
         return false;
     }
+    FinishMatch();
     // A motion of a single frame lasts one frame: a curve needs two keys to be kept.
     if (mInfo.mHighestFrame == mInfo.mLowestFrame)
     {
@@ -236,6 +237,8 @@ void KQexAmcReader::WarnUnknown(std::string_view pName)
 {
     if (IsFirstWarning(pName.substr(0, kMaxWarnedLength)))
     {
+        ++mUnknownNames;
+        KQexSkeletonMatch::AddName(mInfo.mMatch.mOnlyInMotion, std::string(pName.substr(0, kMaxWarnedLength)));
         mFile.Warning("The skeleton has no bone %.*s, its values are ignored\n", ClippedLength(pName), pName.data());
     }
 }
@@ -258,6 +261,7 @@ bool KQexAmcReader::ReadBoneLine(std::string_view pName, const char* pText, cons
         return true;
     }
     KQexAmcLine& lLine = mBones.mLines[static_cast<size_t>(lFound)];
+    lLine.mIsInMotion = true;
     if (lLine.mIsRemoved)
     {
         return true;

@@ -44,6 +44,7 @@ private:
     bool CommitFrame();
     bool IsCutShort() const;
     void FinishFile();
+    void FinishMatch();
     void WarnAbsent();
     bool ReportProgress();
 
@@ -66,7 +67,8 @@ private:
     std::vector<int> mPreviousPresent;    ///< Bones of the previous frame.
     std::vector<int> mAlwaysPresent;      ///< Bones present in every frame so far.
 
-    std::set<std::string, std::less<>> mWarned; ///< Names and words that were warned about.
+    std::set<std::string, std::less<>> mWarned;           ///< Names and words that were warned about.
+    size_t                             mUnknownNames = 0; ///< Names among them that the skeleton does not have.
 };
 
 } // namespace qexsdk

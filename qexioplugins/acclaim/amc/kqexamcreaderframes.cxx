@@ -192,6 +192,26 @@ bool KQexAmcReader::IsCutShort() const
     return std::equal(mPresent.begin(), mPresent.end(), mPreviousPresent.begin());
 }
 
+/// Compares the bones that have lines with those of the skeleton, the root apart.
+void KQexAmcReader::FinishMatch()
+{
+    KQexSkeletonMatch& lMatch = mInfo.mMatch;
+    for (size_t i = 1; i < mBones.mLines.size(); ++i)
+    {
+        const KQexAmcLine& lLine = mBones.mLines[i];
+        if (lLine.mBone >= 0 && mBones.Find(lLine.mName) == static_cast<int>(i))
+        {
+            ++lMatch.mInSkeleton;
+            if (!lLine.mIsInMotion)
+            {
+                KQexSkeletonMatch::AddName(lMatch.mOnlyInSkeleton, std::string(lLine.mName));
+            }
+        }
+        lMatch.mMatched += lLine.mIsInMotion ? 1 : 0;
+    }
+    lMatch.mInMotion = lMatch.mMatched + mUnknownNames;
+}
+
 void KQexAmcReader::FinishFile()
 {
     if (mInFrame && IsCutShort())

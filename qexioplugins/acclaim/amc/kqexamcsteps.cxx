@@ -81,7 +81,7 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
 bool KQexAmcSteps::Begin(KTime pTime, KQexAmcStepState& pState) const
 {
     pState.mTime = pTime;
-    return mIsLocal || mRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoot, pTime, pState.mPose);
+    return mIsLocal || pState.mFrames.Evaluate(mRoot, pTime);
 }
 
 void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const
@@ -92,7 +92,7 @@ void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pSt
     }
     else
     {
-        GetGlobal(pJoint, pState.mPose, pStep);
+        GetGlobal(pJoint, pState.mFrames, pStep);
     }
 }
 
@@ -118,22 +118,20 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAm
     KmVset(pStep.mTranslation, lStep.mData[3].mData);
 }
 
-void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const
+void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexJointFrames& pFrames, KQexAmcStep& pStep) const
 {
-    const KQexMatrix& lTransform = pPose.GetTransform(mJoints[pJoint].mPose);
-    lTransform.GetRotation(pStep.mRotation);
-    KmVset(pStep.mTranslation, lTransform.mData[3].mData);
+    const KQexJointFrame& lFrame = pFrames.GetFrame(mJoints[pJoint].mPose);
+    KgeSet(pStep.mRotation, lFrame.mRotation);
+    KmVset(pStep.mTranslation, lFrame.mPosition);
     const int lParent = mJoints[pJoint].mParent;
     if (lParent >= 0)
     {
-        const KQexMatrix& lFrom = pPose.GetTransform(mJoints[static_cast<size_t>(lParent)].mPose);
-        const double*     lFromPosition = lFrom.mData[3].mData;
-        KgeRMatrix        lFromInv;
-        lFrom.GetRotation(lFromInv);
-        KgeInverse(lFromInv, lFromInv);
+        const KQexJointFrame& lFrom = pFrames.GetFrame(mJoints[static_cast<size_t>(lParent)].mPose);
+        KgeRMatrix            lFromInv;
+        KgeInverse(lFromInv, lFrom.mRotation);
         KgeMult(pStep.mRotation, lFromInv, pStep.mRotation);
-        KmV(pStep.mTranslation, pStep.mTranslation[0] - lFromPosition[0], pStep.mTranslation[1] - lFromPosition[1],
-            pStep.mTranslation[2] - lFromPosition[2]);
+        KmV(pStep.mTranslation, pStep.mTranslation[0] - lFrom.mPosition[0], pStep.mTranslation[1] - lFrom.mPosition[1],
+            pStep.mTranslation[2] - lFrom.mPosition[2]);
         KmRV(pStep.mTranslation, lFromInv.mData, pStep.mTranslation);
     }
 }

@@ -1,8 +1,7 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_AMC_KQEXAMCSTEPS_H
 #define QEXIOPLUGINS_ACCLAIM_AMC_KQEXAMCSTEPS_H
 
-#include <kbaselib/kmath/kgeom.h>
-#include <qexscene/kqexscene.h>
+#include <qexioplugins/acclaim/amc/kqexamcframes.h>
 
 #include <cstddef>
 #include <vector>
@@ -14,7 +13,7 @@ namespace qexsdk
 struct KQexAmcJoint
 {
     KQexNode* mNode = nullptr; ///< Null: none. Not owned.
-    int       mPose = -1;      ///< Index of that node in the global transforms of the nodes' root; -1 without a node.
+    int       mPose = -1;      ///< Index of that node in the frames of the nodes' root; -1 without a node.
     int       mParent = -1;    ///< Index of the nearest ancestor joint with a node; -1: none, the step is then in world space.
 };
 
@@ -29,14 +28,14 @@ struct KQexAmcStep
 struct KQexAmcStepState
 {
     KTime                 mTime;      ///< Time of the last Begin().
-    KQexGlobalTransforms  mPose;      ///< Global transforms at that time, when steps are computed from them.
+    KQexJointFrames       mFrames;    ///< All nodes' frames at that time, when steps are computed from them.
     KQexKeyTimes::KCursor mKeyCursor; ///< Cached position of that time among key times.
 };
 
 /// Evaluates the steps of all bones' nodes (see KQexAmcStep) in one take.
 ///
 /// When no node is scaled a step is the product of the local transforms between the two nodes, most often a single one; else it comes
-/// from global transforms, without their scaling and shear. After Prepare(), usable from several threads at once.
+/// from the nodes' frames, without scaling and shear. After Prepare(), usable from several threads at once.
 class KQexAmcSteps
 {
 public:
@@ -77,7 +76,7 @@ private:
     bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);
     void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
     void GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
-    void GetGlobal(size_t pJoint, const KQexGlobalTransforms& pPose, KQexAmcStep& pStep) const;
+    void GetGlobal(size_t pJoint, const KQexJointFrames& pFrames, KQexAmcStep& pStep) const;
 
     KQexNode*                 mRoot = nullptr;
     bool                      mIsLocal = false;

@@ -3,6 +3,7 @@
 #include <kbaselib/kbase/kparallel.h>
 #include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/amc/kqexamcbones.h>
+#include <qexioplugins/acclaim/amc/kqexamcrest.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
@@ -40,12 +41,12 @@ KQexAmcWriter::KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene,
 {
 }
 
-void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose)
+void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexJointFrames& pFrames)
 {
     std::unordered_map<const KQexNode*, int> lPoseOf;
-    for (int i = 0; i < pPose.GetCount(); ++i)
+    for (int i = 0; i < pFrames.GetCount(); ++i)
     {
-        lPoseOf[pPose.GetNode(i)] = i;
+        lPoseOf[pFrames.GetNode(i)] = i;
     }
     std::unordered_map<const KQexAsfNode*, KQexAmcJoint> lJointOf;
     for (const KQexAmcPair& lPair : pPairs)
@@ -98,14 +99,14 @@ void KQexAmcWriter::AddLengths()
 bool KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
 {
     mRootNode = pPairs.front().mNode;
-    KQexGlobalTransforms lPose;
-    if (!mRootNode->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRootNode, KTime(0), lPose))
+    KQexJointFrames lFrames;
+    if (!lFrames.Evaluate(mRootNode, KTime(0)))
     {
         return false;
     }
-    AddBones(pRoot, pPairs, lPose);
+    AddBones(pRoot, pPairs, lFrames);
     AddLengths();
-    SetRest(lPose);
+    SetRest(lFrames);
     for (int i = 0; i < mThreads; ++i)
     {
         mScratch.push_back(std::make_unique<KQexAmcScratch>());
@@ -116,21 +117,22 @@ bool KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& 
     return true;
 }
 
-void KQexAmcWriter::SetRest(const KQexGlobalTransforms& pPose)
+void KQexAmcWriter::SetRest(const KQexJointFrames& pFrames)
 {
-    KgeRMatrix lAlign; // From the skeleton's rest pose to the nodes'.
-    if (mOptions.mIsRootAligned)
+    std::vector<HKQexAsfNode> lBones;
+    for (const KQexAmcWriteBone& lBone : mBones)
     {
-        pPose.GetTransform(0).GetRotation(lAlign);
+        lBones.push_back(lBone.mBone);
     }
+    KQexAmcRest lRest(lBones, mJoints, pFrames, mOptions.mScale);
+    lRest.Align(mOptions.mRestAlignment);
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         const KQexAmcJoint& lJoint = mJoints[i];
         if (lJoint.mNode != nullptr)
         {
-            const KQexMatrix* lFrom =
-                lJoint.mParent >= 0 ? &pPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mParent)].mPose) : nullptr;
-            mBones[i].mFit.SetRest(pPose.GetTransform(lJoint.mPose), lFrom, lAlign, mOptions.mScale);
+            const KQexJointFrame* lFrom = lJoint.mParent >= 0 ? &lRest.GetFrame(static_cast<size_t>(lJoint.mParent)) : nullptr;
+            mBones[i].mFit.SetRest(lRest.GetFrame(i), lFrom, lRest.GetAlign(), mOptions.mScale);
         }
     }
 }

@@ -94,9 +94,9 @@ private:
     void MakeContinuous(double* pValues) override;
     void Format(long long pFrame, const double* pValues, std::string& pText) const override;
 
-    void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexGlobalTransforms& pPose);
+    void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexJointFrames& pFrames);
     void AddLengths();
-    void SetRest(const KQexGlobalTransforms& pPose);
+    void SetRest(const KQexJointFrames& pFrames);
     void EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const;
     void SetTranslations(size_t pBone, const double* pDisplacement, KQexAmcScratch& pScratch, double* pValues) const;
     void FormatBone(const KQexAmcWriteBone& pBone, const double* pValues, std::string& pText) const;

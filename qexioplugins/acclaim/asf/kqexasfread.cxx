@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <new>
 
 namespace qexsdk
 {
@@ -25,6 +26,7 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     HKQexAsfNode lFormerRoot = mQexAsfScene->mRoot;
     mQexAsfScene->mRoot = nullptr;
     mLengthDofs.clear();
+    mEndNotes.clear();
 
     bool lOk = ReadSections();
 
@@ -234,8 +236,37 @@ bool KQexFileAcclaimAsf::ReadDocumentation()
         {
             return true;
         }
+        if (!ReadEndNote())
+        {
+            return false;
+        }
     }
     return false;
+}
+
+/// Records a note about an end, if the line of documentation is one. False when memory runs out.
+bool KQexFileAcclaimAsf::ReadEndNote()
+{
+    char       lWord[16] = "";
+    char       lBone[kMaxName + 1];
+    char       lName[kMaxName + 1] = "";
+    const bool lIsWord = GetString(lWord, sizeof(lWord) - 1);
+    const bool lIsName = lIsWord && std::strcmp(lWord, kEndNameWord) == 0;
+    const bool lIsAdded = lIsWord && std::strcmp(lWord, kAddedEndWord) == 0;
+    if (!(lIsName || lIsAdded) || !GetString(lBone, kMaxName) || (lIsName && !GetString(lName, kMaxName)))
+    {
+        return true;
+    }
+    try
+    {
+        mEndNotes.push_back({lBone, lName});
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        Error("Out of memory\n");
+        return false;
+    }
 }
 
 bool KQexFileAcclaimAsf::ReadSkin()

@@ -1,12 +1,11 @@
 #include <qexioplugins/acclaim/exchange/kqexasfprepare.h>
 
-#include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kmath/kdofcodes.h>
+#include <qexioplugins/acclaim/exchange/kqexasfends.h>
+#include <qexioplugins/acclaim/exchange/kqexasfnaming.h>
+#include <qexioplugins/acclaim/exchange/kqexasfuneven.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/acclaim/model/kqexasfround.h>
-#include <qexioplugins/acclaim/model/kqexasfwalk.h>
-#include <qexioplugins/motion/kqexrestpose.h>
-#include <qexioplugins/motion/kqexsafenames.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,43 +18,9 @@ namespace qexsdk
 namespace
 {
 
-constexpr const char* kDummy = "Dummy";
-
 bool EndsIn(const std::string& pText, const std::string& pEnd)
 {
     return pText.size() > pEnd.size() && pText.compare(pText.size() - pEnd.size(), pEnd.size(), pEnd) == 0;
-}
-
-/// Makes a name that is a single token and not a keyword.
-std::string ValidName(const std::string& pName, const char* pIfEmpty)
-{
-    std::string lName =
-        MakeSafeName(pName, pIfEmpty,
-                     [](char pC) { return static_cast<unsigned char>(pC) > ' ' && pC != '\x7f' && std::strchr(",()#", pC) == nullptr; });
-    if (lName.front() == ':')
-    {
-        lName.front() = '_';
-    }
-    if (KEqualsIgnoreCase(lName, "begin") || KEqualsIgnoreCase(lName, "end"))
-    {
-        lName += '_';
-    }
-    return lName;
-}
-
-std::string BareName(const KQexNode* pNode)
-{
-    return pNode->GetBareName();
-}
-
-bool IsMoved(const KQexNode* pNode, const KQexAnimLayer* pLayer)
-{
-    return DiffersFromRest(pNode->mLocalTranslation, pLayer) || DiffersFromRest(pNode->mLocalRotation, pLayer);
-}
-
-void CopyName(KQexAsfNode& pBone, const std::string& pName)
-{
-    std::snprintf(pBone.mName, sizeof pBone.mName, "%s", pName.c_str());
 }
 
 /// Two rotation DOFs that suffice in one rest pose do not in another: relative to that, their rotations need a third.
@@ -74,111 +39,11 @@ void AddThirdRotation(KQexAsfNode& pBone)
 
 } // namespace
 
-KQexAsfPreparation::KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer,
-                                       const KQexExportAcclaimOptions& pOptions, bool pHasTranslations)
-    : mScene(pScene), mRoot(pRoot), mLayer(pLayer), mOptions(pOptions), mHasTranslations(pHasTranslations)
+KQexAsfPreparation::KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexMovingJoints& pMoving,
+                                       const KQexExportAcclaimOptions& pOptions, bool pHasTranslations,
+                                       const std::unordered_set<const KQexNode*>& pLeaves)
+    : mScene(pScene), mRoot(pRoot), mMoving(pMoving), mOptions(pOptions), mHasTranslations(pHasTranslations), mLeaves(pLeaves)
 {
-}
-
-/// Pairs bones with nodes. Extraction keeps the order of children and the clean-up only removes some, so a bone's node is the next
-/// sibling with its name.
-void KQexAsfPreparation::FindOrigins()
-{
-    struct KPathBone
-    {
-        KQexNode* mNode;
-        KQexNode* mNext; ///< Child of mNode at which the search for the next bone starts.
-    };
-    std::vector<KPathBone> lPath;
-    KQexAsfWalk            lWalk(mScene->mRoot);
-    while (HKQexAsfNode lBone = lWalk.Next())
-    {
-        if (!lWalk.IsEntering())
-        {
-            lPath.pop_back();
-            continue;
-        }
-        if (lPath.empty())
-        {
-            mOrigins.push_back(KQexAsfOrigin{lBone, mRoot});
-            lPath.push_back(KPathBone{mRoot, mRoot->GetFirstChild()});
-            continue;
-        }
-        if (lBone->mOrderCount == 0)
-        {
-            // A dummy has no node: its child's node is searched among the same siblings.
-            mOrigins.push_back(KQexAsfOrigin{lBone, nullptr});
-            lPath.push_back(lPath.back());
-            continue;
-        }
-        KPathBone& lParent = lPath.back();
-        while (lParent.mNext != nullptr && BareName(lParent.mNext).compare(0, sizeof lBone->mName - 1, lBone->mName) != 0)
-        {
-            lParent.mNext = lParent.mNext->GetNextSibling();
-        }
-        KQexNode* lNode = lParent.mNext;
-        mOrigins.push_back(KQexAsfOrigin{lBone, lNode});
-        if (lNode != nullptr)
-        {
-            lParent.mNext = lNode->GetNextSibling();
-        }
-        lPath.push_back(KPathBone{lNode, lNode != nullptr ? lNode->GetFirstChild() : nullptr});
-    }
-}
-
-/// End nodes became the length of their parents' bones; any other removed leaf is a loss.
-void KQexAsfPreparation::WarnDroppedLeaves()
-{
-    std::unordered_map<const KQexNode*, bool> lKept;
-    for (const KQexAsfOrigin& lOrigin : mOrigins)
-    {
-        lKept[lOrigin.mNode] = true;
-    }
-    std::string lDropped;
-    for (const KQexNode* lNode = mRoot; lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
-    {
-        if (lKept.count(lNode) == 0 && BareName(lNode) != BareName(lNode->GetParent()) + "_End")
-        {
-            lDropped += (lDropped.empty() ? "" : ", ") + std::string(lNode->GetName());
-        }
-    }
-    if (!lDropped.empty())
-    {
-        mWarnings.push_back("Leaf joints without length left out (" + lDropped + ")");
-    }
-}
-
-void KQexAsfPreparation::RenameBone(HKQexAsfNode pBone, const std::string& pName)
-{
-    if (pName != pBone->mName)
-    {
-        mWarnings.push_back("Bone renamed (" + pName + "), from (" + pBone->mName + ")");
-        CopyName(*pBone, pName);
-    }
-}
-
-/// Original names win over generated ones.
-void KQexAsfPreparation::MakeNamesValid()
-{
-    KQexUniqueNames lNames(kMaxName);
-    lNames.Make(kRootName);
-    for (const bool lIsGenerated : {false, true})
-    {
-        for (size_t i = 1; i < mOrigins.size(); ++i)
-        {
-            if ((mOrigins[i].mNode == nullptr) == lIsGenerated)
-            {
-                RenameBone(mOrigins[i].mBone, lNames.Make(ValidName(mOrigins[i].mBone->mName, "bone")));
-            }
-        }
-    }
-    const std::string lWanted = mOptions.mSkeletonName.empty() ? mScene->mName : mOptions.mSkeletonName;
-    const std::string lName = ValidName(lWanted, "ASF").substr(0, kMaxName);
-    if (lName != lWanted)
-    {
-        mWarnings.push_back("Skeleton renamed (" + lName + "), from (" + lWanted + ")");
-    }
-    std::snprintf(mScene->mName, sizeof mScene->mName, "%s", lName.c_str());
 }
 
 /// The root of a file has no length: an offset that all its children share becomes a bone between them.
@@ -195,7 +60,7 @@ bool KQexAsfPreparation::AddSharedOffset()
     {
         return false;
     }
-    CopyName(*lOffsetBone, lRoot->mChildBuf[0]->mName + std::string(kDummy));
+    std::snprintf(lOffsetBone->mName, sizeof lOffsetBone->mName, "%.*s%s", kMaxName, lRoot->mChildBuf[0]->mName, kDummySuffix);
     KgeSet(lOffsetBone->mDirectionV, lRoot->mDirectionV);
     lOffsetBone->mLength = lRoot->mLength;
     lRoot->mLength = 0.0;
@@ -215,7 +80,8 @@ bool KQexAsfPreparation::AddSharedOffset()
         QexSdkDelete(lOffsetBone);
         return false;
     }
-    mOrigins.insert(mOrigins.begin() + 1, KQexAsfOrigin{lOffsetBone, nullptr});
+    mOrigins.insert(mOrigins.begin() + 1, KQexAsfOrigin{lOffsetBone, nullptr, mOrigins.front().mEnd});
+    mOrigins.front().mEnd = nullptr;
     return true;
 }
 
@@ -223,13 +89,13 @@ bool KQexAsfPreparation::AddSharedOffset()
 bool KQexAsfPreparation::IsDummy(const KQexAsfOrigin& pOrigin) const
 {
     const std::string lName = BareName(pOrigin.mNode);
-    if (!EndsIn(lName, kDummy) || IsMoved(pOrigin.mNode, mLayer))
+    if (!EndsIn(lName, kDummySuffix) || mMoving.Moves(pOrigin.mNode))
     {
         return false;
     }
     for (const KQexNode* lChild = pOrigin.mNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
     {
-        if (BareName(lChild) + kDummy == lName || BareName(lChild) == lName + "_End")
+        if (BareName(lChild) + kDummySuffix == lName || BareName(lChild) == lName + "_End")
         {
             return true;
         }
@@ -283,27 +149,23 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     {
         return;
     }
-    const bool lIsTranslated =
-        mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
-        (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && DiffersFromRest(pOrigin.mNode->mLocalTranslation, mLayer));
+    const bool lIsTranslated = mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
+                               (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && mMoving.Translates(pOrigin.mNode));
     MoveLimits(lBone);
     if (!lIsTranslated && mHasTranslations)
     {
         std::copy(lBone.mOrderBuf + 3, lBone.mOrderBuf + 6, lBone.mOrderBuf);
         lBone.mOrderCount = 3;
     }
-    if (mOptions.mBoneDofs != nullptr)
+    const std::vector<KQexBoneDof>* lKnown = mOptions.mBoneDofs != nullptr ? FindBoneDofs(*mOptions.mBoneDofs, pOrigin.mNode) : nullptr;
+    if (lKnown != nullptr && !(lKnown->empty() && mMoving.Moves(pOrigin.mNode)))
     {
-        const auto lFound = mOptions.mBoneDofs->find(BareName(pOrigin.mNode));
-        if (lFound != mOptions.mBoneDofs->end() && !(lFound->second.empty() && IsMoved(pOrigin.mNode, mLayer)))
+        SetKnownDofs(lBone, *lKnown);
+        if (mOptions.mBasePoseFirstFrame)
         {
-            SetKnownDofs(lBone, lFound->second);
-            if (mOptions.mBasePoseFirstFrame)
-            {
-                AddThirdRotation(lBone);
-            }
-            return;
+            AddThirdRotation(lBone);
         }
+        return;
     }
     if (IsDummy(pOrigin))
     {
@@ -311,42 +173,118 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     }
 }
 
-/// Extraction gives lengths in the unit 1.0.
-void KQexAsfPreparation::SetUnit(KQexAsfNode& pBone) const
+/// Tells of the ends that were added, which have the length pLength.
+void KQexAsfPreparation::NoteAddedEnds(double pLength)
 {
-    pBone.mLength *= mOptions.mLengthUnit;
+    std::string lList;
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
+    {
+        if (mLeaves.count(lOrigin.mNode) > 0)
+        {
+            lList += (lList.empty() ? "" : ", ") + std::string(lOrigin.mBone->mName);
+            mEndNotes.push_back(KQexAsfEndNote{lOrigin.mBone->mName, ""});
+        }
+    }
+    if (!lList.empty())
+    {
+        char lText[64];
+        std::snprintf(lText, sizeof lText, "%.3g cm", pLength * kCentimetresPerInch / mOptions.mLengthUnit);
+        mNotes.push_back("Leaf joints that move got an end, " + std::string(lText) + " long (" + lList + ")");
+    }
+}
+
+bool KQexAsfPreparation::EndsInALeaf(const KQexAsfOrigin& pOrigin) const
+{
+    return pOrigin.mEnd != nullptr && pOrigin.mBone != mScene->mRoot && pOrigin.mBone->mChildBuf.GetCount() == 0 &&
+           pOrigin.mBone->mLength > 0.0 && mLeaves.count(pOrigin.mNode) == 0;
+}
+
+/// The reader names an end after its bone, unless a note tells its name.
+void KQexAsfPreparation::NoteEndName(const KQexAsfOrigin& pOrigin)
+{
+    const std::string lName = ValidName(pOrigin.mEnd->GetName(), "end").substr(0, kMaxName);
+    const bool        lIsUsual = pOrigin.mNode != nullptr && BareName(pOrigin.mEnd) == BareName(pOrigin.mNode) + "_End";
+    if (!lIsUsual && lName != pOrigin.mBone->mName + std::string("_End"))
+    {
+        mEndNotes.push_back(KQexAsfEndNote{pOrigin.mBone->mName, lName});
+    }
+}
+
+/// A leaf became the end of the bone that leads to it. Where another bone begins there, too, or where it has no length, it is lost.
+void KQexAsfPreparation::WarnDroppedLeaves()
+{
+    std::unordered_set<const KQexNode*> lKept;
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
+    {
+        lKept.insert(lOrigin.mNode);
+        if (mOptions.mAdaptForFile && EndsInALeaf(lOrigin))
+        {
+            lKept.insert(lOrigin.mEnd);
+            NoteEndName(lOrigin);
+        }
+    }
+    std::string lDropped;
+    for (const KQexNode* lNode = mRoot; lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
+    {
+        if (lKept.count(lNode) == 0 && BareName(lNode) != BareName(lNode->GetParent()) + "_End")
+        {
+            lDropped += (lDropped.empty() ? "" : ", ") + std::string(lNode->GetName());
+        }
+    }
+    if (!lDropped.empty())
+    {
+        mWarnings.push_back("Leaf joints without length left out (" + lDropped + ")");
+    }
+}
+
+/// Rounds the bones of mLeaves, or all others. The added ends are made from rounded bones: writing what was read changes nothing.
+void KQexAsfPreparation::Round(bool pLeaves)
+{
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
+    {
+        if (mOptions.mAdaptForFile && lOrigin.mBone != mScene->mRoot && (mLeaves.count(lOrigin.mNode) > 0) == pLeaves)
+        {
+            RoundBone(*lOrigin.mBone, mScene->mLengthUnit);
+        }
+    }
+}
+
+bool KQexAsfPreparation::RunSteps()
+{
+    mOrigins = FindAsfOrigins(mScene->mRoot, mRoot);
+    if (mOptions.mAdaptForFile)
+    {
+        std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
+        if ((mMoving.HasUnevenScaling() && !SetRestVectors(mOrigins, mRoot, mOptions.mBaseScale)) || !AddSharedOffset())
+        {
+            return false;
+        }
+    }
+    NameBones(mOrigins, mOptions.mAdaptForFile, mWarnings);
+    NameSkeleton(*mScene, mOptions.mSkeletonName.empty() ? mScene->mName : mOptions.mSkeletonName, mWarnings);
+    // Extraction gives lengths in the unit 1.
+    mScene->mLengthUnit = mOptions.mLengthUnit;
+    for (const KQexAsfOrigin& lOrigin : mOrigins)
+    {
+        lOrigin.mBone->mLength *= mOptions.mLengthUnit;
+    }
+    Round(false);
+    NoteAddedEnds(SetAddedEnds(mOrigins, mLeaves));
+    Round(true);
+    WarnDroppedLeaves();
+    return true;
 }
 
 bool KQexAsfPreparation::Run()
 {
     try
     {
-        FindOrigins();
-        WarnDroppedLeaves();
-        if (mOptions.mAdaptForFile)
-        {
-            std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
-            if (!AddSharedOffset())
-            {
-                return false;
-            }
-        }
-        MakeNamesValid();
+        return RunSteps();
     }
     catch (const std::bad_alloc&)
     {
         return false;
     }
-    mScene->mLengthUnit = mOptions.mLengthUnit;
-    for (const KQexAsfOrigin& lOrigin : mOrigins)
-    {
-        SetUnit(*lOrigin.mBone);
-        if (mOptions.mAdaptForFile && lOrigin.mBone != mScene->mRoot)
-        {
-            RoundBone(*lOrigin.mBone, mScene->mLengthUnit);
-        }
-    }
-    return true;
 }
 
 } // namespace qexsdk

@@ -1,28 +1,26 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_EXCHANGE_KQEXASFPREPARE_H
 #define QEXIOPLUGINS_ACCLAIM_EXCHANGE_KQEXASFPREPARE_H
 
+#include <qexioplugins/acclaim/exchange/kqexasforigins.h>
+#include <qexioplugins/acclaim/exchange/kqexmovingjoints.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
+#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace qexsdk
 {
 
-/// A bone of an extracted skeleton and the host node that it was made for.
-struct KQexAsfOrigin
-{
-    HKQexAsfNode mBone; ///< The bone; the skeleton owns it.
-    KQexNode*    mNode; ///< The node, owned by the host scene; null for a generated bone (a dummy).
-};
-
 /// Adapts an extracted skeleton for the file: see KQexExportAcclaimOptions::mAdaptForFile. Changes the model only.
 class KQexAsfPreparation
 {
 public:
-    /// \p pScene was extracted from the tree at \p pRoot, with translation DOFs if \p pHasTranslations.
-    KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexAnimLayer* pLayer, const KQexExportAcclaimOptions& pOptions,
-                       bool pHasTranslations);
+    /// \p pScene was extracted from the tree at \p pRoot, with translation DOFs if \p pHasTranslations and with the ends that
+    /// AddEndNodes() gave \p pLeaves. The evaluator's current take is that of the extraction. All arguments must outlive this.
+    KQexAsfPreparation(KQexAsfScene* pScene, KQexNode* pRoot, const KQexMovingJoints& pMoving, const KQexExportAcclaimOptions& pOptions,
+                       bool pHasTranslations, const std::unordered_set<const KQexNode*>& pLeaves);
 
     /// Runs all steps. False when memory runs out; the model is then unspecified, but can be destroyed without leaks.
     bool Run();
@@ -30,28 +28,36 @@ public:
     /// All bones with their nodes, in pre-order, the root first.
     const std::vector<KQexAsfOrigin>& GetOrigins() const { return mOrigins; }
 
-    /// Warnings for the user, one text each.
+    /// Ends that were added, and the names of those that are joints.
+    const std::vector<KQexAsfEndNote>& GetEndNotes() const { return mEndNotes; }
+
+    /// Warnings and notes for the user, one text each.
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
+    const std::vector<std::string>& GetNotes() const { return mNotes; }
 
 private:
-    void FindOrigins();
-    void WarnDroppedLeaves();
-    void MakeNamesValid();
-    void RenameBone(HKQexAsfNode pBone, const std::string& pName);
+    bool RunSteps();
     bool AddSharedOffset();
     void SetDofs(const KQexAsfOrigin& pOrigin);
     void SetKnownDofs(KQexAsfNode& pBone, const std::vector<KQexBoneDof>& pDofs) const;
     void MoveLimits(KQexAsfNode& pBone) const;
     bool IsDummy(const KQexAsfOrigin& pOrigin) const;
-    void SetUnit(KQexAsfNode& pBone) const;
+    void Round(bool pLeaves);
+    void NoteAddedEnds(double pLength);
+    bool EndsInALeaf(const KQexAsfOrigin& pOrigin) const;
+    void NoteEndName(const KQexAsfOrigin& pOrigin);
+    void WarnDroppedLeaves();
 
-    KQexAsfScene*                   mScene;
-    KQexNode*                       mRoot;
-    const KQexAnimLayer*            mLayer;
-    const KQexExportAcclaimOptions& mOptions;
-    bool                            mHasTranslations;
-    std::vector<KQexAsfOrigin>      mOrigins;
-    std::vector<std::string>        mWarnings;
+    KQexAsfScene*                              mScene;
+    KQexNode*                                  mRoot;
+    const KQexMovingJoints&                    mMoving;
+    const KQexExportAcclaimOptions&            mOptions;
+    bool                                       mHasTranslations;
+    const std::unordered_set<const KQexNode*>& mLeaves;
+    std::vector<KQexAsfOrigin>                 mOrigins;
+    std::vector<KQexAsfEndNote>                mEndNotes;
+    std::vector<std::string>                   mWarnings;
+    std::vector<std::string>                   mNotes;
 };
 
 } // namespace qexsdk

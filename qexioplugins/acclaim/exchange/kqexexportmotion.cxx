@@ -1,9 +1,11 @@
 #include <qexioplugins/acclaim/exchange/kqexexportmotion.h>
 
-#include <qexioplugins/acclaim/model/kqexasfwalk.h>
-#include <qexioplugins/acclaim/scene/kqexasfhostindex.h>
+#include <qexioplugins/acclaim/exchange/kqexasfpairing.h>
 
+#include <algorithm>
+#include <iterator>
 #include <new>
+#include <utility>
 
 namespace qexsdk
 {
@@ -27,12 +29,14 @@ bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput)
     return FailExport(pResult, pOutput.GetPath(), ("cannot be written: " + pOutput.GetReason()).c_str());
 }
 
-KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexAnimStack* pStack, KQexExportAcclaimResult& pResult)
+KQexAnimStack* TakeOrCurrent(const KQexNode* pRoot, KQexAnimStack* pStack)
+{
+    return pStack != nullptr ? pStack : pRoot->GetScene()->GetEvaluator()->GetContext();
+}
+
+KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
     KQexAmcWriteOptions lOptions;
-    lOptions.mStack = pStack;
-    lOptions.mSampling = pResult.mSampling;
-    lOptions.mRestStack = pOptions.mBasePoseFirstFrame ? pStack : nullptr;
     lOptions.mScale = pOptions.mBaseScale;
     lOptions.mWriteRate = pOptions.mWriteRate;
     lOptions.mThreads = pOptions.mThreads;
@@ -58,74 +62,76 @@ void AddMessages(KQexExportAcclaimResult& pResult, const KQexTextFile& pFile, co
     }
 }
 
-/// Pairs bones and nodes as KQexAsfScene::MergeQEXToASF does: children of a bone without a node are searched below the nearest paired
-/// ancestor's node.
-void MakePairs(const KQexAsfTreeIndex& pNodes, KQexAsfScene* pSkeleton, std::vector<KQexAmcPair>& pPairs,
-               std::vector<std::string>& pUnmatched)
-{
-    std::vector<int> lPath; // For each bone on the current path: the number of its node, else of the nearest ancestor's.
-    KQexAsfWalk      lWalk(pSkeleton->mRoot);
-    while (HKQexAsfNode lBone = lWalk.Next())
-    {
-        if (!lWalk.IsEntering())
-        {
-            lPath.pop_back();
-            continue;
-        }
-        const int lFound = lPath.empty() ? 0 : pNodes.Find(lBone->mName, lPath.back());
-        if (lFound >= 0)
-        {
-            pPairs.push_back(KQexAmcPair{lBone, pNodes.GetNode(lFound)});
-        }
-        else
-        {
-            pUnmatched.emplace_back(lBone->mName);
-        }
-        lPath.push_back(lFound >= 0 ? lFound : lPath.back());
-    }
-}
-
 } // namespace
 
-bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton,
-                     const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult)
+bool WriteMotionFile(const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton, const std::vector<KQexAmcPair>& pPairs,
+                     const KQexAmcWriteOptions& pOptions, std::vector<std::unique_ptr<KOutputFile>>& pOutputs,
+                     KQexExportAcclaimResult& pResult)
 {
-    const bool lIsOpen = pBuffer != nullptr ? pAmc.OpenWriteBuffer(pBuffer) : pAmc.OpenWrite(pPath.c_str());
-    const bool lIsWritten = lIsOpen && pAmc.Write(pSkeleton, pPairs, pOptions) && pAmc.GetOutput().Prepare();
-    AddMessages(pResult, pAmc, pPath);
-    if (!lIsWritten && pAmc.GetOutput().HasFailed() && pAmc.GetErrorCount() == 0)
+    KQexFileAcclaimAmc lAmc(false);
+    const bool         lIsOpen = pBuffer != nullptr ? lAmc.OpenWriteBuffer(pBuffer) : lAmc.OpenWrite(pPath.c_str());
+    const bool         lIsWritten = lIsOpen && lAmc.Write(pSkeleton, pPairs, pOptions) && lAmc.GetOutput().Prepare();
+    // From here on the output is discarded unless it is kept: the file's destructor would complete it.
+    KOutputFile lOutput = lAmc.ReleaseOutput();
+    AddMessages(pResult, lAmc, pPath);
+    if (!lIsWritten)
     {
-        FailExport(pResult, pAmc.GetOutput());
+        return lOutput.HasFailed() && lAmc.GetErrorCount() == 0 ? FailExport(pResult, lOutput) : false;
     }
-    return lIsWritten;
+    if (pBuffer != nullptr)
+    {
+        return lOutput.Close();
+    }
+    pOutputs.push_back(std::make_unique<KOutputFile>(std::move(lOutput)));
+    return true;
+}
+
+bool CommitExport(std::vector<std::unique_ptr<KOutputFile>>& pOutputs, const KQexExportAcclaimOptions& pOptions,
+                  KQexExportAcclaimResult& pResult)
+{
+    if (pOptions.mPrepared != nullptr)
+    {
+        pOptions.mPrepared->reserve(pOptions.mPrepared->size() + pOutputs.size());
+        std::move(pOutputs.begin(), pOutputs.end(), std::back_inserter(*pOptions.mPrepared));
+        return true;
+    }
+    std::vector<KOutputFile*> lOutputs;
+    for (const std::unique_ptr<KOutputFile>& lOutput : pOutputs)
+    {
+        lOutputs.push_back(lOutput.get());
+    }
+    const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs.data(), lOutputs.size());
+    return lFailed == nullptr || FailExport(pResult, *lFailed);
 }
 
 bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                      KQexExportAcclaimResult& pResult)
 {
-    KQexAnimStack*           lStack = pOptions.mStack != nullptr ? pOptions.mStack : pRoot->GetScene()->GetEvaluator()->GetContext();
-    std::vector<KQexAmcPair> lPairs;
-    MakePairs(KQexAsfTreeIndex(pRoot), pSkeleton, lPairs, pResult.mUnmatched);
-    if (lPairs.size() == 1 && !pResult.mUnmatched.empty())
+    KQexAnimStack* lStack = TakeOrCurrent(pRoot, pOptions.mStack);
+    KQexAsfPairing lPairing = PairBones(pRoot, *pSkeleton, lStack);
+    pResult.mUnmatched = std::move(lPairing.mUnmatched);
+    pResult.mMatch = std::move(lPairing.mMatch);
+    if (!pOptions.mAllowUnmatched && !pResult.mMatch.IsPlausible())
     {
-        lPairs.clear();
-        pResult.mUnmatched.clear();
-        MakePairs(KQexAsfTreeIndex(pRoot, KQexAsfTreeIndex::eBARE), pSkeleton, lPairs, pResult.mUnmatched);
+        pResult.mIsMismatch = true;
+        return FailExport(pResult, pAmcPath, pResult.mMatch.Describe().c_str());
     }
-    for (const KQexAmcPair& lPair : lPairs)
+    for (const KQexAmcPair& lPair : lPairing.mPairs)
     {
         lPair.mBone->GetCurveNodePointers(lPair.mNode);
     }
-    if (!MakeSampling({pRoot}, lStack, pOptions.mSampling, pResult.mSampling))
+    KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, pResult);
+    if (!MakeSampling({pRoot}, lStack, pOptions.mSampling, lOptions.mSampling))
     {
         return FailExport(pResult, pAmcPath, "No frames in the requested part of the take");
     }
-    KQexFileAcclaimAmc  lAmc(false);
-    KQexDiscardGuard    lGuard(lAmc);
-    KQexAmcWriteOptions lOptions = MakeWriteOptions(pOptions, lStack, pResult);
+    pResult.mSamplings.assign(1, lOptions.mSampling);
+    lOptions.mStack = lStack;
+    lOptions.mRestStack = pOptions.mBasePoseFirstFrame ? lStack : nullptr;
     lOptions.mSkeletonNotes = pOptions.mSkeletonNotes;
-    return lGuard.Keep(WriteMotionFile(lAmc, pAmcPath, nullptr, pSkeleton, lPairs, lOptions, pResult) &&
-                       (lAmc.Close() || FailExport(pResult, lAmc.GetOutput())));
+    std::vector<std::unique_ptr<KOutputFile>> lOutputs;
+    return WriteMotionFile(pAmcPath, nullptr, pSkeleton, lPairing.mPairs, lOptions, lOutputs, pResult) &&
+           CommitExport(lOutputs, pOptions, pResult);
 }
 
 } // namespace qexsdk

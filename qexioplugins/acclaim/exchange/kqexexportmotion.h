@@ -3,6 +3,7 @@
 
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,38 +20,22 @@ bool FailExport(KQexExportAcclaimResult& pResult, const std::string& pPath, cons
 /// The same with an output's path and reason.
 bool FailExport(KQexExportAcclaimResult& pResult, const KOutputFile& pOutput);
 
-/// Discards a motion's output when destroyed, unless Keep(true) was called: the file's destructor would complete an output that was not
-/// closed, even during an exception.
-class KQexDiscardGuard
-{
-public:
-    /// Guards \p pAmc, which must outlive this.
-    explicit KQexDiscardGuard(KQexFileAcclaimAmc& pAmc) : mAmc(pAmc) {}
-    ~KQexDiscardGuard()
-    {
-        if (!mKeep)
-        {
-            mAmc.Discard();
-        }
-    }
-    KQexDiscardGuard(const KQexDiscardGuard&) = delete;
-    KQexDiscardGuard& operator=(const KQexDiscardGuard&) = delete;
+/// \p pStack, or for null the current take of the scene of \p pRoot, if any.
+KQexAnimStack* TakeOrCurrent(const KQexNode* pRoot, KQexAnimStack* pStack);
 
-    /// Sets whether the output is kept. \return \p pKeep
-    bool Keep(bool pKeep) { return mKeep = pKeep; }
+/// The writer's options for those of an export, apart from the take and its frames. A cancel by the progress function is recorded in
+/// \p pResult. Both must outlive the writing.
+KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult);
 
-private:
-    KQexFileAcclaimAmc& mAmc;
-    bool                mKeep = false;
-};
+/// Writes a motion, to \p pBuffer if not null, else to \p pPath. A file is complete then, but keeps its temporary name: it is added to
+/// \p pOutputs. After a failure nothing is left. May throw std::bad_alloc.
+bool WriteMotionFile(const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton, const std::vector<KQexAmcPair>& pPairs,
+                     const KQexAmcWriteOptions& pOptions, std::vector<std::unique_ptr<KOutputFile>>& pOutputs,
+                     KQexExportAcclaimResult& pResult);
 
-/// The writer's options for those of an export. A cancel by the progress function is recorded in \p pResult. Both must outlive the
-/// writing.
-KQexAmcWriteOptions MakeWriteOptions(const KQexExportAcclaimOptions& pOptions, KQexAnimStack* pStack, KQexExportAcclaimResult& pResult);
-
-/// Opens and writes a motion, to \p pBuffer if not null, else to \p pPath. A file is complete then but keeps its temporary name.
-bool WriteMotionFile(KQexFileAcclaimAmc& pAmc, const std::string& pPath, std::string* pBuffer, KQexAsfScene* pSkeleton,
-                     const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions, KQexExportAcclaimResult& pResult);
+/// Commits the outputs, or hands them to the options' mPrepared.
+bool CommitExport(std::vector<std::unique_ptr<KOutputFile>>& pOutputs, const KQexExportAcclaimOptions& pOptions,
+                  KQexExportAcclaimResult& pResult);
 
 /// KQexExporterAcclaim::ExportMotion(), its arguments checked. May throw std::bad_alloc.
 bool RunMotionExport(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,

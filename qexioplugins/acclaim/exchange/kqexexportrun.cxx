@@ -1,106 +1,126 @@
 #include <qexioplugins/acclaim/exchange/kqexexportrun.h>
 
+#include <qexioplugins/acclaim/exchange/kqexasfends.h>
 #include <qexioplugins/acclaim/exchange/kqexexportmotion.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
-#include <qexioplugins/motion/kqexrestpose.h>
 #include <qexscene/kqexsceneundo.h>
 
 #include <filesystem>
 #include <unordered_map>
+#include <utility>
 
 namespace qexsdk
 {
 
-KQexExportRun::KQexExportRun(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
-                             KQexExportAcclaimResult& pResult)
-    : mRoot(pRoot),
-      mAsfPath(pAsfPath != nullptr ? pAsfPath : ""),
-      mAmcPath(pAmcPath != nullptr ? pAmcPath : ""),
-      mOptions(pOptions),
-      mResult(pResult),
-      mStack(pOptions.mStack != nullptr ? pOptions.mStack : pRoot->GetScene()->GetEvaluator()->GetContext()),
-      mAmc(false)
+KQexExportRun::KQexExportRun(KQexNode* pRoot, const char* pAsfPath, std::vector<KQexExportMotion> pMotions,
+                             const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
+    : mRoot(pRoot), mAsfPath(pAsfPath != nullptr ? pAsfPath : ""), mMotions(std::move(pMotions)), mOptions(pOptions), mResult(pResult)
 {
+    if (mMotions.empty())
+    {
+        mMotions.emplace_back();
+    }
+    for (KQexExportMotion& lMotion : mMotions)
+    {
+        lMotion.mStack = TakeOrCurrent(mRoot, lMotion.mStack);
+    }
+    mResult.mSamplings.resize(mMotions.size());
 }
 
 bool KQexExportRun::Run()
 {
-    KQexDiscardGuard lGuard(mAmc);
-    return lGuard.Keep(MakeSkeleton(!mAmcPath.empty()) && WriteSkeleton() && WriteMotion(mAmcPath, nullptr) && Finish());
+    bool lHasMotion = false;
+    for (size_t i = 0; i < mMotions.size(); ++i)
+    {
+        lHasMotion = lHasMotion || !mMotions[i].mPath.empty();
+        if (!mMotions[i].mPath.empty() && !SampleMotion(i))
+        {
+            return false;
+        }
+    }
+    return MakeSkeleton(lHasMotion) && WriteSkeleton() && WriteMotions() && CommitExport(mOutputs, mOptions, mResult);
 }
 
 bool KQexExportRun::Run(std::string& pAsf, std::string* pAmc)
 {
-    KQexDiscardGuard lGuard(mAmc);
-    const bool       lOk = lGuard.Keep(MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || (WriteMotion("", pAmc) && mAmc.Close())));
+    const bool lOk = (pAmc == nullptr || SampleMotion(0)) && MakeSkeleton(pAmc != nullptr) && (pAmc == nullptr || WriteMotion(0, pAmc));
     pAsf.swap(mText);
     return lOk;
 }
 
-bool KQexExportRun::NeedsTranslations() const
+bool KQexExportRun::SampleMotion(size_t pMotion)
 {
-    if (mOptions.mTranslations != eTRANSLATION_DOFS_MOVING)
-    {
-        return mOptions.mTranslations == eTRANSLATION_DOFS_ALL;
-    }
-    for (const KQexNode* lNode = mRoot->GetNextInTree(mRoot); lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
-    {
-        if (DiffersFromRest(lNode->mLocalTranslation, GetLayer()))
-        {
-            return true;
-        }
-    }
-    return false;
+    const KQexExportMotion& lMotion = mMotions[pMotion];
+    return MakeSampling({mRoot}, lMotion.mStack, lMotion.mSampling, mResult.mSamplings[pMotion]) ||
+           FailExport(mResult, lMotion.mPath, "No frames in the requested part of the take");
 }
 
-/// Extracts, prepares and formats the skeleton; with \p pReadBack also reads it back, for a motion.
+bool KQexExportRun::HasTranslations(const KQexMovingJoints& pMoving) const
+{
+    return mOptions.mTranslations == eTRANSLATION_DOFS_ALL ||
+           (mOptions.mTranslations == eTRANSLATION_DOFS_MOVING && pMoving.HasTranslations());
+}
+
+/// Extracts, prepares and formats the skeleton; with \p pReadBack also reads it back, for the motions.
 bool KQexExportRun::MakeSkeleton(bool pReadBack)
 {
-    const KQexAsfSceneOwner lScene(QexSdkNew<KQexAsfScene>());
-    if (!lScene)
+    std::vector<KQexAnimStack*> lTakes;
+    for (const KQexExportMotion& lMotion : mMotions)
+    {
+        lTakes.push_back(lMotion.mStack);
+    }
+    const KQexMovingJoints              lMoving(mRoot, lTakes);
+    const bool                          lHasTranslations = HasTranslations(lMoving);
+    const KQexAsfSceneOwner             lScene(QexSdkNew<KQexAsfScene>());
+    const KQexSceneUndo                 lUndo(mRoot->GetScene()); // Destroys the added end nodes, and restores the current take.
+    std::unordered_set<const KQexNode*> lLeaves;
+    if (!lScene || (mOptions.mAdaptForFile && !AddEndNodes(mRoot, lMoving, mOptions.mBoneDofs, lLeaves)) ||
+        !Extract(*lScene, lHasTranslations))
     {
         return FailExport(mResult, mAsfPath, "Out of memory");
     }
-    KQexAnimEvaluator*     lEvaluator = mRoot->GetScene()->GetEvaluator();
-    const KQexContextGuard lContext(lEvaluator);
-    const bool             lHasTranslations = NeedsTranslations();
-    const double           lScale = mOptions.mBaseScale;
-    // Without a take the values at time zero are the nodes' defaults.
-    lEvaluator->SetContext(mOptions.mBasePoseFirstFrame ? mStack : nullptr);
-    lScene->QEXToASF(mRoot, lHasTranslations, KQexVector4(lScale, lScale, lScale, 1.0), true);
-    if (lScene->mRoot == nullptr)
-    {
-        return FailExport(mResult, mAsfPath, "Out of memory");
-    }
-    KQexAsfPreparation lPreparation(lScene.get(), mRoot, GetLayer(), mOptions, lHasTranslations);
+    KQexAsfPreparation lPreparation(lScene.get(), mRoot, lMoving, mOptions, lHasTranslations, lLeaves);
     if (!lPreparation.Run())
     {
         return FailExport(mResult, mAsfPath, "Out of memory");
     }
-    for (const std::string& lWarning : lPreparation.GetWarnings())
+    Report(lPreparation);
+    return Format(*lScene, lPreparation) && (!pReadBack || ReadBack(lPreparation.GetOrigins()));
+}
+
+bool KQexExportRun::Extract(KQexAsfScene& pScene, bool pHasTranslations)
+{
+    const double lScale = mOptions.mBaseScale;
+    // Without a take the values at time zero are the nodes' defaults.
+    mRoot->GetScene()->GetEvaluator()->SetContext(mOptions.mBasePoseFirstFrame ? mMotions.front().mStack : nullptr);
+    return pScene.QEXToASF(mRoot, pHasTranslations, KQexVector4(lScale, lScale, lScale, 1.0), true);
+}
+
+void KQexExportRun::Report(const KQexAsfPreparation& pPreparation)
+{
+    for (const std::string& lWarning : pPreparation.GetWarnings())
     {
         mResult.mMessages.push_back(KQexImportMessage{mAsfPath, KQexTextMessage{KQexTextMessage::eWARNING, 0, lWarning}});
     }
-    // From here on the bones need the curves of the motion's take, not the rest pose.
-    lEvaluator->SetContext(mStack);
-    for (const KQexAsfOrigin& lOrigin : lPreparation.GetOrigins())
-    {
-        lOrigin.mBone->GetCurveNodePointers(lOrigin.mNode);
-    }
-    mResult.mBones = static_cast<int>(lPreparation.GetOrigins().size());
+    mResult.mNotes = pPreparation.GetNotes();
+    mResult.mBones = static_cast<int>(pPreparation.GetOrigins().size());
+}
+
+bool KQexExportRun::Format(KQexAsfScene& pScene, const KQexAsfPreparation& pPreparation)
+{
     KQexFileAcclaimAsf lFile(false);
-    if (!lFile.OpenWriteBuffer(&mText))
+    lFile.SetEndNotes(pPreparation.GetEndNotes());
+    if (lFile.OpenWriteBuffer(&mText))
     {
-        return FailExport(mResult, mAsfPath, "Out of memory");
+        lFile.Write(&pScene);
+        if (lFile.Close())
+        {
+            return true;
+        }
     }
-    lFile.Write(lScene.get());
-    if (!lFile.Close())
-    {
-        return FailExport(mResult, mAsfPath, "Out of memory");
-    }
-    return !pReadBack || ReadBack(lPreparation.GetOrigins());
+    return FailExport(mResult, mAsfPath, "Out of memory");
 }
 
 /// Reads the written text back: the motion is computed for the skeleton that other programs will read, with the digits of the text.
@@ -134,34 +154,41 @@ bool KQexExportRun::ReadBack(const std::vector<KQexAsfOrigin>& pOrigins)
 
 bool KQexExportRun::WriteSkeleton()
 {
-    if (mAsf.Open(mAsfPath.c_str()) && mAsf.Write(mText.data(), mText.size()) && mAsf.Prepare())
-    {
-        return true;
-    }
-    return FailExport(mResult, mAsf);
+    mOutputs.push_back(std::make_unique<KOutputFile>());
+    KOutputFile& lOutput = *mOutputs.back();
+    return (lOutput.Open(mAsfPath.c_str()) && lOutput.Write(mText.data(), mText.size()) && lOutput.Prepare()) ||
+           FailExport(mResult, lOutput);
 }
 
-bool KQexExportRun::WriteMotion(const std::string& pPath, std::string* pBuffer)
+bool KQexExportRun::WriteMotions()
 {
-    if (pPath.empty() && pBuffer == nullptr)
+    for (size_t i = 0; i < mMotions.size(); ++i)
     {
-        return true;
+        if (!mMotions[i].mPath.empty() && !WriteMotion(i, nullptr))
+        {
+            return false;
+        }
     }
-    if (!MakeSampling({mRoot}, mStack, mOptions.mSampling, mResult.mSampling))
-    {
-        return FailExport(mResult, pPath, "No frames in the requested part of the take");
-    }
-    KQexAmcWriteOptions lOptions = MakeWriteOptions(mOptions, mStack, mResult);
-    lOptions.mIsRootAligned = true;
+    return true;
+}
+
+bool KQexExportRun::WriteMotion(size_t pMotion, std::string* pBuffer)
+{
+    const KQexExportMotion& lMotion = mMotions[pMotion];
+    KQexAmcWriteOptions     lOptions = MakeWriteOptions(mOptions, mResult);
+    lOptions.mStack = lMotion.mStack;
+    lOptions.mSampling = mResult.mSamplings[pMotion];
+    lOptions.mRestStack = mOptions.mBasePoseFirstFrame ? mMotions.front().mStack : nullptr;
+    lOptions.mRestAlignment = eAMC_REST_ROOT;
     lOptions.mAsfName = pBuffer == nullptr && mAsfPath != "-" ? std::filesystem::path(mAsfPath).filename().string() : "";
-    return WriteMotionFile(mAmc, pPath, pBuffer, mReadBack.get(), mPairs, lOptions, mResult);
-}
-
-bool KQexExportRun::Finish()
-{
-    KOutputFile* const lOutputs[] = {&mAsf, &mAmc.GetOutput()};
-    const KOutputFile* lFailed = KOutputFile::CommitAll(lOutputs, mAmcPath.empty() ? 1 : 2);
-    return lFailed == nullptr || FailExport(mResult, *lFailed);
+    if (lOptions.mProgress)
+    {
+        lOptions.mProgress = [lReport = lOptions.mProgress, pMotion, lCount = mMotions.size()](double pFraction)
+        {
+            return lReport((static_cast<double>(pMotion) + pFraction) / static_cast<double>(lCount));
+        };
+    }
+    return WriteMotionFile(lMotion.mPath, pBuffer, mReadBack.get(), mPairs, lOptions, mOutputs, mResult);
 }
 
 } // namespace qexsdk

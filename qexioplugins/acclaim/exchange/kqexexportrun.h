@@ -4,46 +4,49 @@
 #include <qexioplugins/acclaim/exchange/kqexasfprepare.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace qexsdk
 {
 
-/// One export of a tree. May throw std::bad_alloc; nothing is written then.
+/// One export of a tree. May throw std::bad_alloc; no file is replaced then. The host scene is unchanged afterwards.
 class KQexExportRun
 {
 public:
-    /// \p pAsfPath and \p pAmcPath as for KQexExporterAcclaim::Export(); the other arguments must outlive this.
-    KQexExportRun(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
+    /// \p pAsfPath and \p pMotions as for KQexExporterAcclaim::Export(); the other arguments must outlive this.
+    KQexExportRun(KQexNode* pRoot, const char* pAsfPath, std::vector<KQexExportMotion> pMotions, const KQexExportAcclaimOptions& pOptions,
                   KQexExportAcclaimResult& pResult);
 
-    /// Exports to the two files.
+    /// Exports to the files.
     bool Run();
 
-    /// Exports to memory; \p pAmc null: the skeleton alone.
+    /// Exports to memory; \p pAmc null: the skeleton alone, else the first motion.
     bool Run(std::string& pAsf, std::string* pAmc);
 
 private:
-    bool                 MakeSkeleton(bool pReadBack);
-    bool                 ReadBack(const std::vector<KQexAsfOrigin>& pOrigins);
-    bool                 WriteSkeleton();
-    bool                 WriteMotion(const std::string& pPath, std::string* pBuffer);
-    bool                 Finish();
-    const KQexAnimLayer* GetLayer() const { return mStack != nullptr ? mStack->GetMember<KQexAnimLayer>(0) : nullptr; }
-    bool                 NeedsTranslations() const;
+    bool SampleMotion(size_t pMotion);
+    bool HasTranslations(const KQexMovingJoints& pMoving) const;
+    bool MakeSkeleton(bool pReadBack);
+    bool Extract(KQexAsfScene& pScene, bool pHasTranslations);
+    void Report(const KQexAsfPreparation& pPreparation);
+    bool Format(KQexAsfScene& pScene, const KQexAsfPreparation& pPreparation);
+    bool ReadBack(const std::vector<KQexAsfOrigin>& pOrigins);
+    bool WriteSkeleton();
+    bool WriteMotion(size_t pMotion, std::string* pBuffer);
+    bool WriteMotions();
 
-    KQexNode*                       mRoot;
-    std::string                     mAsfPath;
-    std::string                     mAmcPath;
-    const KQexExportAcclaimOptions& mOptions;
-    KQexExportAcclaimResult&        mResult;
-    KQexAnimStack*                  mStack;
-    std::string                     mText;     ///< The skeleton file.
-    KQexAsfSceneOwner               mReadBack; ///< The skeleton read back from mText.
-    std::vector<KQexAmcPair>        mPairs;
-    KOutputFile                     mAsf;
-    KQexFileAcclaimAmc              mAmc;
+    KQexNode*                                 mRoot;
+    std::string                               mAsfPath;
+    std::vector<KQexExportMotion>             mMotions; ///< At least one.
+    const KQexExportAcclaimOptions&           mOptions;
+    KQexExportAcclaimResult&                  mResult;
+    std::string                               mText;     ///< The skeleton file.
+    KQexAsfSceneOwner                         mReadBack; ///< The skeleton read back from mText.
+    std::vector<KQexAmcPair>                  mPairs;
+    std::vector<std::unique_ptr<KOutputFile>> mOutputs; ///< Complete, not yet committed.
 };
 
 } // namespace qexsdk

@@ -2,10 +2,12 @@
 
 #include <kbaselib/kbase/kpath.h>
 #include <qexioplugins/acclaim/exchange/kqexasfwarnings.h>
+#include <qexioplugins/acclaim/exchange/kqeximportnodes.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace qexsdk
 {
@@ -27,29 +29,6 @@ struct KCurveGuard
 
     ~KCurveGuard() { KQexAsfCurves::Destroy(mRoot); }
 };
-
-/// Connects the bones' curves to the nodes just built from them: the trees are equal except for end nodes.
-void ConnectCurves(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
-{
-    std::vector<KQexNode*> lNext; // For each bone on the current path: the node of its next child.
-    KQexAsfWalk            lWalk(pRoot);
-    while (const HKQexAsfNode lBone = lWalk.Next())
-    {
-        if (!lWalk.IsEntering())
-        {
-            lNext.pop_back();
-            continue;
-        }
-        KQexNode* lNode = pNode;
-        if (!lNext.empty())
-        {
-            lNode = lNext.back();
-            lNext.back() = lNode->GetNextSibling();
-        }
-        lBone->SetKFCurves(lNode, pTakeName);
-        lNext.push_back(lNode->GetFirstChild());
-    }
-}
 
 /// Whether the node to merge at is itself the skeleton's root; FindChild() searches only below a node.
 bool IsRootNode(const KQexAsfScene& pAsfScene, const KQexNode& pNode)
@@ -109,6 +88,7 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
         mResult.mMessages.push_back({pSource.mPath, std::move(lWarning)});
     }
     mResult.mSkeletonNotes.mLengthDofs = lFile.GetLengthDofs();
+    mResult.mSkeletonNotes.mEndNotes = lFile.GetEndNotes();
     if (mOptions.mRemoveDummies)
     {
         RemoveDummies(*lAsfScene);
@@ -158,7 +138,7 @@ bool KQexImportRun::ReadMotions(KQexAsfScene& pAsfScene, const std::vector<KQexA
     return lOk;
 }
 
-bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount)
+KQexAmcReadOptions KQexImportRun::ReadOptions(size_t pIndex, size_t pCount) const
 {
     KQexAmcReadOptions lOptions;
     lOptions.mSamplesPerSecond = mOptions.mSamplesPerSecond;
@@ -168,22 +148,30 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     lOptions.mSkeletonNotes = mResult.mSkeletonNotes;
     if (mOptions.mProgress)
     {
-        lOptions.mProgress = [&](double pFraction)
+        lOptions.mProgress = [this, pIndex, pCount](double pFraction)
         {
             return mOptions.mProgress((static_cast<double>(pIndex) + pFraction) / static_cast<double>(pCount));
         };
     }
+    return lOptions;
+}
 
+bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount)
+{
     KQexImportedTake   lTake;
     KQexFileAcclaimAmc lFile(mOptions.mVerbose);
     lTake.mName = ChooseTakeName(pSource);
     lTake.mPath = pSource.mPath;
-    const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, lOptions);
+    const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, ReadOptions(pIndex, pCount));
     // In case memory runs out before the curves are moved out: a caller's skeleton would keep them.
     const KCurveGuard lGuard{lOk ? pAsfScene.mRoot : nullptr};
-    AddMessages(lFile, pSource.mPath);
     lTake.mInfo = lFile.GetInfo();
     mResult.mCancelled = mResult.mCancelled || lTake.mInfo.mCancelled;
+    if (lOk && !IsAccepted(lTake))
+    {
+        return false;
+    }
+    AddMessages(lFile, pSource.mPath);
     if (!lOk)
     {
         return false;
@@ -192,6 +180,18 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     mResult.mTakes.push_back(std::move(lTake));
     mCurves.emplace_back().MoveFrom(pAsfScene.mRoot);
     return true;
+}
+
+/// Refuses a motion of another skeleton. The error replaces a warning for each of its bones.
+bool KQexImportRun::IsAccepted(const KQexImportedTake& pTake)
+{
+    if (mOptions.mAllowUnmatched || pTake.mInfo.mMatch.IsPlausible())
+    {
+        return true;
+    }
+    mResult.mIsMismatch = true;
+    mResult.mMessages.push_back({pTake.mPath, {KQexTextMessage::eERROR, 0, pTake.mInfo.mMatch.Describe()}});
+    return false;
 }
 
 std::string KQexImportRun::ChooseTakeName(const KQexAcclaimSource& pSource) const
@@ -248,11 +248,13 @@ bool KQexImportRun::ReportProgress(double pFraction)
 
 bool KQexImportRun::Attach(KQexAsfScene& pAsfScene)
 {
+    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mEndNotes);
     return Complete(pAsfScene, mOptions.mMergeRoot != nullptr ? Bind(pAsfScene, mOptions.mMergeRoot) : Build(pAsfScene));
 }
 
 bool KQexImportRun::AttachToExisting(KQexAsfScene& pAsfScene)
 {
+    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mEndNotes);
     mBorrowedRoot = pAsfScene.mRoot;
     return Complete(pAsfScene, Bind(pAsfScene, mOptions.mMergeRoot != nullptr ? mOptions.mMergeRoot : mScene->GetRootNode()));
 }
@@ -293,6 +295,7 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
     {
         return nullptr;
     }
+    NameEnds(lRoot, lNode, mResult.mSkeletonNotes.mEndNotes);
 
     for (size_t i = 1; i < mCurves.size(); ++i)
     {

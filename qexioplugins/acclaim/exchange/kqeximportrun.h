@@ -38,12 +38,14 @@ public:
     bool Fail(const char* pText);
 
 private:
-    bool        ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount);
-    void        RemoveDummies(KQexAsfScene& pAsfScene);
-    std::string ChooseTakeName(const KQexAcclaimSource& pSource) const;
-    bool        IsInUse(const std::string& pTakeName) const;
-    void        AddMessages(const KQexTextFile& pFile, const std::string& pPath);
-    bool        ReportProgress(double pFraction);
+    bool               ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource& pSource, size_t pIndex, size_t pCount);
+    KQexAmcReadOptions ReadOptions(size_t pIndex, size_t pCount) const;
+    bool               IsAccepted(const KQexImportedTake& pTake);
+    void               RemoveDummies(KQexAsfScene& pAsfScene);
+    std::string        ChooseTakeName(const KQexAcclaimSource& pSource) const;
+    bool               IsInUse(const std::string& pTakeName) const;
+    void               AddMessages(const KQexTextFile& pFile, const std::string& pPath);
+    bool               ReportProgress(double pFraction);
 
     bool      Complete(KQexAsfScene& pAsfScene, KQexNode* pRootNode);
     KQexNode* Build(KQexAsfScene& pAsfScene);

@@ -1,8 +1,7 @@
-#include <tests/apps/asf/runasf.h>
+#include <tests/apps/asf/converttest.h>
 #include <tests/support/corpus.h>
 
 #include <algorithm>
-#include <sstream>
 
 using namespace qextest;
 using nlohmann::json;
@@ -11,77 +10,10 @@ namespace fs = std::filesystem;
 namespace
 {
 
-/// Three frames of the small skeleton.
-std::string ThreeFrames()
-{
-    return ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n2\nroot 0 0 1 0 0 0\nthigh -10 0 0\nshin 20\n"
-           "3\nroot 0 0 2 0 5 0\nthigh -20 0 0\nshin 40\n";
-}
-
 size_t FileCount(const fs::path& pFolder)
 {
     return static_cast<size_t>(std::distance(fs::directory_iterator(pFolder), fs::directory_iterator()));
 }
-
-std::string LineWith(const std::string& pText, const std::string& pPart)
-{
-    std::istringstream lLines(pText);
-    for (std::string lLine; std::getline(lLines, lLine);)
-    {
-        if (lLine.find(pPart) != std::string::npos)
-        {
-            return lLine;
-        }
-    }
-    return "";
-}
-
-class KConvertTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        WriteFile(mFolder / "small.asf", SmallSkeleton());
-        WriteFile(mFolder / "small_01.amc", ThreeFrames());
-        fs::copy_file(Sample("walker.asf"), mFolder / "walker.asf");
-        fs::copy_file(Sample("walk.amc"), mFolder / "walk.amc");
-        mOptions.mFolder = mFolder.Path().string();
-    }
-
-    KRunResult Run(const std::vector<std::string>& pArguments) { return RunAsf(pArguments, mOptions); }
-
-    /// Runs `asf convert` with the arguments in \p pCall.
-    KRunResult Convert(const std::string& pCall)
-    {
-        std::vector<std::string> lArguments{"convert", "-q"};
-        std::istringstream       lWords(pCall);
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return Run(lArguments);
-    }
-
-    void ExpectConverts(const std::string& pCall)
-    {
-        const KRunResult lResult = Convert(pCall);
-        EXPECT_EQ(lResult.mExit, 0) << pCall << "\n" << lResult.mErr;
-        EXPECT_EQ(lResult.mErr, "") << pCall;
-    }
-
-    std::string Text(const std::string& pName) { return ReadFile(mFolder / pName); }
-
-    void ExpectSame(const std::vector<std::string>& pFiles, const std::string& pIgnored)
-    {
-        std::vector<std::string> lArguments{"diff", "-q", "--tolerance", "1e-4", "--ignore", pIgnored};
-        lArguments.insert(lArguments.end(), pFiles.begin(), pFiles.end());
-        const KRunResult lResult = Run(lArguments);
-        EXPECT_EQ(lResult.mExit, 0) << lResult.mOut << lResult.mErr;
-    }
-
-    KTempDir    mFolder;
-    KRunOptions mOptions;
-};
 
 // Round trips: through a format and back. A second round trip, with files of the same names, changes no byte of the text files.
 
@@ -242,10 +174,15 @@ TEST_F(KConvertTest, MotionForAnotherSkeleton)
     ExpectConverts("a.bvh --skeleton walker.asf -o back.amc");
     ExpectSame({"walker.asf", "walk.amc", "walker.asf", "back.amc"}, "frames");
     const KRunResult lOther = Convert("a.bvh --skeleton small.asf -o other.amc");
-    EXPECT_EQ(lOther.mExit, 0);
-    EXPECT_NE(lOther.mErr.find("other.amc: warning: 3 bones kept at rest, without a joint of the same name: hip, thigh, shin\n"),
+    EXPECT_EQ(lOther.mExit, 1);
+    EXPECT_EQ(lOther.mErr, "other.amc: error: Not a motion of this skeleton: 0 of 2 moving joints match; only the motion has left_thigh, "
+                           "left_shin, left_foot; only the skeleton has thigh, shin\n");
+    EXPECT_FALSE(fs::exists(mFolder / "other.amc"));
+    const KRunResult lAllowed = Convert("a.bvh --skeleton small.asf -o other.amc --allow-unmatched");
+    EXPECT_EQ(lAllowed.mExit, 0);
+    EXPECT_NE(lAllowed.mErr.find("other.amc: warning: 2 bones kept at rest, without a joint of the same name: thigh, shin\n"),
               std::string::npos)
-        << lOther.mErr;
+        << lAllowed.mErr;
 }
 
 TEST_F(KConvertTest, MotionForItsOwnSkeleton)

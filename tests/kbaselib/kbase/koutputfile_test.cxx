@@ -300,6 +300,33 @@ TEST(KOutputFile, TwoArePreparedBeforeEitherIsCommitted)
     EXPECT_EQ(CountFiles(lDir.Path()), 2u);
 }
 
+TEST(KOutputFile, AMovedOutputIsItsNewOwners)
+{
+    KTempDir lDir;
+    WriteFile(lDir / "a", "old a");
+    KOutputFile lFirst;
+    ASSERT_TRUE(lFirst.Open((lDir / "a").c_str()));
+    EXPECT_TRUE(lFirst.Write("new ", 4));
+    KOutputFile lSecond(std::move(lFirst));
+    EXPECT_FALSE(lFirst.IsOpen());
+    EXPECT_EQ(lFirst.GetPath(), "");
+    EXPECT_TRUE(lFirst.Close()) << "as if it had never been opened";
+    EXPECT_EQ(ReadFile(lDir / "a"), "old a");
+    EXPECT_TRUE(lSecond.Write("a", 1));
+    EXPECT_TRUE(lSecond.Prepare());
+    KOutputFile lThird(std::move(lSecond));
+    EXPECT_EQ(lThird.GetPath(), (lDir / "a").string());
+    EXPECT_EQ(lThird.GetSize(), 5u);
+    EXPECT_TRUE(lThird.Commit());
+    EXPECT_EQ(ReadFile(lDir / "a"), "new a");
+    {
+        KOutputFile lFourth;
+        ASSERT_TRUE(lFourth.Open((lDir / "a").c_str()));
+        KOutputFile(std::move(lFourth)); // NOLINT(bugprone-unused-raii): discarded at once
+    }
+    EXPECT_EQ(CountFiles(lDir.Path()), 1u);
+}
+
 TEST(KOutputFile, PreparedCanStillBeDiscarded)
 {
     KTempDir lDir;
@@ -706,16 +733,17 @@ TEST(KOutputFile, MoreOutputsThanPendingSlotsAreWritten)
 {
     KTempDir                                  lDir;
     std::vector<std::unique_ptr<KOutputFile>> lOutputs;
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 600; ++i)
     {
         lOutputs.push_back(std::make_unique<KOutputFile>());
         ASSERT_TRUE(lOutputs.back()->Open((lDir / std::to_string(i)).c_str()));
+        ASSERT_TRUE(lOutputs.back()->Prepare());
     }
     for (const auto& lOutput : lOutputs)
     {
         EXPECT_TRUE(lOutput->Close());
     }
-    EXPECT_EQ(CountFiles(lDir.Path()), 100u);
+    EXPECT_EQ(CountFiles(lDir.Path()), 600u);
 }
 
 TEST(KOutputFile, LeftoversOfAKilledProcessDoNotMatter)

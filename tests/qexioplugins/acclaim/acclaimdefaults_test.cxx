@@ -51,7 +51,8 @@ TEST(AcclaimDefaults, MotionFile)
 
     const KQexAmcWriteOptions lWrite;
     EXPECT_EQ(lWrite.mScale, 1.0);
-    EXPECT_FALSE(lWrite.mIsRootAligned || lWrite.mWriteRate);
+    EXPECT_EQ(lWrite.mRestAlignment, eAMC_REST_FIND);
+    EXPECT_FALSE(lWrite.mWriteRate);
     EXPECT_EQ(lWrite.mThreads, 0);
 }
 

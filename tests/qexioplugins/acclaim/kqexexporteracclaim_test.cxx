@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <tests/qexioplugins/acclaim/exchange/exportpositions.h>
 #include <tests/support/corpus.h>
 #include <tests/support/randomscene.h>
 #include <tests/support/testfolders.h>
@@ -8,8 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <map>
 
 using namespace qexsdk;
 using namespace qextest;
@@ -49,52 +48,6 @@ KQexNode* ImportTexts(KQexScene* pScene, const KTexts& pTexts, KQexImportAcclaim
                                             pResult))
         << (pResult.mMessages.empty() ? "" : pResult.mMessages.back().mMessage.mText);
     return pResult.mRootNode;
-}
-
-/// Global positions of every node by name and frame. The root's node is named "root", as in an exported skeleton.
-std::map<std::string, std::vector<KQexVector4>> NodePositions(KQexNode* pRoot, int pFrames)
-{
-    std::map<std::string, std::vector<KQexVector4>> lPositions;
-    KQexGlobalTransforms                            lPose;
-    for (int lFrame = 0; lFrame < pFrames; ++lFrame)
-    {
-        EXPECT_TRUE(pRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pRoot, FrameTime(lFrame), lPose));
-        for (int i = 0; i < lPose.GetCount(); ++i)
-        {
-            lPositions[i == 0 ? "root" : lPose.GetNode(i)->GetName()].push_back(lPose.GetTransform(i).GetT());
-        }
-    }
-    return lPositions;
-}
-
-double Distance(const KQexVector4& pA, const KQexVector4& pB)
-{
-    return std::sqrt((pA[0] - pB[0]) * (pA[0] - pB[0]) + (pA[1] - pB[1]) * (pA[1] - pB[1]) + (pA[2] - pB[2]) * (pA[2] - pB[2]));
-}
-
-/// Expects the nodes that \p pOld and \p pNew share to have equal positions. \return their number
-int ExpectSamePositions(const std::map<std::string, std::vector<KQexVector4>>& pOld,
-                        const std::map<std::string, std::vector<KQexVector4>>& pNew, double pTolerance)
-{
-    int lCount = 0;
-    for (const auto& [lName, lFrames] : pOld)
-    {
-        const auto lFound = pNew.find(lName);
-        if (lFound == pNew.end())
-        {
-            continue;
-        }
-        ++lCount;
-        for (size_t i = 0; i < lFrames.size(); ++i)
-        {
-            EXPECT_LT(Distance(lFrames[i], lFound->second[i]), pTolerance) << lName << " frame " << i;
-            if (Distance(lFrames[i], lFound->second[i]) >= pTolerance)
-            {
-                return lCount;
-            }
-        }
-    }
-    return lCount;
 }
 
 /// The first line that differs, from both texts; empty when they are equal.

@@ -521,8 +521,85 @@ TEST(KQexImporterAcclaim, GarbageIsNoMotion)
         lNames += "x" + std::to_string(i) + '\n';
     }
     KSetup lSetup;
+    lSetup.mOptions.mAllowUnmatched = true;
     EXPECT_TRUE(lSetup.Import(lNames + "2\nb 2\n"));
     EXPECT_LE(lSetup.mResult.mMessages.size(), 1100U);
+}
+
+/// A motion that hardly matches the skeleton is refused, with one error instead of a warning for each bone.
+TEST(KQexImporterAcclaim, AMotionOfAnotherSkeletonIsRefused)
+{
+    const std::string lWrong = "1\nroot 1\nx 1\ny 1 2\nz 3\nw 4\n2\nroot 1\nx 1\ny 1 2\nz 3\nw 4\n";
+    KSetup            lSetup;
+    const std::string lBefore = Snapshot(*lSetup.mScene);
+    EXPECT_FALSE(lSetup.Import(lWrong));
+    EXPECT_TRUE(lSetup.mResult.mIsMismatch);
+    EXPECT_EQ(Texts(lSetup.mResult.mMessages),
+              kLengthWarning + std::string("E0 Not a motion of this skeleton: 0 of 3 moving joints match; only the "
+                                           "motion has x, y, z; only the skeleton has a, b, c\n"));
+    EXPECT_EQ(lSetup.mResult.mMessages.back().mPath, "small.amc");
+    EXPECT_EQ(Snapshot(*lSetup.mScene), lBefore);
+    lSetup.mOptions.mAllowUnmatched = true;
+    EXPECT_TRUE(lSetup.Import(lWrong));
+    EXPECT_FALSE(lSetup.mResult.mIsMismatch);
+    EXPECT_NE(Texts(lSetup.mResult.mMessages).find("The skeleton has no bone x, its values are ignored\n"), std::string::npos);
+}
+
+struct KMatchCase
+{
+    const char* mBones;
+    bool        mIsAccepted;
+};
+
+class KMatchTest : public testing::TestWithParam<KMatchCase>
+{
+};
+
+/// The skeleton has three bones with DOFs, a, b and c, and one without, d.
+TEST_P(KMatchTest, HalfOfTheSmallerSideIsEnough)
+{
+    const std::map<char, std::string> lLines = {{'a', "a 1 2\n"}, {'b', "b 1\n"}, {'c', "c 1 2 3\n"}};
+    std::string                       lFrame = "root 1\n";
+    for (const char lBone : std::string(GetParam().mBones))
+    {
+        lFrame += lLines.count(lBone) > 0 ? lLines.at(lBone) : std::string(1, lBone) + " 1\n";
+    }
+    KSetup lSetup;
+    EXPECT_EQ(lSetup.Import("1\n" + lFrame + "2\n" + lFrame), GetParam().mIsAccepted) << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(lSetup.mResult.mIsMismatch, !GetParam().mIsAccepted);
+    KFrameLog               lLog;
+    KQexFileAcclaimAmc      lFile(false);
+    KQexImportAcclaimResult lRead;
+    const KQexAsfSceneOwner lSkeleton = ReadSmallAsf(kAsf, lRead);
+    KQexAmcReadOptions      lOptions;
+    const std::string       lText = "1\n" + lFrame;
+    lOptions.mSkeletonNotes = lRead.mSkeletonNotes;
+    EXPECT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.ReadFrames(lSkeleton.get(), lOptions, lLog))
+        << "the reader itself only tells";
+    EXPECT_EQ(lFile.GetInfo().mMatch.IsPlausible(), GetParam().mIsAccepted);
+}
+
+INSTANTIATE_TEST_SUITE_P(Bones, KMatchTest,
+                         testing::Values(KMatchCase{"", true}, KMatchCase{"abc", true}, KMatchCase{"a", true}, KMatchCase{"x", false},
+                                         KMatchCase{"ax", true}, KMatchCase{"axy", false}, KMatchCase{"axyz", false},
+                                         KMatchCase{"abxyz", true}, KMatchCase{"abcxyzuvw", true}, KMatchCase{"xyzuvw", false}));
+
+/// The end that a writer added to a leaf bone gets no node; others get the names that the file has for them.
+TEST(KQexImporterAcclaim, NotesAboutEnds)
+{
+    const std::string lNoted = ":documentation\n added-end c\n end-name d tip\n added-end a\n end-name nobody x\n" + kAsf;
+    KSetup            lSetup;
+    lSetup.mOptions.mKeepAsfScene = true;
+    ASSERT_TRUE(lSetup.Import(lNoted, {Text(kThree, "small.amc")})) << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(tip))");
+    EXPECT_EQ(lSetup.mResult.mSkeletonNotes.mEndNotes.size(), 4U);
+    EXPECT_GT(lSetup.mResult.mAsfScene->mRoot->Find("c")->mLength, 0.0) << "the skeleton itself keeps its length";
+    // Bound to an existing hierarchy, bones that it lacks are built without such an end, too.
+    lSetup.Node("c")->Destroy(true, false);
+    lSetup.mOptions.mMergeRoot = lSetup.mScene->GetRootNode();
+    lSetup.mOptions.mTakeName = "second";
+    ASSERT_TRUE(lSetup.Import(lNoted, {Text(kThree, "small.amc")})) << Texts(lSetup.mResult.mMessages);
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(tip))");
 }
 
 TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)
