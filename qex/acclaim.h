@@ -10,6 +10,7 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
+#include <qexioplugins/acclaim/kqexskeletonmatch.h>
 
 #include <qex/motion.h>
 

@@ -137,9 +137,9 @@ struct QEX_API KQexAmcWriteOptions
     KQexAnimStack*       mRestStack = nullptr;            ///< Take whose pose at time zero is the nodes' rest pose; null: their defaults.
     KQexAmcRestAlignment mRestAlignment = eAMC_REST_FIND; ///< How the skeleton's rest pose relates to the nodes'.
     double               mScale = 1.0;                    ///< Factor of the nodes' positions.
-    bool                 mWriteRate = false;              ///< Write :SAMPLES-PER-SECOND, not only the comment; some readers do not accept it.
-    std::string          mAsfName;                        ///< Skeleton file named in the first line's comment; empty: none.
-    KQexAmcSkeletonNotes mSkeletonNotes;                  ///< Notes of the skeleton's file: each `l` gets a zero.
+    bool                 mWriteRate = false; ///< Write :SAMPLES-PER-SECOND, not only the comment; some readers do not accept it.
+    std::string          mAsfName;           ///< Skeleton file named in the first line's comment; empty: none.
+    KQexAmcSkeletonNotes mSkeletonNotes;     ///< Notes of the skeleton's file: each `l` gets a zero.
     int mThreads = 0;       ///< Threads that evaluate and format; 0: as many as the machine has, at most 4. The bytes do not depend on it.
     KQexProgress mProgress; ///< Called from time to time; false cancels. Empty: never.
 };

@@ -12,10 +12,10 @@ namespace asfapp
 /// Options shared by the commands that read figures.
 struct KMotionOptions
 {
-    std::string mAsf;            ///< --asf; empty: search for it.
-    std::string mFrom;           ///< --from: format of a single input; empty: detected.
-    std::string mFps;            ///< --fps as given; empty: the file's rate.
-    double      mMotionRate = 0; ///< --fps as a number, 0 without one.
+    std::string mAsf;                    ///< --asf; empty: search for it.
+    std::string mFrom;                   ///< --from: format of a single input; empty: detected.
+    std::string mFps;                    ///< --fps as given; empty: the file's rate.
+    double      mMotionRate = 0;         ///< --fps as a number, 0 without one.
     bool        mAllowUnmatched = false; ///< --allow-unmatched: accept a motion of another skeleton.
     bool        mQuiet = false;
 };
