@@ -20,7 +20,7 @@ namespace
 class KPairing
 {
 public:
-    KPairing(const KQexAsfScene& pSkeleton, const KQexMovingJoints& pMoving, KQexAsfTreeIndex::EName pName)
+    KPairing(const KQexAsfScene& pSkeleton, const KQexMovingJoints& pMoving, KQexAsfTreeIndex::ENamePart pName)
         : mSkeleton(pSkeleton), mMoving(pMoving), mName(pName)
     {
     }
@@ -62,7 +62,7 @@ private:
 
     const KQexAsfScene&                 mSkeleton;
     const KQexMovingJoints&             mMoving;
-    KQexAsfTreeIndex::EName             mName;
+    KQexAsfTreeIndex::ENamePart         mName;
     KQexAsfPairing                      mResult;
     std::unordered_set<const KQexNode*> mMovers;      ///< Nodes of bones with DOFs.
     size_t                              mMatched = 0; ///< Bones with DOFs that have a node.
