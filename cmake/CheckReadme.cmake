@@ -1,4 +1,4 @@
-# cmake -P cmake/CheckReadme.cmake: checks that the README's C++ examples are those that the tests run.
+# cmake -P cmake/CheckReadme.cmake: checks that the README's C++ examples are those that the tests run, and that its CMake options exist.
 
 cmake_minimum_required(VERSION 3.21)
 get_filename_component(lRoot "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
@@ -16,3 +16,14 @@ foreach(lExample IN LISTS lExamples)
     endif()
     message(STATUS "README.md shows ${lExample}")
 endforeach()
+
+file(READ "${lRoot}/CMakeLists.txt" lProject)
+string(REGEX MATCHALL "(QEX_[A-Z]+_[A-Z]+|BUILD_SHARED_LIBS)" lOptions "${lReadme}")
+list(REMOVE_DUPLICATES lOptions)
+foreach(lOption IN LISTS lOptions)
+    if(NOT lProject MATCHES "option\\(${lOption} ")
+        message(FATAL_ERROR "README.md names the option ${lOption}, which does not exist")
+    endif()
+endforeach()
+list(LENGTH lOptions lCount)
+message(STATUS "README.md names ${lCount} options, which exist")

@@ -2,6 +2,7 @@
 
 #include <qexioplugins/gltf/kqexgltfvectors.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -11,9 +12,12 @@ namespace qexsdk
 namespace
 {
 
-constexpr double kRingOffset = 0.2; ///< Distance of the widest cross-section from the bone's start, as a fraction of its length.
-constexpr double kRingRadius = 0.1; ///< Radius of that cross-section, as a fraction of the bone's length.
-constexpr double kMinLength = 1e-9; ///< Shorter bones have no direction.
+constexpr double kRingOffset = 0.2;  ///< Distance of the widest cross-section from the bone's start, as a fraction of its length.
+constexpr double kRingRadius = 0.12; ///< Radius of that cross-section, as a fraction of the bone's length,
+constexpr double kThinnest = 0.015;  ///< but not below this fraction of the figure's size,
+constexpr double kThickest = 0.035;  ///< not above this one,
+constexpr double kStoutest = 0.35;   ///< and never above this fraction of the bone's length.
+constexpr double kMinLength = 1e-9;  ///< Shorter bones have no direction.
 
 /// Two vectors of length \p pRadius, orthogonal to \p pAlong and to each other.
 void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
@@ -24,6 +28,13 @@ void MakeRing(const double* pAlong, double pRadius, double* pU, double* pV)
     Cross(pV, pAlong, pU);
     KmVN(pU, pU, pRadius);
     KmVN(pV, pV, pRadius);
+}
+
+/// Radius of a bone's widest cross-section: in proportion, but a finger stays visible and a spine of one bone slim.
+double RingRadius(double pLength, double pFigureSize)
+{
+    const double lRadius = std::clamp(kRingRadius * pLength, kThinnest * pFigureSize, kThickest * pFigureSize);
+    return std::min(lRadius, kStoutest * pLength);
 }
 
 } // namespace
@@ -67,7 +78,7 @@ void KQexGltfBoneMesh::AddBone(const double* pStart, const double* pEnd, std::ui
     KmVN(lAlong, lAlong, 1.0 / lLength);
     double lU[3];
     double lV[3];
-    MakeRing(lAlong, kRingRadius * lLength, lU, lV);
+    MakeRing(lAlong, RingRadius(lLength, mFigureSize), lU, lV);
     double lCentre[3];
     KmVN(lCentre, lAlong, kRingOffset * lLength);
     KmVadd(lCentre, lCentre, pStart);

@@ -13,6 +13,9 @@ namespace qexsdk
 class KQexGltfBoneMesh
 {
 public:
+    /// \p pFigureSize: the largest side of the figure's bounding box, units of the file; it limits how thin and how thick bones are.
+    explicit KQexGltfBoneMesh(double pFigureSize) : mFigureSize(pFigureSize) {}
+
     /// Adds the bone from \p pStart to \p pEnd (three coordinates each, units of the file), bound to joint \p pJoint. Skips a bone that
     /// is too short to have a direction.
     void AddBone(const double* pStart, const double* pEnd, std::uint16_t pJoint);
@@ -29,6 +32,7 @@ public:
 private:
     void AddFace(const double* pA, const double* pB, const double* pC, const double* pCentre, std::uint16_t pJoint);
 
+    double                     mFigureSize;
     std::vector<float>         mPositions;
     std::vector<float>         mNormals;
     std::vector<std::uint16_t> mJoints;

@@ -84,18 +84,18 @@ struct KQexGltfModel
         int                        mMaterial = -1; ///< Material.
     };
 
-    /// A mesh of one primitive.
+    /// A mesh.
     struct KMesh
     {
-        std::string mName;      ///< Name of its node.
-        KPrimitive  mPrimitive; ///< The only primitive.
+        std::string             mName;       ///< Name of its node.
+        std::vector<KPrimitive> mPrimitives; ///< One for each material; at least one.
     };
 
     /// A material.
     struct KMaterial
     {
         std::string         mName;            ///< Name of the material.
-        std::vector<double> mColor;           ///< Red, green, blue, opacity: 0 to 1.
+        std::vector<double> mColor;           ///< Red, green, blue, opacity: 0 to 1, linear.
         double              mMetallic = 0.0;  ///< 0 to 1.
         double              mRoughness = 0.0; ///< 0 to 1.
     };

@@ -1,8 +1,6 @@
 #include <kbaselib/kmath/kmath.h>
-#include <qexioplugins/gltf/kqexgltfmesh.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace qexsdk
@@ -95,64 +93,6 @@ void KQexGltfWriter::AddSkin(int pTree)
     {
         AddMesh(pTree, lJoints, static_cast<int>(mModel.mSkins.size()) - 1);
     }
-}
-
-void KQexGltfWriter::AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin)
-{
-    std::vector<std::uint16_t> lJointOf(mNodes.size(), 0);
-    std::vector<bool>          lIsJoint(mNodes.size(), false);
-    for (size_t i = 0; i < pJoints.size(); ++i)
-    {
-        lJointOf[pJoints[i]] = static_cast<std::uint16_t>(i);
-        lIsJoint[pJoints[i]] = true;
-    }
-    KQexGltfBoneMesh lBones;
-    for (size_t i = mTreeStarts[static_cast<size_t>(pTree)]; i < mNodes.size() && mNodes[i].mTree == pTree; ++i)
-    {
-        const int lParent = mNodes[i].mParent;
-        if (lParent >= 0 && lIsJoint[i] && lIsJoint[static_cast<size_t>(lParent)])
-        {
-            double lStart[3];
-            double lEnd[3];
-            GetPosition(mNodes[static_cast<size_t>(lParent)], lStart);
-            GetPosition(mNodes[i], lEnd);
-            lBones.AddBone(lStart, lEnd, lJointOf[static_cast<size_t>(lParent)]);
-        }
-    }
-    if (lBones.IsEmpty())
-    {
-        return;
-    }
-    const size_t              lCount = lBones.GetVertexCount();
-    KQexGltfModel::KPrimitive lPrimitive;
-    const auto                lAddFloats = [&](const char* pWord, KQexGltfElement pElement, const std::vector<float>& pValues)
-    {
-        const int lAccessor = mBuffer.AddFloats(pElement, lCount, eGLTF_ARRAY_BUFFER);
-        std::copy(pValues.begin(), pValues.end(), mBuffer.GetFloats(lAccessor));
-        mBuffer.SetBounds(lAccessor);
-        lPrimitive.mAttributes[pWord] = lAccessor;
-    };
-    std::vector<float> lWeights(4 * lCount, 0.0F);
-    for (size_t i = 0; i < lCount; ++i)
-    {
-        lWeights[4 * i] = 1.0F;
-    }
-    lAddFloats("POSITION", eGLTF_VEC3, lBones.GetPositions());
-    lAddFloats("NORMAL", eGLTF_VEC3, lBones.GetNormals());
-    lAddFloats("WEIGHTS_0", eGLTF_VEC4, lWeights);
-    lPrimitive.mAttributes["JOINTS_0"] = mBuffer.AddJoints(lBones.GetJoints());
-    if (mModel.mMaterials.empty())
-    {
-        mModel.mMaterials.push_back({"bone", {0.75, 0.72, 0.65, 1.0}, 0.0, 0.8});
-    }
-    lPrimitive.mMaterial = 0;
-    KQexGltfModel::KNode lNode;
-    lNode.mName = mNodeNames.Make(mModel.mSkins[static_cast<size_t>(pSkin)].mName + "_bones");
-    lNode.mMesh = static_cast<int>(mModel.mMeshes.size());
-    lNode.mSkin = pSkin;
-    mModel.mMeshes.push_back({lNode.mName, lPrimitive});
-    mModel.mNodes.push_back(lNode);
-    mModel.mRootNodes.push_back(static_cast<int>(mModel.mNodes.size()) - 1);
 }
 
 } // namespace qexsdk

@@ -147,20 +147,19 @@ private:
     void AddMesh(const KQexGltfModel::KMesh& pMesh)
     {
         AddText("name", pMesh.mName);
-        mJson.Key("primitives");
-        mJson.BeginArray();
-        mJson.BeginObject();
-        mJson.Key("attributes");
-        mJson.BeginObject();
-        for (const auto& [lAttribute, lAccessor] : pMesh.mPrimitive.mAttributes)
-        {
-            AddIndex(lAttribute.c_str(), lAccessor);
-        }
-        mJson.EndObject();
-        AddIndex("material", pMesh.mPrimitive.mMaterial);
-        AddIndex("mode", eGLTF_TRIANGLES);
-        mJson.EndObject();
-        mJson.EndArray();
+        AddObjects("primitives", pMesh.mPrimitives,
+                   [this](const KQexGltfModel::KPrimitive& pPrimitive)
+                   {
+                       mJson.Key("attributes");
+                       mJson.BeginObject();
+                       for (const auto& [lAttribute, lAccessor] : pPrimitive.mAttributes)
+                       {
+                           AddIndex(lAttribute.c_str(), lAccessor);
+                       }
+                       mJson.EndObject();
+                       AddIndex("material", pPrimitive.mMaterial);
+                       AddIndex("mode", eGLTF_TRIANGLES);
+                   });
     }
 
     void AddMaterial(const KQexGltfModel::KMaterial& pMaterial)

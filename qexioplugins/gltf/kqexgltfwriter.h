@@ -4,9 +4,12 @@
 #include <kbaselib/kbase/kparallel.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfbuffer.h>
+#include <qexioplugins/gltf/kqexgltfmesh.h>
 #include <qexioplugins/gltf/kqexgltfpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
+#include <qexioplugins/motion/kqexsides.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,14 @@ struct KQexGltfNode
     int        mParent; ///< Index of the parent, -1 for a root.
     int        mTree;   ///< Index of its tree.
     KQexMatrix mRest;   ///< Global rest transform, centimetres.
+};
+
+/// A bone of the preview mesh.
+struct KQexGltfBone
+{
+    size_t mJoint;    ///< The joint at its start, which moves it: index in the skin.
+    double mStart[3]; ///< Rest position, file units.
+    double mEnd[3];   ///< Rest position, file units.
 };
 
 /// The keys of one property of one node in a take; empty when it does not move.
@@ -55,6 +66,9 @@ private:
     void        AddSkin(int pTree);
     void        AddInverseBinds(const std::vector<size_t>& pJoints, KQexGltfModel::KSkin& pSkin);
     void        AddMesh(int pTree, const std::vector<size_t>& pJoints, int pSkin);
+    void        CollectBones(int pTree, const std::vector<size_t>& pJoints, std::vector<KQexGltfBone>& pBones) const;
+    int         GetMaterial(KQexSide pSide);
+    void        AddPrimitive(const KQexGltfBoneMesh& pBones, KQexSide pSide, KQexGltfModel::KMesh& pMesh);
     bool        AddAnimation(const KQexGltfTake& pTake);
     void        ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
     void        MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KQexGltfTrack>& pTracks) const;
@@ -73,9 +87,10 @@ private:
     KQexGltfBuffer              mBuffer;
     int                         mThreads;
     KQexUniqueNames             mNodeNames;
-    std::vector<KQexGltfNode>   mNodes;         ///< Each tree in pre-order; also the file's first nodes, in this order.
-    std::vector<size_t>         mTreeStarts;    ///< First node of each tree.
-    size_t                      mDoneNodes = 0; ///< Nodes animated so far, summed over the takes; for the progress.
+    std::array<int, kSideCount> mMaterials{-1, -1, -1}; ///< Material of each side's bones; -1: not added yet.
+    std::vector<KQexGltfNode>   mNodes;                 ///< Each tree in pre-order; also the file's first nodes, in this order.
+    std::vector<size_t>         mTreeStarts;            ///< First node of each tree.
+    size_t                      mDoneNodes = 0;         ///< Nodes animated so far, summed over the takes; for the progress.
 };
 
 } // namespace qexsdk

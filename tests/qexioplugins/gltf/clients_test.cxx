@@ -190,6 +190,47 @@ TEST(Clients, BlenderMatchesTheWorldPositions)
     }
 }
 
+/// The recipe is taken from the README, so that it stays correct there.
+TEST(Clients, TheReadmesRecipeForBlenderGivesMetresAndTheRate)
+{
+    if (RunProgram({"sh", "-c", "command -v blender"}).mExit != 0)
+    {
+        GTEST_SKIP() << "blender is not installed";
+    }
+    const std::string lReadme = ReadFile(fs::path(QEX_SOURCE_DIR) / "README.md");
+    const std::string lOption = "blender --python-expr \"";
+    const size_t      lStart = lReadme.find(lOption);
+    ASSERT_NE(lStart, std::string::npos);
+    const size_t      lEnd = lReadme.find('"', lStart + lOption.size());
+    const std::string lRecipe = lReadme.substr(lStart + lOption.size(), lEnd - lStart - lOption.size());
+
+    const KTempDir lFolder;
+    // 400 frames at 48 a second: neither Blender's rate nor its number of frames. A figure 1.8 m high, in centimetres.
+    std::string lBvh = "HIERARCHY\nROOT Hips\n{\nOFFSET 0 0 0\nCHANNELS 3 Xposition Yposition Zposition\nJOINT Head\n{\nOFFSET 0 180 0\n"
+                       "CHANNELS 3 Zrotation Yrotation Xrotation\nEnd Site\n{\nOFFSET 0 10 0\n}\n}\n}\nMOTION\nFrames: 400\n"
+                       "Frame Time: 0.0208333333\n";
+    for (int lFrame = 0; lFrame < 400; ++lFrame)
+    {
+        lBvh += "0 0 0 0 0 0\n";
+    }
+    WriteFile(lFolder / "walk.bvh", lBvh);
+    KRunOptions lOptions;
+    lOptions.mFolder = lFolder.Path().string();
+    const KRunResult lRun = RunProgram({"blender", "--background", "--factory-startup", "--python-exit-code", "1", "--python",
+                                        std::string(QEX_SOURCE_DIR) + "/tests/clients/blender_recipe.py", "--", lRecipe},
+                                       lOptions);
+    ASSERT_EQ(lRun.mExit, 0) << lRun.mOut << lRun.mErr;
+    std::istringstream lResult(lRun.mOut.substr(std::min(lRun.mOut.find("result "), lRun.mOut.size())));
+    std::string        lWord;
+    double             lRate = 0;
+    int                lLast = 0;
+    double             lHeight = 0;
+    ASSERT_TRUE(lResult >> lWord >> lRate >> lLast >> lHeight) << lRun.mOut;
+    EXPECT_NEAR(lRate, 48, 1e-5);
+    EXPECT_EQ(lLast, 401); // Blender adds one.
+    EXPECT_NEAR(lHeight, 1.8, 1e-5);
+}
+
 /// The threshold allows for small differences between versions of the renderer; a blank picture or another figure differs by about 10,000.
 TEST(Clients, TheSampleRendersLikeItsPictureInTheDocs)
 {

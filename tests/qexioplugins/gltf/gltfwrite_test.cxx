@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <set>
 
 // Writing of unusual scenes: several trees, transformed ancestors, odd names, takes without motion.
@@ -307,6 +309,95 @@ TEST(GltfWrite, ASkinWithTooManyJointsIsNotWritten)
     lTop->GetChild(0)->Destroy();
     EXPECT_TRUE(lFile.WriteBuffer(lOut, {lTop}, {}));
     EXPECT_EQ(MessagesOf(lFile), "");
+}
+
+/// The joints, by name, that move the vertices of a primitive of the first mesh, and the primitive's material.
+struct KPrimitive
+{
+    std::set<std::string> mJoints;
+    nlohmann::json        mMaterial;
+};
+
+/// The first mesh of a written binary file.
+std::vector<KPrimitive> PrimitivesOf(const std::string& pFile)
+{
+    std::uint32_t lJsonSize = 0;
+    std::memcpy(&lJsonSize, pFile.data() + 12, sizeof lJsonSize);
+    const nlohmann::json    lJson = nlohmann::json::parse(pFile.substr(20, lJsonSize));
+    const char*             lBytes = pFile.data() + 20 + lJsonSize + 8;
+    std::vector<KPrimitive> lPrimitives;
+    for (const nlohmann::json& lPrimitive : lJson["meshes"][0]["primitives"])
+    {
+        KPrimitive            lAdded;
+        const nlohmann::json& lAccessor = lJson["accessors"][lPrimitive["attributes"]["JOINTS_0"].get<size_t>()];
+        const nlohmann::json& lView = lJson["bufferViews"][lAccessor["bufferView"].get<size_t>()];
+        for (size_t i = 0; i < lAccessor["count"].get<size_t>(); ++i)
+        {
+            std::uint16_t lJoint = 0;
+            std::memcpy(&lJoint, lBytes + lView["byteOffset"].get<size_t>() + 8 * i, sizeof lJoint);
+            lAdded.mJoints.insert(lJson["nodes"][lJson["skins"][0]["joints"][lJoint].get<size_t>()]["name"]);
+        }
+        lAdded.mMaterial = lJson["materials"][lPrimitive["material"].get<size_t>()];
+        lPrimitives.push_back(lAdded);
+    }
+    return lPrimitives;
+}
+
+TEST(GltfWrite, BonesHaveTheColoursOfTheirSides)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lHips = AddNode(lScene->GetRootNode(), "hips", 0, 100, 0);
+    AddNode(AddNode(AddNode(lHips, "left_leg", 10, 0, 0), "left_foot", 0, -80, 0), "left_toes", 0, 0, 10);
+    AddNode(AddNode(lHips, "right_leg", -10, 0, 0), "right_foot", 0, -80, 0);
+    AddNode(AddNode(lHips, "spine", 0, 40, 0), "head", 0, 30, 0);
+    std::string  lOut;
+    KQexFileGltf lFile;
+    ASSERT_TRUE(lFile.WriteBuffer(lOut, {lHips}, {}));
+    const std::vector<KPrimitive> lPrimitives = PrimitivesOf(lOut);
+    ASSERT_EQ(lPrimitives.size(), 3u);
+    // The picture's colours #5b6070, #e2725b and #2f87b7, linear.
+    const struct
+    {
+        const char*           mMaterial;
+        std::set<std::string> mJoints;
+        std::vector<double>   mColor;
+    } lExpected[] = {{"bone", {"hips", "spine"}, {0.1046, 0.1170, 0.1620, 1.0}},
+                     {"bone_left", {"left_leg", "left_foot"}, {0.7605, 0.1683, 0.1046, 1.0}},
+                     {"bone_right", {"right_leg"}, {0.0284, 0.2423, 0.4735, 1.0}}};
+    for (size_t i = 0; i < 3; ++i)
+    {
+        const nlohmann::json& lMaterial = lPrimitives[i].mMaterial;
+        EXPECT_EQ(lMaterial["name"], lExpected[i].mMaterial);
+        EXPECT_EQ(lPrimitives[i].mJoints, lExpected[i].mJoints);
+        EXPECT_EQ(lMaterial["pbrMetallicRoughness"]["metallicFactor"], 0.0);
+        for (size_t j = 0; j < 4; ++j)
+        {
+            EXPECT_NEAR(lMaterial["pbrMetallicRoughness"]["baseColorFactor"][j].get<double>(), lExpected[i].mColor[j], 1e-4);
+        }
+    }
+}
+
+TEST(GltfWrite, AFigureWithoutSidesHasOneMaterial)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lBase = AddNode(lScene->GetRootNode(), "base");
+    AddNode(AddNode(lBase, "arm", 0, 10, 0), "tip", 0, 10, 0);
+    const KWritten lWritten({lBase});
+    ASSERT_EQ(lWritten.mJson["materials"].size(), 1u);
+    EXPECT_EQ(lWritten.mJson["materials"][0]["name"], "bone");
+    EXPECT_EQ(lWritten.mJson["meshes"][0]["primitives"].size(), 1u);
+}
+
+// Programs write the end of a bone as a node that is no joint of the skin.
+TEST(GltfWrite, ABoneEndsAtAChildThatIsNoJoint)
+{
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lHand = AddNode(lScene->GetRootNode(), "hand");
+    AddNode(lHand, "hand_end", 0, 10, 0);
+    lHand->SetNodeAttribute(KQexSkeleton::Create(lScene.get(), ""));
+    const KWritten lWritten({lHand});
+    EXPECT_EQ(lWritten.mJson["skins"][0]["joints"].size(), 1u);
+    EXPECT_EQ(lWritten.mJson["meshes"].size(), 1u);
 }
 
 } // namespace

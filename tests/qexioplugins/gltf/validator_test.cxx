@@ -25,8 +25,15 @@ void WriteScene(unsigned pSeed, const KTempDir& pFolder, std::vector<std::string
     lTree.mNodes = 1 + static_cast<int>(pSeed * 11 % 60);
     lTree.mFrames = pSeed % 5 == 4 ? 1 : 30;
     lTree.mScaling = pSeed % 3 == 0;
-    const KScenePtr      lScene = MakeScene();
-    KQexNode*            lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
+    const KScenePtr lScene = MakeScene();
+    KQexNode*       lRoot = MakeRandomTree(lRandom, lScene.get(), lTree);
+    // Names with sides, so that the mesh has several materials.
+    int lPairs = 0;
+    for (KQexNode* lNode = lRoot; lNode != nullptr && pSeed % 4 == 0; lNode = lNode->GetNextInTree(lRoot))
+    {
+        lNode->SetName(((lPairs % 2 == 0 ? "left" : "right") + std::to_string(lPairs / 2)).c_str());
+        ++lPairs;
+    }
     KQexGltfWriteOptions lOptions;
     KQexBoneDofs         lDofs;
     lRoot->GetLimits().SetRotationLimitActive(true);
