@@ -19,7 +19,7 @@ bool IsPngName(const std::string& pPath)
     return qexsdk::KPathExtension(pPath) == ".png";
 }
 
-std::string SizeText(const KSvg& pSvg)
+std::string PixelText(const KSvg& pSvg)
 {
     return std::to_string(std::llround(pSvg.mWidth)) + " x " + std::to_string(std::llround(pSvg.mHeight)) + " pixels";
 }
@@ -34,13 +34,13 @@ bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg
     }
     if (pWidth == 0 && lMax >= kMinPictureWidth)
     {
-        const std::string lWanted = SizeText(pSvg);
+        const std::string lWanted = PixelText(pSvg);
         pSvg = DrawSvg(pPicture, lMax);
-        pConsole.Message(eNOTE, pPath, 0, "reduced from " + lWanted + ", which is too large for a PNG, to " + SizeText(pSvg));
+        pConsole.Message(eNOTE, pPath, 0, "reduced from " + lWanted + ", which is too large for a PNG, to " + PixelText(pSvg));
         return true;
     }
     const std::string lHint = lMax >= kMinPictureWidth ? "use --width " + std::to_string(lMax) + " or less, " : "";
-    pConsole.Message(eERROR, pPath, 0, SizeText(pSvg) + " are too large for a PNG: " + lHint + "draw fewer frames, or write .svg");
+    pConsole.Message(eERROR, pPath, 0, PixelText(pSvg) + " are too large for a PNG: " + lHint + "draw fewer frames, or write .svg");
     pConsole.Raise(eEXIT_USAGE);
     return false;
 }

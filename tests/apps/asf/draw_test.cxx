@@ -130,17 +130,18 @@ TEST(AsfDraw, LabelsOfAMotionPointToTheJointsOfTheirNames)
     const double lScale = ScaleOf(lSvg);
     ASSERT_EQ(lLabels.size(), lJoints.size());
     ASSERT_EQ(lLabels.count("root"), 1u);
-    const auto [lRootX, lRootY] = lLabels.at("root");
-    for (const auto& [lName, lPosition] : lJoints)
+    const auto& lRoot = lLabels.at("root");
+    for (const auto& lJoint : lJoints)
     {
-        ASSERT_EQ(lLabels.count(lName), 1u) << lName;
-        const double lX = lRootX + lScale * (lPosition.first - lJoints["root"].first);
-        const double lY = lRootY - lScale * (lPosition.second - lJoints["root"].second);
-        const double lAway = std::hypot(lLabels.at(lName).first - lX, lLabels.at(lName).second - lY) / lScale;
+        ASSERT_EQ(lLabels.count(lJoint.first), 1u) << lJoint.first;
+        const auto&  lLabel = lLabels.at(lJoint.first);
+        const double lX = lRoot.first + lScale * (lJoint.second.first - lJoints["root"].first);
+        const double lY = lRoot.second - lScale * (lJoint.second.second - lJoints["root"].second);
+        const double lAway = std::hypot(lLabel.first - lX, lLabel.second - lY) / lScale;
         // Bones that start at the same place are labelled a little beyond it: 18 % of their length, at most 17.2 cm.
-        const bool lShared =
-            std::count_if(lJoints.begin(), lJoints.end(), [&](const auto& pOther) { return pOther.second == lPosition; }) > 1;
-        EXPECT_LT(lAway, lShared ? 0.18 * 17.2 + 0.02 : 0.02) << lName;
+        const auto lShare =
+            std::count_if(lJoints.begin(), lJoints.end(), [&](const auto& pOther) { return pOther.second == lJoint.second; });
+        EXPECT_LT(lAway, lShare > 1 ? 0.18 * 17.2 + 0.02 : 0.02) << lJoint.first;
     }
 }
 
