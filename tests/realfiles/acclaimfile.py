@@ -46,6 +46,11 @@ class Skeleton:
         self.length_factor = 1.0  # Centimetres per unit of length.
         self.angles_are_radians = False
         self.has_offset_root = False
+        self.end_names = {}  # By bone: the name of the joint at its end.
+        self.added_ends = set()  # Bones whose ends are no joints.
+
+    def has_end(self, bone):
+        return not bone.children and bone.length > 0 and bone.name not in self.added_ends
 
 
 def lines_of(text):
@@ -79,6 +84,14 @@ def read_root(skeleton, words):
         skeleton.has_offset_root = skeleton.has_offset_root or any(numbers)
 
 
+def read_end(skeleton, words):
+    """What docs/formats.md says of ends: which of them are joints with names, and which are none."""
+    if words[0] == "end-name" and len(words) == 3:
+        skeleton.end_names[words[1]] = words[2]
+    elif words[0] == "added-end" and len(words) == 2:
+        skeleton.added_ends.add(words[1])
+
+
 def read_bone_line(bone, words, factor):
     key, values = words[0].lower(), words[1:]
     if key == "name":
@@ -94,7 +107,8 @@ def read_bone_line(bone, words, factor):
 
 
 def read_family(skeleton, words):
-    parent = skeleton.root if words[0].lower() == "root" else skeleton.bones[words[0]]
+    # A bone may be called Root: the root itself has no other case than its file's.
+    parent = skeleton.bones.get(words[0]) or (skeleton.root if words[0].lower() == "root" else skeleton.bones[words[0]])
     for name in words[1:]:
         child = skeleton.bones[name]
         if child.parent is None:
@@ -110,6 +124,8 @@ def read_skeleton(path):
             section = first
         elif section == ":units":
             read_units(skeleton, words)
+        elif section == ":documentation":
+            read_end(skeleton, words)
         elif section == ":root":
             read_root(skeleton, words)
         elif section == ":bonedata" and first == "begin":
@@ -188,7 +204,7 @@ def local_matrices(skeleton, motion, rows):
                 moved[:, DOFS.index(dof), 3] += values * skeleton.length_factor
         place = translations((frame @ moved)[:, :3, 3])
         result.append(start @ place @ frame @ turned @ numpy.linalg.inv(frame))
-        if not bone.children and bone.length > 0:
+        if skeleton.has_end(bone):
             result.append(numpy.tile(translations(bone.vector()), (len(rows), 1, 1)))
     return numpy.stack(result, axis=1)
 
@@ -198,8 +214,9 @@ def joints_of(skeleton):
     for bone in order_of(skeleton):
         index_of[bone.name] = len(joints)
         joints.append(Joint(bone.name, index_of[bone.parent.name] if bone.parent is not None else -1))
-        if not bone.children and bone.length > 0:
-            joints.append(Joint(bone.name + "_End", len(joints) - 1, is_end=True))
+        if skeleton.has_end(bone):
+            name = skeleton.end_names.get(bone.name)
+            joints.append(Joint(name or bone.name + "_End", len(joints) - 1, is_end=name is None))
     return joints
 
 
