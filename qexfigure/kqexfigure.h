@@ -37,6 +37,7 @@ struct QEX_API KQexFigureJoint
 struct QEX_API KQexFigureTake
 {
     std::string    mName;                  ///< The take's name, or its file's without folder and extension.
+    std::string    mGivenName;             ///< The same before it was made unique: several takes may have one.
     KQexAnimStack* mStack = nullptr;       ///< Owned by the scene.
     double         mRate = 0;              ///< Frames per second: the file's, the options', or 120.
     bool           mIsDefaultRate = false; ///< Neither file nor options have a rate: it is 120.
@@ -44,9 +45,13 @@ struct QEX_API KQexFigureTake
     bool           mHasNumbers = false;    ///< The file has frame numbers, which may have gaps (AMC).
     long long      mFrames = 0;            ///< Frames in the file.
     KTime          mStart = KTime(0);      ///< Time of the frame with the lowest number.
+    KTime          mEnd = KTime(0);        ///< Time of the frame with the highest number.
     KTime          mStep = KTime(0);       ///< Time between frames; not used if mHasNumbers.
     KTime          mOrigin = KTime(0);     ///< Time of the first frame in the file.
     long long      mOriginNumber = 1;      ///< Number of that frame.
+
+    /// Frames from the first frame in the file to \p pTime, with a fraction between two frames.
+    double GetFraction(KTime pTime) const;
 
     /// The number of the frame nearest to \p pTime: the file's own; from 1 in files without numbers.
     long long GetNumber(KTime pTime) const;

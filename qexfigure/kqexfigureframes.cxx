@@ -48,11 +48,15 @@ const KQexAnimCurve* FindFullestCurve(KQexNode* pRoot, const KQexAnimLayer* pLay
 
 } // namespace
 
-long long KQexFigureTake::GetNumber(KTime pTime) const
+double KQexFigureTake::GetFraction(KTime pTime) const
 {
     const double lSeconds = pTime.GetSeconds() - mOrigin.GetSeconds();
-    const double lFrames = mHasNumbers || mStep.Get() <= 0 ? lSeconds * mRate : lSeconds / mStep.GetSeconds();
-    return mOriginNumber + std::llround(lFrames);
+    return mHasNumbers || mStep.Get() <= 0 ? lSeconds * mRate : lSeconds / mStep.GetSeconds();
+}
+
+long long KQexFigureTake::GetNumber(KTime pTime) const
+{
+    return mOriginNumber + std::llround(GetFraction(pTime));
 }
 
 bool KQexFigure::IsEnd(const KQexNode& pNode) const

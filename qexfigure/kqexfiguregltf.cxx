@@ -27,13 +27,15 @@ bool ReadGltf(const KQexFigureFile& pFile, KQexFileGltf& pReader, KQexScene* pSc
 
 KQexFigureTake MakeTake(const KQexGltfTake& pRead)
 {
-    const KQexSampling& lSampling = pRead.mSampling;
+    const KQexSampling& lSampling = pRead.mFileSampling;
     KQexFigureTake      lTake;
     lTake.mName = pRead.mStack->GetName();
+    lTake.mGivenName = pRead.mName;
     lTake.mStack = pRead.mStack;
     lTake.mIsSingle = lSampling.mCount == 1;
     lTake.mFrames = lSampling.mCount;
     lTake.mStart = lSampling.mStart;
+    lTake.mEnd = lSampling.GetTime(lSampling.mCount - 1);
     lTake.mStep = lSampling.mStep;
     lTake.mRate = lSampling.mStep.Get() > 0 ? 1.0 / lSampling.mStep.GetSeconds() : 0.0;
     lTake.mOrigin = lSampling.mStart;

@@ -3,6 +3,7 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -91,6 +92,7 @@ bool KQexFigure::LoadAcclaim(const KQexFigureFiles& pFiles, const KQexFigureOpti
     for (size_t lIndex = 0; lIndex < lResult.mTakes.size(); ++lIndex)
     {
         AddAcclaimTake(lResult.mTakes[lIndex], pFiles.mMotions[lIndex], pReport);
+        mTakes.back().mGivenName = lMotions[lIndex].mTakeName.empty() ? FileStem(lMotions[lIndex].mPath) : mTakes.back().mName;
     }
     mRoots.assign(1, lResult.mRootNode);
     mSkeleton = std::move(lResult.mAsfScene);
@@ -117,6 +119,7 @@ void KQexFigure::AddAcclaimTake(const KQexImportedTake& pTake, const KQexFigureF
     lTake.mFrames = lInfo.mFrameCount;
     lTake.mOriginNumber = lInfo.mFirstFrame;
     lTake.mStart = lInfo.mStart;
+    lTake.mEnd = lTake.mIsSingle ? lInfo.mStart : lInfo.mStop;
     mTakes.push_back(lTake);
     if (lTake.mIsDefaultRate)
     {
@@ -142,10 +145,11 @@ bool KQexFigure::LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& p
     if (KQexAnimStack* lStack = mScene->FindAnimStack(lOptions.mTakeName.c_str()))
     {
         KQexFigureTake lTake;
-        lTake.mName = lOptions.mTakeName;
+        lTake.mName = lTake.mGivenName = lOptions.mTakeName;
         lTake.mStack = lStack;
         lTake.mFrames = lResult.mFrames;
         lTake.mStep = lResult.mStep;
+        lTake.mEnd = KTime(std::max(lResult.mFrames - 1, 0LL) * lResult.mStep.Get());
         lTake.mRate = lResult.mStep.Get() > 0 ? 1.0 / lResult.mStep.GetSeconds() : 0.0;
         mTakes.push_back(lTake);
     }

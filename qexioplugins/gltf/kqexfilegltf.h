@@ -23,6 +23,8 @@ struct QEX_API KQexGltfTake
 {
     KQexAnimStack* mStack = nullptr; ///< Not null; the animation gets its name.
     KQexSampling   mSampling;        ///< Frames to write; the first one is at time 0 in the file.
+    KQexSampling   mFileSampling;    ///< Set by reading: the file's own frames, at whatever rate the curves were sampled.
+    std::string    mName;            ///< Set by reading: the animation's name; the stack's differs from it if two have the same.
 };
 
 /// Options for writing glTF.

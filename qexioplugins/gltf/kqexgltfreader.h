@@ -80,10 +80,13 @@ private:
     KQexGltfReadTrack ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
                                 KQexGltfProperty pProperty);
     std::shared_ptr<const std::vector<double>> GetTimes(size_t pAccessor, const std::string& pName);
-    KQexSampling                               FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const;
-    void                                       FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling);
-    void                                       CountKeys(double pKeys, const std::string& pName);
-    void                                       Warn(const std::string& pText) { mFile.Report(KQexTextMessage::eWARNING, pText); }
+
+    /// Even frames that hold \p pTracks; \p pFramesPerSecond 0: at the rate that fits their keys.
+    static KQexSampling FindSampling(const std::vector<KQexGltfReadTrack>& pTracks, double pFramesPerSecond);
+
+    void FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling);
+    void CountKeys(double pKeys, const std::string& pName);
+    void Warn(const std::string& pText) { mFile.Report(KQexTextMessage::eWARNING, pText); }
 
     KQexFileGltf&                                                mFile;
     KQexGltfSource&                                              mSource;

@@ -180,7 +180,7 @@ KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler
     return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == eGLTF_ROTATION)};
 }
 
-KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& pTracks) const
+KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& pTracks, double pFramesPerSecond)
 {
     KQexGltfTimes lTimes;
     double        lFirst = std::numeric_limits<double>::max();
@@ -195,9 +195,9 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
     lTimes.erase(std::unique(lTimes.begin(), lTimes.end()), lTimes.end());
 
     long long lStep = 0;
-    if (mOptions.mFramesPerSecond > 0.0)
+    if (pFramesPerSecond > 0.0)
     {
-        lStep = NearestFrameStep(1.0 / mOptions.mFramesPerSecond).Get();
+        lStep = NearestFrameStep(1.0 / pFramesPerSecond).Get();
     }
     else
     {
@@ -267,7 +267,8 @@ bool KQexGltfReader::ReadTake(size_t pIndex)
         Warn("Animation (" + (lText.empty() ? lName : lText) + ") moves no node, ignored");
         return true;
     }
-    const KQexSampling lSampling = FindSampling(lTracks);
+    const KQexSampling lSampling = FindSampling(lTracks, mOptions.mFramesPerSecond);
+    const KQexSampling lFileSampling = mOptions.mFramesPerSecond > 0.0 ? FindSampling(lTracks, 0.0) : lSampling;
     const std::string  lTakeName = mTakeNames.Make(lText.empty() ? "Take " + std::to_string(pIndex + 1) : lText);
     KQexAnimStack*     lStack = mScene->CreateAnimStack(lTakeName.c_str());
     if (lStack == nullptr)
@@ -284,7 +285,7 @@ bool KQexGltfReader::ReadTake(size_t pIndex)
         CountKeys(3.0 * static_cast<double>(lSampling.mCount), lName);
         FillCurves(lStack, lTracks[i], lSampling);
     }
-    mTakes.push_back(KQexGltfTake{lStack, lSampling});
+    mTakes.push_back(KQexGltfTake{lStack, lSampling, lFileSampling, lText.empty() ? lTakeName : lText});
     return true;
 }
 

@@ -5,13 +5,30 @@
 namespace asfapp
 {
 
+void AddRate(CLI::App& pCommand, const std::string& pText, KMotionOptions& pOptions)
+{
+    pOptions.mHasRate = true;
+    pCommand.add_option("--fps", pOptions.mFps, pText)->option_text("RATE");
+}
+
+void AddSourceRate(CLI::App& pCommand, KMotionOptions& pOptions)
+{
+    pCommand
+        .add_option("--source-fps,--motion-fps", pOptions.mSourceFps,
+                    "Frames per second of AMC files, such as 120, 23.976 or 30000/1001 (default: the file's rate, else 120)")
+        ->option_text("RATE");
+}
+
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
 {
     pCommand.add_option("--asf", pOptions.mAsf, "Skeleton of the motion (default: searched for in the motion's folder)")
         ->option_text("FILE");
-    pCommand
-        .add_option("--fps", pOptions.mFps, "Frames per second, such as 120, 23.976 or 30000/1001 (default: the file's rate, else 120)")
-        ->option_text("RATE");
+    AddSourceRate(pCommand, pOptions);
+    if (pCommand.get_option_no_throw("--fps") == nullptr)
+    {
+        // Not offered, but understood: it used to be the name of --source-fps.
+        pCommand.add_option("--fps", pOptions.mFps)->group("");
+    }
     AddAllowUnmatched(pCommand, pOptions);
     pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No notes, no progress bar");
 }

@@ -18,7 +18,14 @@ class App;
 namespace asfapp
 {
 
-/// Adds --asf, --fps, --allow-unmatched and --quiet. The command's callback must call ApplyMotionOptions().
+/// Adds --fps, the rate of the output, with \p pText for its help.
+void AddRate(CLI::App& pCommand, const std::string& pText, KMotionOptions& pOptions);
+
+/// Adds --source-fps, the rate of AMC files.
+void AddSourceRate(CLI::App& pCommand, KMotionOptions& pOptions);
+
+/// Adds --asf, --source-fps, --allow-unmatched and --quiet, after AddRate() if the command has an output with a rate. The command's
+/// callback must call ApplyMotionOptions().
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions);
 
 /// Adds --allow-unmatched.

@@ -47,12 +47,10 @@ void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 /// What of the motion is written, and how it is read.
 void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
+    AddRate(pCommand, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)", pOptions.mMotion);
+    AddSourceRate(pCommand, pOptions.mMotion);
     pCommand
-        .add_option("--fps", pOptions.mFps, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the motion's rate)")
-        ->option_text("RATE");
-    pCommand.add_option("--motion-fps", pOptions.mMotion.mFps, "Frames per second of AMC files (default: the file's rate, else 120)")
-        ->option_text("RATE");
-    pCommand.add_option("--start", pOptions.mStart, "Start: seconds, or frames from the first with the suffix f (60f)")
+        .add_option("--start", pOptions.mStart, "Start: seconds from the first frame, or the number of a frame with the suffix f (60f)")
         ->option_text("TIME");
     pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
     pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");

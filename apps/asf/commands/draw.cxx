@@ -13,6 +13,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -100,11 +102,12 @@ public:
     /// The pose in frame \p pFrame; without a motion, at rest.
     KPose Pose(size_t pFrame)
     {
-        mMotion.Evaluate(pFrame, mPositions);
+        mMotion.Evaluate(mMotion.GetTime(pFrame), mPositions);
         KPose lPose = PoseOf(mJoints, mPositions);
         if (mMotion.HasTake())
         {
-            lPose.mCaption = "frame " + std::to_string(mMotion.GetFrames()[pFrame]) + ", " + Fixed(mMotion.GetSeconds(pFrame), 2) + " s";
+            lPose.mCaption = "frame " + std::to_string(mMotion.GetFrames()[pFrame]) + ", " +
+                             Fixed(mMotion.GetSeconds(mMotion.GetTime(pFrame)), 2) + " s";
         }
         return lPose;
     }
@@ -154,7 +157,7 @@ bool AddTrails(const KDrawOptions& pOptions, KLoadedMotion& pMotion, KPicture& p
     std::vector<KPoint> lPositions;
     for (size_t lFrame = 0; !lJoints.empty() && lFrame < pMotion.GetFrames().size(); ++lFrame)
     {
-        pMotion.Evaluate(lFrame, lPositions);
+        pMotion.Evaluate(pMotion.GetTime(lFrame), lPositions);
         for (size_t lTrail = 0; lTrail < lJoints.size(); ++lTrail)
         {
             pPicture.mTrails[lTrail].mPoints.push_back(lPositions[static_cast<size_t>(lJoints[lTrail])]);
@@ -165,16 +168,57 @@ bool AddTrails(const KDrawOptions& pOptions, KLoadedMotion& pMotion, KPicture& p
     return true;
 }
 
+/// Leaves of \p pFrames, one range, those that are nearest to even times, \p pRate a second from the first.
+void KeepAtRate(const KLoadedMotion& pMotion, double pRate, std::vector<size_t>& pFrames)
+{
+    const double        lStart = pMotion.GetTime(pFrames.front()).GetSeconds();
+    std::vector<size_t> lKept;
+    double              lKeptSlot = -1;
+    double              lKeptDistance = 0;
+    for (const size_t lFrame : pFrames)
+    {
+        const double lPosition = (pMotion.GetTime(lFrame).GetSeconds() - lStart) * pRate;
+        const double lSlot = std::round(lPosition);
+        const double lDistance = std::fabs(lPosition - lSlot);
+        if (lSlot > lKeptSlot)
+        {
+            lKept.push_back(lFrame);
+        }
+        else if (lDistance < lKeptDistance)
+        {
+            lKept.back() = lFrame;
+        }
+        lKeptDistance = lSlot > lKeptSlot ? lDistance : std::min(lDistance, lKeptDistance);
+        lKeptSlot = lSlot;
+    }
+    // The last even time may be after the last frame.
+    if (lKept.size() > 1 && lKeptDistance > pRate / pMotion.GetRate())
+    {
+        lKept.pop_back();
+    }
+    pFrames = lKept;
+}
+
 /// The indices of the frames to draw. False after an error.
 bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, const KQexFigureFile& pFile, std::vector<size_t>& pFrames,
                   KConsole& pConsole)
 {
+    const bool        lHasRate = pOptions.mMotion.mRate > 0;
+    const std::string lList = pOptions.mFrames.empty() && lHasRate ? "first-last" : pOptions.mFrames;
     pFrames = DefaultFrames(pMotion.GetFrames().size());
-    const std::string lError = pOptions.mFrames.empty() ? std::string() : PickFrames(pOptions.mFrames, pMotion.GetFrames(), pFrames);
+    const std::string lError = lList.empty() ? std::string() : PickFrames(lList, pMotion.GetFrames(), pFrames);
     if (!lError.empty())
     {
         pConsole.Fail(eEXIT_USAGE, "--frames: " + lError);
         return false;
+    }
+    if (lHasRate && !CheckOneRange(pFrames, pConsole))
+    {
+        return false;
+    }
+    if (lHasRate)
+    {
+        KeepAtRate(pMotion, pOptions.mMotion.mRate, pFrames);
     }
     const size_t lLeftOut = LimitFrames(pFrames);
     if (lLeftOut > 0)
@@ -190,10 +234,10 @@ bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, co
 /// Frames and trails need a motion. False, with an error, if they are asked for.
 bool CheckRestOptions(const KDrawOptions& pOptions, KConsole& pConsole)
 {
-    const bool lOk = pOptions.mFrames.empty() && pOptions.mTrails.empty();
+    const bool lOk = pOptions.mFrames.empty() && pOptions.mTrails.empty() && pOptions.mMotion.mFps.empty();
     if (!lOk)
     {
-        pConsole.Fail(eEXIT_USAGE, "--frames and --trail need a motion");
+        pConsole.Fail(eEXIT_USAGE, "--frames, --fps and --trail need a motion");
     }
     return lOk;
 }
@@ -303,6 +347,7 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
         ->allow_extra_args(false);
     lCommand->add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
+    AddRate(*lCommand, "Poses per second of the motion to draw: the frames nearest to them (default: five poses)", lOptions->mMotion);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("SVG opens in any browser and stays sharp at every size. Left limbs are red, right limbs blue; the bar at the bottom "
                      "shows the scale. Poses\n"

@@ -1,6 +1,8 @@
 #ifndef APPS_ASF_COMMANDS_FRAMELIST_H
 #define APPS_ASF_COMMANDS_FRAMELIST_H
 
+#include <apps/asf/console.h>
+
 #include <string>
 #include <vector>
 
@@ -13,6 +15,9 @@ namespace asfapp
 /// \param pIndices receives the indices of the picked frames in \p pNumbers, in the order of the list
 /// \return "", or an error text; pIndices is empty then
 std::string PickFrames(const std::string& pText, const std::vector<long long>& pNumbers, std::vector<size_t>& pIndices);
+
+/// True if \p pIndices, not empty, are one range without gaps, as --fps needs it. Else false, after an error.
+bool CheckOneRange(const std::vector<size_t>& pIndices, KConsole& pConsole);
 
 } // namespace asfapp
 

@@ -83,21 +83,46 @@ bool ResolveFrames(const KPositionsOptions& pOptions, const KLoadedMotion& pMoti
     return lError.empty();
 }
 
-void WriteFrames(KLoadedMotion& pMotion, const std::vector<size_t>& pFrames, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
+/// The times of a table's rows: those of frames, or even ones.
+struct KRowTimes
+{
+    std::vector<size_t>  mFrames; ///< Indices of frames; not used if mIsEven.
+    bool                 mIsEven = false;
+    qexsdk::KQexSampling mSampling;
+
+    size_t        GetCount() const { return mIsEven ? static_cast<size_t>(mSampling.mCount) : mFrames.size(); }
+    qexsdk::KTime GetTime(size_t pRow, const KLoadedMotion& pMotion) const
+    {
+        return mIsEven ? mSampling.GetTime(static_cast<long long>(pRow)) : pMotion.GetTime(mFrames[pRow]);
+    }
+};
+
+/// The rows that the options ask for. False after an error.
+bool ResolveRows(const KPositionsOptions& pOptions, const KLoadedMotion& pMotion, KRowTimes& pRows, KConsole& pConsole)
+{
+    pRows.mIsEven = pOptions.mMotion.mRate > 0;
+    return ResolveFrames(pOptions, pMotion, pRows.mFrames, pConsole) &&
+           (!pRows.mIsEven ||
+            (CheckOneRange(pRows.mFrames, pConsole) &&
+             pMotion.Sample(pRows.mFrames.front(), pRows.mFrames.back(), pOptions.mMotion.mRate, pRows.mSampling, pConsole)));
+}
+
+void WriteFrames(KLoadedMotion& pMotion, const KRowTimes& pRows, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
                  const qexsdk::KOutputFile& pOut, const KConsole& pConsole)
 {
     KProgress           lProgress("writing", pConsole);
     std::vector<KPoint> lAll;
     std::vector<KPoint> lPicked(pJoints.size());
-    for (size_t lIndex = 0; lIndex < pFrames.size() && !pOut.HasFailed(); ++lIndex)
+    for (size_t lRow = 0; lRow < pRows.GetCount() && !pOut.HasFailed(); ++lRow)
     {
-        pMotion.Evaluate(pFrames[lIndex], lAll);
+        const qexsdk::KTime lTime = pRows.GetTime(lRow, pMotion);
+        pMotion.Evaluate(lTime, lAll);
         for (size_t lJoint = 0; lJoint < pJoints.size(); ++lJoint)
         {
             lPicked[lJoint] = lAll[pJoints[lJoint]];
         }
-        pWriter.Frame(pMotion.GetFrames()[pFrames[lIndex]], pMotion.GetSeconds(pFrames[lIndex]), lPicked);
-        lProgress.Show(static_cast<double>(lIndex) / static_cast<double>(pFrames.size()));
+        pWriter.Frame(pMotion.GetNumberText(lTime), pMotion.GetSeconds(lTime), lPicked);
+        lProgress.Show(static_cast<double>(lRow) / static_cast<double>(pRows.GetCount()));
     }
 }
 
@@ -122,8 +147,8 @@ void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOut
 void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, const qexsdk::KQexFigureFiles& pFiles, KLoadedMotion& pMotion,
                 KConsole& pConsole)
 {
-    std::vector<size_t> lFrames;
-    if (!ResolveFrames(pOptions, pMotion, lFrames, pConsole))
+    KRowTimes lRows;
+    if (!ResolveRows(pOptions, pMotion, lRows, pConsole))
     {
         return;
     }
@@ -132,8 +157,8 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     std::string               lNames;
     lTable.mSkeleton = pFiles.mFigure.GetPath();
     lTable.mMotion = pFiles.mMotions.empty() ? lTable.mSkeleton : pFiles.mMotions.front().GetPath();
-    lTable.mRate = pMotion.GetRate();
-    lTable.mFrameCount = lFrames.size();
+    lTable.mRate = lRows.mIsEven ? pOptions.mMotion.mRate : pMotion.GetRate();
+    lTable.mFrameCount = lRows.GetCount();
     for (const size_t lJoint : lJoints)
     {
         lTable.mJoints.push_back(pMotion.GetJoints()[lJoint].mName);
@@ -147,7 +172,7 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     }
     const std::unique_ptr<KPositionWriter> lWriter = MakePositionWriter(pFormat, lOut);
     lWriter->Begin(lTable);
-    WriteFrames(pMotion, lFrames, lJoints, *lWriter, lOut, pConsole);
+    WriteFrames(pMotion, lRows, lJoints, *lWriter, lOut, pConsole);
     lWriter->End();
     qexsdk::KOutputFile lNamesOut;
     if (pFormat != eFORMAT_NPY)
@@ -171,6 +196,8 @@ void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
     {
         return;
     }
+    // The samples begin at the first frame: those of a part would lie between them.
+    pOptions.mMotion.mSampleRate = pOptions.mFrames.empty() ? pOptions.mMotion.mRate : 0;
     KLoadedMotion lMotion;
     if (lMotion.Load(lFiles, pOptions.mMotion, pOptions.mTake, pConsole))
     {
@@ -196,16 +223,18 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_flag("--wide", lOptions->mWide, "CSV with one row per frame instead of one per joint");
     lCommand->add_flag("--ends", lOptions->mEnds, "Include the ends of leaf bones, named BONE_End");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
+    AddRate(*lCommand, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the file's frames)", lOptions->mMotion);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("Positions are in world space, in centimetres: x to the figure's left at rest, y up, z forward. A joint is at the\n"
-                     "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. An\n"
+                     "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. With\n"
+                     "--fps, frame is the number in the file, with decimals between two frames, and --frames is one range. An\n"
                      ".npy file holds float32 of shape (frames, joints, 3); the joint names go to OUT.names.txt next to it.\n"
                      "\n"
                      "Examples:\n"
                      "  asf positions walk.amc -o walk.csv\n"
                      "  asf positions walker.asf walk.amc --frames 1,100-200,last --wide\n"
                      "  asf positions dance.bvh -o dance.npy\n"
-                     "  asf positions walk.amc --asf walker.asf --fps 30000/1001 --ends -o walk.npy");
+                     "  asf positions walk.amc --asf walker.asf --source-fps 30000/1001 --ends -o walk.npy");
     lCommand->callback([lOptions, &pConsole] { RunPositions(*lOptions, pConsole); });
 }
 

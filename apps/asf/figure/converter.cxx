@@ -1,11 +1,7 @@
 #include <apps/asf/figure/converter.h>
 
 #include <apps/asf/outputs.h>
-#include <apps/asf/progress.h>
-#include <apps/asf/report/numbertext.h>
-#include <qexioplugins/motion/kqexsafenames.h>
 
-#include <cmath>
 #include <set>
 #include <utility>
 
@@ -25,15 +21,6 @@ bool HasNameField(const KConvertOutput& pOutput)
 bool HoldsOneTake(EOutputKind pKind)
 {
     return pKind == eOUT_AMC || pKind == eOUT_BVH;
-}
-
-qexsdk::KTime ToTime(const KTakeTime& pTakeTime, const qexsdk::KQexSampling& pFrames)
-{
-    if (pTakeTime.mIsFrame)
-    {
-        return qexsdk::KTime(pFrames.mStart.Get() + std::llround(pTakeTime.mValue * static_cast<double>(pFrames.mStep.Get())));
-    }
-    return qexsdk::KTime::FromSeconds(pTakeTime.mValue);
 }
 
 } // namespace
@@ -88,65 +75,6 @@ const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const
         }
     }
     return nullptr;
-}
-
-bool KConverter::SampleTakes()
-{
-    qexsdk::KQexUniqueNames lNames;
-    for (const qexsdk::KQexFigureTake& lTake : mFigure.GetTakes())
-    {
-        KSampledTake lSampled;
-        lSampled.mTake = &lTake;
-        lSampled.mName = lNames.Make(qexsdk::MakeSafeName(lTake.mName, "take", [](char pC) { return pC != '/' && pC != '\0'; }));
-        mTakes.push_back(lSampled);
-    }
-    if (mTakes.empty())
-    {
-        mTakes.emplace_back();
-        mTakes.back().mName = "rest";
-    }
-    for (KSampledTake& lTake : mTakes)
-    {
-        if (!SampleTake(lTake))
-        {
-            mConsole.Fail(eEXIT_USAGE, "--start and --end leave no frames of " + lTake.mName);
-            return false;
-        }
-        qexsdk::KQexFigureReport lReport;
-        if (lTake.mTake != nullptr && !qexsdk::KQexFigure::CheckSpan(*lTake.mTake, lTake.mSampling, lReport))
-        {
-            PrintReport(lReport, mConsole);
-            return false;
-        }
-    }
-    return true;
-}
-
-bool KConverter::SampleTake(KSampledTake& pTake) const
-{
-    qexsdk::KQexAnimStack* lStack = pTake.mTake != nullptr ? pTake.mTake->mStack : nullptr;
-    qexsdk::KQexSampling   lFrames;
-    if (!qexsdk::MakeSampling(mFigure.GetRoots(), lStack, {}, lFrames))
-    {
-        return false;
-    }
-    const bool lIsSingle = pTake.mTake == nullptr || pTake.mTake->mIsSingle;
-    pTake.mRequest.mFramesPerSecond = mOptions.mRate;
-    pTake.mRequest.mEvery = mOptions.mEvery;
-    pTake.mRequest.mHasStart = mOptions.mStartTime.mIsSet;
-    pTake.mRequest.mStart = ToTime(mOptions.mStartTime, lFrames);
-    pTake.mRequest.mHasEnd = mOptions.mEndTime.mIsSet || lIsSingle;
-    pTake.mRequest.mEnd = mOptions.mEndTime.mIsSet ? ToTime(mOptions.mEndTime, lFrames) : lFrames.mStart;
-    // Before the first frame and after the last there is nothing to write.
-    const long long lFirst = lFrames.mStart.Get();
-    const long long lLast = lIsSingle ? lFirst : lFrames.GetTime(lFrames.mCount - 1).Get();
-    if ((pTake.mRequest.mHasStart && pTake.mRequest.mStart.Get() > lLast) || (pTake.mRequest.mHasEnd && pTake.mRequest.mEnd.Get() < lFirst))
-    {
-        return false;
-    }
-    pTake.mRequest.mStart = qexsdk::KTime(std::max(pTake.mRequest.mStart.Get(), lFirst));
-    pTake.mRequest.mEnd = qexsdk::KTime(std::min(pTake.mRequest.mEnd.Get(), lLast));
-    return qexsdk::MakeSampling(mFigure.GetRoots(), lStack, pTake.mRequest, pTake.mSampling);
 }
 
 std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const

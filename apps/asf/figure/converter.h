@@ -40,7 +40,7 @@ public:
 
 private:
     bool        SampleTakes();
-    bool        SampleTake(KSampledTake& pTake) const;
+    bool        FindPart(KSampledTake& pTake);
     bool        CheckTargets();
     std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
 

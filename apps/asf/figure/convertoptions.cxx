@@ -129,22 +129,7 @@ bool KConvertOptions::Writes(EOutputKind pKind) const
 
 bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
 {
-    pConsole.SetQuiet(pOptions.mMotion.mQuiet);
-    const struct
-    {
-        const char*        mOption;
-        const std::string& mText;
-        double&            mRate;
-    } lRates[] = {{"--fps", pOptions.mFps, pOptions.mRate}, {"--motion-fps", pOptions.mMotion.mFps, pOptions.mMotion.mMotionRate}};
-    for (const auto& lRate : lRates)
-    {
-        if (!lRate.mText.empty() && !ParseRate(lRate.mText, lRate.mRate))
-        {
-            return UsageError(pConsole, std::string(lRate.mOption) +
-                                            ": expected a positive number or fraction, such as 120 or 30000/1001, not " + lRate.mText);
-        }
-    }
-    return ParseTakeTime("--start", pOptions.mStart, pOptions.mStartTime, pConsole) &&
+    return ApplyMotionOptions(pOptions.mMotion, pConsole) && ParseTakeTime("--start", pOptions.mStart, pOptions.mStartTime, pConsole) &&
            ParseTakeTime("--end", pOptions.mEnd, pOptions.mEndTime, pConsole) &&
            ParseChannels(pOptions.mChannels, pOptions.mOrder, pConsole) && ParseOutputs(pOptions, pConsole) &&
            CheckFormatOptions(pOptions, pConsole);
@@ -154,7 +139,8 @@ qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)
 {
     qexsdk::KQexFigureOptions lOptions;
     lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
-    lOptions.mSampleRate = pOptions.mRate;
+    // The samples begin at the first frame: those of a part would lie between them.
+    lOptions.mSampleRate = pOptions.mStartTime.mIsSet ? 0 : pOptions.mMotion.mRate;
     lOptions.mTake = pOptions.mTake;
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;

@@ -29,7 +29,7 @@ struct KConvertOutput
     EOutputKind mKind = eOUT_BVH;
 };
 
-/// A time in a take: seconds, or frames from its first one.
+/// A time in a take: seconds from the first frame in the file, or a frame's number.
 struct KTakeTime
 {
     bool   mIsSet = false;
@@ -44,8 +44,7 @@ struct KConvertOptions
     std::vector<std::string> mOutputs;
     std::string              mTo;
     std::string              mSkeleton;
-    KMotionOptions           mMotion; ///< --asf, --from, --motion-fps, --allow-unmatched and --quiet.
-    std::string              mFps;
+    KMotionOptions           mMotion; ///< --asf, --from, --fps, --source-fps, --allow-unmatched and --quiet.
     std::string              mStart;
     std::string              mEnd;
     int                      mEvery = 1;
@@ -67,7 +66,6 @@ struct KConvertOptions
     int                      mThreads = 0;
 
     std::vector<KConvertOutput> mTargets;
-    double                      mRate = 0; ///< --fps; 0: the motion's rate.
     KTakeTime                   mStartTime;
     KTakeTime                   mEndTime;
     qexsdk::ERotationOrder      mOrder = qexsdk::eEULER_XYZ;

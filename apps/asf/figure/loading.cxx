@@ -1,7 +1,9 @@
 #include <apps/asf/figure/loading.h>
 
 #include <apps/asf/progress.h>
+#include <apps/asf/report/numbertext.h>
 
+#include <cmath>
 #include <new>
 #include <utility>
 
@@ -93,6 +95,10 @@ bool OpenFigure(KQexFigureFiles& pFiles, const std::vector<std::string>& pPaths,
     KQexFigureReport lReport;
     const bool       lOk = pFiles.Open(pPaths, FilesOptions(pOptions), lReport);
     PrintReport(lReport, pConsole);
+    if (lOk && pOptions.mMotionRate > 0 && pFiles.mMotions.empty())
+    {
+        pConsole.Message(eNOTE, pFiles.mFigure.GetDisplayPath(), 0, "--source-fps is for AMC files, and is not used here");
+    }
     return lOk;
 }
 
@@ -142,6 +148,7 @@ bool KLoadedMotion::LoadFigureOrMotion(const KQexFigureFiles& pFiles, const KMot
 {
     qexsdk::KQexFigureOptions lOptions;
     lOptions.mMotionRate = pOptions.mMotionRate;
+    lOptions.mSampleRate = pOptions.mSampleRate;
     lOptions.mAllowUnmatched = pOptions.mAllowUnmatched;
     lOptions.mTake = pTake;
     if (pFiles.mMotions.size() > 1)
@@ -159,6 +166,11 @@ bool KLoadedMotion::LoadFigureOrMotion(const KQexFigureFiles& pFiles, const KMot
         return true;
     }
     mTake = &mFigure.GetTakes().front();
+    if (pOptions.mRate > 0 && mTake->mIsDefaultRate)
+    {
+        pConsole.Message(eNOTE, pFiles.mMotions.front().GetDisplayPath(), 0,
+                         "--fps is the rate of the output; if it was meant for this file, type --source-fps " + pOptions.mFps);
+    }
     if (mFigure.GetTakes().size() > 1)
     {
         pConsole.Message(eNOTE, pFiles.mFigure.GetDisplayPath(), 0,
@@ -192,9 +204,35 @@ bool KLoadedMotion::Load(const KQexFigureFiles& pFiles, const KMotionOptions& pO
     return HasTake();
 }
 
-void KLoadedMotion::Evaluate(size_t pIndex, std::vector<KPoint>& pPositions)
+std::string KLoadedMotion::GetNumberText(qexsdk::KTime pTime) const
 {
-    if (!mFigure.Evaluate(mTake, HasTake() ? mFrames.mTimes[pIndex] : qexsdk::KTime(0), pPositions))
+    constexpr double kSame = 5e-4;
+    const double     lFrames = mTake->GetFraction(pTime);
+    return std::fabs(lFrames - std::round(lFrames)) < kSame ? std::to_string(mTake->GetNumber(pTime))
+                                                            : Fixed(static_cast<double>(mTake->mOriginNumber) + lFrames, 3);
+}
+
+bool KLoadedMotion::Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const
+{
+    qexsdk::KQexSamplingRequest lRequest;
+    KQexFigureReport            lReport;
+    lRequest.mFramesPerSecond = pRate;
+    lRequest.mHasStart = lRequest.mHasEnd = true;
+    lRequest.mStart = GetTime(pFirst);
+    lRequest.mEnd = GetTime(pLast);
+    const bool lOk = qexsdk::MakeSampling(mFigure.GetRoots(), mTake->mStack, lRequest, pSampling);
+    if (!lOk)
+    {
+        pConsole.Fail(eEXIT_USAGE, "--fps: " + Short(pRate) + " frames a second do not fit this motion");
+    }
+    const bool lFits = lOk && qexsdk::KQexFigure::CheckSpan(*mTake, pSampling, lReport);
+    PrintReport(lReport, pConsole);
+    return lFits;
+}
+
+void KLoadedMotion::Evaluate(qexsdk::KTime pTime, std::vector<KPoint>& pPositions)
+{
+    if (!mFigure.Evaluate(mTake, pTime, pPositions))
     {
         throw std::bad_alloc();
     }

@@ -87,11 +87,20 @@ public:
     /// Frames per second.
     double GetRate() const { return mTake->mRate; }
 
-    /// Seconds from the file's first frame to frame \p pIndex of GetFrames().
-    double GetSeconds(size_t pIndex) const { return mFrames.mTimes[pIndex].GetSeconds() - mTake->mOrigin.GetSeconds(); }
+    /// Time in the scene of frame \p pIndex of GetFrames(); 0 without a take.
+    qexsdk::KTime GetTime(size_t pIndex) const { return HasTake() ? mFrames.mTimes[pIndex] : qexsdk::KTime(0); }
 
-    /// World positions of all joints in frame \p pIndex of GetFrames(); without a take, at rest.
-    void Evaluate(size_t pIndex, std::vector<KPoint>& pPositions);
+    /// Seconds from the file's first frame to \p pTime.
+    double GetSeconds(qexsdk::KTime pTime) const { return pTime.GetSeconds() - mTake->mOrigin.GetSeconds(); }
+
+    /// The number of the frame at \p pTime, with three decimals between two frames.
+    std::string GetNumberText(qexsdk::KTime pTime) const;
+
+    /// The times at --fps \p pRate from frame \p pFirst to frame \p pLast, indices of GetFrames(). False after an error.
+    bool Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const;
+
+    /// World positions of all joints at \p pTime; without a take, at rest.
+    void Evaluate(qexsdk::KTime pTime, std::vector<KPoint>& pPositions);
 
 private:
     qexsdk::KQexFigure            mFigure;

@@ -31,12 +31,37 @@ bool ParseRate(const std::string& pText, double& pRate)
     return true;
 }
 
+namespace
+{
+
+/// False, with an error, if \p pText is neither empty nor a rate.
+bool ParseRateOption(const char* pOption, const std::string& pText, double& pRate, KConsole& pConsole)
+{
+    const bool lOk = pText.empty() || ParseRate(pText, pRate);
+    if (!lOk)
+    {
+        pConsole.Fail(eEXIT_USAGE,
+                      std::string(pOption) + ": expected a positive number or fraction, such as 120 or 30000/1001, not " + pText);
+    }
+    return lOk;
+}
+
+} // namespace
+
 bool ApplyMotionOptions(KMotionOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
-    if (!pOptions.mFps.empty() && !ParseRate(pOptions.mFps, pOptions.mMotionRate))
+    if (!ParseRateOption("--fps", pOptions.mFps, pOptions.mRate, pConsole) ||
+        !ParseRateOption("--source-fps", pOptions.mSourceFps, pOptions.mMotionRate, pConsole))
     {
-        pConsole.Fail(eEXIT_USAGE, "--fps: expected a positive number or fraction, such as 120 or 30000/1001, not " + pOptions.mFps);
+        return false;
+    }
+    if (!pOptions.mHasRate && !pOptions.mFps.empty())
+    {
+        pConsole.Fail(eEXIT_USAGE,
+                      "--fps is the rate of the output, and this command writes no motion; for an AMC file that does not say its "
+                      "rate, type --source-fps " +
+                          pOptions.mFps);
         return false;
     }
     return true;

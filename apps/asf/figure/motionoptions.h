@@ -14,8 +14,12 @@ struct KMotionOptions
 {
     std::string mAsf;                    ///< --asf; empty: search for it.
     std::string mFrom;                   ///< --from: format of a single input; empty: detected.
-    std::string mFps;                    ///< --fps as given; empty: the file's rate.
-    double      mMotionRate = 0;         ///< --fps as a number, 0 without one.
+    bool        mHasRate = false;        ///< The command takes --fps.
+    std::string mFps;                    ///< --fps, the rate wanted in the output, as given; empty: the file's.
+    double      mRate = 0;               ///< --fps as a number, 0 without one.
+    double      mSampleRate = 0;         ///< Rate at which glTF curves are sampled when read; 0: that of their keys.
+    std::string mSourceFps;              ///< --source-fps, the rate of AMC files, as given; empty: the file's, else 120.
+    double      mMotionRate = 0;         ///< --source-fps as a number, 0 without one.
     bool        mAllowUnmatched = false; ///< --allow-unmatched: accept a motion of another skeleton.
     bool        mQuiet = false;
 };

@@ -63,9 +63,9 @@ public:
         Write("frame,time,bone,x,y,z\n");
     }
 
-    void Frame(long long pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
+    void Frame(const std::string& pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
     {
-        const std::string lHead = std::to_string(pNumber) + "," + Fixed(pSeconds, kSecondDigits) + ",";
+        const std::string lHead = pNumber + "," + Fixed(pSeconds, kSecondDigits) + ",";
         std::string       lRows;
         for (size_t lJoint = 0; lJoint < pPositions.size(); ++lJoint)
         {
@@ -95,9 +95,9 @@ public:
         Write(lRow + "\n");
     }
 
-    void Frame(long long pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
+    void Frame(const std::string& pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
     {
-        std::string lRow = std::to_string(pNumber) + "," + Fixed(pSeconds, kSecondDigits);
+        std::string lRow = pNumber + "," + Fixed(pSeconds, kSecondDigits);
         for (const KPoint& lPoint : pPositions)
         {
             lRow += "," + Coordinates(lPoint, ",");
@@ -128,10 +128,10 @@ public:
         Write(lText + ",\"frames\":[");
     }
 
-    void Frame(long long pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
+    void Frame(const std::string& pNumber, double pSeconds, const std::vector<KPoint>& pPositions) override
     {
-        std::string lText = (mFirst ? "\n" : ",\n") + ("{\"frame\":" + std::to_string(pNumber)) +
-                            ",\"time\":" + Fixed(pSeconds, kSecondDigits) + ",\"positions\":[";
+        std::string lText =
+            (mFirst ? "\n" : ",\n") + ("{\"frame\":" + pNumber) + ",\"time\":" + Fixed(pSeconds, kSecondDigits) + ",\"positions\":[";
         mFirst = false;
         for (size_t lJoint = 0; lJoint < pPositions.size(); ++lJoint)
         {
@@ -165,7 +165,7 @@ public:
         Write(lText + lHeader);
     }
 
-    void Frame(long long, double, const std::vector<KPoint>& pPositions) override
+    void Frame(const std::string&, double, const std::vector<KPoint>& pPositions) override
     {
         std::string lBytes;
         for (const KPoint& lPoint : pPositions)

@@ -29,8 +29,8 @@ public:
 
     virtual void Begin(const KPositionTable& pTable) = 0;
 
-    /// One position for each joint of the table, in centimetres.
-    virtual void Frame(long long pNumber, double pSeconds, const std::vector<KPoint>& pPositions) = 0;
+    /// One position for each joint of the table, in centimetres. \p pNumber is the frame's number, with decimals between two frames.
+    virtual void Frame(const std::string& pNumber, double pSeconds, const std::vector<KPoint>& pPositions) = 0;
 
     virtual void End() = 0;
 };

@@ -142,11 +142,12 @@ TEST_P(KPartTest, FramesAndRate)
 INSTANTIATE_TEST_SUITE_P(Parts, KPartTest,
                          testing::Values(KPartCase{"", "241", "0.0083333"}, KPartCase{"--every 4", "61", "0.0333333"},
                                          KPartCase{"--fps 30", "61", "0.0333333"}, KPartCase{"--fps 60000/1001", "120", "0.0166833"},
-                                         KPartCase{"--start 1", "121", "0.0083333"}, KPartCase{"--start 120f", "121", "0.0083333"},
+                                         KPartCase{"--start 1", "121", "0.0083333"}, KPartCase{"--start 121f", "121", "0.0083333"},
                                          KPartCase{"--end 1", "121", "0.0083333"}, KPartCase{"--start 10f --end 19f", "10", "0.0083333"},
                                          KPartCase{"--start 10f --end 10f", "1", "0.0083333"},
-                                         KPartCase{"--motion-fps 60", "241", "0.0166666"},
-                                         KPartCase{"--start -5 --end 999", "241", "0.0083333"}));
+                                         KPartCase{"--motion-fps 60", "241", "0.0166666"}, KPartCase{"--source-fps 60", "241", "0.0166666"},
+                                         KPartCase{"--start 1f --end 241f", "241", "0.0083333"},
+                                         KPartCase{"--start 0 --end 2", "241", "0.0083333"}));
 
 TEST_F(KConvertTest, OptionsOfBvh)
 {
@@ -288,8 +289,13 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadCase{"walk.amc -o old.bvh --fps 0", 2, "--fps: expected a positive number or fraction"},
                     KBadCase{"walk.amc -o old.bvh --fps x", 2, "not x"},
                     KBadCase{"walk.amc -o old.bvh --start soon", 2, "--start: expected seconds such as 2.5"},
-                    KBadCase{"walk.amc -o old.bvh --start 3 --end 1", 2, "--start and --end leave no frames of walk"},
-                    KBadCase{"walk.amc -o old.bvh --start 99", 2, "--start and --end leave no frames of walk"},
+                    KBadCase{"walk.amc -o old.bvh --start 3 --end 1", 2, "--start 3 is outside walk"},
+                    KBadCase{"walk.amc -o old.bvh --start 20f --end 10f", 2,
+                             "--start and --end leave no frames of walk, which has frames 1 to 241 (0 to 2 seconds)"},
+                    KBadCase{"walk.amc -o old.bvh --start 99", 2, "--start 99 is outside walk, which has frames 1 to 241 (0 to 2 seconds)"},
+                    KBadCase{"walk.amc -o old.bvh --start 0f", 2, "--start 0f is outside walk, which has frames 1 to 241 (0 to 2 seconds)"},
+                    KBadCase{"walk.amc -o old.bvh --end 242f", 2, "--end 242f is outside walk"},
+                    KBadCase{"walker.asf -o old.bvh --end 1", 2, "--start and --end need a motion"},
                     KBadCase{"walk.amc -o old.bvh --every 0", 2, "--every"}, KBadCase{"walk.amc -o old.bvh --scale 0", 2, "--scale"},
                     KBadCase{"walk.amc -o old.bvh --channels XYY", 2, "--channels: expected X, Y and Z in any order"},
                     KBadCase{"walk.amc -o old.glb --channels ZXY", 2, "--channels is for BVH only"},

@@ -166,7 +166,7 @@ TEST_F(KFormatsTest, WithoutMotionThereIsTheRestPose)
     EXPECT_NE(Output("info rest.glb").find("  take    none\n"), std::string::npos);
     EXPECT_EQ(JsonOf(Run("info --json rest.glb"))["figure"]["takes"], json::array());
     EXPECT_NE(Output("draw rest.glb -o -").find("35 joints at rest"), std::string::npos);
-    EXPECT_EQ(Run("draw rest.glb -o - --frames 1").mErr, "asf: error: --frames and --trail need a motion\n");
+    EXPECT_EQ(Run("draw rest.glb -o - --frames 1").mErr, "asf: error: --frames, --fps and --trail need a motion\n");
     const KRunResult lPositions = Run("positions rest.glb");
     EXPECT_EQ(lPositions.mExit, 1);
     EXPECT_EQ(lPositions.mErr, "rest.glb: error: has no motion\n");

@@ -39,7 +39,7 @@ protected:
 
 TEST_F(KMotionTest, LongCsv)
 {
-    const KRunResult lResult = Run({"positions", "small.asf", "small_01.amc", "--frames", "last", "--fps", "30"});
+    const KRunResult lResult = Run({"positions", "small.asf", "small_01.amc", "--frames", "last", "--source-fps", "30"});
     EXPECT_EQ(lResult.mExit, 0) << lResult.mErr;
     EXPECT_EQ(lResult.mErr, "");
     // One unit is 2.54 / 0.45 cm. The hip is one unit to the left, the thigh seven long.
@@ -52,7 +52,7 @@ TEST_F(KMotionTest, LongCsv)
 TEST_F(KMotionTest, WideCsvAndEnds)
 {
     const KRunResult lResult =
-        Run({"positions", "small_01.amc", "--asf", "small.asf", "--frames", "1", "--fps", "120", "--wide", "--ends"});
+        Run({"positions", "small_01.amc", "--asf", "small.asf", "--frames", "1", "--source-fps", "120", "--wide", "--ends"});
     EXPECT_EQ(
         lResult.mOut,
         "frame,time,root.x,root.y,root.z,hip.x,hip.y,hip.z,thigh.x,thigh.y,thigh.z,shin.x,shin.y,shin.z,shin_End.x,shin_End.y,shin_End.z\n"
@@ -171,19 +171,19 @@ TEST_F(KMotionTest, TheRateIsReadOrAssumed)
 {
     const std::string lAssumed = "small_01.amc: note: has no frame rate, using 120 frames per second\n";
     EXPECT_NE(Run({"info", "small_01.amc"}).mErr.find(lAssumed), std::string::npos);
-    EXPECT_EQ(Run({"info", "small_01.amc", "--fps", "30"}).mErr.find(lAssumed), std::string::npos);
+    EXPECT_EQ(Run({"info", "small_01.amc", "--source-fps", "30"}).mErr.find(lAssumed), std::string::npos);
     WriteFile(mFolder / "small_02.amc", TwoFrames(":DEGREES\n:SAMPLES-PER-SECOND 60\n"));
     EXPECT_EQ(Run({"info", "small_02.amc"}).mErr.find("note: has no frame rate"), std::string::npos);
 
     for (const auto& [lFps, lRate] : {std::pair<const char*, double>{"25", 25}, {"23.976", 23.976}, {"30000/1001", 30000.0 / 1001}})
     {
-        const json lMotion = JsonOf(Run({"info", "--json", "-q", "small_01.amc", "--fps", lFps}))["motion"];
+        const json lMotion = JsonOf(Run({"info", "--json", "-q", "small_01.amc", "--source-fps", lFps}))["motion"];
         EXPECT_NEAR(lMotion["framesPerSecond"], lRate, 1e-12);
         EXPECT_NEAR(lMotion["seconds"], 1 / lRate, 1e-9);
     }
     for (const char* lFps : {"0", "-1", "fast", "30/0", "1/", "nan", "30 "})
     {
-        EXPECT_EQ(Run({"info", "small_01.amc", std::string("--fps=") + lFps}).mExit, 2) << lFps;
+        EXPECT_EQ(Run({"info", "small_01.amc", std::string("--source-fps=") + lFps}).mExit, 2) << lFps;
     }
 }
 
@@ -263,7 +263,7 @@ TEST_F(KMotionTest, AMotionOfOneFrameGivesOneRow)
 TEST_F(KMotionTest, FramesKeepTheirNumbersAndTimes)
 {
     WriteFile(mFolder / "small_05.amc", ":DEGREES\n10\nroot 0 0 0 0 0 0\nthigh 0 0 0\nshin 0\n13\nroot 0 0 1 0 0 0\nthigh 0 0 0\nshin 0\n");
-    const std::string lCsv = Run({"positions", "small_05.amc", "-q", "--wide", "--fps", "30"}).mOut;
+    const std::string lCsv = Run({"positions", "small_05.amc", "-q", "--wide", "--source-fps", "30"}).mOut;
     EXPECT_EQ(std::count(lCsv.begin(), lCsv.end(), '\n'), 3);
     EXPECT_NE(lCsv.find("\n10,0.000000,"), std::string::npos);
     EXPECT_NE(lCsv.find("\n13,0.100000,"), std::string::npos);

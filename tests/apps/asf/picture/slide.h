@@ -23,7 +23,7 @@ inline KRunResult DrawSlide(const KTempDir& pFolder, int pFrames, double pStep, 
     WriteFile(pFolder / "slide.amc", lMotion);
     KRunOptions lOptions;
     lOptions.mFolder = pFolder.Path().string();
-    pArguments.insert(pArguments.begin(), {"draw", "slide.asf", "slide.amc", "--fps", "60"});
+    pArguments.insert(pArguments.begin(), {"draw", "slide.asf", "slide.amc", "--source-fps", "60"});
     return RunAsf(pArguments, lOptions);
 }
 
