@@ -27,7 +27,11 @@ void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->option_text("...");
-    pCommand.add_option("-o,--output", pOptions.mOutputs, "File to write; may be repeated. {name} in it is replaced by the take's name")
+    pCommand
+        .add_option("-o,--output", pOptions.mOutputs,
+                    "File to write; may be repeated. In its name, {name} or {take} stands for the take's name, {n} for its number from 1, "
+                    "{skeleton} "
+                    "for the name of the skeleton's file")
         ->required()
         ->type_size(1)
         ->expected(1)

@@ -1,8 +1,12 @@
 #include <apps/asf/figure/converter.h>
 
+#include <apps/asf/figure/nametemplate.h>
 #include <apps/asf/outputs.h>
+#include <kbaselib/kbase/kpath.h>
 
-#include <set>
+#include <filesystem>
+#include <map>
+#include <system_error>
 #include <utility>
 
 namespace asfapp
@@ -11,16 +15,34 @@ namespace asfapp
 namespace
 {
 
-const std::string kNameField = "{name}";
-
-bool HasNameField(const KConvertOutput& pOutput)
-{
-    return pOutput.mPath.find(kNameField) != std::string::npos;
-}
-
 bool HoldsOneTake(EOutputKind pKind)
 {
     return pKind == eOUT_AMC || pKind == eOUT_BVH;
+}
+
+/// The files that an output writes: .gltf has its buffer beside it.
+std::vector<std::string> FilesOf(EOutputKind pKind, const std::string& pPath)
+{
+    std::vector<std::string> lFiles{pPath};
+    if (pKind == eOUT_GLTF)
+    {
+        lFiles.push_back(pPath.substr(0, pPath.find_last_of('.')) + ".bin");
+    }
+    return lFiles;
+}
+
+/// A path that is the same for all ways to a file.
+std::string WithoutLinks(const std::string& pPath)
+{
+    std::error_code             lError;
+    const std::filesystem::path lPath = std::filesystem::weakly_canonical(std::filesystem::absolute(pPath, lError), lError);
+    return pPath == "-" || lError ? pPath : lPath.string();
+}
+
+/// The take's name in the figure, where every take has another one.
+std::string TitleOf(const KSampledTake& pTake)
+{
+    return pTake.mTake != nullptr ? pTake.mTake->mName : pTake.mName;
 }
 
 } // namespace
@@ -55,8 +77,8 @@ bool KConverter::WriteAll()
 {
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
-        if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) || (lOutput.mKind == eOUT_GLB && !WriteGlb(lOutput)) ||
-            (lOutput.mKind == eOUT_GLTF && !WriteGltf(lOutput)))
+        if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) ||
+            ((lOutput.mKind == eOUT_GLB || lOutput.mKind == eOUT_GLTF) && !WriteGltfs(lOutput)))
         {
             return false;
         }
@@ -79,45 +101,79 @@ const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const
 
 std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const
 {
-    std::string  lPath = pOutput.mPath;
-    const size_t lField = lPath.find(kNameField);
-    return lField == std::string::npos ? lPath : lPath.replace(lField, kNameField.size(), pTake.mName);
+    KNameWords lWords;
+    lWords.mTake = pTake.mName;
+    lWords.mSkeleton = FileNamePart(qexsdk::KPathStem(mOptions.mSkeleton.empty() ? mInputs.front() : mOptions.mSkeleton), "skeleton");
+    lWords.mNumber = static_cast<size_t>(&pTake - mTakes.data()) + 1;
+    return FillName(pOutput.mPath, lWords);
+}
+
+KConverter::KTakeGroups KConverter::GroupsOf(const KConvertOutput& pOutput) const
+{
+    KTakeGroups lGroups;
+    for (const KSampledTake& lTake : mTakes)
+    {
+        if (lGroups.empty() || HoldsOneTake(pOutput.mKind) || NamesTake(pOutput.mPath))
+        {
+            lGroups.emplace_back();
+        }
+        lGroups.back().push_back(&lTake);
+    }
+    return lGroups;
+}
+
+/// False, after an error, if the figure and its takes do not fit an output.
+bool KConverter::CheckTarget(const KConvertOutput& pOutput)
+{
+    if (HoldsOneTake(pOutput.mKind) && mTakes.size() > 1 && !NamesTake(pOutput.mPath))
+    {
+        mConsole.Fail(eEXIT_USAGE, "--output: " + pOutput.mPath + " holds one take, but there are " + std::to_string(mTakes.size()) +
+                                       ": put {name} into its name, or choose one with --take");
+        return false;
+    }
+    if (pOutput.mKind == eOUT_AMC && mFigure.GetTakes().empty())
+    {
+        mConsole.Fail(eEXIT_USAGE, "--output: there is no motion to write to " + pOutput.mPath);
+        return false;
+    }
+    if (pOutput.mKind == eOUT_AMC && FindTarget(eOUT_ASF) == nullptr && mOptions.mSkeleton.empty() && mFigure.GetSkeleton() == nullptr)
+    {
+        mConsole.Fail(eEXIT_USAGE, "--output: " + pOutput.mPath + " needs a skeleton: write one, too (-o NAME.asf -o " + pOutput.mPath +
+                                       "), or name an existing one with --skeleton FILE");
+        return false;
+    }
+    return true;
 }
 
 bool KConverter::CheckTargets()
 {
-    std::set<std::string> lPaths;
+    std::map<std::string, std::string> lTakes; // The first take of every file, by its path without links.
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
-        if (HoldsOneTake(lOutput.mKind) && mTakes.size() > 1 && !HasNameField(lOutput))
+        if (!CheckTarget(lOutput))
         {
-            mConsole.Fail(eEXIT_USAGE, "--output: " + lOutput.mPath + " holds one take, but there are " + std::to_string(mTakes.size()) +
-                                           ": put {name} into its name, or choose one with --take");
             return false;
         }
-        if (lOutput.mKind == eOUT_AMC && mFigure.GetTakes().empty())
+        for (const std::vector<const KSampledTake*>& lGroup : GroupsOf(lOutput))
         {
-            mConsole.Fail(eEXIT_USAGE, "--output: there is no motion to write to " + lOutput.mPath);
-            return false;
-        }
-        if (lOutput.mKind == eOUT_AMC && mOptions.mTargets.size() == 1 && mOptions.mSkeleton.empty() && mFigure.GetSkeleton() == nullptr)
-        {
-            mConsole.Fail(eEXIT_USAGE, "--output: " + lOutput.mPath + " needs a skeleton: write one, too (-o NAME.asf -o " + lOutput.mPath +
-                                           "), or name an existing one with --skeleton FILE");
-            return false;
-        }
-        for (size_t lTake = 0; lTake < (HoldsOneTake(lOutput.mKind) ? mTakes.size() : 1); ++lTake)
-        {
-            const std::string lPath = PathOf(lOutput, mTakes[lTake]);
-            if (!lPaths.insert(lPath).second)
+            const std::string lPath = PathOf(lOutput, *lGroup.front());
+            const std::string lTake = TitleOf(*lGroup.front());
+            for (const std::string& lFile : FilesOf(lOutput.mKind, lPath))
             {
-                mConsole.Fail(eEXIT_USAGE, "--output: " + lPath + " would be written twice");
-                return false;
-            }
-            const std::string lBuffer = lOutput.mKind == eOUT_GLTF ? lPath.substr(0, lPath.find_last_of('.')) + ".bin" : lPath;
-            if (!CheckOutput(lPath, mInputs, mConsole) || !CheckOutput(lBuffer, mInputs, mConsole))
-            {
-                return false;
+                const auto lAdded = lTakes.emplace(WithoutLinks(lFile), lTake);
+                if (!lAdded.second)
+                {
+                    const bool lIsOther = lAdded.first->second != lTake;
+                    mConsole.Fail(
+                        eEXIT_USAGE,
+                        "--output: " + lFile + " would be written twice" +
+                            (lIsOther ? ", for the takes " + lAdded.first->second + " and " + lTake + ": put {n} into its name" : ""));
+                    return false;
+                }
+                if (!CheckOutput(lFile, mInputs, mConsole))
+                {
+                    return false;
+                }
             }
         }
     }

@@ -18,7 +18,7 @@ namespace asfapp
 struct KSampledTake
 {
     const qexsdk::KQexFigureTake* mTake = nullptr; ///< Null: only the rest pose.
-    std::string                   mName;           ///< As used in file names; unique.
+    std::string                   mName;           ///< As used in file names; several takes may have one.
     qexsdk::KQexSamplingRequest   mRequest;
     qexsdk::KQexSampling          mSampling;
 };
@@ -39,23 +39,30 @@ public:
     void Run();
 
 private:
+    /// The takes of each of an output's files: one each, or all in one.
+    using KTakeGroups = std::vector<std::vector<const KSampledTake*>>;
+
     bool        SampleTakes();
     bool        FindPart(KSampledTake& pTake);
     bool        CheckTargets();
+    bool        CheckTarget(const KConvertOutput& pOutput);
     std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
+
+    KTakeGroups GroupsOf(const KConvertOutput& pOutput) const;
 
     bool WriteAll();
     bool WriteBvhs(const KConvertOutput& pOutput);
     bool WriteBvh(const std::string& pPath, const KSampledTake& pTake);
-    bool WriteGlb(const KConvertOutput& pOutput);
-    bool WriteGltf(const KConvertOutput& pOutput);
+    bool WriteGltfs(const KConvertOutput& pOutput);
+    bool WriteGlb(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes);
+    bool WriteGltf(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes);
     bool WriteAcclaim();
     bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
                      const qexsdk::KQexAmcSkeletonNotes& pNotes);
-    bool WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc);
+    bool WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc, const std::vector<const KSampledTake*>& pTakes);
     bool Commit();
 
-    qexsdk::KQexGltfWriteOptions     GltfOptions() const;
+    qexsdk::KQexGltfWriteOptions     GltfOptions(const std::vector<const KSampledTake*>& pTakes) const;
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake);
     qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);

@@ -76,7 +76,12 @@ bool KConverter::WriteAcclaim()
     const KConvertOutput* lAsf = FindTarget(eOUT_ASF);
     if (lAsf != nullptr)
     {
-        return WriteSkeletonAndMotions(*lAsf, FindTarget(eOUT_AMC));
+        bool lOk = true;
+        for (const std::vector<const KSampledTake*>& lGroup : GroupsOf(*lAsf))
+        {
+            lOk = lOk && WriteSkeletonAndMotions(*lAsf, FindTarget(eOUT_AMC), lGroup);
+        }
+        return lOk;
     }
     const KConvertOutput*        lAmc = FindTarget(eOUT_AMC);
     qexsdk::KQexAmcSkeletonNotes lNotes = mFigure.GetSkeletonNotes();
@@ -93,16 +98,17 @@ bool KConverter::WriteAcclaim()
     return lOk;
 }
 
-/// Writes a skeleton for all takes, and a motion for each unless \p pAmc is null.
-bool KConverter::WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc)
+/// Writes a skeleton for \p pTakes, and a motion for each unless \p pAmc is null.
+bool KConverter::WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc,
+                                         const std::vector<const KSampledTake*>& pTakes)
 {
     std::vector<qexsdk::KQexExportMotion> lMotions;
-    for (const KSampledTake& lTake : mTakes)
+    for (const KSampledTake* lTake : pTakes)
     {
-        lMotions.push_back({pAmc != nullptr ? PathOf(*pAmc, lTake) : "", StackOf(lTake), lTake.mRequest});
+        lMotions.push_back({pAmc != nullptr ? PathOf(*pAmc, *lTake) : "", StackOf(*lTake), lTake->mRequest});
     }
-    const std::string                lAsfPath = PathOf(pAsf, mTakes.front());
-    qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(mTakes.front());
+    const std::string                lAsfPath = PathOf(pAsf, *pTakes.front());
+    qexsdk::KQexExportAcclaimOptions lOptions = AcclaimOptions(*pTakes.front());
     qexsdk::KQexExportAcclaimResult  lResult;
     {
         KProgress lProgress("writing", mConsole);

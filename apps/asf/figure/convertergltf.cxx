@@ -23,16 +23,16 @@ void PrintGltfMessages(const qexsdk::KQexFileGltf& pFile, const std::string& pDi
 
 } // namespace
 
-qexsdk::KQexGltfWriteOptions KConverter::GltfOptions() const
+qexsdk::KQexGltfWriteOptions KConverter::GltfOptions(const std::vector<const KSampledTake*>& pTakes) const
 {
     qexsdk::KQexGltfWriteOptions lOptions;
-    for (const KSampledTake& lTake : mTakes)
+    for (const KSampledTake* lTake : pTakes)
     {
-        if (lTake.mTake != nullptr)
+        if (lTake->mTake != nullptr)
         {
             qexsdk::KQexGltfTake lGltfTake;
-            lGltfTake.mStack = lTake.mTake->mStack;
-            lGltfTake.mSampling = lTake.mSampling;
+            lGltfTake.mStack = lTake->mTake->mStack;
+            lGltfTake.mSampling = lTake->mSampling;
             lOptions.mTakes.push_back(lGltfTake);
         }
     }
@@ -43,13 +43,12 @@ qexsdk::KQexGltfWriteOptions KConverter::GltfOptions() const
     return lOptions;
 }
 
-bool KConverter::WriteGlb(const KConvertOutput& pOutput)
+bool KConverter::WriteGlb(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes)
 {
-    const std::string            lPath = PathOf(pOutput, mTakes.front());
-    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
+    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions(pTakes);
     mOutputs.push_back(std::make_unique<qexsdk::KOutputFile>());
     qexsdk::KOutputFile& lOut = *mOutputs.back();
-    if (!OpenOutput(lOut, lPath, mConsole))
+    if (!OpenOutput(lOut, pPath, mConsole))
     {
         return false;
     }
@@ -64,7 +63,7 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
         };
         lOk = lFile.WriteBuffer(lBytes, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, DisplayOutput(lPath), mConsole);
+    PrintGltfMessages(lFile, DisplayOutput(pPath), mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);
@@ -73,16 +72,15 @@ bool KConverter::WriteGlb(const KConvertOutput& pOutput)
     lOut.Write(lBytes.data(), lBytes.size());
     if (!lOut.Prepare())
     {
-        ReportOutputError(lOut, lPath, mConsole);
+        ReportOutputError(lOut, pPath, mConsole);
         return false;
     }
     return true;
 }
 
-bool KConverter::WriteGltf(const KConvertOutput& pOutput)
+bool KConverter::WriteGltf(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes)
 {
-    const std::string            lPath = PathOf(pOutput, mTakes.front());
-    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions();
+    qexsdk::KQexGltfWriteOptions lOptions = GltfOptions(pTakes);
     qexsdk::KQexFileGltf         lFile;
     bool                         lOk = false;
     lOptions.mPrepared = &mOutputs;
@@ -92,9 +90,9 @@ bool KConverter::WriteGltf(const KConvertOutput& pOutput)
         {
             return lProgress.Show(pFraction);
         };
-        lOk = lFile.Write(lPath, mFigure.GetRoots(), lOptions);
+        lOk = lFile.Write(pPath, mFigure.GetRoots(), lOptions);
     }
-    PrintGltfMessages(lFile, DisplayOutput(lPath), mConsole);
+    PrintGltfMessages(lFile, DisplayOutput(pPath), mConsole);
     if (!lOk)
     {
         mConsole.Raise(eEXIT_SYSTEM);
@@ -116,16 +114,29 @@ bool ReportNoGltf(const std::string& pPath, KConsole& pConsole)
 
 } // namespace
 
-bool KConverter::WriteGlb(const KConvertOutput& pOutput)
+bool KConverter::WriteGlb(const std::string& pPath, const std::vector<const KSampledTake*>&)
 {
-    return ReportNoGltf(pOutput.mPath, mConsole);
+    return ReportNoGltf(pPath, mConsole);
 }
 
-bool KConverter::WriteGltf(const KConvertOutput& pOutput)
+bool KConverter::WriteGltf(const std::string& pPath, const std::vector<const KSampledTake*>&)
 {
-    return ReportNoGltf(pOutput.mPath, mConsole);
+    return ReportNoGltf(pPath, mConsole);
 }
 
 #endif
+
+bool KConverter::WriteGltfs(const KConvertOutput& pOutput)
+{
+    for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(pOutput))
+    {
+        const std::string lPath = PathOf(pOutput, *lTakes.front());
+        if (!(pOutput.mKind == eOUT_GLB ? WriteGlb(lPath, lTakes) : WriteGltf(lPath, lTakes)))
+        {
+            return false;
+        }
+    }
+    return true;
+}
 
 } // namespace asfapp

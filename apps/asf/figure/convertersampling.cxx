@@ -1,6 +1,6 @@
 #include <apps/asf/figure/converter.h>
+#include <apps/asf/figure/nametemplate.h>
 #include <apps/asf/report/numbertext.h>
-#include <qexioplugins/motion/kqexsafenames.h>
 
 #include <algorithm>
 #include <cmath>
@@ -71,12 +71,11 @@ bool FindTime(const qexsdk::KQexFigure& pFigure, const KQexFigureTake& pTake, co
 
 bool KConverter::SampleTakes()
 {
-    qexsdk::KQexUniqueNames lNames;
     for (const KQexFigureTake& lTake : mFigure.GetTakes())
     {
         KSampledTake lSampled;
         lSampled.mTake = &lTake;
-        lSampled.mName = lNames.Make(qexsdk::MakeSafeName(lTake.mName, "take", [](char pC) { return pC != '/' && pC != '\0'; }));
+        lSampled.mName = FileNamePart(lTake.mGivenName, "take");
         mTakes.push_back(lSampled);
     }
     if (mTakes.empty())

@@ -1,5 +1,6 @@
 #include <apps/asf/figure/convertoptions.h>
 
+#include <apps/asf/figure/nametemplate.h>
 #include <apps/asf/outputname.h>
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/kpath.h>
@@ -84,7 +85,8 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
     {
         KConvertOutput lOutput;
         lOutput.mPath = lPath;
-        if (!FindOutputKind(lPath, pOptions.mOutputs.size() == 1 || lPath == "-" ? pOptions.mTo : "", lOutput.mKind, pConsole))
+        if (!CheckNameTemplate(lPath, pConsole) ||
+            !FindOutputKind(lPath, pOptions.mOutputs.size() == 1 || lPath == "-" ? pOptions.mTo : "", lOutput.mKind, pConsole))
         {
             return false;
         }

@@ -25,7 +25,7 @@ enum EOutputKind
 /// A file to write.
 struct KConvertOutput
 {
-    std::string mPath; ///< May contain {name}, which the take's name replaces.
+    std::string mPath; ///< May have words in braces, see FillName().
     EOutputKind mKind = eOUT_BVH;
 };
 
