@@ -37,7 +37,7 @@ void AddFormatOption(CLI::App& pCommand, std::string& pFormat);
 /// Adds the options of `asf convert`.
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);
 
-/// Splits `-o A.asf B.amc` into two options with one name each, so that -o never consumes the name of an input.
+/// Splits `-o A.asf B.amc` of convert and edit into options with one name each, so that -o never consumes the name of an input.
 std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments);
 
 } // namespace asfapp

@@ -20,6 +20,22 @@ bool IsPair(const std::string& pOne, const std::string& pOther)
     return (lOne == ".asf" && lOther == ".amc") || (lOne == ".amc" && lOther == ".asf");
 }
 
+/// Number of arguments after the output at \p pIndex that are further outputs: for convert the other file of a pair, for edit all motions
+/// after a skeleton.
+size_t CountFurtherOutputs(const std::vector<std::string>& pArguments, size_t pIndex)
+{
+    const bool lIsEdit = pArguments[1] == "edit";
+    size_t     lCount = 0;
+    for (size_t lNext = pIndex + 1; lNext < pArguments.size() && (lIsEdit || lCount < 1); ++lNext, ++lCount)
+    {
+        if (!IsPair(pArguments[pIndex], pArguments[lNext]))
+        {
+            break;
+        }
+    }
+    return lCount;
+}
+
 /// Inputs, outputs and takes.
 void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
@@ -101,20 +117,31 @@ void AddOutputFormatOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments)
 {
     std::vector<std::string> lArguments(pArguments, pArguments + pArgumentCount);
-    if (pArgumentCount < 2 || lArguments[1] != "convert")
+    if (pArgumentCount < 2 || (lArguments[1] != "convert" && lArguments[1] != "edit"))
     {
         return lArguments;
     }
-    for (size_t lIndex = 2; lIndex + 2 < lArguments.size() && lArguments[lIndex] != "--"; ++lIndex)
+    std::vector<std::string> lSplit;
+    bool                     lIsAfterOptions = false;
+    for (size_t lIndex = 0; lIndex < lArguments.size(); ++lIndex)
     {
-        const bool lIsOutput = lArguments[lIndex] == "-o" || lArguments[lIndex] == "--output";
-        if (lIsOutput && IsPair(lArguments[lIndex + 1], lArguments[lIndex + 2]))
+        lSplit.push_back(lArguments[lIndex]);
+        lIsAfterOptions = lIsAfterOptions || (lIndex >= 2 && lArguments[lIndex] == "--");
+        const bool lIsOutput = lIndex >= 2 && (lArguments[lIndex] == "-o" || lArguments[lIndex] == "--output");
+        if (lIsAfterOptions || !lIsOutput || lIndex + 1 == lArguments.size())
         {
-            lArguments.insert(lArguments.begin() + static_cast<std::ptrdiff_t>(lIndex) + 2, lArguments[lIndex]);
-            lIndex += 3; // Skip the pair.
+            continue;
         }
+        const size_t lFurther = CountFurtherOutputs(lArguments, lIndex + 1);
+        lSplit.push_back(lArguments[lIndex + 1]);
+        for (size_t lOutput = 0; lOutput < lFurther; ++lOutput)
+        {
+            lSplit.push_back(lArguments[lIndex]);
+            lSplit.push_back(lArguments[lIndex + 2 + lOutput]);
+        }
+        lIndex += 1 + lFurther;
     }
-    return lArguments;
+    return lSplit;
 }
 
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)

@@ -1,7 +1,8 @@
 #include <apps/asf/commands/commands.h>
+#include <apps/asf/commands/editfiles.h>
 #include <apps/asf/figure/loading.h>
+#include <apps/asf/figure/motionedit.h>
 #include <apps/asf/figure/skeletonedit.h>
-#include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
@@ -21,8 +22,8 @@ namespace
 
 struct KEditOptions
 {
-    std::string              mFile;
-    std::string              mOutput;
+    std::vector<std::string> mFiles;
+    std::vector<std::string> mOutputs;
     std::vector<std::string> mRenames;
     double                   mScale = 1;
     bool                     mDropLimits = false;
@@ -64,12 +65,6 @@ std::string TextOf(qexsdk::KQexAsfScene& pScene)
 
 qexsdk::KQexAsfSceneOwner ReadModel(const qexsdk::KQexFigureFile& pFile, qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole)
 {
-    if (pFile.GetFormat() != qexsdk::eFIGURE_ASF)
-    {
-        pConsole.Message(eERROR, pFile.GetDisplayPath(), 0, "is not an ASF file");
-        pConsole.Raise(eEXIT_USAGE);
-        return nullptr;
-    }
     qexsdk::KQexAsfSceneOwner lScene = qexsdk::KQexImporterAcclaim::ReadSkeleton(pFile.GetSource(), {}, pResult);
     PrintMessages(pResult, pConsole);
     if (!lScene)
@@ -79,41 +74,129 @@ qexsdk::KQexAsfSceneOwner ReadModel(const qexsdk::KQexFigureFile& pFile, qexsdk:
     return lScene;
 }
 
+/// The second model of a file whose messages are printed.
+qexsdk::KQexAsfSceneOwner ReadAgain(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole)
+{
+    qexsdk::KQexImportAcclaimResult lResult;
+    qexsdk::KQexAsfSceneOwner       lScene = qexsdk::KQexImporterAcclaim::ReadSkeleton(pFile.GetSource(), {}, lResult);
+    if (!lScene)
+    {
+        PrintMessages(lResult, pConsole);
+        pConsole.Raise(eEXIT_SYSTEM);
+    }
+    return lScene;
+}
+
+bool EditSkeleton(const KEditOptions& pOptions, KSkeletonEdit& pEdit, KConsole& pConsole)
+{
+    if (!RenameAll(pOptions, pEdit, pConsole))
+    {
+        return false;
+    }
+    pEdit.Scale(pOptions.mScale);
+    if (pOptions.mDropLimits)
+    {
+        pEdit.DropLimits();
+    }
+    if (pOptions.mRemoveDummies)
+    {
+        pEdit.RemoveDummies();
+    }
+    return true;
+}
+
+void PrintWarnings(const KEditFiles& pFiles, const KSkeletonEdit& pEdit, const KMotionEdit& pMotionEdit, KConsole& pConsole)
+{
+    for (const std::string& lWarning : pEdit.GetWarnings())
+    {
+        pConsole.Message(eWARNING, pFiles.mSkeleton.GetDisplayPath(), 0, lWarning);
+    }
+    const std::string lObstacles = pMotionEdit.GetObstacles();
+    if (pFiles.mMotions.empty() && !lObstacles.empty())
+    {
+        pConsole.Message(eWARNING, pFiles.mSkeleton.GetDisplayPath(), 0,
+                         "Its motions do not fit the new skeleton (" + lObstacles +
+                             "): edit them in the same call, as in asf edit OLD.asf WALK.amc -o NEW.asf NEW.amc");
+    }
+}
+
+bool WriteText(const std::string& pText, const std::string& pPath, qexsdk::KOutputFile& pOut, KConsole& pConsole)
+{
+    if (!OpenOutput(pOut, pPath, pConsole))
+    {
+        return false;
+    }
+    if (!pOut.Write(pText.data(), pText.size()) || !pOut.Prepare())
+    {
+        ReportOutputError(pOut, pPath, pConsole);
+        return false;
+    }
+    return true;
+}
+
+bool WriteMotion(const qexsdk::KQexFigureFile& pMotion, const std::string& pPath, const std::string& pAsfPath, KMotionEdit& pEdit,
+                 qexsdk::KOutputFile& pOut, KConsole& pConsole)
+{
+    const std::string lAsfName = pAsfPath == "-" ? std::string() : pAsfPath.substr(pAsfPath.find_last_of('/') + 1);
+    if (!OpenOutput(pOut, pPath, pConsole) || !pEdit.Write(pMotion, lAsfName, pOut, pConsole))
+    {
+        return false;
+    }
+    if (!pOut.Prepare())
+    {
+        ReportOutputError(pOut, pPath, pConsole);
+        return false;
+    }
+    return true;
+}
+
+/// Replaces the targets once all are complete.
+void WriteAll(const KEditFiles& pFiles, const std::string& pSkeleton, KMotionEdit& pEdit, KConsole& pConsole)
+{
+    std::vector<std::unique_ptr<qexsdk::KOutputFile>> lOwned;
+    std::vector<qexsdk::KOutputFile*>                 lOutputs;
+    for (size_t lOutput = 0; lOutput <= pFiles.mMotions.size(); ++lOutput)
+    {
+        lOwned.push_back(std::make_unique<qexsdk::KOutputFile>());
+        lOutputs.push_back(lOwned.back().get());
+        const bool lOk = lOutput == 0 ? WriteText(pSkeleton, pFiles.mSkeletonOutput, *lOutputs[0], pConsole)
+                                      : WriteMotion(pFiles.mMotions[lOutput - 1], pFiles.mMotionOutputs[lOutput - 1],
+                                                    pFiles.mSkeletonOutput, pEdit, *lOutputs[lOutput], pConsole);
+        if (!lOk)
+        {
+            return;
+        }
+    }
+    if (const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size()))
+    {
+        ReportOutputError(*lFailed, lFailed->GetPath(), pConsole);
+    }
+}
+
 void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
-    qexsdk::KQexFigureFile lFile;
-    if (!CheckOutput(pOptions.mOutput, {pOptions.mFile}, pConsole) || !CheckOutputName(pOptions.mOutput, "edit", {".asf"}, pConsole) ||
-        !OpenFile(lFile, pOptions.mFile, pConsole))
+    KEditFiles lFiles;
+    if (!lFiles.Open(pOptions.mFiles, pOptions.mOutputs, pConsole))
     {
         return;
     }
     qexsdk::KQexImportAcclaimResult lResult;
-    const qexsdk::KQexAsfSceneOwner lScene = ReadModel(lFile, lResult, pConsole);
-    if (!lScene)
+    const qexsdk::KQexAsfSceneOwner lOld = ReadModel(lFiles.mSkeleton, lResult, pConsole);
+    const qexsdk::KQexAsfSceneOwner lNew = lOld ? ReadAgain(lFiles.mSkeleton, pConsole) : nullptr;
+    if (!lNew)
     {
         return;
     }
-    KSkeletonEdit lEdit(*lScene);
-    if (!RenameAll(pOptions, lEdit, pConsole))
+    KMotionEdit   lMotionEdit(*lOld, lResult.mSkeletonNotes, *lNew, pOptions.mScale);
+    KSkeletonEdit lEdit(*lNew);
+    if (!EditSkeleton(pOptions, lEdit, pConsole))
     {
         return;
-    }
-    lEdit.Scale(pOptions.mScale);
-    if (pOptions.mDropLimits)
-    {
-        lEdit.DropLimits();
-    }
-    if (pOptions.mRemoveDummies)
-    {
-        lEdit.RemoveDummies();
     }
     lEdit.MakeWritable(lResult.mSkeletonNotes);
-    for (const std::string& lWarning : lEdit.GetWarnings())
-    {
-        pConsole.Message(eWARNING, lFile.GetDisplayPath(), 0, lWarning);
-    }
-    WriteOutput(pOptions.mOutput, TextOf(*lScene), pConsole);
+    PrintWarnings(lFiles, lEdit, lMotionEdit, pConsole);
+    WriteAll(lFiles, TextOf(*lNew), lMotionEdit, pConsole);
 }
 
 } // namespace
@@ -121,9 +204,19 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KEditOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("edit", "Change a skeleton: names, size, limits, dummy bones");
-    lCommand->add_option("FILE", lOptions->mFile, "ASF file; \"-\" is standard input")->required()->option_text(" ");
-    lCommand->add_option("-o,--output", lOptions->mOutput, "ASF file to write")->required()->option_text("FILE");
+    CLI::App* lCommand = pProgram.add_subcommand("edit", "Change a skeleton and its motions: names, size, limits, dummy bones");
+    lCommand->add_option("FILE", lOptions->mFiles, "ASF file and its AMC files, if any; \"-\" is standard input")
+        ->required()
+        ->option_text("...");
+    lCommand
+        ->add_option("-o,--output", lOptions->mOutputs,
+                     "ASF file to write, then an AMC file for each that is read, or one with {name} in its name for all of them")
+        ->required()
+        ->type_size(1)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->option_text("FILE...");
     lCommand->add_option("--rename", lOptions->mRenames, "Rename a bone; may be repeated")
         ->type_size(1)
         ->expected(1)
@@ -135,12 +228,14 @@ void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
                        "Remove bones without degrees of freedom if that moves no other joint");
     lCommand->add_flag("-q,--quiet", lOptions->mQuiet, "No notes");
-    lCommand->footer("Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name: a\n"
-                     "motion of the old skeleton fits the new one only if its names still match.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf edit old.asf -o new.asf --rename lhip=left_hip --rename rhip=right_hip\n"
-                     "  asf edit old.asf -o half.asf --scale 0.5 --drop-limits");
+    lCommand->footer(
+        "Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name and hold\n"
+        "lengths: renaming and scaling change them, too. All files are replaced together, or none.\n"
+        "\n"
+        "Examples:\n"
+        "  asf edit old.asf -o new.asf --drop-limits\n"
+        "  asf edit old.asf walk.amc run.amc -o new.asf new_walk.amc new_run.amc --rename lhip=left_hip\n"
+        "  asf edit old.asf *.amc -o half/new.asf 'half/{name}.amc' --scale 0.5");
     lCommand->callback([lOptions, &pConsole] { RunEdit(*lOptions, pConsole); });
 }
 

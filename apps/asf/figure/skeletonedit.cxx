@@ -1,5 +1,6 @@
 #include <apps/asf/figure/skeletonedit.h>
 
+#include <apps/asf/figure/rootmotion.h>
 #include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
@@ -63,11 +64,6 @@ void SetVector(KQexAsfNode& pBone, const double* pVector)
         pBone.mDirectionV.mData[lAxis] = pVector[lAxis] / lLength;
     }
     pBone.mLength = lLength;
-}
-
-bool IsZero(const double* pValues)
-{
-    return pValues[0] == 0 && pValues[1] == 0 && pValues[2] == 0;
 }
 
 } // namespace
@@ -172,12 +168,11 @@ void KSkeletonEdit::RemoveDummies()
 
 void KSkeletonEdit::WarnAboutRoot()
 {
-    const KQexAsfNode& lRoot = *mScene.mRoot;
-    if (!IsZero(lRoot.mPositionV.mData))
+    if (HasRestPosition(*mScene.mRoot))
     {
-        mWarnings.push_back("The root's position is written as zero: motions place the figure");
+        mWarnings.push_back("The root's position is written as zero");
     }
-    if (!IsZero(lRoot.mOrientationV.mData))
+    if (HasRestOrientation(*mScene.mRoot))
     {
         mWarnings.push_back("The root's orientation is written as zero");
     }
@@ -191,7 +186,7 @@ void KSkeletonEdit::WarnAboutUnits()
     }
     if (mScene.mAngleUnit != 1)
     {
-        mWarnings.push_back("The angle unit is written as degrees: motions in radians no longer fit this skeleton");
+        mWarnings.push_back("The angle unit is written as degrees");
     }
 }
 
@@ -201,7 +196,7 @@ void KSkeletonEdit::MakeWritable(const qexsdk::KQexAmcSkeletonNotes& pNotes)
     WarnAboutUnits();
     for (const qexsdk::KQexAsfLengthDof& lDof : pNotes.mLengthDofs)
     {
-        mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l: existing motions no longer fit this skeleton");
+        mWarnings.push_back("Bone " + lDof.mBone + " loses its degree of freedom l");
     }
     const double lUnitsPerCentimetre = mScene.mLengthUnit > 0 ? mScene.mLengthUnit / qexsdk::kCentimetresPerInch : 1.0;
     for (HKQexAsfNode lBone : Bones(mScene.mRoot))

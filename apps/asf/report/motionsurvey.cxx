@@ -66,9 +66,7 @@ bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOpt
     qexsdk::KQexFileAcclaimAmc lReader(false);
     mOk = pFiles.mMotions.front().OpenFor(lReader) && lReader.ReadFrames(lSkeleton.get(), lOptions, *this);
     mInfo = lReader.GetInfo();
-    mMessages.mList = lReader.GetMessages();
-    mMessages.mErrors = lReader.GetErrorCount();
-    mMessages.mWarnings = lReader.GetWarningCount();
+    mMessages.Take(lReader);
     if (mOk && !pOptions.mAllowUnmatched && !mInfo.mMatch.IsPlausible())
     {
         // The error replaces a warning for each bone.

@@ -23,6 +23,13 @@ void KMessages::SortByLine()
                      [](const KQexTextMessage& pOne, const KQexTextMessage& pOther) { return pOne.mLine < pOther.mLine; });
 }
 
+void KMessages::Take(const qexsdk::KQexTextFile& pReader)
+{
+    mList = pReader.GetMessages();
+    mErrors = pReader.GetErrorCount();
+    mWarnings = pReader.GetWarningCount();
+}
+
 void KMessages::Print(const std::string& pPath, KConsole& pConsole) const
 {
     for (const KQexTextMessage& lMessage : mList)
@@ -70,9 +77,7 @@ bool KSkeletonFile::Read(const qexsdk::KQexFigureFile& pFile, bool pLint, KConso
     {
         qexsdk::KQexFileAcclaimAsf lReader(false);
         mOk = pFile.OpenFor(lReader) && lReader.Read(mScene.get(), false, false, false);
-        mMessages.mList = lReader.GetMessages();
-        mMessages.mErrors = lReader.GetErrorCount();
-        mMessages.mWarnings = lReader.GetWarningCount();
+        mMessages.Take(lReader);
         lIsSystemError = !mOk && lReader.HasFailed() && pFile.FailsToRead();
     }
     const bool lSilent = !mOk && mMessages.mErrors == 0;

@@ -23,6 +23,9 @@ struct KMessages
     void Add(qexsdk::KQexTextMessage::ESeverity pSeverity, int pLine, const std::string& pText);
     void SortByLine();
 
+    /// Replaces the messages by those of \p pReader.
+    void Take(const qexsdk::KQexTextFile& pReader);
+
     /// Prints all, and how many warnings were dropped.
     void Print(const std::string& pPath, KConsole& pConsole) const;
 };
