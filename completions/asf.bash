@@ -20,7 +20,7 @@ _asf()
     elif [ "$before" = --base-pose ]; then
         mapfile -t COMPREPLY < <(compgen -W "rest first-frame" -- "$word")
     elif [ "$before" = --ignore ]; then
-        mapfile -t COMPREPLY < <(compgen -W "names parents rest lengths dofs limits frames positions" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "names parents rest lengths dofs limits frames rate duration positions" -- "$word")
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(asf "$command" --help 2> /dev/null | grep -o -- '--[a-z][a-z-]*' | sort -u)" -- "$word")
     fi

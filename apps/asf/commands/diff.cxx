@@ -1,15 +1,12 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
-#include <apps/asf/report/figurecompare.h>
-#include <apps/asf/report/jsontext.h>
-#include <apps/asf/report/numbertext.h>
+#include <apps/asf/report/diffreport.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,9 +28,6 @@ struct KDiffOptions
     bool                     mJson = false;
     KMotionOptions           mMotion;
 };
-
-const char* const kTitles[eASPECT_COUNT] = {"joints missing",     "other parents", "rest pose", "bone lengths",
-                                            "degrees of freedom", "limits",        "frames",    "world positions"};
 
 /// Sorts the files into two sides, motions in the order given. A single motion is applied to each skeleton without its own; a single
 /// skeleton is used by both motions. A single figure with its own motion and a single AMC motion are compared with each other.
@@ -110,99 +104,6 @@ bool OpenAll(const KDiffOptions& pOptions, std::vector<KQexFigureFile>& pFiles, 
     return lOk;
 }
 
-bool IsIgnored(const KDiffOptions& pOptions, int pAspect)
-{
-    return std::find(pOptions.mIgnored.begin(), pOptions.mIgnored.end(), AspectWord(pAspect)) != pOptions.mIgnored.end();
-}
-
-bool IsSame(const KDiffOptions& pOptions, const KFigureComparison& pComparison)
-{
-    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
-    {
-        if (pComparison.Get(lAspect).mDiffers && !IsIgnored(pOptions, lAspect))
-        {
-            return false;
-        }
-    }
-    return true;
-}
-
-std::string ValueText(const KAspectResult& pResult)
-{
-    if (!pResult.mIsCompared)
-    {
-        return "-";
-    }
-    if (*pResult.mUnit == '\0')
-    {
-        return Short(pResult.mLargest);
-    }
-    return std::isfinite(pResult.mLargest) ? Fixed(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
-}
-
-void WriteDiffTable(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pTitles)[2], KConsole& pConsole)
-{
-    for (int lSide = 0; lSide < 2; ++lSide)
-    {
-        std::string lLine = std::string(lSide == 0 ? "first   " : "second  ") + Printable(pTitles[lSide]) + ": " +
-                            Count(static_cast<long long>(pComparison.GetJointCount(lSide)), "joint", "joints");
-        for (const std::string& lOnly : pComparison.GetOnly(lSide))
-        {
-            lLine += (&lOnly == &pComparison.GetOnly(lSide).front() ? ", only here: " : " ") + Printable(lOnly);
-        }
-        pConsole.Out(lLine + "\n");
-    }
-    pConsole.Out("height  " + Fixed(pComparison.GetHeight(), 2) + " cm, tolerance " + Short(pOptions.mTolerance * pComparison.GetHeight()) +
-                 " cm\n\n");
-    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
-    {
-        const KAspectResult& lResult = pComparison.Get(lAspect);
-        const std::string    lVerdict = !lResult.mIsCompared           ? "not compared"
-                                        : !lResult.mDiffers            ? "same"
-                                        : IsIgnored(pOptions, lAspect) ? "ignored"
-                                                                       : "DIFFERS";
-        std::string          lLine = PadRight(kTitles[lAspect], 20) + PadLeft(ValueText(lResult), 16) + "  " +
-                            (lResult.mWhere.empty() ? lVerdict : PadRight(lVerdict, 14) + Printable(lResult.mWhere));
-        pConsole.Out(lLine + "\n");
-    }
-    pConsole.Out(IsSame(pOptions, pComparison) ? "\nsame within tolerance\n" : "\ndifferent\n");
-}
-
-KJson JsonOfAspect(const KDiffOptions& pOptions, const KAspectResult& pResult, int pAspect)
-{
-    KJson lObject;
-    lObject["compared"] = pResult.mIsCompared;
-    lObject["same"] = !pResult.mDiffers;
-    lObject["ignored"] = IsIgnored(pOptions, pAspect);
-    // Infinite if only one side has the limit; JSON has no infinity.
-    lObject["largest"] = pResult.mIsCompared && std::isfinite(pResult.mLargest) ? KJson(pResult.mLargest) : KJson();
-    lObject["unit"] = pResult.mUnit;
-    lObject["where"] = pResult.mWhere;
-    return lObject;
-}
-
-void WriteDiffJson(const KDiffOptions& pOptions, const KFigureComparison& pComparison, const std::string (&pTitles)[2], KConsole& pConsole)
-{
-    KJson lObject = JsonHead("diff", pTitles[0], IsSame(pOptions, pComparison), {});
-    lObject["other"] = pTitles[1];
-    lObject["height"] = pComparison.GetHeight();
-    lObject["tolerance"] = pOptions.mTolerance;
-    lObject["joints"] = KJson::array({pComparison.GetJointCount(0), pComparison.GetJointCount(1)});
-    lObject["frames"] = KJson::array({pComparison.GetSampling(0).mCount, pComparison.GetSampling(1).mCount});
-    for (int lSide = 0; lSide < 2; ++lSide)
-    {
-        // Braces around two lists of two strings would make an object.
-        lObject["only"].push_back(pComparison.GetOnly(lSide));
-    }
-    KJson lAspects = KJson::object();
-    for (int lAspect = 0; lAspect < eASPECT_COUNT; ++lAspect)
-    {
-        lAspects[AspectWord(lAspect)] = JsonOfAspect(pOptions, pComparison.Get(lAspect), lAspect);
-    }
-    lObject["differences"] = lAspects;
-    PrintJsonLine(lObject, pConsole);
-}
-
 void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
 {
     std::vector<KQexFigureFile> lFiles;
@@ -217,8 +118,9 @@ void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
     }
     KFigureComparison lComparison(lFigures[0], lFigures[1], pOptions.mTolerance);
     lComparison.Run(pConsole);
-    (pOptions.mJson ? WriteDiffJson : WriteDiffTable)(pOptions, lComparison, lTitles, pConsole);
-    if (!IsSame(pOptions, lComparison))
+    const KDiffReport lReport{lComparison, pOptions.mTolerance, pOptions.mIgnored, lTitles};
+    (pOptions.mJson ? WriteDiffJson : WriteDiffTable)(lReport, pConsole);
+    if (!lReport.IsSame())
     {
         pConsole.Raise(eEXIT_INPUT);
     }
@@ -240,9 +142,10 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
         ->check(CLI::Range(0.0, 1e9))
         ->option_text("T");
     lCommand
-        ->add_option("--ignore", lOptions->mIgnored, "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, positions")
+        ->add_option("--ignore", lOptions->mIgnored,
+                     "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, rate, duration, positions")
         ->delimiter(',')
-        ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"}))
+        ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "rate", "duration", "positions"}))
         ->type_size(1)
         ->expected(1)
         ->allow_extra_args(false)
@@ -251,14 +154,16 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_option("--take", lOptions->mTake, "Take to compare if there are several (default: the first)")->option_text("NAME");
     lCommand->add_flag("--json", lOptions->mJson, "Print the differences as one JSON object");
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Joints are matched by name, the roots with each other. Frames are compared one by one from the first, whatever\n"
-                     "their rates. The exit status is 0 if nothing differs by more than the tolerance, else 1.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf diff old.asf new.asf\n"
-                     "  asf diff old.asf new.asf old.amc new.amc\n"
-                     "  asf diff walk.amc walk.bvh --tolerance 1e-5\n"
-                     "  asf diff walk.amc back.amc --ignore dofs,limits --json");
+    lCommand->footer(
+        "Joints are matched by name, else by the name after the last colon; roots with each other. Frames are compared one by\n"
+        "one from the first, whatever their rates. The exit status is 0 if nothing that was compared differs by more than\n"
+        "the tolerance, else 1; a joint that only one figure has is a difference.\n"
+        "\n"
+        "Examples:\n"
+        "  asf diff old.asf new.asf\n"
+        "  asf diff old.asf new.asf old.amc new.amc\n"
+        "  asf diff walk.amc walk.bvh --tolerance 1e-5\n"
+        "  asf diff walk.amc back.amc --ignore dofs,limits --json");
     lCommand->callback([lOptions, &pConsole] { RunDiff(*lOptions, pConsole); });
 }
 

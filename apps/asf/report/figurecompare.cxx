@@ -1,13 +1,11 @@
 #include <apps/asf/report/figurecompare.h>
 
-#include <apps/asf/progress.h>
-#include <apps/asf/report/numbertext.h>
-#include <kbaselib/kmath/maths.h>
+#include <qexioplugins/motion/kqexmotionio.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <new>
+#include <unordered_map>
 
 namespace asfapp
 {
@@ -15,41 +13,33 @@ namespace asfapp
 namespace
 {
 
-using qexsdk::KQexBoneDof;
 using qexsdk::KQexNode;
 
-const char* const kAspectWords[eASPECT_COUNT] = {"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "positions"};
+const char* const kAspectWords[eASPECT_COUNT] = {"names",  "parents", "rest", "lengths",  "dofs",
+                                                 "limits", "frames",  "rate", "duration", "positions"};
 
-double Distance(const double* pOne, const double* pOther)
-{
-    return std::sqrt((pOne[0] - pOther[0]) * (pOne[0] - pOther[0]) + (pOne[1] - pOther[1]) * (pOne[1] - pOther[1]) +
-                     (pOne[2] - pOther[2]) * (pOne[2] - pOther[2]));
-}
+constexpr double kLeastHeight = 1e-6; ///< Centimetres; anything lower is rounding error.
 
-std::string DofsText(const std::vector<KQexBoneDof>& pDofs)
+/// Bounds of positions.
+struct KBounds
 {
-    std::string lText;
-    for (const KQexBoneDof& lDof : pDofs)
+    double mMin[3] = {0, 0, 0};
+    double mMax[3] = {0, 0, 0};
+    bool   mIsEmpty = true;
+
+    void Add(const double* pPosition)
     {
-        lText += (lText.empty() ? "" : " ") + lDof.mWord;
+        for (int lAxis = 0; lAxis < 3; ++lAxis)
+        {
+            mMin[lAxis] = mIsEmpty ? pPosition[lAxis] : std::min(mMin[lAxis], pPosition[lAxis]);
+            mMax[lAxis] = mIsEmpty ? pPosition[lAxis] : std::max(mMax[lAxis], pPosition[lAxis]);
+        }
+        mIsEmpty = false;
     }
-    return lText.empty() ? "none" : lText;
-}
 
-std::string LimitsOf(const KQexBoneDof& pDof)
-{
-    return LimitsText(pDof.mHasMin, pDof.mMin, pDof.mHasMax, pDof.mMax);
-}
-
-/// Infinite if only one has the limit.
-double LimitDifference(bool pHasFirst, double pFirst, bool pHasSecond, double pSecond)
-{
-    if (pHasFirst != pHasSecond)
-    {
-        return std::numeric_limits<double>::infinity();
-    }
-    return pHasFirst ? std::fabs(pFirst - pSecond) : 0.0;
-}
+    double GetExtent(int pAxis) const { return mMax[pAxis] - mMin[pAxis]; }
+    double GetLargest() const { return std::max({GetExtent(0), GetExtent(1), GetExtent(2)}); }
+};
 
 } // namespace
 
@@ -64,19 +54,28 @@ KFigureComparison::KFigureComparison(qexsdk::KQexFigure& pFirst, qexsdk::KQexFig
     mSides[1].mFigure = &pSecond;
 }
 
+double KFigureComparison::Distance(const double* pOne, const double* pOther)
+{
+    return std::sqrt((pOne[0] - pOther[0]) * (pOne[0] - pOther[0]) + (pOne[1] - pOther[1]) * (pOne[1] - pOther[1]) +
+                     (pOne[2] - pOther[2]) * (pOne[2] - pOther[2]));
+}
+
 void KFigureComparison::Run(const KConsole& pConsole)
 {
     Collect(0);
     Collect(1);
-    MakePairs();
+    mPairing.Run(mSides[0].mJoints, mSides[1].mJoints);
+    ReportOnly();
     FindParents(0);
     FindParents(1);
+    FindReference();
     CompareTrees();
     CompareRest();
     CompareDofs();
     CompareMotion(pConsole);
 }
 
+/// The top of several roots is the scene's root node, which is no joint.
 void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPosition>& pPositions)
 {
     KSide&    lSide = mSides[pSide];
@@ -85,27 +84,28 @@ void KFigureComparison::Evaluate(int pSide, qexsdk::KTime pTime, std::vector<KPo
     {
         throw std::bad_alloc();
     }
-    pPositions.resize(static_cast<size_t>(lSide.mTransforms.GetCount()));
+    const int lFirst = lSide.mJoints.mHasOneRoot ? 0 : 1;
+    pPositions.resize(lSide.mJoints.mNodes.size());
     for (size_t lIndex = 0; lIndex < pPositions.size(); ++lIndex)
     {
-        const qexsdk::KQexVector4 lPosition = lSide.mTransforms.GetTransform(static_cast<int>(lIndex)).GetT();
+        const qexsdk::KQexVector4 lPosition = lSide.mTransforms.GetTransform(static_cast<int>(lIndex) + lFirst).GetT();
         std::copy(lPosition.mData, lPosition.mData + 3, pPositions[lIndex].mData);
     }
 }
 
 void KFigureComparison::Collect(int pSide)
 {
-    KSide&    lSide = mSides[pSide];
-    KQexNode* lTop = lSide.mFigure->GetTop();
-    for (KQexNode* lNode = lTop; lNode != nullptr; lNode = lNode->GetNextInTree(lTop))
-    {
-        const int lIndex = static_cast<int>(lSide.mNodes.size());
-        lSide.mIndices.emplace(lNode, lIndex);
-        lSide.mByName.emplace(lNode->GetName(), lIndex);
-        lSide.mNodes.push_back(lNode);
-    }
+    KSide&                     lSide = mSides[pSide];
+    KQexNode*                  lTop = lSide.mFigure->GetTop();
     qexsdk::KQexAnimEvaluator* lEvaluator = lSide.mFigure->GetScene()->GetEvaluator();
     qexsdk::KQexAnimStack*     lStack = lEvaluator->GetContext();
+    lSide.mJoints.mHasOneRoot = lSide.mFigure->GetRoots().size() == 1;
+    lSide.mJoints.mLayer = lStack != nullptr ? lStack->GetMember<qexsdk::KQexAnimLayer>(0) : nullptr;
+    for (KQexNode* lNode = lSide.mJoints.mHasOneRoot ? lTop : lTop->GetNextInTree(lTop); lNode != nullptr;
+         lNode = lNode->GetNextInTree(lTop))
+    {
+        lSide.mJoints.mNodes.push_back(lNode);
+    }
     lEvaluator->SetContext(nullptr);
     Evaluate(pSide, qexsdk::KTime(0), lSide.mRest);
     lEvaluator->SetContext(lStack);
@@ -116,71 +116,70 @@ void KFigureComparison::Collect(int pSide)
     }
 }
 
-/// The roots are paired whatever their names: an ASF file cannot name its root.
-void KFigureComparison::MakePairs()
+std::string KFigureComparison::NameOf(int pSide, int pIndex) const
 {
-    std::vector<bool> lIsPaired(mSides[1].mNodes.size(), false);
-    for (size_t lFirst = 0; lFirst < mSides[0].mNodes.size(); ++lFirst)
+    return mSides[pSide].mJoints.mNodes[static_cast<size_t>(pIndex)]->GetName();
+}
+
+std::string KFigureComparison::GetBareExample() const
+{
+    return NameOf(0, mPairing.GetBarePair().first) + " and " + NameOf(1, mPairing.GetBarePair().second);
+}
+
+void KFigureComparison::ReportOnly()
+{
+    KAspectResult& lResult = mResults[eASPECT_NAMES];
+    for (int lSide = 0; lSide < 2; ++lSide)
     {
-        const auto lFound = mSides[1].mByName.find(mSides[0].mNodes[lFirst]->GetName());
-        const int  lSecond = lFirst == 0 ? 0 : lFound == mSides[1].mByName.end() ? -1 : lFound->second;
-        if (lSecond >= 0 && !lIsPaired[static_cast<size_t>(lSecond)])
+        for (const int lIndex : mPairing.GetOnly(lSide))
         {
-            lIsPaired[static_cast<size_t>(lSecond)] = true;
-            mPairs.emplace_back(static_cast<int>(lFirst), lSecond);
-        }
-        else
-        {
-            mOnly[0].emplace_back(mSides[0].mNodes[lFirst]->GetName());
-            UpdateLargest(eASPECT_NAMES, qexsdk::IsFigureDummy(*mSides[0].mNodes[lFirst]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
-                          mOnly[0].back());
+            const bool lCounts = !qexsdk::IsFigureDummy(*mSides[lSide].mJoints.mNodes[static_cast<size_t>(lIndex)]);
+            mOnly[lSide].push_back(NameOf(lSide, lIndex));
+            UpdateLargest(eASPECT_NAMES, lCounts ? lResult.mLargest + 1 : 0, mOnly[lSide].back());
         }
     }
-    for (size_t lSecond = 0; lSecond < lIsPaired.size(); ++lSecond)
-    {
-        if (!lIsPaired[lSecond])
-        {
-            mOnly[1].emplace_back(mSides[1].mNodes[lSecond]->GetName());
-            UpdateLargest(eASPECT_NAMES, qexsdk::IsFigureDummy(*mSides[1].mNodes[lSecond]) ? 0 : mResults[eASPECT_NAMES].mLargest + 1,
-                          mOnly[1].back());
-        }
-    }
-    mResults[eASPECT_NAMES].mDiffers = mResults[eASPECT_NAMES].mLargest > 0;
-    mResults[eASPECT_NAMES].mIsCompared = true;
+    lResult.mDiffers = lResult.mLargest > 0;
+    lResult.mIsCompared = true;
 }
 
 void KFigureComparison::FindParents(int pSide)
 {
-    KSide&            lSide = mSides[pSide];
-    std::vector<bool> lIsPaired(lSide.mNodes.size(), false);
-    for (const auto& lPair : mPairs)
+    KSide&                             lSide = mSides[pSide];
+    const std::vector<KQexNode*>&      lNodes = lSide.mJoints.mNodes;
+    std::unordered_map<KQexNode*, int> lIndices;
+    std::vector<bool>                  lIsPaired(lNodes.size(), false);
+    for (const auto& lPair : mPairing.GetPairs())
     {
         lIsPaired[static_cast<size_t>(pSide == 0 ? lPair.first : lPair.second)] = true;
     }
-    lSide.mParents.assign(lSide.mNodes.size(), -1);
-    for (size_t lIndex = 1; lIndex < lSide.mNodes.size(); ++lIndex)
+    for (size_t lIndex = 0; lIndex < lNodes.size(); ++lIndex)
     {
-        const int lParent = lSide.mIndices[lSide.mNodes[lIndex]->GetParent()];
+        const auto lFound = lIndices.find(lNodes[lIndex]->GetParent());
         // Pre-order: the parent's entry is already set.
-        lSide.mParents[lIndex] = lIsPaired[static_cast<size_t>(lParent)] ? lParent : lSide.mParents[static_cast<size_t>(lParent)];
+        const int lParent = lFound == lIndices.end()                         ? -1
+                            : lIsPaired[static_cast<size_t>(lFound->second)] ? lFound->second
+                                                                             : lSide.mParents[static_cast<size_t>(lFound->second)];
+        lSide.mParents.push_back(lParent);
+        lSide.mTops.push_back(lParent < 0 ? static_cast<int>(lIndex) : lSide.mTops[static_cast<size_t>(lParent)]);
+        lIndices.emplace(lNodes[lIndex], static_cast<int>(lIndex));
     }
 }
 
 void KFigureComparison::CompareTrees()
 {
-    std::vector<int> lSecondOf(mSides[0].mNodes.size(), -1);
-    for (const auto& lPair : mPairs)
+    std::vector<int> lSecondOf(mSides[0].mJoints.mNodes.size(), -1);
+    for (const auto& lPair : mPairing.GetPairs())
     {
         lSecondOf[static_cast<size_t>(lPair.first)] = lPair.second;
     }
     KAspectResult& lResult = mResults[eASPECT_PARENTS];
-    for (const auto& lPair : mPairs)
+    for (const auto& lPair : mPairing.GetPairs())
     {
         const int lFirst = mSides[0].mParents[static_cast<size_t>(lPair.first)];
         const int lSecond = mSides[1].mParents[static_cast<size_t>(lPair.second)];
         if ((lFirst < 0 ? -1 : lSecondOf[static_cast<size_t>(lFirst)]) != lSecond)
         {
-            UpdateLargest(eASPECT_PARENTS, lResult.mLargest + 1, mSides[0].mNodes[static_cast<size_t>(lPair.first)]->GetName());
+            UpdateLargest(eASPECT_PARENTS, lResult.mLargest + 1, NameOf(0, lPair.first));
         }
     }
     lResult.mIsCompared = true;
@@ -196,142 +195,62 @@ void KFigureComparison::UpdateLargest(int pAspect, double pValue, const std::str
     }
 }
 
-void KFigureComparison::CompareRest()
+/// A figure whose joints are all at one point needs a tolerance, too: that of the extent of its motion, else of a centimetre.
+void KFigureComparison::FindReference()
 {
-    double lMin[3];
-    double lMax[3];
-    for (int lAxis = 0; lAxis < 3; ++lAxis)
+    KBounds lRest;
+    for (const KPosition& lPosition : mSides[0].mRest)
     {
-        lMin[lAxis] = lMax[lAxis] = mSides[0].mRest[0].mData[lAxis];
-        for (const KPosition& lPosition : mSides[0].mRest)
+        lRest.Add(lPosition.mData);
+    }
+    mHeight = lRest.GetExtent(1) > lRest.GetLargest() / 10 ? lRest.GetExtent(1) : lRest.GetLargest();
+    mReference = mHeight;
+    if (mHeight > kLeastHeight)
+    {
+        return;
+    }
+    KBounds                lMotion;
+    std::vector<KPosition> lPositions;
+    for (long long lFrame = 0; lFrame < mSides[0].mSampling.mCount; ++lFrame)
+    {
+        Evaluate(0, mSides[0].mSampling.GetTime(lFrame), lPositions);
+        for (const KPosition& lPosition : lPositions)
         {
-            lMin[lAxis] = std::min(lMin[lAxis], lPosition.mData[lAxis]);
-            lMax[lAxis] = std::max(lMax[lAxis], lPosition.mData[lAxis]);
+            lMotion.Add(lPosition.mData);
         }
     }
-    const double lLargest = std::max({lMax[0] - lMin[0], lMax[1] - lMin[1], lMax[2] - lMin[2]});
-    mHeight = lMax[1] - lMin[1] > lLargest / 10 ? lMax[1] - lMin[1] : lLargest;
+    mReference = lMotion.GetLargest() > kLeastHeight ? lMotion.GetLargest() : 1.0;
+}
 
-    for (const auto& lPair : mPairs)
+void KFigureComparison::CompareRest()
+{
+    for (const auto& lPair : mPairing.GetPairs())
     {
-        const size_t lFirst = static_cast<size_t>(lPair.first);
-        const size_t lSecond = static_cast<size_t>(lPair.second);
-        double       lRelative[2][3];
-        for (int lAxis = 0; lAxis < 3; ++lAxis)
+        const int lIndices[2] = {lPair.first, lPair.second};
+        double    lRelative[2][3];
+        double    lLengths[2] = {0, 0};
+        bool      lHasParents = true;
+        for (int lSide = 0; lSide < 2; ++lSide)
         {
-            lRelative[0][lAxis] = mSides[0].mRest[lFirst].mData[lAxis] - mSides[0].mRest[0].mData[lAxis];
-            lRelative[1][lAxis] = mSides[1].mRest[lSecond].mData[lAxis] - mSides[1].mRest[0].mData[lAxis];
+            const size_t  lIndex = static_cast<size_t>(lIndices[lSide]);
+            const int     lParent = mSides[lSide].mParents[lIndex];
+            const double* lPosition = mSides[lSide].mRest[lIndex].mData;
+            const double* lTop = mSides[lSide].mRest[static_cast<size_t>(mSides[lSide].mTops[lIndex])].mData;
+            for (int lAxis = 0; lAxis < 3; ++lAxis)
+            {
+                lRelative[lSide][lAxis] = lPosition[lAxis] - lTop[lAxis];
+            }
+            lHasParents = lHasParents && lParent >= 0;
+            lLengths[lSide] = lParent >= 0 ? Distance(lPosition, mSides[lSide].mRest[static_cast<size_t>(lParent)].mData) : 0;
         }
-        const std::string lName = mSides[0].mNodes[lFirst]->GetName();
-        UpdateLargest(eASPECT_REST, Distance(lRelative[0], lRelative[1]), lName);
-        const int lParents[2] = {mSides[0].mParents[lFirst], mSides[1].mParents[lSecond]};
-        if (lParents[0] >= 0 && lParents[1] >= 0)
-        {
-            const double lLengths[2] = {Distance(mSides[0].mRest[lFirst].mData, mSides[0].mRest[static_cast<size_t>(lParents[0])].mData),
-                                        Distance(mSides[1].mRest[lSecond].mData, mSides[1].mRest[static_cast<size_t>(lParents[1])].mData)};
-            UpdateLargest(eASPECT_LENGTHS, std::fabs(lLengths[0] - lLengths[1]), lName);
-        }
+        UpdateLargest(eASPECT_REST, Distance(lRelative[0], lRelative[1]), NameOf(0, lPair.first));
+        UpdateLargest(eASPECT_LENGTHS, lHasParents ? std::fabs(lLengths[0] - lLengths[1]) : 0, NameOf(0, lPair.first));
     }
     for (const int lAspect : {eASPECT_REST, eASPECT_LENGTHS})
     {
         mResults[lAspect].mIsCompared = true;
         mResults[lAspect].mUnit = "cm";
-        mResults[lAspect].mDiffers = !(mResults[lAspect].mLargest <= mTolerance * mHeight);
-    }
-}
-
-void KFigureComparison::CompareDofs()
-{
-    const qexsdk::KQexBoneDofs* lDofs[2] = {mSides[0].mFigure->GetBoneDofs(), mSides[1].mFigure->GetBoneDofs()};
-    if (lDofs[0] == nullptr || lDofs[1] == nullptr)
-    {
-        mResults[eASPECT_DOFS].mWhere = mResults[eASPECT_LIMITS].mWhere =
-            std::string("the ") + (lDofs[0] == nullptr ? "first" : "second") + " file has none";
-        return;
-    }
-    mResults[eASPECT_LIMITS].mUnit = "deg";
-    for (const auto& lPair : mPairs)
-    {
-        const std::string lName = mSides[0].mNodes[static_cast<size_t>(lPair.first)]->GetName();
-        const auto        lFirst = lDofs[0]->find(lName);
-        const auto        lSecond = lDofs[1]->find(mSides[1].mNodes[static_cast<size_t>(lPair.second)]->GetName());
-        if (lFirst == lDofs[0]->end() || lSecond == lDofs[1]->end())
-        {
-            continue;
-        }
-        const std::string lTexts[2] = {DofsText(lFirst->second), DofsText(lSecond->second)};
-        if (lTexts[0] != lTexts[1])
-        {
-            UpdateLargest(eASPECT_DOFS, mResults[eASPECT_DOFS].mLargest + 1, lName + ": " + lTexts[0] + ", " + lTexts[1]);
-            continue;
-        }
-        for (size_t lDof = 0; lDof < lFirst->second.size(); ++lDof)
-        {
-            CompareLimits(lName, lFirst->second[lDof], lSecond->second[lDof]);
-        }
-    }
-    mResults[eASPECT_DOFS].mIsCompared = mResults[eASPECT_LIMITS].mIsCompared = true;
-    mResults[eASPECT_DOFS].mDiffers = mResults[eASPECT_DOFS].mLargest > 0;
-}
-
-void KFigureComparison::CompareLimits(const std::string& pBone, const KQexBoneDof& pFirst, const KQexBoneDof& pSecond)
-{
-    const double lLargest = std::max(LimitDifference(pFirst.mHasMin, pFirst.mMin, pSecond.mHasMin, pSecond.mMin),
-                                     LimitDifference(pFirst.mHasMax, pFirst.mMax, pSecond.mHasMax, pSecond.mMax));
-    const bool   lIsAngle = pFirst.mWord[0] == 'r';
-    const bool   lDiffers = !(lLargest <= (lIsAngle ? mTolerance * qexsdk::kDegreesPerRadian : mTolerance * mHeight));
-    if (lLargest > mResults[eASPECT_LIMITS].mLargest)
-    {
-        mResults[eASPECT_LIMITS].mUnit = lIsAngle ? "deg" : "cm";
-    }
-    UpdateLargest(eASPECT_LIMITS, lLargest, pBone + " " + pFirst.mWord + ": " + LimitsOf(pFirst) + ", " + LimitsOf(pSecond));
-    mResults[eASPECT_LIMITS].mDiffers = mResults[eASPECT_LIMITS].mDiffers || lDiffers;
-}
-
-void KFigureComparison::CompareMotion(const KConsole& pConsole)
-{
-    const long long lCounts[2] = {mSides[0].mSampling.mCount, mSides[1].mSampling.mCount};
-    if (lCounts[0] == 0 || lCounts[1] == 0)
-    {
-        mResults[eASPECT_FRAMES].mWhere = mResults[eASPECT_POSITIONS].mWhere = lCounts[0] == lCounts[1] ? "there is no motion"
-                                                                               : lCounts[0] == 0        ? "the first has no motion"
-                                                                                                        : "the second has no motion";
-        return;
-    }
-    mResults[eASPECT_FRAMES].mIsCompared = true;
-    UpdateLargest(eASPECT_FRAMES, static_cast<double>(std::llabs(lCounts[0] - lCounts[1])),
-                  std::to_string(lCounts[0]) + ", " + std::to_string(lCounts[1]));
-    mResults[eASPECT_FRAMES].mDiffers = lCounts[0] != lCounts[1];
-
-    KProgress       lProgress("comparing", pConsole);
-    const long long lCount = std::min(lCounts[0], lCounts[1]);
-    for (long long lFrame = 0; lFrame < lCount; ++lFrame)
-    {
-        CompareFrame(lFrame);
-        lProgress.Show(static_cast<double>(lFrame) / static_cast<double>(lCount));
-    }
-    mResults[eASPECT_POSITIONS].mIsCompared = true;
-    mResults[eASPECT_POSITIONS].mUnit = "cm";
-    mResults[eASPECT_POSITIONS].mDiffers = !(mResults[eASPECT_POSITIONS].mLargest <= mTolerance * mHeight);
-}
-
-void KFigureComparison::CompareFrame(long long pFrame)
-{
-    std::vector<KPosition> lPositions[2];
-    for (int lSide = 0; lSide < 2; ++lSide)
-    {
-        Evaluate(lSide, mSides[lSide].mSampling.GetTime(pFrame), lPositions[lSide]);
-    }
-    for (const auto& lPair : mPairs)
-    {
-        const double lDistance =
-            Distance(lPositions[0][static_cast<size_t>(lPair.first)].mData, lPositions[1][static_cast<size_t>(lPair.second)].mData);
-        if (!(lDistance <= mResults[eASPECT_POSITIONS].mLargest))
-        {
-            mResults[eASPECT_POSITIONS].mLargest = lDistance;
-            mResults[eASPECT_POSITIONS].mWhere = std::string(mSides[0].mNodes[static_cast<size_t>(lPair.first)]->GetName()) + ", frame " +
-                                                 std::to_string(pFrame + 1) + " of the motion";
-        }
+        mResults[lAspect].mDiffers = !(mResults[lAspect].mLargest <= GetLengthTolerance());
     }
 }
 
