@@ -1,7 +1,9 @@
 #include <apps/asf/report/figurepairing.h>
 
+#include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/motion/kqexrestpose.h>
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 
@@ -47,17 +49,37 @@ void KFigurePairing::Run(const KPairingSide& pFirst, const KPairingSide& pSecond
         mParents[lFigure] = ParentsOf(mSides[lFigure]->mNodes);
         mPartners[lFigure].assign(mSides[lFigure]->mNodes.size(), -1);
     }
+    if (!HasNamesakeOfRoot(0) && !HasNamesakeOfRoot(1))
+    {
+        PairRoots();
+    }
     PairByName(WholeName);
     mBareCount = PairByName(BareName);
     mBarePair = mBareCount > 0 ? mPairs.back() : mBarePair;
-    const bool lHasRoots = pFirst.mHasOneRoot && pSecond.mHasOneRoot && !mPartners[0].empty() && !mPartners[1].empty();
+    PairRoots(); // Roots whose namesakes found another partner.
+    PairEnds();
+    CollectOnly(0);
+    CollectOnly(1);
+}
+
+void KFigurePairing::PairRoots()
+{
+    const bool lHasRoots = mSides[0]->mHasOneRoot && mSides[1]->mHasOneRoot && !mPartners[0].empty() && !mPartners[1].empty();
     if (lHasRoots && !IsPaired(0, 0) && !IsPaired(1, 0))
     {
         Pair(0, 0);
     }
-    PairEnds();
-    CollectOnly(0);
-    CollectOnly(1);
+}
+
+/// Whether a joint of the figure has the name of the other figure's root: if it is below the root, one figure has a root above that of the
+/// other. The name "root" means nothing, as every root of an ASF file has it.
+bool KFigurePairing::HasNamesakeOfRoot(int pFigure) const
+{
+    const std::vector<KQexNode*>& lNodes = mSides[pFigure]->mNodes;
+    const std::vector<KQexNode*>& lOther = mSides[1 - pFigure]->mNodes;
+    const std::string             lName = lOther.empty() ? "" : lOther.front()->GetBareName();
+    return lName != qexsdk::kRootName &&
+           std::any_of(lNodes.begin(), lNodes.end(), [&lName](const KQexNode* pNode) { return lName == pNode->GetBareName(); });
 }
 
 void KFigurePairing::Pair(int pFirst, int pSecond)

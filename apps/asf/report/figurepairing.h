@@ -19,9 +19,10 @@ struct KPairingSide
 };
 
 /// Finds the joints of two figures that correspond. In this order:
+/// - the roots, when each figure has one, whatever their names: an ASF file cannot name its root. But names come first when a root has a
+///   namesake below the root of the other figure;
 /// - joints of the same name, of several the first with the first, and so on;
 /// - joints of the same name after the last colon: not every format keeps name-space prefixes;
-/// - the roots, when each figure has one, whatever their names: an ASF file cannot name its root;
 /// - ends: a leaf named after its parent with "_End" that does not move, and the other figure's only other leaf at that parent.
 ///
 /// Linear in the number of joints.
@@ -44,6 +45,8 @@ public:
 
 private:
     void             Pair(int pFirst, int pSecond);
+    void             PairRoots();
+    bool             HasNamesakeOfRoot(int pFigure) const;
     bool             IsPaired(int pFigure, size_t pNode) const { return mPartners[pFigure][pNode] >= 0; }
     int              PairByName(const char* (*pNameOf)(const qexsdk::KQexNode&));
     void             PairEnds();

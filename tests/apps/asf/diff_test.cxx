@@ -152,6 +152,9 @@ TEST_F(KDiffPairsTest, Roots)
     EXPECT_EQ(lJson["differences"]["positions"]["same"], true);
     EXPECT_EQ(lJson["differences"]["rest"]["same"], true);
 
+    // In an ASF file, "root" is no name: that of the other figure's joint means nothing.
+    EXPECT_EQ(JsonDiff(Replaced(Chain(""), "JOINT chest", "JOINT root"), Replaced(Chain(""), "ROOT hip", "ROOT root"))["only"],
+              json::parse(R"([["root"],["chest"]])"));
     // Several roots; the second one is written elsewhere at rest, as formats without an offset of the root do.
     const std::string lProp = "ROOT prop\n{\nOFFSET 0 5 0\nCHANNELS 3 Xposition Yposition Zposition\n}\n";
     const std::string lTwo = Replaced(Replaced(Chain(""), "MOTION", lProp + "MOTION"), "7 8 9\n", "7 8 9 1 5 1\n");

@@ -88,6 +88,36 @@ TEST_P(KQexTextFileLinesTest, Tokens)
     EXPECT_EQ(MessagesOf(lFile), "");
 }
 
+/// Keeps the lines that it is shown.
+class KHeaderText : public KQexTextFile
+{
+public:
+    explicit KHeaderText(std::string_view pText) : KQexTextFile("TXT", " \t\r\n", "#", true, false)
+    {
+        EXPECT_TRUE(OpenReadBuffer(pText.data(), pText.size()));
+    }
+
+    std::string mShown;
+
+protected:
+    void HeaderLine(std::string_view pLine) override { mShown += std::to_string(GetLineNumber()) + "[" + std::string(pLine) + "]"; }
+};
+
+TEST(KQexTextFileHeader, LinesUpToTheFirstTokenAreShownWithTheirComments)
+{
+    KHeaderText lFile("# a b \n\n \t# c\r\nd # e\n# f\ng\n");
+    EXPECT_TRUE(lFile.FirstLine());
+    EXPECT_EQ(lFile.mShown, "1[# a b ]2[]3[ \t# c]4[d # e]");
+    EXPECT_EQ(lFile.GetLine(), std::string("d"));
+    EXPECT_TRUE(lFile.NextLine());
+    EXPECT_EQ(lFile.mShown, "1[# a b ]2[]3[ \t# c]4[d # e]");
+    EXPECT_TRUE(lFile.FirstLine()) << "rewinding shows them again";
+    EXPECT_EQ(lFile.mShown.size(), 2 * std::string("1[# a b ]2[]3[ \t# c]4[d # e]").size());
+    KHeaderText lEmpty("# a\n#");
+    EXPECT_FALSE(lEmpty.FirstLine());
+    EXPECT_EQ(lEmpty.mShown, "1[# a]2[#]");
+}
+
 INSTANTIATE_TEST_SUITE_P(Lines, KQexTextFileLinesTest,
                          testing::Values(KLinesCase{"nothing", "", ""}, KLinesCase{"no tokens", "\n  \n# a\n\t,()\n", ""},
                                          KLinesCase{"LF", "a b\nc\n", "1:a,b;2:c;"}, KLinesCase{"CR LF", "a b\r\nc\r\n", "1:a,b;2:c;"},
