@@ -210,28 +210,6 @@ double KQexTextFile::GetFraction() const
     return lSize > 0.0 ? std::min(1.0, static_cast<double>(mInput.GetPosition()) / lSize) : 0.0;
 }
 
-/// Reports why reading the input failed, and ends it. Always false.
-bool KQexTextFile::FailRead()
-{
-    mFailed = true;
-    switch (mInput.GetStatus())
-    {
-    case KLineReader::eTOO_LONG:
-        Error("Line is too long\n");
-        break;
-    case KLineReader::eUTF16:
-        Error("UTF-16 text is not supported\n");
-        break;
-    case KLineReader::eMEMORY:
-        Error("Out of memory\n");
-        break;
-    default:
-        Error("Can't read %s (%s)\n", mPath.c_str(), std::strerror(mInput.GetError()));
-        break;
-    }
-    return false;
-}
-
 void KQexTextFile::ClearLine()
 {
     mHasLine = false;

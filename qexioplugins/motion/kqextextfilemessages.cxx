@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace qexsdk
@@ -117,6 +118,28 @@ void KQexTextFile::PrintToStandardError(const KQexTextMessage& pMessage) const
     const char* lPath = mPath.empty() ? mType : mPath.c_str();
     const char* lSeverity = pMessage.mSeverity == KQexTextMessage::eERROR ? "error" : "warning";
     std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
+}
+
+/// Reports why reading the input failed, and ends it. Always false.
+bool KQexTextFile::FailRead()
+{
+    mFailed = true;
+    switch (mInput.GetStatus())
+    {
+    case KLineReader::eTOO_LONG:
+        Error("Line is too long\n");
+        break;
+    case KLineReader::eUTF16:
+        Error("UTF-16 text is not supported\n");
+        break;
+    case KLineReader::eMEMORY:
+        Error("Out of memory\n");
+        break;
+    default:
+        Error("Can't read %s (%s)\n", mPath.c_str(), std::strerror(mInput.GetError()));
+        break;
+    }
+    return false;
 }
 
 } // namespace qexsdk

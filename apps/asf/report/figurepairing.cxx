@@ -1,5 +1,6 @@
 #include <apps/asf/report/figurepairing.h>
 
+#include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/motion/kqexrestpose.h>
 
@@ -23,6 +24,11 @@ const char* WholeName(const KQexNode& pNode)
 const char* BareName(const KQexNode& pNode)
 {
     return pNode.GetBareName();
+}
+
+bool IsNamedAsEnd(const std::string& pName, const std::string& pParent)
+{
+    return pName.compare(0, pParent.size(), pParent) == 0 && qexsdk::KEqualsIgnoreCase(pName.substr(pParent.size()), "_end");
 }
 
 std::vector<int> ParentsOf(const std::vector<KQexNode*>& pNodes)
@@ -114,12 +120,12 @@ int KFigurePairing::PairByName(const char* (*pNameOf)(const KQexNode&))
     return static_cast<int>(mPairs.size() - lBefore);
 }
 
-/// A leaf at rest that is named after its parent.
+/// A leaf at rest that is named after its parent. Other programs write the suffix in small letters.
 bool KFigurePairing::IsEnd(int pFigure, int pNode) const
 {
     const KQexNode& lNode = *mSides[pFigure]->mNodes[static_cast<size_t>(pNode)];
     const KQexNode* lParent = lNode.GetParent();
-    if (lParent == nullptr || lNode.GetFirstChild() != nullptr || std::string(lParent->GetBareName()) + "_End" != lNode.GetBareName())
+    if (lParent == nullptr || lNode.GetFirstChild() != nullptr || !IsNamedAsEnd(lNode.GetBareName(), lParent->GetBareName()))
     {
         return false;
     }

@@ -130,6 +130,8 @@ TEST_F(KDiffPairsTest, EndsOfLeaves)
     const json lLower = JsonDiff(lWithTip, Replaced(lWithEnd, "0 12 0", "0 11 0"));
     EXPECT_EQ(lLower["differences"]["positions"]["same"], false);
     EXPECT_EQ(lLower["differences"]["lengths"]["where"], "tip");
+    EXPECT_EQ(JsonDiff(Replaced(lWithTip, "JOINT tip", "JOINT head_end"), Chain(""))["only"], json::parse("[[],[]]"))
+        << "as Blender writes it";
     // Joints, not ends: a leaf of another name, one that moves, the end of a joint that is missing, and what is not named after its parent.
     EXPECT_EQ(JsonDiff(lWithTip, Chain(""))["only"], json::parse(R"([["tip"],[]])"));
     EXPECT_EQ(JsonDiff(Replaced(Replaced(lWithTip, "JOINT tip", "JOINT head_End"), "9 0 0 0\n0 91", "9 0 5 0\n0 91"), Chain(""))["only"],
