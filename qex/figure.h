@@ -8,6 +8,7 @@
 #include <qexfigure/kqexfigurefile.h>
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>
+#include <qexfigure/kqexfigureworld.h>
 
 #include <qex/acclaim.h>
 #include <qex/bvh.h>
