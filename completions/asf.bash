@@ -15,6 +15,8 @@ _asf()
         mapfile -t COMPREPLY < <(compgen -W "moving none all" -- "$word")
     elif [ "$before" = --up ]; then
         mapfile -t COMPREPLY < <(compgen -W "y z" -- "$word")
+    elif [ "$before" = --units ]; then
+        mapfile -t COMPREPLY < <(compgen -W "cm m in file" -- "$word")
     elif [ "$before" = --mesh ]; then
         mapfile -t COMPREPLY < <(compgen -W "bones none" -- "$word")
     elif [ "$before" = --base-pose ]; then

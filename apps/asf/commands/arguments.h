@@ -3,6 +3,7 @@
 
 #include <apps/asf/figure/convertoptions.h>
 #include <apps/asf/figure/motionoptions.h>
+#include <apps/asf/figure/worldoptions.h>
 
 #include <string>
 #include <vector>
@@ -33,6 +34,9 @@ void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions);
 
 /// Adds --from.
 void AddFormatOption(CLI::App& pCommand, std::string& pFormat);
+
+/// Adds --scale, --units, --up and --in-place.
+void AddWorldOptions(CLI::App& pCommand, KWorldOptions& pOptions);
 
 /// Adds the options of `asf convert`.
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);

@@ -41,8 +41,14 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
         lInputs.push_back(pOptions.mSkeleton);
     }
     qexsdk::KQexFigure lFigure;
-    if (CheckOutputs(pOptions, lInputs, pConsole) && LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
+    if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
     {
+        return;
+    }
+    SetFileUnit(pOptions.mWorld, lFiles, lFigure);
+    if (CheckLengthUnit(pOptions.mWorld, pOptions.mLengthUnit, true, pConsole))
+    {
+        HoldInPlace(pOptions.mWorld, lFigure);
         KConverter(pOptions, lFigure, lInputs, pConsole).Run();
     }
 }
@@ -54,7 +60,8 @@ void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
     auto      lOptions = std::make_shared<KConvertOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF");
     AddConvertOptions(*lCommand, *lOptions);
-    lCommand->footer("Lengths are centimetres in BVH and metres in glTF. Several AMC files become several animations of one glTF file.\n"
+    lCommand->footer("Lengths are centimetres in BVH, unless --units says otherwise, and metres in glTF. Several AMC files become several "
+                     "animations of one glTF file.\n"
                      "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them.\n"
                      "\n"
                      "Examples:\n"
@@ -63,6 +70,7 @@ void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
                      "  asf convert dance.bvh -o dance.asf dance.amc\n"
                      "  asf convert dance.bvh --skeleton performer.asf -o dance.amc\n"
                      "  asf convert old.asf -o new.asf --length-unit 1\n"
+                     "  asf convert walk.amc -o walk.bvh --up z --units m --in-place\n"
                      "  asf convert walk.amc -o part.bvh --start 1.5 --end 300f --every 4");
     lCommand->callback([lOptions, &pConsole] { RunConvert(*lOptions, pConsole); });
 }

@@ -74,9 +74,7 @@ void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->option_text("TIME");
     pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
     pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");
-    pCommand.add_option("--scale", pOptions.mScale, "Factor for all lengths and positions")
-        ->check(CLI::Range(kLeastFactor, kGreatestFactor))
-        ->option_text("FACTOR");
+    AddWorldOptions(pCommand, pOptions.mWorld);
     pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
     pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
     pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
@@ -89,9 +87,6 @@ void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 /// Options of single output formats.
 void AddOutputFormatOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
-    pCommand.add_option("--up", pOptions.mUp, "Up axis of a BVH file: y (default), z")
-        ->check(CLI::IsMember({"y", "z"}))
-        ->option_text("AXIS");
     pCommand.add_option("--channels", pOptions.mChannels, "Order of the rotation channels in a BVH file, such as ZXY (default: ZYX)")
         ->option_text("ORDER");
     pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")

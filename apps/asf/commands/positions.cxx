@@ -30,6 +30,7 @@ struct KPositionsOptions
     bool                     mWide = false;
     bool                     mEnds = false;
     KMotionOptions           mMotion;
+    KWorldOptions            mWorld;
 };
 
 bool FormatOf(const KPositionsOptions& pOptions, EPositionFormat& pFormat, KConsole& pConsole)
@@ -107,8 +108,8 @@ bool ResolveRows(const KPositionsOptions& pOptions, const KLoadedMotion& pMotion
              pMotion.Sample(pRows.mFrames.front(), pRows.mFrames.back(), pOptions.mMotion.mRate, pRows.mSampling, pConsole)));
 }
 
-void WriteFrames(KLoadedMotion& pMotion, const KRowTimes& pRows, const std::vector<size_t>& pJoints, KPositionWriter& pWriter,
-                 const qexsdk::KOutputFile& pOut, const KConsole& pConsole)
+void WriteFrames(KLoadedMotion& pMotion, const KRowTimes& pRows, const std::vector<size_t>& pJoints, double pFactor,
+                 KPositionWriter& pWriter, const qexsdk::KOutputFile& pOut, const KConsole& pConsole)
 {
     KProgress           lProgress("writing", pConsole);
     std::vector<KPoint> lAll;
@@ -119,7 +120,8 @@ void WriteFrames(KLoadedMotion& pMotion, const KRowTimes& pRows, const std::vect
         pMotion.Evaluate(lTime, lAll);
         for (size_t lJoint = 0; lJoint < pJoints.size(); ++lJoint)
         {
-            lPicked[lJoint] = lAll[pJoints[lJoint]];
+            const KPoint& lAt = lAll[pJoints[lJoint]];
+            lPicked[lJoint] = {lAt.mX * pFactor, lAt.mY * pFactor, lAt.mZ * pFactor};
         }
         pWriter.Frame(pMotion.GetNumberText(lTime), pMotion.GetSeconds(lTime), lPicked);
         lProgress.Show(static_cast<double>(lRow) / static_cast<double>(pRows.GetCount()));
@@ -159,6 +161,8 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     lTable.mMotion = pFiles.mMotions.empty() ? lTable.mSkeleton : pFiles.mMotions.front().GetPath();
     lTable.mRate = lRows.mIsEven ? pOptions.mMotion.mRate : pMotion.GetRate();
     lTable.mFrameCount = lRows.GetCount();
+    lTable.mUnit = pOptions.mWorld.mUnits.empty() ? "cm" : pOptions.mWorld.mUnits;
+    lTable.mDecimals = DecimalsOf(pOptions.mWorld.GetFactor());
     for (const size_t lJoint : lJoints)
     {
         lTable.mJoints.push_back(pMotion.GetJoints()[lJoint].mName);
@@ -172,7 +176,7 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     }
     const std::unique_ptr<KPositionWriter> lWriter = MakePositionWriter(pFormat, lOut);
     lWriter->Begin(lTable);
-    WriteFrames(pMotion, lRows, lJoints, *lWriter, lOut, pConsole);
+    WriteFrames(pMotion, lRows, lJoints, pOptions.mWorld.GetFactor(), *lWriter, lOut, pConsole);
     lWriter->End();
     qexsdk::KOutputFile lNamesOut;
     if (pFormat != eFORMAT_NPY)
@@ -201,6 +205,9 @@ void RunPositions(KPositionsOptions& pOptions, KConsole& pConsole)
     KLoadedMotion lMotion;
     if (lMotion.Load(lFiles, pOptions.mMotion, pOptions.mTake, pConsole))
     {
+        SetFileUnit(pOptions.mWorld, lFiles, lMotion.GetFigure());
+        HoldInPlace(pOptions.mWorld, lMotion.GetFigure());
+        TurnUp(pOptions.mWorld, true, lMotion.GetFigure());
         WriteTable(pOptions, lFormat, lFiles, lMotion, pConsole);
     }
 }
@@ -225,7 +232,9 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddRate(*lCommand, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the file's frames)", lOptions->mMotion);
     AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Positions are in world space, in centimetres: x to the figure's left at rest, y up, z forward. A joint is at the\n"
+    AddWorldOptions(*lCommand, lOptions->mWorld);
+    lCommand->footer("Positions are in world space, in centimetres unless --units says otherwise: x to the figure's left at rest, y up, z "
+                     "forward. A joint is at the\n"
                      "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. With\n"
                      "--fps, frame is the number in the file, with decimals between two frames, and --frames is one range. An\n"
                      ".npy file holds float32 of shape (frames, joints, 3); the joint names go to OUT.names.txt next to it.\n"

@@ -83,8 +83,13 @@ bool KConverter::WriteAll()
             return false;
         }
     }
-    const bool lAcclaim = FindTarget(eOUT_ASF) != nullptr || FindTarget(eOUT_AMC) != nullptr;
-    return !lAcclaim || WriteAcclaim();
+    if (FindTarget(eOUT_ASF) == nullptr && FindTarget(eOUT_AMC) == nullptr)
+    {
+        return true;
+    }
+    // Their exporter has no up axis, so the figure is turned after all others are written; the skeleton of a motion alone is not.
+    TurnUp(mOptions.mWorld, FindTarget(eOUT_ASF) != nullptr, mFigure);
+    return WriteAcclaim();
 }
 
 const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const

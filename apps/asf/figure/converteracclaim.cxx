@@ -28,7 +28,7 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
     lOptions.mTranslations = mOptions.mTranslations == "all"    ? qexsdk::eTRANSLATION_DOFS_ALL
                              : mOptions.mTranslations == "none" ? qexsdk::eTRANSLATION_DOFS_NONE
                                                                 : qexsdk::eTRANSLATION_DOFS_MOVING;
-    lOptions.mBaseScale = mOptions.mScale;
+    lOptions.mBaseScale = mOptions.mWorld.mScale;
     lOptions.mBasePoseFirstFrame = mOptions.mBasePose == "first-frame";
     lOptions.mWriteRate = mOptions.mWriteRate;
     lOptions.mThreads = mOptions.mThreads;
@@ -37,6 +37,7 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
     lOptions.mBoneDofs = mOptions.mTranslations == "moving" ? mFigure.GetBoneDofs() : nullptr;
     const qexsdk::KQexAsfScene* lSkeleton = mFigure.GetSkeleton();
     lOptions.mLengthUnit = lSkeleton != nullptr && lSkeleton->mLengthUnit > 0 ? lSkeleton->mLengthUnit : 1.0;
+    lOptions.mLengthUnit = mOptions.mWorld.mUnits.empty() ? lOptions.mLengthUnit : LengthUnitOf(mOptions.mWorld);
     lOptions.mLengthUnit = mOptions.mLengthUnit > 0 ? mOptions.mLengthUnit : lOptions.mLengthUnit;
     lOptions.mSkeletonName = lSkeleton != nullptr ? lSkeleton->mName : "";
     return lOptions;

@@ -36,7 +36,7 @@ qexsdk::KQexGltfWriteOptions KConverter::GltfOptions(const std::vector<const KSa
             lOptions.mTakes.push_back(lGltfTake);
         }
     }
-    lOptions.mScale *= mOptions.mScale;
+    lOptions.mScale *= mOptions.mWorld.mScale;
     lOptions.mBoneMesh = mOptions.mMesh != "none";
     lOptions.mThreads = mOptions.mThreads;
     lOptions.mBoneDofs = mFigure.GetBoneDofs();

@@ -23,8 +23,8 @@ bool KConverter::WriteBvh(const std::string& pPath, const KSampledTake& pTake)
     lOptions.mStack = pTake.mTake != nullptr ? pTake.mTake->mStack : nullptr;
     lOptions.mSampling = pTake.mSampling;
     lOptions.mOrder = mOptions.mOrder;
-    lOptions.mScale = mOptions.mScale;
-    lOptions.mZUp = mOptions.mUp == "z";
+    lOptions.mScale = mOptions.mWorld.GetFactor();
+    lOptions.mZUp = mOptions.mWorld.IsZUp();
     lOptions.mThreads = mOptions.mThreads;
 
     mBvhs.push_back(std::make_unique<qexsdk::KQexFileBvh>(false));

@@ -108,6 +108,26 @@ bool CheckFormatOption(const std::string& pWord, const char* pOption, bool pIsUs
     return pWord.empty() || pIsUsed || UsageError(pConsole, std::string(pOption) + " is for " + pFormat + " only");
 }
 
+/// What a format defines itself cannot be chosen.
+bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
+{
+    const bool           lGltf = pOptions.Writes(eOUT_GLB) || pOptions.Writes(eOUT_GLTF);
+    const KWorldOptions& lWorld = pOptions.mWorld;
+    if (lGltf && !lWorld.mUp.empty())
+    {
+        return UsageError(pConsole, "--up is not for glTF, where y is up by its standard");
+    }
+    if (lGltf && !lWorld.mUnits.empty())
+    {
+        return UsageError(pConsole, "--units is not for glTF, which is in metres by its standard; --scale changes the size");
+    }
+    if (pOptions.Writes(eOUT_AMC) && !pOptions.Writes(eOUT_ASF) && !lWorld.mUnits.empty())
+    {
+        return UsageError(pConsole, "--units is not for AMC without ASF, which is in the length unit of its skeleton");
+    }
+    return CheckLengthUnit(lWorld, pOptions.mLengthUnit, false, pConsole);
+}
+
 /// Options for formats that are not written are errors.
 bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
 {
@@ -116,7 +136,6 @@ bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
     const bool lMotion = pOptions.Writes(eOUT_AMC);
     return CheckFormatOption(pOptions.mMesh, "--mesh", lGltf, "glTF", pConsole) &&
            CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
-           CheckFormatOption(pOptions.mUp == "z" ? "z" : "", "--up z", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mLengthUnit != 0 ? "set" : "", "--length-unit", lAcclaim, "ASF", pConsole) &&
            CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--write-rate", lMotion, "AMC", pConsole) &&
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
@@ -134,7 +153,7 @@ bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
     return ApplyMotionOptions(pOptions.mMotion, pConsole) && ParseTakeTime("--start", pOptions.mStart, pOptions.mStartTime, pConsole) &&
            ParseTakeTime("--end", pOptions.mEnd, pOptions.mEndTime, pConsole) &&
            ParseChannels(pOptions.mChannels, pOptions.mOrder, pConsole) && ParseOutputs(pOptions, pConsole) &&
-           CheckFormatOptions(pOptions, pConsole);
+           CheckFormatOptions(pOptions, pConsole) && CheckWorldOptions(pOptions, pConsole);
 }
 
 qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)

@@ -2,6 +2,7 @@
 #define APPS_ASF_FIGURE_CONVERTOPTIONS_H
 
 #include <apps/asf/figure/motionoptions.h>
+#include <apps/asf/figure/worldoptions.h>
 #include <kbaselib/kmath/keulertable.h>
 #include <qexfigure/kqexfigure.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
@@ -48,13 +49,12 @@ struct KConvertOptions
     std::string              mStart;
     std::string              mEnd;
     int                      mEvery = 1;
-    double                   mScale = 1;
+    KWorldOptions            mWorld;
     std::string              mTake;
     bool                     mRemoveDummies = false;
     bool                     mLimits = true;
     std::string              mFilter = "unroll";
     bool                     mReduce = false;
-    std::string              mUp;
     std::string              mMesh;
     std::string              mChannels;
     double                   mLengthUnit = 0; ///< 0: that of the skeleton read, else 1.

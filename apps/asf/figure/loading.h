@@ -78,6 +78,9 @@ public:
     bool LoadFigureOrMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, const std::string& pTake,
                             KConsole& pConsole);
 
+    /// The figure; what changes it in the world may be done before Evaluate().
+    qexsdk::KQexFigure& GetFigure() { return mFigure; }
+
     bool                                        HasTake() const { return mTake != nullptr; }
     const std::vector<qexsdk::KQexFigureJoint>& GetJoints() const { return mFigure.GetJoints(); }
 

@@ -3,6 +3,8 @@
 #include <apps/asf/report/jsontext.h>
 #include <apps/asf/report/numbertext.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -12,7 +14,8 @@ namespace asfapp
 namespace
 {
 
-constexpr int kDigits = 5; // Decimals of centimetres: the limit of single precision.
+constexpr int kDecimals = 5; // Of centimetres: the limit of single precision.
+constexpr int kMaxDecimals = 15;
 constexpr int kSecondDigits = 6;
 
 class KTextWriter : public KPositionWriter
@@ -23,9 +26,10 @@ public:
 protected:
     void Write(const std::string& pText) { mOut.Write(pText.data(), pText.size()); }
 
-    static std::string Coordinates(const KPoint& pPoint, const char* pSeparator)
+    std::string Coordinates(const KPoint& pPoint, const char* pSeparator) const
     {
-        return Fixed(pPoint.mX, kDigits) + pSeparator + Fixed(pPoint.mY, kDigits) + pSeparator + Fixed(pPoint.mZ, kDigits);
+        const int lDigits = mTable.mDecimals;
+        return Fixed(pPoint.mX, lDigits) + pSeparator + Fixed(pPoint.mY, lDigits) + pSeparator + Fixed(pPoint.mZ, lDigits);
     }
 
     KPositionTable mTable;
@@ -84,6 +88,7 @@ public:
 
     void Begin(const KPositionTable& pTable) override
     {
+        mTable = pTable;
         std::string lRow = "frame,time";
         for (const std::string& lName : pTable.mJoints)
         {
@@ -115,12 +120,13 @@ public:
 
     void Begin(const KPositionTable& pTable) override
     {
+        mTable = pTable;
         KJson lHead;
         lHead["schema"] = kJsonSchema;
         lHead["kind"] = "positions";
         lHead["skeleton"] = pTable.mSkeleton;
         lHead["motion"] = pTable.mMotion;
-        lHead["unit"] = "cm";
+        lHead["unit"] = pTable.mUnit;
         lHead["framesPerSecond"] = pTable.mRate;
         lHead["joints"] = pTable.mJoints;
         std::string lText = lHead.dump(-1, ' ', false, KJson::error_handler_t::replace);
@@ -194,6 +200,12 @@ private:
 };
 
 } // namespace
+
+int DecimalsOf(double pPerCentimetre)
+{
+    const int lMore = pPerCentimetre < 1 ? static_cast<int>(std::ceil(-std::log10(pPerCentimetre))) : 0;
+    return std::min(kDecimals + lMore, kMaxDecimals);
+}
 
 std::unique_ptr<KPositionWriter> MakePositionWriter(EPositionFormat pFormat, qexsdk::KOutputFile& pOut)
 {

@@ -19,7 +19,12 @@ struct KPositionTable
     double                   mRate = 0; ///< Frames per second.
     std::vector<std::string> mJoints;   ///< Joint names.
     size_t                   mFrameCount = 0;
+    std::string              mUnit = "cm";  ///< Of the positions: "cm", "m", "in" or "file".
+    int                      mDecimals = 5; ///< Digits of the positions after the point, see DecimalsOf().
 };
+
+/// Digits after the point down to the limit of single precision, for positions in \p pPerCentimetre units per centimetre.
+int DecimalsOf(double pPerCentimetre);
 
 /// Writes world positions frame by frame. Write errors are reported by closing the output.
 class KPositionWriter
@@ -29,7 +34,7 @@ public:
 
     virtual void Begin(const KPositionTable& pTable) = 0;
 
-    /// One position for each joint of the table, in centimetres. \p pNumber is the frame's number, with decimals between two frames.
+    /// One position for each joint of the table, in its unit. \p pNumber is the frame's number, with decimals between two frames.
     virtual void Frame(const std::string& pNumber, double pSeconds, const std::vector<KPoint>& pPositions) = 0;
 
     virtual void End() = 0;

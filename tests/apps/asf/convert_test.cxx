@@ -300,7 +300,7 @@ INSTANTIATE_TEST_SUITE_P(
                     KBadCase{"walk.amc -o old.bvh --channels XYY", 2, "--channels: expected X, Y and Z in any order"},
                     KBadCase{"walk.amc -o old.glb --channels ZXY", 2, "--channels is for BVH only"},
                     KBadCase{"walk.amc -o old.bvh --mesh none", 2, "--mesh is for glTF only"},
-                    KBadCase{"walk.amc -o old.glb --up z", 2, "--up z is for BVH only"},
+                    KBadCase{"walk.amc -o old.glb --up z", 2, "--up is not for glTF"},
                     KBadCase{"walk.amc -o old.bvh --length-unit 1", 2, "--length-unit is for ASF only"},
                     KBadCase{"walk.amc -o old.bvh --skeleton walker.asf", 2, "--skeleton is for a single AMC only"},
                     KBadCase{"walk.amc small.asf walker.asf -o old.bvh", 2, "expected one figure, not small.asf and walker.asf"},
