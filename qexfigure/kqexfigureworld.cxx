@@ -322,23 +322,24 @@ void HoldTree(KQexNode* pRoot, const KQexFigureTake& pTake)
 
 bool TurnFigureZUp(KQexFigure& pFigure, KQexFigureTurn pTurn) noexcept
 {
+    KQexNode* lTop = pFigure.GetTop();
+    if (lTop == nullptr)
+    {
+        return true;
+    }
     KQexFigureReport lReport;
     return RunGuarded(lReport,
                       [&]
                       {
-                          const KQexMatrix             lTurn = ZUpTurn();
-                          const std::vector<KQexNode*> lRoots = pFigure.GetRoots();
-                          for (KQexNode* lRoot : lRoots)
+                          const KQexMatrix lTurn = ZUpTurn();
+                          TurnNode(*lTop, lTurn, pFigure.GetTakes());
+                          if (pTurn == eFIGURE_TURN_MOTION)
                           {
-                              TurnNode(*lRoot, lTurn, pFigure.GetTakes());
-                              if (pTurn == eFIGURE_TURN_MOTION)
-                              {
-                                  TurnRestBack(*lRoot, lTurn, pFigure.GetTakes());
-                              }
-                              else if (lRoots.size() == 1 && IsEvenlyScaled(*lRoot, pFigure.GetTakes()))
-                              {
-                                  TurnIntoChildren(*lRoot, lTurn, pFigure.GetTakes());
-                              }
+                              TurnRestBack(*lTop, lTurn, pFigure.GetTakes());
+                          }
+                          else if (IsEvenlyScaled(*lTop, pFigure.GetTakes()))
+                          {
+                              TurnIntoChildren(*lTop, lTurn, pFigure.GetTakes());
                           }
                           return true;
                       });

@@ -72,9 +72,9 @@ protected:
     void ExpectPlaces(const KPositions& pPositions, double pTolerance, const TMap& pMap)
     {
         ASSERT_EQ(pPositions.mNames, mSource.mNames);
-        ASSERT_EQ(pPositions.mFrames.size(), 4u);
+        ASSERT_EQ(pPositions.mFrames.size(), mSource.mFrames.size());
         double lFarthest = 0;
-        for (size_t lFrame = 0; lFrame < 4; ++lFrame)
+        for (size_t lFrame = 0; lFrame < mSource.mFrames.size(); ++lFrame)
         {
             for (size_t lJoint = 0; lJoint < mSource.mNames.size(); ++lJoint)
             {
@@ -128,12 +128,29 @@ TEST_F(KWorldTest, UpTurnsASkeletonWithoutMotion)
     Convert("walker.asf -o z.asf --up z");
     Convert("z.asf -o z.bvh");
     mSource = Positions("rest.bvh", "1");
-    KPositions lTurned = Positions("z.bvh", "1");
-    mSource.mFrames.resize(4, mSource.mFrames.front());
-    lTurned.mFrames.resize(4, lTurned.mFrames.front());
-    ExpectPlaces(lTurned, 1e-5, ZUp);
+    ExpectPlaces(Positions("z.bvh", "1"), 1e-5, ZUp);
     // Degrees of freedom and limits stay.
     EXPECT_EQ(Run("diff -q walker.asf z.asf --ignore rest").mExit, 0) << Run("diff -q walker.asf z.asf --ignore rest").mOut;
+}
+
+/// Two trees: the exporter adds a root above them, which has the turn.
+TEST_F(KWorldTest, UpTurnsSeveralRoots)
+{
+    const std::string lTree = "ROOT R\n{\n OFFSET 0 0 0\n CHANNELS 6 Xposition Yposition Zposition Zrotation Xrotation Yrotation\n"
+                              " JOINT KR\n {\n  OFFSET 10 90 5\n  CHANNELS 3 Zrotation Xrotation Yrotation\n"
+                              "  End Site\n  {\n   OFFSET 0 40 7\n  }\n }\n}\n";
+    WriteFile(mFolder / "two.bvh", "HIERARCHY\n" + lTree + Replaced(Replaced(lTree, "KR", "KS"), "ROOT R", "ROOT S") +
+                                       "MOTION\nFrames: 2\nFrame Time: 0.1\n0 9 1 10 20 30 40 50 60 5 6 7 80 70 60 50 40 30\n"
+                                       "3 9 -1 15 25 35 45 55 65 5 6 70 80 70 65 55 45 35\n");
+    Convert("two.bvh -o two.asf two.amc");
+    Convert("two.bvh -o z.bvh -o z.asf z.amc --up z");
+    Convert("two.bvh --skeleton two.asf -o only.amc --up z");
+    for (const char* lCall : {"z.bvh", "z.asf z.amc", "two.asf only.amc"})
+    {
+        SCOPED_TRACE(lCall);
+        mSource = Positions(std::string(lCall) == "z.bvh" ? "two.bvh" : "two.asf two.amc", "1,last");
+        ExpectPlaces(Positions(lCall, "1,last"), 1e-5, ZUp);
+    }
 }
 
 TEST_F(KWorldTest, UnitsOfNumbers)
