@@ -1,12 +1,14 @@
 #include <qexfigure/kqexfigureworld.h>
 
 #include <kbaselib/kmath/kgeom.h>
+#include <qexfigure/kqexfigurecurves.h>
 #include <qexfigure/kqexfigureguard.h>
-#include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>
-#include <cmath>
 #include <new>
+
+/// \file
+/// Turning figures.
 
 namespace qexsdk
 {
@@ -15,8 +17,6 @@ namespace
 {
 
 using KVector3 = qexVectorTemplate3<double>;
-
-constexpr unsigned int kAxes = 3;
 
 /// From y up to z up.
 KQexMatrix ZUpTurn()
@@ -32,74 +32,6 @@ KgeRMatrix RotationOf(const KQexMatrix& pTurn)
     KgeRMatrix lRotation;
     pTurn.GetRotation(lRotation);
     return lRotation;
-}
-
-KQexAnimLayer* LayerOf(const KQexFigureTake& pTake)
-{
-    return pTake.mStack->GetMember<KQexAnimLayer>(0);
-}
-
-/// The times of all keys of the three channels, ascending.
-std::vector<KTime> KeyTimesOf(const KQexAnimCurveNode& pCurves)
-{
-    std::vector<KTime> lTimes;
-    for (unsigned int lAxis = 0; lAxis < kAxes; ++lAxis)
-    {
-        const KQexAnimCurve* lCurve = pCurves.GetCurve(lAxis);
-        const std::ptrdiff_t lOld = static_cast<std::ptrdiff_t>(lTimes.size());
-        for (int lKey = 0; lCurve != nullptr && lKey < lCurve->GetKeyCount(); ++lKey)
-        {
-            lTimes.push_back(lCurve->GetTime(lKey));
-        }
-        std::inplace_merge(lTimes.begin(), lTimes.begin() + lOld, lTimes.end());
-        lTimes.erase(std::unique(lTimes.begin(), lTimes.end()), lTimes.end());
-    }
-    return lTimes;
-}
-
-void SetCurve(KQexAnimCurveNode& pCurves, unsigned int pAxis, const std::vector<KTime>& pTimes, const std::vector<KQexVector4>& pPoints)
-{
-    KQexAnimCurve* lCurve = pCurves.GetCurve(pAxis);
-    if (lCurve == nullptr)
-    {
-        lCurve = KQexAnimCurve::Create(pCurves.GetScene(), "");
-        if (lCurve == nullptr || !pCurves.ConnectToChannel(lCurve, pAxis))
-        {
-            throw std::bad_alloc();
-        }
-    }
-    lCurve->Clear();
-    for (size_t lKey = 0; lKey < pTimes.size(); ++lKey)
-    {
-        if (!lCurve->AppendSample(pTimes[lKey], static_cast<float>(pPoints[lKey].mData[pAxis])))
-        {
-            throw std::bad_alloc();
-        }
-    }
-}
-
-/// Maps a translation in one take.
-void MapCurves(KQexAnimCurveNode& pCurves, const KQexMatrix& pMap)
-{
-    const auto lEvaluate = [&pCurves, &pMap](KTime pTime)
-    {
-        return pMap.Map(KQexVector4(pCurves.Evaluate(0, pTime), pCurves.Evaluate(1, pTime), pCurves.Evaluate(2, pTime)));
-    };
-    const std::vector<KTime> lTimes = KeyTimesOf(pCurves);
-    std::vector<KQexVector4> lPoints;
-    for (const KTime& lTime : lTimes)
-    {
-        lPoints.push_back(lEvaluate(lTime));
-    }
-    const KQexVector4 lFirst = lEvaluate(lTimes.empty() ? KTime(0) : lTimes.front());
-    for (unsigned int lAxis = 0; lAxis < kAxes; ++lAxis)
-    {
-        pCurves.SetChannelValue(lAxis, lFirst.mData[lAxis]);
-        if (!lTimes.empty())
-        {
-            SetCurve(pCurves, lAxis, lTimes, lPoints);
-        }
-    }
 }
 
 KQexVector4 ToVector4(const KVector3& pVector)
@@ -144,7 +76,7 @@ void TurnNode(KQexNode& pNode, const KQexMatrix& pTurn, const std::vector<KQexFi
     pNode.mLocalTranslation.Set(ToVector3(pTurn.Map(ToVector4(pNode.mLocalTranslation.Get()))));
     for (const KQexFigureTake& lTake : pTakes)
     {
-        if (KQexAnimCurveNode* lCurves = pNode.mLocalTranslation.GetCurveNode(LayerOf(lTake), false))
+        if (KQexAnimCurveNode* lCurves = pNode.mLocalTranslation.GetCurveNode(LayerOfTake(lTake), false))
         {
             MapCurves(*lCurves, pTurn);
         }
@@ -156,8 +88,8 @@ void TurnRestBack(KQexNode& pNode, const KQexMatrix& pTurn, const std::vector<KQ
 {
     for (const KQexFigureTake& lTake : pTakes)
     {
-        if (pNode.mLocalTranslation.GetCurveNode(LayerOf(lTake), true) == nullptr ||
-            pNode.mLocalRotation.GetCurveNode(LayerOf(lTake), true) == nullptr)
+        if (pNode.mLocalTranslation.GetCurveNode(LayerOfTake(lTake), true) == nullptr ||
+            pNode.mLocalRotation.GetCurveNode(LayerOfTake(lTake), true) == nullptr)
         {
             throw std::bad_alloc();
         }
@@ -186,31 +118,11 @@ void TurnRestBack(KQexNode& pNode, const KQexMatrix& pTurn, const std::vector<KQ
     KgeMult(lRotation, lPreInverse, lRotation);
     KgeSet(lInOrder, lRotation, 2 * pNode.GetRotationOrder());
     KVector3 lTurned;
-    for (unsigned int i = 0; i < kAxes; ++i)
+    for (unsigned int i = 0; i < 3; ++i)
     {
         lTurned.mData[lAxes[i]] = lInOrder.mData[i];
     }
     pNode.mLocalRotation.Set(lTurned);
-}
-
-/// Whether the values of the property change in the take.
-bool Moves(const KQexProperty& pProperty, const KQexAnimLayer* pLayer)
-{
-    const KQexAnimCurveNode* lCurves = pProperty.GetCurveNode(pLayer);
-    for (unsigned int lAxis = 0; lCurves != nullptr && lAxis < kAxes; ++lAxis)
-    {
-        const KQexAnimCurve* lCurve = lCurves->GetCurve(lAxis);
-        const double         lFirst = lCurve != nullptr ? lCurve->GetValue(0) : 0.0;
-        const double         lBound = 1e-5 + 1e-6 * std::fabs(lFirst); // Rounding to single precision.
-        for (int lKey = 1; lCurve != nullptr && lKey < lCurve->GetKeyCount(); ++lKey)
-        {
-            if (std::fabs(lCurve->GetValue(lKey) - lFirst) > lBound)
-            {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 /// Scaling that is the same along all axes, and in all takes, commutes with rotations.
@@ -221,7 +133,7 @@ bool IsEvenlyScaled(const KQexNode& pNode, const std::vector<KQexFigureTake>& pT
            std::all_of(pTakes.begin(), pTakes.end(),
                        [&pNode](const KQexFigureTake& pTake)
                        {
-                           const KQexAnimLayer* lLayer = LayerOf(pTake);
+                           const KQexAnimLayer* lLayer = LayerOfTake(pTake);
                            return pNode.mLocalScaling.GetCurveNode(lLayer) == nullptr;
                        });
 }
@@ -235,86 +147,6 @@ void TurnIntoChildren(KQexNode& pRoot, const KQexMatrix& pTurn, const std::vecto
     for (KQexNode* lChild = pRoot.GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
     {
         TurnNode(*lChild, pTurn, pTakes);
-    }
-}
-
-/// The joint that carries the tree at pRoot in a take, see HoldFigureInPlace(); null: none moves.
-KQexNode* FindCarrier(KQexNode* pRoot, const KQexAnimLayer* pLayer)
-{
-    KQexNode* lNode = pRoot;
-    while (lNode != nullptr && !Moves(lNode->mLocalTranslation, pLayer) && !Moves(lNode->mLocalRotation, pLayer) &&
-           !Moves(lNode->mLocalScaling, pLayer))
-    {
-        KQexNode* lNext = nullptr;
-        int       lCount = 0;
-        for (KQexNode* lChild = lNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
-        {
-            lCount += lChild->GetFirstChild() != nullptr ? 1 : 0;
-            lNext = lChild->GetFirstChild() != nullptr ? lChild : lNext;
-        }
-        lNode = lCount == 1 ? lNext : nullptr;
-    }
-    return lNode;
-}
-
-/// The inverse of an affine transform, by cofactors. False if it flattens space.
-bool Invert(const KQexMatrix& pMatrix, KQexMatrix& pInverse)
-{
-    const auto lAt = [&pMatrix](int pRow, int pColumn)
-    {
-        return pMatrix.mData[pColumn % 3].mData[pRow % 3];
-    };
-    double lDeterminant = 0.0;
-    for (int i = 0; i < 3; ++i)
-    {
-        for (int j = 0; j < 3; ++j)
-        {
-            pInverse.mData[i].mData[j] = lAt(i + 1, j + 1) * lAt(i + 2, j + 2) - lAt(i + 1, j + 2) * lAt(i + 2, j + 1);
-        }
-        lDeterminant += lAt(i, 0) * pInverse.mData[i].mData[0];
-    }
-    if (!(std::fabs(lDeterminant) > 0.0))
-    {
-        return false;
-    }
-    for (int i = 0; i < 3; ++i)
-    {
-        KmVN(pInverse.mData[i].mData, pInverse.mData[i].mData, 1.0 / lDeterminant);
-    }
-    pInverse.mData[3] = KQexVector4();
-    const KQexVector4 lBack = pInverse.Map(pMatrix.GetT());
-    pInverse.mData[3] = KQexVector4(-lBack.mData[0], -lBack.mData[1], -lBack.mData[2], 1.0);
-    return true;
-}
-
-KQexMatrix Translation(const KQexVector4& pBy, double pSign)
-{
-    KQexMatrix lMatrix;
-    lMatrix.mData[3] = KQexVector4(pSign * pBy.mData[0], pSign * pBy.mData[1], pSign * pBy.mData[2], 1.0);
-    return lMatrix;
-}
-
-/// Holds the tree at pRoot in the take that is the evaluator's context. What is above the carrier does not move.
-void HoldTree(KQexNode* pRoot, const KQexFigureTake& pTake)
-{
-    const KQexNode* lCarrier = FindCarrier(pRoot, LayerOf(pTake));
-    if (lCarrier == nullptr || !Moves(lCarrier->mLocalTranslation, LayerOf(pTake)))
-    {
-        return;
-    }
-    const KQexAnimEvaluator* lEvaluator = pRoot->GetScene()->GetEvaluator();
-    const KQexMatrix         lParent = lEvaluator->GetNodeGlobalTransform(lCarrier->GetParent(), pTake.mStart);
-    const KQexVector4        lFirst = lEvaluator->GetNodeGlobalTransform(lCarrier, pTake.mStart).GetT();
-    const KQexVector4        lOffset = lCarrier->GetRotationOffset();
-    KQexMatrix               lToParent;
-    KQexMatrix               lHold;
-    lHold.mData[0] = lHold.mData[2] = KQexVector4(0.0, 0.0, 0.0);
-    lHold.mData[3] = KQexVector4(lFirst.mData[0], 0.0, lFirst.mData[2], 1.0);
-    if (Invert(lParent, lToParent))
-    {
-        KQexProperty lTranslation(lCarrier->mLocalTranslation);
-        MapCurves(*lTranslation.GetCurveNode(LayerOf(pTake), false),
-                  Translation(lOffset, -1.0) * lToParent * lHold * lParent * Translation(lOffset, 1.0));
     }
 }
 
@@ -340,30 +172,6 @@ bool TurnFigureZUp(KQexFigure& pFigure, KQexFigureTurn pTurn) noexcept
                           else if (IsEvenlyScaled(*lTop, pFigure.GetTakes()))
                           {
                               TurnIntoChildren(*lTop, lTurn, pFigure.GetTakes());
-                          }
-                          return true;
-                      });
-}
-
-bool HoldFigureInPlace(KQexFigure& pFigure) noexcept
-{
-    if (pFigure.GetScene() == nullptr)
-    {
-        return true;
-    }
-    KQexAnimEvaluator*     lEvaluator = pFigure.GetScene()->GetEvaluator();
-    const KQexContextGuard lContext(lEvaluator);
-    KQexFigureReport       lReport;
-    return RunGuarded(lReport,
-                      [&]
-                      {
-                          for (const KQexFigureTake& lTake : pFigure.GetTakes())
-                          {
-                              lEvaluator->SetContext(lTake.mStack);
-                              for (KQexNode* lRoot : pFigure.GetRoots())
-                              {
-                                  HoldTree(lRoot, lTake);
-                              }
                           }
                           return true;
                       });

@@ -1,0 +1,20 @@
+#ifndef QEXFIGURE_KQEXFIGURECURVES_H
+#define QEXFIGURE_KQEXFIGURECURVES_H
+
+#include <qexfigure/kqexfigure.h>
+
+namespace qexsdk
+{
+
+/// The layer with the take's curves.
+inline KQexAnimLayer* LayerOfTake(const KQexFigureTake& pTake)
+{
+    return pTake.mStack->GetMember<KQexAnimLayer>(0);
+}
+
+/// Maps a translation in one take: the channels' values, and their curves at all of their key times. May throw std::bad_alloc.
+void MapCurves(KQexAnimCurveNode& pCurves, const KQexMatrix& pMap);
+
+} // namespace qexsdk
+
+#endif
