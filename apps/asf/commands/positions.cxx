@@ -233,11 +233,11 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
     AddRate(*lCommand, "Frames per second to write, such as 30, 23.976 or 30000/1001 (default: the file's frames)", lOptions->mMotion);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     AddWorldOptions(*lCommand, lOptions->mWorld);
-    lCommand->footer("Positions are in world space, in centimetres unless --units says otherwise: x to the figure's left at rest, y up, z "
-                     "forward. A joint is at the\n"
-                     "start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from the file's first frame. With\n"
-                     "--fps, frame is the number in the file, with decimals between two frames, and --frames is one range. An\n"
-                     ".npy file holds float32 of shape (frames, joints, 3); the joint names go to OUT.names.txt next to it.\n"
+    lCommand->footer("Positions are in world space: x to the figure's left at rest, y up, z forward; in centimetres unless --units says\n"
+                     "otherwise. A joint is at the start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from\n"
+                     "the file's first frame. With --fps, frame is the number in the file, with decimals between two frames, and\n"
+                     "--frames is one range. An .npy file holds float32 of shape (frames, joints, 3); the joint names go to\n"
+                     "OUT.names.txt next to it.\n"
                      "\n"
                      "Examples:\n"
                      "  asf positions walk.amc -o walk.csv\n"
