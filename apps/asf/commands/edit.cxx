@@ -1,3 +1,4 @@
+#include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/commands/editfiles.h>
 #include <apps/asf/figure/loading.h>
@@ -28,7 +29,7 @@ struct KEditOptions
     double                   mScale = 1;
     bool                     mDropLimits = false;
     bool                     mRemoveDummies = false;
-    bool                     mQuiet = false;
+    KMotionOptions           mMotion; ///< Only --allow-unmatched and --quiet.
 };
 
 bool RenameAll(const KEditOptions& pOptions, KSkeletonEdit& pEdit, KConsole& pConsole)
@@ -175,7 +176,7 @@ void WriteAll(const KEditFiles& pFiles, const std::string& pSkeleton, KMotionEdi
 
 void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 {
-    pConsole.SetQuiet(pOptions.mQuiet);
+    pConsole.SetQuiet(pOptions.mMotion.mQuiet);
     KEditFiles lFiles;
     if (!lFiles.Open(pOptions.mFiles, pOptions.mOutputs, pConsole))
     {
@@ -188,7 +189,7 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
     {
         return;
     }
-    KMotionEdit   lMotionEdit(*lOld, lResult.mSkeletonNotes, *lNew, pOptions.mScale);
+    KMotionEdit   lMotionEdit(*lOld, lResult.mSkeletonNotes, *lNew, pOptions.mScale, pOptions.mMotion.mAllowUnmatched);
     KSkeletonEdit lEdit(*lNew);
     if (!EditSkeleton(pOptions, lEdit, pConsole))
     {
@@ -227,7 +228,8 @@ void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
     lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
                        "Remove bones without degrees of freedom if that moves no other joint");
-    lCommand->add_flag("-q,--quiet", lOptions->mQuiet, "No notes");
+    AddAllowUnmatched(*lCommand, lOptions->mMotion);
+    lCommand->add_flag("-q,--quiet", lOptions->mMotion.mQuiet, "No notes");
     lCommand->footer(
         "Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name and hold\n"
         "lengths: renaming and scaling change them, too. All files are replaced together, or none.\n"

@@ -1,5 +1,6 @@
 #include <apps/asf/figure/motionedit.h>
 
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
@@ -140,8 +141,8 @@ private:
 };
 
 KMotionEdit::KMotionEdit(qexsdk::KQexAsfScene& pOld, const qexsdk::KQexAmcSkeletonNotes& pNotes, const qexsdk::KQexAsfScene& pNew,
-                         double pScale)
-    : mOld(pOld), mNotes(pNotes), mScale(pScale)
+                         double pScale, bool pAllowUnmatched)
+    : mOld(pOld), mNotes(pNotes), mScale(pScale), mAllowUnmatched(pAllowUnmatched)
 {
     qexsdk::KQexAsfWalk lOld(pOld.mRoot);
     qexsdk::KQexAsfWalk lNew(pNew.mRoot);
@@ -204,6 +205,14 @@ bool KMotionEdit::Write(const qexsdk::KQexFigureFile& pMotion, const std::string
             return lProgress.Show(pFraction);
         };
         lOk = pMotion.OpenFor(lReader) && lReader.ReadFrames(&mOld, lOptions, lFrames);
+    }
+    if (lOk && !mAllowUnmatched && !lReader.GetInfo().mMatch.IsPlausible())
+    {
+        // The error replaces a warning for each bone.
+        pConsole.Message(eERROR, pMotion.GetDisplayPath(), 0, lReader.GetInfo().mMatch.Describe());
+        NoteAllowUnmatched(pConsole);
+        pConsole.Raise(eEXIT_INPUT);
+        return false;
     }
     KMessages lMessages;
     lMessages.Take(lReader);

@@ -19,14 +19,15 @@ class KMotionEdit
 {
 public:
     /// \p pOld: the skeleton as read, with the notes of its file. \p pNew: a second read of that file, not edited yet. \p pScale: the
-    /// factor of lengths. All must outlive this.
-    KMotionEdit(qexsdk::KQexAsfScene& pOld, const qexsdk::KQexAmcSkeletonNotes& pNotes, const qexsdk::KQexAsfScene& pNew, double pScale);
+    /// factor of lengths. \p pAllowUnmatched: take motions of another skeleton, too. All must outlive this.
+    KMotionEdit(qexsdk::KQexAsfScene& pOld, const qexsdk::KQexAmcSkeletonNotes& pNotes, const qexsdk::KQexAsfScene& pNew, double pScale,
+                bool pAllowUnmatched);
 
     /// What keeps motions of the old skeleton from fitting the edited one, as a list for a message; empty if they fit.
     std::string GetObstacles() const;
 
     /// Reads \p pMotion and writes it to \p pOut, which is open and stays open. \p pAsfName: name of the new skeleton's file for the
-    /// first line, "" for none. False, after messages, if the motion cannot be read or written.
+    /// first line, "" for none. False, after messages, if the motion cannot be read or written, or hardly matches the skeleton.
     bool Write(const qexsdk::KQexFigureFile& pMotion, const std::string& pAsfName, qexsdk::KOutputFile& pOut, KConsole& pConsole);
 
 private:
@@ -37,6 +38,7 @@ private:
     qexsdk::KQexAsfScene&               mOld;
     const qexsdk::KQexAmcSkeletonNotes& mNotes;
     double                              mScale;
+    bool                                mAllowUnmatched;
 
     /// The edited bone of each old one that has DOFs; edits remove no such bone.
     std::unordered_map<const qexsdk::KQexAsfNode*, const qexsdk::KQexAsfNode*> mNewBones;

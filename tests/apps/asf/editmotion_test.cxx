@@ -27,6 +27,7 @@ protected:
         WriteFile(mFolder / "small.amc", SmallMotion());
         fs::copy_file(Sample("walker.asf"), mFolder / "walker.asf");
         fs::copy_file(Sample("walk.amc"), mFolder / "walk.amc");
+        fs::copy_file(Sample("walk.bvh"), mFolder / "walk.bvh");
         mOptions.mFolder = mFolder.Path().string();
     }
 
@@ -325,6 +326,9 @@ TEST_F(KEditMotionTest, FilesThatDoNotBelongTogetherAreUsageErrors)
                   {{"small.asf", "small.amc", "-o", "o.amc"},
                    "--output: expected as many files as are read, 1 skeleton and 1 motion (.amc), not 0 skeletons and 1 motion\n"},
                   {{"small.asf", "small.amc", "walk.amc", "-o", "o.asf", "o.amc", "o.amc"}, "--output: o.amc would be written twice\n"},
+                  {{"small.asf", "small.amc", "-o", "o.bvh", "-o", "o.amc"},
+                   "--output: edit writes ASF, not BVH: type -o o.asf; asf convert writes BVH\n"},
+                  {{"small.asf", "walk.bvh", "-o", "o.asf", "o.amc"}, "walk.bvh: error: is not an ASF or AMC file\n"},
                   {{"small.asf", "small.amc", "-o", "o.asf", "small.amc"}, "small.amc: error: is also an input"},
                   {{"small.asf", "small.amc", "-o", "o.asf", "{name}.amc"}, "small.amc: error: is also an input"}};
     for (const auto& lCase : lCases)
@@ -334,9 +338,25 @@ TEST_F(KEditMotionTest, FilesThatDoNotBelongTogetherAreUsageErrors)
         const KRunResult lResult = Run(lCall);
         EXPECT_EQ(lResult.mExit, 2) << lResult.mErr;
         EXPECT_NE(lResult.mErr.find(lCase.mMessage), std::string::npos) << lResult.mErr;
-        EXPECT_FALSE(fs::exists(mFolder / "o.asf") || fs::exists(mFolder / "o.amc"));
+        EXPECT_FALSE(fs::exists(mFolder / "o.asf") || fs::exists(mFolder / "o.bvh") || fs::exists(mFolder / "o.amc"));
     }
     EXPECT_EQ(Text("small.amc"), SmallMotion());
+}
+
+/// Its lines would be dropped one by one, and the new motion be empty.
+TEST_F(KEditMotionTest, AMotionOfAnotherSkeletonIsRefused)
+{
+    const std::vector<std::string> lCall{"edit", "small.asf", "walk.amc", "-o", "o.asf", "o.amc"};
+    const KRunResult               lRefused = Run(lCall);
+    EXPECT_EQ(lRefused.mExit, 1);
+    EXPECT_EQ(lRefused.mErr.find("walk.amc: error: "), 0u) << lRefused.mErr;
+    EXPECT_NE(lRefused.mErr.find("use --allow-unmatched to go on nevertheless\n"), std::string::npos) << lRefused.mErr;
+    EXPECT_FALSE(fs::exists(mFolder / "o.asf") || fs::exists(mFolder / "o.amc"));
+    std::vector<std::string> lAllowed = lCall;
+    lAllowed.emplace_back("--allow-unmatched");
+    EXPECT_EQ(Run(lAllowed).mExit, 0);
+    EXPECT_EQ(Text("o.amc").find("left"), std::string::npos);
+    EXPECT_NE(Text("o.amc").find("\nroot "), std::string::npos);
 }
 
 } // namespace
