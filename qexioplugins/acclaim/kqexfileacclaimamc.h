@@ -52,12 +52,13 @@ struct QEX_API KQexAmcSkeletonNotes
 /// How a motion is read.
 struct QEX_API KQexAmcReadOptions
 {
-    double               mSamplesPerSecond = 0.0; ///< Frames per second; 0: the file's :SAMPLES-PER-SECOND, else its comment's, else 120.
-    bool                 mSetRotatePivotOffet = false; ///< Frame flag: the same as in reading the skeleton and in the import.
-    bool                 mSetPreRotation = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
-    bool                 mKeepGoodFrames = false;      ///< After an error, keep the complete frames before it, when there are any.
-    KQexAmcSkeletonNotes mSkeletonNotes;               ///< Notes of the skeleton's file.
-    KQexProgress         mProgress;                    ///< Called from time to time while reading. Empty: never.
+    double mSamplesPerSecond = 0.0;      ///< Frames per second; 0: the file's :SAMPLES-PER-SECOND, else its comment's, else 120.
+    bool   mSetRotatePivotOffet = false; ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool   mSetPreRotation = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
+    bool   mKeepGoodFrames = false;      ///< After an error, keep the complete frames before it, when there are any.
+    bool   mFindMoreErrors = false; ///< After an error, go on with the next frame, to report more of them; no other effect on the result.
+    KQexAmcSkeletonNotes mSkeletonNotes; ///< Notes of the skeleton's file.
+    KQexProgress         mProgress;      ///< Called from time to time while reading. Empty: never.
 };
 
 /// Where a motion's rate comes from.
@@ -194,6 +195,8 @@ public:
 
     /// The same for a file in memory. False when it cannot be read, or memory runs out.
     static bool PeekHeaderBuffer(const char* pData, size_t pSize, KQexAmcHeader& pHeader);
+
+    static constexpr int kMaxErrors = 100; ///< Errors after which KQexAmcReadOptions::mFindMoreErrors finds no more.
 
     static const char smType[]; ///< "AMC"
     static const char smDel[];  ///< Delimiters of tokens.

@@ -66,7 +66,7 @@ bool KQexAmcReader::ReadLines()
 {
     for (bool lLine = mFile.FirstLine(); lLine; lLine = mFile.NextLine())
     {
-        if (!ReadLine())
+        if (!ReadLine() && !LeaveFrame())
         {
             return false;
         }
@@ -76,7 +76,29 @@ bool KQexAmcReader::ReadLines()
         return false;
     }
     FinishFile();
-    return !mStopped;
+    return !mStopped && !(mOptions.mFindMoreErrors && mFile.GetErrorCount() > 0);
+}
+
+/// After an error: drops the frame in progress, so that reading goes on with the next one. False if it must end.
+bool KQexAmcReader::LeaveFrame()
+{
+    if (!mOptions.mFindMoreErrors || mStopped || mFile.HasFailed())
+    {
+        return false;
+    }
+    if (mFile.GetErrorCount() >= KQexFileAcclaimAmc::kMaxErrors)
+    {
+        mFile.Warning("Reading stops here, after %d errors\n", KQexFileAcclaimAmc::kMaxErrors);
+        return false;
+    }
+    mInFrame = false;
+    mIsLeaving = true;
+    mPresent.clear();
+    for (KQexAmcLine& lLine : mBones.mLines)
+    {
+        lLine.mFrame = -1;
+    }
+    return true;
 }
 
 bool KQexAmcReader::ReadLine()
@@ -100,7 +122,7 @@ bool KQexAmcReader::ReadLine()
     }
 
     const char lFirst = lToken.front();
-    if (lFirst == ':')
+    if (lFirst == ':' && !mIsLeaving)
     {
         return ReadWord(lToken, std::string_view(lTo, static_cast<size_t>(lEnd - lTo)));
     }
@@ -111,15 +133,17 @@ bool KQexAmcReader::ReadLine()
         long long              lNumber = 0;
         if (KNumberParse(lToken, lNumber) == KNumberStatus::eOK && (lRest.empty() || mBones.Find(lToken) < 0))
         {
+            mIsLeaving = false;
             return ReadFrameLine(lNumber, lRest);
         }
         double lValue = 0.0;
         if (mBones.Find(lToken) < 0 && KNumberParse(lToken, lValue) == KNumberStatus::eOK)
         {
+            mIsLeaving = false;
             return FailFrameNumber(lToken);
         }
     }
-    return ReadBoneLine(lToken, lTo, lEnd);
+    return mIsLeaving || ReadBoneLine(lToken, lTo, lEnd);
 }
 
 /// An invalid frame number still ends the previous frame, which is complete.

@@ -26,6 +26,7 @@ public:
 
 private:
     bool ReadLines();
+    bool LeaveFrame();
     bool ReadLine();
     bool ReadWord(std::string_view pWord, std::string_view pRest);
     bool ReadFrameLine(long long pNumber, std::string_view pRest);
@@ -58,7 +59,8 @@ private:
     KQexAmcBones     mBones;
     KQexAmcFrame     mFrame; ///< The frame in progress.
     bool             mInFrame = false;
-    bool             mStopped = false;    ///< The visitor or the progress function asked to stop.
+    bool             mIsLeaving = false;  ///< After an error: no line matters until the next frame number.
+    bool             mStopped = false;    ///< The visitor or the progress function asked to stop, or the caller's rate is invalid.
     double           mTicks = 0;          ///< Ticks per frame.
     long long        mPreviousNumber = 0; ///< Number of the previous frame.
     int              mLine = -1;          ///< Index of the bone line read last, -1 for none.

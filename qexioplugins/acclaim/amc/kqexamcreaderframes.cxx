@@ -34,6 +34,7 @@ bool KQexAmcReader::BeginFrames()
         if (!IsAmcRate(mOptions.mSamplesPerSecond))
         {
             mFile.Error("Invalid rate: %g samples per second\n", mOptions.mSamplesPerSecond);
+            mStopped = true;
             return false;
         }
         mInfo.mRateSource = eAMC_RATE_CALLER;

@@ -23,7 +23,7 @@ TEST(AcclaimDefaults, MotionFile)
 
     const KQexAmcReadOptions lRead;
     EXPECT_EQ(lRead.mSamplesPerSecond, 0.0);
-    EXPECT_FALSE(lRead.mSetRotatePivotOffet || lRead.mSetPreRotation || lRead.mKeepGoodFrames);
+    EXPECT_FALSE(lRead.mSetRotatePivotOffet || lRead.mSetPreRotation || lRead.mKeepGoodFrames || lRead.mFindMoreErrors);
 
     const KQexAmcInfo lInfo;
     EXPECT_EQ(lInfo.mFrameCount, 0);

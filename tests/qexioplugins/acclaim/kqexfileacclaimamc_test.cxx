@@ -380,6 +380,21 @@ TEST(KQexFileAcclaimAmc, StopsWhenTheVisitorAsksTo)
     EXPECT_EQ(lLog.mText, kFull1);
 }
 
+/// A bad frame is left out whole, and frames after it are complete: nothing of it counts as seen before.
+TEST(KQexFileAcclaimAmc, FindsMoreErrors)
+{
+    KQexAmcReadOptions lOptions;
+    lOptions.mFindMoreErrors = true;
+    const std::string lBad = "7\na 2 3\nroot x\na also bad\n:RADIANS\n8.5\n";
+    const KAmcOutcome lOutcome = ReadAmc(lBad + kTwo + "9\n", lOptions);
+    EXPECT_FALSE(lOutcome.mOk);
+    EXPECT_EQ(std::count(lOutcome.mMessages.begin(), lOutcome.mMessages.end(), '\n'), 3) << lOutcome.mMessages;
+    EXPECT_NE(lOutcome.mMessages.find("Frame number expected, not (8.5)"), std::string::npos) << lOutcome.mMessages;
+    EXPECT_EQ(lOutcome.mMessages.find("appears twice"), std::string::npos) << lOutcome.mMessages;
+    EXPECT_EQ(lOutcome.mInfo.mFrameCount, 2);
+    EXPECT_EQ(lOutcome.mInfo.mFirstFrame, 1);
+}
+
 TEST(KQexFileAcclaimAmc, NeedsASkeleton)
 {
     KQexFileAcclaimAmc lFile(false);
