@@ -64,8 +64,7 @@ std::string KQexGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string&
         MakeSafeName(pName, pIfEmpty, [lIsUtf8](char pC) { return (lIsUtf8 || static_cast<signed char>(pC) >= 0) && pC != '\0'; }));
     if (lNew != pName)
     {
-        const std::string lOld = MakeSafeName(pName, "", [lIsUtf8](char pC) { return lIsUtf8 || static_cast<signed char>(pC) >= 0; });
-        mFile.Report(KQexTextMessage::eWARNING, "Name changed (" + lNew + "), from (" + lOld + ")");
+        mFile.Report(KQexTextMessage::eWARNING, "Name changed (" + lNew + "), from (" + pName + ")");
     }
     return lNew;
 }

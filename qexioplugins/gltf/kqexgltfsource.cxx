@@ -163,7 +163,8 @@ int GltfIndex(const KQexGltfJson::KValue& pValue, size_t pCount, const std::stri
     const size_t lIndex = GltfSize(pValue, 0, pName);
     if (lIndex >= pCount || lIndex > static_cast<size_t>(std::numeric_limits<int>::max()))
     {
-        throw KQexGltfError(pName + " is " + std::to_string(lIndex) + ", but there are only " + std::to_string(pCount));
+        throw KQexGltfError(pName + " is " + std::to_string(lIndex) + ", but there " +
+                            (pCount == 0 ? "are none" : (pCount == 1 ? "is only " : "are only ") + std::to_string(pCount)));
     }
     return static_cast<int>(lIndex);
 }

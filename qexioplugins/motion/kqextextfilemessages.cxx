@@ -117,7 +117,14 @@ void KQexTextFile::PrintToStandardError(const KQexTextMessage& pMessage) const
 {
     const char* lPath = mPath.empty() ? mType : mPath.c_str();
     const char* lSeverity = pMessage.mSeverity == KQexTextMessage::eERROR ? "error" : "warning";
-    std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
+    if (pMessage.mLine > 0)
+    {
+        std::fprintf(stderr, "%s:%d: %s: %s\n", lPath, pMessage.mLine, lSeverity, pMessage.mText.c_str());
+    }
+    else
+    {
+        std::fprintf(stderr, "%s: %s: %s\n", lPath, lSeverity, pMessage.mText.c_str());
+    }
 }
 
 /// Reports why reading the input failed, and ends it. Always false.

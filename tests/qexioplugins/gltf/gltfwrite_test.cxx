@@ -152,7 +152,7 @@ TEST(GltfWrite, NamesAreUniqueAndValidUtf8)
                                                           "e",
                                                           "latin _ one"}));
     EXPECT_EQ(lWritten.mMessages,
-              "Name changed (a_2), from (a)\nName changed (node), from ()\nName changed (latin _ one), from (latin _ one)\n");
+              "Name changed (a_2), from (a)\nName changed (node), from ()\nName changed (latin _ one), from (latin \xF6 one)\n");
 }
 
 struct KUtf8Case

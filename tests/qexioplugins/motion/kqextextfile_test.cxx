@@ -576,7 +576,7 @@ TEST(KQexTextFile, VerboseMessagesBeyondTheLimitAreStillPrinted)
     }
     const std::string lShown = testing::internal::GetCapturedStderr();
     EXPECT_EQ(lFile.GetMessages().size(), KQexTextFile::kMaxMessages);
-    EXPECT_EQ(lShown.substr(lShown.size() - 22), "\nTXT:0: warning: 1000\n") << "no path: the type instead";
+    EXPECT_EQ(lShown.substr(lShown.size() - 20), "\nTXT: warning: 1000\n") << "no path: the type instead";
 }
 
 TEST(KQexTextFile, QuietMessagesAreNotPrinted)
