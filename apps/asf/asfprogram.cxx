@@ -4,6 +4,7 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/console.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/usage.h>
 
 #include <CLI/CLI.hpp>
 
@@ -85,30 +86,9 @@ std::string GivenCommand(const CLI::App& pProgram)
     return lGiven.empty() ? "asf" : "asf " + lGiven.front()->get_name();
 }
 
-/// The error text for arguments without a valid command.
-std::string DescribeMissingCommand(const CLI::App& pProgram)
-{
-    const std::vector<std::string> lWords = pProgram.remaining();
-    if (lWords.empty())
-    {
-        return "a command is required";
-    }
-    if (lWords.front()[0] == '-')
-    {
-        return "a command is required before " + lWords.front();
-    }
-    std::string lCommands;
-    for (const CLI::App* lCommand : pProgram.get_subcommands([](const CLI::App*) { return true; }))
-    {
-        lCommands += (lCommands.empty() ? "" : ", ") + lCommand->get_name();
-    }
-    return "unknown command " + lWords.front() + " (commands: " + lCommands + ")";
-}
-
 void ReportUsageError(const CLI::App& pProgram, const CLI::ParseError& pError, KConsole& pConsole)
 {
-    const bool lNoCommand = pProgram.get_subcommands().empty() && pError.get_name() == "RequiredError";
-    pConsole.Fail(eEXIT_USAGE, lNoCommand ? DescribeMissingCommand(pProgram) : pError.what());
+    pConsole.Fail(eEXIT_USAGE, DescribeUsageError(pProgram, pError));
     const std::string lHint = "Run '" + GivenCommand(pProgram) + " --help' for usage.\n";
     std::fwrite(lHint.data(), 1, lHint.size(), stderr);
 }

@@ -1,4 +1,5 @@
 #include <apps/asf/commands/arguments.h>
+#include <apps/asf/usage.h>
 
 #include <CLI/CLI.hpp>
 
@@ -42,7 +43,7 @@ void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions)
 void AddFormatOption(CLI::App& pCommand, std::string& pFormat)
 {
     pCommand.add_option("--from", pFormat, "Format of the input, instead of detecting it")
-        ->check(CLI::IsMember({"asf", "amc", "bvh", "glb", "gltf"}))
+        ->check(OneOf({"asf", "amc", "bvh", "glb", "gltf"}))
         ->option_text("KIND");
 }
 

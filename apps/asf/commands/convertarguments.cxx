@@ -1,4 +1,5 @@
 #include <apps/asf/commands/arguments.h>
+#include <apps/asf/usage.h>
 #include <kbaselib/kbase/kpath.h>
 
 #include <CLI/CLI.hpp>
@@ -39,7 +40,7 @@ size_t CountFurtherOutputs(const std::vector<std::string>& pArguments, size_t pI
 /// Inputs, outputs and takes.
 void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
-    const CLI::IsMember lKinds({"asf", "amc", "bvh", "glb", "gltf"});
+    const CLI::Validator lKinds = OneOf({"asf", "amc", "bvh", "glb", "gltf"});
     pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->option_text("...");
@@ -73,12 +74,12 @@ void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         .add_option("--start", pOptions.mStart, "Start: seconds from the first frame, or the number of a frame with the suffix f (60f)")
         ->option_text("TIME");
     pCommand.add_option("--end", pOptions.mEnd, "End, as for --start")->option_text("TIME");
-    pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(CLI::Range(1, 1000000))->option_text("N");
+    pCommand.add_option("--every", pOptions.mEvery, "Keep every N-th frame")->check(NumberFrom(1, 1000000, true))->option_text("N");
     AddWorldOptions(pCommand, pOptions.mWorld);
     pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
     pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
     pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
-        ->check(CLI::IsMember({"none", "unroll", "gimbal"}))
+        ->check(OneOf({"none", "unroll", "gimbal"}))
         ->option_text("FILTER");
     pCommand.add_flag("--reduce", pOptions.mReduce, "Drop keys inside runs of equal values when reading AMC");
     pCommand.add_flag("--keep-good-frames", pOptions.mKeepGoodFrames, "If a motion has an error, convert the frames before it");
@@ -90,17 +91,17 @@ void AddOutputFormatOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     pCommand.add_option("--channels", pOptions.mChannels, "Order of the rotation channels in a BVH file, such as ZXY (default: ZYX)")
         ->option_text("ORDER");
     pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")
-        ->check(CLI::IsMember({"bones", "none"}))
+        ->check(OneOf({"bones", "none"}))
         ->option_text("MESH");
     pCommand.add_option("--length-unit", pOptions.mLengthUnit, "Length unit of an ASF file: a length of 1 is 2.54 cm divided by it")
-        ->check(CLI::Range(kLeastFactor, kGreatestFactor))
+        ->check(NumberFrom(kLeastFactor, kGreatestFactor))
         ->option_text("UNIT");
     pCommand
         .add_option("--translations", pOptions.mTranslations, "Bones of an ASF file with translation DOFs: moving (default), none, all")
-        ->check(CLI::IsMember({"moving", "none", "all"}))
+        ->check(OneOf({"moving", "none", "all"}))
         ->option_text("WHICH");
     pCommand.add_option("--base-pose", pOptions.mBasePose, "Rest pose of an ASF file: rest (default), first-frame")
-        ->check(CLI::IsMember({"rest", "first-frame"}))
+        ->check(OneOf({"rest", "first-frame"}))
         ->option_text("POSE");
     pCommand.add_flag("--raw", pOptions.mRaw, "Write an ASF file as extracted, even if limits or offsets are lost");
     pCommand.add_flag("--write-rate,--tell-rate", pOptions.mWriteRate,
@@ -146,7 +147,7 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     AddOutputFormatOptions(pCommand, pOptions);
     pCommand
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
-        ->check(CLI::Range(1, 64))
+        ->check(NumberFrom(1, 64, true))
         ->option_text("N");
     AddAllowUnmatched(pCommand, pOptions.mMotion);
     pCommand.add_flag("-q,--quiet", pOptions.mMotion.mQuiet, "No notes, no progress bar");

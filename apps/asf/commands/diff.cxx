@@ -2,6 +2,7 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/report/diffreport.h>
+#include <apps/asf/usage.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <CLI/CLI.hpp>
@@ -139,13 +140,13 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
     lCommand
         ->add_option("--tolerance", lOptions->mTolerance,
                      "Tolerance: a fraction of the first figure's height, for angles radians (default: 0.001)")
-        ->check(CLI::Range(0.0, 1e9))
+        ->check(NumberFrom(0, 1e9))
         ->option_text("T");
     lCommand
         ->add_option("--ignore", lOptions->mIgnored,
                      "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, rate, duration, positions")
         ->delimiter(',')
-        ->check(CLI::IsMember({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "rate", "duration", "positions"}))
+        ->check(OneOf({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "rate", "duration", "positions"}))
         ->type_size(1)
         ->expected(1)
         ->allow_extra_args(false)

@@ -10,6 +10,7 @@
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/skeletonfile.h>
+#include <apps/asf/usage.h>
 
 #include <CLI/CLI.hpp>
 
@@ -331,10 +332,10 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
         ->required()
         ->option_text("FILE (required)");
     lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
-        ->check(CLI::IsMember({"front", "side", "top", "all"}))
+        ->check(OneOf({"front", "side", "top", "all"}))
         ->option_text("VIEW");
     lCommand->add_option("--width", lOptions->mWidth, "Width of the picture (default: as the poses need)")
-        ->check(CLI::Range(kMinPictureWidth, kMaxPictureWidth))
+        ->check(NumberFrom(kMinPictureWidth, kMaxPictureWidth, true))
         ->option_text("PIXELS");
     lCommand->add_flag("--names", lOptions->mNames, "Label the joints with their names");
     lCommand

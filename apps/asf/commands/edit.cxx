@@ -5,6 +5,7 @@
 #include <apps/asf/figure/motionedit.h>
 #include <apps/asf/figure/skeletonedit.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/usage.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
@@ -224,7 +225,7 @@ void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("OLD=NEW");
-    lCommand->add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(CLI::Range(1e-9, 1e9))->option_text("FACTOR");
+    lCommand->add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(NumberFrom(1e-9, 1e9))->option_text("FACTOR");
     lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
     lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
                        "Remove bones without degrees of freedom if that moves no other joint");

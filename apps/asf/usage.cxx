@@ -1,0 +1,206 @@
+#include <apps/asf/usage.h>
+
+#include <apps/asf/figure/motionoptions.h>
+#include <apps/asf/report/numbertext.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace asfapp
+{
+
+namespace
+{
+
+/// Longer words are not compared: no command or option is as long.
+constexpr size_t kMaxWord = 40;
+
+/// Number of letters to insert, remove, replace or swap with their neighbour, to make one word from the other.
+size_t EditDistance(const std::string& pOne, const std::string& pOther)
+{
+    // The last three rows of the table: a swap looks back two.
+    std::vector<size_t> lRows[3];
+    for (std::vector<size_t>& lRow : lRows)
+    {
+        lRow.resize(pOther.size() + 1);
+    }
+    for (size_t lIndex = 0; lIndex <= pOne.size(); ++lIndex)
+    {
+        std::vector<size_t>&       lRow = lRows[lIndex % 3];
+        const std::vector<size_t>& lAbove = lRows[(lIndex + 2) % 3];
+        const std::vector<size_t>& lBefore = lRows[(lIndex + 1) % 3];
+        for (size_t lAt = 0; lAt <= pOther.size(); ++lAt)
+        {
+            if (lIndex == 0 || lAt == 0)
+            {
+                lRow[lAt] = lIndex + lAt;
+                continue;
+            }
+            const size_t lReplace = pOne[lIndex - 1] == pOther[lAt - 1] ? 0 : 1;
+            lRow[lAt] = std::min({lAbove[lAt] + 1, lRow[lAt - 1] + 1, lAbove[lAt - 1] + lReplace});
+            if (lIndex > 1 && lAt > 1 && pOne[lIndex - 1] == pOther[lAt - 2] && pOne[lIndex - 2] == pOther[lAt - 1])
+            {
+                lRow[lAt] = std::min(lRow[lAt], lBefore[lAt - 2] + 1);
+            }
+        }
+    }
+    return lRows[pOne.size() % 3].back();
+}
+
+/// ", did you mean check?", or "".
+std::string DidYouMean(const std::string& pWord, const std::vector<std::string>& pWords)
+{
+    const std::string lClosest = ClosestWord(pWord, pWords);
+    return lClosest.empty() ? std::string() : ", did you mean " + lClosest + "?";
+}
+
+std::string DescribeMissingCommand(const CLI::App& pProgram)
+{
+    const std::vector<std::string> lWords = pProgram.remaining();
+    if (lWords.empty())
+    {
+        return "a command is required";
+    }
+    if (lWords.front()[0] == '-')
+    {
+        return "a command is required before " + lWords.front();
+    }
+    std::vector<std::string> lNames;
+    std::string              lCommands;
+    for (const CLI::App* lCommand : pProgram.get_subcommands([](const CLI::App*) { return true; }))
+    {
+        lNames.push_back(lCommand->get_name());
+        lCommands += (lCommands.empty() ? "" : ", ") + lCommand->get_name();
+    }
+    const std::string lHint = DidYouMean(lWords.front(), lNames);
+    return "unknown command " + lWords.front() + (lHint.empty() ? " (commands: " + lCommands + ")" : lHint);
+}
+
+std::string DescribeUnknownOption(const CLI::App& pCommand, const std::string& pWord)
+{
+    std::vector<std::string> lNames;
+    for (const CLI::Option* lOption : pCommand.get_options())
+    {
+        for (const std::string& lName : lOption->get_lnames())
+        {
+            lNames.push_back("--" + lName);
+        }
+    }
+    const std::string lName = pWord.substr(0, pWord.find('='));
+    return "unknown option " + lName + DidYouMean(lName, lNames);
+}
+
+/// A missing --output: its name is often given as one more input.
+std::string DescribeMissingOutput(const CLI::App& pCommand)
+{
+    const CLI::Option*       lFile = pCommand.get_option_no_throw("FILE");
+    std::vector<std::string> lWords = lFile != nullptr ? lFile->results() : std::vector<std::string>();
+    const auto               lRest = pCommand.remaining();
+    lWords.insert(lWords.end(), lRest.begin(), lRest.end());
+    return "--output is required: write the output's name behind -o" + (lWords.size() > 1 ? ": -o " + lWords.back() : " FILE");
+}
+
+std::string DescribeCount(const CLI::Option& pOption, const std::string& pName)
+{
+    const long long lGiven = static_cast<long long>(pOption.count());
+    const long long lMax = pOption.get_items_expected_max();
+    if (lGiven == 0)
+    {
+        return pName + ": a value is missing";
+    }
+    if (lMax == 1 && lGiven > 1 && !pOption.get_positional())
+    {
+        return pName + ": expected once, not " + std::to_string(lGiven) + " times";
+    }
+    const bool      lIsTooMany = lGiven > lMax;
+    const long long lBound = lIsTooMany ? lMax : pOption.get_items_expected_min();
+    return pName + ": expected at " + (lIsTooMany ? "most " : "least ") + std::to_string(lBound) + ", not " + std::to_string(lGiven);
+}
+
+} // namespace
+
+CLI::Validator NumberFrom(double pMin, double pMax, bool pIsWhole)
+{
+    const std::string lWhat = std::string(pIsWhole ? "a whole number" : "a number") + " from " + Short(pMin) + " to " + Short(pMax);
+    return CLI::Validator(
+        [=](std::string& pText)
+        {
+            double     lValue = 0;
+            const bool lOk = ParseNumber(pText, lValue) && lValue >= pMin && lValue <= pMax && (!pIsWhole || lValue == std::floor(lValue));
+            return lOk ? std::string() : "expected " + lWhat + ", not " + pText;
+        },
+        "", "");
+}
+
+CLI::Validator OneOf(std::vector<std::string> pWords)
+{
+    return CLI::Validator(
+        [lWords = std::move(pWords)](std::string& pText)
+        {
+            const bool lOk = std::find(lWords.begin(), lWords.end(), pText) != lWords.end();
+            return lOk ? std::string() : "expected " + ListWords(lWords) + ", not " + pText;
+        },
+        "", "");
+}
+
+std::string ListWords(const std::vector<std::string>& pWords)
+{
+    std::string lList;
+    for (size_t lIndex = 0; lIndex < pWords.size(); ++lIndex)
+    {
+        lList += (lIndex == 0 ? "" : lIndex + 1 < pWords.size() ? ", " : " or ") + pWords[lIndex];
+    }
+    return lList;
+}
+
+std::string ClosestWord(const std::string& pWord, const std::vector<std::string>& pWords)
+{
+    std::string lClosest;
+    size_t      lLeast = 1 + std::max<size_t>(1, pWord.size() / 3);
+    for (const std::string& lWord : pWords)
+    {
+        const size_t lDistance = pWord.size() <= kMaxWord ? EditDistance(pWord, lWord) : lLeast;
+        if (lDistance < lLeast)
+        {
+            lLeast = lDistance;
+            lClosest = lWord;
+        }
+    }
+    return lClosest;
+}
+
+std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& pError)
+{
+    const auto lGiven = pProgram.get_subcommands();
+    if (lGiven.empty())
+    {
+        return pError.get_name() == "RequiredError" ? DescribeMissingCommand(pProgram) : pError.what();
+    }
+    const CLI::App&                lCommand = *lGiven.front();
+    const std::vector<std::string> lRest = lCommand.remaining();
+    const auto                     lOption =
+        std::find_if(lRest.begin(), lRest.end(), [](const std::string& pWord) { return pWord.size() > 1 && pWord[0] == '-'; });
+    if (lOption != lRest.end())
+    {
+        return DescribeUnknownOption(lCommand, *lOption);
+    }
+    const std::string  lText = pError.what();
+    const std::string  lName = lText.substr(0, lText.find(':'));
+    const CLI::Option* lNamed = lCommand.get_option_no_throw(lName);
+    if (lText == "--output is required")
+    {
+        return DescribeMissingOutput(lCommand);
+    }
+    if (pError.get_name() == "ArgumentMismatch" && lNamed != nullptr)
+    {
+        return DescribeCount(*lNamed, lName);
+    }
+    if (pError.get_name() == "ConversionError")
+    {
+        return "not understood: " + lText.substr(lText.find(':') + 2);
+    }
+    return pError.get_name() == "ExtrasError" && !lRest.empty() ? "expected no more after the files, not " + lRest.front() : lText;
+}
+
+} // namespace asfapp
