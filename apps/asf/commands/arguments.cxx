@@ -50,13 +50,13 @@ void AddFormatOption(CLI::App& pCommand, std::string& pFormat)
 void AddWorldOptions(CLI::App& pCommand, KWorldOptions& pOptions)
 {
     pCommand.add_option("--scale", pOptions.mScale, "Factor for all lengths and positions")
-        ->check(CLI::Range(1e-9, 1e9))
+        ->check(NumberFrom(1e-9, 1e9))
         ->option_text("FACTOR");
     pCommand.add_option("--units", pOptions.mUnits, "Unit of length to write: cm, m, in, or file for that of the input; not to glTF")
-        ->check(CLI::IsMember({"cm", "m", "in", "file"}))
+        ->check(OneOf({"cm", "m", "in", "file"}))
         ->option_text("UNIT");
     pCommand.add_option("--up", pOptions.mUp, "Axis to write as up: y (default), z; not to glTF")
-        ->check(CLI::IsMember({"y", "z"}))
+        ->check(OneOf({"y", "z"}))
         ->option_text("AXIS");
     pCommand.add_flag("--in-place", pOptions.mInPlace, "Take out the root's horizontal way; it keeps its height and turns");
 }

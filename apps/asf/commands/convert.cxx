@@ -3,6 +3,7 @@
 #include <apps/asf/figure/converter.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/report/sizehint.h>
 
 #include <CLI/CLI.hpp>
 
@@ -44,6 +45,10 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
     if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
     {
         return;
+    }
+    if (pOptions.mWorld.mScale == 1)
+    {
+        PrintSizeHint(lFiles.mFigure, lFigure, pConsole);
     }
     SetFileUnit(pOptions.mWorld, lFiles, lFigure);
     if (CheckLengthUnit(pOptions.mWorld, pOptions.mLengthUnit, true, pConsole))

@@ -1,6 +1,7 @@
 #include <apps/asf/figure/converter.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
+#include <kbaselib/kbase/kpath.h>
 
 /// \file
 /// Writing figures as glTF; a build without it reports that.
@@ -80,6 +81,11 @@ bool KConverter::WriteGlb(const std::string& pPath, const std::vector<const KSam
 
 bool KConverter::WriteGltf(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes)
 {
+    if (qexsdk::KPathExtension(pPath) != ".gltf")
+    {
+        // Without a name there is no place for the buffer: one binary file.
+        return WriteGlb(pPath, pTakes);
+    }
     qexsdk::KQexGltfWriteOptions lOptions = GltfOptions(pTakes);
     qexsdk::KQexFileGltf         lFile;
     bool                         lOk = false;
