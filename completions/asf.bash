@@ -21,6 +21,8 @@ _asf()
         mapfile -t COMPREPLY < <(compgen -W "bones none" -- "$word")
     elif [ "$before" = --base-pose ]; then
         mapfile -t COMPREPLY < <(compgen -W "rest first-frame" -- "$word")
+    elif [ "$before" = --only ]; then
+        mapfile -t COMPREPLY < <(compgen -W "errors warnings" -- "$word")
     elif [ "$before" = --ignore ]; then
         mapfile -t COMPREPLY < <(compgen -W "names parents rest lengths dofs limits frames rate duration positions" -- "$word")
     elif [[ $word == -* ]]; then

@@ -1,5 +1,7 @@
 #include <apps/asf/console.h>
 
+#include <kbaselib/kbase/kutf8.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -44,17 +46,23 @@ std::string Printable(std::string_view pText)
 {
     std::string lResult;
     lResult.reserve(pText.size());
-    for (const char lChar : pText)
+    for (size_t lAt = 0; lAt < pText.size();)
     {
-        const unsigned char lByte = static_cast<unsigned char>(lChar);
-        if (lByte >= 0x20 && lByte != 0x7f)
+        const unsigned char lByte = static_cast<unsigned char>(pText[lAt]);
+        const size_t        lLength = qexsdk::KUtf8Length(pText.substr(lAt));
+        // U+0080 to U+009F are control characters, too.
+        const bool lIsControl =
+            lByte < 0x20 || lByte == 0x7F || (lByte == 0xC2 && lLength == 2 && static_cast<unsigned char>(pText[lAt + 1]) < 0xA0);
+        if (lLength > 0 && !lIsControl)
         {
-            lResult.push_back(lChar);
+            lResult.append(pText, lAt, lLength);
+            lAt += lLength;
             continue;
         }
         char lEscape[8];
-        std::snprintf(lEscape, sizeof lEscape, "\\x%02x", static_cast<unsigned>(lByte));
+        std::snprintf(lEscape, sizeof lEscape, "\\x%02X", static_cast<unsigned>(lByte));
         lResult += lEscape;
+        ++lAt;
     }
     return lResult;
 }
@@ -127,10 +135,20 @@ void KConsole::CloseOut()
 
 void KConsole::Message(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText)
 {
-    if (pSeverity == eNOTE && mQuiet)
+    if ((pSeverity != eNOTE || !mQuiet) && (!mHasOnly || pSeverity == mOnly))
     {
-        return;
+        Print(pSeverity, pPath, pLine, pText);
     }
+}
+
+void KConsole::ShowOnly(ESeverity pSeverity)
+{
+    mHasOnly = true;
+    mOnly = pSeverity;
+}
+
+void KConsole::Print(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText)
+{
     std::string lText = Printable(pPath);
     if (pLine > 0)
     {
@@ -147,7 +165,7 @@ void KConsole::Message(ESeverity pSeverity, const std::string& pPath, int pLine,
 
 void KConsole::Fail(EExit pExit, std::string_view pText)
 {
-    Message(eERROR, "asf", 0, pText);
+    Print(eERROR, "asf", 0, pText);
     Raise(pExit);
 }
 

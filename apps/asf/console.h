@@ -33,7 +33,8 @@ enum ESeverity
 /// The severity of a library's message.
 ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage);
 
-/// \p pText with every control character as \\xNN, so that a name from a file cannot control a terminal.
+/// \p pText with every control character, and every byte that is no UTF-8, as \\xNN: a name from a file can be told from others, and
+/// cannot control a terminal.
 std::string Printable(std::string_view pText);
 
 /// The output streams and the exit status of a command. Colour is used only on a terminal and not when NO_COLOR is set.
@@ -60,6 +61,9 @@ public:
     /// Prints `path:line: warning: text` to standard error; without the line if it is 0. Notes are dropped when quiet.
     void Message(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText);
 
+    /// Drops all messages of files but those of \p pSeverity.
+    void ShowOnly(ESeverity pSeverity);
+
     /// Prints `asf: error: text`, an error without a file, and raises the exit status to \p pExit.
     void Fail(EExit pExit, std::string_view pText);
 
@@ -77,12 +81,15 @@ public:
 
 private:
     bool WriteOut();
+    void Print(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText);
 
     qexsdk::KOutputFile mOut;
     std::string         mPending; ///< Data not yet passed to mOut.
     bool                mIsOutOpen = false;
     bool                mHasOutFailed = false;
     bool                mQuiet = false;
+    bool                mHasOnly = false;
+    ESeverity           mOnly = eNOTE; ///< Valid if mHasOnly.
     bool                mOutColour = false;
     bool                mErrColour = false;
     int                 mExit = eEXIT_SUCCESS;

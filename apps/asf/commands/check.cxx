@@ -2,8 +2,11 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/report/figuresurvey.h>
+#include <apps/asf/report/jsontext.h>
 #include <apps/asf/report/motionsurvey.h>
 #include <apps/asf/report/numbertext.h>
+#include <apps/asf/report/sizehint.h>
+#include <apps/asf/usage.h>
 #include <kbaselib/kmath/kdofcodes.h>
 
 #include <CLI/CLI.hpp>
@@ -22,6 +25,9 @@ struct KCheckOptions
 {
     std::vector<std::string> mFiles;
     bool                     mStrict = false;
+    bool                     mJson = false;
+    bool                     mNoLimits = false;
+    std::string              mOnly; ///< "errors", "warnings" or "" for both.
     KMotionOptions           mMotion;
 };
 
@@ -31,22 +37,47 @@ struct KCheckTotals
     long long mWarnings = 0;
 };
 
-void Report(const qexsdk::KQexFigureFile& pFile, const KMessages& pMessages, KCheckTotals& pTotals, KConsole& pConsole)
+/// What was found in one input.
+struct KCheckResult
 {
-    pMessages.Print(pFile.GetDisplayPath(), pConsole);
-    pTotals.mErrors += pMessages.mErrors;
-    pTotals.mWarnings += pMessages.mWarnings;
-    if (pMessages.mErrors > 0)
+    const char* mKind = "unknown";
+    bool        mIsPrinted = false; ///< The messages were printed already.
+    KMessages   mMessages;
+};
+
+void Report(const std::string& pPath, KCheckResult& pResult, const KCheckOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+{
+    KMessages& lMessages = pResult.mMessages;
+    if (!pResult.mIsPrinted)
+    {
+        lMessages.Print(pPath == "-" ? "<stdin>" : pPath, pConsole);
+    }
+    pTotals.mErrors += lMessages.mErrors;
+    pTotals.mWarnings += lMessages.mWarnings;
+    if (lMessages.mErrors > 0)
     {
         pConsole.Raise(eEXIT_INPUT);
     }
+    if (pOptions.mJson)
+    {
+        KJson lObject = JsonHead(pResult.mKind, pPath, lMessages.mErrors == 0, lMessages);
+        if (!pOptions.mOnly.empty())
+        {
+            lMessages.KeepOnly(pOptions.mOnly == "errors" ? qexsdk::KQexTextMessage::eERROR : qexsdk::KQexTextMessage::eWARNING);
+            lObject["messages"] = JsonMessages(lMessages);
+        }
+        PrintJsonLine(lObject, pConsole);
+    }
 }
 
-void CheckSkeleton(const qexsdk::KQexFigureFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
+KMessages CheckSkeleton(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole)
 {
     KSkeletonFile lSkeleton;
-    lSkeleton.Read(pFile, true, pConsole);
-    Report(pFile, lSkeleton.GetMessages(), pTotals, pConsole);
+    if (lSkeleton.Read(pFile, true, pConsole))
+    {
+        PrintSizeHint(pFile, lSkeleton, pConsole);
+    }
+    return lSkeleton.GetMessages();
 }
 
 /// A warning for each degree of freedom that exceeds its limits.
@@ -68,44 +99,58 @@ void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
     }
 }
 
-void CheckMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+KMessages CheckMotion(const qexsdk::KQexFigureFiles& pFiles, const KCheckOptions& pOptions, KConsole& pConsole)
 {
     KMotionSurvey lSurvey;
-    lSurvey.Read(pFiles, pOptions, pConsole);
+    lSurvey.Read(pFiles, pOptions.mMotion, true, pConsole);
     KMessages lMessages = lSurvey.GetMessages();
-    AddLimitWarnings(lSurvey, lMessages);
-    Report(pFiles.mMotions.front(), lMessages, pTotals, pConsole);
+    if (!pOptions.mNoLimits)
+    {
+        AddLimitWarnings(lSurvey, lMessages);
+    }
+    return lMessages;
 }
 
-void CheckFigure(const qexsdk::KQexFigureFile& pFile, KCheckTotals& pTotals, KConsole& pConsole)
+KMessages CheckFigure(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole)
 {
     KFigureSurvey lSurvey;
     if (lSurvey.Read(pFile, pConsole))
     {
         lSurvey.AddFindings();
+        PrintSizeHint(pFile, lSurvey, pConsole);
     }
-    Report(pFile, lSurvey.GetMessages(), pTotals, pConsole);
+    return lSurvey.GetMessages();
 }
 
-void Check(const KInputSet& pInputs, size_t pIndex, const KMotionOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
+void Check(const KInputSet& pInputs, size_t pIndex, const KCheckOptions& pOptions, KCheckResult& pResult, KConsole& pConsole)
 {
+    const std::string& lPath = pOptions.mFiles[pIndex];
+    if (!pInputs.IsOpen(pIndex, pConsole))
+    {
+        pResult.mMessages.Add(pInputs.GetReport(pIndex), lPath);
+        pResult.mIsPrinted = true;
+        return;
+    }
     const qexsdk::KQexFigureFile& lFile = pInputs.GetFile(pIndex);
     qexsdk::KQexFigureFiles       lPair;
+    qexsdk::KQexFigureReport      lReport;
+    pResult.mKind = JsonKind(lFile);
     if (lFile.HasOwnMotion())
     {
-        CheckFigure(lFile, pTotals, pConsole);
+        pResult.mMessages = CheckFigure(lFile, pConsole);
     }
     else if (lFile.GetFormat() == qexsdk::eFIGURE_ASF)
     {
-        CheckSkeleton(lFile, pTotals, pConsole);
+        pResult.mMessages = CheckSkeleton(lFile, pConsole);
     }
-    else if (pInputs.Pair(pIndex, pOptions, lPair, pConsole))
+    else if (pInputs.Pair(pIndex, pOptions.mMotion, lPair, lReport, pConsole))
     {
-        CheckMotion(lPair, pOptions, pTotals, pConsole);
+        pResult.mMessages = CheckMotion(lPair, pOptions, pConsole);
     }
     else
     {
-        ++pTotals.mErrors;
+        pResult.mMessages.Add(lReport, lPath);
+        pResult.mIsPrinted = true;
     }
 }
 
@@ -115,25 +160,27 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
     {
         return;
     }
+    if (!pOptions.mOnly.empty())
+    {
+        pConsole.ShowOnly(pOptions.mOnly == "errors" ? eERROR : eWARNING);
+    }
     KCheckTotals    lTotals;
     const KInputSet lInputs(pOptions.mFiles, pOptions.mMotion);
-    for (size_t lIndex = 0; lIndex < pOptions.mFiles.size(); ++lIndex)
+    for (size_t lIndex = 0; lIndex < pOptions.mFiles.size() && !pConsole.HasOutFailed(); ++lIndex)
     {
-        if (lInputs.IsOpen(lIndex, pConsole))
-        {
-            Check(lInputs, lIndex, pOptions.mMotion, lTotals, pConsole);
-        }
-        else
-        {
-            ++lTotals.mErrors;
-        }
+        KCheckResult lResult;
+        Check(lInputs, lIndex, pOptions, lResult, pConsole);
+        Report(pOptions.mFiles[lIndex], lResult, pOptions, lTotals, pConsole);
     }
     if (pOptions.mStrict && lTotals.mWarnings > 0)
     {
         pConsole.Raise(eEXIT_INPUT);
     }
-    pConsole.Out(std::to_string(pOptions.mFiles.size()) + " files, " + std::to_string(lTotals.mErrors) + " errors, " +
-                 std::to_string(lTotals.mWarnings) + " warnings\n");
+    if (!pOptions.mJson)
+    {
+        pConsole.Out(Count(static_cast<long long>(pOptions.mFiles.size()), "file", "files") + ", " +
+                     Count(lTotals.mErrors, "error", "errors") + ", " + Count(lTotals.mWarnings, "warning", "warnings") + "\n");
+    }
 }
 
 } // namespace
@@ -144,16 +191,23 @@ void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
     CLI::App* lCommand = pProgram.add_subcommand("check", "Report problems in skeletons, motions and figures");
     lCommand->add_option("FILE", lOptions->mFiles, "Files to check; \"-\" is standard input")->required()->option_text("...");
     lCommand->add_flag("--strict", lOptions->mStrict, "Treat warnings as errors in the exit status");
+    lCommand->add_flag("--json", lOptions->mJson, "Print JSON instead of the summary: one object per file, each on its own line");
+    lCommand->add_option("--only", lOptions->mOnly, "Show only errors or only warnings; what is counted does not change")
+        ->check(OneOf({"errors", "warnings"}))
+        ->option_text("KIND");
+    lCommand->add_flag("--no-limits", lOptions->mNoLimits, "Leave out values outside the skeleton's limits");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("Messages go to standard error as FILE:LINE: warning: TEXT, or error: if the file cannot be read. Standard output\n"
                      "gets a summary line. The exit status is 0 if there are no errors.\n"
+                     "After an error in a motion, reading goes on with the next frame, until 100 errors are found.\n"
                      "A motion is read with a skeleton given in the same call, else with one from its folder; values outside the\n"
                      "skeleton's limits give warnings.\n"
                      "\n"
                      "Examples:\n"
                      "  asf check walker.asf walk.amc\n"
-                     "  asf check --strict *.asf && echo clean");
+                     "  asf check --strict *.asf && echo clean\n"
+                     "  asf check --json *.amc | jq -r 'select(.ok | not) | .file'");
     lCommand->callback([lOptions, &pConsole] { RunCheck(*lOptions, pConsole); });
 }
 

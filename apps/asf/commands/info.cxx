@@ -2,8 +2,10 @@
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/report/figuresurvey.h>
+#include <apps/asf/report/jsontext.h>
 #include <apps/asf/report/motionsurvey.h>
 #include <apps/asf/report/numbertext.h>
+#include <apps/asf/report/sizehint.h>
 #include <apps/asf/report/skeletoninfo.h>
 
 #include <CLI/CLI.hpp>
@@ -30,6 +32,7 @@ void ShowSkeleton(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOpti
     KSkeletonFile lSkeleton;
     lSkeleton.Read(pFile, false, pConsole);
     lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
+    PrintSizeHint(pFile, lSkeleton, pConsole);
     if (pOptions.mJson)
     {
         WriteSkeletonJson(pFile, lSkeleton, pConsole);
@@ -44,7 +47,7 @@ void ShowMotion(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOpti
 {
     const std::string& lPath = pFiles.mMotions.front().GetDisplayPath();
     KMotionSurvey      lSurvey;
-    const bool         lOk = lSurvey.Read(pFiles, pOptions.mMotion, pConsole);
+    const bool         lOk = lSurvey.Read(pFiles, pOptions.mMotion, false, pConsole);
     lSurvey.GetMessages().Print(lPath, pConsole);
     if (lOk && lSurvey.GetInfo().mRateSource == qexsdk::eAMC_RATE_DEFAULT)
     {
@@ -65,6 +68,7 @@ void ShowFigure(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOption
     KFigureSurvey lSurvey;
     const bool    lOk = lSurvey.Read(pFile, pConsole);
     lSurvey.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
+    PrintSizeHint(pFile, lSurvey, pConsole);
     if (pOptions.mJson)
     {
         WriteFigureJson(pFile, lSurvey, pConsole);
@@ -75,10 +79,23 @@ void ShowFigure(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOption
     }
 }
 
+/// An input of which nothing could be read, for the reason in \p pReport.
+void ShowUnreadable(const char* pKind, const std::string& pPath, const qexsdk::KQexFigureReport& pReport, const KInfoOptions& pOptions,
+                    KConsole& pConsole)
+{
+    if (pOptions.mJson)
+    {
+        KMessages lMessages;
+        lMessages.Add(pReport, pPath);
+        PrintJsonLine(JsonHead(pKind, pPath, false, lMessages), pConsole);
+    }
+}
+
 void Show(const KInputSet& pInputs, size_t pIndex, const KInfoOptions& pOptions, KConsole& pConsole)
 {
     const qexsdk::KQexFigureFile& lFile = pInputs.GetFile(pIndex);
     qexsdk::KQexFigureFiles       lPair;
+    qexsdk::KQexFigureReport      lReport;
     if (lFile.HasOwnMotion())
     {
         ShowFigure(lFile, pOptions, pConsole);
@@ -87,9 +104,13 @@ void Show(const KInputSet& pInputs, size_t pIndex, const KInfoOptions& pOptions,
     {
         ShowSkeleton(lFile, pOptions, pConsole);
     }
-    else if (pInputs.Pair(pIndex, pOptions.mMotion, lPair, pConsole))
+    else if (pInputs.Pair(pIndex, pOptions.mMotion, lPair, lReport, pConsole))
     {
         ShowMotion(lPair, pOptions, pConsole);
+    }
+    else
+    {
+        ShowUnreadable(JsonKind(lFile), lFile.GetPath(), lReport, pOptions, pConsole);
     }
 }
 
@@ -103,8 +124,13 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
     bool            lFirst = true;
     for (size_t lIndex = 0; lIndex < pOptions.mFiles.size(); ++lIndex)
     {
-        if (pConsole.HasOutFailed() || !lInputs.IsOpen(lIndex, pConsole))
+        if (pConsole.HasOutFailed())
         {
+            break;
+        }
+        if (!lInputs.IsOpen(lIndex, pConsole))
+        {
+            ShowUnreadable("unknown", pOptions.mFiles[lIndex], lInputs.GetReport(lIndex), pOptions, pConsole);
             continue;
         }
         if (!lFirst && !pOptions.mJson)
@@ -124,7 +150,7 @@ void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
     auto      lOptions = std::make_shared<KInfoOptions>();
     CLI::App* lCommand = pProgram.add_subcommand("info", "Show what skeletons, motions and figures contain");
     lCommand->add_option("FILE", lOptions->mFiles, "Files to read; \"-\" is standard input")->required()->option_text("...");
-    lCommand->add_flag("--json", lOptions->mJson, "Print JSON: one object per file, each on its own line");
+    lCommand->add_flag("--json", lOptions->mJson, "Print JSON: one object per file, also for unreadable ones, each on its own line");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddMotionOptions(*lCommand, lOptions->mMotion);
     lCommand->footer("For a skeleton, prints the bone tree: length in centimetres and in the file's unit, degrees of freedom in file\n"

@@ -82,11 +82,11 @@ bool KInputSet::IsOpen(size_t pIndex, KConsole& pConsole) const
     return mFiles[pIndex].mIsOpen;
 }
 
-bool KInputSet::Pair(size_t pIndex, const KMotionOptions& pOptions, KQexFigureFiles& pPair, KConsole& pConsole) const
+bool KInputSet::Pair(size_t pIndex, const KMotionOptions& pOptions, KQexFigureFiles& pPair, KQexFigureReport& pReport,
+                     KConsole& pConsole) const
 {
-    KQexFigureReport lReport;
-    const bool       lOk = pPair.Pair(GetFile(pIndex), mSkeletons, FilesOptions(pOptions), lReport);
-    PrintReport(lReport, pConsole);
+    const bool lOk = pPair.Pair(GetFile(pIndex), mSkeletons, FilesOptions(pOptions), pReport);
+    PrintReport(pReport, pConsole);
     return lOk;
 }
 

@@ -30,13 +30,17 @@ class KInputSet
 public:
     KInputSet(const std::vector<std::string>& pPaths, const KMotionOptions& pOptions);
 
-    /// True if file \p pIndex could be opened; else prints why and raises the exit status.
+    /// True if file \p pIndex could be opened; else prints why (see GetReport()) and raises the exit status.
     bool IsOpen(size_t pIndex, KConsole& pConsole) const;
 
     const qexsdk::KQexFigureFile& GetFile(size_t pIndex) const { return mFiles[pIndex].mFile; }
 
-    /// Puts motion \p pIndex and its skeleton together. False after an error.
-    bool Pair(size_t pIndex, const KMotionOptions& pOptions, qexsdk::KQexFigureFiles& pPair, KConsole& pConsole) const;
+    /// The messages of opening file \p pIndex.
+    const qexsdk::KQexFigureReport& GetReport(size_t pIndex) const { return mFiles[pIndex].mReport; }
+
+    /// Puts motion \p pIndex and its skeleton together. False after an error. Prints the messages, which are also in \p pReport.
+    bool Pair(size_t pIndex, const KMotionOptions& pOptions, qexsdk::KQexFigureFiles& pPair, qexsdk::KQexFigureReport& pReport,
+              KConsole& pConsole) const;
 
 private:
     struct KInput

@@ -14,7 +14,6 @@ namespace
 {
 
 using qexsdk::KQexAnimCurve;
-using qexsdk::KQexFigureMessage;
 using qexsdk::KQexTextMessage;
 
 /// Values of a curve that differ by less than this, plus a millionth of the value, are the same: curves have single precision.
@@ -62,14 +61,7 @@ bool KFigureSurvey::Read(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole
     qexsdk::KQexFigureReport lReport;
     lFiles.mFigure = pFile;
     mOk = LoadQuietly(mFigure, lFiles, {}, lReport, pConsole);
-    for (const KQexFigureMessage& lMessage : lReport.GetMessages())
-    {
-        if (lMessage.mSeverity != KQexFigureMessage::eNOTE)
-        {
-            const bool lIsError = lMessage.mSeverity == KQexFigureMessage::eERROR;
-            mMessages.Add(lIsError ? KQexTextMessage::eERROR : KQexTextMessage::eWARNING, lMessage.mLine, lMessage.mText);
-        }
-    }
+    mMessages.Add(lReport, pFile.GetDisplayPath());
     if (mOk)
     {
         CollectJoints();

@@ -1,25 +1,42 @@
 #include <apps/asf/report/jsontext.h>
 
+#include <algorithm>
+
 namespace asfapp
 {
 
-KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages)
+using qexsdk::KQexTextMessage;
+
+KJson JsonMessages(const KMessages& pMessages)
 {
     KJson lMessages = KJson::array();
-    for (const qexsdk::KQexTextMessage& lMessage : pMessages.mList)
+    for (const KQexTextMessage& lMessage : pMessages.mList)
     {
-        const bool lError = lMessage.mSeverity == qexsdk::KQexTextMessage::eERROR;
+        const bool lError = lMessage.mSeverity == KQexTextMessage::eERROR;
         lMessages.push_back({{"severity", lError ? "error" : "warning"}, {"line", lMessage.mLine}, {"text", lMessage.mText}});
     }
-    KJson lObject;
+    return lMessages;
+}
+
+KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages)
+{
+    const auto lError = std::find_if(pMessages.mList.begin(), pMessages.mList.end(),
+                                     [](const KQexTextMessage& pMessage) { return pMessage.mSeverity == KQexTextMessage::eERROR; });
+    KJson      lObject;
     lObject["schema"] = kJsonSchema;
     lObject["kind"] = pKind;
     lObject["file"] = pPath;
     lObject["ok"] = pOk;
+    lObject["error"] = lError != pMessages.mList.end() ? KJson(lError->mText) : KJson(nullptr);
     lObject["errors"] = pMessages.mErrors;
     lObject["warnings"] = pMessages.mWarnings;
-    lObject["messages"] = lMessages;
+    lObject["messages"] = JsonMessages(pMessages);
     return lObject;
+}
+
+const char* JsonKind(const qexsdk::KQexFigureFile& pFile)
+{
+    return pFile.HasOwnMotion() ? "figure" : pFile.GetFormat() == qexsdk::eFIGURE_ASF ? "skeleton" : "motion";
 }
 
 KJson JsonPoint(const KPoint& pPoint)

@@ -15,8 +15,14 @@ using KJson = nlohmann::ordered_json;
 /// Version of the JSON objects; incremented when a key changes its meaning or is removed.
 constexpr int kJsonSchema = 1;
 
-/// The common head of all objects: schema, kind, file, ok, counts and list of messages.
+/// The list of messages.
+KJson JsonMessages(const KMessages& pMessages);
+
+/// The common head of all objects: schema, kind, file, ok, first error, counts and list of messages.
 KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages);
+
+/// The word for a kind of input: "skeleton", "motion" or "figure".
+const char* JsonKind(const qexsdk::KQexFigureFile& pFile);
 
 KJson JsonPoint(const KPoint& pPoint);
 

@@ -43,7 +43,7 @@ bool KBoneSurvey::Moves() const
     return std::any_of(mDofs.begin(), mDofs.end(), [](const KDofSurvey& pDof) { return pDof.mHighest - pDof.mLowest > kTolerance; });
 }
 
-bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KConsole& pConsole)
+bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, bool pAllErrors, KConsole& pConsole)
 {
     qexsdk::KQexImportAcclaimResult lResult;
     qexsdk::KQexAsfSceneOwner       lSkeleton =
@@ -58,6 +58,7 @@ bool KMotionSurvey::Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOpt
     KProgress                  lProgress("reading", pConsole);
     qexsdk::KQexAmcReadOptions lOptions;
     lOptions.mSamplesPerSecond = pOptions.mMotionRate;
+    lOptions.mFindMoreErrors = pAllErrors;
     lOptions.mSkeletonNotes = lResult.mSkeletonNotes;
     lOptions.mProgress = [&lProgress](double pFraction)
     {

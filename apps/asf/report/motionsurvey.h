@@ -37,9 +37,9 @@ struct KBoneSurvey
 class KMotionSurvey : private qexsdk::KQexAmcVisitor
 {
 public:
-    /// Reads the skeleton and the first motion of \p pFiles. The messages are the motion's; those of a skeleton that fails are printed. False, and the exit
-    /// status raised, if either cannot be read.
-    bool Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, KConsole& pConsole);
+    /// Reads the skeleton and the first motion of \p pFiles; with \p pAllErrors, on after an error of the motion. The messages are the
+    /// motion's; those of a skeleton that fails are printed. False, and the exit status raised, if either cannot be read.
+    bool Read(const qexsdk::KQexFigureFiles& pFiles, const KMotionOptions& pOptions, bool pAllErrors, KConsole& pConsole);
 
     const KMessages&                GetMessages() const { return mMessages; }
     bool                            IsOk() const { return mOk; }

@@ -9,12 +9,37 @@
 namespace asfapp
 {
 
+using qexsdk::KQexFigureMessage;
 using qexsdk::KQexTextMessage;
 
 void KMessages::Add(KQexTextMessage::ESeverity pSeverity, int pLine, const std::string& pText)
 {
     mList.push_back({pSeverity, pLine, pText});
     ++(pSeverity == KQexTextMessage::eERROR ? mErrors : mWarnings);
+}
+
+void KMessages::Add(const qexsdk::KQexFigureReport& pReport, const std::string& pPath)
+{
+    const std::string lOwn = pPath == "-" ? "<stdin>" : pPath;
+    for (const KQexFigureMessage& lMessage : pReport.GetMessages())
+    {
+        if (lMessage.mSeverity != KQexFigureMessage::eNOTE)
+        {
+            const bool lIsError = lMessage.mSeverity == KQexFigureMessage::eERROR;
+            const bool lIsOwn = lMessage.mPath.empty() || lMessage.mPath == lOwn;
+            Add(lIsError ? KQexTextMessage::eERROR : KQexTextMessage::eWARNING, lIsOwn ? lMessage.mLine : 0,
+                (lIsOwn ? std::string() : lMessage.mPath + ": ") + lMessage.mText);
+        }
+    }
+}
+
+void KMessages::KeepOnly(KQexTextMessage::ESeverity pSeverity)
+{
+    const auto lIsOther = [pSeverity](const KQexTextMessage& pMessage)
+    {
+        return pMessage.mSeverity != pSeverity;
+    };
+    mList.erase(std::remove_if(mList.begin(), mList.end(), lIsOther), mList.end());
 }
 
 void KMessages::SortByLine()
@@ -39,7 +64,8 @@ void KMessages::Print(const std::string& pPath, KConsole& pConsole) const
     const long long lOmitted = static_cast<long long>(mErrors) + mWarnings - static_cast<long long>(mList.size());
     if (lOmitted > 0)
     {
-        pConsole.Message(eWARNING, pPath, 0, std::to_string(lOmitted) + " further warnings are not shown");
+        pConsole.Message(eWARNING, pPath, 0,
+                         lOmitted == 1 ? "1 further warning is not shown" : std::to_string(lOmitted) + " further warnings are not shown");
     }
 }
 

@@ -4,6 +4,7 @@
 #include <apps/asf/console.h>
 #include <apps/asf/figure/point.h>
 #include <qexfigure/kqexfigurefile.h>
+#include <qexfigure/kqexfigurereport.h>
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
@@ -21,10 +22,17 @@ struct KMessages
     int                                  mWarnings = 0;
 
     void Add(qexsdk::KQexTextMessage::ESeverity pSeverity, int pLine, const std::string& pText);
+
+    /// Adds errors and warnings of opening or loading \p pPath, those about other files with their names. Notes are left out.
+    void Add(const qexsdk::KQexFigureReport& pReport, const std::string& pPath);
+
     void SortByLine();
 
     /// Replaces the messages by those of \p pReader.
     void Take(const qexsdk::KQexTextFile& pReader);
+
+    /// Removes those of the other severity; the counts stay.
+    void KeepOnly(qexsdk::KQexTextMessage::ESeverity pSeverity);
 
     /// Prints all, and how many warnings were dropped.
     void Print(const std::string& pPath, KConsole& pConsole) const;

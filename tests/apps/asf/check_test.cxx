@@ -44,8 +44,9 @@ TEST_P(KCheckTest, ReportsOneMessage)
     EXPECT_EQ(lResult.mExit, lCase.mExit);
 
     const bool        lError = lExpected.find(": error: ") != std::string::npos;
-    const std::string lTotal =
-        std::string("1 files, ") + (lError ? "1" : "0") + " errors, " + (!lError && !lExpected.empty() ? "1" : "0") + " warnings\n";
+    const std::string lTotal = lError              ? "1 file, 1 error, 0 warnings\n"
+                               : lExpected.empty() ? "1 file, 0 errors, 0 warnings\n"
+                                                   : "1 file, 0 errors, 1 warning\n";
     EXPECT_EQ(lResult.mOut, lTotal);
     EXPECT_EQ(RunAsf({"check", "--strict", "a.asf"}, lOptions).mExit, lExpected.empty() ? 0 : 1);
 }
@@ -170,7 +171,7 @@ TEST(AsfCheck, CountsManyFindingsAndShowsTheFirst)
     KRunOptions lOptions;
     lOptions.mInput = Replaced(SmallSkeleton(), ":hierarchy", lText + ":hierarchy");
     const KRunResult lResult = RunAsf({"check", "-"}, lOptions);
-    EXPECT_EQ(lResult.mOut, "1 files, 0 errors, 6000 warnings\n");
+    EXPECT_EQ(lResult.mOut, "1 file, 0 errors, 6000 warnings\n");
     EXPECT_EQ(std::count(lResult.mErr.begin(), lResult.mErr.end(), '\n'), 1001);
     EXPECT_NE(lResult.mErr.find("<stdin>: warning: 5000 further warnings are not shown\n"), std::string::npos);
 }

@@ -141,7 +141,7 @@ TEST_F(KFormatsTest, DrawCheckAndDiffReadEveryFormat)
         EXPECT_NE(lSvg.find("241 frames, 120 a second"), std::string::npos) << lName;
         const std::string lTrail = Output(std::string("draw -o - --trail left_foot ") + lName);
         EXPECT_NE(lTrail.find("<title>left_foot</title></path>"), std::string::npos) << lName;
-        EXPECT_EQ(Output(std::string("check --strict ") + lName), "1 files, 0 errors, 0 warnings\n");
+        EXPECT_EQ(Output(std::string("check --strict ") + lName), "1 file, 0 errors, 0 warnings\n");
         EXPECT_NE(Output(std::string("diff -q walk.amc ") + lName).find("same within tolerance"), std::string::npos) << lName;
     }
 }
@@ -197,7 +197,7 @@ TEST_F(KFormatsTest, CheckReportsWhatTheReaderAndTheFigureShow)
     EXPECT_EQ(lCut.mExit, 1);
     EXPECT_EQ(lCut.mErr.find("cut.bvh:"), 0u) << lCut.mErr;
     EXPECT_NE(lCut.mErr.find(": error: "), std::string::npos) << lCut.mErr;
-    EXPECT_EQ(lCut.mOut, "2 files, 1 errors, 0 warnings\n");
+    EXPECT_EQ(lCut.mOut, "2 files, 1 error, 0 warnings\n");
     const json lJson = JsonOf(Run("info --json cut.bvh"));
     EXPECT_EQ(lJson["ok"], false);
     EXPECT_EQ(lJson["errors"], 1);

@@ -52,13 +52,24 @@ TEST_P(KInputTest, OneErrorLine)
 {
     const std::string lName = GetParam().mName;
     const std::string lExpected = lName + ": error: " + GetParam().mMessage + "\n";
-    for (const std::vector<std::string>& lArguments :
-         {std::vector<std::string>{"info", lName}, {"info", "--json", lName}, {"draw", lName, "-o", "out.svg"}, {"check", lName}})
+    for (const std::vector<std::string>& lArguments : {std::vector<std::string>{"info", lName},
+                                                       {"info", "--json", lName},
+                                                       {"check", "--json", lName},
+                                                       {"draw", lName, "-o", "out.svg"},
+                                                       {"check", lName}})
     {
         const KRunResult lResult = Run(lArguments);
         EXPECT_EQ(lResult.mExit, GetParam().mExit) << lArguments[0];
         EXPECT_EQ(lResult.mErr, lExpected) << lArguments[0];
-        EXPECT_EQ(lResult.mOut, lArguments[0] == "check" ? "1 files, 1 errors, 0 warnings\n" : "");
+        if (lArguments[1] == "--json")
+        {
+            const nlohmann::json lJson = JsonOf(lResult);
+            EXPECT_EQ(lJson["file"], lName);
+            EXPECT_EQ(lJson["ok"], false);
+            EXPECT_EQ(lJson["error"], GetParam().mMessage);
+            continue;
+        }
+        EXPECT_EQ(lResult.mOut, lArguments[0] == "check" ? "1 file, 1 error, 0 warnings\n" : "");
     }
     EXPECT_FALSE(std::filesystem::exists(mFolder / "out.svg"));
 }
@@ -118,7 +129,7 @@ TEST(AsfInputs, PipesCanBeReread)
     KRunOptions lOptions;
     lOptions.mInput = SmallSkeleton();
     const KRunResult lResult = RunShell("cat | \"$ASF\" check /dev/stdin", lOptions);
-    EXPECT_EQ(lResult.mOut, "1 files, 0 errors, 0 warnings\n");
+    EXPECT_EQ(lResult.mOut, "1 file, 0 errors, 0 warnings\n");
     EXPECT_EQ(lResult.mErr, "");
 }
 
@@ -145,7 +156,7 @@ TEST(AsfInputs, ANameCannotControlTheTerminal)
     WriteFile(lFolder / "escape.asf", Replaced(SmallSkeleton(), ":name small", ":name \x1b[2Jsmall"));
     const KRunResult lResult = RunAsf({"info", (lFolder / "escape.asf").string()});
     EXPECT_EQ(lResult.mOut.find('\x1b'), std::string::npos);
-    EXPECT_NE(lResult.mOut.find("\\x1b[2Jsmall"), std::string::npos);
+    EXPECT_NE(lResult.mOut.find("\\x1B[2Jsmall"), std::string::npos);
 }
 
 } // namespace

@@ -203,7 +203,7 @@ TEST_F(KMotionTest, InfoAndCheckReportExceededLimits)
     EXPECT_EQ(lCheck.mExit, 0);
     EXPECT_EQ(lCheck.mErr,
               "small_01.amc: warning: Bone shin: rx is outside its limits (-10 170) in 1 frame, first in frame 2; its range is 0 to 180\n");
-    EXPECT_EQ(lCheck.mOut, "1 files, 0 errors, 1 warnings\n");
+    EXPECT_EQ(lCheck.mOut, "1 file, 0 errors, 1 warning\n");
     EXPECT_EQ(Run({"check", "-q", "--strict", "small_01.amc"}).mExit, 1);
 }
 
@@ -218,7 +218,7 @@ TEST_F(KMotionTest, AMotionErrorHasItsLine)
         const KRunResult lResult = Run(lArguments);
         EXPECT_EQ(lResult.mExit, 1) << lArguments[0];
         EXPECT_NE(lResult.mErr.find("small_03.amc:4: error: Bone thigh"), std::string::npos) << lResult.mErr;
-        EXPECT_EQ(lResult.mOut, lArguments[0] == "check" ? "1 files, 1 errors, 0 warnings\n" : "");
+        EXPECT_EQ(lResult.mOut, lArguments[0] == "check" ? "1 file, 1 error, 0 warnings\n" : "");
     }
     EXPECT_FALSE(fs::exists(mFolder / "a.svg"));
 }
