@@ -163,6 +163,15 @@ void KConsole::Print(ESeverity pSeverity, const std::string& pPath, int pLine, s
     std::fwrite(lText.data(), 1, lText.size(), stderr);
 }
 
+void KConsole::Tell(std::string_view pText)
+{
+    if (!mQuiet)
+    {
+        const std::string lText = "asf: " + Printable(pText) + "\n";
+        std::fwrite(lText.data(), 1, lText.size(), stderr);
+    }
+}
+
 void KConsole::Fail(EExit pExit, std::string_view pText)
 {
     Print(eERROR, "asf", 0, pText);

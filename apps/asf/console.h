@@ -64,6 +64,9 @@ public:
     /// Drops all messages of files but those of \p pSeverity.
     void ShowOnly(ESeverity pSeverity);
 
+    /// Prints `asf: text` to standard error, unless quiet.
+    void Tell(std::string_view pText);
+
     /// Prints `asf: error: text`, an error without a file, and raises the exit status to \p pExit.
     void Fail(EExit pExit, std::string_view pText);
 
@@ -72,7 +75,7 @@ public:
 
     int GetExit() const { return mExit; }
 
-    /// Quiet: no notes, no progress bar.
+    /// Quiet: no notes, no reports of what was written, no progress bar.
     void SetQuiet(bool pQuiet) { mQuiet = pQuiet; }
     bool IsQuiet() const { return mQuiet; }
 

@@ -1,4 +1,5 @@
 #include <apps/asf/outputs.h>
+#include <apps/asf/report/numbertext.h>
 
 #include <csignal>
 #include <sys/stat.h>
@@ -93,6 +94,16 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
     }
     ReportOutputError(pOut, pPath, pConsole);
     return false;
+}
+
+void ReportWritten(const std::string& pPath, const std::string& pContents, KConsole& pConsole)
+{
+    pConsole.Tell("wrote " + DisplayOutput(pPath) + (pContents.empty() ? "" : ": ") + pContents);
+}
+
+std::string FramesText(long long pFrames, double pRate)
+{
+    return Count(pFrames, "frame", "frames") + (pRate > 0 ? ", " + Short(pRate) + " a second" : "");
 }
 
 bool WriteOutput(const std::string& pPath, const std::string& pBytes, KConsole& pConsole)

@@ -172,6 +172,15 @@ void WriteAll(const KEditFiles& pFiles, const std::string& pSkeleton, KMotionEdi
     if (const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size()))
     {
         ReportOutputError(*lFailed, lFailed->GetPath(), pConsole);
+        return;
+    }
+    for (size_t lOutput = 0; lOutput <= pFiles.mMotions.size(); ++lOutput)
+    {
+        const std::string& lPath = lOutput == 0 ? pFiles.mSkeletonOutput : pFiles.mMotionOutputs[lOutput - 1];
+        if (lPath != "-")
+        {
+            ReportWritten(lPath, "", pConsole);
+        }
     }
 }
 

@@ -5,6 +5,7 @@
 #include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
+#include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/positionwriter.h>
 #include <kbaselib/kbase/kpath.h>
 
@@ -128,8 +129,8 @@ void WriteFrames(KLoadedMotion& pMotion, const KRowTimes& pRows, const std::vect
     }
 }
 
-/// Closes both files; neither target is replaced until both are complete.
-void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOutputFile& pNames, const std::string& pNamesPath,
+/// Closes both files; neither target is replaced until both are complete. False after an error.
+bool CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOutputFile& pNames, const std::string& pNamesPath,
                KConsole& pConsole)
 {
     if (!pOut.Prepare() || !pNames.Prepare())
@@ -138,12 +139,9 @@ void CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOut
         ReportOutputError(lFirst ? pOut : pNames, lFirst ? pPath : pNamesPath, pConsole);
         pOut.Discard();
         pNames.Discard();
-        return;
+        return false;
     }
-    if (CloseOutput(pNames, pNamesPath, pConsole))
-    {
-        CloseOutput(pOut, pPath, pConsole);
-    }
+    return CloseOutput(pNames, pNamesPath, pConsole) && CloseOutput(pOut, pPath, pConsole);
 }
 
 void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, const qexsdk::KQexFigureFiles& pFiles, KLoadedMotion& pMotion,
@@ -179,14 +177,22 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     WriteFrames(pMotion, lRows, lJoints, pOptions.mWorld.GetFactor(), *lWriter, lOut, pConsole);
     lWriter->End();
     qexsdk::KOutputFile lNamesOut;
+    bool                lOk = false;
     if (pFormat != eFORMAT_NPY)
     {
-        CloseOutput(lOut, pOptions.mOutput, pConsole);
+        lOk = CloseOutput(lOut, pOptions.mOutput, pConsole);
     }
     else if (OpenOutput(lNamesOut, NamesPath(pOptions.mOutput), pConsole))
     {
         lNamesOut.Write(lNames.data(), lNames.size());
-        CloseBoth(lOut, pOptions.mOutput, lNamesOut, NamesPath(pOptions.mOutput), pConsole);
+        lOk = CloseBoth(lOut, pOptions.mOutput, lNamesOut, NamesPath(pOptions.mOutput), pConsole);
+    }
+    if (lOk && pOptions.mOutput != "-")
+    {
+        ReportWritten(pOptions.mOutput,
+                      Count(static_cast<long long>(lTable.mJoints.size()), "joint", "joints") + ", " +
+                          FramesText(static_cast<long long>(lTable.mFrameCount), lTable.mRate),
+                      pConsole);
     }
 }
 

@@ -67,9 +67,9 @@ void KConverter::Run()
     {
         mFigure.DropLimits();
     }
-    if (SampleTakes() && CheckTargets() && WriteAll())
+    if (SampleTakes() && CheckTargets() && WriteAll() && Commit())
     {
-        Commit();
+        Report();
     }
 }
 

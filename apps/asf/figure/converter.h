@@ -61,6 +61,7 @@ private:
                      const qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc, const std::vector<const KSampledTake*>& pTakes);
     bool Commit();
+    void Report() const;
 
     qexsdk::KQexGltfWriteOptions     GltfOptions(const std::vector<const KSampledTake*>& pTakes) const;
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake);

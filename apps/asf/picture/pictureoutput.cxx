@@ -3,6 +3,7 @@
 #include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture/picturepng.h>
+#include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/kpath.h>
 
 #include <cmath>
@@ -45,6 +46,15 @@ bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg
     return false;
 }
 
+/// Writes the picture's bytes, and says so.
+void WriteBytes(const KPicture& pPicture, const std::string& pPath, const std::string& pBytes, KConsole& pConsole)
+{
+    if (WriteOutput(pPath, pBytes, pConsole) && pPath != "-")
+    {
+        ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole);
+    }
+}
+
 void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg& pSvg, KConsole& pConsole)
 {
     if (!FitPng(pPicture, pWidth, pPath, pSvg, pConsole))
@@ -59,7 +69,7 @@ void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KS
         pConsole.Raise(eEXIT_SYSTEM);
         return;
     }
-    WriteOutput(pPath, lPng, pConsole);
+    WriteBytes(pPicture, pPath, lPng, pConsole);
 }
 
 } // namespace
@@ -94,7 +104,7 @@ void WritePicture(const KPicture& pPicture, int pWidth, const std::string& pPath
     }
     else
     {
-        WriteOutput(pPath, lSvg.mText, pConsole);
+        WriteBytes(pPicture, pPath, lSvg.mText, pConsole);
     }
 }
 

@@ -22,7 +22,7 @@ protected:
 
     KRunResult Edit(const std::vector<std::string>& pArguments, const std::string& pInput = "small.asf")
     {
-        std::vector<std::string> lArguments{"edit", pInput, "-o", "out.asf"};
+        std::vector<std::string> lArguments{"edit", pInput, "-q", "-o", "out.asf"};
         lArguments.insert(lArguments.end(), pArguments.begin(), pArguments.end());
         return Run(lArguments);
     }

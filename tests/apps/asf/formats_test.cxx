@@ -85,7 +85,7 @@ TEST_F(KFormatsTest, PositionsAreThoseOfTheAcclaimFiles)
             EXPECT_LT(LargestDifference(lAcclaim, Output(std::string("positions ") + lName + " " + lOptions)), 2e-3) << lName;
         }
     }
-    Output("positions walk.glb --frames last -o a.json");
+    Output("positions walk.glb --frames last -q -o a.json");
     const json lJson = json::parse(ReadFile(mFolder / "a.json"));
     EXPECT_EQ(lJson["skeleton"], "walk.glb");
     EXPECT_EQ(lJson["motion"], "walk.glb");

@@ -75,7 +75,7 @@ TEST_F(KPictureOutputTest, APngShowsTheSamePicture)
     const std::string lSvg = Draw({"-o", "-"}).mOut;
     for (const int lWidth : {0, 400})
     {
-        std::vector<std::string> lArguments{"-o", "walker.png"};
+        std::vector<std::string> lArguments{"-q", "-o", "walker.png"};
         if (lWidth > 0)
         {
             lArguments.insert(lArguments.end(), {"--width", std::to_string(lWidth)});
