@@ -1,4 +1,5 @@
 #include <apps/asf/outputs.h>
+
 #include <apps/asf/report/numbertext.h>
 
 #include <csignal>

@@ -1,4 +1,5 @@
 #include <qexfigure/kqexfigureworld.h>
+
 #include <tests/qexfigure/figuresupport.h>
 
 #include <cmath>

@@ -1,4 +1,5 @@
 #include <apps/asf/commands/arguments.h>
+
 #include <apps/asf/usage.h>
 
 #include <CLI/CLI.hpp>

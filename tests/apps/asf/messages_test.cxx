@@ -1,7 +1,6 @@
-#include <tests/apps/asf/runasf.h>
-
 #include <apps/asf/console.h>
 #include <apps/asf/report/sizehint.h>
+#include <tests/apps/asf/runasf.h>
 
 using namespace qextest;
 

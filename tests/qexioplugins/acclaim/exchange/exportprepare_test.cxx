@@ -1,5 +1,4 @@
 #include <tests/qexioplugins/acclaim/exchange/exporttest.h>
-
 #include <tests/support/testfolders.h>
 
 #include <cmath>
