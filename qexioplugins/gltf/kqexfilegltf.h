@@ -21,10 +21,10 @@ namespace qexsdk
 /// A take to write.
 struct QEX_API KQexGltfTake
 {
-    KQexAnimStack* mStack = nullptr; ///< Not null; the animation gets its name.
-    KQexSampling   mSampling;        ///< Frames to write; the first one is at time 0 in the file.
-    KQexSampling   mFileSampling;    ///< Set by reading: the file's own frames, at whatever rate the curves were sampled.
-    std::string    mName;            ///< Set by reading: the animation's name; the stack's differs from it if two have the same.
+    KQexAnimStack* mStack = nullptr;               ///< Not null; the animation gets its name.
+    KQexSampling   mSampling;                      ///< Frames to write; the first one is at time 0 in the file.
+    KQexSampling   mFileSampling = KQexSampling(); ///< Set by reading: the file's own frames, at whatever rate the curves were sampled.
+    std::string    mName = std::string(); ///< Set by reading: the animation's name; the stack's differs from it if two have the same.
 };
 
 /// Options for writing glTF.
