@@ -3,6 +3,7 @@
 
 #include <apps/asf/console.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,20 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
 
 /// Reports why \p pOut failed and raises the exit status, except for a closed pipe.
 void ReportOutputError(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
+
+/// Runs \p pTell, which says what was written. A lack of memory only silences it: the files stay, so the call has succeeded.
+template <typename TTell>
+void TellWritten(const TTell& pTell)
+{
+    try
+    {
+        pTell();
+    }
+    catch (const std::bad_alloc&)
+    {
+        return;
+    }
+}
 
 /// Says that \p pPath was written, and what it holds: `asf: wrote walk.bvh: 31 joints, 343 frames, 120 a second`.
 void ReportWritten(const std::string& pPath, const std::string& pContents, KConsole& pConsole);

@@ -94,7 +94,7 @@ std::string DescribeUnknownOption(const CLI::App& pCommand, const std::string& p
 /// A missing --output: its name is often given as one more input.
 std::string DescribeMissingOutput(const CLI::App& pCommand)
 {
-    const CLI::Option*       lFile = pCommand.get_option_no_throw("FILE");
+    const CLI::Option*       lFile = FindOption(pCommand, "FILE");
     std::vector<std::string> lWords = lFile != nullptr ? lFile->results() : std::vector<std::string>();
     const auto               lRest = pCommand.remaining();
     lWords.insert(lWords.end(), lRest.begin(), lRest.end());
@@ -187,7 +187,7 @@ std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& 
     }
     const std::string  lText = pError.what();
     const std::string  lName = lText.substr(0, lText.find(':'));
-    const CLI::Option* lNamed = lCommand.get_option_no_throw(lName);
+    const CLI::Option* lNamed = FindOption(lCommand, lName);
     if (lText == "--output is required")
     {
         return DescribeMissingOutput(lCommand);
@@ -201,6 +201,12 @@ std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& 
         return "not understood: " + lText.substr(lText.find(':') + 2);
     }
     return pError.get_name() == "ExtrasError" && !lRest.empty() ? "expected no more after the files, not " + lRest.front() : lText;
+}
+
+const CLI::Option* FindOption(const CLI::App& pCommand, const std::string& pName)
+{
+    const auto lFound = pCommand.get_options([&pName](const CLI::Option* pOption) { return pOption->check_name(pName); });
+    return lFound.empty() ? nullptr : lFound.front();
 }
 
 } // namespace asfapp

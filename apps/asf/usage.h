@@ -27,6 +27,10 @@ std::string ClosestWord(const std::string& pWord, const std::vector<std::string>
 /// The error text for a call that the parser refuses, in one line.
 std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& pError);
 
+/// The option of the command called \p pName ("--fps", "FILE"), null if there is none. The parser's own look-up cannot pass on a lack of
+/// memory.
+const CLI::Option* FindOption(const CLI::App& pCommand, const std::string& pName);
+
 } // namespace asfapp
 
 #endif

@@ -26,7 +26,7 @@ void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
     pCommand.add_option("--asf", pOptions.mAsf, "Skeleton of the motion (default: searched for in the motion's folder)")
         ->option_text("FILE");
     AddSourceRate(pCommand, pOptions);
-    if (pCommand.get_option_no_throw("--fps") == nullptr)
+    if (FindOption(pCommand, "--fps") == nullptr)
     {
         // Not offered, but understood: it used to be the name of --source-fps.
         pCommand.add_option("--fps", pOptions.mFps)->group("");

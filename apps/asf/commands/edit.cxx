@@ -179,7 +179,7 @@ void WriteAll(const KEditFiles& pFiles, const std::string& pSkeleton, KMotionEdi
         const std::string& lPath = lOutput == 0 ? pFiles.mSkeletonOutput : pFiles.mMotionOutputs[lOutput - 1];
         if (lPath != "-")
         {
-            ReportWritten(lPath, "", pConsole);
+            TellWritten([&] { ReportWritten(lPath, "", pConsole); });
         }
     }
 }

@@ -189,10 +189,14 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     }
     if (lOk && pOptions.mOutput != "-")
     {
-        ReportWritten(pOptions.mOutput,
-                      Count(static_cast<long long>(lTable.mJoints.size()), "joint", "joints") + ", " +
-                          FramesText(static_cast<long long>(lTable.mFrameCount), lTable.mRate),
-                      pConsole);
+        TellWritten(
+            [&]
+            {
+                ReportWritten(pOptions.mOutput,
+                              Count(static_cast<long long>(lTable.mJoints.size()), "joint", "joints") + ", " +
+                                  FramesText(static_cast<long long>(lTable.mFrameCount), lTable.mRate),
+                              pConsole);
+            });
     }
 }
 

@@ -51,7 +51,7 @@ void WriteBytes(const KPicture& pPicture, const std::string& pPath, const std::s
 {
     if (WriteOutput(pPath, pBytes, pConsole) && pPath != "-")
     {
-        ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole);
+        TellWritten([&] { ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole); });
     }
 }
 

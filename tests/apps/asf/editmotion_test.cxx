@@ -101,7 +101,7 @@ protected:
 TEST_F(KEditMotionTest, WithoutChangesEveryValueStays)
 {
     fs::rename(mFolder / "walk.amc", mFolder / "walker.amc");
-    EXPECT_EQ(Edit("walker", {}).mErr, "");
+    EXPECT_EQ(Edit("walker", {}).mErr, "asf: wrote out.asf\nasf: wrote out.amc\n");
     EXPECT_EQ(Text("out.amc").substr(0, 94),
               "#!OML:ASF out.asf\n# samples-per-second 120\n:FULLY-SPECIFIED\n:DEGREES\n:SAMPLES-PER-SECOND 120\n1");
     EXPECT_EQ(Frames("out.amc"), Frames("walker.amc"));
@@ -118,7 +118,7 @@ TEST_F(KEditMotionTest, WithoutChangesEveryValueStays)
 
 TEST_F(KEditMotionTest, Scale)
 {
-    EXPECT_EQ(Edit("small", {"--scale", "3"}).mErr, "");
+    EXPECT_EQ(Edit("small", {"--scale", "3"}).mErr, "asf: wrote out.asf\nasf: wrote out.amc\n");
     EXPECT_EQ(Frames("out.amc"), "1\nroot 3 6 9 10 20 30\nthigh 5 6 7\nshin 8\n2\nroot 4.5 6 9 40 50 60\nthigh -5 6 7\nshin 80\n");
     ExpectSamePositions("small", 3);
     Edit("small", {"--scale", "0.1"});
@@ -134,7 +134,8 @@ TEST_F(KEditMotionTest, Scale)
 TEST_F(KEditMotionTest, Rename)
 {
     fs::rename(mFolder / "walk.amc", mFolder / "walker.amc");
-    EXPECT_EQ(Edit("walker", {"--rename", "left_thigh=x", "--rename", "left_shin=left_thigh", "--rename", "x=left_shin"}).mErr, "");
+    EXPECT_EQ(Edit("walker", {"--rename", "left_thigh=x", "--rename", "left_shin=left_thigh", "--rename", "x=left_shin"}).mErr,
+              "asf: wrote out.asf\nasf: wrote out.amc\n");
     const std::string lSwapped = Frames("out.amc");
     EXPECT_NE(lSwapped, Frames("walker.amc"));
     EXPECT_EQ(ReplacedAll(ReplacedAll(ReplacedAll(lSwapped, "left_thigh", "x"), "left_shin", "left_thigh"), "\nx ", "\nleft_shin "),
@@ -145,7 +146,7 @@ TEST_F(KEditMotionTest, Rename)
     EXPECT_EQ(Run({"edit", "out.asf", "out.amc", "-o", "back.asf", "back.amc", "--rename", "left_shin=x", "--rename",
                    "left_thigh=left_shin", "--rename", "x=left_thigh"})
                   .mErr,
-              "");
+              "asf: wrote back.asf\nasf: wrote back.amc\n");
     EXPECT_EQ(Frames("back.amc"), Frames("walker.amc"));
     EXPECT_EQ(Run({"diff", "-q", "walker.asf", "walker.amc", "back.asf", "back.amc"}).mExit, 0);
 }
@@ -192,7 +193,7 @@ TEST_P(KEditRootTest, RestPoseMovesIntoTheMotion)
     fs::rename(mFolder / "walk.amc", mFolder / "turned.amc");
     EXPECT_EQ(Edit("turned", {"--scale", "2"}).mErr.find("lost"), std::string::npos);
     ExpectSamePositions("turned", 2);
-    EXPECT_EQ(Run({"edit", "out.asf", "out.amc", "-o", "again.asf", "again.amc"}).mErr, "");
+    EXPECT_EQ(Run({"edit", "out.asf", "out.amc", "-o", "again.asf", "again.amc"}).mErr, "asf: wrote again.asf\nasf: wrote again.amc\n");
     EXPECT_EQ(Frames("again.amc"), Frames("out.amc"));
 }
 
@@ -230,11 +231,13 @@ TEST_F(KEditMotionTest, ARootWithoutValuesAtFirst)
 TEST_F(KEditMotionTest, SeveralMotions)
 {
     WriteFile(mFolder / "run.amc", ReplacedAll(SmallMotion(), "80", "90"));
-    EXPECT_EQ(Run({"edit", "small.amc", "small.asf", "run.amc", "-o", "new.asf", "a.amc", "b.amc", "--rename", "shin=calf"}).mErr, "");
+    EXPECT_EQ(Run({"edit", "small.amc", "small.asf", "run.amc", "-o", "new.asf", "a.amc", "b.amc", "--rename", "shin=calf"}).mErr,
+              "asf: wrote new.asf\nasf: wrote a.amc\nasf: wrote b.amc\n");
     EXPECT_NE(Text("a.amc").find("calf 80\n"), std::string::npos) << Text("a.amc");
     EXPECT_NE(Text("b.amc").find("calf 90\n"), std::string::npos) << Text("b.amc");
     fs::create_directory(mFolder / "new");
-    EXPECT_EQ(Run({"edit", "-o", "new/s.asf", "new/{name}.amc", "small.asf", "small.amc", "run.amc", "--rename", "shin=calf"}).mErr, "");
+    EXPECT_EQ(Run({"edit", "-o", "new/s.asf", "new/{name}.amc", "small.asf", "small.amc", "run.amc", "--rename", "shin=calf", "-q"}).mErr,
+              "");
     EXPECT_EQ(Text("new/small.amc"), Replaced(Text("a.amc"), "new.asf", "s.asf"));
     EXPECT_EQ(Text("new/run.amc"), Replaced(Text("b.amc"), "new.asf", "s.asf"));
     EXPECT_EQ(Run({"edit", "small.asf", "-o", "-", "-o", "c.amc", "small.amc", "--rename", "shin=calf"}).mOut, Text("new.asf"));
