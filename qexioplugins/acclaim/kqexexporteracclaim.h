@@ -57,8 +57,8 @@ struct QEX_API KQexExportAcclaimOptions
     std::vector<std::unique_ptr<KOutputFile>>* mPrepared = nullptr;
 
     /// Adapt the extracted skeleton for the file, which would lose something otherwise: limits move to the rows that are written, an offset
-    /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, leaves that
-    /// move get an end, which the importer leaves out again, names keep their prefixes, axes are decomposed exactly, and directions
+    /// of the root that its children share becomes a bone, dummies of earlier exports are recognised and get no DOFs, leaves
+    /// get a length, which the importer takes for no end of theirs, names keep their prefixes, axes are decomposed exactly, and directions
     /// and axes are rounded such that reading and writing them again changes nothing. Names are made valid in any case. False writes
     /// the skeleton as extracted.
     bool mAdaptForFile = true;

@@ -45,8 +45,8 @@ struct QEX_API KQexAmcHeader
 struct QEX_API KQexAmcSkeletonNotes
 {
     std::vector<KQexAsfLengthDof> mLengthDofs; ///< All `l` words, for each bone in the order of its dof line.
-    std::vector<std::string>    mRemovedBones; ///< Bones of the file that the clean-up removed: their lines are ignored without a warning.
-    std::vector<KQexAsfEndNote> mEndNotes;     ///< Ends of leaf bones that the import leaves out, or their names.
+    std::vector<std::string> mRemovedBones;    ///< Bones of the file that the clean-up removed: their lines are ignored without a warning.
+    std::vector<std::string> mAddedEnds;       ///< Leaf bones whose ends a writer added: the import makes no node for these.
 };
 
 /// How a motion is read.

@@ -22,14 +22,6 @@ struct QEX_API KQexAsfLengthDof
     int         mIndex = 0; ///< Index of the word among all DOF words of the line.
 };
 
-/// What a writer noted about the end of a leaf bone, one line each in the file's documentation: "added-end BONE" or
-/// "end-name BONE NAME".
-struct QEX_API KQexAsfEndNote
-{
-    std::string mBone; ///< Name of the bone.
-    std::string mName; ///< Name of the joint at its end; empty: there is none, the bone was given a length so that a file can hold it.
-};
-
 /// An Acclaim skeleton file (ASF), version 1.10: reads it into a KQexAsfScene, writes it from one. Open it with the
 /// operations of KQexTextFile, then call Read() or Write().
 ///
@@ -106,18 +98,19 @@ public:
     /// The "l" words of the last Read(), in file order: a motion reader needs them and the model has no field for them.
     const std::vector<KQexAsfLengthDof>& GetLengthDofs() const { return mLengthDofs; }
 
-    /// The notes of the last Read() about the ends of leaf bones, in file order.
-    const std::vector<KQexAsfEndNote>& GetEndNotes() const { return mEndNotes; }
+    /// Leaf bones whose ends are no joints: a writer gave the bones a length because a file cannot hold them otherwise. Their names are
+    /// in the file's documentation, one line "added-end BONE" each. After Read(): those of the file, in its order.
+    const std::vector<std::string>& GetAddedEnds() const { return mAddedEnds; }
 
-    /// The notes for Write(); all names are single tokens. None by default.
-    void SetEndNotes(const std::vector<KQexAsfEndNote>& pNotes) { mEndNotes = pNotes; }
+    /// The bones for Write(), names that are single tokens. None by default.
+    void SetAddedEnds(const std::vector<std::string>& pBones) { mAddedEnds = pBones; }
 
 private:
     bool ReadSections();
     bool ReadSection(int pKeyword);
     void SkipSection();
     bool CheckRoot(const char* pMessage);
-    bool ReadEndNote();
+    bool ReadAddedEnd();
     bool ReadAxisWord(int& pOrder);
     bool ReadNameWord(char* pName);
 
@@ -150,7 +143,7 @@ private:
     void WriteDofWord(const KToken* pWords, int pCode);
 
     std::vector<KQexAsfLengthDof> mLengthDofs;
-    std::vector<KQexAsfEndNote>   mEndNotes;
+    std::vector<std::string>      mAddedEnds;
     size_t                        mFirstLengthDof; ///< Index in mLengthDofs of the first entry of the bone being read.
     KQexAsfNameIndex*             mNameIndex;      ///< The bones of the current Read() by name; null outside.
 };

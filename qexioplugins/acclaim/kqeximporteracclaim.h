@@ -110,7 +110,7 @@ public:
     /// and limits into \p pScene, below the options' parent node. Without a motion the skeleton alone is imported.
     ///
     /// The scene is in centimetres (lengths and translations times 2.54 / length unit) and degrees. Ends that a writer added to leaf
-    /// joints (KQexAsfEndNote) get no nodes. Everything is read before the
+    /// joints (KQexFileAcclaimAsf::GetAddedEnds) get no nodes. Everything is read before the
     /// first node is made: when anything fails, or the progress function cancels, the scene is unchanged.
     /// \return pResult.mOk
     static bool Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,

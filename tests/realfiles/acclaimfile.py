@@ -46,7 +46,6 @@ class Skeleton:
         self.length_factor = 1.0  # Centimetres per unit of length.
         self.angles_are_radians = False
         self.has_offset_root = False
-        self.end_names = {}  # By bone: the name of the joint at its end.
         self.added_ends = set()  # Bones whose ends are no joints.
 
     def has_end(self, bone):
@@ -84,11 +83,9 @@ def read_root(skeleton, words):
         skeleton.has_offset_root = skeleton.has_offset_root or any(numbers)
 
 
-def read_end(skeleton, words):
-    """What docs/formats.md says of ends: which of them are joints with names, and which are none."""
-    if words[0] == "end-name" and len(words) == 3:
-        skeleton.end_names[words[1]] = words[2]
-    elif words[0] == "added-end" and len(words) == 2:
+def read_documentation(skeleton, words):
+    """What docs/formats.md says of ends that are no joints."""
+    if words[0] == "added-end" and len(words) == 2:
         skeleton.added_ends.add(words[1])
 
 
@@ -125,7 +122,7 @@ def read_skeleton(path):
         elif section == ":units":
             read_units(skeleton, words)
         elif section == ":documentation":
-            read_end(skeleton, words)
+            read_documentation(skeleton, words)
         elif section == ":root":
             read_root(skeleton, words)
         elif section == ":bonedata" and first == "begin":
@@ -215,8 +212,7 @@ def joints_of(skeleton):
         index_of[bone.name] = len(joints)
         joints.append(Joint(bone.name, index_of[bone.parent.name] if bone.parent is not None else -1))
         if skeleton.has_end(bone):
-            name = skeleton.end_names.get(bone.name)
-            joints.append(Joint(name or bone.name + "_End", len(joints) - 1, is_end=name is None))
+            joints.append(Joint(bone.name + "_End", len(joints) - 1, is_end=True))
     return joints
 
 

@@ -11,9 +11,8 @@ namespace qexsdk
 /// and "zxy"; skeletons and motion have always been read and written with these.
 inline constexpr int kAxisCodes[] = {10, 6, 2, 8, 4, 0};
 
-/// Words that begin lines of the documentation about the ends of leaf bones.
+/// Begins a line of the documentation that names a bone with an added end.
 inline constexpr char kAddedEndWord[] = "added-end";
-inline constexpr char kEndNameWord[] = "end-name";
 
 /// Indices into smMain.
 enum KQexAsfMainKeyword

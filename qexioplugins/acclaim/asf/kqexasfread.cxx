@@ -26,7 +26,7 @@ bool KQexFileAcclaimAsf::Read(HKQexAsfScene pQexAsfScene, bool pRemoveDummyNodes
     HKQexAsfNode lFormerRoot = mQexAsfScene->mRoot;
     mQexAsfScene->mRoot = nullptr;
     mLengthDofs.clear();
-    mEndNotes.clear();
+    mAddedEnds.clear();
 
     bool lOk = ReadSections();
 
@@ -236,7 +236,7 @@ bool KQexFileAcclaimAsf::ReadDocumentation()
         {
             return true;
         }
-        if (!ReadEndNote())
+        if (!ReadAddedEnd())
         {
             return false;
         }
@@ -244,22 +244,18 @@ bool KQexFileAcclaimAsf::ReadDocumentation()
     return false;
 }
 
-/// Records a note about an end, if the line of documentation is one. False when memory runs out.
-bool KQexFileAcclaimAsf::ReadEndNote()
+/// Records a bone with an added end, if the line of documentation names one. False when memory runs out.
+bool KQexFileAcclaimAsf::ReadAddedEnd()
 {
-    char       lWord[16] = "";
-    char       lBone[kMaxName + 1];
-    char       lName[kMaxName + 1] = "";
-    const bool lIsWord = GetString(lWord, sizeof(lWord) - 1);
-    const bool lIsName = lIsWord && std::strcmp(lWord, kEndNameWord) == 0;
-    const bool lIsAdded = lIsWord && std::strcmp(lWord, kAddedEndWord) == 0;
-    if (!(lIsName || lIsAdded) || !GetString(lBone, kMaxName) || (lIsName && !GetString(lName, kMaxName)))
+    char lWord[sizeof(kAddedEndWord) + 1];
+    char lBone[kMaxName + 1];
+    if (!GetString(lWord, sizeof(lWord) - 1) || std::strcmp(lWord, kAddedEndWord) != 0 || !GetString(lBone, kMaxName))
     {
         return true;
     }
     try
     {
-        mEndNotes.push_back({lBone, lName});
+        mAddedEnds.emplace_back(lBone);
         return true;
     }
     catch (const std::bad_alloc&)

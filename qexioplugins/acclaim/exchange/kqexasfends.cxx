@@ -11,11 +11,13 @@ namespace
 {
 
 constexpr double kEndFraction = 0.01; ///< Of the skeleton's extent.
+constexpr char   kEndSuffix[] = "_End";
 
-bool IsKept(const KQexNode* pLeaf, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs)
+bool HasOffset(const KQexNode& pNode)
 {
-    const std::vector<KQexBoneDof>* lDofs = pDofs != nullptr ? FindBoneDofs(*pDofs, pLeaf) : nullptr;
-    return pMoving.Moves(pLeaf) || (lDofs != nullptr && !lDofs->empty());
+    KQexVector4 lOffset(pNode.mLocalTranslation.Get());
+    lOffset += pNode.GetRotationOffset();
+    return lOffset.Length() > 0.0;
 }
 
 /// Two digits: rounding errors of a round trip do not change them.
@@ -72,19 +74,34 @@ const std::vector<KQexBoneDof>* FindBoneDofs(const KQexBoneDofs& pDofs, const KQ
     return lFound != pDofs.end() ? &lFound->second : nullptr;
 }
 
+bool IsEndOfParent(const KQexNode& pNode, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs)
+{
+    if (pNode.GetFirstChild() != nullptr || BareName(&pNode) != BareName(pNode.GetParent()) + kEndSuffix || pMoving.Moves(&pNode))
+    {
+        return false;
+    }
+    const std::vector<KQexBoneDof>* lDofs = pDofs != nullptr ? FindBoneDofs(*pDofs, &pNode) : nullptr;
+    return lDofs == nullptr || lDofs->empty();
+}
+
 bool AddEndNodes(KQexNode* pRoot, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs, std::unordered_set<const KQexNode*>& pLeaves)
 {
     std::vector<KQexNode*> lLeaves;
     for (KQexNode* lNode = pRoot->GetNextInTree(pRoot); lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        if (lNode->GetFirstChild() == nullptr && IsKept(lNode, pMoving, pDofs))
+        const KQexNode* lChild = lNode->GetFirstChild();
+        if (lChild == nullptr && !IsEndOfParent(*lNode, pMoving, pDofs))
         {
             lLeaves.push_back(lNode);
+        }
+        else if (lNode->GetChildCount() == 1 && IsEndOfParent(*lChild, pMoving, pDofs) && !HasOffset(*lChild))
+        {
+            pLeaves.insert(lNode);
         }
     }
     for (KQexNode* lLeaf : lLeaves)
     {
-        KQexNode* lEnd = KQexNode::Create(lLeaf->GetScene(), (BareName(lLeaf) + "_End").c_str());
+        KQexNode* lEnd = KQexNode::Create(lLeaf->GetScene(), (BareName(lLeaf) + kEndSuffix).c_str());
         if (lEnd == nullptr || !lLeaf->AddChild(lEnd))
         {
             return false;

@@ -10,14 +10,20 @@
 #include <vector>
 
 /// \file
-/// Ends for leaf joints that move. Extraction drops a leaf, which has no length; so it gets an end node while the skeleton is extracted.
+/// Ends for leaf joints. Extraction drops a leaf, which has no length; so it gets an end node while the skeleton is extracted.
 
 namespace qexsdk
 {
 
-/// Adds an end node below each leaf under \p pRoot that moves or has DOFs in \p pDofs (null: none). The scene owns the new nodes; the
-/// caller destroys them after the extraction (KQexSceneUndo). False when memory runs out. May throw std::bad_alloc, too.
-/// \param pLeaves receives the leaves
+/// Whether \p pNode is only the end of its parent's bone: a leaf that is named after the parent with the suffix "_End", does not move,
+/// and has no DOFs in \p pDofs (null: none).
+bool IsEndOfParent(const KQexNode& pNode, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs);
+
+/// Adds an end node below each leaf under \p pRoot that is not the end of its parent. The scene owns the new nodes; the caller destroys
+/// them after the extraction (KQexSceneUndo). False when memory runs out. May throw std::bad_alloc, too.
+/// \param pMoving what moves in the takes
+/// \param pDofs DOFs by name; null: none
+/// \param pLeaves receives these leaves, and the nodes whose only child is their end, at their own place
 bool AddEndNodes(KQexNode* pRoot, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs, std::unordered_set<const KQexNode*>& pLeaves);
 
 /// Gives the bones of \p pLeaves a length, a hundredth of the skeleton's largest extent at rest rounded to two digits (1 when that is

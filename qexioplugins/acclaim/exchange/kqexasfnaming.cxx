@@ -10,6 +10,10 @@
 namespace qexsdk
 {
 
+namespace
+{
+
+/// Makes a name that is a single token and not a keyword.
 std::string ValidName(const std::string& pName, const char* pIfEmpty)
 {
     std::string lName =
@@ -25,9 +29,6 @@ std::string ValidName(const std::string& pName, const char* pIfEmpty)
     }
     return lName;
 }
-
-namespace
-{
 
 /// One naming of a skeleton's bones.
 class KNaming

@@ -10,9 +10,6 @@
 namespace qexsdk
 {
 
-/// \p pName, or \p pIfEmpty if it is empty, as a single token that is not a keyword. It may be longer than a file allows.
-std::string ValidName(const std::string& pName, const char* pIfEmpty);
-
 /// Gives the bones names that a file can hold, unique and at most 50 bytes long; the root is "root". With \p pKeepPrefixes they are the
 /// nodes' whole names, where these are short enough, else those that extraction gave. A dummy is named after the bone that it leads to.
 /// Adds a warning for each name that was changed. May throw std::bad_alloc.

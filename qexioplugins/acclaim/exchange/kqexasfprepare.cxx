@@ -173,60 +173,37 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     }
 }
 
-/// Tells of the ends that were added, which have the length pLength.
+/// Tells of the leaves that got the length pLength.
 void KQexAsfPreparation::NoteAddedEnds(double pLength)
 {
-    std::string lList;
     for (const KQexAsfOrigin& lOrigin : mOrigins)
     {
         if (mLeaves.count(lOrigin.mNode) > 0)
         {
-            lList += (lList.empty() ? "" : ", ") + std::string(lOrigin.mBone->mName);
-            mEndNotes.push_back(KQexAsfEndNote{lOrigin.mBone->mName, ""});
+            mAddedEnds.emplace_back(lOrigin.mBone->mName);
         }
     }
-    if (!lList.empty())
+    if (!mAddedEnds.empty())
     {
         char lText[64];
         std::snprintf(lText, sizeof lText, "%.3g cm", pLength * kCentimetresPerInch / mOptions.mLengthUnit);
-        mNotes.push_back("Leaf joints that move got an end, " + std::string(lText) + " long (" + lList + ")");
+        const std::string lOthers = mAddedEnds.size() > 1 ? " and " + std::to_string(mAddedEnds.size() - 1) + " more" : "";
+        mNotes.push_back("Leaf joints without a length get one of " + std::string(lText) + " (" + mAddedEnds.front() + lOthers + ")");
     }
 }
 
-bool KQexAsfPreparation::EndsInALeaf(const KQexAsfOrigin& pOrigin) const
-{
-    return pOrigin.mEnd != nullptr && pOrigin.mBone != mScene->mRoot && pOrigin.mBone->mChildBuf.GetCount() == 0 &&
-           pOrigin.mBone->mLength > 0.0 && mLeaves.count(pOrigin.mNode) == 0;
-}
-
-/// The reader names an end after its bone, unless a note tells its name.
-void KQexAsfPreparation::NoteEndName(const KQexAsfOrigin& pOrigin)
-{
-    const std::string lName = ValidName(pOrigin.mEnd->GetName(), "end").substr(0, kMaxName);
-    const bool        lIsUsual = pOrigin.mNode != nullptr && BareName(pOrigin.mEnd) == BareName(pOrigin.mNode) + "_End";
-    if (!lIsUsual && lName != pOrigin.mBone->mName + std::string("_End"))
-    {
-        mEndNotes.push_back(KQexAsfEndNote{pOrigin.mBone->mName, lName});
-    }
-}
-
-/// A leaf became the end of the bone that leads to it. Where another bone begins there, too, or where it has no length, it is lost.
+/// End nodes became the length of their parents' bones; any other removed leaf is a loss.
 void KQexAsfPreparation::WarnDroppedLeaves()
 {
     std::unordered_set<const KQexNode*> lKept;
     for (const KQexAsfOrigin& lOrigin : mOrigins)
     {
         lKept.insert(lOrigin.mNode);
-        if (mOptions.mAdaptForFile && EndsInALeaf(lOrigin))
-        {
-            lKept.insert(lOrigin.mEnd);
-            NoteEndName(lOrigin);
-        }
     }
     std::string lDropped;
     for (const KQexNode* lNode = mRoot; lNode != nullptr; lNode = lNode->GetNextInTree(mRoot))
     {
-        if (lKept.count(lNode) == 0 && BareName(lNode) != BareName(lNode->GetParent()) + "_End")
+        if (lKept.count(lNode) == 0 && !IsEndOfParent(*lNode, mMoving, nullptr))
         {
             lDropped += (lDropped.empty() ? "" : ", ") + std::string(lNode->GetName());
         }

@@ -4,7 +4,6 @@
 #include <qexioplugins/acclaim/exchange/kqexasforigins.h>
 #include <qexioplugins/acclaim/exchange/kqexmovingjoints.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
-#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 
 #include <string>
 #include <unordered_set>
@@ -28,8 +27,8 @@ public:
     /// All bones with their nodes, in pre-order, the root first.
     const std::vector<KQexAsfOrigin>& GetOrigins() const { return mOrigins; }
 
-    /// Ends that were added, and the names of those that are joints.
-    const std::vector<KQexAsfEndNote>& GetEndNotes() const { return mEndNotes; }
+    /// Names of the bones whose ends were added.
+    const std::vector<std::string>& GetAddedEnds() const { return mAddedEnds; }
 
     /// Warnings and notes for the user, one text each.
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
@@ -44,8 +43,6 @@ private:
     bool IsDummy(const KQexAsfOrigin& pOrigin) const;
     void Round(bool pLeaves);
     void NoteAddedEnds(double pLength);
-    bool EndsInALeaf(const KQexAsfOrigin& pOrigin) const;
-    void NoteEndName(const KQexAsfOrigin& pOrigin);
     void WarnDroppedLeaves();
 
     KQexAsfScene*                              mScene;
@@ -55,7 +52,7 @@ private:
     bool                                       mHasTranslations;
     const std::unordered_set<const KQexNode*>& mLeaves;
     std::vector<KQexAsfOrigin>                 mOrigins;
-    std::vector<KQexAsfEndNote>                mEndNotes;
+    std::vector<std::string>                   mAddedEnds;
     std::vector<std::string>                   mWarnings;
     std::vector<std::string>                   mNotes;
 };

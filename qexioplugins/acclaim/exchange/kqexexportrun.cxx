@@ -111,7 +111,7 @@ void KQexExportRun::Report(const KQexAsfPreparation& pPreparation)
 bool KQexExportRun::Format(KQexAsfScene& pScene, const KQexAsfPreparation& pPreparation)
 {
     KQexFileAcclaimAsf lFile(false);
-    lFile.SetEndNotes(pPreparation.GetEndNotes());
+    lFile.SetAddedEnds(pPreparation.GetAddedEnds());
     if (lFile.OpenWriteBuffer(&mText))
     {
         lFile.Write(&pScene);

@@ -2,19 +2,13 @@
 
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
 
-#include <new>
 #include <string_view>
-#include <unordered_map>
+#include <unordered_set>
 
 namespace qexsdk
 {
 
-namespace
-{
-
-/// Calls pDo(bone, node) for every bone and the node built from it.
-template <typename TDo>
-void ForBonesAndNodes(HKQexAsfNode pRoot, KQexNode* pNode, const TDo& pDo)
+void ConnectCurves(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
 {
     std::vector<KQexNode*> lNext; // For each bone on the current path: the node of its next child.
     KQexAsfWalk            lWalk(pRoot);
@@ -31,61 +25,18 @@ void ForBonesAndNodes(HKQexAsfNode pRoot, KQexNode* pNode, const TDo& pDo)
             lNode = lNext.back();
             lNext.back() = lNode->GetNextSibling();
         }
-        pDo(*lBone, *lNode);
+        lBone->SetKFCurves(lNode, pTakeName);
         lNext.push_back(lNode->GetFirstChild());
     }
 }
 
-/// The names by bone: empty for an end that was added.
-std::unordered_map<std::string_view, const char*> NamesByBone(const std::vector<KQexAsfEndNote>& pNotes)
+KQexAddedEndGuard::KQexAddedEndGuard(HKQexAsfNode pRoot, const std::vector<std::string>& pBones)
 {
-    std::unordered_map<std::string_view, const char*> lNames;
-    for (const KQexAsfEndNote& lNote : pNotes)
-    {
-        lNames.emplace(lNote.mBone, lNote.mName.c_str());
-    }
-    return lNames;
-}
-
-} // namespace
-
-void ConnectCurves(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName)
-{
-    ForBonesAndNodes(pRoot, pNode, [pTakeName](KQexAsfNode& pBone, KQexNode& pTo) { pBone.SetKFCurves(&pTo, pTakeName); });
-}
-
-void NameEnds(HKQexAsfNode pRoot, KQexNode* pNode, const std::vector<KQexAsfEndNote>& pNotes)
-{
-    const auto lNames = NamesByBone(pNotes);
-    if (lNames.empty())
-    {
-        return;
-    }
-    ForBonesAndNodes(pRoot, pNode,
-                     [&lNames](const KQexAsfNode& pBone, const KQexNode& pOf)
-                     {
-                         const auto lName = lNames.find(pBone.mName);
-                         KQexNode*  lEnd = pBone.mChildBuf.GetCount() == 0 ? pOf.GetFirstChild() : nullptr;
-                         if (lEnd == nullptr || lName == lNames.end() || *lName->second == '\0')
-                         {
-                             return;
-                         }
-                         lEnd->SetRotationActive(true);
-                         if (!lEnd->SetName(lName->second))
-                         {
-                             throw std::bad_alloc();
-                         }
-                     });
-}
-
-KQexAddedEndGuard::KQexAddedEndGuard(HKQexAsfNode pRoot, const std::vector<KQexAsfEndNote>& pNotes)
-{
-    const auto  lNames = NamesByBone(pNotes);
-    KQexAsfWalk lWalk(lNames.empty() ? nullptr : pRoot);
+    const std::unordered_set<std::string_view> lBones(pBones.begin(), pBones.end());
+    KQexAsfWalk                                lWalk(lBones.empty() ? nullptr : pRoot);
     while (const HKQexAsfNode lBone = lWalk.Next())
     {
-        const auto lName = lWalk.IsEntering() && lBone->mChildBuf.GetCount() == 0 ? lNames.find(lBone->mName) : lNames.end();
-        if (lName != lNames.end() && *lName->second == '\0')
+        if (lWalk.IsEntering() && lBone->mChildBuf.GetCount() == 0 && lBones.count(lBone->mName) > 0)
         {
             mLengths.emplace_back(lBone, lBone->mLength);
         }

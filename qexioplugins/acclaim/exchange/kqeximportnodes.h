@@ -1,8 +1,9 @@
 #ifndef QEXIOPLUGINS_ACCLAIM_EXCHANGE_KQEXIMPORTNODES_H
 #define QEXIOPLUGINS_ACCLAIM_EXCHANGE_KQEXIMPORTNODES_H
 
-#include <qexioplugins/acclaim/kqexfileacclaimasf.h>
+#include <qexioplugins/acclaim/kqexasfnode.h>
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -16,17 +17,13 @@ namespace qexsdk
 /// are equal except for end nodes. May throw std::bad_alloc.
 void ConnectCurves(HKQexAsfNode pRoot, KQexNode* pNode, const char* pTakeName);
 
-/// Gives the end nodes of that tree the names that \p pNotes have for them, and activates their rotation as for any other joint.
-/// May throw std::bad_alloc.
-void NameEnds(HKQexAsfNode pRoot, KQexNode* pNode, const std::vector<KQexAsfEndNote>& pNotes);
-
 /// Takes the lengths from leaf bones whose ends a writer added, so that no end nodes are built for them, and gives them back when it
 /// goes out of scope.
 class KQexAddedEndGuard
 {
 public:
     /// The bones at and below \p pRoot must outlive this. May throw std::bad_alloc.
-    KQexAddedEndGuard(HKQexAsfNode pRoot, const std::vector<KQexAsfEndNote>& pNotes);
+    KQexAddedEndGuard(HKQexAsfNode pRoot, const std::vector<std::string>& pBones);
     ~KQexAddedEndGuard();
     KQexAddedEndGuard(const KQexAddedEndGuard&) = delete;
     KQexAddedEndGuard& operator=(const KQexAddedEndGuard&) = delete;

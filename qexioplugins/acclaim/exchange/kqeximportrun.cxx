@@ -88,7 +88,7 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
         mResult.mMessages.push_back({pSource.mPath, std::move(lWarning)});
     }
     mResult.mSkeletonNotes.mLengthDofs = lFile.GetLengthDofs();
-    mResult.mSkeletonNotes.mEndNotes = lFile.GetEndNotes();
+    mResult.mSkeletonNotes.mAddedEnds = lFile.GetAddedEnds();
     if (mOptions.mRemoveDummies)
     {
         RemoveDummies(*lAsfScene);
@@ -248,13 +248,13 @@ bool KQexImportRun::ReportProgress(double pFraction)
 
 bool KQexImportRun::Attach(KQexAsfScene& pAsfScene)
 {
-    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mEndNotes);
+    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mAddedEnds);
     return Complete(pAsfScene, mOptions.mMergeRoot != nullptr ? Bind(pAsfScene, mOptions.mMergeRoot) : Build(pAsfScene));
 }
 
 bool KQexImportRun::AttachToExisting(KQexAsfScene& pAsfScene)
 {
-    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mEndNotes);
+    const KQexAddedEndGuard lGuard(pAsfScene.mRoot, mResult.mSkeletonNotes.mAddedEnds);
     mBorrowedRoot = pAsfScene.mRoot;
     return Complete(pAsfScene, Bind(pAsfScene, mOptions.mMergeRoot != nullptr ? mOptions.mMergeRoot : mScene->GetRootNode()));
 }
@@ -295,7 +295,6 @@ KQexNode* KQexImportRun::Build(KQexAsfScene& pAsfScene)
     {
         return nullptr;
     }
-    NameEnds(lRoot, lNode, mResult.mSkeletonNotes.mEndNotes);
 
     for (size_t i = 1; i < mCurves.size(); ++i)
     {

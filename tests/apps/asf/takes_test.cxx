@@ -72,7 +72,7 @@ TEST_F(KTakesTest, MotionForASkeletonWrittenBefore)
 TEST_F(KTakesTest, NamesAndLeavesComeBack)
 {
     const KRunResult lResult = Run({"convert", "two.gltf", "-o", "t.asf", "-o", "{name}.amc", "--tell-rate"});
-    EXPECT_EQ(lResult.mErr, "t.asf: note: Leaf joints that move got an end, 1.5 cm long (me:Foot)\n"
+    EXPECT_EQ(lResult.mErr, "t.asf: note: Leaf joints without a length get one of 1.5 cm (me:Foot and 1 more)\n"
                             "asf: wrote t.asf: 5 joints\n"
                             "asf: wrote A.amc: 3 frames, 30 a second\n"
                             "asf: wrote B.amc: 3 frames, 30 a second\n");

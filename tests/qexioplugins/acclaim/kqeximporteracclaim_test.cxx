@@ -584,22 +584,22 @@ INSTANTIATE_TEST_SUITE_P(Bones, KMatchTest,
                                          KMatchCase{"ax", true}, KMatchCase{"axy", false}, KMatchCase{"axyz", false},
                                          KMatchCase{"abxyz", true}, KMatchCase{"abcxyzuvw", true}, KMatchCase{"xyzuvw", false}));
 
-/// The end that a writer added to a leaf bone gets no node; others get the names that the file has for them.
-TEST(KQexImporterAcclaim, NotesAboutEnds)
+/// The end that a writer added to a leaf bone gets no node.
+TEST(KQexImporterAcclaim, AddedEnds)
 {
-    const std::string lNoted = ":documentation\n added-end c\n end-name d tip\n added-end a\n end-name nobody x\n" + kAsf;
+    const std::string lNoted = ":documentation\n added-end c\n added-end a\n added-end nobody\n" + kAsf;
     KSetup            lSetup;
     lSetup.mOptions.mKeepAsfScene = true;
     ASSERT_TRUE(lSetup.Import(lNoted, {Text(kThree, "small.amc")})) << Texts(lSetup.mResult.mMessages);
-    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(tip))");
-    EXPECT_EQ(lSetup.mResult.mSkeletonNotes.mEndNotes.size(), 4U);
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(d_End))");
+    EXPECT_EQ(lSetup.mResult.mSkeletonNotes.mAddedEnds.size(), 3U);
     EXPECT_GT(lSetup.mResult.mAsfScene->mRoot->Find("c")->mLength, 0.0) << "the skeleton itself keeps its length";
     // Bound to an existing hierarchy, bones that it lacks are built without such an end, too.
     lSetup.Node("c")->Destroy(true, false);
     lSetup.mOptions.mMergeRoot = lSetup.mScene->GetRootNode();
     lSetup.mOptions.mTakeName = "second";
     ASSERT_TRUE(lSetup.Import(lNoted, {Text(kThree, "small.amc")})) << Texts(lSetup.mResult.mMessages);
-    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(tip))");
+    EXPECT_EQ(NodeTree(lSetup.mResult.mRootNode), "root(a(b(c)) d(d_End))");
 }
 
 TEST(KQexImporterAcclaim, FiltersAreSetForTheImportAlone)

@@ -31,9 +31,10 @@ TEST_F(KExportNamesTest, PrefixesStay)
 {
     ExpectTakesAreKept(AddArms(), {"take"});
     ReadBack(mAsf);
-    EXPECT_EQ(Tree(), "root\n right:armDummy\n  right:arm\n   right:hand\n left:armDummy\n  left:arm\n   left:hand\n");
+    EXPECT_EQ(Tree(),
+              "root\n right:armDummy\n  right:arm\n   right:hand\n    right:tip\n left:armDummy\n  left:arm\n   left:hand\n    left:tip\n");
     EXPECT_EQ(Warnings(), "");
-    EXPECT_NE(mAsf.find("  end-name left:hand left:tip\n"), std::string::npos) << mAsf;
+    EXPECT_NE(mAsf.find("  added-end left:tip\n"), std::string::npos) << mAsf;
     EXPECT_NE(ReadFile(mDir / "take.amc").find("\nleft:hand 0 20 0\n"), std::string::npos) << ReadFile(mDir / "take.amc");
 }
 
@@ -45,7 +46,7 @@ TEST_F(KExportNamesTest, PrefixesThatAFileCannotHold)
     KQexNode*         lSecond = Add(lFirst, (lLong + ":bcd").c_str(), 0, 5, 0);
     KQexNode*         lThird = Add(lSecond, ":e", 0, 5, 0);
     KQexNode*         lFourth = Add(lThird, "my rig:f", 0, 5, 0);
-    Add(Add(lFourth, ":::", 0, 5, 0), "end", 0, 5, 0);
+    Add(Add(lFourth, ":::", 0, 5, 0), "_End", 0, 5, 0);
     Export(lRoot);
     EXPECT_EQ(Tree(), "root\n " + lLong + ":a\n  bcd\n   e\n    my_rig:f\n     bone\n");
     EXPECT_EQ(Warnings(), "Bone renamed (my_rig:f), from (my rig:f)\nBone renamed (bone), from ()\nPrefixes left out of names that are too "
