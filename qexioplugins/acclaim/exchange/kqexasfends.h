@@ -21,6 +21,7 @@ bool IsEndOfParent(const KQexNode& pNode, const KQexMovingJoints& pMoving, const
 
 /// Adds an end node below each leaf under \p pRoot that is not the end of its parent. The scene owns the new nodes; the caller destroys
 /// them after the extraction (KQexSceneUndo). False when memory runs out. May throw std::bad_alloc, too.
+/// \param pRoot   top of the skeleton
 /// \param pMoving what moves in the takes
 /// \param pDofs DOFs by name; null: none
 /// \param pLeaves receives these leaves, and the nodes whose only child is their end, at their own place

@@ -15,7 +15,7 @@ struct KQexAsfPairing
 {
     std::vector<KQexAmcPair> mPairs;     ///< The root first.
     std::vector<std::string> mUnmatched; ///< Bones with DOFs but without a node, in the skeleton's order.
-    KQexSkeletonMatch        mMatch;
+    KQexSkeletonMatch        mMatch;     ///< How many of the moving joints match, and which do not.
 };
 
 /// Pairs bones and nodes by name as KQexExporterAcclaim::ExportMotion() says, for the take \p pTake (null: the rest pose).

@@ -30,8 +30,9 @@ public:
     /// Names of the bones whose ends were added.
     const std::vector<std::string>& GetAddedEnds() const { return mAddedEnds; }
 
-    /// Warnings and notes for the user, one text each.
+    /// Losses, one text each.
     const std::vector<std::string>& GetWarnings() const { return mWarnings; }
+    /// What was changed on purpose, one text each.
     const std::vector<std::string>& GetNotes() const { return mNotes; }
 
 private:
