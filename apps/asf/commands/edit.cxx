@@ -49,7 +49,7 @@ bool RenameAll(const KEditOptions& pOptions, KSkeletonEdit& pEdit, KConsole& pCo
     return true;
 }
 
-std::string TextOf(qexsdk::KQexAsfScene& pScene)
+std::string TextOf(qexsdk::KQexAsfScene& pScene, const std::vector<std::string>& pAddedEnds)
 {
     std::string                lText;
     qexsdk::KQexFileAcclaimAsf lWriter(false);
@@ -57,6 +57,7 @@ std::string TextOf(qexsdk::KQexAsfScene& pScene)
     {
         throw std::bad_alloc();
     }
+    lWriter.SetAddedEnds(pAddedEnds);
     lWriter.Write(&pScene);
     if (!lWriter.Close())
     {
@@ -201,13 +202,14 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
     }
     KMotionEdit   lMotionEdit(*lOld, lResult.mSkeletonNotes, *lNew, pOptions.mScale, pOptions.mMotion.mAllowUnmatched);
     KSkeletonEdit lEdit(*lNew);
+    lEdit.SetAddedEnds(lResult.mSkeletonNotes.mAddedEnds);
     if (!EditSkeleton(pOptions, lEdit, pConsole))
     {
         return;
     }
     lEdit.MakeWritable(lResult.mSkeletonNotes);
     PrintWarnings(lFiles, lEdit, lMotionEdit, pConsole);
-    WriteAll(lFiles, TextOf(*lNew), lMotionEdit, pConsole);
+    WriteAll(lFiles, TextOf(*lNew, lEdit.GetAddedEnds()), lMotionEdit, pConsole);
 }
 
 } // namespace

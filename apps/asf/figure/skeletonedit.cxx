@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <unordered_set>
 
 namespace asfapp
 {
@@ -67,6 +68,25 @@ void SetVector(KQexAsfNode& pBone, const double* pVector)
 }
 
 } // namespace
+
+void KSkeletonEdit::SetAddedEnds(const std::vector<std::string>& pBones)
+{
+    const std::unordered_set<std::string> lNames(pBones.begin(), pBones.end());
+    mAddedEnds = Bones(mScene.mRoot);
+    mAddedEnds.erase(std::remove_if(mAddedEnds.begin(), mAddedEnds.end(),
+                                    [&lNames](const KQexAsfNode* pBone) { return lNames.count(pBone->mName) == 0; }),
+                     mAddedEnds.end());
+}
+
+std::vector<std::string> KSkeletonEdit::GetAddedEnds() const
+{
+    std::vector<std::string> lNames;
+    for (const KQexAsfNode* lBone : mAddedEnds)
+    {
+        lNames.emplace_back(lBone->mName);
+    }
+    return lNames;
+}
 
 std::string KSkeletonEdit::Rename(const std::string& pFrom, const std::string& pTo)
 {
@@ -143,6 +163,7 @@ bool KSkeletonEdit::MergeIntoParent(HKQexAsfNode pBone)
     }
     pBone->mChildBuf.Clear();
     lParent->RemoveChild(pBone);
+    mAddedEnds.erase(std::remove(mAddedEnds.begin(), mAddedEnds.end(), pBone), mAddedEnds.end());
     qexsdk::QexSdkDelete(pBone);
     return true;
 }

@@ -16,6 +16,12 @@ class KSkeletonEdit
 public:
     explicit KSkeletonEdit(qexsdk::KQexAsfScene& pScene) : mScene(pScene) {}
 
+    /// Tells which bones have added ends (KQexFileAcclaimAsf::GetAddedEnds), before any edit.
+    void SetAddedEnds(const std::vector<std::string>& pBones);
+
+    /// Their names after all edits.
+    std::vector<std::string> GetAddedEnds() const;
+
     /// Renames the bone \p pFrom to \p pTo. "" on success, else an error text.
     std::string Rename(const std::string& pFrom, const std::string& pTo);
 
@@ -41,8 +47,9 @@ private:
     void WarnAboutRoot();
     void WarnAboutUnits();
 
-    qexsdk::KQexAsfScene&    mScene;
-    std::vector<std::string> mWarnings;
+    qexsdk::KQexAsfScene&             mScene;
+    std::vector<qexsdk::HKQexAsfNode> mAddedEnds; ///< Bones of mScene.
+    std::vector<std::string>          mWarnings;
 };
 
 } // namespace asfapp
