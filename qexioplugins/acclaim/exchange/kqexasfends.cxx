@@ -11,14 +11,6 @@ namespace
 {
 
 constexpr double kEndFraction = 0.01; ///< Of the skeleton's extent.
-constexpr char   kEndSuffix[] = "_End";
-
-bool HasOffset(const KQexNode& pNode)
-{
-    KQexVector4 lOffset(pNode.mLocalTranslation.Get());
-    lOffset += pNode.GetRotationOffset();
-    return lOffset.Length() > 0.0;
-}
 
 /// Two digits: rounding errors of a round trip do not change them.
 double RoundToTwoDigits(double pValue)

@@ -20,6 +20,9 @@ struct KQexAsfOrigin
 /// Suffix of a generated bone's name.
 inline constexpr char kDummySuffix[] = "Dummy";
 
+/// Suffix of the name of a node that is only the end of its parent's bone.
+inline constexpr char kEndSuffix[] = "_End";
+
 /// Pairs the bones of a skeleton that was extracted from the tree at \p pRoot, and not changed since, with its nodes: in pre-order, the
 /// root first. May throw std::bad_alloc.
 std::vector<KQexAsfOrigin> FindAsfOrigins(HKQexAsfNode pBone, KQexNode* pRoot);

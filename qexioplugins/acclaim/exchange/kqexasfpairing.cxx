@@ -23,6 +23,14 @@ public:
     KPairing(const KQexAsfScene& pSkeleton, const KQexMovingJoints& pMoving, KQexAsfTreeIndex::ENamePart pName)
         : mSkeleton(pSkeleton), mMoving(pMoving), mName(pName)
     {
+        KQexAsfWalk lWalk(mSkeleton.mRoot);
+        while (HKQexAsfNode lBone = lWalk.Next())
+        {
+            if (lWalk.IsEntering() && lBone != mSkeleton.mRoot)
+            {
+                mBoneNames.insert(NameOf(*lBone));
+            }
+        }
     }
 
     KQexAsfPairing Run(KQexNode* pRoot)
@@ -42,58 +50,58 @@ private:
 
     const char* NameOf(const KQexNode& pNode) const { return mName == KQexAsfTreeIndex::eBARE ? pNode.GetBareName() : pNode.GetName(); }
 
-    std::unordered_set<std::string_view> BoneNames() const
-    {
-        std::unordered_set<std::string_view> lNames;
-        KQexAsfWalk                          lWalk(mSkeleton.mRoot);
-        while (HKQexAsfNode lBone = lWalk.Next())
-        {
-            if (lWalk.IsEntering() && lBone != mSkeleton.mRoot)
-            {
-                lNames.insert(NameOf(*lBone));
-            }
-        }
-        return lNames;
-    }
+    bool IsNamedLikeABone(const KQexNode& pNode) const { return mBoneNames.count(NameOf(pNode)) > 0; }
 
+    using KCounts = std::unordered_map<const KQexNode*, int>;
+
+    KCounts   CountNamed(const KQexNode* pRoot) const;
     KQexNode* FindTop(KQexNode* pRoot) const;
     void      MakePairs(KQexNode* pTop);
     void      CountMoving(KQexNode* pTop);
 
-    const KQexAsfScene&                 mSkeleton;
-    const KQexMovingJoints&             mMoving;
-    KQexAsfTreeIndex::ENamePart         mName;
-    KQexAsfPairing                      mResult;
-    std::unordered_set<const KQexNode*> mMovers;      ///< Nodes of bones with DOFs.
-    size_t                              mMatched = 0; ///< Bones with DOFs that have a node.
+    const KQexAsfScene&                  mSkeleton;
+    const KQexMovingJoints&              mMoving;
+    KQexAsfTreeIndex::ENamePart          mName;
+    std::unordered_set<std::string_view> mBoneNames; ///< Of all bones but the root.
+    KQexAsfPairing                       mResult;
+    std::unordered_set<const KQexNode*>  mMovers;      ///< Nodes of bones with DOFs.
+    size_t                               mMatched = 0; ///< Bones with DOFs that have a node.
 };
 
-/// Scenes often have nodes above the figure, which only place it: the root's node is the first one that moves, has the name of a bone
-/// below it, or has bones in several branches.
-KQexNode* KPairing::FindTop(KQexNode* pRoot) const
+/// The nodes named like bones, at and below each node under \p pRoot, and below that.
+KPairing::KCounts KPairing::CountNamed(const KQexNode* pRoot) const
 {
-    const std::unordered_set<std::string_view> lNames = BoneNames();
-    std::unordered_map<const KQexNode*, int>   lCounts; // Nodes named like bones, at and below each.
-    std::vector<const KQexNode*>               lNodes;
+    KCounts                      lCounts;
+    std::vector<const KQexNode*> lNodes;
     for (const KQexNode* lNode = pRoot->GetNextInTree(pRoot); lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
         lNodes.push_back(lNode);
     }
     for (auto lNode = lNodes.rbegin(); lNode != lNodes.rend(); ++lNode)
     {
-        const int lCount = lCounts[*lNode] += static_cast<int>(lNames.count(NameOf(**lNode)));
+        const int lCount = lCounts[*lNode] += IsNamedLikeABone(**lNode) ? 1 : 0;
         lCounts[(*lNode)->GetParent()] += lCount;
     }
+    return lCounts;
+}
+
+/// Scenes often have nodes above the figure, which only place it: the root's node is the first one that moves, or has a child that is
+/// named like a bone, or has bones in several branches.
+KQexNode* KPairing::FindTop(KQexNode* pRoot) const
+{
+    KCounts   lCounts = CountNamed(pRoot);
     const int lAll = lCounts[pRoot];
     KQexNode* lTop = pRoot;
-    for (KQexNode* lNext = lTop; lAll > 0 && lNext != nullptr && mMoving.IsStill(lTop);)
+    KQexNode* lNext = lAll > 0 ? pRoot : nullptr;
+    while (lNext != nullptr)
     {
-        for (lNext = lTop->GetFirstChild(); lNext != nullptr && lCounts[lNext] < lAll;)
+        lTop = lNext;
+        lNext = mMoving.IsStill(lTop) ? lTop->GetFirstChild() : nullptr;
+        while (lNext != nullptr && lCounts[lNext] < lAll)
         {
             lNext = lNext->GetNextSibling();
         }
-        lNext = lNext != nullptr && lNames.count(NameOf(*lNext)) == 0 ? lNext : nullptr;
-        lTop = lNext != nullptr ? lNext : lTop;
+        lNext = lNext != nullptr && !IsNamedLikeABone(*lNext) ? lNext : nullptr;
     }
     return lTop;
 }

@@ -95,7 +95,7 @@ bool KQexAsfPreparation::IsDummy(const KQexAsfOrigin& pOrigin) const
     }
     for (const KQexNode* lChild = pOrigin.mNode->GetFirstChild(); lChild != nullptr; lChild = lChild->GetNextSibling())
     {
-        if (BareName(lChild) + kDummySuffix == lName || BareName(lChild) == lName + "_End")
+        if (BareName(lChild) + kDummySuffix == lName || BareName(lChild) == lName + kEndSuffix)
         {
             return true;
         }

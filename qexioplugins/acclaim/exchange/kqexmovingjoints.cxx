@@ -28,21 +28,14 @@ bool IsUneven(const KQexNode& pNode, bool pSigned)
     return false;
 }
 
+} // namespace
+
 bool HasOffset(const KQexNode& pNode)
 {
-    const auto        lTranslation = pNode.mLocalTranslation.Get();
-    const KQexVector4 lOffset = pNode.GetRotationOffset();
-    for (int i = 0; i < 3; ++i)
-    {
-        if (lTranslation.mData[i] + lOffset.mData[i] != 0.0)
-        {
-            return true;
-        }
-    }
-    return false;
+    KQexVector4 lOffset(pNode.mLocalTranslation.Get());
+    lOffset += pNode.GetRotationOffset();
+    return lOffset.Length() > 0.0;
 }
-
-} // namespace
 
 KQexMovingJoints::KQexMovingJoints(const KQexNode* pRoot, const std::vector<KQexAnimStack*>& pTakes)
 {
