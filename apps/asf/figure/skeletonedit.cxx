@@ -11,7 +11,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <unordered_set>
 
 namespace asfapp
 {
@@ -72,18 +71,24 @@ void SetVector(KQexAsfNode& pBone, const double* pVector)
 void KSkeletonEdit::SetAddedEnds(const std::vector<std::string>& pBones)
 {
     const std::unordered_set<std::string> lNames(pBones.begin(), pBones.end());
-    mAddedEnds = Bones(mScene.mRoot);
-    mAddedEnds.erase(std::remove_if(mAddedEnds.begin(), mAddedEnds.end(),
-                                    [&lNames](const KQexAsfNode* pBone) { return lNames.count(pBone->mName) == 0; }),
-                     mAddedEnds.end());
+    for (const KQexAsfNode* lBone : Bones(mScene.mRoot))
+    {
+        if (lNames.count(lBone->mName) > 0)
+        {
+            mAddedEnds.insert(lBone);
+        }
+    }
 }
 
 std::vector<std::string> KSkeletonEdit::GetAddedEnds() const
 {
     std::vector<std::string> lNames;
-    for (const KQexAsfNode* lBone : mAddedEnds)
+    for (const KQexAsfNode* lBone : Bones(mScene.mRoot))
     {
-        lNames.emplace_back(lBone->mName);
+        if (mAddedEnds.count(lBone) > 0)
+        {
+            lNames.emplace_back(lBone->mName);
+        }
     }
     return lNames;
 }
@@ -163,7 +168,7 @@ bool KSkeletonEdit::MergeIntoParent(HKQexAsfNode pBone)
     }
     pBone->mChildBuf.Clear();
     lParent->RemoveChild(pBone);
-    mAddedEnds.erase(std::remove(mAddedEnds.begin(), mAddedEnds.end(), pBone), mAddedEnds.end());
+    mAddedEnds.erase(pBone);
     qexsdk::QexSdkDelete(pBone);
     return true;
 }

@@ -4,6 +4,7 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace asfapp
@@ -47,9 +48,9 @@ private:
     void WarnAboutRoot();
     void WarnAboutUnits();
 
-    qexsdk::KQexAsfScene&             mScene;
-    std::vector<qexsdk::HKQexAsfNode> mAddedEnds; ///< Bones of mScene.
-    std::vector<std::string>          mWarnings;
+    qexsdk::KQexAsfScene&                          mScene;
+    std::unordered_set<const qexsdk::KQexAsfNode*> mAddedEnds; ///< Bones of mScene.
+    std::vector<std::string>                       mWarnings;
 };
 
 } // namespace asfapp

@@ -44,16 +44,6 @@ double GetExtent(const std::vector<KQexAsfOrigin>& pOrigins)
     return std::max({lGreatest[0] - lLeast[0], lGreatest[1] - lLeast[1], lGreatest[2] - lLeast[2]});
 }
 
-void ContinueLine(KQexAsfNode& pBone)
-{
-    const KQexAsfNode* lFrom = pBone.mParent;
-    while (lFrom != nullptr && !(lFrom->mLength > 0.0))
-    {
-        lFrom = lFrom->mParent;
-    }
-    pBone.mDirectionV = lFrom != nullptr ? lFrom->mDirectionV : KgeTVector(0.0, 1.0, 0.0);
-}
-
 } // namespace
 
 const std::vector<KQexBoneDof>* FindBoneDofs(const KQexBoneDofs& pDofs, const KQexNode* pNode)
@@ -111,13 +101,23 @@ double SetAddedEnds(const std::vector<KQexAsfOrigin>& pOrigins, const std::unord
     }
     const double lExtent = GetExtent(pOrigins);
     const double lLength = lExtent > 0.0 ? RoundToTwoDigits(kEndFraction * lExtent) : 1.0;
+    // By bone: the direction of the nearest one with a length, the bone itself or an ancestor.
+    std::unordered_map<const KQexAsfNode*, KgeTVector> lDirections;
     for (const KQexAsfOrigin& lOrigin : pOrigins)
     {
+        KQexAsfNode& lBone = *lOrigin.mBone;
+        const auto   lFound = lDirections.find(lBone.mParent);
+        KgeTVector   lDirection = lFound != lDirections.end() ? lFound->second : KgeTVector(0.0, 1.0, 0.0);
         if (pLeaves.count(lOrigin.mNode) > 0)
         {
-            ContinueLine(*lOrigin.mBone);
-            lOrigin.mBone->mLength = lLength;
+            lBone.mDirectionV = lDirection;
+            lBone.mLength = lLength;
         }
+        else if (lBone.mLength > 0.0)
+        {
+            lDirection = lBone.mDirectionV;
+        }
+        lDirections.emplace(&lBone, lDirection);
     }
     return lLength;
 }

@@ -35,6 +35,8 @@ TEST(AcclaimDefaults, MotionFile)
     EXPECT_EQ(lInfo.mStart.Get(), 0);
     EXPECT_EQ(lInfo.mStop.Get(), 0);
     EXPECT_FALSE(lInfo.mCancelled);
+    EXPECT_EQ(lInfo.mMatch.mInSkeleton + lInfo.mMatch.mInMotion + lInfo.mMatch.mMatched, 0U);
+    EXPECT_TRUE(lInfo.mMatch.IsPlausible());
 
     const KQexAmcBone lBone;
     EXPECT_EQ(lBone.mFrame, -1);
@@ -62,7 +64,8 @@ TEST(AcclaimDefaults, Importer)
     EXPECT_FALSE(lOptions.mRemoveDummies);
     EXPECT_TRUE(lOptions.mSetLimits);
     EXPECT_EQ(lOptions.mSamplesPerSecond, 0.0);
-    EXPECT_FALSE(lOptions.mUseConstantKeyReducer || lOptions.mKeepGoodFrames || lOptions.mKeepAsfScene || lOptions.mVerbose);
+    EXPECT_FALSE(lOptions.mUseConstantKeyReducer || lOptions.mKeepGoodFrames || lOptions.mAllowUnmatched || lOptions.mKeepAsfScene ||
+                 lOptions.mVerbose);
     const KQexImportAcclaimResult lResult;
     EXPECT_FALSE(lResult.mOk || lResult.mCancelled);
     EXPECT_EQ(lResult.mRootNode, nullptr);
@@ -74,7 +77,9 @@ TEST(AcclaimDefaults, Exporter)
     EXPECT_EQ(lOptions.mStack, nullptr);
     EXPECT_EQ(lOptions.mTranslations, eTRANSLATION_DOFS_MOVING);
     EXPECT_EQ(lOptions.mBaseScale, 1.0);
-    EXPECT_FALSE(lOptions.mBasePoseFirstFrame || lOptions.mWriteRate);
+    EXPECT_FALSE(lOptions.mBasePoseFirstFrame || lOptions.mWriteRate || lOptions.mAllowUnmatched);
+    EXPECT_EQ(lOptions.mPrepared, nullptr);
+    EXPECT_TRUE(lOptions.mAdaptForFile);
     EXPECT_EQ(lOptions.mLengthUnit, 1.0);
     EXPECT_EQ(lOptions.mThreads, 0);
     const KQexExportAcclaimResult lResult;
