@@ -17,12 +17,12 @@ constexpr const char* kPaths[3] = {"translation", "rotation", "scale"};
 
 } // namespace
 
-void KQexGltfWriter::MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+void KQexGltfWriter::MakeVectorTrack(const KQexNodePose& pRest, const KQexNodePose& pPose, const KQexSampling& pSampling,
                                      KQexGltfTrack& pTrack) const
 {
-    const bool   lIsScaling = pTrack.mProperty == eGLTF_SCALING;
+    const bool   lIsScaling = pTrack.mProperty == eNODE_SCALING;
     const double lFactor = lIsScaling ? 1.0 : mOptions.mScale;
-    const auto   lGet = [lIsScaling](const KQexGltfNodePose& pFrom, KTime pTime, double* pValue)
+    const auto   lGet = [lIsScaling](const KQexNodePose& pFrom, KTime pTime, double* pValue)
     {
         lIsScaling ? pFrom.GetScaling(pTime, pValue) : pFrom.GetTranslation(pTime, pValue);
     };
@@ -49,7 +49,7 @@ void KQexGltfWriter::MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGl
 }
 
 /// Each quaternion gets the sign that is closer to the previous one, so that viewers interpolate along the shorter arc.
-void KQexGltfWriter::MakeRotationTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
+void KQexGltfWriter::MakeRotationTrack(const KQexNodePose& pRest, const KQexNodePose& pPose, const KQexSampling& pSampling,
                                        KQexGltfTrack& pTrack) const
 {
     KQexQuaternion lRest;
@@ -86,16 +86,16 @@ void KQexGltfWriter::MakeRotationTrack(const KQexGltfNodePose& pRest, const KQex
 
 void KQexGltfWriter::MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KQexGltfTrack>& pTracks) const
 {
-    const KQexGltfNodePose lRest(pNode, nullptr);
-    const KQexGltfNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
-    for (const KQexGltfProperty lProperty : {eGLTF_TRANSLATION, eGLTF_ROTATION, eGLTF_SCALING})
+    const KQexNodePose lRest(pNode, nullptr);
+    const KQexNodePose lPose(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0));
+    for (const KQexNodeProperty lProperty : {eNODE_TRANSLATION, eNODE_ROTATION, eNODE_SCALING})
     {
         if (!lPose.IsAnimated(lProperty))
         {
             continue;
         }
         KQexGltfTrack lTrack{lProperty, {}};
-        lProperty == eGLTF_ROTATION ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack)
+        lProperty == eNODE_ROTATION ? MakeRotationTrack(lRest, lPose, pTake.mSampling, lTrack)
                                     : MakeVectorTrack(lRest, lPose, pTake.mSampling, lTrack);
         if (!lTrack.mValues.empty())
         {
@@ -118,7 +118,7 @@ int KQexGltfWriter::AddTimes(const KQexSampling& pSampling)
 
 void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack)
 {
-    const int lComponents = pTrack.mProperty == eGLTF_ROTATION ? 4 : 3;
+    const int lComponents = pTrack.mProperty == eNODE_ROTATION ? 4 : 3;
     const int lValues =
         mBuffer.AddFloats(lComponents == 4 ? eGLTF_VEC4 : eGLTF_VEC3, pTrack.mValues.size() / static_cast<size_t>(lComponents));
     std::copy(pTrack.mValues.begin(), pTrack.mValues.end(), mBuffer.GetFloats(lValues));
@@ -131,8 +131,8 @@ void KQexGltfWriter::AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTime
 void KQexGltfWriter::AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling)
 {
     double        lRest[3];
-    KQexGltfTrack lTrack{eGLTF_TRANSLATION, {}};
-    KQexGltfNodePose(mNodes.front().mNode, nullptr).GetTranslation(KTime(0), lRest);
+    KQexGltfTrack lTrack{eNODE_TRANSLATION, {}};
+    KQexNodePose(mNodes.front().mNode, nullptr).GetTranslation(KTime(0), lRest);
     lTrack.mValues.resize(static_cast<size_t>(3 * pSampling.mCount));
     for (size_t i = 0; i < lTrack.mValues.size(); ++i)
     {
@@ -147,9 +147,9 @@ void KQexGltfWriter::ReserveTake(const KQexAnimLayer* pLayer, long long pFrames)
     size_t lFloats = 4; // The times, and the values of a still channel.
     for (const KQexGltfNode& lNode : mNodes)
     {
-        const KQexGltfNodePose lPose(lNode.mNode, pLayer);
-        lFloats += (lPose.IsAnimated(eGLTF_TRANSLATION) ? 3u : 0u) + (lPose.IsAnimated(eGLTF_ROTATION) ? 4u : 0u) +
-                   (lPose.IsAnimated(eGLTF_SCALING) ? 3u : 0u);
+        const KQexNodePose lPose(lNode.mNode, pLayer);
+        lFloats += (lPose.IsAnimated(eNODE_TRANSLATION) ? 3u : 0u) + (lPose.IsAnimated(eNODE_ROTATION) ? 4u : 0u) +
+                   (lPose.IsAnimated(eNODE_SCALING) ? 3u : 0u);
     }
     mBuffer.GetBytes().reserve(mBuffer.GetBytes().size() + lFloats * sizeof(float) * static_cast<size_t>(pFrames));
 }

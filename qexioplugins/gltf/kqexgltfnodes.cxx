@@ -10,10 +10,10 @@ namespace
 /// Whether a node's local rest transform differs from identity.
 bool HasTransform(KQexNode* pNode)
 {
-    const KQexGltfNodePose lPose(pNode, nullptr);
-    double                 lT[3];
-    double                 lS[3];
-    KQexQuaternion         lR;
+    const KQexNodePose lPose(pNode, nullptr);
+    double             lT[3];
+    double             lS[3];
+    KQexQuaternion     lR;
     lPose.GetTranslation(KTime(0), lT);
     lPose.GetRotation(KTime(0), lR);
     lPose.GetScaling(KTime(0), lS);
@@ -73,12 +73,12 @@ void KQexGltfWriter::AddNodes()
 {
     for (size_t i = 0; i < mNodes.size(); ++i)
     {
-        const KQexGltfNode&    lFrom = mNodes[i];
-        const KQexGltfNodePose lPose(lFrom.mNode, nullptr);
-        KQexGltfModel::KNode   lNode;
-        double                 lT[3];
-        double                 lS[3];
-        KQexQuaternion         lR;
+        const KQexGltfNode&  lFrom = mNodes[i];
+        const KQexNodePose   lPose(lFrom.mNode, nullptr);
+        KQexGltfModel::KNode lNode;
+        double               lT[3];
+        double               lS[3];
+        KQexQuaternion       lR;
         lPose.GetTranslation(KTime(0), lT);
         lPose.GetRotation(KTime(0), lR);
         lPose.GetScaling(KTime(0), lS);

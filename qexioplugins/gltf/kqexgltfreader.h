@@ -4,9 +4,9 @@
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfaccessor.h>
 #include <qexioplugins/gltf/kqexgltfkeys.h>
-#include <qexioplugins/gltf/kqexgltfpose.h>
 #include <qexioplugins/gltf/kqexgltfsource.h>
 #include <qexioplugins/motion/kqexsafenames.h>
+#include <qexscene/kqexnodepose.h>
 
 #include <map>
 #include <memory>
@@ -35,7 +35,7 @@ struct KQexGltfReadNode
 struct KQexGltfReadTrack
 {
     KQexGltfReadNode* mTarget;   ///< The node.
-    KQexGltfProperty  mProperty; ///< What it animates.
+    KQexNodeProperty  mProperty; ///< What it animates.
     KQexGltfKeys      mKeys;     ///< Its keys.
 };
 
@@ -78,7 +78,7 @@ private:
     bool ReadTake(size_t pIndex);
     void ReadTracks(const KQexGltfJson::KValue& pAnimation, const std::string& pName, std::vector<KQexGltfReadTrack>& pTracks);
     KQexGltfReadTrack ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
-                                KQexGltfProperty pProperty);
+                                KQexNodeProperty pProperty);
     std::shared_ptr<const std::vector<double>> GetTimes(size_t pAccessor, const std::string& pName);
 
     /// Even frames that hold \p pTracks; \p pFramesPerSecond 0: at the rate that fits their keys.
@@ -106,9 +106,6 @@ private:
 
 /// Reads an array of \p pCount numbers. False when \p pFrom is missing; throws when it is anything else.
 bool GltfReadNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName);
-
-/// Normalizes \p pRotation. False, and identity, when its length is zero or not finite.
-bool GltfNormalize(KQexQuaternion& pRotation);
 
 } // namespace qexsdk
 

@@ -59,15 +59,15 @@ float ToFloat(double pValue)
     return static_cast<float>(pValue);
 }
 
-KQexProperty& PropertyOf(KQexNode* pNode, KQexGltfProperty pProperty)
+KQexProperty& PropertyOf(KQexNode* pNode, KQexNodeProperty pProperty)
 {
-    return pProperty == eGLTF_TRANSLATION ? pNode->mLocalTranslation
-           : pProperty == eGLTF_ROTATION  ? pNode->mLocalRotation
+    return pProperty == eNODE_TRANSLATION ? pNode->mLocalTranslation
+           : pProperty == eNODE_ROTATION  ? pNode->mLocalRotation
                                           : pNode->mLocalScaling;
 }
 
 /// Creates three curves for the property on the take's base layer.
-void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, KQexGltfProperty pProperty, KQexAnimCurve** pCurves)
+void MakeCurves(KQexAnimStack* pStack, KQexNode* pNode, KQexNodeProperty pProperty, KQexAnimCurve** pCurves)
 {
     static const char* const sSuffixes[3][3] = {{"_tx", "_ty", "_tz"}, {"_rx", "_ry", "_rz"}, {"_sx", "_sy", "_sz"}};
     KQexAnimLayer*           lLayer = pStack->GetOrCreateBaseLayer();
@@ -154,12 +154,12 @@ void KQexGltfReader::ReadTracks(const KQexGltfJson::KValue& pAnimation, const st
             continue;
         }
         pTracks.push_back(ReadTrack(lSamplers[static_cast<size_t>(lSampler)], pName + ".samplers[" + std::to_string(lSampler) + "]",
-                                    &mNodes[static_cast<size_t>(lNode)], static_cast<KQexGltfProperty>(lProperty)));
+                                    &mNodes[static_cast<size_t>(lNode)], static_cast<KQexNodeProperty>(lProperty)));
     }
 }
 
 KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler, const std::string& pName, KQexGltfReadNode* pTarget,
-                                            KQexGltfProperty pProperty)
+                                            KQexNodeProperty pProperty)
 {
     const int lInput = GltfIndex(pSampler["input"], mAccessors.GetCount(), pName + ".input");
     const int lOutput = GltfIndex(pSampler["output"], mAccessors.GetCount(), pName + ".output");
@@ -171,13 +171,13 @@ KQexGltfReadTrack KQexGltfReader::ReadTrack(const KQexGltfJson::KValue& pSampler
     const std::shared_ptr<const std::vector<double>> lTimes = GetTimes(static_cast<size_t>(lInput), pName + ".input");
     const KQexGltfAccessor&                          lValues = mAccessors.Get(static_cast<size_t>(lOutput));
     const size_t                                     lWanted = lTimes->size() * (lInterpolation == KQexGltfInterpolation::eCUBIC ? 3 : 1);
-    if (lValues.GetComponents() != (pProperty == eGLTF_ROTATION ? 4 : 3) || lValues.GetCount() != lWanted)
+    if (lValues.GetComponents() != (pProperty == eNODE_ROTATION ? 4 : 3) || lValues.GetCount() != lWanted)
     {
         throw KQexGltfError(pName + ".output does not have " + std::to_string(lWanted) + " values of " +
-                            (pProperty == eGLTF_ROTATION ? "4" : "3") + " numbers");
+                            (pProperty == eNODE_ROTATION ? "4" : "3") + " numbers");
     }
     CountKeys(static_cast<double>(lTimes->size()), pName);
-    return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == eGLTF_ROTATION)};
+    return KQexGltfReadTrack{pTarget, pProperty, KQexGltfKeys(lTimes, &lValues, lInterpolation, pProperty == eNODE_ROTATION)};
 }
 
 KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& pTracks, double pFramesPerSecond)
@@ -223,8 +223,8 @@ KQexSampling KQexGltfReader::FindSampling(const std::vector<KQexGltfReadTrack>& 
 void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack, const KQexSampling& pSampling)
 {
     KQexNode*              lNode = pTrack.mTarget->mNode;
-    const KQexGltfProperty lProperty = pTrack.mProperty;
-    const double           lFactor = lProperty == eGLTF_TRANSLATION ? mOptions.mScale : 1.0;
+    const KQexNodeProperty lProperty = pTrack.mProperty;
+    const double           lFactor = lProperty == eNODE_TRANSLATION ? mOptions.mScale : 1.0;
     const double           lStep = pSampling.mStep.GetSeconds();
     const auto             lRest = KQexGet<qexVectorTemplate3<double>>(PropertyOf(lNode, lProperty));
     double                 lNear[3] = {lRest.mData[0], lRest.mData[1], lRest.mData[2]};
@@ -239,10 +239,10 @@ void KQexGltfReader::FillCurves(KQexAnimStack* pStack, KQexGltfReadTrack& pTrack
         {
             throw KQexGltfError(std::string("Node (") + lNode->GetName() + "): a key's value is not finite");
         }
-        if (lProperty == eGLTF_ROTATION)
+        if (lProperty == eNODE_ROTATION)
         {
             KQexQuaternion lRotation{{lValue[0], lValue[1], lValue[2], lValue[3]}};
-            GltfNormalize(lRotation);
+            lRotation.Normalize();
             ToEuler(*pTrack.mTarget, lRotation, lNear, lNear);
             KmVset(lValue, lNear);
         }
@@ -310,29 +310,7 @@ bool KQexGltfReader::ReadTakes()
 void KQexGltfReader::ToEuler(const KQexGltfReadNode& pNode, const KQexQuaternion& pRotation, const double pNear[3], double pAngles[3]) const
 {
     const KQexQuaternion lQ = pNode.mHasPivots ? pNode.mPreInverse * pRotation * pNode.mPost : pRotation;
-    const double*        lV = lQ.mData;
-    double               lMatrix[3][4];
-    for (int i = 0; i < 3; ++i)
-    {
-        const int j = (i + 1) % 3;
-        const int k = (i + 2) % 3;
-        lMatrix[i][i] = 1.0 - 2.0 * (lV[j] * lV[j] + lV[k] * lV[k]);
-        lMatrix[i][j] = 2.0 * (lV[i] * lV[j] + lV[k] * lV[3]);
-        lMatrix[i][k] = 2.0 * (lV[i] * lV[k] - lV[j] * lV[3]);
-    }
-    const int* lAxes = KmEulerAxisRow(pNode.mOrder);
-    double     lAngles[3];
-    double     lNear[3];
-    KmRtoVord(lAngles, lMatrix, pNode.mOrder);
-    for (int i = 0; i < 3; ++i)
-    {
-        lNear[i] = pNear[lAxes[i]];
-    }
-    KmNearestEuler(lAngles, lNear, pNode.mOrder);
-    for (int i = 0; i < 3; ++i)
-    {
-        pAngles[lAxes[i]] = lAngles[i];
-    }
+    lQ.ToEuler(pNode.mOrder, pNear, pAngles);
 }
 
 } // namespace qexsdk

@@ -19,32 +19,6 @@ double Determinant(const double (*pM)[3])
            pM[0][2] * (pM[1][0] * pM[2][1] - pM[1][1] * pM[2][0]);
 }
 
-/// The rotation that maps the axes to the rows of \p pM, which are orthonormal.
-KQexQuaternion QuaternionOf(const double (*pM)[3])
-{
-    // Start with the largest component, to avoid dividing by a small number.
-    const double   lTrace = pM[0][0] + pM[1][1] + pM[2][2];
-    KQexQuaternion lQ;
-    if (lTrace > 0.0)
-    {
-        const double lS = 2.0 * std::sqrt(1.0 + lTrace);
-        lQ.mData[0] = (pM[1][2] - pM[2][1]) / lS;
-        lQ.mData[1] = (pM[2][0] - pM[0][2]) / lS;
-        lQ.mData[2] = (pM[0][1] - pM[1][0]) / lS;
-        lQ.mData[3] = lS / 4.0;
-        return lQ;
-    }
-    const int    i = pM[0][0] >= pM[1][1] && pM[0][0] >= pM[2][2] ? 0 : pM[1][1] >= pM[2][2] ? 1 : 2;
-    const int    j = (i + 1) % 3;
-    const int    k = (i + 2) % 3;
-    const double lS = 2.0 * std::sqrt(1.0 + pM[i][i] - pM[j][j] - pM[k][k]);
-    lQ.mData[i] = lS / 4.0;
-    lQ.mData[j] = (pM[i][j] + pM[j][i]) / lS;
-    lQ.mData[k] = (pM[i][k] + pM[k][i]) / lS;
-    lQ.mData[3] = (pM[j][k] - pM[k][j]) / lS;
-    return lQ;
-}
-
 } // namespace
 
 bool GltfReadNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pResult, const std::string& pName)
@@ -66,31 +40,6 @@ bool GltfReadNumbers(const KQexGltfJson::KValue& pFrom, int pCount, double* pRes
     return true;
 }
 
-bool GltfNormalize(KQexQuaternion& pRotation)
-{
-    double lLargest = 0.0;
-    for (const double lNumber : pRotation.mData)
-    {
-        lLargest = std::max(lLargest, std::fabs(lNumber));
-    }
-    if (!(lLargest > 0.0) || !std::isfinite(lLargest))
-    {
-        pRotation = KQexQuaternion();
-        return false;
-    }
-    double lSquare = 0.0;
-    for (double& lNumber : pRotation.mData)
-    {
-        lNumber /= lLargest;
-        lSquare += lNumber * lNumber;
-    }
-    for (double& lNumber : pRotation.mData)
-    {
-        lNumber /= std::sqrt(lSquare);
-    }
-    return true;
-}
-
 void KQexGltfReader::SetTransform(KQexGltfReadNode& pNode, const std::string& pName)
 {
     if (pNode.mFrom["matrix"].IsValid())
@@ -103,7 +52,7 @@ void KQexGltfReader::SetTransform(KQexGltfReadNode& pNode, const std::string& pN
     KQexQuaternion lR;
     GltfReadNumbers(pNode.mFrom["translation"], 3, lT, pName + ".translation");
     GltfReadNumbers(pNode.mFrom["scale"], 3, lS, pName + ".scale");
-    if (GltfReadNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !GltfNormalize(lR))
+    if (GltfReadNumbers(pNode.mFrom["rotation"], 4, lR.mData, pName + ".rotation") && !lR.Normalize())
     {
         Warn(pName + ".rotation has zero length, using identity");
     }
@@ -159,8 +108,8 @@ void KQexGltfReader::SetMatrix(KQexGltfReadNode& pNode, const std::string& pName
     {
         Warn(pName + ".matrix has shear or perspective, which is ignored");
     }
-    KQexQuaternion lR = QuaternionOf(lAxes);
-    GltfNormalize(lR);
+    KQexQuaternion lR = KQexQuaternion::FromAxes(lAxes);
+    lR.Normalize();
     SetRest(pNode, lM + 12, lR, lS);
 }
 

@@ -5,9 +5,9 @@
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfbuffer.h>
 #include <qexioplugins/gltf/kqexgltfmesh.h>
-#include <qexioplugins/gltf/kqexgltfpose.h>
 #include <qexioplugins/motion/kqexsafenames.h>
 #include <qexioplugins/motion/kqexsides.h>
+#include <qexscene/kqexnodepose.h>
 
 #include <array>
 #include <string>
@@ -36,7 +36,7 @@ struct KQexGltfBone
 /// The keys of one property of one node in a take; empty when it does not move.
 struct KQexGltfTrack
 {
-    KQexGltfProperty   mProperty; ///< What it animates.
+    KQexNodeProperty   mProperty; ///< What it animates.
     std::vector<float> mValues;   ///< Three or four numbers per key, in the file's units.
 };
 
@@ -72,14 +72,13 @@ private:
     bool        AddAnimation(const KQexGltfTake& pTake);
     void        ReserveTake(const KQexAnimLayer* pLayer, long long pFrames);
     void        MakeTracks(KQexNode* pNode, const KQexGltfTake& pTake, std::vector<KQexGltfTrack>& pTracks) const;
-    void        MakeVectorTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
-                                KQexGltfTrack& pTrack) const;
-    void        MakeRotationTrack(const KQexGltfNodePose& pRest, const KQexGltfNodePose& pPose, const KQexSampling& pSampling,
-                                  KQexGltfTrack& pTrack) const;
-    int         AddTimes(const KQexSampling& pSampling);
-    void        AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
-    void        AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling);
-    void        GetPosition(const KQexGltfNode& pNode, double* pPosition) const;
+    void MakeVectorTrack(const KQexNodePose& pRest, const KQexNodePose& pPose, const KQexSampling& pSampling, KQexGltfTrack& pTrack) const;
+    void MakeRotationTrack(const KQexNodePose& pRest, const KQexNodePose& pPose, const KQexSampling& pSampling,
+                           KQexGltfTrack& pTrack) const;
+    int  AddTimes(const KQexSampling& pSampling);
+    void AddChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, size_t pNode, const KQexGltfTrack& pTrack);
+    void AddStillChannel(KQexGltfModel::KAnimation& pAnimation, const KQexSampling& pSampling);
+    void GetPosition(const KQexGltfNode& pNode, double* pPosition) const;
 
     KQexFileGltf&               mFile;
     const KQexGltfWriteOptions& mOptions;

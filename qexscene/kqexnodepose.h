@@ -1,44 +1,33 @@
-#ifndef QEXIOPLUGINS_GLTF_KQEXGLTFPOSE_H
-#define QEXIOPLUGINS_GLTF_KQEXGLTFPOSE_H
+#ifndef QEXSCENE_KQEXNODEPOSE_H
+#define QEXSCENE_KQEXNODEPOSE_H
 
-#include <qexscene/kqexscene.h>
+#include <kbaselib/kbase/kbaseexport.h>
+#include <kbaselib/kbase/ktime.h>
+#include <qexscene/kqexanimcurve.h>
+#include <qexscene/kqexquaternion.h>
 
 namespace qexsdk
 {
 
-/// A rotation as a unit quaternion: x, y, z, w.
-struct KQexQuaternion
-{
-    double mData[4] = {0.0, 0.0, 0.0, 1.0}; ///< x, y, z, w.
-
-    /// The rotation by \p pDegrees about axis \p pAxis (0 to 2).
-    static KQexQuaternion About(int pAxis, double pDegrees);
-
-    /// The rotation by \p pDegrees about x, y and z, applied in the order of code \p pOrder.
-    static KQexQuaternion FromEuler(const double pDegrees[3], int pOrder);
-
-    /// The product of rotations: \p pRight is applied first.
-    KQexQuaternion operator*(const KQexQuaternion& pRight) const;
-
-    /// The inverse rotation.
-    KQexQuaternion Inverse() const;
-};
+class KQexAnimLayer;
+class KQexNode;
+class KQexProperty;
 
 /// The properties of a node that a take animates.
-enum KQexGltfProperty
+enum KQexNodeProperty
 {
-    eGLTF_TRANSLATION,
-    eGLTF_ROTATION,
-    eGLTF_SCALING
+    eNODE_TRANSLATION,
+    eNODE_ROTATION,
+    eNODE_SCALING
 };
 
-/// Local transforms of one node at any time, as glTF stores them: translation, rotation and scaling. The node's
+/// Local transforms of one node at any time as translation, rotation and scaling. The node's
 /// T(translation) T(offset) R(pre) R(rotation) R(post)^-1 S(scaling) has this form, so nothing is lost.
-class KQexGltfNodePose
+class QEX_API KQexNodePose
 {
 public:
     /// \p pLayer is the take's layer; null for the rest pose.
-    KQexGltfNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer);
+    KQexNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer);
 
     /// The translation at \p pTime in centimetres, rotation offset included.
     void GetTranslation(KTime pTime, double pResult[3]) const;
@@ -48,7 +37,7 @@ public:
     void GetScaling(KTime pTime, double pResult[3]) const;
 
     /// Whether the property has a curve in the take or a value that differs from the rest pose.
-    bool IsAnimated(KQexGltfProperty pProperty) const { return mIsAnimated[pProperty]; }
+    bool IsAnimated(KQexNodeProperty pProperty) const { return mIsAnimated[pProperty]; }
 
 private:
     /// One component: a curve or a constant.
@@ -60,7 +49,7 @@ private:
         double At(KTime pTime) const { return mCurve != nullptr ? mCurve->Evaluate(pTime) : mValue; }
     };
 
-    void Bind(KQexGltfProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
+    void Bind(KQexNodeProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
 
     KChannel       mChannels[3][3];
     bool           mIsAnimated[3] = {false, false, false};

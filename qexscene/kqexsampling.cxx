@@ -1,4 +1,4 @@
-#include <qexioplugins/motion/kqexmotionio.h>
+#include <qexscene/kqexsampling.h>
 
 #include <qexscene/kqexscene.h>
 
