@@ -1,6 +1,6 @@
 #include <qexfigure/kqexfiguredummies.h>
 
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 
 #include <cmath>
 #include <string_view>

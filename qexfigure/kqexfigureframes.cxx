@@ -1,6 +1,6 @@
 #include <qexfigure/kqexfigure.h>
 #include <qexfigure/kqexfigureguard.h>
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 #include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>

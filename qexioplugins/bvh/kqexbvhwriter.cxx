@@ -2,7 +2,7 @@
 
 #include <kbaselib/kbase/kparallel.h>
 #include <kbaselib/kmath/keulernearest.h>
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 
 namespace qexsdk
 {

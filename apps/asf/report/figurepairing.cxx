@@ -2,7 +2,7 @@
 
 #include <kbaselib/kbase/kletters.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 
 #include <algorithm>
 #include <string>

@@ -1,6 +1,6 @@
 #include <qexioplugins/acclaim/exchange/kqexmovingjoints.h>
 
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <qexioplugins/motion/kqexrestpose.h>
+#include <qexscene/kqexrestpose.h>
 
 #include <cmath>
 
