@@ -1,0 +1,56 @@
+#ifndef QEXCLIP_KQEXCLIPEDIT_H
+#define QEXCLIP_KQEXCLIPEDIT_H
+
+#include <qexclip/kqexclip.h>
+#include <qexscene/kqexquaternion.h>
+
+#include <new>
+#include <utility>
+#include <vector>
+
+/// \file
+/// What the steps from clip to clip share. Everything here may throw std::bad_alloc, which KMakeClip() turns into false.
+
+namespace qexsdk
+{
+
+/// A clip of what \p pMake does to a copy of \p pClip's arrays. False, with \p pResult unchanged, when \p pMake is false, the arrays do not
+/// fit together, or memory runs out.
+template <typename TMake>
+bool KMakeClip(const KQexClip& pClip, KQexClip& pResult, const TMake& pMake)
+{
+    try
+    {
+        KQexClipData lData = pClip.GetData();
+        return pMake(lData) && KQexClip::FromArrays(std::move(lData), pResult);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+/// Removes all frames, and the values of degrees of freedom.
+void KClearFrames(KQexClipData& pData);
+
+/// Adds a frame. Translations and scalings of joints that are not listed as moving or scaled do not count.
+void KAppendPose(KQexClipData& pData, const KQexPose& pPose);
+
+/// Lists exactly the joints as moving for which \p pIsMoving is not 0; those that were not have their translation at rest.
+void KSetMoving(KQexClipData& pData, const std::vector<char>& pIsMoving);
+
+/// Removes the degrees of freedom of joints for which \p pIsDropped is not 0, with their values.
+void KDropDofs(KQexClipData& pData, const std::vector<char>& pIsDropped);
+
+/// 1 for each root, 0 for the others.
+std::vector<char> KRoots(const KQexClipData& pData);
+
+/// The quaternion of \p pNumbers: x, y, z, w.
+KQexQuaternion KToQuaternion(const float* pNumbers);
+
+/// Sets \p pNumbers to \p pRotation, scaled to unit length.
+void KFromQuaternion(const KQexQuaternion& pRotation, float* pNumbers);
+
+} // namespace qexsdk
+
+#endif
