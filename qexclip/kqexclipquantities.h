@@ -1,0 +1,56 @@
+#ifndef QEXCLIP_KQEXCLIPQUANTITIES_H
+#define QEXCLIP_KQEXCLIPQUANTITIES_H
+
+#include <qexclip/kqexclip.h>
+
+/// \file
+/// Numbers computed from a clip, for frames \p pFirst to \p pFirst + \p pCount - 1 and all joints: arrays frame by frame, in it joint by
+/// joint. The caller's array has pCount × joints × the numbers of an item. Computed in double precision from the clip's numbers. Every
+/// function is false, with nothing written, when the frames do not exist or memory runs out.
+
+namespace qexsdk
+{
+
+/// What transforms are relative to.
+enum class KQexSpace
+{
+    eLOCAL, ///< The joint's parent.
+    eWORLD
+};
+
+/// How a rotation is written as numbers.
+enum class KQexRotationForm
+{
+    eQUATERNION, ///< Four: w, x, y, z; of q and -q the one nearer to the frame before, in the first frame the one with w ≥ 0.
+    eMATRIX,     ///< Nine, row by row: the matrix that turns column vectors, its columns the images of the axes.
+    eSIX,        ///< Six: the first two columns of the matrix, the first one first.
+    eAXIS_ANGLE, ///< Three: the axis times the angle in radians, 0 to π.
+    eEULER       ///< Three: degrees about x, y and z for an order; continuous from frame to frame, so angles may exceed 180.
+};
+
+/// How many numbers a rotation has in \p pForm.
+QEX_API int KQexRotationSize(KQexRotationForm pForm);
+
+/// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h); of the twelve, those with a repeated axis
+/// give the angles in order of application instead. World rotations leave out scaling.
+QEX_API bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm pForm, int pOrder, long long pFirst,
+                              long long pCount, double* pResult);
+
+/// The place of every joint in the world: x, y, z in centimetres.
+QEX_API bool KQexGetPositions(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult);
+
+/// The velocity of every joint in the world: x, y, z in centimetres a second. Central differences between the frames before and after;
+/// one-sided in the clip's first and last frame; 0 for a clip of one frame.
+QEX_API bool KQexGetVelocities(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult);
+
+/// The angular velocity of every joint in world axes: x, y, z in radians a second, from the rotation between the frames as for
+/// KQexGetVelocities().
+QEX_API bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult);
+
+/// The values of the degrees of freedom in frame \p pFrame that pass a limit, as indices of mDofs, ascending. Empty when the clip keeps no
+/// values. May throw std::bad_alloc.
+QEX_API std::vector<int> KQexPassedLimits(const KQexClipData& pClip, long long pFrame, double pTolerance = 1e-3);
+
+} // namespace qexsdk
+
+#endif
