@@ -28,7 +28,7 @@ set(kMay_qexioplugins/gltf ${kMotion})
 set(kMay_qexfigure ${kMotion} qexioplugins/bvh ${kAcclaim} qexioplugins/gltf)
 
 # One header for each layer, of public headers alone.
-set(kMay_qex ${kMay_qexfigure} qexfigure)
+set(kMay_qex ${kMay_qexfigure} qexfigure qexclip)
 
 # A header that only forwards to its new location.
 set(kForwarding qexioplugins/motion/kqexfilebvh.h)
@@ -65,7 +65,7 @@ endfunction()
 
 set(lBad "")
 set(lCount 0)
-file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/qex/*" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexioplugins/*"
+file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/qex/*" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexclip/*" "${kRoot}/qexioplugins/*"
     "${kRoot}/qexfigure/*")
 list(FILTER lFiles INCLUDE REGEX "\\.(h|cxx)$")
 foreach(lFile IN LISTS lFiles)

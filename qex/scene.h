@@ -15,6 +15,7 @@
 #include <qexscene/kqexanimevaluator.h>
 #include <qexscene/kqexanimlayer.h>
 #include <qexscene/kqexanimstack.h>
+#include <qexscene/kqexbonedof.h>
 #include <qexscene/kqexchannel.h>
 #include <qexscene/kqexclassid.h>
 #include <qexscene/kqexcollection.h>
@@ -31,8 +32,11 @@
 #include <qexscene/kqexnode.h>
 #include <qexscene/kqexnodeattribute.h>
 #include <qexscene/kqexnodelimits.h>
+#include <qexscene/kqexnodepose.h>
 #include <qexscene/kqexobject.h>
 #include <qexscene/kqexproperty.h>
+#include <qexscene/kqexquaternion.h>
+#include <qexscene/kqexsampling.h>
 #include <qexscene/kqexscene.h>
 #include <qexscene/kqexsceneundo.h>
 #include <qexscene/kqexskeleton.h>

@@ -1,7 +1,7 @@
 #include <qexclip/kqexclip.h>
 
 #include <qexscene/kqexscene.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 #include <tests/support/randomscene.h>
 
 #include <cmath>

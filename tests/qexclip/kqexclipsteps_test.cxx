@@ -1,7 +1,7 @@
 #include <qexclip/kqexclipsteps.h>
 
 #include <tests/qexclip/clipfigure.h>
-#include <tests/support/nonnumbers.h>
+#include <tests/support/nonfinite.h>
 
 #include <cmath>
 #include <gtest/gtest.h>
