@@ -21,7 +21,7 @@ bool KQexClip::Copy(KQexClip& pClip) const
     }
 }
 
-KQexClipData KQexClip::TakeData()
+KQexClipData KQexClip::TakeData() noexcept
 {
     return std::exchange(mData, KQexClipData());
 }

@@ -4,6 +4,7 @@
 #include <qexclip/kqexclipdata.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qexsdk
@@ -25,7 +26,7 @@ struct QEX_API KQexClipOptions
 /// fourth number is 0), mData[3] the place in centimetres (the fourth number is 1).
 struct QEX_API KQexWorldTransform
 {
-    float mData[4][4];
+    float mData[4][4]; ///< Images of the axes, then the place.
 };
 
 /// What happens before the first frame and after the last one.
@@ -45,8 +46,15 @@ class QEX_API KQexClip
 public:
     /// An empty clip: no joints, no frames.
     KQexClip() = default;
-    KQexClip(KQexClip&&) = default;
-    KQexClip& operator=(KQexClip&&) = default;
+    /// Takes over the arrays; the other is empty afterwards.
+    KQexClip(KQexClip&& pOther) noexcept : mData(pOther.TakeData()) {}
+    /// As the constructor.
+    KQexClip& operator=(KQexClip&& pOther) noexcept
+    {
+        KQexClipData lData = pOther.TakeData();
+        mData = std::move(lData);
+        return *this;
+    }
     KQexClip(const KQexClip&) = delete;
     KQexClip& operator=(const KQexClip&) = delete;
 
@@ -73,7 +81,7 @@ public:
     const KQexClipData& GetData() const { return mData; }
 
     /// All arrays, to make another clip of; this one is empty afterwards.
-    KQexClipData TakeData();
+    KQexClipData TakeData() noexcept;
 
     /// Number of joints; indices are 0 to this minus 1, parents before children.
     int GetJointCount() const { return static_cast<int>(mData.mNames.size()); }

@@ -23,12 +23,13 @@ std::vector<double> RotationsOf(const KQexClip& pClip, KQexSpace pSpace, KQexRot
 /// The matrix of a quaternion w, x, y, z, row by row, by the textbook.
 std::vector<double> MatrixOf(const double* pQ)
 {
-    const double w = pQ[0];
-    const double x = pQ[1];
-    const double y = pQ[2];
-    const double z = pQ[3];
-    return {1 - 2 * (y * y + z * z), 2 * (x * y - w * z), 2 * (x * z + w * y), 2 * (x * y + w * z),    1 - 2 * (x * x + z * z),
-            2 * (y * z - w * x),     2 * (x * z - w * y), 2 * (y * z + w * x), 1 - 2 * (x * x + y * y)};
+    const double lW = pQ[0];
+    const double lX = pQ[1];
+    const double lY = pQ[2];
+    const double lZ = pQ[3];
+    return {1 - 2 * (lY * lY + lZ * lZ), 2 * (lX * lY - lW * lZ),     2 * (lX * lZ + lW * lY),
+            2 * (lX * lY + lW * lZ),     1 - 2 * (lX * lX + lZ * lZ), 2 * (lY * lZ - lW * lX),
+            2 * (lX * lZ - lW * lY),     2 * (lY * lZ + lW * lX),     1 - 2 * (lX * lX + lY * lY)};
 }
 
 /// One joint that turns about (0, 0, 1) by \p pDegrees in each frame and moves by (1, 2, 3), ten frames a second.
