@@ -197,7 +197,7 @@ private:
         {
             pRotation.ToEuler(mOrder, pLast, pLast);
         }
-        else // The axes repeat, so the angles cannot be told apart by axis.
+        else // The axes repeat, so an axis does not identify an angle.
         {
             double lImages[3][4];
             double lAngles[3];

@@ -42,7 +42,7 @@ struct QEX_API KQexSamplingRequest
     int    mEvery = 1;             ///< Sample every n-th frame only; at least 1.
 };
 
-/// Time between frames where nothing tells it: 120 frames a second.
+/// Default time between frames: 120 frames a second.
 inline constexpr KTime kDefaultFrameStep(KTime::kTicksPerSecond / 120);
 
 /// Time between frames for a frame time of \p pSeconds as files write it: that of a common rate if within 0.01 % of it, else

@@ -163,7 +163,7 @@ void KConsole::Print(ESeverity pSeverity, const std::string& pPath, int pLine, s
     std::fwrite(lText.data(), 1, lText.size(), stderr);
 }
 
-void KConsole::Tell(std::string_view pText)
+void KConsole::Report(std::string_view pText)
 {
     if (!mQuiet)
     {

@@ -33,7 +33,7 @@ enum ESeverity
 /// The severity of a library's message.
 ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage);
 
-/// \p pText with every control character, and every byte that is no UTF-8, as \\xNN: a name from a file can be told from others, and
+/// \p pText with every control character, and every byte that is no UTF-8, as \\xNN: names from files stay distinguishable, and
 /// cannot control a terminal.
 std::string Printable(std::string_view pText);
 
@@ -65,7 +65,7 @@ public:
     void ShowOnly(ESeverity pSeverity);
 
     /// Prints `asf: text` to standard error, unless quiet.
-    void Tell(std::string_view pText);
+    void Report(std::string_view pText);
 
     /// Prints `asf: error: text`, an error without a file, and raises the exit status to \p pExit.
     void Fail(EExit pExit, std::string_view pText);

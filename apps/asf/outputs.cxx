@@ -99,7 +99,7 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
 
 void ReportWritten(const std::string& pPath, const std::string& pContents, KConsole& pConsole)
 {
-    pConsole.Tell("wrote " + DisplayOutput(pPath) + (pContents.empty() ? "" : ": ") + pContents);
+    pConsole.Report("wrote " + DisplayOutput(pPath) + (pContents.empty() ? "" : ": ") + pContents);
 }
 
 std::string FramesText(long long pFrames, double pRate)

@@ -29,13 +29,13 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
 /// Reports why \p pOut failed and raises the exit status, except for a closed pipe.
 void ReportOutputError(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 
-/// Runs \p pTell, which says what was written. A lack of memory only silences it: the files stay, so the call has succeeded.
-template <typename TTell>
-void TellWritten(const TTell& pTell)
+/// Runs \p pReport, which reports what was written. When memory runs out, the report is lost; the files stay, so the run has succeeded.
+template <typename TReport>
+void ReportAfterCommit(const TReport& pReport)
 {
     try
     {
-        pTell();
+        pReport();
     }
     catch (const std::bad_alloc&)
     {

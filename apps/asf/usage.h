@@ -7,7 +7,7 @@
 #include <vector>
 
 /// \file
-/// Words for wrong calls: what was expected, and what to type instead.
+/// Texts of usage errors: what was expected, and what to type instead.
 
 namespace asfapp
 {

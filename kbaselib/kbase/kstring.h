@@ -12,7 +12,7 @@ namespace qexsdk
 {
 
 /// An owned, NUL-terminated string. Most names are short enough to need no allocation. Nothing throws: a text for which memory runs
-/// out leaves the string empty, and HasFailed() tells.
+/// out leaves the string empty, and HasFailed() is true.
 class QEX_API KString
 {
 public:

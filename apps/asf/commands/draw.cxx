@@ -7,6 +7,7 @@
 #include <apps/asf/picture/pictureframes.h>
 #include <apps/asf/picture/picturejoints.h>
 #include <apps/asf/picture/pictureoutput.h>
+#include <apps/asf/picture/picturepng.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 #include <apps/asf/report/skeletonfile.h>
@@ -300,7 +301,7 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 {
     qexsdk::KQexFigureFiles lFiles;
     if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
-        !CheckPictureName(pOptions.mOutput, pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) ||
+        !CheckPictureName(pOptions.mOutput, IsPngBuiltIn(), pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) ||
         !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
     {
         return;

@@ -180,7 +180,7 @@ void WriteAll(const KEditFiles& pFiles, const std::string& pSkeleton, KMotionEdi
         const std::string& lPath = lOutput == 0 ? pFiles.mSkeletonOutput : pFiles.mMotionOutputs[lOutput - 1];
         if (lPath != "-")
         {
-            TellWritten([&] { ReportWritten(lPath, "", pConsole); });
+            ReportAfterCommit([&] { ReportWritten(lPath, "", pConsole); });
         }
     }
 }

@@ -189,7 +189,7 @@ void WriteTable(const KPositionsOptions& pOptions, EPositionFormat pFormat, cons
     }
     if (lOk && pOptions.mOutput != "-")
     {
-        TellWritten(
+        ReportAfterCommit(
             [&]
             {
                 ReportWritten(pOptions.mOutput,

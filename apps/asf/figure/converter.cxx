@@ -69,7 +69,7 @@ void KConverter::Run()
     }
     if (SampleTakes() && CheckTargets() && WriteAll() && Commit())
     {
-        TellWritten([this] { Report(); });
+        ReportAfterCommit([this] { Report(); });
     }
 }
 

@@ -23,7 +23,7 @@ struct KNameWords
 /// False, after an error that names the known words, if \p pName has another word in braces. An opening brace alone is none.
 bool CheckNameTemplate(const std::string& pName, KConsole& pConsole);
 
-/// True if the words of \p pName tell takes apart: {name}, {take} or {n}.
+/// True if \p pName has a word that differs from take to take: {name}, {take} or {n}.
 bool NamesTake(const std::string& pName);
 
 /// \p pName with its words replaced.

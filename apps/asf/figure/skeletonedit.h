@@ -17,7 +17,7 @@ class KSkeletonEdit
 public:
     explicit KSkeletonEdit(qexsdk::KQexAsfScene& pScene) : mScene(pScene) {}
 
-    /// Tells which bones have added ends (KQexFileAcclaimAsf::GetAddedEnds), before any edit.
+    /// Sets which bones have added ends (KQexFileAcclaimAsf::GetAddedEnds), before any edit.
     void SetAddedEnds(const std::vector<std::string>& pBones);
 
     /// Their names after all edits.

@@ -46,12 +46,12 @@ bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg
     return false;
 }
 
-/// Writes the picture's bytes, and says so.
+/// Writes and reports the picture's bytes.
 void WriteBytes(const KPicture& pPicture, const std::string& pPath, const std::string& pBytes, KConsole& pConsole)
 {
     if (WriteOutput(pPath, pBytes, pConsole) && pPath != "-")
     {
-        TellWritten([&] { ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole); });
+        ReportAfterCommit([&] { ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole); });
     }
 }
 
@@ -74,16 +74,16 @@ void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KS
 
 } // namespace
 
-bool CheckPictureName(const std::string& pPath, KConsole& pConsole)
+bool CheckPictureName(const std::string& pPath, bool pHasPng, KConsole& pConsole)
 {
-    if (IsPngName(pPath) && !IsPngBuiltIn())
+    if (IsPngName(pPath) && !pHasPng)
     {
         pConsole.Fail(eEXIT_USAGE,
                       "--output: this build writes no PNG: it was made without librsvg; write .svg: type -o " + WithEnding(pPath, ".svg"));
         return false;
     }
     std::vector<std::string> lEndings{".svg"};
-    if (IsPngBuiltIn())
+    if (pHasPng)
     {
         lEndings.emplace_back(".png");
     }

@@ -12,9 +12,9 @@ namespace asfapp
 constexpr int kMinPictureWidth = 16;    ///< Pixels.
 constexpr int kMaxPictureWidth = 32767; ///< Pixels.
 
-/// False, after an error, if a picture cannot be written under the name \p pPath: the ending of another format, or .png in a build
-/// without PNG.
-bool CheckPictureName(const std::string& pPath, KConsole& pConsole);
+/// False, after an error, if a picture cannot be written under the name \p pPath: the ending of another format, or .png without \p pHasPng
+/// (see IsPngBuiltIn()).
+bool CheckPictureName(const std::string& pPath, bool pHasPng, KConsole& pConsole);
 
 /// Writes the picture as PNG to a path that ends in .png, as SVG to any other. On failure an error, and the old file unchanged.
 /// \param pWidth pixels; 0: as the poses need; for PNG less, with a note, if that is too large

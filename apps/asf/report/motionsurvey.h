@@ -33,7 +33,7 @@ struct KBoneSurvey
     bool Moves() const;
 };
 
-/// Statistics of a motion, collected in one pass over its file.
+/// Statistics of a motion, collected in one pass through its file.
 class KMotionSurvey : private qexsdk::KQexAmcVisitor
 {
 public:

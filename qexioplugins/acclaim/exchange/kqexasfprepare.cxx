@@ -173,7 +173,7 @@ void KQexAsfPreparation::SetDofs(const KQexAsfOrigin& pOrigin)
     }
 }
 
-/// Tells of the leaves that got the length pLength.
+/// Notes the leaves that got the length pLength.
 void KQexAsfPreparation::NoteAddedEnds(double pLength)
 {
     for (const KQexAsfOrigin& lOrigin : mOrigins)

@@ -575,7 +575,7 @@ TEST_P(KMatchTest, HalfOfTheSmallerSideIsEnough)
     const std::string       lText = "1\n" + lFrame;
     lOptions.mSkeletonNotes = lRead.mSkeletonNotes;
     EXPECT_TRUE(lFile.OpenReadBuffer(lText.data(), lText.size()) && lFile.ReadFrames(lSkeleton.get(), lOptions, lLog))
-        << "the reader itself only tells";
+        << "the reader itself only counts them";
     EXPECT_EQ(lFile.GetInfo().mMatch.IsPlausible(), GetParam().mIsAccepted);
 }
 

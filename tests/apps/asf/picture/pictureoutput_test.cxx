@@ -12,6 +12,9 @@ using namespace qextest;
 namespace
 {
 
+constexpr const char* kWithoutPng =
+    "asf: error: --output: this build writes no PNG: it was made without librsvg; write .svg: type -o a.svg\n";
+
 class KPictureOutputTest : public testing::Test
 {
 protected:
@@ -21,6 +24,19 @@ protected:
     {
         pArguments.insert(pArguments.begin(), {"draw", Sample("walker.asf")});
         return RunAsf(pArguments, mOptions);
+    }
+
+    /// Whether this build writes PNG; one that does not has to refuse it.
+    bool WritesPng()
+    {
+        if (!asfapp::IsPngBuiltIn())
+        {
+            const KRunResult lResult = Draw({"-o", "a.PNG"});
+            EXPECT_EQ(lResult.mExit, 2);
+            EXPECT_EQ(lResult.mErr, kWithoutPng);
+            EXPECT_FALSE(HasFile("a.PNG"));
+        }
+        return asfapp::IsPngBuiltIn();
     }
 
     bool HasFile(const char* pName) const { return std::filesystem::exists(mFolder / pName); }
@@ -68,9 +84,9 @@ double NumberOf(const std::string& pSvg, const std::string& pAttribute)
 
 TEST_F(KPictureOutputTest, APngShowsTheSamePicture)
 {
-    if (!asfapp::IsPngBuiltIn())
+    if (!WritesPng())
     {
-        GTEST_SKIP() << "this build writes no PNG";
+        return;
     }
     const std::string lSvg = Draw({"-o", "-"}).mOut;
     for (const int lWidth : {0, 400})
@@ -96,23 +112,22 @@ TEST_F(KPictureOutputTest, APngShowsTheSamePicture)
     }
 }
 
-TEST_F(KPictureOutputTest, ABuildWithoutPngSaysSo)
+TEST(PictureOutput, ABuildWithoutPngRefusesItsName)
 {
-    if (asfapp::IsPngBuiltIn())
-    {
-        GTEST_SKIP() << "this build writes PNG";
-    }
-    const KRunResult lResult = Draw({"-o", "a.PNG"});
-    EXPECT_EQ(lResult.mExit, 2);
-    EXPECT_EQ(lResult.mErr, "asf: error: --output: this build writes no PNG: it was made without librsvg; write .svg: type -o a.svg\n");
-    EXPECT_FALSE(HasFile("a.PNG"));
+    asfapp::KConsole lConsole;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(asfapp::CheckPictureName("a.PNG", false, lConsole));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), kWithoutPng);
+    EXPECT_EQ(lConsole.GetExit(), asfapp::eEXIT_USAGE);
+    EXPECT_TRUE(asfapp::CheckPictureName("a.svg", false, lConsole));
+    EXPECT_TRUE(asfapp::CheckPictureName("a.PNG", true, lConsole));
 }
 
 TEST_F(KPictureOutputTest, ALibraryThatCannotBeLoadedIsASystemError)
 {
-    if (!asfapp::IsPngBuiltIn())
+    if (!WritesPng())
     {
-        GTEST_SKIP() << "this build writes no PNG";
+        return;
     }
     WriteFile(mFolder / "librsvg-2.so.2", "not a library");
     mOptions.mEnvironment["LD_LIBRARY_PATH"] = mFolder.Path().string();
@@ -137,9 +152,9 @@ TEST_F(KPictureOutputTest, TheWidthOfAnSvg)
 
 TEST_F(KPictureOutputTest, APngThatIsTooLargeIsReducedUnlessTheWidthIsGiven)
 {
-    if (!asfapp::IsPngBuiltIn())
+    if (!WritesPng())
     {
-        GTEST_SKIP() << "this build writes no PNG";
+        return;
     }
     // The figure is 14 units high, 250 pixels, and rises by 3000 units: more than the 32767 pixels that a PNG can have.
     const auto lDraw = [&](std::vector<std::string> pMore)

@@ -219,7 +219,7 @@ TEST(AsfWrite, RootWithAnotherNameHeadsItsFamily)
     EXPECT_NE(WrittenText(lScene.mScene).find("  begin\n    pelvis A\n  end\n"), std::string::npos);
 }
 
-/// Lines of the documentation, which only tell a reader that knows them about leaf bones.
+/// Lines of the documentation, which describe leaf bones to readers that know them.
 TEST(AsfWrite, AddedEndsAreReadBack)
 {
     KScene lScene;
