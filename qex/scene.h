@@ -20,6 +20,8 @@
 #include <qexscene/kqexclassid.h>
 #include <qexscene/kqexcollection.h>
 #include <qexscene/kqexconnection.h>
+#include <qexscene/kqexframe.h>
+#include <qexscene/kqexframesink.h>
 #include <qexscene/kqexglobaltransforms.h>
 #include <qexscene/kqexindexedlist.h>
 #include <qexscene/kqexkeyblock.h>

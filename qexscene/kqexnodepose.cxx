@@ -31,46 +31,59 @@ KQexNodePose::KQexNodePose(KQexNode* pNode, const KQexAnimLayer* pLayer)
 
 void KQexNodePose::Bind(KQexNodeProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer)
 {
-    const auto               lRest = KQexGet<qexVectorTemplate3<double>>(pFrom);
-    const KQexAnimCurveNode* lCurveNode = pLayer != nullptr ? pFrom.GetCurveNode(pLayer) : nullptr;
-    for (unsigned int i = 0; i < 3; ++i)
+    const auto         lRest = KQexGet<qexVectorTemplate3<double>>(pFrom);
+    KQexChannel* const lChannels = mChannels + 3 * pProperty;
+    KQexChannel::Find(lChannels, pFrom, pLayer);
+    for (int i = 0; i < 3; ++i)
     {
-        KChannel& lChannel = mChannels[pProperty][i];
-        lChannel.mValue = lRest.mData[i];
-        if (lCurveNode != nullptr)
-        {
-            const KQexAnimCurve* lCurve = lCurveNode->GetCurve(i);
-            lChannel.mCurve = lCurve != nullptr && lCurve->GetKeyCount() > 0 ? lCurve : nullptr;
-            lChannel.mValue = lCurveNode->GetChannelValue<double>(i, lChannel.mValue);
-            mIsAnimated[pProperty] = mIsAnimated[pProperty] || lChannel.mCurve != nullptr || lChannel.mValue != lRest.mData[i];
-        }
+        mIsAnimated[pProperty] = mIsAnimated[pProperty] || lChannels[i].IsAnimated() || *lChannels[i].mValue != lRest.mData[i];
+    }
+}
+
+void KQexNodePose::GetValues(KQexNodeProperty pProperty, KTime pTime, double pResult[3]) const
+{
+    KQexKeyTimes::KCursor lCursor;
+    for (int i = 0; i < 3; ++i)
+    {
+        pResult[i] = mChannels[3 * pProperty + i].Evaluate(pTime, lCursor);
     }
 }
 
 void KQexNodePose::GetTranslation(KTime pTime, double pResult[3]) const
 {
+    GetValues(eNODE_TRANSLATION, pTime, pResult);
     for (int i = 0; i < 3; ++i)
     {
-        pResult[i] = mChannels[eNODE_TRANSLATION][i].At(pTime) + mOffset[i];
+        pResult[i] += mOffset[i];
     }
 }
 
 void KQexNodePose::GetRotation(KTime pTime, KQexQuaternion& pResult) const
 {
-    const KChannel* lRotation = mChannels[eNODE_ROTATION];
-    const double    lAngles[3] = {lRotation[0].At(pTime), lRotation[1].At(pTime), lRotation[2].At(pTime)};
-    pResult = KQexQuaternion::FromEuler(lAngles, mOrder);
-    if (mHasPivots)
-    {
-        pResult = mPre * pResult * mPostInverse;
-    }
+    double lAngles[3];
+    GetValues(eNODE_ROTATION, pTime, lAngles);
+    ComposeRotation(lAngles, pResult);
 }
 
 void KQexNodePose::GetScaling(KTime pTime, double pResult[3]) const
 {
-    for (int i = 0; i < 3; ++i)
+    GetValues(eNODE_SCALING, pTime, pResult);
+}
+
+void KQexNodePose::GetChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const
+{
+    for (int i = 0; i < 9; ++i)
     {
-        pResult[i] = mChannels[eNODE_SCALING][i].At(pTime);
+        pValues[i] = mChannels[i].Evaluate(pTime, pCursor);
+    }
+}
+
+void KQexNodePose::ComposeRotation(const double pAngles[3], KQexQuaternion& pResult) const
+{
+    pResult = KQexQuaternion::FromEuler(pAngles, mOrder);
+    if (mHasPivots)
+    {
+        pResult = mPre * pResult * mPostInverse;
     }
 }
 

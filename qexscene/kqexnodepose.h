@@ -3,7 +3,7 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 #include <kbaselib/kbase/ktime.h>
-#include <qexscene/kqexanimcurve.h>
+#include <qexscene/kqexchannel.h>
 #include <qexscene/kqexquaternion.h>
 
 namespace qexsdk
@@ -36,22 +36,23 @@ public:
     /// The scale factors at \p pTime.
     void GetScaling(KTime pTime, double pResult[3]) const;
 
+    /// The values of all channels at \p pTime: translation x, y, z in centimetres without the rotation offset, rotation about x, y, z in
+    /// degrees without pre- and post-rotation, scale factors. \p pCursor caches the place of that time among key times.
+    void GetChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const;
+    /// The rotation offset in centimetres, a part of the translation.
+    const double* GetOffset() const { return mOffset; }
+    /// The rotation of the angles \p pAngles about x, y and z (degrees), pre- and post-rotation included.
+    void ComposeRotation(const double pAngles[3], KQexQuaternion& pResult) const;
+
     /// Whether the property has a curve in the take or a value that differs from the rest pose.
     bool IsAnimated(KQexNodeProperty pProperty) const { return mIsAnimated[pProperty]; }
 
 private:
-    /// One component: a curve or a constant.
-    struct KChannel
-    {
-        const KQexAnimCurve* mCurve = nullptr;
-        double               mValue = 0.0;
-
-        double At(KTime pTime) const { return mCurve != nullptr ? mCurve->Evaluate(pTime) : mValue; }
-    };
-
     void Bind(KQexNodeProperty pProperty, const KQexProperty& pFrom, const KQexAnimLayer* pLayer);
 
-    KChannel       mChannels[3][3];
+    void GetValues(KQexNodeProperty pProperty, KTime pTime, double pResult[3]) const;
+
+    KQexChannel    mChannels[9]; ///< Translation x, y, z, rotation about x, y, z, scaling x, y, z.
     bool           mIsAnimated[3] = {false, false, false};
     double         mOffset[3];
     KQexQuaternion mPre;

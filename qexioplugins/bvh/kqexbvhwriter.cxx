@@ -1,6 +1,5 @@
 #include <qexioplugins/bvh/kqexbvhwriter.h>
 
-#include <kbaselib/kbase/kparallel.h>
 #include <kbaselib/kmath/keulernearest.h>
 #include <qexscene/kqexrestpose.h>
 
@@ -11,8 +10,7 @@ KQexBvhWriter::KQexBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOpt
     : mFile(pFile),
       mOptions(pOptions),
       mLayer(pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr),
-      mCode(pOptions.mOrder <= eEULER_ZYX ? 2 * static_cast<int>(pOptions.mOrder) : 0),
-      mThreads(KThreadCount(pOptions.mThreads))
+      mCode(pOptions.mOrder <= eEULER_ZYX ? 2 * static_cast<int>(pOptions.mOrder) : 0)
 {
 }
 
@@ -29,15 +27,15 @@ bool KQexBvhWriter::IsEndSite(const KQexNode* pNode) const
     return !DiffersFromRest(pNode->mLocalTranslation, mLayer) && !DiffersFromRest(pNode->mLocalRotation, mLayer);
 }
 
-void KQexBvhWriter::SetRest(KQexBvhJoint& pJoint, const KQexGlobalTransforms& pRest) const
+void KQexBvhWriter::SetRest(KQexBvhJoint& pJoint, const KQexFrame& pRest) const
 {
-    pRest.GetTransform(pJoint.mPose).GetRotation(pJoint.mRestInv);
+    pRest.GetWorld(pJoint.mIndex).GetRotation(pJoint.mRestInv);
     KgeInverse(pJoint.mRestInv, pJoint.mRestInv);
     KmV(pJoint.mOffset, 0.0, 0.0, 0.0);
     if (pJoint.mParent >= 0)
     {
-        const double* lPosition = pRest.GetTransform(pJoint.mPose).mData[3].mData;
-        const double* lParent = pRest.GetTransform(mJoints[static_cast<size_t>(pJoint.mParent)].mPose).mData[3].mData;
+        const double* lPosition = pRest.GetWorld(pJoint.mIndex).mData[3].mData;
+        const double* lParent = pRest.GetWorld(mJoints[static_cast<size_t>(pJoint.mParent)].mIndex).mData[3].mData;
         KmV(pJoint.mOffset, lPosition[0] - lParent[0], lPosition[1] - lParent[1], lPosition[2] - lParent[2]);
     }
 }
@@ -78,29 +76,20 @@ bool KQexBvhWriter::HasAnimatedPosition(const KQexBvhJoint& pJoint) const
     return lParent.mHasAnimatedScaling || lIsNonUniform || DiffersFromRest(pJoint.mNode->mLocalTranslation, mLayer);
 }
 
-bool KQexBvhWriter::AddTree(KQexNode* pRoot, KQexGlobalTransforms& pRest)
+/// Adds node pNode of a frame; pJoints has the joint of each node, -1 for those without one.
+void KQexBvhWriter::AddJoint(const KQexFrame& pRest, size_t pNode, std::vector<int>& pJoints)
 {
-    if (!pRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pRoot, KTime(0), pRest))
-    {
-        return false;
-    }
-    const size_t lFirst = mJoints.size();
-    for (int i = 0; i < pRest.GetCount(); ++i)
-    {
-        const KQexNode* lNode = pRest.GetNode(i);
-        KQexBvhJoint    lJoint;
-        lJoint.mNode = lNode;
-        lJoint.mPose = i;
-        lJoint.mTree = static_cast<int>(mRoots.size());
-        lJoint.mParent = i > 0 ? static_cast<int>(lFirst) + pRest.GetParentIndex(i) : -1;
-        lJoint.mIsEndSite = i > 0 && IsEndSite(lNode);
-        SetScaling(lJoint);
-        lJoint.mHasPositions = i == 0 || (!lJoint.mIsEndSite && HasAnimatedPosition(lJoint));
-        SetRest(lJoint, pRest);
-        mJoints.push_back(lJoint);
-    }
-    mRoots.push_back(pRoot);
-    return true;
+    const int    lParent = pRest.GetNodes().GetParent(pNode);
+    KQexBvhJoint lJoint;
+    lJoint.mNode = pRest.GetNodes().GetNode(pNode);
+    lJoint.mIndex = pNode;
+    lJoint.mParent = lParent >= 0 ? pJoints[static_cast<size_t>(lParent)] : -1;
+    lJoint.mIsEndSite = lJoint.mParent >= 0 && IsEndSite(lJoint.mNode);
+    SetScaling(lJoint);
+    lJoint.mHasPositions = lJoint.mParent < 0 || (!lJoint.mIsEndSite && HasAnimatedPosition(lJoint));
+    SetRest(lJoint, pRest);
+    pJoints[pNode] = static_cast<int>(mJoints.size());
+    mJoints.push_back(lJoint);
 }
 
 /// Gives the joint a unique name that every reader reads as one word; warns when it differs from the node's.
@@ -116,15 +105,18 @@ void KQexBvhWriter::NameJoint(const KQexBvhJoint& pJoint, KQexUniqueNames& pName
     mNames.push_back(lNew);
 }
 
-bool KQexBvhWriter::Prepare(const std::vector<KQexNode*>& pRoots)
+void KQexBvhWriter::Prepare(const std::vector<KQexNode*>& pRoots)
 {
+    const KQexFrameNodes lNodes(pRoots, nullptr);
+    KQexFrame            lRest(lNodes, eFRAME_WORLD);
+    std::vector<int>     lJoints(lNodes.GetCount(), -1);
     KQexUniqueNames      lNames;
-    KQexGlobalTransforms lRest;
+    lRest.Evaluate(0, KTime(0));
     for (KQexNode* lRoot : pRoots)
     {
-        if (!AddTree(lRoot, lRest))
+        for (const KQexNode* lNode = lRoot; lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))
         {
-            return false;
+            AddJoint(lRest, static_cast<size_t>(lNodes.Find(lNode)), lJoints);
         }
     }
     for (const KQexBvhJoint& lJoint : mJoints)
@@ -137,16 +129,16 @@ bool KQexBvhWriter::Prepare(const std::vector<KQexNode*>& pRoots)
         NameJoint(lJoint, lNames);
         mValueCount += lJoint.mHasPositions ? 6 : 3;
     }
-    mScratch.resize(static_cast<size_t>(mThreads));
-    for (KQexBvhScratch& lScratch : mScratch)
+    mLast.assign(mValueCount, 0.0);
+}
+
+void KQexBvhWriter::Begin(const KQexFrameNodes& pNodes, int pThreads)
+{
+    for (KQexBvhJoint& lJoint : mJoints)
     {
-        lScratch.mRotations.resize(mJoints.size());
-        for (size_t i = 0; i < mRoots.size(); ++i)
-        {
-            lScratch.mPoses.push_back(std::make_unique<KQexGlobalTransforms>());
-        }
+        lJoint.mIndex = static_cast<size_t>(pNodes.Find(lJoint.mNode));
     }
-    return true;
+    mRotations.assign(static_cast<size_t>(pThreads), KRotations(mJoints.size()));
 }
 
 /// Converts from y up to z up: a quarter turn about x.
@@ -175,18 +167,11 @@ void KQexBvhWriter::ToFileAxes(KgeRMatrix& pRotation) const
     }
 }
 
-bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
+void KQexBvhWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues)
 {
-    KQexBvhScratch& lScratch = mScratch[static_cast<size_t>(pThread)];
-    for (size_t i = 0; i < mRoots.size(); ++i)
-    {
-        if (!mRoots[i]->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(mRoots[i], pTime, *lScratch.mPoses[i]))
-        {
-            return false;
-        }
-    }
-    KgeRMatrix lParentInv;
-    KgeRMatrix lLocal;
+    KRotations& lRotations = mRotations[static_cast<size_t>(pThread)];
+    KgeRMatrix  lParentInv;
+    KgeRMatrix  lLocal;
     for (size_t i = 0; i < mJoints.size(); ++i)
     {
         const KQexBvhJoint& lJoint = mJoints[i];
@@ -194,15 +179,14 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
         {
             continue;
         }
-        const KQexGlobalTransforms& lPose = *lScratch.mPoses[static_cast<size_t>(lJoint.mTree)];
-        const KQexMatrix&           lTransform = lPose.GetTransform(lJoint.mPose);
-        KgeRMatrix&                 lRotation = lScratch.mRotations[i];
+        const KQexMatrix& lTransform = pFrame.GetWorld(lJoint.mIndex);
+        KgeRMatrix&       lRotation = lRotations[i];
         lTransform.GetRotation(lRotation);
         KgeMult(lRotation, lRotation, lJoint.mRestInv);
         const bool lIsRoot = lJoint.mParent < 0;
         if (!lIsRoot)
         {
-            KgeInverse(lParentInv, lScratch.mRotations[static_cast<size_t>(lJoint.mParent)]);
+            KgeInverse(lParentInv, lRotations[static_cast<size_t>(lJoint.mParent)]);
             KgeMult(lLocal, lParentInv, lRotation);
         }
         if (lJoint.mHasPositions)
@@ -210,7 +194,7 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
             KmVset(pValues, lTransform.mData[3].mData);
             if (!lIsRoot)
             {
-                const double* lParent = lPose.GetTransform(mJoints[static_cast<size_t>(lJoint.mParent)].mPose).mData[3].mData;
+                const double* lParent = pFrame.GetWorld(mJoints[static_cast<size_t>(lJoint.mParent)].mIndex).mData[3].mData;
                 const double  lOffset[3] = {pValues[0] - lParent[0], pValues[1] - lParent[1], pValues[2] - lParent[2]};
                 KmRV(pValues, lParentInv.mData, lOffset);
             }
@@ -226,7 +210,6 @@ bool KQexBvhWriter::Evaluate(int pThread, KTime pTime, double* pValues)
         KmRtoVord(pValues, lLocal.mData, mCode);
         pValues += 3;
     }
-    return true;
 }
 
 /// Replaces each rotation by the equivalent Euler triple nearest to the previous frame's.

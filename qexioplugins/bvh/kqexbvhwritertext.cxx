@@ -131,19 +131,17 @@ void KQexBvhWriter::Format(long long, const double* pValues, std::string& pText)
     pText.back() = '\n';
 }
 
-bool KQexBvhWriter::WriteMotion()
+bool KQexBvhWriter::Write(const KQexFrameBlock& pBlock)
+{
+    return mFile.GetOutput().Write(pBlock.mText.data(), pBlock.mText.size());
+}
+
+void KQexBvhWriter::WriteMotionStart()
 {
     const long long lCount = mOptions.mSampling.mCount;
     char            lStep[kNumberBufferSize];
     char*           lEnd = KNumberPrint(lStep, lStep + sizeof lStep, mOptions.mSampling.mStep.GetSeconds(), 'g', 10);
     mFile.Print(0, "MOTION\nFrames: %lld\nFrame Time: %.*s\n", lCount, static_cast<int>(lEnd - lStep), lStep);
-    mLast.assign(mValueCount, 0.0);
-    const KQexWriteResult lResult = WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lResult == KQexWriteResult::eOUT_OF_MEMORY)
-    {
-        mFile.Error("Out of memory\n");
-    }
-    return lResult == KQexWriteResult::eDONE;
 }
 
 } // namespace qexsdk

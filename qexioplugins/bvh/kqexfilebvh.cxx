@@ -5,6 +5,7 @@
 #include <qexscene/kqexsceneundo.h>
 
 #include <new>
+#include <utility>
 
 namespace qexsdk
 {
@@ -39,36 +40,47 @@ bool KQexFileBvh::Read(KQexScene* pScene, const KQexBvhReadOptions& pOptions, KQ
 
 bool KQexFileBvh::Write(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions)
 {
+    KQexFrameSink* const       lWriter = BeginWrite(pRoots, pOptions);
+    const KQexAnimLayer* const lLayer = pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    return lWriter != nullptr &&
+           EndWrite(KQexRunFrames(pRoots, lLayer, pOptions.mSampling, &lWriter, 1, pOptions.mThreads, pOptions.mProgress));
+}
+
+KQexFrameSink* KQexFileBvh::BeginWrite(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions)
+{
     if (pRoots.empty() || pOptions.mSampling.mCount < 1)
     {
         Error("Nothing to write\n");
-        return false;
+        return nullptr;
     }
-    KQexAnimEvaluator* lEvaluator = pRoots.front()->GetScene()->GetEvaluator();
-    KQexContextGuard   lContext(lEvaluator);
     try
     {
-        KQexBvhWriter lWriter(*this, pOptions);
-        lEvaluator->SetContext(nullptr);
-        if (!lWriter.Prepare(pRoots))
-        {
-            Error("Out of memory\n");
-            return false;
-        }
-        lEvaluator->SetContext(pOptions.mStack);
-        lWriter.WriteHierarchy();
-        const bool lOk = lWriter.WriteMotion();
-        if (!lOk && GetOutput().HasFailed())
-        {
-            Error("Can't write %s (%s)\n", GetPath().c_str(), GetOutput().GetReason().c_str());
-        }
-        return lOk;
+        auto lWriter = std::make_unique<KQexBvhWriter>(*this, pOptions);
+        lWriter->Prepare(pRoots);
+        lWriter->WriteHierarchy();
+        lWriter->WriteMotionStart();
+        mWriter = std::move(lWriter);
+        return mWriter.get();
     }
     catch (const std::bad_alloc&)
     {
         Error("Out of memory\n");
-        return false;
+        return nullptr;
     }
+}
+
+bool KQexFileBvh::EndWrite(KQexRunResult pResult)
+{
+    mWriter.reset();
+    if (GetOutput().HasFailed())
+    {
+        Error("Can't write %s (%s)\n", GetPath().c_str(), GetOutput().GetReason().c_str());
+    }
+    else if (pResult == KQexRunResult::eOUT_OF_MEMORY)
+    {
+        Error("Out of memory\n");
+    }
+    return pResult == KQexRunResult::eDONE;
 }
 
 } // namespace qexsdk

@@ -3,8 +3,10 @@
 
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
+#include <qexscene/kqexframesink.h>
 #include <qexscene/kqexscene.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -73,6 +75,17 @@ public:
     /// Writes the trees at \p pRoots. False when there is nothing to write, writing fails, memory runs out or the progress callback
     /// cancels; then call Discard(). Names that are not unique or not valid in BVH are changed, with a warning each.
     bool Write(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions);
+
+    /// The first part of Write(): everything before the frames. They come from KQexRunFrames(), called with the sink that is returned, the
+    /// same roots, and the options' take and sampling; other outputs may share that run. Null when Write() would be false. Owned by the
+    /// file, until EndWrite().
+    KQexFrameSink* BeginWrite(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions);
+
+    /// The last part: \p pResult is that of the run. False as Write().
+    bool EndWrite(KQexRunResult pResult);
+
+private:
+    std::unique_ptr<KQexFrameSink> mWriter; ///< Between BeginWrite() and EndWrite().
 };
 
 } // namespace qexsdk
