@@ -4,6 +4,7 @@
 #include <kbaselib/kbase/koutputfile.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
+#include <qexscene/kqexframesink.h>
 #include <qexscene/kqexscene.h>
 
 #include <cstddef>
@@ -17,6 +18,8 @@
 
 namespace qexsdk
 {
+
+class KQexGltfWriter;
 
 /// A take to write.
 struct QEX_API KQexGltfTake
@@ -78,6 +81,9 @@ class QEX_API KQexFileGltf
 public:
     /// \param pVerb print every message to standard error as well
     explicit KQexFileGltf(bool pVerb = false);
+    ~KQexFileGltf();
+    KQexFileGltf(const KQexFileGltf&) = delete;
+    KQexFileGltf& operator=(const KQexFileGltf&) = delete;
 
     /// Writes the trees at \p pRoots to \p pPath: a binary file, or, when the path ends in ".gltf", JSON plus a buffer of the same name
     /// with ".bin". "-" writes a binary file to standard output. False on failure, with the reason in GetMessages(), or when the
@@ -86,6 +92,23 @@ public:
 
     /// Writes a binary file to memory. False as Write(); \p pOut is then unchanged.
     bool WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
+
+    /// \name Write() in parts, for takes whose frames are evaluated once for several outputs
+    ///
+    /// BeginWrite(); for each of the options' takes, in order, BeginTake(), KQexRunFrames() with its sink, the same roots, and the take's
+    /// layer and sampling, and EndTake() with the result; then EndWrite(). Each fails as Write(), and nothing may follow but another
+    /// BeginWrite().
+    ///@{
+
+    /// Makes everything but the animations.
+    bool BeginWrite(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
+    /// The sink for take \p pTake, an index of the options' takes; null when memory runs out. Owned by the file, until EndTake().
+    KQexFrameSink* BeginTake(size_t pTake);
+    /// Adds the animation.
+    bool EndTake(size_t pTake, KQexRunResult pResult);
+    /// Writes the file to \p pPath.
+    bool EndWrite(std::string_view pPath);
+    ///@}
 
     /// Reads the file at \p pPath, binary or JSON whatever its name, into \p pScene; "-" is standard input. A take whose name is in use
     /// is renamed. False on failure or when cancelled, with the reason in GetMessages(); the scene is then unchanged. Fails when the
@@ -112,8 +135,13 @@ public:
     ///@}
 
 private:
-    bool                         mVerb;
-    std::vector<KQexTextMessage> mMessages;
+    bool WriteTakes(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions);
+    template <typename TDo>
+    bool Guarded(const TDo& pDo) noexcept;
+
+    bool                            mVerb;
+    std::vector<KQexTextMessage>    mMessages;
+    std::unique_ptr<KQexGltfWriter> mWriter; ///< Between BeginWrite() and EndWrite().
 };
 
 } // namespace qexsdk

@@ -3,14 +3,15 @@
 #include <qexioplugins/gltf/kqexfilegltf.h>
 #include <qexioplugins/gltf/kqexgltfbinary.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
-#include <qexscene/kqexsceneundo.h>
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -18,36 +19,27 @@
 namespace qexsdk
 {
 
-bool KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
+void KQexGltfWriter::Build(const std::vector<KQexNode*>& pRoots)
 {
+    const KQexFrameNodes lNodes(pRoots, nullptr);
+    KQexFrame            lRest(lNodes, eFRAME_WORLD);
+    lRest.Evaluate(0, KTime(0));
     for (KQexNode* lRoot : pRoots)
     {
-        if (!AddTree(lRoot))
-        {
-            throw std::bad_alloc();
-        }
+        AddTree(lRoot, lRest);
     }
     AddNodes();
     for (size_t i = 0; i < mTreeStarts.size(); ++i)
     {
         AddSkin(static_cast<int>(i));
     }
-    KQexUniqueNames lNames;
-    for (const KQexGltfTake& lTake : mOptions.mTakes)
-    {
-        if (!AddAnimation(lTake))
-        {
-            return false;
-        }
-        mModel.mAnimations.back().mName = SafeName(lNames, lTake.mStack->GetName(), "take");
-    }
-    return true;
 }
 
 namespace
 {
 
-constexpr size_t kReservedMessages = 4;
+constexpr size_t           kReservedMessages = 4;
+constexpr std::string_view kOutOfMemory = "Out of memory"; ///< Short enough for std::string not to allocate.
 
 bool EndsWith(std::string_view pText, std::string_view pEnd)
 {
@@ -88,30 +80,6 @@ bool WriteParts(KQexFileGltf& pFile, KOutputFile& pOutput, const std::string& pP
         lOk = lOk && pOutput.Write(lPart.data(), lPart.size());
     }
     return (lOk && pOutput.Prepare()) || ReportOutput(pFile, pOutput);
-}
-
-/// Builds the file, with no take as the evaluator's context (rest pose), and passes it to \p pWrite. Reports exceptions as messages.
-template <typename TWrite>
-bool BuildAndWrite(KQexFileGltf& pFile, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions, const TWrite& pWrite)
-{
-    if (pRoots.empty())
-    {
-        pFile.Report(KQexTextMessage::eERROR, "Nothing to write");
-        return false;
-    }
-    KQexAnimEvaluator*     lEvaluator = pRoots.front()->GetScene()->GetEvaluator();
-    const KQexContextGuard lContext(lEvaluator);
-    lEvaluator->SetContext(nullptr);
-    try
-    {
-        KQexGltfWriter lWriter(pFile, pOptions);
-        return lWriter.Build(pRoots) && pWrite(lWriter);
-    }
-    catch (const std::exception&)
-    {
-        pFile.ReportException();
-    }
-    return false;
 }
 
 std::string_view BufferOf(KQexGltfWriter& pWriter)
@@ -164,34 +132,126 @@ bool FinishOutputs(KQexFileGltf& pFile, KOutputs& pOutputs, KOutputs* pPrepared)
 
 } // namespace
 
-bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
+/// Calls pDo and turns exceptions into messages.
+template <typename TDo>
+bool KQexFileGltf::Guarded(const TDo& pDo) noexcept
+{
+    try
+    {
+        return pDo();
+    }
+    catch (const std::exception&)
+    {
+        ReportException();
+        return false;
+    }
+}
+
+bool KQexFileGltf::BeginWrite(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
     mMessages.clear();
-    return BuildAndWrite(*this, pRoots, pOptions,
-                         [&](KQexGltfWriter& pWriter)
-                         {
-                             KOutputs          lOutputs;
-                             const std::string lPath(pPath);
-                             return PrepareOutputs(*this, lPath, pWriter, lOutputs) && FinishOutputs(*this, lOutputs, pOptions.mPrepared);
-                         });
+    mWriter.reset();
+    if (pRoots.empty())
+    {
+        Report(KQexTextMessage::eERROR, "Nothing to write");
+        return false;
+    }
+    return Guarded(
+        [&]
+        {
+            mWriter = std::make_unique<KQexGltfWriter>(*this, pOptions);
+            mWriter->Build(pRoots);
+            return true;
+        });
+}
+
+KQexFrameSink* KQexFileGltf::BeginTake(size_t pTake)
+{
+    KQexFrameSink* lSink = nullptr;
+    Guarded(
+        [&]
+        {
+            lSink = mWriter->BeginTake(pTake);
+            return true;
+        });
+    return lSink;
+}
+
+bool KQexFileGltf::EndTake(size_t pTake, KQexRunResult pResult)
+{
+    if (pResult == KQexRunResult::eOUT_OF_MEMORY)
+    {
+        Report(KQexTextMessage::eERROR, kOutOfMemory);
+    }
+    return pResult == KQexRunResult::eDONE && Guarded(
+                                                  [&]
+                                                  {
+                                                      mWriter->EndTake(pTake);
+                                                      return true;
+                                                  });
+}
+
+bool KQexFileGltf::EndWrite(std::string_view pPath)
+{
+    const bool lOk = Guarded(
+        [&]
+        {
+            KOutputs          lOutputs;
+            const std::string lPath(pPath);
+            return PrepareOutputs(*this, lPath, *mWriter, lOutputs) && FinishOutputs(*this, lOutputs, mWriter->GetOptions().mPrepared);
+        });
+    mWriter.reset();
+    return lOk;
+}
+
+/// Everything before the file is complete. The takes share the progress evenly.
+bool KQexFileGltf::WriteTakes(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
+{
+    const double lShare = 1.0 / static_cast<double>(std::max<size_t>(pOptions.mTakes.size(), 1));
+    if (!BeginWrite(pRoots, pOptions))
+    {
+        return false;
+    }
+    for (size_t i = 0; i < pOptions.mTakes.size(); ++i)
+    {
+        const KQexGltfTake&  lTake = pOptions.mTakes[i];
+        KQexFrameSink* const lSink = BeginTake(i);
+        const auto           lShow = [&](double pFraction)
+        {
+            return !pOptions.mProgress || pOptions.mProgress((static_cast<double>(i) + pFraction) * lShare);
+        };
+        if (lSink == nullptr || !EndTake(i, KQexRunFrames(pRoots, lTake.mStack->GetMember<KQexAnimLayer>(0), lTake.mSampling, &lSink, 1,
+                                                          pOptions.mThreads, std::cref(lShow))))
+        {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
+{
+    return WriteTakes(pRoots, pOptions) && EndWrite(pPath);
 }
 
 bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
-    mMessages.clear();
-    return BuildAndWrite(*this, pRoots, pOptions,
-                         [&](KQexGltfWriter& pWriter)
-                         {
-                             std::string lFile = BinaryStartOf(*this, pWriter);
-                             if (lFile.empty())
-                             {
-                                 return false;
-                             }
-                             lFile += BufferOf(pWriter);
-                             pOut = std::move(lFile);
-                             return true;
-                         });
+    return WriteTakes(pRoots, pOptions) && Guarded(
+                                               [&]
+                                               {
+                                                   std::string lFile = BinaryStartOf(*this, *mWriter);
+                                                   if (lFile.empty())
+                                                   {
+                                                       return false;
+                                                   }
+                                                   lFile += BufferOf(*mWriter);
+                                                   mWriter.reset();
+                                                   pOut = std::move(lFile);
+                                                   return true;
+                                               });
 }
+
+KQexFileGltf::~KQexFileGltf() = default;
 
 KQexFileGltf::KQexFileGltf(bool pVerb) : mVerb(pVerb)
 {
@@ -231,8 +291,7 @@ void KQexFileGltf::ReportException() noexcept
     }
     catch (const std::bad_alloc&)
     {
-        // Short enough for std::string not to allocate.
-        Report(KQexTextMessage::eERROR, "Out of memory");
+        Report(KQexTextMessage::eERROR, kOutOfMemory);
     }
     catch (const std::exception& lError)
     {

@@ -25,24 +25,45 @@ void ComputeBounds(KQexGltfModel::KAccessor& pAccessor, const T* pValues)
 
 } // namespace
 
+/// Adds an accessor of the bytes at mEnd.
 int KQexGltfBuffer::AddAccessor(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
 {
-    mModel.mViews.push_back({mBytes.size(), pBytes, pTarget});
-    // Each view starts at a multiple of four bytes.
-    mBytes.resize(mBytes.size() + (pBytes + 3) / 4 * 4);
+    mModel.mViews.push_back({mEnd, pBytes, pTarget});
+    mEnd += (pBytes + 3) / 4 * 4; // Each view starts at a multiple of four bytes.
     mModel.mAccessors.push_back({static_cast<int>(mModel.mViews.size()) - 1, pComponentType, pElement, pCount, {}, {}});
     return static_cast<int>(mModel.mAccessors.size()) - 1;
 }
 
+/// Adds an accessor of new bytes.
+int KQexGltfBuffer::AddSpace(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget)
+{
+    const int lAccessor = AddAccessor(pComponentType, pElement, pCount, pBytes, pTarget);
+    mBytes.resize(mEnd);
+    return lAccessor;
+}
+
+void KQexGltfBuffer::ReserveFloats(size_t pCount)
+{
+    mReserved = mEnd;
+    mBytes.resize(mEnd + pCount * sizeof(float));
+}
+
+int KQexGltfBuffer::KeepFloats(KQexGltfElement pElement, size_t pCount, size_t pFirst)
+{
+    const size_t lBytes = pCount * pElement * sizeof(float);
+    std::memmove(mBytes.data() + mEnd, mBytes.data() + mReserved + pFirst * sizeof(float), lBytes);
+    return AddAccessor(eGLTF_FLOAT, pElement, pCount, lBytes, 0);
+}
+
 int KQexGltfBuffer::AddFloats(KQexGltfElement pElement, size_t pCount, int pTarget)
 {
-    return AddAccessor(eGLTF_FLOAT, pElement, pCount, pCount * pElement * sizeof(float), pTarget);
+    return AddSpace(eGLTF_FLOAT, pElement, pCount, pCount * pElement * sizeof(float), pTarget);
 }
 
 int KQexGltfBuffer::AddJoints(const std::vector<std::uint16_t>& pValues)
 {
     const size_t lBytes = pValues.size() * sizeof(std::uint16_t);
-    const int    lAccessor = AddAccessor(eGLTF_UNSIGNED_SHORT, eGLTF_VEC4, pValues.size() / 4, lBytes, eGLTF_ARRAY_BUFFER);
+    const int    lAccessor = AddSpace(eGLTF_UNSIGNED_SHORT, eGLTF_VEC4, pValues.size() / 4, lBytes, eGLTF_ARRAY_BUFFER);
     std::memcpy(mBytes.data() + GetOffset(lAccessor), pValues.data(), lBytes);
     ComputeBounds(mModel.mAccessors[static_cast<size_t>(lAccessor)], pValues.data());
     return lAccessor;

@@ -26,6 +26,20 @@ public:
     /// Adds an accessor of joint indices, four 16-bit numbers per element, with its minimum and maximum, and returns its index.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
 
+    /// Makes space for \p pCount floats behind all accessors, in place of an earlier one. Until ReleaseReserved(), only KeepFloats() adds
+    /// accessors.
+    void ReserveFloats(size_t pCount);
+
+    /// The floats of that space; those that KeepFloats() did not pass yet.
+    float* GetReserved() { return reinterpret_cast<float*>(mBytes.data() + mReserved); }
+
+    /// Adds an accessor of \p pCount elements that are in that space from float \p pFirst on, and returns its index. They move to the front,
+    /// over the floats before them, so calls have ascending places.
+    int KeepFloats(KQexGltfElement pElement, size_t pCount, size_t pFirst);
+
+    /// Drops what is left of the space.
+    void ReleaseReserved() { mBytes.resize(mEnd); }
+
     /// The floats of an accessor. Valid until the next accessor is added.
     float* GetFloats(int pAccessor);
 
@@ -37,10 +51,13 @@ public:
 
 private:
     int    AddAccessor(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget);
+    int    AddSpace(int pComponentType, KQexGltfElement pElement, size_t pCount, size_t pBytes, int pTarget);
     size_t GetOffset(int pAccessor) const;
 
     KQexGltfModel&             mModel;
     std::vector<unsigned char> mBytes;
+    size_t                     mEnd = 0;      ///< End of the accessors' bytes.
+    size_t                     mReserved = 0; ///< Start of the space of ReserveFloats().
 };
 
 } // namespace qexsdk

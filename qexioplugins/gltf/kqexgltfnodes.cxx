@@ -1,6 +1,8 @@
 #include <qexioplugins/gltf/kqexgltfnames.h>
 #include <qexioplugins/gltf/kqexgltfwriter.h>
 
+#include <unordered_map>
+
 namespace qexsdk
 {
 
@@ -24,10 +26,16 @@ bool HasTransform(KQexNode* pNode)
 
 /// Adds the tree at \p pRoot and its ancestors, so that global transforms are kept. The scene's root node is left out when its
 /// transform is identity.
-bool KQexGltfWriter::AddTree(KQexNode* pRoot)
+void KQexGltfWriter::AddTree(KQexNode* pRoot, const KQexFrame& pRest)
 {
     const KQexNode*        lSceneRoot = pRoot->GetScene()->GetRootNode();
+    const int              lTree = static_cast<int>(mTreeStarts.size());
     std::vector<KQexNode*> lAncestors;
+    const auto             lAdd = [&](KQexNode* pNode, int pParent)
+    {
+        mNodes.push_back(KQexGltfNode{pNode, pParent, lTree, pRest.GetWorld(static_cast<size_t>(pRest.GetNodes().Find(pNode)))});
+        return static_cast<int>(mNodes.size()) - 1;
+    };
     for (KQexNode* lNode = pRoot->GetParent(); lNode != nullptr; lNode = lNode->GetParent())
     {
         if (lNode != lSceneRoot || HasTransform(lNode))
@@ -35,26 +43,17 @@ bool KQexGltfWriter::AddTree(KQexNode* pRoot)
             lAncestors.push_back(lNode);
         }
     }
-    const int lTree = static_cast<int>(mTreeStarts.size());
     mTreeStarts.push_back(mNodes.size());
-    KQexAnimEvaluator* lEvaluator = pRoot->GetScene()->GetEvaluator();
+    int lAbove = -1;
     for (size_t i = lAncestors.size(); i > 0; --i)
     {
-        const int lParent = i == lAncestors.size() ? -1 : static_cast<int>(mNodes.size()) - 1;
-        mNodes.push_back(KQexGltfNode{lAncestors[i - 1], lParent, lTree, lEvaluator->GetNodeGlobalTransform(lAncestors[i - 1], KTime(0))});
+        lAbove = lAdd(lAncestors[i - 1], lAbove);
     }
-    KQexGlobalTransforms lRest;
-    if (!lEvaluator->EvaluateGlobalTransforms(pRoot, KTime(0), lRest))
+    std::unordered_map<const KQexNode*, int> lIndices;
+    for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
     {
-        return false;
+        lIndices[lNode] = lAdd(lNode, lNode == pRoot ? lAbove : lIndices.at(lNode->GetParent()));
     }
-    const int lFirst = static_cast<int>(mNodes.size());
-    for (int i = 0; i < lRest.GetCount(); ++i)
-    {
-        const int lParent = i > 0 ? lFirst + lRest.GetParentIndex(i) : lAncestors.empty() ? -1 : lFirst - 1;
-        mNodes.push_back(KQexGltfNode{lRest.GetNode(i), lParent, lTree, lRest.GetTransform(i)});
-    }
-    return true;
 }
 
 std::string KQexGltfWriter::SafeName(KQexUniqueNames& pNames, const std::string& pName, const char* pIfEmpty)

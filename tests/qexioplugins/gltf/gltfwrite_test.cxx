@@ -231,7 +231,9 @@ TEST(GltfWrite, CancelsAtAnyStepAndKeepsTheOldFile)
     lOptions.mThreads = 1;
     lOptions.mTakes.resize(1);
     lOptions.mTakes[0].mStack = lScene->FindAnimStack("take");
-    ASSERT_TRUE(MakeSampling({lRoot}, lOptions.mTakes[0].mStack, {}, lOptions.mTakes[0].mSampling));
+    KQexSamplingRequest lRequest;
+    lRequest.mFramesPerSecond = 6000.0; // Progress is reported after every few hundred frames.
+    ASSERT_TRUE(MakeSampling({lRoot}, lOptions.mTakes[0].mStack, lRequest, lOptions.mTakes[0].mSampling));
     const KTempDir lFolder;
     WriteFile(lFolder / "it.glb", "old");
     double lFraction = 0.0;
