@@ -60,7 +60,7 @@ void KQexFrame::Evaluate(long long pIndex, KTime pTime)
     {
         const KQexNodePose& lPose = mNodes->GetPose(i);
         double* const       lChannels = mChannels.data() + 9 * i;
-        lPose.GetChannels(pTime, lCursor, lChannels);
+        lPose.EvaluateChannels(pTime, lCursor, lChannels);
         if (!mRotations.empty())
         {
             lPose.ComposeRotation(lChannels + 3, mRotations[i]);

@@ -83,7 +83,7 @@ public:
     const double* GetAngles(size_t pNode) const { return mChannels.data() + 9 * pNode + 3; }
     /// Its scale factors.
     const double* GetScaling(size_t pNode) const { return mChannels.data() + 9 * pNode + 6; }
-    /// Its nine channels, see KQexNodePose::GetChannels().
+    /// Its nine channels, see KQexNodePose::EvaluateChannels().
     const double* GetChannels(size_t pNode) const { return mChannels.data() + 9 * pNode; }
     /// Its rotation relative to its parent, pre- and post-rotation included. Needs eFRAME_ROTATIONS.
     const KQexQuaternion& GetRotation(size_t pNode) const { return mRotations[pNode]; }

@@ -70,7 +70,7 @@ void KQexNodePose::GetScaling(KTime pTime, double pResult[3]) const
     GetValues(eNODE_SCALING, pTime, pResult);
 }
 
-void KQexNodePose::GetChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const
+void KQexNodePose::EvaluateChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const
 {
     for (int i = 0; i < 9; ++i)
     {

@@ -36,9 +36,11 @@ public:
     /// The scale factors at \p pTime.
     void GetScaling(KTime pTime, double pResult[3]) const;
 
+    /// The nine channels: translation x, y, z, rotation about x, y, z, scaling x, y, z.
+    const KQexChannel* GetChannels() const { return mChannels; }
     /// The values of all channels at \p pTime: translation x, y, z in centimetres without the rotation offset, rotation about x, y, z in
     /// degrees without pre- and post-rotation, scale factors. \p pCursor caches the place of that time among key times.
-    void GetChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const;
+    void EvaluateChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const;
     /// The rotation offset in centimetres, a part of the translation.
     const double* GetOffset() const { return mOffset; }
     /// The rotation of the angles \p pAngles about x, y and z (degrees), pre- and post-rotation included.
@@ -52,7 +54,7 @@ private:
 
     void GetValues(KQexNodeProperty pProperty, KTime pTime, double pResult[3]) const;
 
-    KQexChannel    mChannels[9]; ///< Translation x, y, z, rotation about x, y, z, scaling x, y, z.
+    KQexChannel    mChannels[9];
     bool           mIsAnimated[3] = {false, false, false};
     double         mOffset[3];
     KQexQuaternion mPre;

@@ -5,7 +5,7 @@
 #include <qexioplugins/acclaim/amc/kqexamcsampler.h>
 #include <qexioplugins/acclaim/amc/kqexamcwriter.h>
 #include <qexioplugins/acclaim/model/kqexasfcurves.h>
-#include <qexscene/kqexsceneundo.h>
+#include <qexscene/kqexframesink.h>
 
 #include <new>
 
@@ -97,21 +97,20 @@ bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAm
         Error("Nothing to write\n");
         return false;
     }
-    KQexAnimEvaluator*     lEvaluator = pPairs.front().mNode->GetScene()->GetEvaluator();
-    const KQexContextGuard lContext(lEvaluator);
     try
     {
-        KQexAmcWriter lWriter(*this, pAsfScene, pOptions);
-        lEvaluator->SetContext(pOptions.mRestStack);
-        if (!lWriter.Prepare(pAsfScene->mRoot, pPairs))
+        KQexAmcWriter              lWriter(*this, pAsfScene, pOptions);
+        KQexFrameSink* const       lSink = &lWriter;
+        const KQexAnimLayer* const lLayer = pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr;
+        lWriter.Prepare(pAsfScene->mRoot, pPairs);
+        lWriter.WriteHeader();
+        const KQexRunResult lResult =
+            KQexRunFrames({pPairs.front().mNode}, lLayer, pOptions.mSampling, &lSink, 1, pOptions.mThreads, pOptions.mProgress);
+        if (lResult == KQexRunResult::eOUT_OF_MEMORY)
         {
             Error("Out of memory\n");
-            return false;
         }
-        lEvaluator->SetContext(pOptions.mStack);
-        lWriter.PrepareTake();
-        lWriter.WriteHeader();
-        if (!lWriter.WriteFrames())
+        if (lResult != KQexRunResult::eDONE)
         {
             return false;
         }

@@ -1,7 +1,5 @@
 #include <qexioplugins/acclaim/amc/kqexamcframes.h>
 
-#include <new>
-
 namespace qexsdk
 {
 
@@ -16,46 +14,33 @@ bool IsRotation(const KgeRMatrix& pMatrix)
 
 } // namespace
 
-bool KQexJointFrames::Evaluate(KQexNode* pRoot, KTime pTime)
+void KQexJointFrames::Set(const KQexFrame& pFrame)
 {
-    if (!pRoot->GetScene()->GetEvaluator()->EvaluateGlobalTransforms(pRoot, pTime, mPose))
+    const size_t lCount = pFrame.GetNodes().GetCount();
+    mFrames.resize(lCount);
+    for (size_t i = 0; i < lCount; ++i)
     {
-        return false;
-    }
-    try
-    {
-        mFrames.resize(static_cast<std::size_t>(mPose.GetCount()));
-    }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
-    for (int i = 0; i < mPose.GetCount(); ++i)
-    {
-        KQexJointFrame& lFrame = mFrames[static_cast<std::size_t>(i)];
-        mPose.GetTransform(i).GetRotation(lFrame.mRotation);
-        KmVset(lFrame.mPosition, mPose.GetTransform(i).mData[3].mData);
-        if (!IsRotation(lFrame.mRotation))
+        pFrame.GetWorld(i).GetRotation(mFrames[i].mRotation);
+        KmVset(mFrames[i].mPosition, pFrame.GetWorld(i).mData[3].mData);
+        if (!IsRotation(mFrames[i].mRotation))
         {
-            ContinueParent(i, pTime, lFrame.mRotation);
+            ContinueParent(pFrame, i);
         }
     }
-    return true;
 }
 
-void KQexJointFrames::ContinueParent(int pIndex, KTime pTime, KgeRMatrix& pRotation) const
+void KQexJointFrames::ContinueParent(const KQexFrame& pFrame, size_t pIndex)
 {
-    const double      lUnscaled[3] = {1.0, 1.0, 1.0};
-    const KQexNode*   lNode = mPose.GetNode(pIndex);
-    const KQexVector4 lAngles = lNode->EvaluateLocalRotation(pTime);
-    const double      lOrigin[3] = {};
-    KQexMatrix        lLocal;
-    lNode->ComposeLocalTransform(lLocal, lOrigin, lAngles.mData, lUnscaled);
-    lLocal.GetRotation(pRotation);
-    const int lParent = mPose.GetParentIndex(pIndex);
+    const double lUnscaled[3] = {1.0, 1.0, 1.0};
+    const double lOrigin[3] = {};
+    KgeRMatrix&  lRotation = mFrames[pIndex].mRotation;
+    const int    lParent = pFrame.GetNodes().GetParent(pIndex);
+    KQexMatrix   lLocal;
+    pFrame.GetNodes().GetNode(pIndex)->ComposeLocalTransform(lLocal, lOrigin, pFrame.GetAngles(pIndex), lUnscaled);
+    lLocal.GetRotation(lRotation);
     if (lParent >= 0)
     {
-        KgeMult(pRotation, GetFrame(lParent).mRotation, pRotation);
+        KgeMult(lRotation, mFrames[static_cast<size_t>(lParent)].mRotation, lRotation);
     }
 }
 

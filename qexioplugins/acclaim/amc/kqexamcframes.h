@@ -2,6 +2,7 @@
 #define QEXIOPLUGINS_ACCLAIM_AMC_KQEXAMCFRAMES_H
 
 #include <kbaselib/kmath/kgeom.h>
+#include <qexscene/kqexframe.h>
 #include <qexscene/kqexscene.h>
 
 #include <cstddef>
@@ -17,28 +18,21 @@ struct KQexJointFrame
     double     mPosition[3] = {}; ///< Centimetres.
 };
 
-/// The frames of a tree's nodes at one time, numbered as in KQexGlobalTransforms.
+/// The frames of a tree's nodes at one time, numbered as in the KQexFrame that they come from.
 class KQexJointFrames
 {
 public:
-    /// Evaluates the nodes at and below \p pRoot in the evaluator's current take. The rotation is that of the global transform; where
-    /// that has none, because the node or an ancestor is scaled to zero, its local rotation continues its parent's frame.
-    /// False when memory runs out.
-    bool Evaluate(KQexNode* pRoot, KTime pTime);
+    /// Takes over the nodes of \p pFrame, which has world transforms. The rotation is that of the world transform; where that has none,
+    /// because the node or an ancestor is scaled to zero, its local rotation continues its parent's frame. May throw std::bad_alloc the
+    /// first time.
+    void Set(const KQexFrame& pFrame);
 
-    /// Number of nodes.
-    int GetCount() const { return mPose.GetCount(); }
-
-    /// Node \p pIndex, in pre-order from 0.
-    KQexNode* GetNode(int pIndex) const { return mPose.GetNode(pIndex); }
-
-    /// Its frame.
-    const KQexJointFrame& GetFrame(int pIndex) const { return mFrames[static_cast<std::size_t>(pIndex)]; }
+    /// The frame of node \p pIndex.
+    const KQexJointFrame& GetFrame(size_t pIndex) const { return mFrames[pIndex]; }
 
 private:
-    void ContinueParent(int pIndex, KTime pTime, KgeRMatrix& pRotation) const;
+    void ContinueParent(const KQexFrame& pFrame, size_t pIndex);
 
-    KQexGlobalTransforms        mPose;
     std::vector<KQexJointFrame> mFrames; ///< One per node.
 };
 

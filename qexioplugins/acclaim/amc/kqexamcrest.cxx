@@ -51,7 +51,7 @@ KQexAmcRest::KQexAmcRest(const std::vector<HKQexAsfNode>& pBones, const std::vec
 
 const KQexJointFrame& KQexAmcRest::GetFrame(std::size_t pJoint) const
 {
-    return mIsByJoint ? mOwn[pJoint] : mFrames.GetFrame(mJoints[pJoint].mPose);
+    return mIsByJoint ? mOwn[pJoint] : mFrames.GetFrame(static_cast<size_t>(mJoints[pJoint].mPose));
 }
 
 /// A skeleton that was made from these nodes stands in the space of the root's node; one of another source most often in world space,
@@ -59,7 +59,7 @@ const KQexJointFrame& KQexAmcRest::GetFrame(std::size_t pJoint) const
 void KQexAmcRest::Align(KQexAmcRestAlignment pAlignment)
 {
     const KgeRMatrix  lWorld;
-    const KgeRMatrix& lRoot = mFrames.GetFrame(mJoints.front().mPose).mRotation;
+    const KgeRMatrix& lRoot = mFrames.GetFrame(static_cast<size_t>(mJoints.front().mPose)).mRotation;
     mIsByJoint = false;
     KgeSet(mAlign, pAlignment == eAMC_REST_ROOT ? lRoot : lWorld);
     if (pAlignment != eAMC_REST_FIND)
@@ -120,8 +120,8 @@ void KQexAmcRest::FindLinks()
         KLink lLink;
         lLink.mJoint = i;
         lLink.mParent = static_cast<std::size_t>(mJoints[i].mParent);
-        const double* lNode = mFrames.GetFrame(mJoints[i].mPose).mPosition;
-        const double* lParentNode = mFrames.GetFrame(mJoints[lLink.mParent].mPose).mPosition;
+        const double* lNode = mFrames.GetFrame(static_cast<size_t>(mJoints[i].mPose)).mPosition;
+        const double* lParentNode = mFrames.GetFrame(static_cast<size_t>(mJoints[lLink.mParent].mPose)).mPosition;
         for (int k = 0; k < 3; ++k)
         {
             lLink.mInNodes[k] = (lNode[k] - lParentNode[k]) * mScale;
@@ -174,7 +174,7 @@ double KQexAmcRest::GetAxisMismatch(const KgeRMatrix& pRotation) const
         {
             KgeRMatrix lAxis;
             KgeMult(lAxis, pRotation, mBones[i]->mAxisRM);
-            lSum += AngleBetween(lAxis, mFrames.GetFrame(mJoints[i].mPose).mRotation);
+            lSum += AngleBetween(lAxis, mFrames.GetFrame(static_cast<size_t>(mJoints[i].mPose)).mRotation);
         }
     }
     return lSum;
@@ -221,7 +221,7 @@ bool KQexAmcRest::IsSameFigure() const
         double     lInNodes[3];
         KgeRMatrix lParentInv;
         KmRV(lInSkeleton, mBones[lLink.mParent]->mAxisRMInv.mData, lLink.mInSkeleton);
-        KgeInverse(lParentInv, mFrames.GetFrame(mJoints[lLink.mParent].mPose).mRotation);
+        KgeInverse(lParentInv, mFrames.GetFrame(static_cast<size_t>(mJoints[lLink.mParent].mPose)).mRotation);
         KmRV(lInNodes, lParentInv.mData, lLink.mInNodes);
         lSame += Distance(lInSkeleton, lInNodes) <= kMismatch * lLink.mLength + kShortMismatch * mLongest ? 1 : 0;
     }

@@ -10,11 +10,17 @@ namespace
 
 constexpr double kUnscaled[3] = {1.0, 1.0, 1.0};
 
-bool IsUnscaled(const KQexNode& pNode, const KQexAnimLayer* pLayer)
+/// Whether one of the channels pFirst to pEnd - 1 of a node has keys.
+bool HasKeys(const KQexNodePose& pPose, int pFirst, int pEnd)
 {
-    KQexChannel lChannels[3];
-    KQexChannel::Find(lChannels, pNode.mLocalScaling, pLayer);
-    return std::all_of(lChannels, lChannels + 3, [](const KQexChannel& pChannel) { return pChannel.IsConstantAt(1.0); });
+    return std::any_of(pPose.GetChannels() + pFirst, pPose.GetChannels() + pEnd,
+                       [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
+}
+
+bool IsUnscaled(const KQexNodePose& pPose)
+{
+    return std::all_of(pPose.GetChannels() + 6, pPose.GetChannels() + 9,
+                       [](const KQexChannel& pChannel) { return pChannel.IsConstantAt(1.0); });
 }
 
 void CopyRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
@@ -27,17 +33,19 @@ void CopyRotation(KgeRMatrix& pRotation, const KQexMatrix& pTransform)
 
 } // namespace
 
-void KQexAmcSteps::Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints)
+void KQexAmcSteps::Prepare(const KQexFrameNodes& pNodes, const std::vector<KQexAmcJoint>& pJoints)
 {
-    const KQexAnimStack* lStack = pRoot->GetScene()->GetEvaluator()->GetContext();
-    mRoot = pRoot;
     mJoints = pJoints;
-    FindSpans(lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr, 1 + static_cast<size_t>(pRoot->GetChildCount(true)));
+    for (KQexAmcJoint& lJoint : mJoints)
+    {
+        lJoint.mPose = lJoint.mNode != nullptr ? pNodes.Find(lJoint.mNode) : -1;
+    }
+    FindSpans(pNodes);
 }
 
-/// Collects the links of all joints. Falls back to global transforms when a node is scaled or when there are about twice as many links
+/// Collects the links of all joints. Falls back to world transforms when a node is scaled or when there are about twice as many links
 /// as nodes: many bones may share one long chain of nodes without bones.
-void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
+void KQexAmcSteps::FindSpans(const KQexFrameNodes& pNodes)
 {
     mLinks.clear();
     mSpans.clear();
@@ -45,11 +53,11 @@ void KQexAmcSteps::FindSpans(const KQexAnimLayer* pLayer, size_t pNodes)
     for (size_t i = 0; i < mJoints.size() && mIsLocal; ++i)
     {
         const int lFrom = mJoints[i].mParent;
-        mIsLocal = AddSpan(mJoints[i], lFrom >= 0 ? mJoints[static_cast<size_t>(lFrom)].mNode : nullptr, pLayer, 2 * pNodes + 16);
+        mIsLocal = AddSpan(mJoints[i], lFrom >= 0 ? mJoints[static_cast<size_t>(lFrom)].mNode : nullptr, pNodes);
     }
 }
 
-bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks)
+bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexFrameNodes& pNodes)
 {
     KSpan lSpan;
     lSpan.mFirst = mLinks.size();
@@ -57,19 +65,14 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
     const KQexNode* lNode = pJoint.mNode;
     for (; lNode != nullptr && lNode != pFrom; lNode = lNode->GetParent())
     {
-        KLink lLink;
-        lLink.mNode = lNode;
-        KQexChannel::Find(lLink.mChannels, lNode->mLocalTranslation, pLayer);
-        KQexChannel::Find(lLink.mChannels + 3, lNode->mLocalRotation, pLayer);
-        if (mLinks.size() == pMaxLinks || !IsUnscaled(*lNode, pLayer))
+        const KLink         lLink{lNode, static_cast<size_t>(pNodes.Find(lNode))};
+        const KQexNodePose& lPose = pNodes.GetPose(lLink.mIndex);
+        if (mLinks.size() == 2 * pNodes.GetCount() + 16 || !IsUnscaled(lPose))
         {
             return false;
         }
         // The last node's rotation moves its descendants, not the node itself.
-        const int lMoving = lNode == pJoint.mNode ? 3 : 6;
-        lSpan.mIsTranslationFixed =
-            lSpan.mIsTranslationFixed &&
-            std::none_of(lLink.mChannels, lLink.mChannels + lMoving, [](const KQexChannel& pChannel) { return pChannel.IsAnimated(); });
+        lSpan.mIsTranslationFixed = lSpan.mIsTranslationFixed && !HasKeys(lPose, 0, lNode == pJoint.mNode ? 3 : 6);
         mLinks.push_back(lLink);
     }
     std::reverse(mLinks.begin() + static_cast<std::ptrdiff_t>(lSpan.mFirst), mLinks.end());
@@ -78,17 +81,20 @@ bool KQexAmcSteps::AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, co
     return pJoint.mNode == nullptr || lNode == pFrom;
 }
 
-bool KQexAmcSteps::Begin(KTime pTime, KQexAmcStepState& pState) const
+void KQexAmcSteps::Begin(const KQexFrame& pFrame, KQexAmcStepState& pState) const
 {
-    pState.mTime = pTime;
-    return mIsLocal || pState.mFrames.Evaluate(mRoot, pTime);
+    pState.mFrame = &pFrame;
+    if (!mIsLocal)
+    {
+        pState.mFrames.Set(pFrame);
+    }
 }
 
-void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const
+void KQexAmcSteps::Get(size_t pJoint, const KQexAmcStepState& pState, KQexAmcStep& pStep) const
 {
     if (mIsLocal)
     {
-        GetLocal(mSpans[pJoint], pState, pStep);
+        GetLocal(mSpans[pJoint], *pState.mFrame, pStep);
     }
     else
     {
@@ -96,19 +102,14 @@ void KQexAmcSteps::Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pSt
     }
 }
 
-void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAmcStep& pStep) const
+void KQexAmcSteps::GetLocal(const KSpan& pSpan, const KQexFrame& pFrame, KQexAmcStep& pStep) const
 {
     KQexMatrix lStep;
     for (size_t i = pSpan.mFirst; i < pSpan.mEnd; ++i)
     {
-        const KLink& lLink = mLinks[i];
-        double       lValues[6];
-        KQexMatrix   lLocal;
-        for (int k = 0; k < 6; ++k)
-        {
-            lValues[k] = lLink.mChannels[k].Evaluate(pState.mTime, pState.mKeyCursor);
-        }
-        lLink.mNode->ComposeLocalTransform(i == pSpan.mFirst ? lStep : lLocal, lValues, lValues + 3, kUnscaled);
+        const double* lChannels = pFrame.GetChannels(mLinks[i].mIndex);
+        KQexMatrix    lLocal;
+        mLinks[i].mNode->ComposeLocalTransform(i == pSpan.mFirst ? lStep : lLocal, lChannels, lChannels + 3, kUnscaled);
         if (i > pSpan.mFirst)
         {
             lStep = lStep * lLocal;
@@ -120,13 +121,13 @@ void KQexAmcSteps::GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAm
 
 void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexJointFrames& pFrames, KQexAmcStep& pStep) const
 {
-    const KQexJointFrame& lFrame = pFrames.GetFrame(mJoints[pJoint].mPose);
+    const KQexJointFrame& lFrame = pFrames.GetFrame(static_cast<size_t>(mJoints[pJoint].mPose));
     KgeSet(pStep.mRotation, lFrame.mRotation);
     KmVset(pStep.mTranslation, lFrame.mPosition);
     const int lParent = mJoints[pJoint].mParent;
     if (lParent >= 0)
     {
-        const KQexJointFrame& lFrom = pFrames.GetFrame(mJoints[static_cast<size_t>(lParent)].mPose);
+        const KQexJointFrame& lFrom = pFrames.GetFrame(static_cast<size_t>(mJoints[static_cast<size_t>(lParent)].mPose));
         KgeRMatrix            lFromInv;
         KgeInverse(lFromInv, lFrom.mRotation);
         KgeMult(pStep.mRotation, lFromInv, pStep.mRotation);
@@ -136,13 +137,9 @@ void KQexAmcSteps::GetGlobal(size_t pJoint, const KQexJointFrames& pFrames, KQex
     }
 }
 
-void KQexAmcSteps::GetAngles(size_t pJoint, KQexAmcStepState& pState, double* pAngles) const
+void KQexAmcSteps::GetAngles(size_t pJoint, const KQexAmcStepState& pState, double* pAngles) const
 {
-    const KQexChannel* lChannels = mLinks[mSpans[pJoint].mFirst].mChannels + 3;
-    for (int i = 0; i < 3; ++i)
-    {
-        pAngles[i] = lChannels[i].Evaluate(pState.mTime, pState.mKeyCursor);
-    }
+    std::copy_n(pState.mFrame->GetAngles(mLinks[mSpans[pJoint].mFirst].mIndex), 3, pAngles);
 }
 
 } // namespace qexsdk

@@ -13,7 +13,7 @@ namespace qexsdk
 struct KQexAmcJoint
 {
     KQexNode* mNode = nullptr; ///< Null: none. Not owned.
-    int       mPose = -1;      ///< Index of that node in the frames of the nodes' root; -1 without a node.
+    int       mPose = -1;      ///< Index of that node in a frame; -1 without a node.
     int       mParent = -1;    ///< Index of the nearest ancestor joint with a node; -1: none, the step is then in world space.
 };
 
@@ -27,9 +27,8 @@ struct KQexAmcStep
 /// Evaluation state, one per thread.
 struct KQexAmcStepState
 {
-    KTime                 mTime;      ///< Time of the last Begin().
-    KQexJointFrames       mFrames;    ///< All nodes' frames at that time, when steps are computed from them.
-    KQexKeyTimes::KCursor mKeyCursor; ///< Cached position of that time among key times.
+    const KQexFrame* mFrame = nullptr; ///< Of the last Begin().
+    KQexJointFrames  mFrames;          ///< All nodes' frames in it, when steps are computed from them.
 };
 
 /// Evaluates the steps of all bones' nodes (see KQexAmcStep) in one take.
@@ -39,14 +38,17 @@ struct KQexAmcStepState
 class KQexAmcSteps
 {
 public:
-    /// For the evaluator's current take. All nodes are \p pRoot or below it. May throw std::bad_alloc.
-    void Prepare(KQexNode* pRoot, const std::vector<KQexAmcJoint>& pJoints);
+    /// For frames of \p pNodes, which have the nodes of all joints. May throw std::bad_alloc.
+    void Prepare(const KQexFrameNodes& pNodes, const std::vector<KQexAmcJoint>& pJoints);
 
-    /// Sets the time; \p pState is the thread's own. False when memory runs out.
-    bool Begin(KTime pTime, KQexAmcStepState& pState) const;
+    /// What frames need, as a sum of KQexFrameParts.
+    unsigned int GetParts() const { return mIsLocal ? eFRAME_CHANNELS : eFRAME_WORLD; }
+
+    /// Begins frame \p pFrame, which must outlive the calls below; \p pState is the thread's own.
+    void Begin(const KQexFrame& pFrame, KQexAmcStepState& pState) const;
 
     /// The step of joint \p pJoint, which must have a node.
-    void Get(size_t pJoint, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
+    void Get(size_t pJoint, const KQexAmcStepState& pState, KQexAmcStep& pStep) const;
 
     /// Whether the step's translation is constant.
     bool IsTranslationFixed(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mIsTranslationFixed; }
@@ -55,14 +57,14 @@ public:
     bool IsOneNode(size_t pJoint) const { return mIsLocal && mSpans[pJoint].mEnd == mSpans[pJoint].mFirst + 1; }
 
     /// The node's rotation about x, y and z in degrees. Requires IsOneNode().
-    void GetAngles(size_t pJoint, KQexAmcStepState& pState, double* pAngles) const;
+    void GetAngles(size_t pJoint, const KQexAmcStepState& pState, double* pAngles) const;
 
 private:
     /// A node between two bones' nodes, or the descendant itself.
     struct KLink
     {
         const KQexNode* mNode = nullptr;
-        KQexChannel     mChannels[6]; ///< Translation and rotation about x, y, z.
+        size_t          mIndex = 0; ///< Its index in a frame.
     };
 
     /// The chain from an ancestor bone's node, excluded, down to a bone's node: mLinks[mFirst] to mLinks[mEnd - 1].
@@ -73,12 +75,11 @@ private:
         bool   mIsTranslationFixed = false;
     };
 
-    bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexAnimLayer* pLayer, size_t pMaxLinks);
-    void FindSpans(const KQexAnimLayer* pLayer, size_t pNodes);
-    void GetLocal(const KSpan& pSpan, KQexAmcStepState& pState, KQexAmcStep& pStep) const;
+    bool AddSpan(const KQexAmcJoint& pJoint, const KQexNode* pFrom, const KQexFrameNodes& pNodes);
+    void FindSpans(const KQexFrameNodes& pNodes);
+    void GetLocal(const KSpan& pSpan, const KQexFrame& pFrame, KQexAmcStep& pStep) const;
     void GetGlobal(size_t pJoint, const KQexJointFrames& pFrames, KQexAmcStep& pStep) const;
 
-    KQexNode*                 mRoot = nullptr;
     bool                      mIsLocal = false;
     std::vector<KQexAmcJoint> mJoints;
     std::vector<KSpan>        mSpans; ///< One per joint.

@@ -1,6 +1,5 @@
 #include <qexioplugins/acclaim/amc/kqexamcwriter.h>
 
-#include <kbaselib/kbase/kparallel.h>
 #include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/amc/kqexamcbones.h>
 #include <qexioplugins/acclaim/amc/kqexamcrest.h>
@@ -34,25 +33,17 @@ void ScatterAngles(const KQexAsfNode& pBone, const double* pAngles, double* pVal
 } // namespace
 
 KQexAmcWriter::KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions)
-    : mFile(pFile),
-      mOptions(pOptions),
-      mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetresPerInch : 1.0),
-      mThreads(KThreadCount(pOptions.mThreads))
+    : mFile(pFile), mOptions(pOptions), mToFile(pAsfScene->mLengthUnit > 0.0 ? pAsfScene->mLengthUnit / kCentimetresPerInch : 1.0)
 {
 }
 
-void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexJointFrames& pFrames)
+void KQexAmcWriter::AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexFrameNodes& pNodes)
 {
-    std::unordered_map<const KQexNode*, int> lPoseOf;
-    for (int i = 0; i < pFrames.GetCount(); ++i)
-    {
-        lPoseOf[pFrames.GetNode(i)] = i;
-    }
     std::unordered_map<const KQexAsfNode*, KQexAmcJoint> lJointOf;
     for (const KQexAmcPair& lPair : pPairs)
     {
-        const auto lFound = lPoseOf.find(lPair.mNode);
-        lJointOf[lPair.mBone] = lFound != lPoseOf.end() ? KQexAmcJoint{lPair.mNode, lFound->second, -1} : KQexAmcJoint{};
+        const int lIndex = pNodes.Find(lPair.mNode);
+        lJointOf[lPair.mBone] = lIndex >= 0 ? KQexAmcJoint{lPair.mNode, lIndex, -1} : KQexAmcJoint{};
     }
     std::vector<int> lPath; // For each bone on the current path: the nearest one, itself included, that has a node; else -1.
     KQexAsfWalk      lWalk(pRoot);
@@ -96,25 +87,18 @@ void KQexAmcWriter::AddLengths()
     }
 }
 
-bool KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
+void KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
 {
-    mRootNode = pPairs.front().mNode;
-    KQexJointFrames lFrames;
-    if (!lFrames.Evaluate(mRootNode, KTime(0)))
-    {
-        return false;
-    }
-    AddBones(pRoot, pPairs, lFrames);
+    const KQexAnimStack* lStack = mOptions.mRestStack;
+    const KQexFrameNodes lNodes({pPairs.front().mNode}, lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr);
+    KQexFrame            lFrame(lNodes, eFRAME_WORLD);
+    KQexJointFrames      lFrames;
+    lFrame.Evaluate(0, KTime(0));
+    lFrames.Set(lFrame);
+    AddBones(pRoot, pPairs, lNodes);
     AddLengths();
     SetRest(lFrames);
-    for (int i = 0; i < mThreads; ++i)
-    {
-        mScratch.push_back(std::make_unique<KQexAmcScratch>());
-        mScratch.back()->mResiduals.resize(mBones.size());
-        mScratch.back()->mLosses.resize(mBones.size());
-    }
     mLast.assign(mValueCount, 0.0);
-    return true;
 }
 
 void KQexAmcWriter::SetRest(const KQexJointFrames& pFrames)
@@ -137,10 +121,17 @@ void KQexAmcWriter::SetRest(const KQexJointFrames& pFrames)
     }
 }
 
-void KQexAmcWriter::PrepareTake()
+/// Computes what is constant over the take.
+void KQexAmcWriter::Begin(const KQexFrameNodes& pNodes, int pThreads)
 {
-    mSteps.Prepare(mRootNode, mJoints);
-    KQexAmcStepState lState;
+    mSteps.Prepare(pNodes, mJoints);
+    KQexFrame      lFirst(pNodes, mSteps.GetParts());
+    KQexAmcScratch lScratch;
+    lFirst.Evaluate(0, KTime(0));
+    mSteps.Begin(lFirst, lScratch.mState);
+    lScratch.mResiduals.resize(mBones.size());
+    lScratch.mLosses.resize(mBones.size());
+    mScratch.assign(static_cast<size_t>(pThreads), lScratch); // All of it is allocated now: Compute() must not throw.
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         KQexAmcWriteBone& lBone = mBones[i];
@@ -153,7 +144,7 @@ void KQexAmcWriter::PrepareTake()
         if (lBone.mHasFixedDisplacement)
         {
             KQexAmcStep lStep;
-            mSteps.Get(i, lState, lStep);
+            mSteps.Get(i, lScratch.mState, lStep);
             lBone.mFit.GetDisplacement(lStep, nullptr, lBone.mDisplacement);
             lBone.mSkipsTranslation =
                 lBone.mFit.GetSolver().GetCount() == lBone.mBone->mOrderCount && KmVlength(lBone.mDisplacement) <= kReportedCentimetres;
@@ -219,13 +210,10 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
     ScatterAngles(*lBone.mBone, lAngles, pValues);
 }
 
-bool KQexAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
+void KQexAmcWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues)
 {
-    KQexAmcScratch& lScratch = *mScratch[static_cast<size_t>(pThread)];
-    if (!mSteps.Begin(pTime, lScratch.mState))
-    {
-        return false;
-    }
+    KQexAmcScratch& lScratch = mScratch[static_cast<size_t>(pThread)];
+    mSteps.Begin(pFrame, lScratch.mState);
     std::fill(pValues, pValues + mValueCount, 0.0);
     for (size_t i = 0; i < mBones.size(); ++i)
     {
@@ -234,7 +222,6 @@ bool KQexAmcWriter::Evaluate(int pThread, KTime pTime, double* pValues)
             EvaluateBone(i, lScratch, pValues + mBones[i].mFirstValue);
         }
     }
-    return true;
 }
 
 void KQexAmcWriter::MakeContinuous(double* pValues)

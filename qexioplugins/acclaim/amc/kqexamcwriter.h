@@ -4,11 +4,10 @@
 #include <qexioplugins/acclaim/amc/kqexamcfit.h>
 #include <qexioplugins/acclaim/amc/kqexamcsteps.h>
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
-#include <qexioplugins/motion/kqexframewriter.h>
+#include <qexscene/kqexframesink.h>
 
 #include <cstddef>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -66,52 +65,47 @@ inline void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double
     }
 }
 
-/// One write of a motion: Prepare() with the rest pose current, then PrepareTake(), WriteHeader(), WriteFrames() and ReportLosses() with
-/// the take current. May throw std::bad_alloc.
-class KQexAmcWriter : private KQexFrameFormat
+/// One write of a motion: Prepare(), WriteHeader(), then its frames as they come, and ReportLosses(). May throw std::bad_alloc.
+class KQexAmcWriter : public KQexFrameSink
 {
 public:
     /// The arguments must outlive this.
     KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions);
 
-    /// Collects the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs. False when memory runs out.
-    bool Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
-
-    /// Computes what is constant over the take, which is now the evaluator's context.
-    void PrepareTake();
+    /// Collects the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs in the options' mRestStack.
+    void Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs);
 
     /// Writes the lines before the first frame.
     void WriteHeader();
 
-    /// Writes the frames. False when writing failed or was cancelled.
-    bool WriteFrames();
+    void         Begin(const KQexFrameNodes& pNodes, int pThreads) override;
+    unsigned int GetParts() const override { return mSteps.GetParts(); }
+    size_t       GetValueCount() const override { return mValueCount; }
+    void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) override;
+    void         MakeContinuous(double* pValues) override;
+    void         Format(long long pFrame, const double* pValues, std::string& pText) const override;
+    bool         Write(const KQexFrameBlock& pBlock) override;
 
     /// Warns of motion that the DOFs could not express, bone by bone.
     void ReportLosses();
 
 private:
-    bool Evaluate(int pThread, KTime pTime, double* pValues) override;
-    void MakeContinuous(double* pValues) override;
-    void Format(long long pFrame, const double* pValues, std::string& pText) const override;
-
-    void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexJointFrames& pFrames);
+    void AddBones(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs, const KQexFrameNodes& pNodes);
     void AddLengths();
     void SetRest(const KQexJointFrames& pFrames);
     void EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double* pValues) const;
     void SetTranslations(size_t pBone, const double* pDisplacement, KQexAmcScratch& pScratch, double* pValues) const;
     void FormatBone(const KQexAmcWriteBone& pBone, const double* pValues, std::string& pText) const;
 
-    KQexFileAcclaimAmc&                          mFile;
-    const KQexAmcWriteOptions&                   mOptions;
-    const double                                 mToFile; ///< Units of the file per centimetre.
-    const int                                    mThreads;
-    KQexNode*                                    mRootNode = nullptr;
-    std::vector<KQexAmcWriteBone>                mBones;  ///< In pre-order.
-    std::vector<KQexAmcJoint>                    mJoints; ///< One per bone.
-    KQexAmcSteps                                 mSteps;  ///< Steps of mJoints.
-    std::vector<std::unique_ptr<KQexAmcScratch>> mScratch;
-    std::vector<double>                          mLast; ///< Values of the previous frame.
-    size_t                                       mValueCount = 0;
+    KQexFileAcclaimAmc&           mFile;
+    const KQexAmcWriteOptions&    mOptions;
+    const double                  mToFile;  ///< Units of the file per centimetre.
+    std::vector<KQexAmcWriteBone> mBones;   ///< In pre-order.
+    std::vector<KQexAmcJoint>     mJoints;  ///< One per bone.
+    KQexAmcSteps                  mSteps;   ///< Steps of mJoints.
+    std::vector<KQexAmcScratch>   mScratch; ///< One per thread.
+    std::vector<double>           mLast;    ///< Values of the previous frame.
+    size_t                        mValueCount = 0;
 };
 
 } // namespace qexsdk

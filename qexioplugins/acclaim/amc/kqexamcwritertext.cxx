@@ -118,15 +118,9 @@ void KQexAmcWriter::WriteHeader()
     mFile.Print(0, "%s", AmcHeaderText(lHeader).c_str());
 }
 
-bool KQexAmcWriter::WriteFrames()
+bool KQexAmcWriter::Write(const KQexFrameBlock& pBlock)
 {
-    const KQexWriteResult lResult =
-        qexsdk::WriteFrames(*this, mOptions.mSampling, mValueCount, mThreads, mFile.GetOutput(), mOptions.mProgress);
-    if (lResult == KQexWriteResult::eOUT_OF_MEMORY)
-    {
-        mFile.Error("Out of memory\n");
-    }
-    return lResult == KQexWriteResult::eDONE;
+    return mFile.GetOutput().Write(pBlock.mText.data(), pBlock.mText.size());
 }
 
 void KQexAmcWriter::ReportLosses()
@@ -134,10 +128,10 @@ void KQexAmcWriter::ReportLosses()
     for (size_t i = 0; i < mBones.size(); ++i)
     {
         KQexAmcLoss lLoss;
-        for (const std::unique_ptr<KQexAmcScratch>& lScratch : mScratch)
+        for (const KQexAmcScratch& lScratch : mScratch)
         {
-            lLoss.mDegrees = std::max(lLoss.mDegrees, lScratch->mLosses[i].mDegrees);
-            lLoss.mCentimetres = std::max(lLoss.mCentimetres, lScratch->mLosses[i].mCentimetres);
+            lLoss.mDegrees = std::max(lLoss.mDegrees, lScratch.mLosses[i].mDegrees);
+            lLoss.mCentimetres = std::max(lLoss.mCentimetres, lScratch.mLosses[i].mCentimetres);
         }
         if (lLoss.mDegrees > 0.0 && lLoss.mCentimetres > 0.0)
         {

@@ -232,7 +232,11 @@ bool KQexAsfPreparation::RunSteps()
     if (mOptions.mAdaptForFile)
     {
         std::for_each(mOrigins.begin(), mOrigins.end(), [this](const KQexAsfOrigin& pOrigin) { SetDofs(pOrigin); });
-        if ((mMoving.HasUnevenScaling() && !SetRestVectors(mOrigins, mRoot, mOptions.mBaseScale)) || !AddSharedOffset())
+        if (mMoving.HasUnevenScaling())
+        {
+            SetRestVectors(mOrigins, mRoot, mOptions.mBaseScale);
+        }
+        if (!AddSharedOffset())
         {
             return false;
         }

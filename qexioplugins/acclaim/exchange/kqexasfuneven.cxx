@@ -20,21 +20,21 @@ void SetVector(KQexAsfNode& pBone, const double* pVector)
 
 } // namespace
 
-bool SetRestVectors(const std::vector<KQexAsfOrigin>& pOrigins, KQexNode* pRoot, double pScale)
+void SetRestVectors(const std::vector<KQexAsfOrigin>& pOrigins, KQexNode* pRoot, double pScale)
 {
-    KQexJointFrames lFrames;
-    if (!lFrames.Evaluate(pRoot, KTime(0)))
+    const KQexFrameNodes lNodes({pRoot}, pRoot->GetScene()->GetEvaluator()->GetLayer());
+    KQexFrame            lFrame(lNodes, eFRAME_WORLD);
+    KQexJointFrames      lFrames;
+    lFrame.Evaluate(0, KTime(0));
+    lFrames.Set(lFrame);
+    const auto lPositionOf = [&](const KQexNode* pNode) -> const double*
     {
-        return false;
-    }
-    std::unordered_map<const KQexNode*, const double*> lPositions;
-    for (int i = 0; i < lFrames.GetCount(); ++i)
-    {
-        lPositions[lFrames.GetNode(i)] = lFrames.GetFrame(i).mPosition;
-    }
+        const int lIndex = lNodes.Find(pNode);
+        return lIndex >= 0 ? lFrames.GetFrame(static_cast<size_t>(lIndex)).mPosition : nullptr;
+    };
     // The skeleton's rest pose is relative to the root's node.
     KgeRMatrix lToRoot;
-    KgeInverse(lToRoot, lFrames.GetFrame(0).mRotation);
+    KgeInverse(lToRoot, lFrames.GetFrame(static_cast<size_t>(lNodes.Find(pRoot))).mRotation);
     std::unordered_map<const KQexAsfNode*, const KQexNode*> lNodeOf;
     for (const KQexAsfOrigin& lOrigin : pOrigins)
     {
@@ -42,20 +42,19 @@ bool SetRestVectors(const std::vector<KQexAsfOrigin>& pOrigins, KQexNode* pRoot,
         const auto      lParent = lNodeOf.find(lOrigin.mBone->mParent);
         const KQexNode* lStart = lOrigin.mNode != nullptr ? lOrigin.mNode : lParent != lNodeOf.end() ? lParent->second : nullptr;
         lNodeOf[lOrigin.mBone] = lStart;
-        const auto lFrom = lPositions.find(lStart);
-        const auto lTo = lPositions.find(lOrigin.mEnd);
-        if (lFrom != lPositions.end() && lTo != lPositions.end())
+        const double* lFrom = lPositionOf(lStart);
+        const double* lTo = lPositionOf(lOrigin.mEnd);
+        if (lFrom != nullptr && lTo != nullptr)
         {
             double lVector[3];
             for (int i = 0; i < 3; ++i)
             {
-                lVector[i] = (lTo->second[i] - lFrom->second[i]) * pScale;
+                lVector[i] = (lTo[i] - lFrom[i]) * pScale;
             }
             KmRV(lVector, lToRoot.mData, lVector);
             SetVector(*lOrigin.mBone, lVector);
         }
     }
-    return true;
 }
 
 } // namespace qexsdk

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -28,7 +29,8 @@ protected:
         lTree.mFrames = kFrames;
         lTree.mScaling = GetParam();
         mTop = MakeRandomTree(mRandom, mScene.get(), lTree);
-        mScene->GetEvaluator()->SetContext(mScene->FindAnimStack("take"));
+        KQexAnimStack* const lStack = mScene->FindAnimStack("take");
+        mScene->GetEvaluator()->SetContext(lStack);
         KQexGlobalTransforms lPose;
         EXPECT_TRUE(mScene->GetEvaluator()->EvaluateGlobalTransforms(mTop, KTime(0), lPose));
         std::vector<int> lJointOf; // For each node, the nearest joint at or above it.
@@ -41,7 +43,8 @@ protected:
                 lJointOf.back() = static_cast<int>(mJoints.size()) - 1;
             }
         }
-        mSteps.Prepare(mTop, mJoints);
+        mNodes = std::make_unique<KQexFrameNodes>(std::vector<KQexNode*>{mTop}, lStack->GetMember<KQexAnimLayer>(0));
+        mSteps.Prepare(*mNodes, mJoints);
     }
 
     /// The expected step, from the nodes' global transforms.
@@ -85,14 +88,18 @@ protected:
     KQexNode*                 mTop = nullptr;
     std::vector<KQexAmcJoint> mJoints;
     KQexAmcSteps              mSteps;
+
+    std::unique_ptr<KQexFrameNodes> mNodes;
 };
 
 TEST_P(KAmcStepsTest, MatchGlobalTransforms)
 {
     KQexAmcStepState lState;
+    KQexFrame        lNodes(*mNodes, mSteps.GetParts());
     for (int lFrame = -1; lFrame <= kFrames; ++lFrame)
     {
-        ASSERT_TRUE(mSteps.Begin(FrameTime(lFrame), lState));
+        lNodes.Evaluate(lFrame, FrameTime(lFrame));
+        mSteps.Begin(lNodes, lState);
         for (size_t i = 0; i < mJoints.size(); ++i)
         {
             SCOPED_TRACE(std::string(mJoints[i].mNode->GetName()) + " at " + std::to_string(lFrame));
