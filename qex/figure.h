@@ -12,5 +12,6 @@
 
 #include <qex/acclaim.h>
 #include <qex/bvh.h>
+#include <qex/clip.h>
 
 #endif

@@ -20,6 +20,7 @@
 #include <qexscene/kqexclassid.h>
 #include <qexscene/kqexcollection.h>
 #include <qexscene/kqexconnection.h>
+#include <qexscene/kqexdoftrack.h>
 #include <qexscene/kqexframe.h>
 #include <qexscene/kqexframesink.h>
 #include <qexscene/kqexglobaltransforms.h>

@@ -2,6 +2,7 @@
 #define QEXCLIP_KQEXCLIP_H
 
 #include <qexclip/kqexclipdata.h>
+#include <qexscene/kqexdoftrack.h>
 
 #include <string>
 #include <utility>
@@ -20,6 +21,9 @@ struct QEX_API KQexClipOptions
     const KQexBoneDofs* mBoneDofs = nullptr; ///< Degrees of freedom by joint name; null: none.
     int                 mThreads = 0;        ///< Threads that evaluate frames; 0: as many as the machine has, at most four.
     KQexProgress        mProgress;           ///< Called now and then; false cancels.
+
+    /// Degrees of freedom with values to keep, instead of mBoneDofs; null: no values. Those of joints that there are not do not count.
+    const std::vector<KQexDofTrack>* mDofTracks = nullptr;
 };
 
 /// A joint's transform relative to the world, laid out as graphics libraries take it: mData[j] is the image of axis j (j = 0, 1, 2; the

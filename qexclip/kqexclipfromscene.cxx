@@ -1,8 +1,7 @@
 // A clip from a take of a scene.
 
-#include <kbaselib/kbase/kparallel.h>
 #include <qexclip/kqexclip.h>
-#include <qexscene/kqexnodepose.h>
+#include <qexscene/kqexframesink.h>
 #include <qexscene/kqexrestpose.h>
 #include <qexscene/kqexscene.h>
 
@@ -17,10 +16,13 @@ namespace qexsdk
 namespace
 {
 
-constexpr long long kBlock = 256; ///< Frames that a thread evaluates at a time.
+void ToFloats(const double* pFrom, size_t pCount, float* pTo)
+{
+    std::transform(pFrom, pFrom + pCount, pTo, [](double pNumber) { return static_cast<float>(pNumber); });
+}
 
 /// Fills a clip's arrays from a take.
-class KQexClipBuilder
+class KQexClipBuilder : public KQexFrameSink
 {
 public:
     KQexClipBuilder(const KQexAnimLayer* pLayer, const KQexSampling& pSampling, KQexClipData& pData) : mLayer(pLayer), mData(pData)
@@ -28,40 +30,114 @@ public:
         mData.mSampling = pSampling;
     }
 
-    void AddTree(KQexNode* pRoot, const KQexBoneDofs* pDofs)
+    void AddTree(KQexNode* pRoot)
     {
         for (KQexNode* lNode = pRoot; lNode != nullptr; lNode = lNode->GetNextInTree(pRoot))
         {
-            AddJoint(lNode, lNode == pRoot ? -1 : mIndices.at(lNode->GetParent()), pDofs);
+            AddJoint(lNode, lNode == pRoot ? -1 : mIndices.at(lNode->GetParent()));
         }
     }
 
-    bool Evaluate(const KQexClipOptions& pOptions)
+    void AddDofs(const KQexBoneDofs& pDofs)
+    {
+        for (size_t i = 0; i < mData.mNames.size(); ++i)
+        {
+            const auto lDofs = pDofs.find(mData.mNames[i]);
+            if (lDofs != pDofs.end())
+            {
+                std::for_each(lDofs->second.begin(), lDofs->second.end(),
+                              [&](const KQexBoneDof& pDof) {
+                                  mData.mDofs.push_back(KQexClipDof{static_cast<int>(i), pDof});
+                              });
+            }
+        }
+    }
+
+    void AddTracks(const std::vector<KQexDofTrack>& pTracks)
+    {
+        std::unordered_map<std::string, std::vector<const KQexDofTrack*>> lTracksOf;
+        for (const KQexDofTrack& lTrack : pTracks)
+        {
+            lTracksOf[lTrack.mJoint].push_back(&lTrack);
+        }
+        for (size_t i = 0; i < mData.mNames.size(); ++i)
+        {
+            for (const KQexDofTrack* lTrack : lTracksOf[mData.mNames[i]])
+            {
+                mData.mDofs.push_back(KQexClipDof{static_cast<int>(i), lTrack->mDof});
+                mTracks.push_back(lTrack);
+            }
+        }
+    }
+
+    void Begin(const KQexFrameNodes& pNodes, int) override
     {
         const size_t lFrames = static_cast<size_t>(mData.mSampling.mCount);
-        mData.mRotations.resize(lFrames * mPoses.size() * 4);
+        mData.mRotations.resize(lFrames * mNodes.size() * 4);
         mData.mTranslations.resize(lFrames * mData.mMovingJoints.size() * 3);
         mData.mScalings.resize(lFrames * mData.mScaledJoints.size() * 3);
-        const int       lThreads = KThreadCount(pOptions.mThreads);
-        const long long lRound = kBlock * lThreads;
-        for (long long lFirst = 0; lFirst < mData.mSampling.mCount; lFirst += lRound)
+        mData.mDofValues.resize(lFrames * mTracks.size());
+        for (const KQexNode* lNode : mNodes)
         {
-            if (pOptions.mProgress && !pOptions.mProgress(static_cast<double>(lFirst) / static_cast<double>(mData.mSampling.mCount)))
-            {
-                return false;
-            }
-            KParallelFor(lThreads, lThreads, [this, lFirst](int pThread) { EvaluateBlock(lFirst + pThread * kBlock); });
+            mInFrame.push_back(static_cast<size_t>(pNodes.Find(lNode)));
         }
-        MakeContinuous();
-        return true;
+    }
+
+    unsigned int GetParts() const override { return eFRAME_ROTATIONS; }
+
+    size_t GetValueCount() const override { return 0; } // The arrays have a place for every frame.
+
+    void Compute(int, const KQexFrame& pFrame, double*) override
+    {
+        const size_t lFrame = static_cast<size_t>(pFrame.GetIndex());
+        double       lNumbers[3];
+        float*       lOut = mData.mRotations.data() + lFrame * mNodes.size() * 4;
+        for (const size_t lNode : mInFrame)
+        {
+            ToFloats(pFrame.GetRotation(lNode).mData, 4, lOut);
+            lOut += 4;
+        }
+        lOut = mData.mTranslations.data() + lFrame * mData.mMovingJoints.size() * 3;
+        for (const int lJoint : mData.mMovingJoints)
+        {
+            pFrame.GetTranslation(mInFrame[static_cast<size_t>(lJoint)], lNumbers);
+            ToFloats(lNumbers, 3, lOut);
+            lOut += 3;
+        }
+        lOut = mData.mScalings.data() + lFrame * mData.mScaledJoints.size() * 3;
+        for (const int lJoint : mData.mScaledJoints)
+        {
+            ToFloats(pFrame.GetScaling(mInFrame[static_cast<size_t>(lJoint)]), 3, lOut);
+            lOut += 3;
+        }
+        KQexKeyTimes::KCursor lCursor;
+        std::transform(mTracks.begin(), mTracks.end(), mData.mDofValues.data() + lFrame * mTracks.size(),
+                       [&](const KQexDofTrack* pTrack) { return static_cast<float>(pTrack->Evaluate(pFrame.GetTime(), lCursor)); });
+    }
+
+    bool Write(const KQexFrameBlock&) override { return true; }
+
+    /// Of q and -q, takes in every frame the one nearer to the frame before, so that the numbers do not jump.
+    void MakeSignsContinuous()
+    {
+        const size_t lRow = mNodes.size() * 4;
+        for (size_t i = lRow; i < mData.mRotations.size(); i += 4)
+        {
+            float*       lThis = &mData.mRotations[i];
+            const float* lLast = lThis - lRow;
+            if (lThis[0] * lLast[0] + lThis[1] * lLast[1] + lThis[2] * lLast[2] + lThis[3] * lLast[3] < 0.0F)
+            {
+                std::transform(lThis, lThis + 4, lThis, [](float pNumber) { return -pNumber; });
+            }
+        }
     }
 
 private:
-    void AddJoint(KQexNode* pNode, int pParent, const KQexBoneDofs* pDofs)
+    void AddJoint(KQexNode* pNode, int pParent)
     {
-        const int lJoint = static_cast<int>(mPoses.size());
+        const int lJoint = static_cast<int>(mNodes.size());
         mIndices.emplace(pNode, lJoint);
-        mPoses.emplace_back(pNode, mLayer);
+        mNodes.push_back(pNode);
         mData.mNames.emplace_back(pNode->GetName());
         mData.mParents.push_back(pParent);
         mData.mRest.push_back(GetRest(pNode));
@@ -75,16 +151,7 @@ private:
         {
             mData.mScaledJoints.push_back(lJoint);
         }
-        const bool lIsEnd = !lMoves && !lIsScaled && IsEnd(pNode, pParent);
-        mData.mIsEnd.push_back(static_cast<char>(lIsEnd));
-        const auto lDofs = pDofs != nullptr ? pDofs->find(pNode->GetName()) : KQexBoneDofs::const_iterator();
-        if (pDofs != nullptr && lDofs != pDofs->end())
-        {
-            for (const KQexBoneDof& lDof : lDofs->second)
-            {
-                mData.mDofs.push_back(KQexClipDof{lJoint, lDof});
-            }
-        }
+        mData.mIsEnd.push_back(static_cast<char>(!lMoves && !lIsScaled && IsEnd(pNode, pParent)));
     }
 
     bool IsEnd(const KQexNode* pNode, int pParent) const
@@ -108,65 +175,11 @@ private:
         return lRest;
     }
 
-    static void ToFloats(const double* pFrom, int pCount, float* pTo)
-    {
-        std::transform(pFrom, pFrom + pCount, pTo, [](double pNumber) { return static_cast<float>(pNumber); });
-    }
-
-    void EvaluateBlock(long long pFirst)
-    {
-        const long long lEnd = std::min(pFirst + kBlock, mData.mSampling.mCount);
-        for (long long lFrame = pFirst; lFrame < lEnd; ++lFrame)
-        {
-            EvaluateFrame(static_cast<size_t>(lFrame), mData.mSampling.GetTime(lFrame));
-        }
-    }
-
-    void EvaluateFrame(size_t pFrame, KTime pTime)
-    {
-        float*         lRotations = mData.mRotations.data() + pFrame * mPoses.size() * 4;
-        KQexQuaternion lRotation;
-        for (const KQexNodePose& lPose : mPoses)
-        {
-            lPose.GetRotation(pTime, lRotation);
-            ToFloats(lRotation.mData, 4, lRotations);
-            lRotations += 4;
-        }
-        double lNumbers[3];
-        float* lTranslations = mData.mTranslations.data() + pFrame * mData.mMovingJoints.size() * 3;
-        for (const int lJoint : mData.mMovingJoints)
-        {
-            mPoses[static_cast<size_t>(lJoint)].GetTranslation(pTime, lNumbers);
-            ToFloats(lNumbers, 3, lTranslations);
-            lTranslations += 3;
-        }
-        float* lScalings = mData.mScalings.data() + pFrame * mData.mScaledJoints.size() * 3;
-        for (const int lJoint : mData.mScaledJoints)
-        {
-            mPoses[static_cast<size_t>(lJoint)].GetScaling(pTime, lNumbers);
-            ToFloats(lNumbers, 3, lScalings);
-            lScalings += 3;
-        }
-    }
-
-    /// Of q and -q, takes in every frame the one nearer to the frame before, so that the numbers do not jump.
-    void MakeContinuous()
-    {
-        const size_t lRow = mPoses.size() * 4;
-        for (size_t i = lRow; i < mData.mRotations.size(); i += 4)
-        {
-            float*       lThis = &mData.mRotations[i];
-            const float* lLast = lThis - lRow;
-            if (lThis[0] * lLast[0] + lThis[1] * lLast[1] + lThis[2] * lLast[2] + lThis[3] * lLast[3] < 0.0F)
-            {
-                std::transform(lThis, lThis + 4, lThis, [](float pNumber) { return -pNumber; });
-            }
-        }
-    }
-
     const KQexAnimLayer*                     mLayer;
     KQexClipData&                            mData;
-    std::vector<KQexNodePose>                mPoses;
+    std::vector<const KQexNode*>             mNodes;   ///< One for each joint.
+    std::vector<size_t>                      mInFrame; ///< Their indices in a frame.
+    std::vector<const KQexDofTrack*>         mTracks;  ///< One for each of mData.mDofs, or none.
     std::unordered_map<const KQexNode*, int> mIndices;
 };
 
@@ -181,13 +194,25 @@ bool KQexClip::FromScene(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pS
     }
     try
     {
-        KQexClipData    lData;
-        KQexClipBuilder lBuilder(pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr, pSampling, lData);
-        for (KQexNode* lRoot : pRoots)
+        const KQexAnimLayer* const lLayer = pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr;
+        KQexClipData               lData;
+        KQexClipBuilder            lBuilder(lLayer, pSampling, lData);
+        KQexFrameSink* const       lSink = &lBuilder;
+        std::for_each(pRoots.begin(), pRoots.end(), [&](KQexNode* pRoot) { lBuilder.AddTree(pRoot); });
+        if (pOptions.mDofTracks != nullptr)
         {
-            lBuilder.AddTree(lRoot, pOptions.mBoneDofs);
+            lBuilder.AddTracks(*pOptions.mDofTracks);
         }
-        return lBuilder.Evaluate(pOptions) && FromArrays(std::move(lData), pClip);
+        else if (pOptions.mBoneDofs != nullptr)
+        {
+            lBuilder.AddDofs(*pOptions.mBoneDofs);
+        }
+        if (KQexRunFrames(pRoots, lLayer, pSampling, &lSink, 1, pOptions.mThreads, pOptions.mProgress) != KQexRunResult::eDONE)
+        {
+            return false;
+        }
+        lBuilder.MakeSignsContinuous();
+        return FromArrays(std::move(lData), pClip);
     }
     catch (const std::exception&)
     {

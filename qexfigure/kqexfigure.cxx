@@ -28,6 +28,7 @@ KQexScene* KQexFigure::ReleaseScene()
     mJoints.clear();
     mDofs.clear();
     mHasDofs = false;
+    mHasChannels = false;
     mSkeleton.reset(); // Before the scene: it may own curves.
     mSkeletonNotes = KQexAmcSkeletonNotes();
     return lScene;

@@ -29,6 +29,7 @@ KQexImportAcclaimOptions AcclaimOptions(const KQexFigureOptions& pOptions)
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mSetLimits = false;
     lOptions.mKeepAsfScene = true;
+    lOptions.mKeepDofValues = pOptions.mKeepDofValues;
     lOptions.mSamplesPerSecond = pOptions.mMotionRate;
     lOptions.mRotationFilter = pOptions.mFilter;
     lOptions.mUseConstantKeyReducer = pOptions.mReduce;
@@ -120,6 +121,7 @@ void KQexFigure::AddAcclaimTake(const KQexImportedTake& pTake, const KQexFigureF
     lTake.mOriginNumber = lInfo.mFirstFrame;
     lTake.mStart = lInfo.mStart;
     lTake.mEnd = lTake.mIsSingle ? lInfo.mStart : lInfo.mStop;
+    lTake.mDofValues = pTake.mDofValues;
     mTakes.push_back(lTake);
     if (lTake.mIsDefaultRate)
     {
@@ -142,6 +144,7 @@ bool KQexFigure::LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& p
         return ReportFailure(lResult.mCancelled, pFile.FailsToRead(), pReport);
     }
     mRoots = lResult.mRoots;
+    mHasChannels = true;
     if (KQexAnimStack* lStack = mScene->FindAnimStack(lOptions.mTakeName.c_str()))
     {
         KQexFigureTake lTake;

@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqexfileacclaimamc.h>
 
+#include <qexioplugins/acclaim/amc/kqexamcdofs.h>
 #include <qexioplugins/acclaim/amc/kqexamcheader.h>
 #include <qexioplugins/acclaim/amc/kqexamcreader.h>
 #include <qexioplugins/acclaim/amc/kqexamcsampler.h>
@@ -55,6 +56,28 @@ bool KQexFileAcclaimAmc::ReadFrames(KQexAsfScene* pAsfScene, const KQexAmcReadOp
     }
 }
 
+namespace
+{
+
+/// False when memory runs out.
+bool FinishDofs(KQexAmcDofs& pDofs, KQexDofValues* pValues)
+{
+    try
+    {
+        if (pValues != nullptr)
+        {
+            pDofs.Finish(*pValues);
+        }
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+}
+
+} // namespace
+
 bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const KQexAmcReadOptions& pOptions)
 {
     KQexAmcSampler     lSampler({pOptions.mSetRotatePivotOffet, pOptions.mSetPreRotation});
@@ -69,8 +92,10 @@ bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const 
         }
         lRoot->StartSamplingData();
     }
-    bool lOk = ReadFrames(pAsfScene, pOptions, lSampler);
-    if (lOk && !lSampler.Finish(mInfo.mStart, mInfo.mStop))
+    KQexAmcDofs     lDofs(lSampler);
+    KQexAmcVisitor& lVisitor = pOptions.mDofValues != nullptr ? static_cast<KQexAmcVisitor&>(lDofs) : lSampler;
+    bool            lOk = ReadFrames(pAsfScene, pOptions, lVisitor);
+    if (lOk && (!lSampler.Finish(mInfo.mStart, mInfo.mStop) || !FinishDofs(lDofs, pOptions.mDofValues)))
     {
         Error("Out of memory\n");
         lOk = false;

@@ -6,6 +6,7 @@
 #include <qexioplugins/acclaim/kqexskeletonmatch.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
+#include <qexscene/kqexdoftrack.h>
 
 #include <functional>
 #include <string>
@@ -57,8 +58,9 @@ struct QEX_API KQexAmcReadOptions
     bool   mSetPreRotation = false;      ///< Frame flag: the same as in reading the skeleton and in the import.
     bool   mKeepGoodFrames = false;      ///< After an error, keep the complete frames before it, when there are any.
     bool   mFindMoreErrors = false; ///< After an error, go on with the next frame, to report more of them; no other effect on the result.
-    KQexAmcSkeletonNotes mSkeletonNotes; ///< Notes of the skeleton's file.
-    KQexProgress         mProgress;      ///< Called from time to time while reading. Empty: never.
+    KQexAmcSkeletonNotes mSkeletonNotes;       ///< Notes of the skeleton's file.
+    KQexDofValues*       mDofValues = nullptr; ///< Read(): receives the file's own values of the degrees of freedom, if it is not null.
+    KQexProgress         mProgress;            ///< Called from time to time while reading. Empty: never.
 };
 
 /// Where a motion's rate comes from.

@@ -71,6 +71,8 @@ struct QEX_API KQexImportAcclaimOptions
     /// owned.
     KQexNode* mMergeRoot = nullptr;
 
+    bool mKeepDofValues = false; ///< Keep each motion's own values of the degrees of freedom in the result: 4 bytes a value.
+
     bool         mKeepAsfScene = false; ///< Return the skeleton in the result, for export, checks or further motions.
     bool         mVerbose = false;      ///< Print every message to standard error as well.
     KQexProgress mProgress;             ///< Called from time to time with the fraction done, 0 to 1; false cancels. Empty: never.
@@ -83,6 +85,8 @@ struct QEX_API KQexImportedTake
     std::string    mPath;            ///< Path or name of the motion it comes from.
     KQexAmcInfo    mInfo;            ///< Frames, rate and times.
     KQexAnimStack* mStack = nullptr; ///< The take in the scene, which owns it. Never null in the result of an import.
+
+    std::shared_ptr<const KQexDofValues> mDofValues; ///< The file's own values; null unless the options keep them.
 };
 
 /// What an import did.

@@ -162,7 +162,14 @@ bool KQexImportRun::ReadMotion(KQexAsfScene& pAsfScene, const KQexAcclaimSource&
     KQexFileAcclaimAmc lFile(mOptions.mVerbose);
     lTake.mName = ChooseTakeName(pSource);
     lTake.mPath = pSource.mPath;
-    const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, ReadOptions(pIndex, pCount));
+    KQexAmcReadOptions lOptions = ReadOptions(pIndex, pCount);
+    if (mOptions.mKeepDofValues)
+    {
+        const auto lValues = std::make_shared<KQexDofValues>();
+        lOptions.mDofValues = lValues.get();
+        lTake.mDofValues = lValues;
+    }
+    const bool lOk = Open(lFile, pSource) && lFile.Read(&pAsfScene, mScene, lOptions);
     // In case memory runs out before the curves are moved out: a caller's skeleton would keep them.
     const KCurveGuard lGuard{lOk ? pAsfScene.mRoot : nullptr};
     lTake.mInfo = lFile.GetInfo();
