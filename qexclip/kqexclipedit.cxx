@@ -1,9 +1,50 @@
 #include <qexclip/kqexclipedit.h>
 
 #include <algorithm>
+#include <iterator>
+#include <new>
 
 namespace qexsdk
 {
+
+namespace
+{
+
+/// Lists exactly the joints for which \p pIsListed is not 0 in \p pJoints, and their numbers of every frame in \p pValues: those they had
+/// there, else those at rest.
+void SetListed(const KQexClipData& pData, const std::vector<char>& pIsListed, float (KQexJointTransform::*pRest)[3],
+               std::vector<int>& pJoints, std::vector<float>& pValues)
+{
+    std::vector<int>   lColumns(pIsListed.size(), -1);
+    std::vector<int>   lListed;
+    std::vector<float> lValues;
+    for (size_t i = 0; i < pJoints.size(); ++i)
+    {
+        lColumns[static_cast<size_t>(pJoints[i])] = static_cast<int>(i);
+    }
+    for (size_t lJoint = 0; lJoint < pIsListed.size(); ++lJoint)
+    {
+        if (pIsListed[lJoint] != 0)
+        {
+            lListed.push_back(static_cast<int>(lJoint));
+        }
+    }
+    lValues.reserve(static_cast<size_t>(pData.mSampling.mCount) * lListed.size() * 3);
+    for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
+    {
+        const float* lRow = pValues.data() + static_cast<size_t>(lFrame) * pJoints.size() * 3;
+        for (const int lJoint : lListed)
+        {
+            const int    lColumn = lColumns[static_cast<size_t>(lJoint)];
+            const float* lFrom = lColumn < 0 ? pData.mRest[static_cast<size_t>(lJoint)].*pRest : lRow + static_cast<size_t>(lColumn) * 3;
+            lValues.insert(lValues.end(), lFrom, lFrom + 3);
+        }
+    }
+    pJoints.swap(lListed);
+    pValues.swap(lValues);
+}
+
+} // namespace
 
 void KClearFrames(KQexClipData& pData)
 {
@@ -33,32 +74,35 @@ void KAppendPose(KQexClipData& pData, const KQexPose& pPose)
 
 void KSetMoving(KQexClipData& pData, const std::vector<char>& pIsMoving)
 {
-    std::vector<int>   lColumns(pIsMoving.size(), -1);
-    std::vector<int>   lMoving;
-    std::vector<float> lTranslations;
-    for (size_t i = 0; i < pData.mMovingJoints.size(); ++i)
+    SetListed(pData, pIsMoving, &KQexJointTransform::mTranslation, pData.mMovingJoints, pData.mTranslations);
+}
+
+void KSetScaled(KQexClipData& pData, const std::vector<char>& pIsScaled)
+{
+    SetListed(pData, pIsScaled, &KQexJointTransform::mScaling, pData.mScaledJoints, pData.mScalings);
+}
+
+void KReserveFrames(KQexClipData& pData)
+{
+    const size_t lFrames = static_cast<size_t>(pData.mSampling.mCount);
+    const auto   lReserve = [lFrames](std::vector<float>& pValues, size_t pRow)
     {
-        lColumns[static_cast<size_t>(pData.mMovingJoints[i])] = static_cast<int>(i);
-    }
-    for (size_t lJoint = 0; lJoint < pIsMoving.size(); ++lJoint)
-    {
-        if (pIsMoving[lJoint] != 0)
+        if (pRow > 0 && lFrames > pValues.max_size() / pRow)
         {
-            lMoving.push_back(static_cast<int>(lJoint));
+            throw std::bad_alloc();
         }
-    }
-    for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
-    {
-        const float* lRow = pData.mTranslations.data() + static_cast<size_t>(lFrame) * pData.mMovingJoints.size() * 3;
-        for (const int lJoint : lMoving)
-        {
-            const int    lColumn = lColumns[static_cast<size_t>(lJoint)];
-            const float* lFrom = lColumn < 0 ? pData.mRest[static_cast<size_t>(lJoint)].mTranslation : lRow + lColumn * 3;
-            lTranslations.insert(lTranslations.end(), lFrom, lFrom + 3);
-        }
-    }
-    pData.mMovingJoints.swap(lMoving);
-    pData.mTranslations.swap(lTranslations);
+        pValues.reserve(lFrames * pRow);
+    };
+    lReserve(pData.mRotations, pData.mNames.size() * 4);
+    lReserve(pData.mTranslations, pData.mMovingJoints.size() * 3);
+    lReserve(pData.mScalings, pData.mScaledJoints.size() * 3);
+}
+
+std::vector<int> KUnion(const std::vector<int>& pOne, const std::vector<int>& pOther)
+{
+    std::vector<int> lResult;
+    std::set_union(pOne.begin(), pOne.end(), pOther.begin(), pOther.end(), std::back_inserter(lResult));
+    return lResult;
 }
 
 void KDropDofs(KQexClipData& pData, const std::vector<char>& pIsDropped)

@@ -4,12 +4,13 @@
 #include <qexclip/kqexclip.h>
 #include <qexscene/kqexquaternion.h>
 
-#include <new>
+#include <exception>
 #include <utility>
 #include <vector>
 
 /// \file
-/// What the steps from clip to clip share. Everything here may throw std::bad_alloc, which KMakeClip() turns into false.
+/// What the steps from clip to clip share. Everything here may throw std::bad_alloc, or std::length_error for sizes that no memory has;
+/// KMakeClip() turns both into false.
 
 namespace qexsdk
 {
@@ -24,7 +25,7 @@ bool KMakeClip(const KQexClip& pClip, KQexClip& pResult, const TMake& pMake)
         KQexClipData lData = pClip.GetData();
         return pMake(lData) && KQexClip::FromArrays(std::move(lData), pResult);
     }
-    catch (const std::bad_alloc&)
+    catch (const std::exception&)
     {
         return false;
     }
@@ -38,6 +39,15 @@ void KAppendPose(KQexClipData& pData, const KQexPose& pPose);
 
 /// Lists exactly the joints as moving for which \p pIsMoving is not 0; those that were not have their translation at rest.
 void KSetMoving(KQexClipData& pData, const std::vector<char>& pIsMoving);
+
+/// As KSetMoving() for the joints that are scaled.
+void KSetScaled(KQexClipData& pData, const std::vector<char>& pIsScaled);
+
+/// Makes room for the frames of \p pData, which are not there yet.
+void KReserveFrames(KQexClipData& pData);
+
+/// The numbers that are in one or both of two ascending lists, ascending.
+std::vector<int> KUnion(const std::vector<int>& pOne, const std::vector<int>& pOther);
 
 /// Removes the degrees of freedom of joints for which \p pIsDropped is not 0, with their values.
 void KDropDofs(KQexClipData& pData, const std::vector<char>& pIsDropped);

@@ -5,6 +5,7 @@
 #include <qexclip/kqexclipsteps.h>
 
 #include <algorithm>
+#include <new>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -34,13 +35,15 @@ std::string SwapWord(const std::string& pLower)
     return "";
 }
 
+constexpr size_t kMaxLetters = 8; ///< No maker's names have as many; a name of nothing else would cost the square of its length.
+
 /// The other side's names, in lower case, for each "l" or "r" in \p pName that is a word of its own, begins the name, or is a capital at
-/// its end.
+/// its end: at most kMaxLetters.
 std::vector<std::string> SwapLetters(const std::string& pName)
 {
     std::vector<std::string> lNames;
     const std::string        lLower = KToLower(pName);
-    for (size_t i = 0; i < pName.size(); ++i)
+    for (size_t i = 0; i < pName.size() && lNames.size() < kMaxLetters; ++i)
     {
         const bool lBegins = i == 0 || !IsLetter(pName[i - 1]);
         const bool lEnds = i + 1 == pName.size() || !IsLetter(pName[i + 1]);
@@ -146,7 +149,20 @@ bool ArePairs(const std::vector<int>& pPairs, int pCount)
     return lOk;
 }
 
-/// Marks the joints whose pair \p pMarked lists, and lists them.
+std::vector<int> ListRoots(const KQexClipData& pData)
+{
+    std::vector<int> lRoots;
+    for (size_t lJoint = 0; lJoint < pData.mParents.size(); ++lJoint)
+    {
+        if (pData.mParents[lJoint] < 0)
+        {
+            lRoots.push_back(static_cast<int>(lJoint));
+        }
+    }
+    return lRoots;
+}
+
+/// The joints whose pair \p pMarked lists, ascending.
 std::vector<int> PairsOf(const std::vector<int>& pMarked, const std::vector<int>& pPairs)
 {
     std::vector<int> lResult;
@@ -158,9 +174,7 @@ std::vector<int> PairsOf(const std::vector<int>& pMarked, const std::vector<int>
     return lResult;
 }
 
-} // namespace
-
-std::vector<int> KQexMirrorPairs(const KQexClipData& pClip)
+std::vector<int> FindPairs(const KQexClipData& pClip)
 {
     std::unordered_map<std::string, int> lByName;
     std::vector<int>                     lPairs;
@@ -175,7 +189,7 @@ std::vector<int> KQexMirrorPairs(const KQexClipData& pClip)
         lNames.insert(lNames.begin(), SwapWord(KToLower(pClip.mNames[lJoint])));
         for (const std::string& lName : lNames)
         {
-            const auto lFound = lByName.find(lName);
+            const auto lFound = lName.empty() ? lByName.end() : lByName.find(lName);
             if (lPairs[lJoint] == static_cast<int>(lJoint) && lFound != lByName.end() &&
                 lPairs[static_cast<size_t>(lFound->second)] == lFound->second)
             {
@@ -185,6 +199,20 @@ std::vector<int> KQexMirrorPairs(const KQexClipData& pClip)
         }
     }
     return lPairs;
+}
+
+} // namespace
+
+std::vector<int> KQexMirrorPairs(const KQexClipData& pClip)
+{
+    try
+    {
+        return FindPairs(pClip);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return {};
+    }
 }
 
 bool KQexClipMirror(const KQexClip& pClip, const std::vector<int>& pPairs, KQexClip& pResult)
@@ -198,18 +226,9 @@ bool KQexClipMirror(const KQexClip& pClip, const std::vector<int>& pPairs, KQexC
                      {
                          const KQexClipMirrorer lMirrorer(pClip.GetData(), pPairs);
                          KClearFrames(pData);
-                         pData.mMovingJoints = PairsOf(pData.mMovingJoints, pPairs);
                          pData.mScaledJoints = PairsOf(pData.mScaledJoints, pPairs);
-                         // A root that does not move stays beside the mirror, not behind it, unless it is listed.
-                         for (size_t lJoint = 0; lJoint < pData.mParents.size(); ++lJoint)
-                         {
-                             const auto lAt =
-                                 std::lower_bound(pData.mMovingJoints.begin(), pData.mMovingJoints.end(), static_cast<int>(lJoint));
-                             if (pData.mParents[lJoint] < 0 && (lAt == pData.mMovingJoints.end() || *lAt != static_cast<int>(lJoint)))
-                             {
-                                 pData.mMovingJoints.insert(lAt, static_cast<int>(lJoint));
-                             }
-                         }
+                         // A root that does not move is listed too, else it would not be reflected.
+                         pData.mMovingJoints = KUnion(PairsOf(pData.mMovingJoints, pPairs), ListRoots(pData));
                          KQexPose lPose(pData.mNames.size());
                          for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
                          {

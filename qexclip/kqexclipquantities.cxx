@@ -3,23 +3,17 @@
 #include <kbaselib/kmath/keulernearest.h>
 #include <kbaselib/kmath/maths.h>
 #include <qexclip/kqexclipedit.h>
+#include <qexclip/kqexclipworld.h>
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace qexsdk
 {
 
 namespace
 {
-
-/// A joint in the world, in double precision. Scaling makes the axes' images longer, and may shear them.
-struct KWorldJoint
-{
-    double         mImages[3][3]; ///< Of the axes.
-    double         mPlace[3];
-    KQexQuaternion mRotation; ///< Without scaling: the product of the rotations.
-};
 
 /// The joints of a clip in one frame after the other.
 class KWorldWalk
@@ -36,7 +30,8 @@ public:
         }
         for (size_t lJoint = 0; lJoint < mPose.size(); ++lJoint)
         {
-            Place(lJoint, mClip.GetData().mParents[lJoint]);
+            const int lParent = mClip.GetData().mParents[lJoint];
+            mJoints[lJoint] = KPlaceJoint(mPose[lJoint], lParent < 0 ? nullptr : &mJoints[static_cast<size_t>(lParent)]);
         }
         return true;
     }
@@ -45,50 +40,6 @@ public:
     const std::vector<KWorldJoint>& GetJoints() const { return mJoints; }
 
 private:
-    void Place(size_t pJoint, int pParent)
-    {
-        const KQexJointTransform& lLocal = mPose[pJoint];
-        const KQexQuaternion      lRotation = KToQuaternion(lLocal.mRotation);
-        double                    lImages[3][4];
-        KWorldJoint&              lResult = mJoints[pJoint];
-        lRotation.ToAxes(lImages);
-        for (int j = 0; j < 3; ++j)
-        {
-            for (int i = 0; i < 3; ++i)
-            {
-                lResult.mImages[j][i] = lImages[j][i] * static_cast<double>(lLocal.mScaling[j]);
-            }
-            lResult.mPlace[j] = static_cast<double>(lLocal.mTranslation[j]);
-        }
-        lResult.mRotation = lRotation;
-        if (pParent < 0)
-        {
-            return;
-        }
-        const KWorldJoint& lParent = mJoints[static_cast<size_t>(pParent)];
-        for (double(&lImage)[3] : lResult.mImages)
-        {
-            Map(lParent, lImage);
-        }
-        Map(lParent, lResult.mPlace);
-        for (int i = 0; i < 3; ++i)
-        {
-            lResult.mPlace[i] += lParent.mPlace[i];
-        }
-        lResult.mRotation = lParent.mRotation * lRotation;
-    }
-
-    /// Replaces \p pVector in the joint's axes by the same in the world's.
-    static void Map(const KWorldJoint& pJoint, double (&pVector)[3])
-    {
-        double lResult[3];
-        for (int i = 0; i < 3; ++i)
-        {
-            lResult[i] = pJoint.mImages[0][i] * pVector[0] + pJoint.mImages[1][i] * pVector[1] + pJoint.mImages[2][i] * pVector[2];
-        }
-        std::copy(lResult, lResult + 3, pVector);
-    }
-
     const KQexClip&          mClip;
     KQexPose                 mPose;
     std::vector<KWorldJoint> mJoints;
@@ -319,19 +270,23 @@ bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long
         });
 }
 
-std::vector<int> KQexPassedLimits(const KQexClipData& pClip, long long pFrame, double pTolerance)
+bool KQexPassedLimits(const KQexClipData& pClip, long long pFrame, std::vector<int>& pPassed, double pTolerance)
 {
-    std::vector<int> lPassed;
-    for (size_t i = 0; i < pClip.mDofs.size() && !pClip.mDofValues.empty(); ++i)
+    const auto lFill = [&]
     {
-        const KQexBoneDof& lDof = pClip.mDofs[i].mDof;
-        const double       lValue = static_cast<double>(pClip.mDofValues[static_cast<size_t>(pFrame) * pClip.mDofs.size() + i]);
-        if ((lDof.mHasMin && lValue < lDof.mMin - pTolerance) || (lDof.mHasMax && lValue > lDof.mMax + pTolerance))
+        std::vector<int> lPassed;
+        for (size_t i = 0; i < pClip.mDofs.size() && !pClip.mDofValues.empty(); ++i)
         {
-            lPassed.push_back(static_cast<int>(i));
+            const KQexBoneDof& lDof = pClip.mDofs[i].mDof;
+            const double       lValue = static_cast<double>(pClip.mDofValues[static_cast<size_t>(pFrame) * pClip.mDofs.size() + i]);
+            if ((lDof.mHasMin && lValue < lDof.mMin - pTolerance) || (lDof.mHasMax && lValue > lDof.mMax + pTolerance))
+            {
+                lPassed.push_back(static_cast<int>(i));
+            }
         }
-    }
-    return lPassed;
+        pPassed.swap(lPassed);
+    };
+    return pFrame >= 0 && pFrame < pClip.mSampling.mCount && WithMemory(lFill);
 }
 
 } // namespace qexsdk

@@ -1,12 +1,10 @@
-// Steps that choose, change or join frames and joints.
+// Steps that choose, change or join frames.
 
 #include <qexclip/kqexclipedit.h>
 #include <qexclip/kqexclipsteps.h>
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <iterator>
 
 namespace qexsdk
 {
@@ -16,7 +14,6 @@ namespace
 
 constexpr double kLowestRate = 1e-3;
 constexpr double kHighestRate = 1e6;
-constexpr float  kRestTolerance = 1e-5F; ///< Centimetres; translations this near to that at rest do not count as moving.
 
 /// Linear between \p pFrom and \p pTo.
 float Mix(float pFrom, float pTo, double pFraction)
@@ -56,111 +53,6 @@ void KeepFrames(std::vector<float>& pValues, size_t pRow, size_t pFirst, size_t 
     pValues.swap(lKept);
 }
 
-/// \p pOuter after \p pInner: a joint's transform relative to its parent's parent.
-KQexJointTransform Compose(const KQexJointTransform& pOuter, const KQexJointTransform& pInner)
-{
-    const KQexQuaternion lOuter = KToQuaternion(pOuter.mRotation);
-    KQexJointTransform   lResult;
-    double               lMoved[3];
-    for (int i = 0; i < 3; ++i)
-    {
-        lMoved[i] = static_cast<double>(pOuter.mScaling[i]) * static_cast<double>(pInner.mTranslation[i]);
-        lResult.mScaling[i] = pOuter.mScaling[i] * pInner.mScaling[i];
-    }
-    lOuter.Rotate(lMoved, lMoved);
-    for (int i = 0; i < 3; ++i)
-    {
-        lResult.mTranslation[i] = static_cast<float>(static_cast<double>(pOuter.mTranslation[i]) + lMoved[i]);
-    }
-    KFromQuaternion(lOuter * KToQuaternion(pInner.mRotation), lResult.mRotation);
-    return lResult;
-}
-
-/// Reduces a clip to some of its joints.
-class KQexJointSelection
-{
-public:
-    KQexJointSelection(const KQexClipData& pFrom, const std::vector<int>& pJoints) : mFrom(pFrom), mJoints(pJoints)
-    {
-        mNew.assign(pFrom.mNames.size(), -1);
-        for (size_t i = 0; i < pJoints.size(); ++i)
-        {
-            mNew[static_cast<size_t>(pJoints[i])] = static_cast<int>(i);
-        }
-    }
-
-    KQexPose Select(const KQexPose& pPose) const
-    {
-        KQexPose lResult;
-        for (const int lJoint : mJoints)
-        {
-            KQexJointTransform lTransform = pPose[static_cast<size_t>(lJoint)];
-            for (int lParent = ParentOf(lJoint); lParent >= 0 && NewOf(lParent) < 0; lParent = ParentOf(lParent))
-            {
-                lTransform = Compose(pPose[static_cast<size_t>(lParent)], lTransform);
-            }
-            lResult.push_back(lTransform);
-        }
-        return lResult;
-    }
-
-    void SelectJoints(KQexClipData& pData) const
-    {
-        std::vector<char> lIsDropped(mNew.size(), 1);
-        pData.mNames.clear();
-        pData.mParents.clear();
-        pData.mIsEnd.clear();
-        for (const int lJoint : mJoints)
-        {
-            int lParent = ParentOf(lJoint);
-            lIsDropped[static_cast<size_t>(lJoint)] = static_cast<char>(lParent >= 0 && NewOf(lParent) < 0);
-            while (lParent >= 0 && NewOf(lParent) < 0)
-            {
-                lParent = ParentOf(lParent);
-            }
-            pData.mNames.push_back(mFrom.mNames[static_cast<size_t>(lJoint)]);
-            pData.mParents.push_back(lParent < 0 ? -1 : NewOf(lParent));
-            pData.mIsEnd.push_back(mFrom.mIsEnd.empty() ? '\0' : mFrom.mIsEnd[static_cast<size_t>(lJoint)]);
-        }
-        KDropDofs(pData, lIsDropped);
-        for (KQexClipDof& lDof : pData.mDofs)
-        {
-            lDof.mJoint = NewOf(lDof.mJoint);
-        }
-        pData.mRest = Select(mFrom.mRest);
-    }
-
-private:
-    int ParentOf(int pJoint) const { return mFrom.mParents[static_cast<size_t>(pJoint)]; }
-    int NewOf(int pJoint) const { return mNew[static_cast<size_t>(pJoint)]; }
-
-    const KQexClipData&     mFrom;
-    const std::vector<int>& mJoints;
-    std::vector<int>        mNew; ///< Index among the selected joints, -1 for the others.
-};
-
-bool IsAscending(const std::vector<int>& pJoints, int pCount)
-{
-    return !pJoints.empty() && pJoints.front() >= 0 && pJoints.back() < pCount &&
-           std::adjacent_find(pJoints.begin(), pJoints.end(), std::greater_equal<int>()) == pJoints.end();
-}
-
-/// Whether the translation of each joint ever differs from that at rest. All joints of \p pData are listed as moving.
-std::vector<char> FindMoving(const KQexClipData& pData)
-{
-    std::vector<char> lIsMoving(pData.mNames.size(), 0);
-    for (size_t i = 0; i < pData.mTranslations.size(); ++i)
-    {
-        const size_t lJoint = i / 3 % lIsMoving.size();
-        const float  lRest = pData.mRest[lJoint].mTranslation[i % 3];
-        if (std::fabs(pData.mTranslations[i] - lRest) > kRestTolerance + 1e-6F * std::fabs(lRest))
-        {
-            lIsMoving[lJoint] = 1;
-        }
-    }
-    return lIsMoving;
-}
-
 KQexPose MixPoses(const KQexPose& pFrom, const KQexPose& pTo, double pFraction)
 {
     KQexPose lResult(pFrom.size());
@@ -177,11 +69,28 @@ KQexPose MixPoses(const KQexPose& pFrom, const KQexPose& pTo, double pFraction)
     return lResult;
 }
 
-std::vector<int> Union(const std::vector<int>& pOne, const std::vector<int>& pOther)
+/// The joints whose numbers at rest differ, ascending.
+std::vector<int> DifferingAtRest(const KQexClipData& pOne, const KQexClipData& pOther, float (KQexJointTransform::*pNumbers)[3])
 {
     std::vector<int> lResult;
-    std::set_union(pOne.begin(), pOne.end(), pOther.begin(), pOther.end(), std::back_inserter(lResult));
+    for (size_t lJoint = 0; lJoint < pOne.mRest.size(); ++lJoint)
+    {
+        const float* lOne = pOne.mRest[lJoint].*pNumbers;
+        if (!std::equal(lOne, lOne + 3, pOther.mRest[lJoint].*pNumbers))
+        {
+            lResult.push_back(static_cast<int>(lJoint));
+        }
+    }
     return lResult;
+}
+
+/// Whether both keep the values of the same degrees of freedom.
+bool HaveSameDofs(const KQexClipData& pOne, const KQexClipData& pOther)
+{
+    return !pOne.mDofValues.empty() && !pOther.mDofValues.empty() &&
+           std::equal(pOne.mDofs.begin(), pOne.mDofs.end(), pOther.mDofs.begin(), pOther.mDofs.end(),
+                      [](const KQexClipDof& pDof, const KQexClipDof& pSame)
+                      { return pDof.mJoint == pSame.mJoint && pDof.mDof.mWord == pSame.mDof.mWord; });
 }
 
 /// Two clips, the second of which takes over from the first.
@@ -195,7 +104,7 @@ public:
 
     void Append(KQexClipData& pData) const
     {
-        const bool lHasValues = !mFirst.GetData().mDofValues.empty() && !mSecond.GetData().mDofValues.empty();
+        const bool lHasValues = HaveSameDofs(mFirst.GetData(), mSecond.GetData());
         KQexPose   lFrom(pData.mNames.size());
         KQexPose   lTo(pData.mNames.size());
         for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
@@ -247,6 +156,7 @@ bool KQexClipResample(const KQexClip& pClip, double pFramesPerSecond, KQexClip& 
                          const KTime        lStep = NearestFrameStep(1.0 / pFramesPerSecond);
                          pData.mSampling = {lOld.mStart, lStep, (lOld.mCount - 1) * lOld.mStep.Get() / lStep.Get() + 1};
                          KClearFrames(pData);
+                         KReserveFrames(pData);
                          KQexPose lPose(pData.mNames.size());
                          for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
                          {
@@ -270,52 +180,18 @@ bool KQexClipCut(const KQexClip& pClip, long long pFirst, long long pLast, int p
     return KMakeClip(pClip, pResult,
                      [pFirst, pLast, pEvery](KQexClipData& pData)
                      {
-                         const size_t lCount = static_cast<size_t>((pLast - pFirst) / pEvery + 1);
-                         const auto   lKeep = [pFirst, pEvery, lCount](std::vector<float>& pValues, size_t pRow)
+                         const size_t    lCount = static_cast<size_t>((pLast - pFirst) / pEvery + 1);
+                         const long long lEvery = std::min<long long>(pEvery, pLast - pFirst + 1); // A step that the times hold.
+                         const auto      lKeep = [pFirst, lEvery, lCount](std::vector<float>& pValues, size_t pRow)
                          {
-                             KeepFrames(pValues, pRow, static_cast<size_t>(pFirst), static_cast<size_t>(pEvery), lCount);
+                             KeepFrames(pValues, pRow, static_cast<size_t>(pFirst), static_cast<size_t>(lEvery), lCount);
                          };
                          lKeep(pData.mRotations, pData.mNames.size() * 4);
                          lKeep(pData.mTranslations, pData.mMovingJoints.size() * 3);
                          lKeep(pData.mScalings, pData.mScaledJoints.size() * 3);
                          lKeep(pData.mDofValues, pData.mDofs.size());
                          const KTime lStart = pData.mSampling.GetTime(pFirst);
-                         pData.mSampling = {lStart, KTime(pData.mSampling.mStep.Get() * pEvery), static_cast<long long>(lCount)};
-                         return true;
-                     });
-}
-
-bool KQexClipSelect(const KQexClip& pClip, const std::vector<int>& pJoints, KQexClip& pResult)
-{
-    if (!IsAscending(pJoints, pClip.GetJointCount()))
-    {
-        return false;
-    }
-    return KMakeClip(pClip, pResult,
-                     [&pClip, &pJoints](KQexClipData& pData)
-                     {
-                         const KQexJointSelection lSelection(pClip.GetData(), pJoints);
-                         lSelection.SelectJoints(pData);
-                         const std::vector<float> lValues = pData.mDofValues;
-                         KClearFrames(pData);
-                         pData.mDofValues = lValues;
-                         pData.mMovingJoints.clear();
-                         pData.mScaledJoints.clear();
-                         for (int i = 0; i < static_cast<int>(pJoints.size()); ++i)
-                         {
-                             pData.mMovingJoints.push_back(i);
-                             if (!pClip.GetData().mScaledJoints.empty())
-                             {
-                                 pData.mScaledJoints.push_back(i);
-                             }
-                         }
-                         KQexPose lPose(pClip.GetData().mNames.size());
-                         for (long long lFrame = 0; lFrame < pData.mSampling.mCount; ++lFrame)
-                         {
-                             pClip.SampleFrame(lFrame, lPose);
-                             KAppendPose(pData, lSelection.Select(lPose));
-                         }
-                         KSetMoving(pData, FindMoving(pData));
+                         pData.mSampling = {lStart, KTime(pData.mSampling.mStep.Get() * lEvery), static_cast<long long>(lCount)};
                          return true;
                      });
 }
@@ -369,9 +245,12 @@ bool KQexClipJoin(const KQexClip& pClip, const KQexClip& pNext, int pBlend, KQex
                      [&](KQexClipData& pData)
                      {
                          KClearFrames(pData);
-                         pData.mMovingJoints = Union(lOne.mMovingJoints, lTwo.mMovingJoints);
-                         pData.mScaledJoints = Union(lOne.mScaledJoints, lTwo.mScaledJoints);
+                         pData.mMovingJoints = KUnion(KUnion(lOne.mMovingJoints, lTwo.mMovingJoints),
+                                                      DifferingAtRest(lOne, lTwo, &KQexJointTransform::mTranslation));
+                         pData.mScaledJoints = KUnion(KUnion(lOne.mScaledJoints, lTwo.mScaledJoints),
+                                                      DifferingAtRest(lOne, lTwo, &KQexJointTransform::mScaling));
                          pData.mSampling.mCount += lTwo.mSampling.mCount - pBlend;
+                         KReserveFrames(pData);
                          KQexClipSequence(pClip, pNext, pBlend).Append(pData);
                          return true;
                      });

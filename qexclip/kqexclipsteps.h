@@ -37,7 +37,8 @@ QEX_API bool KQexClipTransform(const KQexClip& pClip, const KQexQuaternion& pTur
 QEX_API bool KQexClipMakeZUp(const KQexClip& pClip, KQexClip& pResult);
 
 /// The joint on the other side for each joint, itself where there is none: names that differ in "left" and "right" or "l" and "r" as
-/// words of their own or at the start, in any case ("LeftArm", "arm.L", "lfemur" with "rfemur").
+/// words of their own or at the start, in any case ("LeftArm", "arm.L", "lfemur" with "rfemur"). Of a name with many such letters, only the
+/// first eight count. Empty when memory runs out.
 QEX_API std::vector<int> KQexMirrorPairs(const KQexClipData& pClip);
 
 /// Left and right exchanged: reflected at the world's plane x = 0. \p pPairs gives the joint on the other side for each joint, as
@@ -55,7 +56,7 @@ QEX_API bool KQexClipInPlace(const KQexClip& pClip, bool pKeepTurn, KQexClip& pR
 QEX_API bool KQexClipToOrigin(const KQexClip& pClip, KQexClip& pResult);
 
 /// \p pClip and then \p pNext, which has the same joints and rate. The last \p pBlend frames of the first fade into the first of the
-/// second; with 0 the second follows one frame later. Values of degrees of freedom stay, blended, if both have them.
+/// second; with 0 the second follows one frame later. Values of degrees of freedom stay, blended, if both list the same.
 QEX_API bool KQexClipJoin(const KQexClip& pClip, const KQexClip& pNext, int pBlend, KQexClip& pResult);
 
 } // namespace qexsdk

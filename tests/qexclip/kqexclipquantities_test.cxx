@@ -169,8 +169,15 @@ TEST(KQexClipQuantities, VelocitiesOfSteadyMotion)
 
 TEST(KQexClipQuantities, LimitsThatArePassed)
 {
-    const KQexClip lClip = MakeClipFigure(14, 40); // tz: 3 a frame up to 100; rx: 7 a frame up to 150.
-    EXPECT_EQ(KQexPassedLimits(lClip.GetData(), 21), std::vector<int>());
-    EXPECT_EQ(KQexPassedLimits(lClip.GetData(), 22), std::vector<int>{1});
-    EXPECT_EQ(KQexPassedLimits(lClip.GetData(), 34), (std::vector<int>{0, 1}));
+    const KQexClip   lClip = MakeClipFigure(14, 40); // tz: 3 a frame up to 100; rx: 7 a frame up to 150.
+    std::vector<int> lPassed = {7};
+    EXPECT_TRUE(KQexPassedLimits(lClip.GetData(), 21, lPassed));
+    EXPECT_EQ(lPassed, std::vector<int>());
+    EXPECT_TRUE(KQexPassedLimits(lClip.GetData(), 22, lPassed));
+    EXPECT_EQ(lPassed, std::vector<int>{1});
+    EXPECT_TRUE(KQexPassedLimits(lClip.GetData(), 34, lPassed));
+    EXPECT_EQ(lPassed, (std::vector<int>{0, 1}));
+    EXPECT_FALSE(KQexPassedLimits(lClip.GetData(), 40, lPassed));
+    EXPECT_FALSE(KQexPassedLimits(lClip.GetData(), -1, lPassed));
+    EXPECT_EQ(lPassed, (std::vector<int>{0, 1})) << "unchanged";
 }
