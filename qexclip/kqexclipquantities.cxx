@@ -1,6 +1,7 @@
 #include <qexclip/kqexclipquantities.h>
 
 #include <kbaselib/kmath/keulernearest.h>
+#include <kbaselib/kmath/keulertable.h>
 #include <kbaselib/kmath/maths.h>
 #include <qexclip/kqexclipedit.h>
 #include <qexclip/kqexclipworld.h>
@@ -224,7 +225,8 @@ bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm 
             }
         }
     };
-    return AreFrames(pClip, pFirst, pCount) && WithMemory(lFill);
+    const bool lIsOrder = pForm != KQexRotationForm::eEULER || (pOrder >= 0 && pOrder < KmEulerAxisCount);
+    return lIsOrder && AreFrames(pClip, pFirst, pCount) && WithMemory(lFill);
 }
 
 bool KQexGetPositions(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult)

@@ -32,7 +32,7 @@ enum class KQexRotationForm
 QEX_API int KQexRotationSize(KQexRotationForm pForm);
 
 /// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h); of the twelve, those with a repeated axis
-/// give the angles in order of application instead. World rotations leave out scaling.
+/// give the angles in order of application instead; false for another code. World rotations leave out scaling.
 QEX_API bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm pForm, int pOrder, long long pFirst,
                               long long pCount, double* pResult);
 

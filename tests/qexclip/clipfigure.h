@@ -8,6 +8,8 @@
 namespace qextest
 {
 
+constexpr double kNear = 2e-4; ///< Centimetres, for a figure of 180: single precision.
+
 /// A figure symmetric at rest: hips, spine, head, both arms with elbows and both legs with knees; its root walks and all joints turn.
 /// 24 frames a second. \p pSeed chooses the motion, \p pFrames its length.
 qexsdk::KQexClip MakeClipFigure(unsigned int pSeed, int pFrames);

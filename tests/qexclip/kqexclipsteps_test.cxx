@@ -13,8 +13,6 @@ using namespace qextest;
 namespace
 {
 
-constexpr double kNear = 2e-4; ///< Centimetres, for a figure of 180: single precision.
-
 std::vector<double> Reflected(const KQexClip& pClip, const std::vector<int>& pPairs, long long pFrame)
 {
     const std::vector<double> lPlaces = Places(pClip, pFrame);
