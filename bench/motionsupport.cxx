@@ -28,7 +28,7 @@ bool IsFrameNumber(const std::string& pLine)
 
 } // namespace
 
-KMotion ChooseMotion()
+KMotionPaths FindMotion()
 {
     for (const std::string& lAmc : CorpusFiles(".amc"))
     {
@@ -37,9 +37,19 @@ KMotion ChooseMotion()
             const bool lSameFolder = fs::path(lAsf).parent_path() == fs::path(lAmc).parent_path();
             if (lSameFolder && fs::path(lAmc).stem().string().rfind(fs::path(lAsf).stem().string(), 0) == 0)
             {
-                return {fs::path(lAmc).filename().string(), ReadWholeFile(lAsf), ReadWholeFile(lAmc)};
+                return {lAsf, lAmc};
             }
         }
+    }
+    return {};
+}
+
+KMotion ChooseMotion()
+{
+    const KMotionPaths lPaths = FindMotion();
+    if (!lPaths.mAmc.empty())
+    {
+        return {fs::path(lPaths.mAmc).filename().string(), ReadWholeFile(lPaths.mAsf), ReadWholeFile(lPaths.mAmc)};
     }
     return {"generated", SkeletonText(eRANDOM, kGeneratedBones), MotionText(kGeneratedBones, kGeneratedFrames)};
 }

@@ -23,7 +23,17 @@ struct KMotion
     std::string mAmc;
 };
 
-/// The first motion of ASF_CORPUS_DIR whose folder has a skeleton with a name that is a prefix of the motion's; else a generated one.
+/// The paths of a motion and its skeleton.
+struct KMotionPaths
+{
+    std::string mAsf;
+    std::string mAmc;
+};
+
+/// The first motion of ASF_CORPUS_DIR whose folder has a skeleton with a name that is a prefix of the motion's; else empty paths.
+KMotionPaths FindMotion();
+
+/// The motion of FindMotion(); else a generated one.
 KMotion ChooseMotion();
 
 /// A temporary file that repeats a motion \p pRepeats times, its frames numbered consecutively. Deleted with the object.

@@ -83,36 +83,47 @@ void Fill(const KQexClipData& pData, size_t pFrame, float pFraction, KQexPose& p
     }
 }
 
+/// Sets \p pColumn, the image of an axis, to three numbers times \p pFactor.
+void SetImage(float (&pColumn)[4], float pX, float pY, float pZ, float pFactor)
+{
+    pColumn[0] = pX * pFactor;
+    pColumn[1] = pY * pFactor;
+    pColumn[2] = pZ * pFactor;
+    pColumn[3] = 0.0F;
+}
+
 /// The matrix of \p pLocal.
 void ToMatrix(const KQexJointTransform& pLocal, KQexWorldTransform& pMatrix)
 {
-    const float* lQ = pLocal.mRotation;
-    for (int i = 0; i < 3; ++i)
-    {
-        const int j = (i + 1) % 3;
-        const int k = (i + 2) % 3;
-        float*    lImage = pMatrix.mData[i];
-        lImage[i] = (1.0F - 2.0F * (lQ[j] * lQ[j] + lQ[k] * lQ[k])) * pLocal.mScaling[i];
-        lImage[j] = 2.0F * (lQ[i] * lQ[j] + lQ[k] * lQ[3]) * pLocal.mScaling[i];
-        lImage[k] = 2.0F * (lQ[i] * lQ[k] - lQ[j] * lQ[3]) * pLocal.mScaling[i];
-        lImage[3] = 0.0F;
-        pMatrix.mData[3][i] = pLocal.mTranslation[i];
-    }
+    const float lX = pLocal.mRotation[0];
+    const float lY = pLocal.mRotation[1];
+    const float lZ = pLocal.mRotation[2];
+    const float lW = pLocal.mRotation[3];
+    SetImage(pMatrix.mData[0], 1.0F - 2.0F * (lY * lY + lZ * lZ), 2.0F * (lX * lY + lZ * lW), 2.0F * (lX * lZ - lY * lW),
+             pLocal.mScaling[0]);
+    SetImage(pMatrix.mData[1], 2.0F * (lX * lY - lZ * lW), 1.0F - 2.0F * (lX * lX + lZ * lZ), 2.0F * (lY * lZ + lX * lW),
+             pLocal.mScaling[1]);
+    SetImage(pMatrix.mData[2], 2.0F * (lX * lZ + lY * lW), 2.0F * (lY * lZ - lX * lW), 1.0F - 2.0F * (lX * lX + lY * lY),
+             pLocal.mScaling[2]);
+    SetImage(pMatrix.mData[3], pLocal.mTranslation[0], pLocal.mTranslation[1], pLocal.mTranslation[2], 1.0F);
     pMatrix.mData[3][3] = 1.0F;
 }
 
-/// pResult = pParent × pLocal; all four numbers of a column at once, which compilers turn into vector instructions.
-void Multiply(const KQexWorldTransform& pParent, const KQexWorldTransform& pLocal, KQexWorldTransform& pResult)
+/// pParent × pLocal; all four numbers of a column at once, which compilers turn into vector instructions. Returned, as a result that could
+/// be the parent itself would keep them from it.
+KQexWorldTransform Multiply(const KQexWorldTransform& pParent, const KQexWorldTransform& pLocal)
 {
+    KQexWorldTransform lResult;
     for (int j = 0; j < 4; ++j)
     {
         const float* lColumn = pLocal.mData[j];
         for (int i = 0; i < 4; ++i)
         {
-            pResult.mData[j][i] = pParent.mData[0][i] * lColumn[0] + pParent.mData[1][i] * lColumn[1] + pParent.mData[2][i] * lColumn[2] +
+            lResult.mData[j][i] = pParent.mData[0][i] * lColumn[0] + pParent.mData[1][i] * lColumn[1] + pParent.mData[2][i] * lColumn[2] +
                                   pParent.mData[3][i] * lColumn[3];
         }
     }
+    return lResult;
 }
 
 /// World transforms of \p pPose; joint j's goes to pTransforms[j * pStride].
@@ -122,16 +133,8 @@ void ToWorld(const KQexClipData& pData, const KQexPose& pPose, KQexWorldTransfor
     {
         KQexWorldTransform lLocal;
         ToMatrix(pPose[lJoint], lLocal);
-        const int           lParent = pData.mParents[lJoint];
-        KQexWorldTransform& lResult = pTransforms[lJoint * pStride];
-        if (lParent < 0)
-        {
-            lResult = lLocal;
-        }
-        else
-        {
-            Multiply(pTransforms[static_cast<size_t>(lParent) * pStride], lLocal, lResult);
-        }
+        const int lParent = pData.mParents[lJoint];
+        pTransforms[lJoint * pStride] = lParent < 0 ? lLocal : Multiply(pTransforms[static_cast<size_t>(lParent) * pStride], lLocal);
     }
 }
 
