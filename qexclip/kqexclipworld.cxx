@@ -28,6 +28,7 @@ KWorldJoint KPlaceJoint(const KQexJointTransform& pLocal, const KWorldJoint* pPa
     KWorldJoint lResult;
     double      lImages[3][4];
     lResult.mRotation = KToQuaternion(pLocal.mRotation);
+    lResult.mRotation.Normalize(); // Single precision's rounding would lengthen the axes, and show in differences between frames.
     lResult.mRotation.ToAxes(lImages);
     for (int j = 0; j < 3; ++j)
     {
