@@ -1,6 +1,8 @@
 #include <kbaselib/kbase/kassert.h>
 
 #include <kbaselib/kbase/koutputfile.h>
+#include <qexclip/kqexclipquantities.h>
+#include <qexclip/kqexclipsteps.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
@@ -250,6 +252,45 @@ TEST(Threads, ConcurrentOutputsToOnePathLeaveOneCompleteFile)
     ASSERT_EQ(lText.size(), 100000U);
     EXPECT_EQ(lText.find_first_not_of(lText[0]), std::string::npos);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lFolder.Path()), std::filesystem::directory_iterator()), 1);
+}
+
+TEST(Threads, OneClipIsSampledByMany)
+{
+    constexpr int      kThreads = 8;
+    constexpr int      kTimes = 200;
+    const KWalk        lWalk;
+    KQexSampling       lSampling;
+    KQexClip           lClip;
+    std::vector<float> lSequential;
+    ASSERT_TRUE(MakeSampling({lWalk.mResult.mRootNode}, lWalk.mStack, KQexSamplingRequest(), lSampling));
+    ASSERT_TRUE(KQexClip::FromScene({lWalk.mResult.mRootNode}, lWalk.mStack, lSampling, KQexClipOptions(), lClip));
+    // All read the same frames, between them, beyond both ends, and as steps and quantities.
+    const auto lSample = [&lClip](std::vector<float>& pPlaces)
+    {
+        KQexPose                        lPose(static_cast<size_t>(lClip.GetJointCount()));
+        std::vector<KQexWorldTransform> lTransforms(lPose.size());
+        std::vector<double>             lPositions(lPose.size() * 3);
+        KQexClip                        lMirrored;
+        for (int i = 0; i < kTimes; ++i)
+        {
+            const double lTime = lClip.GetDuration() * (1.2 * i / kTimes - 0.1);
+            EXPECT_TRUE(lClip.Sample(lTime, lPose, i % 2 == 0 ? KQexClipEnds::eHOLD : KQexClipEnds::eLOOP));
+            EXPECT_TRUE(lClip.WorldTransforms(lPose, lTransforms));
+            EXPECT_TRUE(KQexGetPositions(lClip, i % lClip.GetFrameCount(), 1, lPositions.data()));
+            pPlaces.insert(pPlaces.end(), lTransforms.back().mData[3], lTransforms.back().mData[3] + 3);
+            pPlaces.push_back(static_cast<float>(lPositions.back()));
+        }
+        EXPECT_TRUE(KQexClipMirror(lClip, KQexMirrorPairs(lClip.GetData()), lMirrored));
+        EXPECT_TRUE(lMirrored.SampleFrame(0, lPose));
+        pPlaces.push_back(lPose.back().mRotation[0]);
+    };
+    lSample(lSequential);
+    std::vector<float> lPlaces[kThreads];
+    RunAtOnce(kThreads, [&](int pThread) { lSample(lPlaces[pThread]); });
+    for (const std::vector<float>& lEach : lPlaces)
+    {
+        EXPECT_EQ(lEach, lSequential);
+    }
 }
 
 std::atomic<int> sReports{0};
