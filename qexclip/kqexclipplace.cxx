@@ -83,6 +83,22 @@ void GetRoot(const KQexClip& pClip, long long pFrame, KQexQuaternion& pRotation,
     }
 }
 
+/// What brings the first root above the origin and lets it face along +z in the first frame.
+KPlacement PlacementAtOrigin(const KQexClip& pClip)
+{
+    KQexQuaternion lRotation;
+    KPlacement     lPlacement;
+    double         lPlace[3];
+    double         lForward[3] = {0.0, 0.0, 1.0};
+    GetRoot(pClip, 0, lRotation, lPlace);
+    (lRotation * KToQuaternion(pClip.GetData().mRest[0].mRotation).Inverse()).Rotate(lForward, lForward);
+    lPlacement.mTurn = KQexQuaternion::About(kY, -kAtand<double>(lForward[0], lForward[2]));
+    lPlacement.mTurn.Rotate(lPlace, lPlace);
+    lPlacement.mOffset[0] = -lPlace[0];
+    lPlacement.mOffset[2] = -lPlace[2];
+    return lPlacement;
+}
+
 } // namespace
 
 bool KQexClipTransform(const KQexClip& pClip, const KQexQuaternion& pTurn, const double pOffset[3], KQexClip& pResult)
@@ -150,19 +166,10 @@ bool KQexClipToOrigin(const KQexClip& pClip, KQexClip& pResult)
     {
         return false;
     }
-    KQexQuaternion lRotation;
-    KPlacement     lPlacement;
-    double         lPlace[3];
-    double         lForward[3] = {0.0, 0.0, 1.0};
-    GetRoot(pClip, 0, lRotation, lPlace);
-    (lRotation * KToQuaternion(pClip.GetData().mRest[0].mRotation).Inverse()).Rotate(lForward, lForward);
-    lPlacement.mTurn = KQexQuaternion::About(kY, -kAtand<double>(lForward[0], lForward[2]));
-    lPlacement.mTurn.Rotate(lPlace, lPlace);
-    lPlacement.mOffset[0] = -lPlace[0];
-    lPlacement.mOffset[2] = -lPlace[2];
     return KMakeClip(pClip, pResult,
-                     [&lPlacement](KQexClipData& pData)
+                     [&pClip](KQexClipData& pData)
                      {
+                         const KPlacement lPlacement = PlacementAtOrigin(pClip);
                          PlaceRoots(pData, [&lPlacement](long long) { return lPlacement; });
                          return true;
                      });

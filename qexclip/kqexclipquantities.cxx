@@ -66,6 +66,24 @@ bool WithMemory(const TFill& pFill)
     }
 }
 
+/// The axis of \p pRotation, which has unit length, times its angle, 0 to π.
+void ToAxisAngle(const KQexQuaternion& pRotation, double* pResult)
+{
+    const double lSign = pRotation.mData[3] < 0.0 ? -1.0 : 1.0;
+    double       lSine = 0.0;
+    for (int i = 0; i < 3; ++i)
+    {
+        lSine += pRotation.mData[i] * pRotation.mData[i];
+    }
+    lSine = std::sqrt(lSine);
+    // angle / sin(angle / 2), which tends to 2.
+    const double lFactor = lSine > 1e-12 ? 2.0 * std::atan2(lSine, lSign * pRotation.mData[3]) / lSine : 2.0;
+    for (int i = 0; i < 3; ++i)
+    {
+        pResult[i] = lSign * lFactor * pRotation.mData[i];
+    }
+}
+
 /// Writes rotations in one form, each joint's continuous from call to call.
 class KRotationWriter
 {
@@ -97,7 +115,7 @@ public:
             WriteMatrix(pRotation, pResult);
             break;
         case KQexRotationForm::eAXIS_ANGLE:
-            WriteAxisAngle(pRotation, pResult);
+            ToAxisAngle(pRotation, pResult);
             break;
         case KQexRotationForm::eEULER:
             WriteEuler(pRotation, &mAngles[pJoint * 3], pResult);
@@ -123,23 +141,6 @@ private:
             {
                 pResult[lRow * 3 + lColumn] = lImages[lColumn][lRow];
             }
-        }
-    }
-
-    static void WriteAxisAngle(const KQexQuaternion& pRotation, double* pResult)
-    {
-        const double lSign = pRotation.mData[3] < 0.0 ? -1.0 : 1.0;
-        double       lSine = 0.0;
-        for (int i = 0; i < 3; ++i)
-        {
-            lSine += pRotation.mData[i] * pRotation.mData[i];
-        }
-        lSine = std::sqrt(lSine);
-        // angle / sin(angle / 2), which tends to 2.
-        const double lFactor = lSine > 1e-12 ? 2.0 * std::atan2(lSine, lSign * pRotation.mData[3]) / lSine : 2.0;
-        for (int i = 0; i < 3; ++i)
-        {
-            pResult[i] = lSign * lFactor * pRotation.mData[i];
         }
     }
 
@@ -260,16 +261,17 @@ bool KQexGetVelocities(const KQexClip& pClip, long long pFirst, long long pCount
 
 bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult)
 {
-    return WriteDifferences(
-        pClip, pFirst, pCount, pResult,
-        [](const KWorldJoint& pBefore, const KWorldJoint& pAfter, double pSeconds, double* pVelocity)
-        {
-            KRotationWriter(KQexRotationForm::eAXIS_ANGLE, 0, 1).Write(0, pAfter.mRotation * pBefore.mRotation.Inverse(), pVelocity);
-            for (int i = 0; i < 3; ++i)
-            {
-                pVelocity[i] /= pSeconds;
-            }
-        });
+    return WriteDifferences(pClip, pFirst, pCount, pResult,
+                            [](const KWorldJoint& pBefore, const KWorldJoint& pAfter, double pSeconds, double* pVelocity)
+                            {
+                                KQexQuaternion lTurn = pAfter.mRotation * pBefore.mRotation.Inverse();
+                                lTurn.Normalize();
+                                ToAxisAngle(lTurn, pVelocity);
+                                for (int i = 0; i < 3; ++i)
+                                {
+                                    pVelocity[i] /= pSeconds;
+                                }
+                            });
 }
 
 bool KQexPassedLimits(const KQexClipData& pClip, long long pFrame, std::vector<int>& pPassed, double pTolerance)
