@@ -115,8 +115,9 @@ inline const std::vector<KClipOperation>& ClipOperations()
         {"Resample",
          [](KClipWork& pWork)
          {
-             const double lRate = std::min(2.0 * pWork.mClip.GetRate(), 1000.0 / std::max(pWork.mClip.GetDuration(), 1e-9));
-             return KQexClipResample(pWork.mClip, std::clamp(lRate, 1e-3, 1e6), pWork.mResult);
+             // A step of years would need a rate below the lowest one.
+             const double lRate = std::min({2.0 * pWork.mClip.GetRate(), 1000.0 / std::max(pWork.mClip.GetDuration(), 1e-9), 1e6});
+             return KQexClipResample(pWork.mClip, lRate, pWork.mResult);
          }},
         {"Cut",
          [](KClipWork& pWork)
