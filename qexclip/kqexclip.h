@@ -103,7 +103,8 @@ public:
     bool SampleFrame(long long pFrame, KQexPose& pPose) const;
 
     /// The pose \p pSeconds after the first frame; between frames, rotations along the shorter arc, the rest linear. Neither allocates
-    /// nor locks. False, with \p pPose unchanged, for an empty clip, a time that is no number, or a pose of another size.
+    /// nor locks. An infinite time is the first or the last frame, in loops too. False, with \p pPose unchanged, for an empty clip, a time
+    /// that is no number, or a pose of another size.
     bool Sample(double pSeconds, KQexPose& pPose, KQexClipEnds pEnds = KQexClipEnds::eHOLD) const;
 
     /// The world transforms of \p pPose. Neither allocates nor locks. False, with \p pTransforms unchanged, when one of both has not
