@@ -7,6 +7,7 @@
 
 #include <kbaselib/kmath/keulertable.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -257,13 +258,13 @@ std::vector<KKind> Kinds()
     {
         return NearLock(pRandom, pJoint);
     };
-    return {{"anything", kFrames, false, lAnything},
-            {"scaled", kFrames, true, lAnything},
-            {"smooth", 10 * kFrames, false, lSmooth},
-            {"halfturns", kFrames, false, lHalfTurns},
-            {"flips", kFrames, false, lFlips},
-            {"locks", 5 * kFrames, false, lLocks},
-            {"still", 1, false, lAnything}};
+    const auto lTiny = [](KRandom& pRandom, int pJoint, const KQexQuaternion&)
+    {
+        return Turn(pRandom, std::pow(10.0, -pJoint));
+    };
+    return {{"anything", kFrames, false, lAnything},   {"scaled", kFrames, true, lAnything}, {"smooth", 10 * kFrames, false, lSmooth},
+            {"halfturns", kFrames, false, lHalfTurns}, {"flips", kFrames, false, lFlips},    {"locks", 5 * kFrames, false, lLocks},
+            {"tiny", kFrames, false, lTiny},           {"still", 1, false, lAnything}};
 }
 
 void AppendNumbers(KRandom& pRandom, double pMiddle, double pWidth, std::vector<float>& pNumbers)

@@ -223,8 +223,10 @@ TEST(KQexClipHostile, TheLongestStepStillCutsAndResamples)
     KQexClip lResult;
     ASSERT_TRUE(KQexClip::FromArrays(std::move(lData), lClip));
     EXPECT_TRUE(KQexClipCut(lClip, 1, 1, 2147483647, lResult));
+    EXPECT_EQ(lResult.GetData().mSampling.mStep.Get(), KTime::kMax / 3);
     EXPECT_TRUE(KQexClipCut(lClip, 0, 1, 2147483647, lResult));
     EXPECT_EQ(lResult.GetFrameCount(), 1);
+    EXPECT_EQ(lResult.GetData().mSampling.mStep.Get(), KTime::kMax / 3 * 2) << "no frame is nearer";
     EXPECT_FALSE(KQexClipResample(lClip, 1e6, lResult)) << "10^15 frames";
     EXPECT_FALSE(KQexClipJoin(lClip, lClip, 0, lResult)) << "times beyond 64 bits";
 }

@@ -239,6 +239,60 @@ TEST(KQexClipProperties, MirroredTwiceIsTheSame)
     }
 }
 
+TEST(KQexClipProperties, ARootThatStaysIsReflectedToo)
+{
+    KQexClipData lData = MakeClipFigure(3, 6).GetData();
+    lData.mMovingJoints.clear();
+    lData.mTranslations.clear();
+    lData.mRest[0].mTranslation[0] = 10.0F;
+    KQexClip lClip;
+    KQexClip lMirrored;
+    ASSERT_TRUE(KQexClip::FromArrays(std::move(lData), lClip));
+    const std::vector<int> lPairs = KQexMirrorPairs(lClip.GetData());
+    ASSERT_TRUE(KQexClipMirror(lClip, lPairs, lMirrored));
+    for (long long lFrame = 0; lFrame < 6; ++lFrame)
+    {
+        const std::vector<double> lOld = Places(lClip, lFrame);
+        const std::vector<double> lNew = Places(lMirrored, lFrame);
+        for (size_t lJoint = 0; lJoint < lPairs.size(); ++lJoint)
+        {
+            const size_t lPair = static_cast<size_t>(lPairs[lJoint]);
+            EXPECT_NEAR(lNew[lJoint * 3], -lOld[lPair * 3], kNear);
+            EXPECT_NEAR(lNew[lJoint * 3 + 1], lOld[lPair * 3 + 1], kNear);
+        }
+    }
+}
+
+TEST(KQexClipProperties, InPlaceWithoutTurnTheHeadingStays)
+{
+    for (unsigned int lSeed = 1; lSeed <= 10; ++lSeed)
+    {
+        const KQexClip lClip = MakeClipFigure(lSeed, 30);
+        KQexClip       lKept;
+        KQexClip       lStill;
+        double         lFirst[4];
+        double         lNow[4];
+        ASSERT_TRUE(KQexClipInPlace(lClip, true, lKept));
+        ASSERT_TRUE(KQexClipInPlace(lClip, false, lStill));
+        double lLargestKept = 0.0;
+        for (const KQexClip* lEach : {&lKept, &lStill})
+        {
+            const float* lRotations = lEach->GetData().mRotations.data();
+            std::copy(lRotations, lRotations + 4, lFirst);
+            const KQexQuaternion lBack = KQexQuaternion{{lFirst[0], lFirst[1], lFirst[2], lFirst[3]}}.Inverse();
+            for (long long lFrame = 0; lFrame < 30; ++lFrame, lRotations += 4 * lEach->GetJointCount())
+            {
+                std::copy(lRotations, lRotations + 4, lNow);
+                // The turn about the vertical since the first frame: y and w of a quaternion.
+                const double lTurn = std::fabs((KQexQuaternion{{lNow[0], lNow[1], lNow[2], lNow[3]}} * lBack).mData[1]);
+                lLargestKept = lEach == &lKept ? std::max(lLargestKept, lTurn) : lLargestKept;
+                EXPECT_LE(lEach == &lStill ? lTurn : 0.0, 1e-6) << "frame " << lFrame;
+            }
+        }
+        EXPECT_GT(lLargestKept, 0.01) << "else there was no turn to take out";
+    }
+}
+
 TEST(KQexClipProperties, LoopsRepeatAndHoldsStay)
 {
     std::mt19937   lRandom(5);
