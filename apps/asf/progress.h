@@ -2,6 +2,7 @@
 #define APPS_ASF_PROGRESS_H
 
 #include <apps/asf/console.h>
+#include <qexioplugins/motion/kqexmotionio.h>
 
 #include <chrono>
 #include <string>
@@ -21,6 +22,15 @@ public:
 
     /// \p pFraction: the part of the work that is done, 0 to 1. Always true (never cancels).
     bool Show(double pFraction);
+
+    /// Show() for the library, as long as this object lives.
+    qexsdk::KQexProgress GetFunction()
+    {
+        return [this](double pFraction)
+        {
+            return Show(pFraction);
+        };
+    }
 
 private:
     using KClock = std::chrono::steady_clock;

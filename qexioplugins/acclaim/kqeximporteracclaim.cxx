@@ -1,5 +1,6 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
+#include <qexioplugins/acclaim/asf/kqexasflock.h>
 #include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <algorithm>
@@ -14,9 +15,6 @@ namespace qexsdk
 namespace
 {
 
-/// The skeleton reader's keyword tables and the filter settings are shared by the process: one import at a time.
-std::mutex sMutex;
-
 /// Adds an error without a path, unless memory runs out for it: mOk is false in any case.
 void AddError(KQexImportAcclaimResult& pResult, const char* pText) noexcept
 {
@@ -30,14 +28,14 @@ void AddError(KQexImportAcclaimResult& pResult, const char* pText) noexcept
     }
 }
 
-/// Runs one import under the lock. Turns exceptions into errors; the scene is then unchanged.
+/// Runs one import at a time, under the lock of the skeleton reader: the filter settings are shared by the process, too. Turns exceptions into errors; the scene is then unchanged.
 template <typename TWork>
 bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
 {
     pResult = KQexImportAcclaimResult();
     try
     {
-        const std::lock_guard<std::mutex> lLock(sMutex);
+        const std::lock_guard<std::mutex> lLock(AsfReaderLock());
         pResult.mOk = pWork();
     }
     catch (const std::bad_alloc&)

@@ -1,13 +1,11 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
-#include <apps/asf/report/figuresurvey.h>
+#include <apps/asf/progress.h>
 #include <apps/asf/report/jsontext.h>
-#include <apps/asf/report/motionsurvey.h>
 #include <apps/asf/report/numbertext.h>
-#include <apps/asf/report/sizehint.h>
 #include <apps/asf/usage.h>
-#include <kbaselib/kmath/kdofcodes.h>
+#include <qexfigure/check/kqexfigurecheck.h>
 
 #include <CLI/CLI.hpp>
 
@@ -40,17 +38,17 @@ struct KCheckTotals
 /// What was found in one input.
 struct KCheckResult
 {
-    const char* mKind = "unknown";
-    bool        mIsPrinted = false; ///< The messages were printed already.
-    KMessages   mMessages;
+    const char*              mKind = "unknown";
+    bool                     mIsPrinted = false; ///< The messages were printed already.
+    qexsdk::KQexFileMessages mMessages;
 };
 
 void Report(const std::string& pPath, KCheckResult& pResult, const KCheckOptions& pOptions, KCheckTotals& pTotals, KConsole& pConsole)
 {
-    KMessages& lMessages = pResult.mMessages;
+    qexsdk::KQexFileMessages& lMessages = pResult.mMessages;
     if (!pResult.mIsPrinted)
     {
-        lMessages.Print(pPath == "-" ? "<stdin>" : pPath, pConsole);
+        PrintMessages(lMessages, pPath == "-" ? "<stdin>" : pPath, pConsole);
     }
     pTotals.mErrors += lMessages.mErrors;
     pTotals.mWarnings += lMessages.mWarnings;
@@ -70,56 +68,21 @@ void Report(const std::string& pPath, KCheckResult& pResult, const KCheckOptions
     }
 }
 
-KMessages CheckSkeleton(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole)
+/// Prints notes, and messages about a motion's skeleton; returns those about the file itself.
+qexsdk::KQexFileMessages CheckFiles(const qexsdk::KQexFigureFiles& pFiles, const KCheckOptions& pOptions, KConsole& pConsole)
 {
-    KSkeletonFile lSkeleton;
-    if (lSkeleton.Read(pFile, true, pConsole))
-    {
-        PrintSizeHint(pFile, lSkeleton, pConsole);
-    }
-    return lSkeleton.GetMessages();
-}
-
-/// A warning for each degree of freedom that exceeds its limits.
-void AddLimitWarnings(const KMotionSurvey& pSurvey, KMessages& pMessages)
-{
-    for (const KBoneSurvey& lBone : pSurvey.GetBones())
-    {
-        for (const KDofSurvey& lDof : lBone.mDofs)
-        {
-            if (lDof.mOutside > 0)
-            {
-                pMessages.Add(qexsdk::KQexTextMessage::eWARNING, 0,
-                              "Bone " + lBone.mName + ": " + qexsdk::kDofWords[lDof.mCode] + " is outside its limits " +
-                                  LimitsText(lDof.mHasMin, lDof.mMin, lDof.mHasMax, lDof.mMax) + " in " +
-                                  Count(lDof.mOutside, "frame", "frames") + ", first in frame " + std::to_string(lDof.mFirstOutside) +
-                                  "; its range is " + Short(lDof.mLowest) + " to " + Short(lDof.mHighest));
-            }
-        }
-    }
-}
-
-KMessages CheckMotion(const qexsdk::KQexFigureFiles& pFiles, const KCheckOptions& pOptions, KConsole& pConsole)
-{
-    KMotionSurvey lSurvey;
-    lSurvey.Read(pFiles, pOptions.mMotion, true, pConsole);
-    KMessages lMessages = lSurvey.GetMessages();
-    if (!pOptions.mNoLimits)
-    {
-        AddLimitWarnings(lSurvey, lMessages);
-    }
+    qexsdk::KQexFigureCheckOptions lOptions;
+    qexsdk::KQexFileMessages       lMessages;
+    qexsdk::KQexFigureReport       lReport;
+    KProgress                      lProgress("reading", pConsole);
+    lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
+    lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
+    lOptions.mLimits = !pOptions.mNoLimits;
+    lOptions.mScaleOption = kScaleOption;
+    lOptions.mProgress = lProgress.GetFunction();
+    qexsdk::CheckFigure(pFiles, lOptions, lMessages, lReport);
+    PrintReport(lReport, pConsole);
     return lMessages;
-}
-
-KMessages CheckFigure(const qexsdk::KQexFigureFile& pFile, KConsole& pConsole)
-{
-    KFigureSurvey lSurvey;
-    if (lSurvey.Read(pFile, pConsole))
-    {
-        lSurvey.AddFindings();
-        PrintSizeHint(pFile, lSurvey, pConsole);
-    }
-    return lSurvey.GetMessages();
 }
 
 void Check(const KInputSet& pInputs, size_t pIndex, const KCheckOptions& pOptions, KCheckResult& pResult, KConsole& pConsole)
@@ -135,17 +98,14 @@ void Check(const KInputSet& pInputs, size_t pIndex, const KCheckOptions& pOption
     qexsdk::KQexFigureFiles       lPair;
     qexsdk::KQexFigureReport      lReport;
     pResult.mKind = JsonKind(lFile);
-    if (lFile.HasOwnMotion())
+    if (lFile.HasOwnMotion() || lFile.GetFormat() == qexsdk::eFIGURE_ASF)
     {
-        pResult.mMessages = CheckFigure(lFile, pConsole);
-    }
-    else if (lFile.GetFormat() == qexsdk::eFIGURE_ASF)
-    {
-        pResult.mMessages = CheckSkeleton(lFile, pConsole);
+        lPair.mFigure = lFile;
+        pResult.mMessages = CheckFiles(lPair, pOptions, pConsole);
     }
     else if (pInputs.Pair(pIndex, pOptions.mMotion, lPair, lReport, pConsole))
     {
-        pResult.mMessages = CheckMotion(lPair, pOptions, pConsole);
+        pResult.mMessages = CheckFiles(lPair, pOptions, pConsole);
     }
     else
     {

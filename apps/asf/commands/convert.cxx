@@ -3,7 +3,7 @@
 #include <apps/asf/figure/converter.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/report/sizehint.h>
+#include <qexfigure/check/kqexsizehint.h>
 
 #include <CLI/CLI.hpp>
 
@@ -48,7 +48,7 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
     }
     if (pOptions.mWorld.mScale == 1)
     {
-        PrintSizeHint(lFiles.mFigure, lFigure, pConsole);
+        PrintSizeHint(lFiles.mFigure, qexsdk::SizeHint(lFiles.mFigure, lFigure, kScaleOption), pConsole);
     }
     SetFileUnit(pOptions.mWorld, lFiles, lFigure);
     if (CheckLengthUnit(pOptions.mWorld, pOptions.mLengthUnit, true, pConsole))

@@ -3,15 +3,12 @@
 #include <apps/asf/commands/framelist.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/picture/picture.h>
-#include <apps/asf/picture/pictureframes.h>
-#include <apps/asf/picture/picturejoints.h>
 #include <apps/asf/picture/pictureoutput.h>
 #include <apps/asf/picture/picturepng.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
-#include <apps/asf/report/skeletonfile.h>
 #include <apps/asf/usage.h>
+#include <qexfigure/picture/kqexfigurepicture.h>
 
 #include <CLI/CLI.hpp>
 
@@ -42,13 +39,13 @@ struct KDrawOptions
     KMotionOptions           mMotion;
 };
 
-std::vector<EView> ViewsOf(const std::string& pWord)
+std::vector<qexsdk::KQexPictureView> ViewsOf(const std::string& pWord)
 {
     if (pWord == "all")
     {
-        return {eVIEW_FRONT, eVIEW_SIDE, eVIEW_TOP};
+        return {qexsdk::ePICTURE_FRONT, qexsdk::ePICTURE_SIDE, qexsdk::ePICTURE_TOP};
     }
-    return {pWord == "side" ? eVIEW_SIDE : pWord == "top" ? eVIEW_TOP : eVIEW_FRONT};
+    return {pWord == "side" ? qexsdk::ePICTURE_SIDE : pWord == "top" ? qexsdk::ePICTURE_TOP : qexsdk::ePICTURE_FRONT};
 }
 
 std::string FileName(const KQexFigureFile& pFile)
@@ -56,118 +53,26 @@ std::string FileName(const KQexFigureFile& pFile)
     return pFile.GetDisplayPath().substr(pFile.GetDisplayPath().find_last_of('/') + 1);
 }
 
-/// A picture with the settings that do not depend on the pose.
-KPicture MakePicture(const KDrawOptions& pOptions, const std::string& pTitle)
+qexsdk::KQexFigurePictureOptions PictureOptions(const KDrawOptions& pOptions, const KQexFigureFile& pFile)
 {
-    KPicture lPicture;
-    lPicture.mTitle = pTitle;
-    lPicture.mViews = ViewsOf(pOptions.mView);
-    return lPicture;
+    qexsdk::KQexFigurePictureOptions lOptions;
+    lOptions.mPath = pFile.GetDisplayPath();
+    lOptions.mTitle = FileName(pFile);
+    lOptions.mViews = ViewsOf(pOptions.mView);
+    lOptions.mNames = pOptions.mNames;
+    lOptions.mTrails = pOptions.mTrails;
+    lOptions.mTrailOption = "--trail: ";
+    return lOptions;
 }
 
-KPicture RestPicture(const KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, const KDrawOptions& pOptions)
+void WritePoses(const KDrawOptions& pOptions, const qexsdk::KQexPicture& pPicture, KConsole& pConsole)
 {
-    const std::string        lName = pSkeleton.GetScene().mName;
-    KPicture                 lPicture = MakePicture(pOptions, lName.empty() ? FileName(pFile) : lName);
-    KPose                    lPose;
-    std::vector<std::string> lNames;
-    for (const KRestBone& lBone : pSkeleton.GetBones())
+    const auto lDraw = [&pPicture](double pWidth, qexsdk::KQexSvg& pSvg, qexsdk::KQexFigureReport& pReport)
     {
-        lNames.push_back(lBone.mNode->mName);
-        lPose.mStarts.push_back(lBone.mStart);
-        lPose.mEnds.push_back(lBone.mEnd);
-    }
-    SetBones(lNames, pOptions.mNames, lPicture);
-    KPoint lMin;
-    KPoint lMax;
-    pSkeleton.GetBounds(lMin, lMax);
-    lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()) - 1, "bone", "bones") + ", " + Fixed(lMax.mY - lMin.mY, 1) +
-                         " cm high at rest";
-    lPicture.mPoses.push_back(lPose);
-    return lPicture;
-}
-
-/// Makes poses of a scene.
-class KPoseMaker
-{
-public:
-    explicit KPoseMaker(KLoadedMotion& pMotion) : mMotion(pMotion)
-    {
-        for (const qexsdk::KQexFigureJoint& lJoint : pMotion.GetJoints())
-        {
-            mJoints.push_back({lJoint.mName, lJoint.mParent, lJoint.mIsEnd});
-        }
-    }
-
-    void SetUp(bool pLabels, KPicture& pPicture) const { SetJoints(mJoints, pLabels, pPicture); }
-
-    /// The pose in frame \p pFrame; without a motion, at rest.
-    KPose Pose(size_t pFrame)
-    {
-        mMotion.Evaluate(mMotion.GetTime(pFrame), mPositions);
-        KPose lPose = PoseOf(mJoints, mPositions);
-        if (mMotion.HasTake())
-        {
-            lPose.mCaption = "frame " + std::to_string(mMotion.GetFrames()[pFrame]) + ", " +
-                             Fixed(mMotion.GetSeconds(mMotion.GetTime(pFrame)), 2) + " s";
-        }
-        return lPose;
-    }
-
-private:
-    KLoadedMotion&             mMotion;
-    std::vector<KPictureJoint> mJoints;
-    std::vector<KPoint>        mPositions;
-};
-
-/// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1 for an unknown bone.
-int TrailJoint(const KLoadedMotion& pMotion, const std::string& pBone)
-{
-    int lFound = -1;
-    for (size_t lJoint = 0; lJoint < pMotion.GetJoints().size(); ++lJoint)
-    {
-        const qexsdk::KQexFigureJoint& lCandidate = pMotion.GetJoints()[lJoint];
-        if (lCandidate.mName == pBone && lFound < 0)
-        {
-            lFound = static_cast<int>(lJoint);
-        }
-        else if (lFound > 0 && lCandidate.mParent == lFound)
-        {
-            return static_cast<int>(lJoint);
-        }
-    }
-    return lFound;
-}
-
-bool AddTrails(const KDrawOptions& pOptions, KLoadedMotion& pMotion, KPicture& pPicture, KConsole& pConsole)
-{
-    std::vector<int> lJoints;
-    for (const std::string& lBone : pOptions.mTrails)
-    {
-        lJoints.push_back(TrailJoint(pMotion, lBone));
-        if (lJoints.back() < 0)
-        {
-            pConsole.Fail(eEXIT_USAGE, "--trail: the skeleton has no bone " + lBone);
-            return false;
-        }
-        KTrail lTrail;
-        lTrail.mName = lBone;
-        lTrail.mSide = pPicture.mSides[static_cast<size_t>(lJoints.back())];
-        pPicture.mTrails.push_back(lTrail);
-    }
-    KProgress           lProgress("drawing", pConsole);
-    std::vector<KPoint> lPositions;
-    for (size_t lFrame = 0; !lJoints.empty() && lFrame < pMotion.GetFrames().size(); ++lFrame)
-    {
-        pMotion.Evaluate(pMotion.GetTime(lFrame), lPositions);
-        for (size_t lTrail = 0; lTrail < lJoints.size(); ++lTrail)
-        {
-            pPicture.mTrails[lTrail].mPoints.push_back(lPositions[static_cast<size_t>(lJoints[lTrail])]);
-        }
-        lProgress.Show(static_cast<double>(lFrame) / static_cast<double>(pMotion.GetFrames().size()));
-    }
-    pPicture.mInPlace = !lJoints.empty();
-    return true;
+        return qexsdk::DrawPicture(pPicture, pWidth, pSvg, pReport);
+    };
+    const std::string lContents = Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses");
+    WritePicture(lDraw, lContents, pOptions.mWidth, pOptions.mOutput, pConsole);
 }
 
 /// Leaves of \p pFrames, one range, those that are nearest to even times, \p pRate a second from the first.
@@ -201,13 +106,11 @@ void KeepAtRate(const KLoadedMotion& pMotion, double pRate, std::vector<size_t>&
     pFrames = lKept;
 }
 
-/// The indices of the frames to draw. False after an error.
-bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, const KQexFigureFile& pFile, std::vector<size_t>& pFrames,
-                  KConsole& pConsole)
+/// The indices of the frames to draw; none for the default. False after an error.
+bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, std::vector<size_t>& pFrames, KConsole& pConsole)
 {
     const bool        lHasRate = pOptions.mMotion.mRate > 0;
     const std::string lList = pOptions.mFrames.empty() && lHasRate ? "first-last" : pOptions.mFrames;
-    pFrames = DefaultFrames(pMotion.GetFrames().size());
     const std::string lError = lList.empty() ? std::string() : PickFrames(lList, pMotion.GetFrames(), pFrames);
     if (!lError.empty())
     {
@@ -221,14 +124,6 @@ bool ChooseFrames(const KDrawOptions& pOptions, const KLoadedMotion& pMotion, co
     if (lHasRate)
     {
         KeepAtRate(pMotion, pOptions.mMotion.mRate, pFrames);
-    }
-    const size_t lLeftOut = LimitFrames(pFrames);
-    if (lLeftOut > 0)
-    {
-        pConsole.Message(eNOTE, pFile.GetDisplayPath(), 0,
-                         std::to_string(lLeftOut) + " of " + std::to_string(pFrames.size() + lLeftOut) +
-                             " frames are left out: a picture has at most " + std::to_string(MaxPoses()) +
-                             " poses, one for each pixel of its width");
     }
     return true;
 }
@@ -251,49 +146,38 @@ void DrawSkeleton(const KDrawOptions& pOptions, const KQexFigureFile& pFile, KCo
     {
         return;
     }
-    KSkeletonFile lSkeleton;
-    const bool    lOk = lSkeleton.Read(pFile, false, pConsole);
-    lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
-    if (lOk)
+    qexsdk::KQexSkeletonFile lSkeleton;
+    qexsdk::KQexFigureReport lReport;
+    const bool               lOk = lSkeleton.Read(pFile, false, lReport);
+    PrintReport(lReport, pConsole);
+    PrintMessages(lSkeleton.GetMessages(), pFile.GetDisplayPath(), pConsole);
+    qexsdk::KQexPicture lPicture;
+    if (lOk && qexsdk::MakeSkeletonPicture(lSkeleton, PictureOptions(pOptions, pFile), lPicture, lReport))
     {
-        WritePicture(RestPicture(pFile, lSkeleton, pOptions), pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
+        WritePoses(pOptions, lPicture, pConsole);
     }
 }
 
-/// A figure of another format without motion, at rest.
-void DrawRest(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
-{
-    if (!CheckRestOptions(pOptions, pConsole))
-    {
-        return;
-    }
-    KPicture   lPicture = MakePicture(pOptions, FileName(pFile));
-    KPoseMaker lPoseMaker(pMotion);
-    lPoseMaker.SetUp(pOptions.mNames, lPicture);
-    lPicture.mPoses.push_back(lPoseMaker.Pose(0));
-    lPicture.mSubtitle = Count(static_cast<long long>(lPicture.mNames.size()), "joint", "joints") + " at rest";
-    WritePicture(lPicture, pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
-}
-
+/// Poses of a motion; a figure without motion, at rest.
 void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQexFigureFile& pFile, KConsole& pConsole)
 {
-    std::vector<size_t> lFrames;
-    if (!ChooseFrames(pOptions, pMotion, pFile, lFrames, pConsole))
+    qexsdk::KQexFigurePictureOptions lOptions = PictureOptions(pOptions, pFile);
+    if (pMotion.HasTake() ? !ChooseFrames(pOptions, pMotion, lOptions.mFrames, pConsole) : !CheckRestOptions(pOptions, pConsole))
     {
         return;
     }
-    KPicture lPicture = MakePicture(pOptions, FileName(pFile));
-    lPicture.mSubtitle =
-        Count(static_cast<long long>(pMotion.GetFrames().size()), "frame", "frames") + ", " + Short(pMotion.GetRate()) + " a second";
-    KPoseMaker lPoseMaker(pMotion);
-    lPoseMaker.SetUp(pOptions.mNames, lPicture);
-    for (const size_t lFrame : lFrames)
+    qexsdk::KQexPicture      lPicture;
+    qexsdk::KQexFigureReport lReport;
+    bool                     lOk = false;
     {
-        lPicture.mPoses.push_back(lPoseMaker.Pose(lFrame));
+        KProgress lProgress("drawing", pConsole);
+        lOptions.mProgress = lProgress.GetFunction();
+        lOk = qexsdk::MakeFigurePicture(pMotion.GetFigure(), pMotion.GetTake(), lOptions, lPicture, lReport);
     }
-    if (AddTrails(pOptions, pMotion, lPicture, pConsole))
+    PrintReport(lReport, pConsole);
+    if (lOk)
     {
-        WritePicture(lPicture, pOptions.mWidth, pOptions.mOutput, pFile.GetDisplayPath(), pConsole);
+        WritePoses(pOptions, lPicture, pConsole);
     }
 }
 
@@ -315,7 +199,7 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
     const KQexFigureFile& lFile = lFiles.mMotions.empty() ? lFiles.mFigure : lFiles.mMotions.front();
     if (lMotion.LoadFigureOrMotion(lFiles, pOptions.mMotion, pOptions.mTake, pConsole))
     {
-        (lMotion.HasTake() ? DrawMotion : DrawRest)(pOptions, lMotion, lFile, pConsole);
+        DrawMotion(pOptions, lMotion, lFile, pConsole);
     }
 }
 

@@ -1,12 +1,13 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/figure/loading.h>
-#include <apps/asf/report/figuresurvey.h>
+#include <apps/asf/progress.h>
+#include <apps/asf/report/figureinfo.h>
 #include <apps/asf/report/jsontext.h>
-#include <apps/asf/report/motionsurvey.h>
+#include <apps/asf/report/motioninfo.h>
 #include <apps/asf/report/numbertext.h>
-#include <apps/asf/report/sizehint.h>
 #include <apps/asf/report/skeletoninfo.h>
+#include <qexfigure/check/kqexsizehint.h>
 
 #include <CLI/CLI.hpp>
 
@@ -29,10 +30,12 @@ struct KInfoOptions
 
 void ShowSkeleton(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
 {
-    KSkeletonFile lSkeleton;
-    lSkeleton.Read(pFile, false, pConsole);
-    lSkeleton.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
-    PrintSizeHint(pFile, lSkeleton, pConsole);
+    qexsdk::KQexSkeletonFile lSkeleton;
+    qexsdk::KQexFigureReport lReport;
+    lSkeleton.Read(pFile, false, lReport);
+    PrintReport(lReport, pConsole);
+    PrintMessages(lSkeleton.GetMessages(), pFile.GetDisplayPath(), pConsole);
+    PrintSizeHint(pFile, qexsdk::SizeHint(lSkeleton, kScaleOption), pConsole);
     if (pOptions.mJson)
     {
         WriteSkeletonJson(pFile, lSkeleton, pConsole);
@@ -43,12 +46,25 @@ void ShowSkeleton(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOpti
     }
 }
 
+bool Survey(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOptions, qexsdk::KQexMotionSurvey& pSurvey, KConsole& pConsole)
+{
+    qexsdk::KQexMotionSurveyOptions lOptions;
+    qexsdk::KQexFigureReport        lReport;
+    KProgress                       lProgress("reading", pConsole);
+    lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
+    lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
+    lOptions.mProgress = lProgress.GetFunction();
+    const bool lOk = pSurvey.Read(pFiles, lOptions, lReport);
+    PrintReport(lReport, pConsole);
+    return lOk;
+}
+
 void ShowMotion(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOptions, KConsole& pConsole)
 {
-    const std::string& lPath = pFiles.mMotions.front().GetDisplayPath();
-    KMotionSurvey      lSurvey;
-    const bool         lOk = lSurvey.Read(pFiles, pOptions.mMotion, false, pConsole);
-    lSurvey.GetMessages().Print(lPath, pConsole);
+    const std::string&       lPath = pFiles.mMotions.front().GetDisplayPath();
+    qexsdk::KQexMotionSurvey lSurvey;
+    const bool               lOk = Survey(pFiles, pOptions, lSurvey, pConsole);
+    PrintMessages(lSurvey.GetMessages(), lPath, pConsole);
     if (lOk && lSurvey.GetInfo().mRateSource == qexsdk::eAMC_RATE_DEFAULT)
     {
         pConsole.Message(eNOTE, lPath, 0, "has no frame rate, using " + Short(lSurvey.GetInfo().mSamplesPerSecond) + " frames per second");
@@ -65,10 +81,13 @@ void ShowMotion(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOpti
 
 void ShowFigure(const qexsdk::KQexFigureFile& pFile, const KInfoOptions& pOptions, KConsole& pConsole)
 {
-    KFigureSurvey lSurvey;
-    const bool    lOk = lSurvey.Read(pFile, pConsole);
-    lSurvey.GetMessages().Print(pFile.GetDisplayPath(), pConsole);
-    PrintSizeHint(pFile, lSurvey, pConsole);
+    qexsdk::KQexFigureSurvey lSurvey;
+    qexsdk::KQexFigureReport lReport;
+    KProgress                lProgress("reading", pConsole);
+    const bool               lOk = lSurvey.Read(pFile, lProgress.GetFunction(), lReport);
+    PrintReport(lReport, pConsole);
+    PrintMessages(lSurvey.GetMessages(), pFile.GetDisplayPath(), pConsole);
+    PrintSizeHint(pFile, qexsdk::SizeHint(pFile, lSurvey, kScaleOption), pConsole);
     if (pOptions.mJson)
     {
         WriteFigureJson(pFile, lSurvey, pConsole);
@@ -85,7 +104,7 @@ void ShowUnreadable(const char* pKind, const std::string& pPath, const qexsdk::K
 {
     if (pOptions.mJson)
     {
-        KMessages lMessages;
+        qexsdk::KQexFileMessages lMessages;
         lMessages.Add(pReport, pPath);
         PrintJsonLine(JsonHead(pKind, pPath, false, lMessages), pConsole);
     }

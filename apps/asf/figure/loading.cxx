@@ -107,10 +107,7 @@ bool LoadQuietly(qexsdk::KQexFigure& pFigure, const KQexFigureFiles& pFiles, qex
 {
     KProgress lProgress("reading", pConsole);
     pOptions.mTakeOption = "--take";
-    pOptions.mProgress = [&lProgress](double pFraction)
-    {
-        return lProgress.Show(pFraction);
-    };
+    pOptions.mProgress = lProgress.GetFunction();
     const bool lOk = pFigure.Load(pFiles, pOptions, pReport);
     RaiseStatus(pReport, pConsole);
     return lOk;
@@ -140,6 +137,29 @@ void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pCo
     {
         pConsole.Message(SeverityOf(lMessage.mMessage), lMessage.mPath.empty() ? "asf" : lMessage.mPath, lMessage.mMessage.mLine,
                          lMessage.mMessage.mText);
+    }
+}
+
+void PrintMessages(const qexsdk::KQexFileMessages& pMessages, const std::string& pPath, KConsole& pConsole)
+{
+    for (const qexsdk::KQexTextMessage& lMessage : pMessages.mList)
+    {
+        pConsole.Message(SeverityOf(lMessage), pPath, lMessage.mLine, lMessage.mText);
+    }
+    const long long lOmitted =
+        static_cast<long long>(pMessages.mErrors) + pMessages.mWarnings - static_cast<long long>(pMessages.mList.size());
+    if (lOmitted > 0)
+    {
+        pConsole.Message(eWARNING, pPath, 0,
+                         lOmitted == 1 ? "1 further warning is not shown" : std::to_string(lOmitted) + " further warnings are not shown");
+    }
+}
+
+void PrintSizeHint(const qexsdk::KQexFigureFile& pFile, const std::string& pHint, KConsole& pConsole)
+{
+    if (!pHint.empty())
+    {
+        pConsole.Message(eNOTE, pFile.GetDisplayPath(), 0, pHint);
     }
 }
 

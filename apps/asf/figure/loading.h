@@ -4,6 +4,7 @@
 #include <apps/asf/console.h>
 #include <apps/asf/figure/motionoptions.h>
 #include <apps/asf/figure/point.h>
+#include <qexfigure/check/kqexfilemessages.h>
 #include <qexfigure/kqexfigure.h>
 
 #include <string>
@@ -71,6 +72,15 @@ std::vector<std::string> PathsOf(const qexsdk::KQexFigureFiles& pFiles);
 /// Prints the messages of an import.
 void PrintMessages(const qexsdk::KQexImportAcclaimResult& pResult, KConsole& pConsole);
 
+/// Prints the messages about the file \p pPath, and how many warnings are not among them.
+void PrintMessages(const qexsdk::KQexFileMessages& pMessages, const std::string& pPath, KConsole& pConsole);
+
+/// What to type to scale a figure, for size hints.
+constexpr const char* kScaleOption = "asf convert --scale";
+
+/// Prints \p pHint, from SizeHint(), as a note about \p pFile unless it is empty.
+void PrintSizeHint(const qexsdk::KQexFigureFile& pFile, const std::string& pHint, KConsole& pConsole);
+
 /// A figure, one of its takes and the frames of that.
 class KLoadedMotion
 {
@@ -86,6 +96,7 @@ public:
     qexsdk::KQexFigure& GetFigure() { return mFigure; }
 
     bool                                        HasTake() const { return mTake != nullptr; }
+    const qexsdk::KQexFigureTake*               GetTake() const { return mTake; } ///< Null without a take.
     const std::vector<qexsdk::KQexFigureJoint>& GetJoints() const { return mFigure.GetJoints(); }
 
     /// Frame numbers, ascending.

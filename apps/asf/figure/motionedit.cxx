@@ -4,7 +4,6 @@
 #include <apps/asf/outputs.h>
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
-#include <apps/asf/report/skeletonfile.h>
 #include <kbaselib/kbase/knumber.h>
 #include <kbaselib/kmath/kdofcodes.h>
 #include <qexioplugins/acclaim/amc/kqexamcheader.h>
@@ -214,9 +213,9 @@ bool KMotionEdit::Write(const qexsdk::KQexFigureFile& pMotion, const std::string
         pConsole.Raise(eEXIT_INPUT);
         return false;
     }
-    KMessages lMessages;
+    qexsdk::KQexFileMessages lMessages;
     lMessages.Take(lReader);
-    lMessages.Print(pMotion.GetDisplayPath(), pConsole);
+    PrintMessages(lMessages, pMotion.GetDisplayPath(), pConsole);
     if (pOut.HasFailed())
     {
         ReportOutputError(pOut, pOut.GetPath(), pConsole);

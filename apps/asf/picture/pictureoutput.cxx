@@ -1,9 +1,9 @@
 #include <apps/asf/picture/pictureoutput.h>
 
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/outputname.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/picture/picturepng.h>
-#include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/kpath.h>
 
 #include <cmath>
@@ -20,13 +20,22 @@ bool IsPngName(const std::string& pPath)
     return qexsdk::KPathExtension(pPath) == ".png";
 }
 
-std::string PixelText(const KSvg& pSvg)
+std::string PixelText(const qexsdk::KQexSvg& pSvg)
 {
     return std::to_string(std::llround(pSvg.mWidth)) + " x " + std::to_string(std::llround(pSvg.mHeight)) + " pixels";
 }
 
+/// False after an error.
+bool Draw(const KDrawFunction& pDraw, int pWidth, qexsdk::KQexSvg& pSvg, KConsole& pConsole)
+{
+    qexsdk::KQexFigureReport lReport;
+    const bool               lOk = pDraw(pWidth, pSvg, lReport);
+    PrintReport(lReport, pConsole);
+    return lOk;
+}
+
 /// Reduces \p pSvg to the size that a PNG can have. False, after an error, if \p pWidth asks for more, or if too little would be left.
-bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg& pSvg, KConsole& pConsole)
+bool FitPng(const KDrawFunction& pDraw, int pWidth, const std::string& pPath, qexsdk::KQexSvg& pSvg, KConsole& pConsole)
 {
     const int lMax = MaxPngWidth(pSvg.mWidth, pSvg.mHeight);
     if (lMax >= pSvg.mWidth)
@@ -36,7 +45,10 @@ bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg
     if (pWidth == 0 && lMax >= kMinPictureWidth)
     {
         const std::string lWanted = PixelText(pSvg);
-        pSvg = DrawSvg(pPicture, lMax);
+        if (!Draw(pDraw, lMax, pSvg, pConsole))
+        {
+            return false;
+        }
         pConsole.Message(eNOTE, pPath, 0, "reduced from " + lWanted + ", which is too large for a PNG, to " + PixelText(pSvg));
         return true;
     }
@@ -47,17 +59,18 @@ bool FitPng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg
 }
 
 /// Writes and reports the picture's bytes.
-void WriteBytes(const KPicture& pPicture, const std::string& pPath, const std::string& pBytes, KConsole& pConsole)
+void WriteBytes(const std::string& pContents, const std::string& pPath, const std::string& pBytes, KConsole& pConsole)
 {
     if (WriteOutput(pPath, pBytes, pConsole) && pPath != "-")
     {
-        ReportAfterCommit([&] { ReportWritten(pPath, Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses"), pConsole); });
+        ReportAfterCommit([&] { ReportWritten(pPath, pContents, pConsole); });
     }
 }
 
-void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KSvg& pSvg, KConsole& pConsole)
+void WritePng(const KDrawFunction& pDraw, const std::string& pContents, int pWidth, const std::string& pPath, qexsdk::KQexSvg& pSvg,
+              KConsole& pConsole)
 {
-    if (!FitPng(pPicture, pWidth, pPath, pSvg, pConsole))
+    if (!FitPng(pDraw, pWidth, pPath, pSvg, pConsole))
     {
         return;
     }
@@ -69,7 +82,7 @@ void WritePng(const KPicture& pPicture, int pWidth, const std::string& pPath, KS
         pConsole.Raise(eEXIT_SYSTEM);
         return;
     }
-    WriteBytes(pPicture, pPath, lPng, pConsole);
+    WriteBytes(pContents, pPath, lPng, pConsole);
 }
 
 } // namespace
@@ -90,21 +103,20 @@ bool CheckPictureName(const std::string& pPath, bool pHasPng, KConsole& pConsole
     return CheckOutputName(pPath, "draw", lEndings, pConsole);
 }
 
-void WritePicture(const KPicture& pPicture, int pWidth, const std::string& pPath, const std::string& pInput, KConsole& pConsole)
+void WritePicture(const KDrawFunction& pDraw, const std::string& pContents, int pWidth, const std::string& pPath, KConsole& pConsole)
 {
-    KSvg lSvg = DrawSvg(pPicture, pWidth);
-    if (lSvg.mText.empty())
+    qexsdk::KQexSvg lSvg;
+    if (!Draw(pDraw, pWidth, lSvg, pConsole))
     {
-        pConsole.Message(eERROR, pInput, 0, "cannot be drawn: coordinates are too large");
-        pConsole.Raise(eEXIT_INPUT);
+        return;
     }
-    else if (IsPngName(pPath))
+    if (IsPngName(pPath))
     {
-        WritePng(pPicture, pWidth, pPath, lSvg, pConsole);
+        WritePng(pDraw, pContents, pWidth, pPath, lSvg, pConsole);
     }
     else
     {
-        WriteBytes(pPicture, pPath, lSvg.mText, pConsole);
+        WriteBytes(pContents, pPath, lSvg.mText, pConsole);
     }
 }
 

@@ -99,7 +99,7 @@ cairo_status_t AppendPng(void* pOut, const unsigned char* pBytes, unsigned pSize
 }
 
 /// Draws onto \p pSurface; "" or an error text.
-std::string Render(const KRsvg& pRsvg, const KSvg& pSvg, const RsvgRectangle& pSize, cairo_surface_t* pSurface)
+std::string Render(const KRsvg& pRsvg, const qexsdk::KQexSvg& pSvg, const RsvgRectangle& pSize, cairo_surface_t* pSurface)
 {
     GError*       lError = nullptr;
     GInputStream* lStream = pRsvg.mNewStream(pSvg.mText.data(), static_cast<gssize>(pSvg.mText.size()), nullptr);
@@ -107,7 +107,8 @@ std::string Render(const KRsvg& pRsvg, const KSvg& pSvg, const RsvgRectangle& pS
     RsvgHandle* lHandle = pRsvg.mNewHandle(lStream, nullptr, RSVG_HANDLE_FLAG_UNLIMITED, nullptr, &lError);
     cairo_t*    lContext = pRsvg.mNewContext(pSurface);
     // The picture's size is a fraction of a pixel off; without this, its edges would be dark.
-    pRsvg.mSetColor(lContext, (kBackground >> 16) / 255.0, (kBackground >> 8 & 255) / 255.0, (kBackground & 255) / 255.0);
+    pRsvg.mSetColor(lContext, (qexsdk::kPictureBackground >> 16) / 255.0, (qexsdk::kPictureBackground >> 8 & 255) / 255.0,
+                    (qexsdk::kPictureBackground & 255) / 255.0);
     pRsvg.mPaint(lContext);
     if (lHandle != nullptr)
     {
@@ -131,7 +132,7 @@ bool IsPngBuiltIn()
     return true;
 }
 
-std::string DrawPng(const KSvg& pSvg, std::string& pPng)
+std::string DrawPng(const qexsdk::KQexSvg& pSvg, std::string& pPng)
 {
     pPng.clear();
     KRsvg       lRsvg;
@@ -170,7 +171,7 @@ bool IsPngBuiltIn()
     return false;
 }
 
-std::string DrawPng(const KSvg&, std::string& pPng)
+std::string DrawPng(const qexsdk::KQexSvg&, std::string& pPng)
 {
     pPng.clear();
     return "this build writes no PNG";

@@ -1,7 +1,7 @@
 #ifndef APPS_ASF_PICTURE_PICTUREPNG_H
 #define APPS_ASF_PICTURE_PICTUREPNG_H
 
-#include <apps/asf/picture/picture.h>
+#include <qexfigure/picture/kqexsvg.h>
 
 #include <string>
 
@@ -15,7 +15,7 @@ bool IsPngBuiltIn();
 int MaxPngWidth(double pWidth, double pHeight);
 
 /// Draws \p pSvg, which is no wider than MaxPngWidth(), as a PNG file of its size. "", or an error text; \p pPng is empty then.
-std::string DrawPng(const KSvg& pSvg, std::string& pPng);
+std::string DrawPng(const qexsdk::KQexSvg& pSvg, std::string& pPng);
 
 } // namespace asfapp
 

@@ -1,4 +1,5 @@
-#include <apps/asf/report/figuresurvey.h>
+#include <apps/asf/report/figureinfo.h>
+
 #include <apps/asf/report/jsontext.h>
 #include <apps/asf/report/numbertext.h>
 
@@ -20,22 +21,22 @@ const char* FormatWord(const qexsdk::KQexFigureFile& pFile)
     return pFile.GetFormat() == qexsdk::eFIGURE_BVH ? "BVH" : "glTF";
 }
 
-std::string IndentedJoint(const KFigureSurvey& pSurvey, size_t pJoint)
+std::string IndentedJoint(const qexsdk::KQexFigureSurvey& pSurvey, size_t pJoint)
 {
     const int lIndent = std::min(pSurvey.GetDepths()[pJoint], kMaxJointIndent);
     return std::string(2 * static_cast<size_t>(lIndent), ' ') + Printable(pSurvey.GetJoints()[pJoint].mName);
 }
 
-std::string MovesText(const KFigureSurvey& pSurvey, size_t pJoint)
+std::string MovesText(const qexsdk::KQexFigureSurvey& pSurvey, size_t pJoint)
 {
-    const KJointMoves& lMoves = pSurvey.GetMoves()[pJoint];
-    std::string        lText = lMoves.mTranslates ? "translation" : "";
+    const qexsdk::KQexJointMoves& lMoves = pSurvey.GetMoves()[pJoint];
+    std::string                   lText = lMoves.mTranslates ? "translation" : "";
     lText += !lMoves.mRotates ? "" : lText.empty() ? "rotation" : ", rotation";
     lText += !lMoves.mScales ? "" : lText.empty() ? "scaling" : ", scaling";
     return lText;
 }
 
-KJson MovesJson(const KJointMoves& pMoves)
+KJson MovesJson(const qexsdk::KQexJointMoves& pMoves)
 {
     KJson lMoves = KJson::array();
     for (const auto& [lMovesSo, lWord] :
@@ -50,7 +51,7 @@ KJson MovesJson(const KJointMoves& pMoves)
 }
 
 /// Degrees of freedom with their limits, where the file has them.
-std::string DofsText(const KFigureSurvey& pSurvey, const std::string& pJoint)
+std::string DofsText(const qexsdk::KQexFigureSurvey& pSurvey, const std::string& pJoint)
 {
     std::string lText;
     const auto* lDofs = pSurvey.GetBoneDofs();
@@ -70,7 +71,7 @@ std::string DofsText(const KFigureSurvey& pSurvey, const std::string& pJoint)
     return lText;
 }
 
-void WriteFigureSummary(const KFigureSurvey& pSurvey, KConsole& pConsole)
+void WriteFigureSummary(const qexsdk::KQexFigureSurvey& pSurvey, KConsole& pConsole)
 {
     KPoint lMin;
     KPoint lMax;
@@ -80,7 +81,7 @@ void WriteFigureSummary(const KFigureSurvey& pSurvey, KConsole& pConsole)
                  ", " + Count(pSurvey.GetDepth(), "level", "levels") + " deep\n");
     pConsole.Out("  height  " + Fixed(lMax.mY - lMin.mY, 1) + " cm at rest (" + Fixed(lMax.mX - lMin.mX, 1) + " wide, " +
                  Fixed(lMax.mZ - lMin.mZ, 1) + " deep)\n");
-    for (const KTakeSurvey& lTake : pSurvey.GetTakes())
+    for (const qexsdk::KQexTakeSurvey& lTake : pSurvey.GetTakes())
     {
         pConsole.Out("  take    " + Printable(lTake.mName) + ": " + Count(lTake.mFrameCount, "frame", "frames") + " (" +
                      std::to_string(lTake.mFirstFrame) + " to " + std::to_string(lTake.mLastFrame) + "), " + Short(lTake.mRate) +
@@ -91,7 +92,7 @@ void WriteFigureSummary(const KFigureSurvey& pSurvey, KConsole& pConsole)
     pConsole.Out(pSurvey.GetTakes().empty() ? "  take    none\n\n" : "\n");
 }
 
-KJson JsonTake(const KTakeSurvey& pTake)
+KJson JsonTake(const qexsdk::KQexTakeSurvey& pTake)
 {
     KJson lTake;
     lTake["name"] = pTake.mName;
@@ -106,7 +107,7 @@ KJson JsonTake(const KTakeSurvey& pTake)
     return lTake;
 }
 
-KJson JsonJoint(const KFigureSurvey& pSurvey, size_t pJoint)
+KJson JsonJoint(const qexsdk::KQexFigureSurvey& pSurvey, size_t pJoint)
 {
     const qexsdk::KQexFigureJoint& lSource = pSurvey.GetJoints()[pJoint];
     KJson                          lJoint;
@@ -120,10 +121,10 @@ KJson JsonJoint(const KFigureSurvey& pSurvey, size_t pJoint)
     return lJoint;
 }
 
-KJson JsonFigure(const qexsdk::KQexFigureFile& pFile, const KFigureSurvey& pSurvey)
+KJson JsonFigure(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexFigureSurvey& pSurvey)
 {
     KJson lTakes = KJson::array();
-    for (const KTakeSurvey& lTake : pSurvey.GetTakes())
+    for (const qexsdk::KQexTakeSurvey& lTake : pSurvey.GetTakes())
     {
         lTakes.push_back(JsonTake(lTake));
     }
@@ -149,7 +150,7 @@ KJson JsonFigure(const qexsdk::KQexFigureFile& pFile, const KFigureSurvey& pSurv
 
 } // namespace
 
-void WriteFigureInfo(const qexsdk::KQexFigureFile& pFile, const KFigureSurvey& pSurvey, KConsole& pConsole)
+void WriteFigureInfo(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexFigureSurvey& pSurvey, KConsole& pConsole)
 {
     pConsole.Out(pConsole.Bold(Printable(pFile.GetDisplayPath())) + ": a figure in " + FormatWord(pFile) + "\n");
     WriteFigureSummary(pSurvey, pConsole);
@@ -180,7 +181,7 @@ void WriteFigureInfo(const qexsdk::KQexFigureFile& pFile, const KFigureSurvey& p
     }
 }
 
-void WriteFigureJson(const qexsdk::KQexFigureFile& pFile, const KFigureSurvey& pSurvey, KConsole& pConsole)
+void WriteFigureJson(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexFigureSurvey& pSurvey, KConsole& pConsole)
 {
     KJson lObject = JsonHead("figure", pFile.GetPath(), pSurvey.IsOk(), pSurvey.GetMessages());
     lObject["figure"] = pSurvey.IsOk() ? JsonFigure(pFile, pSurvey) : KJson(nullptr);

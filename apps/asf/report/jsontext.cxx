@@ -7,7 +7,7 @@ namespace asfapp
 
 using qexsdk::KQexTextMessage;
 
-KJson JsonMessages(const KMessages& pMessages)
+KJson JsonMessages(const qexsdk::KQexFileMessages& pMessages)
 {
     KJson lMessages = KJson::array();
     for (const KQexTextMessage& lMessage : pMessages.mList)
@@ -18,7 +18,7 @@ KJson JsonMessages(const KMessages& pMessages)
     return lMessages;
 }
 
-KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages)
+KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const qexsdk::KQexFileMessages& pMessages)
 {
     const auto lError = std::find_if(pMessages.mList.begin(), pMessages.mList.end(),
                                      [](const KQexTextMessage& pMessage) { return pMessage.mSeverity == KQexTextMessage::eERROR; });

@@ -1,7 +1,9 @@
 #ifndef APPS_ASF_REPORT_JSONTEXT_H
 #define APPS_ASF_REPORT_JSONTEXT_H
 
-#include <apps/asf/report/skeletonfile.h>
+#include <apps/asf/console.h>
+#include <apps/asf/figure/point.h>
+#include <qexfigure/check/kqexfilemessages.h>
 
 #include <nlohmann/json.hpp>
 
@@ -16,10 +18,10 @@ using KJson = nlohmann::ordered_json;
 constexpr int kJsonSchema = 1;
 
 /// The list of messages.
-KJson JsonMessages(const KMessages& pMessages);
+KJson JsonMessages(const qexsdk::KQexFileMessages& pMessages);
 
 /// The common head of all objects: schema, kind, file, ok, first error, counts and list of messages.
-KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const KMessages& pMessages);
+KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const qexsdk::KQexFileMessages& pMessages);
 
 /// The word for a kind of input: "skeleton", "motion" or "figure".
 const char* JsonKind(const qexsdk::KQexFigureFile& pFile);

@@ -1,5 +1,6 @@
+#include <apps/asf/report/motioninfo.h>
+
 #include <apps/asf/report/jsontext.h>
-#include <apps/asf/report/motionsurvey.h>
 #include <apps/asf/report/numbertext.h>
 #include <kbaselib/kmath/kdofcodes.h>
 
@@ -11,7 +12,7 @@ namespace asfapp
 namespace
 {
 
-void WriteSummary(const KMotionSurvey& pSurvey, KConsole& pConsole)
+void WriteSummary(const qexsdk::KQexMotionSurvey& pSurvey, KConsole& pConsole)
 {
     const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
     pConsole.Out("  frames  " + std::to_string(lInfo.mFrameCount) + " (" + std::to_string(lInfo.mLowestFrame) + " to " +
@@ -23,13 +24,13 @@ void WriteSummary(const KMotionSurvey& pSurvey, KConsole& pConsole)
                  " cm along its path\n\n");
 }
 
-std::string OutsideText(const KDofSurvey& pDof)
+std::string OutsideText(const qexsdk::KQexDofSurvey& pDof)
 {
     return pDof.mOutside == 0 ? std::string()
                               : Count(pDof.mOutside, "frame", "frames") + " outside limits, first " + std::to_string(pDof.mFirstOutside);
 }
 
-KJson JsonDof(const KDofSurvey& pDof)
+KJson JsonDof(const qexsdk::KQexDofSurvey& pDof)
 {
     KJson lDof;
     lDof["dof"] = qexsdk::kDofWords[pDof.mCode];
@@ -42,15 +43,15 @@ KJson JsonDof(const KDofSurvey& pDof)
     return lDof;
 }
 
-KJson JsonMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey)
+KJson JsonMotion(const qexsdk::KQexFigureFiles& pFiles, const qexsdk::KQexMotionSurvey& pSurvey)
 {
     static const char* const   sSources[] = {"caller", "file", "default"};
     const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
     KJson                      lBones = KJson::array();
-    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    for (const qexsdk::KQexBoneSurvey& lBone : pSurvey.GetBones())
     {
         KJson lDofs = KJson::array();
-        for (const KDofSurvey& lDof : lBone.mDofs)
+        for (const qexsdk::KQexDofSurvey& lDof : lBone.mDofs)
         {
             lDofs.push_back(JsonDof(lDof));
         }
@@ -72,20 +73,20 @@ KJson JsonMotion(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSu
 }
 
 /// "" without limits.
-std::string LimitsOf(const KDofSurvey& pDof)
+std::string LimitsOf(const qexsdk::KQexDofSurvey& pDof)
 {
     return pDof.mHasMin || pDof.mHasMax ? LimitsText(pDof.mHasMin, pDof.mMin, pDof.mHasMax, pDof.mMax) : std::string();
 }
 
 } // namespace
 
-void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole)
+void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const qexsdk::KQexMotionSurvey& pSurvey, KConsole& pConsole)
 {
     pConsole.Out(pConsole.Bold(Printable(pFiles.mMotions.front().GetDisplayPath())) + ": motion of " +
                  Printable(pFiles.mFigure.GetDisplayPath()) + "\n");
     WriteSummary(pSurvey, pConsole);
     size_t lWidth = 4;
-    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    for (const qexsdk::KQexBoneSurvey& lBone : pSurvey.GetBones())
     {
         lWidth = std::max(lWidth, Printable(lBone.mName).size());
     }
@@ -98,10 +99,10 @@ void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey&
         pConsole.Out(lLine + "\n");
     };
     lWriteRow("bone", "dof", "least", "greatest", "limits", "");
-    for (const KBoneSurvey& lBone : pSurvey.GetBones())
+    for (const qexsdk::KQexBoneSurvey& lBone : pSurvey.GetBones())
     {
         std::string lName = Printable(lBone.mName);
-        for (const KDofSurvey& lDof : lBone.mDofs)
+        for (const qexsdk::KQexDofSurvey& lDof : lBone.mDofs)
         {
             const bool lHasValues = lBone.mFrames > 0;
             lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLowest, 3) : "-",
@@ -111,7 +112,7 @@ void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey&
     }
 }
 
-void WriteMotionJson(const qexsdk::KQexFigureFiles& pFiles, const KMotionSurvey& pSurvey, KConsole& pConsole)
+void WriteMotionJson(const qexsdk::KQexFigureFiles& pFiles, const qexsdk::KQexMotionSurvey& pSurvey, KConsole& pConsole)
 {
     KJson lObject = JsonHead("motion", pFiles.mMotions.front().GetPath(), pSurvey.IsOk(), pSurvey.GetMessages());
     lObject["motion"] = pSurvey.IsOk() ? JsonMotion(pFiles, pSurvey) : KJson(nullptr);

@@ -16,7 +16,7 @@ constexpr int kMaxIndent = 32;
 
 constexpr size_t kMaxNameWidth = 60;
 
-std::string Indented(const KRestBone& pBone)
+std::string Indented(const qexsdk::KQexRestBone& pBone)
 {
     return std::string(2 * static_cast<size_t>(std::min(pBone.mDepth, kMaxIndent)), ' ') + Printable(pBone.mNode->mName);
 }
@@ -46,19 +46,19 @@ std::string DofText(const qexsdk::KQexAsfNode& pNode)
 }
 
 /// The root has no length of its own.
-std::string LengthText(const KRestBone& pBone, double pScale)
+std::string LengthText(const qexsdk::KQexRestBone& pBone, double pScale)
 {
     return pBone.mParent < 0 ? std::string() : Fixed(pBone.mNode->mLength * pScale, 3);
 }
 
-void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
+void WriteSummary(const qexsdk::KQexSkeletonFile& pSkeleton, KConsole& pConsole)
 {
-    const qexsdk::KQexAsfScene& lScene = pSkeleton.GetScene();
+    const qexsdk::KQexAsfScene& lScene = *pSkeleton.GetScene();
     const auto&                 lBones = pSkeleton.GetBones();
     const double                lScale = pSkeleton.GetCentimetresPerUnit();
     long long                   lDofs = 0;
     int                         lDepth = 0;
-    for (const KRestBone& lBone : lBones)
+    for (const qexsdk::KQexRestBone& lBone : lBones)
     {
         lDofs += lBone.mNode->mOrderCount;
         lDepth = std::max(lDepth, lBone.mDepth);
@@ -76,16 +76,16 @@ void WriteSummary(const KSkeletonFile& pSkeleton, KConsole& pConsole)
 
 } // namespace
 
-void WriteSkeletonInfo(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
+void WriteSkeletonInfo(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexSkeletonFile& pSkeleton, KConsole& pConsole)
 {
-    const std::string lName = pSkeleton.GetScene().mName;
+    const std::string lName = pSkeleton.GetScene()->mName;
     pConsole.Out(pConsole.Bold(Printable(pFile.GetDisplayPath())) + ": " +
                  (lName.empty() ? "a skeleton without a name" : Printable(lName)) + "\n");
     WriteSummary(pSkeleton, pConsole);
 
     size_t lNameWidth = 4;
     size_t lLengthWidth = 2;
-    for (const KRestBone& lBone : pSkeleton.GetBones())
+    for (const qexsdk::KQexRestBone& lBone : pSkeleton.GetBones())
     {
         lNameWidth = std::max(lNameWidth, std::min(Indented(lBone).size(), kMaxNameWidth));
         lLengthWidth = std::max(lLengthWidth, LengthText(lBone, 1.0).size());
@@ -99,7 +99,7 @@ void WriteSkeletonInfo(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile&
         return pConsole.Out(lLine + "\n");
     };
     lWriteLine("bone", "cm", "in file", "degrees of freedom (lower and upper limit)");
-    for (const KRestBone& lBone : pSkeleton.GetBones())
+    for (const qexsdk::KQexRestBone& lBone : pSkeleton.GetBones())
     {
         const std::string lUnits = LengthText(lBone, 1.0 / pSkeleton.GetCentimetresPerUnit());
         if (!lWriteLine(Indented(lBone), LengthText(lBone, 1.0), lUnits, DofText(*lBone.mNode)))

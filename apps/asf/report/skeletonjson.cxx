@@ -48,7 +48,7 @@ KJson JsonDofs(const qexsdk::KQexAsfNode& pNode)
     return lDofs;
 }
 
-KJson JsonBone(const KRestBone& pBone, double pScale)
+KJson JsonBone(const qexsdk::KQexRestBone& pBone, double pScale)
 {
     const qexsdk::KQexAsfNode& lNode = *pBone.mNode;
     KJson                      lBone;
@@ -70,13 +70,13 @@ KJson JsonBone(const KRestBone& pBone, double pScale)
     return lBone;
 }
 
-KJson JsonSkeleton(const KSkeletonFile& pSkeleton)
+KJson JsonSkeleton(const qexsdk::KQexSkeletonFile& pSkeleton)
 {
-    const qexsdk::KQexAsfScene& lScene = pSkeleton.GetScene();
+    const qexsdk::KQexAsfScene& lScene = *pSkeleton.GetScene();
     KJson                       lBones = KJson::array();
     long long                   lDofs = 0;
     int                         lDepth = 0;
-    for (const KRestBone& lBone : pSkeleton.GetBones())
+    for (const qexsdk::KQexRestBone& lBone : pSkeleton.GetBones())
     {
         lBones.push_back(JsonBone(lBone, pSkeleton.GetCentimetresPerUnit()));
         lDofs += lBone.mNode->mOrderCount;
@@ -101,7 +101,7 @@ KJson JsonSkeleton(const KSkeletonFile& pSkeleton)
 
 } // namespace
 
-void WriteSkeletonJson(const qexsdk::KQexFigureFile& pFile, const KSkeletonFile& pSkeleton, KConsole& pConsole)
+void WriteSkeletonJson(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexSkeletonFile& pSkeleton, KConsole& pConsole)
 {
     KJson lObject = JsonHead("skeleton", pFile.GetPath(), pSkeleton.IsOk(), pSkeleton.GetMessages());
     lObject["skeleton"] = pSkeleton.GetBones().empty() ? KJson(nullptr) : JsonSkeleton(pSkeleton);

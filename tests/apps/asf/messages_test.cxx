@@ -1,5 +1,4 @@
 #include <apps/asf/console.h>
-#include <apps/asf/report/sizehint.h>
 #include <tests/apps/asf/runasf.h>
 
 using namespace qextest;
@@ -90,32 +89,6 @@ TEST(AsfMessages, AClosedPipeEndsQuietly)
         EXPECT_EQ(lResult.mErr, "") << lKind;
     }
 #endif
-}
-
-TEST(AsfMessages, FiguresUnlikePeopleGetAHint)
-{
-    using asfapp::SizeHint;
-    for (const double lExtent : {30.0, 170.0, 350.0, 0.0})
-    {
-        EXPECT_EQ(SizeHint(lExtent, 20, 1), "") << lExtent;
-    }
-    EXPECT_EQ(SizeHint(1.7, 9, 1), "");
-    const std::string lUnlike = " at rest, unlike a person: ";
-    EXPECT_EQ(SizeHint(1.7, 20, 1), "measures 1.7 cm" + lUnlike + "the file may be in metres, then asf convert --scale 100 makes it 1.7 m");
-    EXPECT_EQ(SizeHint(17, 20, 1),
-              "measures 17 cm" + lUnlike + "the file may be in decimetres, then asf convert --scale 10 makes it 1.7 m");
-    EXPECT_EQ(SizeHint(26, 20, 1),
-              "measures 26 cm" + lUnlike +
-                  "the file may be in units of 5.64 cm, as many ASF files are, then asf convert --scale 5.64444 makes it 1.47 m");
-    EXPECT_EQ(SizeHint(1700, 20, 1),
-              "measures 17 m" + lUnlike + "the file may be in millimetres, then asf convert --scale 0.1 makes it 1.7 m");
-    EXPECT_EQ(SizeHint(17000, 20, 100),
-              "measures 170 m" + lUnlike + "the file may be in centimetres, then asf convert --scale 0.01 makes it 1.7 m");
-    EXPECT_EQ(SizeHint(457.2, 20, 2.54),
-              "measures 4.57 m" + lUnlike + "the file may be in centimetres, then asf convert --scale 0.393701 makes it 1.8 m");
-    EXPECT_EQ(SizeHint(457.2, 20, 1),
-              "measures 4.57 m" + lUnlike + "its lengths may have been taken for inches, then asf convert --scale 0.393701 makes it 1.8 m");
-    EXPECT_EQ(SizeHint(1e9, 20, 1), "measures 1e+07 m" + lUnlike + "asf convert --scale FACTOR corrects that");
 }
 
 TEST(AsfMessages, EveryCommandThatLooksAtSizeGivesTheHint)
