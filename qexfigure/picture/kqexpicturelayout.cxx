@@ -11,6 +11,7 @@ namespace
 
 constexpr double kSinglePose = 460;       // Pixels of the larger side of the figure, in a picture of one pose.
 constexpr double kSeveralPoses = 250;     // The same in a picture of several.
+constexpr double kLargestPanel = 3000;    // Pixels; far motion of a small figure reduces the scale instead of going beyond.
 constexpr double kCharacter = 6.1;        // Mean character width of a label.
 constexpr double kCaptionCharacter = 7.2; // The same for a caption.
 
@@ -133,6 +134,17 @@ double FigureSize(const KQexPicture& pPicture)
     return lSize;
 }
 
+/// The larger side of the largest cell, in centimetres.
+double LargestPanel(const KQexPictureLayout& pLayout)
+{
+    double lLargest = 0;
+    for (const KQexPictureCell& lCell : pLayout.mCells)
+    {
+        lLargest = std::max({lLargest, lCell.mExtent.Width(), lCell.mExtent.Height()});
+    }
+    return lLargest;
+}
+
 double LabelWidth(const KQexPicture& pPicture)
 {
     size_t lLongest = 0;
@@ -242,6 +254,9 @@ bool LayOutPicture(const KQexPicture& pPicture, KQexPictureLayout& pLayout)
         return false;
     }
     const double lPixels = pPicture.mPoses.size() > 1 ? kSeveralPoses : kSinglePose;
+    const double lPanel = LargestPanel(pLayout);
+    // A single joint has no size of its own.
+    pLayout.mFigure = std::max(pLayout.mFigure, pLayout.mFigure > 0 ? lPanel * lPixels / kLargestPanel : lPanel);
     pLayout.mScale = lPixels / std::max(pLayout.mFigure, 1e-3);
     PlaceCells(pPicture, pLayout);
     return true;

@@ -51,7 +51,8 @@ struct KQexPictureLayout
     double                       mScale = 1; ///< Pixels per centimetre.
     double                       mWidth = 0;
     double                       mHeight = 0;
-    double                       mFigure = 0; ///< Size of the largest pose in centimetres, which scales the strokes.
+    double                       mFigure =
+        0; ///< Centimetres that are as large as a pose should be, which scales the strokes: the largest pose, or more for one that moves far.
 };
 
 /// The text below the cell: its caption, else the view's name; both if there are several views.

@@ -151,11 +151,13 @@ void DrawSkeleton(const KDrawOptions& pOptions, const KQexFigureFile& pFile, KCo
     const bool               lOk = lSkeleton.Read(pFile, false, lReport);
     PrintReport(lReport, pConsole);
     PrintMessages(lSkeleton.GetMessages(), pFile.GetDisplayPath(), pConsole);
-    qexsdk::KQexPicture lPicture;
-    if (lOk && qexsdk::MakeSkeletonPicture(lSkeleton, PictureOptions(pOptions, pFile), lPicture, lReport))
+    qexsdk::KQexPicture      lPicture;
+    qexsdk::KQexFigureReport lDrawing;
+    if (lOk && qexsdk::MakeSkeletonPicture(lSkeleton, PictureOptions(pOptions, pFile), lPicture, lDrawing))
     {
         WritePoses(pOptions, lPicture, pConsole);
     }
+    PrintReport(lDrawing, pConsole);
 }
 
 /// Poses of a motion; a figure without motion, at rest.

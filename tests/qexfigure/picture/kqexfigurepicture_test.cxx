@@ -107,6 +107,41 @@ TEST_F(KFigurePictureTest, ASkeletonFileAsItListsItsBones)
     EXPECT_EQ(mSvg.mWidth, 500);
 }
 
+/// A picture of a bone in two poses, of which the second is at \p pX, \p pY.
+KQexPicture TwoPoses(double pLength, double pX, double pY)
+{
+    KQexPicture lPicture;
+    lPicture.mNames = {"bone"};
+    lPicture.mSides = {eSIDE_MIDDLE};
+    lPicture.mViews = {ePICTURE_FRONT, ePICTURE_TOP};
+    lPicture.mPoses = {{"", {{0, 0, 0}}, {{0, pLength, 0}}}, {"", {{pX, pY, 0}}, {{pX, pY + pLength, 0}}}};
+    return lPicture;
+}
+
+// Scaled by its own size, a joint that moves would be drawn on millions of pixels.
+TEST_F(KFigurePictureTest, FarMotionOfASmallFigureIsReduced)
+{
+    for (const double lLength : {0.0, 1e-6, 1.0, 170.0})
+    {
+        for (const double lWay : {10.0, 1e3, 1e6})
+        {
+            for (const bool lInPlace : {false, true})
+            {
+                for (KQexPicture lPicture : {TwoPoses(lLength, lWay, 0), TwoPoses(lLength, 0, lWay), TwoPoses(lLength, lWay, lWay)})
+                {
+                    lPicture.mInPlace = lInPlace;
+                    ASSERT_TRUE(DrawPicture(lPicture, 0, mSvg, mReport)) << TextOf(mReport);
+                    EXPECT_LT(mSvg.mWidth, 6200) << lLength << " " << lWay;
+                    EXPECT_LT(mSvg.mHeight, 6500) << lLength << " " << lWay;
+                }
+            }
+        }
+    }
+    // A joint alone: as large as other figures.
+    ASSERT_TRUE(DrawPicture(TwoPoses(0, 90, 90), 0, mSvg, mReport));
+    EXPECT_LT(mSvg.mHeight, 700);
+}
+
 TEST_F(KFigurePictureTest, AnUnfitPictureIsRefused)
 {
     KQexPicture lGood;
