@@ -108,6 +108,8 @@ public:
     bool EndTake(size_t pTake, KQexRunResult pResult);
     /// Writes the file to \p pPath.
     bool EndWrite(std::string_view pPath);
+    /// Writes a binary file to \p pOutput, which is open and stays open; see KOutputFile::HasFailed() for a failed write.
+    bool EndWrite(KOutputFile& pOutput);
     ///@}
 
     /// Reads the file at \p pPath, binary or JSON whatever its name, into \p pScene; "-" is standard input. A take whose name is in use

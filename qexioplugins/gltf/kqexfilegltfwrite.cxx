@@ -204,6 +204,23 @@ bool KQexFileGltf::EndWrite(std::string_view pPath)
     return lOk;
 }
 
+bool KQexFileGltf::EndWrite(KOutputFile& pOutput)
+{
+    const bool lOk = Guarded(
+        [&]
+        {
+            const std::string      lStart = BinaryStartOf(*this, *mWriter);
+            const std::string_view lBytes = BufferOf(*mWriter);
+            if (!lStart.empty() && pOutput.Write(lStart.data(), lStart.size()))
+            {
+                pOutput.Write(lBytes.data(), lBytes.size());
+            }
+            return !lStart.empty();
+        });
+    mWriter.reset();
+    return lOk;
+}
+
 /// Everything before the file is complete. The takes share the progress evenly.
 bool KQexFileGltf::WriteTakes(const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
@@ -236,19 +253,23 @@ bool KQexFileGltf::Write(std::string_view pPath, const std::vector<KQexNode*>& p
 
 bool KQexFileGltf::WriteBuffer(std::string& pOut, const std::vector<KQexNode*>& pRoots, const KQexGltfWriteOptions& pOptions)
 {
-    return WriteTakes(pRoots, pOptions) && Guarded(
-                                               [&]
-                                               {
-                                                   std::string lFile = BinaryStartOf(*this, *mWriter);
-                                                   if (lFile.empty())
-                                                   {
-                                                       return false;
-                                                   }
-                                                   lFile += BufferOf(*mWriter);
-                                                   mWriter.reset();
-                                                   pOut = std::move(lFile);
-                                                   return true;
-                                               });
+    return Guarded(
+        [&]
+        {
+            std::string lFile;
+            KOutputFile lOutput;
+            if (!lOutput.OpenBuffer(&lFile) || !WriteTakes(pRoots, pOptions) || !EndWrite(lOutput))
+            {
+                return false;
+            }
+            if (!lOutput.Close())
+            {
+                Report(KQexTextMessage::eERROR, kOutOfMemory);
+                return false;
+            }
+            pOut = std::move(lFile);
+            return true;
+        });
 }
 
 KQexFileGltf::~KQexFileGltf() = default;

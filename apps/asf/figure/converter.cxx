@@ -48,17 +48,8 @@ std::string TitleOf(const KSampledTake& pTake)
 } // namespace
 
 KConverter::KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFigure, std::vector<std::string> pInputs, KConsole& pConsole)
-    : mOptions(pOptions), mFigure(pFigure), mInputs(std::move(pInputs)), mConsole(pConsole)
+    : mOptions(pOptions), mFigure(pFigure), mInputs(std::move(pInputs)), mConsole(pConsole), mOutputs{pOptions, pFigure, pConsole, {}}
 {
-}
-
-KConverter::~KConverter()
-{
-    // The destructor of an open text file would complete it. Committed files are not affected.
-    for (const auto& lBvh : mBvhs)
-    {
-        lBvh->Discard();
-    }
 }
 
 void KConverter::Run()
@@ -75,13 +66,9 @@ void KConverter::Run()
 
 bool KConverter::WriteAll()
 {
-    for (const KConvertOutput& lOutput : mOptions.mTargets)
+    if (!WriteFrames())
     {
-        if ((lOutput.mKind == eOUT_BVH && !WriteBvhs(lOutput)) ||
-            ((lOutput.mKind == eOUT_GLB || lOutput.mKind == eOUT_GLTF) && !WriteGltfs(lOutput)))
-        {
-            return false;
-        }
+        return false;
     }
     if (FindTarget(eOUT_ASF) == nullptr && FindTarget(eOUT_AMC) == nullptr)
     {
@@ -188,11 +175,7 @@ bool KConverter::CheckTargets()
 bool KConverter::Commit()
 {
     std::vector<qexsdk::KOutputFile*> lOutputs;
-    for (const auto& lBvh : mBvhs)
-    {
-        lOutputs.push_back(&lBvh->GetOutput());
-    }
-    for (const auto& lOutput : mOutputs)
+    for (const auto& lOutput : mOutputs.mFiles)
     {
         lOutputs.push_back(lOutput.get());
     }

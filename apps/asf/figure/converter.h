@@ -2,10 +2,8 @@
 #define APPS_ASF_FIGURE_CONVERTER_H
 
 #include <apps/asf/figure/convertoptions.h>
+#include <apps/asf/figure/frameoutput.h>
 #include <apps/asf/figure/loading.h>
-#include <qexioplugins/bvh/kqexfilebvh.h>
-#include <qexioplugins/gltf/kqexfilegltf.h>
-#include <qexioplugins/motion/kqexmotionio.h>
 
 #include <memory>
 #include <string>
@@ -14,24 +12,12 @@
 namespace asfapp
 {
 
-/// A take and the frames of it to write.
-struct KSampledTake
-{
-    const qexsdk::KQexFigureTake* mTake = nullptr; ///< Null: only the rest pose.
-    std::string                   mName;           ///< As used in file names; several takes may have one.
-    qexsdk::KQexSamplingRequest   mRequest;
-    qexsdk::KQexSampling          mSampling;
-};
-
 /// Writes a figure to the outputs of an `asf convert` run: each is prepared, then all are committed together.
 class KConverter
 {
 public:
     /// \p pInputs: paths that must not be written.
     KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFigure, std::vector<std::string> pInputs, KConsole& pConsole);
-
-    /// Discards outputs that are not complete.
-    ~KConverter();
     KConverter(const KConverter&) = delete;
     KConverter& operator=(const KConverter&) = delete;
 
@@ -51,11 +37,8 @@ private:
     KTakeGroups GroupsOf(const KConvertOutput& pOutput) const;
 
     bool WriteAll();
-    bool WriteBvhs(const KConvertOutput& pOutput);
-    bool WriteBvh(const std::string& pPath, const KSampledTake& pTake);
-    bool WriteGltfs(const KConvertOutput& pOutput);
-    bool WriteGlb(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes);
-    bool WriteGltf(const std::string& pPath, const std::vector<const KSampledTake*>& pTakes);
+    bool WriteFrames();
+    bool WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs);
     bool WriteAcclaim();
     bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
                      const qexsdk::KQexAmcSkeletonNotes& pNotes);
@@ -63,7 +46,9 @@ private:
     bool Commit();
     void Report() const;
 
-    qexsdk::KQexGltfWriteOptions     GltfOptions(const std::vector<const KSampledTake*>& pTakes) const;
+    std::vector<std::unique_ptr<KFrameOutput>> MakeFrameOutputs();
+    qexsdk::KQexRunResult                      Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexFrameSink*>& pSinks) const;
+
     qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake);
     qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, qexsdk::KQexAmcSkeletonNotes& pNotes);
     bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
@@ -75,8 +60,7 @@ private:
     KConsole&                 mConsole;
     std::vector<KSampledTake> mTakes; ///< At least one.
 
-    std::vector<std::unique_ptr<qexsdk::KQexFileBvh>> mBvhs;    ///< Prepared, not yet committed.
-    std::vector<std::unique_ptr<qexsdk::KOutputFile>> mOutputs; ///< The same, of all other formats.
+    KFrameOutputs mOutputs; ///< Files that are complete, not yet committed.
 };
 
 } // namespace asfapp

@@ -24,7 +24,7 @@ qexsdk::KQexExportAcclaimOptions KConverter::AcclaimOptions(const KSampledTake& 
     lOptions.mStack = StackOf(pTake);
     lOptions.mSampling = pTake.mRequest;
     lOptions.mAllowUnmatched = mOptions.mMotion.mAllowUnmatched;
-    lOptions.mPrepared = &mOutputs;
+    lOptions.mPrepared = &mOutputs.mFiles;
     lOptions.mTranslations = mOptions.mTranslations == "all"    ? qexsdk::eTRANSLATION_DOFS_ALL
                              : mOptions.mTranslations == "none" ? qexsdk::eTRANSLATION_DOFS_NONE
                                                                 : qexsdk::eTRANSLATION_DOFS_MOVING;
