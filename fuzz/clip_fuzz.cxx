@@ -157,7 +157,7 @@ private:
     {
         const auto lChange = [this](auto& pList)
         {
-            pList.resize(std::max<std::size_t>(pList.size() + mBytes.Below(9), 4) - 4);
+            pList.resize(std::max<std::size_t>(pList.size() + static_cast<std::size_t>(mBytes.Below(9)), 4) - 4);
         };
         lChange(mData.mNames);
         lChange(mData.mParents);
