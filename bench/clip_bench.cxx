@@ -35,12 +35,10 @@ void LoadClip(const KMotionPaths& pPaths, KQexClip& pClip)
     KQexFigure       lFigure;
     KQexFigureReport lReport;
     KQexSampling     lSampling;
-    KQexClipOptions  lOptions;
     Require(lFigure.Load({pPaths.mAsf, pPaths.mAmc}, KQexFigureOptions(), lReport));
-    KQexAnimStack* lStack = lFigure.GetTakes().front().mStack;
-    lOptions.mBoneDofs = lFigure.GetBoneDofs();
-    Require(MakeSampling(lFigure.GetRoots(), lStack, KQexSamplingRequest(), lSampling) &&
-            KQexClip::FromScene(lFigure.GetRoots(), lStack, lSampling, lOptions, pClip));
+    const KQexFigureTake& lTake = lFigure.GetTakes().front();
+    Require(MakeSampling(lFigure.GetRoots(), lTake.mStack, KQexSamplingRequest(), lSampling) &&
+            lFigure.MakeClip(&lTake, lSampling, KQexClipOptions(), pClip));
 }
 
 /// The clip at a quarter of its rate: its joints turn four times as far from frame to frame.

@@ -15,7 +15,7 @@ int main(int pCount, char** pArguments)
     KQexClip         lClip; // the motion as arrays, which all threads may read
     if (!lFigure.Load({pArguments + 1, pArguments + pCount}, {}, lReport) || lFigure.GetTakes().empty() ||
         !MakeSampling(lFigure.GetRoots(), lFigure.GetTakes()[0].mStack, {}, lFrames) ||
-        !KQexClip::FromScene(lFigure.GetRoots(), lFigure.GetTakes()[0].mStack, lFrames, {}, lClip))
+        !lFigure.MakeClip(&lFigure.GetTakes()[0], lFrames, {}, lClip))
     {
         return 1;
     }

@@ -335,9 +335,9 @@ void LoadClip(const char* pAsf, const char* pAmc, KQexClip& pClip)
     KQexFigureReport lReport;
     KQexSampling     lSampling;
     Require(lFigure.Load({pAsf, pAmc}, KQexFigureOptions(), lReport), "loading");
-    KQexAnimStack* lStack = lFigure.GetTakes().front().mStack;
-    Require(MakeSampling(lFigure.GetRoots(), lStack, KQexSamplingRequest(), lSampling), "choosing frames");
-    Require(KQexClip::FromScene(lFigure.GetRoots(), lStack, lSampling, KQexClipOptions(), pClip), "making a clip");
+    const KQexFigureTake& lTake = lFigure.GetTakes().front();
+    Require(MakeSampling(lFigure.GetRoots(), lTake.mStack, KQexSamplingRequest(), lSampling), "choosing frames");
+    Require(lFigure.MakeClip(&lTake, lSampling, KQexClipOptions(), pClip), "making a clip");
 }
 
 } // namespace

@@ -31,7 +31,7 @@ public:
     {
         KQexSampling lSampling;
         ASSERT_TRUE(MakeSampling(mFigure.GetRoots(), pTake.mStack, KQexSamplingRequest(), lSampling));
-        ASSERT_TRUE(KQexClip::FromScene(mFigure.GetRoots(), pTake.mStack, lSampling, KQexClipOptions(), pClip));
+        ASSERT_TRUE(mFigure.MakeClip(&pTake, lSampling, KQexClipOptions(), pClip));
     }
 
 private:
