@@ -1,6 +1,6 @@
 // A clip from a take of a scene.
 
-#include <qexclip/kqexclip.h>
+#include <qexclip/kqexclipedit.h>
 #include <qexscene/kqexframesink.h>
 #include <qexscene/kqexrestpose.h>
 #include <qexscene/kqexscene.h>
@@ -73,6 +73,7 @@ public:
     void Begin(const KQexFrameNodes& pNodes, int) override
     {
         const size_t lFrames = static_cast<size_t>(mData.mSampling.mCount);
+        KReserveFrames(mData);
         mData.mRotations.resize(lFrames * mNodes.size() * 4);
         mData.mTranslations.resize(lFrames * mData.mMovingJoints.size() * 3);
         mData.mScalings.resize(lFrames * mData.mScaledJoints.size() * 3);

@@ -17,6 +17,20 @@ KQexFrameNodes::KQexFrameNodes(const std::vector<KQexNode*>& pRoots, const KQexA
             Add(lNode, pLayer);
         }
     }
+    for (size_t i = 0; i < 9 * mItems.size(); ++i)
+    {
+        const KQexChannel& lChannel = mItems[i / 9].mPose.GetChannels()[i % 9];
+        if (!lChannel.IsAnimated())
+        {
+            continue;
+        }
+        mKeyed.push_back(KKeyed{lChannel.mCurve, i});
+        const bool lIsRotation = i % 9 / 3 == eNODE_ROTATION;
+        if (lIsRotation && (mRotating.empty() || mRotating.back() != i / 9))
+        {
+            mRotating.push_back(i / 9);
+        }
+    }
 }
 
 void KQexFrameNodes::Add(KQexNode* pNode, const KQexAnimLayer* pLayer)
@@ -49,6 +63,17 @@ KQexFrame::KQexFrame(const KQexFrameNodes& pNodes, unsigned int pParts)
       mRotations((pParts & eFRAME_ROTATIONS) != 0 ? pNodes.GetCount() : 0),
       mWorlds((pParts & eFRAME_WORLD) != 0 ? pNodes.GetCount() : 0)
 {
+    // What has no keys stays as it is set here.
+    KQexKeyTimes::KCursor lCursor;
+    for (size_t i = 0; i < pNodes.GetCount(); ++i)
+    {
+        const KQexNodePose& lPose = pNodes.GetPose(i);
+        lPose.EvaluateChannels(KTime(0), lCursor, mChannels.data() + 9 * i);
+        if (!mRotations.empty())
+        {
+            lPose.ComposeRotation(GetAngles(i), mRotations[i]);
+        }
+    }
 }
 
 void KQexFrame::Evaluate(long long pIndex, KTime pTime)
@@ -56,19 +81,20 @@ void KQexFrame::Evaluate(long long pIndex, KTime pTime)
     KQexKeyTimes::KCursor lCursor;
     mIndex = pIndex;
     mTime = pTime;
-    for (size_t i = 0; i < mNodes->GetCount(); ++i)
+    for (const KQexFrameNodes::KKeyed& lKeyed : mNodes->GetKeyed())
     {
-        const KQexNodePose& lPose = mNodes->GetPose(i);
-        double* const       lChannels = mChannels.data() + 9 * i;
-        lPose.EvaluateChannels(pTime, lCursor, lChannels);
-        if (!mRotations.empty())
+        mChannels[lKeyed.mChannel] = lKeyed.mCurve->Evaluate(pTime, lCursor);
+    }
+    if (!mRotations.empty())
+    {
+        for (const size_t lNode : mNodes->GetRotating())
         {
-            lPose.ComposeRotation(lChannels + 3, mRotations[i]);
+            mNodes->GetPose(lNode).ComposeRotation(GetAngles(lNode), mRotations[lNode]);
         }
-        if (!mWorlds.empty())
-        {
-            EvaluateWorld(i);
-        }
+    }
+    for (size_t i = 0; i < mWorlds.size(); ++i)
+    {
+        EvaluateWorld(i);
     }
 }
 

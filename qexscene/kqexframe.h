@@ -33,6 +33,19 @@ public:
     /// The node's transform in the take.
     const KQexNodePose& GetPose(size_t pIndex) const { return mItems[pIndex].mPose; }
 
+    /// A channel with keys.
+    struct KKeyed
+    {
+        const KQexAnimCurve* mCurve;   ///< Its curve.
+        size_t               mChannel; ///< 9 times the node's index, plus the index among its channels.
+    };
+
+    /// All channels with keys, in the order of the nodes: what changes from frame to frame.
+    const std::vector<KKeyed>& GetKeyed() const { return mKeyed; }
+
+    /// The nodes whose rotation has keys, ascending.
+    const std::vector<size_t>& GetRotating() const { return mRotating; }
+
     /// Index of \p pNode; -1 if it is none of these nodes.
     int Find(const KQexNode* pNode) const;
 
@@ -48,6 +61,8 @@ private:
     void AddAncestors(KQexNode* pRoot, const KQexAnimLayer* pLayer);
 
     std::vector<KItem>                          mItems;
+    std::vector<KKeyed>                         mKeyed;
+    std::vector<size_t>                         mRotating;
     std::unordered_map<const KQexNode*, size_t> mIndices;
 };
 
