@@ -6,6 +6,9 @@
 namespace qexsdk
 {
 
+/// For a motion whose rate nobody gave.
+inline constexpr const char* kDefaultRateNote = "has no frame rate, using 120 frames per second";
+
 /// The layer with the take's curves.
 inline KQexAnimLayer* LayerOfTake(const KQexFigureTake& pTake)
 {

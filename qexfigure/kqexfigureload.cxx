@@ -1,5 +1,6 @@
 #include <kbaselib/kbase/kpath.h>
 #include <qexfigure/kqexfigure.h>
+#include <qexfigure/kqexfigurecurves.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
 
@@ -125,7 +126,7 @@ void KQexFigure::AddAcclaimTake(const KQexImportedTake& pTake, const KQexFigureF
     mTakes.push_back(lTake);
     if (lTake.mIsDefaultRate)
     {
-        pReport.Add(KQexFigureMessage::eNOTE, pMotion.GetDisplayPath(), 0, "has no frame rate, using 120 frames per second");
+        pReport.Add(KQexFigureMessage::eNOTE, pMotion.GetDisplayPath(), 0, kDefaultRateNote);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <apps/asf/figure/motionoptions.h>
 #include <apps/asf/report/numbertext.h>
+#include <qexfigure/kqexdidyoumean.h>
 
 #include <algorithm>
 #include <cmath>
@@ -12,48 +13,6 @@ namespace asfapp
 
 namespace
 {
-
-/// Longer words are not compared: no command or option is as long.
-constexpr size_t kMaxWord = 40;
-
-/// Number of letters to insert, remove, replace or swap with their neighbour, to make one word from the other.
-size_t EditDistance(const std::string& pOne, const std::string& pOther)
-{
-    // The last three rows of the table: a swap looks back two.
-    std::vector<size_t> lRows[3];
-    for (std::vector<size_t>& lRow : lRows)
-    {
-        lRow.resize(pOther.size() + 1);
-    }
-    for (size_t lIndex = 0; lIndex <= pOne.size(); ++lIndex)
-    {
-        std::vector<size_t>&       lRow = lRows[lIndex % 3];
-        const std::vector<size_t>& lAbove = lRows[(lIndex + 2) % 3];
-        const std::vector<size_t>& lBefore = lRows[(lIndex + 1) % 3];
-        for (size_t lAt = 0; lAt <= pOther.size(); ++lAt)
-        {
-            if (lIndex == 0 || lAt == 0)
-            {
-                lRow[lAt] = lIndex + lAt;
-                continue;
-            }
-            const size_t lReplace = pOne[lIndex - 1] == pOther[lAt - 1] ? 0 : 1;
-            lRow[lAt] = std::min({lAbove[lAt] + 1, lRow[lAt - 1] + 1, lAbove[lAt - 1] + lReplace});
-            if (lIndex > 1 && lAt > 1 && pOne[lIndex - 1] == pOther[lAt - 2] && pOne[lIndex - 2] == pOther[lAt - 1])
-            {
-                lRow[lAt] = std::min(lRow[lAt], lBefore[lAt - 2] + 1);
-            }
-        }
-    }
-    return lRows[pOne.size() % 3].back();
-}
-
-/// ", did you mean check?", or "".
-std::string DidYouMean(const std::string& pWord, const std::vector<std::string>& pWords)
-{
-    const std::string lClosest = ClosestWord(pWord, pWords);
-    return lClosest.empty() ? std::string() : ", did you mean " + lClosest + "?";
-}
 
 std::string DescribeMissingCommand(const CLI::App& pProgram)
 {
@@ -73,7 +32,7 @@ std::string DescribeMissingCommand(const CLI::App& pProgram)
         lNames.push_back(lCommand->get_name());
         lCommands += (lCommands.empty() ? "" : ", ") + lCommand->get_name();
     }
-    const std::string lHint = DidYouMean(lWords.front(), lNames);
+    const std::string lHint = qexsdk::DidYouMean(lWords.front(), lNames);
     return "unknown command " + lWords.front() + (lHint.empty() ? " (commands: " + lCommands + ")" : lHint);
 }
 
@@ -88,7 +47,7 @@ std::string DescribeUnknownOption(const CLI::App& pCommand, const std::string& p
         }
     }
     const std::string lName = pWord.substr(0, pWord.find('='));
-    return "unknown option " + lName + DidYouMean(lName, lNames);
+    return "unknown option " + lName + qexsdk::DidYouMean(lName, lNames);
 }
 
 /// A missing --output: its name is often given as one more input.
@@ -152,22 +111,6 @@ std::string ListWords(const std::vector<std::string>& pWords)
         lList += (lIndex == 0 ? "" : lIndex + 1 < pWords.size() ? ", " : " or ") + pWords[lIndex];
     }
     return lList;
-}
-
-std::string ClosestWord(const std::string& pWord, const std::vector<std::string>& pWords)
-{
-    std::string lClosest;
-    size_t      lLeast = 1 + std::max<size_t>(1, pWord.size() / 3);
-    for (const std::string& lWord : pWords)
-    {
-        const size_t lDistance = pWord.size() <= kMaxWord ? EditDistance(pWord, lWord) : lLeast;
-        if (lDistance < lLeast)
-        {
-            lLeast = lDistance;
-            lClosest = lWord;
-        }
-    }
-    return lClosest;
 }
 
 std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& pError)

@@ -21,9 +21,6 @@ CLI::Validator OneOf(std::vector<std::string> pWords);
 /// "a, b or c".
 std::string ListWords(const std::vector<std::string>& pWords);
 
-/// The word of \p pWords that \p pWord is probably a misspelling of; "" if none is close.
-std::string ClosestWord(const std::string& pWord, const std::vector<std::string>& pWords);
-
 /// The error text for a call that the parser refuses, in one line.
 std::string DescribeUsageError(const CLI::App& pProgram, const CLI::ParseError& pError);
 

@@ -1,5 +1,6 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
+#include <apps/asf/commands/drawoptions.h>
 #include <apps/asf/commands/framelist.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
@@ -26,19 +27,6 @@ namespace
 
 using qexsdk::KQexFigureFile;
 
-struct KDrawOptions
-{
-    std::vector<std::string> mFiles;
-    std::string              mOutput;
-    std::string              mView = "front";
-    std::string              mFrames;
-    std::string              mTake;
-    std::vector<std::string> mTrails;
-    bool                     mNames = false;
-    int                      mWidth = 0; ///< Pixels; 0: as the poses need.
-    KMotionOptions           mMotion;
-};
-
 std::vector<qexsdk::KQexPictureView> ViewsOf(const std::string& pWord)
 {
     if (pWord == "all")
@@ -48,16 +36,11 @@ std::vector<qexsdk::KQexPictureView> ViewsOf(const std::string& pWord)
     return {pWord == "side" ? qexsdk::ePICTURE_SIDE : pWord == "top" ? qexsdk::ePICTURE_TOP : qexsdk::ePICTURE_FRONT};
 }
 
-std::string FileName(const KQexFigureFile& pFile)
-{
-    return pFile.GetDisplayPath().substr(pFile.GetDisplayPath().find_last_of('/') + 1);
-}
-
 qexsdk::KQexFigurePictureOptions PictureOptions(const KDrawOptions& pOptions, const KQexFigureFile& pFile)
 {
     qexsdk::KQexFigurePictureOptions lOptions;
     lOptions.mPath = pFile.GetDisplayPath();
-    lOptions.mTitle = FileName(pFile);
+    lOptions.mTitle = PictureTitle(pFile);
     lOptions.mViews = ViewsOf(pOptions.mView);
     lOptions.mNames = pOptions.mNames;
     lOptions.mTrails = pOptions.mTrails;
@@ -186,10 +169,15 @@ void DrawMotion(const KDrawOptions& pOptions, KLoadedMotion& pMotion, const KQex
 void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 {
     qexsdk::KQexFigureFiles lFiles;
-    if (!ApplyMotionOptions(pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) ||
-        !CheckPictureName(pOptions.mOutput, IsPngBuiltIn(), pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) ||
-        !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
+    if (!CheckCurveOptions(pOptions, pConsole) || !ApplyMotionOptions(pOptions.mMotion, pConsole) ||
+        !CheckOutput(pOptions.mOutput, pOptions.mFiles, pConsole) || !CheckPictureName(pOptions.mOutput, IsPngBuiltIn(), pConsole) ||
+        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole) || !CheckOutput(pOptions.mOutput, PathsOf(lFiles), pConsole))
     {
+        return;
+    }
+    if (!pOptions.mCurves.empty())
+    {
+        DrawCurves(pOptions, lFiles, pConsole);
         return;
     }
     if (lFiles.mFigure.GetFormat() == qexsdk::eFIGURE_ASF && lFiles.mMotions.empty())
@@ -210,7 +198,8 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KDrawOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses of a motion, as an SVG or PNG picture");
+    CLI::App* lCommand =
+        pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses or angles of a motion, as an SVG or PNG picture");
     lCommand->add_option("FILE", lOptions->mFiles, "ASF, ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
@@ -233,6 +222,12 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
                      "Also draw the path of a bone's end, with the poses at their world positions; may be repeated")
         ->option_text("BONE")
         ->allow_extra_args(false);
+    lCommand
+        ->add_option("--curves", lOptions->mCurves,
+                     "Instead draw these joints' angles over time, and where they pass their limits; several are separated by commas")
+        ->option_text("JOINT,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
     lCommand->add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
     AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
     AddRate(*lCommand, "Poses per second of the motion to draw: the frames nearest to them (default: five poses)", lOptions->mMotion);
@@ -245,7 +240,8 @@ void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
                      "  asf draw walker.asf -o walker.svg\n"
                      "  asf draw walker.asf -o walker.png --width 1920 --view all --names\n"
                      "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
-                     "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand");
+                     "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand\n"
+                     "  asf draw walk.amc -o knees.svg --curves left_shin,right_shin");
     lCommand->callback([lOptions, &pConsole] { RunDraw(*lOptions, pConsole); });
 }
 

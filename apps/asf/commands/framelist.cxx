@@ -98,13 +98,13 @@ std::string PickFrames(const std::string& pText, const std::vector<long long>& p
     return lError;
 }
 
-bool CheckOneRange(const std::vector<size_t>& pIndices, KConsole& pConsole)
+bool CheckOneRange(const std::vector<size_t>& pIndices, KConsole& pConsole, const char* pOption)
 {
     for (size_t lIndex = 1; lIndex < pIndices.size(); ++lIndex)
     {
         if (pIndices[lIndex] != pIndices[lIndex - 1] + 1)
         {
-            pConsole.Fail(eEXIT_USAGE, "--frames: expected one range without a step, such as 100-200, because of --fps");
+            pConsole.Fail(eEXIT_USAGE, std::string("--frames: expected one range without a step, such as 100-200, because of ") + pOption);
             return false;
         }
     }

@@ -16,8 +16,8 @@ namespace asfapp
 /// \return "", or an error text; pIndices is empty then
 std::string PickFrames(const std::string& pText, const std::vector<long long>& pNumbers, std::vector<size_t>& pIndices);
 
-/// True if \p pIndices, not empty, are one range without gaps, as --fps needs it. Else false, after an error.
-bool CheckOneRange(const std::vector<size_t>& pIndices, KConsole& pConsole);
+/// True if \p pIndices, not empty, are one range without gaps, as the option \p pOption needs it. Else false, after an error.
+bool CheckOneRange(const std::vector<size_t>& pIndices, KConsole& pConsole, const char* pOption = "--fps");
 
 } // namespace asfapp
 

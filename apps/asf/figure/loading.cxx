@@ -102,6 +102,17 @@ bool OpenFigure(KQexFigureFiles& pFiles, const std::vector<std::string>& pPaths,
     return lOk;
 }
 
+bool CheckOneMotion(const KQexFigureFiles& pFiles, KConsole& pConsole)
+{
+    if (pFiles.mMotions.size() > 1)
+    {
+        pConsole.Fail(eEXIT_USAGE,
+                      "expected one motion, not " + pFiles.mMotions[0].GetDisplayPath() + " and " + pFiles.mMotions[1].GetDisplayPath());
+        return false;
+    }
+    return true;
+}
+
 bool LoadQuietly(qexsdk::KQexFigure& pFigure, const KQexFigureFiles& pFiles, qexsdk::KQexFigureOptions pOptions, KQexFigureReport& pReport,
                  KConsole& pConsole)
 {
@@ -171,13 +182,7 @@ bool KLoadedMotion::LoadFigureOrMotion(const KQexFigureFiles& pFiles, const KMot
     lOptions.mSampleRate = pOptions.mSampleRate;
     lOptions.mAllowUnmatched = pOptions.mAllowUnmatched;
     lOptions.mTake = pTake;
-    if (pFiles.mMotions.size() > 1)
-    {
-        pConsole.Fail(eEXIT_USAGE,
-                      "expected one motion, not " + pFiles.mMotions[0].GetDisplayPath() + " and " + pFiles.mMotions[1].GetDisplayPath());
-        return false;
-    }
-    if (!LoadFigure(mFigure, pFiles, std::move(lOptions), pConsole))
+    if (!CheckOneMotion(pFiles, pConsole) || !LoadFigure(mFigure, pFiles, std::move(lOptions), pConsole))
     {
         return false;
     }

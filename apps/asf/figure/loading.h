@@ -59,6 +59,9 @@ private:
 bool OpenFigure(qexsdk::KQexFigureFiles& pFiles, const std::vector<std::string>& pPaths, const KMotionOptions& pOptions,
                 KConsole& pConsole);
 
+/// True with at most one motion. Else false, after an error.
+bool CheckOneMotion(const qexsdk::KQexFigureFiles& pFiles, KConsole& pConsole);
+
 /// Loads a figure with a progress bar. False after an error.
 bool LoadFigure(qexsdk::KQexFigure& pFigure, const qexsdk::KQexFigureFiles& pFiles, qexsdk::KQexFigureOptions pOptions, KConsole& pConsole);
 

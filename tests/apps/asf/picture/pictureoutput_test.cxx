@@ -156,11 +156,11 @@ TEST_F(KPictureOutputTest, APngThatIsTooLargeIsReducedUnlessTheWidthIsGiven)
     {
         return;
     }
-    // The figure is 14 units high, 250 pixels, and rises by 3000 units: more than the 32767 pixels that a PNG can have.
+    // The figure rises by 200 times its height: rows of 3000 pixels, more than the 32767 pixels that a PNG can have.
     const auto lDraw = [&](std::vector<std::string> pMore)
     {
-        pMore.insert(pMore.begin(), {"--trail", "leg", "-o", "slide.png"});
-        return DrawSlide(mFolder, 4, 1000, pMore);
+        pMore.insert(pMore.begin(), {"--frames", "1-last", "-o", "slide.png"});
+        return DrawSlide(mFolder, 200, 15, pMore);
     };
     const KRunResult lGiven = lDraw({"--width", "1000"});
     EXPECT_EQ(lGiven.mExit, 2);

@@ -1,0 +1,154 @@
+#include <qexfigure/picture/kqexangles.h>
+
+#include <tests/qexfigure/figuresupport.h>
+
+#include <cmath>
+
+using namespace qexsdk;
+using namespace qextest;
+
+namespace
+{
+
+/// Files from text in memory.
+KQexFigureFiles FilesOf(const std::string& pFigure, const std::string& pName, const std::string& pMotion = "")
+{
+    KQexFigureFiles  lFiles;
+    KQexFigureReport lReport;
+    EXPECT_TRUE(lFiles.mFigure.OpenBuffer(pFigure, pName, lReport)) << TextOf(lReport);
+    if (!pMotion.empty())
+    {
+        lFiles.mMotions.emplace_back();
+        EXPECT_TRUE(lFiles.mMotions[0].OpenBuffer(pMotion, "wave.amc", lReport)) << TextOf(lReport);
+    }
+    return lFiles;
+}
+
+/// The chart's lines as "bone rx: 1 2 -", a dash for no value.
+std::string LinesOf(const KQexChart& pChart)
+{
+    std::string lText;
+    for (const KQexChartPanel& lPanel : pChart.mPanels)
+    {
+        for (const KQexChartSeries& lSeries : lPanel.mSeries)
+        {
+            lText += lPanel.mTitle + " " + lSeries.mName + ":";
+            for (const double lValue : lSeries.mValues)
+            {
+                lText += std::isnan(lValue) ? " -" : " " + std::to_string(std::lround(lValue * 1000) / 1000);
+            }
+            lText += "\n";
+        }
+    }
+    return lText;
+}
+
+TEST(Angles, DegreesOfFreedomAsTheFileHasThem)
+{
+    const std::string lSkeleton = Replaced(HandSkeleton(), "dof rx ry rz\n", "dof rz rx\n    limits (-10 20)\n (-inf 45)\n");
+    const std::string lMotion = ":FULLY-SPECIFIED\n:DEGREES\n:SAMPLES-PER-SECOND 10\n4\nroot 0 0 0 1 2 3\nhand 700 0\n5\nroot 0 1 0 4 5 6\n"
+                                "8\nroot 0 4 0 -400 8 9\nhand 720 -30\n";
+    KQexChart         lChart;
+    KQexFigureReport  lReport;
+    KQexAngleOptions  lOptions;
+    lOptions.mJoints = {"hand", "root"};
+    ASSERT_TRUE(CollectAngles(FilesOf(lSkeleton, "hand.asf", lMotion), lOptions, lChart, lReport)) << TextOf(lReport);
+    EXPECT_EQ(LinesOf(lChart), "hand rz: 700 - 720\nhand rx: 0 - -30\nroot rx: 1 4 -400\nroot ry: 2 5 8\nroot rz: 3 6 9\n");
+    EXPECT_EQ(lChart.mNumbers, (std::vector<long long>{4, 5, 8}));
+    ASSERT_EQ(lChart.mSeconds.size(), 3u);
+    EXPECT_NEAR(lChart.mSeconds[1], 0.1, 1e-9);
+    EXPECT_NEAR(lChart.mSeconds[2], 0.4, 1e-9);
+    EXPECT_EQ(lChart.mSubtitle, "3 frames, 10 a second");
+    const KQexChartSeries& lTurn = lChart.mPanels[0].mSeries[0];
+    EXPECT_TRUE(lTurn.mHasMin && lTurn.mHasMax);
+    EXPECT_EQ(lTurn.mMin, -10);
+    EXPECT_EQ(lTurn.mMax, 20);
+    EXPECT_FALSE(lChart.mPanels[0].mSeries[1].mHasMin);
+    EXPECT_EQ(lChart.mPanels[0].mSeries[1].mMax, 45);
+    EXPECT_FALSE(lChart.mPanels[1].mSeries[0].mHasMax);
+}
+
+TEST(Angles, RadiansBecomeDegrees)
+{
+    KQexChart        lChart;
+    KQexFigureReport lReport;
+    KQexAngleOptions lOptions;
+    lOptions.mJoints = {"hand"};
+    const std::string lMotion = Replaced(Replaced(HandMotion(), ":DEGREES\n", ":RADIANS\n"), "hand 0 0 90", "hand 0 0 1.5707963267948966");
+    ASSERT_TRUE(CollectAngles(FilesOf(Replaced(HandSkeleton(), "angle deg", "angle rad"), "hand.asf", lMotion), lOptions, lChart, lReport))
+        << TextOf(lReport);
+    EXPECT_NEAR(lChart.mPanels[0].mSeries[2].mValues[1], 90, 1e-9);
+}
+
+TEST(Angles, FramesAreSortedAndTheLastOfANumberWins)
+{
+    KQexChart         lChart;
+    KQexFigureReport  lReport;
+    KQexAngleOptions  lOptions;
+    const std::string lMotion = ":FULLY-SPECIFIED\n:DEGREES\n3\nroot 0 0 0 0 0 0\nhand 3 0 0\n1\nroot 0 0 0 0 0 0\nhand 1 0 0\n2\n"
+                                "root 0 0 0 0 0 0\nhand 2 0 0\n3\nroot 0 0 0 0 0 0\nhand 30 0 0\n";
+    lOptions.mJoints = {"hand"};
+    ASSERT_TRUE(CollectAngles(FilesOf(HandSkeleton(), "hand.asf", lMotion), lOptions, lChart, lReport)) << TextOf(lReport);
+    EXPECT_EQ(LinesOf(lChart), "hand rx: 1 2 30\nhand ry: 0 0 0\nhand rz: 0 0 0\n");
+    EXPECT_EQ(lChart.mNumbers, (std::vector<long long>{1, 2, 3}));
+    EXPECT_NE(TextOf(lReport).find("note wave.amc:0: has no frame rate, using 120 frames per second\n"), std::string::npos);
+}
+
+TEST(Angles, LocalAnglesOfASceneInTheirOrder)
+{
+    KQexFigure       lFigure;
+    KQexChart        lChart;
+    KQexFigureReport lReport;
+    KQexAngleOptions lOptions;
+    lOptions.mJoints = {"Leg", "Hips"};
+    ASSERT_TRUE(lFigure.Load(FilesOf(Replaced(LegBvh(), "0 91 0 0 0 0 90 0 0", "0 91 0 1 2 3 30 20 10"), "leg.bvh"), {}, lReport))
+        << TextOf(lReport);
+    ASSERT_TRUE(CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, lReport)) << TextOf(lReport);
+    // Zrotation Xrotation Yrotation: about y first, then x, then z.
+    EXPECT_EQ(LinesOf(lChart), "Leg ry: 0 10\nLeg rx: 0 20\nLeg rz: 0 30\nHips ry: 0 3\nHips rx: 0 2\nHips rz: 0 1\n");
+    EXPECT_EQ(lChart.mNumbers, (std::vector<long long>{1, 2}));
+    EXPECT_NEAR(lChart.mSeconds[1], 0.0333333, 1e-6);
+    EXPECT_EQ(lChart.mPanels[0].mSeries[0].mColour, 1u);
+}
+
+TEST(Angles, WhatDoesNotExistIsAnErrorWithTheNearestName)
+{
+    KQexChart        lChart;
+    KQexFigureReport lReport;
+    KQexFigure       lFigure;
+    KQexAngleOptions lOptions;
+    lOptions.mJointOption = "--curves: ";
+    lOptions.mJoints = {"hamd"};
+    EXPECT_FALSE(CollectAngles(FilesOf(HandSkeleton(), "hand.asf", HandMotion()), lOptions, lChart, lReport));
+    lOptions.mJoints = {"tail"};
+    EXPECT_FALSE(CollectAngles(FilesOf(HandSkeleton(), "hand.asf", HandMotion()), lOptions, lChart, lReport));
+    lOptions.mJoints = {"arm"};
+    EXPECT_FALSE(CollectAngles(FilesOf(HandSkeleton(), "hand.asf", HandMotion()), lOptions, lChart, lReport));
+    lOptions.mJoints = {"leg"};
+    ASSERT_TRUE(lFigure.Load(FilesOf(LegBvh(), "leg.bvh"), {}, lReport));
+    EXPECT_FALSE(CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, lReport));
+    EXPECT_EQ(TextOf(lReport), "error :0: --curves: the skeleton has no bone hamd, did you mean hand?\n"
+                               "error :0: --curves: the skeleton has no bone tail\n"
+                               "error :0: --curves: the bone arm has no rotations\n"
+                               "error :0: --curves: the figure has no joint leg, did you mean Leg?\n");
+    EXPECT_EQ(lReport.GetStatus(), eFIGURE_USAGE);
+}
+
+TEST(Angles, BadMotionsAreRefused)
+{
+    KQexChart        lChart;
+    KQexAngleOptions lOptions;
+    lOptions.mJoints = {"hand"};
+    for (const std::string& lMotion :
+         {Replaced(HandMotion(), "hand 0 0 90", "hand 0 x 90"), ReplacedAll(ReplacedAll(HandMotion(), "hand", "tail"), "root", "back")})
+    {
+        KQexFigureReport lReport;
+        EXPECT_FALSE(CollectAngles(FilesOf(HandSkeleton(), "hand.asf", lMotion), lOptions, lChart, lReport));
+        EXPECT_EQ(lReport.GetStatus(), eFIGURE_INPUT) << TextOf(lReport);
+    }
+    KQexFigureReport lReport;
+    EXPECT_FALSE(CollectAngles(FilesOf(":version 1.10\n:bonedata\n", "hand.asf", HandMotion()), lOptions, lChart, lReport));
+    EXPECT_EQ(lReport.GetStatus(), eFIGURE_INPUT) << TextOf(lReport);
+}
+
+} // namespace
