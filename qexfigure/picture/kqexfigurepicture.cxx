@@ -20,6 +20,10 @@ KQexPicture EmptyPicture(const KQexFigurePictureOptions& pOptions)
     lPicture.mPath = pOptions.mPath;
     lPicture.mTitle = pOptions.mTitle;
     lPicture.mViews = pOptions.mViews;
+    if (lPicture.mViews.empty())
+    {
+        lPicture.mViews.push_back(ePICTURE_FRONT);
+    }
     return lPicture;
 }
 

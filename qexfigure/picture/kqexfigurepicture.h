@@ -17,14 +17,14 @@ namespace qexsdk
 /// What to draw of a figure.
 struct QEX_API KQexFigurePictureOptions
 {
-    std::string                  mPath;                  ///< Of the input, for messages; may be empty.
-    std::string                  mTitle;                 ///< Above the picture; may be empty.
-    std::vector<KQexPictureView> mViews{ePICTURE_FRONT}; ///< At least one.
-    bool                         mNames = false;         ///< Label the joints.
-    std::vector<size_t>          mFrames;                ///< Indices of the take's frames, ascending; empty: five, evenly spaced.
-    std::vector<std::string>     mTrails;      ///< Bones whose ends' paths are drawn; the poses are then at their world positions.
-    std::string                  mTrailOption; ///< How a user of the program names mTrails ("--trail: "); may be empty.
-    KQexProgress                 mProgress;    ///< Called with the fraction of the trails' frames. The result is ignored.
+    std::string                  mPath;          ///< Of the input, for messages; may be empty.
+    std::string                  mTitle;         ///< Above the picture; may be empty.
+    std::vector<KQexPictureView> mViews;         ///< Empty: the front.
+    bool                         mNames = false; ///< Label the joints.
+    std::vector<size_t>          mFrames;        ///< Indices of the take's frames, ascending; empty: five, evenly spaced.
+    std::vector<std::string>     mTrails;        ///< Bones whose ends' paths are drawn; the poses are then at their world positions.
+    std::string                  mTrailOption;   ///< How a user of the program names mTrails ("--trail: "); may be empty.
+    KQexProgress                 mProgress;      ///< Called with the fraction of the trails' frames. The result is ignored.
 };
 
 /// A picture of poses of \p pTake, one of the figure's; null: of the figure at rest, without trails. At most one pose for each pixel of
