@@ -56,6 +56,7 @@ bool ListsMatch(const KQexChart& pChart)
     const size_t lCount = pChart.mSeconds.size();
     return lCount > 0 && pChart.mNumbers.size() == lCount && !pChart.mPanels.empty() &&
            std::is_sorted(pChart.mSeconds.begin(), pChart.mSeconds.end()) &&
+           std::is_sorted(pChart.mNumbers.begin(), pChart.mNumbers.end()) &&
            std::all_of(pChart.mPanels.begin(), pChart.mPanels.end(),
                        [lCount](const KQexChartPanel& pPanel)
                        {

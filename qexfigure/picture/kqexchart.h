@@ -44,7 +44,7 @@ struct QEX_API KQexChart
     std::string                 mTitle;    ///< Above the panels, in bold.
     std::string                 mSubtitle; ///< Below the title.
     std::vector<double>         mSeconds;  ///< Ascending.
-    std::vector<long long>      mNumbers;  ///< Frame numbers at these times.
+    std::vector<long long>      mNumbers;  ///< Frame numbers at these times, ascending.
     std::vector<KQexChartPanel> mPanels;   ///< At least one.
 };
 

@@ -13,14 +13,15 @@ namespace
 
 constexpr double kMostTimeTicks = 12;
 constexpr double kMostValueTicks = 7;
+constexpr int    kMostTicks = 20;
 constexpr double kLeastSpan = 2;    // Of an axis of values.
 constexpr double kLimitShare = 0.6; // Of the values' span, by which a limit may lengthen the axis at either end.
 
 /// Steps that people count in, between those with one digit: seconds of minutes, degrees of turns.
 constexpr double kRoundSteps[] = {15, 30, 45, 60, 90, 180, 360, 600, 720, 1800, 3600, 7200};
 
-/// The least step of at least \p pLeast that is 1, 2 or 5 times a power of ten, or one of kRoundSteps.
-double StepOf(double pLeast)
+/// The least step of at least \p pLeast that is 1, 2 or 5 times a power of ten.
+double DecimalStep(double pLeast)
 {
     const double lPower = std::pow(10.0, std::floor(std::log10(pLeast)));
     double       lStep = 10 * lPower;
@@ -28,6 +29,13 @@ double StepOf(double pLeast)
     {
         lStep = lDigit * lPower >= pLeast ? lDigit * lPower : lStep;
     }
+    return lStep;
+}
+
+/// The same, or one of kRoundSteps if that is less.
+double StepOf(double pLeast)
+{
+    double lStep = DecimalStep(pLeast);
     for (const double lRound : kRoundSteps)
     {
         lStep = lRound >= pLeast && lRound < lStep ? lRound : lStep;
@@ -41,9 +49,10 @@ std::vector<double> KQexChartAxis::Ticks() const
 {
     std::vector<double> lTicks;
     const double        lFirst = std::ceil(mFrom / mStep - 1e-9);
-    for (double lTick = lFirst; lTick * mStep <= mTo + 1e-9 * mStep; ++lTick)
+    // Far from zero, neighbouring ticks may be the same number: the count ends the loop.
+    for (int lTick = 0; lTick < kMostTicks && (lFirst + lTick) * mStep <= mTo + 1e-9 * mStep; ++lTick)
     {
-        lTicks.push_back(lTick * mStep);
+        lTicks.push_back((lFirst + lTick) * mStep);
     }
     return lTicks;
 }
@@ -60,9 +69,16 @@ KQexChartAxis TimeAxis(const KQexChart& pChart)
     const bool    lIsSingle = !(pChart.mSeconds.back() > pChart.mSeconds.front());
     lAxis.mFrom = pChart.mSeconds.front() - (lIsSingle ? 0.5 : 0);
     lAxis.mTo = pChart.mSeconds.back() + (lIsSingle ? 0.5 : 0);
-    // No closer than frames, so that each tick has one of its own.
-    const double lFrames = static_cast<double>(std::max<size_t>(pChart.mSeconds.size() - 1, 1));
-    lAxis.mStep = StepOf((lAxis.mTo - lAxis.mFrom) / std::min(kMostTimeTicks, lFrames) * (1 - 1e-9));
+    lAxis.mStep = StepOf((lAxis.mTo - lAxis.mFrom) / kMostTimeTicks);
+    return lAxis;
+}
+
+KQexChartAxis FrameAxis(const KQexChart& pChart)
+{
+    KQexChartAxis lAxis;
+    lAxis.mFrom = static_cast<double>(pChart.mNumbers.front());
+    lAxis.mTo = static_cast<double>(pChart.mNumbers.back());
+    lAxis.mStep = DecimalStep(std::max((lAxis.mTo - lAxis.mFrom) / kMostTimeTicks, 1.0));
     return lAxis;
 }
 

@@ -33,6 +33,9 @@ struct KQexChartAxis
 /// The axis of time for all panels, from the first time to the last; a single one is in the middle of a second.
 KQexChartAxis TimeAxis(const KQexChart& pChart);
 
+/// The numbers of the frames, which need not be even in time; without pixels.
+KQexChartAxis FrameAxis(const KQexChart& pChart);
+
 /// The axis of values: all values and zero if it is near; limits where that does not shrink the lines by much.
 KQexChartAxis ValueAxis(const KQexChartPanel& pPanel);
 

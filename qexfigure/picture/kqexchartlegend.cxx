@@ -49,7 +49,9 @@ std::string TextOfSeries(const KQexChart& pChart, const KQexChartSeries& pSeries
             ++pOutside;
         }
     }
-    const std::string lRange = lCount == 0 ? "no values" : FixedText(lLowest, 1) + " to " + FixedText(lHighest, 1) + pSuffix;
+    const std::string lFrom = FixedText(lLowest, 1);
+    const std::string lTo = FixedText(lHighest, 1);
+    const std::string lRange = lCount == 0 ? "no values" : (lFrom == lTo ? "" : lFrom + " to ") + lTo + pSuffix;
     const std::string lPassed = pOutside == 0 ? std::string()
                                               : "; passed in " + std::to_string(pOutside) + " of " + CountText(lCount, "frame", "frames") +
                                                     (pOutside == lCount ? "" : ", first in " + std::to_string(lFirst));

@@ -67,6 +67,7 @@ public:
             Band(lSeries);
         }
         Grid();
+        Frames();
         for (const KQexChartSeries& lSeries : mPanel.mSeries)
         {
             Limits(lSeries);
@@ -151,21 +152,29 @@ private:
             const double lX = mTime.ToPixel(lTick);
             mText += LineAt("grid", lX, mPlotTop, lX, mPlotBottom + 4);
             mText += TextAt(lX, mPlotBottom + 17, "tick", "middle", mTime.TickText(lTick));
-            mText += TextAt(lX, mPlotBottom + 31, "tick", "middle", std::to_string(mChart.mNumbers[NearestFrame(lTick)]));
         }
         mText += TextAt(mTime.mFromPixel - 22, mPlotBottom + 17, "tick", "end", "seconds");
-        mText += TextAt(mTime.mFromPixel - 22, mPlotBottom + 31, "tick", "end", "frame");
         mText += "<rect class=\"frame\" x=\"" + Px(mTime.mFromPixel) + "\" y=\"" + Px(mPlotTop) + "\" width=\"" +
                  Px(mTime.mToPixel - mTime.mFromPixel) + "\" height=\"" + Px(mPlotBottom - mPlotTop) + "\"/>\n";
     }
 
-    size_t NearestFrame(double pSeconds) const
+    /// Short ticks at frames of round numbers, below those of seconds: one of these need not be at a frame.
+    void Frames()
     {
-        const auto   lNext = std::lower_bound(mChart.mSeconds.begin(), mChart.mSeconds.end(), pSeconds);
-        const size_t lIndex = static_cast<size_t>(lNext - mChart.mSeconds.begin());
-        const bool   lIsBefore =
-            lIndex == mChart.mSeconds.size() || (lIndex > 0 && pSeconds - mChart.mSeconds[lIndex - 1] < mChart.mSeconds[lIndex] - pSeconds);
-        return lIsBefore ? lIndex - 1 : lIndex;
+        size_t lLast = mChart.mNumbers.size();
+        for (const double lTick : FrameAxis(mChart).Ticks())
+        {
+            const auto   lNext = std::lower_bound(mChart.mNumbers.begin(), mChart.mNumbers.end(), std::llround(lTick));
+            const size_t lIndex = static_cast<size_t>(lNext - mChart.mNumbers.begin());
+            if (lIndex != lLast && lIndex < mChart.mNumbers.size())
+            {
+                const double lX = mTime.ToPixel(mChart.mSeconds[lIndex]);
+                mText += LineAt("frame", lX, mPlotBottom - 5, lX, mPlotBottom);
+                mText += TextAt(lX, mPlotBottom + 31, "tick", "middle", std::to_string(mChart.mNumbers[lIndex]));
+                lLast = lIndex;
+            }
+        }
+        mText += TextAt(mTime.mFromPixel - 22, mPlotBottom + 31, "tick", "end", "frame");
     }
 
     std::string PathOf(const std::vector<KQexChartPoint>& pPoints) const

@@ -87,11 +87,27 @@ TEST(Chart, LinesGoThroughTheirValues)
 TEST(Chart, TheAxesAreLabelled)
 {
     const std::string lSvg = SvgOf(ChartOf({{0, 10, -20, 40, 5}}));
-    for (const char* lText : {">degrees<", ">seconds<", ">frame<", ">0.0<", ">5<", ">0.4<", ">9<", ">-10\xC2\xB0<", ">30\xC2\xB0<",
+    for (const char* lText : {">degrees<", ">seconds<", ">frame<", ">0.00<", ">5<", ">0.40<", ">9<", ">-10\xC2\xB0<", ">30\xC2\xB0<",
                               ">a&lt;b<", ">rx: -20.0 to 40.0\xC2\xB0<"})
     {
         EXPECT_NE(lSvg.find(lText), std::string::npos) << lText;
     }
+}
+
+TEST(Chart, FrameNumbersAreAtTheirTimes)
+{
+    KQexChart lChart = ChartOf({std::vector<double>(50, 1)});
+    lChart.mNumbers.back() = 100; // After a gap, one frame in time.
+    const KChartPanelSvg lPanel = PanelOf(lChart);
+    std::string          lFound;
+    for (const std::smatch& lFrame :
+         MatchesOf(lPanel.mText, "<text x=\"([-0-9.]+)\" y=\"([-0-9.]+)\" class=\"tick\" text-anchor=\"middle\">([0-9]+)<"))
+    {
+        const size_t lAt = static_cast<size_t>(std::lround(lPanel.mTime.ValueAt(std::stod(lFrame[1])) * 10));
+        EXPECT_EQ(lFrame[3], std::to_string(lChart.mNumbers.at(lAt)));
+        lFound += lFrame[3].str() + " ";
+    }
+    EXPECT_EQ(lFound, "10 20 30 40 50 100 ");
 }
 
 TEST(Chart, LimitsAreBands)
@@ -207,6 +223,16 @@ TEST(Chart, SingleAndConstantValues)
     }
     EXPECT_NE(SvgOf(ChartOf({{7}})).find("h0\""), std::string::npos);
     EXPECT_NE(SvgOf(ChartOf({{kNone}})).find(">rx: no values<"), std::string::npos);
+}
+
+TEST(Chart, TimesAndNumbersFarFromZero)
+{
+    KQexChart lChart = ChartOf({{1, 2}});
+    lChart.mSeconds = {1e9 - 1e-6, 1e9};
+    lChart.mNumbers = {std::numeric_limits<long long>::max() - 1, std::numeric_limits<long long>::max()};
+    EXPECT_LT(SvgOf(lChart).size(), 20000u);
+    lChart.mNumbers.front() = std::numeric_limits<long long>::min();
+    EXPECT_LT(SvgOf(lChart).size(), 20000u);
 }
 
 TEST(Chart, TheWidthScalesThePicture)
