@@ -6,6 +6,7 @@
 #include <qexfigure/kqexnumbertext.h>
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
 /// \file
@@ -45,11 +46,54 @@ void AddAngle(const KQexNode& pNode, const KQexAnimLayer* pLayer, unsigned int p
     pPanel.mSeries.push_back(std::move(lSeries));
 }
 
+/// All angles of the node, in the order in which they are applied.
+void AddEulerAngles(const KQexNode& pNode, const KQexAnimLayer* pLayer, const std::vector<KTime>& pTimes, KQexChartPanel& pPanel)
+{
+    for (const unsigned int lAxis : kOrderAxes[pNode.GetRotationOrder()])
+    {
+        AddAngle(pNode, pLayer, lAxis, pTimes, pPanel);
+    }
+}
+
+/// The rotations that the file has for the joint, with their limits; of several joints with one name, the first's. None if it has none.
+void AddTracks(const std::string& pJoint, const std::vector<KQexDofTrack>& pTracks, const std::vector<KTime>& pTimes,
+               KQexChartPanel& pPanel)
+{
+    for (const KQexDofTrack& lTrack : pTracks)
+    {
+        const KQexBoneDof& lDof = lTrack.mDof;
+        const auto         lIsSame = [&lDof](const KQexChartSeries& pSeries)
+        {
+            return pSeries.mName == lDof.mWord;
+        };
+        if (lTrack.mJoint != pJoint || lDof.mWord[0] != 'r' || std::any_of(pPanel.mSeries.begin(), pPanel.mSeries.end(), lIsSame))
+        {
+            continue;
+        }
+        KQexChartSeries lSeries;
+        lSeries.mName = lDof.mWord;
+        lSeries.mColour = static_cast<size_t>(lDof.mWord[1] - 'x');
+        lSeries.mHasMin = lDof.mHasMin;
+        lSeries.mHasMax = lDof.mHasMax;
+        lSeries.mMin = lDof.mMin;
+        lSeries.mMax = lDof.mMax;
+        // Keys have single precision: a value at a limit is rounded by up to 6e-8 of it.
+        lSeries.mTolerance += 1e-7 * std::max(std::fabs(lDof.mMin), std::fabs(lDof.mMax));
+        KQexKeyTimes::KCursor lCursor;
+        for (const KTime lTime : pTimes)
+        {
+            lSeries.mValues.push_back(lTrack.Evaluate(lTime, lCursor));
+        }
+        pPanel.mSeries.push_back(std::move(lSeries));
+    }
+}
+
 bool CollectSceneAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, const KQexAngleOptions& pOptions, KQexChart& pChart,
                         KQexFigureReport& pReport)
 {
-    KQexFigureFrames lFrames;
-    if (!pFigure.CollectFrames(pTake, lFrames))
+    KQexFigureFrames          lFrames;
+    std::vector<KQexDofTrack> lTracks;
+    if (!pFigure.CollectFrames(pTake, lFrames) || !pFigure.GetDofTracks(pTake, lTracks))
     {
         throw std::bad_alloc();
     }
@@ -75,14 +119,17 @@ bool CollectSceneAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, 
             return pReport.Fail(eFIGURE_USAGE, "", pOptions.mJointOption + "the figure has no joint " + lName + DidYouMean(lName, lNames));
         }
         KQexChartPanel lPanel{lName, "degrees", "\xC2\xB0", {}};
-        for (const unsigned int lAxis : kOrderAxes[lJoint->mNode->GetRotationOrder()])
+        AddTracks(lName, lTracks, lFrames.mTimes, lPanel);
+        if (lPanel.mSeries.empty())
         {
-            AddAngle(*lJoint->mNode, LayerOfTake(pTake), lAxis, lFrames.mTimes, lPanel);
+            AddEulerAngles(*lJoint->mNode, LayerOfTake(pTake), lFrames.mTimes, lPanel);
         }
         pChart.mPanels.push_back(std::move(lPanel));
-        if (pOptions.mProgress)
+        if (pOptions.mProgress &&
+            !pOptions.mProgress(static_cast<double>(pChart.mPanels.size()) / static_cast<double>(pOptions.mJoints.size())))
         {
-            pOptions.mProgress(static_cast<double>(pChart.mPanels.size()) / static_cast<double>(pOptions.mJoints.size()));
+            pReport.SetCancelled();
+            return false;
         }
     }
     return true;

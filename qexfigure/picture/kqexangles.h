@@ -30,8 +30,8 @@ struct QEX_API KQexAngleOptions
 QEX_API bool CollectAngles(const KQexFigureFiles& pFiles, const KQexAngleOptions& pOptions, KQexChart& pChart,
                            KQexFigureReport& pReport) noexcept;
 
-/// The local rotations of a scene's joints in \p pTake, one of the figure's: the Euler angles of each node, in its rotation order. Without
-/// limits. False as above.
+/// The same for a loaded figure, in \p pTake, one of its takes: the degrees of freedom of GetDofTracks(), between keys as it says; of joints
+/// without (glTF; AMC without mKeepDofValues), the local Euler angles of the node, in its rotation order, without limits. False as above.
 QEX_API bool CollectAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, const KQexAngleOptions& pOptions, KQexChart& pChart,
                            KQexFigureReport& pReport) noexcept;
 

@@ -23,9 +23,10 @@ struct QEX_API KQexChartSeries
     bool                mHasMax = false; ///< There is an upper limit.
     double              mMin = 0;        ///< Lower limit; valid if mHasMin.
     double              mMax = 0;        ///< Upper limit; valid if mHasMax.
+    double              mTolerance = 1e-6; ///< A value that exceeds a limit by no more is at the limit: files have about six digits.
 
-    /// Whether a value passes a limit. Files have about six digits: by less than a millionth is at the limit.
-    bool IsOutside(double pValue) const { return (mHasMin && pValue < mMin - 1e-6) || (mHasMax && pValue > mMax + 1e-6); }
+    /// Whether a value passes a limit.
+    bool IsOutside(double pValue) const { return (mHasMin && pValue < mMin - mTolerance) || (mHasMax && pValue > mMax + mTolerance); }
 };
 
 /// Lines with one axis of values.

@@ -196,7 +196,8 @@ private:
         {
             if (lIsAbove ? pSeries.mHasMax : pSeries.mHasMin)
             {
-                for (const std::vector<KQexChartPoint>& lPart : PartsBeyond(pPoints, lIsAbove ? pSeries.mMax : pSeries.mMin, lIsAbove))
+                const double lLimit = lIsAbove ? pSeries.mMax + pSeries.mTolerance : pSeries.mMin - pSeries.mTolerance;
+                for (const std::vector<KQexChartPoint>& lPart : PartsBeyond(pPoints, lLimit, lIsAbove))
                 {
                     lPath += PathOf(lPart);
                 }

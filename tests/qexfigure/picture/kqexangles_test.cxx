@@ -111,6 +111,44 @@ TEST(Angles, LocalAnglesOfASceneInTheirOrder)
     EXPECT_EQ(lChart.mPanels[0].mSeries[0].mColour, 1u);
 }
 
+TEST(Angles, ALoadedFigureThatKeptItsValues)
+{
+    const std::string lSkeleton = Replaced(HandSkeleton(), "dof rx ry rz\n", "dof rz rx\n    limits (-10 170.1)\n (-inf 45)\n");
+    const std::string lMotion = ":FULLY-SPECIFIED\n:DEGREES\n:SAMPLES-PER-SECOND 10\n4\nroot 0 0 0 1 2 3\nhand 700 0\n5\nroot 0 1 0 4 5 6\n"
+                                "hand 170.1 0\n6\nroot 0 4 0 -400 8 9\nhand 720 -30\n";
+    KQexFigure        lFigure;
+    KQexChart         lChart;
+    KQexFigureReport  lReport;
+    KQexFigureOptions lFigureOptions;
+    KQexAngleOptions  lOptions;
+    lFigureOptions.mKeepDofValues = true;
+    lOptions.mJoints = {"hand", "root"};
+    ASSERT_TRUE(lFigure.Load(FilesOf(lSkeleton, "hand.asf", lMotion), lFigureOptions, lReport)) << TextOf(lReport);
+    ASSERT_TRUE(CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, lReport)) << TextOf(lReport);
+    EXPECT_EQ(LinesOf(lChart), "hand rz: 700 170 720\nhand rx: 0 0 -30\nroot rx: 1 4 -400\nroot ry: 2 5 8\nroot rz: 3 6 9\n");
+    const KQexChartSeries& lTurn = lChart.mPanels[0].mSeries[0];
+    EXPECT_TRUE(lTurn.IsOutside(lTurn.mValues[0]));
+    EXPECT_FALSE(lTurn.IsOutside(lTurn.mValues[1]));
+    EXPECT_EQ(lTurn.mColour, 2u);
+}
+
+TEST(Angles, ProgressCanCancel)
+{
+    KQexFigure       lFigure;
+    KQexChart        lChart;
+    KQexAngleOptions lOptions;
+    lOptions.mJoints = {"Leg", "Hips"};
+    lOptions.mProgress = [](double)
+    {
+        return false;
+    };
+    KQexFigureReport lReport;
+    ASSERT_TRUE(lFigure.Load(FilesOf(LegBvh(), "leg.bvh"), {}, lReport)) << TextOf(lReport);
+    EXPECT_FALSE(CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, lReport));
+    EXPECT_TRUE(lReport.IsCancelled());
+    EXPECT_EQ(lReport.GetStatus(), eFIGURE_OK);
+}
+
 TEST(Angles, WhatDoesNotExistIsAnErrorWithTheNearestName)
 {
     KQexChart        lChart;

@@ -165,6 +165,7 @@ TEST(Chart, ALimitWithinRoundingIsNotPassed)
     KQexChart lChart = ChartOf({{0, 20.0000005, 0}});
     Limit(lChart.mPanels[0].mSeries[0], -10, 20);
     EXPECT_TRUE(PanelOf(lChart).mMarks.empty());
+    EXPECT_TRUE(PanelOf(lChart).mOutside.empty());
 }
 
 // Otherwise 275,100 frames would be 8 MB, and their peaks no more visible.
