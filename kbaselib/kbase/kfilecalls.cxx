@@ -41,8 +41,8 @@ int CallAccess(const char* pPath, int pMode)
     return ::faccessat(AT_FDCWD, pPath, pMode, AT_EACCESS);
 }
 
-constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,    ::close,  ::lseek,  CallFileStat, CallStat,
-                                     CallLinkStat, ::readlink, CallAccess, ::fchmod, ::rename, ::link,       ::unlink};
+constexpr KFileCalls kSystemCalls = {CallOpen,     ::read,     ::write,    ::pwrite, ::close,  ::lseek, CallFileStat, CallStat,
+                                     CallLinkStat, ::readlink, CallAccess, ::fchmod, ::rename, ::link,  ::unlink};
 
 KFileCalls sCalls = kSystemCalls;
 

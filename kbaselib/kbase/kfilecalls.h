@@ -15,14 +15,15 @@ namespace qexsdk
 /// kbaselib/kbase/ goes through this table, so that a test can make the Nth call fail, be interrupted or be cut short.
 struct KFileCalls
 {
-    int (*mOpen)(const char* pPath, int pFlags, mode_t pMode);     ///< open; \p pMode is the mode with O_CREAT.
-    ssize_t (*mRead)(int pFile, void* pData, size_t pSize);        ///< read
-    ssize_t (*mWrite)(int pFile, const void* pData, size_t pSize); ///< write
-    int (*mClose)(int pFile);                                      ///< close; never called again for the same file, whatever it returns.
-    off_t (*mSeek)(int pFile, off_t pOffset, int pWhence);         ///< lseek
-    int (*mFileStat)(int pFile, struct stat* pStat);               ///< fstat
-    int (*mStat)(const char* pPath, struct stat* pStat);           ///< stat: follows links.
-    int (*mLinkStat)(const char* pPath, struct stat* pStat);       ///< lstat: of the link itself.
+    int (*mOpen)(const char* pPath, int pFlags, mode_t pMode);                  ///< open; \p pMode is the mode with O_CREAT.
+    ssize_t (*mRead)(int pFile, void* pData, size_t pSize);                     ///< read
+    ssize_t (*mWrite)(int pFile, const void* pData, size_t pSize);              ///< write
+    ssize_t (*mWriteAt)(int pFile, const void* pData, size_t pSize, off_t pAt); ///< pwrite
+    int (*mClose)(int pFile);                                ///< close; never called again for the same file, whatever it returns.
+    off_t (*mSeek)(int pFile, off_t pOffset, int pWhence);   ///< lseek
+    int (*mFileStat)(int pFile, struct stat* pStat);         ///< fstat
+    int (*mStat)(const char* pPath, struct stat* pStat);     ///< stat: follows links.
+    int (*mLinkStat)(const char* pPath, struct stat* pStat); ///< lstat: of the link itself.
     ssize_t (*mReadLink)(const char* pPath, char* pText, size_t pSize); ///< readlink
     int (*mAccess)(const char* pPath, int pMode);                       ///< access, with the effective rights.
     int (*mChangeMode)(int pFile, mode_t pMode);                        ///< fchmod

@@ -33,6 +33,7 @@ KOutputFile::KOutputFile(KOutputFile&& pOther) noexcept
       mError(std::exchange(pOther.mError, 0)),
       mFile(std::exchange(pOther.mFile, -1)),
       mOwnsFile(std::exchange(pOther.mOwnsFile, false)),
+      mIsAnyOrder(std::exchange(pOther.mIsAnyOrder, false)),
       mSlot(std::exchange(pOther.mSlot, -1)),
       mSize(std::exchange(pOther.mSize, 0)),
       mBuffer(std::exchange(pOther.mBuffer, nullptr)),
@@ -189,6 +190,10 @@ bool KOutputFile::Write(const char* pData, size_t pSize)
     if (mState != eOPEN || mError != 0)
     {
         return false;
+    }
+    if (mIsAnyOrder)
+    {
+        return WriteAt(mSize, pData, pSize);
     }
     mSize += pSize;
     if (mOut != nullptr)
@@ -367,6 +372,7 @@ void KOutputFile::Reset()
     mPath.clear();
     mTarget.clear();
     mSize = 0;
+    mIsAnyOrder = false;
     mError = 0;
     mResult = true;
     mState = eCLOSED;

@@ -47,6 +47,13 @@ public:
     /// reached the file.
     bool Write(const char* pData, size_t pSize);
 
+    /// Writes \p pSize bytes from byte \p pAt on, over what is there or after the end; bytes between hold zeros. Unbuffered: meant for
+    /// large pieces. Later calls of Write() append at the end. False as Write(), and with ESPIPE for what CanWriteAt() refuses.
+    bool WriteAt(uint64_t pAt, const char* pData, size_t pSize);
+
+    /// True for an open file or string; false for standard output, pipes and devices, which take bytes in order only.
+    bool CanWriteAt() const { return mState == eOPEN && (mOut != nullptr || !mTemporary.empty()); }
+
     /// First phase of closing: passes all bytes to the system and closes the file, which keeps its temporary name. False when any write
     /// failed; the temporary file is then removed. A second call returns the first result.
     bool Prepare();
@@ -88,7 +95,7 @@ public:
     /// The path passed to Open(); "" for a buffer.
     const std::string& GetPath() const { return mPath; }
 
-    /// Bytes accepted by Write() since Open().
+    /// Size of the output: the bytes accepted since Open(), and those between them.
     uint64_t GetSize() const { return mSize; }
 
     /// Removes the temporary files of all open outputs of the process. Async-signal-safe: for the handler of a signal that ends the
@@ -111,6 +118,8 @@ private:
     void RemoveBackup();
     bool Flush();
     bool WriteAll(const char* pData, size_t pSize);
+    bool WriteAllAt(uint64_t pAt, const char* pData, size_t pSize);
+    bool WriteAtInString(uint64_t pAt, const char* pData, size_t pSize);
     bool Fail(int pError);
     void CloseFile();
     void RemoveTemporary();
@@ -121,7 +130,8 @@ private:
     int          mError = 0;
     int          mFile = -1;
     bool         mOwnsFile = false;
-    int          mSlot = -1; ///< Index in the list of pending temporary files; -1 when not in it.
+    bool         mIsAnyOrder = false; ///< WriteAt() was called: the system's own position is not at the end.
+    int          mSlot = -1;          ///< Index in the list of pending temporary files; -1 when not in it.
     uint64_t     mSize = 0;
     char*        mBuffer = nullptr; ///< Bytes not yet passed to the system.
     size_t       mFill = 0;

@@ -60,6 +60,16 @@ ssize_t Write(int pFile, const void* pData, size_t pSize)
     return sSystem.mWrite(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
 }
 
+ssize_t WriteAt(int pFile, const void* pData, size_t pSize, off_t pAt)
+{
+    const int lFault = Count(KFileFaults::eWRITE);
+    if (lFault > 0)
+    {
+        return -1;
+    }
+    return sSystem.mWriteAt(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1), pAt);
+}
+
 int Close(int pFile)
 {
     // close() closes the file even when it reports an error.
@@ -127,6 +137,7 @@ KFileFaults::KFileFaults()
     lCalls.mOpen = Open;
     lCalls.mRead = Read;
     lCalls.mWrite = Write;
+    lCalls.mWriteAt = WriteAt;
     lCalls.mClose = Close;
     lCalls.mSeek = Seek;
     lCalls.mFileStat = FileStat;
