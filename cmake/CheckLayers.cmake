@@ -29,7 +29,7 @@ set(kMay_qexioplugins/gltf ${kMotion})
 set(kMay_qexfigure ${kMotion} qexclip qexioplugins/bvh ${kAcclaim} ${kAcclaim}/model ${kAcclaim}/asf qexioplugins/gltf)
 
 # One header for each layer, of public headers alone.
-set(kMay_qex ${kMay_qexfigure} qexfigure qexclip)
+set(kMay_qex ${kMay_qexfigure} qexfigure)
 
 # A header that only forwards to its new location.
 set(kForwarding qexioplugins/motion/kqexfilebvh.h)

@@ -9,5 +9,6 @@
 #include <qexclip/kqexclipdata.h>
 #include <qexclip/kqexclipquantities.h>
 #include <qexclip/kqexclipsteps.h>
+#include <qexclip/kqexrotationform.h>
 
 #endif

@@ -15,6 +15,8 @@
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>
 #include <qexfigure/kqexfigureworld.h>
+#include <qexfigure/kqexnpy.h>
+#include <qexfigure/kqexnpzfile.h>
 #include <qexfigure/picture/kqexangles.h>
 #include <qexfigure/picture/kqexchart.h>
 #include <qexfigure/picture/kqexfigurepicture.h>

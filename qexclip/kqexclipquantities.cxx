@@ -1,8 +1,6 @@
 #include <qexclip/kqexclipquantities.h>
 
-#include <kbaselib/kmath/keulernearest.h>
 #include <kbaselib/kmath/keulertable.h>
-#include <kbaselib/kmath/maths.h>
 #include <qexclip/kqexclipedit.h>
 #include <qexclip/kqexclipworld.h>
 
@@ -66,107 +64,16 @@ bool WithMemory(const TFill& pFill)
     }
 }
 
-/// The axis of \p pRotation, which has unit length, times its angle, 0 to π.
-void ToAxisAngle(const KQexQuaternion& pRotation, double* pResult)
+/// Writes Euler angles, in order of application, as those about x, y and z; with a repeated axis, as they are.
+void SortByAxis(int pOrder, const std::vector<double>& pAngles, double* pResult)
 {
-    const double lSign = pRotation.mData[3] < 0.0 ? -1.0 : 1.0;
-    double       lSine = 0.0;
-    for (int i = 0; i < 3; ++i)
+    constexpr int kInOrder[3] = {0, 1, 2};
+    const int*    lAxes = (pOrder & 1) == 0 ? KmEulerAxisRow(pOrder) : kInOrder;
+    for (size_t i = 0; i < pAngles.size(); ++i)
     {
-        lSine += pRotation.mData[i] * pRotation.mData[i];
-    }
-    lSine = std::sqrt(lSine);
-    // angle / sin(angle / 2), which tends to 2.
-    const double lFactor = lSine > 1e-12 ? 2.0 * std::atan2(lSine, lSign * pRotation.mData[3]) / lSine : 2.0;
-    for (int i = 0; i < 3; ++i)
-    {
-        pResult[i] = lSign * lFactor * pRotation.mData[i];
+        pResult[i / 3 * 3 + static_cast<size_t>(lAxes[i % 3])] = pAngles[i];
     }
 }
-
-/// Writes rotations in one form, each joint's continuous from call to call.
-class KRotationWriter
-{
-public:
-    KRotationWriter(KQexRotationForm pForm, int pOrder, size_t pJoints)
-        : mForm(pForm), mOrder(pOrder), mLast(pJoints), mAngles(pJoints * 3, 0.0)
-    {
-    }
-
-    double* Write(size_t pJoint, KQexQuaternion pRotation, double* pResult)
-    {
-        pRotation.Normalize();
-        const double* lLast = mLast[pJoint].mData;
-        const double* lNow = pRotation.mData;
-        // At first the last one is the identity, to which the quaternion with w ≥ 0 is nearer.
-        if (lLast[0] * lNow[0] + lLast[1] * lNow[1] + lLast[2] * lNow[2] + lLast[3] * lNow[3] < 0.0)
-        {
-            std::transform(lNow, lNow + 4, pRotation.mData, [](double pNumber) { return -pNumber; });
-        }
-        mLast[pJoint] = pRotation;
-        switch (mForm)
-        {
-        case KQexRotationForm::eQUATERNION:
-            *pResult = pRotation.mData[3];
-            std::copy(pRotation.mData, pRotation.mData + 3, pResult + 1);
-            break;
-        case KQexRotationForm::eMATRIX:
-        case KQexRotationForm::eSIX:
-            WriteMatrix(pRotation, pResult);
-            break;
-        case KQexRotationForm::eAXIS_ANGLE:
-            ToAxisAngle(pRotation, pResult);
-            break;
-        case KQexRotationForm::eEULER:
-            WriteEuler(pRotation, &mAngles[pJoint * 3], pResult);
-            break;
-        }
-        return pResult + KQexRotationSize(mForm);
-    }
-
-private:
-    void WriteMatrix(const KQexQuaternion& pRotation, double* pResult) const
-    {
-        double lImages[3][4];
-        pRotation.ToAxes(lImages);
-        if (mForm == KQexRotationForm::eSIX)
-        {
-            std::copy(lImages[0], lImages[0] + 3, pResult);
-            std::copy(lImages[1], lImages[1] + 3, pResult + 3);
-            return;
-        }
-        for (int lRow = 0; lRow < 3; ++lRow)
-        {
-            for (int lColumn = 0; lColumn < 3; ++lColumn)
-            {
-                pResult[lRow * 3 + lColumn] = lImages[lColumn][lRow];
-            }
-        }
-    }
-
-    void WriteEuler(const KQexQuaternion& pRotation, double* pLast, double* pResult) const
-    {
-        if ((mOrder & 1) == 0)
-        {
-            pRotation.ToEuler(mOrder, pLast, pLast);
-        }
-        else // The axes repeat, so an axis does not identify an angle.
-        {
-            double lImages[3][4];
-            double lAngles[3];
-            pRotation.ToAxes(lImages);
-            KmRtoVord(lAngles, lImages, mOrder);
-            KmNearestEuler(lAngles, pLast, mOrder);
-            std::copy(lAngles, lAngles + 3, pLast);
-        }
-        std::copy(pLast, pLast + 3, pResult);
-    }
-
-    KQexRotationForm            mForm;
-    int                         mOrder;
-    std::vector<KQexQuaternion> mLast;
-    std::vector<double>         mAngles; ///< Last Euler angles.
-};
 
 /// The frames before and after \p pFrame that differences are taken between, and the seconds between them (above 0).
 double DifferenceFrames(const KQexClip& pClip, long long pFrame, long long& pBefore, long long& pAfter)
@@ -202,28 +109,35 @@ bool WriteDifferences(const KQexClip& pClip, long long pFirst, long long pCount,
 
 } // namespace
 
-int KQexRotationSize(KQexRotationForm pForm)
-{
-    constexpr int kSizes[] = {4, 9, 6, 3, 3};
-    return kSizes[static_cast<int>(pForm)];
-}
-
 bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm pForm, int pOrder, long long pFirst, long long pCount,
                       double* pResult)
 {
     const auto lFill = [&]
     {
-        KWorldWalk      lWalk(pClip);
-        KRotationWriter lWriter(pForm, pOrder, static_cast<size_t>(pClip.GetJointCount()));
+        KWorldWalk          lWalk(pClip);
+        const size_t        lSize = static_cast<size_t>(KQexRotationSize(pForm));
+        const size_t        lJoints = lWalk.GetJoints().size();
+        KQexRotationWriter  lWriter(pForm, pOrder, lJoints);
+        std::vector<double> lNumbers(lJoints * lSize);
         for (long long lFrame = pFirst; lFrame < pFirst + pCount; ++lFrame)
         {
             lWalk.Go(lFrame);
-            for (size_t i = 0; i < lWalk.GetJoints().size(); ++i)
+            for (size_t i = 0; i < lJoints; ++i)
             {
                 const bool lIsLocal = pSpace == KQexSpace::eLOCAL;
-                pResult =
-                    lWriter.Write(i, lIsLocal ? KToQuaternion(lWalk.GetPose()[i].mRotation) : lWalk.GetJoints()[i].mRotation, pResult);
+                lWriter.Convert(lIsLocal ? KToQuaternion(lWalk.GetPose()[i].mRotation) : lWalk.GetJoints()[i].mRotation,
+                                &lNumbers[i * lSize]);
             }
+            lWriter.MakeContinuous(lNumbers.data());
+            if (pForm == KQexRotationForm::eEULER)
+            {
+                SortByAxis(pOrder, lNumbers, pResult);
+            }
+            else
+            {
+                std::copy(lNumbers.begin(), lNumbers.end(), pResult);
+            }
+            pResult += lNumbers.size();
         }
     };
     const bool lIsOrder = pForm != KQexRotationForm::eEULER || (pOrder >= 0 && pOrder < KmEulerAxisCount);
@@ -266,7 +180,7 @@ bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long
                             {
                                 KQexQuaternion lTurn = pAfter.mRotation * pBefore.mRotation.Inverse();
                                 lTurn.Normalize();
-                                ToAxisAngle(lTurn, pVelocity);
+                                KQexRotationVector(lTurn, pVelocity);
                                 for (int i = 0; i < 3; ++i)
                                 {
                                     pVelocity[i] /= pSeconds;

@@ -2,6 +2,7 @@
 #define QEXCLIP_KQEXCLIPQUANTITIES_H
 
 #include <qexclip/kqexclip.h>
+#include <qexclip/kqexrotationform.h>
 
 /// \file
 /// Numbers computed from a clip, for frames \p pFirst to \p pFirst + \p pCount - 1 and all joints: arrays frame by frame, in it joint by
@@ -17,19 +18,6 @@ enum class KQexSpace
     eLOCAL, ///< The joint's parent.
     eWORLD
 };
-
-/// How a rotation is written as numbers.
-enum class KQexRotationForm
-{
-    eQUATERNION, ///< Four: w, x, y, z; of q and -q the one nearer to the frame before, in the first frame the one with w ≥ 0.
-    eMATRIX,     ///< Nine, row by row: the matrix that turns column vectors, its columns the images of the axes.
-    eSIX,        ///< Six: the first two columns of the matrix, the first one first.
-    eAXIS_ANGLE, ///< Three: the axis times the angle in radians, 0 to π.
-    eEULER       ///< Three: degrees about x, y and z for an order; continuous from frame to frame, so angles may exceed 180.
-};
-
-/// How many numbers a rotation has in \p pForm.
-QEX_API int KQexRotationSize(KQexRotationForm pForm);
 
 /// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h); of the twelve, those with a repeated axis
 /// give the angles in order of application instead; false for another code. World rotations leave out scaling.
