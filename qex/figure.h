@@ -10,11 +10,14 @@
 #include <qexfigure/check/kqexmotionsurvey.h>
 #include <qexfigure/check/kqexsizehint.h>
 #include <qexfigure/check/kqexskeletonfile.h>
+#include <qexfigure/kqexdofcolumns.h>
 #include <qexfigure/kqexfigure.h>
 #include <qexfigure/kqexfigurefile.h>
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>
 #include <qexfigure/kqexfigureworld.h>
+#include <qexfigure/kqexjointframe.h>
+#include <qexfigure/kqexmotionarrays.h>
 #include <qexfigure/kqexnpy.h>
 #include <qexfigure/kqexnpzfile.h>
 #include <qexfigure/picture/kqexangles.h>

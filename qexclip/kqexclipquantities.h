@@ -19,8 +19,8 @@ enum class KQexSpace
     eWORLD
 };
 
-/// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h); of the twelve, those with a repeated axis
-/// give the angles in order of application instead; false for another code. World rotations leave out scaling.
+/// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h), which are those about x, y and z; of the
+/// twelve, those with a repeated axis give the angles in order of application instead; false for another code. World rotations leave out scaling.
 QEX_API bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm pForm, int pOrder, long long pFirst,
                               long long pCount, double* pResult);
 

@@ -70,6 +70,8 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddCheckCommand(pProgram, pConsole);
     AddDrawCommand(pProgram, pConsole);
     AddPositionsCommand(pProgram, pConsole);
+    AddRotationsCommand(pProgram, pConsole);
+    AddAnglesCommand(pProgram, pConsole);
     AddConvertCommand(pProgram, pConsole);
     AddEditCommand(pProgram, pConsole);
     AddDiffCommand(pProgram, pConsole);

@@ -21,12 +21,12 @@ struct KEnding
 const KEnding kEndings[] = {
     {".asf", "ASF", "convert"},     {".amc", "AMC", "convert"},   {".bvh", "BVH", "convert"}, {".glb", "GLB", "convert"},
     {".gltf", "glTF", "convert"},   {".svg", "SVG", "draw"},      {".png", "PNG", "draw"},    {".csv", "CSV", "positions"},
-    {".json", "JSON", "positions"}, {".npy", "NPY", "positions"}, {".bmp", "BMP", nullptr},   {".c3d", "C3D", nullptr},
-    {".dae", "COLLADA", nullptr},   {".eps", "EPS", nullptr},     {".fbx", "FBX", nullptr},   {".gif", "GIF", nullptr},
-    {".jpeg", "JPEG", nullptr},     {".jpg", "JPEG", nullptr},    {".obj", "OBJ", nullptr},   {".pdf", "PDF", nullptr},
-    {".tif", "TIFF", nullptr},      {".tiff", "TIFF", nullptr},   {".trc", "TRC", nullptr},   {".usd", "USD", nullptr},
-    {".usda", "USD", nullptr},      {".usdc", "USD", nullptr},    {".usdz", "USD", nullptr},  {".vrm", "VRM", nullptr},
-    {".webp", "WebP", nullptr},
+    {".json", "JSON", "positions"}, {".npy", "NPY", "positions"}, {".npz", "NPZ", "convert"}, {".bmp", "BMP", nullptr},
+    {".c3d", "C3D", nullptr},       {".dae", "COLLADA", nullptr}, {".eps", "EPS", nullptr},   {".fbx", "FBX", nullptr},
+    {".gif", "GIF", nullptr},       {".jpeg", "JPEG", nullptr},   {".jpg", "JPEG", nullptr},  {".obj", "OBJ", nullptr},
+    {".pdf", "PDF", nullptr},       {".tif", "TIFF", nullptr},    {".tiff", "TIFF", nullptr}, {".trc", "TRC", nullptr},
+    {".usd", "USD", nullptr},       {".usda", "USD", nullptr},    {".usdc", "USD", nullptr},  {".usdz", "USD", nullptr},
+    {".vrm", "VRM", nullptr},       {".webp", "WebP", nullptr},
 };
 
 /// The entry of an ending in lower case; null for an unknown one.

@@ -87,6 +87,17 @@ bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& p
     return false;
 }
 
+bool CheckArchive(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
+{
+    const bool lOk = pOut.CanWriteAt();
+    if (!lOk)
+    {
+        pConsole.Fail(eEXIT_USAGE, "--output: NPZ is written to a file, not to " + DisplayOutput(pPath) + ": its arrays grow side by side");
+        pOut.Discard();
+    }
+    return lOk;
+}
+
 bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
 {
     if (pOut.Close())

@@ -23,6 +23,9 @@ std::string DisplayOutput(const std::string& pPath);
 /// Opens \p pOut for \p pPath ("-" is standard output). False after an error.
 bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 
+/// False, after an error, if \p pOut, which was opened for \p pPath, takes bytes in order only: an archive of arrays is not written so.
+bool CheckArchive(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
+
 /// Closes \p pOut and replaces the file. On failure false, the file unchanged, and an error unless a pipe was closed.
 bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);
 

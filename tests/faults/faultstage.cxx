@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-constexpr const char* kOutputs[] = {"a.asf", "a.amc", "a.bvh", "a.glb", "a.gltf", "a.bin"};
+constexpr const char* kOutputs[] = {"a.asf", "a.amc", "a.bvh", "a.glb", "a.gltf", "a.bin", "a.npz"};
 
 constexpr const char* kAsf =
     ":version 1.10\n:name s\n:units\n length 0.45\n angle deg\n:root\n order TX TY TZ RX RY RZ\n axis XYZ\n"
@@ -337,6 +337,11 @@ bool ConvertToBvhAndGlb(KStage& pStage)
     return Convert(pStage, {"a.asf", "a.amc"}, {"a.bvh", "a.glb"});
 }
 
+bool ConvertToNpz(KStage& pStage)
+{
+    return Convert(pStage, {"a.asf", "a.amc"}, {"a.npz"});
+}
+
 bool ConvertToGltf(KStage& pStage)
 {
     return Convert(pStage, {"a.glb"}, {"a.gltf"});
@@ -468,6 +473,7 @@ const std::vector<KFaultOperation>& FaultOperations()
         {"WriteAmc", true, {"a.asf"}, {"a.amc"}, false, WriteAmc},
         {"ExportAcclaim", true, {}, {"a.asf", "a.amc"}, false, ExportAcclaim},
         {"ConvertToBvhAndGlb", false, {"a.asf", "a.amc"}, {"a.bvh", "a.glb"}, true, ConvertToBvhAndGlb},
+        {"ConvertToNpz", false, {"a.asf", "a.amc"}, {"a.npz"}, true, ConvertToNpz},
         {"ConvertToGltf", false, {"a.glb"}, {"a.gltf", "a.bin"}, true, ConvertToGltf},
         {"ConvertToBvhAndGltf", false, {"a.glb"}, {"a.bvh", "a.gltf", "a.bin"}, true, ConvertToBvhAndGltf},
         {"ConvertToAcclaim", false, {"a.bvh"}, {"a.asf", "a.amc"}, true, ConvertToAcclaim},

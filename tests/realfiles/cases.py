@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
-"""Prints, for ctest, a case for each file of the folders in the environment variables ASF_CORPUS_DIR and ASF_OTHERS_DIR.
+"""Prints, for ctest, the cases for each file of the folders in the environment variables ASF_CORPUS_DIR and ASF_OTHERS_DIR.
 
 usage: cases.py ASF-PROGRAM
 
-A skeleton makes one case with its motions, those that `asf` would find it for: it is the only skeleton in their folder, or has the longest
+A skeleton makes a case with its motions, those that `asf` would find it for: it is the only skeleton in their folder, or has the longest
 name that theirs begin with. ctest runs this when it starts, so that new files need no new configuration.
 """
 import os
 import pathlib
 import sys
 
-TEST = pathlib.Path(__file__).with_name("realfiles_test.py")
+TESTS = {
+    "realfiles": pathlib.Path(__file__).with_name("realfiles_test.py"),
+    "arrays": pathlib.Path(__file__).parent.with_name("arrays") / "arrays_test.py",
+}
 FOLDERS = {"corpus": "ASF_CORPUS_DIR", "others": "ASF_OTHERS_DIR"}
 KINDS = (".bvh", ".glb", ".gltf", ".asf")
 TIMEOUT = 900
@@ -33,16 +36,18 @@ def motions_of(skeleton):
 
 
 def print_case(name, inputs, program):
-    command = [sys.executable, "-B", TEST, program, *inputs]
-    print(f"add_test({quoted(name)} {' '.join(quoted(part) for part in command)})")
-    print(f"set_tests_properties({quoted(name)} PROPERTIES TIMEOUT {TIMEOUT} SKIP_RETURN_CODE 77 LABELS realfiles)")
+    for kind, test in TESTS.items():
+        command = [sys.executable, "-B", test, program, *inputs]
+        case = quoted(f"{kind}.{name}")
+        print(f"add_test({case} {' '.join(quoted(part) for part in command)})")
+        print(f"set_tests_properties({case} PROPERTIES TIMEOUT {TIMEOUT} SKIP_RETURN_CODE 77 LABELS {kind})")
 
 
 def print_folder(name, folder, program):
     for path in sorted(pathlib.Path(folder).resolve().rglob("*")):
         if path.suffix.lower() in KINDS and path.is_file():
             motions = motions_of(path) if path.suffix.lower() == ".asf" else []
-            print_case(f"realfiles.{name}/{path.relative_to(pathlib.Path(folder).resolve())}", [path, *motions], program)
+            print_case(f"{name}/{path.relative_to(pathlib.Path(folder).resolve())}", [path, *motions], program)
 
 
 def main():

@@ -19,6 +19,8 @@ void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddRotationsCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddAnglesCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddEditCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole);

@@ -63,11 +63,11 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KConvertOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF");
+    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF, and to NumPy arrays");
     AddConvertOptions(*lCommand, *lOptions);
     lCommand->footer("Lengths are centimetres in BVH, unless --units says otherwise, and metres in glTF. Several AMC files become several "
                      "animations of one glTF file.\n"
-                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them.\n"
+                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them. NPZ holds arrays of a take's transforms.\n"
                      "\n"
                      "Examples:\n"
                      "  asf convert walk.amc -o walk.glb\n"
@@ -76,6 +76,7 @@ void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
                      "  asf convert dance.bvh --skeleton performer.asf -o dance.amc\n"
                      "  asf convert old.asf -o new.asf --length-unit 1\n"
                      "  asf convert walk.amc -o walk.bvh --up z --units m --in-place\n"
+                     "  asf convert walk.amc -o walk.npz --preset motion-imitation\n"
                      "  asf convert walk.amc -o part.bvh --start 1.5 --end 300f --every 4");
     lCommand->callback([lOptions, &pConsole] { RunConvert(*lOptions, pConsole); });
 }

@@ -40,7 +40,7 @@ size_t CountFurtherOutputs(const std::vector<std::string>& pArguments, size_t pI
 /// Inputs, outputs and takes.
 void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
-    const CLI::Validator lKinds = OneOf({"asf", "amc", "bvh", "glb", "gltf"});
+    const CLI::Validator lKinds = OneOf({"asf", "amc", "bvh", "glb", "gltf", "npz"});
     pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->option_text("...");
@@ -93,6 +93,9 @@ void AddOutputFormatOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     pCommand.add_option("--mesh", pOptions.mMesh, "Preview mesh in glTF: bones (default), none")
         ->check(OneOf({"bones", "none"}))
         ->option_text("MESH");
+    pCommand.add_option("--preset", pOptions.mPreset, "Arrays of an NPZ file for training simulated characters: motion-imitation")
+        ->check(OneOf({"motion-imitation"}))
+        ->option_text("PRESET");
     pCommand.add_option("--length-unit", pOptions.mLengthUnit, "Length unit of an ASF file: a length of 1 is 2.54 cm divided by it")
         ->check(NumberFrom(kLeastFactor, kGreatestFactor))
         ->option_text("UNIT");

@@ -17,7 +17,7 @@ namespace
 
 bool HoldsOneTake(EOutputKind pKind)
 {
-    return pKind == eOUT_AMC || pKind == eOUT_BVH;
+    return pKind == eOUT_AMC || pKind == eOUT_BVH || pKind == eOUT_NPZ;
 }
 
 /// The files that an output writes: .gltf has its buffer beside it.
@@ -132,6 +132,12 @@ bool KConverter::CheckTarget(const KConvertOutput& pOutput)
     {
         mConsole.Fail(eEXIT_USAGE, "--output: " + pOutput.mPath + " needs a skeleton: write one, too (-o NAME.asf -o " + pOutput.mPath +
                                        "), or name an existing one with --skeleton FILE");
+        return false;
+    }
+    if (pOutput.mKind == eOUT_NPZ && !mOptions.mPreset.empty() && mFigure.GetRoots().size() != 1)
+    {
+        mConsole.Fail(eEXIT_INPUT, "--preset " + mOptions.mPreset + " is for a figure with one root, but there are " +
+                                       std::to_string(mFigure.GetRoots().size()));
         return false;
     }
     return true;

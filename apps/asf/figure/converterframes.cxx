@@ -36,6 +36,10 @@ std::vector<std::unique_ptr<KFrameOutput>> KConverter::MakeFrameOutputs()
             {
                 lOutputs.push_back(MakeGltfOutput(mOutputs, lPath, lTakes));
             }
+            else if (lOutput.mKind == eOUT_NPZ)
+            {
+                lOutputs.push_back(MakeArrayOutput(mOutputs, lPath, lTakes));
+            }
         }
     }
     return lOutputs;

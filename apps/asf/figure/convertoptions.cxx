@@ -14,7 +14,7 @@ namespace asfapp
 namespace
 {
 
-const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf"};
+const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf", "npz"};
 
 bool UsageError(KConsole& pConsole, const std::string& pText)
 {
@@ -60,14 +60,14 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
 {
     const std::string lWriter = pTo.empty() ? "convert" : "convert --to " + pTo;
     const auto        lEndings =
-        pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf"} : std::vector<std::string>{"." + pTo};
+        pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf", ".npz"} : std::vector<std::string>{"." + pTo};
     if (!CheckOutputName(pPath, lWriter, lEndings, pConsole))
     {
         return false;
     }
     const std::string lExtension = qexsdk::KPathExtension(pPath);
     const std::string lWord = !pTo.empty() ? pTo : lExtension.empty() ? std::string() : lExtension.substr(1);
-    for (int lKind = eOUT_ASF; lKind <= eOUT_GLTF; ++lKind)
+    for (int lKind = eOUT_ASF; lKind <= eOUT_NPZ; ++lKind)
     {
         if (lWord == kKinds[lKind])
         {
@@ -75,7 +75,7 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
             return true;
         }
     }
-    return UsageError(pConsole, "--output: expected .asf, .amc, .bvh, .glb or .gltf, not " + pPath + "; or use --to");
+    return UsageError(pConsole, "--output: expected .asf, .amc, .bvh, .glb, .gltf or .npz, not " + pPath + "; or use --to");
 }
 
 bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
@@ -125,6 +125,10 @@ bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
     {
         return UsageError(pConsole, "--units is not for AMC without ASF, which is in the length unit of its skeleton");
     }
+    if (!pOptions.mPreset.empty() && (lWorld.mUp == "y" || (!lWorld.mUnits.empty() && lWorld.mUnits != "m")))
+    {
+        return UsageError(pConsole, "--preset " + pOptions.mPreset + " is in metres and has z up; --scale changes the size");
+    }
     return CheckLengthUnit(lWorld, pOptions.mLengthUnit, false, pConsole);
 }
 
@@ -137,6 +141,7 @@ bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
     return CheckFormatOption(pOptions.mMesh, "--mesh", lGltf, "glTF", pConsole) &&
            CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mLengthUnit != 0 ? "set" : "", "--length-unit", lAcclaim, "ASF", pConsole) &&
+           CheckFormatOption(pOptions.mPreset, "--preset", pOptions.Writes(eOUT_NPZ), "NPZ", pConsole) &&
            CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--write-rate", lMotion, "AMC", pConsole) &&
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
 }
@@ -166,6 +171,7 @@ qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;
     lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
+    lOptions.mKeepDofValues = pOptions.Writes(eOUT_NPZ);
     lOptions.mReduce = pOptions.mReduce;
     lOptions.mFilter = pOptions.mFilter == "none"     ? qexsdk::eROTATION_FILTER_NONE
                        : pOptions.mFilter == "gimbal" ? qexsdk::eROTATION_FILTER_GIMBAL

@@ -20,7 +20,8 @@ enum EOutputKind
     eOUT_AMC,
     eOUT_BVH,
     eOUT_GLB,
-    eOUT_GLTF
+    eOUT_GLTF,
+    eOUT_NPZ ///< Arrays, see docs/arrays.md.
 };
 
 /// A file to write.
@@ -57,6 +58,7 @@ struct KConvertOptions
     bool                     mReduce = false;
     std::string              mMesh;
     std::string              mChannels;
+    std::string              mPreset;         ///< "motion-imitation", or empty.
     double                   mLengthUnit = 0; ///< 0: that of the skeleton read, else 1.
     std::string              mTranslations = "moving";
     std::string              mBasePose = "rest";

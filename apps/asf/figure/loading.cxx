@@ -181,6 +181,7 @@ bool KLoadedMotion::LoadFigureOrMotion(const KQexFigureFiles& pFiles, const KMot
     lOptions.mMotionRate = pOptions.mMotionRate;
     lOptions.mSampleRate = pOptions.mSampleRate;
     lOptions.mAllowUnmatched = pOptions.mAllowUnmatched;
+    lOptions.mKeepDofValues = pOptions.mKeepDofValues;
     lOptions.mTake = pTake;
     if (!CheckOneMotion(pFiles, pConsole) || !LoadFigure(mFigure, pFiles, std::move(lOptions), pConsole))
     {

@@ -21,6 +21,7 @@ struct KMotionOptions
     std::string mSourceFps;              ///< --source-fps, the rate of AMC files, as given; empty: the file's, else 120.
     double      mMotionRate = 0;         ///< --source-fps as a number, 0 without one.
     bool        mAllowUnmatched = false; ///< --allow-unmatched: accept a motion of another skeleton.
+    bool        mKeepDofValues = false;  ///< The command needs the values of degrees of freedom.
     bool        mQuiet = false;
 };
 

@@ -21,6 +21,14 @@ double KWorldOptions::GetUnit() const
     return mUnits == "m" ? kMetre : mUnits == "in" ? kInch : mUnits == "file" ? mFileUnit : 1;
 }
 
+qexsdk::KQexOutputSpace KWorldOptions::GetSpace() const
+{
+    qexsdk::KQexOutputSpace lSpace;
+    lSpace.mPerCentimetre = GetFactor();
+    lSpace.mZUp = IsZUp();
+    return lSpace;
+}
+
 void SetFileUnit(KWorldOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, const qexsdk::KQexFigure& pFigure)
 {
     const qexsdk::KQexAsfScene* lSkeleton = pFigure.GetSkeleton();

@@ -2,7 +2,7 @@
 #define APPS_ASF_FIGURE_WORLDOPTIONS_H
 
 #include <apps/asf/console.h>
-#include <qexfigure/kqexfigure.h>
+#include <qexfigure/kqexjointframe.h>
 
 #include <string>
 
@@ -25,6 +25,9 @@ struct KWorldOptions
 
     /// Units of the output per centimetre of the figure.
     double GetFactor() const { return mScale / GetUnit(); }
+
+    /// The unit and axes of the output.
+    qexsdk::KQexOutputSpace GetSpace() const;
 };
 
 /// Records the unit of the source: an ASF file's length unit; centimetres in BVH, metres in glTF.

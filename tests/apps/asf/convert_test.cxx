@@ -284,7 +284,7 @@ TEST_P(KBadTest, ReportsTheErrorAndChangesNothing)
 INSTANTIATE_TEST_SUITE_P(
     Calls, KBadTest,
     testing::Values(KBadCase{"walk.amc", 2, "--output is required"}, KBadCase{"-o old.bvh", 2, "FILE is required"},
-                    KBadCase{"walk.amc -o old.txt", 2, "--output: expected .asf, .amc, .bvh, .glb or .gltf, not old.txt"},
+                    KBadCase{"walk.amc -o old.txt", 2, "--output: expected .asf, .amc, .bvh, .glb, .gltf or .npz, not old.txt"},
                     KBadCase{"walk.amc -o -", 2, "or use --to"}, KBadCase{"walk.amc -o old.bvh -o old.bvh", 2, "old.bvh is given twice"},
                     KBadCase{"walk.amc -o old.bvh --fps 0", 2, "--fps: expected a positive number or fraction"},
                     KBadCase{"walk.amc -o old.bvh --fps x", 2, "not x"},

@@ -42,10 +42,10 @@ INSTANTIATE_TEST_SUITE_P(
                     KNameCase{"edit $S/walker.asf", "k.svg", "edit writes ASF, not SVG: type -o k.asf; asf draw writes SVG"},
                     KNameCase{"edit $S/walker.asf", "k.fbx", "edit writes ASF, not FBX: type -o k.asf"},
                     KNameCase{"positions $S/walk.amc", "p.png",
-                              "positions writes CSV, JSON and NPY, not PNG: type -o p.csv; asf draw writes PNG"},
-                    KNameCase{"positions $S/walk.amc", "p.trc", "positions writes CSV, JSON and NPY, not TRC: type -o p.csv"},
+                              "positions writes CSV, JSON, NPY and NPZ, not PNG: type -o p.csv; asf draw writes PNG"},
+                    KNameCase{"positions $S/walk.amc", "p.trc", "positions writes CSV, JSON, NPY and NPZ, not TRC: type -o p.csv"},
                     KNameCase{"convert $S/walk.amc", "w.svg",
-                              "convert writes BVH, ASF, AMC, GLB and glTF, not SVG: type -o w.bvh; asf draw writes SVG"},
+                              "convert writes BVH, ASF, AMC, GLB, glTF and NPZ, not SVG: type -o w.bvh; asf draw writes SVG"},
                     KNameCase{"convert $S/walk.amc --to bvh", "w.glb", "convert --to bvh writes BVH, not GLB: type -o w.bvh"},
                     KNameCase{"convert $S/walk.amc --to glb", "w.gltf", "convert --to glb writes GLB, not glTF: type -o w.glb"}));
 

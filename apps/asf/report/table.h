@@ -1,0 +1,61 @@
+#ifndef APPS_ASF_REPORT_TABLE_H
+#define APPS_ASF_REPORT_TABLE_H
+
+#include <qexscene/kqexbonedof.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace asfapp
+{
+
+/// A column group of a table: a joint, or a degree of freedom.
+struct KTableItem
+{
+    std::string         mName;         ///< "lfemur", "lfemur.rx".
+    std::string         mBone;         ///< Its joint's name.
+    int                 mParent = -1;  ///< Index of the nearest ancestor of a joint that is an item; -1 for none.
+    int                 mDecimals = 5; ///< Digits of its numbers after the point.
+    qexsdk::KQexBoneDof mDof;          ///< Of a degree of freedom, limits in the table's unit.
+    std::string         mUnit;         ///< Of a degree of freedom.
+};
+
+/// Head of a table: in each frame the same numbers of each item.
+struct KTable
+{
+    std::string                                      mKind;     ///< "positions", "rotations" or "angles".
+    std::string                                      mArray;    ///< Name of the numbers in an .npz file.
+    std::string                                      mSkeleton; ///< Path.
+    std::string                                      mMotion;   ///< Path.
+    std::vector<std::pair<std::string, std::string>> mWords;    ///< Further keys and words of a JSON object.
+    double                                           mRate = 0; ///< Frames per second.
+    size_t                                           mFrameCount = 0;
+    bool                                             mHasDofs = false; ///< The items are degrees of freedom, with one number each.
+    std::vector<std::string>                         mComponents;      ///< Names of an item's numbers: "x", "y", "z".
+    std::vector<uint64_t>                            mShape;           ///< Of an item's numbers in an array: {3}, {3, 3}, {}.
+    std::vector<KTableItem>                          mItems;
+
+    /// Numbers in a frame.
+    size_t GetNumberCount() const { return mItems.size() * mComponents.size(); }
+
+    std::vector<std::string> GetNames() const;
+};
+
+/// How far \p pValue is outside the limits: below the lower one negative, 0 within.
+double OutsideOf(const qexsdk::KQexBoneDof& pDof, double pValue);
+
+enum ETableFormat
+{
+    eTABLE_CSV,      ///< A row for each item and frame.
+    eTABLE_CSV_WIDE, ///< A row for each frame.
+    eTABLE_JSON,
+    eTABLE_NPY, ///< 32-bit floats of shape (frames, items) + mShape.
+    eTABLE_NPZ  ///< The same among other arrays.
+};
+
+} // namespace asfapp
+
+#endif
