@@ -8,13 +8,21 @@ _asf()
     elif [ "$before" = --view ]; then
         mapfile -t COMPREPLY < <(compgen -W "front side top all" -- "$word")
     elif [ "$before" = --from ] || [ "$before" = --to ]; then
-        mapfile -t COMPREPLY < <(compgen -W "asf amc bvh glb gltf" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "asf amc bvh glb gltf$([ "$before" = --to ] && echo " npz")" -- "$word")
     elif [ "$before" = --filter ]; then
         mapfile -t COMPREPLY < <(compgen -W "none unroll gimbal" -- "$word")
     elif [ "$before" = --translations ]; then
         mapfile -t COMPREPLY < <(compgen -W "moving none all" -- "$word")
     elif [ "$before" = --up ]; then
         mapfile -t COMPREPLY < <(compgen -W "y z" -- "$word")
+    elif [ "$before" = --space ]; then
+        mapfile -t COMPREPLY < <(compgen -W "local world" -- "$word")
+    elif [ "$before" = --as ]; then
+        mapfile -t COMPREPLY < <(compgen -W "quat matrix 6d axis-angle euler" -- "$word")
+    elif [ "$before" = --order ]; then
+        mapfile -t COMPREPLY < <(compgen -W "XYZ XZY YXZ YZX ZXY ZYX XYX XZX YXY YZY ZXZ ZYZ" -- "$word")
+    elif [ "$before" = --preset ]; then
+        mapfile -t COMPREPLY < <(compgen -W "motion-imitation" -- "$word")
     elif [ "$before" = --units ]; then
         mapfile -t COMPREPLY < <(compgen -W "cm m in file" -- "$word")
     elif [ "$before" = --mesh ]; then

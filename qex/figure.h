@@ -14,9 +14,9 @@
 #include <qexfigure/kqexfigure.h>
 #include <qexfigure/kqexfigurefile.h>
 #include <qexfigure/kqexfigurefiles.h>
+#include <qexfigure/kqexfigurepose.h>
 #include <qexfigure/kqexfigurereport.h>
 #include <qexfigure/kqexfigureworld.h>
-#include <qexfigure/kqexjointframe.h>
 #include <qexfigure/kqexmotionarrays.h>
 #include <qexfigure/kqexnpy.h>
 #include <qexfigure/kqexnpzfile.h>

@@ -61,12 +61,12 @@ size_t KQexArraySink::AddDofs(const std::vector<KQexDofColumn>& pDofs, const std
 
 void KQexArraySink::Begin(const KQexFrameNodes& pNodes, int pThreads)
 {
-    mFrames.assign(static_cast<size_t>(pThreads), KQexJointFrame(mFigure.GetJoints(), pNodes, mOptions.mSpace, eFRAME_ALL));
+    mFrames.assign(static_cast<size_t>(pThreads), KQexFigurePose(mFigure.GetJoints(), pNodes, mOptions.mSpace, eFRAME_ALL));
 }
 
-const KQexJointFrame& KQexArraySink::JointsIn(int pThread, const KQexFrame& pFrame)
+const KQexFigurePose& KQexArraySink::JointsIn(int pThread, const KQexFrame& pFrame)
 {
-    KQexJointFrame& lJoints = mFrames[static_cast<size_t>(pThread)];
+    KQexFigurePose& lJoints = mFrames[static_cast<size_t>(pThread)];
     lJoints.Set(pFrame);
     return lJoints;
 }

@@ -39,7 +39,7 @@ protected:
     size_t AddDofs(const std::vector<KQexDofColumn>& pDofs, const std::string& pArray);
 
     /// The joints in frame \p pFrame, for thread \p pThread.
-    const KQexJointFrame& JointsIn(int pThread, const KQexFrame& pFrame);
+    const KQexFigurePose& JointsIn(int pThread, const KQexFrame& pFrame);
 
     const KQexFigure&            mFigure;
     const KQexMotionArrayOptions mOptions;
@@ -62,7 +62,7 @@ private:
     std::vector<KRows>          mRows;
     std::vector<KRotations>     mRotations;
     size_t                      mValueCount = 0;
-    std::vector<KQexJointFrame> mFrames; ///< One for each thread.
+    std::vector<KQexFigurePose> mFrames; ///< One for each thread.
 };
 
 /// The sinks of the sets.

@@ -52,7 +52,7 @@ public:
 
     void Compute(int pThread, const KQexFrame& pFrame, double* pValues) override
     {
-        const KQexJointFrame& lJoints = JointsIn(pThread, pFrame);
+        const KQexFigurePose& lJoints = JointsIn(pThread, pFrame);
         KQexEvaluateDofs(mDofs, pFrame.GetTime(), pValues + mDofPositions);
         for (size_t i = 0; i < mBodies.size(); ++i)
         {

@@ -37,7 +37,7 @@ public:
 
     void Compute(int pThread, const KQexFrame& pFrame, double* pValues) override
     {
-        const KQexJointFrame& lJoints = JointsIn(pThread, pFrame);
+        const KQexFigurePose& lJoints = JointsIn(pThread, pFrame);
         lJoints.GetPosition(KQexSpace::eWORLD, 0, pValues + mRootPositions);
         KQexEvaluateDofs(mDofs, pFrame.GetTime(), pValues + mDofAngles);
         for (size_t i = 0; i < mFigure.GetJoints().size(); ++i)
@@ -85,7 +85,7 @@ private:
     {
         const KQexFrameNodes lNodes(mFigure.GetRoots(), nullptr);
         KQexFrame            lRest(lNodes, eFRAME_ALL);
-        KQexJointFrame       lJoints(mFigure.GetJoints(), lNodes, mOptions.mSpace, eFRAME_ALL);
+        KQexFigurePose       lJoints(mFigure.GetJoints(), lNodes, mOptions.mSpace, eFRAME_ALL);
         const size_t         lCount = mFigure.GetJoints().size();
         std::vector<double>  lPositions(3 * lCount);
         std::vector<double>  lRotations(4 * lCount);

@@ -2,7 +2,7 @@
 #define QEXFIGURE_KQEXMOTIONARRAYS_H
 
 #include <qexfigure/kqexfigure.h>
-#include <qexfigure/kqexjointframe.h>
+#include <qexfigure/kqexfigurepose.h>
 #include <qexfigure/kqexnpzfile.h>
 #include <qexscene/kqexframesink.h>
 

@@ -2,7 +2,7 @@
 #define APPS_ASF_FIGURE_WORLDOPTIONS_H
 
 #include <apps/asf/console.h>
-#include <qexfigure/kqexjointframe.h>
+#include <qexfigure/kqexfigurepose.h>
 
 #include <string>
 

@@ -13,12 +13,12 @@ KJointValues::KJointValues(const std::vector<qexsdk::KQexFigureJoint>& pAll, std
 
 void KJointValues::Begin(const qexsdk::KQexFrameNodes& pNodes, int pThreads)
 {
-    mFrames.assign(static_cast<size_t>(pThreads), qexsdk::KQexJointFrame(mAll, pNodes, mSpace, GetParts()));
+    mFrames.assign(static_cast<size_t>(pThreads), qexsdk::KQexFigurePose(mAll, pNodes, mSpace, GetParts()));
 }
 
 void KJointValues::Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues)
 {
-    qexsdk::KQexJointFrame& lJoints = mFrames[static_cast<size_t>(pThread)];
+    qexsdk::KQexFigurePose& lJoints = mFrames[static_cast<size_t>(pThread)];
     lJoints.Set(pFrame);
     for (const size_t lJoint : mPicked)
     {
@@ -27,7 +27,7 @@ void KJointValues::Compute(int pThread, const qexsdk::KQexFrame& pFrame, double*
     }
 }
 
-void KPositionValues::Put(const qexsdk::KQexJointFrame& pJoints, size_t pJoint, double* pNumbers) const
+void KPositionValues::Put(const qexsdk::KQexFigurePose& pJoints, size_t pJoint, double* pNumbers) const
 {
     pJoints.GetPosition(qexsdk::KQexSpace::eWORLD, pJoint, pNumbers);
 }
@@ -39,7 +39,7 @@ KRotationValues::KRotationValues(const std::vector<qexsdk::KQexFigureJoint>& pAl
 {
 }
 
-void KRotationValues::Put(const qexsdk::KQexJointFrame& pJoints, size_t pJoint, double* pNumbers) const
+void KRotationValues::Put(const qexsdk::KQexFigurePose& pJoints, size_t pJoint, double* pNumbers) const
 {
     mWriter.Convert(pJoints.GetRotation(mRelativeTo, pJoint), pNumbers);
 }

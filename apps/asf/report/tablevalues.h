@@ -2,7 +2,7 @@
 #define APPS_ASF_REPORT_TABLEVALUES_H
 
 #include <qexfigure/kqexdofcolumns.h>
-#include <qexfigure/kqexjointframe.h>
+#include <qexfigure/kqexfigurepose.h>
 #include <qexscene/kqexframe.h>
 
 #include <cstddef>
@@ -36,7 +36,7 @@ public:
 
 protected:
     /// Writes a joint's numbers.
-    virtual void Put(const qexsdk::KQexJointFrame& pJoints, size_t pJoint, double* pNumbers) const = 0;
+    virtual void Put(const qexsdk::KQexFigurePose& pJoints, size_t pJoint, double* pNumbers) const = 0;
 
     /// How many these are.
     virtual size_t GetSize() const = 0;
@@ -47,7 +47,7 @@ private:
     const std::vector<qexsdk::KQexFigureJoint>& mAll;
     std::vector<size_t>                         mPicked;
     qexsdk::KQexOutputSpace                     mSpace;
-    std::vector<qexsdk::KQexJointFrame>         mFrames; ///< One for each thread.
+    std::vector<qexsdk::KQexFigurePose>         mFrames; ///< One for each thread.
 };
 
 /// The places of joints in the world.
@@ -59,7 +59,7 @@ public:
     unsigned int GetParts() const override { return qexsdk::eFRAME_WORLD; }
 
 protected:
-    void   Put(const qexsdk::KQexJointFrame& pJoints, size_t pJoint, double* pNumbers) const override;
+    void   Put(const qexsdk::KQexFigurePose& pJoints, size_t pJoint, double* pNumbers) const override;
     size_t GetSize() const override { return 3; }
 };
 
@@ -74,7 +74,7 @@ public:
     void         MakeContinuous(double* pValues) override { mWriter.MakeContinuous(pValues); }
 
 protected:
-    void   Put(const qexsdk::KQexJointFrame& pJoints, size_t pJoint, double* pNumbers) const override;
+    void   Put(const qexsdk::KQexFigurePose& pJoints, size_t pJoint, double* pNumbers) const override;
     size_t GetSize() const override { return static_cast<size_t>(qexsdk::KQexRotationSize(mForm)); }
 
 private:

@@ -1,4 +1,4 @@
-#include <qexfigure/kqexjointframe.h>
+#include <qexfigure/kqexfigurepose.h>
 
 #include <algorithm>
 #include <utility>
@@ -15,7 +15,7 @@ void KQexOutputSpace::Turn(double pVector[3]) const
     }
 }
 
-KQexJointFrame::KQexJointFrame(const std::vector<KQexFigureJoint>& pJoints, const KQexFrameNodes& pNodes, const KQexOutputSpace& pSpace,
+KQexFigurePose::KQexFigurePose(const std::vector<KQexFigureJoint>& pJoints, const KQexFrameNodes& pNodes, const KQexOutputSpace& pSpace,
                                unsigned int pParts)
     : mJoints(&pJoints), mSpace(pSpace), mRotations((pParts & eFRAME_ROTATIONS) != 0 ? pNodes.GetCount() : 0)
 {
@@ -25,7 +25,7 @@ KQexJointFrame::KQexJointFrame(const std::vector<KQexFigureJoint>& pJoints, cons
     }
 }
 
-void KQexJointFrame::Set(const KQexFrame& pFrame)
+void KQexFigurePose::Set(const KQexFrame& pFrame)
 {
     mFrame = &pFrame;
     for (size_t lNode = 0; lNode < mRotations.size(); ++lNode)
@@ -36,7 +36,7 @@ void KQexJointFrame::Set(const KQexFrame& pFrame)
     }
 }
 
-void KQexJointFrame::GetPosition(KQexSpace pSpace, size_t pJoint, double pResult[3]) const
+void KQexFigurePose::GetPosition(KQexSpace pSpace, size_t pJoint, double pResult[3]) const
 {
     if (IsWorld(pSpace, pJoint))
     {
@@ -51,14 +51,14 @@ void KQexJointFrame::GetPosition(KQexSpace pSpace, size_t pJoint, double pResult
     mSpace.Turn(pResult);
 }
 
-KQexQuaternion KQexJointFrame::GetRotation(KQexSpace pSpace, size_t pJoint) const
+KQexQuaternion KQexFigurePose::GetRotation(KQexSpace pSpace, size_t pJoint) const
 {
     KQexQuaternion lRotation = IsWorld(pSpace, pJoint) ? mRotations[mNodes[pJoint]] : mFrame->GetRotation(mNodes[pJoint]);
     mSpace.Turn(lRotation.mData);
     return lRotation;
 }
 
-void KQexJointFrame::GetScaling(size_t pJoint, double pResult[3]) const
+void KQexFigurePose::GetScaling(size_t pJoint, double pResult[3]) const
 {
     const double* lScaling = mFrame->GetScaling(mNodes[pJoint]);
     std::copy(lScaling, lScaling + 3, pResult);

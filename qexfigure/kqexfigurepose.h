@@ -1,5 +1,5 @@
-#ifndef QEXFIGURE_KQEXJOINTFRAME_H
-#define QEXFIGURE_KQEXJOINTFRAME_H
+#ifndef QEXFIGURE_KQEXFIGUREPOSE_H
+#define QEXFIGURE_KQEXFIGUREPOSE_H
 
 #include <qexclip/kqexclipquantities.h>
 #include <qexfigure/kqexfigure.h>
@@ -25,12 +25,12 @@ struct QEX_API KQexOutputSpace
 /// of the world are: what was a rotation about the joint's y is one about its z, and a joint without rotation stays one.
 ///
 /// A root has no parent: its local transform is that in the world. Used by one thread at a time.
-class QEX_API KQexJointFrame
+class QEX_API KQexFigurePose
 {
 public:
     /// The joints, which must outlive it, and the nodes, which have all of the joints' nodes. \p pParts: those that the frames have,
     /// eFRAME_WORLD among them. May throw std::bad_alloc.
-    KQexJointFrame(const std::vector<KQexFigureJoint>& pJoints, const KQexFrameNodes& pNodes, const KQexOutputSpace& pSpace,
+    KQexFigurePose(const std::vector<KQexFigureJoint>& pJoints, const KQexFrameNodes& pNodes, const KQexOutputSpace& pSpace,
                    unsigned int pParts);
 
     /// Takes the transforms of \p pFrame, which stays in use until the next call. Does not allocate.
