@@ -473,7 +473,7 @@ const std::vector<KFaultOperation>& FaultOperations()
         {"WriteAmc", true, {"a.asf"}, {"a.amc"}, false, WriteAmc},
         {"ExportAcclaim", true, {}, {"a.asf", "a.amc"}, false, ExportAcclaim},
         {"ConvertToBvhAndGlb", false, {"a.asf", "a.amc"}, {"a.bvh", "a.glb"}, true, ConvertToBvhAndGlb},
-        {"ConvertToNpz", false, {"a.asf", "a.amc"}, {"a.npz"}, true, ConvertToNpz},
+        {"ConvertToNpz", false, {"a.asf", "a.amc"}, {"a.npz"}, true, ConvertToNpz, true},
         {"ConvertToGltf", false, {"a.glb"}, {"a.gltf", "a.bin"}, true, ConvertToGltf},
         {"ConvertToBvhAndGltf", false, {"a.glb"}, {"a.bvh", "a.gltf", "a.bin"}, true, ConvertToBvhAndGltf},
         {"ConvertToAcclaim", false, {"a.bvh"}, {"a.asf", "a.amc"}, true, ConvertToAcclaim},

@@ -61,6 +61,13 @@ protected:
         EXPECT_NE(mStage.mErrors.find(std::strerror(pError)), std::string::npos) << mStage.mErrors;
     }
 
+    /// Runs an operation that needs a file with something else in its place, and expects it to refuse that.
+    void ExpectRefusal()
+    {
+        EXPECT_FALSE(GetParam().mRun(mStage));
+        EXPECT_NE(mStage.mErrors.find("is written to a file, not to " + Outputs().front()), std::string::npos) << mStage.mErrors;
+    }
+
     std::vector<std::string> Outputs() const
     {
         std::vector<std::string> lPaths;
@@ -112,7 +119,7 @@ TEST_P(KOutputPathTest, FullDevice)
         mFiles.ResetOutputs();
         fs::remove(lPath);
         fs::create_symlink("/dev/full", lPath);
-        ExpectFailure(ENOSPC, {lPath});
+        GetParam().mNeedsFile ? ExpectRefusal() : ExpectFailure(ENOSPC, {lPath});
         EXPECT_TRUE(fs::is_symlink(lPath));
         fs::remove(lPath);
         WriteFile(lPath, "old");
@@ -155,16 +162,30 @@ constexpr size_t kPageSize = 4096;
 size_t           sFreeBytes = 0; ///< What the next writes leave free on a simulated device.
 
 /// Writes as much as fits on the simulated device, as the system does on a full one.
-ssize_t WriteToSmallDevice(int pFile, const void* pData, size_t pSize)
+template <typename TWrite>
+ssize_t WriteToSmallDevice(size_t pSize, const TWrite& pWrite)
 {
     if (sFreeBytes == 0 && pSize > 0)
     {
         errno = ENOSPC;
         return -1;
     }
-    const ssize_t lWritten = ::write(pFile, pData, std::min(pSize, sFreeBytes));
+    const ssize_t lWritten = pWrite(std::min(pSize, sFreeBytes));
     sFreeBytes -= static_cast<size_t>(std::max<ssize_t>(lWritten, 0));
     return lWritten;
+}
+
+/// Sends all writes to the simulated device.
+void SimulateSmallDevice()
+{
+    KFileCallsInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
+    {
+        return WriteToSmallDevice(pSize, [=](size_t pFree) { return ::write(pFile, pData, pFree); });
+    };
+    KFileCallsInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, off_t pAt)
+    {
+        return WriteToSmallDevice(pSize, [=](size_t pFree) { return ::pwrite(pFile, pData, pFree, pAt); });
+    };
 }
 
 TEST_P(KOutputPathTest, SimulatedDeviceFromFullToLargeEnough)
@@ -174,7 +195,7 @@ TEST_P(KOutputPathTest, SimulatedDeviceFromFullToLargeEnough)
     for (size_t lPages = 0; !lOk && lPages < 1000 && !HasFailure(); lPages += 1 + static_cast<size_t>(lFailures) / 8)
     {
         sFreeBytes = lPages * kPageSize;
-        KFileCallsInUse().mWrite = WriteToSmallDevice;
+        SimulateSmallDevice();
         lOk = GetParam().mRun(mStage);
         KFileCallsReset();
         lFailures += lOk ? 0 : 1;
@@ -230,6 +251,11 @@ TEST_P(KOutputPathTest, FolderRemovedDuringWrite)
     {
         fs::remove_all(sRemovedFolder);
         return ::write(pFile, pData, pSize);
+    };
+    KFileCallsInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, off_t pAt)
+    {
+        fs::remove_all(sRemovedFolder);
+        return ::pwrite(pFile, pData, pSize, pAt);
     };
     ExpectFailure(ENOENT, Outputs());
     KFileCallsReset();
@@ -318,6 +344,17 @@ TEST_P(KOutputPathTest, SymbolicLinks)
 
 TEST_P(KOutputPathTest, Fifos)
 {
+    if (GetParam().mNeedsFile)
+    {
+        fs::remove(Outputs().front());
+        ASSERT_EQ(::mkfifo(Outputs().front().c_str(), 0600), 0);
+        std::string lGot;
+        std::thread lReader([&] { lGot = ReadFile(Outputs().front()); });
+        ExpectRefusal();
+        lReader.join();
+        EXPECT_EQ(lGot, "");
+        return;
+    }
     std::vector<std::thread> lReaders;
     std::vector<std::string> lGot(GetParam().mOutputs.size());
     for (size_t i = 0; i < lGot.size(); ++i)
