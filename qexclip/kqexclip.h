@@ -22,7 +22,7 @@ struct QEX_API KQexClipOptions
     int                 mThreads = 0;        ///< Threads that evaluate frames; 0: as many as the machine has, at most four.
     KQexProgress        mProgress;           ///< Called now and then; false cancels.
 
-    /// Degrees of freedom with values to keep, instead of mBoneDofs; null: no values. Those of joints that there are not do not count.
+    /// Degrees of freedom with values to keep, instead of mBoneDofs; null: no values. Tracks without a node of the clip are ignored.
     const std::vector<KQexDofTrack>* mDofTracks = nullptr;
 };
 

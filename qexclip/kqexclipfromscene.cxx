@@ -55,14 +55,18 @@ public:
 
     void AddTracks(const std::vector<KQexDofTrack>& pTracks)
     {
-        std::unordered_map<std::string, std::vector<const KQexDofTrack*>> lTracksOf;
+        std::vector<std::vector<const KQexDofTrack*>> lTracksOf(mNodes.size());
         for (const KQexDofTrack& lTrack : pTracks)
         {
-            lTracksOf[lTrack.mJoint].push_back(&lTrack);
+            const auto lJoint = mIndices.find(lTrack.mNode);
+            if (lJoint != mIndices.end())
+            {
+                lTracksOf[static_cast<size_t>(lJoint->second)].push_back(&lTrack);
+            }
         }
-        for (size_t i = 0; i < mData.mNames.size(); ++i)
+        for (size_t i = 0; i < mNodes.size(); ++i)
         {
-            for (const KQexDofTrack* lTrack : lTracksOf[mData.mNames[i]])
+            for (const KQexDofTrack* lTrack : lTracksOf[i])
             {
                 mData.mDofs.push_back(KQexClipDof{static_cast<int>(i), lTrack->mDof});
                 mTracks.push_back(lTrack);

@@ -2,46 +2,21 @@
 
 #include <limits>
 #include <new>
+#include <unordered_map>
 
 namespace qexsdk
 {
 
-namespace
-{
-
-/// Finds joints by name; those of tracks follow each other.
-class KJointFinder
-{
-public:
-    explicit KJointFinder(const std::vector<KQexFigureJoint>& pJoints) : mJoints(pJoints) {}
-
-    /// The index of the next joint of this name, from the one found last on; the number of joints if there is none.
-    size_t Find(const std::string& pName)
-    {
-        for (size_t i = 0; i < mJoints.size(); ++i)
-        {
-            const size_t lJoint = (mLast + i) % mJoints.size();
-            if (mJoints[lJoint].mName == pName)
-            {
-                return mLast = lJoint;
-            }
-        }
-        return mJoints.size();
-    }
-
-private:
-    const std::vector<KQexFigureJoint>& mJoints;
-    size_t                              mLast = 0;
-};
-
-} // namespace
-
 std::vector<KQexDofColumn> KQexDofColumnsOf(const KQexFigure& pFigure, const KQexFigureTake* pTake, double pPerCentimetre,
                                             double pPerDegree)
 {
-    std::vector<KQexDofTrack>  lTracks;
-    std::vector<KQexDofColumn> lColumns;
-    KJointFinder               lFinder(pFigure.GetJoints());
+    std::vector<KQexDofTrack>                   lTracks;
+    std::vector<KQexDofColumn>                  lColumns;
+    std::unordered_map<const KQexNode*, size_t> lJoints;
+    for (size_t i = 0; i < pFigure.GetJoints().size(); ++i)
+    {
+        lJoints.emplace(pFigure.GetJoints()[i].mNode, i);
+    }
     if (pTake != nullptr && !pFigure.GetDofTracks(*pTake, lTracks))
     {
         throw std::bad_alloc();
@@ -49,11 +24,7 @@ std::vector<KQexDofColumn> KQexDofColumnsOf(const KQexFigure& pFigure, const KQe
     for (const KQexDofTrack& lTrack : lTracks)
     {
         KQexDofColumn lColumn;
-        lColumn.mJoint = lFinder.Find(lTrack.mJoint);
-        if (lColumn.mJoint == pFigure.GetJoints().size())
-        {
-            continue; // Its bone was left out as a dummy.
-        }
+        lColumn.mJoint = lJoints.at(lTrack.mNode);
         lColumn.mName = lTrack.mJoint + "." + lTrack.mDof.mWord;
         lColumn.mTrack = lTrack;
         lColumn.mDof = lTrack.mDof;

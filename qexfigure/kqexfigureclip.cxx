@@ -4,6 +4,8 @@
 #include <qexscene/kqexnodepose.h>
 
 #include <algorithm>
+#include <string>
+#include <unordered_map>
 #include <utility>
 
 /// \file
@@ -27,6 +29,7 @@ void AddChannel(const KQexNode& pNode, const char* pWord, const KQexChannel& pCh
     }
     KQexDofTrack lTrack;
     lTrack.mJoint = pNode.GetName();
+    lTrack.mNode = &pNode;
     lTrack.mDof.mWord = pWord;
     lTrack.mKeys = &pChannel.mCurve->GetKeys();
     lTrack.mValue = *pChannel.mValue;
@@ -49,20 +52,31 @@ void AddChannels(KQexNode* pNode, const KQexAnimLayer* pLayer, std::vector<KQexD
     }
 }
 
-/// Gives the tracks of a motion the limits of the skeleton.
-void SetLimits(const KQexBoneDofs& pDofs, std::vector<KQexDofTrack>& pTracks)
+/// The tracks of a motion whose bones have nodes, with these and with the limits of the skeleton.
+std::vector<KQexDofTrack> BindTracks(const std::vector<KQexDofTrack>& pTracks, const std::vector<KQexFigureJoint>& pJoints,
+                                     const KQexBoneDofs& pDofs)
 {
-    for (KQexDofTrack& lTrack : pTracks)
+    std::unordered_map<std::string, const KQexNode*> lNodes; // Of several joints with one name the first, as for the motion's reader.
+    for (const KQexFigureJoint& lJoint : pJoints)
     {
+        lNodes.emplace(lJoint.mName, lJoint.mNode);
+    }
+    std::vector<KQexDofTrack> lBound;
+    for (const KQexDofTrack& lTrack : pTracks)
+    {
+        const auto lNode = lNodes.find(lTrack.mJoint);
         const auto lBone = pDofs.find(lTrack.mJoint);
-        if (lBone == pDofs.end())
+        if (lNode == lNodes.end() || lBone == pDofs.end())
         {
             continue;
         }
         const auto lDof = std::find_if(lBone->second.begin(), lBone->second.end(),
                                        [&](const KQexBoneDof& pDof) { return pDof.mWord == lTrack.mDof.mWord; });
-        lTrack.mDof = lDof != lBone->second.end() ? *lDof : lTrack.mDof;
+        lBound.push_back(lTrack);
+        lBound.back().mNode = lNode->second;
+        lBound.back().mDof = lDof != lBone->second.end() ? *lDof : lTrack.mDof;
     }
+    return lBound;
 }
 
 } // namespace
@@ -76,8 +90,7 @@ bool KQexFigure::GetDofTracks(const KQexFigureTake& pTake, std::vector<KQexDofTr
                           std::vector<KQexDofTrack> lTracks;
                           if (pTake.mDofValues != nullptr)
                           {
-                              lTracks = pTake.mDofValues->mTracks;
-                              SetLimits(mDofs, lTracks);
+                              lTracks = BindTracks(pTake.mDofValues->mTracks, mJoints, mDofs);
                           }
                           for (const KQexFigureJoint& lJoint : mJoints)
                           {

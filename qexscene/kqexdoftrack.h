@@ -12,10 +12,13 @@
 namespace qexsdk
 {
 
+class KQexNode;
+
 /// The values of a degree of freedom over a take, as its file has them: turns beyond 180 degrees included.
 struct QEX_API KQexDofTrack
 {
     std::string         mJoint;          ///< Name of the joint.
+    const KQexNode*     mNode = nullptr; ///< Its node, owned by the scene; null as long as a motion has no scene.
     KQexBoneDof         mDof;            ///< Word and limits.
     const KQexKeyStore* mKeys = nullptr; ///< Degrees or centimetres; null: always mValue. Owned by the take's file or scene.
     double              mValue = 0.0;    ///< The value without keys.

@@ -130,6 +130,24 @@ TEST_F(KFigureClipTest, BvhValuesAreItsChannels)
     EXPECT_EQ(Tracks()[8].Evaluate(mFigure.GetTakes()[0].mEnd, lCursor), 90.0);
 }
 
+TEST_F(KFigureClipTest, JointsOfOneNameKeepTheirOwnChannels)
+{
+    KQexFigureFiles   lFiles;
+    const std::string lText = LegBvh();
+    ASSERT_TRUE(lFiles.mFigure.OpenBuffer(std::string(lText).replace(lText.find("JOINT Leg"), 9, "JOINT Hips"), "twice.bvh", mReport));
+    ASSERT_TRUE(mFigure.Load(lFiles, mOptions, mReport)) << TextOf(mReport);
+    KQexSampling lSampling;
+    KQexClip     lClip;
+    ASSERT_TRUE(MakeSampling(mFigure.GetRoots(), mFigure.GetTakes()[0].mStack, {}, lSampling));
+    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes()[0], lSampling, KQexClipOptions(), lClip));
+    std::string lJoints;
+    for (const KQexClipDof& lDof : lClip.GetData().mDofs)
+    {
+        lJoints += std::to_string(lDof.mJoint) + lDof.mDof.mWord + " ";
+    }
+    EXPECT_EQ(lJoints, "0tx 0ty 0tz 0ry 0rx 0rz 1ry 1rx 1rz ");
+}
+
 TEST_F(KFigureClipTest, ClipHasTheJointsAndTheValues)
 {
     mOptions.mKeepDofValues = true;

@@ -7,8 +7,10 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace asfapp
 {
@@ -19,13 +21,15 @@ namespace
 /// The degrees of freedom of the joints pPicked, in their order.
 std::vector<qexsdk::KQexDofColumn> PickDofs(const KTableOptions& pOptions, KLoadedMotion& pMotion, const std::vector<size_t>& pPicked)
 {
-    const std::vector<qexsdk::KQexDofColumn> lAll =
-        qexsdk::KQexDofColumnsOf(pMotion.GetFigure(), pMotion.GetTake(), pOptions.mWorld.GetFactor());
+    std::vector<std::vector<qexsdk::KQexDofColumn>> lDofsOf(pMotion.GetJoints().size());
+    for (qexsdk::KQexDofColumn& lDof : qexsdk::KQexDofColumnsOf(pMotion.GetFigure(), pMotion.GetTake(), pOptions.mWorld.GetFactor()))
+    {
+        lDofsOf[lDof.mJoint].push_back(std::move(lDof));
+    }
     std::vector<qexsdk::KQexDofColumn> lDofs;
     for (const size_t lJoint : pPicked)
     {
-        std::copy_if(lAll.begin(), lAll.end(), std::back_inserter(lDofs),
-                     [lJoint](const qexsdk::KQexDofColumn& pDof) { return pDof.mJoint == lJoint; });
+        std::copy(lDofsOf[lJoint].begin(), lDofsOf[lJoint].end(), std::back_inserter(lDofs));
     }
     return lDofs;
 }
