@@ -96,7 +96,6 @@ void KReserveFrames(KQexClipData& pData)
     lReserve(pData.mRotations, pData.mNames.size() * 4);
     lReserve(pData.mTranslations, pData.mMovingJoints.size() * 3);
     lReserve(pData.mScalings, pData.mScaledJoints.size() * 3);
-    lReserve(pData.mDofValues, pData.mDofs.size());
 }
 
 std::vector<int> KUnion(const std::vector<int>& pOne, const std::vector<int>& pOther)

@@ -92,7 +92,7 @@ public:
 
     size_t GetValueCount() const override { return 0; } // The arrays have a place for every frame.
 
-    void Compute(int, const KQexFrame& pFrame, double*) override
+    void Compute(int, const KQexFrame& pFrame, double*) noexcept override
     {
         const size_t lFrame = static_cast<size_t>(pFrame.GetIndex());
         double       lNumbers[3];

@@ -188,16 +188,15 @@ bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long
                             });
 }
 
-bool KQexPassedLimits(const KQexClipData& pClip, long long pFrame, std::vector<int>& pPassed, double pTolerance)
+bool KQexPassedLimits(const KQexClipData& pClip, long long pFrame, std::vector<int>& pPassed)
 {
     const auto lFill = [&]
     {
         std::vector<int> lPassed;
         for (size_t i = 0; i < pClip.mDofs.size() && !pClip.mDofValues.empty(); ++i)
         {
-            const KQexBoneDof& lDof = pClip.mDofs[i].mDof;
-            const double       lValue = static_cast<double>(pClip.mDofValues[static_cast<size_t>(pFrame) * pClip.mDofs.size() + i]);
-            if ((lDof.mHasMin && lValue < lDof.mMin - pTolerance) || (lDof.mHasMax && lValue > lDof.mMax + pTolerance))
+            const double lValue = static_cast<double>(pClip.mDofValues[static_cast<size_t>(pFrame) * pClip.mDofs.size() + i]);
+            if (pClip.mDofs[i].mDof.GetExcess(lValue) != 0.0)
             {
                 lPassed.push_back(static_cast<int>(i));
             }

@@ -44,13 +44,14 @@ public:
         mPositions = AddRows("body_positions", {mBodies.size(), 3});
         mRotations = AddRotations("body_rotations", mBodies.size());
         mDofPositions = AddDofs(mDofs, "dof_positions");
+        mContinuousDofs = GetValueCount();
         mDofVelocities = pFile.Add("dof_velocities", KFloats({static_cast<uint64_t>(pOptions.mSampling.mCount), mDofs.size()}));
         const KQexArrayHead lHead = KFloats({static_cast<uint64_t>(pOptions.mSampling.mCount), mBodies.size(), 3});
         mLinear = pFile.Add("body_linear_velocities", lHead);
         mAngular = pFile.Add("body_angular_velocities", lHead);
     }
 
-    void Compute(int pThread, const KQexFrame& pFrame, double* pValues) override
+    void Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept override
     {
         const KQexFigurePose& lJoints = JointsIn(pThread, pFrame);
         KQexEvaluateDofs(mDofs, pFrame.GetTime(), pValues + mDofPositions);
@@ -67,7 +68,7 @@ public:
         const double* lValues = pBlock.mValues.data();
         for (long long i = pBlock.mFirst; i < pBlock.mEnd && lOk; ++i, lValues += GetValueCount())
         {
-            lOk = TakeFrame(i, std::vector<double>(lValues, lValues + GetValueCount()));
+            lOk = AddFrame(i, std::vector<double>(lValues, lValues + GetValueCount()));
         }
         return lOk;
     }
@@ -82,13 +83,29 @@ private:
     }
 
     /// Writes the velocities of the frame before frame pFrame, which need it, and of the last frame.
-    bool TakeFrame(long long pFrame, std::vector<double> pValues)
+    bool AddFrame(long long pFrame, std::vector<double> pValues)
     {
+        AddContinuousDofs(pValues);
         const bool lIsLast = pFrame + 1 == mOptions.mSampling.mCount;
         const bool lOk = pFrame == 0 || WriteVelocities(pFrame == 1 ? mLast : mBefore, pValues, pFrame == 1 ? 1 : 2);
         mBefore = std::move(mLast);
         mLast = std::move(pValues);
         return lOk && (!lIsLast || WriteVelocities(pFrame == 0 ? mLast : mBefore, mLast, 1));
+    }
+
+    /// Appends the degrees of freedom without full turns from frame to frame: a file may jump by one where the joint does not.
+    void AddContinuousDofs(std::vector<double>& pValues) const
+    {
+        constexpr double kTurn = 360.0 * kRadian;
+        for (size_t i = 0; i < mDofs.size(); ++i)
+        {
+            double lValue = pValues[mDofPositions + i];
+            if (!mLast.empty() && !mDofs[i].IsLength())
+            {
+                lValue -= kTurn * std::round((lValue - mLast[mContinuousDofs + i]) / kTurn);
+            }
+            pValues.push_back(lValue);
+        }
     }
 
     /// Writes the velocities from the values \p pBefore to \p pAfter, which are \p pSteps frames apart.
@@ -108,10 +125,7 @@ private:
         std::vector<double> lVelocities(mDofs.size());
         for (size_t i = 0; i < mDofs.size(); ++i)
         {
-            double lStep = pAfter[mDofPositions + i] - pBefore[mDofPositions + i];
-            // A file may jump by a full turn where the joint does not.
-            lStep -= mDofs[i].IsLength() ? 0.0 : 360.0 * kRadian * std::round(lStep / (360.0 * kRadian));
-            lVelocities[i] = lStep * PerSecond(pSteps);
+            lVelocities[i] = (pAfter[mContinuousDofs + i] - pBefore[mContinuousDofs + i]) * PerSecond(pSteps);
         }
         return mFile.Append(mDofVelocities, lVelocities.data(), lVelocities.size());
     }
@@ -140,6 +154,7 @@ private:
     size_t                           mPositions = 0; ///< Starts among a frame's values.
     size_t                           mRotations = 0;
     size_t                           mDofPositions = 0;
+    size_t                           mContinuousDofs = 0; ///< After all values of a frame.
     int                              mDofVelocities = -1; ///< Arrays of the file.
     int                              mLinear = -1;
     int                              mAngular = -1;

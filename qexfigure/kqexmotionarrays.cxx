@@ -35,7 +35,7 @@ public:
         mLocalScalings = mHasScalings ? AddRows("local_scalings", {lJoints, 3}) : 0;
     }
 
-    void Compute(int pThread, const KQexFrame& pFrame, double* pValues) override
+    void Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept override
     {
         const KQexFigurePose& lJoints = JointsIn(pThread, pFrame);
         lJoints.GetPosition(KQexSpace::eWORLD, 0, pValues + mRootPositions);

@@ -3,6 +3,7 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 
+#include <cmath>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -18,6 +19,20 @@ struct QEX_API KQexBoneDof
     bool        mHasMax = false; ///< Whether mMax limits it.
     double      mMin = 0.0;      ///< Degrees or centimetres.
     double      mMax = 0.0;      ///< Degrees or centimetres.
+
+    /// How far \p pValue is beyond a limit, negative below the lower one; 0 within both. A value that exceeds a limit by no more than 1e-6
+    /// degrees or centimetres, or a ten-millionth of it, is at the limit: files have about six digits, keys single precision.
+    /// \param pUnit units of the value and the limits per degree or centimetre, if they are others
+    double GetExcess(double pValue, double pUnit = 1.0) const
+    {
+        const auto lTolerance = [pUnit](double pLimit)
+        {
+            return 1e-6 * pUnit + 1e-7 * std::fabs(pLimit);
+        };
+        return mHasMin && pValue < mMin - lTolerance(mMin)   ? pValue - mMin
+               : mHasMax && pValue > mMax + lTolerance(mMax) ? pValue - mMax
+                                                             : 0.0;
+    }
 };
 
 /// Degrees of freedom by bone name, which the scene does not store; in the order in which the bone's rotations are applied.

@@ -38,8 +38,8 @@ public:
     /// How many numbers it keeps of each frame.
     virtual size_t GetValueCount() const = 0;
 
-    /// Computes the numbers of a frame. Called on several threads at once, each with its own \p pThread, from 0. Must not throw.
-    virtual void Compute(int pThread, const KQexFrame& pFrame, double* pValues) = 0;
+    /// Computes the numbers of a frame. Called on several threads at once, each with its own \p pThread, from 0.
+    virtual void Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept = 0;
 
     /// Adjusts a frame's numbers to the previous frame's. Called once for each frame, in order, on one thread.
     virtual void MakeContinuous(double* pValues);

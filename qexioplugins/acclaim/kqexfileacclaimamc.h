@@ -113,7 +113,8 @@ class QEX_API KQexAmcVisitor
 public:
     virtual ~KQexAmcVisitor();
 
-    /// Called for each complete frame. The frame and what it points to are valid during the call. False stops the read, which fails.
+    /// Called for each complete frame. The frame and what it points to are valid during the call. False stops the read, which fails;
+    /// so does std::bad_alloc, which it may throw.
     virtual bool Frame(const KQexAmcFrame& pFrame) = 0;
 };
 

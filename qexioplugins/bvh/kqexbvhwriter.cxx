@@ -167,7 +167,7 @@ void KQexBvhWriter::ToFileAxes(KgeRMatrix& pRotation) const
     }
 }
 
-void KQexBvhWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues)
+void KQexBvhWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept
 {
     KRotations& lRotations = mRotations[static_cast<size_t>(pThread)];
     KgeRMatrix  lParentInv;

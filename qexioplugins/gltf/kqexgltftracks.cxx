@@ -60,7 +60,7 @@ void KQexGltfTracks::Begin(const KQexFrameNodes& pNodes, int)
     mBuffer.ReserveFloats(mValueCount * static_cast<size_t>(mFrames));
 }
 
-void KQexGltfTracks::Compute(int, const KQexFrame& pFrame, double* pValues)
+void KQexGltfTracks::Compute(int, const KQexFrame& pFrame, double* pValues) noexcept
 {
     for (const KQexGltfTrack& lTrack : mTracks)
     {

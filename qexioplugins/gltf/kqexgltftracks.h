@@ -44,7 +44,7 @@ public:
     void         Begin(const KQexFrameNodes& pNodes, int pThreads) override;
     unsigned int GetParts() const override { return eFRAME_ROTATIONS; }
     size_t       GetValueCount() const override { return mValueCount; }
-    void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) override;
+    void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept override;
     void         MakeContinuous(double* pValues) override;
     bool         Write(const KQexFrameBlock& pBlock) override;
 

@@ -180,7 +180,7 @@ TEST(KQexNpzFile, WhatCannotBeFails)
         const char* mName;
         int         mError;
         KCase       mRun;
-    } const sCases[] = {
+    } const lCases[] = {
         {"items are missing", EINVAL,
          [](KQexNpzFile& pFile)
          {
@@ -213,7 +213,7 @@ TEST(KQexNpzFile, WhatCannotBeFails)
              return pFile.Add("a", HeadOf(KQexArrayType::eFLOAT32, {1ULL << 61})) >= 0;
          }},
     };
-    for (const auto& lCase : sCases)
+    for (const auto& lCase : lCases)
     {
         std::string lBytes;
         KOutputFile lOut;

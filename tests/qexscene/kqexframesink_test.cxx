@@ -30,7 +30,7 @@ public:
     }
     unsigned int GetParts() const override { return eFRAME_WORLD; }
     size_t       GetValueCount() const override { return 2; }
-    void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) override
+    void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept override
     {
         mIsInRange = mIsInRange && pThread >= 0 && pThread < mThreads;
         pValues[0] = pFrame.GetWorld(mNode).mData[3].mData[0];

@@ -43,6 +43,7 @@ void AddDofItems(const KTableOptions& pOptions, const std::vector<qexsdk::KQexDo
         lItem.mName = lDof.mName;
         lItem.mBone = lDof.mTrack.mJoint;
         lItem.mDof = lDof.mDof;
+        lItem.mPerUnit = lDof.mFactor;
         lItem.mUnit = !lDof.IsLength() ? "deg" : pOptions.mWorld.mUnits.empty() ? "cm" : pOptions.mWorld.mUnits;
         lItem.mDecimals = lDof.IsLength() ? DecimalsOf(lDof.mFactor) : kAngleDigits;
         pTable.mItems.push_back(lItem);

@@ -20,6 +20,7 @@ struct KTableItem
     int                 mParent = -1;  ///< Index of the nearest ancestor of a joint that is an item; -1 for none.
     int                 mDecimals = 5; ///< Digits of its numbers after the point.
     qexsdk::KQexBoneDof mDof;          ///< Of a degree of freedom, limits in the table's unit.
+    double              mPerUnit = 1;  ///< The table's units per degree or centimetre.
     std::string         mUnit;         ///< Of a degree of freedom.
 };
 
@@ -43,9 +44,6 @@ struct KTable
 
     std::vector<std::string> GetNames() const;
 };
-
-/// How far \p pValue is outside the limits: below the lower one negative, 0 within.
-double OutsideOf(const qexsdk::KQexBoneDof& pDof, double pValue);
 
 enum ETableFormat
 {

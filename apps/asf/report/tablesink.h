@@ -25,7 +25,10 @@ public:
     void         Begin(const qexsdk::KQexFrameNodes& pNodes, int pThreads) override { mValues.Begin(pNodes, pThreads); }
     unsigned int GetParts() const override { return mValues.GetParts(); }
     size_t       GetValueCount() const override { return mTable.GetNumberCount(); }
-    void Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) override { mValues.Compute(pThread, pFrame, pValues); }
+    void         Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) noexcept override
+    {
+        mValues.Compute(pThread, pFrame, pValues);
+    }
     void MakeContinuous(double* pValues) override { mValues.MakeContinuous(pValues); }
 
     /// Writes what comes after the frames. A write error is reported by closing the output.

@@ -71,7 +71,7 @@ public:
             const KTableItem& lItem = mTable.mItems[i];
             pText += lStart + mStarts[i];
             AppendNumbers(mTable, i, pValues, pText);
-            pText += mEnds[i] + (mTable.mHasDofs ? Fixed(OutsideOf(lItem.mDof, pValues[i]), lItem.mDecimals) : "") + "\n";
+            pText += mEnds[i] + (mTable.mHasDofs ? Fixed(lItem.mDof.GetExcess(pValues[i], lItem.mPerUnit), lItem.mDecimals) : "") + "\n";
         }
     }
 
@@ -186,7 +186,7 @@ private:
         std::string lList;
         for (size_t i = 0; i < mTable.mItems.size(); ++i)
         {
-            if (OutsideOf(mTable.mItems[i].mDof, pValues[i]) != 0.0)
+            if (mTable.mItems[i].mDof.GetExcess(pValues[i], mTable.mItems[i].mPerUnit) != 0.0)
             {
                 lList += (lList.empty() ? "" : ",") + std::to_string(i);
             }
@@ -224,14 +224,6 @@ std::vector<std::string> KTable::GetNames() const
         lNames.push_back(lItem.mName);
     }
     return lNames;
-}
-
-double OutsideOf(const qexsdk::KQexBoneDof& pDof, double pValue)
-{
-    constexpr double kTolerance = 1e-3; // Rounding of the file's numbers.
-    return pDof.mHasMin && pValue < pDof.mMin - kTolerance   ? pValue - pDof.mMin
-           : pDof.mHasMax && pValue > pDof.mMax + kTolerance ? pValue - pDof.mMax
-                                                             : 0.0;
 }
 
 int DecimalsOf(double pPerCentimetre)

@@ -16,7 +16,7 @@ void KJointValues::Begin(const qexsdk::KQexFrameNodes& pNodes, int pThreads)
     mFrames.assign(static_cast<size_t>(pThreads), qexsdk::KQexFigurePose(mAll, pNodes, mSpace, GetParts()));
 }
 
-void KJointValues::Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues)
+void KJointValues::Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) noexcept
 {
     qexsdk::KQexFigurePose& lJoints = mFrames[static_cast<size_t>(pThread)];
     lJoints.Set(pFrame);

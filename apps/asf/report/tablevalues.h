@@ -20,7 +20,7 @@ public:
 
     virtual void         Begin(const qexsdk::KQexFrameNodes& pNodes, int pThreads) = 0;
     virtual unsigned int GetParts() const = 0;
-    virtual void         Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) = 0;
+    virtual void         Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) noexcept = 0;
     virtual void         MakeContinuous(double*) {}
 };
 
@@ -32,7 +32,7 @@ public:
     KJointValues(const std::vector<qexsdk::KQexFigureJoint>& pAll, std::vector<size_t> pPicked, const qexsdk::KQexOutputSpace& pSpace);
 
     void Begin(const qexsdk::KQexFrameNodes& pNodes, int pThreads) override;
-    void Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) override;
+    void Compute(int pThread, const qexsdk::KQexFrame& pFrame, double* pValues) noexcept override;
 
 protected:
     /// Writes a joint's numbers.
@@ -91,7 +91,7 @@ public:
 
     void         Begin(const qexsdk::KQexFrameNodes&, int) override {}
     unsigned int GetParts() const override { return qexsdk::eFRAME_CHANNELS; }
-    void         Compute(int, const qexsdk::KQexFrame& pFrame, double* pValues) override
+    void         Compute(int, const qexsdk::KQexFrame& pFrame, double* pValues) noexcept override
     {
         qexsdk::KQexEvaluateDofs(mColumns, pFrame.GetTime(), pValues);
     }

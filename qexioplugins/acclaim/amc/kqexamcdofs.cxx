@@ -44,7 +44,7 @@ void KQexAmcDofs::AddBones(const std::vector<KQexAmcBone>& pBones)
 /// In centimetres or degrees.
 float KQexAmcDofs::ToScene(const KBone& pBone, int pDof, const KQexAmcFrame& pFrame, double pValue) const
 {
-    return static_cast<float>(pValue * (pBone.mNode->mOrderBuf[pDof] <= 2 ? pFrame.mLengthFactor : pFrame.mAngleFactor));
+    return static_cast<float>(pValue * (KIsTranslationDof(pBone.mNode->mOrderBuf[pDof]) ? pFrame.mLengthFactor : pFrame.mAngleFactor));
 }
 
 void KQexAmcDofs::AddLine(KBone& pBone, const KQexAmcFrame& pFrame, const double* pValues)

@@ -18,7 +18,7 @@ public:
     /// \p pNext must outlive it.
     explicit KQexAmcDofs(KQexAmcVisitor& pNext) : mNext(pNext) {}
 
-    /// False when \p pNext's is, or when memory runs out.
+    /// Whether \p pNext's is true. May throw std::bad_alloc.
     bool Frame(const KQexAmcFrame& pFrame) override;
 
     /// The values of all frames into \p pValues, which is empty. May throw std::bad_alloc.

@@ -210,7 +210,7 @@ void KQexAmcWriter::EvaluateBone(size_t pBone, KQexAmcScratch& pScratch, double*
     ScatterAngles(*lBone.mBone, lAngles, pValues);
 }
 
-void KQexAmcWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues)
+void KQexAmcWriter::Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept
 {
     KQexAmcScratch& lScratch = mScratch[static_cast<size_t>(pThread)];
     mSteps.Begin(pFrame, lScratch.mState);
