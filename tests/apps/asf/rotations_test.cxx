@@ -134,7 +134,7 @@ TEST_F(KArraysTest, AnglesHaveLimits)
     WriteFile(mFolder / "small_03.amc", ":FULLY-SPECIFIED\n:DEGREES\n1\nroot 0 0 2 0 365 0\nthigh 30 -70.5 400\nshin 170.0005\n");
     const KRunResult lLong = Call("angles -q small_03.amc --joints shin,thigh");
     EXPECT_EQ(lLong.mOut, "frame,time,bone,dof,value,min,max,outside\n"
-                          "1,0.000000,shin,rx,170.00050,-10.00000,170.00000,0.00000\n"
+                          "1,0.000000,shin,rx,170.00050,-10.00000,170.00000,0.00050\n"
                           "1,0.000000,thigh,rx,30.00000,-160.00000,20.00000,10.00000\n"
                           "1,0.000000,thigh,ry,-70.50000,-70.00000,70.00000,-0.50000\n"
                           "1,0.000000,thigh,rz,400.00000,-inf,inf,0.00000\n");
