@@ -40,8 +40,7 @@ void AddChannel(const KQexNode& pNode, const char* pWord, const KQexChannel& pCh
 void AddChannels(KQexNode* pNode, const KQexAnimLayer* pLayer, std::vector<KQexDofTrack>& pTracks)
 {
     const KQexNodePose lPose(pNode, pLayer);
-    const int          lOrder = static_cast<int>(pNode->GetRotationOrder());
-    const int*         lAxes = KmEulerAxisRow(lOrder <= eEULER_ZYX ? 2 * lOrder : 0);
+    const int*         lAxes = KmRotationOrderAxes(pNode->GetRotationOrder());
     for (int i = 0; i < 3; ++i)
     {
         AddChannel(*pNode, kTranslationWords[i], lPose.GetChannels()[i], pTracks);

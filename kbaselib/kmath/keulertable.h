@@ -50,6 +50,12 @@ inline const int* KmEulerAxisRow(int pOrd)
     return KmEulerAxis[pOrd >= 0 && pOrd < KmEulerAxisCount ? pOrd : 0];
 }
 
+/// The axes of \p pOrder, an ERotationOrder, in the order in which they are applied; those of XYZ for any other integer.
+inline const int* KmRotationOrderAxes(int pOrder)
+{
+    return KmEulerAxisRow(pOrder >= eEULER_XYZ && pOrder <= eEULER_ZYX ? 2 * pOrder : 0);
+}
+
 } // namespace qexsdk
 
 #endif

@@ -1,8 +1,9 @@
 #include <qexfigure/picture/kqexangles.h>
 
-#include <qexfigure/kqexdidyoumean.h>
+#include <kbaselib/kmath/keulertable.h>
 #include <qexfigure/kqexfigurecurves.h>
 #include <qexfigure/kqexfigureguard.h>
+#include <qexfigure/kqexfigurejoint.h>
 #include <qexfigure/kqexnumbertext.h>
 
 #include <algorithm>
@@ -18,30 +19,18 @@ namespace qexsdk
 namespace
 {
 
-/// The axes of each rotation order, in the order in which they are applied.
-constexpr unsigned int kOrderAxes[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 2, 0}, {1, 0, 2}, {2, 0, 1}, {2, 1, 0}, {0, 1, 2}};
-
-const KQexFigureJoint* FindJoint(const KQexFigure& pFigure, const std::string& pName)
-{
-    const auto& lJoints = pFigure.GetJoints();
-    const auto  lFound =
-        std::find_if(lJoints.begin(), lJoints.end(), [&pName](const KQexFigureJoint& pJoint) { return pJoint.mName == pName; });
-    return lFound == lJoints.end() ? nullptr : &*lFound;
-}
-
 /// One angle of the node in every frame.
-void AddAngle(const KQexNode& pNode, const KQexAnimLayer* pLayer, unsigned int pAxis, const std::vector<KTime>& pTimes,
-              KQexChartPanel& pPanel)
+void AddAngle(const KQexNode& pNode, const KQexAnimLayer* pLayer, int pAxis, const std::vector<KTime>& pTimes, KQexChartPanel& pPanel)
 {
     const KQexAnimCurveNode* lCurves = pNode.mLocalRotation.GetCurveNode(pLayer);
-    const double             lRest = pNode.mLocalRotation.Get()[static_cast<int>(pAxis)];
+    const double             lRest = pNode.mLocalRotation.Get()[pAxis];
     KQexChartSeries          lSeries;
     lSeries.mName = std::string("r") + "xyz"[pAxis];
-    lSeries.mColour = pAxis;
+    lSeries.mColour = static_cast<size_t>(pAxis);
     lSeries.mValues.reserve(pTimes.size());
     for (const KTime lTime : pTimes)
     {
-        lSeries.mValues.push_back(lCurves != nullptr ? lCurves->Evaluate(pAxis, lTime) : lRest);
+        lSeries.mValues.push_back(lCurves != nullptr ? lCurves->Evaluate(static_cast<unsigned int>(pAxis), lTime) : lRest);
     }
     pPanel.mSeries.push_back(std::move(lSeries));
 }
@@ -49,24 +38,20 @@ void AddAngle(const KQexNode& pNode, const KQexAnimLayer* pLayer, unsigned int p
 /// All angles of the node, in the order in which they are applied.
 void AddEulerAngles(const KQexNode& pNode, const KQexAnimLayer* pLayer, const std::vector<KTime>& pTimes, KQexChartPanel& pPanel)
 {
-    for (const unsigned int lAxis : kOrderAxes[pNode.GetRotationOrder()])
+    const int* lAxes = KmRotationOrderAxes(pNode.GetRotationOrder());
+    for (int i = 0; i < 3; ++i)
     {
-        AddAngle(pNode, pLayer, lAxis, pTimes, pPanel);
+        AddAngle(pNode, pLayer, lAxes[i], pTimes, pPanel);
     }
 }
 
-/// The rotations that the file has for the joint, with their limits; of several joints with one name, the first's. None if it has none.
-void AddTracks(const std::string& pJoint, const std::vector<KQexDofTrack>& pTracks, const std::vector<KTime>& pTimes,
-               KQexChartPanel& pPanel)
+/// The rotations that the file has for the node, with their limits. None if it has none.
+void AddTracks(const KQexNode* pNode, const std::vector<KQexDofTrack>& pTracks, const std::vector<KTime>& pTimes, KQexChartPanel& pPanel)
 {
     for (const KQexDofTrack& lTrack : pTracks)
     {
         const KQexBoneDof& lDof = lTrack.mDof;
-        const auto         lIsSame = [&lDof](const KQexChartSeries& pSeries)
-        {
-            return pSeries.mName == lDof.mWord;
-        };
-        if (lTrack.mJoint != pJoint || lDof.mWord[0] != 'r' || std::any_of(pPanel.mSeries.begin(), pPanel.mSeries.end(), lIsSame))
+        if (lTrack.mNode != pNode || lDof.mWord[0] != 'r')
         {
             continue;
         }
@@ -88,8 +73,8 @@ void AddTracks(const std::string& pJoint, const std::vector<KQexDofTrack>& pTrac
     }
 }
 
-bool CollectSceneAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, const KQexAngleOptions& pOptions, KQexChart& pChart,
-                        KQexFigureReport& pReport)
+bool CollectPanels(const KQexFigure& pFigure, const KQexFigureTake& pTake, const KQexAngleOptions& pOptions, KQexChart& pChart,
+                   KQexFigureReport& pReport)
 {
     KQexFigureFrames          lFrames;
     std::vector<KQexDofTrack> lTracks;
@@ -108,21 +93,21 @@ bool CollectSceneAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, 
     }
     for (const std::string& lName : pOptions.mJoints)
     {
-        const KQexFigureJoint* lJoint = FindJoint(pFigure, lName);
-        if (lJoint == nullptr)
+        const int lJoint = FindFigureJoint(pFigure.GetJoints(), lName, pOptions.mJointOption, pReport);
+        if (lJoint < 0)
         {
-            std::vector<std::string> lNames;
-            for (const KQexFigureJoint& lOther : pFigure.GetJoints())
-            {
-                lNames.push_back(lOther.mName);
-            }
-            return pReport.Fail(eFIGURE_USAGE, "", pOptions.mJointOption + "the figure has no joint " + lName + DidYouMean(lName, lNames));
+            return false;
         }
-        KQexChartPanel lPanel{lName, "degrees", "\xC2\xB0", {}};
-        AddTracks(lName, lTracks, lFrames.mTimes, lPanel);
+        const KQexNode* lNode = pFigure.GetJoints()[static_cast<size_t>(lJoint)].mNode;
+        KQexChartPanel  lPanel{lName, "degrees", "\xC2\xB0", {}};
+        AddTracks(lNode, lTracks, lFrames.mTimes, lPanel);
+        if (lPanel.mSeries.empty() && pTake.mDofValues != nullptr)
+        {
+            return pReport.Fail(eFIGURE_USAGE, "", pOptions.mJointOption + "the joint " + lName + " has no rotations");
+        }
         if (lPanel.mSeries.empty())
         {
-            AddEulerAngles(*lJoint->mNode, LayerOfTake(pTake), lFrames.mTimes, lPanel);
+            AddEulerAngles(*lNode, LayerOfTake(pTake), lFrames.mTimes, lPanel);
         }
         pChart.mPanels.push_back(std::move(lPanel));
         if (pOptions.mProgress &&
@@ -140,7 +125,7 @@ bool CollectSceneAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, 
 bool CollectAngles(const KQexFigure& pFigure, const KQexFigureTake& pTake, const KQexAngleOptions& pOptions, KQexChart& pChart,
                    KQexFigureReport& pReport) noexcept
 {
-    return RunGuarded(pReport, [&] { return CollectSceneAngles(pFigure, pTake, pOptions, pChart, pReport); });
+    return RunGuarded(pReport, [&] { return CollectPanels(pFigure, pTake, pOptions, pChart, pReport); });
 }
 
 } // namespace qexsdk

@@ -1,6 +1,7 @@
 #include <qexfigure/picture/kqexfigurepicture.h>
 
 #include <qexfigure/kqexfigureguard.h>
+#include <qexfigure/kqexfigurejoint.h>
 #include <qexfigure/kqexnumbertext.h>
 #include <qexfigure/picture/kqexpictureframes.h>
 #include <qexfigure/picture/kqexpicturejoints.h>
@@ -92,23 +93,15 @@ private:
         return true;
     }
 
-    /// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1 for an unknown bone.
-    int TrailJoint(const std::string& pBone) const
+    /// The joint that the bone's trail follows: the one at the bone's end; for the root, its own joint. -1, with an error, for an unknown
+    /// bone.
+    int TrailJoint(const std::string& pBone)
     {
-        int lFound = -1;
-        for (size_t lJoint = 0; lJoint < mFigure.GetJoints().size(); ++lJoint)
-        {
-            const KQexFigureJoint& lCandidate = mFigure.GetJoints()[lJoint];
-            if (lCandidate.mName == pBone && lFound < 0)
-            {
-                lFound = static_cast<int>(lJoint);
-            }
-            else if (lFound > 0 && lCandidate.mParent == lFound)
-            {
-                return static_cast<int>(lJoint);
-            }
-        }
-        return lFound;
+        const std::vector<KQexFigureJoint>& lJoints = mFigure.GetJoints();
+        const int                           lBone = FindFigureJoint(lJoints, pBone, mOptions.mTrailOption, mReport);
+        const auto                          lChild =
+            std::find_if(lJoints.begin(), lJoints.end(), [lBone](const KQexFigureJoint& pJoint) { return pJoint.mParent == lBone; });
+        return lBone > 0 && lChild != lJoints.end() ? static_cast<int>(lChild - lJoints.begin()) : lBone;
     }
 
     bool AddTrails()
@@ -119,7 +112,7 @@ private:
             lJoints.push_back(TrailJoint(lBone));
             if (lJoints.back() < 0)
             {
-                return mReport.Fail(eFIGURE_USAGE, "", mOptions.mTrailOption + "the skeleton has no bone " + lBone);
+                return false;
             }
             mPicture.mTrails.push_back({lBone, mPicture.mSides[static_cast<size_t>(lJoints.back())], {}});
         }
@@ -130,9 +123,10 @@ private:
             {
                 mPicture.mTrails[lTrail].mPoints.push_back(mPositions[static_cast<size_t>(lJoints[lTrail])]);
             }
-            if (mOptions.mProgress)
+            if (mOptions.mProgress && !mOptions.mProgress(static_cast<double>(lFrame + 1) / static_cast<double>(mFrames.mTimes.size())))
             {
-                mOptions.mProgress(static_cast<double>(lFrame) / static_cast<double>(mFrames.mTimes.size()));
+                mReport.SetCancelled();
+                return false;
             }
         }
         mPicture.mInPlace = !lJoints.empty();

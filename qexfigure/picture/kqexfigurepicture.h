@@ -24,12 +24,12 @@ struct QEX_API KQexFigurePictureOptions
     std::vector<size_t>          mFrames;        ///< Indices of the take's frames, ascending; empty: five, evenly spaced.
     std::vector<std::string>     mTrails;        ///< Bones whose ends' paths are drawn; the poses are then at their world positions.
     std::string                  mTrailOption;   ///< How a user of the program names mTrails ("--trail: "); may be empty.
-    KQexProgress                 mProgress;      ///< Called with the fraction of the trails' frames. The result is ignored.
+    KQexProgress                 mProgress;      ///< Called with the fraction of the trails' frames; false cancels. May be empty.
 };
 
 /// A picture of poses of \p pTake, one of the figure's; null: of the figure at rest, without trails. At most one pose for each pixel of
-/// the width: a note in \p pReport tells how many frames are left out. False, with an error in \p pReport, if a trail's bone or a frame
-/// does not exist, or if memory runs out.
+/// the width: a note in \p pReport has the number of frames left out. False, with an error in \p pReport, if a trail's bone or a frame
+/// does not exist, or if memory runs out; also when cancelled.
 QEX_API bool MakeFigurePicture(KQexFigure& pFigure, const KQexFigureTake* pTake, const KQexFigurePictureOptions& pOptions,
                                KQexPicture& pPicture, KQexFigureReport& pReport) noexcept;
 

@@ -9,8 +9,8 @@
 
 #include <ostream>
 
-// Runs checks and drawings with their 1st allocation failing, then their 2nd, and so on, alone and with all later ones: the result is either
-// that of a run without failures, or false with a report, and nothing leaks.
+// Runs checks and drawings with their 1st allocation failing, then their 2nd, and so on, alone and with all later ones: the result is
+// either that of a run without failures, or false with a report, and nothing leaks.
 
 using namespace qexsdk;
 using namespace qextest;
@@ -73,24 +73,16 @@ KQexAngleOptions Thigh()
     return lOptions;
 }
 
-bool DrawFileAngles(const KQexFigureFiles& pFiles, std::string& pText, KQexFigureReport& pReport)
+bool DrawAngles(const KQexFigureFiles& pFiles, std::string& pText, KQexFigureReport& pReport)
 {
     const KQexAngleOptions lOptions = Thigh();
-    KQexChart              lChart;
-    KQexSvg                lSvg;
-    const bool             lOk = CollectAngles(pFiles, lOptions, lChart, pReport) && DrawChart(lChart, 0, lSvg, pReport);
-    Keep(lSvg.mText, pText);
-    return lOk;
-}
-
-bool DrawSceneAngles(const KQexFigureFiles& pFiles, std::string& pText, KQexFigureReport& pReport)
-{
-    const KQexAngleOptions lOptions = Thigh();
+    KQexFigureOptions      lFigureOptions;
     KQexFigure             lFigure;
     KQexChart              lChart;
     KQexSvg                lSvg;
-    const bool lOk = lFigure.Load(pFiles, {}, pReport) && CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, pReport) &&
-                     DrawChart(lChart, 0, lSvg, pReport);
+    lFigureOptions.mKeepDofValues = true;
+    const bool lOk = lFigure.Load(pFiles, lFigureOptions, pReport) &&
+                     CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, pReport) && DrawChart(lChart, 0, lSvg, pReport);
     Keep(lSvg.mText, pText);
     return lOk;
 }
@@ -174,8 +166,8 @@ INSTANTIATE_TEST_SUITE_P(Operations, KFigureFaultTest,
                                          KFigureFault{"CheckMotion", {"a.asf", "a.amc"}, Check},
                                          KFigureFault{"DrawPoses", {"a.asf", "a.amc"}, DrawPoses},
                                          KFigureFault{"DrawSkeleton", {"a.asf"}, DrawSkeletonFile},
-                                         KFigureFault{"DrawFileAngles", {"a.asf", "a.amc"}, DrawFileAngles},
-                                         KFigureFault{"DrawSceneAngles", {"a.bvh"}, DrawSceneAngles}),
+                                         KFigureFault{"DrawAcclaimAngles", {"a.asf", "a.amc"}, DrawAngles},
+                                         KFigureFault{"DrawBvhAngles", {"a.bvh"}, DrawAngles}),
                          testing::PrintToStringParamName());
 
 } // namespace

@@ -12,45 +12,26 @@ namespace asfapp
 namespace
 {
 
-qexsdk::KQexAngleOptions AngleOptions(const KDrawOptions& pOptions)
-{
-    qexsdk::KQexAngleOptions lOptions;
-    lOptions.mJoints = pOptions.mCurves;
-    lOptions.mJointOption = "--curves: ";
-    lOptions.mMotionRate = pOptions.mMotion.mMotionRate;
-    lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
-    return lOptions;
-}
-
 /// The angles as the motion's file has them. False after an error.
-bool ReadAngles(const KDrawOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, qexsdk::KQexChart& pChart, KConsole& pConsole)
+bool LoadAngles(const KDrawOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, qexsdk::KQexChart& pChart, KConsole& pConsole)
 {
-    if (!CheckOneMotion(pFiles, pConsole))
+    KLoadedMotion  lMotion;
+    KMotionOptions lLoading = pOptions.mMotion;
+    lLoading.mKeepDofValues = true;
+    if (!lMotion.Load(pFiles, lLoading, pOptions.mTake, pConsole))
     {
         return false;
     }
     qexsdk::KQexFigureReport lReport;
     bool                     lOk = false;
     {
-        KProgress                lProgress("reading", pConsole);
-        qexsdk::KQexAngleOptions lOptions = AngleOptions(pOptions);
+        KProgress                lProgress("drawing", pConsole);
+        qexsdk::KQexAngleOptions lOptions;
+        lOptions.mJoints = pOptions.mCurves;
+        lOptions.mJointOption = "--curves: ";
         lOptions.mProgress = lProgress.GetFunction();
-        lOk = qexsdk::CollectAngles(pFiles, lOptions, pChart, lReport);
+        lOk = qexsdk::CollectAngles(lMotion.GetFigure(), *lMotion.GetTake(), lOptions, pChart, lReport);
     }
-    PrintReport(lReport, pConsole);
-    return lOk;
-}
-
-/// The angles of a scene's joints, for formats without degrees of freedom. False after an error.
-bool LoadAngles(const KDrawOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, qexsdk::KQexChart& pChart, KConsole& pConsole)
-{
-    KLoadedMotion lMotion;
-    if (!lMotion.Load(pFiles, pOptions.mMotion, pOptions.mTake, pConsole))
-    {
-        return false;
-    }
-    qexsdk::KQexFigureReport lReport;
-    const bool               lOk = qexsdk::CollectAngles(lMotion.GetFigure(), *lMotion.GetTake(), AngleOptions(pOptions), pChart, lReport);
     PrintReport(lReport, pConsole);
     return lOk;
 }
@@ -117,7 +98,7 @@ void DrawCurves(const KDrawOptions& pOptions, const qexsdk::KQexFigureFiles& pFi
     qexsdk::KQexChart             lChart;
     lChart.mPath = lFile.GetDisplayPath();
     lChart.mTitle = PictureTitle(lFile);
-    if (!(pFiles.mMotions.empty() ? LoadAngles : ReadAngles)(pOptions, pFiles, lChart, pConsole) || !CutFrames(pOptions, lChart, pConsole))
+    if (!LoadAngles(pOptions, pFiles, lChart, pConsole) || !CutFrames(pOptions, lChart, pConsole))
     {
         return;
     }

@@ -9,7 +9,7 @@
 #include <apps/asf/report/tablesink.h>
 #include <apps/asf/usage.h>
 #include <kbaselib/kbase/kpath.h>
-#include <qexfigure/kqexdidyoumean.h>
+#include <qexfigure/kqexfigurejoint.h>
 
 #include <CLI/CLI.hpp>
 
@@ -53,29 +53,20 @@ std::string NamesPath(const std::string& pOutput)
     return pOutput.substr(0, pOutput.find_last_of('.')) + ".names.txt";
 }
 
-/// The index of the first joint of this name; the number of joints if there is none.
-size_t FindJoint(const std::vector<qexsdk::KQexFigureJoint>& pJoints, const std::string& pName)
-{
-    const auto lFound =
-        std::find_if(pJoints.begin(), pJoints.end(), [&pName](const qexsdk::KQexFigureJoint& pJoint) { return pJoint.mName == pName; });
-    return static_cast<size_t>(lFound - pJoints.begin());
-}
-
 /// Indices of the joints that --joints names. False after an error.
 bool FindJoints(const KTableOptions& pOptions, const std::vector<qexsdk::KQexFigureJoint>& pJoints, std::vector<size_t>& pPicked,
                 KConsole& pConsole)
 {
     for (const std::string& lName : pOptions.mJoints)
     {
-        const size_t lJoint = FindJoint(pJoints, lName);
-        if (lJoint == pJoints.size())
+        qexsdk::KQexFigureReport lReport;
+        const int                lFound = qexsdk::FindFigureJoint(pJoints, lName, "--joints: ", lReport);
+        PrintReport(lReport, pConsole);
+        if (lFound < 0)
         {
-            std::vector<std::string> lNames;
-            std::transform(pJoints.begin(), pJoints.end(), std::back_inserter(lNames),
-                           [](const qexsdk::KQexFigureJoint& pJoint) { return pJoint.mName; });
-            pConsole.Fail(eEXIT_USAGE, "--joints: the figure has no joint " + lName + qexsdk::DidYouMean(lName, lNames));
             return false;
         }
+        const auto lJoint = static_cast<size_t>(lFound);
         if (std::find(pPicked.begin(), pPicked.end(), lJoint) != pPicked.end())
         {
             pConsole.Fail(eEXIT_USAGE, "--joints: " + lName + " is given twice");
@@ -134,14 +125,11 @@ bool ResolveRows(const KTableOptions& pOptions, const KLoadedMotion& pMotion, KR
 /// Evaluates all frames into \p pSink.
 void RunFrames(KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes, KTableSink& pSink, const KConsole& pConsole)
 {
-    KProgress              lProgress("writing", pConsole);
-    qexsdk::KQexFrameSink* lSinks[] = {&pSink};
-    const auto             lShow = [&lProgress](double pFraction)
-    {
-        return lProgress.Show(pFraction);
-    };
+    KProgress                    lProgress("writing", pConsole);
+    qexsdk::KQexFrameSink*       lSinks[] = {&pSink};
     const qexsdk::KQexAnimLayer* lLayer = pMotion.GetTake()->mStack->GetMember<qexsdk::KQexAnimLayer>(0);
-    if (qexsdk::KQexRunFrames(pMotion.GetFigure().GetRoots(), lLayer, pTimes, lSinks, 1, 0, lShow) == qexsdk::KQexRunResult::eOUT_OF_MEMORY)
+    if (qexsdk::KQexRunFrames(pMotion.GetFigure().GetRoots(), lLayer, pTimes, lSinks, 1, 0, lProgress.GetFunction()) ==
+        qexsdk::KQexRunResult::eOUT_OF_MEMORY)
     {
         throw std::bad_alloc();
     }

@@ -314,7 +314,7 @@ double KQexDofSolver::Solve(const KgeRMatrix& pTarget, double* pAngles, KgeRMatr
 
 bool KQexDofSolver::MatchesOrder(ERotationOrder pOrder) const
 {
-    const int* lAxes = KmEulerAxisRow(pOrder > eEULER_XYZ && pOrder <= eEULER_ZYX ? 2 * pOrder : 0);
+    const int* lAxes = KmRotationOrderAxes(pOrder);
     int        lNext = 0;
     for (int i = 0; i < 3 && lNext < mCount; ++i)
     {

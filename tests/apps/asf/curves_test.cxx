@@ -99,9 +99,9 @@ TEST_F(KCurvesTest, UsageErrors)
 {
     const std::string lNoPoses = "--curves draws no poses: it is used without --view, --names, --trail and --fps";
     const std::vector<std::pair<std::vector<std::string>, std::string>> lCases{
-        {{"--curves", "thgih"}, "--curves: the skeleton has no bone thgih, did you mean thigh?"},
-        {{"--curves", "thigh,tail"}, "--curves: the skeleton has no bone tail"},
-        {{"--curves", "hip"}, "--curves: the bone hip has no rotations"},
+        {{"--curves", "thgih"}, "--curves: the figure has no joint thgih, did you mean thigh?"},
+        {{"--curves", "thigh,tail"}, "--curves: the figure has no joint tail"},
+        {{"--curves", "hip"}, "--curves: the joint hip has no rotations"},
         {{"--curves", "thigh", "--names"}, lNoPoses},
         {{"--curves", "thigh", "--view", "front"}, lNoPoses},
         {{"--curves", "thigh", "--trail", "thigh"}, lNoPoses},

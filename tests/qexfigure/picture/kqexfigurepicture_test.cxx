@@ -76,6 +76,27 @@ TEST_F(KFigurePictureTest, TrailsAreAtWorldPositions)
     EXPECT_NEAR(lPicture.mTrails[0].mPoints[1].mX, 45, 1e-4);
 }
 
+TEST_F(KFigurePictureTest, ProgressCanCancel)
+{
+    Load(LegBvh(), "leg.bvh");
+    KQexPicture lPicture;
+    mOptions.mTrails = {"Leg"};
+    double lDone = 0;
+    mOptions.mProgress = [&lDone](double pFraction)
+    {
+        lDone = pFraction;
+        return true;
+    };
+    EXPECT_TRUE(MakeFigurePicture(mFigure, &mFigure.GetTakes()[0], mOptions, lPicture, mReport)) << TextOf(mReport);
+    EXPECT_EQ(lDone, 1);
+    mOptions.mProgress = [](double)
+    {
+        return false;
+    };
+    EXPECT_FALSE(MakeFigurePicture(mFigure, &mFigure.GetTakes()[0], mOptions, lPicture, mReport));
+    EXPECT_TRUE(mReport.IsCancelled());
+}
+
 TEST_F(KFigurePictureTest, WhatDoesNotExistIsAnError)
 {
     Load(LegBvh(), "leg.bvh");
@@ -86,7 +107,7 @@ TEST_F(KFigurePictureTest, WhatDoesNotExistIsAnError)
     mOptions.mPath = "leg.bvh";
     mOptions.mFrames = {0, 2};
     EXPECT_FALSE(DrawFigure(mFigure, &mFigure.GetTakes()[0], mOptions, mSvg, mReport));
-    EXPECT_EQ(TextOf(mReport), "error :0: --trail: the skeleton has no bone Arm\nerror leg.bvh:0: a frame to draw is not in the take\n");
+    EXPECT_EQ(TextOf(mReport), "error :0: --trail: the figure has no joint Arm\nerror leg.bvh:0: a frame to draw is not in the take\n");
     EXPECT_EQ(mReport.GetStatus(), eFIGURE_USAGE);
     EXPECT_EQ(mSvg.mText, "");
 }
