@@ -113,10 +113,7 @@ bool KConverter::WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConv
     qexsdk::KQexExportAcclaimResult  lResult;
     {
         KProgress lProgress("writing", mConsole);
-        lOptions.mProgress = [&lProgress](double pFraction)
-        {
-            return lProgress.Show(pFraction);
-        };
+        lOptions.mProgress = lProgress.GetFunction();
         qexsdk::KQexExporterAcclaim::Export(mFigure.GetTop(), lAsfPath.c_str(), lMotions, lOptions, lResult);
     }
     for (const std::string& lNote : lResult.mNotes)
@@ -134,10 +131,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
     lOptions.mSkeletonNotes = pNotes;
     {
         KProgress lProgress("writing", mConsole);
-        lOptions.mProgress = [&lProgress](double pFraction)
-        {
-            return lProgress.Show(pFraction);
-        };
+        lOptions.mProgress = lProgress.GetFunction();
         qexsdk::KQexExporterAcclaim::ExportMotion(mFigure.GetTop(), pSkeleton, pPath.c_str(), lOptions, lResult);
     }
     const bool lOk = ReportExport(lResult);

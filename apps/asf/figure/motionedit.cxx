@@ -199,10 +199,7 @@ bool KMotionEdit::Write(const qexsdk::KQexFigureFile& pMotion, const std::string
     lOptions.mSkeletonNotes = mNotes;
     {
         KProgress lProgress("writing", pConsole);
-        lOptions.mProgress = [&lProgress](double pFraction)
-        {
-            return lProgress.Show(pFraction);
-        };
+        lOptions.mProgress = lProgress.GetFunction();
         lOk = pMotion.OpenFor(lReader) && lReader.ReadFrames(&mOld, lOptions, lFrames);
     }
     if (lOk && !mAllowUnmatched && !lReader.GetInfo().mMatch.IsPlausible())
