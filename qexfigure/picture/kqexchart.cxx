@@ -50,13 +50,11 @@ std::string ChartStyle()
     return lText + "</style>\n";
 }
 
-/// Whether all lists have the size of the times, which ascend, and there is something to draw.
+/// Whether all lists have the size of the times.
 bool ListsMatch(const KQexChart& pChart)
 {
     const size_t lCount = pChart.mSeconds.size();
-    return lCount > 0 && pChart.mNumbers.size() == lCount && !pChart.mPanels.empty() &&
-           std::is_sorted(pChart.mSeconds.begin(), pChart.mSeconds.end()) &&
-           std::is_sorted(pChart.mNumbers.begin(), pChart.mNumbers.end()) &&
+    return pChart.mNumbers.size() == lCount &&
            std::all_of(pChart.mPanels.begin(), pChart.mPanels.end(),
                        [lCount](const KQexChartPanel& pPanel)
                        {
@@ -65,7 +63,12 @@ bool ListsMatch(const KQexChart& pChart)
                        });
 }
 
-bool CanBeDrawn(const KQexChart& pChart)
+bool IsSorted(const KQexChart& pChart)
+{
+    return std::is_sorted(pChart.mSeconds.begin(), pChart.mSeconds.end()) && std::is_sorted(pChart.mNumbers.begin(), pChart.mNumbers.end());
+}
+
+bool ValuesFit(const KQexChart& pChart)
 {
     const auto lIsTime = [](double pSeconds)
     {
@@ -83,6 +86,20 @@ bool CanBeDrawn(const KQexChart& pChart)
                                               [&lIsValue](const KQexChartSeries& pSeries)
                                               { return std::all_of(pSeries.mValues.begin(), pSeries.mValues.end(), lIsValue); });
                        });
+}
+
+/// False, with an error, for a chart that cannot be drawn.
+bool CheckChart(const KQexChart& pChart, KQexFigureReport& pReport)
+{
+    const char* lError = !ListsMatch(pChart)                                 ? "the chart's lists differ in size"
+                         : pChart.mSeconds.empty() || pChart.mPanels.empty() ? "the chart is empty"
+                         : !IsSorted(pChart)                                 ? "the chart's times or numbers do not ascend"
+                                                                             : nullptr;
+    if (lError != nullptr)
+    {
+        return pReport.Fail(eFIGURE_USAGE, pChart.mPath, std::string("cannot be drawn: ") + lError);
+    }
+    return ValuesFit(pChart) || pReport.Fail(eFIGURE_INPUT, pChart.mPath, "cannot be drawn: values are too large");
 }
 
 void DrawPanels(const KQexChart& pChart, double pWidth, KQexSvg& pSvg)
@@ -112,13 +129,9 @@ bool DrawChart(const KQexChart& pChart, double pWidth, KQexSvg& pSvg, KQexFigure
     return RunGuarded(pReport,
                       [&]
                       {
-                          if (!ListsMatch(pChart))
+                          if (!CheckChart(pChart, pReport))
                           {
-                              return pReport.Fail(eFIGURE_USAGE, pChart.mPath, "cannot be drawn: the chart's lists differ in size");
-                          }
-                          if (!CanBeDrawn(pChart))
-                          {
-                              return pReport.Fail(eFIGURE_INPUT, pChart.mPath, "cannot be drawn: values are too large");
+                              return false;
                           }
                           DrawPanels(pChart, pWidth, pSvg);
                           return true;

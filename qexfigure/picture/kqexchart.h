@@ -51,8 +51,8 @@ struct QEX_API KQexChart
 
 /// The chart as SVG, \p pWidth pixels wide (0: 1000). Limits are bands behind the lines; where a line passes its limits, it has a dark
 /// outline, and a triangle at the farthest value. Of many values only the first, lowest, highest and last in each column of pixels are
-/// drawn. False, with an error in \p pReport and no text in \p pSvg, if there is nothing to draw, if the lists do not fit together, if a
-/// value is infinite or beyond 1e9, or if memory runs out.
+/// drawn. False, with an error in \p pReport and no text in \p pSvg, if there is nothing to draw, if the lists differ in size, if times or
+/// numbers do not ascend, if a value is infinite or beyond 1e9, or if memory runs out.
 QEX_API bool DrawChart(const KQexChart& pChart, double pWidth, KQexSvg& pSvg, KQexFigureReport& pReport) noexcept;
 
 } // namespace qexsdk

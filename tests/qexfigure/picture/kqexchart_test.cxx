@@ -249,21 +249,27 @@ TEST(Chart, TheWidthScalesThePicture)
 TEST(Chart, AnUnfitChartIsRefused)
 {
     const KQexChart        lGood = ChartOf({{0, 10, -20}});
-    std::vector<KQexChart> lBad(8, lGood);
+    std::vector<KQexChart> lBad(9, lGood);
     lBad[0].mPanels.clear();
-    lBad[1].mSeconds.clear();
+    lBad[1] = ChartOf({{}});
     lBad[2].mNumbers.pop_back();
     lBad[3].mPanels[0].mSeries[0].mValues.push_back(1);
     lBad[4].mSeconds = {0, 2, 1};
-    lBad[5].mPanels[0].mSeries[0].mValues[1] = std::numeric_limits<double>::infinity();
-    lBad[6].mPanels[0].mSeries[0].mValues[1] = 1e10;
-    lBad[7].mSeconds[2] = 1e300;
-    for (const KQexChart& lChart : lBad)
+    lBad[5].mNumbers = {3, 2, 1};
+    lBad[6].mPanels[0].mSeries[0].mValues[1] = std::numeric_limits<double>::infinity();
+    lBad[7].mPanels[0].mSeries[0].mValues[1] = 1e10;
+    lBad[8].mSeconds[2] = 1e300;
+    const char* lEmpty = "the chart is empty";
+    const char* lSizes = "the chart's lists differ in size";
+    const char* lOrder = "the chart's times or numbers do not ascend";
+    const char* lLarge = "values are too large";
+    const char* lErrors[] = {lEmpty, lEmpty, lSizes, lSizes, lOrder, lOrder, lLarge, lLarge, lLarge};
+    for (size_t i = 0; i < lBad.size(); ++i)
     {
         KQexSvg          lSvg;
         KQexFigureReport lReport;
-        EXPECT_FALSE(DrawChart(lChart, 0, lSvg, lReport));
-        EXPECT_EQ(TextOf(lReport).rfind("error made:0: cannot be drawn: ", 0), 0u);
+        EXPECT_FALSE(DrawChart(lBad[i], 0, lSvg, lReport));
+        EXPECT_EQ(TextOf(lReport), std::string("error made:0: cannot be drawn: ") + lErrors[i] + "\n");
         EXPECT_EQ(lSvg.mText, "");
     }
 }
