@@ -49,8 +49,8 @@ private:
     struct KRows
     {
         int    mArray; ///< In the file.
-        size_t mStart; ///< Of its numbers among a frame's values.
-        size_t mCount; ///< Of these.
+        size_t mStart; ///< Index of its first number among a frame's values.
+        size_t mCount; ///< Number of its values in a frame.
     };
 
     struct KRotations
@@ -65,8 +65,7 @@ private:
     std::vector<KQexFigurePose> mFrames; ///< One for each thread.
 };
 
-/// The sinks of the sets.
-std::unique_ptr<KQexFrameSink> KMakeMotionSink(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions, KQexNpzFile& pFile);
+/// The sink of KQexArraySet::eIMITATION.
 std::unique_ptr<KQexFrameSink> KMakeImitationSink(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions, KQexNpzFile& pFile);
 
 } // namespace qexsdk

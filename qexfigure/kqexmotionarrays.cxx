@@ -102,7 +102,7 @@ private:
         mFile.AddNumbers("rest_rotations", KFloats({lCount, 4}), lRotations);
     }
 
-    /// Whether rest_positions and root_positions do not say where each joint is relative to its parent.
+    /// Whether rest_positions and root_positions do not have the position of each joint relative to its parent.
     bool NeedsPositions() const
     {
         const std::vector<KQexFigureJoint>& lJoints = mFigure.GetJoints();
@@ -140,11 +140,6 @@ private:
 
 } // namespace
 
-std::unique_ptr<KQexFrameSink> KMakeMotionSink(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions, KQexNpzFile& pFile)
-{
-    return std::make_unique<KMotionSink>(pFigure, pOptions, pFile);
-}
-
 std::unique_ptr<KQexFrameSink> KQexMakeMotionArrays(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions,
                                                     KQexNpzFile& pFile) noexcept
 {
@@ -152,7 +147,7 @@ std::unique_ptr<KQexFrameSink> KQexMakeMotionArrays(const KQexFigure& pFigure, c
     {
         if (pOptions.mSet == KQexArraySet::eMOTION)
         {
-            return pFigure.GetRoots().empty() ? nullptr : KMakeMotionSink(pFigure, pOptions, pFile);
+            return pFigure.GetRoots().empty() ? nullptr : std::make_unique<KMotionSink>(pFigure, pOptions, pFile);
         }
         return pFigure.GetRoots().size() == 1 ? KMakeImitationSink(pFigure, pOptions, pFile) : nullptr;
     }

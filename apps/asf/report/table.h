@@ -42,6 +42,7 @@ struct KTable
     /// Numbers in a frame.
     size_t GetNumberCount() const { return mItems.size() * mComponents.size(); }
 
+    /// The names of the items.
     std::vector<std::string> GetNames() const;
 };
 

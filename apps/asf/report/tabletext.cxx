@@ -216,16 +216,6 @@ public:
 
 } // namespace
 
-std::vector<std::string> KTable::GetNames() const
-{
-    std::vector<std::string> lNames;
-    for (const KTableItem& lItem : mItems)
-    {
-        lNames.push_back(lItem.mName);
-    }
-    return lNames;
-}
-
 int DecimalsOf(double pPerCentimetre)
 {
     const int lMore = pPerCentimetre < 1 ? static_cast<int>(std::ceil(-std::log10(pPerCentimetre))) : 0;
