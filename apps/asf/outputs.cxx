@@ -115,7 +115,7 @@ void ReportWritten(const std::string& pPath, const std::string& pContents, KCons
 
 std::string FramesText(long long pFrames, double pRate)
 {
-    return Count(pFrames, "frame", "frames") + (pRate > 0 ? ", " + Short(pRate) + " a second" : "");
+    return CountText(pFrames, "frame", "frames") + (pRate > 0 ? ", " + ShortText(pRate) + " a second" : "");
 }
 
 bool WriteOutput(const std::string& pPath, const std::string& pBytes, KConsole& pConsole)

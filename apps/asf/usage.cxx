@@ -57,7 +57,7 @@ std::string DescribeMissingOutput(const CLI::App& pCommand)
     std::vector<std::string> lWords = lFile != nullptr ? lFile->results() : std::vector<std::string>();
     const auto               lRest = pCommand.remaining();
     lWords.insert(lWords.end(), lRest.begin(), lRest.end());
-    return "--output is required: write the output's name behind -o" + (lWords.size() > 1 ? ": -o " + lWords.back() : " FILE");
+    return "--output is required: write the output's name after -o" + (lWords.size() > 1 ? ": -o " + lWords.back() : " FILE");
 }
 
 std::string DescribeCount(const CLI::Option& pOption, const std::string& pName)
@@ -81,7 +81,7 @@ std::string DescribeCount(const CLI::Option& pOption, const std::string& pName)
 
 CLI::Validator NumberFrom(double pMin, double pMax, bool pIsWhole)
 {
-    const std::string lWhat = std::string(pIsWhole ? "a whole number" : "a number") + " from " + Short(pMin) + " to " + Short(pMax);
+    const std::string lWhat = std::string(pIsWhole ? "a whole number" : "a number") + " from " + ShortText(pMin) + " to " + ShortText(pMax);
     return CLI::Validator(
         [=](std::string& pText)
         {

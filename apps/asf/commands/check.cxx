@@ -138,8 +138,8 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
     }
     if (!pOptions.mJson)
     {
-        pConsole.Out(Count(static_cast<long long>(pOptions.mFiles.size()), "file", "files") + ", " +
-                     Count(lTotals.mErrors, "error", "errors") + ", " + Count(lTotals.mWarnings, "warning", "warnings") + "\n");
+        pConsole.Out(CountText(static_cast<long long>(pOptions.mFiles.size()), "file", "files") + ", " +
+                     CountText(lTotals.mErrors, "error", "errors") + ", " + CountText(lTotals.mWarnings, "warning", "warnings") + "\n");
     }
 }
 

@@ -54,7 +54,7 @@ void WritePoses(const KDrawOptions& pOptions, const qexsdk::KQexPicture& pPictur
     {
         return qexsdk::DrawPicture(pPicture, pWidth, pSvg, pReport);
     };
-    const std::string lContents = Count(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses");
+    const std::string lContents = CountText(static_cast<long long>(pPicture.mPoses.size()), "pose", "poses");
     WritePicture(lDraw, lContents, pOptions.mWidth, pOptions.mOutput, pConsole);
 }
 

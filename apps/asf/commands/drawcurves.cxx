@@ -106,7 +106,7 @@ void DrawCurves(const KDrawOptions& pOptions, const qexsdk::KQexFigureFiles& pFi
     {
         return qexsdk::DrawChart(lChart, pWidth, pSvg, pReport);
     };
-    const std::string lContents = "angles of " + Count(static_cast<long long>(lChart.mPanels.size()), "joint", "joints");
+    const std::string lContents = "angles of " + CountText(static_cast<long long>(lChart.mPanels.size()), "joint", "joints");
     WritePicture(lDraw, lContents, pOptions.mWidth, pOptions.mOutput, pConsole);
 }
 

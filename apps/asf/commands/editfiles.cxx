@@ -41,8 +41,8 @@ bool OpenAcclaim(qexsdk::KQexFigureFile& pFile, const std::string& pPath, KConso
 
 std::string CountFiles(size_t pSkeletons, size_t pMotions)
 {
-    return Count(static_cast<long long>(pSkeletons), "skeleton", "skeletons") + " and " +
-           Count(static_cast<long long>(pMotions), "motion", "motions");
+    return CountText(static_cast<long long>(pSkeletons), "skeleton", "skeletons") + " and " +
+           CountText(static_cast<long long>(pMotions), "motion", "motions");
 }
 
 } // namespace

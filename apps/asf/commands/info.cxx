@@ -67,7 +67,8 @@ void ShowMotion(const qexsdk::KQexFigureFiles& pFiles, const KInfoOptions& pOpti
     PrintMessages(lSurvey.GetMessages(), lPath, pConsole);
     if (lOk && lSurvey.GetInfo().mRateSource == qexsdk::eAMC_RATE_DEFAULT)
     {
-        pConsole.Message(eNOTE, lPath, 0, "has no frame rate, using " + Short(lSurvey.GetInfo().mSamplesPerSecond) + " frames per second");
+        pConsole.Message(eNOTE, lPath, 0,
+                         "has no frame rate, using " + ShortText(lSurvey.GetInfo().mSamplesPerSecond) + " frames per second");
     }
     if (pOptions.mJson)
     {

@@ -212,7 +212,7 @@ void WriteTable(const KTableOptions& pOptions, ETableFormat pFormat, const qexsd
     {
         const auto        lCount = static_cast<long long>(lTable.mItems.size());
         const std::string lItems =
-            lTable.mHasDofs ? Count(lCount, "degree of freedom", "degrees of freedom") : Count(lCount, "joint", "joints");
+            lTable.mHasDofs ? CountText(lCount, "degree of freedom", "degrees of freedom") : CountText(lCount, "joint", "joints");
         ReportAfterCommit(
             [&] {
                 ReportWritten(pOptions.mOutput, lItems + ", " + FramesText(static_cast<long long>(lTable.mFrameCount), lTable.mRate),

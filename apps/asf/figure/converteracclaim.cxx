@@ -143,7 +143,7 @@ bool KConverter::WriteMotion(const std::string& pPath, const KSampledTake& pTake
             lList += (lList.empty() ? "" : ", ") + lBone;
         }
         mConsole.Message(eWARNING, DisplayOutput(pPath), 0,
-                         Count(static_cast<long long>(lResult.mUnmatched.size()), "bone", "bones") +
+                         CountText(static_cast<long long>(lResult.mUnmatched.size()), "bone", "bones") +
                              " kept at rest, without a joint of the same name: " + lList);
     }
     return lOk;

@@ -38,7 +38,7 @@ void KConverter::Report() const
 {
     const std::vector<qexsdk::KQexFigureJoint>& lAll = mFigure.GetJoints();
     const long long lCount = std::count_if(lAll.begin(), lAll.end(), [](const qexsdk::KQexFigureJoint& pJoint) { return !pJoint.mIsEnd; });
-    const std::string lJoints = Count(lCount, "joint", "joints");
+    const std::string lJoints = CountText(lCount, "joint", "joints");
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
         for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lOutput))

@@ -27,8 +27,8 @@ double SecondsOf(const KQexFigureTake& pTake, KTime pTime)
 std::string RangeText(const KQexFigureTake& pTake)
 {
     return pTake.mName + ", which has frames " + std::to_string(pTake.GetNumber(pTake.mStart)) + " to " +
-           std::to_string(pTake.GetNumber(pTake.mEnd)) + " (" + Short(SecondsOf(pTake, pTake.mStart)) + " to " +
-           Short(SecondsOf(pTake, pTake.mEnd)) + " seconds)";
+           std::to_string(pTake.GetNumber(pTake.mEnd)) + " (" + ShortText(SecondsOf(pTake, pTake.mStart)) + " to " +
+           ShortText(SecondsOf(pTake, pTake.mEnd)) + " seconds)";
 }
 
 /// Seconds from one frame of the file to the next.

@@ -235,7 +235,7 @@ std::string KLoadedMotion::GetNumberText(qexsdk::KTime pTime) const
     constexpr double kSame = 5e-4;
     const double     lFrames = mTake->GetFraction(pTime);
     return std::fabs(lFrames - std::round(lFrames)) < kSame ? std::to_string(mTake->GetNumber(pTime))
-                                                            : Fixed(static_cast<double>(mTake->mOriginNumber) + lFrames, 3);
+                                                            : FixedText(static_cast<double>(mTake->mOriginNumber) + lFrames, 3);
 }
 
 bool KLoadedMotion::Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const
@@ -249,7 +249,7 @@ bool KLoadedMotion::Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQ
     const bool lOk = qexsdk::MakeSampling(mFigure.GetRoots(), mTake->mStack, lRequest, pSampling);
     if (!lOk)
     {
-        pConsole.Fail(eEXIT_USAGE, "--fps: " + Short(pRate) + " frames a second do not fit this motion");
+        pConsole.Fail(eEXIT_USAGE, "--fps: " + ShortText(pRate) + " frames a second do not fit this motion");
     }
     const bool lFits = lOk && qexsdk::KQexFigure::CheckSpan(*mTake, pSampling, lReport);
     PrintReport(lReport, pConsole);

@@ -231,8 +231,9 @@ bool KMotionEdit::Write(const qexsdk::KQexFigureFile& pMotion, const std::string
     if (lFrames.GetRoot().GetLostDegrees() > kReported || lFrames.GetRoot().GetLostCentimetres() > kReported)
     {
         pConsole.Message(eWARNING, pMotion.GetDisplayPath(), 0,
-                         "The root's degrees of freedom cannot replace its rest pose: up to " + Short(lFrames.GetRoot().GetLostDegrees()) +
-                             " degrees and " + Short(lFrames.GetRoot().GetLostCentimetres()) + " cm are lost");
+                         "The root's degrees of freedom cannot replace its rest pose: up to " +
+                             ShortText(lFrames.GetRoot().GetLostDegrees()) + " degrees and " +
+                             ShortText(lFrames.GetRoot().GetLostCentimetres()) + " cm are lost");
     }
     return true;
 }

@@ -208,7 +208,7 @@ void KSkeletonEdit::WarnAboutUnits()
 {
     if (mScene.mMassUnit != 1)
     {
-        mWarnings.push_back("The mass unit " + Short(mScene.mMassUnit) + " is written as 1");
+        mWarnings.push_back("The mass unit " + ShortText(mScene.mMassUnit) + " is written as 1");
     }
     if (mScene.mAngleUnit != 1)
     {

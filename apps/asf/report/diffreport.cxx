@@ -17,12 +17,12 @@ const char* const kTitles[eASPECT_COUNT] = {"joints missing", "other parents", "
 
 std::string CountJoints(const KFigureComparison& pComparison)
 {
-    return Count(static_cast<long long>(pComparison.GetPairCount()), "joint", "joints");
+    return CountText(static_cast<long long>(pComparison.GetPairCount()), "joint", "joints");
 }
 
 std::string CountFrames(const KFigureComparison& pComparison)
 {
-    return Count(pComparison.GetComparedFrames(), "frame", "frames");
+    return CountText(pComparison.GetComparedFrames(), "frame", "frames");
 }
 
 /// What an aspect was compared for, if that is not everything: "24 joints, 83 frames".
@@ -79,9 +79,9 @@ std::string ValueText(const KAspectResult& pResult)
     }
     if (*pResult.mUnit == '\0')
     {
-        return Short(pResult.mLargest);
+        return ShortText(pResult.mLargest);
     }
-    return std::isfinite(pResult.mLargest) ? Fixed(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
+    return std::isfinite(pResult.mLargest) ? FixedText(pResult.mLargest, 5) + " " + pResult.mUnit : "one-sided";
 }
 
 void WriteFigure(const KDiffReport& pReport, int pSide, KConsole& pConsole)
@@ -89,7 +89,7 @@ void WriteFigure(const KDiffReport& pReport, int pSide, KConsole& pConsole)
     const KFigureComparison&        lComparison = pReport.mComparison;
     const std::vector<std::string>& lOnly = lComparison.GetOnly(pSide);
     std::string                     lLine = std::string(pSide == 0 ? "first   " : "second  ") + Printable(pReport.mTitles[pSide]) + ": " +
-                        Count(static_cast<long long>(lComparison.GetJointCount(pSide)), "joint", "joints");
+                        CountText(static_cast<long long>(lComparison.GetJointCount(pSide)), "joint", "joints");
     for (const std::string& lName : lOnly)
     {
         lLine += (&lName == &lOnly.front() ? ", only here: " : " ") + Printable(lName);
@@ -101,8 +101,9 @@ void WriteTolerance(const KDiffReport& pReport, KConsole& pConsole)
 {
     const KFigureComparison& lComparison = pReport.mComparison;
     const bool               lHasHeight = lComparison.GetReferenceLength() == lComparison.GetHeight();
-    pConsole.Out("height  " + Fixed(lComparison.GetHeight(), 2) + " cm, tolerance " + Short(lComparison.GetLengthTolerance()) + " cm" +
-                 (lHasHeight ? "" : ", " + Short(pReport.mTolerance) + " of " + Short(lComparison.GetReferenceLength()) + " cm") + "\n\n");
+    pConsole.Out(
+        "height  " + FixedText(lComparison.GetHeight(), 2) + " cm, tolerance " + ShortText(lComparison.GetLengthTolerance()) + " cm" +
+        (lHasHeight ? "" : ", " + ShortText(pReport.mTolerance) + " of " + ShortText(lComparison.GetReferenceLength()) + " cm") + "\n\n");
 }
 
 KJson JsonOfAspect(const KDiffReport& pReport, int pAspect)
@@ -145,7 +146,7 @@ void WriteDiffTable(const KDiffReport& pReport, KConsole& pConsole)
     WriteFigure(pReport, 1, pConsole);
     if (lComparison.GetBareCount() > 0)
     {
-        pConsole.Out("paired  " + Count(lComparison.GetBareCount(), "joint", "joints") + " by the name after the last colon, such as " +
+        pConsole.Out("paired  " + CountText(lComparison.GetBareCount(), "joint", "joints") + " by the name after the last colon, such as " +
                      Printable(lComparison.GetBareExample()) + "\n");
     }
     WriteTolerance(pReport, pConsole);

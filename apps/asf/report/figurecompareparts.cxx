@@ -149,7 +149,7 @@ void KFigureComparison::CompareRates()
     KAspectResult&              lDuration = mResults[eASPECT_DURATION];
     lDuration.mIsCompared = true;
     lDuration.mUnit = "s";
-    UpdateLargest(eASPECT_DURATION, std::fabs(lSeconds[0] - lSeconds[1]), Short(lSeconds[0]) + ", " + Short(lSeconds[1]));
+    UpdateLargest(eASPECT_DURATION, std::fabs(lSeconds[0] - lSeconds[1]), ShortText(lSeconds[0]) + ", " + ShortText(lSeconds[1]));
     lDuration.mDiffers = !(lDuration.mLargest <= std::max(lFrame, kTimeTolerance * lLongest));
 
     KAspectResult& lRate = mResults[eASPECT_RATE];
@@ -160,7 +160,8 @@ void KFigureComparison::CompareRates()
     }
     lRate.mIsCompared = true;
     lRate.mUnit = "fps";
-    UpdateLargest(eASPECT_RATE, std::fabs(1.0 / lSteps[0] - 1.0 / lSteps[1]), Short(1.0 / lSteps[0]) + ", " + Short(1.0 / lSteps[1]));
+    UpdateLargest(eASPECT_RATE, std::fabs(1.0 / lSteps[0] - 1.0 / lSteps[1]),
+                  ShortText(1.0 / lSteps[0]) + ", " + ShortText(1.0 / lSteps[1]));
     lRate.mDiffers = !(std::fabs(lSteps[0] - lSteps[1]) <= kTimeTolerance * std::max(lSteps[0], lSteps[1]));
 }
 

@@ -77,17 +77,17 @@ void WriteFigureSummary(const qexsdk::KQexFigureSurvey& pSurvey, KConsole& pCons
     KPoint lMax;
     pSurvey.GetBounds(lMin, lMax);
     const int lEnds = pSurvey.CountEnds();
-    pConsole.Out("  joints  " + std::to_string(static_cast<int>(pSurvey.GetJoints().size()) - lEnds) + ", " + Count(lEnds, "end", "ends") +
-                 ", " + Count(pSurvey.GetDepth(), "level", "levels") + " deep\n");
-    pConsole.Out("  height  " + Fixed(lMax.mY - lMin.mY, 1) + " cm at rest (" + Fixed(lMax.mX - lMin.mX, 1) + " wide, " +
-                 Fixed(lMax.mZ - lMin.mZ, 1) + " deep)\n");
+    pConsole.Out("  joints  " + std::to_string(static_cast<int>(pSurvey.GetJoints().size()) - lEnds) + ", " +
+                 CountText(lEnds, "end", "ends") + ", " + CountText(pSurvey.GetDepth(), "level", "levels") + " deep\n");
+    pConsole.Out("  height  " + FixedText(lMax.mY - lMin.mY, 1) + " cm at rest (" + FixedText(lMax.mX - lMin.mX, 1) + " wide, " +
+                 FixedText(lMax.mZ - lMin.mZ, 1) + " deep)\n");
     for (const qexsdk::KQexTakeSurvey& lTake : pSurvey.GetTakes())
     {
-        pConsole.Out("  take    " + Printable(lTake.mName) + ": " + Count(lTake.mFrameCount, "frame", "frames") + " (" +
-                     std::to_string(lTake.mFirstFrame) + " to " + std::to_string(lTake.mLastFrame) + "), " + Short(lTake.mRate) +
-                     " a second, " + Fixed(lTake.mSeconds, 3) + " s\n");
-        pConsole.Out("          " + Count(lTake.mMoving, "joint moves", "joints move") + "; root " + Fixed(lTake.mRootTravel, 1) +
-                     " cm from start to end, " + Fixed(lTake.mRootPathLength, 1) + " cm along its path\n");
+        pConsole.Out("  take    " + Printable(lTake.mName) + ": " + CountText(lTake.mFrameCount, "frame", "frames") + " (" +
+                     std::to_string(lTake.mFirstFrame) + " to " + std::to_string(lTake.mLastFrame) + "), " + ShortText(lTake.mRate) +
+                     " a second, " + FixedText(lTake.mSeconds, 3) + " s\n");
+        pConsole.Out("          " + CountText(lTake.mMoving, "joint moves", "joints move") + "; root " + FixedText(lTake.mRootTravel, 1) +
+                     " cm from start to end, " + FixedText(lTake.mRootPathLength, 1) + " cm along its path\n");
     }
     pConsole.Out(pSurvey.GetTakes().empty() ? "  take    none\n\n" : "\n");
 }
@@ -159,7 +159,7 @@ void WriteFigureInfo(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexFigu
     for (size_t lJoint = 0; lJoint < pSurvey.GetJoints().size(); ++lJoint)
     {
         lNameWidth = std::max(lNameWidth, std::min(IndentedJoint(pSurvey, lJoint).size(), kMaxJointWidth));
-        lLengthWidth = std::max(lLengthWidth, Fixed(pSurvey.GetLength(lJoint), 3).size());
+        lLengthWidth = std::max(lLengthWidth, FixedText(pSurvey.GetLength(lJoint), 3).size());
     }
     const bool lHasDofs = pSurvey.GetBoneDofs() != nullptr;
     const auto lWriteLine = [&](const std::string& pName, const std::string& pLength, const std::string& pMoves, const std::string& pDofs)
@@ -173,7 +173,7 @@ void WriteFigureInfo(const qexsdk::KQexFigureFile& pFile, const qexsdk::KQexFigu
     for (size_t lJoint = 0; lJoint < pSurvey.GetJoints().size(); ++lJoint)
     {
         const qexsdk::KQexFigureJoint& lSource = pSurvey.GetJoints()[lJoint];
-        const std::string              lLength = lSource.mParent < 0 ? std::string() : Fixed(pSurvey.GetLength(lJoint), 3);
+        const std::string              lLength = lSource.mParent < 0 ? std::string() : FixedText(pSurvey.GetLength(lJoint), 3);
         if (!lWriteLine(IndentedJoint(pSurvey, lJoint), lLength, MovesText(pSurvey, lJoint), DofsText(pSurvey, lSource.mName)))
         {
             return;

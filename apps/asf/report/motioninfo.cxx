@@ -16,18 +16,19 @@ void WriteSummary(const qexsdk::KQexMotionSurvey& pSurvey, KConsole& pConsole)
 {
     const qexsdk::KQexAmcInfo& lInfo = pSurvey.GetInfo();
     pConsole.Out("  frames  " + std::to_string(lInfo.mFrameCount) + " (" + std::to_string(lInfo.mLowestFrame) + " to " +
-                 std::to_string(lInfo.mHighestFrame) + "), " + Short(lInfo.mSamplesPerSecond) + " a second, " +
-                 Fixed(pSurvey.GetSeconds(), 3) + " s\n");
+                 std::to_string(lInfo.mHighestFrame) + "), " + ShortText(lInfo.mSamplesPerSecond) + " a second, " +
+                 FixedText(pSurvey.GetSeconds(), 3) + " s\n");
     pConsole.Out("  bones   " + std::to_string(pSurvey.CountMoving()) + " of " + std::to_string(pSurvey.GetBones().size()) +
                  " with degrees of freedom move\n");
-    pConsole.Out("  root    " + Fixed(pSurvey.GetRootTravel(), 1) + " cm from start to end, " + Fixed(pSurvey.GetRootPathLength(), 1) +
-                 " cm along its path\n\n");
+    pConsole.Out("  root    " + FixedText(pSurvey.GetRootTravel(), 1) + " cm from start to end, " +
+                 FixedText(pSurvey.GetRootPathLength(), 1) + " cm along its path\n\n");
 }
 
 std::string OutsideText(const qexsdk::KQexDofSurvey& pDof)
 {
-    return pDof.mOutside == 0 ? std::string()
-                              : Count(pDof.mOutside, "frame", "frames") + " outside limits, first " + std::to_string(pDof.mFirstOutside);
+    return pDof.mOutside == 0
+               ? std::string()
+               : CountText(pDof.mOutside, "frame", "frames") + " outside limits, first " + std::to_string(pDof.mFirstOutside);
 }
 
 KJson JsonDof(const qexsdk::KQexDofSurvey& pDof)
@@ -105,8 +106,8 @@ void WriteMotionInfo(const qexsdk::KQexFigureFiles& pFiles, const qexsdk::KQexMo
         for (const qexsdk::KQexDofSurvey& lDof : lBone.mDofs)
         {
             const bool lHasValues = lBone.mFrames > 0;
-            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? Fixed(lDof.mLowest, 3) : "-",
-                      lHasValues ? Fixed(lDof.mHighest, 3) : "-", LimitsOf(lDof), OutsideText(lDof));
+            lWriteRow(lName, qexsdk::kDofWords[lDof.mCode], lHasValues ? FixedText(lDof.mLowest, 3) : "-",
+                      lHasValues ? FixedText(lDof.mHighest, 3) : "-", LimitsOf(lDof), OutsideText(lDof));
             lName.clear();
         }
     }

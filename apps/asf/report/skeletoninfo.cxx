@@ -48,7 +48,7 @@ std::string DofText(const qexsdk::KQexAsfNode& pNode)
 /// The root has no length of its own.
 std::string LengthText(const qexsdk::KQexRestBone& pBone, double pScale)
 {
-    return pBone.mParent < 0 ? std::string() : Fixed(pBone.mNode->mLength * pScale, 3);
+    return pBone.mParent < 0 ? std::string() : FixedText(pBone.mNode->mLength * pScale, 3);
 }
 
 void WriteSummary(const qexsdk::KQexSkeletonFile& pSkeleton, KConsole& pConsole)
@@ -66,12 +66,12 @@ void WriteSummary(const qexsdk::KQexSkeletonFile& pSkeleton, KConsole& pConsole)
     KPoint lMin;
     KPoint lMax;
     pSkeleton.GetBounds(lMin, lMax);
-    pConsole.Out("  units   mass " + Short(lScene.mMassUnit) + ", length " + Short(lScene.mLengthUnit) + " (1 unit is " + Short(lScale) +
-                 " cm), angle " + (lScene.mAngleUnit == 1.0 ? "deg" : "rad") + "\n");
-    pConsole.Out("  bones   " + std::to_string(lBones.size() - 1) + " below the root, " + Count(lDofs, "degree", "degrees") +
-                 " of freedom, " + Count(lDepth, "level", "levels") + " deep\n");
-    pConsole.Out("  height  " + Fixed(lMax.mY - lMin.mY, 1) + " cm at rest (" + Fixed(lMax.mX - lMin.mX, 1) + " wide, " +
-                 Fixed(lMax.mZ - lMin.mZ, 1) + " deep)\n\n");
+    pConsole.Out("  units   mass " + ShortText(lScene.mMassUnit) + ", length " + ShortText(lScene.mLengthUnit) + " (1 unit is " +
+                 ShortText(lScale) + " cm), angle " + (lScene.mAngleUnit == 1.0 ? "deg" : "rad") + "\n");
+    pConsole.Out("  bones   " + std::to_string(lBones.size() - 1) + " below the root, " + CountText(lDofs, "degree", "degrees") +
+                 " of freedom, " + CountText(lDepth, "level", "levels") + " deep\n");
+    pConsole.Out("  height  " + FixedText(lMax.mY - lMin.mY, 1) + " cm at rest (" + FixedText(lMax.mX - lMin.mX, 1) + " wide, " +
+                 FixedText(lMax.mZ - lMin.mZ, 1) + " deep)\n\n");
 }
 
 } // namespace

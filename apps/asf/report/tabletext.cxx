@@ -37,7 +37,7 @@ void AppendNumbers(const KTable& pTable, size_t pItem, const double* pValues, st
     const size_t lCount = pTable.mComponents.size();
     for (size_t i = 0; i < lCount; ++i)
     {
-        pText += (i > 0 ? "," : "") + Fixed(pValues[pItem * lCount + i], pTable.mItems[pItem].mDecimals);
+        pText += (i > 0 ? "," : "") + FixedText(pValues[pItem * lCount + i], pTable.mItems[pItem].mDecimals);
     }
 }
 
@@ -65,21 +65,21 @@ public:
 
     void Append(long long, const std::string& pNumber, double pSeconds, const double* pValues, std::string& pText) const override
     {
-        const std::string lStart = pNumber + "," + Fixed(pSeconds, kSecondDigits) + ",";
+        const std::string lStart = pNumber + "," + FixedText(pSeconds, kSecondDigits) + ",";
         for (size_t i = 0; i < mTable.mItems.size(); ++i)
         {
             const KTableItem& lItem = mTable.mItems[i];
             pText += lStart + mStarts[i];
             AppendNumbers(mTable, i, pValues, pText);
-            pText += mEnds[i] + (mTable.mHasDofs ? Fixed(lItem.mDof.GetExcess(pValues[i], lItem.mPerUnit), lItem.mDecimals) : "") + "\n";
+            pText += mEnds[i] + (mTable.mHasDofs ? FixedText(lItem.mDof.GetExcess(pValues[i], lItem.mPerUnit), lItem.mDecimals) : "") + "\n";
         }
     }
 
 private:
     static std::string LimitsOf(const KTableItem& pItem)
     {
-        return (pItem.mDof.mHasMin ? Fixed(pItem.mDof.mMin, pItem.mDecimals) : "-inf") + "," +
-               (pItem.mDof.mHasMax ? Fixed(pItem.mDof.mMax, pItem.mDecimals) : "inf");
+        return (pItem.mDof.mHasMin ? FixedText(pItem.mDof.mMin, pItem.mDecimals) : "-inf") + "," +
+               (pItem.mDof.mHasMax ? FixedText(pItem.mDof.mMax, pItem.mDecimals) : "inf");
     }
 
     std::vector<std::string> mStarts; ///< Of each item's rows, after the time.
@@ -106,7 +106,7 @@ public:
 
     void Append(long long, const std::string& pNumber, double pSeconds, const double* pValues, std::string& pText) const override
     {
-        pText += pNumber + "," + Fixed(pSeconds, kSecondDigits);
+        pText += pNumber + "," + FixedText(pSeconds, kSecondDigits);
         for (size_t i = 0; i < mTable.mItems.size(); ++i)
         {
             pText += ",";
@@ -148,7 +148,7 @@ public:
 
     void Append(long long pFrame, const std::string& pNumber, double pSeconds, const double* pValues, std::string& pText) const override
     {
-        pText += (pFrame == 0 ? "\n" : ",\n") + ("{\"frame\":" + pNumber) + ",\"time\":" + Fixed(pSeconds, kSecondDigits) + ",\"" +
+        pText += (pFrame == 0 ? "\n" : ",\n") + ("{\"frame\":" + pNumber) + ",\"time\":" + FixedText(pSeconds, kSecondDigits) + ",\"" +
                  mTable.mKind + "\":[";
         for (size_t i = 0; i < mTable.mItems.size(); ++i)
         {

@@ -45,8 +45,8 @@ INSTANTIATE_TEST_SUITE_P(
         KUsageCase{"a flag with a value", {"info", "--json=foo", "a"}, "not understood: --json = foo"},
         KUsageCase{"no such word", {"draw", "a", "-o", "x.svg", "--view", "back"}, "--view: expected front, side, top or all, not back"},
         KUsageCase{
-            "an output without -o", {"convert", "a.amc", "a.bvh"}, "--output is required: write the output's name behind -o: -o a.bvh"},
-        KUsageCase{"no output", {"convert", "a.amc"}, "--output is required: write the output's name behind -o FILE"},
+            "an output without -o", {"convert", "a.amc", "a.bvh"}, "--output is required: write the output's name after -o: -o a.bvh"},
+        KUsageCase{"no output", {"convert", "a.amc"}, "--output is required: write the output's name after -o FILE"},
         KUsageCase{"a misspelt command", {"cnovert", "a.amc"}, "unknown command cnovert, did you mean convert?"},
         KUsageCase{"a misspelt option", {"convert", "a.amc", "--fsp", "30", "-o", "b.bvh"}, "unknown option --fsp, did you mean --fps?"},
         KUsageCase{"a misspelt option before what is missing",
