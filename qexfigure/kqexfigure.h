@@ -122,10 +122,10 @@ public:
     /// Degrees of freedom and limits by bone; null if the file has none.
     const KQexBoneDofs* GetBoneDofs() const { return mHasDofs ? &mDofs : nullptr; }
 
-    /// The degrees of freedom of \p pTake, one of GetTakes(), with the values that its file has for them: of an AMC file those of every bone,
-    /// if the options' mKeepDofValues was set; of a BVH file the channels of every joint, without limits. Joint by joint, in pre-order,
-    /// each joint's in the order of application. Empty for glTF, whose rotations are quaternions. Valid as long as the take and its
-    /// scene are. False out of memory.
+    /// The degrees of freedom of \p pTake, one of GetTakes(), with the values that its file has for them: of an AMC file those of every
+    /// bone, if the options' mKeepDofValues was set; of a BVH file the channels of every joint, without limits. Joint by joint, in
+    /// pre-order, each joint's in the order of application. Empty for glTF, whose rotations are quaternions. Valid as long as the take
+    /// and its scene are. False out of memory.
     bool GetDofTracks(const KQexFigureTake& pTake, std::vector<KQexDofTrack>& pTracks) const noexcept;
 
     /// Makes a clip of \p pTake (null: the rest pose) at the times of \p pSampling, see KQexClip::FromScene(). Its degrees of freedom are

@@ -68,7 +68,8 @@ public:
     /// The file for the Acclaim importer; refers to the bytes of this object. An empty path when memory runs out.
     KQexAcclaimSource GetSource() const noexcept;
 
-    /// Reads the whole file; true if that fails with an I/O error. Distinguishes an I/O error from invalid contents after a reader has failed.
+    /// Reads the whole file; true if that fails with an I/O error. Distinguishes an I/O error from invalid contents after a reader has
+    /// failed.
     bool FailsToRead() const;
 
 private:

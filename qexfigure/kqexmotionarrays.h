@@ -27,8 +27,8 @@ struct QEX_API KQexMotionArrayOptions
     KQexSampling          mSampling;                    ///< The frames that KQexRunFrames() is given.
 };
 
-/// The sink that writes a motion of \p pFigure to \p pFile, both of which must outlive it. After the run, the caller finishes the file. Null
-/// if there is no memory, and for eIMITATION if the figure has not one root. The sink's Write() is false if the file fails.
+/// The sink that writes a motion of \p pFigure to \p pFile, both of which must outlive it. After the run, the caller finishes the file.
+/// Null if there is no memory, and for eIMITATION if the figure has not one root. The sink's Write() is false if the file fails.
 QEX_API std::unique_ptr<KQexFrameSink> KQexMakeMotionArrays(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions,
                                                             KQexNpzFile& pFile) noexcept;
 

@@ -51,8 +51,7 @@ struct KQexPictureLayout
     double                       mScale = 1; ///< Pixels per centimetre.
     double                       mWidth = 0;
     double                       mHeight = 0;
-    double                       mFigure =
-        0; ///< Centimetres that are as large as a pose should be, which scales the strokes: the largest pose, or more for one that moves far.
+    double                       mFigure = 0; ///< Centimetres of the largest pose, or more for far motion; scales the strokes.
 };
 
 /// The text below the cell: its caption, else the view's name; both if there are several views.

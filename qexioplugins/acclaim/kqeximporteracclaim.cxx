@@ -28,7 +28,8 @@ void AddError(KQexImportAcclaimResult& pResult, const char* pText) noexcept
     }
 }
 
-/// Runs one import at a time, under the lock of the skeleton reader: the filter settings are shared by the process, too. Turns exceptions into errors; the scene is then unchanged.
+/// Runs one import at a time, under the lock of the skeleton reader: the filter settings are shared by the process, too. Turns exceptions
+/// into errors; the scene is then unchanged.
 template <typename TWork>
 bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
 {

@@ -100,8 +100,9 @@ TEST_F(KPictureOutputTest, APngShowsTheSamePicture)
         EXPECT_EQ(lResult.mExit, 0) << lResult.mErr;
         EXPECT_EQ(lResult.mErr, "");
         const double                   lScale = lWidth > 0 ? lWidth / NumberOf(lSvg, "width") : 1;
-        const auto                     lPixels = Pixels(mFolder / "walker.png", {"0,0", MiddleOf(lSvg, "left_thigh", lScale),
-                                                                                 MiddleOf(lSvg, "right_thigh", lScale), MiddleOf(lSvg, "head", lScale)});
+        const std::vector<std::string> lPoints{"0,0", MiddleOf(lSvg, "left_thigh", lScale), MiddleOf(lSvg, "right_thigh", lScale),
+                                               MiddleOf(lSvg, "head", lScale)};
+        const auto                     lPixels = Pixels(mFolder / "walker.png", lPoints);
         const std::vector<std::string> lExpected{std::to_string(std::lround(lScale * NumberOf(lSvg, "width"))),
                                                  std::to_string(std::lround(lScale * NumberOf(lSvg, "height"))),
                                                  "fdfdfb", // The background, at the very edge.
