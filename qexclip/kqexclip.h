@@ -27,10 +27,10 @@ struct QEX_API KQexClipOptions
 };
 
 /// A joint's transform relative to the world, laid out as graphics libraries take it: mData[j] is the image of axis j (j = 0, 1, 2; the
-/// fourth number is 0), mData[3] the place in centimetres (the fourth number is 1).
+/// fourth number is 0), mData[3] the position in centimetres (the fourth number is 1).
 struct QEX_API KQexWorldTransform
 {
-    float mData[4][4]; ///< Images of the axes, then the place.
+    float mData[4][4]; ///< Images of the axes, then the position.
 };
 
 /// What happens before the first frame and after the last one.

@@ -90,7 +90,7 @@ public:
 
     unsigned int GetParts() const override { return eFRAME_ROTATIONS; }
 
-    size_t GetValueCount() const override { return 0; } // The arrays have a place for every frame.
+    size_t GetValueCount() const override { return 0; } // The arrays have space for every frame.
 
     void Compute(int, const KQexFrame& pFrame, double*) noexcept override
     {

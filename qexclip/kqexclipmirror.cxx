@@ -106,7 +106,7 @@ public:
     }
 
 private:
-    /// The way from the translation at rest, in world axes at rest, is reflected; for roots the place itself.
+    /// The way from the translation at rest, in world axes at rest, is reflected; for roots the position itself.
     void MirrorTranslation(size_t pJoint, size_t pPair, const KQexPose& pPose, float* pResult) const
     {
         const int lParent = mData.mParents[pJoint];

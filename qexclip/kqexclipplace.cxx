@@ -25,12 +25,12 @@ struct KPlacement
 
     void Apply(float* pRotation, float* pTranslation) const
     {
-        double lPlace[3] = {static_cast<double>(pTranslation[0]), static_cast<double>(pTranslation[1]),
-                            static_cast<double>(pTranslation[2])};
-        mTurn.Rotate(lPlace, lPlace);
+        double lPosition[3] = {static_cast<double>(pTranslation[0]), static_cast<double>(pTranslation[1]),
+                               static_cast<double>(pTranslation[2])};
+        mTurn.Rotate(lPosition, lPosition);
         for (int i = 0; i < 3; ++i)
         {
-            pTranslation[i] = static_cast<float>(lPlace[i] + mOffset[i]);
+            pTranslation[i] = static_cast<float>(lPosition[i] + mOffset[i]);
         }
         KFromQuaternion(mTurn * KToQuaternion(pRotation), pRotation);
     }
@@ -71,15 +71,15 @@ void PlaceRoots(KQexClipData& pData, const TPlacement& pPlacementAt)
     }
 }
 
-/// The rotation and the place of the first root in frame \p pFrame.
-void GetRoot(const KQexClip& pClip, long long pFrame, KQexQuaternion& pRotation, double pPlace[3])
+/// The rotation and the position of the first root in frame \p pFrame.
+void GetRoot(const KQexClip& pClip, long long pFrame, KQexQuaternion& pRotation, double pPosition[3])
 {
     KQexPose lPose(static_cast<size_t>(pClip.GetJointCount()));
     pClip.SampleFrame(pFrame, lPose);
     pRotation = KToQuaternion(lPose[0].mRotation);
     for (int i = 0; i < 3; ++i)
     {
-        pPlace[i] = static_cast<double>(lPose[0].mTranslation[i]);
+        pPosition[i] = static_cast<double>(lPose[0].mTranslation[i]);
     }
 }
 
@@ -88,14 +88,14 @@ KPlacement PlacementAtOrigin(const KQexClip& pClip)
 {
     KQexQuaternion lRotation;
     KPlacement     lPlacement;
-    double         lPlace[3];
+    double         lPosition[3];
     double         lForward[3] = {0.0, 0.0, 1.0};
-    GetRoot(pClip, 0, lRotation, lPlace);
+    GetRoot(pClip, 0, lRotation, lPosition);
     (lRotation * KToQuaternion(pClip.GetData().mRest[0].mRotation).Inverse()).Rotate(lForward, lForward);
     lPlacement.mTurn = KQexQuaternion::About(kY, -kAtand<double>(lForward[0], lForward[2]));
-    lPlacement.mTurn.Rotate(lPlace, lPlace);
-    lPlacement.mOffset[0] = -lPlace[0];
-    lPlacement.mOffset[2] = -lPlace[2];
+    lPlacement.mTurn.Rotate(lPosition, lPosition);
+    lPlacement.mOffset[0] = -lPosition[0];
+    lPlacement.mOffset[2] = -lPosition[2];
     return lPlacement;
 }
 
@@ -147,12 +147,12 @@ bool KQexClipInPlace(const KQexClip& pClip, bool pKeepTurn, KQexClip& pResult)
                          {
                              KPlacement     lPlacement;
                              KQexQuaternion lRotation;
-                             double         lPlace[3];
-                             GetRoot(pClip, pFrame, lRotation, lPlace);
+                             double         lPosition[3];
+                             GetRoot(pClip, pFrame, lRotation, lPosition);
                              lPlacement.mTurn = pKeepTurn ? KQexQuaternion() : TurnAboutVertical(lRotation * lFirst.Inverse()).Inverse();
-                             lPlacement.mTurn.Rotate(lPlace, lPlace);
-                             lPlacement.mOffset[0] = lStart[0] - lPlace[0];
-                             lPlacement.mOffset[2] = lStart[2] - lPlace[2];
+                             lPlacement.mTurn.Rotate(lPosition, lPosition);
+                             lPlacement.mOffset[0] = lStart[0] - lPosition[0];
+                             lPlacement.mOffset[2] = lStart[2] - lPosition[2];
                              return lPlacement;
                          };
                          PlaceRoots(pData, lPlacementAt);

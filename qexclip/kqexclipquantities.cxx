@@ -30,7 +30,7 @@ public:
         for (size_t lJoint = 0; lJoint < mPose.size(); ++lJoint)
         {
             const int lParent = mClip.GetData().mParents[lJoint];
-            mJoints[lJoint] = KPlaceJoint(mPose[lJoint], lParent < 0 ? nullptr : &mJoints[static_cast<size_t>(lParent)]);
+            mJoints[lJoint] = KGetWorldJoint(mPose[lJoint], lParent < 0 ? nullptr : &mJoints[static_cast<size_t>(lParent)]);
         }
         return true;
     }
@@ -154,7 +154,7 @@ bool KQexGetPositions(const KQexClip& pClip, long long pFirst, long long pCount,
             lWalk.Go(lFrame);
             for (const KWorldJoint& lJoint : lWalk.GetJoints())
             {
-                pResult = std::copy(lJoint.mPlace, lJoint.mPlace + 3, pResult);
+                pResult = std::copy(lJoint.mPosition, lJoint.mPosition + 3, pResult);
             }
         }
     };
@@ -168,7 +168,7 @@ bool KQexGetVelocities(const KQexClip& pClip, long long pFirst, long long pCount
                             {
                                 for (int i = 0; i < 3; ++i)
                                 {
-                                    pVelocity[i] = (pAfter.mPlace[i] - pBefore.mPlace[i]) / pSeconds;
+                                    pVelocity[i] = (pAfter.mPosition[i] - pBefore.mPosition[i]) / pSeconds;
                                 }
                             });
 }

@@ -20,11 +20,12 @@ enum class KQexSpace
 };
 
 /// The rotation of every joint. \p pOrder is the order code of Euler angles (see keulertable.h), which are those about x, y and z; of the
-/// twelve, those with a repeated axis give the angles in order of application instead; false for another code. World rotations leave out scaling.
+/// twelve, those with a repeated axis give the angles in order of application instead; false for another code. World rotations leave out
+/// scaling.
 QEX_API bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm pForm, int pOrder, long long pFirst,
                               long long pCount, double* pResult);
 
-/// The place of every joint in the world: x, y, z in centimetres.
+/// The position of every joint in the world: x, y, z in centimetres.
 QEX_API bool KQexGetPositions(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult);
 
 /// The velocity of every joint in the world: x, y, z in centimetres a second. Central differences between the frames before and after;

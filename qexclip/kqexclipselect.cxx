@@ -20,7 +20,7 @@ class KQexJointSelection
 {
 public:
     KQexJointSelection(const KQexClipData& pFrom, const std::vector<int>& pJoints)
-        : mFrom(pFrom), mJoints(pJoints), mNew(pFrom.mNames.size(), -1), mNearest(pFrom.mNames.size(), -1), mPlaced(pFrom.mNames.size())
+        : mFrom(pFrom), mJoints(pJoints), mNew(pFrom.mNames.size(), -1), mNearest(pFrom.mNames.size(), -1), mRelative(pFrom.mNames.size())
     {
         for (size_t i = 0; i < pJoints.size(); ++i)
         {
@@ -43,17 +43,17 @@ public:
             const int lParent = mFrom.mParents[lJoint];
             if (lParent < 0 || Stays(lParent))
             {
-                mPlaced[lJoint] = KPlaceJoint(pPose[lJoint], nullptr);
+                mRelative[lJoint] = KGetWorldJoint(pPose[lJoint], nullptr);
                 if (Stays(static_cast<int>(lJoint)))
                 {
                     lResult.push_back(pPose[lJoint]);
                 }
                 continue;
             }
-            mPlaced[lJoint] = KPlaceJoint(pPose[lJoint], &mPlaced[static_cast<size_t>(lParent)]);
+            mRelative[lJoint] = KGetWorldJoint(pPose[lJoint], &mRelative[static_cast<size_t>(lParent)]);
             if (Stays(static_cast<int>(lJoint)))
             {
-                lResult.push_back(ToTransform(mPlaced[lJoint]));
+                lResult.push_back(ToTransform(mRelative[lJoint]));
             }
         }
         return lResult;
@@ -94,7 +94,7 @@ private:
         pJoint.mRotation.ToAxes(lImages);
         for (int i = 0; i < 3; ++i)
         {
-            lResult.mTranslation[i] = static_cast<float>(pJoint.mPlace[i]);
+            lResult.mTranslation[i] = static_cast<float>(pJoint.mPosition[i]);
             lResult.mScaling[i] = static_cast<float>(lImages[i][0] * pJoint.mImages[i][0] + lImages[i][1] * pJoint.mImages[i][1] +
                                                      lImages[i][2] * pJoint.mImages[i][2]);
         }
@@ -103,9 +103,9 @@ private:
 
     const KQexClipData&      mFrom;
     const std::vector<int>&  mJoints;
-    std::vector<int>         mNew;     ///< Index among the selected joints, -1 for the others.
-    std::vector<int>         mNearest; ///< Nearest ancestor that stays, -1 for none.
-    std::vector<KWorldJoint> mPlaced;  ///< Relative to the nearest ancestor that stays.
+    std::vector<int>         mNew;      ///< Index among the selected joints, -1 for the others.
+    std::vector<int>         mNearest;  ///< Nearest ancestor that stays, -1 for none.
+    std::vector<KWorldJoint> mRelative; ///< Relative to the nearest ancestor that stays.
 };
 
 bool IsAscending(const std::vector<int>& pJoints, int pCount)

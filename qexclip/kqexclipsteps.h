@@ -47,8 +47,8 @@ QEX_API std::vector<int> KQexMirrorPairs(const KQexClipData& pClip);
 /// dropped.
 QEX_API bool KQexClipMirror(const KQexClip& pClip, const std::vector<int>& pPairs, KQexClip& pResult);
 
-/// The first root's way on the ground (x and z) taken out of the motion: it stays over its place in the first frame. Without \p pKeepTurn
-/// its turn about the vertical since then is taken out too. Degrees of freedom of roots are dropped.
+/// The first root's way on the ground (x and z) taken out of the motion: it stays over its position in the first frame. Without
+/// \p pKeepTurn its turn about the vertical since then is taken out too. Degrees of freedom of roots are dropped.
 QEX_API bool KQexClipInPlace(const KQexClip& pClip, bool pKeepTurn, KQexClip& pResult);
 
 /// Turned and moved so that the first root starts above the origin and faces along +z. It faces where its own z axis points at the

@@ -23,7 +23,7 @@ void MapVector(const KWorldJoint& pJoint, double (&pVector)[3])
 
 } // namespace
 
-KWorldJoint KPlaceJoint(const KQexJointTransform& pLocal, const KWorldJoint* pParent)
+KWorldJoint KGetWorldJoint(const KQexJointTransform& pLocal, const KWorldJoint* pParent)
 {
     KWorldJoint lResult;
     double      lImages[3][4];
@@ -36,7 +36,7 @@ KWorldJoint KPlaceJoint(const KQexJointTransform& pLocal, const KWorldJoint* pPa
         {
             lResult.mImages[j][i] = lImages[j][i] * static_cast<double>(pLocal.mScaling[j]);
         }
-        lResult.mPlace[j] = static_cast<double>(pLocal.mTranslation[j]);
+        lResult.mPosition[j] = static_cast<double>(pLocal.mTranslation[j]);
     }
     if (pParent == nullptr)
     {
@@ -46,10 +46,10 @@ KWorldJoint KPlaceJoint(const KQexJointTransform& pLocal, const KWorldJoint* pPa
     {
         MapVector(*pParent, lImage);
     }
-    MapVector(*pParent, lResult.mPlace);
+    MapVector(*pParent, lResult.mPosition);
     for (int i = 0; i < 3; ++i)
     {
-        lResult.mPlace[i] += pParent->mPlace[i];
+        lResult.mPosition[i] += pParent->mPosition[i];
     }
     lResult.mRotation = pParent->mRotation * lResult.mRotation;
     return lResult;

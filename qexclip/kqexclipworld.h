@@ -11,12 +11,12 @@ namespace qexsdk
 struct KWorldJoint
 {
     double         mImages[3][3]; ///< Of the axes.
-    double         mPlace[3];     ///< Centimetres.
+    double         mPosition[3];  ///< Centimetres.
     KQexQuaternion mRotation;     ///< Without scaling: the product of the rotations.
 };
 
 /// The joint with the transform \p pLocal relative to \p pParent; null: relative to the result's own reference.
-KWorldJoint KPlaceJoint(const KQexJointTransform& pLocal, const KWorldJoint* pParent);
+KWorldJoint KGetWorldJoint(const KQexJointTransform& pLocal, const KWorldJoint* pParent);
 
 } // namespace qexsdk
 

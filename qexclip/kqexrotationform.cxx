@@ -38,8 +38,8 @@ void WriteEuler(const KQexQuaternion& pRotation, int pOrder, double* pResult)
     KmRtoVord(pResult, lImages, pOrder);
 }
 
-/// Of q and -q takes the one nearer to the last one.
-void TakeNearer(double* pNumbers, const double* pLast)
+/// Negates q if -q is nearer to the last one.
+void ChooseNearer(double* pNumbers, const double* pLast)
 {
     double lProduct = 0.0;
     for (int i = 0; i < 4; ++i)
@@ -118,7 +118,7 @@ void KQexRotationWriter::MakeContinuous(double* pNumbers)
     {
         if (mForm == KQexRotationForm::eQUATERNION)
         {
-            TakeNearer(pNumbers + i, &mLast[i]);
+            ChooseNearer(pNumbers + i, &mLast[i]);
         }
         else
         {

@@ -6,7 +6,7 @@
 namespace qexsdk
 {
 
-/// For a motion whose rate nobody gave.
+/// The note on a motion without a frame rate, neither in its file nor in the options.
 inline constexpr const char* kDefaultRateNote = "has no frame rate, using 120 frames per second";
 
 /// The layer with the take's curves.

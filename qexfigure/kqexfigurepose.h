@@ -33,10 +33,11 @@ public:
     KQexFigurePose(const std::vector<KQexFigureJoint>& pJoints, const KQexFrameNodes& pNodes, const KQexOutputSpace& pSpace,
                    unsigned int pParts);
 
-    /// Takes the transforms of \p pFrame, which stays in use until the next call. Does not allocate.
+    /// Sets the frame whose transforms the methods below return; it must outlive this object or last until the next Set(). Does not
+    /// allocate.
     void Set(const KQexFrame& pFrame);
 
-    /// The joint's place, in units of the output.
+    /// The joint's position, in units of the output.
     void GetPosition(KQexSpace pSpace, size_t pJoint, double pResult[3]) const;
     /// Its rotation, scaling left out. Needs frames with eFRAME_ROTATIONS.
     KQexQuaternion GetRotation(KQexSpace pSpace, size_t pJoint) const;

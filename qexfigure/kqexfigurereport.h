@@ -57,7 +57,7 @@ public:
     /// True if the progress function cancelled a load. No message, and no change of the status.
     bool IsCancelled() const { return mIsCancelled; }
 
-    /// True if an AMC motion was refused because it hardly matches the skeleton; an error says so. See mAllowUnmatched of the options.
+    /// True if an AMC motion was refused because it hardly matches the skeleton; an error reports it. See mAllowUnmatched of the options.
     bool IsMismatch() const { return mIsMismatch; }
 
     /// \name For operations that report

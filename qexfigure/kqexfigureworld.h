@@ -19,7 +19,7 @@ enum KQexFigureTurn
 /// Turns the figure from y up to z up, a quarter turn about the world's x: y becomes z, z becomes -y. Key times stay.
 QEX_API bool TurnFigureZUp(KQexFigure& pFigure, KQexFigureTurn pTurn) noexcept;
 
-/// Takes the horizontal way out of all takes: in each, the joint that carries a tree stays above or below its place in the first frame;
+/// Takes the horizontal way out of all takes: in each, the joint that carries a tree stays above or below its position in the first frame;
 /// its height and all rotations stay. That joint is the root, or, if this does not move in the take and has only one child with
 /// children, the first joint down from there that moves. Key times stay.
 QEX_API bool HoldFigureInPlace(KQexFigure& pFigure) noexcept;

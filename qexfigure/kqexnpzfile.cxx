@@ -96,7 +96,7 @@ bool KQexNpzFile::AddMember(const std::string& pName, const KQexArrayHead& pHead
     lMember.mSize += lMember.mBuffer.size();
     mEnd += LocalRecord(lMember).size() + lMember.mSize;
     mMembers.push_back(std::move(lMember));
-    return TakeBytes(mMembers.back(), 0);
+    return CountBytes(mMembers.back(), 0);
 }
 
 int KQexNpzFile::Add(const std::string& pName, const KQexArrayHead& pHead) noexcept
@@ -112,7 +112,7 @@ bool KQexNpzFile::Append(int pArray, const double* pNumbers, size_t pCount) noex
             KMember&     lMember = mMembers.at(static_cast<size_t>(pArray));
             const size_t lStart = lMember.mBuffer.size();
             KQexAppendItems(lMember.mType, pNumbers, pCount, lMember.mBuffer);
-            return TakeBytes(lMember, lStart);
+            return CountBytes(lMember, lStart);
         });
 }
 
@@ -136,12 +136,12 @@ bool KQexNpzFile::AddTexts(const std::string& pName, const std::vector<std::stri
             }
             const size_t lStart = mMembers.back().mBuffer.size();
             mMembers.back().mBuffer += lBytes;
-            return TakeBytes(mMembers.back(), lStart);
+            return CountBytes(mMembers.back(), lStart);
         });
 }
 
 /// Counts the bytes of the buffer from pStart on, and writes it when it is large enough.
-bool KQexNpzFile::TakeBytes(KMember& pMember, size_t pStart)
+bool KQexNpzFile::CountBytes(KMember& pMember, size_t pStart)
 {
     const size_t lSize = pMember.mBuffer.size() - pStart;
     if (lSize > pMember.mSize - pMember.mWritten)

@@ -13,7 +13,7 @@ namespace qexsdk
 {
 
 /// An .npz file: a zip archive of arrays, not compressed. The size of each array is known in advance, so all of them can grow at once:
-/// each has its place in the file, and memory holds only a few hundred kilobytes of it. ZIP64 where sizes or positions need it.
+/// each has its position in the file, and memory holds only a few hundred kilobytes of it. ZIP64 where sizes or positions need it.
 ///
 /// A failure marks the output as failed (KOutputFile::GetReason()); every later call is then false. Nothing throws.
 class QEX_API KQexNpzFile
@@ -32,7 +32,7 @@ public:
     /// Appends items, see KQexAppendItems(), to array \p pArray of Add(). False after a failure, and for more items than it has.
     bool Append(int pArray, const double* pNumbers, size_t pCount) noexcept;
 
-    /// Adds an array with all its items, as many as \p pHead says.
+    /// Adds an array with all its items, as many as \p pHead has.
     bool AddNumbers(const std::string& pName, const KQexArrayHead& pHead, const std::vector<double>& pNumbers) noexcept;
 
     /// Adds an array of texts (UTF-8), one axis.
@@ -48,7 +48,7 @@ private:
         KQexArrayType mType = KQexArrayType::eFLOAT32;
         uint64_t      mAt = 0;      ///< Position of its record in the file.
         uint64_t      mSize = 0;    ///< Bytes, head included.
-        uint64_t      mWritten = 0; ///< Of these, written or in mBuffer.
+        uint64_t      mWritten = 0; ///< Bytes of mSize that are in the file or in mBuffer.
         uint32_t      mCrc = 0;     ///< Of the bytes so far.
         std::string   mBuffer;      ///< Bytes not yet written.
     };
@@ -56,7 +56,7 @@ private:
     template <typename TDo>
     bool Guarded(const TDo& pDo) noexcept;
     bool AddMember(const std::string& pName, const KQexArrayHead& pHead);
-    bool TakeBytes(KMember& pMember, size_t pStart);
+    bool CountBytes(KMember& pMember, size_t pStart);
     bool Flush(KMember& pMember);
 
     std::string LocalRecord(const KMember& pMember) const;

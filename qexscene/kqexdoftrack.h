@@ -23,7 +23,7 @@ struct QEX_API KQexDofTrack
     const KQexKeyStore* mKeys = nullptr; ///< Degrees or centimetres; null: always mValue. Owned by the take's file or scene.
     double              mValue = 0.0;    ///< The value without keys.
 
-    /// The value at \p pTime: linear between keys, the first or last key's before and after them. \p pCursor caches the place of that
+    /// The value at \p pTime: linear between keys, the first or last key's before and after them. \p pCursor caches the position of that
     /// time among key times.
     double Evaluate(KTime pTime, KQexKeyTimes::KCursor& pCursor) const
     {

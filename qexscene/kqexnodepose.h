@@ -39,7 +39,7 @@ public:
     /// The nine channels: translation x, y, z, rotation about x, y, z, scaling x, y, z.
     const KQexChannel* GetChannels() const { return mChannels; }
     /// The values of all channels at \p pTime: translation x, y, z in centimetres without the rotation offset, rotation about x, y, z in
-    /// degrees without pre- and post-rotation, scale factors. \p pCursor caches the place of that time among key times.
+    /// degrees without pre- and post-rotation, scale factors. \p pCursor caches the position of that time among key times.
     void EvaluateChannels(KTime pTime, KQexKeyTimes::KCursor& pCursor, double pValues[9]) const;
     /// The rotation offset in centimetres, a part of the translation.
     const double* GetOffset() const { return mOffset; }

@@ -21,8 +21,8 @@ struct QEX_API KQexFigureCheckOptions
     KQexProgress mProgress;               ///< Called with the fraction read, 0 to 1; false cancels. May be empty.
 };
 
-/// Looks for problems in a file: in the motion if \p pFiles has one (the first), else in the skeleton or the figure. Errors say why it
-/// cannot be read; after an error in a motion, reading goes on with the next frame. Warnings are about what is ignored, or read
+/// Looks for problems in a file: in the motion if \p pFiles has one (the first), else in the skeleton or the figure. Errors are what
+/// makes it unreadable; after an error in a motion, reading goes on with the next frame. Warnings are about what is ignored, or read
 /// otherwise than meant: bones outside the hierarchy, lower limits above the upper ones, extra text on a line; values outside the
 /// skeleton's limits; names used twice, takes in which nothing moves. Nothing throws.
 /// \param pMessages receives the errors and warnings about the file

@@ -8,7 +8,7 @@ namespace qexsdk
 namespace
 {
 
-/// The place of part \p pPart of \p pParts between the first and the last of \p pCount places.
+/// The index of part \p pPart of \p pParts between the first and the last of \p pCount frames.
 size_t PlaceOf(size_t pPart, size_t pParts, size_t pCount)
 {
     return (pCount - 1) * pPart / pParts;

@@ -144,7 +144,7 @@ bool KQexBvhBuilder::MakeCurve(KQexNode* pNode, int pCode)
 }
 
 /// Sets the rotation order from the axes of the rotation channels, which a file lists last applied first. An axis without a
-/// channel stays at zero, so its place in the order does not matter.
+/// channel stays at zero, so its position in the order does not matter.
 void KQexBvhBuilder::SetOrder(const KOpenJoint& pJoint)
 {
     int lAxes[3] = {0, 1, 2};

@@ -22,8 +22,8 @@ int KQexGltfWriter::AddTimes(const KQexSampling& pSampling)
     return lTimes;
 }
 
-/// Gives a take that shows the rest pose a channel in which the first node keeps its place: glTF allows no animation without channels, and
-/// without the animation its name and its length would be lost.
+/// Gives a take that shows the rest pose a channel in which the first node keeps its position: glTF allows no animation without channels,
+/// and without the animation its name and its length would be lost.
 void KQexGltfWriter::AddStillChannel(KQexGltfModel::KAnimation& pAnimation, int pTimes, long long pFrames)
 {
     double       lRest[3];

@@ -26,15 +26,15 @@ public:
     /// Adds an accessor of joint indices, four 16-bit numbers per element, with its minimum and maximum, and returns its index.
     int AddJoints(const std::vector<std::uint16_t>& pValues);
 
-    /// Makes space for \p pCount floats behind all accessors, in place of an earlier one. Until ReleaseReserved(), only KeepFloats() adds
+    /// Makes space for \p pCount floats after all accessors; replaces an earlier one. Until ReleaseReserved(), only KeepFloats() adds
     /// accessors.
     void ReserveFloats(size_t pCount);
 
     /// The floats of that space; those that KeepFloats() did not pass yet.
     float* GetReserved() { return reinterpret_cast<float*>(mBytes.data() + mReserved); }
 
-    /// Adds an accessor of \p pCount elements that are in that space from float \p pFirst on, and returns its index. They move to the front,
-    /// over the floats before them, so calls have ascending places.
+    /// Adds an accessor of \p pCount elements that are in that space from float \p pFirst on, and returns its index. They move to the
+    /// front, over the floats before them, so \p pFirst ascends from call to call.
     int KeepFloats(KQexGltfElement pElement, size_t pCount, size_t pFirst);
 
     /// Drops what is left of the space.

@@ -25,7 +25,7 @@ struct KQexGltfTrack
     size_t GetSize() const { return mProperty == eNODE_ROTATION ? 4 : 3; }
 };
 
-/// Collects the frames of a take, track by track, in the space behind a file's buffer. Methods may throw std::bad_alloc.
+/// Collects the frames of a take, track by track, in the space after the accessors of a file's buffer. Methods may throw std::bad_alloc.
 class KQexGltfTracks : public KQexFrameSink
 {
 public:

@@ -34,8 +34,9 @@ int main(int pCount, char** pArguments)
                  });
     for (size_t i = 0; i < kFigures; i += 33)
     {
-        const float* lPlace = lCrowd[i][0].mData[3];
-        std::printf("figure %2zu: %s at %7.2f %7.2f %7.2f cm\n", i, lClip.GetData().mNames[0].c_str(), lPlace[0], lPlace[1], lPlace[2]);
+        const float* lPosition = lCrowd[i][0].mData[3];
+        std::printf("figure %2zu: %s at %7.2f %7.2f %7.2f cm\n", i, lClip.GetData().mNames[0].c_str(), lPosition[0], lPosition[1],
+                    lPosition[2]);
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// Samples many figures that share a skeleton and a motion, each at its own time and place, as a crowd does:
+// Samples many figures that share a skeleton and a motion, each at its own time and position, as a crowd does:
 // many_figures SKELETON.asf MOTION.amc [FIGURES [JOINT]]
 
 #include <qex/acclaim.h>
@@ -52,19 +52,19 @@ struct KWorker
         return mDuration > KTime(0) && mScene->GetEvaluator()->EvaluateGlobalTransforms(mRoot, KTime(0), mPose);
     }
 
-    /// Places of all joints of a figure into \p pPlaces, three floats each, in centimetres.
-    void Sample(int pFigure, int pTick, float* pPlaces)
+    /// Positions of all joints of a figure into \p pPositions, three floats each, in centimetres.
+    void Sample(int pFigure, int pTick, float* pPositions)
     {
         // Each figure starts at another time of the looped motion, and stands in a grid.
         const KTime lTime = KTime::FromFrame(pTick, kTickRate) + KTime(pFigure * 7 * KTime::kTicksPerSecond / 30);
         mScene->GetEvaluator()->EvaluateGlobalTransforms(mRoot, KTime(lTime.Get() % mDuration.Get()), mPose);
-        const double lPlace[3] = {150.0 * (pFigure % 32), 0.0, 150.0 * (pFigure / 32)};
+        const double lPosition[3] = {150.0 * (pFigure % 32), 0.0, 150.0 * (pFigure / 32)};
         for (int lJoint = 0; lJoint < mPose.GetCount(); ++lJoint)
         {
-            const KQexMatrix& lTransform = mPose.GetTransform(lJoint); // Row 3 is the place, rows 0 to 2 are the axes.
+            const KQexMatrix& lTransform = mPose.GetTransform(lJoint); // Row 3 is the position, rows 0 to 2 are the axes.
             for (int i = 0; i < 3; ++i)
             {
-                *pPlaces++ = static_cast<float>(lTransform.mData[3][i] + lPlace[i]);
+                *pPositions++ = static_cast<float>(lTransform.mData[3][i] + lPosition[i]);
             }
         }
     }
@@ -88,7 +88,7 @@ int main(int pCount, char** pArguments)
 
     const int          lJoints = lWorkers[0].mPose.GetCount();
     const size_t       lSize = static_cast<size_t>(lJoints) * 3;
-    std::vector<float> lPlaces(static_cast<size_t>(lFigures) * lSize);
+    std::vector<float> lPositions(static_cast<size_t>(lFigures) * lSize);
     const auto         lStart = std::chrono::steady_clock::now();
     for (int lTick = 0; lTick < kTicks; ++lTick)
     {
@@ -97,7 +97,7 @@ int main(int pCount, char** pArguments)
                      {
                          for (int i = pThread; i < lFigures; i += lThreads)
                          {
-                             lWorkers[static_cast<size_t>(pThread)].Sample(i, lTick, &lPlaces[static_cast<size_t>(i) * lSize]);
+                             lWorkers[static_cast<size_t>(pThread)].Sample(i, lTick, &lPositions[static_cast<size_t>(i) * lSize]);
                          }
                      });
     }
@@ -107,7 +107,7 @@ int main(int pCount, char** pArguments)
 
     const KQexNode* lNode = pCount > 4 ? lWorkers[0].mRoot->FindChild(pArguments[4], true, false) : lWorkers[0].mRoot;
     const int       lJoint = lWorkers[0].mPose.Find(lNode);
-    const float*    lLast = &lPlaces[static_cast<size_t>(lFigures - 1) * lSize + static_cast<size_t>(lJoint < 0 ? 0 : lJoint) * 3];
+    const float*    lLast = &lPositions[static_cast<size_t>(lFigures - 1) * lSize + static_cast<size_t>(lJoint < 0 ? 0 : lJoint) * 3];
     std::printf("%s of the last figure: %.2f %.2f %.2f\n", lNode != nullptr ? lNode->GetName() : "root", lLast[0], lLast[1], lLast[2]);
     return 0;
 }

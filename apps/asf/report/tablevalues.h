@@ -50,7 +50,7 @@ private:
     std::vector<qexsdk::KQexFigurePose>         mFrames; ///< One for each thread.
 };
 
-/// The places of joints in the world.
+/// The positions of joints in the world.
 class KPositionValues : public KJointValues
 {
 public:

@@ -24,7 +24,7 @@ bool IsEndOfParent(const KQexNode& pNode, const KQexMovingJoints& pMoving, const
 /// \param pRoot   top of the skeleton
 /// \param pMoving what moves in the takes
 /// \param pDofs DOFs by name; null: none
-/// \param pLeaves receives these leaves, and the nodes whose only child is their end, at their own place
+/// \param pLeaves receives these leaves, and the nodes whose only child is their end, at their own position
 bool AddEndNodes(KQexNode* pRoot, const KQexMovingJoints& pMoving, const KQexBoneDofs* pDofs, std::unordered_set<const KQexNode*>& pLeaves);
 
 /// Gives the bones of \p pLeaves a length, a hundredth of the skeleton's largest extent at rest rounded to two digits (1 when that is

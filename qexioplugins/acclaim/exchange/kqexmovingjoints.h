@@ -9,7 +9,7 @@
 namespace qexsdk
 {
 
-/// Whether the node is not at its parent's place at rest.
+/// Whether the node is not at its parent's position at rest.
 bool HasOffset(const KQexNode& pNode);
 
 /// What moves in a tree in any of several takes, each joint relative to its parent. A snapshot.
