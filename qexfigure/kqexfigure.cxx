@@ -28,7 +28,6 @@ KQexScene* KQexFigure::ReleaseScene()
     mJoints.clear();
     mDofs.clear();
     mHasDofs = false;
-    mHasChannels = false;
     mSkeleton.reset(); // Before the scene: it may own curves.
     mSkeletonNotes = KQexAmcSkeletonNotes();
     return lScene;

@@ -78,9 +78,9 @@ struct QEX_API KQexFigureOptions
     bool               mRemoveDummies = false;  ///< Leave out dummy bones, see RemoveDummyNodes() and KQexImportAcclaimOptions.
     bool               mKeepGoodFrames = false; ///< After an error in a motion, keep the complete frames before it, if any.
     bool               mAllowUnmatched = false; ///< Accept an AMC motion of another skeleton, see KQexSkeletonMatch.
-    bool               mKeepDofValues = false;  ///< Keep the values of AMC files for GetDofTracks(): 4 bytes each.
+    bool               mKeepDofValues = false;  ///< Keep the values of AMC and BVH files for GetDofTracks(): 4 bytes each.
     bool               mReduce = false;         ///< Drop keys inside runs of equal values from AMC motions.
-    KQexRotationFilter mFilter = eROTATION_FILTER_UNROLL; ///< Filter of AMC rotation curves.
+    KQexRotationFilter mFilter = eROTATION_FILTER_UNROLL; ///< Filter of AMC and BVH rotation curves.
     KQexProgress       mProgress;                         ///< Called with the fraction read, 0 to 1; false cancels. May be empty.
 };
 
@@ -122,14 +122,14 @@ public:
     /// Degrees of freedom and limits by bone; null if the file has none.
     const KQexBoneDofs* GetBoneDofs() const { return mHasDofs ? &mDofs : nullptr; }
 
-    /// The degrees of freedom of \p pTake, one of GetTakes(), with the values that its file has for them: of an AMC file those of every
-    /// bone, if the options' mKeepDofValues was set; of a BVH file the channels of every joint, without limits. Joint by joint, in
-    /// pre-order, each joint's in the order of application. Empty for glTF, whose rotations are quaternions. Valid as long as the take
-    /// and its scene are. False out of memory.
+    /// The degrees of freedom of \p pTake, one of GetTakes(), with the values that its file has for them, if the options' mKeepDofValues was
+    /// set: of an AMC file those of every bone, of a BVH file the channels of every joint, without limits. Joint by joint, in pre-order,
+    /// each joint's in the order of application. Empty for glTF, whose rotations are quaternions. Valid as long as the take and its
+    /// scene are. False out of memory.
     bool GetDofTracks(const KQexFigureTake& pTake, std::vector<KQexDofTrack>& pTracks) const noexcept;
 
     /// Makes a clip of \p pTake (null: the rest pose) at the times of \p pSampling, see KQexClip::FromScene(). Its degrees of freedom are
-    /// those of GetBoneDofs(); if \p pOptions has none and mKeepDofValues was set, or for BVH, those of GetDofTracks() with their values.
+    /// those of GetBoneDofs(); if \p pOptions has none and mKeepDofValues was set, those of GetDofTracks() with their values.
     /// False, with \p pClip unchanged, when there is no frame, the options' progress callback cancels, memory runs out, and before a
     /// successful Load().
     bool MakeClip(const KQexFigureTake* pTake, const KQexSampling& pSampling, const KQexClipOptions& pOptions,
@@ -175,7 +175,6 @@ private:
     std::vector<KQexFigureJoint> mJoints;
     KQexBoneDofs                 mDofs;
     bool                         mHasDofs = false;
-    bool                         mHasChannels = false; ///< The scene's curves are the channels of a file.
     KQexAsfSceneOwner            mSkeleton;
     KQexAmcSkeletonNotes         mSkeletonNotes;
     KQexGlobalTransforms         mTransforms;

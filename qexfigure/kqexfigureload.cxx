@@ -1,5 +1,6 @@
 #include <kbaselib/kbase/kpath.h>
 #include <qexfigure/kqexfigure.h>
+#include <qexfigure/kqexfigurechannels.h>
 #include <qexfigure/kqexfigurecurves.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
@@ -145,7 +146,6 @@ bool KQexFigure::LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& p
         return ReportFailure(lResult.mCancelled, pFile.FailsToRead(), pReport);
     }
     mRoots = lResult.mRoots;
-    mHasChannels = true;
     if (KQexAnimStack* lStack = mScene->FindAnimStack(lOptions.mTakeName.c_str()))
     {
         KQexFigureTake lTake;
@@ -155,6 +155,15 @@ bool KQexFigure::LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& p
         lTake.mStep = lResult.mStep;
         lTake.mEnd = KTime(std::max(lResult.mFrames - 1, 0LL) * lResult.mStep.Get());
         lTake.mRate = lResult.mStep.Get() > 0 ? 1.0 / lResult.mStep.GetSeconds() : 0.0;
+        const KQexAnimLayer* lLayer = lStack->GetMember<KQexAnimLayer>(0);
+        if (pOptions.mKeepDofValues)
+        {
+            lTake.mDofValues = KeepChannels(mRoots, lLayer);
+        }
+        if (pOptions.mFilter != eROTATION_FILTER_NONE)
+        {
+            UnrollChannels(mRoots, lLayer, pOptions.mFilter == eROTATION_FILTER_GIMBAL);
+        }
         mTakes.push_back(lTake);
     }
     return true;

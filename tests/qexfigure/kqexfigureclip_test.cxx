@@ -44,6 +44,7 @@ protected:
 
     bool LoadLeg()
     {
+        mOptions.mKeepDofValues = true;
         KQexFigureFiles lFiles;
         EXPECT_TRUE(lFiles.mFigure.OpenBuffer(LegBvh(), "leg.bvh", mReport));
         return mFigure.Load(lFiles, mOptions, mReport);
@@ -134,6 +135,7 @@ TEST_F(KFigureClipTest, JointsOfOneNameKeepTheirOwnChannels)
 {
     KQexFigureFiles   lFiles;
     const std::string lText = LegBvh();
+    mOptions.mKeepDofValues = true;
     ASSERT_TRUE(lFiles.mFigure.OpenBuffer(std::string(lText).replace(lText.find("JOINT Leg"), 9, "JOINT Hips"), "twice.bvh", mReport));
     ASSERT_TRUE(mFigure.Load(lFiles, mOptions, mReport)) << TextOf(mReport);
     KQexSampling lSampling;
@@ -170,6 +172,23 @@ TEST_F(KFigureClipTest, ClipHasTheJointsAndTheValues)
         EXPECT_NEAR(static_cast<double>(lWorld[i].mData[3][1]), lPositions[i].mY, 2e-5);
         EXPECT_NEAR(static_cast<double>(lWorld[i].mData[3][2]), lPositions[i].mZ, 2e-5);
     }
+}
+
+TEST_F(KFigureClipTest, BvhTurnsTheShortWayWhereAnAngleWraps)
+{
+    std::string lText = LegBvh();
+    lText.replace(lText.find("0 91 0 0 0 0 90 0 0"), 19, "0 91 0 0 0 0 -178 0 0");
+    lText.replace(lText.find("0 90 0 0 0 0 0 0 0"), 18, "0 90 0 0 0 0 178 0 0");
+    KQexFigureFiles lFiles;
+    mOptions.mKeepDofValues = true;
+    ASSERT_TRUE(lFiles.mFigure.OpenBuffer(lText, "wrap.bvh", mReport));
+    ASSERT_TRUE(mFigure.Load(lFiles, mOptions, mReport)) << TextOf(mReport);
+    // The leg's end swings about z: between 178 and 182 degrees it is at 180, above the leg.
+    std::vector<KQexFigurePoint> lPositions;
+    ASSERT_TRUE(mFigure.Evaluate(&mFigure.GetTakes()[0], KTime(mFigure.GetTakes()[0].mStep.Get() / 2), lPositions));
+    EXPECT_NEAR(lPositions[2].mY, 90.5 - 40.0 + 45.0, 1e-4);
+    KQexKeyTimes::KCursor lCursor;
+    EXPECT_EQ(Tracks()[8].Evaluate(mFigure.GetTakes()[0].mEnd, lCursor), -178.0);
 }
 
 TEST_F(KFigureClipTest, ClipOfTheRestPoseOrOfNothing)

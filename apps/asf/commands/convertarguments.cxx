@@ -78,7 +78,7 @@ void AddMotionPartOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     AddWorldOptions(pCommand, pOptions.mWorld);
     pCommand.add_flag("--remove-dummies", pOptions.mRemoveDummies, "Leave out dummy bones, which only fill gaps");
     pCommand.add_flag("--limits,!--no-limits", pOptions.mLimits, "Keep joint limits (default) or leave them out");
-    pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC rotations continuous: none, unroll (default), gimbal")
+    pCommand.add_option("--filter", pOptions.mFilter, "Filter that makes AMC and BVH rotations continuous: none, unroll (default), gimbal")
         ->check(OneOf({"none", "unroll", "gimbal"}))
         ->option_text("FILTER");
     pCommand.add_flag("--reduce", pOptions.mReduce, "Drop keys inside runs of equal values when reading AMC");
