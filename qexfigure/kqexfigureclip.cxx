@@ -28,12 +28,14 @@ std::vector<KQexDofTrack> BindTracks(const std::vector<KQexDofTrack>& pTracks, c
         lNodes.emplace(lJoint.mName, lJoint.mNode);
         lAll.insert(lJoint.mNode);
     }
-    std::vector<KQexDofTrack> lBound;
+    std::vector<KQexDofTrack>       lBound;
+    std::unordered_set<std::string> lSeen; // Words of bones: the motion's values are those of the first of a name.
     for (const KQexDofTrack& lTrack : pTracks)
     {
         const auto      lNamed = lNodes.find(lTrack.mJoint);
         const KQexNode* lNode = lTrack.mNode != nullptr ? lTrack.mNode : lNamed != lNodes.end() ? lNamed->second : nullptr;
-        if (lAll.count(lNode) == 0)
+        const bool      lIsRepeated = lTrack.mNode == nullptr && !lSeen.insert(lTrack.mJoint + "." + lTrack.mDof.mWord).second;
+        if (lIsRepeated || lAll.count(lNode) == 0)
         {
             continue;
         }

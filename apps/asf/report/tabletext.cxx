@@ -71,7 +71,8 @@ public:
             const KTableItem& lItem = mTable.mItems[i];
             pText += lStart + mStarts[i];
             AppendNumbers(mTable, i, pValues, pText);
-            pText += mEnds[i] + (mTable.mHasDofs ? FixedText(lItem.mDof.GetExcess(pValues[i], lItem.mPerUnit), lItem.mDecimals) : "") + "\n";
+            pText +=
+                mEnds[i] + (mTable.mHasDofs ? FixedText(lItem.mDof.GetExcess(pValues[i], lItem.mPerUnit), lItem.mDecimals) : "") + "\n";
         }
     }
 

@@ -142,9 +142,17 @@ TEST(Angles, OfJointsWithOneNameTheFirst)
                              "JOINT Leg\n{\nOFFSET 9 0 0\nCHANNELS 1 Xrotation\nEnd Site\n{\nOFFSET 0 -45 0\n}\n}\n"
                              "JOINT Leg\n{\nOFFSET -9 0 0\nCHANNELS 2 Zrotation Yrotation\nEnd Site\n{\nOFFSET 0 -45 0\n}\n}\n}\n"
                              "MOTION\nFrames: 1\nFrame Time: 0.1\n0 0 0 10 20 30\n";
-    ASSERT_TRUE(lFigure.Load(FilesOf(lBvh, "legs.bvh"), {}, lReport)) << TextOf(lReport);
+    KQexFigureOptions lLoad;
+    lLoad.mKeepDofValues = true;
+    ASSERT_TRUE(lFigure.Load(FilesOf(lBvh, "legs.bvh"), lLoad, lReport)) << TextOf(lReport);
     ASSERT_TRUE(CollectAngles(lFigure, lFigure.GetTakes()[0], lOptions, lChart, lReport)) << TextOf(lReport);
     EXPECT_EQ(LinesOf(lChart), "Leg rx: 10\n");
+    const std::string lTwice = Replaced(HandSkeleton(), "name arm\n    direction 1 0 0\n    length 10\n    axis 0 0 0 XYZ\n",
+                                        "name hand\n    direction 1 0 0\n    length 10\n    axis 0 0 0 XYZ\n    dof rx ry rz\n");
+    ASSERT_TRUE(
+        Collect(FilesOf(Replaced(lTwice, "root arm\n    arm hand\n", "root hand\n"), "hand.asf", HandMotion()), {"hand"}, lChart, lReport))
+        << TextOf(lReport);
+    EXPECT_EQ(LinesOf(lChart), "hand rx: 0 0 0\nhand ry: 0 0 0\nhand rz: 0 90 0\n");
 }
 
 TEST(Angles, AnyIntegerAsRotationOrder)
