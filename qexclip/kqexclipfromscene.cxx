@@ -199,7 +199,7 @@ bool KQexClip::FromScene(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pS
     }
     try
     {
-        const KQexAnimLayer* const lLayer = pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr;
+        const KQexAnimLayer* const lLayer = KQexLayerOf(pStack);
         KQexClipData               lData;
         KQexClipBuilder            lBuilder(lLayer, pSampling, lData);
         KQexFrameSink* const       lSink = &lBuilder;

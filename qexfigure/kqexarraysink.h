@@ -17,6 +17,7 @@ KQexArrayHead KFloats(std::vector<uint64_t> pShape);
 class KQexArraySink : public KQexFrameSink
 {
 public:
+    /// For a take of \p pFigure; arrays are added to \p pFile. Both must outlive it.
     KQexArraySink(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions, KQexNpzFile& pFile);
 
     void         Begin(const KQexFrameNodes& pNodes, int pThreads) override;
@@ -41,9 +42,9 @@ protected:
     /// The joints in frame \p pFrame, for thread \p pThread.
     const KQexFigurePose& JointsIn(int pThread, const KQexFrame& pFrame);
 
-    const KQexFigure&            mFigure;
-    const KQexMotionArrayOptions mOptions;
-    KQexNpzFile&                 mFile;
+    const KQexFigure&            mFigure;  ///< The figure.
+    const KQexMotionArrayOptions mOptions; ///< What to write.
+    KQexNpzFile&                 mFile;    ///< Where to.
 
 private:
     struct KRows

@@ -12,7 +12,7 @@ inline constexpr const char* kDefaultRateNote = "has no frame rate, using 120 fr
 /// The layer with the take's curves.
 inline KQexAnimLayer* LayerOfTake(const KQexFigureTake& pTake)
 {
-    return pTake.mStack->GetMember<KQexAnimLayer>(0);
+    return KQexLayerOf(pTake.mStack);
 }
 
 /// Maps a translation in one take: the channels' values, and their curves at all of their key times. May throw std::bad_alloc.

@@ -26,7 +26,7 @@ bool IsAnimated(const KQexNode& pNode, const std::vector<KQexFigureTake>& pTakes
 {
     for (const KQexFigureTake& lTake : pTakes)
     {
-        const KQexAnimLayer* lLayer = lTake.mStack->GetMember<KQexAnimLayer>(0);
+        const KQexAnimLayer* lLayer = KQexLayerOf(lTake.mStack);
         if (DiffersFromRest(pNode.mLocalTranslation, lLayer) || DiffersFromRest(pNode.mLocalRotation, lLayer) ||
             DiffersFromRest(pNode.mLocalScaling, lLayer))
         {
@@ -63,7 +63,7 @@ void Translate(KQexNode& pNode, const double* pOffset, const std::vector<KQexFig
     pNode.mLocalTranslation.Set(KVector(lOld.mData[0] + pOffset[0], lOld.mData[1] + pOffset[1], lOld.mData[2] + pOffset[2]));
     for (const KQexFigureTake& lTake : pTakes)
     {
-        TranslateCurves(pNode, lTake.mStack->GetMember<KQexAnimLayer>(0), pOffset);
+        TranslateCurves(pNode, KQexLayerOf(lTake.mStack), pOffset);
     }
 }
 

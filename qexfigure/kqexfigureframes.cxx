@@ -76,7 +76,7 @@ bool KQexFigure::IsEnd(const KQexNode& pNode) const
     return lName.size() == lParentName.size() + kEndSuffix.size() && lName.substr(0, lParentName.size()) == lParentName &&
            lName.substr(lParentName.size()) == kEndSuffix &&
            std::none_of(mTakes.begin(), mTakes.end(),
-                        [&pNode](const KQexFigureTake& pTake) { return IsAnimated(pNode, pTake.mStack->GetMember<KQexAnimLayer>(0)); });
+                        [&pNode](const KQexFigureTake& pTake) { return IsAnimated(pNode, KQexLayerOf(pTake.mStack)); });
 }
 
 void KQexFigure::CollectJoints()
@@ -104,8 +104,7 @@ bool KQexFigure::CollectFrames(const KQexFigureTake& pTake, KQexFigureFrames& pF
                       [&]
                       {
                           pFrames = KQexFigureFrames();
-                          const KQexAnimCurve* lCurve =
-                              pTake.mHasNumbers ? FindFullestCurve(GetTop(), pTake.mStack->GetMember<KQexAnimLayer>(0)) : nullptr;
+                          const KQexAnimCurve* lCurve = pTake.mHasNumbers ? FindFullestCurve(GetTop(), KQexLayerOf(pTake.mStack)) : nullptr;
                           // One frame if nothing moves; the importer repeats a single frame one frame later.
                           const long long lCount = pTake.mIsSingle      ? 1
                                                    : !pTake.mHasNumbers ? std::max(pTake.mFrames, 1LL)

@@ -155,7 +155,7 @@ bool KQexFigure::LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& p
         lTake.mStep = lResult.mStep;
         lTake.mEnd = KTime(std::max(lResult.mFrames - 1, 0LL) * lResult.mStep.Get());
         lTake.mRate = lResult.mStep.Get() > 0 ? 1.0 / lResult.mStep.GetSeconds() : 0.0;
-        const KQexAnimLayer* lLayer = lStack->GetMember<KQexAnimLayer>(0);
+        const KQexAnimLayer* lLayer = KQexLayerOf(lStack);
         if (pOptions.mKeepDofValues)
         {
             lTake.mDofValues = KeepChannels(mRoots, lLayer);

@@ -57,10 +57,7 @@ public:
     }
 
 private:
-    static const KQexAnimLayer* LayerOf(const KQexFigureTake* pTake)
-    {
-        return pTake != nullptr ? pTake->mStack->GetMember<KQexAnimLayer>(0) : nullptr;
-    }
+    static const KQexAnimLayer* LayerOf(const KQexFigureTake* pTake) { return pTake != nullptr ? KQexLayerOf(pTake->mStack) : nullptr; }
 
     void AddSkeleton()
     {

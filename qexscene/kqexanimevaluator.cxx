@@ -67,7 +67,7 @@ bool KQexAnimEvaluator::SetContext(KQexAnimStack* pStack)
 
 KQexAnimLayer* KQexAnimEvaluator::GetLayer() const
 {
-    return mContext != nullptr ? mContext->GetMember<KQexAnimLayer>(0) : nullptr;
+    return KQexLayerOf(mContext);
 }
 
 KQexVector4 KQexAnimEvaluator::GetNodeLocalTranslation(const KQexNode* pNode, KTime pTime) const

@@ -36,6 +36,12 @@ private:
     KQexListHook<KQexAnimStack> mStackHook; ///< In the scene's list of stacks.
 };
 
+/// Layer 0 of \p pStack, which evaluation uses; null without a stack or a layer.
+inline KQexAnimLayer* KQexLayerOf(const KQexAnimStack* pStack)
+{
+    return pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr;
+}
+
 } // namespace qexsdk
 
 #endif

@@ -20,8 +20,9 @@ struct QEX_API KQexBoneDof
     double      mMin = 0.0;      ///< Degrees or centimetres.
     double      mMax = 0.0;      ///< Degrees or centimetres.
 
-    /// How far \p pValue is beyond a limit, negative below the lower one; 0 within both. A value that exceeds a limit by no more than 1e-6
+    /// How far a value is beyond a limit, negative below the lower one; 0 within both. A value that exceeds a limit by no more than 1e-6
     /// degrees or centimetres, or a ten-millionth of it, is at the limit: files have about six digits, keys single precision.
+    /// \param pValue degrees or centimetres
     /// \param pUnit units of the value and the limits per degree or centimetre, if they are others
     double GetExcess(double pValue, double pUnit = 1.0) const
     {

@@ -175,7 +175,7 @@ KQexAnimCurveNode* KQexProperty::GetCurveNode(bool pCreate, const char* pTakeNam
     {
         return nullptr;
     }
-    KQexAnimCurveNode* lCurveNode = GetCurveNode(lStack->GetMember<KQexAnimLayer>(0), pCreate);
+    KQexAnimCurveNode* lCurveNode = GetCurveNode(KQexLayerOf(lStack), pCreate);
     if (lCurveNode == nullptr && lScene->GetAnimStackCount() != lStackCount)
     {
         // Undo the take created above: there was no memory for its curve node.

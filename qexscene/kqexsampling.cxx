@@ -108,7 +108,7 @@ KTime NearestFrameStep(double pSeconds)
 bool MakeSampling(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, const KQexSamplingRequest& pRequest, KQexSampling& pSampling)
 {
     KKeySpan             lSpan;
-    const KQexAnimLayer* lLayer = pStack != nullptr ? pStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    const KQexAnimLayer* lLayer = KQexLayerOf(pStack);
     for (const KQexNode* lRoot : pRoots)
     {
         for (const KQexNode* lNode = lRoot; lLayer != nullptr && lNode != nullptr; lNode = lNode->GetNextInTree(lRoot))

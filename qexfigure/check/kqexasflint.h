@@ -29,7 +29,8 @@ public:
 
     /// Why the reader stops without an error: what is missing, and the line where its section began. Empty if it does not stop.
     const std::string& GetStopText() const { return mStopText; }
-    int                GetStopLine() const { return mStopLine; }
+    /// That line, from 1.
+    int GetStopLine() const { return mStopLine; }
 
 private:
     struct KBone

@@ -111,7 +111,7 @@ void KQexFigureSurvey::AddTake(const KQexFigureTake& pTake)
     lSurvey.mLastFrame = lFrames.mNumbers.back();
     lSurvey.mRate = pTake.mRate;
     lSurvey.mSeconds = lFrames.mTimes.back().GetSeconds() - lFrames.mTimes.front().GetSeconds();
-    const KQexAnimLayer* lLayer = pTake.mStack->GetMember<KQexAnimLayer>(0);
+    const KQexAnimLayer* lLayer = KQexLayerOf(pTake.mStack);
     for (size_t lIndex = 0; lIndex < GetJoints().size(); ++lIndex)
     {
         const KQexNode& lNode = *GetJoints()[lIndex].mNode;

@@ -18,6 +18,7 @@ struct KQexChartAxis
     double mToPixel = 1;   ///< Below mFromPixel on an axis that points up.
     double mStep = 1;      ///< Between two ticks.
 
+    /// The pixel of \p pValue, which may be beyond the ends.
     double ToPixel(double pValue) const { return mFromPixel + (pValue - mFrom) / (mTo - mFrom) * (mToPixel - mFromPixel); }
 
     /// \p pValue, or the end of the axis that it is beyond.

@@ -12,8 +12,8 @@ namespace qexsdk
 /// An entry of a panel's legend, relative to the legend's top left.
 struct KQexLegendEntry
 {
-    std::string mText;
-    double      mX = 0;
+    std::string mText;              ///< The line's name and range.
+    double      mX = 0;             ///< Of the entry's left side.
     double      mY = 0;             ///< Of the text's baseline.
     bool        mIsOutside = false; ///< The line passes its limits.
 };

@@ -11,15 +11,15 @@ namespace qexsdk
 /// A point of a line.
 struct KQexChartPoint
 {
-    double mX = 0; ///< Pixels.
-    double mValue = 0;
+    double mX = 0;     ///< Pixels.
+    double mValue = 0; ///< In the panel's unit.
 };
 
 /// The farthest value of a stretch that passes a limit.
 struct KQexChartMark
 {
-    double mX = 0; ///< Pixels.
-    double mValue = 0;
+    double mX = 0;           ///< Pixels.
+    double mValue = 0;       ///< In the panel's unit.
     bool   mIsAbove = false; ///< The upper limit is passed, not the lower.
 };
 

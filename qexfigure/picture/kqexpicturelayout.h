@@ -9,9 +9,9 @@ namespace qexsdk
 /// A point in view coordinates: centimetres, or pixels (see ToPixels()).
 struct KQexViewPoint
 {
-    double mRight = 0;
-    double mUp = 0;
-    double mNear = 0; ///< Towards the viewer.
+    double mRight = 0; ///< To the viewer's right.
+    double mUp = 0;    ///< Upwards.
+    double mNear = 0;  ///< Towards the viewer.
 };
 
 /// Projects a point in world space, in centimetres, to view coordinates.
@@ -20,37 +20,40 @@ KQexViewPoint ProjectPoint(KQexPictureView pView, const KQexFigurePoint& pPoint)
 /// A rectangle in view coordinates, in centimetres.
 struct KQexViewExtent
 {
-    double mLeft = 0;
-    double mRight = 0;
-    double mBottom = 0;
-    double mTop = 0;
-    bool   mEmpty = true;
+    double mLeft = 0;     ///< Lowest KQexViewPoint::mRight.
+    double mRight = 0;    ///< Highest.
+    double mBottom = 0;   ///< Lowest KQexViewPoint::mUp.
+    double mTop = 0;      ///< Highest.
+    bool   mEmpty = true; ///< No point is included yet.
 
-    void   Include(const KQexViewPoint& pPoint);
+    /// Extends it to \p pPoint.
+    void Include(const KQexViewPoint& pPoint);
+    /// Centimetres from left to right.
     double Width() const { return mRight - mLeft; }
+    /// Centimetres from bottom to top.
     double Height() const { return mTop - mBottom; }
 };
 
 /// One panel of the picture: a view of one pose, or of all poses at their world positions.
 struct KQexPictureCell
 {
-    KQexPictureView     mView = ePICTURE_FRONT;
-    std::vector<size_t> mPoses;           ///< Indices into KQexPicture::mPoses.
-    bool                mCentred = false; ///< The pose's root is the origin horizontally; from above, vertically, too.
-    std::string         mCaption;
-    KQexViewExtent      mExtent;     ///< Centimetres.
-    double              mX = 0;      ///< Pixel position of mExtent.mLeft.
-    double              mY = 0;      ///< Pixel position of mExtent.mBottom, from the top of the picture.
-    double              mLabels = 0; ///< Pixels reserved for names on each side.
+    KQexPictureView     mView = ePICTURE_FRONT; ///< Where from.
+    std::vector<size_t> mPoses;                 ///< Indices into KQexPicture::mPoses.
+    bool                mCentred = false;       ///< The pose's root is the origin horizontally; from above, vertically, too.
+    std::string         mCaption;               ///< Below the panel; empty: the view's name.
+    KQexViewExtent      mExtent;                ///< Centimetres.
+    double              mX = 0;                 ///< Pixel position of mExtent.mLeft.
+    double              mY = 0;                 ///< Pixel position of mExtent.mBottom, from the top of the picture.
+    double              mLabels = 0;            ///< Pixels reserved for names on each side.
 };
 
 /// All cells with their positions, and the size of the picture.
 struct KQexPictureLayout
 {
-    std::vector<KQexPictureCell> mCells;
-    double                       mScale = 1; ///< Pixels per centimetre.
-    double                       mWidth = 0;
-    double                       mHeight = 0;
+    std::vector<KQexPictureCell> mCells;      ///< In rows, from the top left.
+    double                       mScale = 1;  ///< Pixels per centimetre.
+    double                       mWidth = 0;  ///< Pixels.
+    double                       mHeight = 0; ///< Pixels.
     double                       mFigure = 0; ///< Centimetres of the largest pose, or more for far motion; scales the strokes.
 };
 

@@ -126,7 +126,7 @@ bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAm
     {
         KQexAmcWriter              lWriter(*this, pAsfScene, pOptions);
         KQexFrameSink* const       lSink = &lWriter;
-        const KQexAnimLayer* const lLayer = pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr;
+        const KQexAnimLayer* const lLayer = KQexLayerOf(pOptions.mStack);
         lWriter.Prepare(pAsfScene->mRoot, pPairs);
         lWriter.WriteHeader();
         const KQexRunResult lResult =

@@ -9,7 +9,7 @@ namespace qexsdk
 KQexBvhWriter::KQexBvhWriter(KQexFileBvh& pFile, const KQexBvhWriteOptions& pOptions)
     : mFile(pFile),
       mOptions(pOptions),
-      mLayer(pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr),
+      mLayer(KQexLayerOf(pOptions.mStack)),
       mCode(pOptions.mOrder <= eEULER_ZYX ? 2 * static_cast<int>(pOptions.mOrder) : 0)
 {
 }

@@ -41,7 +41,7 @@ bool KQexFileBvh::Read(KQexScene* pScene, const KQexBvhReadOptions& pOptions, KQ
 bool KQexFileBvh::Write(const std::vector<KQexNode*>& pRoots, const KQexBvhWriteOptions& pOptions)
 {
     KQexFrameSink* const       lWriter = BeginWrite(pRoots, pOptions);
-    const KQexAnimLayer* const lLayer = pOptions.mStack != nullptr ? pOptions.mStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    const KQexAnimLayer* const lLayer = KQexLayerOf(pOptions.mStack);
     return lWriter != nullptr &&
            EndWrite(KQexRunFrames(pRoots, lLayer, pOptions.mSampling, &lWriter, 1, pOptions.mThreads, pOptions.mProgress));
 }

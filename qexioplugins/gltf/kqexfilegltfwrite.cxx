@@ -237,8 +237,8 @@ bool KQexFileGltf::WriteTakes(const std::vector<KQexNode*>& pRoots, const KQexGl
         {
             return !pOptions.mProgress || pOptions.mProgress((static_cast<double>(i) + pFraction) * lShare);
         };
-        if (lSink == nullptr || !EndTake(i, KQexRunFrames(pRoots, lTake.mStack->GetMember<KQexAnimLayer>(0), lTake.mSampling, &lSink, 1,
-                                                          pOptions.mThreads, std::cref(lShow))))
+        if (lSink == nullptr ||
+            !EndTake(i, KQexRunFrames(pRoots, KQexLayerOf(lTake.mStack), lTake.mSampling, &lSink, 1, pOptions.mThreads, std::cref(lShow))))
         {
             return false;
         }

@@ -41,7 +41,7 @@ void KQexGltfWriter::AddStillChannel(KQexGltfModel::KAnimation& pAnimation, int 
 KQexFrameSink* KQexGltfWriter::BeginTake(size_t pTake)
 {
     const KQexGltfTake&        lTake = mOptions.mTakes[pTake];
-    const KQexAnimLayer* const lLayer = lTake.mStack->GetMember<KQexAnimLayer>(0);
+    const KQexAnimLayer* const lLayer = KQexLayerOf(lTake.mStack);
     mTimes = AddTimes(lTake.mSampling);
     mTracks = std::make_unique<KQexGltfTracks>(mBuffer, lTake.mSampling.mCount, mOptions.mScale);
     for (size_t i = 0; i < mNodes.size(); ++i)

@@ -127,7 +127,7 @@ void RunFrames(KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes, KTa
 {
     KProgress                    lProgress("writing", pConsole);
     qexsdk::KQexFrameSink*       lSinks[] = {&pSink};
-    const qexsdk::KQexAnimLayer* lLayer = pMotion.GetTake()->mStack->GetMember<qexsdk::KQexAnimLayer>(0);
+    const qexsdk::KQexAnimLayer* lLayer = qexsdk::KQexLayerOf(pMotion.GetTake()->mStack);
     if (qexsdk::KQexRunFrames(pMotion.GetFigure().GetRoots(), lLayer, pTimes, lSinks, 1, 0, lProgress.GetFunction()) ==
         qexsdk::KQexRunResult::eOUT_OF_MEMORY)
     {

@@ -27,10 +27,7 @@ struct KSampledTake
     qexsdk::KQexSampling          mSampling;
 
     /// Layer of the take; null for the rest pose.
-    const qexsdk::KQexAnimLayer* GetLayer() const
-    {
-        return mTake != nullptr ? mTake->mStack->GetMember<qexsdk::KQexAnimLayer>(0) : nullptr;
-    }
+    const qexsdk::KQexAnimLayer* GetLayer() const { return mTake != nullptr ? qexsdk::KQexLayerOf(mTake->mStack) : nullptr; }
 };
 
 /// What all outputs of a run share.

@@ -100,7 +100,7 @@ void KFigureComparison::Collect(int pSide)
     qexsdk::KQexAnimEvaluator* lEvaluator = lSide.mFigure->GetScene()->GetEvaluator();
     qexsdk::KQexAnimStack*     lStack = lEvaluator->GetContext();
     lSide.mJoints.mHasOneRoot = lSide.mFigure->GetRoots().size() == 1;
-    lSide.mJoints.mLayer = lStack != nullptr ? lStack->GetMember<qexsdk::KQexAnimLayer>(0) : nullptr;
+    lSide.mJoints.mLayer = qexsdk::KQexLayerOf(lStack);
     for (KQexNode* lNode = lSide.mJoints.mHasOneRoot ? lTop : lTop->GetNextInTree(lTop); lNode != nullptr;
          lNode = lNode->GetNextInTree(lTop))
     {

@@ -90,7 +90,7 @@ void KQexAmcWriter::AddLengths()
 void KQexAmcWriter::Prepare(HKQexAsfNode pRoot, const std::vector<KQexAmcPair>& pPairs)
 {
     const KQexAnimStack* lStack = mOptions.mRestStack;
-    const KQexFrameNodes lNodes({pPairs.front().mNode}, lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr);
+    const KQexFrameNodes lNodes({pPairs.front().mNode}, KQexLayerOf(lStack));
     KQexFrame            lFrame(lNodes, eFRAME_WORLD);
     KQexJointFrames      lFrames;
     lFrame.Evaluate(0, KTime(0));

@@ -41,7 +41,7 @@ KQexMovingJoints::KQexMovingJoints(const KQexNode* pRoot, const std::vector<KQex
 {
     for (const KQexAnimStack* lTake : pTakes)
     {
-        mLayers.push_back(lTake != nullptr ? lTake->GetMember<KQexAnimLayer>(0) : nullptr);
+        mLayers.push_back(KQexLayerOf(lTake));
     }
     unsigned lAbove = 0;
     for (const KQexNode* lNode = pRoot->GetParent(); lNode != nullptr; lNode = lNode->GetParent())

@@ -270,7 +270,7 @@ void KQexAsfNode::GetCurveNodePointers(KQexNode* pQexNode)
         return;
     }
     KQexAnimStack* lStack = pQexNode->GetScene()->GetEvaluator()->GetContext();
-    KQexAnimLayer* lLayer = lStack != nullptr ? lStack->GetMember<KQexAnimLayer>(0) : nullptr;
+    KQexAnimLayer* lLayer = KQexLayerOf(lStack);
 
     mTOffset = pQexNode->GetRotationOffset();
     mPreRotation = pQexNode->GetPreRotation();
