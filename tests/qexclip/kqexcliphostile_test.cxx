@@ -217,7 +217,7 @@ TEST(KQexClipHostile, AtMostTwentyErrors)
 
 TEST(KQexClipHostile, TheLongestStepStillCutsAndResamples)
 {
-    KQexClipData lData = StillData(eCHAIN, 1, 2);
+    KQexClipData lData = StillData(eCHAIN, 1000, 2);
     lData.mSampling.mStep = KTime(KTime::kMax / 3);
     KQexClip lClip;
     KQexClip lResult;
@@ -227,7 +227,7 @@ TEST(KQexClipHostile, TheLongestStepStillCutsAndResamples)
     EXPECT_TRUE(KQexClipCut(lClip, 0, 1, 2147483647, lResult));
     EXPECT_EQ(lResult.GetFrameCount(), 1);
     EXPECT_EQ(lResult.GetData().mSampling.mStep.Get(), KTime::kMax / 3 * 2) << "no frame is nearer";
-    EXPECT_FALSE(KQexClipResample(lClip, 1e6, lResult)) << "10^15 frames";
+    EXPECT_FALSE(KQexClipResample(lClip, 1e6, lResult)) << "10^15 frames of 1,000 joints are more than any memory";
     EXPECT_FALSE(KQexClipJoin(lClip, lClip, 0, lResult)) << "times beyond 64 bits";
 }
 
