@@ -45,7 +45,7 @@ class Skeleton:
         self.bones = {}
         self.length_factor = 1.0  # Centimetres per unit of length.
         self.angles_are_radians = False
-        self.has_offset_root = False
+        self.position = numpy.zeros(3)  # Of the root at rest: as written, whatever the unit of length.
         self.added_ends = set()  # Bones whose ends are no joints.
 
     def has_end(self, bone):
@@ -78,9 +78,10 @@ def read_root(skeleton, words):
         skeleton.root.dofs = [word.lower() for word in values]
     elif key == "axis":
         skeleton.root.axes = AXIS_WORDS[values[0].lower()]
-    elif key in ("position", "orientation"):
-        numbers = [float(value) for value in values[:3]]
-        skeleton.has_offset_root = skeleton.has_offset_root or any(numbers)
+    elif key == "position":
+        skeleton.position = numpy.array([float(value) for value in values[:3]])
+    elif key == "orientation":
+        skeleton.root.angles = [float(value) for value in values[:3]]
 
 
 def read_documentation(skeleton, words):
@@ -185,12 +186,23 @@ def read_motion(path, skeleton):
     return motion
 
 
+def start_of(bone, skeleton, motion):
+    """Where a bone starts in its parent's frame. A motion's own translations replace the root's position at rest, which stands between the
+    root and its children as if it were the root's vector."""
+    if bone.parent is skeleton.root:
+        return skeleton.position
+    if bone.parent is not None:
+        return bone.parent.vector()
+    is_moved = motion is not None and any(dof in DOFS[:3] for dof in skeleton.root.dofs)
+    return numpy.zeros(3) if is_moved else skeleton.position
+
+
 def local_matrices(skeleton, motion, rows):
     """Local matrices of the bones, each in the frame of its parent's turned bone; ends of leaves follow their bones."""
     result = []
     for bone in order_of(skeleton):
         frame = bone.axis_frame()
-        start = translations(bone.parent.vector() if bone.parent is not None else numpy.zeros(3))
+        start = translations(start_of(bone, skeleton, motion))
         moved = numpy.tile(numpy.eye(4), (len(rows), 1, 1))
         turned = moved.copy()
         for column, dof in enumerate(bone.dofs if motion is not None else []):
@@ -233,6 +245,5 @@ def read(path, motions=(), names=()):
     rest = local_matrices(skeleton, None, numpy.zeros(1, dtype=int))
     takes = [take_of(skeleton, motion, name) for motion, name in zip(motions, names or motions)]
     figure = Figure(joints_of(skeleton), rest, takes)
-    figure.has_offset_root = skeleton.has_offset_root
     figure.has_fixed_root = True
     return figure

@@ -11,7 +11,7 @@ PREFIX = "mixamorig:"
 STRANGE_BONES = 12
 
 
-def write_stranger(path):
+def write_stranger(path, root_order=("tx", "ty", "tz", "rx", "ry", "rz")):
     """A skeleton whose bones have names that no figure has."""
     names = [f"stranger_{number}" for number in range(STRANGE_BONES)]
     bones = "".join(
@@ -22,7 +22,7 @@ def write_stranger(path):
     family = "".join(f"    {parent} {child}\n" for parent, child in zip(["root", *names], names))
     with open(path, "w", encoding="ascii") as file:
         file.write(
-            ":version 1.10\n:name stranger\n:units\n  mass 1.0\n  length 1.0\n  angle deg\n:root\n  order TX TY TZ RX RY RZ\n  axis XYZ\n"
+            f":version 1.10\n:name stranger\n:units\n  mass 1.0\n  length 1.0\n  angle deg\n:root\n  order {' '.join(root_order)}\n  axis XYZ\n"
             f"  position 0 0 0\n  orientation 0 0 0\n:bonedata\n{bones}:hierarchy\n  begin\n{family}  end\n"
         )
 
@@ -55,23 +55,25 @@ def skeleton_of_another(program, source, folder):
     return refused(program, folder, [*inputs, *(take if len(inputs) == 1 else [])], ["--skeleton", stranger, "-o", "stranger.amc"])
 
 
-def other_skeletons(own):
-    """Skeletons of other makers in the data folders that have fewer than a third of the names."""
+def other_skeletons(own, root_order):
+    """Skeletons of other makers in the data folders that have fewer than a third of the names, and roots of as many values."""
     found = []
     for variable in ("ASF_CORPUS_DIR", "ASF_OTHERS_DIR"):
         for folder, _, files in sorted(os.walk(os.environ.get(variable, os.devnull))):
             found += [os.path.join(folder, file) for file in sorted(files) if file.lower().endswith(".asf")]
     for path in found:
-        names = {bone for bone, entry in acclaimfile.read_skeleton(path).bones.items() if entry.dofs}
-        if names and 3 * len(names & own) < min(len(names), len(own)):
+        skeleton = acclaimfile.read_skeleton(path)
+        names = {bone for bone, entry in skeleton.bones.items() if entry.dofs}
+        if names and len(skeleton.root.dofs) == len(root_order) and 3 * len(names & own) < min(len(names), len(own)):
             yield path
 
 
 def motion_of_another(program, survey, source, folder):
     stranger = os.path.join(folder, "stranger.asf")
-    write_stranger(stranger)
+    root_order = acclaimfile.read_skeleton(source.inputs[0]).root.dofs
+    write_stranger(stranger, root_order)
     complaints = []
-    for number, path in enumerate([stranger, *list(other_skeletons(survey.moving))[:4]]):
+    for number, path in enumerate([stranger, *list(other_skeletons(survey.moving, root_order))[:4]]):
         complaints += refused(program, folder, [path, source.inputs[1]], ["-o", f"foreign-{number}.bvh"])
     return complaints
 
