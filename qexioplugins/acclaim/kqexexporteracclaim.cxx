@@ -1,7 +1,6 @@
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
 #include <kbaselib/kmath/kdofcodes.h>
-#include <qexioplugins/acclaim/exchange/kqexexportmotion.h>
 #include <qexioplugins/acclaim/exchange/kqexexportrun.h>
 #include <qexioplugins/acclaim/model/kqexasfconstants.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
@@ -15,31 +14,57 @@ namespace qexsdk
 namespace
 {
 
-/// Checks the arguments common to all exports, runs one and turns exceptions into an error. A null \p pPath counts as empty.
-template <typename TRun>
-bool Guarded(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
-             const TRun& pRun) noexcept
+/// Runs a step of an export and turns exceptions into an error. A null \p pPath counts as empty.
+template <typename TStep>
+bool Guarded(KQexExportAcclaimResult& pResult, const char* pPath, const TStep& pStep) noexcept
 {
-    std::string lPath;
     try
     {
-        pResult = KQexExportAcclaimResult();
-        lPath = pPath != nullptr ? pPath : "";
-        if (pRoot == nullptr || !(pOptions.mLengthUnit > 0.0))
-        {
-            return FailExport(pResult, lPath, pRoot == nullptr ? "Nothing to export" : "The length unit must be above zero");
-        }
-        pResult.mOk = pRun();
+        return pStep();
     }
     catch (const std::bad_alloc&)
     {
-        pResult.mOk = FailExport(pResult, lPath, "Out of memory");
+        return FailExport(pResult, pPath, "Out of memory");
     }
     catch (const std::exception& lError)
     {
-        pResult.mOk = FailExport(pResult, lPath, lError.what());
+        return FailExport(pResult, pPath, lError.what());
     }
+}
+
+/// Checks the arguments common to all exports.
+bool CheckArguments(const KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
+{
+    if (pRoot != nullptr && pOptions.mLengthUnit > 0.0)
+    {
+        return true;
+    }
+    return FailExport(pResult, pPath, pRoot == nullptr ? "Nothing to export" : "The length unit must be above zero");
+}
+
+/// A whole export: \p pSteps, called with its KQexExportRun.
+template <typename TSteps>
+bool RunExport(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
+               const TSteps& pSteps) noexcept
+{
+    pResult.mOk = Guarded(pResult, pPath,
+                          [&]
+                          {
+                              pResult = KQexExportAcclaimResult();
+                              if (!CheckArguments(pRoot, pPath, pOptions, pResult))
+                              {
+                                  return false;
+                              }
+                              KQexExportRun lRun(pRoot, pOptions, pResult);
+                              return pSteps(lRun);
+                          });
     return pResult.mOk;
+}
+
+/// Null without a skeleton.
+KQexNode* RootFor(const KQexAsfScene* pSkeleton, KQexNode* pRoot)
+{
+    return pSkeleton != nullptr && pSkeleton->mRoot != nullptr ? pRoot : nullptr;
 }
 
 /// Appends the DOFs of \p pBone, lengths times \p pToCentimetres.
@@ -65,40 +90,113 @@ std::vector<KQexExportMotion> OptionsMotion(const char* pPath, const KQexExportA
     return {KQexExportMotion{pPath != nullptr ? pPath : "", pOptions.mStack, pOptions.mSampling}};
 }
 
+/// Exports to files. \p pGetMotions returns the motions; it may throw.
+template <typename TGetMotions>
+bool WriteFiles(KQexNode* pRoot, const char* pAsfPath, const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult,
+                const TGetMotions& pGetMotions) noexcept
+{
+    return RunExport(pRoot, pAsfPath, pOptions, pResult,
+                     [&](KQexExportRun& pRun) {
+                         return pRun.MakeSkeleton(pAsfPath, pGetMotions()) && pRun.WriteSkeleton() && pRun.WriteMotions() && pRun.Commit();
+                     });
+}
+
 } // namespace
 
 bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const char* pAmcPath, const KQexExportAcclaimOptions& pOptions,
                                  KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, pAsfPath, pOptions, pResult,
-                   [&] { return KQexExportRun(pRoot, pAsfPath, OptionsMotion(pAmcPath, pOptions), pOptions, pResult).Run(); });
+    return WriteFiles(pRoot, pAsfPath, pOptions, pResult, [&] { return OptionsMotion(pAmcPath, pOptions); });
 }
 
 bool KQexExporterAcclaim::Export(KQexNode* pRoot, const char* pAsfPath, const std::vector<KQexExportMotion>& pMotions,
                                  const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, pAsfPath, pOptions, pResult, [&] { return KQexExportRun(pRoot, pAsfPath, pMotions, pOptions, pResult).Run(); });
+    return WriteFiles(pRoot, pAsfPath, pOptions, pResult, [&] { return pMotions; });
 }
 
 bool KQexExporterAcclaim::ExportBuffers(KQexNode* pRoot, std::string& pAsf, std::string& pAmc, const KQexExportAcclaimOptions& pOptions,
                                         KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, "", pOptions, pResult,
-                   [&] { return KQexExportRun(pRoot, "", OptionsMotion("", pOptions), pOptions, pResult).Run(pAsf, &pAmc); });
+    return RunExport(pRoot, "", pOptions, pResult,
+                     [&](KQexExportRun& pRun)
+                     {
+                         const bool lOk = pRun.MakeSkeleton("", OptionsMotion("", pOptions)) && pRun.WriteMotion(0, &pAmc);
+                         pAsf.swap(pRun.GetSkeletonText());
+                         return lOk;
+                     });
 }
 
 bool KQexExporterAcclaim::ExportSkeleton(KQexNode* pRoot, std::string& pAsf, const KQexExportAcclaimOptions& pOptions,
                                          KQexExportAcclaimResult& pResult)
 {
-    return Guarded(pRoot, "", pOptions, pResult,
-                   [&] { return KQexExportRun(pRoot, "", OptionsMotion("", pOptions), pOptions, pResult).Run(pAsf, nullptr); });
+    return RunExport(pRoot, "", pOptions, pResult,
+                     [&](KQexExportRun& pRun)
+                     {
+                         const bool lOk = pRun.MakeSkeleton("", OptionsMotion("", pOptions));
+                         pAsf.swap(pRun.GetSkeletonText());
+                         return lOk;
+                     });
 }
 
 bool KQexExporterAcclaim::ExportMotion(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,
                                        const KQexExportAcclaimOptions& pOptions, KQexExportAcclaimResult& pResult)
 {
-    KQexNode* lRoot = pSkeleton != nullptr && pSkeleton->mRoot != nullptr ? pRoot : nullptr;
-    return Guarded(lRoot, pAmcPath, pOptions, pResult, [&] { return RunMotionExport(lRoot, pSkeleton, pAmcPath, pOptions, pResult); });
+    return RunExport(RootFor(pSkeleton, pRoot), pAmcPath, pOptions, pResult,
+                     [&](KQexExportRun& pRun)
+                     { return pRun.UseSkeleton(pSkeleton, pAmcPath) && pRun.WriteMotion(0, nullptr) && pRun.Commit(); });
+}
+
+KQexAcclaimExport::KQexAcclaimExport() noexcept = default;
+
+KQexAcclaimExport::~KQexAcclaimExport() = default;
+
+template <typename TStep>
+bool KQexAcclaimExport::Begin(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, const TStep& pStep) noexcept
+{
+    return Guarded(mResult, pPath,
+                   [&]
+                   {
+                       mRun.reset();
+                       mOptions = pOptions;
+                       mResult = KQexExportAcclaimResult();
+                       if (!CheckArguments(pRoot, pPath, mOptions, mResult))
+                       {
+                           return false;
+                       }
+                       mRun = std::make_unique<KQexExportRun>(pRoot, mOptions, mResult);
+                       return pStep();
+                   });
+}
+
+bool KQexAcclaimExport::BeginSkeleton(KQexNode* pRoot, const char* pAsfPath, const std::vector<KQexExportMotion>& pMotions,
+                                      const KQexExportAcclaimOptions& pOptions) noexcept
+{
+    return Begin(pRoot, pAsfPath, pOptions, [&] { return mRun->MakeSkeleton(pAsfPath, pMotions) && mRun->WriteSkeleton(); });
+}
+
+bool KQexAcclaimExport::BeginForSkeleton(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,
+                                         const KQexExportAcclaimOptions& pOptions) noexcept
+{
+    return Begin(RootFor(pSkeleton, pRoot), pAmcPath, pOptions, [&] { return mRun->UseSkeleton(pSkeleton, pAmcPath); });
+}
+
+KQexFrameSink* KQexAcclaimExport::BeginMotion(size_t pMotion) noexcept
+{
+    KQexFrameSink* lSink = nullptr;
+    Guarded(mResult, "", [&] { return (lSink = mRun->BeginMotion(pMotion, nullptr)) != nullptr; });
+    return lSink;
+}
+
+bool KQexAcclaimExport::EndMotion(KQexRunResult pResult) noexcept
+{
+    return Guarded(mResult, "", [&] { return mRun->EndMotion(pResult); });
+}
+
+bool KQexAcclaimExport::End() noexcept
+{
+    mResult.mOk = Guarded(mResult, "", [&] { return mRun->Commit(); });
+    return mResult.mOk;
 }
 
 KQexBoneDofs KQexExporterAcclaim::GetBoneDofs(const KQexAsfScene* pSkeleton) noexcept

@@ -79,6 +79,51 @@ struct QEX_API KQexExportAcclaimResult
     bool                           mIsMismatch = false; ///< Failed, with an error, because they hardly do.
 };
 
+class KQexExportRun;
+
+/// An export in parts, for a caller that evaluates the frames itself, once for all its outputs: one of the two Begin...(); for each motion
+/// BeginMotion(), KQexRunFrames() and EndMotion(); End(). The scene must not change in between. Without End(), nothing is written.
+///
+/// Every step returns false or null after an error, which GetResult() has; nothing may follow then.
+class QEX_API KQexAcclaimExport
+{
+public:
+    KQexAcclaimExport() noexcept;
+    ~KQexAcclaimExport();
+    KQexAcclaimExport(const KQexAcclaimExport&) = delete;
+    KQexAcclaimExport& operator=(const KQexAcclaimExport&) = delete;
+
+    /// Makes the skeleton, as KQexExporterAcclaim::Export(). \p pOptions' mProgress and mThreads are not used.
+    bool BeginSkeleton(KQexNode* pRoot, const char* pAsfPath, const std::vector<KQexExportMotion>& pMotions,
+                       const KQexExportAcclaimOptions& pOptions) noexcept;
+
+    /// Begins the export of one motion for an existing skeleton, as KQexExporterAcclaim::ExportMotion(). \p pSkeleton must outlive this.
+    bool BeginForSkeleton(KQexNode* pRoot, KQexAsfScene* pSkeleton, const char* pAmcPath,
+                          const KQexExportAcclaimOptions& pOptions) noexcept;
+
+    /// Begins motion \p pMotion, an index of those that were given. The frames come from KQexRunFrames(), called with the sink that is
+    /// returned, the root, the motion's take and GetResult().mSamplings[pMotion]; other outputs may share that run. Owned by this object,
+    /// until EndMotion().
+    KQexFrameSink* BeginMotion(size_t pMotion) noexcept;
+
+    /// Ends it; \p pResult is that of the run.
+    bool EndMotion(KQexRunResult pResult) noexcept;
+
+    /// Replaces the files, or hands them to the options' mPrepared.
+    bool End() noexcept;
+
+    /// Complete after End().
+    const KQexExportAcclaimResult& GetResult() const { return mResult; }
+
+private:
+    template <typename TStep>
+    bool Begin(KQexNode* pRoot, const char* pPath, const KQexExportAcclaimOptions& pOptions, const TStep& pStep) noexcept;
+
+    KQexExportAcclaimOptions       mOptions;
+    KQexExportAcclaimResult        mResult;
+    std::unique_ptr<KQexExportRun> mRun;
+};
+
 /// Exports host trees as Acclaim files. Stateless; different scenes may be exported concurrently.
 class QEX_API KQexExporterAcclaim
 {

@@ -6,9 +6,9 @@
 #include <qexioplugins/acclaim/amc/kqexamcsampler.h>
 #include <qexioplugins/acclaim/amc/kqexamcwriter.h>
 #include <qexioplugins/acclaim/model/kqexasfcurves.h>
-#include <qexscene/kqexframesink.h>
 
 #include <new>
+#include <utility>
 
 namespace qexsdk
 {
@@ -117,29 +117,49 @@ bool KQexFileAcclaimAmc::Read(KQexAsfScene* pAsfScene, KQexScene* pScene, const 
 
 bool KQexFileAcclaimAmc::Write(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions)
 {
+    KQexFrameSink* const       lWriter = BeginWrite(pAsfScene, pPairs, pOptions);
+    const KQexAnimLayer* const lLayer = KQexLayerOf(pOptions.mStack);
+    return lWriter != nullptr &&
+           EndWrite(KQexRunFrames({pPairs.front().mNode}, lLayer, pOptions.mSampling, &lWriter, 1, pOptions.mThreads, pOptions.mProgress));
+}
+
+KQexFrameSink* KQexFileAcclaimAmc::BeginWrite(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs,
+                                              const KQexAmcWriteOptions& pOptions)
+{
     if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr || pPairs.empty() || pOptions.mSampling.mCount < 1)
     {
         Error("Nothing to write\n");
+        return nullptr;
+    }
+    try
+    {
+        auto lWriter = std::make_unique<KQexAmcWriter>(*this, pAsfScene, pOptions);
+        lWriter->Prepare(pAsfScene->mRoot, pPairs);
+        lWriter->WriteHeader();
+        mWriter = std::move(lWriter);
+        return mWriter.get();
+    }
+    catch (const std::bad_alloc&)
+    {
+        Error("Out of memory\n");
+        return nullptr;
+    }
+}
+
+bool KQexFileAcclaimAmc::EndWrite(KQexRunResult pResult)
+{
+    const std::unique_ptr<KQexAmcWriter> lWriter = std::move(mWriter);
+    if (pResult == KQexRunResult::eOUT_OF_MEMORY)
+    {
+        Error("Out of memory\n");
+    }
+    if (pResult != KQexRunResult::eDONE)
+    {
         return false;
     }
     try
     {
-        KQexAmcWriter              lWriter(*this, pAsfScene, pOptions);
-        KQexFrameSink* const       lSink = &lWriter;
-        const KQexAnimLayer* const lLayer = KQexLayerOf(pOptions.mStack);
-        lWriter.Prepare(pAsfScene->mRoot, pPairs);
-        lWriter.WriteHeader();
-        const KQexRunResult lResult =
-            KQexRunFrames({pPairs.front().mNode}, lLayer, pOptions.mSampling, &lSink, 1, pOptions.mThreads, pOptions.mProgress);
-        if (lResult == KQexRunResult::eOUT_OF_MEMORY)
-        {
-            Error("Out of memory\n");
-        }
-        if (lResult != KQexRunResult::eDONE)
-        {
-            return false;
-        }
-        lWriter.ReportLosses();
+        lWriter->ReportLosses();
         return true;
     }
     catch (const std::bad_alloc&)

@@ -7,8 +7,10 @@
 #include <qexioplugins/motion/kqexmotionio.h>
 #include <qexioplugins/motion/kqextextfile.h>
 #include <qexscene/kqexdoftrack.h>
+#include <qexscene/kqexframesink.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +22,8 @@
 
 namespace qexsdk
 {
+
+class KQexAmcWriter;
 
 /// The unit of a motion's angles.
 enum KQexAmcAngle
@@ -186,6 +190,14 @@ public:
     /// \return false when something could not be written, memory runs out or the progress function cancels; then call Discard()
     bool Write(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions);
 
+    /// The first part of Write(): everything before the frames. They come from KQexRunFrames(), called with the sink that is returned, the
+    /// root's node alone, and the options' take and sampling; other outputs may share that run. Null when Write() would be false. Owned by
+    /// the file, until EndWrite(); \p pAsfScene must live as long.
+    KQexFrameSink* BeginWrite(KQexAsfScene* pAsfScene, const std::vector<KQexAmcPair>& pPairs, const KQexAmcWriteOptions& pOptions);
+
+    /// The last part: \p pResult is that of the run. False as Write().
+    bool EndWrite(KQexRunResult pResult);
+
     /// Count, numbers and rate of the last read.
     const KQexAmcInfo& GetInfo() const { return mInfo; }
 
@@ -210,8 +222,9 @@ protected:
     void HeaderLine(std::string_view pLine) override;
 
 private:
-    KQexAmcInfo   mInfo;
-    KQexAmcHeader mHeader;
+    KQexAmcInfo                    mInfo;
+    KQexAmcHeader                  mHeader;
+    std::unique_ptr<KQexAmcWriter> mWriter; ///< Between BeginWrite() and EndWrite().
 };
 
 } // namespace qexsdk

@@ -69,7 +69,7 @@ inline void GatherAngles(const KQexAsfNode& pBone, const double* pValues, double
 class KQexAmcWriter : public KQexFrameSink
 {
 public:
-    /// The arguments must outlive this.
+    /// The file and the scene must outlive this.
     KQexAmcWriter(KQexFileAcclaimAmc& pFile, KQexAsfScene* pAsfScene, const KQexAmcWriteOptions& pOptions);
 
     /// Collects the bones at and below \p pRoot, and their rest pose from the nodes of \p pPairs in the options' mRestStack.
@@ -98,7 +98,7 @@ private:
     void FormatBone(const KQexAmcWriteBone& pBone, const double* pValues, std::string& pText) const;
 
     KQexFileAcclaimAmc&           mFile;
-    const KQexAmcWriteOptions&    mOptions;
+    const KQexAmcWriteOptions     mOptions;
     const double                  mToFile;  ///< Units of the file per centimetre.
     std::vector<KQexAmcWriteBone> mBones;   ///< In pre-order.
     std::vector<KQexAmcJoint>     mJoints;  ///< One per bone.
