@@ -352,9 +352,9 @@ bool ConvertToBvhAndGltf(KStage& pStage)
     return Convert(pStage, {"a.glb"}, {"a.gltf", "a.bvh"});
 }
 
-bool ConvertToAcclaim(KStage& pStage)
+bool ConvertToAcclaimAndGlb(KStage& pStage)
 {
-    return Convert(pStage, {"a.bvh"}, {"a.asf", "a.amc"});
+    return Convert(pStage, {"a.bvh"}, {"a.asf", "a.amc", "a.glb"});
 }
 
 } // namespace
@@ -476,7 +476,7 @@ const std::vector<KFaultOperation>& FaultOperations()
         {"ConvertToNpz", false, {"a.asf", "a.amc"}, {"a.npz"}, true, ConvertToNpz, true},
         {"ConvertToGltf", false, {"a.glb"}, {"a.gltf", "a.bin"}, true, ConvertToGltf},
         {"ConvertToBvhAndGltf", false, {"a.glb"}, {"a.bvh", "a.gltf", "a.bin"}, true, ConvertToBvhAndGltf},
-        {"ConvertToAcclaim", false, {"a.bvh"}, {"a.asf", "a.amc"}, true, ConvertToAcclaim},
+        {"ConvertToAcclaimAndGlb", false, {"a.bvh"}, {"a.asf", "a.amc", "a.glb"}, true, ConvertToAcclaimAndGlb},
     };
     return sOperations;
 }

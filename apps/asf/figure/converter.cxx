@@ -5,6 +5,7 @@
 #include <kbaselib/kbase/kpath.h>
 
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <system_error>
 #include <utility>
@@ -66,17 +67,29 @@ void KConverter::Run()
 
 bool KConverter::WriteAll()
 {
-    if (!WriteFrames())
+    KOutputList lAcclaim;
+    KOutputList lOthers;
+    MakeOtherOutputs(lOthers);
+    if (!MakeAcclaimOutputs(lAcclaim))
     {
         return false;
     }
-    if (FindTarget(eOUT_ASF) == nullptr && FindTarget(eOUT_AMC) == nullptr)
+    if (!lAcclaim.empty() && !mOptions.mWorld.IsZUp() && mFigure.GetRoots().size() == 1)
+    {
+        std::move(lAcclaim.begin(), lAcclaim.end(), std::back_inserter(lOthers));
+        lAcclaim.clear();
+    }
+    if (!WriteFrames(lOthers, mFigure.GetRoots()))
+    {
+        return false;
+    }
+    if (lAcclaim.empty())
     {
         return true;
     }
-    // Their exporter has no up axis, so the figure is turned after all others are written; the skeleton of a motion alone is not.
+    // The Acclaim exporter has no up axis, so the figure is turned after all others are written; the skeleton of a motion alone is not.
     TurnUp(mOptions.mWorld, FindTarget(eOUT_ASF) != nullptr, mFigure);
-    return WriteAcclaim();
+    return WriteFrames(lAcclaim, {mFigure.GetTop()});
 }
 
 const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const

@@ -27,6 +27,7 @@ public:
 private:
     /// The takes of each of an output's files: one each, or all in one.
     using KTakeGroups = std::vector<std::vector<const KSampledTake*>>;
+    using KOutputList = std::vector<std::unique_ptr<KFrameOutput>>;
 
     bool        SampleTakes();
     bool        FindPart(KSampledTake& pTake);
@@ -37,28 +38,24 @@ private:
     KTakeGroups GroupsOf(const KConvertOutput& pOutput) const;
 
     bool WriteAll();
-    bool WriteFrames();
-    bool WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs);
-    bool WriteAcclaim();
-    bool WriteMotion(const std::string& pPath, const KSampledTake& pTake, qexsdk::KQexAsfScene* pSkeleton,
-                     const qexsdk::KQexAmcSkeletonNotes& pNotes);
-    bool WriteSkeletonAndMotions(const KConvertOutput& pAsf, const KConvertOutput* pAmc, const std::vector<const KSampledTake*>& pTakes);
+    bool WriteFrames(const KOutputList& pOutputs, const std::vector<qexsdk::KQexNode*>& pRoots);
+    bool WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs, const std::vector<qexsdk::KQexNode*>& pRoots);
     bool Commit();
     void Report() const;
 
-    std::vector<std::unique_ptr<KFrameOutput>> MakeFrameOutputs();
-    qexsdk::KQexRunResult                      Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexFrameSink*>& pSinks) const;
-
-    qexsdk::KQexExportAcclaimOptions AcclaimOptions(const KSampledTake& pTake);
-    qexsdk::KQexAsfSceneOwner        ReadSkeleton(const std::string& pPath, qexsdk::KQexAmcSkeletonNotes& pNotes);
-    bool                             ReportExport(const qexsdk::KQexExportAcclaimResult& pResult);
-    const KConvertOutput*            FindTarget(EOutputKind pKind) const;
+    bool                  MakeAcclaimOutputs(KOutputList& pOutputs);
+    void                  MakeOtherOutputs(KOutputList& pOutputs);
+    bool                  ReadSkeleton(const std::string& pPath, KAcclaimTarget& pTarget);
+    qexsdk::KQexRunResult Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexNode*>& pRoots,
+                                   const std::vector<qexsdk::KQexFrameSink*>& pSinks) const;
+    const KConvertOutput* FindTarget(EOutputKind pKind) const;
 
     const KConvertOptions&    mOptions;
     qexsdk::KQexFigure&       mFigure;
     std::vector<std::string>  mInputs;
     KConsole&                 mConsole;
-    std::vector<KSampledTake> mTakes; ///< At least one.
+    std::vector<KSampledTake> mTakes;    ///< At least one.
+    qexsdk::KQexAsfSceneOwner mSkeleton; ///< The one of --skeleton, once it is needed.
 
     KFrameOutputs mOutputs; ///< Files that are complete, not yet committed.
 };

@@ -20,9 +20,8 @@ bool HasTake(const KFrameOutput& pOutput, const KSampledTake& pTake)
 
 } // namespace
 
-std::vector<std::unique_ptr<KFrameOutput>> KConverter::MakeFrameOutputs()
+void KConverter::MakeOtherOutputs(KOutputList& pOutputs)
 {
-    std::vector<std::unique_ptr<KFrameOutput>> lOutputs;
     for (const KConvertOutput& lOutput : mOptions.mTargets)
     {
         for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lOutput))
@@ -30,35 +29,85 @@ std::vector<std::unique_ptr<KFrameOutput>> KConverter::MakeFrameOutputs()
             const std::string lPath = PathOf(lOutput, *lTakes.front());
             if (lOutput.mKind == eOUT_BVH)
             {
-                lOutputs.push_back(MakeBvhOutput(mOutputs, lPath, lTakes));
+                pOutputs.push_back(MakeBvhOutput(mOutputs, lPath, lTakes));
             }
             else if (lOutput.mKind == eOUT_GLB || lOutput.mKind == eOUT_GLTF)
             {
-                lOutputs.push_back(MakeGltfOutput(mOutputs, lPath, lTakes));
+                pOutputs.push_back(MakeGltfOutput(mOutputs, lPath, lTakes));
             }
             else if (lOutput.mKind == eOUT_NPZ)
             {
-                lOutputs.push_back(MakeArrayOutput(mOutputs, lPath, lTakes));
+                pOutputs.push_back(MakeArrayOutput(mOutputs, lPath, lTakes));
             }
         }
     }
-    return lOutputs;
 }
 
-bool KConverter::WriteFrames()
+/// The skeletons with their motions, or motions alone. False after an error.
+bool KConverter::MakeAcclaimOutputs(KOutputList& pOutputs)
 {
-    const std::vector<std::unique_ptr<KFrameOutput>> lOutputs = MakeFrameOutputs();
+    const KConvertOutput* lAmc = FindTarget(eOUT_AMC);
+    const KConvertOutput* lMain = FindTarget(eOUT_ASF);
+    KAcclaimTarget        lTarget;
+    if (lMain == nullptr && lAmc != nullptr)
+    {
+        lMain = lAmc;
+        lTarget.mSkeleton = mFigure.GetSkeleton();
+        lTarget.mSkeletonNotes = mFigure.GetSkeletonNotes();
+        if (!mOptions.mSkeleton.empty() && !ReadSkeleton(mOptions.mSkeleton, lTarget))
+        {
+            return false;
+        }
+    }
+    if (lMain == nullptr)
+    {
+        return true;
+    }
+    for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(*lMain))
+    {
+        lTarget.mMotions.clear();
+        for (size_t i = 0; i < lTakes.size() && lAmc != nullptr; ++i)
+        {
+            lTarget.mMotions.push_back(PathOf(*lAmc, *lTakes[i]));
+        }
+        pOutputs.push_back(MakeAcclaimOutput(mOutputs, PathOf(*lMain, *lTakes.front()), lTakes, lTarget));
+    }
+    return true;
+}
+
+bool KConverter::ReadSkeleton(const std::string& pPath, KAcclaimTarget& pTarget)
+{
+    qexsdk::KQexFigureFile lFile;
+    if (!OpenFile(lFile, pPath, mConsole))
+    {
+        return false;
+    }
+    qexsdk::KQexImportAcclaimResult lResult;
+    mSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
+    pTarget.mSkeleton = mSkeleton.get();
+    pTarget.mSkeletonNotes = lResult.mSkeletonNotes;
+    PrintMessages(lResult, mConsole);
+    if (!mSkeleton)
+    {
+        mConsole.Raise(lFile.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
+    }
+    return mSkeleton != nullptr;
+}
+
+/// Evaluates each take once for all of \p pOutputs that have it.
+bool KConverter::WriteFrames(const KOutputList& pOutputs, const std::vector<qexsdk::KQexNode*>& pRoots)
+{
     for (const KSampledTake& lTake : mTakes)
     {
         std::vector<KFrameOutput*> lOfTake;
-        for (const auto& lOutput : lOutputs)
+        for (const auto& lOutput : pOutputs)
         {
             if (HasTake(*lOutput, lTake))
             {
                 lOfTake.push_back(lOutput.get());
             }
         }
-        if (!WriteTake(lTake, lOfTake))
+        if (!WriteTake(lTake, lOfTake, pRoots))
         {
             return false;
         }
@@ -66,7 +115,8 @@ bool KConverter::WriteFrames()
     return true;
 }
 
-bool KConverter::WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs)
+bool KConverter::WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs,
+                           const std::vector<qexsdk::KQexNode*>& pRoots)
 {
     std::vector<qexsdk::KQexFrameSink*> lSinks;
     for (KFrameOutput* lOutput : pOutputs)
@@ -81,7 +131,7 @@ bool KConverter::WriteTake(const KSampledTake& pTake, const std::vector<KFrameOu
             lSinks.push_back(lSink);
         }
     }
-    const qexsdk::KQexRunResult lResult = Evaluate(pTake, lSinks);
+    const qexsdk::KQexRunResult lResult = Evaluate(pTake, pRoots, lSinks);
     if (lResult == qexsdk::KQexRunResult::eOUT_OF_MEMORY)
     {
         throw std::bad_alloc();
@@ -96,10 +146,11 @@ bool KConverter::WriteTake(const KSampledTake& pTake, const std::vector<KFrameOu
     return lOk;
 }
 
-qexsdk::KQexRunResult KConverter::Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexFrameSink*>& pSinks) const
+qexsdk::KQexRunResult KConverter::Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexNode*>& pRoots,
+                                           const std::vector<qexsdk::KQexFrameSink*>& pSinks) const
 {
     KProgress lProgress("writing", mConsole);
-    return qexsdk::KQexRunFrames(mFigure.GetRoots(), pTake.GetLayer(), pTake.mSampling, pSinks.data(), pSinks.size(), mOptions.mThreads,
+    return qexsdk::KQexRunFrames(pRoots, pTake.GetLayer(), pTake.mSampling, pSinks.data(), pSinks.size(), mOptions.mThreads,
                                  lProgress.GetFunction());
 }
 

@@ -71,6 +71,19 @@ protected:
     const std::vector<const KSampledTake*> mTakes;
 };
 
+/// What an Acclaim output writes.
+struct KAcclaimTarget
+{
+    std::vector<std::string>     mMotions;            ///< Motion file of each take; empty: the skeleton alone.
+    qexsdk::KQexAsfScene*        mSkeleton = nullptr; ///< Not null: a motion for this skeleton, which must outlive the output.
+    qexsdk::KQexAmcSkeletonNotes mSkeletonNotes;      ///< Its notes.
+};
+
+/// An ASF file \p pPath with a motion for each take, or, for an existing skeleton, the motion \p pPath of one take. The takes' evaluation
+/// has the figure's top node as root.
+std::unique_ptr<KFrameOutput> MakeAcclaimOutput(KFrameOutputs& pOutputs, const std::string& pPath,
+                                                const std::vector<const KSampledTake*>& pTakes, const KAcclaimTarget& pTarget);
+
 /// A BVH file of one take.
 std::unique_ptr<KFrameOutput> MakeBvhOutput(KFrameOutputs& pOutputs, const std::string& pPath,
                                             const std::vector<const KSampledTake*>& pTakes);

@@ -93,6 +93,14 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
     }
     ExpectConverts("walk.amc -o d.gltf -o d.bvh -o d.asf d.amc -o d.glb");
     EXPECT_EQ(Text("d.glb"), Text("a.glb"));
+    // Outputs that share the frames do not depend on each other.
+    ExpectConverts("walk.amc -o a.npz");
+    ExpectConverts("walk.amc -o e.npz -o e.asf e.amc -o e.bvh");
+    ExpectConverts("walk.amc -o alone.asf alone.amc");
+    EXPECT_EQ(Text("e.npz"), Text("a.npz"));
+    EXPECT_EQ(Text("e.bvh"), Text("a.bvh"));
+    EXPECT_EQ(Text("alone.asf"), Text("a.asf"));
+    EXPECT_EQ(Text("e.amc").substr(Text("e.amc").find('\n')), Text("alone.amc").substr(Text("alone.amc").find('\n'))); // Names the ASF file.
     ExpectSame({"d.gltf", "d.bvh"}, "frames");
     // The two names after one -o may be in either order; a further name is an input.
     ExpectConverts("-o b.amc b.asf walk.amc");
