@@ -17,7 +17,7 @@ using namespace qexbench;
 namespace
 {
 
-constexpr int    kSamples = 20000;
+constexpr int    kSamples = 200000;
 constexpr double kSampleLimit = 1000.0; ///< Nanoseconds for the pose of 31 joints.
 constexpr double kWorldLimit = 500.0;   ///< Nanoseconds for their world transforms.
 constexpr double kThreadLimit = 1.9;    ///< Poses of two threads for each of one, on an idle machine.
