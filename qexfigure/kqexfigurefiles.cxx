@@ -97,7 +97,7 @@ bool KQexFigureFiles::FindSharedSkeleton(const KQexFigureFilesOptions& pOptions,
     std::string lPath = pOptions.mSkeleton;
     for (size_t lIndex = 0; lIndex < mMotions.size() && pOptions.mSkeleton.empty(); ++lIndex)
     {
-        const std::string lFound = FindFigureSkeleton(mMotions[lIndex], pOptions.mSkeletonOption, pReport);
+        const std::string lFound = FindFigureSkeleton(mMotions[lIndex], pOptions, pReport);
         if (lFound.empty())
         {
             return false;

@@ -17,6 +17,7 @@ struct QEX_API KQexFigureFilesOptions
 {
     std::string mSkeleton;       ///< ASF file for AMC files that are given alone; empty: searched for.
     std::string mFormat;         ///< Format of a single file: "asf", "amc", "bvh", "glb" or "gltf"; empty: detected.
+    bool        mSearchesAbove = false; ///< A skeleton that is not in the motion's folder is searched for in the folder above, too.
     std::string mSkeletonOption; ///< How a user of the program names mSkeleton ("--asf"), for hints in messages; empty: no hints.
 };
 
@@ -55,13 +56,13 @@ private:
 QEX_API bool OpenFigureFiles(const std::vector<std::string>& pPaths, const KQexFigureFilesOptions& pOptions,
                              std::vector<KQexFigureFile>& pFiles, KQexFigureReport& pReport) noexcept;
 
-/// Finds the skeleton of a motion among the ASF files in its folder: the one named in its header; else the one whose name is the longest
+/// Finds the skeleton of a motion among the ASF files in its folder, then, if the options ask for it, in the folder above: the one named in its header; else the one whose name is the longest
 /// prefix of the motion's (01.asf for 01_01.amc); else the only one. Case is ignored.
 /// \param pMotion an AMC file, open
-/// \param pSkeletonOption see KQexFigureFilesOptions
+/// \param pOptions mSearchesAbove and mSkeletonOption are used
 /// \param pReport receives a note with the choice, or an error
 /// \return its path; "" after an error that lists the candidates
-QEX_API std::string FindFigureSkeleton(const KQexFigureFile& pMotion, const std::string& pSkeletonOption,
+QEX_API std::string FindFigureSkeleton(const KQexFigureFile& pMotion, const KQexFigureFilesOptions& pOptions,
                                        KQexFigureReport& pReport) noexcept;
 
 } // namespace qexsdk

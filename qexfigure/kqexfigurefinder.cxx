@@ -108,34 +108,53 @@ void ReportChoice(const KQexFigureFile& pMotion, const std::string& pSkeleton, c
     pReport.Add(KQexFigureMessage::eNOTE, pMotion.GetDisplayPath(), 0, "using skeleton " + pSkeleton + " (" + pReason + ")");
 }
 
-std::string Find(const KQexFigureFile& pMotion, const std::string& pSkeletonOption, KQexFigureReport& pReport)
+/// The skeleton of a motion among the files of a folder; empty without one.
+std::string FindAmong(const KQexFigureFile& pMotion, const fs::path& pFolder, const std::vector<std::string>& pCandidates,
+                      KQexFigureReport& pReport)
 {
-    const fs::path                 lFolder = FolderOf(pMotion);
-    const std::vector<std::string> lCandidates = Candidates(lFolder);
-    const std::string              lHeader = HeaderFile(pMotion);
-
-    const char* lReason = kNamedReason;
-    std::string lFound = lHeader.empty() ? std::string() : FindNamed(lCandidates, lHeader);
+    const std::string lHeader = HeaderFile(pMotion);
+    const char*       lReason = kNamedReason;
+    std::string       lFound = lHeader.empty() ? std::string() : FindNamed(pCandidates, lHeader);
     if (lFound.empty() && pMotion.GetPath() != "-")
     {
         lReason = kPrefixReason;
-        lFound = LongestPrefix(lCandidates, BaseName(pMotion.GetPath()));
+        lFound = LongestPrefix(pCandidates, BaseName(pMotion.GetPath()));
     }
-    if (lFound.empty() && lCandidates.size() == 1)
+    if (lFound.empty() && pCandidates.size() == 1)
     {
         lReason = "the only one in the folder";
-        lFound = lCandidates.front();
+        lFound = pCandidates.front();
     }
     if (lFound.empty())
     {
-        const std::string lList = lCandidates.empty() ? "there is no ASF file in its folder" : "candidates are " + Join(lCandidates);
-        const std::string lHint = pSkeletonOption.empty() ? std::string() : "; give one with " + pSkeletonOption + " FILE";
-        pReport.Fail(eFIGURE_USAGE, pMotion.GetDisplayPath(), "needs a skeleton: " + lList + lHint);
-        return std::string();
+        return lFound;
     }
-    const std::string lPath = (lFolder / lFound).string();
+    const std::string lPath = (pFolder / lFound).string();
     ReportChoice(pMotion, lPath, lReason, pReport);
     return lPath;
+}
+
+std::string Find(const KQexFigureFile& pMotion, const KQexFigureFilesOptions& pOptions, KQexFigureReport& pReport)
+{
+    const fs::path           lFolder = FolderOf(pMotion);
+    std::vector<std::string> lCandidates = Candidates(lFolder);
+    std::string              lFound = FindAmong(pMotion, lFolder, lCandidates, pReport);
+    if (lFound.empty() && pOptions.mSearchesAbove)
+    {
+        const fs::path                 lAbove = (lFolder / "..").lexically_normal();
+        const std::vector<std::string> lThere = Candidates(lAbove);
+        lFound = FindAmong(pMotion, lAbove, lThere, pReport);
+        lCandidates.insert(lCandidates.end(), lThere.begin(), lThere.end());
+    }
+    if (lFound.empty())
+    {
+        const std::string lPlace = pOptions.mSearchesAbove ? "its folder and the one above" : "its folder";
+        const std::string lList = lCandidates.empty() ? "there is no ASF file in " + lPlace : "candidates are " + Join(lCandidates);
+        const std::string lHint =
+            pOptions.mSkeletonOption.empty() ? std::string() : "; give one with " + pOptions.mSkeletonOption + " FILE";
+        pReport.Fail(eFIGURE_USAGE, pMotion.GetDisplayPath(), "needs a skeleton: " + lList + lHint);
+    }
+    return lFound;
 }
 
 /// How well a skeleton fits a motion; a greater one fits better.
@@ -205,13 +224,13 @@ bool KQexFigureFiles::Pair(const KQexFigureFile& pMotion, const std::vector<KQex
                       });
 }
 
-std::string FindFigureSkeleton(const KQexFigureFile& pMotion, const std::string& pSkeletonOption, KQexFigureReport& pReport) noexcept
+std::string FindFigureSkeleton(const KQexFigureFile& pMotion, const KQexFigureFilesOptions& pOptions, KQexFigureReport& pReport) noexcept
 {
     std::string lFound;
     RunGuarded(pReport,
                [&]
                {
-                   lFound = Find(pMotion, pSkeletonOption, pReport);
+                   lFound = Find(pMotion, pOptions, pReport);
                    return true;
                });
     return lFound;

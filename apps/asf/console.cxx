@@ -1,5 +1,6 @@
 #include <apps/asf/console.h>
 
+#include <apps/asf/report/messagelog.h>
 #include <kbaselib/kbase/kutf8.h>
 
 #include <algorithm>
@@ -149,6 +150,14 @@ void KConsole::ShowOnly(ESeverity pSeverity)
 
 void KConsole::Print(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText)
 {
+    if (mLog != nullptr)
+    {
+        if (pSeverity != eNOTE)
+        {
+            mLog->Add(pSeverity, pPath, pLine, pText);
+        }
+        return;
+    }
     std::string lText = Printable(pPath);
     if (pLine > 0)
     {
@@ -165,7 +174,7 @@ void KConsole::Print(ESeverity pSeverity, const std::string& pPath, int pLine, s
 
 void KConsole::Report(std::string_view pText)
 {
-    if (!mQuiet)
+    if (!mQuiet && mLog == nullptr)
     {
         const std::string lText = "asf: " + Printable(pText) + "\n";
         std::fwrite(lText.data(), 1, lText.size(), stderr);

@@ -37,6 +37,8 @@ ESeverity SeverityOf(const qexsdk::KQexTextMessage& pMessage);
 /// cannot control a terminal.
 std::string Printable(std::string_view pText);
 
+class KMessageLog;
+
 /// The output streams and the exit status of a command. Colour is used only on a terminal and not when NO_COLOR is set.
 class KConsole
 {
@@ -60,6 +62,10 @@ public:
 
     /// Prints `path:line: warning: text` to standard error; without the line if it is 0. Notes are dropped when quiet.
     void Message(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText);
+
+    /// From now on all messages go to \p pLog instead, which must outlive this or the next call; null: to standard error again. Notes and
+    /// reports are dropped meanwhile.
+    void Collect(KMessageLog* pLog) { mLog = pLog; }
 
     /// Drops all messages of files but those of \p pSeverity.
     void ShowOnly(ESeverity pSeverity);
@@ -90,6 +96,7 @@ private:
     std::string         mPending; ///< Data not yet passed to mOut.
     bool                mIsOutOpen = false;
     bool                mHasOutFailed = false;
+    KMessageLog*        mLog = nullptr;
     bool                mQuiet = false;
     bool                mHasOnly = false;
     ESeverity           mOnly = eNOTE; ///< Valid if mHasOnly.

@@ -35,6 +35,11 @@ void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions)
     pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No notes, no progress bar");
 }
 
+void AddSearchAbove(CLI::App& pCommand, KMotionOptions& pOptions)
+{
+    pCommand.add_flag("--search-above", pOptions.mSearchesAbove, "Search for the skeleton in the folder above the motion's, too");
+}
+
 void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions)
 {
     pCommand.add_flag("--allow-unmatched", pOptions.mAllowUnmatched,

@@ -29,6 +29,9 @@ void AddSourceRate(CLI::App& pCommand, KMotionOptions& pOptions);
 /// callback must call ApplyMotionOptions().
 void AddMotionOptions(CLI::App& pCommand, KMotionOptions& pOptions);
 
+/// Adds --search-above.
+void AddSearchAbove(CLI::App& pCommand, KMotionOptions& pOptions);
+
 /// Adds --allow-unmatched.
 void AddAllowUnmatched(CLI::App& pCommand, KMotionOptions& pOptions);
 

@@ -3,11 +3,14 @@
 #include <apps/asf/figure/converter.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/report/messagelog.h>
+#include <kbaselib/kbase/kprocess.h>
 #include <qexfigure/check/kqexsizehint.h>
 
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <new>
 
 namespace asfapp
 {
@@ -28,11 +31,11 @@ bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string
     return true;
 }
 
-void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
+/// Converts, and describes in \p pReport what was read and written.
+void Convert(KConvertOptions& pOptions, KJson& pReport, KConsole& pConsole)
 {
     qexsdk::KQexFigureFiles lFiles;
-    if (!ParseConvertOptions(pOptions, pConsole) || !CheckOutputs(pOptions, pOptions.mFiles, pConsole) ||
-        !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole))
+    if (!CheckOutputs(pOptions, pOptions.mFiles, pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole))
     {
         return;
     }
@@ -40,6 +43,10 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
     if (!pOptions.mSkeleton.empty())
     {
         lInputs.push_back(pOptions.mSkeleton);
+    }
+    for (const std::string& lInput : lInputs)
+    {
+        pReport["inputs"].push_back(JsonPath(lInput));
     }
     qexsdk::KQexFigure lFigure;
     if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
@@ -54,8 +61,51 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
     if (CheckLengthUnit(pOptions.mWorld, pOptions.mLengthUnit, true, pConsole))
     {
         HoldInPlace(pOptions.mWorld, lFigure);
-        KConverter(pOptions, lFigure, lInputs, pConsole).Run();
+        KConverter lConverter(pOptions, lFigure, lInputs, pConsole);
+        if (lConverter.Run())
+        {
+            lConverter.Describe(pReport);
+        }
     }
+}
+
+/// Converts with the messages in the report, which it prints.
+void ConvertWithJson(KConvertOptions& pOptions, KConsole& pConsole)
+{
+    KMessageLog lLog;
+    KJson       lReport = {{"schema", kJsonSchema}, {"inputs", KJson::array()}, {"takes", KJson::array()}, {"outputs", KJson::array()}};
+    pConsole.Collect(&lLog);
+    try
+    {
+        Convert(pOptions, lReport, pConsole);
+    }
+    catch (const std::bad_alloc&)
+    {
+        pConsole.Fail(eEXIT_SYSTEM, "out of memory");
+    }
+    pConsole.Collect(nullptr);
+    lReport["status"] = pConsole.GetExit();
+    lReport["messages"] = lLog.ToJson();
+    PrintJsonLine(lReport, pConsole);
+}
+
+void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
+{
+    if (!ParseConvertOptions(pOptions, pConsole))
+    {
+        return;
+    }
+    if (pOptions.mMaxMemory > 0)
+    {
+        qexsdk::KLimitMemory(pOptions.mMaxMemory);
+    }
+    if (pOptions.mJson)
+    {
+        ConvertWithJson(pOptions, pConsole);
+        return;
+    }
+    KJson lIgnored;
+    Convert(pOptions, lIgnored, pConsole);
 }
 
 } // namespace

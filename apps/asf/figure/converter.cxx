@@ -21,17 +21,6 @@ bool HoldsOneTake(EOutputKind pKind)
     return pKind == eOUT_AMC || pKind == eOUT_BVH || pKind == eOUT_NPZ;
 }
 
-/// The files that an output writes: .gltf has its buffer beside it.
-std::vector<std::string> FilesOf(EOutputKind pKind, const std::string& pPath)
-{
-    std::vector<std::string> lFiles{pPath};
-    if (pKind == eOUT_GLTF)
-    {
-        lFiles.push_back(pPath.substr(0, pPath.find_last_of('.')) + ".bin");
-    }
-    return lFiles;
-}
-
 /// A path that is the same for all ways to a file.
 std::string WithoutLinks(const std::string& pPath)
 {
@@ -53,16 +42,18 @@ KConverter::KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFig
 {
 }
 
-void KConverter::Run()
+bool KConverter::Run()
 {
     if (!mOptions.mLimits)
     {
         mFigure.DropLimits();
     }
-    if (SampleTakes() && CheckTargets() && WriteAll() && Commit())
+    const bool lOk = SampleTakes() && CheckTargets() && WriteAll() && Commit();
+    if (lOk)
     {
         ReportAfterCommit([this] { Report(); });
     }
+    return lOk;
 }
 
 bool KConverter::WriteAll()
@@ -110,7 +101,19 @@ std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake
     lWords.mTake = pTake.mName;
     lWords.mSkeleton = FileNamePart(qexsdk::KPathStem(mOptions.mSkeleton.empty() ? mInputs.front() : mOptions.mSkeleton), "skeleton");
     lWords.mNumber = static_cast<size_t>(&pTake - mTakes.data()) + 1;
+    lWords.mSuffix = mTakes.size() > 1 ? "-" + pTake.mName : "";
     return FillName(pOutput.mPath, lWords);
+}
+
+/// The files that an output writes: .gltf has its buffer beside it.
+std::vector<std::string> KConverter::FilesOf(EOutputKind pKind, const std::string& pPath)
+{
+    std::vector<std::string> lFiles{pPath};
+    if (pKind == eOUT_GLTF)
+    {
+        lFiles.push_back(pPath.substr(0, pPath.find_last_of('.')) + ".bin");
+    }
+    return lFiles;
 }
 
 KConverter::KTakeGroups KConverter::GroupsOf(const KConvertOutput& pOutput) const

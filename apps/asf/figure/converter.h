@@ -4,6 +4,7 @@
 #include <apps/asf/figure/convertoptions.h>
 #include <apps/asf/figure/frameoutput.h>
 #include <apps/asf/figure/loading.h>
+#include <apps/asf/report/jsontext.h>
 
 #include <memory>
 #include <string>
@@ -21,8 +22,11 @@ public:
     KConverter(const KConverter&) = delete;
     KConverter& operator=(const KConverter&) = delete;
 
-    /// On an error, reports it, raises the exit status and replaces no further file.
-    void Run();
+    /// False after an error; it is reported, the exit status raised and no further file replaced.
+    bool Run();
+
+    /// What was written, after a run without errors: `joints`, `takes` and `outputs` of docs/json.md.
+    void Describe(KJson& pObject) const;
 
 private:
     /// The takes of each of an output's files: one each, or all in one.
@@ -34,6 +38,8 @@ private:
     bool        CheckTargets();
     bool        CheckTarget(const KConvertOutput& pOutput);
     std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
+
+    static std::vector<std::string> FilesOf(EOutputKind pKind, const std::string& pPath);
 
     KTakeGroups GroupsOf(const KConvertOutput& pOutput) const;
 

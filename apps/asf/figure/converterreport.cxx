@@ -50,4 +50,35 @@ void KConverter::Report() const
     }
 }
 
+void KConverter::Describe(KJson& pObject) const
+{
+    const bool lIsGiven = mFigure.GetSkeleton() != nullptr && mOptions.mMotion.mMotionRate > 0;
+    pObject["takes"] = KJson::array();
+    pObject["outputs"] = KJson::array();
+    for (const KSampledTake& lTake : mTakes)
+    {
+        if (lTake.mTake != nullptr)
+        {
+            pObject["takes"].push_back({{"name", lTake.mTake->mName},
+                                        {"frameCount", lTake.mTake->mFrames},
+                                        {"framesPerSecond", lTake.mTake->mRate},
+                                        {"rateFrom", lTake.mTake->mIsDefaultRate ? "default"
+                                                     : lIsGiven                  ? "caller"
+                                                                                 : "file"},
+                                        {"framesWritten", lTake.mSampling.mCount},
+                                        {"framesPerSecondWritten", RateOf(lTake)}});
+        }
+    }
+    for (const KConvertOutput& lOutput : mOptions.mTargets)
+    {
+        for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lOutput))
+        {
+            for (const std::string& lFile : FilesOf(lOutput.mKind, PathOf(lOutput, *lTakes.front())))
+            {
+                pObject["outputs"].push_back(JsonPath(lFile));
+            }
+        }
+    }
+}
+
 } // namespace asfapp

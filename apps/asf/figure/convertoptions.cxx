@@ -81,7 +81,7 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
 bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
 {
     std::set<std::string> lPaths;
-    for (const std::string& lPath : pOptions.mOutputs)
+    for (const std::string& lPath : pOptions.mOnlyRead ? std::vector<std::string>() : pOptions.mOutputs)
     {
         KConvertOutput lOutput;
         lOutput.mPath = lPath;
@@ -101,6 +101,18 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
         pOptions.mTargets.push_back(lOutput);
     }
     return true;
+}
+
+bool ParseMemory(KConvertOptions& pOptions, KConsole& pConsole)
+{
+    return pOptions.mMemory.empty() || ParseBytes(pOptions.mMemory, pOptions.mMaxMemory) ||
+           UsageError(pConsole, "--memory: expected bytes such as 800M or 2G, not " + pOptions.mMemory);
+}
+
+bool CheckJson(const KConvertOptions& pOptions, KConsole& pConsole)
+{
+    const bool lIsTaken = std::find(pOptions.mOutputs.begin(), pOptions.mOutputs.end(), "-") != pOptions.mOutputs.end();
+    return !pOptions.mJson || !lIsTaken || UsageError(pConsole, "--json writes to standard output: choose another output than -");
 }
 
 bool CheckFormatOption(const std::string& pWord, const char* pOption, bool pIsUsed, const char* pFormat, KConsole& pConsole)
@@ -158,7 +170,8 @@ bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
     return ApplyMotionOptions(pOptions.mMotion, pConsole) && ParseTakeTime("--start", pOptions.mStart, pOptions.mStartTime, pConsole) &&
            ParseTakeTime("--end", pOptions.mEnd, pOptions.mEndTime, pConsole) &&
            ParseChannels(pOptions.mChannels, pOptions.mOrder, pConsole) && ParseOutputs(pOptions, pConsole) &&
-           CheckFormatOptions(pOptions, pConsole) && CheckWorldOptions(pOptions, pConsole);
+           (pOptions.mOnlyRead || CheckFormatOptions(pOptions, pConsole)) && CheckWorldOptions(pOptions, pConsole) &&
+           ParseMemory(pOptions, pConsole) && CheckJson(pOptions, pConsole);
 }
 
 qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)

@@ -7,6 +7,7 @@
 #include <qexfigure/kqexfigure.h>
 #include <qexioplugins/acclaim/kqexexporteracclaim.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,10 @@ struct KConvertOptions
     bool                     mWriteRate = false;
     bool                     mKeepGoodFrames = false;
     int                      mThreads = 0;
+    bool                     mJson = false;     ///< --json: a report on standard output instead of messages.
+    bool                     mOnlyRead = false; ///< Write nothing.
+    std::string              mMemory;           ///< --memory as given.
+    uint64_t                 mMaxMemory = 0;    ///< --memory in bytes; 0: no limit.
 
     std::vector<KConvertOutput> mTargets;
     KTakeTime                   mStartTime;

@@ -48,6 +48,25 @@ bool ParseRateOption(const char* pOption, const std::string& pText, double& pRat
 
 } // namespace
 
+bool ParseBytes(const std::string& pText, uint64_t& pBytes)
+{
+    static const std::string sUnits = "KMGT";
+    const size_t             lUnit = pText.empty() ? std::string::npos : sUnits.find(pText.back());
+    const bool               lHasUnit = lUnit != std::string::npos;
+    double                   lNumber = 0;
+    if (!ParseNumber(lHasUnit ? pText.substr(0, pText.size() - 1) : pText, lNumber))
+    {
+        return false;
+    }
+    const double lBytes = std::ldexp(lNumber, lHasUnit ? 10 * (static_cast<int>(lUnit) + 1) : 0);
+    if (lBytes < 1 || lBytes > 1e18)
+    {
+        return false;
+    }
+    pBytes = static_cast<uint64_t>(lBytes);
+    return true;
+}
+
 bool ApplyMotionOptions(KMotionOptions& pOptions, KConsole& pConsole)
 {
     pConsole.SetQuiet(pOptions.mQuiet);
@@ -72,6 +91,7 @@ qexsdk::KQexFigureFilesOptions FilesOptions(const KMotionOptions& pOptions)
     qexsdk::KQexFigureFilesOptions lOptions;
     lOptions.mSkeleton = pOptions.mAsf;
     lOptions.mFormat = pOptions.mFrom;
+    lOptions.mSearchesAbove = pOptions.mSearchesAbove;
     lOptions.mSkeletonOption = "--asf";
     return lOptions;
 }

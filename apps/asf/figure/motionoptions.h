@@ -4,6 +4,7 @@
 #include <apps/asf/console.h>
 #include <qexfigure/kqexfigure.h>
 
+#include <cstdint>
 #include <string>
 
 namespace asfapp
@@ -13,6 +14,7 @@ namespace asfapp
 struct KMotionOptions
 {
     std::string mAsf;                    ///< --asf; empty: search for it.
+    bool        mSearchesAbove = false;  ///< --search-above: search for it in the folder above, too.
     std::string mFrom;                   ///< --from: format of a single input; empty: detected.
     bool        mHasRate = false;        ///< The command takes --fps.
     std::string mFps;                    ///< --fps, the rate wanted in the output, as given; empty: the file's.
@@ -27,6 +29,9 @@ struct KMotionOptions
 
 /// Parses a rate: "120", "23.976" or "30000/1001". False, and \p pRate unchanged, if \p pText is not a rate in [1e-3, 1e6].
 bool ParseRate(const std::string& pText, double& pRate);
+
+/// Parses a number of bytes: "800000", "64K", "512M" or "2G" (of 1024). False, and \p pBytes unchanged, if \p pText is none above 0.
+bool ParseBytes(const std::string& pText, uint64_t& pBytes);
 
 /// Parses all of \p pText as a finite number. False if it is not one.
 bool ParseNumber(const std::string& pText, double& pValue);

@@ -12,7 +12,7 @@ namespace asfapp
 namespace
 {
 
-const char* const kWords[] = {"name", "take", "skeleton", "n"};
+const char* const kWords[] = {"name", "take", "skeleton", "n", "-take"};
 
 /// Calls \p pSee with every word in braces, and appends what that returns and the text around to a new name.
 std::string Replace(const std::string& pName, const std::function<std::string(const std::string&)>& pSee)
@@ -59,7 +59,7 @@ bool NamesTake(const std::string& pName)
     Replace(pName,
             [&](const std::string& pWord)
             {
-                lNames = lNames || pWord == "name" || pWord == "take" || pWord == "n";
+                lNames = lNames || pWord == "name" || pWord == "take" || pWord == "-take" || pWord == "n";
                 return std::string();
             });
     return lNames;
@@ -69,7 +69,10 @@ std::string FillName(const std::string& pName, const KNameWords& pWords)
 {
     return Replace(pName,
                    [&](const std::string& pWord) {
-                       return pWord == "skeleton" ? pWords.mSkeleton : pWord == "n" ? std::to_string(pWords.mNumber) : pWords.mTake;
+                       return pWord == "skeleton" ? pWords.mSkeleton
+                              : pWord == "-take"  ? pWords.mSuffix
+                              : pWord == "n"      ? std::to_string(pWords.mNumber)
+                                                  : pWords.mTake;
                    });
 }
 

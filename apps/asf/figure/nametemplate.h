@@ -18,12 +18,13 @@ struct KNameWords
     std::string mTake;       ///< {name} and {take}.
     std::string mSkeleton;   ///< {skeleton}.
     size_t      mNumber = 1; ///< {n}, from 1.
+    std::string mSuffix;     ///< {-take}: empty for the only take, else - and its name.
 };
 
 /// False, after an error that names the known words, if \p pName has another word in braces. An opening brace alone is none.
 bool CheckNameTemplate(const std::string& pName, KConsole& pConsole);
 
-/// True if \p pName has a word that differs from take to take: {name}, {take} or {n}.
+/// True if \p pName has a word that differs from take to take: {name}, {take}, {-take} or {n}.
 bool NamesTake(const std::string& pName);
 
 /// \p pName with its words replaced.

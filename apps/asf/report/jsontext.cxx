@@ -1,6 +1,10 @@
 #include <apps/asf/report/jsontext.h>
 
+#include <kbaselib/kbase/kutf8.h>
+
 #include <algorithm>
+#include <charconv>
+#include <string_view>
 
 namespace asfapp
 {
@@ -32,6 +36,57 @@ KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const qexs
     lObject["warnings"] = pMessages.mWarnings;
     lObject["messages"] = JsonMessages(pMessages);
     return lObject;
+}
+
+KJson JsonPath(const std::string& pPath)
+{
+    static const char sDigits[] = "0123456789abcdef";
+    std::string       lHex;
+    bool              lIsText = true;
+    for (size_t lAt = 0; lAt < pPath.size() && lIsText;)
+    {
+        const size_t lLength = qexsdk::KUtf8Length(std::string_view(pPath).substr(lAt));
+        lIsText = lLength > 0;
+        lAt += lLength;
+    }
+    if (lIsText)
+    {
+        return pPath;
+    }
+    for (const char lChar : pPath)
+    {
+        const auto lByte = static_cast<unsigned char>(lChar);
+        lHex += sDigits[lByte >> 4];
+        lHex += sDigits[lByte & 15];
+    }
+    return {{"hex", lHex}};
+}
+
+bool PathFromJson(const KJson& pValue, std::string& pPath)
+{
+    if (pValue.is_string())
+    {
+        pPath = pValue.get<std::string>();
+        return true;
+    }
+    const auto lHex = pValue.is_object() ? pValue.find("hex") : pValue.end();
+    if (!pValue.is_object() || lHex == pValue.end() || !lHex->is_string())
+    {
+        return false;
+    }
+    const std::string lDigits = lHex->get<std::string>();
+    pPath.clear();
+    for (size_t i = 0; i + 1 < lDigits.size(); i += 2)
+    {
+        unsigned   lByte = 0;
+        const auto lEnd = std::from_chars(lDigits.data() + i, lDigits.data() + i + 2, lByte, 16);
+        if (lEnd.ptr != lDigits.data() + i + 2)
+        {
+            return false;
+        }
+        pPath += static_cast<char>(lByte);
+    }
+    return lDigits.size() % 2 == 0;
 }
 
 const char* JsonKind(const qexsdk::KQexFigureFile& pFile)

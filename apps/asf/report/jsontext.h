@@ -23,6 +23,12 @@ KJson JsonMessages(const qexsdk::KQexFileMessages& pMessages);
 /// The common head of all objects: schema, kind, file, ok, first error, counts and list of messages.
 KJson JsonHead(const char* pKind, const std::string& pPath, bool pOk, const qexsdk::KQexFileMessages& pMessages);
 
+/// A path: a string, or {"hex": its bytes} if it is not valid UTF-8.
+KJson JsonPath(const std::string& pPath);
+
+/// The path that JsonPath() made \p pValue of. False if that is none.
+bool PathFromJson(const KJson& pValue, std::string& pPath);
+
 /// The word for a kind of input: "skeleton", "motion" or "figure".
 const char* JsonKind(const qexsdk::KQexFigureFile& pFile);
 
