@@ -73,6 +73,7 @@ void SetUpProgram(CLI::App& pProgram, KConsole& pConsole)
     AddRotationsCommand(pProgram, pConsole);
     AddAnglesCommand(pProgram, pConsole);
     AddConvertCommand(pProgram, pConsole);
+    AddBatchCommand(pProgram, pConsole);
     AddEditCommand(pProgram, pConsole);
     AddDiffCommand(pProgram, pConsole);
     for (CLI::App* lCommand : pProgram.get_subcommands([](CLI::App*) { return true; }))

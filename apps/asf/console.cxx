@@ -192,6 +192,11 @@ void KConsole::Raise(EExit pExit)
     mExit = std::max<int>(mExit, pExit);
 }
 
+bool KConsole::IsErrorTerminal() const
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
 std::string KConsole::Bold(std::string_view pText) const
 {
     const std::string lText(pText);

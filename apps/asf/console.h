@@ -85,6 +85,9 @@ public:
     void SetQuiet(bool pQuiet) { mQuiet = pQuiet; }
     bool IsQuiet() const { return mQuiet; }
 
+    /// True if standard error is a terminal.
+    bool IsErrorTerminal() const;
+
     /// \p pText in bold if standard output is a terminal that shows colour, else unchanged.
     std::string Bold(std::string_view pText) const;
 

@@ -44,6 +44,9 @@ void AddWorldOptions(CLI::App& pCommand, KWorldOptions& pOptions);
 /// Adds the options of `asf convert`.
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions);
 
+/// Adds those of them that fit any number of files: what of a motion is written, and how.
+void AddEachFileOptions(CLI::App& pCommand, KConvertOptions& pOptions);
+
 /// Splits `-o A.asf B.amc` of convert and edit into options with one name each, so that -o never consumes the name of an input.
 std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments);
 

@@ -22,6 +22,7 @@ void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddRotationsCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddAnglesCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole);
+void AddBatchCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddEditCommand(CLI::App& pProgram, KConsole& pConsole);
 void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole);
 

@@ -3,6 +3,7 @@
 #include <apps/asf/figure/converter.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/report/filestamp.h>
 #include <apps/asf/report/messagelog.h>
 #include <kbaselib/kbase/kprocess.h>
 #include <qexfigure/check/kqexsizehint.h>
@@ -46,7 +47,10 @@ void Convert(KConvertOptions& pOptions, KJson& pReport, KConsole& pConsole)
     }
     for (const std::string& lInput : lInputs)
     {
-        pReport["inputs"].push_back(JsonPath(lInput));
+        // Before it is read, so that a change meanwhile can be seen.
+        KFileStamp lStamp;
+        ReadStamp(lInput, lStamp);
+        pReport["inputs"].push_back(JsonStamped(lInput, lStamp));
     }
     qexsdk::KQexFigure lFigure;
     if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))

@@ -57,8 +57,6 @@ void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
         ->option_text("FILE");
     AddFormatOption(pCommand, pOptions.mMotion.mFrom);
     pCommand.add_option("--to", pOptions.mTo, "Format to write, instead of the output's extension")->check(lKinds)->option_text("KIND");
-    pCommand.add_option("--asf", pOptions.mMotion.mAsf, "Skeleton of AMC files given alone (default: searched for in their folder)")
-        ->option_text("FILE");
     AddSearchAbove(pCommand, pOptions.mMotion);
     pCommand.add_option("--skeleton", pOptions.mSkeleton, "Write the motion for the bones of this ASF file, matched by name")
         ->option_text("FILE");
@@ -144,11 +142,19 @@ std::vector<std::string> SplitOutputPairs(int pArgumentCount, char** pArguments)
     return lSplit;
 }
 
+void AddEachFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
+{
+    pCommand.add_option("--asf", pOptions.mMotion.mAsf, "Skeleton of AMC files given alone (default: searched for in their folder)")
+        ->option_text("FILE");
+    AddMotionPartOptions(pCommand, pOptions);
+    AddOutputFormatOptions(pCommand, pOptions);
+    AddAllowUnmatched(pCommand, pOptions.mMotion);
+}
+
 void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
     AddFileOptions(pCommand, pOptions);
-    AddMotionPartOptions(pCommand, pOptions);
-    AddOutputFormatOptions(pCommand, pOptions);
+    AddEachFileOptions(pCommand, pOptions);
     pCommand
         .add_option("--threads", pOptions.mThreads, "Number of threads (default: as many as are useful); it does not change the output")
         ->check(NumberFrom(1, 64, true))
@@ -156,7 +162,6 @@ void AddConvertOptions(CLI::App& pCommand, KConvertOptions& pOptions)
     pCommand.add_option("--memory", pOptions.mMemory, "Most memory to use, such as 800M or 2G (default: no limit)")->option_text("BYTES");
     pCommand.add_flag("--json", pOptions.mJson, "Print what was read and written, and all messages, as JSON (docs/json.md)");
     pCommand.add_flag("--only-read", pOptions.mOnlyRead)->group("");
-    AddAllowUnmatched(pCommand, pOptions.mMotion);
     pCommand.add_flag("-q,--quiet", pOptions.mMotion.mQuiet, "No notes, no progress bar");
 }
 

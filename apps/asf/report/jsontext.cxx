@@ -99,9 +99,14 @@ KJson JsonPoint(const KPoint& pPoint)
     return KJson::array({pPoint.mX, pPoint.mY, pPoint.mZ});
 }
 
+std::string JsonLine(const KJson& pObject)
+{
+    return pObject.dump(-1, ' ', false, KJson::error_handler_t::replace) + "\n";
+}
+
 void PrintJsonLine(const KJson& pObject, KConsole& pConsole)
 {
-    pConsole.Out(pObject.dump(-1, ' ', false, KJson::error_handler_t::replace) + "\n");
+    pConsole.Out(JsonLine(pObject));
 }
 
 } // namespace asfapp

@@ -34,7 +34,10 @@ const char* JsonKind(const qexsdk::KQexFigureFile& pFile);
 
 KJson JsonPoint(const KPoint& pPoint);
 
-/// Prints \p pObject on one line. U+FFFD replaces bytes that are not valid UTF-8.
+/// \p pObject on one line, with its end. U+FFFD replaces bytes that are not valid UTF-8.
+std::string JsonLine(const KJson& pObject);
+
+/// Prints JsonLine().
 void PrintJsonLine(const KJson& pObject, KConsole& pConsole);
 
 } // namespace asfapp

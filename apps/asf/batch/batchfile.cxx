@@ -1,0 +1,268 @@
+#include <apps/asf/batch/batchfile.h>
+
+#include <apps/asf/batch/checksum.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+/// \file
+/// Whether a motion has to be made, and moving what was made to its place.
+
+namespace asfapp
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+} // namespace
+
+const char* WordOf(EBatchStatus pStatus)
+{
+    static const char* const sWords[] = {"made", "unchanged", "pending", "failed", "kept", "cancelled"};
+    return sWords[pStatus];
+}
+
+KBatchFile::KBatchFile(KContext& pContext, const KCollection::KFile& pFile, int pSlot)
+    : mContext(pContext),
+      mOptions(pContext.mOptions),
+      mFile(pFile),
+      mPath(pContext.mCollection.PathOf(pFile)),
+      mOutput(pContext.mCollection.OutputOf(pFile)),
+      mRate(pContext.mOptions.mRateTable.Find(pFile.mName)),
+      mStaging((fs::path(pContext.mStaging) / std::to_string(pSlot)).string())
+{
+    mResult.mLine = {{"schema", kJsonSchema}, {"file", JsonPath(pFile.mName)}};
+}
+
+KBatchResult KBatchFile::Run()
+{
+    FindRecord();
+    if (mFile.mHasCollision)
+    {
+        Fail(eEXIT_INPUT, "collision",
+             "another motion has the same output " + mOutput + ": rename one of them, or give --on-collision suffix");
+    }
+    else if (!mOptions.mForce && IsUnchanged())
+    {
+        mResult.mStatus = eBATCH_UNCHANGED;
+        mResult.mLine = mRecord;
+        mResult.mLine["status"] = WordOf(mResult.mStatus);
+    }
+    else if (CheckOutputs(PlannedOutputs()))
+    {
+        Make();
+    }
+    return std::move(mResult);
+}
+
+/// Everything that decides what a worker writes, apart from its inputs.
+std::string KBatchFile::OptionsText() const
+{
+    std::string lText;
+    for (const std::string& lKind : mOptions.mOnlyChecks ? std::vector<std::string>{"none"} : mOptions.mTo)
+    {
+        lText += (lText.empty() ? "--to " : ",") + lKind;
+    }
+    for (const std::string& lArgument : mOptions.mConvertArguments)
+    {
+        lText += " " + lArgument;
+    }
+    return mRate.empty() ? lText : lText + " --source-fps=" + mRate;
+}
+
+bool KBatchFile::FindRecord()
+{
+    return mContext.mIndex.Find(mFile.mName, mRecord);
+}
+
+/// The inputs and outputs of a line have known keys, or the line is none of ours.
+bool KBatchFile::IsUnchanged() const
+{
+    return mRecord.is_object() && mRecord.value("status", "") == "made" && mRecord.value("options", "") == OptionsText() &&
+           mRecord.value("version", "") == QEX_VERSION && HasInputs() && HasOutputs();
+}
+
+/// Recorded paths are relative to the motion's folder.
+std::string KBatchFile::InputPath(const std::string& pRecorded) const
+{
+    return (fs::path(mPath).parent_path() / pRecorded).lexically_normal().string();
+}
+
+std::string KBatchFile::Final(const std::string& pName) const
+{
+    return (fs::path(mOptions.mOutput) / pName).string();
+}
+
+bool KBatchFile::HasInputs() const
+{
+    const KJson lInputs = mRecord.value("inputs", KJson::array());
+    return !lInputs.empty() && std::all_of(lInputs.begin(), lInputs.end(),
+                                           [this](const KJson& pInput)
+                                           {
+                                               std::string lPath;
+                                               KFileStamp  lThen;
+                                               KFileStamp  lNow;
+                                               return StampedFromJson(pInput, lPath, lThen) && ReadStamp(InputPath(lPath), lNow) &&
+                                                      lThen == lNow;
+                                           });
+}
+
+bool KBatchFile::HasOutputs() const
+{
+    const KJson lOutputs = mRecord.value("outputs", KJson::array());
+    return (mOptions.mOnlyChecks || !lOutputs.empty()) &&
+           std::all_of(lOutputs.begin(), lOutputs.end(), [this](const KJson& pOutput) { return HasOutput(pOutput); });
+}
+
+bool KBatchFile::HasOutput(const KJson& pRecorded) const
+{
+    std::string lName;
+    KFileStamp  lThen;
+    KFileStamp  lNow;
+    uint32_t    lSum = 0;
+    if (!StampedFromJson(pRecorded, lName, lThen) || !ReadStamp(Final(lName), lNow) || lThen.mSize != lNow.mSize)
+    {
+        return false;
+    }
+    return mOptions.mVerify ? ReadChecksum(Final(lName), lSum) && pRecorded.value("crc32", uint32_t(0)) == lSum : lThen == lNow;
+}
+
+/// An existing file may be replaced if the record has it: as made, or as it was when that was moved over it.
+bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) const
+{
+    std::error_code lError;
+    KFileStamp      lNow;
+    if (!ReadStamp(Final(pName), lNow))
+    {
+        pReason = fs::is_directory(Final(pName), lError) ? "is a folder" : "";
+        return pReason.empty();
+    }
+    bool lIsRecorded = false;
+    for (const KJson& lOutput : mRecord.is_object() ? mRecord.value("outputs", KJson::array()) : KJson::array())
+    {
+        std::string lName;
+        KFileStamp  lMade;
+        KFileStamp  lReplaced;
+        if (StampedFromJson(lOutput, lName, lMade) && lName == pName)
+        {
+            lIsRecorded = true;
+            if (lMade == lNow || (StampedFromJson(lOutput.value("replaced", KJson()), lName, lReplaced) && lReplaced == lNow))
+            {
+                return true;
+            }
+        }
+    }
+    pReason = lIsRecorded ? "was changed since it was made" : "was not made by asf batch";
+    return mOptions.mForce;
+}
+
+bool KBatchFile::CheckOutputs(const std::vector<std::string>& pNames)
+{
+    for (const std::string& lName : pNames)
+    {
+        std::string lReason;
+        if (!MayReplace(lName, lReason))
+        {
+            Fail(eEXIT_INPUT, "kept", Final(lName) + " " + lReason + ": left as it is; --force replaces it");
+            mResult.mStatus = eBATCH_KEPT;
+            mResult.mLine["status"] = WordOf(mResult.mStatus);
+            return false;
+        }
+    }
+    return true;
+}
+
+std::vector<std::string> KBatchFile::PlannedOutputs() const
+{
+    std::vector<std::string> lNames;
+    for (const std::string& lKind : mOptions.mTo)
+    {
+        lNames.push_back(mOutput + "." + lKind);
+    }
+    return lNames;
+}
+
+void KBatchFile::Fail(EExit pExit, const std::string& pCause, const std::string& pText)
+{
+    mResult.mStatus = eBATCH_FAILED;
+    mResult.mExit = pExit;
+    mResult.mError = pText;
+    mResult.mLine["status"] = WordOf(mResult.mStatus);
+    mResult.mLine["cause"] = pCause;
+    mResult.mLine["error"] = pText;
+}
+
+/// An output as the manifest has it; null if it cannot be read.
+KJson KBatchFile::FinishOutput(const KOutput& pOutput) const
+{
+    uint32_t   lSum = 0;
+    KFileStamp lMade;
+    KFileStamp lReplaced;
+    if (!ReadStamp(pOutput.mStaged, lMade) || !ReadChecksum(pOutput.mStaged, lSum))
+    {
+        return KJson();
+    }
+    KJson lEntry = JsonStamped(pOutput.mName, lMade);
+    lEntry["crc32"] = lSum;
+    if (ReadStamp(Final(pOutput.mName), lReplaced))
+    {
+        lEntry["replaced"] = JsonStamped(pOutput.mName, lReplaced);
+    }
+    return lEntry;
+}
+
+/// The line comes first: should the run end before a file is moved, the manifest still knows what is at its place.
+void KBatchFile::Commit()
+{
+    KJson lOutputs = KJson::array();
+    for (const KOutput& lOutput : mOutputs)
+    {
+        lOutputs.push_back(FinishOutput(lOutput));
+        if (lOutputs.back().is_null())
+        {
+            return Fail(eEXIT_SYSTEM, "system", lOutput.mStaged + " cannot be read");
+        }
+    }
+    mResult.mStatus = eBATCH_MADE;
+    mResult.mLine["status"] = WordOf(mResult.mStatus);
+    mResult.mLine["outputs"] = lOutputs;
+    std::string lReason;
+    if (!mContext.mAppend(mResult.mLine, lReason))
+    {
+        return Fail(eEXIT_SYSTEM, "system", "the manifest cannot be written: " + lReason);
+    }
+    for (const KOutput& lOutput : mOutputs)
+    {
+        if (!Place(lOutput))
+        {
+            return;
+        }
+    }
+}
+
+/// The outputs of an earlier run stay known.
+void KBatchFile::NoteFailure()
+{
+    if (!mResult.mLine.contains("outputs") && mRecord.is_object() && mRecord.contains("outputs"))
+    {
+        mResult.mLine["outputs"] = mRecord["outputs"];
+    }
+    std::string lReason;
+    mContext.mAppend(mResult.mLine, lReason); // The failure is reported in any case.
+}
+
+bool KBatchFile::Place(const KOutput& pOutput)
+{
+    std::error_code lError;
+    fs::rename(pOutput.mStaged, Final(pOutput.mName), lError);
+    if (lError)
+    {
+        Fail(eEXIT_SYSTEM, "system", Final(pOutput.mName) + " cannot be written: " + lError.message());
+    }
+    return !lError;
+}
+
+} // namespace asfapp

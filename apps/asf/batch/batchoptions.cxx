@@ -1,0 +1,118 @@
+#include <apps/asf/batch/batchoptions.h>
+
+#include <apps/asf/figure/motionoptions.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <thread>
+
+namespace asfapp
+{
+
+namespace
+{
+
+constexpr uint32_t kMaxShards = 1000000;
+
+bool UsageError(KConsole& pConsole, const std::string& pText)
+{
+    pConsole.Fail(eEXIT_USAGE, pText);
+    return false;
+}
+
+bool ParseWhole(const std::string& pText, uint32_t& pValue)
+{
+    const char* lEnd = pText.data() + pText.size();
+    const auto  lResult = std::from_chars(pText.data(), lEnd, pValue);
+    return lResult.ec == std::errc() && lResult.ptr == lEnd;
+}
+
+uint32_t FromEnvironment(const char* pName, uint32_t pDefault)
+{
+    const char* lText = std::getenv(pName);
+    uint32_t    lValue = 0;
+    return lText != nullptr && ParseWhole(lText, lValue) ? lValue : pDefault;
+}
+
+/// The part of a Slurm array's task, whose numbers may begin anywhere and leave gaps.
+bool FindArrayShard(KShard& pShard, KConsole& pConsole)
+{
+    const uint32_t lCount = FromEnvironment("SLURM_ARRAY_TASK_COUNT", 0);
+    const uint32_t lTask = FromEnvironment("SLURM_ARRAY_TASK_ID", 0);
+    const uint32_t lMin = FromEnvironment("SLURM_ARRAY_TASK_MIN", 0);
+    const uint32_t lStep = std::max(FromEnvironment("SLURM_ARRAY_TASK_STEP", 1), 1U);
+    if (lCount == 0 || lTask < lMin || (lTask - lMin) % lStep != 0 || (lTask - lMin) / lStep >= lCount)
+    {
+        return UsageError(pConsole, "--shard auto: this is no task of a Slurm array (SLURM_ARRAY_TASK_ID and SLURM_ARRAY_TASK_COUNT)");
+    }
+    pShard = {(lTask - lMin) / lStep + 1, lCount};
+    return true;
+}
+
+bool ParseShard(KBatchOptions& pOptions, KConsole& pConsole)
+{
+    if (pOptions.mShard.empty() || pOptions.mShard == "auto")
+    {
+        return pOptions.mShard.empty() || FindArrayShard(pOptions.mPart, pConsole);
+    }
+    const size_t lSlash = pOptions.mShard.find('/');
+    KShard&      lPart = pOptions.mPart;
+    const bool   lOk = lSlash != std::string::npos && ParseWhole(pOptions.mShard.substr(0, lSlash), lPart.mIndex) &&
+                     ParseWhole(pOptions.mShard.substr(lSlash + 1), lPart.mCount) && lPart.mIndex >= 1 && lPart.mIndex <= lPart.mCount &&
+                     lPart.mCount <= kMaxShards;
+    return lOk || UsageError(pConsole, "--shard: expected a part such as 3/8, or auto, not " + pOptions.mShard);
+}
+
+/// The formats, and what convert's own options say about them.
+bool ParseFormats(KBatchOptions& pOptions, KConsole& pConsole)
+{
+    pOptions.mOnlyChecks = pOptions.mTo == std::vector<std::string>{"none"};
+    if (pOptions.mOnlyChecks)
+    {
+        pOptions.mTo.clear();
+    }
+    if (std::find(pOptions.mTo.begin(), pOptions.mTo.end(), "none") != pOptions.mTo.end())
+    {
+        return UsageError(pConsole, "--to none stands alone: it writes nothing");
+    }
+    for (const std::string& lKind : pOptions.mTo)
+    {
+        pOptions.mConvert.mOutputs.push_back("x." + lKind);
+    }
+    pOptions.mConvert.mOnlyRead = pOptions.mOnlyChecks;
+    pOptions.mConvert.mMotion.mQuiet = pOptions.mQuiet;
+    return ParseConvertOptions(pOptions.mConvert, pConsole);
+}
+
+bool CheckWhatIsGiven(const KBatchOptions& pOptions, KConsole& pConsole)
+{
+    if (pOptions.mInputs.empty() && pOptions.mList.empty())
+    {
+        return UsageError(pConsole, "INPUT is required: folders, files or patterns, or a list with --list");
+    }
+    if (pOptions.mOutput.empty() && !pOptions.mOnlyChecks)
+    {
+        return UsageError(pConsole, "--output is required: write the folder's name after -o");
+    }
+    if (pOptions.mTo.empty() && !pOptions.mOnlyChecks)
+    {
+        return UsageError(pConsole, "--to is required: the formats to write, such as glb or bvh,npz; or none to check only");
+    }
+    return true;
+}
+
+} // namespace
+
+bool ParseBatchOptions(KBatchOptions& pOptions, KConsole& pConsole)
+{
+    pConsole.SetQuiet(pOptions.mQuiet);
+    if (pOptions.mJobs == 0)
+    {
+        pOptions.mJobs = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
+    }
+    return ParseShard(pOptions, pConsole) && ParseFormats(pOptions, pConsole) && CheckWhatIsGiven(pOptions, pConsole) &&
+           (pOptions.mRates.empty() || pOptions.mRateTable.Read(pOptions.mRates, pConsole));
+}
+
+} // namespace asfapp

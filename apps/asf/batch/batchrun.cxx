@@ -1,0 +1,211 @@
+#include <apps/asf/batch/batchrun.h>
+
+#include <apps/asf/batch/interrupt.h>
+#include <apps/asf/outputs.h>
+#include <apps/asf/report/numbertext.h>
+#include <kbaselib/kbase/kprocess.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+namespace asfapp
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+} // namespace
+
+KBatchRun::KBatchRun(const KBatchOptions& pOptions, KConsole& pConsole)
+    : mOptions(pOptions), mConsole(pConsole), mContext{mOptions, mCollection, mIndex, "", "", {}, nullptr}, mProgress(pConsole)
+{
+    mContext.mAppend = [this](const KJson& pLine, std::string& pReason)
+    {
+        const std::lock_guard<std::mutex> lLock(mMutex);
+        return mFolder.empty() || mOptions.mIsDry || mManifest.Append(pLine, pReason);
+    };
+}
+
+void KBatchRun::Run()
+{
+    if (FindMotions() && Prepare() && OpenReport())
+    {
+        DoAll();
+        Finish();
+    }
+}
+
+bool KBatchRun::FindMotions()
+{
+    std::vector<std::string> lInputs = mOptions.mInputs;
+    if (!mOptions.mList.empty() && !ReadList(mOptions.mList, mOptions.mIsNull, lInputs, mConsole))
+    {
+        return false;
+    }
+    std::error_code lError;
+    for (const std::string& lInput : lInputs)
+    {
+        if (!mOptions.mOutput.empty() && fs::equivalent(lInput, mOptions.mOutput, lError))
+        {
+            mConsole.Fail(eEXIT_USAGE, "--output: " + mOptions.mOutput + " is also an input: choose another folder; it may be inside");
+            return false;
+        }
+    }
+    mCollection.Add(lInputs, mOptions.mOutput, mConsole);
+    mCollection.Finish(mOptions.mCollision == "suffix");
+    for (size_t i = 0; i < mCollection.GetFiles().size(); ++i)
+    {
+        if (mOptions.mPart.Has(mCollection.GetFiles()[i].mName))
+        {
+            mPart.push_back(i);
+        }
+    }
+    if (mCollection.GetFiles().empty())
+    {
+        mConsole.Fail(eEXIT_INPUT, "no motion was found: AMC, BVH, GLB or glTF");
+    }
+    return !mCollection.GetFiles().empty();
+}
+
+/// Reads what earlier runs have made, and makes the folders.
+bool KBatchRun::Prepare()
+{
+    mContext.mProgram = qexsdk::KProgramPath();
+    if (mContext.mProgram.empty())
+    {
+        mConsole.Fail(eEXIT_SYSTEM, "the path of this program cannot be found");
+        return false;
+    }
+    if (mOptions.mOutput.empty())
+    {
+        return true;
+    }
+    mFolder = (fs::path(mOptions.mOutput) / kBatchFolder).string();
+    mContext.mStaging = (fs::path(mFolder) / ("making-" + mOptions.mPart.GetWord())).string();
+    return (mOptions.mIsDry || OpenManifest()) && mIndex.Read(mFolder, mConsole);
+}
+
+bool KBatchRun::OpenManifest()
+{
+    std::error_code lError;
+    fs::create_directories(mFolder, lError);
+    if (lError)
+    {
+        mConsole.Message(eERROR, mOptions.mOutput, 0, "cannot be written: " + lError.message());
+        mConsole.Raise(eEXIT_SYSTEM);
+        return false;
+    }
+    const bool lOk = mManifest.Open((fs::path(mFolder) / ("made-" + mOptions.mPart.GetWord() + ".jsonl")).string(), mConsole);
+    if (lOk)
+    {
+        fs::remove_all(mContext.mStaging, lError); // What a run left that was killed.
+    }
+    return lOk;
+}
+
+bool KBatchRun::OpenReport()
+{
+    return mOptions.mReport.empty() || OpenOutput(mReport, mOptions.mReport, mConsole);
+}
+
+void KBatchRun::DoAll()
+{
+    const KInterrupt         lInterrupt(mContext.mIsCancelled);
+    std::vector<std::thread> lThreads;
+    mProgress.Start(mPart.size());
+    for (int lSlot = 1; lSlot < mOptions.mJobs; ++lSlot)
+    {
+        lThreads.emplace_back([this, lSlot] { DoSome(lSlot); });
+    }
+    DoSome(0);
+    for (std::thread& lThread : lThreads)
+    {
+        lThread.join();
+    }
+    mProgress.Clear();
+    std::error_code lError;
+    fs::remove_all(mContext.mStaging, lError);
+}
+
+bool KBatchRun::TakeNext(const KCollection::KFile*& pFile)
+{
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    if (mNext == mPart.size() || mContext.mIsCancelled || !mStopReason.empty())
+    {
+        return false;
+    }
+    pFile = &mCollection.GetFiles()[mPart[mNext++]];
+    return true;
+}
+
+void KBatchRun::DoSome(int pSlot)
+{
+    const KCollection::KFile* lFile = nullptr;
+    while (TakeNext(lFile))
+    {
+        KBatchResult lResult;
+        try
+        {
+            lResult = KBatchFile(mContext, *lFile, pSlot).Run();
+        }
+        catch (const std::exception& lError)
+        {
+            lResult.mStatus = eBATCH_FAILED;
+            lResult.mExit = eEXIT_SYSTEM;
+            lResult.mError = lError.what();
+        }
+        Take(*lFile, lResult);
+    }
+}
+
+void KBatchRun::Take(const KCollection::KFile& pFile, const KBatchResult& pResult)
+{
+    const std::lock_guard<std::mutex> lLock(mMutex);
+    if (pResult.mStatus == eBATCH_CANCELLED)
+    {
+        return;
+    }
+    if (pResult.mExit != eEXIT_SUCCESS)
+    {
+        mProgress.Clear();
+        mConsole.Message(eERROR, mCollection.PathOf(pFile), 0, pResult.mError);
+        mConsole.Raise(pResult.mExit);
+    }
+    if (mOptions.mIsDry && pResult.mStatus == eBATCH_PENDING)
+    {
+        mConsole.Out(Printable(mCollection.PathOf(pFile)) + "\n");
+    }
+    if (!mOptions.mReport.empty())
+    {
+        const std::string lLine = JsonLine(pResult.mLine);
+        mReport.Write(lLine.data(), lLine.size());
+    }
+    mProgress.Count(pResult);
+}
+
+void KBatchRun::Finish()
+{
+    if (!mOptions.mReport.empty())
+    {
+        CloseOutput(mReport, mOptions.mReport, mConsole);
+    }
+    const std::string lOf = mProgress.GetDone() < mProgress.GetTotal() ? " of " + std::to_string(mProgress.GetTotal()) : "";
+    const std::string lPart = mOptions.mPart.mCount > 1
+                                  ? " (part " + std::to_string(mOptions.mPart.mIndex) + " of " + std::to_string(mOptions.mPart.mCount) + ")"
+                                  : "";
+    mConsole.Report(CountText(static_cast<long long>(mProgress.GetDone()), "motion", "motions") + lOf + lPart + " in " +
+                    mProgress.GetTime() + ": " + mProgress.GetCounts());
+    mConsole.Report("also found " + CountText(mCollection.GetSkeletons(), "skeleton", "skeletons") + ", " +
+                    CountText(mCollection.GetOthers(), "file", "files") + " of other kinds");
+    if (mContext.mIsCancelled)
+    {
+        mConsole.Report("stopped; the same call goes on from here");
+        RaiseInterrupt();
+    }
+}
+
+} // namespace asfapp

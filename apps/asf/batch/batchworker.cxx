@@ -1,0 +1,225 @@
+#include <apps/asf/batch/batchfile.h>
+
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/kpath.h>
+#include <kbaselib/kbase/kprocess.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+/// \file
+/// The worker that makes a motion's outputs: asf convert in a process of its own.
+
+namespace asfapp
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// Takes that a format holds in files of their own get their names at the end.
+std::string TemplateOf(const std::string& pStem, const std::string& pKind)
+{
+    const bool lHoldsAll = pKind == "glb" || pKind == "gltf" || pKind == "asf";
+    return pStem + (lHoldsAll ? "." : "{-take}.") + pKind;
+}
+
+/// The last line of a text, which may end with a line's end.
+std::string LastLine(std::string pText)
+{
+    while (!pText.empty() && (pText.back() == '\n' || pText.back() == '\r'))
+    {
+        pText.pop_back();
+    }
+    return pText.substr(pText.find_last_of('\n') + 1);
+}
+
+/// \p pText with a path of the staging folder as the one that it stands for.
+std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    for (size_t lAt = pText.find(pFrom); lAt != std::string::npos; lAt = pText.find(pFrom, lAt + pTo.size()))
+    {
+        pText.replace(lAt, pFrom.size(), pTo);
+    }
+    return pText;
+}
+
+bool IsOutOfMemory(const std::string& pText)
+{
+    const std::string lText = qexsdk::KToLower(pText);
+    return lText.find("out of memory") != std::string::npos || lText.find("cannot allocate memory") != std::string::npos;
+}
+
+} // namespace
+
+std::vector<std::string> KBatchFile::WorkerArguments() const
+{
+    std::vector<std::string> lArguments = {mContext.mProgram, "convert", "--json", "--threads=1", "--search-above"};
+    const std::string        lStem = (fs::path(mStaging) / fs::path(mOutput).filename()).string();
+    for (const std::string& lKind : mOptions.mTo)
+    {
+        lArguments.push_back("--output=" + TemplateOf(lStem, lKind));
+    }
+    if (mOptions.mOnlyChecks)
+    {
+        lArguments.insert(lArguments.end(), {"--output=none", "--only-read"});
+    }
+    lArguments.insert(lArguments.end(), mOptions.mConvertArguments.begin(), mOptions.mConvertArguments.end());
+    if (!mRate.empty() && qexsdk::KPathExtension(mPath) == ".amc")
+    {
+        lArguments.push_back("--source-fps=" + mRate);
+    }
+    if (!mOptions.mConvert.mMemory.empty())
+    {
+        lArguments.push_back("--memory=" + mOptions.mConvert.mMemory);
+    }
+    lArguments.insert(lArguments.end(), {"--", mPath});
+    return lArguments;
+}
+
+void KBatchFile::Make()
+{
+    if (mOptions.mIsDry)
+    {
+        mResult.mStatus = eBATCH_PENDING;
+        mResult.mLine["status"] = WordOf(mResult.mStatus);
+        return;
+    }
+    std::error_code lError;
+    fs::remove_all(mStaging, lError);
+    lError.clear();
+    if (!mOptions.mOnlyChecks)
+    {
+        fs::create_directories(mStaging, lError);
+    }
+    if (!mOptions.mOnlyChecks && !lError)
+    {
+        fs::create_directories(fs::path(Final(mOutput)).parent_path(), lError);
+    }
+    if (lError)
+    {
+        return Fail(eEXIT_SYSTEM, "system", Final(mOutput) + " cannot be written: " + lError.message());
+    }
+    RunWorker();
+    fs::remove_all(mStaging, lError);
+    if (mResult.mStatus == eBATCH_FAILED || mResult.mStatus == eBATCH_KEPT)
+    {
+        NoteFailure();
+    }
+}
+
+void KBatchFile::RunWorker()
+{
+    qexsdk::KProcessOptions lOptions;
+    KFileStamp              lStamp;
+    ReadStamp(mPath, lStamp);
+    lOptions.mArguments = WorkerArguments();
+    lOptions.mSeconds = mOptions.mTimeout;
+    lOptions.mIsCancelled = &mContext.mIsCancelled;
+    const qexsdk::KProcessResult lEnd = qexsdk::KRunProcess(lOptions);
+    mResult.mBytes = lStamp.mSize;
+    mResult.mSeconds = lEnd.mCpuSeconds;
+    mResult.mLine["seconds"] = lEnd.mCpuSeconds;
+    mResult.mLine["peakMemory"] = lEnd.mPeakMemory;
+    if (mContext.mIsCancelled)
+    {
+        mResult.mStatus = eBATCH_CANCELLED;
+    }
+    else if (lEnd.mError != 0)
+    {
+        Fail(eEXIT_SYSTEM, "system", "no worker could be started: " + std::generic_category().message(lEnd.mError));
+    }
+    else if (lEnd.mTimedOut)
+    {
+        Fail(eEXIT_INPUT, "timeout", "took longer than --timeout");
+    }
+    else if (lEnd.mSignal != 0 || !ReadWorker(lEnd.mOut, lEnd.mExit))
+    {
+        const bool        lIsMemory = IsOutOfMemory(lEnd.mErr);
+        const std::string lHow = lEnd.mSignal != 0 ? "signal " + std::to_string(lEnd.mSignal) : "status " + std::to_string(lEnd.mExit);
+        Fail(lIsMemory ? eEXIT_SYSTEM : eEXIT_INPUT, lIsMemory ? "memory" : "crash",
+             "its worker ended with " + lHow + (lEnd.mErr.empty() ? "" : ": " + LastLine(lEnd.mErr)));
+    }
+    else if (mResult.mStatus != eBATCH_FAILED && NoteInputs() && CollectOutputs())
+    {
+        Commit();
+    }
+}
+
+/// Takes over what the worker reports. False if that is no report.
+bool KBatchFile::ReadWorker(const std::string& pOut, int pExit)
+{
+    mReport = KJson::parse(Replace(pOut, mStaging, fs::path(Final(mOutput)).parent_path().string()), nullptr, false);
+    const KJson lStaged = KJson::parse(pOut, nullptr, false);
+    if (!mReport.is_object() || !lStaged.is_object() || !lStaged.value("outputs", KJson()).is_array())
+    {
+        return false;
+    }
+    mReport["outputs"] = lStaged["outputs"];
+    mResult.mLine["options"] = OptionsText();
+    mResult.mLine["version"] = QEX_VERSION;
+    mResult.mLine["takes"] = mReport.value("takes", KJson::array());
+    mResult.mLine["messages"] = mReport.value("messages", KJson::array());
+    if (pExit != 0)
+    {
+        std::string lText = "failed";
+        for (const KJson& lMessage : mResult.mLine["messages"])
+        {
+            if (lMessage.value("severity", "") == "error")
+            {
+                lText = lMessage.value("text", lText);
+                break;
+            }
+        }
+        const bool lIsMemory = IsOutOfMemory(lText);
+        Fail(pExit == eEXIT_SYSTEM ? eEXIT_SYSTEM : eEXIT_INPUT, lIsMemory ? "memory" : pExit == eEXIT_SYSTEM ? "system" : "input", lText);
+    }
+    return true;
+}
+
+/// Notes the inputs, by their paths from the motion's folder. False if one was changed while it was read.
+bool KBatchFile::NoteInputs()
+{
+    const fs::path lFolder = fs::path(mPath).parent_path();
+    mResult.mLine["inputs"] = KJson::array();
+    for (const KJson& lInput : mReport.value("inputs", KJson::array()))
+    {
+        std::string lPath;
+        KFileStamp  lThen;
+        KFileStamp  lNow;
+        if (!StampedFromJson(lInput, lPath, lThen) || (!ReadStamp(lPath, lNow) && lThen == KFileStamp()))
+        {
+            continue; // A buffer that a .gltf file does not have.
+        }
+        if (lThen != lNow)
+        {
+            Fail(eEXIT_INPUT, "changed", lPath + " was changed while it was read: run again");
+            return false;
+        }
+        const fs::path lName = fs::path(lPath).lexically_relative(lFolder.empty() ? "." : lFolder);
+        mResult.mLine["inputs"].push_back(JsonStamped(lName.empty() ? fs::absolute(lPath).string() : lName.string(), lNow));
+    }
+    return true;
+}
+
+/// Finds what the worker made. False if an output of that name must stay.
+bool KBatchFile::CollectOutputs()
+{
+    std::vector<std::string> lNames;
+    const std::string        lFolder = fs::path(mOutput).parent_path().generic_string();
+    for (const KJson& lStaged : mReport["outputs"])
+    {
+        KOutput lOutput;
+        if (PathFromJson(lStaged, lOutput.mStaged))
+        {
+            lOutput.mName = (lFolder.empty() ? "" : lFolder + "/") + fs::path(lOutput.mStaged).filename().string();
+            lNames.push_back(lOutput.mName);
+            mOutputs.push_back(std::move(lOutput));
+        }
+    }
+    return CheckOutputs(lNames);
+}
+
+} // namespace asfapp

@@ -1,0 +1,302 @@
+#include <apps/asf/batch/collection.h>
+
+#include <apps/asf/batch/pathpattern.h>
+#include <kbaselib/kbase/kinputfile.h>
+#include <kbaselib/kbase/kletters.h>
+#include <kbaselib/kbase/kpath.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <utility>
+
+namespace asfapp
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+bool IsMotion(const std::string& pName)
+{
+    const std::string lExtension = qexsdk::KPathExtension(pName);
+    return lExtension == ".amc" || lExtension == ".bvh" || lExtension == ".glb" || lExtension == ".gltf";
+}
+
+std::string WithoutLinks(const fs::path& pPath)
+{
+    std::error_code lError;
+    const fs::path  lPath = fs::weakly_canonical(fs::absolute(pPath, lError), lError);
+    const fs::path  lName = lError ? pPath.lexically_normal() : lPath;
+    return (lName.has_filename() ? lName : lName.parent_path()).string();
+}
+
+/// A given path as a name below OUTDIR: what leads out of it is left out.
+std::string NameOfGiven(const std::string& pPath)
+{
+    fs::path lName;
+    for (const fs::path& lPart : fs::path(pPath).lexically_normal().relative_path())
+    {
+        if (lPart != ".." && lPart != ".")
+        {
+            lName /= lPart;
+        }
+    }
+    return lName.generic_string();
+}
+
+/// Walks a folder, depth first, entries sorted, links followed but not in circles.
+class KWalk
+{
+public:
+    KWalk(std::string pRoot, const std::string& pLeftOut, KConsole& pConsole)
+        : mRoot(std::move(pRoot)), mLeftOut(pLeftOut), mConsole(pConsole)
+    {
+        Enter("");
+    }
+
+    /// The next file's path relative to the root. False at the end.
+    bool Next(std::string& pName)
+    {
+        while (!mLevels.empty())
+        {
+            KLevel& lLevel = mLevels.back();
+            if (lLevel.mNext == lLevel.mNames.size())
+            {
+                mLevels.pop_back();
+                continue;
+            }
+            const std::string lName = lLevel.mName + lLevel.mNames[lLevel.mNext++];
+            std::error_code   lError;
+            if (fs::is_directory(mRoot / lName, lError))
+            {
+                Enter(lName + "/");
+                continue;
+            }
+            pName = lName;
+            return true;
+        }
+        return false;
+    }
+
+private:
+    struct KLevel
+    {
+        std::string              mName;   ///< Relative to the root, with a slash at its end unless empty.
+        std::string              mFolder; ///< Without links.
+        std::vector<std::string> mNames;
+        size_t                   mNext = 0;
+    };
+
+    void Enter(const std::string& pName)
+    {
+        KLevel lLevel;
+        lLevel.mName = pName;
+        lLevel.mFolder = WithoutLinks(mRoot / pName);
+        const auto lIsSame = [&](const KLevel& pAbove)
+        {
+            return pAbove.mFolder == lLevel.mFolder;
+        };
+        if (lLevel.mFolder == mLeftOut)
+        {
+            return;
+        }
+        if (std::any_of(mLevels.begin(), mLevels.end(), lIsSame))
+        {
+            mConsole.Message(eWARNING, (mRoot / pName).string(), 0, "is a link to a folder above it: skipped");
+            return;
+        }
+        std::error_code        lError;
+        fs::directory_iterator lEntry(mRoot / pName, lError);
+        for (const fs::directory_iterator lEnd; !lError && lEntry != lEnd; lEntry.increment(lError))
+        {
+            lLevel.mNames.push_back(lEntry->path().filename().string());
+        }
+        if (lError)
+        {
+            mConsole.Message(eERROR, (mRoot / pName).string(), 0, "cannot be read: " + lError.message());
+            mConsole.Raise(eEXIT_SYSTEM);
+        }
+        std::sort(lLevel.mNames.begin(), lLevel.mNames.end());
+        mLevels.push_back(std::move(lLevel));
+    }
+
+    const fs::path      mRoot;
+    const std::string&  mLeftOut;
+    KConsole&           mConsole;
+    std::vector<KLevel> mLevels;
+};
+
+} // namespace
+
+void KCollection::Add(const std::vector<std::string>& pInputs, const std::string& pOutput, KConsole& pConsole)
+{
+    mOutput = pOutput.empty() ? pOutput : WithoutLinks(pOutput);
+    for (const std::string& lInput : pInputs)
+    {
+        AddInput(lInput, pConsole);
+    }
+}
+
+void KCollection::AddInput(const std::string& pInput, KConsole& pConsole)
+{
+    std::error_code lError;
+    if (fs::is_directory(pInput, lError))
+    {
+        AddFolder(pInput, "", pConsole);
+    }
+    else if (fs::exists(pInput, lError))
+    {
+        AddFile("", pInput, true);
+    }
+    else if (IsPattern(pInput))
+    {
+        const size_t lBefore = mFiles.size();
+        AddFolder(FolderOfPattern(pInput), pInput, pConsole);
+        if (mFiles.size() == lBefore)
+        {
+            pConsole.Message(eWARNING, pInput, 0, "no motion matches");
+        }
+    }
+    else
+    {
+        pConsole.Message(eERROR, pInput, 0, "cannot be read: " + (lError ? lError.message() : std::string("No such file or folder")));
+        pConsole.Raise(eEXIT_SYSTEM);
+    }
+}
+
+void KCollection::AddFolder(const std::string& pFolder, const std::string& pPattern, KConsole& pConsole)
+{
+    KWalk       lWalk(pFolder.empty() ? "." : pFolder, mOutput, pConsole);
+    std::string lName;
+    while (lWalk.Next(lName))
+    {
+        const std::string lPath = pFolder.empty() || pFolder == "/" ? pFolder + lName : pFolder + "/" + lName;
+        if (pPattern.empty())
+        {
+            AddFile(pFolder, lName, false);
+        }
+        else if (MatchesPattern(lPath, pPattern))
+        {
+            AddFile("", lPath, false);
+        }
+    }
+}
+
+void KCollection::AddFile(const std::string& pFolder, const std::string& pName, bool pIsGiven)
+{
+    if (qexsdk::KPathExtension(pName) == ".asf")
+    {
+        ++mSkeletons;
+    }
+    else if (!pIsGiven && !IsMotion(pName))
+    {
+        ++mOthers;
+    }
+    else
+    {
+        KFile lFile;
+        lFile.mName = pName;
+        lFile.mFolder = IndexOf(pFolder);
+        mFiles.push_back(std::move(lFile));
+    }
+}
+
+/// Folders are added one after the other, so only the last one can be the same.
+uint32_t KCollection::IndexOf(const std::string& pFolder)
+{
+    if (mFolders.empty() || mFolders.back() != pFolder)
+    {
+        mFolders.push_back(pFolder);
+    }
+    return static_cast<uint32_t>(mFolders.size() - 1);
+}
+
+std::string KCollection::PathOf(const KFile& pFile) const
+{
+    const std::string& lFolder = mFolders[pFile.mFolder];
+    return lFolder.empty() ? pFile.mName : (fs::path(lFolder) / pFile.mName).string();
+}
+
+std::string KCollection::OutputOf(const KFile& pFile) const
+{
+    const std::string lName = mFolders[pFile.mFolder].empty() ? NameOfGiven(pFile.mName) : pFile.mName;
+    const std::string lSuffix = pFile.mSuffix > 0 ? "-" + std::to_string(pFile.mSuffix) : "";
+    return lName.substr(0, lName.size() - qexsdk::KPathExtension(lName).size()) + lSuffix;
+}
+
+void KCollection::Finish(bool pHasSuffixes)
+{
+    const auto lKey = [this](const KFile& pFile)
+    {
+        return fs::path(PathOf(pFile)).lexically_normal();
+    };
+    const auto lIsBefore = [&](const KFile& pOne, const KFile& pOther)
+    {
+        return pOne.mName != pOther.mName ? pOne.mName < pOther.mName : pOne.mFolder < pOther.mFolder;
+    };
+    std::sort(mFiles.begin(), mFiles.end(), lIsBefore);
+    const auto lIsSame = [&](const KFile& pOne, const KFile& pOther)
+    {
+        return lKey(pOne) == lKey(pOther);
+    };
+    mFiles.erase(std::unique(mFiles.begin(), mFiles.end(), lIsSame), mFiles.end());
+    FindCollisions(pHasSuffixes);
+}
+
+/// File systems may ignore case, so names that differ only in it are the same.
+void KCollection::FindCollisions(bool pHasSuffixes)
+{
+    std::vector<std::pair<std::string, uint32_t>> lOutputs;
+    for (const KFile& lFile : mFiles)
+    {
+        lOutputs.emplace_back(qexsdk::KToLower(OutputOf(lFile)), static_cast<uint32_t>(lOutputs.size()));
+    }
+    std::sort(lOutputs.begin(), lOutputs.end());
+    uint32_t lCount = 0;
+    for (size_t i = 1; i < lOutputs.size(); ++i)
+    {
+        lCount = lOutputs[i].first == lOutputs[i - 1].first ? lCount + 1 : 0;
+        KFile& lFile = mFiles[lOutputs[i].second];
+        if (lCount > 0 && pHasSuffixes)
+        {
+            lFile.mSuffix = lCount + 1;
+        }
+        else if (lCount > 0)
+        {
+            lFile.mHasCollision = true;
+            mFiles[lOutputs[i - 1].second].mHasCollision = true;
+        }
+    }
+}
+
+bool ReadList(const std::string& pPath, bool pIsNull, std::vector<std::string>& pInputs, KConsole& pConsole)
+{
+    std::string lBytes;
+    std::string lReason;
+    if (!qexsdk::KReadWholeFile(pPath.c_str(), std::numeric_limits<size_t>::max() / 2, false, lBytes, lReason))
+    {
+        pConsole.Message(eERROR, pPath == "-" ? "standard input" : pPath, 0, "cannot be read: " + lReason);
+        pConsole.Raise(eEXIT_SYSTEM);
+        return false;
+    }
+    const char lSeparator = pIsNull ? '\0' : '\n';
+    for (size_t lStart = 0; lStart < lBytes.size();)
+    {
+        const size_t lEnd = std::min(lBytes.find(lSeparator, lStart), lBytes.size());
+        std::string  lPath = lBytes.substr(lStart, lEnd - lStart);
+        if (!pIsNull && !lPath.empty() && lPath.back() == '\r')
+        {
+            lPath.pop_back();
+        }
+        if (!lPath.empty())
+        {
+            pInputs.push_back(std::move(lPath));
+        }
+        lStart = lEnd + 1;
+    }
+    return true;
+}
+
+} // namespace asfapp

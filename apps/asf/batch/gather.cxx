@@ -1,0 +1,149 @@
+#include <apps/asf/batch/gather.h>
+
+#include <apps/asf/batch/checksum.h>
+#include <apps/asf/batch/collection.h>
+#include <apps/asf/report/filestamp.h>
+#include <apps/asf/report/numbertext.h>
+
+#include <filesystem>
+#include <map>
+#include <vector>
+
+namespace asfapp
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// Adds up the manifests of one OUTDIR.
+class KGathering
+{
+public:
+    KGathering(const KBatchOptions& pOptions, const std::string& pFolder, KConsole& pConsole)
+        : mOptions(pOptions), mFolder(pFolder), mConsole(pConsole)
+    {
+    }
+
+    bool Read();
+    void FindUndone(const std::vector<std::string>& pInputs);
+    void Report();
+
+private:
+    void        See(const std::string& pName, const KJson& pLine);
+    std::string CheckOutput(const KJson& pOutput) const;
+
+    const KBatchOptions&               mOptions;
+    const std::string                  mFolder;
+    KConsole&                          mConsole;
+    KManifestIndex                     mIndex;
+    std::map<std::string, std::string> mProblems; ///< By motion.
+    size_t                             mMade = 0;
+};
+
+bool KGathering::Read()
+{
+    std::error_code lError;
+    const fs::path  lManifests = fs::path(mFolder) / kBatchFolder;
+    if (!fs::is_directory(lManifests, lError))
+    {
+        mConsole.Message(eERROR, mFolder, 0, "has no manifest: asf batch has written nothing there");
+        mConsole.Raise(eEXIT_INPUT);
+        return false;
+    }
+    return mIndex.Read(lManifests.string(), mConsole);
+}
+
+/// What is wrong with an output; empty if nothing is.
+std::string KGathering::CheckOutput(const KJson& pOutput) const
+{
+    std::string lName;
+    KFileStamp  lThen;
+    KFileStamp  lNow;
+    if (!StampedFromJson(pOutput, lName, lThen))
+    {
+        return "the manifest does not say what was made";
+    }
+    const std::string lPath = (fs::path(mFolder) / lName).string();
+    uint32_t          lSum = 0;
+    if (!ReadStamp(lPath, lNow))
+    {
+        return lPath + " is missing";
+    }
+    const bool lIsSame = !mOptions.mVerify
+                             ? lThen == lNow
+                             : lThen.mSize == lNow.mSize && ReadChecksum(lPath, lSum) && lSum == pOutput.value("crc32", uint32_t(0));
+    return lIsSame ? "" : lPath + " was changed since it was made";
+}
+
+void KGathering::See(const std::string& pName, const KJson& pLine)
+{
+    std::string lProblem = pLine.value("status", "") == "made" ? "" : pLine.value("error", "failed");
+    for (const KJson& lOutput : lProblem.empty() ? pLine.value("outputs", KJson::array()) : KJson::array())
+    {
+        lProblem = lProblem.empty() ? CheckOutput(lOutput) : lProblem;
+    }
+    mMade += lProblem.empty() ? 1 : 0;
+    if (!lProblem.empty())
+    {
+        mProblems[pName] = lProblem;
+    }
+}
+
+void KGathering::Report()
+{
+    mIndex.ForEach([this](const std::string& pName, const KJson& pLine) { See(pName, pLine); });
+    for (const auto& [lName, lProblem] : mProblems)
+    {
+        mConsole.Message(eERROR, lName, 0, lProblem);
+        mConsole.Raise(eEXIT_INPUT);
+    }
+    mConsole.Report(mFolder + ": " + CountText(static_cast<long long>(mMade), "motion", "motions") + " made, " +
+                    std::to_string(mProblems.size()) + " missing or failed");
+}
+
+/// Motions of \p pInputs that no run has done.
+void KGathering::FindUndone(const std::vector<std::string>& pInputs)
+{
+    KCollection lCollection;
+    lCollection.Add(pInputs, mFolder, mConsole);
+    lCollection.Finish(mOptions.mCollision == "suffix");
+    for (const KCollection::KFile& lFile : lCollection.GetFiles())
+    {
+        KJson lLine;
+        if (!mIndex.Find(lFile.mName, lLine))
+        {
+            mProblems[lFile.mName] = "no run has done it";
+        }
+    }
+}
+
+} // namespace
+
+void GatherBatch(const KBatchOptions& pOptions, KConsole& pConsole)
+{
+    std::vector<std::string> lInputs = pOptions.mInputs;
+    if (!pOptions.mList.empty() && !ReadList(pOptions.mList, pOptions.mIsNull, lInputs, pConsole))
+    {
+        return;
+    }
+    // `asf batch --gather out` names only the folder; `asf batch --gather subjects -o out` the motions, too.
+    const std::string lFolder = !pOptions.mOutput.empty() ? pOptions.mOutput : lInputs.size() == 1 ? lInputs.front() : "";
+    if (lFolder.empty())
+    {
+        pConsole.Fail(eEXIT_USAGE, "--gather: expected the folder of one collection, or its inputs and -o with the folder");
+        return;
+    }
+    KGathering lGathering(pOptions, lFolder, pConsole);
+    if (lGathering.Read())
+    {
+        if (!pOptions.mOutput.empty())
+        {
+            lGathering.FindUndone(lInputs);
+        }
+        lGathering.Report();
+    }
+}
+
+} // namespace asfapp
