@@ -1,5 +1,13 @@
 # Helpers that set up every target of the project in the same way.
 
+# Folders named like these hold a system's own sources: only those of the system that is built for are compiled.
+set(QEX_SYSTEMS posix)
+if(UNIX AND NOT EMSCRIPTEN)
+    set(QEX_SYSTEM posix)
+else()
+    message(FATAL_ERROR "qex cannot be built for ${CMAKE_SYSTEM_NAME}: it supports POSIX systems (Linux, macOS, BSD).")
+endif()
+
 # Language level, warnings and floating-point rules for a target of the project.
 function(qex_set_up_target pTarget)
     target_compile_features(${pTarget} PUBLIC cxx_std_17)
@@ -48,7 +56,7 @@ endfunction()
 
 # Makes qex-NAME.pc for the target qex_NAME. The file finds the prefix from its own place, so that an installed tree can be moved.
 function(qex_make_pkgconfig pName)
-    cmake_parse_arguments(PARSE_ARGV 1 lArg "THREADS" "DESCRIPTION" "DEPENDS")
+    cmake_parse_arguments(PARSE_ARGV 1 lArg "" "DESCRIPTION" "DEPENDS;SYSTEM")
     set(lFolder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
     if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
         set(lPrefix "${CMAKE_INSTALL_PREFIX}")
@@ -74,20 +82,26 @@ function(qex_make_pkgconfig pName)
     if(lType STREQUAL SHARED_LIBRARY)
         set(lFlags " -DQEX_SHARED")
     endif()
-    if(lArg_THREADS AND CMAKE_THREAD_LIBS_INIT)
-        string(APPEND lLibs " ${CMAKE_THREAD_LIBS_INIT}")
-    endif()
+    foreach(lLibrary IN LISTS lArg_SYSTEM)
+        string(REGEX REPLACE "^([^-].*)$" "-l\\1" lFlag "${lLibrary}")
+        string(APPEND lLibs " ${lFlag}")
+    endforeach()
     configure_file("${PROJECT_SOURCE_DIR}/cmake/qex.pc.in" "${PROJECT_BINARY_DIR}/pkgconfig/qex-${pName}.pc" @ONLY)
 endfunction()
 
 # One layer of the library: target qex_NAME, alias qex::NAME, built from all sources in and below FOLDER; an interface target if there
 # are none. HEADERS are the public headers: they are installed, and qex/NAME.h includes them. FORMER are headers that are only installed,
-# for includes of their former paths. DEPENDS are the layers it uses; EXTERNAL other libraries to link; THREADS: its users need threads.
-# DESCRIPTION is one line for pkg-config.
+# for includes of their former paths. DEPENDS are the layers it uses; EXTERNAL other libraries to link; SYSTEM those of the
+# system that its users need, too; THREADS: its users need threads. DESCRIPTION is one line for pkg-config.
 function(qex_add_layer pName)
-    cmake_parse_arguments(PARSE_ARGV 1 lArg "THREADS" "FOLDER;DESCRIPTION" "HEADERS;FORMER;DEPENDS;EXTERNAL")
+    cmake_parse_arguments(PARSE_ARGV 1 lArg "THREADS" "FOLDER;DESCRIPTION" "HEADERS;FORMER;DEPENDS;EXTERNAL;SYSTEM")
     set(lTarget qex_${pName})
     file(GLOB_RECURSE lSources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${lArg_FOLDER}/*.cxx")
+    foreach(lSystem IN LISTS QEX_SYSTEMS)
+        if(NOT lSystem STREQUAL QEX_SYSTEM)
+            list(FILTER lSources EXCLUDE REGEX "/${lSystem}/[^/]*$")
+        endif()
+    endforeach()
     list(TRANSFORM lArg_DEPENDS PREPEND qex_ OUTPUT_VARIABLE lDepends)
 
     if(lSources)
@@ -117,13 +131,12 @@ function(qex_add_layer pName)
     target_link_libraries(${lTarget} ${lScope} ${lDepends})
     add_library(qex::${pName} ALIAS ${lTarget})
 
-    set(lThreads "")
     if(lArg_THREADS)
-        set(lThreads THREADS)
         # Not the imported target: a parent project that links the layer would have to find it, too.
-        target_link_libraries(${lTarget} ${lScope} ${CMAKE_THREAD_LIBS_INIT})
+        list(APPEND lArg_SYSTEM ${CMAKE_THREAD_LIBS_INIT})
     endif()
-    qex_make_pkgconfig(${pName} ${lThreads} DESCRIPTION "${lArg_DESCRIPTION}" DEPENDS ${lArg_DEPENDS})
+    target_link_libraries(${lTarget} ${lScope} ${lArg_SYSTEM})
+    qex_make_pkgconfig(${pName} SYSTEM ${lArg_SYSTEM} DESCRIPTION "${lArg_DESCRIPTION}" DEPENDS ${lArg_DEPENDS})
 
     set_property(GLOBAL APPEND PROPERTY QEX_LAYERS ${pName})
     list(TRANSFORM lArg_HEADERS PREPEND "${lArg_FOLDER}/")

@@ -1,15 +1,12 @@
 #include <qexfigure/kqexfigurefile.h>
 
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/klinereader.h>
+#include <kbaselib/kbase/ksystem.h>
 #include <qexfigure/kqexfigureguard.h>
 #include <qexfigure/kqexfiguresniff.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace qexsdk
@@ -31,10 +28,10 @@ enum EReadResult
 /// Reads at most \p pLimit bytes. Stops after a line that is too long for the text readers, so that they report it.
 EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
 {
-    const KFileCalls& lCalls = KFileCallsInUse();
-    size_t            lSize = 0;
-    size_t            lLineStart = 0;
-    EReadResult       lResult = eREAD_MORE;
+    const KSystemCalls& lCalls = KSystemInUse();
+    size_t              lSize = 0;
+    size_t              lLineStart = 0;
+    EReadResult         lResult = eREAD_MORE;
     while (lSize < pLimit && lResult == eREAD_MORE)
     {
         // Grow in large steps: a pipe delivers little at a time.
@@ -42,12 +39,12 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
         {
             pBytes.resize(std::min(pLimit, lSize + std::clamp(lSize / 2, kHeadSize, kMaxGrowth)));
         }
-        const ssize_t lGot = lCalls.mRead(pFile, pBytes.data() + lSize, pBytes.size() - lSize);
+        const std::ptrdiff_t lGot = lCalls.mRead(pFile, pBytes.data() + lSize, pBytes.size() - lSize);
         if (lGot == 0 || (lGot < 0 && errno != EINTR))
         {
             lResult = lGot == 0 ? eREAD_ALL : eREAD_FAILED;
         }
-        const std::string_view lNew(pBytes.data() + lSize, static_cast<size_t>(std::max<ssize_t>(lGot, 0)));
+        const std::string_view lNew(pBytes.data() + lSize, static_cast<size_t>(std::max<std::ptrdiff_t>(lGot, 0)));
         const size_t           lEnd = lNew.find_last_of("\r\n");
         lLineStart = lEnd == std::string_view::npos ? lLineStart : lSize + lEnd + 1;
         lSize += lNew.size();
@@ -66,15 +63,15 @@ EReadResult ReadUpTo(int pFile, size_t pLimit, std::string& pBytes)
 /// a failure.
 EReadResult OpenAndRead(const std::string& pPath, std::string& pBytes, bool& pInMemory)
 {
-    const bool        lStandard = pPath == "-";
-    const KFileCalls& lCalls = KFileCallsInUse();
-    int               lFile = STDIN_FILENO;
-    while (!lStandard && (lFile = lCalls.mOpen(pPath.c_str(), O_RDONLY | O_CLOEXEC, 0)) < 0 && errno == EINTR)
+    const bool          lStandard = pPath == "-";
+    const KSystemCalls& lCalls = KSystemInUse();
+    int                 lFile = kStandardInput;
+    while (!lStandard && (lFile = lCalls.mOpen(pPath.c_str(), eOPEN_READ)) < 0 && errno == EINTR)
     {
     }
-    struct stat lStat;
-    bool        lOk = lFile >= 0 && lCalls.mFileStat(lFile, &lStat) == 0;
-    if (lOk && S_ISDIR(lStat.st_mode))
+    KFileInfo lInfo;
+    bool      lOk = lFile >= 0 && lCalls.mFileInfo(lFile, &lInfo) == 0;
+    if (lOk && lInfo.mKind == KFileInfo::eFOLDER)
     {
         lOk = false;
         errno = EISDIR;
@@ -83,7 +80,7 @@ EReadResult OpenAndRead(const std::string& pPath, std::string& pBytes, bool& pIn
     int         lError = errno;
     if (lOk)
     {
-        pInMemory = lStandard || !S_ISREG(lStat.st_mode);
+        pInMemory = lStandard || lInfo.mKind != KFileInfo::eREGULAR;
         try
         {
             lResult = ReadUpTo(lFile, pInMemory ? KQexFigureFile::kMemoryLimit : kHeadSize, pBytes);

@@ -1,13 +1,13 @@
 #include <apps/asf/console.h>
 
 #include <apps/asf/report/messagelog.h>
+#include <kbaselib/kbase/ksystem.h>
 #include <kbaselib/kbase/kutf8.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <unistd.h>
 
 namespace asfapp
 {
@@ -23,7 +23,7 @@ bool UsesColour(int pStream)
     const char* lTerminal = std::getenv("TERM");
     const bool  lForbidden = lNoColour != nullptr && *lNoColour != '\0';
     const bool  lDumb = lTerminal == nullptr || std::string_view(lTerminal) == "dumb";
-    return !lForbidden && !lDumb && isatty(pStream) == 1;
+    return !lForbidden && !lDumb && qexsdk::KSystemInUse().mIsTerminal(pStream);
 }
 
 const char* SeverityWord(ESeverity pSeverity)
@@ -68,7 +68,7 @@ std::string Printable(std::string_view pText)
     return lResult;
 }
 
-KConsole::KConsole() : mOutColour(UsesColour(STDOUT_FILENO)), mErrColour(UsesColour(STDERR_FILENO)) {}
+KConsole::KConsole() : mOutColour(UsesColour(qexsdk::kStandardOutput)), mErrColour(UsesColour(qexsdk::kStandardError)) {}
 
 KConsole::~KConsole()
 {

@@ -1,9 +1,7 @@
 #include <apps/asf/outputs.h>
 
 #include <apps/asf/report/numbertext.h>
-
-#include <csignal>
-#include <sys/stat.h>
+#include <kbaselib/kbase/ksystem.h>
 
 namespace asfapp
 {
@@ -14,17 +12,10 @@ namespace
 /// True if both paths lead to the same file, also through links. False for "-" and for files that do not exist.
 bool IsSameFile(const std::string& pOne, const std::string& pOther)
 {
-    struct stat lOne;
-    struct stat lOther;
-    return pOne != "-" && pOther != "-" && stat(pOne.c_str(), &lOne) == 0 && stat(pOther.c_str(), &lOther) == 0 &&
-           lOne.st_dev == lOther.st_dev && lOne.st_ino == lOther.st_ino;
-}
-
-extern "C" void EndBySignal(int pSignal)
-{
-    qexsdk::KOutputFile::RemovePending();
-    // SA_RESETHAND has restored the default action, so the shell sees which signal ended the process.
-    raise(pSignal);
+    qexsdk::KFileInfo lOne;
+    qexsdk::KFileInfo lOther;
+    return pOne != "-" && pOther != "-" && qexsdk::KGetFileInfo(pOne, lOne) && qexsdk::KGetFileInfo(pOther, lOther) &&
+           lOne.mDevice == lOther.mDevice && lOne.mIndex == lOther.mIndex;
 }
 
 } // namespace
@@ -36,22 +27,7 @@ std::string DisplayOutput(const std::string& pPath)
 
 void InstallSignals()
 {
-    struct sigaction lAction = {};
-    lAction.sa_handler = EndBySignal;
-    lAction.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
-    sigemptyset(&lAction.sa_mask);
-    for (const int lSignal : {SIGINT, SIGTERM, SIGHUP})
-    {
-        // A signal that the parent process ignores (nohup, a background job) stays ignored.
-        struct sigaction lOld = {};
-        if (sigaction(lSignal, nullptr, &lOld) == 0 && lOld.sa_handler != SIG_IGN)
-        {
-            sigaction(lSignal, &lAction, nullptr);
-        }
-    }
-    lAction.sa_handler = SIG_IGN;
-    lAction.sa_flags = 0;
-    sigaction(SIGPIPE, &lAction, nullptr);
+    qexsdk::KSystemInUse().mCatchEnd(qexsdk::KOutputFile::RemovePending);
 }
 
 bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pInputs, KConsole& pConsole)

@@ -10,8 +10,7 @@
 namespace asfapp
 {
 
-/// Installs handlers that remove temporary files before SIGINT, SIGTERM or SIGHUP ends the process, and ignores SIGPIPE, so that a
-/// closed pipe is a failed write.
+/// Removes temporary files before a signal (SIGINT, SIGTERM, SIGHUP) ends the process, and makes a closed pipe a failed write.
 void InstallSignals();
 
 /// True if \p pOutput is none of \p pInputs, also through links. Else false, after an error.

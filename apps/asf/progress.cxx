@@ -1,8 +1,9 @@
 #include <apps/asf/progress.h>
 
+#include <kbaselib/kbase/ksystem.h>
+
 #include <algorithm>
 #include <cstdio>
-#include <unistd.h>
 #include <utility>
 
 namespace asfapp
@@ -18,7 +19,9 @@ constexpr size_t                    kWidth = 30;
 } // namespace
 
 KProgress::KProgress(std::string pWhat, const KConsole& pConsole)
-    : mWhat(std::move(pWhat)), mEnabled(!pConsole.IsQuiet() && isatty(STDERR_FILENO) == 1), mNext(KClock::now() + kFirstDelay)
+    : mWhat(std::move(pWhat)),
+      mEnabled(!pConsole.IsQuiet() && qexsdk::KSystemInUse().mIsTerminal(qexsdk::kStandardError)),
+      mNext(KClock::now() + kFirstDelay)
 {
 }
 

@@ -1,13 +1,10 @@
 #include <kbaselib/kbase/kbytesource.h>
 
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace qexsdk
 {
@@ -17,14 +14,14 @@ bool KByteSource::OpenPath(const char* pPath, bool pRegular)
     Close();
     if (std::strcmp(pPath, "-") == 0)
     {
-        mFile = STDIN_FILENO;
+        mFile = kStandardInput;
         return true;
     }
-    // Without O_NONBLOCK, opening a FIFO that is refused anyway would wait for a writer.
-    const int lFlags = O_RDONLY | O_CLOEXEC | O_NOCTTY | (pRegular ? O_NONBLOCK : 0);
+    // Opening a FIFO that is refused anyway must not wait for a writer.
+    const EOpenMode lMode = pRegular ? eOPEN_READ_AT_ONCE : eOPEN_READ;
     do
     {
-        mFile = KFileCallsInUse().mOpen(pPath, lFlags, 0);
+        mFile = KSystemInUse().mOpen(pPath, lMode);
     } while (mFile < 0 && errno == EINTR);
     if (mFile < 0)
     {
@@ -44,16 +41,17 @@ bool KByteSource::OpenPath(const char* pPath, bool pRegular)
 /// Whether the open file can be read; remembers its size. False with errno.
 bool KByteSource::CheckKind(bool pRegular)
 {
-    struct stat lStat;
-    if (KFileCallsInUse().mFileStat(mFile, &lStat) != 0)
+    KFileInfo lInfo;
+    if (KSystemInUse().mFileInfo(mFile, &lInfo) != 0)
     {
         return false;
     }
-    const bool lIsRegular = S_ISREG(lStat.st_mode);
-    mSize = lIsRegular ? static_cast<int64_t>(lStat.st_size) : 0;
-    if (S_ISDIR(lStat.st_mode) || (pRegular && !lIsRegular))
+    const bool lIsRegular = lInfo.mKind == KFileInfo::eREGULAR;
+    const bool lIsFolder = lInfo.mKind == KFileInfo::eFOLDER;
+    mSize = lIsRegular ? static_cast<int64_t>(lInfo.mSize) : 0;
+    if (lIsFolder || (pRegular && !lIsRegular))
     {
-        errno = S_ISDIR(lStat.st_mode) ? EISDIR : EINVAL;
+        errno = lIsFolder ? EISDIR : EINVAL;
         return false;
     }
     return true;
@@ -72,7 +70,7 @@ void KByteSource::Close()
     // Nothing was written, so an error from close() loses nothing.
     if (mOwnsFile)
     {
-        KFileCallsInUse().mClose(mFile);
+        KSystemInUse().mClose(mFile);
     }
     mFile = -1;
     mOwnsFile = false;
@@ -84,7 +82,7 @@ void KByteSource::Close()
 
 bool KByteSource::Rewind()
 {
-    if (mMemory == nullptr && KFileCallsInUse().mSeek(mFile, 0, SEEK_SET) < 0)
+    if (mMemory == nullptr && KSystemInUse().mRewind(mFile) != 0)
     {
         return false;
     }
@@ -107,8 +105,8 @@ ptrdiff_t KByteSource::Read(char* pTo, size_t pSize)
     ptrdiff_t lRead = 0;
     do
     {
-        lRead = KFileCallsInUse().mRead(mFile, pTo, pSize);
-    } while (lRead < 0 && KFileCanRetry(mFile, POLLIN));
+        lRead = KSystemInUse().mRead(mFile, pTo, pSize);
+    } while (lRead < 0 && KFileCanRetry(mFile, eCAN_READ));
     return lRead;
 }
 

@@ -1,7 +1,7 @@
 #include <kbaselib/kbase/kinputfile.h>
 
 #include <kbaselib/kbase/kbytesource.h>
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include <kbaselib/kbase/klinereader.h>
 
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <cerrno>

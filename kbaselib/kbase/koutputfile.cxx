@@ -1,19 +1,15 @@
 #include <kbaselib/kbase/koutputfile.h>
 
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/kmemory.h>
 #include <kbaselib/kbase/koutputnames.h>
 #include <kbaselib/kbase/kpendingfiles.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <new>
-#include <poll.h>
-#include <unistd.h>
 #include <utility>
 
 namespace qexsdk
@@ -23,7 +19,6 @@ namespace
 {
 
 constexpr size_t kBufferSize = 65536;
-constexpr mode_t kModeBits = 07777;
 
 } // namespace
 
@@ -79,22 +74,22 @@ bool KOutputFile::Open(const char* pPath)
         }
         if (mPath == "-")
         {
-            mFile = STDOUT_FILENO;
+            mFile = kStandardOutput;
             mState = eOPEN;
             return true;
         }
 
-        struct stat lStat;
-        const bool  lExists = KFileCallsInUse().mStat(pPath, &lStat) == 0;
+        KFileInfo  lInfo;
+        const bool lExists = KGetFileInfo(mPath, lInfo);
         if (!lExists && errno != ENOENT)
         {
             return Fail(errno);
         }
-        if (lExists && S_ISDIR(lStat.st_mode))
+        if (lExists && lInfo.mKind == KFileInfo::eFOLDER)
         {
             return Fail(EISDIR);
         }
-        if (lExists && !S_ISREG(lStat.st_mode))
+        if (lExists && lInfo.mKind != KFileInfo::eREGULAR)
         {
             return OpenDirect(pPath);
         }
@@ -105,11 +100,11 @@ bool KOutputFile::Open(const char* pPath)
             return Fail(lError);
         }
         // rename() needs no write permission on the file itself, but a read-only file is not meant to be replaced.
-        if (lExists && KFileCallsInUse().mAccess(lTarget.c_str(), W_OK) != 0)
+        if (lExists && KSystemInUse().mCheckWrite(lTarget.c_str()) != 0)
         {
             return Fail(errno);
         }
-        return OpenTemporary(lTarget, lExists ? &lStat : nullptr);
+        return OpenTemporary(lTarget, lExists ? &lInfo : nullptr);
     }
     catch (const std::bad_alloc&)
     {
@@ -132,7 +127,7 @@ bool KOutputFile::OpenDirect(const char* pPath)
 {
     do
     {
-        mFile = KFileCallsInUse().mOpen(pPath, O_WRONLY | O_CLOEXEC | O_NOCTTY, 0);
+        mFile = KSystemInUse().mOpen(pPath, eOPEN_WRITE);
     } while (mFile < 0 && errno == EINTR);
     if (mFile < 0)
     {
@@ -143,16 +138,16 @@ bool KOutputFile::OpenDirect(const char* pPath)
     return true;
 }
 
-bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* pOld)
+bool KOutputFile::OpenTemporary(const std::string& pTarget, const KFileInfo* pOld)
 {
-    const KFileCalls& lCalls = KFileCallsInUse();
+    const KSystemCalls& lCalls = KSystemInUse();
     mTarget = pTarget;
     for (int i = 0; i < kMaxTemporaryNames && mFile < 0; ++i)
     {
         // Registered before it exists: a signal in between finds nothing to remove, which does no harm.
         mTemporary = KTemporaryName(pTarget);
         mSlot = KPendingFileAdd(mTemporary);
-        mFile = lCalls.mOpen(mTemporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+        mFile = lCalls.mOpen(mTemporary.c_str(), eOPEN_NEW);
         if (mFile >= 0)
         {
             break;
@@ -171,7 +166,7 @@ bool KOutputFile::OpenTemporary(const std::string& pTarget, const struct stat* p
     }
     mOwnsFile = true;
     mState = eOPEN;
-    if (pOld != nullptr && lCalls.mChangeMode(mFile, pOld->st_mode & kModeBits) != 0)
+    if (pOld != nullptr && lCalls.mChangeMode(mFile, pOld->mMode) != 0)
     {
         Fail(errno);
         RemoveTemporary();
@@ -232,8 +227,8 @@ bool KOutputFile::WriteAll(const char* pData, size_t pSize)
 {
     while (pSize > 0)
     {
-        const ssize_t lWritten = KFileCallsInUse().mWrite(mFile, pData, pSize);
-        if (lWritten < 0 && KFileCanRetry(mFile, POLLOUT))
+        const std::ptrdiff_t lWritten = KSystemInUse().mWrite(mFile, pData, pSize);
+        if (lWritten < 0 && KFileCanRetry(mFile, eCAN_WRITE))
         {
             continue;
         }
@@ -283,7 +278,7 @@ bool KOutputFile::Commit()
     }
     if (Prepare() && !mTemporary.empty())
     {
-        if (KFileCallsInUse().mRename(mTemporary.c_str(), mTarget.c_str()) == 0)
+        if (KSystemInUse().mRename(mTemporary.c_str(), mTarget.c_str()) == 0)
         {
             KPendingFileRemove(mSlot);
             mTemporary.clear();
@@ -323,7 +318,7 @@ void KOutputFile::Discard()
 void KOutputFile::CloseFile()
 {
     // close() closes the file even when interrupted. Any other error can be a delayed write error.
-    if (mOwnsFile && KFileCallsInUse().mClose(mFile) != 0 && errno != EINTR)
+    if (mOwnsFile && KSystemInUse().mClose(mFile) != 0 && errno != EINTR)
     {
         Fail(errno);
     }
@@ -341,7 +336,7 @@ void KOutputFile::RemoveTemporary()
     {
         return;
     }
-    KFileCallsInUse().mUnlink(mTemporary.c_str());
+    KSystemInUse().mUnlink(mTemporary.c_str());
     KPendingFileRemove(mSlot);
     mTemporary.clear();
 }

@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <string>
 
-struct stat; // the system's; declared outside the namespace
-
 namespace qexsdk
 {
+
+struct KFileInfo;
 
 /// An output that is either the old file or the complete new one. Bytes go into a temporary file next to the target, which is renamed
 /// to the target only after everything was written; until then, and after any failure, an existing target is unchanged. Standard output
@@ -112,7 +112,7 @@ private:
     };
 
     bool OpenDirect(const char* pPath);
-    bool OpenTemporary(const std::string& pTarget, const struct stat* pOld);
+    bool OpenTemporary(const std::string& pTarget, const KFileInfo* pOld);
     bool BackUpOld();
     void RestoreOld();
     void RemoveBackup();

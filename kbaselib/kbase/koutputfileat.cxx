@@ -1,11 +1,10 @@
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/koutputfile.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <limits>
-#include <poll.h>
 
 /// \file
 /// Writing in any order.
@@ -27,7 +26,7 @@ bool KOutputFile::WriteAt(uint64_t pAt, const char* pData, size_t pSize)
     {
         return Fail(ESPIPE);
     }
-    constexpr uint64_t kMax = static_cast<uint64_t>(std::numeric_limits<off_t>::max());
+    constexpr uint64_t kMax = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
     if (pSize > kMax || pAt > kMax - pSize)
     {
         return Fail(EFBIG);
@@ -55,8 +54,8 @@ bool KOutputFile::WriteAllAt(uint64_t pAt, const char* pData, size_t pSize)
 {
     while (pSize > 0)
     {
-        const ssize_t lWritten = KFileCallsInUse().mWriteAt(mFile, pData, pSize, static_cast<off_t>(pAt));
-        if (lWritten < 0 && KFileCanRetry(mFile, POLLOUT))
+        const std::ptrdiff_t lWritten = KSystemInUse().mWriteAt(mFile, pData, pSize, pAt);
+        if (lWritten < 0 && KFileCanRetry(mFile, eCAN_WRITE))
         {
             continue;
         }

@@ -1,7 +1,7 @@
-#include <kbaselib/kbase/kfilecalls.h>
 #include <kbaselib/kbase/koutputfile.h>
 #include <kbaselib/kbase/koutputnames.h>
 #include <kbaselib/kbase/kpendingfiles.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <cerrno>
 #include <new>
@@ -50,7 +50,7 @@ KOutputFile* KOutputFile::CommitAll(KOutputFile* const* pOutputs, size_t pCount)
 /// no hard links.
 bool KOutputFile::BackUpOld()
 {
-    const KFileCalls& lCalls = KFileCallsInUse();
+    const KSystemCalls& lCalls = KSystemInUse();
     mHadOld = true;
     if (mTemporary.empty())
     {
@@ -91,14 +91,14 @@ bool KOutputFile::BackUpOld()
 void KOutputFile::RestoreOld()
 {
     mResult = false;
-    if (!mBackup.empty() && KFileCallsInUse().mRename(mBackup.c_str(), mTarget.c_str()) == 0)
+    if (!mBackup.empty() && KSystemInUse().mRename(mBackup.c_str(), mTarget.c_str()) == 0)
     {
         KPendingFileRemove(mBackupSlot);
         mBackup.clear();
     }
     else if (!mHadOld)
     {
-        KFileCallsInUse().mUnlink(mTarget.c_str());
+        KSystemInUse().mUnlink(mTarget.c_str());
     }
 }
 
@@ -108,7 +108,7 @@ void KOutputFile::RemoveBackup()
     {
         return;
     }
-    KFileCallsInUse().mUnlink(mBackup.c_str());
+    KSystemInUse().mUnlink(mBackup.c_str());
     KPendingFileRemove(mBackupSlot);
     mBackup.clear();
 }

@@ -1,11 +1,9 @@
 #include <kbaselib/kbase/koutputnames.h>
 
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <unistd.h>
 
 namespace qexsdk
 {
@@ -28,25 +26,26 @@ std::string FolderOf(const std::string& pPath)
 
 std::string KTemporaryName(const std::string& pTarget)
 {
-    return FolderOf(pTarget) + ".qex-" + std::to_string(getpid()) + "-" + std::to_string(sNameCount.fetch_add(1)) + ".tmp";
+    return FolderOf(pTarget) + ".qex-" + std::to_string(KSystemInUse().mProcessId()) + "-" + std::to_string(sNameCount.fetch_add(1)) +
+           ".tmp";
 }
 
 int KFollowLinks(std::string& pPath)
 {
-    const KFileCalls& lCalls = KFileCallsInUse();
+    const KSystemCalls& lCalls = KSystemInUse();
     for (int i = 0; i < kMaxLinks; ++i)
     {
-        struct stat lStat;
-        if (lCalls.mLinkStat(pPath.c_str(), &lStat) != 0)
+        KFileInfo lInfo;
+        if (lCalls.mLinkInfo(pPath.c_str(), &lInfo) != 0)
         {
             return errno == ENOENT ? 0 : errno;
         }
-        if (!S_ISLNK(lStat.st_mode))
+        if (lInfo.mKind != KFileInfo::eLINK)
         {
             return 0;
         }
-        char          lText[PATH_MAX];
-        const ssize_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
+        char                 lText[kMaxPathSize];
+        const std::ptrdiff_t lSize = lCalls.mReadLink(pPath.c_str(), lText, sizeof lText);
         if (lSize < 0)
         {
             return errno;

@@ -1,9 +1,9 @@
 #include <kbaselib/kbase/kpendingfiles.h>
 
+#include <kbaselib/kbase/ksystem.h>
+
 #include <atomic>
-#include <climits>
 #include <cstring>
-#include <unistd.h>
 
 namespace qexsdk
 {
@@ -16,7 +16,7 @@ namespace
 struct KPendingFile
 {
     std::atomic<int> mState; ///< 0 free, 1 being filled in, 2 pending.
-    char             mPath[PATH_MAX];
+    char             mPath[kMaxPathSize];
 };
 
 constexpr int kMaxPending = 512; ///< Takes of one figure may be as many files. Pages without an entry use no memory.
@@ -27,7 +27,7 @@ KPendingFile sPending[kMaxPending];
 
 int KPendingFileAdd(const std::string& pPath)
 {
-    if (pPath.size() >= PATH_MAX)
+    if (pPath.size() >= kMaxPathSize)
     {
         return -1;
     }
@@ -56,12 +56,13 @@ void KPendingFileRemove(int& pSlot)
 
 void KPendingFilesUnlink()
 {
-    // unlink() itself, not the table's: a signal handler may only call async-signal-safe functions.
+    // The system's own call, not a test's: a signal handler may only call async-signal-safe functions. Its table exists: opening the
+    // first pending file has used it.
     for (KPendingFile& lFile : sPending)
     {
         if (lFile.mState.load() == 2)
         {
-            ::unlink(lFile.mPath);
+            KSystemOwn().mUnlink(lFile.mPath);
         }
     }
 }

@@ -1,4 +1,4 @@
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <tests/faults/faultstage.h>
 #include <tests/support/asnobody.h>
@@ -45,7 +45,7 @@ protected:
     ~KPathTest() override
     {
         ::chmod(mFiles.OutFolder().c_str(), 0755);
-        KFileCallsReset();
+        KSystemReset();
     }
 
     /// Runs the operation and expects it to fail with \p pError, naming one of \p pPaths.
@@ -178,13 +178,13 @@ ssize_t WriteToSmallDevice(size_t pSize, const TWrite& pWrite)
 /// Sends all writes to the simulated device.
 void SimulateSmallDevice()
 {
-    KFileCallsInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
+    KSystemInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
     {
         return WriteToSmallDevice(pSize, [=](size_t pFree) { return ::write(pFile, pData, pFree); });
     };
-    KFileCallsInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, off_t pAt)
+    KSystemInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, uint64_t pAt)
     {
-        return WriteToSmallDevice(pSize, [=](size_t pFree) { return ::pwrite(pFile, pData, pFree, pAt); });
+        return WriteToSmallDevice(pSize, [=](size_t pFree) { return ::pwrite(pFile, pData, pFree, static_cast<off_t>(pAt)); });
     };
 }
 
@@ -197,7 +197,7 @@ TEST_P(KOutputPathTest, SimulatedDeviceFromFullToLargeEnough)
         sFreeBytes = lPages * kPageSize;
         SimulateSmallDevice();
         lOk = GetParam().mRun(mStage);
-        KFileCallsReset();
+        KSystemReset();
         lFailures += lOk ? 0 : 1;
         EXPECT_TRUE(lOk || mStage.mErrors.find(std::strerror(ENOSPC)) != std::string::npos) << mStage.mErrors;
         ExpectSameFiles(mFiles.GetOutputs(), lOk ? mNewFiles : mOldFiles);
@@ -247,18 +247,18 @@ fs::path sRemovedFolder; ///< Folder that the next write removes.
 TEST_P(KOutputPathTest, FolderRemovedDuringWrite)
 {
     sRemovedFolder = mFiles.OutFolder();
-    KFileCallsInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
+    KSystemInUse().mWrite = [](int pFile, const void* pData, size_t pSize)
     {
         fs::remove_all(sRemovedFolder);
         return ::write(pFile, pData, pSize);
     };
-    KFileCallsInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, off_t pAt)
+    KSystemInUse().mWriteAt = [](int pFile, const void* pData, size_t pSize, uint64_t pAt)
     {
         fs::remove_all(sRemovedFolder);
-        return ::pwrite(pFile, pData, pSize, pAt);
+        return ::pwrite(pFile, pData, pSize, static_cast<off_t>(pAt));
     };
     ExpectFailure(ENOENT, Outputs());
-    KFileCallsReset();
+    KSystemReset();
     EXPECT_FALSE(fs::exists(mFiles.OutFolder()));
     mFiles.ResetOutputs();
     EXPECT_TRUE(GetParam().mRun(mStage)) << mStage.mErrors;

@@ -7,13 +7,14 @@
 namespace qextest
 {
 
-using qexsdk::KFileCalls;
+using qexsdk::KFileInfo;
+using qexsdk::KSystemCalls;
 
 namespace
 {
 
 /// State of the functions below: the table holds plain function pointers.
-KFileCalls         sSystem;
+KSystemCalls       sSystem;
 int                sCounts[KFileFaults::eCALLS];
 KFileFaults::ECall sCall = KFileFaults::eCALLS;
 int                sNumber = 0;
@@ -35,12 +36,12 @@ int Count(KFileFaults::ECall pCall)
     return sError;
 }
 
-int Open(const char* pPath, int pFlags, mode_t pMode)
+int Open(const char* pPath, qexsdk::EOpenMode pMode)
 {
-    return Count(KFileFaults::eOPEN) == 0 ? sSystem.mOpen(pPath, pFlags, pMode) : -1;
+    return Count(KFileFaults::eOPEN) == 0 ? sSystem.mOpen(pPath, pMode) : -1;
 }
 
-ssize_t Read(int pFile, void* pData, size_t pSize)
+std::ptrdiff_t Read(int pFile, void* pData, size_t pSize)
 {
     const int lFault = Count(KFileFaults::eREAD);
     if (lFault > 0)
@@ -50,7 +51,7 @@ ssize_t Read(int pFile, void* pData, size_t pSize)
     return sSystem.mRead(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
 }
 
-ssize_t Write(int pFile, const void* pData, size_t pSize)
+std::ptrdiff_t Write(int pFile, const void* pData, size_t pSize)
 {
     const int lFault = Count(KFileFaults::eWRITE);
     if (lFault > 0)
@@ -60,7 +61,7 @@ ssize_t Write(int pFile, const void* pData, size_t pSize)
     return sSystem.mWrite(pFile, pData, lFault == 0 ? pSize : std::min<size_t>(pSize, 1));
 }
 
-ssize_t WriteAt(int pFile, const void* pData, size_t pSize, off_t pAt)
+std::ptrdiff_t WriteAt(int pFile, const void* pData, size_t pSize, uint64_t pAt)
 {
     const int lFault = Count(KFileFaults::eWRITE);
     if (lFault > 0)
@@ -77,37 +78,37 @@ int Close(int pFile)
     return Count(KFileFaults::eCLOSE) == 0 ? lResult : -1;
 }
 
-off_t Seek(int pFile, off_t pOffset, int pWhence)
+int Rewind(int pFile)
 {
-    return Count(KFileFaults::eSEEK) == 0 ? sSystem.mSeek(pFile, pOffset, pWhence) : -1;
+    return Count(KFileFaults::eSEEK) == 0 ? sSystem.mRewind(pFile) : -1;
 }
 
-int FileStat(int pFile, struct stat* pStat)
+int FileInfo(int pFile, KFileInfo* pInfo)
 {
-    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mFileStat(pFile, pStat) : -1;
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mFileInfo(pFile, pInfo) : -1;
 }
 
-int Stat(const char* pPath, struct stat* pStat)
+int Info(const char* pPath, KFileInfo* pInfo)
 {
-    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mStat(pPath, pStat) : -1;
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mInfo(pPath, pInfo) : -1;
 }
 
-int LinkStat(const char* pPath, struct stat* pStat)
+int LinkInfo(const char* pPath, KFileInfo* pInfo)
 {
-    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mLinkStat(pPath, pStat) : -1;
+    return Count(KFileFaults::eSTAT) == 0 ? sSystem.mLinkInfo(pPath, pInfo) : -1;
 }
 
-ssize_t ReadLink(const char* pPath, char* pText, size_t pSize)
+std::ptrdiff_t ReadLink(const char* pPath, char* pText, size_t pSize)
 {
     return Count(KFileFaults::eREAD_LINK) == 0 ? sSystem.mReadLink(pPath, pText, pSize) : -1;
 }
 
-int Access(const char* pPath, int pMode)
+int CheckWrite(const char* pPath)
 {
-    return Count(KFileFaults::eACCESS) == 0 ? sSystem.mAccess(pPath, pMode) : -1;
+    return Count(KFileFaults::eACCESS) == 0 ? sSystem.mCheckWrite(pPath) : -1;
 }
 
-int ChangeMode(int pFile, mode_t pMode)
+int ChangeMode(int pFile, uint32_t pMode)
 {
     return Count(KFileFaults::eCHANGE_MODE) == 0 ? sSystem.mChangeMode(pFile, pMode) : -1;
 }
@@ -131,20 +132,20 @@ int Unlink(const char* pPath)
 
 KFileFaults::KFileFaults()
 {
-    qexsdk::KFileCallsReset();
-    KFileCalls& lCalls = qexsdk::KFileCallsInUse();
+    qexsdk::KSystemReset();
+    KSystemCalls& lCalls = qexsdk::KSystemInUse();
     sSystem = lCalls;
     lCalls.mOpen = Open;
     lCalls.mRead = Read;
     lCalls.mWrite = Write;
     lCalls.mWriteAt = WriteAt;
     lCalls.mClose = Close;
-    lCalls.mSeek = Seek;
-    lCalls.mFileStat = FileStat;
-    lCalls.mStat = Stat;
-    lCalls.mLinkStat = LinkStat;
+    lCalls.mRewind = Rewind;
+    lCalls.mFileInfo = FileInfo;
+    lCalls.mInfo = Info;
+    lCalls.mLinkInfo = LinkInfo;
     lCalls.mReadLink = ReadLink;
-    lCalls.mAccess = Access;
+    lCalls.mCheckWrite = CheckWrite;
     lCalls.mChangeMode = ChangeMode;
     lCalls.mRename = Rename;
     lCalls.mLink = Link;
@@ -154,7 +155,7 @@ KFileFaults::KFileFaults()
 
 KFileFaults::~KFileFaults()
 {
-    qexsdk::KFileCallsReset();
+    qexsdk::KSystemReset();
 }
 
 void KFileFaults::Fail(ECall pCall, int pNumber, int pError, bool pAndLater)

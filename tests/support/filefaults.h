@@ -1,7 +1,7 @@
 #ifndef TESTS_SUPPORT_FILEFAULTS_H
 #define TESTS_SUPPORT_FILEFAULTS_H
 
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 namespace qextest
 {

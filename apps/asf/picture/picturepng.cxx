@@ -4,7 +4,7 @@
 #include <cmath>
 
 #ifdef QEX_WITH_PNG
-#include <dlfcn.h>
+#include <kbaselib/kbase/ksystem.h>
 #include <librsvg/rsvg.h>
 #endif
 
@@ -39,13 +39,9 @@ public:
     /// False, with the reason in \p pError, if a library or a function is missing.
     bool Load(std::string& pError)
     {
-#ifdef __APPLE__
-        const char* const lName = "librsvg-2.2.dylib";
-#else
-        const char* const lName = "librsvg-2.so.2";
-#endif
+        const qexsdk::KSystemCalls& lCalls = qexsdk::KSystemInUse();
         // Never closed: the libraries do not support it.
-        mLibrary = dlopen(lName, RTLD_NOW | RTLD_LOCAL);
+        mLibrary = lCalls.mOpenLibrary("rsvg-2", 2);
         const bool lOk = mLibrary != nullptr && Find("g_memory_input_stream_new_from_data", mNewStream) && Find("g_object_unref", mUnref) &&
                          Find("g_error_free", mFreeError) && Find("rsvg_handle_new_from_stream_sync", mNewHandle) &&
                          Find("rsvg_handle_render_document", mRender) && Find("cairo_image_surface_create", mNewSurface) &&
@@ -53,8 +49,7 @@ public:
                          Find("cairo_create", mNewContext) && Find("cairo_destroy", mDestroyContext) &&
                          Find("cairo_set_source_rgb", mSetColor) && Find("cairo_paint", mPaint) &&
                          Find("cairo_surface_write_to_png_stream", mWritePng) && Find("cairo_status_to_string", mStatusText);
-        const char* const lReason = lOk ? nullptr : dlerror();
-        pError = lOk ? "" : std::string("librsvg cannot be loaded: ") + (lReason != nullptr ? lReason : lName);
+        pError = lOk ? "" : std::string("librsvg cannot be loaded: ") + lCalls.mLibraryReason();
         return lOk;
     }
 
@@ -77,7 +72,7 @@ private:
     template <typename TFunction>
     bool Find(const char* pName, TFunction& pFunction)
     {
-        pFunction = reinterpret_cast<TFunction>(dlsym(mLibrary, pName));
+        pFunction = reinterpret_cast<TFunction>(qexsdk::KSystemInUse().mFindFunction(mLibrary, pName));
         return pFunction != nullptr;
     }
 

@@ -1,5 +1,7 @@
 #include <kbaselib/kbase/kprocess.h>
 
+#include <kbaselib/kbase/posix/kposix.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -161,9 +163,7 @@ void Wait(pid_t pProcess, KProcessResult& pResult)
     pResult.mPeakMemory = static_cast<uint64_t>(lUsage.ru_maxrss) * 1024;
 }
 
-} // namespace
-
-KProcessResult KRunProcess(const KProcessOptions& pOptions)
+KProcessResult Run(const KProcessOptions& pOptions)
 {
     KProcessResult lResult;
     KPipe          lOut;
@@ -185,14 +185,14 @@ KProcessResult KRunProcess(const KProcessOptions& pOptions)
     return lResult;
 }
 
-std::string KProgramPath()
+std::string ProgramPath()
 {
     char          lPath[4096];
     const ssize_t lSize = ::readlink("/proc/self/exe", lPath, sizeof lPath);
     return lSize > 0 && static_cast<size_t>(lSize) < sizeof lPath ? std::string(lPath, static_cast<size_t>(lSize)) : std::string();
 }
 
-bool KLimitMemory(uint64_t pBytes)
+bool LimitMemory(uint64_t pBytes)
 {
     struct rlimit lLimit = {};
     if (::getrlimit(RLIMIT_AS, &lLimit) != 0)
@@ -201,6 +201,16 @@ bool KLimitMemory(uint64_t pBytes)
     }
     lLimit.rlim_cur = lLimit.rlim_max == RLIM_INFINITY ? pBytes : std::min<rlim_t>(pBytes, lLimit.rlim_max);
     return ::setrlimit(RLIMIT_AS, &lLimit) == 0;
+}
+
+} // namespace
+
+void SetProcessCalls(KSystemCalls& pCalls)
+{
+    pCalls.mRun = Run;
+    pCalls.mProgramPath = ProgramPath;
+    pCalls.mLimitMemory = LimitMemory;
+    pCalls.mProcessId = ::getpid;
 }
 
 } // namespace qexsdk

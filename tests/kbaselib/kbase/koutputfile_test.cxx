@@ -1,4 +1,4 @@
-#include <kbaselib/kbase/kfilecalls.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <kbaselib/kbase/koutputfile.h>
 #include <tests/support/asnobody.h>
@@ -451,7 +451,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, KOutputFileFaultTest,
 TEST(KOutputFile, AZeroByteWriteIsAnError)
 {
     KTempDir lDir;
-    KFileCallsInUse().mWrite = [](int, const void*, size_t) -> ssize_t
+    KSystemInUse().mWrite = [](int, const void*, size_t) -> std::ptrdiff_t
     {
         return 0;
     };
@@ -459,7 +459,7 @@ TEST(KOutputFile, AZeroByteWriteIsAnError)
     EXPECT_TRUE(lOutput.Open((lDir / "new").c_str()));
     EXPECT_TRUE(lOutput.Write("x", 1)) << "only buffered";
     EXPECT_FALSE(lOutput.Close());
-    KFileCallsReset();
+    KSystemReset();
     EXPECT_EQ(lOutput.GetError(), EIO);
     EXPECT_EQ(CountFiles(lDir.Path()), 0u);
 }
@@ -470,7 +470,7 @@ TEST(KOutputFile, EndlessLinksAreRefused)
     KTempDir lDir;
     WriteFile(lDir / "real", "old");
     fs::create_symlink("real", lDir / "link");
-    KFileCallsInUse().mReadLink = [](const char*, char* pText, size_t) -> ssize_t
+    KSystemInUse().mReadLink = [](const char*, char* pText, size_t) -> std::ptrdiff_t
     {
         std::memcpy(pText, "link", 4);
         return 4;
@@ -478,14 +478,14 @@ TEST(KOutputFile, EndlessLinksAreRefused)
     KOutputFile lOutput;
     EXPECT_FALSE(lOutput.Open((lDir / "link").c_str()));
     EXPECT_EQ(lOutput.GetError(), ELOOP);
-    KFileCallsInUse().mReadLink = [](const char*, char* pText, size_t pSize) -> ssize_t
+    KSystemInUse().mReadLink = [](const char*, char* pText, size_t pSize) -> std::ptrdiff_t
     {
         std::memset(pText, 'x', pSize);
-        return static_cast<ssize_t>(pSize);
+        return static_cast<std::ptrdiff_t>(pSize);
     };
     EXPECT_FALSE(lOutput.Open((lDir / "link").c_str()));
     EXPECT_EQ(lOutput.GetError(), ENAMETOOLONG) << "a truncated path would be another file";
-    KFileCallsReset();
+    KSystemReset();
     EXPECT_EQ(ReadFile(lDir / "real"), "old");
 }
 
