@@ -194,7 +194,7 @@ void KConsole::Raise(EExit pExit)
 
 bool KConsole::IsErrorTerminal() const
 {
-    return isatty(STDERR_FILENO) == 1;
+    return qexsdk::KSystemInUse().mIsTerminal(qexsdk::kStandardError);
 }
 
 std::string KConsole::Bold(std::string_view pText) const

@@ -3,6 +3,7 @@
 
 #include <kbaselib/kbase/kbaseexport.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -94,6 +95,11 @@ struct KSystemCalls
     /// Calls \p pHandler before a signal from outside ends this process; it must be async-signal-safe. The signal still ends it, and one
     /// that the parent process ignores (nohup, a background job) stays ignored. From now on a closed pipe is a failed write, no signal.
     void (*mCatchEnd)(void (*pHandler)());
+
+    /// After mCatchEnd(): the first such signal only sets \p pFlag, the second ends the process; null: the first does again.
+    void (*mPostponeEnd)(std::atomic<bool>* pFlag);
+
+    void (*mEndByPostponed)(); ///< Ends the process by the signal that was postponed, if there was one.
 
     // Console.
     bool (*mIsTerminal)(int pStream);

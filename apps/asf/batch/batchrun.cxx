@@ -1,9 +1,9 @@
 #include <apps/asf/batch/batchrun.h>
 
-#include <apps/asf/batch/interrupt.h>
 #include <apps/asf/outputs.h>
 #include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/kprocess.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -114,9 +114,9 @@ bool KBatchRun::OpenReport()
 
 void KBatchRun::DoAll()
 {
-    const KInterrupt         lInterrupt(mContext.mIsCancelled);
     std::vector<std::thread> lThreads;
     mProgress.Start(mPart.size());
+    qexsdk::KSystemInUse().mPostponeEnd(&mContext.mIsCancelled);
     for (int lSlot = 1; lSlot < mOptions.mJobs; ++lSlot)
     {
         lThreads.emplace_back([this, lSlot] { DoSome(lSlot); });
@@ -204,8 +204,9 @@ void KBatchRun::Finish()
     if (mContext.mIsCancelled)
     {
         mConsole.Report("stopped; the same call goes on from here");
-        RaiseInterrupt();
+        qexsdk::KSystemInUse().mEndByPostponed();
     }
+    qexsdk::KSystemInUse().mPostponeEnd(nullptr);
 }
 
 } // namespace asfapp

@@ -128,19 +128,29 @@ KManifestWriter::~KManifestWriter()
 
 bool KManifestWriter::Open(const std::string& pPath, KConsole& pConsole)
 {
+    const bool lIsLocked = mLock.Lock(pPath);
+    if (lIsLocked && OpenFile(pPath))
+    {
+        return true;
+    }
+    const int lError = errno;
+    pConsole.Message(eERROR, pPath, 0,
+                     !lIsLocked && lError == EWOULDBLOCK ? "is in use: another asf batch is writing this part of the collection"
+                                                         : "cannot be written: " + std::generic_category().message(lError));
+    pConsole.Raise(eEXIT_SYSTEM);
+    return false;
+}
+
+bool KManifestWriter::OpenFile(const std::string& pPath)
+{
     mFile = std::fopen(pPath.c_str(), "ab+");
-    bool lOk = mFile != nullptr;
+    if (mFile == nullptr)
+    {
+        return false;
+    }
     // After a crash the last line may lack its end.
-    if (lOk && std::fseek(mFile, -1, SEEK_END) == 0 && std::fgetc(mFile) != '\n')
-    {
-        lOk = std::fseek(mFile, 0, SEEK_END) == 0 && std::fputc('\n', mFile) == '\n' && std::fflush(mFile) == 0;
-    }
-    if (!lOk)
-    {
-        pConsole.Message(eERROR, pPath, 0, "cannot be written: " + std::generic_category().message(errno));
-        pConsole.Raise(eEXIT_SYSTEM);
-    }
-    return lOk;
+    const bool lIsWhole = std::fseek(mFile, -1, SEEK_END) != 0 || std::fgetc(mFile) == '\n';
+    return lIsWhole || (std::fseek(mFile, 0, SEEK_END) == 0 && std::fputc('\n', mFile) == '\n' && std::fflush(mFile) == 0);
 }
 
 bool KManifestWriter::Append(const KJson& pLine, std::string& pReason)

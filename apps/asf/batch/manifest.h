@@ -2,6 +2,7 @@
 #define APPS_ASF_BATCH_MANIFEST_H
 
 #include <apps/asf/report/jsontext.h>
+#include <kbaselib/kbase/kfilelock.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -73,7 +74,10 @@ public:
     bool Append(const KJson& pLine, std::string& pReason);
 
 private:
-    std::FILE* mFile = nullptr;
+    bool OpenFile(const std::string& pPath);
+
+    qexsdk::KFileLock mLock;
+    std::FILE*        mFile = nullptr;
 };
 
 } // namespace asfapp

@@ -1,18 +1,20 @@
 #include <apps/asf/report/filestamp.h>
 
-#include <filesystem>
+#include <kbaselib/kbase/ksystem.h>
 
 namespace asfapp
 {
 
-namespace fs = std::filesystem;
-
 bool ReadStamp(const std::string& pPath, KFileStamp& pStamp)
 {
-    std::error_code lError;
-    pStamp.mSize = fs::file_size(pPath, lError);
-    pStamp.mModified = lError ? 0 : fs::last_write_time(pPath, lError).time_since_epoch().count();
-    return !lError;
+    qexsdk::KFileInfo lInfo;
+    if (!qexsdk::KGetFileInfo(pPath, lInfo) || lInfo.mKind != qexsdk::KFileInfo::eREGULAR)
+    {
+        return false;
+    }
+    pStamp.mSize = lInfo.mSize;
+    pStamp.mModified = lInfo.mModified;
+    return true;
 }
 
 KJson JsonStamped(const std::string& pPath, const KFileStamp& pStamp)

@@ -9,18 +9,30 @@ namespace qexsdk
 namespace
 {
 
-std::atomic<void (*)()> sAtEnd{nullptr};
+void CatchSignals();
+
+std::atomic<void (*)()>         sAtEnd{nullptr};
+std::atomic<std::atomic<bool>*> sPostponed{nullptr};
+std::atomic<int>                sSignal{0};
 
 extern "C" void EndBySignal(int pSignal)
 {
+    std::atomic<bool>* const lPostponed = sPostponed.exchange(nullptr);
+    if (lPostponed != nullptr)
+    {
+        sSignal = pSignal;
+        CatchSignals(); // Again, for the next one.
+        lPostponed->store(true);
+        return;
+    }
     sAtEnd.load()();
     // SA_RESETHAND has restored the default action, so the shell sees which signal ended the process.
     ::raise(pSignal);
 }
 
-void CatchEnd(void (*pHandler)())
+/// Async-signal-safe.
+void CatchSignals()
 {
-    sAtEnd = pHandler;
     struct sigaction lAction = {};
     lAction.sa_handler = EndBySignal;
     lAction.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
@@ -33,9 +45,31 @@ void CatchEnd(void (*pHandler)())
             ::sigaction(lSignal, &lAction, nullptr);
         }
     }
+}
+
+void CatchEnd(void (*pHandler)())
+{
+    sAtEnd = pHandler;
+    CatchSignals();
+    struct sigaction lAction = {};
     lAction.sa_handler = SIG_IGN;
-    lAction.sa_flags = 0;
+    sigemptyset(&lAction.sa_mask);
     ::sigaction(SIGPIPE, &lAction, nullptr);
+}
+
+void PostponeEnd(std::atomic<bool>* pFlag)
+{
+    sSignal = 0;
+    sPostponed = pFlag;
+}
+
+void EndByPostponed()
+{
+    sPostponed = nullptr;
+    if (sSignal != 0)
+    {
+        ::raise(sSignal);
+    }
 }
 
 } // namespace
@@ -43,6 +77,8 @@ void CatchEnd(void (*pHandler)())
 void SetSignalCalls(KSystemCalls& pCalls)
 {
     pCalls.mCatchEnd = CatchEnd;
+    pCalls.mPostponeEnd = PostponeEnd;
+    pCalls.mEndByPostponed = EndByPostponed;
 }
 
 } // namespace qexsdk
