@@ -1,5 +1,6 @@
 // A clip from a take of a scene.
 
+#include <kbaselib/kmath/kquaternion.h>
 #include <qexclip/kqexclipedit.h>
 #include <qexscene/kqexframesink.h>
 #include <qexscene/kqexrestpose.h>
@@ -128,12 +129,7 @@ public:
         const size_t lRow = mNodes.size() * 4;
         for (size_t i = lRow; i < mData.mRotations.size(); i += 4)
         {
-            float*       lThis = &mData.mRotations[i];
-            const float* lLast = lThis - lRow;
-            if (lThis[0] * lLast[0] + lThis[1] * lLast[1] + lThis[2] * lLast[2] + lThis[3] * lLast[3] < 0.0F)
-            {
-                std::transform(lThis, lThis + 4, lThis, [](float pNumber) { return -pNumber; });
-            }
+            kChooseNearer(&mData.mRotations[i], &mData.mRotations[i - lRow]);
         }
     }
 

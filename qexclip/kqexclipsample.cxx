@@ -1,5 +1,6 @@
 // Poses of a clip and their world transforms.
 
+#include <kbaselib/kmath/kquaternion.h>
 #include <qexclip/kqexclip.h>
 
 #include <algorithm>
@@ -18,16 +19,10 @@ constexpr float kNearlySame = 0.9999F;
 /// From \p pFrom to \p pTo along the shorter arc. Single precision, as the clip.
 void Slerp(const float* pFrom, const float* pTo, float pFraction, float* pResult)
 {
-    const float lDot = pFrom[0] * pTo[0] + pFrom[1] * pTo[1] + pFrom[2] * pTo[2] + pFrom[3] * pTo[3];
-    const float lCosine = std::min(1.0F, std::fabs(lDot));
-    float       lFrom = 1.0F - pFraction;
-    float       lTo = pFraction;
-    if (lCosine < kNearlySame)
-    {
-        const float lAngle = std::acos(lCosine);
-        lFrom = std::sin(lFrom * lAngle);
-        lTo = std::sin(lTo * lAngle);
-    }
+    const float lDot = kQuaternionDot(pFrom, pTo);
+    float       lFrom = 0.0F;
+    float       lTo = 0.0F;
+    kSlerpWeights(std::fabs(lDot), kNearlySame, pFraction, lFrom, lTo);
     lTo = lDot < 0.0F ? -lTo : lTo;
     float lSquare = 0.0F;
     for (int i = 0; i < 4; ++i)

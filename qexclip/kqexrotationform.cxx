@@ -1,6 +1,7 @@
 #include <qexclip/kqexrotationform.h>
 
 #include <kbaselib/kmath/keulernearest.h>
+#include <kbaselib/kmath/kquaternion.h>
 
 #include <algorithm>
 #include <cmath>
@@ -36,20 +37,6 @@ void WriteEuler(const KQexQuaternion& pRotation, int pOrder, double* pResult)
     double lImages[3][4];
     pRotation.ToAxes(lImages);
     KmRtoVord(pResult, lImages, pOrder);
-}
-
-/// Negates q if -q is nearer to the last one.
-void ChooseNearer(double* pNumbers, const double* pLast)
-{
-    double lProduct = 0.0;
-    for (int i = 0; i < 4; ++i)
-    {
-        lProduct += pNumbers[i] * pLast[i];
-    }
-    if (lProduct < 0.0)
-    {
-        std::transform(pNumbers, pNumbers + 4, pNumbers, [](double pNumber) { return -pNumber; });
-    }
 }
 
 } // namespace
@@ -118,7 +105,7 @@ void KQexRotationWriter::MakeContinuous(double* pNumbers)
     {
         if (mForm == KQexRotationForm::eQUATERNION)
         {
-            ChooseNearer(pNumbers + i, &mLast[i]);
+            kChooseNearer(pNumbers + i, &mLast[i]);
         }
         else
         {

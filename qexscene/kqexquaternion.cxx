@@ -2,6 +2,7 @@
 
 #include <kbaselib/kmath/keulernearest.h>
 #include <kbaselib/kmath/keulertable.h>
+#include <kbaselib/kmath/kquaternion.h>
 #include <kbaselib/kmath/maths.h>
 
 #include <algorithm>
@@ -106,22 +107,13 @@ bool KQexQuaternion::Normalize()
 
 KQexQuaternion KQexQuaternion::Slerp(const KQexQuaternion& pFrom, const KQexQuaternion& pTo, double pFraction)
 {
-    double lDot = 0.0;
-    for (int i = 0; i < 4; ++i)
-    {
-        lDot += pFrom.mData[i] * pTo.mData[i];
-    }
-    const double lCosine = std::min(1.0, std::fabs(lDot));
-    double       lFrom = 1.0 - pFraction;
-    double       lTo = pFraction;
-    if (lCosine < kNearlySame)
-    {
-        const double lAngle = std::acos(lCosine);
-        const double lSine = std::sin(lAngle);
-        lFrom = std::sin(lFrom * lAngle) / lSine;
-        lTo = std::sin(lTo * lAngle) / lSine;
-    }
-    lTo = lDot < 0.0 ? -lTo : lTo;
+    const double lDot = kQuaternionDot(pFrom.mData, pTo.mData);
+    double       lFrom = 0.0;
+    double       lTo = 0.0;
+    const double lAngle = kSlerpWeights(std::fabs(lDot), kNearlySame, pFraction, lFrom, lTo);
+    const double lScale = lAngle > 0.0 ? std::sin(lAngle) : 1.0;
+    lFrom /= lScale;
+    lTo /= lDot < 0.0 ? -lScale : lScale;
     KQexQuaternion lResult;
     for (int i = 0; i < 4; ++i)
     {

@@ -1,5 +1,6 @@
 #include <qexioplugins/gltf/kqexgltfkeys.h>
 
+#include <kbaselib/kmath/kquaternion.h>
 #include <qexioplugins/motion/kqexmotionio.h>
 
 #include <algorithm>
@@ -137,27 +138,16 @@ void KQexGltfKeys::Interpolate(double pFraction, double* pResult) const
 /// Spherical linear interpolation along the shorter arc.
 void KQexGltfKeys::Slerp(double pFraction, const double* pTo, double* pResult) const
 {
-    double lDot = 0.0;
-    double lFromSquare = 0.0;
-    double lToSquare = 0.0;
-    for (int i = 0; i < 4; ++i)
-    {
-        lDot += pResult[i] * pTo[i];
-        lFromSquare += pResult[i] * pResult[i];
-        lToSquare += pTo[i] * pTo[i];
-    }
+    const double lDot = kQuaternionDot(pResult, pTo);
+    const double lFromSquare = kQuaternionDot(pResult, pResult);
+    const double lToSquare = kQuaternionDot(pTo, pTo);
     // A quaternion of zero length is no rotation: the result is then the other key's rotation, or zero as well.
     const double lFromLength = lFromSquare > 0.0 ? std::sqrt(lFromSquare) : 1.0;
     const double lToLength = lToSquare > 0.0 ? std::sqrt(lToSquare) : 1.0;
     const double lCosine = std::fabs(lDot) / (lFromLength * lToLength);
-    double       lFrom = 1.0 - pFraction;
-    double       lTo = pFraction;
-    if (lCosine < kSlerpThreshold)
-    {
-        const double lAngle = std::acos(lCosine);
-        lFrom = std::sin(lFrom * lAngle);
-        lTo = std::sin(lTo * lAngle);
-    }
+    double       lFrom = 0.0;
+    double       lTo = 0.0;
+    kSlerpWeights(lCosine, kSlerpThreshold, pFraction, lFrom, lTo);
     lFrom /= lFromLength;
     lTo /= lDot < 0.0 ? -lToLength : lToLength;
     for (int i = 0; i < 4; ++i)

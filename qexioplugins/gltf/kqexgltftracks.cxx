@@ -1,5 +1,7 @@
 #include <qexioplugins/gltf/kqexgltftracks.h>
 
+#include <kbaselib/kmath/kquaternion.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -96,10 +98,7 @@ void KQexGltfTracks::MakeContinuous(double* pValues)
         {
             continue;
         }
-        if (lValue[0] * lLast[0] + lValue[1] * lLast[1] + lValue[2] * lLast[2] + lValue[3] * lLast[3] < 0.0)
-        {
-            std::transform(lValue, lValue + 4, lValue, [](double pNumber) { return -pNumber; });
-        }
+        kChooseNearer(lValue, lLast);
         std::copy_n(lValue, 4, lLast);
     }
 }
