@@ -8,13 +8,6 @@
 namespace qexsdk
 {
 
-KQexArrayHead KFloats(std::vector<uint64_t> pShape)
-{
-    KQexArrayHead lHead;
-    lHead.mShape = std::move(pShape);
-    return lHead;
-}
-
 KQexArraySink::KQexArraySink(const KQexFigure& pFigure, const KQexMotionArrayOptions& pOptions, KQexNpzFile& pFile)
     : mFigure(pFigure), mOptions(pOptions), mFile(pFile)
 {
@@ -25,7 +18,7 @@ size_t KQexArraySink::AddRows(const std::string& pName, const std::vector<uint64
     std::vector<uint64_t> lShape = {static_cast<uint64_t>(mOptions.mSampling.mCount)};
     lShape.insert(lShape.end(), pShape.begin(), pShape.end());
     KRows lRows;
-    lRows.mArray = mFile.Add(pName, KFloats(std::move(lShape)));
+    lRows.mArray = mFile.Add(pName, {KQexArrayType::eFLOAT32, std::move(lShape)});
     lRows.mStart = mValueCount;
     lRows.mCount = static_cast<size_t>(std::accumulate(pShape.begin(), pShape.end(), uint64_t(1), std::multiplies<>()));
     mRows.push_back(lRows);
@@ -42,10 +35,8 @@ size_t KQexArraySink::AddRotations(const std::string& pName, size_t pJoints)
 
 void KQexArraySink::AddRate()
 {
-    KQexArrayHead lHead;
-    lHead.mType = KQexArrayType::eFLOAT64;
     const double lStep = mOptions.mSampling.mStep.GetSeconds();
-    mFile.AddNumbers("fps", lHead, {lStep > 0.0 ? 1.0 / lStep : 0.0});
+    mFile.AddNumbers("fps", {KQexArrayType::eFLOAT64, {}}, {lStep > 0.0 ? 1.0 / lStep : 0.0});
 }
 
 size_t KQexArraySink::AddDofs(const std::vector<KQexDofColumn>& pDofs, const std::string& pArray)

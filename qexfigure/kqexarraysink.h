@@ -10,9 +10,6 @@
 namespace qexsdk
 {
 
-/// An array of 32-bit floats of this shape.
-KQexArrayHead KFloats(std::vector<uint64_t> pShape);
-
 /// A motion as arrays that have a row for each frame: what all sets of arrays share. May throw std::bad_alloc.
 class KQexArraySink : public KQexFrameSink
 {

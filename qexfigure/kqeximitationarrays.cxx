@@ -45,8 +45,9 @@ public:
         mRotations = AddRotations("body_rotations", mBodies.size());
         mDofPositions = AddDofs(mDofs, "dof_positions");
         mContinuousDofs = GetValueCount();
-        mDofVelocities = pFile.Add("dof_velocities", KFloats({static_cast<uint64_t>(pOptions.mSampling.mCount), mDofs.size()}));
-        const KQexArrayHead lHead = KFloats({static_cast<uint64_t>(pOptions.mSampling.mCount), mBodies.size(), 3});
+        const auto          lFrames = static_cast<uint64_t>(pOptions.mSampling.mCount);
+        const KQexArrayHead lHead = {KQexArrayType::eFLOAT32, {lFrames, mBodies.size(), 3}};
+        mDofVelocities = pFile.Add("dof_velocities", {KQexArrayType::eFLOAT32, {lFrames, mDofs.size()}});
         mLinear = pFile.Add("body_linear_velocities", lHead);
         mAngular = pFile.Add("body_angular_velocities", lHead);
     }

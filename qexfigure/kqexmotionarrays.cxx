@@ -28,7 +28,7 @@ public:
         mWorldPositions = AddRows("world_positions", {lJoints, 3});
         mWorldRotations = AddRotations("world_rotations", lJoints);
         mDofAngles = AddDofs(mDofs, "dof_angles");
-        pFile.AddNumbers("dof_limits", KFloats({mDofs.size(), 2}), KQexLimitsOf(mDofs));
+        pFile.AddNumbers("dof_limits", {KQexArrayType::eFLOAT32, {mDofs.size(), 2}}, KQexLimitsOf(mDofs));
         mHasPositions = NeedsPositions();
         mHasScalings = NeedsScalings();
         mLocalPositions = mHasPositions ? AddRows("local_positions", {lJoints, 3}) : 0;
@@ -70,12 +70,9 @@ private:
             lParents.push_back(lJoint.mParent);
             lEnds.push_back(lJoint.mIsEnd ? 1.0 : 0.0);
         }
-        KQexArrayHead lHead = KFloats({lNames.size()});
         mFile.AddTexts("names", lNames);
-        lHead.mType = KQexArrayType::eINT32;
-        mFile.AddNumbers("parents", lHead, lParents);
-        lHead.mType = KQexArrayType::eBOOL;
-        mFile.AddNumbers("is_end", lHead, lEnds);
+        mFile.AddNumbers("parents", {KQexArrayType::eINT32, {lNames.size()}}, lParents);
+        mFile.AddNumbers("is_end", {KQexArrayType::eBOOL, {lNames.size()}}, lEnds);
     }
 
     void AddRest()
@@ -95,8 +92,8 @@ private:
             mWriter.Convert(lJoints.GetRotation(KQexSpace::eLOCAL, i), &lRotations[4 * i]);
         }
         lContinuous.MakeContinuous(lRotations.data());
-        mFile.AddNumbers("rest_positions", KFloats({lCount, 3}), lPositions);
-        mFile.AddNumbers("rest_rotations", KFloats({lCount, 4}), lRotations);
+        mFile.AddNumbers("rest_positions", {KQexArrayType::eFLOAT32, {lCount, 3}}, lPositions);
+        mFile.AddNumbers("rest_rotations", {KQexArrayType::eFLOAT32, {lCount, 4}}, lRotations);
     }
 
     /// Whether rest_positions and root_positions do not have the position of each joint relative to its parent.

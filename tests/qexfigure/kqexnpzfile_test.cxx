@@ -23,14 +23,6 @@ namespace fs = std::filesystem;
 namespace
 {
 
-KQexArrayHead HeadOf(KQexArrayType pType, std::vector<uint64_t> pShape)
-{
-    KQexArrayHead lHead;
-    lHead.mType = pType;
-    lHead.mShape = std::move(pShape);
-    return lHead;
-}
-
 /// What the script prints that finds its archive in sys.argv[1].
 std::string Python(const fs::path& pArchive, const std::string& pScript)
 {
@@ -56,15 +48,15 @@ bool WriteArchive(KOutputFile& pOut, uint64_t pMaxPlain, size_t pFrames)
 {
     KQexNpzFile               lFile(pOut, pMaxPlain);
     const std::vector<double> lNumbers = {1, -2.5, 3, 1e30, 5, 6};
-    lFile.AddNumbers("fps", HeadOf(KQexArrayType::eFLOAT64, {}), {29.97});
-    const int lFirst = lFile.Add("first", HeadOf(KQexArrayType::eFLOAT32, {pFrames, 2, 3}));
+    lFile.AddNumbers("fps", {KQexArrayType::eFLOAT64, {}}, {29.97});
+    const int lFirst = lFile.Add("first", {KQexArrayType::eFLOAT32, {pFrames, 2, 3}});
     lFile.AddTexts("names", {"hip",
                              "r\xC3\xBC"
                              "cken",
                              "\xF0\x9F\xA6\xB4", "bad\xFF", ""});
-    const int lSecond = lFile.Add("second", HeadOf(KQexArrayType::eINT32, {pFrames}));
-    lFile.AddNumbers("flags", HeadOf(KQexArrayType::eBOOL, {2}), {0, 1});
-    lFile.AddNumbers("none", HeadOf(KQexArrayType::eFLOAT32, {0, 3}), {});
+    const int lSecond = lFile.Add("second", {KQexArrayType::eINT32, {pFrames}});
+    lFile.AddNumbers("flags", {KQexArrayType::eBOOL, {2}}, {0, 1});
+    lFile.AddNumbers("none", {KQexArrayType::eFLOAT32, {0, 3}}, {});
     for (size_t lFrame = 0; lFrame < pFrames; ++lFrame)
     {
         const auto lNumber = static_cast<double>(lFrame) * (lFrame % 2 == 0 ? 1 : -1);
@@ -97,14 +89,14 @@ struct KNpyStart
 
 TEST(KQexNpy, StartsAsTheFormatSays)
 {
-    KQexArrayHead lText = HeadOf(KQexArrayType::eTEXT, {7});
+    KQexArrayHead lText = {KQexArrayType::eTEXT, {7}};
     lText.mTextLength = 12;
     for (const KNpyStart& lCase : {
-             KNpyStart{"no axis", HeadOf(KQexArrayType::eFLOAT64, {}), "{'descr': '<f8', 'fortran_order': False, 'shape': (), }"},
-             KNpyStart{"one axis", HeadOf(KQexArrayType::eINT32, {5}), "{'descr': '<i4', 'fortran_order': False, 'shape': (5,), }"},
-             KNpyStart{"three", HeadOf(KQexArrayType::eFLOAT32, {343, 31, 3}),
-                       "{'descr': '<f4', 'fortran_order': False, 'shape': (343, 31, 3), }"},
-             KNpyStart{"bool", HeadOf(KQexArrayType::eBOOL, {2, 0}), "{'descr': '|b1', 'fortran_order': False, 'shape': (2, 0), }"},
+             KNpyStart{"no axis", {KQexArrayType::eFLOAT64, {}}, "{'descr': '<f8', 'fortran_order': False, 'shape': (), }"},
+             KNpyStart{"one axis", {KQexArrayType::eINT32, {5}}, "{'descr': '<i4', 'fortran_order': False, 'shape': (5,), }"},
+             KNpyStart{
+                 "three", {KQexArrayType::eFLOAT32, {343, 31, 3}}, "{'descr': '<f4', 'fortran_order': False, 'shape': (343, 31, 3), }"},
+             KNpyStart{"bool", {KQexArrayType::eBOOL, {2, 0}}, "{'descr': '|b1', 'fortran_order': False, 'shape': (2, 0), }"},
              KNpyStart{"text", lText, "{'descr': '<U12', 'fortran_order': False, 'shape': (7,), }"},
          })
     {
@@ -184,17 +176,17 @@ TEST(KQexNpzFile, WhatCannotBeFails)
         {"items are missing", EINVAL,
          [](KQexNpzFile& pFile)
          {
-             return pFile.Add("a", HeadOf(KQexArrayType::eFLOAT32, {2})) < 0 || pFile.Finish();
+             return pFile.Add("a", {KQexArrayType::eFLOAT32, {2}}) < 0 || pFile.Finish();
          }},
         {"too many items", EINVAL,
          [](KQexNpzFile& pFile)
          {
-             return pFile.AddNumbers("a", HeadOf(KQexArrayType::eFLOAT32, {1}), {1, 2});
+             return pFile.AddNumbers("a", {KQexArrayType::eFLOAT32, {1}}, {1, 2});
          }},
         {"too few items", EINVAL,
          [](KQexNpzFile& pFile)
          {
-             return pFile.AddNumbers("a", HeadOf(KQexArrayType::eFLOAT32, {3}), {1, 2}) && pFile.Finish();
+             return pFile.AddNumbers("a", {KQexArrayType::eFLOAT32, {3}}, {1, 2}) && pFile.Finish();
          }},
         {"no such array", ENOMEM,
          [](KQexNpzFile& pFile)
@@ -205,12 +197,12 @@ TEST(KQexNpzFile, WhatCannotBeFails)
         {"beyond 64 bits", EFBIG,
          [](KQexNpzFile& pFile)
          {
-             return pFile.Add("a", HeadOf(KQexArrayType::eFLOAT32, {1ULL << 40, 1ULL << 40})) >= 0;
+             return pFile.Add("a", {KQexArrayType::eFLOAT32, {1ULL << 40, 1ULL << 40}}) >= 0;
          }},
         {"beyond any file", EFBIG,
          [](KQexNpzFile& pFile)
          {
-             return pFile.Add("a", HeadOf(KQexArrayType::eFLOAT32, {1ULL << 61})) >= 0;
+             return pFile.Add("a", {KQexArrayType::eFLOAT32, {1ULL << 61}}) >= 0;
          }},
     };
     for (const auto& lCase : lCases)
@@ -221,8 +213,8 @@ TEST(KQexNpzFile, WhatCannotBeFails)
         KQexNpzFile lFile(lOut);
         EXPECT_FALSE(lCase.mRun(lFile)) << lCase.mName;
         EXPECT_EQ(lOut.GetError(), lCase.mError) << lCase.mName;
-        EXPECT_EQ(lFile.Add("b", HeadOf(KQexArrayType::eFLOAT32, {1})), -1) << lCase.mName << ": later calls fail, too";
-        EXPECT_FALSE(lFile.AddNumbers("b", HeadOf(KQexArrayType::eFLOAT32, {2}), {lNumbers[0], lNumbers[1]}));
+        EXPECT_EQ(lFile.Add("b", {KQexArrayType::eFLOAT32, {1}}), -1) << lCase.mName << ": later calls fail, too";
+        EXPECT_FALSE(lFile.AddNumbers("b", {KQexArrayType::eFLOAT32, {2}}, {lNumbers[0], lNumbers[1]}));
         EXPECT_FALSE(lFile.Finish()) << lCase.mName;
         EXPECT_FALSE(lOut.Close()) << lCase.mName;
     }

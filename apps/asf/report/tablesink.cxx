@@ -46,14 +46,14 @@ public:
                  qexsdk::KOutputFile& pOut)
         : KTableSink(pTable, pMotion, pTimes, pValues), mFile(pOut)
     {
-        mFile.AddNumbers("fps", HeadOf(qexsdk::KQexArrayType::eFLOAT64, {}), {pTable.mRate});
+        mFile.AddNumbers("fps", {qexsdk::KQexArrayType::eFLOAT64, {}}, {pTable.mRate});
         AddItems();
         const uint64_t lFrames = pTable.mFrameCount;
-        mNumbers = mFile.Add("frames", HeadOf(qexsdk::KQexArrayType::eFLOAT64, {lFrames}));
-        mSeconds = mFile.Add("times", HeadOf(qexsdk::KQexArrayType::eFLOAT64, {lFrames}));
+        mNumbers = mFile.Add("frames", {qexsdk::KQexArrayType::eFLOAT64, {lFrames}});
+        mSeconds = mFile.Add("times", {qexsdk::KQexArrayType::eFLOAT64, {lFrames}});
         std::vector<uint64_t> lShape = {lFrames, pTable.mItems.size()};
         lShape.insert(lShape.end(), pTable.mShape.begin(), pTable.mShape.end());
-        mArray = mFile.Add(pTable.mArray, HeadOf(qexsdk::KQexArrayType::eFLOAT32, lShape));
+        mArray = mFile.Add(pTable.mArray, {qexsdk::KQexArrayType::eFLOAT32, lShape});
     }
 
     bool Write(const qexsdk::KQexFrameBlock& pBlock) override
@@ -74,14 +74,6 @@ public:
     void Finish() override { mFile.Finish(); }
 
 private:
-    static qexsdk::KQexArrayHead HeadOf(qexsdk::KQexArrayType pType, std::vector<uint64_t> pShape)
-    {
-        qexsdk::KQexArrayHead lHead;
-        lHead.mType = pType;
-        lHead.mShape = std::move(pShape);
-        return lHead;
-    }
-
     void AddItems()
     {
         const uint64_t      lCount = mTable.mItems.size();
@@ -97,11 +89,11 @@ private:
         mFile.AddTexts(mTable.mHasDofs ? "dof_names" : "names", mTable.GetNames());
         if (mTable.mHasDofs)
         {
-            mFile.AddNumbers("dof_limits", HeadOf(qexsdk::KQexArrayType::eFLOAT32, {lCount, 2}), lLimits);
+            mFile.AddNumbers("dof_limits", {qexsdk::KQexArrayType::eFLOAT32, {lCount, 2}}, lLimits);
         }
         else
         {
-            mFile.AddNumbers("parents", HeadOf(qexsdk::KQexArrayType::eINT32, {lCount}), lParents);
+            mFile.AddNumbers("parents", {qexsdk::KQexArrayType::eINT32, {lCount}}, lParents);
         }
     }
 
