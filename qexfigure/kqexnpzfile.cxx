@@ -39,6 +39,13 @@ public:
         return *this;
     }
 
+    /// What every record of a file has: no flags, not compressed, no time, checksum, sizes, lengths of the name and the field that follow.
+    KRecord& PutFile(uint32_t pCrc, uint64_t pSize, const std::string& pName, const std::string& pField)
+    {
+        Put(4, 0).Put(4, kNoTime).Put(4, pCrc).Put(4, pSize).Put(4, pSize);
+        return Put(2, pName.size()).Put(2, pField.size());
+    }
+
     const std::string& GetText() const { return mText; }
 
 private:
@@ -170,13 +177,7 @@ std::string KQexNpzFile::LocalRecord(const KMember& pMember) const
     return KRecord()
         .Put("PK\3\4")
         .Put(2, lIsLarge ? kZip64Version : kPlainVersion)
-        .Put(4, 0) // No flags, stored.
-        .Put(4, kNoTime)
-        .Put(4, pMember.mCrc)
-        .Put(4, lSize)
-        .Put(4, lSize)
-        .Put(2, pMember.mName.size())
-        .Put(2, lField.size())
+        .PutFile(pMember.mCrc, lSize, pMember.mName, lField)
         .Put(pMember.mName)
         .Put(lField)
         .GetText();
@@ -199,13 +200,7 @@ std::string KQexNpzFile::DirectoryRecord(const KMember& pMember) const
         .Put("PK\1\2")
         .Put(2, kUnixVersion)
         .Put(2, lField.empty() ? kPlainVersion : kZip64Version)
-        .Put(4, 0)
-        .Put(4, kNoTime)
-        .Put(4, pMember.mCrc)
-        .Put(4, lSize)
-        .Put(4, lSize)
-        .Put(2, pMember.mName.size())
-        .Put(2, lField.size())
+        .PutFile(pMember.mCrc, lSize, pMember.mName, lField)
         .Put(6, 0) // No comment; the first disk; binary.
         .Put(4, kFileMode << 16)
         .Put(4, IsLarge(pMember.mAt) ? kIn64 : pMember.mAt)
