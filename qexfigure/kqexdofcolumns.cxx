@@ -1,6 +1,5 @@
 #include <qexfigure/kqexdofcolumns.h>
 
-#include <limits>
 #include <new>
 #include <unordered_map>
 
@@ -47,12 +46,11 @@ void KQexEvaluateDofs(const std::vector<KQexDofColumn>& pColumns, KTime pTime, d
 
 std::vector<double> KQexLimitsOf(const std::vector<KQexDofColumn>& pColumns)
 {
-    constexpr double    kNone = std::numeric_limits<double>::infinity();
     std::vector<double> lLimits;
     for (const KQexDofColumn& lColumn : pColumns)
     {
-        lLimits.push_back(lColumn.mDof.mHasMin ? lColumn.mDof.mMin : -kNone);
-        lLimits.push_back(lColumn.mDof.mHasMax ? lColumn.mDof.mMax : kNone);
+        lLimits.push_back(lColumn.mDof.GetMin());
+        lLimits.push_back(lColumn.mDof.GetMax());
     }
     return lLimits;
 }

@@ -4,6 +4,7 @@
 #include <kbaselib/kbase/kbaseexport.h>
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -19,6 +20,11 @@ struct QEX_API KQexBoneDof
     bool        mHasMax = false; ///< Whether mMax limits it.
     double      mMin = 0.0;      ///< Degrees or centimetres.
     double      mMax = 0.0;      ///< Degrees or centimetres.
+
+    /// The lower limit; -infinity if there is none.
+    double GetMin() const { return mHasMin ? mMin : -std::numeric_limits<double>::infinity(); }
+    /// The upper limit; infinity if there is none.
+    double GetMax() const { return mHasMax ? mMax : std::numeric_limits<double>::infinity(); }
 
     /// How far a value is beyond a limit, negative below the lower one; 0 within both. A value that exceeds a limit by no more than 1e-6
     /// degrees or centimetres, or a ten-millionth of it, is at the limit: files have about six digits, keys single precision.

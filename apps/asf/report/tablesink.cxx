@@ -1,7 +1,6 @@
 #include <apps/asf/report/tablesink.h>
 
 #include <charconv>
-#include <limits>
 #include <utility>
 
 namespace asfapp
@@ -63,8 +62,9 @@ public:
         {
             const qexsdk::KTime lTime = mTimes.GetTime(lFrame);
             const double        lSeconds = mMotion.GetSeconds(lTime);
-            const std::string   lText = mMotion.GetNumberText(lTime);
-            double              lNumber = 0;
+            // As the texts have it: rounding the number itself differs from that where it is halfway between two decimals.
+            const std::string lText = mMotion.GetNumberText(lTime);
+            double            lNumber = 0;
             std::from_chars(lText.data(), lText.data() + lText.size(), lNumber);
             lOk = lOk && mFile.Append(mNumbers, &lNumber, 1) && mFile.Append(mSeconds, &lSeconds, 1);
         }
@@ -81,10 +81,9 @@ private:
         std::vector<double> lLimits;
         for (const KTableItem& lItem : mTable.mItems)
         {
-            constexpr double kNone = std::numeric_limits<double>::infinity();
             lParents.push_back(lItem.mParent);
-            lLimits.push_back(lItem.mDof.mHasMin ? lItem.mDof.mMin : -kNone);
-            lLimits.push_back(lItem.mDof.mHasMax ? lItem.mDof.mMax : kNone);
+            lLimits.push_back(lItem.mDof.GetMin());
+            lLimits.push_back(lItem.mDof.GetMax());
         }
         mFile.AddTexts(mTable.mHasDofs ? "dof_names" : "names", mTable.GetNames());
         if (mTable.mHasDofs)
