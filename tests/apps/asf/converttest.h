@@ -46,16 +46,7 @@ protected:
     KRunResult Run(const std::vector<std::string>& pArguments) { return RunAsf(pArguments, mOptions); }
 
     /// Runs `asf convert` with the arguments in \p pCall.
-    KRunResult Convert(const std::string& pCall)
-    {
-        std::vector<std::string> lArguments{"convert", "-q"};
-        std::istringstream       lWords(pCall);
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return Run(lArguments);
-    }
+    KRunResult Convert(const std::string& pCall) { return Run(WordsOf("convert -q " + pCall)); }
 
     void ExpectConverts(const std::string& pCall)
     {

@@ -23,16 +23,7 @@ protected:
         ASSERT_EQ(Run("convert -q walk.amc -o walk.gltf").mExit, 0);
     }
 
-    KRunResult Run(const std::string& pCall)
-    {
-        std::istringstream       lWords(pCall);
-        std::vector<std::string> lArguments;
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return RunAsf(lArguments, mOptions);
-    }
+    KRunResult Run(const std::string& pCall) { return RunAsf(WordsOf(pCall), mOptions); }
 
     /// Runs without errors and messages. \return standard output
     std::string Output(const std::string& pCall)

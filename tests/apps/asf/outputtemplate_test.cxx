@@ -1,7 +1,6 @@
 #include <tests/apps/asf/runasf.h>
 
 #include <algorithm>
-#include <sstream>
 
 using namespace qextest;
 namespace fs = std::filesystem;
@@ -24,16 +23,7 @@ protected:
         mOptions.mFolder = mFolder.Path().string();
     }
 
-    KRunResult Run(const std::string& pCall)
-    {
-        std::istringstream       lWords(pCall);
-        std::vector<std::string> lArguments;
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return RunAsf(lArguments, mOptions);
-    }
+    KRunResult Run(const std::string& pCall) { return RunAsf(WordsOf(pCall), mOptions); }
 
     /// Converts both motions. \return the names of the new files, in order
     std::string NewFiles(const std::string& pOutputs)

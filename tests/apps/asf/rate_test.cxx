@@ -25,16 +25,7 @@ protected:
         mOptions.mFolder = mFolder.Path().string();
     }
 
-    KRunResult Run(const std::string& pCall)
-    {
-        std::istringstream       lWords(pCall);
-        std::vector<std::string> lArguments;
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return RunAsf(lArguments, mOptions);
-    }
+    KRunResult Run(const std::string& pCall) { return RunAsf(WordsOf(pCall), mOptions); }
 
     /// "frame,time,z of the root" of every row of `asf positions`.
     std::string Rows(const std::string& pCall)

@@ -13,16 +13,7 @@ namespace
 class KArraysTest : public KConvertTest
 {
 protected:
-    KRunResult Call(const std::string& pCall)
-    {
-        std::vector<std::string> lArguments;
-        std::istringstream       lWords(pCall);
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        return Run(lArguments);
-    }
+    KRunResult Call(const std::string& pCall) { return Run(WordsOf(pCall)); }
 };
 
 struct KTableCase

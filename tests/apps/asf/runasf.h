@@ -7,11 +7,20 @@
 
 #include <nlohmann/json.hpp>
 
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace qextest
 {
+
+/// The words of \p pCall, which are separated by blanks: arguments of a call.
+inline std::vector<std::string> WordsOf(const std::string& pCall)
+{
+    std::istringstream lWords(pCall);
+    return {std::istream_iterator<std::string>(lWords), std::istream_iterator<std::string>()};
+}
 
 /// Runs the built `asf` with \p pArguments, without colours.
 inline KRunResult RunAsf(const std::vector<std::string>& pArguments, KRunOptions pOptions = {})

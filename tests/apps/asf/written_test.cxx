@@ -23,13 +23,7 @@ protected:
     /// The lines of standard error that start with "asf: ".
     std::string ReportOf(const std::string& pCall)
     {
-        std::istringstream       lWords(pCall);
-        std::vector<std::string> lArguments;
-        for (std::string lWord; lWords >> lWord;)
-        {
-            lArguments.push_back(lWord);
-        }
-        const KRunResult   lResult = RunAsf(lArguments, mOptions);
+        const KRunResult   lResult = RunAsf(WordsOf(pCall), mOptions);
         std::istringstream lLines(lResult.mErr);
         std::string        lTold;
         for (std::string lLine; std::getline(lLines, lLine);)
