@@ -1,9 +1,7 @@
 #include <qexioplugins/motion/kqextextfile.h>
 
-#include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
-
-#include <cstdio>
+#include <tests/faults/foreachallocation.h>
 
 // Runs every operation with its 1st allocation failing, then its 2nd, and so on until it makes no more: once with that one alone failing,
 // once with all later ones failing too. An operation that succeeds is complete; one that fails reports it, leaks nothing, leaves the scene
@@ -25,42 +23,37 @@ protected:
     /// Runs the operation with allocation \p pCall failing. False when it makes fewer allocations.
     bool Try(KFailingAllocator& pAllocator, long pCall, bool pAndLater) const
     {
-        const long lLive = KFailingAllocator::GetLive();
-        bool       lIsDone = false;
+        KStage lStage(mFiles);
+        if (GetParam().mNeedsMotion)
         {
-            KStage lStage(mFiles);
-            if (GetParam().mNeedsMotion)
-            {
-                lStage.ImportMotion();
-            }
-            const std::string lScene = lStage.Describe();
-            pAllocator.Arm(pCall, pAndLater);
-            bool lOk = GetParam().mRun(lStage);
-            lIsDone = pAllocator.Disarm() < pCall;
-            EXPECT_TRUE(lOk || !lIsDone) << "nothing failed: " << lStage.mErrors;
-            if (!lOk)
-            {
-                EXPECT_TRUE(lStage.mHasError || pAndLater) << "failed without an error";
-                lStage.mSkeleton.reset();
-                EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
-                ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
-                // A command line run leaves no object to retry with.
-                lOk = GetParam().mIsProgram || GetParam().mRun(lStage);
-                EXPECT_TRUE(lOk) << "retry: " << lStage.mErrors;
-                lOk = !GetParam().mIsProgram;
-            }
-            else
-            {
-                // An operation that survives the failure must still be complete.
-                EXPECT_TRUE(lStage.Describe() == mScene) << "succeeded with a different result";
-                ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
-            }
-            if (lOk && !GetParam().mOutputs.empty())
-            {
-                mFiles.ResetOutputs();
-            }
+            lStage.ImportMotion();
         }
-        EXPECT_EQ(KFailingAllocator::GetLive(), lLive) << "leaks";
+        const std::string lScene = lStage.Describe();
+        pAllocator.Arm(pCall, pAndLater);
+        bool       lOk = GetParam().mRun(lStage);
+        const bool lIsDone = pAllocator.Disarm() < pCall;
+        EXPECT_TRUE(lOk || !lIsDone) << "nothing failed: " << lStage.mErrors;
+        if (!lOk)
+        {
+            EXPECT_TRUE(lStage.mHasError || pAndLater) << "failed without an error";
+            lStage.mSkeleton.reset();
+            EXPECT_TRUE(lStage.Describe() == lScene) << "scene changed";
+            ExpectSameFiles(mFiles.GetOutputs(), mOldFiles);
+            // A command line run leaves no object to retry with.
+            lOk = GetParam().mIsProgram || GetParam().mRun(lStage);
+            EXPECT_TRUE(lOk) << "retry: " << lStage.mErrors;
+            lOk = !GetParam().mIsProgram;
+        }
+        else
+        {
+            // An operation that survives the failure must still be complete.
+            EXPECT_TRUE(lStage.Describe() == mScene) << "succeeded with a different result";
+            ExpectSameFiles(mFiles.GetOutputs(), mNewFiles);
+        }
+        if (lOk && !GetParam().mOutputs.empty())
+        {
+            mFiles.ResetOutputs();
+        }
         return !lIsDone;
     }
 
@@ -72,14 +65,6 @@ protected:
 
 TEST_P(KAllocationFault, LosesNothing)
 {
-    KFailingAllocator lAllocator;
-    {
-        // Warm up: allocates what the libraries never free.
-        KStage lStage(mFiles);
-        lStage.ImportMotion();
-        EXPECT_TRUE(GetParam().mRun(lStage)) << lStage.mErrors;
-        mFiles.ResetOutputs();
-    }
     {
         KStage lStage(mFiles);
         if (GetParam().mNeedsMotion)
@@ -91,17 +76,7 @@ TEST_P(KAllocationFault, LosesNothing)
         mNewFiles = mFiles.GetOutputs();
         mFiles.ResetOutputs();
     }
-    for (const bool lAndLater : {false, true})
-    {
-        long lCall = 1;
-        for (bool lFails = true; lFails && lCall < 100000 && !HasFailure(); lCall += lFails ? 1 : 0)
-        {
-            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lAndLater ? " and all after it" : ""));
-            lFails = Try(lAllocator, lCall, lAndLater);
-        }
-        EXPECT_GT(lCall, 10);
-        std::printf("%-20s each of %ld allocations %s\n", GetParam().mName, lCall - 1, lAndLater ? "and all after it" : "alone");
-    }
+    ForEachAllocation([this](KFailingAllocator& pAllocator, long pCall, bool pAndLater) { return Try(pAllocator, pCall, pAndLater); }, 10);
 }
 
 TEST(TextFileMessages, AnErrorThatMemoryCannotHoldCountsOnce)

@@ -1,12 +1,11 @@
 #include <qexclip/kqexclipquantities.h>
 
-#include <tests/faults/failingallocator.h>
+#include <tests/faults/foreachallocation.h>
 #include <tests/support/clipwork.h>
 #include <tests/support/randomscene.h>
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <ostream>
 
 // Runs every operation on a clip with each allocation failing, alone and with all later ones: it fails with its result unchanged, or
@@ -71,24 +70,6 @@ bool IsSame(const KQexClip& pOne, const KQexClip& pOther)
            lOne.mMovingJoints == lOther.mMovingJoints && lOne.mTranslations == lOther.mTranslations &&
            lOne.mScaledJoints == lOther.mScaledJoints && lOne.mScalings == lOther.mScalings && lOne.mDofs.size() == lOther.mDofs.size() &&
            lOne.mDofValues == lOther.mDofValues;
-}
-
-/// Calls pTry(allocator, number of the allocation to fail, whether later ones fail) until no allocation is left to fail.
-void ForEachAllocation(const std::function<bool(KFailingAllocator&, long, bool)>& pTry)
-{
-    KFailingAllocator lAllocator;
-    pTry(lAllocator, 1000000, false); // Allocates what is never freed.
-    for (const bool lAndLater : {false, true})
-    {
-        long lCall = 1;
-        for (bool lFails = true; lFails && lCall < 100000 && !testing::Test::HasFailure(); ++lCall)
-        {
-            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lAndLater ? " and all after it" : ""));
-            const long lLive = KFailingAllocator::GetLive();
-            lFails = pTry(lAllocator, lCall, lAndLater);
-            EXPECT_EQ(KFailingAllocator::GetLive(), lLive) << "leaks";
-        }
-    }
 }
 
 class KClipFault : public testing::TestWithParam<KClipOperation>

@@ -3,8 +3,8 @@
 #include <kbaselib/kbase/koutputfile.h>
 #include <kbaselib/kbase/kstring.h>
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
-#include <tests/faults/failingallocator.h>
 #include <tests/faults/faultstage.h>
+#include <tests/faults/foreachallocation.h>
 
 #include <cerrno>
 #include <cstring>
@@ -226,20 +226,15 @@ protected:
     /// Runs the operation with allocation \p pCall failing. False when it makes fewer allocations.
     bool Try(KFailingAllocator& pAllocator, long pCall, bool pOnwards) const
     {
-        const long lLive = KFailingAllocator::GetLive();
-        bool       lFails = true;
-        {
-            KStage lStage(mFiles);
-            lStage.ImportMotion();
-            KQexImportAcclaimResult lResult;
-            lStage.mSkeleton = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(mFiles.In("a.asf")), {}, lResult);
-            KOutcome lOutcome = KOutcome::eWRONG;
-            pAllocator.Arm(pCall, pOnwards);
-            EXPECT_NO_THROW(lOutcome = GetParam().mRun(lStage));
-            lFails = pAllocator.Disarm() >= pCall;
-            EXPECT_NE(lOutcome, KOutcome::eWRONG) << "nothing says that the result is not complete";
-        }
-        EXPECT_EQ(KFailingAllocator::GetLive(), lLive) << "leaks";
+        KStage lStage(mFiles);
+        lStage.ImportMotion();
+        KQexImportAcclaimResult lResult;
+        lStage.mSkeleton = KQexImporterAcclaim::ReadSkeleton(KQexAcclaimSource::File(mFiles.In("a.asf")), {}, lResult);
+        KOutcome lOutcome = KOutcome::eWRONG;
+        pAllocator.Arm(pCall, pOnwards);
+        EXPECT_NO_THROW(lOutcome = GetParam().mRun(lStage));
+        const bool lFails = pAllocator.Disarm() >= pCall;
+        EXPECT_NE(lOutcome, KOutcome::eWRONG) << "nothing says that the result is not complete";
         return lFails;
     }
 
@@ -248,21 +243,7 @@ protected:
 
 TEST_P(KNoThrow, NeverThrowsAndNeverHidesALoss)
 {
-    KFailingAllocator lAllocator;
-    {
-        // Warm up: allocates what the libraries never free.
-        Try(lAllocator, 1000000, false);
-    }
-    for (const bool lOnwards : {false, true})
-    {
-        long lCall = 1;
-        for (bool lFails = true; lFails && lCall < 100000 && !HasFailure(); ++lCall)
-        {
-            SCOPED_TRACE("allocation " + std::to_string(lCall) + (lOnwards ? " and all after it" : ""));
-            lFails = Try(lAllocator, lCall, lOnwards);
-        }
-        EXPECT_GT(lCall, 2);
-    }
+    ForEachAllocation([this](KFailingAllocator& pAllocator, long pCall, bool pOnwards) { return Try(pAllocator, pCall, pOnwards); }, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, KNoThrow,
