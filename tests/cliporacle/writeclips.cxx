@@ -4,6 +4,7 @@
 #include <qexclip/kqexclipquantities.h>
 #include <qexclip/kqexclipsteps.h>
 #include <qexfigure/kqexfigure.h>
+#include <qexfigure/kqexnpy.h>
 
 #include <kbaselib/kmath/keulertable.h>
 
@@ -46,15 +47,10 @@ double Any(KRandom& pRandom, double pLimit)
 void WriteArray(const std::filesystem::path& pPath, const std::vector<double>& pNumbers, size_t pJoints, size_t pColumns)
 {
     const size_t lRows = pJoints * pColumns > 0 ? pNumbers.size() / (pJoints * pColumns) : 0;
-    std::string  lHeader = "{'descr': '<f8', 'fortran_order': False, 'shape': (" + std::to_string(lRows) + ", " + std::to_string(pJoints) +
-                          ", " + std::to_string(pColumns) + "), }";
-    // The numbers start at a multiple of 64 bytes; 10 are before the header.
-    lHeader.append(63 - (10 + lHeader.size()) % 64, ' ');
-    lHeader += '\n';
+    std::string  lBytes = KQexNpyStart({KQexArrayType::eFLOAT64, {lRows, pJoints, pColumns}});
+    KQexAppendItems(KQexArrayType::eFLOAT64, pNumbers.data(), pNumbers.size(), lBytes);
     std::ofstream lFile(pPath, std::ios::binary);
-    lFile << std::string("\x93NUMPY\x01\x00", 8) << static_cast<char>(lHeader.size() % 256) << static_cast<char>(lHeader.size() / 256)
-          << lHeader;
-    lFile.write(reinterpret_cast<const char*>(pNumbers.data()), static_cast<std::streamsize>(pNumbers.size() * sizeof(double)));
+    lFile << lBytes;
     Require(lFile.flush().good(), "writing an array");
 }
 
