@@ -1,6 +1,6 @@
 #include <qexioplugins/motion/kqextextfile.h>
 
-#include <tests/faults/faultstage.h>
+#include <tests/faults/faultoperations.h>
 #include <tests/faults/foreachallocation.h>
 
 // Runs every operation with its 1st allocation failing, then its 2nd, and so on until it makes no more: once with that one alone failing,

@@ -5,45 +5,17 @@
 #include <qexioplugins/acclaim/kqexfileacclaimasf.h>
 #include <qexioplugins/bvh/kqexfilebvh.h>
 #include <qexioplugins/gltf/kqexfilegltf.h>
+#include <tests/faults/failingallocator.h>
+#include <tests/faults/faultfiles.h>
 #include <tests/support/randomscene.h>
-#include <tests/support/testfolders.h>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <functional>
-#include <map>
-#include <ostream>
 #include <string>
 #include <vector>
 
-/// \file
-/// Operations to inject faults into, and the files and scene they work on.
-
 namespace qextest
 {
-
-/// Input files in every format, and a folder of output files that operations replace. Deleted with the object.
-class KFaultFiles
-{
-public:
-    /// \param pFrames number of frames of the motions
-    explicit KFaultFiles(int pFrames);
-
-    std::string In(const char* pName) const { return (mFolder / "in" / pName).string(); }
-    std::string Out(const char* pName) const { return (mFolder / "out" / pName).string(); }
-
-    std::filesystem::path OutFolder() const { return mFolder / "out"; }
-
-    /// Resets every output to its old content and removes all other files of the folder.
-    void ResetOutputs() const;
-
-    /// Contents of all files in the output folder, by name.
-    std::map<std::string, std::string> GetOutputs() const;
-
-private:
-    KTempDir mFolder;
-};
 
 /// What one run of an operation works on: a scene, file objects that a retry reuses, and the errors reported.
 struct KStage
@@ -72,24 +44,23 @@ struct KStage
     bool                           mHasError = false;
 };
 
-struct KFaultOperation
+/// Runs \p pMake, which prepares what an operation needs, while no allocation fails.
+template <typename TMake>
+auto MakeUnfailing(const TMake& pMake)
 {
-    const char*                  mName;
-    bool                         mNeedsMotion;       ///< Needs an imported motion in the scene.
-    std::vector<const char*>     mInputs;            ///< Names of the input files that it reads.
-    std::vector<const char*>     mOutputs;           ///< Names of the output files that it writes.
-    bool                         mIsProgram;         ///< A command line run; it does not use the scene.
-    std::function<bool(KStage&)> mRun;               ///< Returns whether it succeeded; stores its errors in the stage.
-    bool                         mNeedsFile = false; ///< Its outputs are files with a table of contents, which pipes and devices cannot be.
-};
+    const KUnfailingMemory lUnfailing;
+    return pMake();
+}
 
-std::ostream& operator<<(std::ostream& pOut, const KFaultOperation& pOperation);
-
-/// Expects \p pNow to equal \p pExpected and names each file that differs.
-void ExpectSameFiles(const std::map<std::string, std::string>& pNow, const std::map<std::string, std::string>& pExpected);
-
-/// All operations of the library, and conversions by the command line.
-const std::vector<KFaultOperation>& FaultOperations();
+/// Records the outcome in the stage and, on failure, the error texts that \p pText returns.
+template <typename TText>
+bool Record(KStage& pStage, bool pOk, bool pHasError, const TText& pText)
+{
+    const KUnfailingMemory lUnfailing;
+    pStage.mHasError = pHasError;
+    pStage.mErrors = !pOk && pHasError ? pText() : std::string();
+    return pOk;
+}
 
 } // namespace qextest
 

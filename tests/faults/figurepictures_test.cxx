@@ -2,7 +2,7 @@
 #include <qexfigure/picture/kqexangles.h>
 #include <qexfigure/picture/kqexfigurepicture.h>
 
-#include <tests/faults/faultstage.h>
+#include <tests/faults/faultfiles.h>
 #include <tests/faults/foreachallocation.h>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include <tests/faults/faultstage.h>
+#include <tests/faults/faultoperations.h>
 #include <tests/support/filefaults.h>
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include <tests/faults/faultstage.h>
+#include <tests/faults/faultfiles.h>
 
 #include <chrono>
 #include <csignal>

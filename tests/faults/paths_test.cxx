@@ -1,6 +1,6 @@
 #include <kbaselib/kbase/ksystem.h>
 
-#include <tests/faults/faultstage.h>
+#include <tests/faults/faultoperations.h>
 #include <tests/support/asnobody.h>
 
 #include <cerrno>
