@@ -8,6 +8,7 @@
 #include <cmath>
 #include <functional>
 #include <numeric>
+#include <utility>
 
 namespace qexsdk
 {
@@ -145,9 +146,9 @@ bool KQexClipSelect(const KQexClip& pClip, const std::vector<int>& pJoints, KQex
                      {
                          KQexJointSelection lSelection(pClip.GetData(), pJoints);
                          lSelection.SelectJoints(pData);
-                         const std::vector<float> lValues = pData.mDofValues;
+                         std::vector<float> lDofValues = std::move(pData.mDofValues);
                          KClearFrames(pData);
-                         pData.mDofValues = lValues;
+                         pData.mDofValues = std::move(lDofValues);
                          // Below a joint that goes any other may move or be scaled.
                          pData.mMovingJoints.resize(pJoints.size());
                          std::iota(pData.mMovingJoints.begin(), pData.mMovingJoints.end(), 0);
