@@ -15,31 +15,37 @@ namespace
 {
 
 /// The joints of a clip in one frame after the other.
-class KWorldWalk
+class KJointWalk
 {
 public:
-    explicit KWorldWalk(const KQexClip& pClip) : mClip(pClip), mPose(static_cast<size_t>(pClip.GetJointCount())), mJoints(mPose.size()) {}
-
-    /// False for a frame that does not exist.
-    bool Go(long long pFrame)
+    explicit KJointWalk(const KQexClip& pClip, KQexSpace pSpace = KQexSpace::eWORLD)
+        : mClip(pClip), mSpace(pSpace), mPose(static_cast<size_t>(pClip.GetJointCount())), mJoints(mPose.size())
     {
-        if (!mClip.SampleFrame(pFrame, mPose))
-        {
-            return false;
-        }
-        for (size_t lJoint = 0; lJoint < mPose.size(); ++lJoint)
+    }
+
+    /// Goes to a frame, which exists.
+    void Go(long long pFrame)
+    {
+        mClip.SampleFrame(pFrame, mPose);
+        for (size_t lJoint = 0; lJoint < mPose.size() && mSpace == KQexSpace::eWORLD; ++lJoint)
         {
             const int lParent = mClip.GetData().mParents[lJoint];
             mJoints[lJoint] = KGetWorldJoint(mPose[lJoint], lParent < 0 ? nullptr : &mJoints[static_cast<size_t>(lParent)]);
         }
-        return true;
     }
 
-    const KQexPose&                 GetPose() const { return mPose; }
+    /// The joints in the world, of a walk in eWORLD.
     const std::vector<KWorldJoint>& GetJoints() const { return mJoints; }
+
+    /// The rotation of a joint in the walk's space.
+    KQexQuaternion GetRotation(size_t pJoint) const
+    {
+        return mSpace == KQexSpace::eWORLD ? mJoints[pJoint].mRotation : KToQuaternion(mPose[pJoint].mRotation);
+    }
 
 private:
     const KQexClip&          mClip;
+    KQexSpace                mSpace;
     KQexPose                 mPose;
     std::vector<KWorldJoint> mJoints;
 };
@@ -89,8 +95,8 @@ bool WriteDifferences(const KQexClip& pClip, long long pFirst, long long pCount,
 {
     const auto lFill = [&]
     {
-        KWorldWalk lBefore(pClip);
-        KWorldWalk lAfter(pClip);
+        KJointWalk lBefore(pClip);
+        KJointWalk lAfter(pClip);
         for (long long lFrame = pFirst; lFrame < pFirst + pCount; ++lFrame)
         {
             long long    lOne = 0;
@@ -114,7 +120,7 @@ bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm 
 {
     const auto lFill = [&]
     {
-        KWorldWalk          lWalk(pClip);
+        KJointWalk          lWalk(pClip, pSpace);
         const size_t        lSize = static_cast<size_t>(KQexRotationSize(pForm));
         const size_t        lJoints = lWalk.GetJoints().size();
         KQexRotationWriter  lWriter(pForm, pOrder, lJoints);
@@ -124,9 +130,7 @@ bool KQexGetRotations(const KQexClip& pClip, KQexSpace pSpace, KQexRotationForm 
             lWalk.Go(lFrame);
             for (size_t i = 0; i < lJoints; ++i)
             {
-                const bool lIsLocal = pSpace == KQexSpace::eLOCAL;
-                lWriter.Convert(lIsLocal ? KToQuaternion(lWalk.GetPose()[i].mRotation) : lWalk.GetJoints()[i].mRotation,
-                                &lNumbers[i * lSize]);
+                lWriter.Convert(lWalk.GetRotation(i), &lNumbers[i * lSize]);
             }
             lWriter.MakeContinuous(lNumbers.data());
             if (pForm == KQexRotationForm::eEULER)
@@ -148,7 +152,7 @@ bool KQexGetPositions(const KQexClip& pClip, long long pFirst, long long pCount,
 {
     const auto lFill = [&]
     {
-        KWorldWalk lWalk(pClip);
+        KJointWalk lWalk(pClip);
         for (long long lFrame = pFirst; lFrame < pFirst + pCount; ++lFrame)
         {
             lWalk.Go(lFrame);
