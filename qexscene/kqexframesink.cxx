@@ -179,7 +179,7 @@ void KQexFrameSink::MakeContinuous(double*) {}
 void KQexFrameSink::Format(long long, const double*, std::string&) const {}
 
 KQexRunResult KQexRunFrames(const std::vector<KQexNode*>& pRoots, const KQexAnimLayer* pLayer, const KQexFrameTimes& pTimes,
-                            KQexFrameSink* const* pSinks, size_t pSinkCount, int pThreads, const KQexProgress& pProgress)
+                            KQexFrameSink* const* pSinks, size_t pSinkCount, int pThreads, const KQexProgress& pProgress) noexcept
 {
     if (pSinkCount == 0)
     {

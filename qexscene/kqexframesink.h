@@ -83,9 +83,10 @@ enum class KQexRunResult
 
 /// Evaluates the nodes of \p pRoots, and those below and above them, in the take of \p pLayer (null: at rest) at all \p pTimes, once for
 /// all \p pSinkCount sinks, on \p pThreads threads (0: as many as the machine has, at most four). The scene must not change meanwhile; its
-/// evaluator's context does not count. Memory does not grow with the number of frames.
+/// evaluator's context does not count. Memory does not grow with the number of frames. A std::bad_alloc of a sink ends the run as
+/// eOUT_OF_MEMORY.
 QEX_API KQexRunResult KQexRunFrames(const std::vector<KQexNode*>& pRoots, const KQexAnimLayer* pLayer, const KQexFrameTimes& pTimes,
-                                    KQexFrameSink* const* pSinks, size_t pSinkCount, int pThreads, const KQexProgress& pProgress);
+                                    KQexFrameSink* const* pSinks, size_t pSinkCount, int pThreads, const KQexProgress& pProgress) noexcept;
 
 } // namespace qexsdk
 

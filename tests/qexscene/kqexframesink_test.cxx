@@ -18,6 +18,16 @@ namespace
 {
 
 constexpr long long kManyFrames = 1000;
+constexpr long long kShortAt = 500; ///< Frame at which memory runs out.
+
+/// What a sink has no memory for.
+enum EShortOf
+{
+    eNOTHING,
+    eBEGIN,
+    eFORMAT,
+    eWRITE
+};
 
 /// Keeps the world x of the last node, minus that of the frame before, and writes it as text.
 class KSink : public KQexFrameSink
@@ -25,6 +35,7 @@ class KSink : public KQexFrameSink
 public:
     void Begin(const KQexFrameNodes& pNodes, int pThreads) override
     {
+        Allocate(eBEGIN, kShortAt);
         mNode = pNodes.GetCount() - 1;
         mThreads = pThreads;
     }
@@ -44,14 +55,12 @@ public:
     }
     void Format(long long pFrame, const double* pValues, std::string& pText) const override
     {
-        if (pFrame == mFailAt)
-        {
-            throw std::bad_alloc();
-        }
+        Allocate(eFORMAT, pFrame);
         pText += std::to_string(pFrame) + " " + std::to_string(pValues[0]) + " " + std::to_string(pValues[1]) + "\n";
     }
     bool Write(const KQexFrameBlock& pBlock) override
     {
+        Allocate(eWRITE, pBlock.mEnd);
         EXPECT_EQ(pBlock.mFirst, mNext);
         EXPECT_EQ(pBlock.mValues.size(), static_cast<size_t>(2 * (pBlock.mEnd - pBlock.mFirst)));
         mNext = pBlock.mEnd;
@@ -64,9 +73,18 @@ public:
     std::atomic<bool> mIsInRange{true};
     double            mLast = 0.0;
     long long         mNext = 0;
-    long long         mFailAt = -1;
+    EShortOf          mShortOf = eNOTHING;
     long long         mStopAt = kManyFrames;
     std::string       mText;
+
+private:
+    void Allocate(EShortOf pWhat, long long pFrame) const
+    {
+        if (pWhat == mShortOf && pFrame >= kShortAt)
+        {
+            throw std::bad_alloc();
+        }
+    }
 };
 
 class KFrameSinkTest : public testing::Test
@@ -148,10 +166,13 @@ TEST_F(KFrameSinkTest, ReportsProgressAndCancels)
 
 TEST_F(KFrameSinkTest, LackOfMemoryEndsTheRun)
 {
-    KSink lSink;
-    lSink.mFailAt = 500;
-    EXPECT_EQ(Run({&lSink}, 2), KQexRunResult::eOUT_OF_MEMORY);
-    EXPECT_LE(lSink.mNext, 500);
+    for (const EShortOf lWhat : {eBEGIN, eFORMAT, eWRITE})
+    {
+        KSink lSink;
+        lSink.mShortOf = lWhat;
+        EXPECT_EQ(Run({&lSink}, 2), KQexRunResult::eOUT_OF_MEMORY) << lWhat;
+        EXPECT_LE(lSink.mNext, kShortAt) << lWhat;
+    }
 }
 
 TEST_F(KFrameSinkTest, NoSinksNoFrames)
