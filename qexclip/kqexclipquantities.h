@@ -36,8 +36,9 @@ QEX_API bool KQexGetVelocities(const KQexClip& pClip, long long pFirst, long lon
 /// KQexGetVelocities().
 QEX_API bool KQexGetAngularVelocities(const KQexClip& pClip, long long pFirst, long long pCount, double* pResult);
 
-/// The values of the degrees of freedom in frame \p pFrame that pass a limit (KQexBoneDof::GetExcess()), as indices of mDofs, ascending, in \p pPassed. None when the
-/// clip keeps no values. False, with \p pPassed unchanged, for a frame that does not exist or when memory runs out.
+/// The values of the degrees of freedom in frame \p pFrame that pass a limit (KQexBoneDof::GetExcess()), as indices of mDofs, ascending, in
+/// \p pPassed. None when the clip keeps no values. False, with \p pPassed unchanged, for a frame that does not exist or when memory runs
+/// out.
 QEX_API bool KQexPassedLimits(const KQexClipData& pClip, long long pFrame, std::vector<int>& pPassed);
 
 } // namespace qexsdk
