@@ -32,8 +32,19 @@ bool CheckOutputs(const KConvertOptions& pOptions, const std::vector<std::string
     return true;
 }
 
-/// Converts, and describes in \p pReport what was read and written.
-void Convert(KConvertOptions& pOptions, KJson& pReport, KConsole& pConsole)
+/// Notes \p pInputs, as they are before they are read, so that a change meanwhile can be seen.
+void DescribeInputs(const std::vector<std::string>& pInputs, KJson& pReport)
+{
+    for (const std::string& lInput : pInputs)
+    {
+        KFileStamp lStamp;
+        ReadStamp(lInput, lStamp);
+        pReport["inputs"].push_back(JsonStamped(lInput, lStamp));
+    }
+}
+
+/// Converts, and describes in \p pReport, unless it is null, what was read and written.
+void Convert(KConvertOptions& pOptions, KJson* pReport, KConsole& pConsole)
 {
     qexsdk::KQexFigureFiles lFiles;
     if (!CheckOutputs(pOptions, pOptions.mFiles, pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole))
@@ -45,12 +56,9 @@ void Convert(KConvertOptions& pOptions, KJson& pReport, KConsole& pConsole)
     {
         lInputs.push_back(pOptions.mSkeleton);
     }
-    for (const std::string& lInput : lInputs)
+    if (pReport != nullptr)
     {
-        // Before it is read, so that a change meanwhile can be seen.
-        KFileStamp lStamp;
-        ReadStamp(lInput, lStamp);
-        pReport["inputs"].push_back(JsonStamped(lInput, lStamp));
+        DescribeInputs(lInputs, *pReport);
     }
     qexsdk::KQexFigure lFigure;
     if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
@@ -66,9 +74,9 @@ void Convert(KConvertOptions& pOptions, KJson& pReport, KConsole& pConsole)
     {
         HoldInPlace(pOptions.mWorld, lFigure);
         KConverter lConverter(pOptions, lFigure, lInputs, pConsole);
-        if (lConverter.Run())
+        if (lConverter.Run() && pReport != nullptr)
         {
-            lConverter.Describe(pReport);
+            lConverter.Describe(*pReport);
         }
     }
 }
@@ -81,7 +89,7 @@ void ConvertWithJson(KConvertOptions& pOptions, KConsole& pConsole)
     pConsole.Collect(&lLog);
     try
     {
-        Convert(pOptions, lReport, pConsole);
+        Convert(pOptions, &lReport, pConsole);
     }
     catch (const std::bad_alloc&)
     {
@@ -108,8 +116,7 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
         ConvertWithJson(pOptions, pConsole);
         return;
     }
-    KJson lIgnored;
-    Convert(pOptions, lIgnored, pConsole);
+    Convert(pOptions, nullptr, pConsole);
 }
 
 } // namespace

@@ -8,12 +8,16 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
 #include <new>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+#endif
 
 extern char** environ;
 
@@ -31,7 +35,11 @@ constexpr int kTickMilliseconds = 50; ///< How soon a cancel is seen.
 class KPipe
 {
 public:
-    KPipe() { mError = ::pipe2(mEnds, O_CLOEXEC) == 0 ? 0 : errno; }
+    KPipe()
+    {
+        const bool lOk = ::pipe(mEnds) == 0 && ::fcntl(mEnds[0], F_SETFD, FD_CLOEXEC) == 0 && ::fcntl(mEnds[1], F_SETFD, FD_CLOEXEC) == 0;
+        mError = lOk ? 0 : errno;
+    }
     ~KPipe()
     {
         CloseRead();
@@ -59,6 +67,9 @@ private:
     int mEnds[2] = {-1, -1};
     int mError = 0;
 };
+
+/// Held from making pipes to starting the program: no other program that is started meanwhile inherits them.
+std::mutex sStartMutex;
 
 /// What the started program gets as its streams.
 class KFileActions
@@ -160,20 +171,26 @@ void Wait(pid_t pProcess, KProcessResult& pResult)
         return static_cast<double>(pTime.tv_sec) + static_cast<double>(pTime.tv_usec) * 1e-6;
     };
     pResult.mCpuSeconds = lSeconds(lUsage.ru_utime) + lSeconds(lUsage.ru_stime);
+#ifdef __APPLE__
+    pResult.mPeakMemory = static_cast<uint64_t>(lUsage.ru_maxrss);
+#else
     pResult.mPeakMemory = static_cast<uint64_t>(lUsage.ru_maxrss) * 1024;
+#endif
 }
 
 KProcessResult Run(const KProcessOptions& pOptions)
 {
-    KProcessResult lResult;
-    KPipe          lOut;
-    KPipe          lErr;
-    pid_t          lProcess = -1;
+    KProcessResult               lResult;
+    std::unique_lock<std::mutex> lStarting(sStartMutex);
+    KPipe                        lOut;
+    KPipe                        lErr;
+    pid_t                        lProcess = -1;
     lResult.mError = lOut.GetError() != 0 ? lOut.GetError() : lErr.GetError();
     if (lResult.mError == 0)
     {
         lResult.mError = Start(pOptions.mArguments, lOut.GetWrite(), lErr.GetWrite(), lProcess);
     }
+    lStarting.unlock();
     if (lResult.mError != 0)
     {
         return lResult;
@@ -187,9 +204,15 @@ KProcessResult Run(const KProcessOptions& pOptions)
 
 std::string ProgramPath()
 {
+#ifdef __APPLE__
+    char     lName[4096];
+    uint32_t lLength = sizeof lName;
+    return _NSGetExecutablePath(lName, &lLength) == 0 ? std::string(lName) : std::string();
+#else
     char          lPath[4096];
     const ssize_t lSize = ::readlink("/proc/self/exe", lPath, sizeof lPath);
     return lSize > 0 && static_cast<size_t>(lSize) < sizeof lPath ? std::string(lPath, static_cast<size_t>(lSize)) : std::string();
+#endif
 }
 
 bool LimitMemory(uint64_t pBytes)

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -151,22 +151,39 @@ TEST(KSystem, LibrariesAndTheirFunctions)
     EXPECT_NE(std::string(lCalls.mLibraryReason()).find("qex-missing"), std::string::npos);
 }
 
-/// How a child ends that catches signals and sends itself \p pSignal: its status, or 1000 + the signal. Its handler writes to \p pLog.
-int EndOfChild(int pSignal, bool pIgnored, const fs::path& pLog)
+/// Status of a child that runs \p pTask, or 1000 + the signal that ended it.
+template <typename TTask>
+int RunInChild(const TTask& pTask)
 {
-    static int  sLog = -1;
     const pid_t lChild = ::fork();
     if (lChild == 0)
     {
-        sLog = ::open(pLog.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-        ::signal(pSignal, pIgnored ? SIG_IGN : SIG_DFL);
-        KSystemInUse().mCatchEnd([] { static_cast<void>(::write(sLog, "end", 3) == 3); });
-        ::raise(pSignal);
+        pTask();
         ::_exit(5);
     }
     int lStatus = 0;
     EXPECT_EQ(::waitpid(lChild, &lStatus, 0), lChild);
     return WIFSIGNALED(lStatus) ? 1000 + WTERMSIG(lStatus) : WEXITSTATUS(lStatus);
+}
+
+int sLog = -1; ///< What a child writes to when it is ended.
+
+void CatchEnd(const fs::path& pLog)
+{
+    sLog = ::open(pLog.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    KSystemInUse().mCatchEnd([] { static_cast<void>(::write(sLog, "end", 3) == 3); });
+}
+
+/// How a child ends that catches signals and sends itself \p pSignal. Its handler writes to \p pLog.
+int EndOfChild(int pSignal, bool pIgnored, const fs::path& pLog)
+{
+    return RunInChild(
+        [&]
+        {
+            ::signal(pSignal, pIgnored ? SIG_IGN : SIG_DFL);
+            CatchEnd(pLog);
+            ::raise(pSignal);
+        });
 }
 
 TEST(KSystem, SignalsEndTheProcessAfterTheHandler)
@@ -182,6 +199,43 @@ TEST(KSystem, SignalsEndTheProcessAfterTheHandler)
     }
     EXPECT_EQ(EndOfChild(SIGPIPE, false, lDir / "pipe"), 5);
     EXPECT_EQ(ReadFile(lDir / "pipe"), "");
+}
+
+std::atomic<bool> sIsHeld{false};
+
+/// How a child ends that holds signals, sends itself \p pCount, and goes on after the first. Its handler writes to \p pLog.
+int EndOfHoldingChild(int pCount, bool pRelease, bool pIgnored, const fs::path& pLog)
+{
+    return RunInChild(
+        [&]
+        {
+            ::signal(SIGTERM, pIgnored ? SIG_IGN : SIG_DFL);
+            CatchEnd(pLog);
+            KSystemInUse().mPostponeEnd(&sIsHeld);
+            for (int i = 0; i < pCount; ++i)
+            {
+                ::raise(SIGTERM);
+            }
+            if (pRelease)
+            {
+                KSystemInUse().mPostponeEnd(nullptr);
+                KSystemInUse().mEndByPostponed();
+            }
+            ::_exit(sIsHeld ? 6 : 5);
+        });
+}
+
+TEST(KSystem, AHeldSignalSetsAFlagAndEndsTheProcessLater)
+{
+    const KTempDir lDir;
+    EXPECT_EQ(EndOfHoldingChild(0, true, false, lDir / "none"), 5);
+    EXPECT_EQ(EndOfHoldingChild(1, false, false, lDir / "first"), 6);
+    EXPECT_EQ(ReadFile(lDir / "first"), "");
+    EXPECT_EQ(EndOfHoldingChild(1, true, false, lDir / "later"), 1000 + SIGTERM);
+    EXPECT_EQ(ReadFile(lDir / "later"), "end") << "temporary files are removed";
+    EXPECT_EQ(EndOfHoldingChild(2, false, false, lDir / "second"), 1000 + SIGTERM);
+    EXPECT_EQ(ReadFile(lDir / "second"), "end");
+    EXPECT_EQ(EndOfHoldingChild(2, true, true, lDir / "ignored"), 5);
 }
 
 } // namespace
