@@ -59,7 +59,10 @@ void CatchEnd(void (*pHandler)())
 
 void PostponeEnd(std::atomic<bool>* pFlag)
 {
-    sSignal = 0;
+    if (pFlag != nullptr)
+    {
+        sSignal = 0;
+    }
     sPostponed = pFlag;
 }
 
