@@ -8,7 +8,7 @@ _asf()
     elif [ "$before" = --view ]; then
         mapfile -t COMPREPLY < <(compgen -W "front side top all" -- "$word")
     elif [ "$before" = --from ] || [ "$before" = --to ]; then
-        mapfile -t COMPREPLY < <(compgen -W "asf amc bvh glb gltf$([ "$before" = --to ] && echo " npz")" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "asf amc bvh glb gltf$([ "$before" = --to ] && echo " npz csv")$([ "$command" = batch ] && echo " none")" -- "$word")
     elif [ "$before" = --filter ]; then
         mapfile -t COMPREPLY < <(compgen -W "none unroll gimbal" -- "$word")
     elif [ "$before" = --translations ]; then
@@ -29,6 +29,8 @@ _asf()
         mapfile -t COMPREPLY < <(compgen -W "bones none" -- "$word")
     elif [ "$before" = --base-pose ]; then
         mapfile -t COMPREPLY < <(compgen -W "rest first-frame" -- "$word")
+    elif [ "$before" = --on-collision ]; then
+        mapfile -t COMPREPLY < <(compgen -W "fail suffix" -- "$word")
     elif [ "$before" = --only ]; then
         mapfile -t COMPREPLY < <(compgen -W "errors warnings" -- "$word")
     elif [ "$before" = --ignore ]; then

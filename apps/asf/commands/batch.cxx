@@ -26,9 +26,9 @@ void AddFileOptions(CLI::App& pCommand, KBatchOptions& pOptions)
     pCommand.add_option("-o,--output", pOptions.mOutput, "Folder to write to; it gets the same tree of folders")->option_text("OUTDIR");
     pCommand
         .add_option("--to", pOptions.mTo,
-                    "Formats to write, separated by commas: glb, gltf, bvh, npz, asf, amc; none only reads and reports")
+                    "Formats to write, separated by commas: glb, gltf, bvh, npz, asf, amc, csv; none only reads and reports")
         ->delimiter(',')
-        ->check(OneOf({"glb", "gltf", "bvh", "npz", "asf", "amc", "none"}))
+        ->check(OneOf({"glb", "gltf", "bvh", "npz", "asf", "amc", "csv", "none"}))
         ->option_text("KIND");
     pCommand
         .add_option("--on-collision", pOptions.mCollision,

@@ -124,11 +124,12 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
 {
     auto      lOptions = std::make_shared<KConvertOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF, and to NumPy arrays");
+    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF, and to tables");
     AddConvertOptions(*lCommand, *lOptions);
     lCommand->footer("Lengths are centimetres in BVH, unless --units says otherwise, and metres in glTF. Several AMC files become several "
                      "animations of one glTF file.\n"
-                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them. NPZ holds arrays of a take's transforms.\n"
+                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them. NPZ holds arrays of a take's transforms,\n"
+                     "CSV the positions that asf positions writes.\n"
                      "\n"
                      "Examples:\n"
                      "  asf convert walk.amc -o walk.glb\n"

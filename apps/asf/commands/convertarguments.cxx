@@ -40,7 +40,7 @@ size_t CountFurtherOutputs(const std::vector<std::string>& pArguments, size_t pI
 /// Inputs, outputs and takes.
 void AddFileOptions(CLI::App& pCommand, KConvertOptions& pOptions)
 {
-    const CLI::Validator lKinds = OneOf({"asf", "amc", "bvh", "glb", "gltf", "npz"});
+    const CLI::Validator lKinds = OneOf({"asf", "amc", "bvh", "glb", "gltf", "npz", "csv"});
     pCommand.add_option("FILE", pOptions.mFiles, "ASF and any number of AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->option_text("...");

@@ -18,7 +18,7 @@ namespace
 
 bool HoldsOneTake(EOutputKind pKind)
 {
-    return pKind == eOUT_AMC || pKind == eOUT_BVH || pKind == eOUT_NPZ;
+    return pKind != eOUT_ASF && pKind != eOUT_GLB && pKind != eOUT_GLTF;
 }
 
 /// A path that is the same for all ways to a file.
@@ -139,7 +139,7 @@ bool KConverter::CheckTarget(const KConvertOutput& pOutput)
                                        ": put {name} into its name, or choose one with --take");
         return false;
     }
-    if (pOutput.mKind == eOUT_AMC && mFigure.GetTakes().empty())
+    if ((pOutput.mKind == eOUT_AMC || pOutput.mKind == eOUT_CSV) && mFigure.GetTakes().empty())
     {
         mConsole.Fail(eEXIT_USAGE, "--output: there is no motion to write to " + pOutput.mPath);
         return false;

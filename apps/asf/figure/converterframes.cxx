@@ -39,6 +39,10 @@ void KConverter::MakeOtherOutputs(KOutputList& pOutputs)
             {
                 pOutputs.push_back(MakeArrayOutput(mOutputs, lPath, lTakes));
             }
+            else if (lOutput.mKind == eOUT_CSV)
+            {
+                pOutputs.push_back(MakeTableOutput(mOutputs, lPath, lTakes));
+            }
         }
     }
 }

@@ -14,7 +14,7 @@ namespace asfapp
 namespace
 {
 
-const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf", "npz"};
+const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf", "npz", "csv"};
 
 bool UsageError(KConsole& pConsole, const std::string& pText)
 {
@@ -59,15 +59,15 @@ bool ParseChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCo
 bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKind& pKind, KConsole& pConsole)
 {
     const std::string lWriter = pTo.empty() ? "convert" : "convert --to " + pTo;
-    const auto        lEndings =
-        pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf", ".npz"} : std::vector<std::string>{"." + pTo};
+    const auto        lEndings = pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf", ".npz", ".csv"}
+                                             : std::vector<std::string>{"." + pTo};
     if (!CheckOutputName(pPath, lWriter, lEndings, pConsole))
     {
         return false;
     }
     const std::string lExtension = qexsdk::KPathExtension(pPath);
     const std::string lWord = !pTo.empty() ? pTo : lExtension.empty() ? std::string() : lExtension.substr(1);
-    for (int lKind = eOUT_ASF; lKind <= eOUT_NPZ; ++lKind)
+    for (int lKind = eOUT_ASF; lKind <= eOUT_CSV; ++lKind)
     {
         if (lWord == kKinds[lKind])
         {
@@ -75,7 +75,7 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
             return true;
         }
     }
-    return UsageError(pConsole, "--output: expected .asf, .amc, .bvh, .glb, .gltf or .npz, not " + pPath + "; or use --to");
+    return UsageError(pConsole, "--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not " + pPath + "; or use --to");
 }
 
 bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)

@@ -22,7 +22,8 @@ enum EOutputKind
     eOUT_BVH,
     eOUT_GLB,
     eOUT_GLTF,
-    eOUT_NPZ ///< Arrays, see docs/arrays.md.
+    eOUT_NPZ, ///< Arrays, see docs/arrays.md.
+    eOUT_CSV  ///< Positions, as of asf positions.
 };
 
 /// A file to write.

@@ -92,6 +92,10 @@ std::unique_ptr<KFrameOutput> MakeBvhOutput(KFrameOutputs& pOutputs, const std::
 std::unique_ptr<KFrameOutput> MakeGltfOutput(KFrameOutputs& pOutputs, const std::string& pPath,
                                              const std::vector<const KSampledTake*>& pTakes);
 
+/// A CSV file with the positions of one take.
+std::unique_ptr<KFrameOutput> MakeTableOutput(KFrameOutputs& pOutputs, const std::string& pPath,
+                                              const std::vector<const KSampledTake*>& pTakes);
+
 /// An NPZ file of one take.
 std::unique_ptr<KFrameOutput> MakeArrayOutput(KFrameOutputs& pOutputs, const std::string& pPath,
                                               const std::vector<const KSampledTake*>& pTakes);

@@ -230,12 +230,12 @@ bool KLoadedMotion::Load(const KQexFigureFiles& pFiles, const KMotionOptions& pO
     return HasTake();
 }
 
-std::string KLoadedMotion::GetNumberText(qexsdk::KTime pTime) const
+std::string FrameNumberText(const qexsdk::KQexFigureTake& pTake, qexsdk::KTime pTime)
 {
     constexpr double kSame = 5e-4;
-    const double     lFrames = mTake->GetFraction(pTime);
-    return std::fabs(lFrames - std::round(lFrames)) < kSame ? std::to_string(mTake->GetNumber(pTime))
-                                                            : FixedText(static_cast<double>(mTake->mOriginNumber) + lFrames, 3);
+    const double     lFrames = pTake.GetFraction(pTime);
+    return std::fabs(lFrames - std::round(lFrames)) < kSame ? std::to_string(pTake.GetNumber(pTime))
+                                                            : FixedText(static_cast<double>(pTake.mOriginNumber) + lFrames, 3);
 }
 
 bool KLoadedMotion::Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const

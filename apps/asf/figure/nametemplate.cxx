@@ -68,7 +68,8 @@ bool NamesTake(const std::string& pName)
 std::string FillName(const std::string& pName, const KNameWords& pWords)
 {
     return Replace(pName,
-                   [&](const std::string& pWord) {
+                   [&](const std::string& pWord)
+                   {
                        return pWord == "skeleton" ? pWords.mSkeleton
                               : pWord == "-take"  ? pWords.mSuffix
                               : pWord == "n"      ? std::to_string(pWords.mNumber)

@@ -99,6 +99,9 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
     ExpectConverts("walk.amc -o alone.asf alone.amc");
     EXPECT_EQ(Text("e.npz"), Text("a.npz"));
     EXPECT_EQ(Text("e.bvh"), Text("a.bvh"));
+    ExpectConverts("walk.amc -o a.csv -o x.bvh --up z --units m --fps 50");
+    ASSERT_EQ(Run({"positions", "walk.amc", "-q", "-o", "alone.csv", "--up", "z", "--units", "m", "--fps", "50"}).mExit, 0);
+    EXPECT_EQ(Text("a.csv"), Text("alone.csv"));
     EXPECT_EQ(Text("alone.asf"), Text("a.asf"));
     EXPECT_EQ(Text("e.amc").substr(Text("e.amc").find('\n')), Text("alone.amc").substr(Text("alone.amc").find('\n'))); // Names the ASF file.
     ExpectSame({"d.gltf", "d.bvh"}, "frames");
@@ -292,7 +295,7 @@ TEST_P(KBadTest, ReportsTheErrorAndChangesNothing)
 INSTANTIATE_TEST_SUITE_P(
     Calls, KBadTest,
     testing::Values(KBadCase{"walk.amc", 2, "--output is required"}, KBadCase{"-o old.bvh", 2, "FILE is required"},
-                    KBadCase{"walk.amc -o old.txt", 2, "--output: expected .asf, .amc, .bvh, .glb, .gltf or .npz, not old.txt"},
+                    KBadCase{"walk.amc -o old.txt", 2, "--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not old.txt"},
                     KBadCase{"walk.amc -o -", 2, "or use --to"}, KBadCase{"walk.amc -o old.bvh -o old.bvh", 2, "old.bvh is given twice"},
                     KBadCase{"walk.amc -o old.bvh --fps 0", 2, "--fps: expected a positive number or fraction"},
                     KBadCase{"walk.amc -o old.bvh --fps x", 2, "not x"},

@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(
                               "positions writes CSV, JSON, NPY and NPZ, not PNG: type -o p.csv; asf draw writes PNG"},
                     KNameCase{"positions $S/walk.amc", "p.trc", "positions writes CSV, JSON, NPY and NPZ, not TRC: type -o p.csv"},
                     KNameCase{"convert $S/walk.amc", "w.svg",
-                              "convert writes BVH, ASF, AMC, GLB, glTF and NPZ, not SVG: type -o w.bvh; asf draw writes SVG"},
+                              "convert writes BVH, ASF, AMC, GLB, glTF, NPZ and CSV, not SVG: type -o w.bvh; asf draw writes SVG"},
                     KNameCase{"convert $S/walk.amc --to bvh", "w.glb", "convert --to bvh writes BVH, not GLB: type -o w.bvh"},
                     KNameCase{"convert $S/walk.amc --to glb", "w.gltf", "convert --to glb writes GLB, not glTF: type -o w.glb"}));
 
