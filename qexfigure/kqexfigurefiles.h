@@ -15,10 +15,10 @@ namespace qexsdk
 /// How to put files together.
 struct QEX_API KQexFigureFilesOptions
 {
-    std::string mSkeleton;       ///< ASF file for AMC files that are given alone; empty: searched for.
-    std::string mFormat;         ///< Format of a single file: "asf", "amc", "bvh", "glb" or "gltf"; empty: detected.
+    std::string mSkeleton;              ///< ASF file for AMC files that are given alone; empty: searched for.
+    std::string mFormat;                ///< Format of a single file: "asf", "amc", "bvh", "glb" or "gltf"; empty: detected.
     bool        mSearchesAbove = false; ///< A skeleton that is not in the motion's folder is searched for in the folder above, too.
-    std::string mSkeletonOption; ///< How a user of the program names mSkeleton ("--asf"), for hints in messages; empty: no hints.
+    std::string mSkeletonOption;        ///< How a user of the program names mSkeleton ("--asf"), for hints in messages; empty: no hints.
 };
 
 /// The files of a figure: a skeleton and its motions, or one file of another format with both.

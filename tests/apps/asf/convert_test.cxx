@@ -103,7 +103,8 @@ TEST_F(KConvertTest, SeveralOutputsAtOnce)
     ASSERT_EQ(Run({"positions", "walk.amc", "-q", "-o", "alone.csv", "--up", "z", "--units", "m", "--fps", "50"}).mExit, 0);
     EXPECT_EQ(Text("a.csv"), Text("alone.csv"));
     EXPECT_EQ(Text("alone.asf"), Text("a.asf"));
-    EXPECT_EQ(Text("e.amc").substr(Text("e.amc").find('\n')), Text("alone.amc").substr(Text("alone.amc").find('\n'))); // Names the ASF file.
+    EXPECT_EQ(Text("e.amc").substr(Text("e.amc").find('\n')),
+              Text("alone.amc").substr(Text("alone.amc").find('\n'))); // Names the ASF file.
     ExpectSame({"d.gltf", "d.bvh"}, "frames");
     // The two names after one -o may be in either order; a further name is an input.
     ExpectConverts("-o b.amc b.asf walk.amc");

@@ -44,13 +44,16 @@ public:
     /// Frame of the written files, from 0.
     long long FrameOf(const KWorldFrame& pFrame) const { return pFrame.mNumber - mImported.mTakes[0].mInfo.mFirstFrame; }
 
-    double FramesPerSecond() const { return static_cast<double>(qexsdk::KTime::kTicksPerSecond) / static_cast<double>(mTake.mSampling.mStep.Get()); }
+    double FramesPerSecond() const
+    {
+        return static_cast<double>(qexsdk::KTime::kTicksPerSecond) / static_cast<double>(mTake.mSampling.mStep.Get());
+    }
 
     double SecondsOf(const KWorldFrame& pFrame) const { return static_cast<double>(FrameOf(pFrame)) / FramesPerSecond(); }
 
     KCorpusPair              mPair;
-    std::filesystem::path                 mBvh;
-    std::filesystem::path                 mGlb;
+    std::filesystem::path    mBvh;
+    std::filesystem::path    mGlb;
     std::vector<KWorldFrame> mWorld; ///< Centimetres.
 
 private:
@@ -71,7 +74,7 @@ private:
         EXPECT_TRUE(lFile.Write(mGlb.string(), {mImported.mRootNode}, lOptions));
     }
 
-    KScenePtr               mScene;
+    KScenePtr                       mScene;
     qexsdk::KQexImportAcclaimResult mImported;
     qexsdk::KQexGltfTake            mTake;
 };
