@@ -25,6 +25,7 @@ public:
     /// Releases the file. Keeps errno.
     void Unlock();
 
+    /// True between Lock() and Unlock().
     bool IsLocked() const { return mFile >= 0; }
 
 private:

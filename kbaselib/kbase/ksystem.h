@@ -21,8 +21,8 @@ struct KProcessResult;
 
 /// File numbers of the standard streams, which are open from the start.
 inline constexpr int kStandardInput = 0;
-inline constexpr int kStandardOutput = 1;
-inline constexpr int kStandardError = 2;
+inline constexpr int kStandardOutput = 1; ///< See kStandardInput.
+inline constexpr int kStandardError = 2;  ///< See kStandardInput.
 
 /// Size of a path, with its NUL, that no system opens if it is exceeded.
 inline constexpr size_t kMaxPathSize = 4096;
@@ -30,20 +30,21 @@ inline constexpr size_t kMaxPathSize = 4096;
 /// What a file is.
 struct KFileInfo
 {
+    /// Kinds of files.
     enum EKind
     {
-        eREGULAR,
-        eFOLDER,
-        eLINK, ///< A symbolic link itself.
-        eOTHER ///< A pipe, a device, a socket.
+        eREGULAR, ///< A file with contents.
+        eFOLDER,  ///< A folder.
+        eLINK,    ///< A symbolic link itself.
+        eOTHER    ///< A pipe, a device, a socket.
     };
 
-    EKind    mKind = eOTHER;
-    uint64_t mSize = 0;     ///< Bytes.
-    int64_t  mModified = 0; ///< Time of the last change of its contents: nanoseconds since 1970, UTC.
-    uint64_t mDevice = 0;   ///< Two paths lead to the same file if device and index are equal.
-    uint64_t mIndex = 0;
-    uint32_t mMode = 0; ///< Permissions, for mChangeMode only.
+    EKind    mKind = eOTHER; ///< Its kind.
+    uint64_t mSize = 0;      ///< Bytes.
+    int64_t  mModified = 0;  ///< Time of the last change of its contents: nanoseconds since 1970, UTC.
+    uint64_t mDevice = 0;    ///< Two paths lead to the same file if device and index are equal.
+    uint64_t mIndex = 0;     ///< See mDevice.
+    uint32_t mMode = 0;      ///< Permissions, for mChangeMode only.
 };
 
 /// How to open a file. It is not inherited by programs that are started, and never becomes the controlling terminal.
@@ -87,10 +88,10 @@ struct KSystemCalls
     int (*mUnlink)(const char* pPath);                                         ///< Async-signal-safe.
 
     // Processes: see kprocess.h for those of KRunProcess(), KProgramPath() and KLimitMemory().
-    KProcessResult (*mRun)(const KProcessOptions& pOptions);
-    std::string (*mProgramPath)();
-    bool (*mLimitMemory)(uint64_t pBytes);
-    int (*mProcessId)();
+    KProcessResult (*mRun)(const KProcessOptions& pOptions); ///< KRunProcess()
+    std::string (*mProgramPath)();                           ///< KProgramPath()
+    bool (*mLimitMemory)(uint64_t pBytes);                   ///< KLimitMemory()
+    int (*mProcessId)();                                     ///< Unique among the running ones.
 
     /// Calls \p pHandler before a signal from outside ends this process; it must be async-signal-safe. The signal still ends it, and one
     /// that the parent process ignores (nohup, a background job) stays ignored. From now on a closed pipe is a failed write, no signal.
@@ -102,7 +103,7 @@ struct KSystemCalls
     void (*mEndByPostponed)(); ///< Ends the process by the signal that was postponed, if there was one.
 
     // Console.
-    bool (*mIsTerminal)(int pStream);
+    bool (*mIsTerminal)(int pStream);   ///< Whether a stream is shown to a user.
     int (*mTerminalWidth)(int pStream); ///< Columns; 0 if unknown.
 
     // Locale.
@@ -128,6 +129,7 @@ QEX_API bool KGetFileInfo(const std::string& pPath, KFileInfo& pInfo);
 
 /// Whether to retry a call that failed with errno: it was interrupted, or a non-blocking pipe was not ready; waits until it is. When
 /// false, errno is the reason.
+/// \param pFile  the file of the call
 /// \param pEvent what the call was to do
 bool KFileCanRetry(int pFile, EFileEvent pEvent);
 

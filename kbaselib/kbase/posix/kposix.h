@@ -9,12 +9,12 @@
 namespace qexsdk
 {
 
-void SetFileCalls(KSystemCalls& pCalls);
-void SetProcessCalls(KSystemCalls& pCalls);
-void SetSignalCalls(KSystemCalls& pCalls);
-void SetConsoleCalls(KSystemCalls& pCalls);
-void SetLocaleCalls(KSystemCalls& pCalls);
-void SetLibraryCalls(KSystemCalls& pCalls);
+void SetFileCalls(KSystemCalls& pCalls);    ///< Files.
+void SetProcessCalls(KSystemCalls& pCalls); ///< Processes.
+void SetSignalCalls(KSystemCalls& pCalls);  ///< Signals.
+void SetConsoleCalls(KSystemCalls& pCalls); ///< Console.
+void SetLocaleCalls(KSystemCalls& pCalls);  ///< Locale.
+void SetLibraryCalls(KSystemCalls& pCalls); ///< Libraries.
 
 } // namespace qexsdk
 
