@@ -53,7 +53,7 @@ def break_motion(lines, kind):
     elif kind == 2:
         lines.clear()
     else:
-        lines[lines.index("480")] = "479"
+        lines[len(lines) // 2] = "left_thigh 1"
     return lines
 
 

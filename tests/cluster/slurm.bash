@@ -22,7 +22,7 @@ WaitFor()
     shift
     until "$@"; do
         [ "$SECONDS" -lt "$end" ] || return 1
-        sleep 0.1
+        sleep 0.02
     done
 }
 
@@ -69,6 +69,9 @@ EOF
 IsMungeUp() { timeout 5 munge -n -S "$slurm_folder/munge/socket" > /dev/null 2>&1; }
 IsSlurmUp() { [ "$(timeout 5 sinfo -h -o %T 2> /dev/null)" = idle ]; }
 
+# LastErrors DAEMON: the last lines of its logs that are about errors.
+LastErrors() { grep -hiE 'error|fatal|cannot|fail' "$slurm_folder/$1"*.{log,out} 2> /dev/null | tail -n 3; }
+
 # StartSlurm CPUS: false, and the reason in slurm_problem, if it cannot run here.
 StartSlurm()
 {
@@ -90,25 +93,25 @@ StartSlurm()
     munged --foreground --key-file="$slurm_folder/munge.key" --socket="$slurm_folder/munge/socket" --pid-file="$slurm_folder/munge/pid" \
         --log-file="$slurm_folder/munged.log" --seed-file="$slurm_folder/munge/seed" --num-threads=2 > "$slurm_folder/munged.out" 2>&1 &
     WaitFor 10 IsMungeUp || {
-        slurm_problem="munged does not answer: $(tail -q -n 2 "$slurm_folder"/munged.*)"
+        slurm_problem="munged does not answer: $(LastErrors munged)"
         return 1
     }
     slurmctld -D -c > "$slurm_folder/slurmctld.out" 2>&1 &
     slurmd -D > "$slurm_folder/slurmd.out" 2>&1 &
     WaitFor 20 IsSlurmUp || {
-        slurm_problem="its node does not become idle: $(tail -q -n 2 "$slurm_folder"/slurm*.log "$slurm_folder"/slurm*.out)"
+        slurm_problem="its node does not become idle: $(LastErrors slurm)"
         return 1
     }
 }
 
-# Prints the processes of this Slurm, daemons and tasks: they alone have its configuration in their environment.
+# SlurmProcesses [VARIABLE=VALUE]: prints the processes of this Slurm, daemons and tasks, which alone have its configuration in their
+# environment (those started here must not); only those that have the other variable, too.
 SlurmProcesses()
-{
-    local folder
-    for folder in /proc/[0-9]*; do
-        ! tr '\0' '\n' 2> /dev/null < "$folder/environ" | grep -qxF "SLURM_CONF=$slurm_folder/slurm.conf" || echo "${folder##*/}"
-    done 2> /dev/null
-}
+(
+    export -n SLURM_CONF
+    grep -lszxF "SLURM_CONF=$slurm_folder/slurm.conf" /proc/[0-9]*/environ |
+        { [ $# -eq 0 ] && cat || xargs -r grep -lszxF "$1"; } | cut -d / -f 3 || true
+)
 
 HasSlurmEnded() { [ -z "$(SlurmProcesses)" ]; }
 
