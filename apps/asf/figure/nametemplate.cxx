@@ -21,6 +21,12 @@ std::string Replace(const std::string& pName, const std::function<std::string(co
     size_t      lPosition = 0;
     for (size_t lOpen = pName.find('{'); lOpen != std::string::npos; lOpen = pName.find('{', lPosition))
     {
+        if (pName.compare(lOpen, 2, "{{") == 0)
+        {
+            lResult += pName.substr(lPosition, lOpen + 1 - lPosition);
+            lPosition = lOpen + 2;
+            continue;
+        }
         const size_t lClose = pName.find('}', lOpen);
         if (lClose == std::string::npos)
         {

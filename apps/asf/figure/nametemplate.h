@@ -7,7 +7,7 @@
 #include <string>
 
 /// \file
-/// Names of outputs with words in braces, such as {name}.bvh.
+/// Names of outputs with words in braces, such as {name}.bvh; {{ is a brace.
 
 namespace asfapp
 {
