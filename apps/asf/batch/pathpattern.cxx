@@ -19,7 +19,8 @@ struct KStep
         eCHARACTER,
         eSET,
         eANY_IN_NAME,
-        eANY
+        eANY,
+        eANY_FOLDERS
     };
 
     EKind            mKind = eCHARACTER;
@@ -36,7 +37,13 @@ KStep NextStep(std::string_view pPattern, size_t& pAt)
     {
         const bool lIsDouble = pAt < pPattern.size() && pPattern[pAt] == '*';
         lStep.mKind = lIsDouble ? KStep::eANY : KStep::eANY_IN_NAME;
+        const bool lIsName = pAt == 1 || pPattern[pAt - 2] == '/'; // A name by itself.
         pAt += lIsDouble ? 1 : 0;
+        if (lIsDouble && lIsName && pAt < pPattern.size() && pPattern[pAt] == '/')
+        {
+            lStep.mKind = KStep::eANY_FOLDERS;
+            ++pAt;
+        }
     }
     const size_t lEnd = lStep.mCharacter == '[' ? pPattern.find(']', std::min(pAt + 1, pPattern.size())) : std::string_view::npos;
     if (lStep.mCharacter == '?' || lEnd != std::string_view::npos)
@@ -46,6 +53,18 @@ KStep NextStep(std::string_view pPattern, size_t& pAt)
         pAt = lEnd != std::string_view::npos ? lEnd + 1 : pAt;
     }
     return lStep;
+}
+
+/// The step **/: goes on after any of the slashes, or where it is.
+void ReachFolders(std::string_view pPath, std::vector<char>& pReached)
+{
+    bool lIsReached = false;
+    for (size_t i = 0; i < pReached.size(); ++i)
+    {
+        const bool lIsHere = pReached[i] != 0;
+        pReached[i] = lIsHere || (lIsReached && pPath[i - 1] == '/') ? 1 : 0;
+        lIsReached = lIsReached || lIsHere;
+    }
 }
 
 bool IsInSet(char pCharacter, std::string_view pSet)
@@ -88,8 +107,13 @@ bool MatchesPattern(std::string_view pPath, std::string_view pPattern)
     for (size_t lAt = 0; lAt < pPattern.size();)
     {
         const KStep lStep = NextStep(pPattern, lAt);
-        const bool  lRepeats = lStep.mKind == KStep::eANY || lStep.mKind == KStep::eANY_IN_NAME;
-        char        lBefore = lReached[0]; // Whether the steps before matched one character less.
+        if (lStep.mKind == KStep::eANY_FOLDERS)
+        {
+            ReachFolders(pPath, lReached);
+            continue;
+        }
+        const bool lRepeats = lStep.mKind == KStep::eANY || lStep.mKind == KStep::eANY_IN_NAME;
+        char       lBefore = lReached[0]; // Whether the steps before matched one character less.
         lReached[0] = lRepeats && lReached[0] != 0 ? 1 : 0;
         for (size_t i = 1; i <= pPath.size(); ++i)
         {
