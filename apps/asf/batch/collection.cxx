@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <unordered_set>
 #include <utility>
 
 namespace asfapp
@@ -30,6 +31,18 @@ std::string WithoutLinks(const fs::path& pPath)
     const fs::path  lPath = fs::weakly_canonical(fs::absolute(pPath, lError), lError);
     const fs::path  lName = lError ? pPath.lexically_normal() : lPath;
     return (lName.has_filename() ? lName : lName.parent_path()).string();
+}
+
+/// The shortest spelling of a path, without resolving "..", which a link may lead elsewhere.
+std::string Tidy(const std::string& pPath)
+{
+    const fs::path lPath(pPath);
+    if (std::find(lPath.begin(), lPath.end(), "..") != lPath.end())
+    {
+        return pPath;
+    }
+    const fs::path lTidy = lPath.lexically_normal();
+    return (lTidy.has_filename() || !lTidy.has_relative_path() ? lTidy : lTidy.parent_path()).string();
 }
 
 /// A given path as a name below OUTDIR: what leads out of it is left out.
@@ -67,15 +80,18 @@ public:
                 mLevels.pop_back();
                 continue;
             }
-            const std::string lName = lLevel.mName + lLevel.mNames[lLevel.mNext++];
-            std::error_code   lError;
-            if (fs::is_directory(mRoot / lName, lError))
+            const std::string   lName = lLevel.mName + lLevel.mNames[lLevel.mNext++];
+            std::error_code     lError;
+            const fs::file_type lType = fs::status(mRoot / lName, lError).type();
+            if (lType == fs::file_type::directory)
             {
                 Enter(lName + "/");
-                continue;
             }
-            pName = lName;
-            return true;
+            else if (lType != fs::file_type::fifo && lType != fs::file_type::socket && lType != fs::file_type::character)
+            {
+                pName = lName;
+                return true;
+            }
         }
         return false;
     }
@@ -144,11 +160,11 @@ void KCollection::AddInput(const std::string& pInput, KConsole& pConsole)
     std::error_code lError;
     if (fs::is_directory(pInput, lError))
     {
-        AddFolder(pInput, "", pConsole);
+        AddFolder(Tidy(pInput), "", pConsole);
     }
     else if (fs::exists(pInput, lError))
     {
-        AddFile("", pInput, true);
+        AddFile("", Tidy(pInput), true);
     }
     else if (IsPattern(pInput))
     {
@@ -179,7 +195,7 @@ void KCollection::AddFolder(const std::string& pFolder, const std::string& pPatt
         }
         else if (MatchesPattern(lPath, pPattern))
         {
-            AddFile("", lPath, false);
+            AddFile("", Tidy(lPath), false);
         }
     }
 }
@@ -226,22 +242,29 @@ std::string KCollection::OutputOf(const KFile& pFile) const
     return lName.substr(0, lName.size() - qexsdk::KPathExtension(lName).size()) + lSuffix;
 }
 
+std::string KCollection::RecordOf(const KFile& pFile) const
+{
+    return OutputOf(pFile) + qexsdk::KPathExtension(pFile.mName);
+}
+
 void KCollection::Finish(bool pHasSuffixes)
 {
-    const auto lKey = [this](const KFile& pFile)
+    const auto lByPath = [this](const KFile& pOne, const KFile& pOther)
     {
-        return fs::path(PathOf(pFile)).lexically_normal();
+        const int lOrder = pOne.mFolder == pOther.mFolder ? pOne.mName.compare(pOther.mName) : PathOf(pOne).compare(PathOf(pOther));
+        return lOrder != 0 ? lOrder < 0 : pOne.mFolder < pOther.mFolder;
     };
-    const auto lIsBefore = [&](const KFile& pOne, const KFile& pOther)
+    const auto lIsSame = [this](const KFile& pOne, const KFile& pOther)
+    {
+        return pOne.mFolder == pOther.mFolder ? pOne.mName == pOther.mName : PathOf(pOne) == PathOf(pOther);
+    };
+    const auto lByName = [](const KFile& pOne, const KFile& pOther)
     {
         return pOne.mName != pOther.mName ? pOne.mName < pOther.mName : pOne.mFolder < pOther.mFolder;
     };
-    std::sort(mFiles.begin(), mFiles.end(), lIsBefore);
-    const auto lIsSame = [&](const KFile& pOne, const KFile& pOther)
-    {
-        return lKey(pOne) == lKey(pOther);
-    };
+    std::sort(mFiles.begin(), mFiles.end(), lByPath);
     mFiles.erase(std::unique(mFiles.begin(), mFiles.end(), lIsSame), mFiles.end());
+    std::sort(mFiles.begin(), mFiles.end(), lByName);
     FindCollisions(pHasSuffixes);
 }
 
@@ -254,16 +277,25 @@ void KCollection::FindCollisions(bool pHasSuffixes)
         lOutputs.emplace_back(qexsdk::KToLower(OutputOf(lFile)), static_cast<uint32_t>(lOutputs.size()));
     }
     std::sort(lOutputs.begin(), lOutputs.end());
-    uint32_t lCount = 0;
+    std::unordered_set<std::string> lTaken;
+    for (size_t i = 0; pHasSuffixes && i < lOutputs.size(); ++i)
+    {
+        lTaken.insert(lOutputs[i].first);
+    }
+    uint32_t lNumber = 1;
     for (size_t i = 1; i < lOutputs.size(); ++i)
     {
-        lCount = lOutputs[i].first == lOutputs[i - 1].first ? lCount + 1 : 0;
-        KFile& lFile = mFiles[lOutputs[i].second];
-        if (lCount > 0 && pHasSuffixes)
+        KFile&     lFile = mFiles[lOutputs[i].second];
+        const bool lIsSame = lOutputs[i].first == lOutputs[i - 1].first;
+        lNumber = lIsSame ? lNumber : 1;
+        if (lIsSame && pHasSuffixes)
         {
-            lFile.mSuffix = lCount + 1;
+            while (!lTaken.insert(lOutputs[i].first + "-" + std::to_string(++lNumber)).second)
+            {
+            }
+            lFile.mSuffix = lNumber;
         }
-        else if (lCount > 0)
+        else if (lIsSame)
         {
             lFile.mHasCollision = true;
             mFiles[lOutputs[i - 1].second].mHasCollision = true;

@@ -39,6 +39,9 @@ public:
     /// Name of the outputs of \p pFile below OUTDIR, without extension.
     std::string OutputOf(const KFile& pFile) const;
 
+    /// The name of \p pFile in manifests: that of its outputs with its extension, so no two motions of a collection have the same.
+    std::string RecordOf(const KFile& pFile) const;
+
     long long GetSkeletons() const { return mSkeletons; } ///< Skeletons found.
     long long GetOthers() const { return mOthers; }       ///< Files of other kinds found.
 
