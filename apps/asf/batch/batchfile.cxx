@@ -32,9 +32,9 @@ KBatchFile::KBatchFile(KContext& pContext, const KCollection::KFile& pFile, int 
       mPath(pContext.mCollection.PathOf(pFile)),
       mOutput(pContext.mCollection.OutputOf(pFile)),
       mRate(pContext.mOptions.mRateTable.Find(pFile.mName)),
-      mStaging((fs::path(pContext.mStaging) / std::to_string(pSlot)).string())
+      mStaging(pContext.mStaging.empty() ? "" : (fs::path(pContext.mStaging) / std::to_string(pSlot)).string())
 {
-    mResult.mLine = {{"schema", kJsonSchema}, {"file", JsonPath(pFile.mName)}};
+    mResult.mLine = {{"schema", kJsonSchema}, {"file", JsonPath(pFile.mName)}, {"output", JsonPath(mOutput)}};
 }
 
 KBatchResult KBatchFile::Run()
@@ -44,16 +44,22 @@ KBatchResult KBatchFile::Run()
     {
         Fail(eEXIT_INPUT, "collision",
              "another motion has the same output " + mOutput + ": rename one of them, or give --on-collision suffix");
+        NoteFailure();
     }
     else if (!mOptions.mForce && IsUnchanged())
     {
         mResult.mStatus = eBATCH_UNCHANGED;
         mResult.mLine = mRecord;
+        mResult.mLine["file"] = JsonPath(mFile.mName);
         mResult.mLine["status"] = WordOf(mResult.mStatus);
     }
     else if (CheckOutputs(PlannedOutputs()))
     {
         Make();
+    }
+    else if (!mRecord.is_object())
+    {
+        NoteFailure(); // Otherwise no manifest would have the motion.
     }
     return std::move(mResult);
 }
@@ -73,12 +79,13 @@ std::string KBatchFile::OptionsText() const
     return mRate.empty() ? lText : lText + " --source-fps=" + mRate;
 }
 
-bool KBatchFile::FindRecord()
+void KBatchFile::FindRecord()
 {
-    return mContext.mIndex.Find(mFile.mName, mRecord);
+    const bool lIsKnown = mContext.mIndex.Find(mContext.mCollection.RecordOf(mFile), mRecord);
+    mRecord = lIsKnown ? mRecord : KJson();
+    mResult.mLine["generation"] = lIsKnown ? mRecord["generation"].get<uint32_t>() + 1 : 1;
 }
 
-/// The inputs and outputs of a line have known keys, or the line is none of ours.
 bool KBatchFile::IsUnchanged() const
 {
     return mRecord.is_object() && mRecord.value("status", "") == "made" && mRecord.value("options", "") == OptionsText() &&
@@ -130,6 +137,27 @@ bool KBatchFile::HasOutput(const KJson& pRecorded) const
     return mOptions.mVerify ? ReadChecksum(Final(lName), lSum) && pRecorded.value("crc32", uint32_t(0)) == lSum : lThen == lNow;
 }
 
+/// The outputs that earlier runs made, also with other options, but for those that \p pNew has.
+KJson KBatchFile::RecordedOutputs(const KJson& pNew) const
+{
+    KJson lOutputs = KJson::array();
+    for (const char* lKey : {"outputs", "earlier"})
+    {
+        for (const KJson& lOutput : mRecord.is_object() ? mRecord.value(lKey, KJson::array()) : KJson::array())
+        {
+            const auto lIsSame = [&lOutput](const KJson& pOther)
+            {
+                return pOther["file"] == lOutput["file"];
+            };
+            if (std::none_of(pNew.begin(), pNew.end(), lIsSame))
+            {
+                lOutputs.push_back(lOutput);
+            }
+        }
+    }
+    return lOutputs;
+}
+
 /// An existing file may be replaced if the record has it: as made, or as it was when that was moved over it.
 bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) const
 {
@@ -137,25 +165,26 @@ bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) cons
     KFileStamp      lNow;
     if (!ReadStamp(Final(pName), lNow))
     {
-        pReason = fs::is_directory(Final(pName), lError) ? "is a folder" : "";
+        const fs::file_type lType = fs::symlink_status(Final(pName), lError).type();
+        pReason = lType == fs::file_type::not_found ? "" : "is not a file: remove it";
         return pReason.empty();
     }
     bool lIsRecorded = false;
-    for (const KJson& lOutput : mRecord.is_object() ? mRecord.value("outputs", KJson::array()) : KJson::array())
+    for (const KJson& lOutput : RecordedOutputs(KJson::array()))
     {
         std::string lName;
-        KFileStamp  lMade;
-        KFileStamp  lReplaced;
-        if (StampedFromJson(lOutput, lName, lMade) && lName == pName)
+        KFileStamp  lStamp;
+        if (StampedFromJson(lOutput, lName, lStamp) && lName == pName)
         {
             lIsRecorded = true;
-            if (lMade == lNow || (StampedFromJson(lOutput.value("replaced", KJson()), lName, lReplaced) && lReplaced == lNow))
+            if (HasOutput(lOutput) || (StampedFromJson(lOutput.value("replaced", KJson()), lName, lStamp) && lStamp == lNow))
             {
                 return true;
             }
         }
     }
-    pReason = lIsRecorded ? "was changed since it was made" : "was not made by asf batch";
+    pReason =
+        (lIsRecorded ? std::string("was changed since it was made") : "was not made by asf batch") + ": left as it is; --force replaces it";
     return mOptions.mForce;
 }
 
@@ -166,7 +195,7 @@ bool KBatchFile::CheckOutputs(const std::vector<std::string>& pNames)
         std::string lReason;
         if (!MayReplace(lName, lReason))
         {
-            Fail(eEXIT_INPUT, "kept", Final(lName) + " " + lReason + ": left as it is; --force replaces it");
+            Fail(eEXIT_INPUT, "kept", Final(lName) + " " + lReason);
             mResult.mStatus = eBATCH_KEPT;
             mResult.mLine["status"] = WordOf(mResult.mStatus);
             return false;
@@ -229,6 +258,7 @@ void KBatchFile::Commit()
     mResult.mStatus = eBATCH_MADE;
     mResult.mLine["status"] = WordOf(mResult.mStatus);
     mResult.mLine["outputs"] = lOutputs;
+    mResult.mLine["earlier"] = RecordedOutputs(lOutputs);
     std::string lReason;
     if (!mContext.mAppend(mResult.mLine, lReason))
     {
@@ -246,9 +276,10 @@ void KBatchFile::Commit()
 /// The outputs of an earlier run stay known.
 void KBatchFile::NoteFailure()
 {
-    if (!mResult.mLine.contains("outputs") && mRecord.is_object() && mRecord.contains("outputs"))
+    if (!mResult.mLine.contains("outputs"))
     {
-        mResult.mLine["outputs"] = mRecord["outputs"];
+        mResult.mLine["outputs"] = KJson::array();
+        mResult.mLine["earlier"] = RecordedOutputs(KJson::array());
     }
     std::string lReason;
     mContext.mAppend(mResult.mLine, lReason); // The failure is reported in any case.

@@ -71,16 +71,19 @@ private:
         std::string mName; ///< Below OUTDIR.
     };
 
-    bool                     FindRecord();
+    void                     FindRecord();
     bool                     IsUnchanged() const;
     bool                     HasInputs() const;
     bool                     HasOutputs() const;
     bool                     HasOutput(const KJson& pRecorded) const;
+    KJson                    RecordedOutputs(const KJson& pNew) const;
     bool                     MayReplace(const std::string& pName, std::string& pReason) const;
     bool                     CheckOutputs(const std::vector<std::string>& pNames);
     std::vector<std::string> PlannedOutputs() const;
     std::string              OptionsText() const;
     std::vector<std::string> WorkerArguments() const;
+    KJson                    FinalMessages() const;
+    bool                     MakeFolders();
     void                     Make();
     void                     RunWorker();
     bool                     ReadWorker(const std::string& pOut, int pExit);

@@ -117,9 +117,17 @@ void KBatchRun::DoAll()
     std::vector<std::thread> lThreads;
     mProgress.Start(mPart.size());
     qexsdk::KSystemInUse().mPostponeEnd(&mContext.mIsCancelled);
-    for (int lSlot = 1; lSlot < mOptions.mJobs; ++lSlot)
+    const int lCount = static_cast<int>(std::min(static_cast<size_t>(mOptions.mJobs), mPart.size()));
+    try
     {
-        lThreads.emplace_back([this, lSlot] { DoSome(lSlot); });
+        for (int lSlot = 1; lSlot < lCount; ++lSlot)
+        {
+            lThreads.emplace_back([this, lSlot] { DoSome(lSlot); });
+        }
+    }
+    catch (const std::exception&)
+    {
+        mConsole.Report("the system allows only " + std::to_string(lThreads.size() + 1) + " jobs at a time");
     }
     DoSome(0);
     for (std::thread& lThread : lThreads)
@@ -157,6 +165,11 @@ void KBatchRun::DoSome(int pSlot)
             lResult.mStatus = eBATCH_FAILED;
             lResult.mExit = eEXIT_SYSTEM;
             lResult.mError = lError.what();
+            lResult.mLine = {{"schema", kJsonSchema},
+                             {"file", JsonPath(lFile->mName)},
+                             {"status", WordOf(eBATCH_FAILED)},
+                             {"cause", "system"},
+                             {"error", lResult.mError}};
         }
         Take(*lFile, lResult);
     }

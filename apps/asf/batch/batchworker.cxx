@@ -1,5 +1,6 @@
 #include <apps/asf/batch/batchfile.h>
 
+#include <apps/asf/report/messagelog.h>
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/kpath.h>
 #include <kbaselib/kbase/kprocess.h>
@@ -19,11 +20,21 @@ namespace
 
 namespace fs = std::filesystem;
 
+/// \p pText with a path of the staging folder as the one that it stands for.
+std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
+{
+    for (size_t lAt = pText.find(pFrom); lAt != std::string::npos; lAt = pText.find(pFrom, lAt + pTo.size()))
+    {
+        pText.replace(lAt, pFrom.size(), pTo);
+    }
+    return pText;
+}
+
 /// Takes that a format holds in files of their own get their names at the end.
 std::string TemplateOf(const std::string& pStem, const std::string& pKind)
 {
     const bool lHoldsAll = pKind == "glb" || pKind == "gltf" || pKind == "asf";
-    return pStem + (lHoldsAll ? "." : "{-take}.") + pKind;
+    return Replace(pStem, "{", "{{") + (lHoldsAll ? "." : "{-take}.") + pKind;
 }
 
 /// The last line of a text, which may end with a line's end.
@@ -34,16 +45,6 @@ std::string LastLine(std::string pText)
         pText.pop_back();
     }
     return pText.substr(pText.find_last_of('\n') + 1);
-}
-
-/// \p pText with a path of the staging folder as the one that it stands for.
-std::string Replace(std::string pText, const std::string& pFrom, const std::string& pTo)
-{
-    for (size_t lAt = pText.find(pFrom); lAt != std::string::npos; lAt = pText.find(pFrom, lAt + pTo.size()))
-    {
-        pText.replace(lAt, pFrom.size(), pTo);
-    }
-    return pText;
 }
 
 bool IsOutOfMemory(const std::string& pText)
@@ -79,6 +80,24 @@ std::vector<std::string> KBatchFile::WorkerArguments() const
     return lArguments;
 }
 
+/// An empty folder for the worker, and that of the outputs.
+bool KBatchFile::MakeFolders()
+{
+    std::error_code lError;
+    fs::remove_all(mStaging, lError);
+    lError.clear();
+    fs::create_directories(mStaging, lError);
+    if (!lError)
+    {
+        fs::create_directories(fs::path(Final(mOutput)).parent_path(), lError);
+    }
+    if (lError)
+    {
+        Fail(eEXIT_SYSTEM, "system", Final(mOutput) + " cannot be written: " + lError.message());
+    }
+    return !lError;
+}
+
 void KBatchFile::Make()
 {
     if (mOptions.mIsDry)
@@ -87,23 +106,16 @@ void KBatchFile::Make()
         mResult.mLine["status"] = WordOf(mResult.mStatus);
         return;
     }
-    std::error_code lError;
-    fs::remove_all(mStaging, lError);
-    lError.clear();
-    if (!mOptions.mOnlyChecks)
+    if (mOptions.mOnlyChecks)
     {
-        fs::create_directories(mStaging, lError);
+        RunWorker();
     }
-    if (!mOptions.mOnlyChecks && !lError)
+    else if (MakeFolders())
     {
-        fs::create_directories(fs::path(Final(mOutput)).parent_path(), lError);
+        std::error_code lError;
+        RunWorker();
+        fs::remove_all(mStaging, lError);
     }
-    if (lError)
-    {
-        return Fail(eEXIT_SYSTEM, "system", Final(mOutput) + " cannot be written: " + lError.message());
-    }
-    RunWorker();
-    fs::remove_all(mStaging, lError);
     if (mResult.mStatus == eBATCH_FAILED || mResult.mStatus == eBATCH_KEPT)
     {
         NoteFailure();
@@ -148,20 +160,38 @@ void KBatchFile::RunWorker()
     }
 }
 
+/// The worker's messages, with the outputs' places instead of the staging folder.
+KJson KBatchFile::FinalMessages() const
+{
+    KJson lMessages = mReport.value("messages", KJson::array());
+    if (mOptions.mOnlyChecks)
+    {
+        return lMessages;
+    }
+    const std::string lPlace = fs::path(Final(mOutput)).parent_path().string();
+    for (KJson& lMessage : lMessages)
+    {
+        for (const char* lKey : {"file", "text"})
+        {
+            lMessage[lKey] = Replace(lMessage.value(lKey, ""), mStaging, lPlace);
+        }
+        lMessage["kind"] = KindOfMessage(lMessage["text"].get<std::string>());
+    }
+    return lMessages;
+}
+
 /// Takes over what the worker reports. False if that is no report.
 bool KBatchFile::ReadWorker(const std::string& pOut, int pExit)
 {
-    mReport = KJson::parse(Replace(pOut, mStaging, fs::path(Final(mOutput)).parent_path().string()), nullptr, false);
-    const KJson lStaged = KJson::parse(pOut, nullptr, false);
-    if (!mReport.is_object() || !lStaged.is_object() || !lStaged.value("outputs", KJson()).is_array())
+    mReport = KJson::parse(pOut, nullptr, false);
+    if (!mReport.is_object() || !mReport.value("outputs", KJson()).is_array())
     {
         return false;
     }
-    mReport["outputs"] = lStaged["outputs"];
     mResult.mLine["options"] = OptionsText();
     mResult.mLine["version"] = QEX_VERSION;
     mResult.mLine["takes"] = mReport.value("takes", KJson::array());
-    mResult.mLine["messages"] = mReport.value("messages", KJson::array());
+    mResult.mLine["messages"] = FinalMessages();
     if (pExit != 0)
     {
         std::string lText = "failed";

@@ -111,10 +111,11 @@ void KGathering::FindUndone(const std::vector<std::string>& pInputs)
     lCollection.Finish(mOptions.mCollision == "suffix");
     for (const KCollection::KFile& lFile : lCollection.GetFiles())
     {
-        KJson lLine;
-        if (!mIndex.Find(lFile.mName, lLine))
+        KJson             lLine;
+        const std::string lName = lCollection.RecordOf(lFile);
+        if (!mIndex.Find(lName, lLine))
         {
-            mProblems[lFile.mName] = "no run has done it";
+            mProblems[lName] = "no run has done it";
         }
     }
 }

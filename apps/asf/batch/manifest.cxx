@@ -1,8 +1,9 @@
 #include <apps/asf/batch/manifest.h>
 
+#include <kbaselib/kbase/kpath.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -26,12 +27,35 @@ uint64_t HashOf(const std::string& pText)
     return lHash;
 }
 
-/// The motion that a line is about. False if the line is not one of a manifest.
+bool IsText(const KJson& pLine, const char* pKey)
+{
+    const auto lFound = pLine.find(pKey);
+    return lFound == pLine.end() || lFound->is_string();
+}
+
+/// Whether a list of files is one, if there is one.
+bool IsFileList(const KJson& pLine, const char* pKey)
+{
+    const auto lIsFile = [](const KJson& pFile)
+    {
+        return pFile.is_object() && pFile.contains("file") && (!pFile.contains("crc32") || pFile["crc32"].is_number_unsigned());
+    };
+    const auto lFound = pLine.find(pKey);
+    return lFound == pLine.end() || (lFound->is_array() && std::all_of(lFound->begin(), lFound->end(), lIsFile));
+}
+
+/// Reads a line, and the name of the motion that it is about. False if the line is not one of a manifest: later, its keys are taken to
+/// have the types that they are written with.
 bool ParseLine(const std::string& pText, KJson& pLine, std::string& pName)
 {
+    std::string lFile;
     pLine = KJson::parse(pText, nullptr, false);
-    const auto lFile = pLine.is_object() ? pLine.find("file") : pLine.end();
-    return pLine.is_object() && lFile != pLine.end() && PathFromJson(*lFile, pName);
+    const bool lOk = pLine.is_object() && PathFromJson(pLine.value("file", KJson()), lFile) &&
+                     PathFromJson(pLine.value("output", KJson()), pName) && pLine.value("generation", KJson()).is_number_unsigned() &&
+                     IsText(pLine, "status") && IsText(pLine, "options") && IsText(pLine, "version") && IsText(pLine, "error") &&
+                     IsFileList(pLine, "inputs") && IsFileList(pLine, "outputs") && IsFileList(pLine, "earlier");
+    pName += lOk ? qexsdk::KPathExtension(lFile) : "";
+    return lOk;
 }
 
 } // namespace
@@ -77,7 +101,9 @@ bool KManifestIndex::ReadFile(const std::string& pPath, KConsole& pConsole)
         std::string    lName;
         if (!lStream.eof() && ParseLine(lText, lLine, lName))
         {
-            mPlaces[HashOf(lName)] = {lFile, lAt};
+            KPlace&    lPlace = mPlaces[HashOf(lName)];
+            const auto lGeneration = lLine["generation"].get<uint32_t>();
+            lPlace = lGeneration >= lPlace.mGeneration ? KPlace{lFile, lGeneration, lAt} : lPlace;
         }
         lAt = lNext;
     }
@@ -148,21 +174,20 @@ bool KManifestWriter::OpenFile(const std::string& pPath)
     {
         return false;
     }
+    std::setvbuf(mFile, nullptr, _IONBF, 0); // Nothing of a line that failed is written later.
     // After a crash the last line may lack its end.
-    const bool lIsWhole = std::fseek(mFile, -1, SEEK_END) != 0 || std::fgetc(mFile) == '\n';
-    return lIsWhole || (std::fseek(mFile, 0, SEEK_END) == 0 && std::fputc('\n', mFile) == '\n' && std::fflush(mFile) == 0);
+    mIsTorn = std::fseek(mFile, -1, SEEK_END) == 0 && std::fgetc(mFile) != '\n';
+    return true;
 }
 
 bool KManifestWriter::Append(const KJson& pLine, std::string& pReason)
 {
-    const std::string lText = JsonLine(pLine);
+    // A line of which only a part fitted on the device must not spoil this one.
+    const std::string lText = (mIsTorn ? "\n" : "") + JsonLine(pLine);
     std::fseek(mFile, 0, SEEK_END); // Between reading and writing.
-    if (std::fwrite(lText.data(), 1, lText.size(), mFile) == lText.size() && std::fflush(mFile) == 0)
-    {
-        return true;
-    }
-    pReason = std::generic_category().message(errno);
-    return false;
+    mIsTorn = std::fwrite(lText.data(), 1, lText.size(), mFile) != lText.size();
+    pReason = mIsTorn ? std::generic_category().message(errno) : "";
+    return !mIsTorn;
 }
 
 } // namespace asfapp

@@ -34,14 +34,14 @@ struct KShard
     std::string GetWord() const { return std::to_string(mIndex) + "-of-" + std::to_string(mCount); }
 };
 
-/// The last lines about each file, of all manifests below an OUTDIR. Keeps only where they are.
+/// The last lines about each motion, of all manifests below an OUTDIR: those of the highest generation. Keeps only where they are.
 class KManifestIndex
 {
 public:
     /// Reads all manifests in \p pFolder. Lines that are not whole, as after a crash, are ignored. False after an error.
     bool Read(const std::string& pFolder, KConsole& pConsole);
 
-    /// The last line about the motion \p pName. False if there is none.
+    /// The last line about the motion \p pName, see KCollection::RecordOf(). False if there is none.
     bool Find(const std::string& pName, KJson& pLine) const;
 
     /// Calls \p pSee with the last line of each motion.
@@ -51,6 +51,7 @@ private:
     struct KPlace
     {
         uint32_t mFile = 0;
+        uint32_t mGeneration = 0; ///< Numbers the lines about a motion, in whatever manifest they are.
         uint64_t mAt = 0;
     };
 
@@ -78,6 +79,7 @@ private:
 
     qexsdk::KFileLock mLock;
     std::FILE*        mFile = nullptr;
+    bool              mIsTorn = false; ///< The file ends within a line.
 };
 
 } // namespace asfapp
