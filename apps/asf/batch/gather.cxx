@@ -27,7 +27,8 @@ public:
     }
 
     bool Read();
-    void FindUndone(const std::vector<std::string>& pInputs);
+    void SeeAll();
+    void SeeInputs(const std::vector<std::string>& pInputs);
     void Report();
 
 private:
@@ -91,9 +92,13 @@ void KGathering::See(const std::string& pName, const KJson& pLine)
     }
 }
 
-void KGathering::Report()
+void KGathering::SeeAll()
 {
     mIndex.ForEach([this](const std::string& pName, const KJson& pLine) { See(pName, pLine); });
+}
+
+void KGathering::Report()
+{
     for (const auto& [lName, lProblem] : mProblems)
     {
         mConsole.Message(eERROR, lName, 0, lProblem);
@@ -103,8 +108,8 @@ void KGathering::Report()
                     std::to_string(mProblems.size()) + " missing or failed");
 }
 
-/// Motions of \p pInputs that no run has done.
-void KGathering::FindUndone(const std::vector<std::string>& pInputs)
+/// Only the motions of \p pInputs count: those that failed and are no longer there do not.
+void KGathering::SeeInputs(const std::vector<std::string>& pInputs)
 {
     KCollection lCollection;
     lCollection.Add(pInputs, mFolder, mConsole);
@@ -113,7 +118,11 @@ void KGathering::FindUndone(const std::vector<std::string>& pInputs)
     {
         KJson             lLine;
         const std::string lName = lCollection.RecordOf(lFile);
-        if (!mIndex.Find(lName, lLine))
+        if (mIndex.Find(lName, lLine))
+        {
+            See(lName, lLine);
+        }
+        else
         {
             mProblems[lName] = "no run has done it";
         }
@@ -139,10 +148,8 @@ void GatherBatch(const KBatchOptions& pOptions, KConsole& pConsole)
     KGathering lGathering(pOptions, lFolder, pConsole);
     if (lGathering.Read())
     {
-        if (!pOptions.mOutput.empty())
-        {
-            lGathering.FindUndone(lInputs);
-        }
+        const bool lHasInputs = !pOptions.mOutput.empty() && !lInputs.empty();
+        lHasInputs ? lGathering.SeeInputs(lInputs) : lGathering.SeeAll();
         lGathering.Report();
     }
 }
