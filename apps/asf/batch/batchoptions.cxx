@@ -28,21 +28,25 @@ bool ParseWhole(const std::string& pText, uint32_t& pValue)
     return lResult.ec == std::errc() && lResult.ptr == lEnd;
 }
 
-uint32_t FromEnvironment(const char* pName, uint32_t pDefault)
+/// Reads a number, unless it is not set. False if it is something else.
+bool FromEnvironment(const char* pName, uint32_t& pValue)
 {
     const char* lText = std::getenv(pName);
-    uint32_t    lValue = 0;
-    return lText != nullptr && ParseWhole(lText, lValue) ? lValue : pDefault;
+    return lText == nullptr || ParseWhole(lText, pValue);
 }
 
 /// The part of a Slurm array's task, whose numbers may begin anywhere and leave gaps.
 bool FindArrayShard(KShard& pShard, KConsole& pConsole)
 {
-    const uint32_t lCount = FromEnvironment("SLURM_ARRAY_TASK_COUNT", 0);
-    const uint32_t lTask = FromEnvironment("SLURM_ARRAY_TASK_ID", 0);
-    const uint32_t lMin = FromEnvironment("SLURM_ARRAY_TASK_MIN", 0);
-    const uint32_t lStep = std::max(FromEnvironment("SLURM_ARRAY_TASK_STEP", 1), 1U);
-    if (lCount == 0 || lTask < lMin || (lTask - lMin) % lStep != 0 || (lTask - lMin) / lStep >= lCount)
+    uint32_t   lCount = 0;
+    uint32_t   lTask = 0;
+    uint32_t   lMin = 0;
+    uint32_t   lStep = 1;
+    const bool lOk = std::getenv("SLURM_ARRAY_TASK_ID") != nullptr && FromEnvironment("SLURM_ARRAY_TASK_ID", lTask) &&
+                     FromEnvironment("SLURM_ARRAY_TASK_COUNT", lCount) && FromEnvironment("SLURM_ARRAY_TASK_MIN", lMin) &&
+                     FromEnvironment("SLURM_ARRAY_TASK_STEP", lStep);
+    lStep = std::max(lStep, 1U);
+    if (!lOk || lCount == 0 || lCount > kMaxShards || lTask < lMin || (lTask - lMin) % lStep != 0 || (lTask - lMin) / lStep >= lCount)
     {
         return UsageError(pConsole, "--shard auto: this is no task of a Slurm array (SLURM_ARRAY_TASK_ID and SLURM_ARRAY_TASK_COUNT)");
     }

@@ -117,7 +117,8 @@ void KBatchRun::DoAll()
     std::vector<std::thread> lThreads;
     mProgress.Start(mPart.size());
     qexsdk::KSystemInUse().mPostponeEnd(&mContext.mIsCancelled);
-    const int lCount = static_cast<int>(std::min(static_cast<size_t>(mOptions.mJobs), mPart.size()));
+    const size_t lJobs = mOptions.mIsDry ? 1 : static_cast<size_t>(mOptions.mJobs); // One keeps the order of a list.
+    const int    lCount = static_cast<int>(std::min(lJobs, mPart.size()));
     try
     {
         for (int lSlot = 1; lSlot < lCount; ++lSlot)

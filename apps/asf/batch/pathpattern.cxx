@@ -45,7 +45,8 @@ KStep NextStep(std::string_view pPattern, size_t& pAt)
             ++pAt;
         }
     }
-    const size_t lEnd = lStep.mCharacter == '[' ? pPattern.find(']', std::min(pAt + 1, pPattern.size())) : std::string_view::npos;
+    const size_t lFirst = pAt + (pPattern.substr(pAt, 1) == "!" ? 2 : 1); // A bracket at the start of a set belongs to it.
+    const size_t lEnd = lStep.mCharacter == '[' ? pPattern.find(']', std::min(lFirst, pPattern.size())) : std::string_view::npos;
     if (lStep.mCharacter == '?' || lEnd != std::string_view::npos)
     {
         lStep.mKind = KStep::eSET;

@@ -82,7 +82,12 @@ bool KRateTable::Read(const std::string& pPath, KConsole& pConsole)
             return false;
         }
     }
-    return true;
+    if (lBytes.empty())
+    {
+        pConsole.Message(eERROR, pPath, 0, "is empty: expected the columns file and source_fps");
+        pConsole.Raise(eEXIT_INPUT);
+    }
+    return !lBytes.empty();
 }
 
 bool KRateTable::AddLine(const std::vector<std::string>& pCells, size_t pFile, size_t pRate, std::string& pReason)
