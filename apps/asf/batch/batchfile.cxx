@@ -59,7 +59,8 @@ KBatchResult KBatchFile::Run()
     }
     else if (!mRecord.is_object())
     {
-        NoteFailure(); // Otherwise no manifest would have the motion.
+        mResult.mLine["generation"] = 0U; // Otherwise no manifest would have the motion; every other line wins.
+        NoteFailure();
     }
     return std::move(mResult);
 }

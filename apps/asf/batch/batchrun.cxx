@@ -207,11 +207,11 @@ void KBatchRun::Finish()
     {
         CloseOutput(mReport, mOptions.mReport, mConsole);
     }
-    const std::string lOf = mProgress.GetDone() < mProgress.GetTotal() ? " of " + std::to_string(mProgress.GetTotal()) : "";
+    const std::string lDone = mProgress.GetDone() < mProgress.GetTotal() ? std::to_string(mProgress.GetDone()) + " of " : "";
     const std::string lPart = mOptions.mPart.mCount > 1
                                   ? " (part " + std::to_string(mOptions.mPart.mIndex) + " of " + std::to_string(mOptions.mPart.mCount) + ")"
                                   : "";
-    mConsole.Report(CountText(static_cast<long long>(mProgress.GetDone()), "motion", "motions") + lOf + lPart + " in " +
+    mConsole.Report(lDone + CountText(static_cast<long long>(mProgress.GetTotal()), "motion", "motions") + lPart + " in " +
                     mProgress.GetTime() + ": " + mProgress.GetCounts());
     mConsole.Report("also found " + CountText(mCollection.GetSkeletons(), "skeleton", "skeletons") + ", " +
                     CountText(mCollection.GetOthers(), "file", "files") + " of other kinds");

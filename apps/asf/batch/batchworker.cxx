@@ -219,9 +219,9 @@ bool KBatchFile::NoteInputs()
         std::string lPath;
         KFileStamp  lThen;
         KFileStamp  lNow;
-        if (!StampedFromJson(lInput, lPath, lThen) || (!ReadStamp(lPath, lNow) && lThen == KFileStamp()))
+        if (!StampedFromJson(lInput, lPath, lThen) || (!ReadStamp(lPath, lNow) && lThen == KFileStamp() && lPath != mPath))
         {
-            continue; // A buffer that a .gltf file does not have.
+            continue; // A buffer that a .gltf file does not have. A motion from a pipe has to be read each time.
         }
         if (lThen != lNow)
         {

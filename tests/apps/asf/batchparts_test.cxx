@@ -262,9 +262,7 @@ TEST_F(KBatchPartsTest, PartsMayRunAtOneTime)
     std::vector<std::unique_ptr<KStartedProgram>> lRuns;
     for (const std::string lPart : {"1/4", "2/4", "3/4", "4/4"})
     {
-        std::vector<std::string> lArguments = WordsOf("in -o parts --to bvh,glb -q --shard " + lPart);
-        lArguments.insert(lArguments.begin(), QEX_ASF_PROGRAM);
-        lRuns.push_back(std::make_unique<KStartedProgram>(lArguments, mFolder.Path().string(), mFolder / ("errors" + lPart.substr(0, 1))));
+        lRuns.push_back(StartBatch("in -o parts --to bvh,glb -q --shard " + lPart));
     }
     for (const std::unique_ptr<KStartedProgram>& lRun : lRuns)
     {

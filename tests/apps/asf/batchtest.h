@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -155,6 +156,15 @@ protected:
         return lArguments;
     }
 
+    /// Starts `asf batch` with the words of \p pCall.
+    std::unique_ptr<KStartedProgram> StartBatch(const std::string& pCall)
+    {
+        static int               sNumber = 0;
+        std::vector<std::string> lArguments = WordsOf(pCall);
+        lArguments.insert(lArguments.begin(), QEX_ASF_PROGRAM);
+        return std::make_unique<KStartedProgram>(lArguments, mFolder.Path().string(), mFolder / ("errors" + std::to_string(++sNumber)));
+    }
+
     /// Runs `asf batch` with the words of \p pCall.
     KRunResult Batch(const std::string& pCall) { return Run(WordsOf(pCall)); }
 
@@ -170,10 +180,14 @@ protected:
         EXPECT_NE(lResult.mErr.find(pPart), std::string::npos) << pCall << "\n" << lResult.mErr << "lacks\n" << pPart;
     }
 
-    /// All files below a folder but the manifests.
+    /// All files below a folder but the manifests; none if there is no such folder.
     KBytes Tree(const std::string& pFolder)
     {
         KBytes lTree;
+        if (!std::filesystem::exists(mFolder / pFolder))
+        {
+            return lTree;
+        }
         for (const auto& lEntry : std::filesystem::recursive_directory_iterator(mFolder / pFolder))
         {
             const std::string lName = std::filesystem::relative(lEntry.path(), mFolder / pFolder).string();
@@ -210,6 +224,17 @@ protected:
             lAll += lName + " ";
         }
         return lAll;
+    }
+
+    /// Expects in \p pOutput what one run makes of the collection as BVH, and nothing else.
+    void ExpectWhole(const std::string& pOutput)
+    {
+        if (!std::filesystem::exists(mFolder / "whole"))
+        {
+            Expect("in -o whole --to bvh -q", 0, "");
+        }
+        EXPECT_EQ(Tree(pOutput), Tree("whole"));
+        EXPECT_EQ(BatchFolder(pOutput), "made-1-of-1.jsonl ");
     }
 
     /// The objects of a report, by their motions' names.
