@@ -7,7 +7,7 @@
 #include <utility>
 
 /// \file
-/// Whether a motion has to be made, and moving what was made to its place.
+/// Whether a motion has to be made, and may be.
 
 namespace asfapp
 {
@@ -223,78 +223,6 @@ void KBatchFile::Fail(EExit pExit, const std::string& pCause, const std::string&
     mResult.mLine["status"] = WordOf(mResult.mStatus);
     mResult.mLine["cause"] = pCause;
     mResult.mLine["error"] = pText;
-}
-
-/// An output as the manifest has it; null if it cannot be read.
-KJson KBatchFile::FinishOutput(const KOutput& pOutput) const
-{
-    uint32_t   lSum = 0;
-    KFileStamp lMade;
-    KFileStamp lReplaced;
-    if (!ReadStamp(pOutput.mStaged, lMade) || !ReadChecksum(pOutput.mStaged, lSum))
-    {
-        return KJson();
-    }
-    KJson lEntry = JsonStamped(pOutput.mName, lMade);
-    lEntry["crc32"] = lSum;
-    if (ReadStamp(Final(pOutput.mName), lReplaced))
-    {
-        lEntry["replaced"] = JsonStamped(pOutput.mName, lReplaced);
-    }
-    return lEntry;
-}
-
-/// The line comes first: should the run end before a file is moved, the manifest still knows what is at its place.
-void KBatchFile::Commit()
-{
-    KJson lOutputs = KJson::array();
-    for (const KOutput& lOutput : mOutputs)
-    {
-        lOutputs.push_back(FinishOutput(lOutput));
-        if (lOutputs.back().is_null())
-        {
-            return Fail(eEXIT_SYSTEM, "system", lOutput.mStaged + " cannot be read");
-        }
-    }
-    mResult.mStatus = eBATCH_MADE;
-    mResult.mLine["status"] = WordOf(mResult.mStatus);
-    mResult.mLine["outputs"] = lOutputs;
-    mResult.mLine["earlier"] = RecordedOutputs(lOutputs);
-    std::string lReason;
-    if (!mContext.mAppend(mResult.mLine, lReason))
-    {
-        return Fail(eEXIT_SYSTEM, "system", "the manifest cannot be written: " + lReason);
-    }
-    for (const KOutput& lOutput : mOutputs)
-    {
-        if (!Place(lOutput))
-        {
-            return;
-        }
-    }
-}
-
-/// The outputs of an earlier run stay known.
-void KBatchFile::NoteFailure()
-{
-    if (!mResult.mLine.contains("outputs"))
-    {
-        mResult.mLine["outputs"] = KJson::array();
-        mResult.mLine["earlier"] = RecordedOutputs(KJson::array());
-    }
-    std::string lReason;
-    mContext.mAppend(mResult.mLine, lReason); // The failure is reported in any case.
-}
-
-bool KBatchFile::Place(const KOutput& pOutput)
-{
-    std::error_code lError;
-    fs::rename(pOutput.mStaged, Final(pOutput.mName), lError);
-    if (lError)
-    {
-        Fail(eEXIT_SYSTEM, "system", Final(pOutput.mName) + " cannot be written: " + lError.message());
-    }
-    return !lError;
 }
 
 } // namespace asfapp

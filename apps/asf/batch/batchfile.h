@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,7 @@ public:
         std::string           mProgram; ///< Path of asf.
         std::string           mStaging; ///< Folder of this run for files that are being made.
         std::atomic<bool>     mIsCancelled{false};
+        std::mutex            mPlacing; ///< One thread at a time moves an output to its place.
 
         /// Appends to the manifest. False, with a reason, if that fails. Any thread may call it.
         std::function<bool(const KJson& pLine, std::string& pReason)> mAppend;

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 } // namespace
 
 KBatchRun::KBatchRun(const KBatchOptions& pOptions, KConsole& pConsole)
-    : mOptions(pOptions), mConsole(pConsole), mContext{mOptions, mCollection, mIndex, "", "", {}, nullptr}, mProgress(pConsole)
+    : mOptions(pOptions), mConsole(pConsole), mContext{mOptions, mCollection, mIndex, "", "", {}, {}, nullptr}, mProgress(pConsole)
 {
     mContext.mAppend = [this](const KJson& pLine, std::string& pReason)
     {

@@ -1,5 +1,6 @@
 #include <apps/asf/batch/collection.h>
 
+#include <apps/asf/batch/folderwalk.h>
 #include <apps/asf/batch/pathpattern.h>
 #include <kbaselib/kbase/kinputfile.h>
 #include <kbaselib/kbase/kletters.h>
@@ -23,14 +24,6 @@ bool IsMotion(const std::string& pName)
 {
     const std::string lExtension = qexsdk::KPathExtension(pName);
     return lExtension == ".amc" || lExtension == ".bvh" || lExtension == ".glb" || lExtension == ".gltf";
-}
-
-std::string WithoutLinks(const fs::path& pPath)
-{
-    std::error_code lError;
-    const fs::path  lPath = fs::weakly_canonical(fs::absolute(pPath, lError), lError);
-    const fs::path  lName = lError ? pPath.lexically_normal() : lPath;
-    return (lName.has_filename() ? lName : lName.parent_path()).string();
 }
 
 /// The shortest spelling of a path, without resolving "..", which a link may lead elsewhere.
@@ -58,91 +51,6 @@ std::string NameOfGiven(const std::string& pPath)
     }
     return lName.generic_string();
 }
-
-/// Walks a folder, depth first, entries sorted, links followed but not in circles.
-class KWalk
-{
-public:
-    KWalk(std::string pRoot, const std::string& pLeftOut, KConsole& pConsole)
-        : mRoot(std::move(pRoot)), mLeftOut(pLeftOut), mConsole(pConsole)
-    {
-        Enter("");
-    }
-
-    /// The next file's path relative to the root. False at the end.
-    bool Next(std::string& pName)
-    {
-        while (!mLevels.empty())
-        {
-            KLevel& lLevel = mLevels.back();
-            if (lLevel.mNext == lLevel.mNames.size())
-            {
-                mLevels.pop_back();
-                continue;
-            }
-            const std::string   lName = lLevel.mName + lLevel.mNames[lLevel.mNext++];
-            std::error_code     lError;
-            const fs::file_type lType = fs::status(mRoot / lName, lError).type();
-            if (lType == fs::file_type::directory)
-            {
-                Enter(lName + "/");
-            }
-            else if (lType != fs::file_type::fifo && lType != fs::file_type::socket && lType != fs::file_type::character)
-            {
-                pName = lName;
-                return true;
-            }
-        }
-        return false;
-    }
-
-private:
-    struct KLevel
-    {
-        std::string              mName;   ///< Relative to the root, with a slash at its end unless empty.
-        std::string              mFolder; ///< Without links.
-        std::vector<std::string> mNames;
-        size_t                   mNext = 0;
-    };
-
-    void Enter(const std::string& pName)
-    {
-        KLevel lLevel;
-        lLevel.mName = pName;
-        lLevel.mFolder = WithoutLinks(mRoot / pName);
-        const auto lIsSame = [&](const KLevel& pAbove)
-        {
-            return pAbove.mFolder == lLevel.mFolder;
-        };
-        if (lLevel.mFolder == mLeftOut)
-        {
-            return;
-        }
-        if (std::any_of(mLevels.begin(), mLevels.end(), lIsSame))
-        {
-            mConsole.Message(eWARNING, (mRoot / pName).string(), 0, "is a link to a folder above it: skipped");
-            return;
-        }
-        std::error_code        lError;
-        fs::directory_iterator lEntry(mRoot / pName, lError);
-        for (const fs::directory_iterator lEnd; !lError && lEntry != lEnd; lEntry.increment(lError))
-        {
-            lLevel.mNames.push_back(lEntry->path().filename().string());
-        }
-        if (lError)
-        {
-            mConsole.Message(eERROR, (mRoot / pName).string(), 0, "cannot be read: " + lError.message());
-            mConsole.Raise(eEXIT_SYSTEM);
-        }
-        std::sort(lLevel.mNames.begin(), lLevel.mNames.end());
-        mLevels.push_back(std::move(lLevel));
-    }
-
-    const fs::path      mRoot;
-    const std::string&  mLeftOut;
-    KConsole&           mConsole;
-    std::vector<KLevel> mLevels;
-};
 
 } // namespace
 
@@ -184,7 +92,7 @@ void KCollection::AddInput(const std::string& pInput, KConsole& pConsole)
 
 void KCollection::AddFolder(const std::string& pFolder, const std::string& pPattern, KConsole& pConsole)
 {
-    KWalk       lWalk(pFolder.empty() ? "." : pFolder, mOutput, pConsole);
+    KFolderWalk lWalk(pFolder.empty() ? "." : pFolder, mOutput, pConsole);
     std::string lName;
     while (lWalk.Next(lName))
     {

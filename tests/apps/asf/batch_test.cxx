@@ -129,6 +129,12 @@ TEST_F(KBatchTest, EveryFormatAndSeveralTakes)
     Expect("takes -o split --to bvh,glb -q", 0, "");
     EXPECT_EQ(Names("split"), "both-a.bvh both-small_02.bvh both.glb ");
     EXPECT_EQ(With("unchanged", "takes -o split --to bvh,glb"), "both.glb ");
+    // A take may have an output of the name that another motion's has: the first one stays.
+    Write("takes/both-a.bvh", SmallBvh());
+    Expect("takes -o split --to bvh -q", 1, "takes/both-a.bvh: error: split/both-a.bvh was not made by asf batch");
+    Expect("takes -o fresh --to bvh -q --jobs 1", 1, "takes/both.glb: error: fresh/both-a.bvh was not made by asf batch");
+    EXPECT_EQ(Names("fresh"), "both-a.bvh ");
+    Expect("takes -o both --to bvh -q --jobs 2", 1, "both/both-a.bvh was not made by asf batch");
 }
 
 TEST_F(KBatchTest, DryRunListsAndWritesNothing)

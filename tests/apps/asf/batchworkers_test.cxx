@@ -236,12 +236,14 @@ TEST_F(KBatchGateTest, APipeIsAlwaysReadAgain)
 
 TEST_F(KBatchGateTest, InterruptingStopsAndSaysHowToGoOn)
 {
-    for (const int lSignal : {SIGINT, SIGTERM, SIGHUP})
+    // A terminal sends the signal to the worker, too.
+    for (const auto& [lSignal, lIsToAll] :
+         std::vector<std::pair<int, bool>>{{SIGINT, false}, {SIGTERM, false}, {SIGHUP, false}, {SIGINT, true}})
     {
-        const std::string lOut = "out" + std::to_string(lSignal);
+        const std::string lOut = "out" + std::to_string(lSignal) + (lIsToAll ? "all" : "");
         const auto        lRun = StartBatch("in/gate.bvh in -o " + lOut + " --to bvh --jobs 1 --report r.jsonl");
         const int         lGate = Enter();
-        ASSERT_EQ(::kill(lRun->GetProcess(), lSignal), 0);
+        ASSERT_EQ(::kill(lIsToAll ? -lRun->GetProcess() : lRun->GetProcess(), lSignal), 0);
         EXPECT_EQ(lRun->Wait(), -lSignal);
         ::close(lGate);
         EXPECT_NE(lRun->GetErrors().find("asf: stopped; the same call goes on from here\n"), std::string::npos) << lRun->GetErrors();
