@@ -6,6 +6,7 @@
 #include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <thread>
@@ -18,6 +19,14 @@ namespace
 
 namespace fs = std::filesystem;
 
+constexpr const char* kMakingPrefix = "making-"; ///< Of the folder in which a part's files are made.
+
+/// \p pPart: KShard::GetWord().
+std::string ManifestName(const std::string& pPart)
+{
+    return "made-" + pPart + ".jsonl";
+}
+
 } // namespace
 
 KBatchRun::KBatchRun(const KBatchOptions& pOptions, KConsole& pConsole)
@@ -26,7 +35,9 @@ KBatchRun::KBatchRun(const KBatchOptions& pOptions, KConsole& pConsole)
     mContext.mAppend = [this](const KJson& pLine, std::string& pReason)
     {
         const std::lock_guard<std::mutex> lLock(mMutex);
-        return mFolder.empty() || mOptions.mIsDry || mManifest.Append(pLine, pReason);
+        const bool                        lOk = mFolder.empty() || mOptions.mIsDry || mManifest.Append(pLine, pReason);
+        mIsStopped = mIsStopped || !lOk; // Without it, no file that is made would be known.
+        return lOk;
     };
 }
 
@@ -85,7 +96,7 @@ bool KBatchRun::Prepare()
         return true;
     }
     mFolder = (fs::path(mOptions.mOutput) / kBatchFolder).string();
-    mContext.mStaging = (fs::path(mFolder) / ("making-" + mOptions.mPart.GetWord())).string();
+    mContext.mStaging = (fs::path(mFolder) / (kMakingPrefix + mOptions.mPart.GetWord())).string();
     return (mOptions.mIsDry || OpenManifest()) && mIndex.Read(mFolder, mConsole);
 }
 
@@ -99,12 +110,37 @@ bool KBatchRun::OpenManifest()
         mConsole.Raise(eEXIT_SYSTEM);
         return false;
     }
-    const bool lOk = mManifest.Open((fs::path(mFolder) / ("made-" + mOptions.mPart.GetWord() + ".jsonl")).string(), mConsole);
+    const bool lOk = mManifest.Open((fs::path(mFolder) / ManifestName(mOptions.mPart.GetWord())).string(), mConsole);
     if (lOk)
     {
         fs::remove_all(mContext.mStaging, lError); // What a run left that was killed.
+        RemoveLeftovers();
     }
     return lOk;
+}
+
+/// Removes what runs of other parts left that were killed, and that nobody will do again if the collection is now divided otherwise.
+void KBatchRun::RemoveLeftovers()
+{
+    std::error_code          lError;
+    std::vector<std::string> lParts;
+    fs::directory_iterator   lEntry(mFolder, lError);
+    for (const fs::directory_iterator lEnd; !lError && lEntry != lEnd; lEntry.increment(lError))
+    {
+        const std::string lName = lEntry->path().filename().string();
+        if (lName.rfind(kMakingPrefix, 0) == 0)
+        {
+            lParts.push_back(lName.substr(std::strlen(kMakingPrefix)));
+        }
+    }
+    for (const std::string& lPart : lParts)
+    {
+        qexsdk::KFileLock lLock; // A run of that part would have it.
+        if (lLock.Lock((fs::path(mFolder) / ManifestName(lPart)).string()))
+        {
+            fs::remove_all(fs::path(mFolder) / (kMakingPrefix + lPart), lError);
+        }
+    }
 }
 
 bool KBatchRun::OpenReport()
@@ -143,7 +179,7 @@ void KBatchRun::DoAll()
 bool KBatchRun::TakeNext(const KCollection::KFile*& pFile)
 {
     const std::lock_guard<std::mutex> lLock(mMutex);
-    if (mNext == mPart.size() || mContext.mIsCancelled || !mStopReason.empty())
+    if (mNext == mPart.size() || mContext.mIsCancelled || mIsStopped)
     {
         return false;
     }

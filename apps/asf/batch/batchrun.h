@@ -24,6 +24,7 @@ private:
     bool FindMotions();
     bool Prepare();
     bool OpenManifest();
+    void RemoveLeftovers();
     bool OpenReport();
     void DoAll();
     void DoSome(int pSlot);
@@ -42,8 +43,8 @@ private:
     std::mutex           mMutex; ///< Of all that follows, the console, the manifest and the report.
     size_t               mNext = 0;
     KBatchProgress       mProgress;
-    std::vector<size_t>  mPart;       ///< Indices of the motions to do.
-    std::string          mStopReason; ///< Not empty: no further motion is begun.
+    std::vector<size_t>  mPart;              ///< Indices of the motions to do.
+    bool                 mIsStopped = false; ///< No further motion is begun.
 };
 
 } // namespace asfapp

@@ -2,6 +2,7 @@
 
 #include <apps/asf/batch/checksum.h>
 #include <apps/asf/batch/collection.h>
+#include <apps/asf/outputs.h>
 #include <apps/asf/report/filestamp.h>
 #include <apps/asf/report/numbertext.h>
 
@@ -27,6 +28,7 @@ public:
     }
 
     bool Read();
+    bool OpenReport() { return mOptions.mReport.empty() || OpenOutput(mReport, mOptions.mReport, mConsole); }
     void SeeAll();
     void SeeInputs(const std::vector<std::string>& pInputs);
     void Report();
@@ -39,6 +41,7 @@ private:
     const std::string                  mFolder;
     KConsole&                          mConsole;
     KManifestIndex                     mIndex;
+    qexsdk::KOutputFile                mReport;
     std::map<std::string, std::string> mProblems; ///< By motion.
     size_t                             mMade = 0;
 };
@@ -80,6 +83,11 @@ std::string KGathering::CheckOutput(const KJson& pOutput) const
 
 void KGathering::See(const std::string& pName, const KJson& pLine)
 {
+    if (mReport.IsOpen())
+    {
+        const std::string lText = JsonLine(pLine);
+        mReport.Write(lText.data(), lText.size());
+    }
     std::string lProblem = pLine.value("status", "") == "made" ? "" : pLine.value("error", "failed");
     for (const KJson& lOutput : lProblem.empty() ? pLine.value("outputs", KJson::array()) : KJson::array())
     {
@@ -99,6 +107,10 @@ void KGathering::SeeAll()
 
 void KGathering::Report()
 {
+    if (mReport.IsOpen())
+    {
+        CloseOutput(mReport, mOptions.mReport, mConsole);
+    }
     for (const auto& [lName, lProblem] : mProblems)
     {
         mConsole.Message(eERROR, lName, 0, lProblem);
@@ -146,7 +158,7 @@ void GatherBatch(const KBatchOptions& pOptions, KConsole& pConsole)
         return;
     }
     KGathering lGathering(pOptions, lFolder, pConsole);
-    if (lGathering.Read())
+    if (lGathering.Read() && lGathering.OpenReport())
     {
         const bool lHasInputs = !pOptions.mOutput.empty() && !lInputs.empty();
         lHasInputs ? lGathering.SeeInputs(lInputs) : lGathering.SeeAll();

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <thread>
 
 namespace asfapp
 {
@@ -15,6 +17,9 @@ namespace
 {
 
 namespace fs = std::filesystem;
+
+constexpr int                       kLockTries = 20;
+constexpr std::chrono::milliseconds kLockPause(50);
 
 /// FNV-1a (Fowler, Noll and Vo), 64 bits.
 uint64_t HashOf(const std::string& pText)
@@ -154,7 +159,13 @@ KManifestWriter::~KManifestWriter()
 
 bool KManifestWriter::Open(const std::string& pPath, KConsole& pConsole)
 {
-    const bool lIsLocked = mLock.Lock(pPath);
+    bool lIsLocked = mLock.Lock(pPath);
+    // Another run may have it for a moment, to remove what this part has left.
+    for (int i = 0; i < kLockTries && !lIsLocked && errno == EWOULDBLOCK; ++i)
+    {
+        std::this_thread::sleep_for(kLockPause);
+        lIsLocked = mLock.Lock(pPath);
+    }
     if (lIsLocked && OpenFile(pPath))
     {
         return true;

@@ -105,6 +105,22 @@ TEST_F(KBatchTest, VerifyComparesContents)
     Expect("--gather out -q --verify", 1, "out/02/c.bvh was changed since it was made");
 }
 
+TEST_F(KBatchTest, GatheringGivesOneReport)
+{
+    Expect("in -o out --to bvh --shard 1/2 -q", 0, "");
+    Expect("in -o out --to bvh --shard 2/2 -q", 0, "");
+    Expect("--gather out --report all.jsonl -q", 0, "");
+    EXPECT_EQ(Report("all.jsonl").size(), kMotions);
+}
+
+// The part may not exist any more.
+TEST_F(KBatchTest, WhatAKilledPartLeftIsRemoved)
+{
+    Write("out/.asf-batch/making-3-of-8/0/half.bvh", "half");
+    Expect("in -o out --to bvh -q", 0, "");
+    EXPECT_EQ(BatchFolder("out"), "made-1-of-1.jsonl made-3-of-8.jsonl ");
+}
+
 // What a run with other options made stays known.
 TEST_F(KBatchTest, OneOutdirForSeveralFormats)
 {
