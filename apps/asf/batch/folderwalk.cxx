@@ -55,22 +55,18 @@ bool KFolderWalk::Next(std::string& pName)
 
 void KFolderWalk::Enter(const std::string& pName)
 {
+    const std::string lFolder = WithoutLinks(mRoot / pName);
+    if (lFolder == mLeftOut)
+    {
+        return;
+    }
+    if (!mSeen.insert(lFolder).second)
+    {
+        mConsole.Message(eWARNING, (mRoot / pName).string(), 0, "leads to a folder that is read already: skipped");
+        return;
+    }
     KLevel lLevel;
     lLevel.mName = pName;
-    lLevel.mFolder = WithoutLinks(mRoot / pName);
-    const auto lIsSame = [&](const KLevel& pAbove)
-    {
-        return pAbove.mFolder == lLevel.mFolder;
-    };
-    if (lLevel.mFolder == mLeftOut)
-    {
-        return;
-    }
-    if (std::any_of(mLevels.begin(), mLevels.end(), lIsSame))
-    {
-        mConsole.Message(eWARNING, (mRoot / pName).string(), 0, "is a link to a folder above it: skipped");
-        return;
-    }
     ReadNames(lLevel);
     mLevels.push_back(std::move(lLevel));
 }

@@ -4,6 +4,7 @@
 #include <apps/asf/console.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@ namespace asfapp
 /// \p pPath as an absolute one without links and without a slash at its end; also if it does not exist.
 std::string WithoutLinks(const std::filesystem::path& pPath);
 
-/// Walks a folder, depth first, entries sorted, links followed but not in circles. Pipes, sockets and devices are skipped.
+/// Walks a folder, depth first, entries sorted, links followed, each folder once. Pipes, sockets and devices are skipped.
 class KFolderWalk
 {
 public:
@@ -26,8 +27,7 @@ public:
 private:
     struct KLevel
     {
-        std::string              mName;   ///< Relative to the root, with a slash at its end unless empty.
-        std::string              mFolder; ///< Without links.
+        std::string              mName; ///< Relative to the root, with a slash at its end unless empty.
         std::vector<std::string> mNames;
         size_t                   mNext = 0;
     };
@@ -39,6 +39,7 @@ private:
     const std::string           mLeftOut;
     KConsole&                   mConsole;
     std::vector<KLevel>         mLevels;
+    std::set<std::string>       mSeen; ///< Folders without links: each is read once, however many links lead to it.
 };
 
 } // namespace asfapp

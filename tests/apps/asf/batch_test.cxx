@@ -215,8 +215,24 @@ TEST_F(KBatchTest, LinksAreFollowedButNotInCircles)
     const KRunResult lResult = Batch("in -o out --to npz");
     EXPECT_EQ(lResult.mExit, 0) << lResult.mErr;
     EXPECT_EQ(Names("out"), "01/a.npz 01/b.npz 01/same.npz 02/c.npz 02/deep/d.npz linked/far.npz top.npz ");
-    EXPECT_NE(lResult.mErr.find("in/02/deep/up/: warning: is a link to a folder above it: skipped\n"), std::string::npos) << lResult.mErr;
-    EXPECT_NE(lResult.mErr.find("in/self/: warning: is a link to a folder above it: skipped\n"), std::string::npos) << lResult.mErr;
+    EXPECT_NE(lResult.mErr.find("in/02/deep/up/: warning: leads to a folder that is read already: skipped\n"), std::string::npos)
+        << lResult.mErr;
+    EXPECT_NE(lResult.mErr.find("in/self/: warning: leads to a folder that is read already: skipped\n"), std::string::npos) << lResult.mErr;
+}
+
+// There are 2^40 ways through these links.
+TEST_F(KBatchTest, EachFolderIsReadOnce)
+{
+    for (int lLevel = 0; lLevel < 40; ++lLevel)
+    {
+        const fs::path lFolder = mFolder / "net" / std::to_string(lLevel);
+        fs::create_directories(lFolder);
+        fs::create_directory_symlink("../" + std::to_string(lLevel + 1), lFolder / "a");
+        fs::create_directory_symlink("../" + std::to_string(lLevel + 1), lFolder / "b");
+    }
+    Write("net/40/end.bvh", SmallBvh());
+    Expect("net/0 -o out --to npz -q", 0, "leads to a folder that is read already: skipped");
+    EXPECT_EQ(Names("out").size(), 40 * 2 + std::string("end.npz ").size());
 }
 
 // Pipes and sockets would make a worker wait for ever.
