@@ -84,7 +84,8 @@ def single_cpu(program, folder, output, count):
     """Processor seconds a file of plain conversions, of files spread over the collection."""
     files = sorted(folder.rglob("*.amc"))
     chosen = files[:: max(1, len(files) // count)]
-    total = sum(Call(program, "convert", "-q", "--threads", 1, file, "-o", output).cpu for file in chosen)
+    output.mkdir()
+    total = sum(Call(program, "convert", "-q", "--threads", 1, file, "-o", output / (file.stem + ".glb")).cpu for file in chosen)
     return total / len(chosen)
 
 
@@ -111,7 +112,7 @@ def run(program, folder, count):
     reading = read_all(motions)
     print(f"{count} motions, {size / 1e9:.2f} GB, to GLB")
 
-    single = single_cpu(program, motions, folder / "one.glb", 50)
+    single = single_cpu(program, motions, folder / "single", 100)
     report = folder / "report.jsonl"
     one = Call(program, "batch", motions, "-o", folder / "one", "--to", "glb", "--jobs", 1, "--report", report, "-q")
     workers = sum(json.loads(line)["seconds"] for line in open(report, encoding="utf-8"))
