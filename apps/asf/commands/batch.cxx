@@ -56,7 +56,8 @@ void AddRunOptions(CLI::App& pCommand, KBatchOptions& pOptions)
     pCommand.add_flag("--verify", pOptions.mVerify, "Compare the contents of outputs made before, not only their sizes and times");
     pCommand.add_flag("--dry-run", pOptions.mIsDry, "List the motions that would be made");
     pCommand.add_option("--report", pOptions.mReport, "Write a JSON object for each motion (docs/json.md)")->option_text("FILE");
-    pCommand.add_flag("--gather", pOptions.mGather, "Add up what all runs have written to the INPUT folders, and say what is missing");
+    pCommand.add_flag("--gather", pOptions.mGather,
+                      "Add up what all runs have made in the folder INPUT, or of the INPUTs in OUTDIR; say what is missing");
     pCommand.add_flag("-q,--quiet", pOptions.mQuiet, "No progress, no summary");
 }
 
