@@ -48,7 +48,7 @@ void KBatchFile::Commit()
             return Fail(eEXIT_SYSTEM, "system", lOutput.mStaged + " cannot be read");
         }
     }
-    mResult.mStatus = eBATCH_MADE;
+    mResult.mStatus = mOptions.mOnlyChecks ? eBATCH_READ : eBATCH_MADE;
     mResult.mLine["status"] = WordOf(mResult.mStatus);
     mResult.mLine["outputs"] = lOutputs;
     mResult.mLine["earlier"] = RecordedOutputs(lOutputs);

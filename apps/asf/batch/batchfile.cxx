@@ -1,6 +1,7 @@
 #include <apps/asf/batch/batchfile.h>
 
 #include <apps/asf/batch/checksum.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -21,7 +22,7 @@ namespace fs = std::filesystem;
 
 const char* WordOf(EBatchStatus pStatus)
 {
-    static const char* const sWords[] = {"made", "unchanged", "pending", "failed", "kept", "cancelled"};
+    static const char* const sWords[] = {"made", "read", "unchanged", "pending", "failed", "kept", "cancelled"};
     return sWords[pStatus];
 }
 
@@ -40,7 +41,11 @@ KBatchFile::KBatchFile(KContext& pContext, const KCollection::KFile& pFile, int 
 KBatchResult KBatchFile::Run()
 {
     FindRecord();
-    if (mFile.mHasCollision)
+    if (mOptions.mOnlyChecks)
+    {
+        Make();
+    }
+    else if (mFile.mHasCollision)
     {
         Fail(eEXIT_INPUT, "collision",
              "another motion has the same output " + mOutput + ": rename one of them, or give --on-collision suffix");
@@ -159,6 +164,27 @@ KJson KBatchFile::RecordedOutputs(const KJson& pNew) const
     return lOutputs;
 }
 
+/// Whether a file is a motion of the collection, or one that the worker has read.
+bool KBatchFile::IsInput(const std::string& pPath) const
+{
+    qexsdk::KFileInfo lFile;
+    if (!qexsdk::KGetFileInfo(pPath, lFile))
+    {
+        return false;
+    }
+    const KJson lInputs = mReport.is_object() ? mReport.value("inputs", KJson::array()) : KJson::array();
+    return mContext.mCollection.IsMotionFile(lFile) ||
+           std::any_of(lInputs.begin(), lInputs.end(),
+                       [&lFile](const KJson& pInput)
+                       {
+                           std::string       lPath;
+                           KFileStamp        lStamp;
+                           qexsdk::KFileInfo lInput;
+                           return StampedFromJson(pInput, lPath, lStamp) && qexsdk::KGetFileInfo(lPath, lInput) &&
+                                  lInput.mDevice == lFile.mDevice && lInput.mIndex == lFile.mIndex;
+                       });
+}
+
 /// An existing file may be replaced if the record has it: as made, or as it was when that was moved over it.
 bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) const
 {
@@ -183,6 +209,11 @@ bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) cons
                 return true;
             }
         }
+    }
+    if (IsInput(Final(pName)))
+    {
+        pReason = "is an input: choose another folder";
+        return false;
     }
     pReason =
         (lIsRecorded ? std::string("was changed since it was made") : "was not made by asf batch") + ": left as it is; --force replaces it";

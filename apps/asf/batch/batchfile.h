@@ -19,6 +19,7 @@ namespace asfapp
 enum EBatchStatus
 {
     eBATCH_MADE,
+    eBATCH_READ,      ///< Only read.
     eBATCH_UNCHANGED, ///< Made before.
     eBATCH_PENDING,   ///< Would be made.
     eBATCH_FAILED,
@@ -79,6 +80,7 @@ private:
     bool                     HasOutputs() const;
     bool                     HasOutput(const KJson& pRecorded) const;
     KJson                    RecordedOutputs(const KJson& pNew) const;
+    bool                     IsInput(const std::string& pPath) const;
     bool                     MayReplace(const std::string& pName, std::string& pReason) const;
     bool                     CheckOutputs(const std::vector<std::string>& pNames);
     std::vector<std::string> PlannedOutputs() const;

@@ -1,10 +1,12 @@
 #include <apps/asf/batch/batchoptions.h>
 
 #include <apps/asf/figure/motionoptions.h>
+#include <apps/asf/outputname.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <thread>
 
 namespace asfapp
@@ -80,6 +82,9 @@ bool ParseFormats(KBatchOptions& pOptions, KConsole& pConsole)
     {
         return UsageError(pConsole, "--to none stands alone: it writes nothing");
     }
+    // In whatever order they are given, the same are made.
+    std::sort(pOptions.mTo.begin(), pOptions.mTo.end());
+    pOptions.mTo.erase(std::unique(pOptions.mTo.begin(), pOptions.mTo.end()), pOptions.mTo.end());
     for (const std::string& lKind : pOptions.mTo)
     {
         pOptions.mConvert.mOutputs.push_back("x." + lKind);
@@ -87,6 +92,17 @@ bool ParseFormats(KBatchOptions& pOptions, KConsole& pConsole)
     pOptions.mConvert.mOnlyRead = pOptions.mOnlyChecks;
     pOptions.mConvert.mMotion.mQuiet = pOptions.mQuiet;
     return ParseConvertOptions(pOptions.mConvert, pConsole);
+}
+
+/// A report must not be written over a motion, an output or a manifest.
+bool CheckReport(const KBatchOptions& pOptions, KConsole& pConsole)
+{
+    const std::filesystem::path lPath(pOptions.mReport);
+    if (lPath.parent_path().filename() == kBatchFolder)
+    {
+        return UsageError(pConsole, "--report: " + pOptions.mReport + " is among the manifests: choose another folder");
+    }
+    return CheckOutputName(pOptions.mReport, "batch --report", {".jsonl", ".json"}, pConsole);
 }
 
 bool CheckWhatIsGiven(const KBatchOptions& pOptions, KConsole& pConsole)
@@ -116,7 +132,7 @@ bool ParseBatchOptions(KBatchOptions& pOptions, KConsole& pConsole)
         pOptions.mJobs = static_cast<int>(std::max(std::thread::hardware_concurrency(), 1U));
     }
     return ParseShard(pOptions, pConsole) && ParseFormats(pOptions, pConsole) && CheckWhatIsGiven(pOptions, pConsole) &&
-           (pOptions.mRates.empty() || pOptions.mRateTable.Read(pOptions.mRates, pConsole));
+           CheckReport(pOptions, pConsole) && (pOptions.mRates.empty() || pOptions.mRateTable.Read(pOptions.mRates, pConsole));
 }
 
 } // namespace asfapp

@@ -43,7 +43,7 @@ private:
 
     const bool            mIsQuiet;
     const bool            mIsTerminal;
-    std::array<size_t, 6> mCounts{}; ///< By EBatchStatus.
+    std::array<size_t, 7> mCounts{}; ///< By EBatchStatus.
     size_t                mDone = 0;
     size_t                mTotal = 0;
     KClock::time_point    mStart = KClock::now();

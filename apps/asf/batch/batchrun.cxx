@@ -19,7 +19,9 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr const char* kMakingPrefix = "making-"; ///< Of the folder in which a part's files are made.
+/// Of the folder in which a part's files are made; the part and the process follow. A worker that outlives its killed run writes to none
+/// that is used again.
+constexpr const char* kMakingPrefix = "making-";
 
 /// \p pPart: KShard::GetWord().
 std::string ManifestName(const std::string& pPart)
@@ -91,12 +93,14 @@ bool KBatchRun::Prepare()
         mConsole.Fail(eEXIT_SYSTEM, "the path of this program cannot be found");
         return false;
     }
-    if (mOptions.mOutput.empty())
+    if (mOptions.mOnlyChecks)
     {
         return true;
     }
     mFolder = (fs::path(mOptions.mOutput) / kBatchFolder).string();
-    mContext.mStaging = (fs::path(mFolder) / (kMakingPrefix + mOptions.mPart.GetWord())).string();
+    mContext.mStaging =
+        (fs::path(mFolder) / (kMakingPrefix + mOptions.mPart.GetWord() + "." + std::to_string(qexsdk::KSystemInUse().mProcessId())))
+            .string();
     return (mOptions.mIsDry || OpenManifest()) && mIndex.Read(mFolder, mConsole);
 }
 
@@ -113,32 +117,34 @@ bool KBatchRun::OpenManifest()
     const bool lOk = mManifest.Open((fs::path(mFolder) / ManifestName(mOptions.mPart.GetWord())).string(), mConsole);
     if (lOk)
     {
-        fs::remove_all(mContext.mStaging, lError); // What a run left that was killed.
         RemoveLeftovers();
     }
     return lOk;
 }
 
-/// Removes what runs of other parts left that were killed, and that nobody will do again if the collection is now divided otherwise.
+/// Removes what runs left that were killed: of this part, and of others, which nobody may do again if the collection is now divided
+/// otherwise.
 void KBatchRun::RemoveLeftovers()
 {
     std::error_code          lError;
-    std::vector<std::string> lParts;
+    std::vector<std::string> lFolders;
     fs::directory_iterator   lEntry(mFolder, lError);
     for (const fs::directory_iterator lEnd; !lError && lEntry != lEnd; lEntry.increment(lError))
     {
         const std::string lName = lEntry->path().filename().string();
         if (lName.rfind(kMakingPrefix, 0) == 0)
         {
-            lParts.push_back(lName.substr(std::strlen(kMakingPrefix)));
+            lFolders.push_back(lName);
         }
     }
-    for (const std::string& lPart : lParts)
+    for (const std::string& lFolder : lFolders)
     {
-        qexsdk::KFileLock lLock; // A run of that part would have it.
-        if (lLock.Lock((fs::path(mFolder) / ManifestName(lPart)).string()))
+        const size_t      lStart = std::strlen(kMakingPrefix);
+        const std::string lPart = lFolder.substr(lStart, lFolder.find('.') - lStart);
+        qexsdk::KFileLock lLock; // A run of another part would have it.
+        if (lPart == mOptions.mPart.GetWord() || lLock.Lock((fs::path(mFolder) / ManifestName(lPart)).string()))
         {
-            fs::remove_all(fs::path(mFolder) / (kMakingPrefix + lPart), lError);
+            fs::remove_all(fs::path(mFolder) / lFolder, lError);
         }
     }
 }

@@ -1,6 +1,7 @@
 #include <apps/asf/batch/batchfile.h>
 
 #include <apps/asf/report/messagelog.h>
+#include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/kletters.h>
 #include <kbaselib/kbase/kpath.h>
 #include <kbaselib/kbase/kprocess.h>
@@ -146,14 +147,16 @@ void KBatchFile::RunWorker()
     }
     else if (lEnd.mTimedOut)
     {
-        Fail(eEXIT_INPUT, "timeout", "took longer than --timeout");
+        Fail(eEXIT_INPUT, "timeout", "took longer than --timeout " + ShortText(mOptions.mTimeout));
     }
     else if (lEnd.mSignal != 0 || !ReadWorker(lEnd.mOut, lEnd.mExit))
     {
         const bool        lIsMemory = IsOutOfMemory(lEnd.mErr);
         const std::string lHow = lEnd.mSignal != 0 ? "signal " + std::to_string(lEnd.mSignal) : "status " + std::to_string(lEnd.mExit);
         Fail(lIsMemory ? eEXIT_SYSTEM : eEXIT_INPUT, lIsMemory ? "memory" : "crash",
-             "its worker ended with " + lHow + (lEnd.mErr.empty() ? "" : ": " + LastLine(lEnd.mErr)));
+             lIsMemory && !mOptions.mConvert.mMemory.empty()
+                 ? "needs more memory than --memory " + mOptions.mConvert.mMemory
+                 : "its worker ended with " + lHow + (lEnd.mErr.empty() ? "" : ": " + LastLine(lEnd.mErr)));
     }
     else if (mResult.mStatus != eBATCH_FAILED && NoteInputs() && CollectOutputs())
     {

@@ -143,6 +143,23 @@ std::string KCollection::PathOf(const KFile& pFile) const
     return lFolder.empty() ? pFile.mName : (fs::path(lFolder) / pFile.mName).string();
 }
 
+bool KCollection::IsMotionFile(const qexsdk::KFileInfo& pFile) const
+{
+    std::call_once(mIdentitiesOnce,
+                   [this]
+                   {
+                       for (const KFile& lFile : mFiles)
+                       {
+                           qexsdk::KFileInfo lInfo;
+                           if (qexsdk::KGetFileInfo(PathOf(lFile), lInfo))
+                           {
+                               mIdentities.emplace(lInfo.mDevice, lInfo.mIndex);
+                           }
+                       }
+                   });
+    return mIdentities.count({pFile.mDevice, pFile.mIndex}) > 0;
+}
+
 std::string KCollection::OutputOf(const KFile& pFile) const
 {
     const std::string lName = mFolders[pFile.mFolder].empty() ? NameOfGiven(pFile.mName) : pFile.mName;

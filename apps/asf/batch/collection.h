@@ -2,9 +2,13 @@
 #define APPS_ASF_BATCH_COLLECTION_H
 
 #include <apps/asf/console.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <cstdint>
+#include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace asfapp
@@ -42,6 +46,9 @@ public:
     /// The name of \p pFile in manifests: that of its outputs with its extension, so no two motions of a collection have the same.
     std::string RecordOf(const KFile& pFile) const;
 
+    /// Whether a file is one of the motions. Any thread may ask.
+    bool IsMotionFile(const qexsdk::KFileInfo& pFile) const;
+
     long long GetSkeletons() const { return mSkeletons; } ///< Skeletons found.
     long long GetOthers() const { return mOthers; }       ///< Files of other kinds found.
 
@@ -52,11 +59,13 @@ private:
     uint32_t IndexOf(const std::string& pFolder);
     void     FindCollisions(bool pHasSuffixes);
 
-    std::vector<KFile>       mFiles;
-    std::vector<std::string> mFolders;
-    std::string              mOutput; ///< Left out, without links.
-    long long                mSkeletons = 0;
-    long long                mOthers = 0;
+    std::vector<KFile>                              mFiles;
+    mutable std::once_flag                          mIdentitiesOnce;
+    mutable std::set<std::pair<uint64_t, uint64_t>> mIdentities; ///< Device and index of each motion, once they are needed.
+    std::vector<std::string>                        mFolders;
+    std::string                                     mOutput; ///< Left out, without links.
+    long long                                       mSkeletons = 0;
+    long long                                       mOthers = 0;
 };
 
 /// Reads a list of paths, one a line, or with \p pIsNull each ended by a NUL. "-" is standard input. False after an error.

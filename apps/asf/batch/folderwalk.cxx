@@ -1,5 +1,7 @@
 #include <apps/asf/batch/folderwalk.h>
 
+#include <apps/asf/batch/manifest.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -42,7 +44,10 @@ bool KFolderWalk::Next(std::string& pName)
         const fs::file_type lType = fs::status(mRoot / lName, lError).type();
         if (lType == fs::file_type::directory)
         {
-            Enter(lName + "/");
+            if (fs::path(lName).filename() != kBatchFolder)
+            {
+                Enter(lName + "/");
+            }
         }
         else if (lType != fs::file_type::fifo && lType != fs::file_type::socket && lType != fs::file_type::character)
         {
@@ -56,7 +61,7 @@ bool KFolderWalk::Next(std::string& pName)
 void KFolderWalk::Enter(const std::string& pName)
 {
     const std::string lFolder = WithoutLinks(mRoot / pName);
-    if (lFolder == mLeftOut)
+    if (lFolder == mLeftOut && !pName.empty())
     {
         return;
     }
@@ -68,6 +73,11 @@ void KFolderWalk::Enter(const std::string& pName)
     KLevel lLevel;
     lLevel.mName = pName;
     ReadNames(lLevel);
+    if (!pName.empty() && std::binary_search(lLevel.mNames.begin(), lLevel.mNames.end(), kBatchFolder))
+    {
+        mConsole.Message(eNOTE, (mRoot / pName).string(), 0, "is what asf batch has made: skipped");
+        return;
+    }
     mLevels.push_back(std::move(lLevel));
 }
 

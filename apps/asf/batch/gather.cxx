@@ -6,8 +6,11 @@
 #include <apps/asf/report/filestamp.h>
 #include <apps/asf/report/numbertext.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <vector>
 
 namespace asfapp
@@ -31,6 +34,7 @@ public:
     bool OpenReport() { return mOptions.mReport.empty() || OpenOutput(mReport, mOptions.mReport, mConsole); }
     void SeeAll();
     void SeeInputs(const std::vector<std::string>& pInputs);
+    void SeeParts();
     void Report();
 
 private:
@@ -105,6 +109,35 @@ void KGathering::SeeAll()
     mIndex.ForEach([this](const std::string& pName, const KJson& pLine) { See(pName, pLine); });
 }
 
+/// Some number of parts must be complete: motions of parts that never ran are in no manifest.
+void KGathering::SeeParts()
+{
+    std::map<uint32_t, std::set<uint32_t>> lParts; // By their number.
+    std::error_code                        lError;
+    fs::directory_iterator                 lEntry(fs::path(mFolder) / kBatchFolder, lError);
+    for (const fs::directory_iterator lEnd; !lError && lEntry != lEnd; lEntry.increment(lError))
+    {
+        unsigned lIndex = 0;
+        unsigned lCount = 0;
+        if (std::sscanf(lEntry->path().filename().c_str(), "made-%u-of-%u.jsonl", &lIndex, &lCount) == 2 &&
+            fs::file_size(*lEntry, lError) > 0)
+        {
+            lParts[lCount].insert(lIndex);
+        }
+    }
+    const auto lIsComplete = [](const auto& pParts)
+    {
+        return pParts.second.size() == pParts.first;
+    };
+    if (lParts.empty() || std::any_of(lParts.begin(), lParts.end(), lIsComplete))
+    {
+        return;
+    }
+    const auto& [lCount, lRun] = *lParts.rbegin();
+    mConsole.Message(eERROR, mFolder, 0, "only " + std::to_string(lRun.size()) + " of " + std::to_string(lCount) + " parts have been run");
+    mConsole.Raise(eEXIT_INPUT);
+}
+
 void KGathering::Report()
 {
     if (mReport.IsOpen())
@@ -161,7 +194,15 @@ void GatherBatch(const KBatchOptions& pOptions, KConsole& pConsole)
     if (lGathering.Read() && lGathering.OpenReport())
     {
         const bool lHasInputs = !pOptions.mOutput.empty() && !lInputs.empty();
-        lHasInputs ? lGathering.SeeInputs(lInputs) : lGathering.SeeAll();
+        if (lHasInputs)
+        {
+            lGathering.SeeInputs(lInputs);
+        }
+        else
+        {
+            lGathering.SeeAll();
+            lGathering.SeeParts();
+        }
         lGathering.Report();
     }
 }

@@ -67,7 +67,11 @@ bool ParseLine(const std::string& pText, KJson& pLine, std::string& pName)
 
 bool KShard::Has(const std::string& pName) const
 {
-    return HashOf(pName) % mCount == mIndex - 1;
+    // The finalizer of MurmurHash3: the low bits of FNV-1a alone depend on those of the characters.
+    uint64_t lHash = HashOf(pName);
+    lHash = (lHash ^ (lHash >> 33)) * 0xFF51AFD7ED558CCDULL;
+    lHash = (lHash ^ (lHash >> 33)) * 0xC4CEB9FE1A85EC53ULL;
+    return (lHash ^ (lHash >> 33)) % mCount == mIndex - 1;
 }
 
 bool KManifestIndex::Read(const std::string& pFolder, KConsole& pConsole)

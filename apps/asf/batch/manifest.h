@@ -27,7 +27,7 @@ struct KShard
     uint32_t mIndex = 1; ///< 1 to mCount.
     uint32_t mCount = 1;
 
-    /// Whether \p pName belongs to it: by a hash (FNV-1a) of the name alone, so that parts stay the same when files are added.
+    /// Whether \p pName belongs to it: by a hash of the name alone, so that parts stay the same when files are added.
     bool Has(const std::string& pName) const;
 
     /// "1-of-4"

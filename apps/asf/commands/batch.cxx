@@ -53,7 +53,7 @@ void AddRunOptions(CLI::App& pCommand, KBatchOptions& pOptions)
     pCommand.add_option("--memory", pOptions.mConvert.mMemory, "Most memory for one motion, such as 800M or 2G (default: no limit)")
         ->option_text("BYTES");
     pCommand.add_flag("--force", pOptions.mForce, "Make all outputs again, also those changed by hand");
-    pCommand.add_flag("--verify", pOptions.mVerify, "Compare the contents of outputs made before, not only their sizes and times");
+    pCommand.add_flag("--verify", pOptions.mVerify, "Compare the contents of outputs made before instead of their times");
     pCommand.add_flag("--dry-run", pOptions.mIsDry, "List the motions that would be made");
     pCommand.add_option("--report", pOptions.mReport, "Write a JSON object for each motion (docs/json.md)")->option_text("FILE");
     pCommand.add_flag("--gather", pOptions.mGather,

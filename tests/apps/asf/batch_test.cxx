@@ -105,6 +105,26 @@ TEST_F(KBatchTest, VerifyComparesContents)
     Expect("--gather out -q --verify", 1, "out/02/c.bvh was changed since it was made");
 }
 
+// Whatever is asked for, no input is written over.
+TEST_F(KBatchTest, InputsAreNeverReplaced)
+{
+    const std::string lBefore = Text("in/top.bvh");
+    Expect("in/top.bvh -o . --to bvh --force -q", 1, "in/top.bvh is an input: choose another folder");
+    Expect("in/01/a.amc -o . --to asf,amc --force -q", 1, "in/01/a.amc is an input: choose another folder");
+    EXPECT_EQ(Text("in/top.bvh"), lBefore);
+    Expect("in -o out --to bvh --report in/top.bvh", 2, "--output: batch --report writes");
+    Expect("in -o out --to bvh --report out/.asf-batch/made-1-of-1.jsonl", 2, "is among the manifests: choose another folder");
+    EXPECT_EQ(Text("in/top.bvh"), lBefore);
+}
+
+// Patterns may be below OUTDIR itself, and what runs have made is no input.
+TEST_F(KBatchTest, OutdirAboveAPattern)
+{
+    EXPECT_EQ(With("made", "in/*.bvh -o . --to npz"), "in/top.bvh ");
+    Expect("in -o in/out --to glb -q", 0, "");
+    EXPECT_EQ(With("read", "in --to none"), "01/a.amc 01/b.amc 02/c.amc 02/deep/d.amc top.bvh ");
+}
+
 TEST_F(KBatchTest, GatheringGivesOneReport)
 {
     Expect("in -o out --to bvh --shard 1/2 -q", 0, "");
@@ -175,13 +195,14 @@ TEST_F(KBatchTest, OnlyChecks)
     const KBytes lBefore = Tree(".");
     Expect("in --to none --jobs 2", 1, "in/bad.bvh: error: ");
     EXPECT_EQ(Tree("."), lBefore);
-    EXPECT_EQ(With("made", "in --to none"), "01/a.amc 01/b.amc 02/c.amc 02/deep/d.amc top.bvh ");
+    EXPECT_EQ(With("read", "in --to none"), "01/a.amc 01/b.amc 02/c.amc 02/deep/d.amc top.bvh ");
     EXPECT_EQ(Report("with.jsonl").at("01/a.amc")["takes"][0]["rateFrom"], "default");
     EXPECT_EQ(Report("with.jsonl").at("01/a.amc")["outputs"], json::array());
-    // With one, it holds only the manifest.
+    // Nothing that a run has made is forgotten, and outputs do not matter.
+    Write("in/01/a.bvh", SmallBvh());
     Expect("in -o out --to none -q", 1, "in/bad.bvh: error: ");
-    EXPECT_EQ(Names("out"), "");
-    EXPECT_EQ(With("unchanged", "in -o out --to none"), "01/a.amc 01/b.amc 02/c.amc 02/deep/d.amc top.bvh ");
+    EXPECT_FALSE(fs::exists(mFolder / "out"));
+    EXPECT_EQ(With("read", "in --to none"), "01/a.amc 01/a.bvh 01/b.amc 02/c.amc 02/deep/d.amc top.bvh ");
 }
 
 TEST_F(KBatchTest, InputsMayBeFilesPatternsAndLists)

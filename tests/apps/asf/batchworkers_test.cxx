@@ -42,9 +42,9 @@ protected:
         {
             return std::string(QEX_ASF_PROGRAM);
         };
-        sRun = sRun == nullptr ? qexsdk::KSystemInUse().mRun : sRun;
+        smRun = smRun == nullptr ? qexsdk::KSystemInUse().mRun : smRun;
         qexsdk::KSystemInUse().mRun = pWorker;
-        sFolder = mFolder.Path();
+        smFolder = mFolder.Path();
         testing::internal::CaptureStderr();
         KBatchRun(lOptions, lConsole).Run();
         mErrors = testing::internal::GetCapturedStderr();
@@ -58,8 +58,8 @@ protected:
         return fs::path(pOptions.mArguments.back()).filename() == pName;
     }
 
-    static inline KRun     sRun = nullptr; ///< The system's own.
-    static inline fs::path sFolder;
+    static inline KRun     smRun = nullptr; ///< The system's own.
+    static inline fs::path smFolder;
     std::string            mErrors;
 };
 
@@ -67,18 +67,18 @@ TEST_F(KBatchWorkerTest, InputsThatChangeWhileTheyAreRead)
 {
     const auto lWorker = [](const qexsdk::KProcessOptions& pOptions)
     {
-        const qexsdk::KProcessResult lResult = sRun(pOptions);
+        const qexsdk::KProcessResult lResult = smRun(pOptions);
         if (IsAbout(pOptions, "a.amc"))
         {
-            std::ofstream(sFolder / "in/01/a.amc", std::ios::app) << "4\nroot 0 0 0 0 0 0\n";
+            std::ofstream(smFolder / "in/01/a.amc", std::ios::app) << "4\nroot 0 0 0 0 0 0\n";
         }
         if (IsAbout(pOptions, "c.amc"))
         {
-            fs::last_write_time(sFolder / "in/02/own.asf", fs::file_time_type::clock::now() + std::chrono::hours(1));
+            fs::last_write_time(smFolder / "in/02/own.asf", fs::file_time_type::clock::now() + std::chrono::hours(1));
         }
         if (IsAbout(pOptions, "top.bvh"))
         {
-            fs::remove(sFolder / "in/top.bvh");
+            fs::remove(smFolder / "in/top.bvh");
         }
         return lResult;
     };
@@ -101,9 +101,9 @@ TEST_F(KBatchWorkerTest, InputsDeletedBeforeTheyAreRead)
     {
         if (IsAbout(pOptions, "top.bvh"))
         {
-            fs::remove(sFolder / "in/top.bvh");
+            fs::remove(smFolder / "in/top.bvh");
         }
-        return sRun(pOptions);
+        return smRun(pOptions);
     };
     const std::map<std::string, json> lReport = RunWith(lWorker, 3);
     EXPECT_EQ(lReport.at("top.bvh")["status"], "failed");
@@ -136,7 +136,7 @@ TEST_F(KBatchWorkerTest, WorkersThatFail)
         }
         else
         {
-            return sRun(pOptions);
+            return smRun(pOptions);
         }
         lResult.mErr = lResult.mError == 0 ? "first line\nlast line\n" : "";
         return lResult;
@@ -193,10 +193,10 @@ protected:
 TEST_F(KBatchGateTest, Timeout)
 {
     Expect("in in/gate.bvh -o out --to bvh -q --timeout 20 --dry-run", 0, "");
-    Expect("in/gate.bvh -o out --to bvh -q --timeout 0.2", 1, "in/gate.bvh: error: took longer than --timeout\n");
+    Expect("in/gate.bvh -o out --to bvh -q --timeout 0.2", 1, "in/gate.bvh: error: took longer than --timeout 0.2\n");
     EXPECT_EQ(Names("out"), "");
     EXPECT_EQ(BatchFolder("out"), "made-1-of-1.jsonl ");
-    Expect("--gather out -q", 1, "in/gate.bvh: error: took longer than --timeout\n");
+    Expect("--gather out -q", 1, "in/gate.bvh: error: took longer than --timeout 0.2\n");
 }
 
 TEST_F(KBatchGateTest, WorkerKilledFromOutside)
