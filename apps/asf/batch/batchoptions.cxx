@@ -1,12 +1,13 @@
 #include <apps/asf/batch/batchoptions.h>
 
 #include <apps/asf/figure/motionoptions.h>
-#include <apps/asf/outputname.h>
+#include <kbaselib/kbase/kpath.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <thread>
 
 namespace asfapp
@@ -102,7 +103,9 @@ bool CheckReport(const KBatchOptions& pOptions, KConsole& pConsole)
     {
         return UsageError(pConsole, "--report: " + pOptions.mReport + " is among the manifests: choose another folder");
     }
-    return CheckOutputName(pOptions.mReport, "batch --report", {".jsonl", ".json"}, pConsole);
+    static const std::set<std::string> sOthers = {".asf", ".amc", ".bvh", ".glb", ".gltf", ".bin", ".npz", ".csv"};
+    return sOthers.count(qexsdk::KPathExtension(pOptions.mReport)) == 0 ||
+           UsageError(pConsole, "--report: expected a name such as report.jsonl, not " + pOptions.mReport);
 }
 
 bool CheckWhatIsGiven(const KBatchOptions& pOptions, KConsole& pConsole)

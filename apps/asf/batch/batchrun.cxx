@@ -231,6 +231,8 @@ void KBatchRun::Take(const KCollection::KFile& pFile, const KBatchResult& pResul
         mConsole.Message(eERROR, mCollection.PathOf(pFile), 0, pResult.mError);
         mConsole.Raise(pResult.mExit);
     }
+    const KJson lMessages = pResult.mLine.value("messages", KJson::array());
+    mWarned += std::any_of(lMessages.begin(), lMessages.end(), [](const KJson& pMessage) { return pMessage["severity"] == "warning"; });
     if (mOptions.mIsDry && pResult.mStatus == eBATCH_PENDING)
     {
         mConsole.Out(Printable(mCollection.PathOf(pFile)) + "\n");
@@ -254,7 +256,10 @@ void KBatchRun::Finish()
                                   ? " (part " + std::to_string(mOptions.mPart.mIndex) + " of " + std::to_string(mOptions.mPart.mCount) + ")"
                                   : "";
     mConsole.Report(lDone + CountText(static_cast<long long>(mProgress.GetTotal()), "motion", "motions") + lPart + " in " +
-                    mProgress.GetTime() + ": " + mProgress.GetCounts());
+                    mProgress.GetTime() + ": " + mProgress.GetCounts() +
+                    (mWarned > 0
+                         ? "; " + std::to_string(mWarned) + " with warnings" + (mOptions.mReport.empty() ? " (--report lists them)" : "")
+                         : ""));
     mConsole.Report("also found " + CountText(mCollection.GetSkeletons(), "skeleton", "skeletons") + ", " +
                     CountText(mCollection.GetOthers(), "file", "files") + " of other kinds");
     if (mContext.mIsCancelled)

@@ -44,6 +44,7 @@ private:
     size_t               mNext = 0;
     KBatchProgress       mProgress;
     std::vector<size_t>  mPart;              ///< Indices of the motions to do.
+    size_t               mWarned = 0;        ///< Motions with warnings.
     bool                 mIsStopped = false; ///< No further motion is begun.
 };
 

@@ -7,6 +7,7 @@
 #include <kbaselib/kbase/kprocess.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <system_error>
 
@@ -132,10 +133,12 @@ void KBatchFile::RunWorker()
     lOptions.mArguments = WorkerArguments();
     lOptions.mSeconds = mOptions.mTimeout;
     lOptions.mIsCancelled = &mContext.mIsCancelled;
+    const auto                   lStart = std::chrono::steady_clock::now();
     const qexsdk::KProcessResult lEnd = qexsdk::KRunProcess(lOptions);
     mResult.mBytes = lStamp.mSize;
     mResult.mSeconds = lEnd.mCpuSeconds;
-    mResult.mLine["seconds"] = lEnd.mCpuSeconds;
+    mResult.mLine["seconds"] = std::chrono::duration<double>(std::chrono::steady_clock::now() - lStart).count();
+    mResult.mLine["cpuSeconds"] = lEnd.mCpuSeconds;
     mResult.mLine["peakMemory"] = lEnd.mPeakMemory;
     if (mContext.mIsCancelled)
     {
@@ -158,7 +161,7 @@ void KBatchFile::RunWorker()
                  ? "needs more memory than --memory " + mOptions.mConvert.mMemory
                  : "its worker ended with " + lHow + (lEnd.mErr.empty() ? "" : ": " + LastLine(lEnd.mErr)));
     }
-    else if (mResult.mStatus != eBATCH_FAILED && NoteInputs() && CollectOutputs())
+    else if (NoteInputs() && mResult.mStatus != eBATCH_FAILED && CollectOutputs())
     {
         Commit();
     }
@@ -232,8 +235,13 @@ bool KBatchFile::NoteInputs()
             Fail(eEXIT_INPUT, "changed", lPath + " was changed while it was read: run again");
             return false;
         }
-        const fs::path lName = fs::path(lPath).lexically_relative(lFolder.empty() ? "." : lFolder);
-        mResult.mLine["inputs"].push_back(JsonStamped(lName.empty() ? fs::absolute(lPath).string() : lName.string(), lNow));
+        const fs::path    lRelative = fs::path(lPath).lexically_relative(lFolder.empty() ? "." : lFolder);
+        const std::string lName = lRelative.empty() ? fs::absolute(lPath).string() : lRelative.string();
+        mResult.mLine["inputs"].push_back(JsonStamped(lName, lNow));
+        if (mReport.value("skeleton", KJson()) == JsonPath(lPath))
+        {
+            mResult.mLine["skeleton"] = JsonPath(lName);
+        }
     }
     return true;
 }

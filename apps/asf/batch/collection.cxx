@@ -72,7 +72,7 @@ void KCollection::AddInput(const std::string& pInput, KConsole& pConsole)
     }
     else if (fs::exists(pInput, lError))
     {
-        AddFile("", Tidy(pInput), true);
+        AddFile("", Tidy(pInput));
     }
     else if (IsPattern(pInput))
     {
@@ -99,22 +99,22 @@ void KCollection::AddFolder(const std::string& pFolder, const std::string& pPatt
         const std::string lPath = pFolder.empty() || pFolder == "/" ? pFolder + lName : pFolder + "/" + lName;
         if (pPattern.empty())
         {
-            AddFile(pFolder, lName, false);
+            AddFile(pFolder, lName);
         }
         else if (MatchesPattern(lPath, pPattern))
         {
-            AddFile("", Tidy(lPath), false);
+            AddFile("", Tidy(lPath));
         }
     }
 }
 
-void KCollection::AddFile(const std::string& pFolder, const std::string& pName, bool pIsGiven)
+void KCollection::AddFile(const std::string& pFolder, const std::string& pName)
 {
     if (qexsdk::KPathExtension(pName) == ".asf")
     {
         ++mSkeletons;
     }
-    else if (!pIsGiven && !IsMotion(pName))
+    else if (!IsMotion(pName))
     {
         ++mOthers;
     }

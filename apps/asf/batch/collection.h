@@ -55,7 +55,7 @@ public:
 private:
     void     AddInput(const std::string& pInput, KConsole& pConsole);
     void     AddFolder(const std::string& pFolder, const std::string& pPattern, KConsole& pConsole);
-    void     AddFile(const std::string& pFolder, const std::string& pName, bool pIsGiven);
+    void     AddFile(const std::string& pFolder, const std::string& pName);
     uint32_t IndexOf(const std::string& pFolder);
     void     FindCollisions(bool pHasSuffixes);
 

@@ -38,6 +38,7 @@ public:
     void Report();
 
 private:
+    void        CheckInputs(const std::string& pName, const std::string& pPath, const KJson& pLine);
     void        See(const std::string& pName, const KJson& pLine);
     std::string CheckOutput(const KJson& pOutput) const;
 
@@ -153,6 +154,23 @@ void KGathering::Report()
                     std::to_string(mProblems.size()) + " missing or failed");
 }
 
+/// \p pPath: of the motion. Inputs that changed since have to be made again.
+void KGathering::CheckInputs(const std::string& pName, const std::string& pPath, const KJson& pLine)
+{
+    for (const KJson& lInput : pLine.value("inputs", KJson::array()))
+    {
+        std::string lFile;
+        KFileStamp  lThen;
+        KFileStamp  lNow;
+        if (StampedFromJson(lInput, lFile, lThen) &&
+            !(ReadStamp((fs::path(pPath).parent_path() / lFile).string(), lNow) && lNow == lThen) && mProblems.count(pName) == 0)
+        {
+            mProblems[pName] = lFile + " was changed since it was read: run again";
+            --mMade;
+        }
+    }
+}
+
 /// Only the motions of \p pInputs count: those that failed and are no longer there do not.
 void KGathering::SeeInputs(const std::vector<std::string>& pInputs)
 {
@@ -166,6 +184,7 @@ void KGathering::SeeInputs(const std::vector<std::string>& pInputs)
         if (mIndex.Find(lName, lLine))
         {
             See(lName, lLine);
+            CheckInputs(lName, lCollection.PathOf(lFile), lLine);
         }
         else
         {

@@ -59,6 +59,10 @@ void Convert(KConvertOptions& pOptions, KJson* pReport, KConsole& pConsole)
     if (pReport != nullptr)
     {
         DescribeInputs(lInputs, *pReport);
+        if (lFiles.mFigure.GetFormat() == qexsdk::eFIGURE_ASF)
+        {
+            (*pReport)["skeleton"] = JsonPath(lFiles.mFigure.GetPath());
+        }
     }
     qexsdk::KQexFigure lFigure;
     if (!CheckOutputs(pOptions, lInputs, pConsole) || !LoadFigure(lFigure, lFiles, FigureOptions(pOptions), pConsole))
@@ -85,7 +89,8 @@ void Convert(KConvertOptions& pOptions, KJson* pReport, KConsole& pConsole)
 void ConvertWithJson(KConvertOptions& pOptions, KConsole& pConsole)
 {
     KMessageLog lLog;
-    KJson       lReport = {{"schema", kJsonSchema}, {"inputs", KJson::array()}, {"takes", KJson::array()}, {"outputs", KJson::array()}};
+    KJson       lReport = {
+              {"schema", kJsonSchema}, {"inputs", KJson::array()}, {"skeleton", nullptr}, {"takes", KJson::array()}, {"outputs", KJson::array()}};
     pConsole.Collect(&lLog);
     try
     {

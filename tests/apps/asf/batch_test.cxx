@@ -31,6 +31,7 @@ TEST_F(KBatchTest, KeepsTheTreeOfFoldersAndFindsSkeletons)
     EXPECT_EQ(lDeep["takes"][0]["frameCount"], 3);
     EXPECT_EQ(lDeep["inputs"][0]["file"], "../own.asf");
     EXPECT_EQ(lDeep["inputs"][1]["size"], ThreeFrames().size());
+    EXPECT_EQ(lDeep["skeleton"], "../own.asf");
     EXPECT_EQ(lDeep["outputs"][1]["file"], "02/deep/d.glb");
     EXPECT_EQ(lDeep["outputs"][1]["size"], Text("out/02/deep/d.glb").size());
 }
@@ -112,7 +113,7 @@ TEST_F(KBatchTest, InputsAreNeverReplaced)
     Expect("in/top.bvh -o . --to bvh --force -q", 1, "in/top.bvh is an input: choose another folder");
     Expect("in/01/a.amc -o . --to asf,amc --force -q", 1, "in/01/a.amc is an input: choose another folder");
     EXPECT_EQ(Text("in/top.bvh"), lBefore);
-    Expect("in -o out --to bvh --report in/top.bvh", 2, "--output: batch --report writes");
+    Expect("in -o out --to bvh --report in/top.bvh", 2, "--report: expected a name such as report.jsonl, not in/top.bvh");
     Expect("in -o out --to bvh --report out/.asf-batch/made-1-of-1.jsonl", 2, "is among the manifests: choose another folder");
     EXPECT_EQ(Text("in/top.bvh"), lBefore);
 }

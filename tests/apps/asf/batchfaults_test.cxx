@@ -32,9 +32,9 @@ TEST_F(KBatchFaultTest, NamesOfAllKinds)
     {
         Expect("odd -o out{take}\"\xFF --to " + lFormat + " -q", 0, "");
         EXPECT_EQ(Tree("out{take}\"\xFF").size(), 2 * std::size(lNames) * (lFormat == "gltf" ? 3 : 1)); // With buffers and the first ones.
-        Expect("odd -o out{take}\"\xFF --to " + lFormat, 0, ": 36 unchanged\n");
+        Expect("odd -o out{take}\"\xFF --to " + lFormat, 0, ": 36 unchanged");
     }
-    Expect("--list - --null -o listed --to bvh", 0, ": 18 made\n");
+    Expect("--list - --null -o listed --to bvh", 0, ": 18 made");
     EXPECT_EQ(Tree("listed").count("odd/new\nline.bvh"), 1U);
     Expect("--gather odd -o out{take}\"\xFF -q", 0, "");
     EXPECT_NE(With("made", "odd -o reported --to npz").find("{\"hex\":\"fffe2e627668\"} "), std::string::npos);

@@ -352,6 +352,8 @@ TEST_F(KBatchPartsTest, GatherListsWhatIsNotThere)
     Expect("in -o out --to bvh -q --force", 0, "");
     Expect("--gather out -q", 1, "bad.bvh: error: ");
     Expect("--gather in -o out -q", 0, "");
+    Touch("in/02/own.asf");
+    Expect("--gather in -o out -q", 1, "02/c.amc: error: own.asf was changed since it was read: run again\n");
 }
 
 } // namespace
