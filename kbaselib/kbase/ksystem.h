@@ -54,6 +54,7 @@ enum EOpenMode
     eOPEN_READ_AT_ONCE, ///< For reading, without waiting for the writer of a FIFO.
     eOPEN_WRITE,        ///< An existing file, for writing.
     eOPEN_NEW,          ///< A new file, for writing, with the usual permissions: fails if anything has its name, a link included.
+    eOPEN_APPEND,       ///< For writing at its end, wherever that is by then; created if it is missing.
     eOPEN_LOCK          ///< A file to be locked, created if it is missing; its contents stay.
 };
 

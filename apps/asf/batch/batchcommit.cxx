@@ -1,21 +1,14 @@
 #include <apps/asf/batch/batchfile.h>
 #include <apps/asf/batch/checksum.h>
+#include <kbaselib/kbase/ksystem.h>
 
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
 
 /// \file
 /// Noting what became of a motion, and moving what was made to its place.
 
 namespace asfapp
 {
-
-namespace
-{
-
-namespace fs = std::filesystem;
-
-} // namespace
 
 /// An output as the manifest has it; null if it cannot be read.
 KJson KBatchFile::FinishOutput(const KOutput& pOutput) const
@@ -82,17 +75,16 @@ void KBatchFile::NoteFailure()
 bool KBatchFile::Place(const KOutput& pOutput)
 {
     const std::lock_guard<std::mutex> lLock(mContext.mPlacing);
-    std::error_code                   lError;
     if (!CheckOutputs({pOutput.mName}))
     {
         return false;
     }
-    fs::rename(pOutput.mStaged, Final(pOutput.mName), lError);
-    if (lError)
+    const bool lOk = qexsdk::KSystemInUse().mRename(pOutput.mStaged.c_str(), Final(pOutput.mName).c_str()) == 0;
+    if (!lOk)
     {
-        Fail(eEXIT_SYSTEM, "system", Final(pOutput.mName) + " cannot be written: " + lError.message());
+        Fail(eEXIT_SYSTEM, "system", Final(pOutput.mName) + " cannot be written: " + qexsdk::KFileErrorText(errno));
     }
-    return !lError;
+    return lOk;
 }
 
 } // namespace asfapp

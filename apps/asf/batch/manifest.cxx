@@ -1,6 +1,7 @@
 #include <apps/asf/batch/manifest.h>
 
 #include <kbaselib/kbase/kpath.h>
+#include <kbaselib/kbase/ksystem.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -155,9 +156,9 @@ void KManifestIndex::ForEach(const std::function<void(const std::string& pName, 
 
 KManifestWriter::~KManifestWriter()
 {
-    if (mFile != nullptr)
+    if (mFile >= 0)
     {
-        std::fclose(mFile);
+        qexsdk::KSystemInUse().mClose(mFile); // Every line is written already.
     }
 }
 
@@ -177,32 +178,41 @@ bool KManifestWriter::Open(const std::string& pPath, KConsole& pConsole)
     const int lError = errno;
     pConsole.Message(eERROR, pPath, 0,
                      !lIsLocked && lError == EWOULDBLOCK ? "is in use: another asf batch is writing this part of the collection"
-                                                         : "cannot be written: " + std::generic_category().message(lError));
+                                                         : "cannot be written: " + qexsdk::KFileErrorText(lError));
     pConsole.Raise(eEXIT_SYSTEM);
     return false;
 }
 
 bool KManifestWriter::OpenFile(const std::string& pPath)
 {
-    mFile = std::fopen(pPath.c_str(), "ab+");
-    if (mFile == nullptr)
+    do
     {
-        return false;
-    }
-    std::setvbuf(mFile, nullptr, _IONBF, 0); // Nothing of a line that failed is written later.
+        mFile = qexsdk::KSystemInUse().mOpen(pPath.c_str(), qexsdk::eOPEN_APPEND);
+    } while (mFile < 0 && errno == EINTR);
     // After a crash the last line may lack its end.
-    mIsTorn = std::fseek(mFile, -1, SEEK_END) == 0 && std::fgetc(mFile) != '\n';
-    return true;
+    std::ifstream lStream(pPath, std::ios::binary | std::ios::ate);
+    mIsTorn = mFile >= 0 && lStream.tellg() > 0 && lStream.seekg(-1, std::ios::end).get() != '\n';
+    return mFile >= 0;
 }
 
 bool KManifestWriter::Append(const KJson& pLine, std::string& pReason)
 {
     // A line of which only a part fitted on the device must not spoil this one.
     const std::string lText = (mIsTorn ? "\n" : "") + JsonLine(pLine);
-    std::fseek(mFile, 0, SEEK_END); // Between reading and writing.
-    mIsTorn = std::fwrite(lText.data(), 1, lText.size(), mFile) != lText.size();
-    pReason = mIsTorn ? std::generic_category().message(errno) : "";
-    return !mIsTorn;
+    size_t            lDone = 0;
+    mIsTorn = true;
+    while (lDone < lText.size())
+    {
+        const std::ptrdiff_t lWritten = qexsdk::KSystemInUse().mWrite(mFile, lText.data() + lDone, lText.size() - lDone);
+        if (lWritten <= 0 && !(lWritten < 0 && errno == EINTR))
+        {
+            pReason = qexsdk::KFileErrorText(lWritten < 0 ? errno : EIO);
+            return false;
+        }
+        lDone += static_cast<size_t>(std::max<std::ptrdiff_t>(lWritten, 0));
+    }
+    mIsTorn = false;
+    return true;
 }
 
 } // namespace asfapp

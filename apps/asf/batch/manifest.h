@@ -5,7 +5,6 @@
 #include <kbaselib/kbase/kfilelock.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -78,7 +77,7 @@ private:
     bool OpenFile(const std::string& pPath);
 
     qexsdk::KFileLock mLock;
-    std::FILE*        mFile = nullptr;
+    int               mFile = -1;
     bool              mIsTorn = false; ///< The file ends within a line.
 };
 

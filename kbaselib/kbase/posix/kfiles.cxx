@@ -29,6 +29,8 @@ int FlagsOf(EOpenMode pMode)
         return O_WRONLY | O_NOCTTY;
     case eOPEN_NEW:
         return O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    case eOPEN_APPEND:
+        return O_WRONLY | O_CREAT | O_APPEND | O_NOCTTY;
     case eOPEN_LOCK:
         break;
     }

@@ -1,9 +1,7 @@
-#include <apps/asf/batch/batchrun.h>
-#include <kbaselib/kbase/kprocess.h>
-#include <kbaselib/kbase/ksystem.h>
-#include <tests/apps/asf/batchtest.h>
+#include <tests/apps/asf/batchworkertest.h>
 
 #include <cerrno>
+#include <csignal>
 #include <fstream>
 #include <random>
 #include <thread>
@@ -17,51 +15,6 @@ namespace fs = std::filesystem;
 
 namespace
 {
-
-/// Runs in this process, with workers that end in ways of the test.
-class KBatchWorkerTest : public KBatchTest
-{
-protected:
-    using KRun = qexsdk::KProcessResult (*)(const qexsdk::KProcessOptions& pOptions);
-
-    ~KBatchWorkerTest() override { qexsdk::KSystemReset(); }
-
-    /// Runs over "in" to "out" with \p pWorker. \return the report
-    std::map<std::string, json> RunWith(KRun pWorker, int pExit)
-    {
-        KConsole      lConsole;
-        KBatchOptions lOptions;
-        lOptions.mInputs = {mFolder / "in"};
-        lOptions.mOutput = mFolder / "out";
-        lOptions.mTo = {"bvh"};
-        lOptions.mReport = mFolder / "r.jsonl";
-        lOptions.mQuiet = true;
-        lOptions.mJobs = 2;
-        EXPECT_TRUE(ParseBatchOptions(lOptions, lConsole));
-        qexsdk::KSystemInUse().mProgramPath = []
-        {
-            return std::string(QEX_ASF_PROGRAM);
-        };
-        smRun = smRun == nullptr ? qexsdk::KSystemInUse().mRun : smRun;
-        qexsdk::KSystemInUse().mRun = pWorker;
-        smFolder = mFolder.Path();
-        testing::internal::CaptureStderr();
-        KBatchRun(lOptions, lConsole).Run();
-        mErrors = testing::internal::GetCapturedStderr();
-        qexsdk::KSystemReset();
-        EXPECT_EQ(lConsole.GetExit(), pExit) << mErrors;
-        return Report("r.jsonl");
-    }
-
-    static bool IsAbout(const qexsdk::KProcessOptions& pOptions, const char* pName)
-    {
-        return fs::path(pOptions.mArguments.back()).filename() == pName;
-    }
-
-    static inline KRun     smRun = nullptr; ///< The system's own.
-    static inline fs::path smFolder;
-    std::string            mErrors;
-};
 
 TEST_F(KBatchWorkerTest, InputsThatChangeWhileTheyAreRead)
 {
