@@ -76,6 +76,13 @@ public:
     /// Prints `asf: error: text`, an error without a file, and raises the exit status to \p pExit.
     void Fail(EExit pExit, std::string_view pText);
 
+    /// Fail() for a usage error. \return false, always
+    bool Refuse(std::string_view pText)
+    {
+        Fail(eEXIT_USAGE, pText);
+        return false;
+    }
+
     /// Raises the exit status to \p pExit if that is higher.
     void Raise(EExit pExit);
 

@@ -11,7 +11,7 @@ namespace asfapp
 {
 
 /// An output as the manifest has it; null if it cannot be read.
-KJson KBatchFile::FinishOutput(const KOutput& pOutput) const
+KJson KBatchFile::DescribeOutput(const KOutput& pOutput) const
 {
     uint32_t   lSum = 0;
     KFileStamp lMade;
@@ -22,7 +22,7 @@ KJson KBatchFile::FinishOutput(const KOutput& pOutput) const
     }
     KJson lEntry = JsonStamped(pOutput.mName, lMade);
     lEntry["crc32"] = lSum;
-    if (ReadStamp(Final(pOutput.mName), lReplaced))
+    if (ReadStamp(OutputPath(pOutput.mName), lReplaced))
     {
         lEntry["replaced"] = JsonStamped(pOutput.mName, lReplaced);
     }
@@ -35,7 +35,7 @@ void KBatchFile::Commit()
     KJson lOutputs = KJson::array();
     for (const KOutput& lOutput : mOutputs)
     {
-        lOutputs.push_back(FinishOutput(lOutput));
+        lOutputs.push_back(DescribeOutput(lOutput));
         if (lOutputs.back().is_null())
         {
             return Fail(eEXIT_SYSTEM, "system", lOutput.mStaged + " cannot be read");
@@ -79,10 +79,10 @@ bool KBatchFile::Place(const KOutput& pOutput)
     {
         return false;
     }
-    const bool lOk = qexsdk::KSystemInUse().mRename(pOutput.mStaged.c_str(), Final(pOutput.mName).c_str()) == 0;
+    const bool lOk = qexsdk::KSystemInUse().mRename(pOutput.mStaged.c_str(), OutputPath(pOutput.mName).c_str()) == 0;
     if (!lOk)
     {
-        Fail(eEXIT_SYSTEM, "system", Final(pOutput.mName) + " cannot be written: " + qexsdk::KFileErrorText(errno));
+        Fail(eEXIT_SYSTEM, "system", OutputPath(pOutput.mName) + " cannot be written: " + qexsdk::KFileErrorText(errno));
     }
     return lOk;
 }

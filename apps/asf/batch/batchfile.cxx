@@ -104,7 +104,7 @@ std::string KBatchFile::InputPath(const std::string& pRecorded) const
     return (fs::path(mPath).parent_path() / pRecorded).lexically_normal().string();
 }
 
-std::string KBatchFile::Final(const std::string& pName) const
+std::string KBatchFile::OutputPath(const std::string& pName) const
 {
     return (fs::path(mOptions.mOutput) / pName).string();
 }
@@ -136,11 +136,11 @@ bool KBatchFile::HasOutput(const KJson& pRecorded) const
     KFileStamp  lThen;
     KFileStamp  lNow;
     uint32_t    lSum = 0;
-    if (!StampedFromJson(pRecorded, lName, lThen) || !ReadStamp(Final(lName), lNow) || lThen.mSize != lNow.mSize)
+    if (!StampedFromJson(pRecorded, lName, lThen) || !ReadStamp(OutputPath(lName), lNow) || lThen.mSize != lNow.mSize)
     {
         return false;
     }
-    return mOptions.mVerify ? ReadChecksum(Final(lName), lSum) && pRecorded.value("crc32", uint32_t(0)) == lSum : lThen == lNow;
+    return mOptions.mVerify ? ReadChecksum(OutputPath(lName), lSum) && pRecorded.value("crc32", uint32_t(0)) == lSum : lThen == lNow;
 }
 
 /// The outputs that earlier runs made, also with other options, but for those that \p pNew has.
@@ -190,9 +190,9 @@ bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) cons
 {
     std::error_code lError;
     KFileStamp      lNow;
-    if (!ReadStamp(Final(pName), lNow))
+    if (!ReadStamp(OutputPath(pName), lNow))
     {
-        const fs::file_type lType = fs::symlink_status(Final(pName), lError).type();
+        const fs::file_type lType = fs::symlink_status(OutputPath(pName), lError).type();
         pReason = lType == fs::file_type::not_found ? "" : "is not a file: remove it";
         return pReason.empty();
     }
@@ -210,7 +210,7 @@ bool KBatchFile::MayReplace(const std::string& pName, std::string& pReason) cons
             }
         }
     }
-    if (IsInput(Final(pName)))
+    if (IsInput(OutputPath(pName)))
     {
         pReason = "is an input: choose another folder";
         return false;
@@ -227,7 +227,7 @@ bool KBatchFile::CheckOutputs(const std::vector<std::string>& pNames)
         std::string lReason;
         if (!MayReplace(lName, lReason))
         {
-            Fail(eEXIT_INPUT, "kept", Final(lName) + " " + lReason);
+            Fail(eEXIT_INPUT, "kept", OutputPath(lName) + " " + lReason);
             mResult.mStatus = eBATCH_KEPT;
             mResult.mLine["status"] = WordOf(mResult.mStatus);
             return false;

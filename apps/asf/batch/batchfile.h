@@ -86,19 +86,19 @@ private:
     std::vector<std::string> PlannedOutputs() const;
     std::string              OptionsText() const;
     std::vector<std::string> WorkerArguments() const;
-    KJson                    FinalMessages() const;
+    KJson                    WorkerMessages() const;
     bool                     MakeFolders();
     void                     Make();
     void                     RunWorker();
     bool                     ReadWorker(const std::string& pOut, int pExit);
     bool                     NoteInputs();
     bool                     CollectOutputs();
-    KJson                    FinishOutput(const KOutput& pOutput) const;
+    KJson                    DescribeOutput(const KOutput& pOutput) const;
     void                     Commit();
     void                     NoteFailure();
     bool                     Place(const KOutput& pOutput);
     void                     Fail(EExit pExit, const std::string& pCause, const std::string& pText);
-    std::string              Final(const std::string& pName) const;
+    std::string              OutputPath(const std::string& pName) const;
     std::string              InputPath(const std::string& pRecorded) const;
 
     KContext&                 mContext;

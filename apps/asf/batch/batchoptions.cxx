@@ -18,12 +18,6 @@ namespace
 
 constexpr uint32_t kMaxShards = 1000000;
 
-bool UsageError(KConsole& pConsole, const std::string& pText)
-{
-    pConsole.Fail(eEXIT_USAGE, pText);
-    return false;
-}
-
 bool ParseWhole(const std::string& pText, uint32_t& pValue)
 {
     const char* lEnd = pText.data() + pText.size();
@@ -51,7 +45,7 @@ bool FindArrayShard(KShard& pShard, KConsole& pConsole)
     lStep = std::max(lStep, 1U);
     if (!lOk || lCount == 0 || lCount > kMaxShards || lTask < lMin || (lTask - lMin) % lStep != 0 || (lTask - lMin) / lStep >= lCount)
     {
-        return UsageError(pConsole, "--shard auto: this is no task of a Slurm array (SLURM_ARRAY_TASK_ID and SLURM_ARRAY_TASK_COUNT)");
+        return pConsole.Refuse("--shard auto: this is no task of a Slurm array (SLURM_ARRAY_TASK_ID and SLURM_ARRAY_TASK_COUNT)");
     }
     pShard = {(lTask - lMin) / lStep + 1, lCount};
     return true;
@@ -59,16 +53,16 @@ bool FindArrayShard(KShard& pShard, KConsole& pConsole)
 
 bool ParseShard(KBatchOptions& pOptions, KConsole& pConsole)
 {
-    if (pOptions.mShard.empty() || pOptions.mShard == "auto")
+    if (pOptions.mShardText.empty() || pOptions.mShardText == "auto")
     {
-        return pOptions.mShard.empty() || FindArrayShard(pOptions.mPart, pConsole);
+        return pOptions.mShardText.empty() || FindArrayShard(pOptions.mShard, pConsole);
     }
-    const size_t lSlash = pOptions.mShard.find('/');
-    KShard&      lPart = pOptions.mPart;
-    const bool   lOk = lSlash != std::string::npos && ParseWhole(pOptions.mShard.substr(0, lSlash), lPart.mIndex) &&
-                     ParseWhole(pOptions.mShard.substr(lSlash + 1), lPart.mCount) && lPart.mIndex >= 1 && lPart.mIndex <= lPart.mCount &&
-                     lPart.mCount <= kMaxShards;
-    return lOk || UsageError(pConsole, "--shard: expected a part such as 3/8, or auto, not " + pOptions.mShard);
+    const size_t lSlash = pOptions.mShardText.find('/');
+    KShard&      lPart = pOptions.mShard;
+    const bool   lOk = lSlash != std::string::npos && ParseWhole(pOptions.mShardText.substr(0, lSlash), lPart.mIndex) &&
+                     ParseWhole(pOptions.mShardText.substr(lSlash + 1), lPart.mCount) && lPart.mIndex >= 1 &&
+                     lPart.mIndex <= lPart.mCount && lPart.mCount <= kMaxShards;
+    return lOk || pConsole.Refuse("--shard: expected a part such as 3/8, or auto, not " + pOptions.mShardText);
 }
 
 /// The formats, and what convert's own options say about them.
@@ -81,7 +75,7 @@ bool ParseFormats(KBatchOptions& pOptions, KConsole& pConsole)
     }
     if (std::find(pOptions.mTo.begin(), pOptions.mTo.end(), "none") != pOptions.mTo.end())
     {
-        return UsageError(pConsole, "--to none stands alone: it writes nothing");
+        return pConsole.Refuse("--to none stands alone: it writes nothing");
     }
     // In whatever order they are given, the same are made.
     std::sort(pOptions.mTo.begin(), pOptions.mTo.end());
@@ -101,26 +95,26 @@ bool CheckReport(const KBatchOptions& pOptions, KConsole& pConsole)
     const std::filesystem::path lPath(pOptions.mReport);
     if (lPath.parent_path().filename() == kBatchFolder)
     {
-        return UsageError(pConsole, "--report: " + pOptions.mReport + " is among the manifests: choose another folder");
+        return pConsole.Refuse("--report: " + pOptions.mReport + " is among the manifests: choose another folder");
     }
     static const std::set<std::string> sOthers = {".asf", ".amc", ".bvh", ".glb", ".gltf", ".bin", ".npz", ".csv"};
     return sOthers.count(qexsdk::KPathExtension(pOptions.mReport)) == 0 ||
-           UsageError(pConsole, "--report: expected a name such as report.jsonl, not " + pOptions.mReport);
+           pConsole.Refuse("--report: expected a name such as report.jsonl, not " + pOptions.mReport);
 }
 
 bool CheckWhatIsGiven(const KBatchOptions& pOptions, KConsole& pConsole)
 {
     if (pOptions.mInputs.empty() && pOptions.mList.empty())
     {
-        return UsageError(pConsole, "INPUT is required: folders, files or patterns, or a list with --list");
+        return pConsole.Refuse("INPUT is required: folders, files or patterns, or a list with --list");
     }
     if (pOptions.mOutput.empty() && !pOptions.mOnlyChecks)
     {
-        return UsageError(pConsole, "--output is required: write the folder's name after -o");
+        return pConsole.Refuse("--output is required: write the folder's name after -o");
     }
     if (pOptions.mTo.empty() && !pOptions.mOnlyChecks)
     {
-        return UsageError(pConsole, "--to is required: the formats to write, such as glb or bvh,npz; or none to check only");
+        return pConsole.Refuse("--to is required: the formats to write, such as glb or bvh,npz; or none to check only");
     }
     return true;
 }

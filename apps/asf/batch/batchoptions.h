@@ -28,14 +28,14 @@ struct KBatchOptions
     std::string              mCollision = "fail";
     std::string              mReport;
     bool                     mIsDry = false;
-    std::string              mShard;
+    std::string              mShardText;
     bool                     mGather = false;
     bool                     mQuiet = false;
 
     KConvertOptions          mConvert;          ///< Checked by the parser; the workers get mConvertArguments.
     std::vector<std::string> mConvertArguments; ///< In the order of the options' definition, so the same for the same options.
 
-    KShard     mPart;
+    KShard     mShard;
     KRateTable mRateTable;
     bool       mOnlyChecks = false; ///< --to none.
 };

@@ -47,7 +47,7 @@ void KBatchRun::Run()
 {
     if (FindMotions() && Prepare() && OpenReport())
     {
-        DoAll();
+        RunSlots();
         Finish();
     }
 }
@@ -72,9 +72,9 @@ bool KBatchRun::FindMotions()
     mCollection.Finish(mOptions.mCollision == "suffix");
     for (size_t i = 0; i < mCollection.GetFiles().size(); ++i)
     {
-        if (mOptions.mPart.Has(mCollection.GetFiles()[i].mName))
+        if (mOptions.mShard.Has(mCollection.GetFiles()[i].mName))
         {
-            mPart.push_back(i);
+            mSelected.push_back(i);
         }
     }
     if (mCollection.GetFiles().empty())
@@ -99,7 +99,7 @@ bool KBatchRun::Prepare()
     }
     mFolder = (fs::path(mOptions.mOutput) / kBatchFolder).string();
     mContext.mStaging =
-        (fs::path(mFolder) / (kMakingPrefix + mOptions.mPart.GetWord() + "." + std::to_string(qexsdk::KSystemInUse().mProcessId())))
+        (fs::path(mFolder) / (kMakingPrefix + mOptions.mShard.GetWord() + "." + std::to_string(qexsdk::KSystemInUse().mProcessId())))
             .string();
     return (mOptions.mIsDry || OpenManifest()) && mIndex.Read(mFolder, mConsole);
 }
@@ -114,7 +114,7 @@ bool KBatchRun::OpenManifest()
         mConsole.Raise(eEXIT_SYSTEM);
         return false;
     }
-    const bool lOk = mManifest.Open((fs::path(mFolder) / ManifestName(mOptions.mPart.GetWord())).string(), mConsole);
+    const bool lOk = mManifest.Open((fs::path(mFolder) / ManifestName(mOptions.mShard.GetWord())).string(), mConsole);
     if (lOk)
     {
         RemoveLeftovers();
@@ -142,7 +142,7 @@ void KBatchRun::RemoveLeftovers()
         const size_t      lStart = std::strlen(kMakingPrefix);
         const std::string lPart = lFolder.substr(lStart, lFolder.find('.') - lStart);
         qexsdk::KFileLock lLock; // A run of another part would have it.
-        if (lPart == mOptions.mPart.GetWord() || lLock.Lock((fs::path(mFolder) / ManifestName(lPart)).string()))
+        if (lPart == mOptions.mShard.GetWord() || lLock.Lock((fs::path(mFolder) / ManifestName(lPart)).string()))
         {
             fs::remove_all(fs::path(mFolder) / lFolder, lError);
         }
@@ -154,25 +154,25 @@ bool KBatchRun::OpenReport()
     return mOptions.mReport.empty() || OpenOutput(mReport, mOptions.mReport, mConsole);
 }
 
-void KBatchRun::DoAll()
+void KBatchRun::RunSlots()
 {
     std::vector<std::thread> lThreads;
-    mProgress.Start(mPart.size());
+    mProgress.Start(mSelected.size());
     qexsdk::KSystemInUse().mPostponeEnd(&mContext.mIsCancelled);
     const size_t lJobs = mOptions.mIsDry ? 1 : static_cast<size_t>(mOptions.mJobs); // One keeps the order of a list.
-    const int    lCount = static_cast<int>(std::min(lJobs, mPart.size()));
+    const int    lCount = static_cast<int>(std::min(lJobs, mSelected.size()));
     try
     {
         for (int lSlot = 1; lSlot < lCount; ++lSlot)
         {
-            lThreads.emplace_back([this, lSlot] { DoSome(lSlot); });
+            lThreads.emplace_back([this, lSlot] { RunSlot(lSlot); });
         }
     }
     catch (const std::exception&)
     {
         mConsole.Report("the system allows only " + std::to_string(lThreads.size() + 1) + " jobs at a time");
     }
-    DoSome(0);
+    RunSlot(0);
     for (std::thread& lThread : lThreads)
     {
         lThread.join();
@@ -182,21 +182,21 @@ void KBatchRun::DoAll()
     fs::remove_all(mContext.mStaging, lError);
 }
 
-bool KBatchRun::TakeNext(const KCollection::KFile*& pFile)
+bool KBatchRun::NextFile(const KCollection::KFile*& pFile)
 {
     const std::lock_guard<std::mutex> lLock(mMutex);
-    if (mNext == mPart.size() || mContext.mIsCancelled || mIsStopped)
+    if (mNext == mSelected.size() || mContext.mIsCancelled || mIsStopped)
     {
         return false;
     }
-    pFile = &mCollection.GetFiles()[mPart[mNext++]];
+    pFile = &mCollection.GetFiles()[mSelected[mNext++]];
     return true;
 }
 
-void KBatchRun::DoSome(int pSlot)
+void KBatchRun::RunSlot(int pSlot)
 {
     const KCollection::KFile* lFile = nullptr;
-    while (TakeNext(lFile))
+    while (NextFile(lFile))
     {
         KBatchResult lResult;
         try
@@ -214,11 +214,11 @@ void KBatchRun::DoSome(int pSlot)
                              {"cause", "system"},
                              {"error", lResult.mError}};
         }
-        Take(*lFile, lResult);
+        Count(*lFile, lResult);
     }
 }
 
-void KBatchRun::Take(const KCollection::KFile& pFile, const KBatchResult& pResult)
+void KBatchRun::Count(const KCollection::KFile& pFile, const KBatchResult& pResult)
 {
     const std::lock_guard<std::mutex> lLock(mMutex);
     if (pResult.mStatus == eBATCH_CANCELLED)
@@ -252,9 +252,9 @@ void KBatchRun::Finish()
         CloseOutput(mReport, mOptions.mReport, mConsole);
     }
     const std::string lDone = mProgress.GetDone() < mProgress.GetTotal() ? std::to_string(mProgress.GetDone()) + " of " : "";
-    const std::string lPart = mOptions.mPart.mCount > 1
-                                  ? " (part " + std::to_string(mOptions.mPart.mIndex) + " of " + std::to_string(mOptions.mPart.mCount) + ")"
-                                  : "";
+    const std::string lPart = mOptions.mShard.mCount > 1 ? " (part " + std::to_string(mOptions.mShard.mIndex) + " of " +
+                                                               std::to_string(mOptions.mShard.mCount) + ")"
+                                                         : "";
     mConsole.Report(lDone + CountText(static_cast<long long>(mProgress.GetTotal()), "motion", "motions") + lPart + " in " +
                     mProgress.GetTime() + ": " + mProgress.GetCounts() +
                     (mWarned > 0

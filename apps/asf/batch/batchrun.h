@@ -26,10 +26,10 @@ private:
     bool OpenManifest();
     void RemoveLeftovers();
     bool OpenReport();
-    void DoAll();
-    void DoSome(int pSlot);
-    bool TakeNext(const KCollection::KFile*& pFile);
-    void Take(const KCollection::KFile& pFile, const KBatchResult& pResult);
+    void RunSlots();
+    void RunSlot(int pSlot);
+    bool NextFile(const KCollection::KFile*& pFile);
+    void Count(const KCollection::KFile& pFile, const KBatchResult& pResult);
     void Finish();
 
     const KBatchOptions& mOptions;
@@ -43,7 +43,7 @@ private:
     std::mutex           mMutex; ///< Of all that follows, the console, the manifest and the report.
     size_t               mNext = 0;
     KBatchProgress       mProgress;
-    std::vector<size_t>  mPart;              ///< Indices of the motions to do.
+    std::vector<size_t>  mSelected;          ///< Indices of the motions to do.
     size_t               mWarned = 0;        ///< Motions with warnings.
     bool                 mIsStopped = false; ///< No further motion is begun.
 };

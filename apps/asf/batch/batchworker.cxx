@@ -89,11 +89,11 @@ bool KBatchFile::MakeFolders()
     fs::create_directories(mStaging, lError);
     if (!lError)
     {
-        fs::create_directories(fs::path(Final(mOutput)).parent_path(), lError);
+        fs::create_directories(fs::path(OutputPath(mOutput)).parent_path(), lError);
     }
     if (lError)
     {
-        Fail(eEXIT_SYSTEM, "system", Final(mOutput) + " cannot be written: " + lError.message());
+        Fail(eEXIT_SYSTEM, "system", OutputPath(mOutput) + " cannot be written: " + lError.message());
     }
     return !lError;
 }
@@ -168,14 +168,14 @@ void KBatchFile::RunWorker()
 }
 
 /// The worker's messages, with the outputs' places instead of the staging folder.
-KJson KBatchFile::FinalMessages() const
+KJson KBatchFile::WorkerMessages() const
 {
     KJson lMessages = mReport.value("messages", KJson::array());
     if (mOptions.mOnlyChecks)
     {
         return lMessages;
     }
-    const std::string lPlace = fs::path(Final(mOutput)).parent_path().string();
+    const std::string lPlace = fs::path(OutputPath(mOutput)).parent_path().string();
     for (KJson& lMessage : lMessages)
     {
         for (const char* lKey : {"file", "text"})
@@ -198,7 +198,7 @@ bool KBatchFile::ReadWorker(const std::string& pOut, int pExit)
     mResult.mLine["options"] = OptionsText();
     mResult.mLine["version"] = QEX_VERSION;
     mResult.mLine["takes"] = mReport.value("takes", KJson::array());
-    mResult.mLine["messages"] = FinalMessages();
+    mResult.mLine["messages"] = WorkerMessages();
     if (pExit != 0)
     {
         std::string lText = "failed";

@@ -45,7 +45,7 @@ void AddRunOptions(CLI::App& pCommand, KBatchOptions& pOptions)
     pCommand.add_option("--jobs", pOptions.mJobs, "Motions to do at a time (default: one for each core)")
         ->check(NumberFrom(1, 4096, true))
         ->option_text("N");
-    pCommand.add_option("--shard", pOptions.mShard, "Do only part I of N, such as 3/8; auto: the part of a Slurm array's task")
+    pCommand.add_option("--shard", pOptions.mShardText, "Do only part I of N, such as 3/8; auto: the part of a Slurm array's task")
         ->option_text("I/N");
     pCommand.add_option("--timeout", pOptions.mTimeout, "Most seconds for one motion (default: no limit)")
         ->check(NumberFrom(0.001, 1e9))

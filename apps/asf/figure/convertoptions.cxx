@@ -16,12 +16,6 @@ namespace
 
 const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf", "npz", "csv"};
 
-bool UsageError(KConsole& pConsole, const std::string& pText)
-{
-    pConsole.Fail(eEXIT_USAGE, pText);
-    return false;
-}
-
 /// "2.5" is seconds, "60f" frames.
 bool ParseTakeTime(const char* pOption, const std::string& pText, KTakeTime& pTime, KConsole& pConsole)
 {
@@ -33,7 +27,7 @@ bool ParseTakeTime(const char* pOption, const std::string& pText, KTakeTime& pTi
     pTime.mIsFrame = pText.back() == 'f';
     const bool lOk = ParseNumber(pTime.mIsFrame ? pText.substr(0, pText.size() - 1) : pText, pTime.mValue) && pTime.mValue >= -1e6 &&
                      pTime.mValue <= 1e9;
-    return lOk || UsageError(pConsole, std::string(pOption) + ": expected seconds such as 2.5 or frames such as 60f, not " + pText);
+    return lOk || pConsole.Refuse(std::string(pOption) + ": expected seconds such as 2.5 or frames such as 60f, not " + pText);
 }
 
 /// Channels are listed with the last rotation first: ZXY rotates about y first.
@@ -53,7 +47,7 @@ bool ParseChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCo
             return true;
         }
     }
-    return pWord.empty() || UsageError(pConsole, "--channels: expected X, Y and Z in any order, such as ZXY, not " + pWord);
+    return pWord.empty() || pConsole.Refuse("--channels: expected X, Y and Z in any order, such as ZXY, not " + pWord);
 }
 
 bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKind& pKind, KConsole& pConsole)
@@ -75,7 +69,7 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
             return true;
         }
     }
-    return UsageError(pConsole, "--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not " + pPath + "; or use --to");
+    return pConsole.Refuse("--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not " + pPath + "; or use --to");
 }
 
 bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
@@ -92,11 +86,11 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
         }
         if (!lPaths.insert(lPath).second)
         {
-            return UsageError(pConsole, "--output: " + lPath + " is given twice");
+            return pConsole.Refuse("--output: " + lPath + " is given twice");
         }
         if ((lOutput.mKind == eOUT_ASF || lOutput.mKind == eOUT_AMC) && pOptions.Writes(lOutput.mKind))
         {
-            return UsageError(pConsole, "--output: expected at most one skeleton and one motion");
+            return pConsole.Refuse("--output: expected at most one skeleton and one motion");
         }
         pOptions.mTargets.push_back(lOutput);
     }
@@ -106,18 +100,18 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
 bool ParseMemory(KConvertOptions& pOptions, KConsole& pConsole)
 {
     return pOptions.mMemory.empty() || ParseBytes(pOptions.mMemory, pOptions.mMaxMemory) ||
-           UsageError(pConsole, "--memory: expected bytes such as 800M or 2G, not " + pOptions.mMemory);
+           pConsole.Refuse("--memory: expected bytes such as 800M or 2G, not " + pOptions.mMemory);
 }
 
 bool CheckJson(const KConvertOptions& pOptions, KConsole& pConsole)
 {
     const bool lIsTaken = std::find(pOptions.mOutputs.begin(), pOptions.mOutputs.end(), "-") != pOptions.mOutputs.end();
-    return !pOptions.mJson || !lIsTaken || UsageError(pConsole, "--json writes to standard output: choose another output than -");
+    return !pOptions.mJson || !lIsTaken || pConsole.Refuse("--json writes to standard output: choose another output than -");
 }
 
 bool CheckFormatOption(const std::string& pWord, const char* pOption, bool pIsUsed, const char* pFormat, KConsole& pConsole)
 {
-    return pWord.empty() || pIsUsed || UsageError(pConsole, std::string(pOption) + " is for " + pFormat + " only");
+    return pWord.empty() || pIsUsed || pConsole.Refuse(std::string(pOption) + " is for " + pFormat + " only");
 }
 
 /// What a format defines itself cannot be chosen.
@@ -127,19 +121,19 @@ bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
     const KWorldOptions& lWorld = pOptions.mWorld;
     if (lGltf && !lWorld.mUp.empty())
     {
-        return UsageError(pConsole, "--up is not for glTF, where y is up by its standard");
+        return pConsole.Refuse("--up is not for glTF, where y is up by its standard");
     }
     if (lGltf && !lWorld.mUnits.empty())
     {
-        return UsageError(pConsole, "--units is not for glTF, which is in metres by its standard; --scale changes the size");
+        return pConsole.Refuse("--units is not for glTF, which is in metres by its standard; --scale changes the size");
     }
     if (pOptions.Writes(eOUT_AMC) && !pOptions.Writes(eOUT_ASF) && !lWorld.mUnits.empty())
     {
-        return UsageError(pConsole, "--units is not for AMC without ASF, which is in the length unit of its skeleton");
+        return pConsole.Refuse("--units is not for AMC without ASF, which is in the length unit of its skeleton");
     }
     if (!pOptions.mPreset.empty() && (lWorld.mUp == "y" || (!lWorld.mUnits.empty() && lWorld.mUnits != "m")))
     {
-        return UsageError(pConsole, "--preset " + pOptions.mPreset + " is in metres and has z up; --scale changes the size");
+        return pConsole.Refuse("--preset " + pOptions.mPreset + " is in metres and has z up; --scale changes the size");
     }
     return CheckLengthUnit(lWorld, pOptions.mLengthUnit, false, pConsole);
 }
