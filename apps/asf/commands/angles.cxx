@@ -72,26 +72,25 @@ std::unique_ptr<KTableValues> MakeAngles(const KTableOptions& pOptions, KLoadedM
 
 } // namespace
 
-void AddAnglesCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpAngles(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KTableOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("angles", "Write the degrees of freedom of a motion, with their limits, in every frame");
-    AddTableOptions(*lCommand, *lOptions, false);
-    lCommand->add_option("--units", lOptions->mWorld.mUnits, "Unit of length to write: cm (default), m, in, or file for that of the input")
+    auto lOptions = std::make_shared<KTableOptions>();
+    AddTableOptions(pCommand, *lOptions, false);
+    pCommand.add_option("--units", lOptions->mWorld.mUnits, "Unit of length to write: cm (default), m, in, or file for that of the input")
         ->check(OneOf({"cm", "m", "in", "file"}))
         ->option_text("UNIT");
-    lCommand->footer("The numbers are the file's own, turns beyond 180 degrees included: of AMC the values of each bone's degrees of\n"
-                     "freedom, of BVH the channels, which have no limits. Degrees, and centimetres for translations. CSV has the columns\n"
-                     "frame,time,bone,dof,value,min,max,outside: how far a value is beyond a limit, below the lower one negative; or with\n"
-                     "--wide a column NAME.DOF for each. An .npy file holds float32 of shape (frames, degrees of freedom); their names go\n"
-                     "to OUT.names.txt next to it. An .npz file has names and limits, too. glTF has no degrees of freedom.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf angles walk.amc -o walk.csv\n"
-                     "  asf angles walk.amc --joints left_shin,right_shin --wide\n"
-                     "  asf angles walk.amc --fps 30 -o walk.npz\n"
-                     "  asf angles walk.amc | awk -F, '$8 > 0 || $8 < 0'");
-    lCommand->callback(
+    pCommand.footer("The numbers are the file's own, turns beyond 180 degrees included: of AMC the values of each bone's degrees of\n"
+                    "freedom, of BVH the channels, which have no limits. Degrees, and centimetres for translations. CSV has the columns\n"
+                    "frame,time,bone,dof,value,min,max,outside: how far a value is beyond a limit, below the lower one negative; or with\n"
+                    "--wide a column NAME.DOF for each. An .npy file holds float32 of shape (frames, degrees of freedom); their names go\n"
+                    "to OUT.names.txt next to it. An .npz file has names and limits, too. glTF has no degrees of freedom.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf angles walk.amc -o walk.csv\n"
+                    "  asf angles walk.amc --joints left_shin,right_shin --wide\n"
+                    "  asf angles walk.amc --fps 30 -o walk.npz\n"
+                    "  asf angles walk.amc | awk -F, '$8 > 0 || $8 < 0'");
+    pCommand.callback(
         [lOptions, &pConsole]
         {
             const auto lMake = [&](KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)

@@ -78,23 +78,22 @@ std::vector<std::string> ArgumentsOf(const std::vector<const CLI::Option*>& pOpt
 
 } // namespace
 
-void AddBatchCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpBatch(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KBatchOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("batch", "Convert or check whole collections of motions");
-    AddFileOptions(*lCommand, *lOptions);
-    AddRunOptions(*lCommand, *lOptions);
-    const std::vector<CLI::Option*> lBefore = lCommand->get_options({});
-    AddEachFileOptions(*lCommand, lOptions->mConvert);
+    auto lOptions = std::make_shared<KBatchOptions>();
+    AddFileOptions(pCommand, *lOptions);
+    AddRunOptions(pCommand, *lOptions);
+    const std::vector<CLI::Option*> lBefore = pCommand.get_options({});
+    AddEachFileOptions(pCommand, lOptions->mConvert);
     std::vector<const CLI::Option*> lPassedOn;
-    for (const CLI::Option* lOption : lCommand->get_options({}))
+    for (const CLI::Option* lOption : pCommand.get_options({}))
     {
         if (std::find(lBefore.begin(), lBefore.end(), lOption) == lBefore.end())
         {
             lPassedOn.push_back(lOption);
         }
     }
-    lCommand->footer(
+    pCommand.footer(
         "Each motion finds its skeleton as in asf convert, also in the folder above. What was made before stays, so the same call\n"
         "goes on where a run was stopped. Files that fail cost only themselves.\n"
         "\n"
@@ -106,7 +105,7 @@ void AddBatchCommand(CLI::App& pProgram, KConsole& pConsole)
         "  asf batch subjects --to none --report health.jsonl\n"
         "  asf batch subjects -o out --to glb --shard 3/8\n"
         "  asf batch --gather out");
-    lCommand->callback(
+    pCommand.callback(
         [lOptions, lPassedOn, &pConsole]
         {
             lOptions->mConvertArguments = ArgumentsOf(lPassedOn);

@@ -145,30 +145,29 @@ void RunCheck(KCheckOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpCheck(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KCheckOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("check", "Report problems in skeletons, motions and figures");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to check; \"-\" is standard input")->required()->option_text("...");
-    lCommand->add_flag("--strict", lOptions->mStrict, "Treat warnings as errors in the exit status");
-    lCommand->add_flag("--json", lOptions->mJson, "Print JSON instead of the summary: one object per file, each on its own line");
-    lCommand->add_option("--only", lOptions->mOnly, "Show only errors or only warnings; what is counted does not change")
+    auto lOptions = std::make_shared<KCheckOptions>();
+    pCommand.add_option("FILE", lOptions->mFiles, "Files to check; \"-\" is standard input")->required()->option_text("...");
+    pCommand.add_flag("--strict", lOptions->mStrict, "Treat warnings as errors in the exit status");
+    pCommand.add_flag("--json", lOptions->mJson, "Print JSON instead of the summary: one object per file, each on its own line");
+    pCommand.add_option("--only", lOptions->mOnly, "Show only errors or only warnings; what is counted does not change")
         ->check(OneOf({"errors", "warnings"}))
         ->option_text("KIND");
-    lCommand->add_flag("--no-limits", lOptions->mNoLimits, "Leave out values outside the skeleton's limits");
-    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
-    AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("Messages go to standard error as FILE:LINE: warning: TEXT, or error: if the file cannot be read. Standard output\n"
-                     "gets a summary line. The exit status is 0 if there are no errors.\n"
-                     "After an error in a motion, reading goes on with the next frame, until 100 errors are found.\n"
-                     "A motion is read with a skeleton given in the same call, else with one from its folder; values outside the\n"
-                     "skeleton's limits give warnings.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf check walker.asf walk.amc\n"
-                     "  asf check --strict *.asf && echo clean\n"
-                     "  asf check --json *.amc | jq -r 'select(.ok | not) | .file'");
-    lCommand->callback([lOptions, &pConsole] { RunCheck(*lOptions, pConsole); });
+    pCommand.add_flag("--no-limits", lOptions->mNoLimits, "Leave out values outside the skeleton's limits");
+    AddFormatOption(pCommand, lOptions->mMotion.mFrom);
+    AddMotionOptions(pCommand, lOptions->mMotion);
+    pCommand.footer("Messages go to standard error as FILE:LINE: warning: TEXT, or error: if the file cannot be read. Standard output\n"
+                    "gets a summary line. The exit status is 0 if there are no errors.\n"
+                    "After an error in a motion, reading goes on with the next frame, until 100 errors are found.\n"
+                    "A motion is read with a skeleton given in the same call, else with one from its folder; values outside the\n"
+                    "skeleton's limits give warnings.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf check walker.asf walk.amc\n"
+                    "  asf check --strict *.asf && echo clean\n"
+                    "  asf check --json *.amc | jq -r 'select(.ok | not) | .file'");
+    pCommand.callback([lOptions, &pConsole] { RunCheck(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

@@ -9,22 +9,22 @@ class App;
 }
 
 /// \file
-/// One function per command: adds the command with its options, help and examples to the program, and a callback that runs it.
+/// One function per command: gives it its options, help and examples, and a callback that runs it.
 /// A command reports through the console, which also holds the exit status.
 
 namespace asfapp
 {
 
-void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddCheckCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddRotationsCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddAnglesCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddBatchCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddEditCommand(CLI::App& pProgram, KConsole& pConsole);
-void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole);
+void SetUpInfo(CLI::App& pCommand, KConsole& pConsole);
+void SetUpCheck(CLI::App& pCommand, KConsole& pConsole);
+void SetUpDraw(CLI::App& pCommand, KConsole& pConsole);
+void SetUpPositions(CLI::App& pCommand, KConsole& pConsole);
+void SetUpRotations(CLI::App& pCommand, KConsole& pConsole);
+void SetUpAngles(CLI::App& pCommand, KConsole& pConsole);
+void SetUpConvert(CLI::App& pCommand, KConsole& pConsole);
+void SetUpBatch(CLI::App& pCommand, KConsole& pConsole);
+void SetUpEdit(CLI::App& pCommand, KConsole& pConsole);
+void SetUpDiff(CLI::App& pCommand, KConsole& pConsole);
 
 } // namespace asfapp
 

@@ -126,26 +126,25 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddConvertCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpConvert(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KConvertOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("convert", "Convert between ASF and AMC, BVH and glTF, and to tables");
-    AddConvertOptions(*lCommand, *lOptions);
-    lCommand->footer("Lengths are centimetres in BVH, unless --units says otherwise, and metres in glTF. Several AMC files become several "
-                     "animations of one glTF file.\n"
-                     "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them. NPZ holds arrays of a take's transforms,\n"
-                     "CSV the positions that asf positions writes.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf convert walk.amc -o walk.glb\n"
-                     "  asf convert walker.asf walk.amc run.amc -o {name}.bvh --fps 30\n"
-                     "  asf convert dance.bvh -o dance.asf dance.amc\n"
-                     "  asf convert dance.bvh --skeleton performer.asf -o dance.amc\n"
-                     "  asf convert old.asf -o new.asf --length-unit 1\n"
-                     "  asf convert walk.amc -o walk.bvh --up z --units m --in-place\n"
-                     "  asf convert walk.amc -o walk.npz --preset motion-imitation\n"
-                     "  asf convert walk.amc -o part.bvh --start 1.5 --end 300f --every 4");
-    lCommand->callback([lOptions, &pConsole] { RunConvert(*lOptions, pConsole); });
+    auto lOptions = std::make_shared<KConvertOptions>();
+    AddConvertOptions(pCommand, *lOptions);
+    pCommand.footer("Lengths are centimetres in BVH, unless --units says otherwise, and metres in glTF. Several AMC files become several "
+                    "animations of one glTF file.\n"
+                    "ASF and glTF keep degrees of freedom and limits; BVH cannot hold them. NPZ holds arrays of a take's transforms,\n"
+                    "CSV the positions that asf positions writes.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf convert walk.amc -o walk.glb\n"
+                    "  asf convert walker.asf walk.amc run.amc -o {name}.bvh --fps 30\n"
+                    "  asf convert dance.bvh -o dance.asf dance.amc\n"
+                    "  asf convert dance.bvh --skeleton performer.asf -o dance.amc\n"
+                    "  asf convert old.asf -o new.asf --length-unit 1\n"
+                    "  asf convert walk.amc -o walk.bvh --up z --units m --in-place\n"
+                    "  asf convert walk.amc -o walk.npz --preset motion-imitation\n"
+                    "  asf convert walk.amc -o part.bvh --start 1.5 --end 300f --every 4");
+    pCommand.callback([lOptions, &pConsole] { RunConvert(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

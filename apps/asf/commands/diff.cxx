@@ -129,22 +129,21 @@ void RunDiff(KDiffOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpDiff(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KDiffOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("diff", "Compare two figures and their motions");
-    lCommand->add_option("FILE", lOptions->mFiles, "Two of ASF, BVH, GLB or glTF, with AMC files for ASF; or two AMC files")
+    auto lOptions = std::make_shared<KDiffOptions>();
+    pCommand.add_option("FILE", lOptions->mFiles, "Two of ASF, BVH, GLB or glTF, with AMC files for ASF; or two AMC files")
         ->required()
         ->expected(2, 4)
         ->option_text("...");
-    lCommand
-        ->add_option("--tolerance", lOptions->mTolerance,
-                     "Tolerance: a fraction of the first figure's height, for angles radians (default: 0.001)")
+    pCommand
+        .add_option("--tolerance", lOptions->mTolerance,
+                    "Tolerance: a fraction of the first figure's height, for angles radians (default: 0.001)")
         ->check(NumberFrom(0, 1e9))
         ->option_text("T");
-    lCommand
-        ->add_option("--ignore", lOptions->mIgnored,
-                     "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, rate, duration, positions")
+    pCommand
+        .add_option("--ignore", lOptions->mIgnored,
+                    "Aspects to ignore: names, parents, rest, lengths, dofs, limits, frames, rate, duration, positions")
         ->delimiter(',')
         ->check(OneOf({"names", "parents", "rest", "lengths", "dofs", "limits", "frames", "rate", "duration", "positions"}))
         ->type_size(1)
@@ -152,20 +151,19 @@ void AddDiffCommand(CLI::App& pProgram, KConsole& pConsole)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("WHAT,...");
-    lCommand->add_option("--take", lOptions->mTake, "Take to compare if there are several (default: the first)")->option_text("NAME");
-    lCommand->add_flag("--json", lOptions->mJson, "Print the differences as one JSON object");
-    AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer(
-        "Joints are matched by name, else by the name after the last colon; roots with each other. Frames are compared one by\n"
-        "one from the first, whatever their rates. The exit status is 0 if nothing that was compared differs by more than\n"
-        "the tolerance, else 1; a joint that only one figure has is a difference.\n"
-        "\n"
-        "Examples:\n"
-        "  asf diff old.asf new.asf\n"
-        "  asf diff old.asf new.asf old.amc new.amc\n"
-        "  asf diff walk.amc walk.bvh --tolerance 1e-5\n"
-        "  asf diff walk.amc back.amc --ignore dofs,limits --json");
-    lCommand->callback([lOptions, &pConsole] { RunDiff(*lOptions, pConsole); });
+    pCommand.add_option("--take", lOptions->mTake, "Take to compare if there are several (default: the first)")->option_text("NAME");
+    pCommand.add_flag("--json", lOptions->mJson, "Print the differences as one JSON object");
+    AddMotionOptions(pCommand, lOptions->mMotion);
+    pCommand.footer("Joints are matched by name, else by the name after the last colon; roots with each other. Frames are compared one by\n"
+                    "one from the first, whatever their rates. The exit status is 0 if nothing that was compared differs by more than\n"
+                    "the tolerance, else 1; a joint that only one figure has is a difference.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf diff old.asf new.asf\n"
+                    "  asf diff old.asf new.asf old.amc new.amc\n"
+                    "  asf diff walk.amc walk.bvh --tolerance 1e-5\n"
+                    "  asf diff walk.amc back.amc --ignore dofs,limits --json");
+    pCommand.callback([lOptions, &pConsole] { RunDiff(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

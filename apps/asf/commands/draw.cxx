@@ -195,54 +195,52 @@ void RunDraw(KDrawOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddDrawCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpDraw(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KDrawOptions>();
-    CLI::App* lCommand =
-        pProgram.add_subcommand("draw", "Draw a skeleton at rest, or poses or angles of a motion, as an SVG or PNG picture");
-    lCommand->add_option("FILE", lOptions->mFiles, "ASF, ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
+    auto lOptions = std::make_shared<KDrawOptions>();
+    pCommand.add_option("FILE", lOptions->mFiles, "ASF, ASF and AMC, AMC alone, BVH, GLB or glTF; \"-\" is standard input")
         ->required()
         ->expected(1, 2)
         ->option_text(" ");
-    lCommand->add_option("-o,--output", lOptions->mOutput, "File to write: .svg or .png; \"-\" is SVG to standard output")
+    pCommand.add_option("-o,--output", lOptions->mOutput, "File to write: .svg or .png; \"-\" is SVG to standard output")
         ->required()
         ->option_text("FILE (required)");
-    lCommand->add_option("--view", lOptions->mView, "front (the default), side, top or all")
+    pCommand.add_option("--view", lOptions->mView, "front (the default), side, top or all")
         ->check(OneOf({"front", "side", "top", "all"}))
         ->option_text("VIEW");
-    lCommand->add_option("--width", lOptions->mWidth, "Width of the picture (default: as the poses need)")
+    pCommand.add_option("--width", lOptions->mWidth, "Width of the picture (default: as the poses need)")
         ->check(NumberFrom(kMinPictureWidth, kMaxPictureWidth, true))
         ->option_text("PIXELS");
-    lCommand->add_flag("--names", lOptions->mNames, "Label the joints with their names");
-    lCommand
-        ->add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last (default: five, evenly spaced)")
+    pCommand.add_flag("--names", lOptions->mNames, "Label the joints with their names");
+    pCommand
+        .add_option("--frames", lOptions->mFrames, "Frames of a motion to draw, such as 1,100-200:20,last (default: five, evenly spaced)")
         ->option_text("LIST");
-    lCommand
-        ->add_option("--trail", lOptions->mTrails,
-                     "Also draw the path of a bone's end, with the poses at their world positions; may be repeated")
+    pCommand
+        .add_option("--trail", lOptions->mTrails,
+                    "Also draw the path of a bone's end, with the poses at their world positions; may be repeated")
         ->option_text("BONE")
         ->allow_extra_args(false);
-    lCommand
-        ->add_option("--curves", lOptions->mCurves,
-                     "Instead draw these joints' angles over time, and where they pass their limits; several are separated by commas")
+    pCommand
+        .add_option("--curves", lOptions->mCurves,
+                    "Instead draw these joints' angles over time, and where they pass their limits; several are separated by commas")
         ->option_text("JOINT,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    lCommand->add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
-    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
-    AddRate(*lCommand, "Poses per second of the motion to draw: the frames nearest to them (default: five poses)", lOptions->mMotion);
-    AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("SVG opens in any browser and stays sharp at every size. Left limbs are red, right limbs blue; the bar at the bottom "
-                     "shows the scale. Poses\n"
-                     "of a motion are drawn side by side.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf draw walker.asf -o walker.svg\n"
-                     "  asf draw walker.asf -o walker.png --width 1920 --view all --names\n"
-                     "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
-                     "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand\n"
-                     "  asf draw walk.amc -o knees.svg --curves left_shin,right_shin");
-    lCommand->callback([lOptions, &pConsole] { RunDraw(*lOptions, pConsole); });
+    pCommand.add_option("--take", lOptions->mTake, "Take to draw if there are several (default: the first)")->option_text("NAME");
+    AddFormatOption(pCommand, lOptions->mMotion.mFrom);
+    AddRate(pCommand, "Poses per second of the motion to draw: the frames nearest to them (default: five poses)", lOptions->mMotion);
+    AddMotionOptions(pCommand, lOptions->mMotion);
+    pCommand.footer("SVG opens in any browser and stays sharp at every size. Left limbs are red, right limbs blue; the bar at the bottom "
+                    "shows the scale. Poses\n"
+                    "of a motion are drawn side by side.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf draw walker.asf -o walker.svg\n"
+                    "  asf draw walker.asf -o walker.png --width 1920 --view all --names\n"
+                    "  asf draw walk.amc -o walk.svg --view side --frames 1-last:30\n"
+                    "  asf draw walk.amc -o walk.svg --view side --trail left_foot --trail right_hand\n"
+                    "  asf draw walk.amc -o knees.svg --curves left_shin,right_shin");
+    pCommand.callback([lOptions, &pConsole] { RunDraw(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

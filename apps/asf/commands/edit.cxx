@@ -214,43 +214,40 @@ void RunEdit(const KEditOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddEditCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpEdit(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KEditOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("edit", "Change a skeleton and its motions: names, size, limits, dummy bones");
-    lCommand->add_option("FILE", lOptions->mFiles, "ASF file and its AMC files, if any; \"-\" is standard input")
+    auto lOptions = std::make_shared<KEditOptions>();
+    pCommand.add_option("FILE", lOptions->mFiles, "ASF file and its AMC files, if any; \"-\" is standard input")
         ->required()
         ->option_text("...");
-    lCommand
-        ->add_option("-o,--output", lOptions->mOutputs,
-                     "ASF file to write, then an AMC file for each that is read, or one with {name} in its name for all of them")
+    pCommand
+        .add_option("-o,--output", lOptions->mOutputs,
+                    "ASF file to write, then an AMC file for each that is read, or one with {name} in its name for all of them")
         ->required()
         ->type_size(1)
         ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("FILE...");
-    lCommand->add_option("--rename", lOptions->mRenames, "Rename a bone; may be repeated")
+    pCommand.add_option("--rename", lOptions->mRenames, "Rename a bone; may be repeated")
         ->type_size(1)
         ->expected(1)
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->option_text("OLD=NEW");
-    lCommand->add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(NumberFrom(1e-9, 1e9))->option_text("FACTOR");
-    lCommand->add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
-    lCommand->add_flag("--remove-dummies", lOptions->mRemoveDummies,
-                       "Remove bones without degrees of freedom if that moves no other joint");
-    AddAllowUnmatched(*lCommand, lOptions->mMotion);
-    lCommand->add_flag("-q,--quiet", lOptions->mMotion.mQuiet, "No notes");
-    lCommand->footer(
-        "Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name and hold\n"
-        "lengths: renaming and scaling change them, too. All files are replaced together, or none.\n"
-        "\n"
-        "Examples:\n"
-        "  asf edit old.asf -o new.asf --drop-limits\n"
-        "  asf edit old.asf walk.amc run.amc -o new.asf new_walk.amc new_run.amc --rename lhip=left_hip\n"
-        "  asf edit old.asf *.amc -o half/new.asf 'half/{name}.amc' --scale 0.5");
-    lCommand->callback([lOptions, &pConsole] { RunEdit(*lOptions, pConsole); });
+    pCommand.add_option("--scale", lOptions->mScale, "Factor for all lengths")->check(NumberFrom(1e-9, 1e9))->option_text("FACTOR");
+    pCommand.add_flag("--drop-limits", lOptions->mDropLimits, "Remove all joint limits");
+    pCommand.add_flag("--remove-dummies", lOptions->mRemoveDummies, "Remove bones without degrees of freedom if that moves no other joint");
+    AddAllowUnmatched(pCommand, lOptions->mMotion);
+    pCommand.add_flag("-q,--quiet", lOptions->mMotion.mQuiet, "No notes");
+    pCommand.footer("Renames are applied in the order given, so that A=C B=A C=B swaps two names. Motions refer to bones by name and hold\n"
+                    "lengths: renaming and scaling change them, too. All files are replaced together, or none.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf edit old.asf -o new.asf --drop-limits\n"
+                    "  asf edit old.asf walk.amc run.amc -o new.asf new_walk.amc new_run.amc --rename lhip=left_hip\n"
+                    "  asf edit old.asf *.amc -o half/new.asf 'half/{name}.amc' --scale 0.5");
+    pCommand.callback([lOptions, &pConsole] { RunEdit(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

@@ -165,25 +165,24 @@ void RunInfo(KInfoOptions& pOptions, KConsole& pConsole)
 
 } // namespace
 
-void AddInfoCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpInfo(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KInfoOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("info", "Show what skeletons, motions and figures contain");
-    lCommand->add_option("FILE", lOptions->mFiles, "Files to read; \"-\" is standard input")->required()->option_text("...");
-    lCommand->add_flag("--json", lOptions->mJson, "Print JSON: one object per file, also for unreadable ones, each on its own line");
-    AddFormatOption(*lCommand, lOptions->mMotion.mFrom);
-    AddMotionOptions(*lCommand, lOptions->mMotion);
-    lCommand->footer("For a skeleton, prints the bone tree: length in centimetres and in the file's unit, degrees of freedom in file\n"
-                     "order with their limits. For a motion, prints for each degree of freedom its least and greatest value, its limits,\n"
-                     "and the number of frames outside them. For BVH and glTF, prints the takes, and the joint tree with what moves each\n"
-                     "joint. A motion is read with a skeleton given in the same call, else with one from its folder.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf info walker.asf\n"
-                     "  asf info walk.amc\n"
-                     "  asf info dance.bvh dance.glb\n"
-                     "  asf info --json walker.asf | jq '.skeleton.bones[].name'");
-    lCommand->callback([lOptions, &pConsole] { RunInfo(*lOptions, pConsole); });
+    auto lOptions = std::make_shared<KInfoOptions>();
+    pCommand.add_option("FILE", lOptions->mFiles, "Files to read; \"-\" is standard input")->required()->option_text("...");
+    pCommand.add_flag("--json", lOptions->mJson, "Print JSON: one object per file, also for unreadable ones, each on its own line");
+    AddFormatOption(pCommand, lOptions->mMotion.mFrom);
+    AddMotionOptions(pCommand, lOptions->mMotion);
+    pCommand.footer("For a skeleton, prints the bone tree: length in centimetres and in the file's unit, degrees of freedom in file\n"
+                    "order with their limits. For a motion, prints for each degree of freedom its least and greatest value, its limits,\n"
+                    "and the number of frames outside them. For BVH and glTF, prints the takes, and the joint tree with what moves each\n"
+                    "joint. A motion is read with a skeleton given in the same call, else with one from its folder.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf info walker.asf\n"
+                    "  asf info walk.amc\n"
+                    "  asf info dance.bvh dance.glb\n"
+                    "  asf info --json walker.asf | jq '.skeleton.bones[].name'");
+    pCommand.callback([lOptions, &pConsole] { RunInfo(*lOptions, pConsole); });
 }
 
 } // namespace asfapp

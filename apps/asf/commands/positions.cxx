@@ -26,25 +26,24 @@ std::unique_ptr<KTableValues> MakePositions(const KTableOptions& pOptions, const
 
 } // namespace
 
-void AddPositionsCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpPositions(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KTableOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("positions", "Write the positions of all joints in every frame");
-    AddTableOptions(*lCommand, *lOptions, true);
-    AddWorldOptions(*lCommand, lOptions->mWorld);
-    lCommand->footer("Positions are in world space: x to the figure's left at rest, y up, z forward; in centimetres unless --units says\n"
-                     "otherwise. A joint is at the start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from\n"
-                     "the file's first frame. With --fps, frame is the number in the file, with decimals between two frames, and\n"
-                     "--frames is one range. An .npy file holds float32 of shape (frames, joints, 3); the joint names go to\n"
-                     "OUT.names.txt next to it. An .npz file holds names, times and positions.\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf positions walk.amc -o walk.csv\n"
-                     "  asf positions walker.asf walk.amc --frames 1,100-200,last --wide\n"
-                     "  asf positions dance.bvh -o dance.npy\n"
-                     "  asf positions walk.amc --joints left_foot,right_foot --up z --units m -o feet.npz\n"
-                     "  asf positions walk.amc --asf walker.asf --source-fps 30000/1001 --ends -o walk.npy");
-    lCommand->callback(
+    auto lOptions = std::make_shared<KTableOptions>();
+    AddTableOptions(pCommand, *lOptions, true);
+    AddWorldOptions(pCommand, lOptions->mWorld);
+    pCommand.footer("Positions are in world space: x to the figure's left at rest, y up, z forward; in centimetres unless --units says\n"
+                    "otherwise. A joint is at the start of its bone. CSV has the columns frame,time,bone,x,y,z; time is in seconds from\n"
+                    "the file's first frame. With --fps, frame is the number in the file, with decimals between two frames, and\n"
+                    "--frames is one range. An .npy file holds float32 of shape (frames, joints, 3); the joint names go to\n"
+                    "OUT.names.txt next to it. An .npz file holds names, times and positions.\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf positions walk.amc -o walk.csv\n"
+                    "  asf positions walker.asf walk.amc --frames 1,100-200,last --wide\n"
+                    "  asf positions dance.bvh -o dance.npy\n"
+                    "  asf positions walk.amc --joints left_foot,right_foot --up z --units m -o feet.npz\n"
+                    "  asf positions walk.amc --asf walker.asf --source-fps 30000/1001 --ends -o walk.npy");
+    pCommand.callback(
         [lOptions, &pConsole]
         {
             const auto lMake = [&lOptions](const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)

@@ -140,25 +140,24 @@ void AddFormOptions(CLI::App& pCommand, KRotationOptions& pOptions)
 
 } // namespace
 
-void AddRotationsCommand(CLI::App& pProgram, KConsole& pConsole)
+void SetUpRotations(CLI::App& pCommand, KConsole& pConsole)
 {
-    auto      lOptions = std::make_shared<KRotationOptions>();
-    CLI::App* lCommand = pProgram.add_subcommand("rotations", "Write the rotations of all joints in every frame");
-    AddTableOptions(*lCommand, *lOptions, true);
-    AddFormOptions(*lCommand, *lOptions);
-    lCommand->footer("A rotation turns the joint's axes into its parent's, or with --space world into the world's; those of roots are the\n"
-                     "same in both. Scaling is left out. Quaternions are w,x,y,z and do not change sign from frame to frame; matrices\n"
-                     "turn column vectors and are written row by row; 6d is a matrix's first two columns; axis-angle is the axis times\n"
-                     "the angle in radians; Euler angles are degrees, continuous, about the fixed axes of the parent in the order of\n"
-                     "--order, first to last. With --up z the joints' axes are turned as the world's are. An .npy file holds float32 of\n"
-                     "shape (frames, joints, numbers), for matrices (frames, joints, 3, 3).\n"
-                     "\n"
-                     "Examples:\n"
-                     "  asf rotations walk.amc -o walk.csv\n"
-                     "  asf rotations dance.bvh --space world --as matrix -o dance.npy\n"
-                     "  asf rotations walk.amc --as euler --order ZXY --joints left_shin,right_shin --wide\n"
-                     "  asf rotations walk.glb --as 6d --fps 30 -o walk.npz");
-    lCommand->callback([lOptions, &pConsole] { RunRotations(*lOptions, pConsole); });
+    auto lOptions = std::make_shared<KRotationOptions>();
+    AddTableOptions(pCommand, *lOptions, true);
+    AddFormOptions(pCommand, *lOptions);
+    pCommand.footer("A rotation turns the joint's axes into its parent's, or with --space world into the world's; those of roots are the\n"
+                    "same in both. Scaling is left out. Quaternions are w,x,y,z and do not change sign from frame to frame; matrices\n"
+                    "turn column vectors and are written row by row; 6d is a matrix's first two columns; axis-angle is the axis times\n"
+                    "the angle in radians; Euler angles are degrees, continuous, about the fixed axes of the parent in the order of\n"
+                    "--order, first to last. With --up z the joints' axes are turned as the world's are. An .npy file holds float32 of\n"
+                    "shape (frames, joints, numbers), for matrices (frames, joints, 3, 3).\n"
+                    "\n"
+                    "Examples:\n"
+                    "  asf rotations walk.amc -o walk.csv\n"
+                    "  asf rotations dance.bvh --space world --as matrix -o dance.npy\n"
+                    "  asf rotations walk.amc --as euler --order ZXY --joints left_shin,right_shin --wide\n"
+                    "  asf rotations walk.glb --as 6d --fps 30 -o walk.npz");
+    pCommand.callback([lOptions, &pConsole] { RunRotations(*lOptions, pConsole); });
 }
 
 } // namespace asfapp
