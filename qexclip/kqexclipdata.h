@@ -14,7 +14,7 @@ namespace qexsdk
 /// A joint's transform relative to its parent: scaled first, then rotated, then moved.
 struct QEX_API KQexJointTransform
 {
-    float mRotation[4] = {0.0F, 0.0F, 0.0F, 1.0F}; ///< Unit quaternion x, y, z, w.
+    float mRotation[4] = {1.0F, 0.0F, 0.0F, 0.0F}; ///< Unit quaternion w, x, y, z.
     float mTranslation[3] = {0.0F, 0.0F, 0.0F};    ///< Centimetres, in the parent's axes.
     float mScaling[3] = {1.0F, 1.0F, 1.0F};        ///< Factors along the joint's own axes.
 };
@@ -39,7 +39,7 @@ struct QEX_API KQexClipData
     std::vector<KQexJointTransform> mRest;     ///< Each joint at rest.
     KQexSampling                    mSampling; ///< Times of the frames.
 
-    std::vector<float> mRotations;    ///< Frames × joints × 4: unit quaternions x, y, z, w.
+    std::vector<float> mRotations;    ///< Frames × joints × 4: unit quaternions w, x, y, z.
     std::vector<int>   mMovingJoints; ///< Ascending indices of the joints whose translation is not always that at rest.
     std::vector<float> mTranslations; ///< Frames × moving joints × 3, in centimetres.
     std::vector<int>   mScaledJoints; ///< Ascending indices of the joints whose scaling is not always that at rest.

@@ -135,18 +135,24 @@ std::vector<char> KRoots(const KQexClipData& pData)
 
 KQexQuaternion KToQuaternion(const float* pNumbers)
 {
-    return KQexQuaternion{{static_cast<double>(pNumbers[0]), static_cast<double>(pNumbers[1]), static_cast<double>(pNumbers[2]),
-                           static_cast<double>(pNumbers[3])}};
+    return KQexQuaternion{{static_cast<double>(pNumbers[1]), static_cast<double>(pNumbers[2]), static_cast<double>(pNumbers[3]),
+                           static_cast<double>(pNumbers[0])}};
+}
+
+void KPutQuaternion(const KQexQuaternion& pRotation, float* pNumbers)
+{
+    pNumbers[0] = static_cast<float>(pRotation.mData[3]);
+    for (int i = 0; i < 3; ++i)
+    {
+        pNumbers[i + 1] = static_cast<float>(pRotation.mData[i]);
+    }
 }
 
 void KFromQuaternion(const KQexQuaternion& pRotation, float* pNumbers)
 {
     KQexQuaternion lUnit = pRotation;
     lUnit.Normalize();
-    for (int i = 0; i < 4; ++i)
-    {
-        pNumbers[i] = static_cast<float>(lUnit.mData[i]);
-    }
+    KPutQuaternion(lUnit, pNumbers);
 }
 
 } // namespace qexsdk

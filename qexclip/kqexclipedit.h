@@ -55,10 +55,13 @@ void KDropDofs(KQexClipData& pData, const std::vector<char>& pIsDropped);
 /// 1 for each root, 0 for the others.
 std::vector<char> KRoots(const KQexClipData& pData);
 
-/// The quaternion of \p pNumbers: x, y, z, w.
+/// The quaternion of \p pNumbers: w, x, y, z.
 KQexQuaternion KToQuaternion(const float* pNumbers);
 
-/// Sets \p pNumbers to \p pRotation, scaled to unit length.
+/// Sets \p pNumbers to w, x, y, z of \p pRotation as it is.
+void KPutQuaternion(const KQexQuaternion& pRotation, float* pNumbers);
+
+/// KPutQuaternion() of \p pRotation scaled to unit length.
 void KFromQuaternion(const KQexQuaternion& pRotation, float* pNumbers);
 
 } // namespace qexsdk

@@ -100,7 +100,7 @@ public:
         float*       lOut = mData.mRotations.data() + lFrame * mNodes.size() * 4;
         for (const size_t lNode : mInFrame)
         {
-            ToFloats(pFrame.GetRotation(lNode).mData, 4, lOut);
+            KPutQuaternion(pFrame.GetRotation(lNode), lOut);
             lOut += 4;
         }
         lOut = mData.mTranslations.data() + lFrame * mData.mMovingJoints.size() * 3;
@@ -172,7 +172,7 @@ private:
         lPose.GetScaling(KTime(0), lNumbers);
         ToFloats(lNumbers, 3, lRest.mScaling);
         lPose.GetRotation(KTime(0), lRotation);
-        ToFloats(lRotation.mData, 4, lRest.mRotation);
+        KPutQuaternion(lRotation, lRest.mRotation);
         return lRest;
     }
 

@@ -90,10 +90,10 @@ void SetImage(float (&pColumn)[4], float pX, float pY, float pZ, float pFactor)
 /// The matrix of \p pLocal.
 void ToMatrix(const KQexJointTransform& pLocal, KQexWorldTransform& pMatrix)
 {
-    const float lX = pLocal.mRotation[0];
-    const float lY = pLocal.mRotation[1];
-    const float lZ = pLocal.mRotation[2];
-    const float lW = pLocal.mRotation[3];
+    const float lX = pLocal.mRotation[1];
+    const float lY = pLocal.mRotation[2];
+    const float lZ = pLocal.mRotation[3];
+    const float lW = pLocal.mRotation[0];
     SetImage(pMatrix.mData[0], 1.0F - 2.0F * (lY * lY + lZ * lZ), 2.0F * (lX * lY + lZ * lW), 2.0F * (lX * lZ - lY * lW),
              pLocal.mScaling[0]);
     SetImage(pMatrix.mData[1], 2.0F * (lX * lY - lZ * lW), 1.0F - 2.0F * (lX * lX + lZ * lZ), 2.0F * (lY * lZ + lX * lW),

@@ -1,7 +1,6 @@
 // Nodes and curves from a clip.
 
-#include <qexclip/kqexclip.h>
-#include <qexscene/kqexquaternion.h>
+#include <qexclip/kqexclipedit.h>
 #include <qexscene/kqexscene.h>
 #include <qexscene/kqexsceneundo.h>
 
@@ -14,12 +13,6 @@ namespace
 {
 
 constexpr int kOrderXYZ = 0;
-
-KQexQuaternion ToDoubles(const float* pRotation)
-{
-    return KQexQuaternion{{static_cast<double>(pRotation[0]), static_cast<double>(pRotation[1]), static_cast<double>(pRotation[2]),
-                           static_cast<double>(pRotation[3])}};
-}
 
 qexVectorTemplate3<double> ToVector(const float* pNumbers)
 {
@@ -69,7 +62,7 @@ private:
         lNode->SetRotationActive(true);
         const KQexJointTransform& lRest = mData.mRest[pJoint];
         double                    lAngles[3] = {0.0, 0.0, 0.0};
-        ToDoubles(lRest.mRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
+        KToQuaternion(lRest.mRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
         lNode->mLocalTranslation.Set(ToVector(lRest.mTranslation));
         lNode->mLocalRotation.Set(qexVectorTemplate3<double>(lAngles[0], lAngles[1], lAngles[2]));
         lNode->mLocalScaling.Set(ToVector(lRest.mScaling));
@@ -108,7 +101,7 @@ private:
         const float*                     lRotation = mData.mRotations.data() + pJoint * 4;
         for (long long lFrame = 0; lFrame < mData.mSampling.mCount; ++lFrame, lRotation += mData.mNames.size() * 4)
         {
-            ToDoubles(lRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
+            KToQuaternion(lRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
             for (int i = 0; i < 3; ++i)
             {
                 if (!lCurves[i]->AppendSample(mData.mSampling.GetTime(lFrame), static_cast<float>(lAngles[i])))

@@ -18,6 +18,10 @@ AMBIGUOUS = 1e-4     # Radians from half a turn, where both ways are as short.
 EULER_ORDERS = [a + b + c for a in "xyz" for b in "xyz" if b != a for c in "xyz" if c != b]
 
 
+def from_wxyz(numbers):
+    return Rotation.from_quat(numbers[..., [1, 2, 3, 0]])
+
+
 class Clip:
     def __init__(self, folder):
         self.folder = folder
@@ -33,7 +37,7 @@ class Clip:
 
     def local(self):
         """Rotations relative to the parents, frame by frame."""
-        return [Rotation.from_quat(frame) for frame in self.rotations]
+        return [from_wxyz(frame) for frame in self.rotations]
 
     def world(self):
         """World rotations, without scaling, and places."""
@@ -41,7 +45,7 @@ class Clip:
         images = numpy.zeros((self.frames, self.joints, 3, 3))
         turns = [None] * self.joints
         for joint, parent in enumerate(self.parents):
-            turn = Rotation.from_quat(self.rotations[:, joint])
+            turn = from_wxyz(self.rotations[:, joint])
             matrix = turn.as_matrix() * self.scalings[:, joint, None, :]
             place = self.translations[:, joint]
             if parent >= 0:
@@ -74,7 +78,7 @@ class Checks:
 
 def check_forms(clip, checks, space, expected):
     quaternions = clip.read(space + "_quaternion")
-    checks.rotations("quaternions", [Rotation.from_quat(frame[:, [1, 2, 3, 0]]) for frame in quaternions], expected)
+    checks.rotations("quaternions", [from_wxyz(frame) for frame in quaternions], expected)
     checks.at_most("jumps of quaternions", -(quaternions[1:] * quaternions[:-1]).sum(axis=2).min(initial=0.0), 1e-12)
     checks.at_most("first w below 0", -quaternions[0, :, 0].min(), 1e-12)
     matrices = numpy.stack([frame.as_matrix() for frame in expected])
@@ -135,8 +139,8 @@ def check_between(clip, checks, name):
     after = numpy.minimum(before + 1, last)
     for joint in range(clip.joints):
         for row, (one, other) in enumerate(zip(clip.rotations[before, joint], clip.rotations[after, joint])):
-            result = Rotation.from_quat(rotations[row, joint])
-            ends = Rotation.from_quat([one, other])
+            result = from_wxyz(rotations[row, joint])
+            ends = from_wxyz(numpy.array([one, other]))
             turn = (ends[1] * ends[0].inv()).magnitude()
             if turn < numpy.pi - AMBIGUOUS:
                 right = Slerp([0.0, 1.0], ends)(part[row])

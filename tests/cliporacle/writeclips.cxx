@@ -308,9 +308,9 @@ void MakeClip(KRandom& pRandom, const KKind& pKind, KQexClip& pClip)
         {
             KQexQuaternion& lRotation = lRotations[static_cast<size_t>(lJoint)];
             lRotation = pKind.mNext(pRandom, lJoint, lFrame == 0 ? AnyRotation(pRandom) : lRotation);
-            for (const double lNumber : lRotation.mData)
+            for (const int i : {3, 0, 1, 2})
             {
-                lData.mRotations.push_back(static_cast<float>(lNumber));
+                lData.mRotations.push_back(static_cast<float>(lRotation.mData[i]));
             }
         }
         for (size_t i = 0; i < lData.mMovingJoints.size(); ++i)

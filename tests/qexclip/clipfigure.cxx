@@ -55,9 +55,9 @@ KQexClip MakeClipFigure(unsigned int pSeed, int pFrames)
             const double         lAngles[3] = {40.0 * std::sin(lEach + 0.2 * lFrame), 30.0 * std::cos(lEach + 0.1 * lFrame),
                                                20.0 * std::sin(2.0 * lEach)};
             const KQexQuaternion lRotation = KQexQuaternion::FromEuler(lAngles, 0);
-            for (const double lNumber : lRotation.mData)
+            for (const int i : {3, 0, 1, 2})
             {
-                lData.mRotations.push_back(static_cast<float>(lNumber));
+                lData.mRotations.push_back(static_cast<float>(lRotation.mData[i]));
             }
         }
         lData.mTranslations.insert(lData.mTranslations.end(),

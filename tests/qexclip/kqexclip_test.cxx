@@ -68,7 +68,7 @@ KQexClipData TurningJoint(double pDegrees)
     lData.mParents = {-1};
     lData.mRest.resize(1);
     lData.mSampling = KQexSampling{KTime(0), KTime(KTime::kTicksPerSecond), 2};
-    lData.mRotations = {0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, static_cast<float>(std::sin(lHalf)), static_cast<float>(std::cos(lHalf))};
+    lData.mRotations = {1.0F, 0.0F, 0.0F, 0.0F, static_cast<float>(std::cos(lHalf)), 0.0F, 0.0F, static_cast<float>(std::sin(lHalf))};
     lData.mMovingJoints = {0};
     lData.mTranslations = {0.0F, 0.0F, 0.0F, 2.0F, 4.0F, 6.0F};
     return lData;
@@ -76,7 +76,7 @@ KQexClipData TurningJoint(double pDegrees)
 
 double AngleOf(const KQexPose& pPose)
 {
-    return 2.0 * std::atan2(static_cast<double>(pPose[0].mRotation[2]), static_cast<double>(pPose[0].mRotation[3])) * 180.0 /
+    return 2.0 * std::atan2(static_cast<double>(pPose[0].mRotation[3]), static_cast<double>(pPose[0].mRotation[0])) * 180.0 /
            3.14159265358979323846;
 }
 
@@ -243,10 +243,10 @@ TEST(KQexClip, SaysWhatIsWrongWithArrays)
 TEST(KQexClip, NormalizesQuaternionsThatAreAlmostOfUnitLength)
 {
     KQexClipData lData = TurningJoint(90.0);
-    lData.mRotations[3] = 1.0009F;
+    lData.mRotations[0] = 1.0009F;
     KQexClip lClip;
     ASSERT_TRUE(KQexClip::FromArrays(std::move(lData), lClip));
-    EXPECT_EQ(lClip.GetData().mRotations[3], 1.0F);
+    EXPECT_EQ(lClip.GetData().mRotations[0], 1.0F);
 }
 
 TEST(KQexClip, BecomesASceneAndComesBack)

@@ -54,7 +54,7 @@ KQexClipData StillData(KShape pShape, int pJoints, int pFrames)
     }
     for (int i = 0; i < pJoints * pFrames; ++i)
     {
-        lData.mRotations.insert(lData.mRotations.end(), {0.0F, 0.0F, 0.0F, 1.0F});
+        lData.mRotations.insert(lData.mRotations.end(), {1.0F, 0.0F, 0.0F, 0.0F});
     }
     return lData;
 }

@@ -205,7 +205,7 @@ TEST(KQexClipProperties, ASelectionBelowScaledJointsKeepsPlacesAndScale)
     lData.mRest[1].mTranslation[0] = 5.0F;
     lData.mRest[2].mTranslation[0] = 1.0F;
     const float lQuarter = std::sqrt(0.5F);
-    lData.mRotations = {0.0F, 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, lQuarter, lQuarter, 0.0F, 0.0F, 0.0F, 1.0F};
+    lData.mRotations = {1.0F, 0.0F, 0.0F, 0.0F, lQuarter, 0.0F, 0.0F, lQuarter, 1.0F, 0.0F, 0.0F, 0.0F};
     KQexClip lClip;
     KQexClip lLast;
     ASSERT_TRUE(KQexClip::FromArrays(std::move(lData), lClip));
@@ -279,12 +279,12 @@ TEST(KQexClipProperties, InPlaceWithoutTurnTheHeadingStays)
         {
             const float* lRotations = lEach->GetData().mRotations.data();
             std::copy(lRotations, lRotations + 4, lFirst);
-            const KQexQuaternion lBack = KQexQuaternion{{lFirst[0], lFirst[1], lFirst[2], lFirst[3]}}.Inverse();
+            const KQexQuaternion lBack = KQexQuaternion{{lFirst[1], lFirst[2], lFirst[3], lFirst[0]}}.Inverse();
             for (long long lFrame = 0; lFrame < 30; ++lFrame, lRotations += 4 * lEach->GetJointCount())
             {
                 std::copy(lRotations, lRotations + 4, lNow);
                 // The turn about the vertical since the first frame: y and w of a quaternion.
-                const double lTurn = std::fabs((KQexQuaternion{{lNow[0], lNow[1], lNow[2], lNow[3]}} * lBack).mData[1]);
+                const double lTurn = std::fabs((KQexQuaternion{{lNow[1], lNow[2], lNow[3], lNow[0]}} * lBack).mData[1]);
                 lLargestKept = lEach == &lKept ? std::max(lLargestKept, lTurn) : lLargestKept;
                 EXPECT_LE(lEach == &lStill ? lTurn : 0.0, 1e-6) << "frame " << lFrame;
             }

@@ -43,9 +43,10 @@ KQexClip TurningClip(double pDegrees, int pFrames)
     lData.mMovingJoints = {0};
     for (int lFrame = 0; lFrame < pFrames; ++lFrame)
     {
-        for (const double lNumber : KQexQuaternion::About(2, pDegrees * lFrame).mData)
+        const KQexQuaternion lTurn = KQexQuaternion::About(2, pDegrees * lFrame);
+        for (const int i : {3, 0, 1, 2})
         {
-            lData.mRotations.push_back(static_cast<float>(lNumber));
+            lData.mRotations.push_back(static_cast<float>(lTurn.mData[i]));
         }
         lData.mTranslations.insert(lData.mTranslations.end(),
                                    {static_cast<float>(lFrame), 2.0F * static_cast<float>(lFrame), 3.0F * static_cast<float>(lFrame)});

@@ -207,8 +207,8 @@ TEST(KQexClipSteps, MirrorsSkeletonsWhoseAxesDifferFromSideToSide)
     std::vector<KQexQuaternion> lAxes;
     const auto                  lQuaternion = [](const float* pNumbers)
     {
-        return KQexQuaternion{{static_cast<double>(pNumbers[0]), static_cast<double>(pNumbers[1]), static_cast<double>(pNumbers[2]),
-                               static_cast<double>(pNumbers[3])}};
+        return KQexQuaternion{{static_cast<double>(pNumbers[1]), static_cast<double>(pNumbers[2]), static_cast<double>(pNumbers[3]),
+                               static_cast<double>(pNumbers[0])}};
     };
     for (size_t i = 0; i < lData.mNames.size(); ++i)
     {
@@ -225,7 +225,7 @@ TEST(KQexClipSteps, MirrorsSkeletonsWhoseAxesDifferFromSideToSide)
         lUp.Rotate(lPlace, lPlace);
         for (int i = 0; i < 4; ++i)
         {
-            pRotation[i] = static_cast<float>(lResult.mData[i]);
+            pRotation[(i + 1) % 4] = static_cast<float>(lResult.mData[i]);
         }
         for (int i = 0; i < 3; ++i)
         {
