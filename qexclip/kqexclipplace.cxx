@@ -125,12 +125,6 @@ bool KQexClipTransform(const KQexClip& pClip, const KQexQuaternion& pTurn, const
                      });
 }
 
-bool KQexClipMakeZUp(const KQexClip& pClip, KQexClip& pResult)
-{
-    const double lNowhere[3] = {0.0, 0.0, 0.0};
-    return KQexClipTransform(pClip, KQexQuaternion::About(kX, 90.0), lNowhere, pResult);
-}
-
 bool KQexClipInPlace(const KQexClip& pClip, bool pKeepTurn, KQexClip& pResult)
 {
     if (pClip.GetJointCount() == 0)

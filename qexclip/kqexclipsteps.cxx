@@ -36,21 +36,28 @@ void AppendDofValues(const KQexClipData& pFrom, double pFrame, std::vector<float
     }
 }
 
-/// Keeps the frames first, first + every, … of \p pValues, \p pRow numbers each.
-void KeepFrames(std::vector<float>& pValues, size_t pRow, size_t pFirst, size_t pEvery, size_t pCount)
+/// Keeps \p pCount frames of \p pData: first, first + step, … The times stay as they are.
+void KeepFrames(KQexClipData& pData, long long pFirst, long long pStep, long long pCount)
 {
-    if (pValues.empty())
+    const auto lKeep = [=](std::vector<float>& pValues, size_t pRow)
     {
-        return;
-    }
-    std::vector<float> lKept;
-    lKept.reserve(pCount * pRow);
-    for (size_t i = 0; i < pCount; ++i)
-    {
-        const float* lFrom = pValues.data() + (pFirst + i * pEvery) * pRow;
-        lKept.insert(lKept.end(), lFrom, lFrom + pRow);
-    }
-    pValues.swap(lKept);
+        if (pValues.empty())
+        {
+            return;
+        }
+        std::vector<float> lKept;
+        lKept.reserve(static_cast<size_t>(pCount) * pRow);
+        for (long long i = 0; i < pCount; ++i)
+        {
+            const float* lFrom = pValues.data() + static_cast<size_t>(pFirst + i * pStep) * pRow;
+            lKept.insert(lKept.end(), lFrom, lFrom + pRow);
+        }
+        pValues.swap(lKept);
+    };
+    lKeep(pData.mRotations, pData.mNames.size() * 4);
+    lKeep(pData.mTranslations, pData.mMovingJoints.size() * 3);
+    lKeep(pData.mScalings, pData.mScaledJoints.size() * 3);
+    lKeep(pData.mDofValues, pData.mDofs.size());
 }
 
 KQexPose MixPoses(const KQexPose& pFrom, const KQexPose& pTo, double pFraction)
@@ -180,20 +187,22 @@ bool KQexClipCut(const KQexClip& pClip, long long pFirst, long long pLast, int p
     return KMakeClip(pClip, pResult,
                      [pFirst, pLast, pEvery](KQexClipData& pData)
                      {
-                         const size_t    lCount = static_cast<size_t>((pLast - pFirst) / pEvery + 1);
+                         const long long lCount = (pLast - pFirst) / pEvery + 1;
                          const long long lEvery = std::min<long long>(pEvery, pLast - pFirst + 1); // A step that the times hold.
-                         const auto      lKeep = [pFirst, lEvery, lCount](std::vector<float>& pValues, size_t pRow)
-                         {
-                             KeepFrames(pValues, pRow, static_cast<size_t>(pFirst), static_cast<size_t>(lEvery), lCount);
-                         };
-                         lKeep(pData.mRotations, pData.mNames.size() * 4);
-                         lKeep(pData.mTranslations, pData.mMovingJoints.size() * 3);
-                         lKeep(pData.mScalings, pData.mScaledJoints.size() * 3);
-                         lKeep(pData.mDofValues, pData.mDofs.size());
-                         const KTime lStart = pData.mSampling.GetTime(pFirst);
-                         pData.mSampling = {lStart, KTime(pData.mSampling.mStep.Get() * lEvery), static_cast<long long>(lCount)};
+                         KeepFrames(pData, pFirst, lEvery, lCount);
+                         pData.mSampling = {pData.mSampling.GetTime(pFirst), KTime(pData.mSampling.mStep.Get() * lEvery), lCount};
                          return true;
                      });
+}
+
+bool KQexClipReverse(const KQexClip& pClip, KQexClip& pResult)
+{
+    return pClip.GetFrameCount() > 0 && KMakeClip(pClip, pResult,
+                                                  [](KQexClipData& pData)
+                                                  {
+                                                      KeepFrames(pData, pData.mSampling.mCount - 1, -1, pData.mSampling.mCount);
+                                                      return true;
+                                                  });
 }
 
 bool KQexClipScale(const KQexClip& pClip, double pFactor, KQexClip& pResult)

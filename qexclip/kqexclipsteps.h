@@ -21,6 +21,9 @@ QEX_API bool KQexClipResample(const KQexClip& pClip, double pFramesPerSecond, KQ
 /// Frames \p pFirst to \p pLast, both included, of them every \p pEvery-th.
 QEX_API bool KQexClipCut(const KQexClip& pClip, long long pFirst, long long pLast, int pEvery, KQexClip& pResult);
 
+/// The frames from the last to the first.
+QEX_API bool KQexClipReverse(const KQexClip& pClip, KQexClip& pResult);
+
 /// Only the joints \p pJoints, ascending indices. Each stays where it is in the world: its transform is then relative to the nearest of
 /// its ancestors that stays. The degrees of freedom of joints whose parent does not stay are dropped. A joint below one that is scaled
 /// differently along its axes may be sheared, which a clip cannot hold: it loses the shear.
@@ -33,8 +36,12 @@ QEX_API bool KQexClipScale(const KQexClip& pClip, double pFactor, KQexClip& pRes
 /// freedom are dropped.
 QEX_API bool KQexClipTransform(const KQexClip& pClip, const KQexQuaternion& pTurn, const double pOffset[3], KQexClip& pResult);
 
-/// From y up to z up: x stays, y becomes z, z becomes -y. As KQexClipTransform().
+/// From y up to z up: (x, y, z) becomes (x, -z, y). Every joint's own axes turn with the world, so a joint without rotation stays
+/// without. The numbers only change places and signs. Degrees of freedom stay, about the axes that they had.
 QEX_API bool KQexClipMakeZUp(const KQexClip& pClip, KQexClip& pResult);
+
+/// From z up to y up: the reverse of KQexClipMakeZUp().
+QEX_API bool KQexClipMakeYUp(const KQexClip& pClip, KQexClip& pResult);
 
 /// The joint on the other side for each joint, itself where there is none: names that differ in "left" and "right" or "l" and "r" as
 /// words of their own or at the start, in any case ("LeftArm", "arm.L", "lfemur" with "rfemur"). Of a name with many such letters, only the

@@ -1,6 +1,7 @@
 #include <qexclip/kqexrotationform.h>
 
 #include <kbaselib/kmath/keulernearest.h>
+#include <kbaselib/kmath/keulertable.h>
 #include <kbaselib/kmath/kquaternion.h>
 
 #include <algorithm>
@@ -40,6 +41,28 @@ void WriteEuler(const KQexQuaternion& pRotation, int pOrder, double* pResult)
 }
 
 } // namespace
+
+std::string KQexEulerOrderWord(int pOrder)
+{
+    const int*  lAxes = KmEulerAxisRow(pOrder);
+    const bool  lRepeats = pOrder > 0 && pOrder < KmEulerAxisCount && (pOrder & 1) != 0;
+    std::string lWord;
+    for (const int lAxis : {lAxes[0], lAxes[1], lRepeats ? lAxes[0] : lAxes[2]})
+    {
+        lWord += static_cast<char>('X' + lAxis);
+    }
+    return lWord;
+}
+
+int KQexEulerOrderOf(std::string_view pWord)
+{
+    int lOrder = KmEulerAxisCount - 1;
+    while (lOrder >= 0 && KQexEulerOrderWord(lOrder) != pWord)
+    {
+        --lOrder;
+    }
+    return lOrder;
+}
 
 int KQexRotationSize(KQexRotationForm pForm)
 {

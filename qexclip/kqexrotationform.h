@@ -4,6 +4,8 @@
 #include <qexscene/kqexquaternion.h>
 
 #include <cstddef>
+#include <string>
+#include <string_view>
 #include <vector>
 
 /// \file
@@ -21,6 +23,13 @@ enum class KQexRotationForm
     eAXIS_ANGLE, ///< Three: the axis times the angle in radians, 0 to π.
     eEULER       ///< Three: degrees about the axes of an order; continuous from frame to frame, so angles may exceed 180.
 };
+
+/// The axes of order code \p pOrder (see keulertable.h) in the order in which they are applied: "XYZ", "ZXZ". "XYZ" for another integer.
+/// May throw std::bad_alloc.
+QEX_API std::string KQexEulerOrderWord(int pOrder);
+
+/// The order code of \p pWord, three capital letters as KQexEulerOrderWord() gives them; -1 if there is none.
+QEX_API int KQexEulerOrderOf(std::string_view pWord);
 
 /// How many numbers a rotation has in \p pForm.
 QEX_API int KQexRotationSize(KQexRotationForm pForm);

@@ -89,4 +89,29 @@ bool KQexFigure::MakeClip(const KQexFigureTake* pTake, const KQexSampling& pSamp
                       });
 }
 
+bool KQexFigure::MakeClip(const KQexFigureTake* pTake, double pRate, KQexClip& pClip, KQexFigureReport& pReport) const noexcept
+{
+    KQexSampling        lSampling;
+    KQexSamplingRequest lRequest;
+    lRequest.mFramesPerSecond = pRate;
+    lRequest.mHasEnd = pTake == nullptr || pTake->mIsSingle;
+    lRequest.mEnd = pTake != nullptr ? pTake->mStart : KTime(0);
+    lRequest.mHasStart = lRequest.mHasEnd;
+    lRequest.mStart = lRequest.mEnd;
+    if (!MakeSampling(mRoots, pTake != nullptr ? pTake->mStack : nullptr, lRequest, lSampling))
+    {
+        return pReport.Fail(eFIGURE_USAGE, "", "this rate leaves no frames");
+    }
+    if (pTake != nullptr && !CheckSpan(*pTake, lSampling, pReport))
+    {
+        return false;
+    }
+    if (!MakeClip(pTake, lSampling, {}, pClip))
+    {
+        pReport.SetOutOfMemory();
+        return false;
+    }
+    return true;
+}
+
 } // namespace qexsdk

@@ -42,4 +42,26 @@ void KQexFigureReport::SetOutOfMemory() noexcept
     Raise(eFIGURE_SYSTEM);
 }
 
+std::string KQexKindOfMessage(std::string_view pText)
+{
+    std::string lKind;
+    int         lDepth = 0;
+    for (size_t i = 0; i < pText.size(); ++i)
+    {
+        const char lChar = pText[i];
+        const bool lIsDigit = lChar >= '0' && lChar <= '9';
+        lDepth += lChar == '(' ? 1 : 0;
+        if (lDepth == 0 && !(lIsDigit && !lKind.empty() && lKind.back() == '#'))
+        {
+            lKind += lIsDigit ? '#' : lChar;
+        }
+        lDepth -= lChar == ')' && lDepth > 0 ? 1 : 0;
+    }
+    while (!lKind.empty() && lKind.back() == ' ')
+    {
+        lKind.pop_back();
+    }
+    return lKind;
+}
+
 } // namespace qexsdk

@@ -40,6 +40,9 @@ struct QEX_API KQexFigureMessage
     std::string mText;             ///< One line, without a newline. Names from files are in it as they are, control characters included.
 };
 
+/// The kind of a message: its text without what is in parentheses, and with # for numbers. May throw std::bad_alloc.
+QEX_API std::string KQexKindOfMessage(std::string_view pText);
+
 /// Collects the messages of one or more operations, in order, and the highest status. Nothing throws: if memory for a message runs out,
 /// the message is dropped, IsOutOfMemory() is true and the status is eFIGURE_SYSTEM.
 class QEX_API KQexFigureReport

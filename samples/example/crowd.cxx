@@ -11,11 +11,9 @@ int main(int pCount, char** pArguments)
 {
     KQexFigure       lFigure; // ASF with AMC, BVH, GLB or glTF
     KQexFigureReport lReport;
-    KQexSampling     lFrames;
     KQexClip         lClip; // the motion as arrays, which all threads may read
     if (!lFigure.Load({pArguments + 1, pArguments + pCount}, {}, lReport) || lFigure.GetTakes().empty() ||
-        !MakeSampling(lFigure.GetRoots(), lFigure.GetTakes()[0].mStack, {}, lFrames) ||
-        !lFigure.MakeClip(&lFigure.GetTakes()[0], lFrames, {}, lClip))
+        !lFigure.MakeClip(&lFigure.GetTakes()[0], 0.0, lClip, lReport))
     {
         return 1;
     }

@@ -117,6 +117,21 @@ TEST(KQexClipQuantities, EulerAnglesOfEveryOrderGiveTheRotationBack)
     }
 }
 
+TEST(KQexClipQuantities, WordsOfEulerOrders)
+{
+    EXPECT_EQ(KQexEulerOrderWord(2 * eEULER_YXZ), "YXZ");
+    EXPECT_EQ(KQexEulerOrderWord(2 * eEULER_YXZ + 1), "YXY");
+    EXPECT_EQ(KQexEulerOrderWord(-1), "XYZ");
+    for (int lOrder = 0; lOrder < KmEulerAxisCount; ++lOrder)
+    {
+        EXPECT_EQ(KQexEulerOrderOf(KQexEulerOrderWord(lOrder)), lOrder);
+    }
+    for (const char* lWord : {"", "XY", "XXY", "XYZX", "xyz", "ABC"})
+    {
+        EXPECT_EQ(KQexEulerOrderOf(lWord), -1) << lWord;
+    }
+}
+
 TEST(KQexClipQuantities, EulerAnglesAndQuaternionsAreContinuous)
 {
     const KQexClip            lClip = TurningClip(25.0, 60); // Four turns.

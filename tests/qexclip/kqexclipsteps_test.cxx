@@ -175,9 +175,39 @@ TEST(KQexClipSteps, ZUpIsATurnOfTheWorld)
         EXPECT_NEAR(lNew[i + 2], lOld[i + 1], kNear);
     }
     EXPECT_NEAR(lZUp.GetData().mRest[0].mTranslation[2], 95.0F, 1e-4F);
-    ASSERT_EQ(lZUp.GetData().mDofs.size(), 1U) << "without the root's";
-    EXPECT_EQ(lZUp.GetData().mDofs[0].mDof.mWord, "rx");
-    EXPECT_EQ(lZUp.GetData().mDofValues, (std::vector<float>{0.0F, 7.0F, 14.0F, 21.0F, 28.0F}));
+    EXPECT_EQ(lZUp.GetData().mDofValues, lClip.GetData().mDofValues);
+}
+
+TEST(KQexClipSteps, ZUpTurnsTheAxesOfJointsAndBackExactly)
+{
+    const KQexClip lClip = MakeClipFigure(6, 5);
+    KQexClip       lZUp;
+    KQexClip       lBack;
+    ASSERT_TRUE(KQexClipMakeZUp(lClip, lZUp));
+    ASSERT_TRUE(KQexClipMakeYUp(lZUp, lBack));
+    EXPECT_EQ(lBack.GetData().mRotations, lClip.GetData().mRotations);
+    EXPECT_EQ(lBack.GetData().mTranslations, lClip.GetData().mTranslations);
+    EXPECT_EQ(lBack.GetData().mScalings, lClip.GetData().mScalings);
+    const float* lOld = lClip.GetData().mRotations.data();
+    const float* lNew = lZUp.GetData().mRotations.data();
+    for (size_t i = 0; i < lClip.GetData().mRotations.size(); i += 4)
+    {
+        EXPECT_EQ(lNew[i], lOld[i]) << "the angle stays";
+        EXPECT_EQ(lNew[i + 2], -lOld[i + 3]);
+    }
+}
+
+TEST(KQexClipSteps, ReversedFramesAreThoseFromTheLast)
+{
+    const KQexClip lClip = MakeClipFigure(6, 5);
+    KQexClip       lReversed;
+    KQexClip       lBack;
+    ASSERT_TRUE(KQexClipReverse(lClip, lReversed));
+    EXPECT_EQ(Places(lReversed, 0), Places(lClip, 4));
+    EXPECT_EQ(lReversed.GetData().mDofValues.back(), lClip.GetData().mDofValues[1]);
+    ASSERT_TRUE(KQexClipReverse(lReversed, lBack));
+    EXPECT_EQ(lBack.GetData().mRotations, lClip.GetData().mRotations);
+    EXPECT_FALSE(KQexClipReverse(KQexClip(), lBack));
 }
 
 TEST(KQexClipSteps, MirroredFiguresAreReflectedAndMirrorBack)

@@ -140,6 +140,16 @@ inline const std::vector<KClipOperation>& ClipOperations()
          {
              return KQexClipMakeZUp(pWork.mClip, pWork.mResult);
          }},
+        {"MakeYUp",
+         [](KClipWork& pWork)
+         {
+             return KQexClipMakeYUp(pWork.mClip, pWork.mResult);
+         }},
+        {"Reverse",
+         [](KClipWork& pWork)
+         {
+             return KQexClipReverse(pWork.mClip, pWork.mResult);
+         }},
         {"MirrorPairs", FindClipPairs},
         {"Mirror", MirrorClip},
         {"InPlace", MakeClipInPlace<false>},

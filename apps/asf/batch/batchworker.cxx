@@ -182,7 +182,7 @@ KJson KBatchFile::WorkerMessages() const
         {
             lMessage[lKey] = Replace(lMessage.value(lKey, ""), mStaging, lPlace);
         }
-        lMessage["kind"] = KindOfMessage(lMessage["text"].get<std::string>());
+        lMessage["kind"] = qexsdk::KQexKindOfMessage(lMessage["text"].get<std::string>());
     }
     return lMessages;
 }

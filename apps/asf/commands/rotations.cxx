@@ -36,9 +36,7 @@ std::vector<std::string> OrderWords()
     std::vector<std::string> lWords;
     for (int lOrder = 0; lOrder < qexsdk::KmEulerAxisCount; ++lOrder)
     {
-        const int* lAxes = qexsdk::KmEulerAxisRow(lOrder);
-        const int  lLast = (lOrder & 1) != 0 ? lAxes[0] : lAxes[2];
-        lWords.push_back({static_cast<char>('X' + lAxes[0]), static_cast<char>('X' + lAxes[1]), static_cast<char>('X' + lLast)});
+        lWords.push_back(qexsdk::KQexEulerOrderWord(lOrder));
     }
     return lWords;
 }
@@ -58,14 +56,8 @@ bool ParseForm(KRotationOptions& pOptions, KConsole& pConsole)
     }
     std::transform(pOptions.mOrderWord.begin(), pOptions.mOrderWord.end(), pOptions.mOrderWord.begin(),
                    [](char pChar) { return pChar >= 'a' && pChar <= 'z' ? static_cast<char>(pChar - 'a' + 'A') : pChar; });
-    const std::vector<std::string> lWords = OrderWords();
-    const auto                     lFound = std::find(lWords.begin(), lWords.end(), pOptions.mOrderWord);
-    pOptions.mOrder = static_cast<int>(lFound - lWords.begin());
-    if (lFound == lWords.end())
-    {
-        pConsole.Fail(eEXIT_USAGE, "--order: expected " + ListWords(lWords) + ", not " + pOptions.mOrderWord);
-    }
-    return lFound != lWords.end();
+    pOptions.mOrder = qexsdk::KQexEulerOrderOf(pOptions.mOrderWord);
+    return pOptions.mOrder >= 0 || pConsole.Refuse("--order: expected " + ListWords(OrderWords()) + ", not " + pOptions.mOrderWord);
 }
 
 /// The names of a rotation's numbers.

@@ -1,5 +1,7 @@
 #include <apps/asf/report/messagelog.h>
 
+#include <qexfigure/kqexfigurereport.h>
+
 namespace asfapp
 {
 
@@ -13,37 +15,11 @@ const char* WordOf(ESeverity pSeverity)
     return pSeverity == eERROR ? "error" : pSeverity == eWARNING ? "warning" : "note";
 }
 
-bool IsDigit(char pChar)
-{
-    return pChar >= '0' && pChar <= '9';
-}
-
 } // namespace
-
-std::string KindOfMessage(std::string_view pText)
-{
-    std::string lKind;
-    int         lDepth = 0;
-    for (size_t i = 0; i < pText.size(); ++i)
-    {
-        const char lChar = pText[i];
-        lDepth += lChar == '(' ? 1 : 0;
-        if (lDepth == 0 && !(IsDigit(lChar) && !lKind.empty() && lKind.back() == '#'))
-        {
-            lKind += IsDigit(lChar) ? '#' : lChar;
-        }
-        lDepth -= lChar == ')' && lDepth > 0 ? 1 : 0;
-    }
-    while (!lKind.empty() && lKind.back() == ' ')
-    {
-        lKind.pop_back();
-    }
-    return lKind;
-}
 
 void KMessageLog::Add(ESeverity pSeverity, const std::string& pPath, int pLine, std::string_view pText)
 {
-    const std::string lKind = KindOfMessage(pText);
+    const std::string lKind = qexsdk::KQexKindOfMessage(pText);
     const auto        lFound = mIndexOf.find(WordOf(pSeverity) + lKind);
     if (lFound != mIndexOf.end())
     {

@@ -39,9 +39,6 @@ private:
     std::unordered_map<std::string, size_t> mIndexOf; ///< Of a kind, by severity and text.
 };
 
-/// The kind of a message: its text without what is in parentheses, and with # for numbers.
-std::string KindOfMessage(std::string_view pText);
-
 } // namespace asfapp
 
 #endif

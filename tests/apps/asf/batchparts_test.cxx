@@ -173,7 +173,7 @@ TEST(MessageKind, NumbersAndBracketsDoNotCount)
                   {"  ", ""}};
     for (const auto& lCase : lCases)
     {
-        EXPECT_EQ(KindOfMessage(lCase.mText), lCase.mKind) << lCase.mText;
+        EXPECT_EQ(qexsdk::KQexKindOfMessage(lCase.mText), lCase.mKind) << lCase.mText;
     }
 }
 
