@@ -163,6 +163,21 @@ bool KQexFigureFile::OpenFor(KQexTextFile& pReader) const
     return mBytes != nullptr ? pReader.OpenReadBuffer(mBytes->data(), mBytes->size()) : pReader.OpenRead(mPath.c_str());
 }
 
+bool KQexFigureFile::SetFormat(std::string_view pWord)
+{
+    static constexpr std::pair<std::string_view, KQexFigureFormat> kWords[] = {
+        {"asf", eFIGURE_ASF}, {"amc", eFIGURE_AMC}, {"bvh", eFIGURE_BVH}, {"glb", eFIGURE_GLTF}, {"gltf", eFIGURE_GLTF}};
+    for (const auto& [lWord, lFormat] : kWords)
+    {
+        if (lWord == pWord)
+        {
+            mFormat = lFormat;
+            return true;
+        }
+    }
+    return false;
+}
+
 KQexAcclaimSource KQexFigureFile::GetSource() const noexcept
 {
     try

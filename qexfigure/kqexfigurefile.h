@@ -49,8 +49,8 @@ public:
     /// The format, detected or set.
     KQexFigureFormat GetFormat() const { return mFormat; }
 
-    /// Overrides the detected format.
-    void SetFormat(KQexFigureFormat pFormat) { mFormat = pFormat; }
+    /// Overrides the detected format: "asf", "amc", "bvh", "glb" or "gltf". False, with nothing changed, for another word.
+    bool SetFormat(std::string_view pWord);
 
     /// True for formats that hold both skeleton and motion.
     bool HasOwnMotion() const { return mFormat == eFIGURE_BVH || mFormat == eFIGURE_GLTF; }

@@ -11,11 +11,6 @@ namespace qexsdk
 namespace
 {
 
-KQexFigureFormat ParseFormat(const std::string& pWord)
-{
-    return pWord == "asf" ? eFIGURE_ASF : pWord == "amc" ? eFIGURE_AMC : pWord == "bvh" ? eFIGURE_BVH : eFIGURE_GLTF;
-}
-
 bool OpenAll(const std::vector<std::string>& pPaths, const KQexFigureFilesOptions& pOptions, std::vector<KQexFigureFile>& pFiles,
              KQexFigureReport& pReport)
 {
@@ -28,7 +23,7 @@ bool OpenAll(const std::vector<std::string>& pPaths, const KQexFigureFilesOption
         }
         if (!pOptions.mFormat.empty() && pPaths.size() == 1)
         {
-            pFiles[lIndex].SetFormat(ParseFormat(pOptions.mFormat));
+            pFiles[lIndex].SetFormat(pOptions.mFormat);
         }
     }
     return true;

@@ -1,0 +1,75 @@
+"""Words for rotations and units, and the numbers that they stand for."""
+
+from __future__ import annotations
+
+from typing import Any, List, NamedTuple, Optional, Tuple
+
+import numpy as np
+import numpy.typing as npt
+
+Floats = npt.NDArray[np.floating[Any]]
+Ints = npt.NDArray[np.int32]
+
+CENTIMETRES = {"cm": 1.0, "m": 100.0, "in": 2.54}
+FORMS = ["quat", "matrix", "6d", "axis_angle", "euler"]
+AXES = "xyz"
+
+
+class Angles(NamedTuple):
+    """The degrees of freedom that a motion's file has, in the file's own numbers: turns beyond a half included."""
+
+    values: Floats
+    """Shape (frames, degrees of freedom): radians, or degrees; lengths in the clip's unit."""
+    names: List[str]
+    """``"left_shin.rx"``: joint by joint, each joint's in the order in which they are applied."""
+    units: List[str]
+    """``"rad"``, ``"deg"`` or the clip's unit of length, of each."""
+    limits: Floats
+    """Shape (degrees of freedom, 2): lower and upper limit of each; -inf and inf where there is none."""
+    joints: Ints
+    """Index of the joint of each."""
+
+
+def choose(what: str, word: str, words: List[str]) -> str:
+    """The word, if it is one of the words; else ValueError."""
+    if word not in words:
+        raise ValueError(f"{what}={word!r}: expected one of {', '.join(map(repr, words))}")
+    return word
+
+
+def as_float_type(dtype: npt.DTypeLike) -> np.dtype[Any]:
+    kind = np.dtype(dtype)
+    if kind.kind != "f":
+        raise TypeError(f"dtype={kind.name}: expected a floating-point type")
+    return kind
+
+
+def is_double(dtype: np.dtype[Any]) -> bool:
+    """Whether numbers of the type are computed in double precision."""
+    return bool(dtype != np.float32)
+
+
+def euler_order(order: str) -> Tuple[str, List[int]]:
+    """Letters as SciPy has them, as the library's order and, for each letter, the place of its angle in the library's triple.
+
+    Lower case turns about fixed axes, one after the other: the library's order. Capitals turn about the axes that move along, which is
+    the same as about fixed axes from the last letter to the first. The library sorts angles by axis, unless an axis is repeated.
+    """
+    letters = order.lower()
+    is_order = len(order) == 3 and set(letters) <= set(AXES) and letters[0] != letters[1] != letters[2]
+    if not is_order or order not in (letters, letters.upper()):
+        raise ValueError(f"order={order!r}: expected three letters, 'xyz' about fixed axes or 'XYZ' about moving ones, none twice in a row")
+    fixed = letters if order == letters else letters[::-1]
+    places = [0, 1, 2] if fixed[0] == fixed[2] else [AXES.index(letter) for letter in fixed]
+    return fixed.upper(), places if order == letters else places[::-1]
+
+
+def rotation_order(form: str, order: Optional[str]) -> str:
+    """The order that a form has if none is given, or the given one if the form has orders."""
+    if form == "quat":
+        return choose("order", order or "wxyz", ["wxyz", "xyzw"])
+    if form == "euler":
+        return order or "xyz"
+    if order is not None:
+        raise ValueError(f"order={order!r}: a {form!r} has no order")
+    return ""

@@ -1,0 +1,523 @@
+"""The class Clip."""
+
+from __future__ import annotations
+
+import operator
+from typing import Any, Callable, Dict, Iterator, List, Optional, Sequence, Tuple, Union
+
+import numpy as np
+import numpy.typing as npt
+
+from . import _core
+from ._arrays import CENTIMETRES, FORMS, Angles, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order
+from ._messages import Message
+from ._plot import plot_angles
+
+Joint = Union[str, int]
+
+
+class Clip:
+    """A motion as arrays: joints, and the transform of each in every frame.
+
+    It does not change: steps such as ``clip[::4]`` or ``clip.resample(30)`` give a new one. Arrays whose numbers the clip keeps are
+    read-only views, which keep those numbers alive; computed ones are the caller's own. Frames count from 0. Lengths are in ``units``;
+    with ``up == "y"`` x is to the figure's left at rest, y up and z forward, with ``"z"`` x is to its left, y backward and z up.
+
+    Made by ``qex.load()`` and ``Clip.from_arrays()``.
+    """
+
+    __slots__ = ("_core", "name", "units", "up", "skeleton", "_messages", "__weakref__")
+
+    _core: _core.Clip
+    name: str
+    """Name of the take, or of its file without folder and ending."""
+    units: str
+    """Unit of all lengths: ``"cm"``, ``"m"`` or ``"in"``."""
+    up: str
+    """The axis that points up: ``"y"`` or ``"z"``."""
+    skeleton: Optional[str]
+    """Path of the file that the skeleton was read from; None for a clip of arrays."""
+
+    def __init__(self) -> None:
+        raise TypeError("clips come from qex.load() and qex.Clip.from_arrays()")
+
+    @classmethod
+    def _make(
+        cls,
+        core: _core.Clip,
+        *,
+        name: str,
+        units: str = "cm",
+        up: str = "y",
+        skeleton: Optional[str] = None,
+        messages: Sequence[Message] = (),
+    ) -> Clip:
+        clip = cls.__new__(cls)
+        clip._set("_core", core)
+        for key, value in (("name", name), ("units", units), ("up", up), ("skeleton", skeleton), ("_messages", tuple(messages))):
+            clip._set(key, value)
+        return clip
+
+    def _set(self, key: str, value: object) -> None:
+        object.__setattr__(self, key, value)
+
+    def __setattr__(self, key: str, value: object) -> None:
+        raise AttributeError(f"a clip does not change: {key} cannot be set")
+
+    def _with(self, core: _core.Clip, **changed: str) -> Clip:
+        """A clip of another core, else as this one."""
+        words: Dict[str, Any] = {"name": self.name, "units": self.units, "up": self.up, **changed}
+        return Clip._make(core, skeleton=self.skeleton, messages=self._messages, **words)
+
+    # What it is
+
+    def __repr__(self) -> str:
+        frames = f"{self.frame_count} frame" + ("s" if self.frame_count != 1 else "")
+        return f"<qex.Clip {self.name!r}: {len(self.names)} joints, {frames}, {self.fps:.6g} a second, {self.units}, {self.up} up>"
+
+    def __len__(self) -> int:
+        """The number of frames."""
+        return self.frame_count
+
+    @property
+    def names(self) -> List[str]:
+        """Names of the joints, parents before their children.
+
+        >>> clip.names[:4]
+        ['root', 'left_hip', 'left_thigh', 'left_shin']
+        """
+        return self._core.names
+
+    @property
+    def parents(self) -> Ints:
+        """Index of each joint's parent, -1 for a root; shape (joints,).
+
+        >>> clip.parents[:4]
+        array([-1,  0,  1,  2], dtype=int32)
+        """
+        return self._core.parents
+
+    @property
+    def is_end(self) -> npt.NDArray[np.bool_]:
+        """True for the end of a leaf bone, which does not move by itself; shape (joints,)."""
+        return self._core.is_end
+
+    @property
+    def frame_count(self) -> int:
+        """The number of frames."""
+        return self._core.frame_count
+
+    @property
+    def fps(self) -> float:
+        """Frames a second.
+
+        >>> clip.fps, clip[::4].fps
+        (120.0, 30.0)
+        """
+        return self._core.fps
+
+    @property
+    def times(self) -> npt.NDArray[np.float64]:
+        """Seconds of each frame since the first; shape (frames,)."""
+        return np.arange(self.frame_count) * self._core.step
+
+    @property
+    def messages(self) -> List[Message]:
+        """The notes and warnings of reading the file."""
+        return list(self._messages)
+
+    @property
+    def rest_positions(self) -> Floats:
+        """Position of each joint relative to its parent at rest, in the parent's axes; of a root, in the world. Shape (joints, 3)."""
+        return self._core.rest_translations
+
+    @property
+    def rest_rotations(self) -> Floats:
+        """Rotation of each joint relative to its parent at rest; shape (joints, 4), quaternions w, x, y, z."""
+        return self._core.rest_quaternions
+
+    @property
+    def moving_joints(self) -> Ints:
+        """Indices of the joints whose position relative to their parent is not always that at rest, ascending."""
+        return self._core.moving_joints
+
+    @property
+    def moving_translations(self) -> Floats:
+        """The translations of these joints, as they are stored; shape (frames, moving joints, 3)."""
+        return self._core.moving_translations
+
+    # Transforms
+
+    def positions(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
+        """Position of every joint in the world; shape (frames, joints, 3).
+
+        >>> clip.positions()[0, clip.names.index("left_foot")].round(2)
+        array([ 6.52,  7.33, 32.43], dtype=float32)
+        """
+        kind = as_float_type(dtype)
+        return self._core.positions(is_double(kind)).astype(kind, copy=False)
+
+    def translations(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
+        """Position of every joint relative to its parent, in the parent's axes; of a root, in the world. Shape (frames, joints, 3)."""
+        kind = as_float_type(dtype)
+        stored = self._core.moving_translations
+        return (stored if stored.shape[1] == len(self.names) else self._core.translations()).astype(kind, copy=False)
+
+    def scalings(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
+        """Scale factors of every joint along its own axes; shape (frames, joints, 3)."""
+        return self._core.scalings().astype(as_float_type(dtype), copy=False)
+
+    def rotations(
+        self,
+        space: str = "local",
+        form: str = "quat",
+        order: Optional[str] = None,
+        *,
+        degrees: bool = False,
+        dtype: npt.DTypeLike = np.float32,
+    ) -> Floats:
+        """Rotation of every joint; shape (frames, joints, ...).
+
+        space: "local", relative to the parent, or "world"
+        form: what a rotation is as numbers:
+            "quat": (4,), order "wxyz" or "xyzw". From frame to frame the nearer one of q and -q
+            "matrix": (3, 3), which turns column vectors
+            "6d": (6,), the first two columns of the matrix, one after the other
+            "axis_angle": (3,), the axis times the angle, which is 0 to half a turn
+            "euler": (3,), the angles in the order of the letters: "xyz" about fixed axes, "XYZ" about those that move along, and so on,
+                as SciPy has them. They do not jump from frame to frame, so they may go beyond half a turn
+        order: of "quat" ("wxyz" unless it is given) and "euler" ("xyz")
+        degrees: of "axis_angle" and "euler", else radians
+
+        ``rotations()`` is a read-only view; every other form is a copy. Rotations in the world leave scaling out.
+
+        >>> clip.rotations("world", "matrix").shape
+        (241, 35, 3, 3)
+        >>> clip.rotations(form="euler", order="ZXY", degrees=True)[0, clip.names.index("left_shin")].round(1)
+        array([ 0. , 11.1,  0. ], dtype=float32)
+        """
+        kind = as_float_type(dtype)
+        is_world = choose("space", space, ["local", "world"]) == "world"
+        choose("form", form, FORMS)
+        order = rotation_order(form, order)
+        if form == "quat" and not is_world and kind == np.float32:
+            stored = self._core.quaternions
+            return stored if order == "wxyz" else stored.take([1, 2, 3, 0], axis=-1)
+        word, places = euler_order(order) if form == "euler" else ("", [])
+        result = self._core.rotations(is_world, FORMS.index(form), word, is_double(kind))
+        if form == "euler" and places != [0, 1, 2]:
+            result = result.take(places, axis=-1)
+        if order == "xyzw":
+            result = result.take([1, 2, 3, 0], axis=-1)
+        if form == "euler" and not degrees:
+            result *= np.pi / 180
+        if form == "axis_angle" and degrees:
+            result *= 180 / np.pi
+        return result.astype(kind, copy=False)
+
+    def velocities(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
+        """Velocity of every joint in the world, a second; shape (frames, joints, 3).
+
+        From the frames before and after; in the first and the last frame between it and its neighbour.
+        """
+        kind = as_float_type(dtype)
+        return self._core.velocities(is_double(kind)).astype(kind, copy=False)
+
+    def angular_velocities(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
+        """Angular velocity of every joint about the axes of the world, radians a second; shape (frames, joints, 3).
+
+        From the rotation between the frames before and after, the short way.
+        """
+        kind = as_float_type(dtype)
+        return self._core.angular_velocities(is_double(kind)).astype(kind, copy=False)
+
+    # Degrees of freedom
+
+    def angles(self, *, degrees: bool = False) -> Angles:
+        """The degrees of freedom that the file has, with names, units and limits: of AMC and BVH. GLB and glTF have no values: no frames.
+
+        With ``degrees=True`` the values are a read-only view of the file's own numbers. They stay those of the file's axes whatever
+        ``up`` is.
+
+        >>> angles = clip.angles(degrees=True)
+        >>> knee = angles.names.index("left_shin.rx")
+        >>> angles.values[:, knee].max().round(1), angles.limits[knee]
+        (68.6, array([ -5., 150.], dtype=float32))
+        """
+        dofs = self._core.dofs
+        values, limits = self._core.dof_values, self._core.dof_limits.astype(np.float32)
+        if not values.size:
+            values = np.zeros((0, len(dofs)), np.float32)
+        turns = np.array([word.startswith("r") for _, word in dofs], dtype=bool)
+        if not degrees:
+            factors = np.where(turns, np.pi / 180, 1.0)
+            values = (values * factors).astype(np.float32)
+            limits = (limits * factors[:, None]).astype(np.float32)
+        return Angles(
+            values=values,
+            names=[f"{self.names[joint]}.{word}" for joint, word in dofs],
+            units=[("deg" if degrees else "rad") if turn else self.units for turn in turns],
+            limits=limits,
+            joints=np.array([joint for joint, _ in dofs], dtype=np.int32),
+        )
+
+    def limit_violations(self, *, degrees: bool = False) -> npt.NDArray[np.void]:
+        """The values of degrees of freedom that pass a limit: records of frame, dof (index into the names of angles()), value and excess.
+
+        The excess is how far the value is beyond the limit, below the lower one negative; units as of angles().
+
+        >>> clip.limit_violations().dtype.names, len(clip.limit_violations())
+        (('frame', 'dof', 'value', 'excess'), 0)
+        """
+        frames, dofs, excess = self._core.limit_violations()
+        result = np.empty(len(frames), dtype=[("frame", np.int64), ("dof", np.int32), ("value", np.float32), ("excess", np.float32)])
+        turns = np.array([word.startswith("r") for _, word in self._core.dofs], dtype=bool)
+        factors = np.where(turns & (not degrees), np.pi / 180, 1.0)[dofs]
+        result["frame"], result["dof"], result["excess"] = frames, dofs, excess * factors
+        result["value"] = self._core.dof_values[frames, dofs] * factors if len(frames) else 0
+        return result
+
+    def plot(self, *joints: Joint, ax: Optional[Any] = None) -> Any:
+        """Draws the angles of joints over time, in degrees, with their limits as bands; returns matplotlib's axes.
+
+        ax: the axes to draw in; else new ones
+
+        >>> import matplotlib; matplotlib.use("agg")
+        >>> clip.plot("left_shin", "right_shin").get_ylabel()
+        'degrees'
+        """
+        if not joints:
+            raise TypeError("plot() needs a joint: clip.plot(\"lfemur\")")
+        return plot_angles(self, list(joints), ax)
+
+    # Steps to other clips
+
+    def __getitem__(self, frames: Union[int, slice]) -> Clip:
+        """The frames of a slice, backwards too; for a number, that frame alone.
+
+        >>> clip[100:200:4]
+        <qex.Clip 'walk': 35 joints, 25 frames, 30 a second, cm, y up>
+        >>> len(clip[::-1]), len(clip[-1])
+        (241, 1)
+        """
+        if not isinstance(frames, slice):
+            index = operator.index(frames)
+            if not -len(self) <= index < len(self):
+                raise IndexError(f"frame {index}: there are {len(self)}")
+            return self._with(_core.cut(self._core, index % len(self), index % len(self), 1))
+        chosen = range(len(self))[frames]
+        if not chosen:
+            raise ValueError("the slice has no frames, and a clip has at least one")
+        core = _core.cut(self._core, min(chosen), max(chosen), min(abs(chosen.step), len(self)))
+        return self._with(core if chosen.step > 0 else _core.reverse(core))
+
+    def __iter__(self) -> Iterator[Clip]:
+        """Each frame as a clip."""
+        return (self[frame] for frame in range(len(self)))
+
+    def resample(self, fps: float) -> Clip:
+        """The motion at another rate: rotations the short way between frames, the rest linear.
+
+        >>> len(clip.resample(30))
+        61
+        """
+        return self._with(_core.resample(self._core, float(fps)))
+
+    def joints(self, joints: Sequence[Joint]) -> Clip:
+        """Only these joints, by name or index, in the clip's order. Each keeps its place in the world, relative to its nearest ancestor
+        that stays.
+
+        >>> clip.joints(["left_foot", "right_foot"]).parents
+        array([-1, -1], dtype=int32)
+        """
+        if isinstance(joints, (str, int)):
+            joints = [joints]
+        return self._with(_core.select(self._core, sorted({self._index(joint) for joint in joints})))
+
+    def _index(self, joint: Joint) -> int:
+        """The index of a joint."""
+        if isinstance(joint, str):
+            if joint not in self.names:
+                raise KeyError(f"no joint {joint}{_core.did_you_mean(joint.encode('utf-8', 'surrogateescape'), self._core)}")
+            return self.names.index(joint)
+        index = operator.index(joint)
+        if not -len(self.names) <= index < len(self.names):
+            raise IndexError(f"joint {index}: there are {len(self.names)}")
+        return index % len(self.names)
+
+    def to(self, *, up: Optional[str] = None, units: Optional[str] = None) -> Clip:
+        """With another axis up or in another unit.
+
+        With z up, (x, y, z) becomes (x, -z, y) for the axes of joints too: a joint without rotation stays without.
+
+        >>> clip.to(up="z", units="m").positions()[0, 0].round(3)
+        array([-0.008, -0.004,  0.928], dtype=float32)
+        """
+        core = self._core
+        up = self.up if up is None else choose("up", up, ["y", "z"])
+        units = self.units if units is None else choose("units", units, list(CENTIMETRES))
+        if up != self.up:
+            core = _core.make_z_up(core) if up == "z" else _core.make_y_up(core)
+        if units != self.units:
+            core = _core.scale(core, CENTIMETRES[self.units] / CENTIMETRES[units])
+        return self._with(core, up=up, units=units)
+
+    def scale(self, factor: float) -> Clip:
+        """All lengths times a factor: the figure and its way."""
+        return self._with(_core.scale(self._core, float(factor)))
+
+    def _step(self, step: Callable[[_core.Clip], _core.Clip]) -> Clip:
+        """A step of the library, which has y up."""
+        if self.up == "y":
+            return self._with(step(self._core))
+        return self._with(_core.make_z_up(step(_core.make_y_up(self._core))))
+
+    def in_place(self, *, keep_turn: bool = True) -> Clip:
+        """The first root's way on the ground taken out: it stays above its place in the first frame. Its turn about the vertical stays,
+        unless keep_turn is false. Roots lose their degrees of freedom.
+
+        >>> way = clip.in_place().positions()[:, 0, [0, 2]]
+        >>> bool(np.ptp(way, axis=0).max() < 1e-4)
+        True
+        """
+        return self._step(lambda core: _core.in_place(core, keep_turn))
+
+    def start_at_origin(self) -> Clip:
+        """Turned and moved so that the first root starts above the origin and faces forward. Roots lose their degrees of freedom."""
+        return self._step(_core.start_at_origin)
+
+    def mirror(self, pairs: Optional[Sequence[Tuple[Joint, Joint]]] = None) -> Clip:
+        """Left and right exchanged.
+
+        pairs: joints that change sides with each other; else those whose names differ in left and right. Values of degrees of freedom
+            are lost.
+
+        >>> left, right = (clip.names.index(name) for name in ("left_foot", "right_foot"))
+        >>> bool(abs(clip.positions()[:, left] * [-1, 1, 1] - clip.mirror().positions()[:, right]).max() < 1e-3)
+        True
+        """
+        other = _core.mirror_pairs(self._core)
+        if pairs is not None:
+            other = list(range(len(self.names)))
+            for one, two in pairs:
+                other[self._index(one)], other[self._index(two)] = self._index(two), self._index(one)
+        return self._step(lambda core: _core.mirror(core, other))
+
+    # From arrays and back
+
+    @classmethod
+    def from_arrays(
+        cls,
+        names: Sequence[str],
+        parents: npt.ArrayLike,
+        rest: npt.ArrayLike,
+        rotations: npt.ArrayLike,
+        root_positions: Optional[npt.ArrayLike],
+        fps: float,
+        *,
+        translations: Optional[npt.ArrayLike] = None,
+        rest_rotations: Optional[npt.ArrayLike] = None,
+        order: str = "wxyz",
+        units: str = "cm",
+        up: str = "y",
+        name: str = "motion",
+    ) -> Clip:
+        """A clip of arrays, such as those that a model made.
+
+        names: of the joints, parents before their children
+        parents: (joints,), -1 for roots
+        rest: (joints, 3), position of each joint relative to its parent at rest
+        rotations: (frames, joints, 4), unit quaternions of each joint relative to its parent, in the order of order
+        root_positions: (frames, 3), of the first root in the world; None: it stays at rest
+        fps: frames a second
+        translations: (frames, joints, 3), instead of root_positions: of each joint relative to its parent
+        rest_rotations: (joints, 4), of each joint relative to its parent at rest; None: none
+        order: of quaternions, "wxyz" or "xyzw"
+        units, up: what the numbers are in
+
+        >>> turn = np.zeros((60, 2, 4)); turn[..., 0] = 1
+        >>> qex.Clip.from_arrays(["hip", "knee"], [-1, 0], [[0, 90, 0], [0, -45, 0]], turn, np.zeros((60, 3)), 30)
+        <qex.Clip 'motion': 2 joints, 60 frames, 30 a second, cm, y up>
+        """
+        choose("units", units, list(CENTIMETRES))
+        choose("up", up, ["y", "z"])
+        joints = len(names)
+        turns = np.asarray(rotations, dtype=np.float32)
+        if turns.ndim != 3 or turns.shape[1:] != (joints, 4):
+            raise ValueError(f"rotations has shape {turns.shape}, not (frames, {joints}, 4)")
+        arrays = _core.Arrays()
+        arrays.names = [joint.encode("utf-8", "surrogateescape") for joint in names]
+        arrays.parents = [int(parent) for parent in shaped("parents", parents, (joints,), np.int64)]
+        arrays.rest_translations = shaped("rest", rest, (joints, 3))
+        first_w = choose("order", order, ["wxyz", "xyzw"]) == "wxyz"
+        arrays.quaternions = turns if first_w else turns.take([3, 0, 1, 2], axis=-1)
+        if rest_rotations is not None:
+            at_rest = shaped("rest_rotations", rest_rotations, (joints, 4))
+            arrays.rest_quaternions = at_rest if first_w else at_rest.take([3, 0, 1, 2], axis=-1)
+        if translations is not None:
+            if root_positions is not None:
+                raise ValueError("translations has the root's positions, too: give root_positions=None")
+            arrays.moving_joints = list(range(joints))
+            arrays.translations = shaped("translations", translations, (len(turns), joints, 3))
+        elif root_positions is not None:
+            if -1 not in arrays.parents:
+                raise ValueError("parents has no root: -1")
+            arrays.moving_joints = [arrays.parents.index(-1)]
+            arrays.translations = shaped("root_positions", root_positions, (len(turns), 3))
+        if not 1e-3 <= fps <= 1e6:
+            raise ValueError(f"fps={fps!r}: expected 0.001 to 1,000,000 frames a second")
+        return cls._make(_core.from_arrays(arrays, 1 / fps, len(turns)), name=name, units=units, up=up)
+
+    def __copy__(self) -> Clip:
+        return self
+
+    def __deepcopy__(self, _: Dict[int, Any]) -> Clip:
+        return self
+
+    def __reduce__(self) -> Tuple[Any, ...]:
+        core = self._core
+        stored = {key: getattr(core, key) for key in STORED}
+        words = {key: getattr(self, key) for key in ("name", "units", "up", "skeleton")}
+        return restore, (stored, core.step, words, [tuple(message) for message in self._messages])
+
+
+STORED = [
+    "names",
+    "parents",
+    "is_end",
+    "rest_translations",
+    "rest_quaternions",
+    "rest_scalings",
+    "quaternions",
+    "moving_joints",
+    "moving_translations",
+    "scaled_joints",
+    "moving_scalings",
+    "dofs",
+    "dof_limits",
+    "dof_values",
+]
+
+
+def restore(stored: Dict[str, Any], step: float, words: Dict[str, Any], messages: List[Any]) -> Clip:
+    """What __reduce__() took apart."""
+    arrays = _core.Arrays()
+    arrays.names = [name.encode("utf-8", "surrogateescape") for name in stored["names"]]
+    arrays.dofs = [
+        (joint, word.encode(), float(low), float(high)) for (joint, word), (low, high) in zip(stored["dofs"], stored["dof_limits"])
+    ]
+    for key in ("parents", "is_end", "moving_joints", "scaled_joints"):
+        setattr(arrays, key, stored[key].tolist())
+    for key in ("rest_translations", "rest_quaternions", "rest_scalings", "quaternions", "dof_values"):
+        setattr(arrays, key, stored[key])
+    arrays.translations, arrays.scalings = stored["moving_translations"], stored["moving_scalings"]
+    core = _core.from_arrays(arrays, step, len(stored["quaternions"]))
+    return Clip._make(core, messages=[Message(*message) for message in messages], **words)
+
+
+def shaped(what: str, numbers: npt.ArrayLike, shape: Tuple[int, ...], dtype: npt.DTypeLike = np.float32) -> npt.NDArray[Any]:
+    """The numbers as an array, which must have the shape."""
+    array = np.asarray(numbers, dtype=dtype)
+    if array.shape != shape:
+        raise ValueError(f"{what} has shape {array.shape}, not {shape}")
+    return array

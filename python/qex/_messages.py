@@ -1,0 +1,63 @@
+"""Messages about files, and the exception for those that cannot be read or written."""
+
+from __future__ import annotations
+
+from typing import List, NamedTuple, Sequence, Tuple
+
+RawMessage = Tuple[str, int, str, str, str]
+
+
+def place(path: str, line: int) -> str:
+    """``path:line: ``, as far as they are known."""
+    return f"{path}:{line}: " if line else f"{path}: " if path else ""
+
+
+class Message(NamedTuple):
+    """A message about a file."""
+
+    path: str
+    """The file, as it was named; empty if the message is not about one file."""
+    line: int
+    """Line of the file from 1; 0 for the file as a whole."""
+    severity: str
+    """``"note"``, ``"warning"`` or ``"error"``."""
+    text: str
+    """One line."""
+    kind: str
+    """The text without what is in parentheses and with ``#`` for numbers: equal for messages that say the same of other places."""
+
+    def __str__(self) -> str:
+        return f"{place(self.path, self.line)}{self.severity}: {self.text}"
+
+
+class Error(Exception):
+    """A file that cannot be read or written, or one that does not fit what was asked for.
+
+    >>> try:
+    ...     qex.load("samples/README.txt")
+    ... except qex.Error as error:
+    ...     print(error.file, error.line)
+    samples/README.txt 0
+    """
+
+    file: str
+    """The file, as it was named; empty if the error is not about one file."""
+    line: int
+    """Its line from 1; 0 for the file as a whole."""
+    text: str
+    """What is wrong, in one line."""
+    messages: List[Message]
+    """All messages up to the error, warnings and notes among them."""
+
+    def __init__(self, messages: Sequence[Message]) -> None:
+        self.messages = list(messages)
+        first = next((message for message in self.messages if message.severity == "error"), None)
+        self.file, self.line, self.text = (first.path, first.line, first.text) if first else ("", 0, "it failed without a message")
+        super().__init__(self.messages)
+
+    def __str__(self) -> str:
+        return place(self.file, self.line) + self.text
+
+
+def from_core(raw: Sequence[RawMessage]) -> List[Message]:
+    return [Message(*message) for message in raw]

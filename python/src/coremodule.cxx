@@ -1,0 +1,9 @@
+#include <python/src/coremodule.h>
+
+PYBIND11_MODULE(_core, pModule)
+{
+    pModule.attr("__version__") = QEX_VERSION;
+    qexpython::AddClip(pModule);
+    qexpython::AddSteps(pModule);
+    qexpython::AddFiles(pModule);
+}
