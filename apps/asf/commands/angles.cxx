@@ -1,8 +1,8 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/commands/tablecommand.h>
-#include <apps/asf/report/tabletext.h>
 #include <apps/asf/usage.h>
+#include <qexfigure/table/kqextabletext.h>
 
 #include <CLI/CLI.hpp>
 
@@ -34,24 +34,24 @@ std::vector<qexsdk::KQexDofColumn> PickDofs(const KTableOptions& pOptions, KLoad
     return lDofs;
 }
 
-void AddDofItems(const KTableOptions& pOptions, const std::vector<qexsdk::KQexDofColumn>& pDofs, KTable& pTable)
+void AddDofItems(const KTableOptions& pOptions, const std::vector<qexsdk::KQexDofColumn>& pDofs, qexsdk::KQexTable& pTable)
 {
     constexpr int kAngleDigits = 5; // Of degrees: the limit of single precision.
     for (const qexsdk::KQexDofColumn& lDof : pDofs)
     {
-        KTableItem lItem;
+        qexsdk::KQexTableItem lItem;
         lItem.mName = lDof.mName;
         lItem.mBone = lDof.mTrack.mJoint;
         lItem.mDof = lDof.mDof;
         lItem.mPerUnit = lDof.mFactor;
         lItem.mUnit = !lDof.IsLength() ? "deg" : pOptions.mWorld.mUnits.empty() ? "cm" : pOptions.mWorld.mUnits;
-        lItem.mDecimals = lDof.IsLength() ? DecimalsOf(lDof.mFactor) : kAngleDigits;
+        lItem.mDecimals = lDof.IsLength() ? qexsdk::DecimalsOf(lDof.mFactor) : kAngleDigits;
         pTable.mItems.push_back(lItem);
     }
 }
 
-std::unique_ptr<KTableValues> MakeAngles(const KTableOptions& pOptions, KLoadedMotion& pMotion, const std::vector<size_t>& pPicked,
-                                         KTable& pTable, KConsole& pConsole)
+std::unique_ptr<qexsdk::KQexTableValues> MakeAngles(const KTableOptions& pOptions, KLoadedMotion& pMotion,
+                                                    const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable, KConsole& pConsole)
 {
     std::vector<qexsdk::KQexDofColumn> lDofs = PickDofs(pOptions, pMotion, pPicked);
     pTable.mArray = "dof_angles";
@@ -67,7 +67,7 @@ std::unique_ptr<KTableValues> MakeAngles(const KTableOptions& pOptions, KLoadedM
         pConsole.Raise(lIsAll ? eEXIT_INPUT : eEXIT_USAGE);
         return nullptr;
     }
-    return std::make_unique<KDofTableValues>(std::move(lDofs));
+    return std::make_unique<qexsdk::KQexDofTableValues>(std::move(lDofs));
 }
 
 } // namespace
@@ -93,7 +93,7 @@ void SetUpAngles(CLI::App& pCommand, KConsole& pConsole)
     pCommand.callback(
         [lOptions, &pConsole]
         {
-            const auto lMake = [&](KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)
+            const auto lMake = [&](KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable)
             {
                 return MakeAngles(*lOptions, pMotion, pPicked, pTable, pConsole);
             };

@@ -1,7 +1,7 @@
 #include <apps/asf/commands/arguments.h>
 #include <apps/asf/commands/commands.h>
 #include <apps/asf/commands/tablecommand.h>
-#include <apps/asf/report/tabletext.h>
+#include <qexfigure/table/kqextabletext.h>
 
 #include <CLI/CLI.hpp>
 
@@ -13,15 +13,15 @@ namespace asfapp
 namespace
 {
 
-std::unique_ptr<KTableValues> MakePositions(const KTableOptions& pOptions, const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked,
-                                            KTable& pTable)
+std::unique_ptr<qexsdk::KQexTableValues> MakePositions(const KTableOptions& pOptions, const KLoadedMotion& pMotion,
+                                                       const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable)
 {
     pTable.mArray = "world_positions";
     pTable.mWords = {{"unit", pOptions.mWorld.mUnits.empty() ? "cm" : pOptions.mWorld.mUnits}};
     pTable.mComponents = {"x", "y", "z"};
     pTable.mShape = {3};
-    AddJointItems(pMotion, pPicked, DecimalsOf(pOptions.mWorld.GetFactor()), pTable);
-    return std::make_unique<KPositionValues>(pMotion.GetJoints(), pPicked, pOptions.mWorld.GetSpace());
+    AddJointItems(pMotion, pPicked, qexsdk::DecimalsOf(pOptions.mWorld.GetFactor()), pTable);
+    return std::make_unique<qexsdk::KQexPositionValues>(pMotion.GetJoints(), pPicked, pOptions.mWorld.GetSpace());
 }
 
 } // namespace
@@ -46,7 +46,7 @@ void SetUpPositions(CLI::App& pCommand, KConsole& pConsole)
     pCommand.callback(
         [lOptions, &pConsole]
         {
-            const auto lMake = [&lOptions](const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)
+            const auto lMake = [&lOptions](const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable)
             {
                 return MakePositions(*lOptions, pMotion, pPicked, pTable);
             };

@@ -85,8 +85,8 @@ std::vector<std::string> ComponentsOf(const KRotationOptions& pOptions)
     return lNames;
 }
 
-std::unique_ptr<KTableValues> MakeRotations(const KRotationOptions& pOptions, const KLoadedMotion& pMotion,
-                                            const std::vector<size_t>& pPicked, KTable& pTable)
+std::unique_ptr<qexsdk::KQexTableValues> MakeRotations(const KRotationOptions& pOptions, const KLoadedMotion& pMotion,
+                                                       const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable)
 {
     // Angles in degrees have two digits more before the point than the other numbers.
     const bool lIsEuler = pOptions.mForm == KQexRotationForm::eEULER;
@@ -101,15 +101,15 @@ std::unique_ptr<KTableValues> MakeRotations(const KRotationOptions& pOptions, co
         pOptions.mForm == KQexRotationForm::eMATRIX ? std::vector<uint64_t>{3, 3} : std::vector<uint64_t>{pTable.mComponents.size()};
     AddJointItems(pMotion, pPicked, lIsEuler ? 6 : 8, pTable);
     const KQexSpace lSpace = pOptions.mSpaceWord == "world" ? KQexSpace::eWORLD : KQexSpace::eLOCAL;
-    return std::make_unique<KRotationValues>(pMotion.GetJoints(), pPicked, pOptions.mWorld.GetSpace(), lSpace, pOptions.mForm,
-                                             pOptions.mOrder);
+    return std::make_unique<qexsdk::KQexRotationValues>(pMotion.GetJoints(), pPicked, pOptions.mWorld.GetSpace(), lSpace, pOptions.mForm,
+                                                        pOptions.mOrder);
 }
 
 void RunRotations(KRotationOptions& pOptions, KConsole& pConsole)
 {
     if (ParseForm(pOptions, pConsole))
     {
-        const auto lMake = [&pOptions](const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)
+        const auto lMake = [&pOptions](const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, qexsdk::KQexTable& pTable)
         {
             return MakeRotations(pOptions, pMotion, pPicked, pTable);
         };

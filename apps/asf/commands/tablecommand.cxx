@@ -152,7 +152,8 @@ bool CloseBoth(qexsdk::KOutputFile& pOut, const std::string& pPath, qexsdk::KOut
 }
 
 /// Closes the table, with the names of an .npy file's items next to it. False after an error.
-bool CloseTable(const KTableOptions& pOptions, ETableFormat pFormat, const KTable& pTable, qexsdk::KOutputFile& pOut, KConsole& pConsole)
+bool CloseTable(const KTableOptions& pOptions, ETableFormat pFormat, const qexsdk::KQexTable& pTable, qexsdk::KOutputFile& pOut,
+                KConsole& pConsole)
 {
     if (pFormat != eTABLE_NPY)
     {
@@ -160,7 +161,7 @@ bool CloseTable(const KTableOptions& pOptions, ETableFormat pFormat, const KTabl
     }
     qexsdk::KOutputFile lOut;
     std::string         lNames;
-    for (const KTableItem& lItem : pTable.mItems)
+    for (const qexsdk::KQexTableItem& lItem : pTable.mItems)
     {
         lNames += lItem.mName + "\n";
     }
@@ -179,9 +180,10 @@ bool OpenTable(const KTableOptions& pOptions, ETableFormat pFormat, qexsdk::KOut
 }
 
 /// The head of the table, but for its items.
-KTable HeadOf(const KTableOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, const KLoadedMotion& pMotion, const KRowTimes& pRows)
+qexsdk::KQexTable HeadOf(const KTableOptions& pOptions, const qexsdk::KQexFigureFiles& pFiles, const KLoadedMotion& pMotion,
+                         const KRowTimes& pRows)
 {
-    KTable lTable;
+    qexsdk::KQexTable lTable;
     lTable.mKind = pOptions.mCommand;
     lTable.mSkeleton = pFiles.mFigure.GetPath();
     lTable.mMotion = pFiles.mMotions.empty() ? lTable.mSkeleton : pFiles.mMotions.front().GetPath();
@@ -199,10 +201,10 @@ void WriteTable(const KTableOptions& pOptions, ETableFormat pFormat, const qexsd
     {
         return;
     }
-    const qexsdk::KQexFrameTimes        lTimes = lRows.Get();
-    KTable                              lTable = HeadOf(pOptions, pFiles, pMotion, lRows);
-    const std::unique_ptr<KTableValues> lValues = pMake(pMotion, lJoints, lTable);
-    qexsdk::KOutputFile                 lOut;
+    const qexsdk::KQexFrameTimes                   lTimes = lRows.Get();
+    qexsdk::KQexTable                              lTable = HeadOf(pOptions, pFiles, pMotion, lRows);
+    const std::unique_ptr<qexsdk::KQexTableValues> lValues = pMake(pMotion, lJoints, lTable);
+    qexsdk::KOutputFile                            lOut;
     if (lValues == nullptr || !OpenTable(pOptions, pFormat, lOut, pConsole))
     {
         return;
@@ -273,7 +275,7 @@ void RunTable(KTableOptions& pOptions, const KMakeTable& pMake, KConsole& pConso
     }
 }
 
-void AddJointItems(const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, int pDecimals, KTable& pTable)
+void AddJointItems(const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, int pDecimals, qexsdk::KQexTable& pTable)
 {
     std::vector<int> lItems(pMotion.GetJoints().size(), -1); // Of each joint.
     for (size_t i = 0; i < pPicked.size(); ++i)
@@ -282,7 +284,7 @@ void AddJointItems(const KLoadedMotion& pMotion, const std::vector<size_t>& pPic
     }
     for (const size_t lJoint : pPicked)
     {
-        KTableItem lItem;
+        qexsdk::KQexTableItem lItem;
         lItem.mName = lItem.mBone = pMotion.GetJoints()[lJoint].mName;
         lItem.mDecimals = pDecimals;
         int lParent = pMotion.GetJoints()[lJoint].mParent;

@@ -3,8 +3,8 @@
 
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/figure/worldoptions.h>
-#include <apps/asf/report/table.h>
-#include <apps/asf/report/tablevalues.h>
+#include <qexfigure/table/kqextable.h>
+#include <qexfigure/table/kqextablevalues.h>
 
 #include <functional>
 #include <memory>
@@ -42,13 +42,14 @@ void AddTableOptions(CLI::App& pCommand, KTableOptions& pOptions, bool pHasEnds)
 
 /// Completes the head of the table for the joints \p pPicked (indices) of a loaded motion, and makes what computes its numbers. Null after
 /// an error.
-using KMakeTable = std::function<std::unique_ptr<KTableValues>(KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, KTable& pTable)>;
+using KMakeTable = std::function<std::unique_ptr<qexsdk::KQexTableValues>(KLoadedMotion& pMotion, const std::vector<size_t>& pPicked,
+                                                                          qexsdk::KQexTable& pTable)>;
 
 /// Loads the motion and writes the table.
 void RunTable(KTableOptions& pOptions, const KMakeTable& pMake, KConsole& pConsole);
 
 /// Adds an item for each joint, with \p pDecimals digits.
-void AddJointItems(const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, int pDecimals, KTable& pTable);
+void AddJointItems(const KLoadedMotion& pMotion, const std::vector<size_t>& pPicked, int pDecimals, qexsdk::KQexTable& pTable);
 
 } // namespace asfapp
 

@@ -3,7 +3,6 @@
 #include <apps/asf/progress.h>
 #include <apps/asf/report/numbertext.h>
 
-#include <cmath>
 #include <new>
 #include <utility>
 
@@ -228,14 +227,6 @@ bool KLoadedMotion::Load(const KQexFigureFiles& pFiles, const KMotionOptions& pO
         pConsole.Raise(eEXIT_INPUT);
     }
     return HasTake();
-}
-
-std::string FrameNumberText(const qexsdk::KQexFigureTake& pTake, qexsdk::KTime pTime)
-{
-    constexpr double kSame = 5e-4;
-    const double     lFrames = pTake.GetFraction(pTime);
-    return std::fabs(lFrames - std::round(lFrames)) < kSame ? std::to_string(pTake.GetNumber(pTime))
-                                                            : FixedText(static_cast<double>(pTake.mOriginNumber) + lFrames, 3);
 }
 
 bool KLoadedMotion::Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const

@@ -6,6 +6,7 @@
 #include <apps/asf/figure/point.h>
 #include <qexfigure/check/kqexfilemessages.h>
 #include <qexfigure/kqexfigure.h>
+#include <qexfigure/table/kqextabletext.h>
 
 #include <string>
 #include <vector>
@@ -84,9 +85,6 @@ constexpr const char* kScaleOption = "asf convert --scale";
 /// Prints \p pHint, from SizeHint(), as a note about \p pFile unless it is empty.
 void PrintSizeHint(const qexsdk::KQexFigureFile& pFile, const std::string& pHint, KConsole& pConsole);
 
-/// The number of the frame of \p pTake at \p pTime, with three decimals between two frames.
-std::string FrameNumberText(const qexsdk::KQexFigureTake& pTake, qexsdk::KTime pTime);
-
 /// A figure, one of its takes and the frames of that.
 class KLoadedMotion
 {
@@ -118,7 +116,7 @@ public:
     double GetSeconds(qexsdk::KTime pTime) const { return pTime.GetSeconds() - mTake->mOrigin.GetSeconds(); }
 
     /// The number of the frame at \p pTime.
-    std::string GetNumberText(qexsdk::KTime pTime) const { return FrameNumberText(*mTake, pTime); }
+    std::string GetNumberText(qexsdk::KTime pTime) const { return qexsdk::FrameNumberText(*mTake, pTime); }
 
     /// The times at --fps \p pRate from frame \p pFirst to frame \p pLast, indices of GetFrames(). False after an error.
     bool Sample(size_t pFirst, size_t pLast, double pRate, qexsdk::KQexSampling& pSampling, KConsole& pConsole) const;

@@ -1,8 +1,8 @@
 #include <apps/asf/figure/frameoutput.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/outputs.h>
-#include <apps/asf/report/tabletext.h>
-#include <apps/asf/report/tablevalues.h>
+#include <qexfigure/table/kqextabletext.h>
+#include <qexfigure/table/kqextablevalues.h>
 
 namespace asfapp
 {
@@ -35,12 +35,12 @@ public:
         mTable.mComponents = {"x", "y", "z"};
         for (const size_t lJoint : PickJoints(pJoints))
         {
-            KTableItem lItem;
+            qexsdk::KQexTableItem lItem;
             lItem.mName = lItem.mBone = pJoints[lJoint].mName;
-            lItem.mDecimals = DecimalsOf(pWorld.GetFactor());
+            lItem.mDecimals = qexsdk::DecimalsOf(pWorld.GetFactor());
             mTable.mItems.push_back(lItem);
         }
-        mText = MakeTableText(eTABLE_CSV, mTable);
+        mText = qexsdk::MakeCsvText(mTable, false);
         Put(mText->Head());
     }
 
@@ -55,7 +55,8 @@ public:
     void Format(long long pFrame, const double* pValues, std::string& pText) const override
     {
         const qexsdk::KTime lTime = mTake.mSampling.GetTime(pFrame);
-        mText->Append(pFrame, FrameNumberText(*mTake.mTake, lTime), lTime.GetSeconds() - mTake.mTake->mOrigin.GetSeconds(), pValues, pText);
+        mText->Append(pFrame, qexsdk::FrameNumberText(*mTake.mTake, lTime), lTime.GetSeconds() - mTake.mTake->mOrigin.GetSeconds(), pValues,
+                      pText);
     }
 
     bool Write(const qexsdk::KQexFrameBlock& pBlock) override { return Put(pBlock.mText); }
@@ -63,11 +64,11 @@ public:
 private:
     bool Put(const std::string& pText) { return mOut.Write(pText.data(), pText.size()); }
 
-    const KSampledTake&         mTake;
-    KTable                      mTable;
-    KPositionValues             mValues;
-    std::unique_ptr<KTableText> mText;
-    qexsdk::KOutputFile&        mOut;
+    const KSampledTake&                    mTake;
+    qexsdk::KQexTable                      mTable;
+    qexsdk::KQexPositionValues             mValues;
+    std::unique_ptr<qexsdk::KQexTableText> mText;
+    qexsdk::KOutputFile&                   mOut;
 };
 
 /// The same file as that of asf positions.

@@ -13,8 +13,8 @@ namespace
 class KTextSink : public KTableSink
 {
 public:
-    KTextSink(std::unique_ptr<KTableText> pText, const KTable& pTable, const KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes,
-              KTableValues& pValues, qexsdk::KOutputFile& pOut)
+    KTextSink(std::unique_ptr<qexsdk::KQexTableText> pText, const qexsdk::KQexTable& pTable, const KLoadedMotion& pMotion,
+              const qexsdk::KQexFrameTimes& pTimes, qexsdk::KQexTableValues& pValues, qexsdk::KOutputFile& pOut)
         : KTableSink(pTable, pMotion, pTimes, pValues), mText(std::move(pText)), mOut(pOut)
     {
         Put(mText->Head());
@@ -33,16 +33,16 @@ public:
 private:
     bool Put(const std::string& pText) { return mOut.Write(pText.data(), pText.size()); }
 
-    std::unique_ptr<KTableText> mText;
-    qexsdk::KOutputFile&        mOut;
+    std::unique_ptr<qexsdk::KQexTableText> mText;
+    qexsdk::KOutputFile&                   mOut;
 };
 
 /// NPZ.
 class KArchiveSink : public KTableSink
 {
 public:
-    KArchiveSink(const KTable& pTable, const KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes, KTableValues& pValues,
-                 qexsdk::KOutputFile& pOut)
+    KArchiveSink(const qexsdk::KQexTable& pTable, const KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes,
+                 qexsdk::KQexTableValues& pValues, qexsdk::KOutputFile& pOut)
         : KTableSink(pTable, pMotion, pTimes, pValues), mFile(pOut)
     {
         mFile.AddNumbers("fps", {qexsdk::KQexArrayType::eFLOAT64, {}}, {pTable.mRate});
@@ -79,7 +79,7 @@ private:
         const uint64_t      lCount = mTable.mItems.size();
         std::vector<double> lParents;
         std::vector<double> lLimits;
-        for (const KTableItem& lItem : mTable.mItems)
+        for (const qexsdk::KQexTableItem& lItem : mTable.mItems)
         {
             lParents.push_back(lItem.mParent);
             lLimits.push_back(lItem.mDof.GetMin());
@@ -104,8 +104,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<KTableSink> MakeTableSink(ETableFormat pFormat, const KTable& pTable, const KLoadedMotion& pMotion,
-                                          const qexsdk::KQexFrameTimes& pTimes, KTableValues& pValues, qexsdk::KOutputFile& pOut)
+std::unique_ptr<KTableSink> MakeTableSink(ETableFormat pFormat, const qexsdk::KQexTable& pTable, const KLoadedMotion& pMotion,
+                                          const qexsdk::KQexFrameTimes& pTimes, qexsdk::KQexTableValues& pValues, qexsdk::KOutputFile& pOut)
 {
     if (pFormat == eTABLE_NPZ)
     {

@@ -3,9 +3,9 @@
 
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/report/tabletext.h>
-#include <apps/asf/report/tablevalues.h>
 #include <kbaselib/kbase/koutputfile.h>
 #include <qexfigure/kqexnpzfile.h>
+#include <qexfigure/table/kqextablevalues.h>
 #include <qexscene/kqexframesink.h>
 
 #include <memory>
@@ -17,7 +17,8 @@ namespace asfapp
 class KTableSink : public qexsdk::KQexFrameSink
 {
 public:
-    KTableSink(const KTable& pTable, const KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes, KTableValues& pValues)
+    KTableSink(const qexsdk::KQexTable& pTable, const KLoadedMotion& pMotion, const qexsdk::KQexFrameTimes& pTimes,
+               qexsdk::KQexTableValues& pValues)
         : mTable(pTable), mMotion(pMotion), mTimes(pTimes), mValues(pValues)
     {
     }
@@ -35,17 +36,18 @@ public:
     virtual void Finish() = 0;
 
 protected:
-    const KTable&                 mTable;
+    const qexsdk::KQexTable&      mTable;
     const KLoadedMotion&          mMotion;
     const qexsdk::KQexFrameTimes& mTimes;
 
 private:
-    KTableValues& mValues;
+    qexsdk::KQexTableValues& mValues;
 };
 
 /// The sink that writes to \p pOut, which is open.
-std::unique_ptr<KTableSink> MakeTableSink(ETableFormat pFormat, const KTable& pTable, const KLoadedMotion& pMotion,
-                                          const qexsdk::KQexFrameTimes& pTimes, KTableValues& pValues, qexsdk::KOutputFile& pOut);
+std::unique_ptr<KTableSink> MakeTableSink(ETableFormat pFormat, const qexsdk::KQexTable& pTable, const KLoadedMotion& pMotion,
+                                          const qexsdk::KQexFrameTimes& pTimes, qexsdk::KQexTableValues& pValues,
+                                          qexsdk::KOutputFile& pOut);
 
 } // namespace asfapp
 

@@ -1,5 +1,5 @@
-#ifndef APPS_ASF_REPORT_TABLE_H
-#define APPS_ASF_REPORT_TABLE_H
+#ifndef QEXFIGURE_TABLE_KQEXTABLE_H
+#define QEXFIGURE_TABLE_KQEXTABLE_H
 
 #include <qexscene/kqexbonedof.h>
 
@@ -9,23 +9,23 @@
 #include <utility>
 #include <vector>
 
-namespace asfapp
+namespace qexsdk
 {
 
 /// A column group of a table: a joint, or a degree of freedom.
-struct KTableItem
+struct QEX_API KQexTableItem
 {
-    std::string         mName;         ///< "lfemur", "lfemur.rx".
-    std::string         mBone;         ///< Its joint's name.
-    int                 mParent = -1;  ///< Index of the nearest ancestor of a joint that is an item; -1 for none.
-    int                 mDecimals = 5; ///< Digits of its numbers after the point.
-    qexsdk::KQexBoneDof mDof;          ///< Of a degree of freedom, limits in the table's unit.
-    double              mPerUnit = 1;  ///< The table's units per degree or centimetre.
-    std::string         mUnit;         ///< Of a degree of freedom.
+    std::string mName;         ///< "lfemur", "lfemur.rx".
+    std::string mBone;         ///< Its joint's name.
+    int         mParent = -1;  ///< Index of the nearest ancestor of a joint that is an item; -1 for none.
+    int         mDecimals = 5; ///< Digits of its numbers after the point.
+    KQexBoneDof mDof;          ///< Of a degree of freedom, limits in the table's unit.
+    double      mPerUnit = 1;  ///< The table's units per degree or centimetre.
+    std::string mUnit;         ///< Of a degree of freedom.
 };
 
 /// Head of a table: in each frame the same numbers of each item.
-struct KTable
+struct QEX_API KQexTable
 {
     std::string                                      mKind;     ///< "positions", "rotations" or "angles".
     std::string                                      mArray;    ///< Name of the numbers in an .npz file.
@@ -37,7 +37,7 @@ struct KTable
     bool                                             mHasDofs = false; ///< The items are degrees of freedom, with one number each.
     std::vector<std::string>                         mComponents;      ///< Names of an item's numbers: "x", "y", "z".
     std::vector<uint64_t>                            mShape;           ///< Of an item's numbers in an array: {3}, {3, 3}, {}.
-    std::vector<KTableItem>                          mItems;
+    std::vector<KQexTableItem>                       mItems;
 
     /// Numbers in a frame.
     size_t GetNumberCount() const { return mItems.size() * mComponents.size(); }
@@ -46,15 +46,6 @@ struct KTable
     std::vector<std::string> GetNames() const;
 };
 
-enum ETableFormat
-{
-    eTABLE_CSV,      ///< A row for each item and frame.
-    eTABLE_CSV_WIDE, ///< A row for each frame.
-    eTABLE_JSON,
-    eTABLE_NPY, ///< 32-bit floats of shape (frames, items) + mShape.
-    eTABLE_NPZ  ///< The same among other arrays.
-};
-
-} // namespace asfapp
+} // namespace qexsdk
 
 #endif
