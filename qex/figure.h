@@ -20,6 +20,7 @@
 #include <qexfigure/kqexmotionarrays.h>
 #include <qexfigure/kqexnpy.h>
 #include <qexfigure/kqexnpzfile.h>
+#include <qexfigure/output/kqexfigurewrite.h>
 #include <qexfigure/picture/kqexangles.h>
 #include <qexfigure/picture/kqexchart.h>
 #include <qexfigure/picture/kqexfigurepicture.h>

@@ -1,7 +1,9 @@
 #include <apps/asf/outputs.h>
 
+#include <apps/asf/figure/loading.h>
 #include <apps/asf/report/numbertext.h>
 #include <kbaselib/kbase/ksystem.h>
+#include <qexfigure/output/kqexoutputerror.h>
 
 namespace asfapp
 {
@@ -19,11 +21,6 @@ bool IsSameFile(const std::string& pOne, const std::string& pOther)
 }
 
 } // namespace
-
-std::string DisplayOutput(const std::string& pPath)
-{
-    return pPath == "-" ? "standard output" : pPath;
-}
 
 void InstallSignals()
 {
@@ -46,11 +43,9 @@ bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pIn
 
 void ReportOutputError(const qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
 {
-    if (!pOut.IsBrokenPipe())
-    {
-        pConsole.Message(eERROR, DisplayOutput(pPath), 0, "cannot be written: " + pOut.GetReason());
-        pConsole.Raise(eEXIT_SYSTEM);
-    }
+    qexsdk::KQexFigureReport lReport;
+    qexsdk::KQexReportOutputError(pOut, pPath, lReport);
+    PrintReport(lReport, pConsole);
 }
 
 bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
@@ -65,12 +60,9 @@ bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& p
 
 bool CheckArchive(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole)
 {
-    const bool lOk = pOut.CanWriteAt();
-    if (!lOk)
-    {
-        pConsole.Fail(eEXIT_USAGE, "--output: NPZ is written to a file, not to " + DisplayOutput(pPath) + ": its arrays grow side by side");
-        pOut.Discard();
-    }
+    qexsdk::KQexFigureReport lReport;
+    const bool               lOk = qexsdk::KQexCheckArchive(pOut, pPath, kOutputOption, lReport);
+    PrintReport(lReport, pConsole);
     return lOk;
 }
 
@@ -86,7 +78,7 @@ bool CloseOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& 
 
 void ReportWritten(const std::string& pPath, const std::string& pContents, KConsole& pConsole)
 {
-    pConsole.Report("wrote " + DisplayOutput(pPath) + (pContents.empty() ? "" : ": ") + pContents);
+    pConsole.Report("wrote " + qexsdk::KQexDisplayOutput(pPath) + (pContents.empty() ? "" : ": ") + pContents);
 }
 
 std::string FramesText(long long pFrames, double pRate)

@@ -10,14 +10,14 @@
 namespace asfapp
 {
 
+/// The option that names an output, for messages.
+constexpr const char* kOutputOption = "--output";
+
 /// Removes temporary files before a signal (SIGINT, SIGTERM, SIGHUP) ends the process, and makes a closed pipe a failed write.
 void InstallSignals();
 
 /// True if \p pOutput is none of \p pInputs, also through links. Else false, after an error.
 bool CheckOutput(const std::string& pOutput, const std::vector<std::string>& pInputs, KConsole& pConsole);
-
-/// An output's path for messages: as given, and "standard output" for "-".
-std::string DisplayOutput(const std::string& pPath);
 
 /// Opens \p pOut for \p pPath ("-" is standard output). False after an error.
 bool OpenOutput(qexsdk::KOutputFile& pOut, const std::string& pPath, KConsole& pConsole);

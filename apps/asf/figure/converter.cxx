@@ -2,10 +2,10 @@
 
 #include <apps/asf/figure/nametemplate.h>
 #include <apps/asf/outputs.h>
+#include <apps/asf/progress.h>
 #include <kbaselib/kbase/kpath.h>
 
 #include <filesystem>
-#include <iterator>
 #include <map>
 #include <system_error>
 #include <utility>
@@ -15,11 +15,6 @@ namespace asfapp
 
 namespace
 {
-
-bool HoldsOneTake(EOutputKind pKind)
-{
-    return pKind != eOUT_ASF && pKind != eOUT_GLB && pKind != eOUT_GLTF;
-}
 
 /// A path that is the same for all ways to a file.
 std::string WithoutLinks(const std::string& pPath)
@@ -38,7 +33,7 @@ std::string TitleOf(const KSampledTake& pTake)
 } // namespace
 
 KConverter::KConverter(const KConvertOptions& pOptions, qexsdk::KQexFigure& pFigure, std::vector<std::string> pInputs, KConsole& pConsole)
-    : mOptions(pOptions), mFigure(pFigure), mInputs(std::move(pInputs)), mConsole(pConsole), mOutputs{pOptions, pFigure, pConsole, {}}
+    : mOptions(pOptions), mFigure(pFigure), mInputs(std::move(pInputs)), mConsole(pConsole)
 {
 }
 
@@ -48,51 +43,105 @@ bool KConverter::Run()
     {
         mFigure.DropLimits();
     }
-    const bool lOk = SampleTakes() && CheckTargets() && WriteAll() && Commit();
-    if (lOk)
-    {
-        ReportAfterCommit([this] { Report(); });
-    }
-    return lOk;
+    return SampleTakes() && CheckTargets() && WriteAll();
 }
 
 bool KConverter::WriteAll()
 {
-    KOutputList lAcclaim;
-    KOutputList lOthers;
-    MakeOtherOutputs(lOthers);
-    if (!MakeAcclaimOutputs(lAcclaim))
+    qexsdk::KQexFigureWriteOptions lOptions = WriteOptions();
+    qexsdk::KQexFigureReport       lReport;
+    if (!mOptions.mSkeleton.empty() && !ReadSkeleton(lOptions))
     {
         return false;
     }
-    if (!lAcclaim.empty() && !mOptions.mWorld.IsZUp() && mFigure.GetRoots().size() == 1)
+    if (!Write(lOptions, lReport))
     {
-        std::move(lAcclaim.begin(), lAcclaim.end(), std::back_inserter(lOthers));
-        lAcclaim.clear();
-    }
-    if (!WriteFrames(lOthers, mFigure.GetRoots()))
-    {
+        PrintReport(lReport, mConsole);
         return false;
     }
-    if (lAcclaim.empty())
-    {
-        return true;
-    }
-    // The Acclaim exporter has no up axis, so the figure is turned after all others are written; the skeleton of a motion alone is not.
-    TurnUp(mOptions.mWorld, FindTarget(eOUT_ASF) != nullptr, mFigure);
-    return WriteFrames(lAcclaim, {mFigure.GetTop()});
+    ReportAfterCommit(
+        [&]
+        {
+            PrintReport(lReport, mConsole);
+            Report();
+        });
+    return true;
 }
 
-const KConvertOutput* KConverter::FindTarget(EOutputKind pKind) const
+/// Writes with a progress bar.
+bool KConverter::Write(qexsdk::KQexFigureWriteOptions& pOptions, qexsdk::KQexFigureReport& pReport)
 {
-    for (const KConvertOutput& lOutput : mOptions.mTargets)
+    KProgress lProgress("writing", mConsole);
+    pOptions.mProgress = lProgress.GetFunction();
+    return qexsdk::KQexWriteFigure(mFigure, ListOutputs(), pOptions, pReport);
+}
+
+qexsdk::KQexFigureWriteOptions KConverter::WriteOptions() const
+{
+    const KWorldOptions&           lWorld = mOptions.mWorld;
+    qexsdk::KQexFigureWriteOptions lOptions;
+    for (const KSampledTake& lTake : mTakes)
     {
-        if (lOutput.mKind == pKind)
+        lOptions.mTakes.emplace_back();
+        lOptions.mTakes.back().mTake = lTake.mTake;
+        lOptions.mTakes.back().mRequest = lTake.mRequest;
+    }
+    lOptions.mScale = lWorld.mScale;
+    lOptions.mUnit = lWorld.mUnits.empty() ? 0 : lWorld.GetUnit();
+    lOptions.mZUp = lWorld.IsZUp();
+    lOptions.mOrder = mOptions.mOrder;
+    lOptions.mBoneMesh = mOptions.mMesh != "none";
+    lOptions.mArrays = mOptions.mPreset.empty() ? qexsdk::KQexArraySet::eMOTION : qexsdk::KQexArraySet::eIMITATION;
+    lOptions.mLengthUnit = mOptions.mLengthUnit;
+    lOptions.mTranslations = mOptions.mTranslations == "all"    ? qexsdk::eTRANSLATION_DOFS_ALL
+                             : mOptions.mTranslations == "none" ? qexsdk::eTRANSLATION_DOFS_NONE
+                                                                : qexsdk::eTRANSLATION_DOFS_MOVING;
+    lOptions.mBasePoseFirstFrame = mOptions.mBasePose == "first-frame";
+    lOptions.mAdaptForFile = !mOptions.mRaw;
+    lOptions.mWriteRate = mOptions.mWriteRate;
+    lOptions.mAllowUnmatched = mOptions.mMotion.mAllowUnmatched;
+    lOptions.mThreads = mOptions.mThreads;
+    lOptions.mOutputOption = kOutputOption;
+    return lOptions;
+}
+
+std::vector<qexsdk::KQexFigureOutput> KConverter::ListOutputs() const
+{
+    std::vector<qexsdk::KQexFigureOutput> lOutputs;
+    for (const KConvertOutput& lTarget : mOptions.mTargets)
+    {
+        for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lTarget))
         {
-            return &lOutput;
+            lOutputs.emplace_back();
+            lOutputs.back().mPath = PathOf(lTarget, *lTakes.front());
+            lOutputs.back().mFormat = lTarget.mFormat;
+            for (const KSampledTake* lTake : lTakes)
+            {
+                lOutputs.back().mTakes.push_back(static_cast<size_t>(lTake - mTakes.data()));
+            }
         }
     }
-    return nullptr;
+    return lOutputs;
+}
+
+/// Reads the skeleton of --skeleton. False after an error.
+bool KConverter::ReadSkeleton(qexsdk::KQexFigureWriteOptions& pOptions)
+{
+    qexsdk::KQexFigureFile lFile;
+    if (!OpenFile(lFile, mOptions.mSkeleton, mConsole))
+    {
+        return false;
+    }
+    qexsdk::KQexImportAcclaimResult lResult;
+    mSkeleton = qexsdk::KQexImporterAcclaim::ReadSkeleton(lFile.GetSource(), {}, lResult);
+    pOptions.mSkeleton = mSkeleton.get();
+    pOptions.mSkeletonNotes = lResult.mSkeletonNotes;
+    PrintMessages(lResult, mConsole);
+    if (!mSkeleton)
+    {
+        mConsole.Raise(lFile.FailsToRead() ? eEXIT_SYSTEM : eEXIT_INPUT);
+    }
+    return mSkeleton != nullptr;
 }
 
 std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const
@@ -106,10 +155,10 @@ std::string KConverter::PathOf(const KConvertOutput& pOutput, const KSampledTake
 }
 
 /// The files that an output writes: .gltf has its buffer beside it.
-std::vector<std::string> KConverter::FilesOf(EOutputKind pKind, const std::string& pPath)
+std::vector<std::string> KConverter::FilesOf(qexsdk::KQexOutputFormat pFormat, const std::string& pPath)
 {
     std::vector<std::string> lFiles{pPath};
-    if (pKind == eOUT_GLTF)
+    if (pFormat == qexsdk::eOUTPUT_GLTF)
     {
         lFiles.push_back(pPath.substr(0, pPath.find_last_of('.')) + ".bin");
     }
@@ -121,7 +170,7 @@ KConverter::KTakeGroups KConverter::GroupsOf(const KConvertOutput& pOutput) cons
     KTakeGroups lGroups;
     for (const KSampledTake& lTake : mTakes)
     {
-        if (lGroups.empty() || HoldsOneTake(pOutput.mKind) || NamesTake(pOutput.mPath))
+        if (lGroups.empty() || qexsdk::KQexHoldsOneTake(pOutput.mFormat) || NamesTake(pOutput.mPath))
         {
             lGroups.emplace_back();
         }
@@ -133,24 +182,25 @@ KConverter::KTakeGroups KConverter::GroupsOf(const KConvertOutput& pOutput) cons
 /// False, after an error, if the figure and its takes do not fit an output.
 bool KConverter::CheckTarget(const KConvertOutput& pOutput)
 {
-    if (HoldsOneTake(pOutput.mKind) && mTakes.size() > 1 && !NamesTake(pOutput.mPath))
+    if (qexsdk::KQexHoldsOneTake(pOutput.mFormat) && mTakes.size() > 1 && !NamesTake(pOutput.mPath))
     {
         mConsole.Fail(eEXIT_USAGE, "--output: " + pOutput.mPath + " holds one take, but there are " + std::to_string(mTakes.size()) +
                                        ": put {name} into its name, or choose one with --take");
         return false;
     }
-    if ((pOutput.mKind == eOUT_AMC || pOutput.mKind == eOUT_CSV) && mFigure.GetTakes().empty())
+    if ((pOutput.mFormat == qexsdk::eOUTPUT_AMC || pOutput.mFormat == qexsdk::eOUTPUT_CSV) && mFigure.GetTakes().empty())
     {
         mConsole.Fail(eEXIT_USAGE, "--output: there is no motion to write to " + pOutput.mPath);
         return false;
     }
-    if (pOutput.mKind == eOUT_AMC && FindTarget(eOUT_ASF) == nullptr && mOptions.mSkeleton.empty() && mFigure.GetSkeleton() == nullptr)
+    if (pOutput.mFormat == qexsdk::eOUTPUT_AMC && !mOptions.Writes(qexsdk::eOUTPUT_ASF) && mOptions.mSkeleton.empty() &&
+        mFigure.GetSkeleton() == nullptr)
     {
         mConsole.Fail(eEXIT_USAGE, "--output: " + pOutput.mPath + " needs a skeleton: write one, too (-o NAME.asf -o " + pOutput.mPath +
                                        "), or name an existing one with --skeleton FILE");
         return false;
     }
-    if (pOutput.mKind == eOUT_NPZ && !mOptions.mPreset.empty() && mFigure.GetRoots().size() != 1)
+    if (pOutput.mFormat == qexsdk::eOUTPUT_NPZ && !mOptions.mPreset.empty() && mFigure.GetRoots().size() != 1)
     {
         mConsole.Fail(eEXIT_INPUT, "--preset " + mOptions.mPreset + " is for a figure with one root, but there are " +
                                        std::to_string(mFigure.GetRoots().size()));
@@ -172,7 +222,7 @@ bool KConverter::CheckTargets()
         {
             const std::string lPath = PathOf(lOutput, *lGroup.front());
             const std::string lTake = TitleOf(*lGroup.front());
-            for (const std::string& lFile : FilesOf(lOutput.mKind, lPath))
+            for (const std::string& lFile : FilesOf(lOutput.mFormat, lPath))
             {
                 const auto lAdded = lTakes.emplace(WithoutLinks(lFile), lTake);
                 if (!lAdded.second)
@@ -192,21 +242,6 @@ bool KConverter::CheckTargets()
         }
     }
     return true;
-}
-
-bool KConverter::Commit()
-{
-    std::vector<qexsdk::KOutputFile*> lOutputs;
-    for (const auto& lOutput : mOutputs.mFiles)
-    {
-        lOutputs.push_back(lOutput.get());
-    }
-    const qexsdk::KOutputFile* lFailed = qexsdk::KOutputFile::CommitAll(lOutputs.data(), lOutputs.size());
-    if (lFailed != nullptr)
-    {
-        ReportOutputError(*lFailed, lFailed->GetPath(), mConsole);
-    }
-    return lFailed == nullptr;
 }
 
 } // namespace asfapp

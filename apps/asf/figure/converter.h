@@ -2,18 +2,26 @@
 #define APPS_ASF_FIGURE_CONVERTER_H
 
 #include <apps/asf/figure/convertoptions.h>
-#include <apps/asf/figure/frameoutput.h>
 #include <apps/asf/figure/loading.h>
 #include <apps/asf/report/jsontext.h>
+#include <qexfigure/output/kqexfigurewrite.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace asfapp
 {
 
-/// Writes a figure to the outputs of an `asf convert` run: each is prepared, then all are committed together.
+/// A take and the frames of it to write.
+struct KSampledTake
+{
+    const qexsdk::KQexFigureTake* mTake = nullptr; ///< Null: only the rest pose.
+    std::string                   mName;           ///< As used in file names; several takes may have one.
+    qexsdk::KQexSamplingRequest   mRequest;
+    qexsdk::KQexSampling          mSampling; ///< What mRequest gives.
+};
+
+/// Writes a figure to the outputs of an `asf convert` run, all or none.
 class KConverter
 {
 public:
@@ -31,7 +39,6 @@ public:
 private:
     /// The takes of each of an output's files: one each, or all in one.
     using KTakeGroups = std::vector<std::vector<const KSampledTake*>>;
-    using KOutputList = std::vector<std::unique_ptr<KFrameOutput>>;
 
     bool        SampleTakes();
     bool        FindPart(KSampledTake& pTake);
@@ -39,22 +46,17 @@ private:
     bool        CheckTarget(const KConvertOutput& pOutput);
     std::string PathOf(const KConvertOutput& pOutput, const KSampledTake& pTake) const;
 
-    static std::vector<std::string> FilesOf(EOutputKind pKind, const std::string& pPath);
+    static std::vector<std::string> FilesOf(qexsdk::KQexOutputFormat pFormat, const std::string& pPath);
 
     KTakeGroups GroupsOf(const KConvertOutput& pOutput) const;
 
     bool WriteAll();
-    bool WriteFrames(const KOutputList& pOutputs, const std::vector<qexsdk::KQexNode*>& pRoots);
-    bool WriteTake(const KSampledTake& pTake, const std::vector<KFrameOutput*>& pOutputs, const std::vector<qexsdk::KQexNode*>& pRoots);
-    bool Commit();
+    bool ReadSkeleton(qexsdk::KQexFigureWriteOptions& pOptions);
+    bool Write(qexsdk::KQexFigureWriteOptions& pOptions, qexsdk::KQexFigureReport& pReport);
     void Report() const;
 
-    bool                  MakeAcclaimOutputs(KOutputList& pOutputs);
-    void                  MakeOtherOutputs(KOutputList& pOutputs);
-    bool                  ReadSkeleton(const std::string& pPath, KAcclaimTarget& pTarget);
-    qexsdk::KQexRunResult Evaluate(const KSampledTake& pTake, const std::vector<qexsdk::KQexNode*>& pRoots,
-                                   const std::vector<qexsdk::KQexFrameSink*>& pSinks) const;
-    const KConvertOutput* FindTarget(EOutputKind pKind) const;
+    qexsdk::KQexFigureWriteOptions        WriteOptions() const;
+    std::vector<qexsdk::KQexFigureOutput> ListOutputs() const;
 
     const KConvertOptions&    mOptions;
     qexsdk::KQexFigure&       mFigure;
@@ -62,8 +64,6 @@ private:
     KConsole&                 mConsole;
     std::vector<KSampledTake> mTakes;    ///< At least one.
     qexsdk::KQexAsfSceneOwner mSkeleton; ///< The one of --skeleton, once it is needed.
-
-    KFrameOutputs mOutputs; ///< Files that are complete, not yet committed.
 };
 
 } // namespace asfapp

@@ -43,8 +43,8 @@ void KConverter::Report() const
     {
         for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lOutput))
         {
-            const std::string lMotion = lOutput.mKind == eOUT_ASF ? "" : MotionText(lTakes);
-            const std::string lFigure = lOutput.mKind == eOUT_AMC ? "" : lJoints;
+            const std::string lMotion = lOutput.mFormat == qexsdk::eOUTPUT_ASF ? "" : MotionText(lTakes);
+            const std::string lFigure = lOutput.mFormat == qexsdk::eOUTPUT_AMC ? "" : lJoints;
             ReportWritten(PathOf(lOutput, *lTakes.front()), lFigure + (lFigure.empty() || lMotion.empty() ? "" : ", ") + lMotion, mConsole);
         }
     }
@@ -73,7 +73,7 @@ void KConverter::Describe(KJson& pObject) const
     {
         for (const std::vector<const KSampledTake*>& lTakes : GroupsOf(lOutput))
         {
-            for (const std::string& lFile : FilesOf(lOutput.mKind, PathOf(lOutput, *lTakes.front())))
+            for (const std::string& lFile : FilesOf(lOutput.mFormat, PathOf(lOutput, *lTakes.front())))
             {
                 pObject["outputs"].push_back(JsonPath(lFile));
             }

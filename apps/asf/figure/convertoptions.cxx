@@ -3,7 +3,6 @@
 #include <apps/asf/figure/nametemplate.h>
 #include <apps/asf/outputname.h>
 #include <kbaselib/kbase/kletters.h>
-#include <kbaselib/kbase/kpath.h>
 
 #include <algorithm>
 #include <set>
@@ -13,8 +12,6 @@ namespace asfapp
 
 namespace
 {
-
-const char* const kKinds[] = {"asf", "amc", "bvh", "glb", "gltf", "npz", "csv"};
 
 /// "2.5" is seconds, "60f" frames.
 bool ParseTakeTime(const char* pOption, const std::string& pText, KTakeTime& pTime, KConsole& pConsole)
@@ -50,7 +47,7 @@ bool ParseChannels(const std::string& pWord, qexsdk::ERotationOrder& pOrder, KCo
     return pWord.empty() || pConsole.Refuse("--channels: expected X, Y and Z in any order, such as ZXY, not " + pWord);
 }
 
-bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKind& pKind, KConsole& pConsole)
+bool FindOutputFormat(const std::string& pPath, const std::string& pTo, qexsdk::KQexOutputFormat& pFormat, KConsole& pConsole)
 {
     const std::string lWriter = pTo.empty() ? "convert" : "convert --to " + pTo;
     const auto        lEndings = pTo.empty() ? std::vector<std::string>{".bvh", ".asf", ".amc", ".glb", ".gltf", ".npz", ".csv"}
@@ -59,17 +56,9 @@ bool FindOutputKind(const std::string& pPath, const std::string& pTo, EOutputKin
     {
         return false;
     }
-    const std::string lExtension = qexsdk::KPathExtension(pPath);
-    const std::string lWord = !pTo.empty() ? pTo : lExtension.empty() ? std::string() : lExtension.substr(1);
-    for (int lKind = eOUT_ASF; lKind <= eOUT_CSV; ++lKind)
-    {
-        if (lWord == kKinds[lKind])
-        {
-            pKind = static_cast<EOutputKind>(lKind);
-            return true;
-        }
-    }
-    return pConsole.Refuse("--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not " + pPath + "; or use --to");
+    const std::string lPath = pTo.empty() ? pPath : WithEnding(pPath, "." + pTo);
+    return qexsdk::KQexOutputFormatOf(lPath, pFormat) ||
+           pConsole.Refuse("--output: expected .asf, .amc, .bvh, .glb, .gltf, .npz or .csv, not " + pPath + "; or use --to");
 }
 
 bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
@@ -80,7 +69,7 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
         KConvertOutput lOutput;
         lOutput.mPath = lPath;
         if (!CheckNameTemplate(lPath, pConsole) ||
-            !FindOutputKind(lPath, pOptions.mOutputs.size() == 1 || lPath == "-" ? pOptions.mTo : "", lOutput.mKind, pConsole))
+            !FindOutputFormat(lPath, pOptions.mOutputs.size() == 1 || lPath == "-" ? pOptions.mTo : "", lOutput.mFormat, pConsole))
         {
             return false;
         }
@@ -88,7 +77,7 @@ bool ParseOutputs(KConvertOptions& pOptions, KConsole& pConsole)
         {
             return pConsole.Refuse("--output: " + lPath + " is given twice");
         }
-        if ((lOutput.mKind == eOUT_ASF || lOutput.mKind == eOUT_AMC) && pOptions.Writes(lOutput.mKind))
+        if ((lOutput.mFormat == qexsdk::eOUTPUT_ASF || lOutput.mFormat == qexsdk::eOUTPUT_AMC) && pOptions.Writes(lOutput.mFormat))
         {
             return pConsole.Refuse("--output: expected at most one skeleton and one motion");
         }
@@ -117,7 +106,7 @@ bool CheckFormatOption(const std::string& pWord, const char* pOption, bool pIsUs
 /// What a format defines itself cannot be chosen.
 bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
 {
-    const bool           lGltf = pOptions.Writes(eOUT_GLB) || pOptions.Writes(eOUT_GLTF);
+    const bool           lGltf = pOptions.Writes(qexsdk::eOUTPUT_GLB) || pOptions.Writes(qexsdk::eOUTPUT_GLTF);
     const KWorldOptions& lWorld = pOptions.mWorld;
     if (lGltf && !lWorld.mUp.empty())
     {
@@ -127,7 +116,7 @@ bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
     {
         return pConsole.Refuse("--units is not for glTF, which is in metres by its standard; --scale changes the size");
     }
-    if (pOptions.Writes(eOUT_AMC) && !pOptions.Writes(eOUT_ASF) && !lWorld.mUnits.empty())
+    if (pOptions.Writes(qexsdk::eOUTPUT_AMC) && !pOptions.Writes(qexsdk::eOUTPUT_ASF) && !lWorld.mUnits.empty())
     {
         return pConsole.Refuse("--units is not for AMC without ASF, which is in the length unit of its skeleton");
     }
@@ -141,22 +130,22 @@ bool CheckWorldOptions(const KConvertOptions& pOptions, KConsole& pConsole)
 /// Options for formats that are not written are errors.
 bool CheckFormatOptions(const KConvertOptions& pOptions, KConsole& pConsole)
 {
-    const bool lGltf = pOptions.Writes(eOUT_GLB) || pOptions.Writes(eOUT_GLTF);
-    const bool lAcclaim = pOptions.Writes(eOUT_ASF);
-    const bool lMotion = pOptions.Writes(eOUT_AMC);
+    const bool lGltf = pOptions.Writes(qexsdk::eOUTPUT_GLB) || pOptions.Writes(qexsdk::eOUTPUT_GLTF);
+    const bool lAcclaim = pOptions.Writes(qexsdk::eOUTPUT_ASF);
+    const bool lMotion = pOptions.Writes(qexsdk::eOUTPUT_AMC);
     return CheckFormatOption(pOptions.mMesh, "--mesh", lGltf, "glTF", pConsole) &&
-           CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(eOUT_BVH), "BVH", pConsole) &&
+           CheckFormatOption(pOptions.mChannels, "--channels", pOptions.Writes(qexsdk::eOUTPUT_BVH), "BVH", pConsole) &&
            CheckFormatOption(pOptions.mLengthUnit != 0 ? "set" : "", "--length-unit", lAcclaim, "ASF", pConsole) &&
-           CheckFormatOption(pOptions.mPreset, "--preset", pOptions.Writes(eOUT_NPZ), "NPZ", pConsole) &&
+           CheckFormatOption(pOptions.mPreset, "--preset", pOptions.Writes(qexsdk::eOUTPUT_NPZ), "NPZ", pConsole) &&
            CheckFormatOption(pOptions.mWriteRate ? "set" : "", "--write-rate", lMotion, "AMC", pConsole) &&
            CheckFormatOption(pOptions.mSkeleton, "--skeleton", lMotion && pOptions.mTargets.size() == 1, "a single AMC", pConsole);
 }
 
 } // namespace
 
-bool KConvertOptions::Writes(EOutputKind pKind) const
+bool KConvertOptions::Writes(qexsdk::KQexOutputFormat pFormat) const
 {
-    return std::any_of(mTargets.begin(), mTargets.end(), [pKind](const KConvertOutput& pOutput) { return pOutput.mKind == pKind; });
+    return std::any_of(mTargets.begin(), mTargets.end(), [pFormat](const KConvertOutput& pOutput) { return pOutput.mFormat == pFormat; });
 }
 
 bool ParseConvertOptions(KConvertOptions& pOptions, KConsole& pConsole)
@@ -178,7 +167,7 @@ qexsdk::KQexFigureOptions FigureOptions(const KConvertOptions& pOptions)
     lOptions.mRemoveDummies = pOptions.mRemoveDummies;
     lOptions.mKeepGoodFrames = pOptions.mKeepGoodFrames;
     lOptions.mAllowUnmatched = pOptions.mMotion.mAllowUnmatched;
-    lOptions.mKeepDofValues = pOptions.Writes(eOUT_NPZ);
+    lOptions.mKeepDofValues = pOptions.Writes(qexsdk::eOUTPUT_NPZ);
     lOptions.mReduce = pOptions.mReduce;
     lOptions.mFilter = pOptions.mFilter == "none"     ? qexsdk::eROTATION_FILTER_NONE
                        : pOptions.mFilter == "gimbal" ? qexsdk::eROTATION_FILTER_GIMBAL

@@ -5,7 +5,7 @@
 #include <apps/asf/figure/worldoptions.h>
 #include <kbaselib/kmath/keulertable.h>
 #include <qexfigure/kqexfigure.h>
-#include <qexioplugins/acclaim/kqexexporteracclaim.h>
+#include <qexfigure/output/kqexfigurewrite.h>
 
 #include <cstdint>
 #include <string>
@@ -14,23 +14,11 @@
 namespace asfapp
 {
 
-/// Format of an output file.
-enum EOutputKind
-{
-    eOUT_ASF,
-    eOUT_AMC,
-    eOUT_BVH,
-    eOUT_GLB,
-    eOUT_GLTF,
-    eOUT_NPZ, ///< Arrays, see docs/arrays.md.
-    eOUT_CSV  ///< Positions, as of asf positions.
-};
-
 /// A file to write.
 struct KConvertOutput
 {
-    std::string mPath; ///< May have words in braces, see FillName().
-    EOutputKind mKind = eOUT_BVH;
+    std::string              mPath; ///< May have words in braces, see FillName().
+    qexsdk::KQexOutputFormat mFormat = qexsdk::eOUTPUT_BVH;
 };
 
 /// A time in a take: seconds from the first frame in the file, or a frame's number.
@@ -78,7 +66,7 @@ struct KConvertOptions
     KTakeTime                   mEndTime;
     qexsdk::ERotationOrder      mOrder = qexsdk::eEULER_XYZ;
 
-    bool Writes(EOutputKind pKind) const;
+    bool Writes(qexsdk::KQexOutputFormat pFormat) const;
 };
 
 /// Parses and checks the arguments. False after an error.

@@ -62,13 +62,4 @@ void HoldInPlace(const KWorldOptions& pOptions, qexsdk::KQexFigure& pFigure)
     }
 }
 
-void TurnUp(const KWorldOptions& pOptions, bool pWithRestPose, qexsdk::KQexFigure& pFigure)
-{
-    const qexsdk::KQexFigureTurn lTurn = pWithRestPose ? qexsdk::eFIGURE_TURN_ALL : qexsdk::eFIGURE_TURN_MOTION;
-    if (pOptions.IsZUp() && !qexsdk::TurnFigureZUp(pFigure, lTurn))
-    {
-        throw std::bad_alloc();
-    }
-}
-
 } // namespace asfapp

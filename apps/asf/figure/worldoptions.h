@@ -42,9 +42,6 @@ bool CheckLengthUnit(const KWorldOptions& pOptions, double pLengthUnit, bool pIs
 /// Applies --in-place to a loaded figure.
 void HoldInPlace(const KWorldOptions& pOptions, qexsdk::KQexFigure& pFigure);
 
-/// Turns a loaded figure, or only its takes, for writers that cannot turn it themselves, if --up asks for it.
-void TurnUp(const KWorldOptions& pOptions, bool pWithRestPose, qexsdk::KQexFigure& pFigure);
-
 } // namespace asfapp
 
 #endif
