@@ -26,15 +26,16 @@ class Clip:
     Made by ``qex.load()`` and ``Clip.from_arrays()``.
     """
 
-    __slots__ = ("_core", "name", "units", "up", "skeleton", "_messages", "__weakref__")
+    __slots__ = ("_raw", "name", "units", "up", "skeleton", "_messages", "__weakref__")
 
-    _core: _core.Clip
+    _raw: _core.Clip
     name: str
     """Name of the take, or of its file without folder and ending."""
     units: str
     """Unit of all lengths: ``"cm"``, ``"m"`` or ``"in"``."""
     up: str
     """The axis that points up: ``"y"`` or ``"z"``."""
+    _messages: Tuple[Message, ...]
     skeleton: Optional[str]
     """Path of the file that the skeleton was read from; None for a clip of arrays."""
 
@@ -53,7 +54,7 @@ class Clip:
         messages: Sequence[Message] = (),
     ) -> Clip:
         clip = cls.__new__(cls)
-        clip._set("_core", core)
+        clip._set("_raw", core)
         for key, value in (("name", name), ("units", units), ("up", up), ("skeleton", skeleton), ("_messages", tuple(messages))):
             clip._set(key, value)
         return clip
@@ -86,7 +87,7 @@ class Clip:
         >>> clip.names[:4]
         ['root', 'left_hip', 'left_thigh', 'left_shin']
         """
-        return self._core.names
+        return self._raw.names
 
     @property
     def parents(self) -> Ints:
@@ -95,17 +96,17 @@ class Clip:
         >>> clip.parents[:4]
         array([-1,  0,  1,  2], dtype=int32)
         """
-        return self._core.parents
+        return self._raw.parents
 
     @property
     def is_end(self) -> npt.NDArray[np.bool_]:
         """True for the end of a leaf bone, which does not move by itself; shape (joints,)."""
-        return self._core.is_end
+        return self._raw.is_end
 
     @property
     def frame_count(self) -> int:
         """The number of frames."""
-        return self._core.frame_count
+        return self._raw.frame_count
 
     @property
     def fps(self) -> float:
@@ -114,12 +115,12 @@ class Clip:
         >>> clip.fps, clip[::4].fps
         (120.0, 30.0)
         """
-        return self._core.fps
+        return self._raw.fps
 
     @property
     def times(self) -> npt.NDArray[np.float64]:
         """Seconds of each frame since the first; shape (frames,)."""
-        return np.arange(self.frame_count) * self._core.step
+        return np.arange(self.frame_count) * self._raw.step
 
     @property
     def messages(self) -> List[Message]:
@@ -129,22 +130,22 @@ class Clip:
     @property
     def rest_positions(self) -> Floats:
         """Position of each joint relative to its parent at rest, in the parent's axes; of a root, in the world. Shape (joints, 3)."""
-        return self._core.rest_translations
+        return self._raw.rest_translations
 
     @property
     def rest_rotations(self) -> Floats:
         """Rotation of each joint relative to its parent at rest; shape (joints, 4), quaternions w, x, y, z."""
-        return self._core.rest_quaternions
+        return self._raw.rest_quaternions
 
     @property
     def moving_joints(self) -> Ints:
         """Indices of the joints whose position relative to their parent is not always that at rest, ascending."""
-        return self._core.moving_joints
+        return self._raw.moving_joints
 
     @property
     def moving_translations(self) -> Floats:
         """The translations of these joints, as they are stored; shape (frames, moving joints, 3)."""
-        return self._core.moving_translations
+        return self._raw.moving_translations
 
     # Transforms
 
@@ -155,17 +156,17 @@ class Clip:
         array([ 6.52,  7.33, 32.43], dtype=float32)
         """
         kind = as_float_type(dtype)
-        return self._core.positions(is_double(kind)).astype(kind, copy=False)
+        return self._raw.positions(is_double(kind)).astype(kind, copy=False)
 
     def translations(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
         """Position of every joint relative to its parent, in the parent's axes; of a root, in the world. Shape (frames, joints, 3)."""
         kind = as_float_type(dtype)
-        stored = self._core.moving_translations
-        return (stored if stored.shape[1] == len(self.names) else self._core.translations()).astype(kind, copy=False)
+        stored = self._raw.moving_translations
+        return (stored if stored.shape[1] == len(self.names) else self._raw.translations()).astype(kind, copy=False)
 
     def scalings(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
         """Scale factors of every joint along its own axes; shape (frames, joints, 3)."""
-        return self._core.scalings().astype(as_float_type(dtype), copy=False)
+        return self._raw.scalings().astype(as_float_type(dtype), copy=False)
 
     def rotations(
         self,
@@ -201,10 +202,10 @@ class Clip:
         choose("form", form, FORMS)
         order = rotation_order(form, order)
         if form == "quat" and not is_world and kind == np.float32:
-            stored = self._core.quaternions
+            stored = self._raw.quaternions
             return stored if order == "wxyz" else stored.take([1, 2, 3, 0], axis=-1)
         word, places = euler_order(order) if form == "euler" else ("", [])
-        result = self._core.rotations(is_world, FORMS.index(form), word, is_double(kind))
+        result = self._raw.rotations(is_world, FORMS.index(form), word, is_double(kind))
         if form == "euler" and places != [0, 1, 2]:
             result = result.take(places, axis=-1)
         if order == "xyzw":
@@ -221,7 +222,7 @@ class Clip:
         From the frames before and after; in the first and the last frame between it and its neighbour.
         """
         kind = as_float_type(dtype)
-        return self._core.velocities(is_double(kind)).astype(kind, copy=False)
+        return self._raw.velocities(is_double(kind)).astype(kind, copy=False)
 
     def angular_velocities(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
         """Angular velocity of every joint about the axes of the world, radians a second; shape (frames, joints, 3).
@@ -229,7 +230,7 @@ class Clip:
         From the rotation between the frames before and after, the short way.
         """
         kind = as_float_type(dtype)
-        return self._core.angular_velocities(is_double(kind)).astype(kind, copy=False)
+        return self._raw.angular_velocities(is_double(kind)).astype(kind, copy=False)
 
     # Degrees of freedom
 
@@ -244,8 +245,8 @@ class Clip:
         >>> angles.values[:, knee].max().round(1), angles.limits[knee]
         (68.6, array([ -5., 150.], dtype=float32))
         """
-        dofs = self._core.dofs
-        values, limits = self._core.dof_values, self._core.dof_limits.astype(np.float32)
+        dofs = self._raw.dofs
+        values, limits = self._raw.dof_values, self._raw.dof_limits.astype(np.float32)
         if not values.size:
             values = np.zeros((0, len(dofs)), np.float32)
         turns = np.array([word.startswith("r") for _, word in dofs], dtype=bool)
@@ -269,12 +270,12 @@ class Clip:
         >>> clip.limit_violations().dtype.names, len(clip.limit_violations())
         (('frame', 'dof', 'value', 'excess'), 0)
         """
-        frames, dofs, excess = self._core.limit_violations()
+        frames, dofs, excess = self._raw.limit_violations()
         result = np.empty(len(frames), dtype=[("frame", np.int64), ("dof", np.int32), ("value", np.float32), ("excess", np.float32)])
-        turns = np.array([word.startswith("r") for _, word in self._core.dofs], dtype=bool)
+        turns = np.array([word.startswith("r") for _, word in self._raw.dofs], dtype=bool)
         factors = np.where(turns & (not degrees), np.pi / 180, 1.0)[dofs]
         result["frame"], result["dof"], result["excess"] = frames, dofs, excess * factors
-        result["value"] = self._core.dof_values[frames, dofs] * factors if len(frames) else 0
+        result["value"] = self._raw.dof_values[frames, dofs] * factors if len(frames) else 0
         return result
 
     def plot(self, *joints: Joint, ax: Optional[Any] = None) -> Any:
@@ -304,11 +305,11 @@ class Clip:
             index = operator.index(frames)
             if not -len(self) <= index < len(self):
                 raise IndexError(f"frame {index}: there are {len(self)}")
-            return self._with(_core.cut(self._core, index % len(self), index % len(self), 1))
+            return self._with(_core.cut(self._raw, index % len(self), index % len(self), 1))
         chosen = range(len(self))[frames]
         if not chosen:
             raise ValueError("the slice has no frames, and a clip has at least one")
-        core = _core.cut(self._core, min(chosen), max(chosen), min(abs(chosen.step), len(self)))
+        core = _core.cut(self._raw, min(chosen), max(chosen), min(abs(chosen.step), len(self)))
         return self._with(core if chosen.step > 0 else _core.reverse(core))
 
     def __iter__(self) -> Iterator[Clip]:
@@ -321,7 +322,7 @@ class Clip:
         >>> len(clip.resample(30))
         61
         """
-        return self._with(_core.resample(self._core, float(fps)))
+        return self._with(_core.resample(self._raw, float(fps)))
 
     def joints(self, joints: Sequence[Joint]) -> Clip:
         """Only these joints, by name or index, in the clip's order. Each keeps its place in the world, relative to its nearest ancestor
@@ -332,13 +333,13 @@ class Clip:
         """
         if isinstance(joints, (str, int)):
             joints = [joints]
-        return self._with(_core.select(self._core, sorted({self._index(joint) for joint in joints})))
+        return self._with(_core.select(self._raw, sorted({self._index(joint) for joint in joints})))
 
     def _index(self, joint: Joint) -> int:
         """The index of a joint."""
         if isinstance(joint, str):
             if joint not in self.names:
-                raise KeyError(f"no joint {joint}{_core.did_you_mean(joint.encode('utf-8', 'surrogateescape'), self._core)}")
+                raise KeyError(f"no joint {joint}{_core.did_you_mean(joint.encode('utf-8', 'surrogateescape'), self._raw)}")
             return self.names.index(joint)
         index = operator.index(joint)
         if not -len(self.names) <= index < len(self.names):
@@ -353,7 +354,7 @@ class Clip:
         >>> clip.to(up="z", units="m").positions()[0, 0].round(3)
         array([-0.008, -0.004,  0.928], dtype=float32)
         """
-        core = self._core
+        core = self._raw
         up = self.up if up is None else choose("up", up, ["y", "z"])
         units = self.units if units is None else choose("units", units, list(CENTIMETRES))
         if up != self.up:
@@ -364,13 +365,13 @@ class Clip:
 
     def scale(self, factor: float) -> Clip:
         """All lengths times a factor: the figure and its way."""
-        return self._with(_core.scale(self._core, float(factor)))
+        return self._with(_core.scale(self._raw, float(factor)))
 
     def _step(self, step: Callable[[_core.Clip], _core.Clip]) -> Clip:
         """A step of the library, which has y up."""
         if self.up == "y":
-            return self._with(step(self._core))
-        return self._with(_core.make_z_up(step(_core.make_y_up(self._core))))
+            return self._with(step(self._raw))
+        return self._with(_core.make_z_up(step(_core.make_y_up(self._raw))))
 
     def in_place(self, *, keep_turn: bool = True) -> Clip:
         """The first root's way on the ground taken out: it stays above its place in the first frame. Its turn about the vertical stays,
@@ -396,7 +397,7 @@ class Clip:
         >>> bool(abs(clip.positions()[:, left] * [-1, 1, 1] - clip.mirror().positions()[:, right]).max() < 1e-3)
         True
         """
-        other = _core.mirror_pairs(self._core)
+        other = _core.mirror_pairs(self._raw)
         if pairs is not None:
             other = list(range(len(self.names)))
             for one, two in pairs:
@@ -475,7 +476,7 @@ class Clip:
         return self
 
     def __reduce__(self) -> Tuple[Any, ...]:
-        core = self._core
+        core = self._raw
         stored = {key: getattr(core, key) for key in STORED}
         words = {key: getattr(self, key) for key in ("name", "units", "up", "skeleton")}
         return restore, (stored, core.step, words, [tuple(message) for message in self._messages])

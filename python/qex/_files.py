@@ -46,9 +46,9 @@ def make_source(
     allow_unmatched: bool,
 ) -> _core.Source:
     source = _core.Source()
-    source.path, source.bytes = name_of(path, base_dir)
+    source.path, source.contents = name_of(path, base_dir)
     if skeleton is not None:
-        source.skeleton, source.skeleton_bytes = name_of(skeleton, None)
+        source.skeleton, source.skeleton_contents = name_of(skeleton, None)
     if format is not None:
         if format.lower().lstrip(".") not in FORMATS:
             raise ValueError(f"format={format!r}: expected one of {', '.join(map(repr, FORMATS))}")

@@ -21,7 +21,7 @@ def join(clips: Iterable[Clip], blend: int = 0) -> Clip:
     if not listed:
         raise ValueError("join needs at least one clip")
     first = listed[0]
-    core = first._core
+    core = first._raw
     for clip in listed[1:]:
-        core = _core.join(core, clip.to(up=first.up, units=first.units)._core, int(blend))
+        core = _core.join(core, clip.to(up=first.up, units=first.units)._raw, int(blend))
     return first._with(core)

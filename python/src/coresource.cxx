@@ -28,7 +28,7 @@ bool KSource::Open(qexsdk::KQexFigureFiles& pFiles, KQexFigureReport& pReport)
     std::vector<KQexFigureFile>    lFiles(1);
     qexsdk::KQexFigureFilesOptions lOptions;
     lOptions.mSkeletonOption = "skeleton=";
-    if (!OpenOne(mBytes, mPath, lFiles.front(), pReport))
+    if (!OpenOne(mContents, mPath, lFiles.front(), pReport))
     {
         return false;
     }
@@ -36,10 +36,10 @@ bool KSource::Open(qexsdk::KQexFigureFiles& pFiles, KQexFigureReport& pReport)
     {
         lFiles.front().SetFormat(mFormat);
     }
-    if (mSkeletonBytes)
+    if (mSkeletonContents)
     {
         lFiles.emplace_back();
-        if (!OpenOne(mSkeletonBytes, mSkeleton, lFiles.back(), pReport))
+        if (!OpenOne(mSkeletonContents, mSkeleton, lFiles.back(), pReport))
         {
             return false;
         }

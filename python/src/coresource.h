@@ -17,9 +17,9 @@ namespace qexpython
 struct KSource
 {
     std::string                mPath;     ///< Or the name of the bytes.
-    std::optional<std::string> mBytes;    ///< The contents, if they are not those of the path.
+    std::optional<std::string> mContents; ///< The contents, if they are not those of the path.
     std::string                mSkeleton; ///< Path of the skeleton of a motion alone, or the name of its bytes; empty: searched for.
-    std::optional<std::string> mSkeletonBytes;
+    std::optional<std::string> mSkeletonContents;
     std::string                mFormat;         ///< Empty: detected.
     double                     mRate = 0;       ///< Frames per second of the clip; 0: the file's.
     double                     mSourceRate = 0; ///< Frames per second of an AMC file; 0: what it says.

@@ -17,7 +17,7 @@ STORED = ["parents", "moving_joints", "moving_translations"]
 def same(one, other):
     """Whether two clips have the same numbers."""
     return all(
-        np.array_equal(getattr(one._core, key), getattr(other._core, key))
+        np.array_equal(getattr(one._raw, key), getattr(other._raw, key))
         for key in ["names", "parents", "is_end", "quaternions", "moving_joints", "moving_translations", "rest_translations",
                     "rest_quaternions", "dofs", "dof_limits", "dof_values"]
     ) and (one.fps, one.units, one.up, one.name) == (other.fps, other.units, other.up, other.name)  # fmt: skip
