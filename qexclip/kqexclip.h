@@ -74,7 +74,8 @@ public:
     static bool FromScene(const std::vector<KQexNode*>& pRoots, KQexAnimStack* pStack, const KQexSampling& pSampling,
                           const KQexClipOptions& pOptions, KQexClip& pClip);
 
-    /// Makes skeleton nodes and a take named \p pTakeName, with a key in every frame, for each joint in \p pScene. Rotation order XYZ.
+    /// Makes skeleton nodes and a take named \p pTakeName, with a key in every frame, for each joint in \p pScene, siblings in the joints'
+    /// order. The rotation order is that of the joint's degrees of freedom (EulerOrderFromOrderBuf()), XYZ without rotations among them.
     /// False, with the scene as before, for an empty clip, a take that exists, or when memory runs out.
     bool ToScene(KQexScene* pScene, const char* pTakeName, std::vector<KQexNode*>& pRoots) const;
 

@@ -1,5 +1,6 @@
 // Nodes and curves from a clip.
 
+#include <kbaselib/kmath/keulerorder.h>
 #include <qexclip/kqexclipedit.h>
 #include <qexscene/kqexscene.h>
 #include <qexscene/kqexsceneundo.h>
@@ -12,7 +13,23 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kOrderXYZ = 0;
+/// The order code of each joint's rotations: bones with fewer than three keep these in it.
+std::vector<int> OrdersOf(const KQexClipData& pData)
+{
+    std::vector<int> lOrders;
+    std::vector<int> lCodes;
+    auto             lDof = pData.mDofs.begin();
+    for (int lJoint = 0; lJoint < static_cast<int>(pData.mNames.size()); ++lJoint)
+    {
+        lCodes.clear();
+        for (; lDof != pData.mDofs.end() && lDof->mJoint == lJoint; ++lDof)
+        {
+            lCodes.push_back(KDofCodeOf(lDof->mDof.mWord));
+        }
+        lOrders.push_back(EulerOrderFromOrderBuf(lCodes.data(), static_cast<int>(lCodes.size())));
+    }
+    return lOrders;
+}
 
 qexVectorTemplate3<double> ToVector(const float* pNumbers)
 {
@@ -23,7 +40,10 @@ qexVectorTemplate3<double> ToVector(const float* pNumbers)
 class KQexClipNodes
 {
 public:
-    KQexClipNodes(const KQexClipData& pData, KQexScene* pScene, const char* pTakeName) : mData(pData), mScene(pScene), mTake(pTakeName) {}
+    KQexClipNodes(const KQexClipData& pData, KQexScene* pScene, const char* pTakeName)
+        : mData(pData), mScene(pScene), mTake(pTakeName), mOrders(OrdersOf(pData))
+    {
+    }
 
     bool Make(std::vector<KQexNode*>& pRoots)
     {
@@ -60,9 +80,10 @@ private:
         }
         lSkeleton->SetSkeletonType(KQexSkeleton::eSKELETON_JOINT);
         lNode->SetRotationActive(true);
+        lNode->SetRotationOrder(kPivotSet0, static_cast<ERotationOrder>(mOrders[pJoint] / 2));
         const KQexJointTransform& lRest = mData.mRest[pJoint];
         double                    lAngles[3] = {0.0, 0.0, 0.0};
-        KToQuaternion(lRest.mRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
+        KToQuaternion(lRest.mRotation).ToEuler(mOrders[pJoint], lAngles, lAngles);
         lNode->mLocalTranslation.Set(ToVector(lRest.mTranslation));
         lNode->mLocalRotation.Set(qexVectorTemplate3<double>(lAngles[0], lAngles[1], lAngles[2]));
         lNode->mLocalScaling.Set(ToVector(lRest.mScaling));
@@ -101,7 +122,7 @@ private:
         const float*                     lRotation = mData.mRotations.data() + pJoint * 4;
         for (long long lFrame = 0; lFrame < mData.mSampling.mCount; ++lFrame, lRotation += mData.mNames.size() * 4)
         {
-            KToQuaternion(lRotation).ToEuler(kOrderXYZ, lAngles, lAngles);
+            KToQuaternion(lRotation).ToEuler(mOrders[pJoint], lAngles, lAngles);
             for (int i = 0; i < 3; ++i)
             {
                 if (!lCurves[i]->AppendSample(mData.mSampling.GetTime(lFrame), static_cast<float>(lAngles[i])))
@@ -140,7 +161,8 @@ private:
     const KQexClipData&    mData;
     KQexScene*             mScene;
     const char*            mTake;
-    std::vector<KQexNode*> mNodes; ///< By joint.
+    const std::vector<int> mOrders; ///< By joint: codes of their rotation orders.
+    std::vector<KQexNode*> mNodes;  ///< By joint.
 };
 
 } // namespace

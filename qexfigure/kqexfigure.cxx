@@ -53,11 +53,7 @@ bool KQexFigure::Load(const KQexFigureFiles& pFiles, const KQexFigureOptions& pO
 
 bool KQexFigure::LoadFiles(const KQexFigureFiles& pFiles, const KQexFigureOptions& pOptions, KQexFigureReport& pReport)
 {
-    mScene = KQexScene::Create("figure");
-    if (mScene == nullptr)
-    {
-        throw std::bad_alloc();
-    }
+    MakeScene();
     const KQexFigureFormat lFormat = pFiles.mFigure.GetFormat();
     const bool             lOk = lFormat == eFIGURE_BVH    ? LoadBvh(pFiles.mFigure, pOptions, pReport)
                                  : lFormat == eFIGURE_GLTF ? LoadGltf(pFiles.mFigure, pOptions, pReport)
@@ -73,9 +69,24 @@ bool KQexFigure::LoadFiles(const KQexFigureFiles& pFiles, const KQexFigureOption
             RemoveDummyNodes(lRoot, mTakes);
         }
     }
+    FinishScene();
+    return true;
+}
+
+void KQexFigure::MakeScene()
+{
+    mScene = KQexScene::Create("figure");
+    if (mScene == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+}
+
+/// After the nodes and takes were made.
+void KQexFigure::FinishScene()
+{
     CollectJoints();
     mScene->GetEvaluator()->SetContext(mTakes.empty() ? nullptr : mTakes.front().mStack);
-    return true;
 }
 
 bool KQexFigure::PickTake(const KQexFigureOptions& pOptions, KQexFigureReport& pReport)

@@ -61,6 +61,9 @@ struct QEX_API KQexFigureTake
     long long GetNumber(KTime pTime) const;
 };
 
+/// What MakeSampling() needs for all frames of \p pTake at \p pRate a second (0: its own rate); null: of the rest pose.
+QEX_API KQexSamplingRequest KQexWholeTake(const KQexFigureTake* pTake, double pRate = 0.0);
+
 /// The frames of a take, both lists of the same size, ascending.
 struct QEX_API KQexFigureFrames
 {
@@ -103,6 +106,12 @@ public:
 
     /// Opens and reads \p pPaths: one file, or a skeleton and its motions. False as above.
     bool Load(const std::vector<std::string>& pPaths, const KQexFigureOptions& pOptions, KQexFigureReport& pReport) noexcept;
+
+    /// Makes a figure of \p pClip, see KQexClip::ToScene(), with one take of its frames. What was loaded before is destroyed. GetBoneDofs() are
+    /// the clip's degrees of freedom (of joints of one name, the first one's), with none for its other joints; GetDofTracks() their values
+    /// if the clip has them. False, with an error in \p pReport, for an empty clip or name and when memory runs out: the figure is then
+    /// empty.
+    bool Assign(const KQexClip& pClip, const std::string& pTakeName, KQexFigureReport& pReport) noexcept;
 
     /// The scene, owned by the figure; null before a successful Load().
     KQexScene* GetScene() const { return mScene; }
@@ -170,6 +179,10 @@ private:
     bool LoadBvh(const KQexFigureFile& pFile, const KQexFigureOptions& pOptions, KQexFigureReport& pReport);
     bool LoadGltf(const KQexFigureFile& pFile, const KQexFigureOptions& pOptions, KQexFigureReport& pReport);
     bool PickTake(const KQexFigureOptions& pOptions, KQexFigureReport& pReport);
+    void MakeScene();
+    void FinishScene();
+    bool AssignClip(const KQexClip& pClip, const std::string& pTakeName, KQexFigureReport& pReport);
+    void SetDofs(const KQexClipData& pData, const std::vector<const KQexNode*>& pNodes);
     void CollectJoints();
     bool IsEnd(const KQexNode& pNode) const;
     void Clear();

@@ -54,6 +54,20 @@ std::vector<KQexDofTrack> BindTracks(const std::vector<KQexDofTrack>& pTracks, c
 
 } // namespace
 
+KQexSamplingRequest KQexWholeTake(const KQexFigureTake* pTake, double pRate)
+{
+    KQexSamplingRequest lRequest;
+    lRequest.mFramesPerSecond = pRate;
+    if (pTake == nullptr || pTake->mIsSingle)
+    {
+        // The curves of a single frame have no rate, and may have a second key.
+        lRequest.mFramesPerSecond = pRate != 0.0 || pTake == nullptr ? pRate : pTake->mRate;
+        lRequest.mHasStart = lRequest.mHasEnd = true;
+        lRequest.mStart = lRequest.mEnd = pTake != nullptr ? pTake->mStart : KTime(0);
+    }
+    return lRequest;
+}
+
 bool KQexFigure::GetDofTracks(const KQexFigureTake& pTake, std::vector<KQexDofTrack>& pTracks) const noexcept
 {
     KQexFigureReport lReport;
@@ -91,14 +105,8 @@ bool KQexFigure::MakeClip(const KQexFigureTake* pTake, const KQexSampling& pSamp
 
 bool KQexFigure::MakeClip(const KQexFigureTake* pTake, double pRate, KQexClip& pClip, KQexFigureReport& pReport) const noexcept
 {
-    KQexSampling        lSampling;
-    KQexSamplingRequest lRequest;
-    lRequest.mFramesPerSecond = pRate;
-    lRequest.mHasEnd = pTake == nullptr || pTake->mIsSingle;
-    lRequest.mEnd = pTake != nullptr ? pTake->mStart : KTime(0);
-    lRequest.mHasStart = lRequest.mHasEnd;
-    lRequest.mStart = lRequest.mEnd;
-    if (!MakeSampling(mRoots, pTake != nullptr ? pTake->mStack : nullptr, lRequest, lSampling))
+    KQexSampling lSampling;
+    if (!MakeSampling(mRoots, pTake != nullptr ? pTake->mStack : nullptr, KQexWholeTake(pTake, pRate), lSampling))
     {
         return pReport.Fail(eFIGURE_USAGE, "", "this rate leaves no frames");
     }

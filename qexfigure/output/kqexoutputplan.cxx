@@ -97,14 +97,10 @@ bool KOutputPlanner::SampleTake(const KQexTakeToWrite& pTake)
     KQexSampledTake lTake;
     lTake.mTake = pTake.mTake;
     lTake.mRequest = pTake.mRequest;
-    const bool lIsSingle = pTake.mTake != nullptr && pTake.mTake->mIsSingle;
-    if (!lTake.mRequest.mHasEnd && (pTake.mTake == nullptr || lIsSingle))
+    if (!pTake.mRequest.mHasStart && !pTake.mRequest.mHasEnd)
     {
-        // The curves of a single frame may have a second key, and have no rate.
-        lTake.mRequest.mHasEnd = true;
-        lTake.mRequest.mEnd = lIsSingle ? pTake.mTake->mEnd : KTime(0);
-        lTake.mRequest.mFramesPerSecond =
-            lTake.mRequest.mFramesPerSecond != 0 || !lIsSingle ? lTake.mRequest.mFramesPerSecond : pTake.mTake->mRate;
+        lTake.mRequest = KQexWholeTake(pTake.mTake, pTake.mRequest.mFramesPerSecond);
+        lTake.mRequest.mEvery = pTake.mRequest.mEvery;
     }
     if (!MakeSampling(mRun.mFigure.GetRoots(), lTake.GetStack(), lTake.mRequest, lTake.mSampling))
     {
