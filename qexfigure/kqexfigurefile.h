@@ -37,7 +37,8 @@ public:
     /// known format, or exceeds kMemoryLimit and cannot be reread. The object is then of no use until another file is opened with it.
     bool Open(const std::string& pPath, KQexFigureReport& pReport) noexcept;
 
-    /// Takes \p pBytes as the contents of a file; \p pName replaces its path, also for detecting the format. False as for Open().
+    /// Takes \p pBytes as the contents of a file; \p pName replaces its path, also for detecting the format, and, if it names a folder, for
+    /// the files that belong to it. False as for Open().
     bool OpenBuffer(std::string pBytes, const std::string& pName, KQexFigureReport& pReport) noexcept;
 
     /// The path, or the buffer's name.

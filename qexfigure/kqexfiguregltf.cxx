@@ -50,6 +50,7 @@ bool KQexFigure::LoadGltf(const KQexFigureFile& pFile, const KQexFigureOptions& 
     KQexGltfReadOptions lOptions;
     KQexGltfReadResult  lResult;
     lOptions.mFramesPerSecond = pOptions.mSampleRate;
+    lOptions.mBytesPath = pFile.IsInMemory() && pFile.GetPath().find('/') != std::string::npos ? pFile.GetPath() : "";
     lOptions.mProgress = pOptions.mProgress;
     const bool lOk = ReadGltf(pFile, lReader, mScene, lOptions, lResult);
     for (const KQexTextMessage& lMessage : lReader.GetMessages())

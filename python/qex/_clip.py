@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import html
 import operator
 from typing import Any, Callable, Dict, Iterator, List, Optional, Sequence, Tuple, Union
 
@@ -12,6 +13,7 @@ from . import _core
 from ._arrays import CENTIMETRES, FORMS, Angles, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order
 from ._messages import Message
 from ._plot import plot_angles
+from ._save import Path, draw, save
 
 Joint = Union[str, int]
 
@@ -468,6 +470,40 @@ class Clip:
         if not 1e-3 <= fps <= 1e6:
             raise ValueError(f"fps={fps!r}: expected 0.001 to 1,000,000 frames a second")
         return cls._make(_core.from_arrays(arrays, 1 / fps, len(turns)), name=name, units=units, up=up)
+
+    def save(
+        self,
+        *paths: Path,
+        skeleton: Optional[Path] = None,
+        order: str = "XYZ",
+        mesh: bool = True,
+        preset: Optional[str] = None,
+        write_rate: bool = False,
+    ) -> None:
+        """Writes files, all of them or none: .bvh, .glb, .gltf, .asf, .amc, .npz (arrays) and .csv (positions).
+
+        They have the clip's unit and up axis, but for GLB and glTF, which have metres and y up. What the writer warns of is a UserWarning.
+
+        skeleton: the ASF file of an AMC file that is written alone; else the one that the clip was read with. With an ASF file beside it, an
+            AMC file is that one's motion
+        order: of BVH's rotations: "XYZ" turns about x first
+        mesh: GLB and glTF with a mesh that shows the bones
+        preset: "motion-imitation": the arrays of .npz as training code for simulated characters reads them
+        write_rate: the rate of an AMC file as a keyword, which some programs do not accept, instead of a comment
+
+        >>> import tempfile; folder = tempfile.TemporaryDirectory()
+        >>> clip.save(folder.name + "/walk.bvh", folder.name + "/walk.glb")
+        >>> len(qex.load(folder.name + "/walk.glb"))
+        241
+        >>> folder.cleanup()
+        """
+        if not paths:
+            raise TypeError("save() needs a path")
+        save(self, list(paths), skeleton, order, mesh, preset, write_rate)
+
+    def _repr_html_(self) -> str:
+        """The picture of asf draw, for notebooks."""
+        return f"<figure>{draw(self)}<figcaption>{html.escape(repr(self))}</figcaption></figure>"
 
     def __copy__(self) -> Clip:
         return self

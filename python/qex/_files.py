@@ -9,6 +9,7 @@ from typing import BinaryIO, List, Optional, Tuple, Union
 from . import _core
 from ._clip import Clip
 from ._messages import Error, Message, from_core
+from ._save import name_of_file
 
 Source = Union[str, "os.PathLike[str]", bytes, BinaryIO]
 
@@ -20,11 +21,8 @@ def name_of(source: Source, base_dir: Optional[Union[str, "os.PathLike[str]"]]) 
     if isinstance(source, (str, os.PathLike)):
         if base_dir is not None:
             raise ValueError("base_dir= is for bytes and file objects: a path says where it is")
-        path = os.fsencode(source)
-        if b"\0" in path:
-            raise ValueError("embedded null byte in a path")
-        return path, None
-    name = "<bytes>"
+        return name_of_file(source), None
+    name = "<bytes>"  # Without a folder: it has no other files.
     if not isinstance(source, (bytes, bytearray, memoryview)):
         if not hasattr(source, "read"):
             raise TypeError(f"expected a path, bytes or a binary file object, not {type(source).__name__}")

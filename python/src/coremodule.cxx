@@ -6,4 +6,5 @@ PYBIND11_MODULE(_core, pModule)
     qexpython::AddClip(pModule);
     qexpython::AddSteps(pModule);
     qexpython::AddFiles(pModule);
+    qexpython::AddSaving(pModule);
 }

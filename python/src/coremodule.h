@@ -24,6 +24,9 @@ void AddClip(pybind11::module_& pModule);
 /// Adds the steps from clip to clip.
 void AddSteps(pybind11::module_& pModule);
 
+/// Adds writing and drawing.
+void AddSaving(pybind11::module_& pModule);
+
 /// Adds reading and checking of files.
 void AddFiles(pybind11::module_& pModule);
 

@@ -52,6 +52,7 @@ struct QEX_API KQexGltfReadOptions
     KQexNode*    mParentNode = nullptr;  ///< Parent of the root nodes; null: the scene's root node.
     double       mScale = 100.0;         ///< Scale of translations: centimetres per file unit, in glTF the metre.
     double       mFramesPerSecond = 0.0; ///< Sampling rate of animations; 0: the rate that fits their keys, or 120 if none does.
+    std::string  mBytesPath;             ///< For ReadBuffer(): where the file would be, if it refers to others in its folder.
     KQexProgress mProgress;              ///< Called from time to time; return false to cancel. May be empty.
 };
 
@@ -117,7 +118,7 @@ public:
     /// animations have more than 4 million keys plus 16 per byte of the file, counted after sampling.
     bool Read(std::string_view pPath, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
 
-    /// Reads \p pSize bytes at \p pData, which may not refer to other files.
+    /// Reads \p pSize bytes at \p pData, which may refer to other files only if the options' mBytesPath is set.
     bool ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene, const KQexGltfReadOptions& pOptions, KQexGltfReadResult& pResult);
 
     /// Messages of the last call; their line is always 0.

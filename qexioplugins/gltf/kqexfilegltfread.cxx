@@ -52,7 +52,8 @@ bool KQexFileGltf::ReadBuffer(const char* pData, size_t pSize, KQexScene* pScene
                               KQexGltfReadResult& pResult)
 {
     return OpenAndRead(*this, pScene, pOptions, pResult,
-                       [pData, pSize](KQexGltfSource& pSource) { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize)); });
+                       [&](KQexGltfSource& pSource)
+                       { pSource.OpenBytes(std::string_view(pSize > 0 ? pData : "", pSize), pOptions.mBytesPath); });
 }
 
 } // namespace qexsdk

@@ -181,9 +181,10 @@ void KQexGltfSource::OpenPath(const std::string& pPath)
     Open();
 }
 
-void KQexGltfSource::OpenBytes(std::string_view pBytes)
+void KQexGltfSource::OpenBytes(std::string_view pBytes, const std::string& pPath)
 {
     mBytes = pBytes;
+    mPath = pPath;
     Open();
 }
 

@@ -18,8 +18,8 @@ public:
     /// Reads the file at \p pPath ("-": standard input); its first bytes decide whether it is binary or JSON.
     void OpenPath(const std::string& pPath);
 
-    /// Opens a file in memory, which must outlive this. It may not refer to other files.
-    void OpenBytes(std::string_view pBytes);
+    /// Opens a file in memory, which must outlive this, as if it were at \p pPath; if that is empty, it may not refer to other files.
+    void OpenBytes(std::string_view pBytes, const std::string& pPath);
 
     /// The file's JSON; empty before OpenPath() or OpenBytes().
     const KQexGltfJson& GetJson() const { return mJson; }
