@@ -95,10 +95,8 @@ def test_orders_and_presets(tmp_path, walk):
 
 
 def test_the_same_files_as_asf_convert(tmp_path):
-    """Where the program is built beside the package: numbers differ by the rounding of a clip's single precision."""
+    """But for the rounding of a clip's single precision."""
     program = os.environ.get("ASF_PROGRAM", ROOT / "build" / "release" / "apps" / "asf" / "asf")
-    if not os.path.exists(program):
-        subprocess.run([program], check=False)  # Says what is missing.
     source = SAMPLES / "walk.bvh"
     qex.load(source).save(tmp_path / "one.bvh", tmp_path / "one.npz", tmp_path / "one.csv")
     outputs = [word for name in ["two.bvh", "two.npz", "two.csv"] for word in ["-o", str(tmp_path / name)]]
@@ -172,8 +170,10 @@ def test_warnings_of_writers(tmp_path, walk):
 
 def test_names_that_are_not_utf8(tmp_path):
     clip = qex.Clip.from_arrays(["H\udcfcfte"], [-1], [[0, 0, 0]], [[[1, 0, 0, 0]]] * 3, None, 30, name="G\udce4hen")
-    for ending in ["bvh", "glb", "npz", "csv"]:
-        clip.save(os.fsencode(tmp_path).decode() + f"/\udcfc.{ending}")
+    with pytest.warns(UserWarning, match="Name changed"):
+        clip.save(str(tmp_path) + "/\udcfc.glb")
+    for ending in ["bvh", "npz", "csv"]:
+        clip.save(str(tmp_path) + f"/\udcfc.{ending}")
     assert len(os.listdir(tmp_path)) == 4
     assert qex.load(str(tmp_path) + "/\udcfc.bvh").names[0] == "H\udcfcfte"
 

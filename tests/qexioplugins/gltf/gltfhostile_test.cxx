@@ -326,6 +326,13 @@ TEST(GltfHostile, NoFileOutsideTheModelsFolderIsOpened)
         {
             lTarget.ExpectUnchanged();
         }
+        KTargetScene        lFromMemory;
+        const std::string   lText = lJson.dump();
+        KQexGltfReadOptions lOptions;
+        lOptions.mBytesPath = (lFolder / "model/not there").string();
+        EXPECT_EQ(lFromMemory.mFile.ReadBuffer(lText.data(), lText.size(), lFromMemory.mScene.get(), lOptions, lFromMemory.mResult),
+                  lUri.mIsRead)
+            << lUri.mUri << MessagesOf(lFromMemory.mFile);
     }
 }
 
