@@ -49,6 +49,7 @@ BUILD.mkdir(parents=True, exist_ok=True)
 setup(
     version=version,
     packages=["qex"],
+    package_dir={"": "src"},
     package_data={"qex": ["py.typed", "*.pyi"]},
     ext_modules=[Extension("qex._core", [])],
     cmdclass={"build_ext": BuildWithCMake},

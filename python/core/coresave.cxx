@@ -1,5 +1,5 @@
-#include <python/src/coremodule.h>
-#include <python/src/coresource.h>
+#include <python/core/coremodule.h>
+#include <python/core/coresource.h>
 #include <qexclip/kqexclipsteps.h>
 #include <qexclip/kqexrotationform.h>
 #include <qexfigure/output/kqexfigurewrite.h>

@@ -1,5 +1,5 @@
-#ifndef PYTHON_SRC_COREMODULE_H
-#define PYTHON_SRC_COREMODULE_H
+#ifndef PYTHON_CORE_COREMODULE_H
+#define PYTHON_CORE_COREMODULE_H
 
 #include <qexclip/kqexclip.h>
 

@@ -1,5 +1,5 @@
-#ifndef PYTHON_SRC_COREARRAYS_H
-#define PYTHON_SRC_COREARRAYS_H
+#ifndef PYTHON_CORE_COREARRAYS_H
+#define PYTHON_CORE_COREARRAYS_H
 
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>

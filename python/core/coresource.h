@@ -1,5 +1,5 @@
-#ifndef PYTHON_SRC_CORESOURCE_H
-#define PYTHON_SRC_CORESOURCE_H
+#ifndef PYTHON_CORE_CORESOURCE_H
+#define PYTHON_CORE_CORESOURCE_H
 
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>

@@ -1,5 +1,5 @@
-#include <python/src/corearrays.h>
-#include <python/src/coremodule.h>
+#include <python/core/corearrays.h>
+#include <python/core/coremodule.h>
 #include <qexclip/kqexclipsteps.h>
 #include <qexscene/kqexsampling.h>
 

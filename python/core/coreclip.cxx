@@ -1,6 +1,6 @@
-#include <python/src/corearrays.h>
-#include <python/src/coremodule.h>
-#include <python/src/coresource.h>
+#include <python/core/corearrays.h>
+#include <python/core/coremodule.h>
+#include <python/core/coresource.h>
 #include <qexclip/kqexclipquantities.h>
 #include <qexfigure/kqexdidyoumean.h>
 

@@ -1,4 +1,4 @@
-#include <python/src/coresource.h>
+#include <python/core/coresource.h>
 
 #include <new>
 #include <utility>

@@ -1,5 +1,5 @@
-#include <python/src/coremodule.h>
-#include <python/src/coresource.h>
+#include <python/core/coremodule.h>
+#include <python/core/coresource.h>
 #include <qexfigure/check/kqexfigurecheck.h>
 #include <qexfigure/kqexfigure.h>
 

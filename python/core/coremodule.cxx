@@ -1,4 +1,4 @@
-#include <python/src/coremodule.h>
+#include <python/core/coremodule.h>
 
 PYBIND11_MODULE(_core, pModule)
 {
