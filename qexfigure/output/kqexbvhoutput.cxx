@@ -25,7 +25,7 @@ public:
         lOptions.mScale = lSpace.mPerCentimetre;
         lOptions.mZUp = lSpace.mZUp;
         pSink = mFile.OpenWrite(mPath.c_str()) ? mFile.BeginWrite(mOutputs.mFigure.GetRoots(), lOptions) : nullptr;
-        return pSink != nullptr || ReportFailure();
+        return pSink != nullptr || ReportWriteFailure();
     }
 
     bool EndTake(KQexRunResult pResult) override
@@ -37,7 +37,7 @@ public:
         }
         if (!lIsWritten)
         {
-            return ReportFailure();
+            return ReportWriteFailure();
         }
         AddMessages(mFile.GetMessages());
         return true;
@@ -50,22 +50,20 @@ public:
     }
 
 private:
-    bool ReportFailure()
+    bool ReportWriteFailure()
     {
-        const bool lIsOutput = mFile.GetOutput().HasFailed();
+        if (!mFile.GetOutput().HasFailed())
+        {
+            return ReportFailure(mFile.GetMessages());
+        }
         for (const KQexTextMessage& lMessage : mFile.GetMessages())
         {
-            if (lMessage.mSeverity == KQexTextMessage::eWARNING || !lIsOutput)
+            if (lMessage.mSeverity == KQexTextMessage::eWARNING)
             {
                 mOutputs.mReport.Add(KQexDisplayOutput(mPath), lMessage);
             }
         }
-        if (!lIsOutput)
-        {
-            mOutputs.mReport.Raise(eFIGURE_SYSTEM);
-            return false;
-        }
-        return KQexFrameOutput::ReportFailure(mFile.GetOutput());
+        return ReportFailure(mFile.GetOutput());
     }
 
     KQexFileBvh mFile{false};

@@ -6,6 +6,7 @@
 #include <qexfigure/output/kqexoutputplan.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <new>
 #include <utility>
@@ -25,12 +26,18 @@ std::vector<KQexFrameOutput*> OutputsOf(const KQexOutputList& pOutputs, const KQ
     for (const auto& lOutput : pOutputs)
     {
         const auto& lTakes = lOutput->GetTakes();
-        if (std::find(lTakes.begin(), lTakes.end(), &pTake) != lTakes.end())
+        if (std::binary_search(lTakes.begin(), lTakes.end(), &pTake, std::less<>()))
         {
             lFound.push_back(lOutput.get());
         }
     }
     return lFound;
+}
+
+/// The result of a run without sinks.
+KQexRunResult SkipFrames(const KQexProgress& pProgress)
+{
+    return !pProgress || pProgress(1.0) ? KQexRunResult::eDONE : KQexRunResult::eCANCELLED;
 }
 
 /// Writes a figure. Every step is false after a failure, which is reported.
@@ -147,8 +154,9 @@ KQexRunResult KFigureWriter::Evaluate(const KQexSampledTake& pTake, const KNodeL
             return lOptions.mProgress((mDone + pFraction * lCount) / mTotal);
         };
     }
-    const KQexRunResult lResult =
-        KQexRunFrames(pRoots, pTake.GetLayer(), pTake.mSampling, pSinks.data(), pSinks.size(), lOptions.mThreads, lProgress);
+    const KQexRunResult lResult = pSinks.empty() ? SkipFrames(lProgress)
+                                                 : KQexRunFrames(pRoots, pTake.GetLayer(), pTake.mSampling, pSinks.data(), pSinks.size(),
+                                                                 lOptions.mThreads, lProgress);
     mDone += lCount;
     if (lResult == KQexRunResult::eOUT_OF_MEMORY)
     {

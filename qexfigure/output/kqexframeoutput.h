@@ -6,6 +6,7 @@
 #include <qexfigure/output/kqexoutputerror.h>
 #include <qexscene/kqexframesink.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -54,7 +55,7 @@ public:
 
     virtual ~KQexFrameOutput() = default;
 
-    /// The takes that it has, in order.
+    /// The takes that it has, in order, which is also that of their addresses.
     const std::vector<const KQexSampledTake*>& GetTakes() const { return mTakes; }
 
     /// Begins its next take, \p pTake. \p pSink takes the frames; it stays null if the file has none.
@@ -87,6 +88,16 @@ protected:
         {
             mOutputs.mReport.Add(KQexDisplayOutput(mPath), lMessage);
         }
+    }
+
+    /// Reports the messages of what failed to write the file; without an error among them, there was no memory for one. \return false
+    bool ReportFailure(const std::vector<KQexTextMessage>& pMessages) const
+    {
+        AddMessages(pMessages);
+        const bool lHasError = std::any_of(pMessages.begin(), pMessages.end(),
+                                           [](const KQexTextMessage& pMessage) { return pMessage.mSeverity == KQexTextMessage::eERROR; });
+        lHasError ? mOutputs.mReport.Raise(eFIGURE_SYSTEM) : mOutputs.mReport.SetOutOfMemory();
+        return false;
     }
 
     /// Unit and axes of BVH, CSV and arrays.

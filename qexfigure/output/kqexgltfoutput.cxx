@@ -29,13 +29,13 @@ public:
         {
             pSink = mFile.BeginTake(mTake);
         }
-        return !mHasSink || pSink != nullptr || ReportFailure();
+        return !mHasSink || pSink != nullptr || ReportFailure(mFile.GetMessages());
     }
 
     bool EndTake(KQexRunResult pResult) override
     {
         // Frames are kept in memory: a run that was stopped has failed elsewhere.
-        return pResult == KQexRunResult::eDONE && (!mHasSink || mFile.EndTake(mTake++, pResult) || ReportFailure());
+        return pResult == KQexRunResult::eDONE && (!mHasSink || mFile.EndTake(mTake++, pResult) || ReportFailure(mFile.GetMessages()));
     }
 
     bool End() override
@@ -43,12 +43,12 @@ public:
         const bool lIsWritten = HasOwnBuffer() ? mFile.EndWrite(*mOut) : mFile.EndWrite(mPath);
         if (!lIsWritten)
         {
-            return ReportFailure();
+            return ReportFailure(mFile.GetMessages());
         }
         AddMessages(mFile.GetMessages());
         if (HasOwnBuffer() && !mOut->Prepare())
         {
-            return KQexFrameOutput::ReportFailure(*mOut);
+            return ReportFailure(*mOut);
         }
         if (HasOwnBuffer())
         {
@@ -78,14 +78,8 @@ private:
         lOptions.mBoneMesh = mOutputs.mOptions.mBoneMesh;
         lOptions.mBoneDofs = mOutputs.mFigure.GetBoneDofs();
         lOptions.mPrepared = &mOutputs.mFiles;
-        return (!HasOwnBuffer() || Open(*mOut)) && (mFile.BeginWrite(mOutputs.mFigure.GetRoots(), lOptions) || ReportFailure());
-    }
-
-    bool ReportFailure() const
-    {
-        AddMessages(mFile.GetMessages());
-        mOutputs.mReport.Raise(eFIGURE_SYSTEM);
-        return false;
+        return (!HasOwnBuffer() || Open(*mOut)) &&
+               (mFile.BeginWrite(mOutputs.mFigure.GetRoots(), lOptions) || ReportFailure(mFile.GetMessages()));
     }
 
     KQexFileGltf                 mFile;
