@@ -121,7 +121,8 @@ protected:
             ASSERT_TRUE(pFigure.Evaluate(&lOther, KTime(lOther.mStart.Get() + lTime), lOthers));
             for (size_t i = 0; i < lMine.size(); ++i)
             {
-                const auto lFound = lJoints.find(mFigure.GetJoints()[i].mName);
+                // The root of an ASF file has no name of its own.
+                const auto lFound = lJoints.find((i == 0 ? pFigure : mFigure).GetJoints()[i].mName);
                 ASSERT_NE(lFound, lJoints.end()) << pWhat << " has no " << mFigure.GetJoints()[i].mName;
                 const KQexFigurePoint& lPoint = lOthers[lFound->second];
                 const double lDistance = std::hypot(lPoint.mX - lMine[i].mX, std::hypot(lPoint.mY - lMine[i].mY, lPoint.mZ - lMine[i].mZ));
@@ -185,6 +186,21 @@ TEST_F(KFigureFromClipTest, HasItsDegreesOfFreedomAndTheirValues)
     ASSERT_TRUE(mFigure.GetDofTracks(mFigure.GetTakes().front(), lTracks));
     EXPECT_FALSE(
         std::any_of(lTracks.begin(), lTracks.end(), [](const KQexDofTrack& pTrack) { return pTrack.mDof.mHasMin || pTrack.mDof.mHasMax; }));
+}
+
+TEST_F(KFigureFromClipTest, NodesRotateInTheOrderOfTheirDegreesOfFreedom)
+{
+    LoadArm();
+    std::string lOrders;
+    for (size_t i = 0; i < mFigure.GetJoints().size(); ++i)
+    {
+        if (!mFigure.GetJoints()[i].mIsEnd)
+        {
+            EXPECT_EQ(mFigure.GetJoints()[i].mNode->GetRotationOrder(), mSource.GetJoints()[i].mNode->GetRotationOrder()) << i;
+            lOrders += std::to_string(mFigure.GetJoints()[i].mNode->GetRotationOrder());
+        }
+    }
+    EXPECT_EQ(lOrders, "05040") << "XYZ, ZYX for ry rx, XYZ for rz, ZXY, XYZ";
 }
 
 TEST_F(KFigureFromClipTest, EveryFormatHasItsPositions)
