@@ -146,8 +146,9 @@ public:
 
     /// A clip of the whole of \p pTake, one of GetTakes(), at \p pRate frames a second (0: its own); null: of the rest pose, one frame.
     /// With the degrees of freedom as above. False, with \p pClip unchanged and an error in \p pReport, when the rate leaves no frame or
-    /// far more than the file has, and when memory runs out.
-    bool MakeClip(const KQexFigureTake* pTake, double pRate, KQexClip& pClip, KQexFigureReport& pReport) const noexcept;
+    /// far more than the file has, and when memory runs out; also when cancelled.
+    bool MakeClip(const KQexFigureTake* pTake, double pRate, const KQexClipOptions& pOptions, KQexClip& pClip,
+                  KQexFigureReport& pReport) const noexcept;
 
     /// Removes the limits, not the degrees of freedom, from GetBoneDofs().
     void DropLimits();

@@ -103,7 +103,8 @@ bool KQexFigure::MakeClip(const KQexFigureTake* pTake, const KQexSampling& pSamp
                       });
 }
 
-bool KQexFigure::MakeClip(const KQexFigureTake* pTake, double pRate, KQexClip& pClip, KQexFigureReport& pReport) const noexcept
+bool KQexFigure::MakeClip(const KQexFigureTake* pTake, double pRate, const KQexClipOptions& pOptions, KQexClip& pClip,
+                          KQexFigureReport& pReport) const noexcept
 {
     KQexSampling lSampling;
     if (!MakeSampling(mRoots, pTake != nullptr ? pTake->mStack : nullptr, KQexWholeTake(pTake, pRate), lSampling))
@@ -114,12 +115,29 @@ bool KQexFigure::MakeClip(const KQexFigureTake* pTake, double pRate, KQexClip& p
     {
         return false;
     }
-    if (!MakeClip(pTake, lSampling, {}, pClip))
-    {
-        pReport.SetOutOfMemory();
-        return false;
-    }
-    return true;
+    return RunGuarded(pReport,
+                      [&]
+                      {
+                          bool            lIsCancelled = false;
+                          KQexClipOptions lOptions = pOptions;
+                          if (pOptions.mProgress)
+                          {
+                              lOptions.mProgress = [&](double pFraction)
+                              {
+                                  return !(lIsCancelled = !pOptions.mProgress(pFraction));
+                              };
+                          }
+                          const bool lOk = MakeClip(pTake, lSampling, lOptions, pClip);
+                          if (lIsCancelled)
+                          {
+                              pReport.SetCancelled();
+                          }
+                          else if (!lOk)
+                          {
+                              pReport.SetOutOfMemory();
+                          }
+                          return lOk;
+                      });
 }
 
 } // namespace qexsdk

@@ -8,9 +8,22 @@ namespace qexsdk
 static std::atomic<int>  sRotationFilterToApply{0};
 static std::atomic<bool> sUseConstantKeyReducer{false};
 
+static thread_local const KQexCurveSettings* sOfThread = nullptr;
+
+KQexCurveSettings::KQexCurveSettings(int pRotationFilter, bool pUseConstantKeyReducer)
+    : mRotationFilter(pRotationFilter), mUseConstantKeyReducer(pUseConstantKeyReducer), mBefore(sOfThread)
+{
+    sOfThread = this;
+}
+
+KQexCurveSettings::~KQexCurveSettings()
+{
+    sOfThread = mBefore;
+}
+
 int KFCURVE_GetRotationFilterToApply()
 {
-    return sRotationFilterToApply.load(std::memory_order_relaxed);
+    return sOfThread != nullptr ? sOfThread->mRotationFilter : sRotationFilterToApply.load(std::memory_order_relaxed);
 }
 
 void KFCURVE_SetRotationFilterToApply(int pFilter)
@@ -20,7 +33,7 @@ void KFCURVE_SetRotationFilterToApply(int pFilter)
 
 bool KFCURVE_GetUseConstantKeyReducer()
 {
-    return sUseConstantKeyReducer.load(std::memory_order_relaxed);
+    return sOfThread != nullptr ? sOfThread->mUseConstantKeyReducer : sUseConstantKeyReducer.load(std::memory_order_relaxed);
 }
 
 void KFCURVE_SetUseConstantKeyReducer(bool pUse)

@@ -41,7 +41,7 @@ QEX_API KProcessResult KRunProcess(const KProcessOptions& pOptions);
 /// Path of the running program's file; "" if it cannot be found.
 QEX_API std::string KProgramPath();
 
-/// Limits the memory of this process, from now on: allocations beyond \p pBytes fail. False, with nothing changed, if it cannot be limited.
+/// Limits the memory of this process, from now on: allocations beyond \p pBytes fail. False if it cannot be limited, or has more already.
 QEX_API bool KLimitMemory(uint64_t pBytes);
 
 } // namespace qexsdk

@@ -35,7 +35,9 @@ bool AddTake(const qexsdk::KQexFigure& pFigure, const KQexFigureTake* pTake, dou
     lLoaded.mName = pTake != nullptr ? pTake->mName : "";
     lLoaded.mIsDefaultRate = pTake != nullptr && pTake->mIsDefaultRate && !pTake->mIsSingle;
     pLoaded.push_back(lLoaded);
-    return pFigure.MakeClip(pTake, pRate, *lLoaded.mClip, pReport);
+    qexsdk::KQexClipOptions lOptions;
+    lOptions.mThreads = 1; // Programs that need more load files in threads of their own.
+    return pFigure.MakeClip(pTake, pRate, lOptions, *lLoaded.mClip, pReport);
 }
 
 /// The takes of a figure as clips, the first alone if that is asked for; without takes its rest pose. False after an error.

@@ -1,11 +1,9 @@
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 
-#include <qexioplugins/acclaim/asf/kqexasflock.h>
 #include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <algorithm>
 #include <exception>
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -28,15 +26,13 @@ void AddError(KQexImportAcclaimResult& pResult, const char* pText) noexcept
     }
 }
 
-/// Runs one import at a time, under the lock of the skeleton reader: the filter settings are shared by the process, too. Turns exceptions
-/// into errors; the scene is then unchanged.
+/// Runs an import and turns exceptions into errors; the scene is then unchanged.
 template <typename TWork>
-bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
+bool RunGuardedImport(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
 {
     pResult = KQexImportAcclaimResult();
     try
     {
-        const std::lock_guard<std::mutex> lLock(AsfReaderLock());
         pResult.mOk = pWork();
     }
     catch (const std::bad_alloc&)
@@ -56,7 +52,7 @@ bool RunLocked(KQexImportAcclaimResult& pResult, TWork pWork) noexcept
     return pResult.mOk;
 }
 
-/// Reads the skeleton and its motions into \p pScene, under the lock.
+/// Reads the skeleton and its motions into \p pScene.
 bool RunImport(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
                const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
 {
@@ -107,67 +103,67 @@ size_t KQexImportAcclaimResult::CountMessages(bool pErrors) const
 bool KQexImporterAcclaim::Import(KQexScene* pScene, const KQexAcclaimSource& pSkeleton, const std::vector<KQexAcclaimSource>& pMotions,
                                  const KQexImportAcclaimOptions& pOptions, KQexImportAcclaimResult& pResult)
 {
-    return RunLocked(pResult, [&] { return RunImport(pScene, pSkeleton, pMotions, pOptions, pResult); });
+    return RunGuardedImport(pResult, [&] { return RunImport(pScene, pSkeleton, pMotions, pOptions, pResult); });
 }
 
 bool KQexImporterAcclaim::Import(KQexScene* pScene, const char* pAsfPath, const char* pAmcPath, const KQexImportAcclaimOptions& pOptions,
                                  KQexImportAcclaimResult& pResult)
 {
-    return RunLocked(pResult,
-                     [&]
-                     {
-                         std::vector<KQexAcclaimSource> lMotions;
-                         if (pAmcPath != nullptr && *pAmcPath != '\0')
-                         {
-                             lMotions.emplace_back().mPath = pAmcPath;
-                         }
-                         KQexAcclaimSource lSkeleton;
-                         lSkeleton.mPath = pAsfPath != nullptr ? pAsfPath : "";
-                         return RunImport(pScene, lSkeleton, lMotions, pOptions, pResult);
-                     });
+    return RunGuardedImport(pResult,
+                            [&]
+                            {
+                                std::vector<KQexAcclaimSource> lMotions;
+                                if (pAmcPath != nullptr && *pAmcPath != '\0')
+                                {
+                                    lMotions.emplace_back().mPath = pAmcPath;
+                                }
+                                KQexAcclaimSource lSkeleton;
+                                lSkeleton.mPath = pAsfPath != nullptr ? pAsfPath : "";
+                                return RunImport(pScene, lSkeleton, lMotions, pOptions, pResult);
+                            });
 }
 
 bool KQexImporterAcclaim::ImportMotion(KQexScene* pScene, KQexAsfScene* pAsfScene, const KQexAmcSkeletonNotes& pNotes,
                                        const std::vector<KQexAcclaimSource>& pMotions, const KQexImportAcclaimOptions& pOptions,
                                        KQexImportAcclaimResult& pResult)
 {
-    // The notes may be those of pResult, which RunLocked() clears.
+    // The notes may be those of pResult, which RunGuardedImport() clears.
     const bool           lIsOwn = &pNotes == &pResult.mSkeletonNotes;
     KQexAmcSkeletonNotes lOwn;
     if (lIsOwn)
     {
         std::swap(lOwn, pResult.mSkeletonNotes);
     }
-    return RunLocked(pResult,
-                     [&]
-                     {
-                         if (lIsOwn)
-                         {
-                             std::swap(lOwn, pResult.mSkeletonNotes);
-                         }
-                         else
-                         {
-                             pResult.mSkeletonNotes = pNotes;
-                         }
-                         KQexImportRun lImport(pScene, pOptions, pResult);
-                         if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
-                         {
-                             return lImport.Fail("The motion has no skeleton");
-                         }
-                         return lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
-                     });
+    return RunGuardedImport(pResult,
+                            [&]
+                            {
+                                if (lIsOwn)
+                                {
+                                    std::swap(lOwn, pResult.mSkeletonNotes);
+                                }
+                                else
+                                {
+                                    pResult.mSkeletonNotes = pNotes;
+                                }
+                                KQexImportRun lImport(pScene, pOptions, pResult);
+                                if (pAsfScene == nullptr || pAsfScene->mRoot == nullptr)
+                                {
+                                    return lImport.Fail("The motion has no skeleton");
+                                }
+                                return lImport.ReadMotions(*pAsfScene, pMotions) && lImport.AttachToExisting(*pAsfScene);
+                            });
 }
 
 KQexAsfSceneOwner KQexImporterAcclaim::ReadSkeleton(const KQexAcclaimSource& pSkeleton, const KQexImportAcclaimOptions& pOptions,
                                                     KQexImportAcclaimResult& pResult)
 {
     KQexAsfSceneOwner lAsfScene;
-    RunLocked(pResult,
-              [&]
-              {
-                  lAsfScene = KQexImportRun(nullptr, pOptions, pResult).ReadSkeleton(pSkeleton);
-                  return lAsfScene != nullptr;
-              });
+    RunGuardedImport(pResult,
+                     [&]
+                     {
+                         lAsfScene = KQexImportRun(nullptr, pOptions, pResult).ReadSkeleton(pSkeleton);
+                         return lAsfScene != nullptr;
+                     });
     return lAsfScene;
 }
 

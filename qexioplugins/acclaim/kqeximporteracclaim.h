@@ -105,8 +105,8 @@ struct QEX_API KQexImportAcclaimResult
     size_t CountMessages(bool pErrors) const;
 };
 
-/// Imports Acclaim files into a host scene. Stateless. May be called from several threads; imports are serialised by a lock, because
-/// the skeleton reader's keyword tables and the filter settings are shared.
+/// Imports Acclaim files into a host scene. Stateless. May be called from several threads; a lock lets one skeleton be read at a time,
+/// because the reader's keyword tables are shared.
 class QEX_API KQexImporterAcclaim
 {
 public:

@@ -13,7 +13,7 @@ int main(int pCount, char** pArguments)
     KQexFigureReport lReport;
     KQexClip         lClip; // the motion as arrays, which all threads may read
     if (!lFigure.Load({pArguments + 1, pArguments + pCount}, {}, lReport) || lFigure.GetTakes().empty() ||
-        !lFigure.MakeClip(&lFigure.GetTakes()[0], 0.0, lClip, lReport))
+        !lFigure.MakeClip(&lFigure.GetTakes()[0], 0.0, {}, lClip, lReport))
     {
         return 1;
     }

@@ -14,7 +14,7 @@ int main(int pCount, char** pArguments)
     KQexClip         lClip;
     const char*      lPath = pArguments[pCount - 1];
     if (pCount < 3 || !lFigure.Load({pArguments + 1, pArguments + pCount - 1}, {}, lReport) || lFigure.GetTakes().empty() ||
-        !lFigure.MakeClip(&lFigure.GetTakes()[0], 0.0, lClip, lReport) ||
+        !lFigure.MakeClip(&lFigure.GetTakes()[0], 0.0, {}, lClip, lReport) ||
         !KQexClipMirror(lClip, KQexMirrorPairs(lClip.GetData()), lClip) || // or what your program does with the arrays
         !lFigure.Assign(lClip, "mirrored", lReport) ||
         !KQexWriteFigure(lFigure, {{lPath, eOUTPUT_BVH, {}}}, {}, lReport)) // any number of files in any formats: all or none

@@ -114,15 +114,19 @@ TEST_F(KFigureClipTest, AWholeTakeAtItsOwnRateOrAnother)
     ASSERT_TRUE(LoadHand("1\nroot 0 0 0 0 0 0\n2\nroot 0 0 0 0 0 0\n3\nroot 0 0 0 0 0 0\n4\nroot 0 0 0 0 0 0\n"));
     const KQexFigureTake* lTake = &mFigure.GetTakes().front();
     KQexClip              lClip;
-    ASSERT_TRUE(mFigure.MakeClip(lTake, 0.0, lClip, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(lTake, 0.0, {}, lClip, mReport));
     EXPECT_EQ(lClip.GetFrameCount(), 4);
     EXPECT_EQ(lClip.GetRate(), 10.0);
-    ASSERT_TRUE(mFigure.MakeClip(lTake, 25.0, lClip, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(lTake, 25.0, {}, lClip, mReport));
     EXPECT_EQ(lClip.GetFrameCount(), 8) << "frame 7 is at 0.28 seconds, the last one of the file at 0.3";
-    ASSERT_TRUE(mFigure.MakeClip(nullptr, 0.0, lClip, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(nullptr, 0.0, {}, lClip, mReport));
     EXPECT_EQ(lClip.GetFrameCount(), 1) << "at rest";
-    EXPECT_FALSE(mFigure.MakeClip(lTake, -1.0, lClip, mReport));
-    EXPECT_FALSE(KQexFigure().MakeClip(nullptr, 0.0, lClip, mReport));
+    EXPECT_FALSE(mFigure.MakeClip(lTake, -1.0, {}, lClip, mReport));
+    EXPECT_FALSE(KQexFigure().MakeClip(nullptr, 0.0, {}, lClip, mReport));
+    KQexClipOptions lOptions;
+    lOptions.mProgress = [](double) { return false; };
+    EXPECT_FALSE(mFigure.MakeClip(lTake, 0.0, lOptions, lClip, mReport));
+    EXPECT_TRUE(mReport.IsCancelled());
     EXPECT_EQ(lClip.GetFrameCount(), 1) << "the clip stays";
 }
 
@@ -130,7 +134,7 @@ TEST_F(KFigureClipTest, ASingleFrameIsOneFrame)
 {
     KQexClip lClip;
     ASSERT_TRUE(LoadHand("1\nroot 1 2 3 0 0 0\nhand 0 0 350\n"));
-    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, lClip, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, {}, lClip, mReport));
     EXPECT_EQ(lClip.GetFrameCount(), 1);
 }
 

@@ -75,7 +75,7 @@ protected:
         lOptions.mKeepDofValues = true;
         ASSERT_TRUE(mSource.Load(pPaths, lOptions, mReport)) << TextOf(mReport);
         const KQexFigureTake* lTake = mSource.GetTakes().empty() ? nullptr : &mSource.GetTakes().front();
-        ASSERT_TRUE(mSource.MakeClip(lTake, 0.0, mClip, mReport)) << TextOf(mReport);
+        ASSERT_TRUE(mSource.MakeClip(lTake, 0.0, {}, mClip, mReport)) << TextOf(mReport);
         ASSERT_TRUE(mFigure.Assign(mClip, "take", mReport)) << TextOf(mReport);
     }
 
@@ -180,7 +180,7 @@ TEST_F(KFigureFromClipTest, HasItsDegreesOfFreedomAndTheirValues)
         }
     }
     KQexClip lBack;
-    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, lBack, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, {}, lBack, mReport));
     EXPECT_EQ(lBack.GetData().mDofValues, mClip.GetData().mDofValues);
     mFigure.DropLimits();
     ASSERT_TRUE(mFigure.GetDofTracks(mFigure.GetTakes().front(), lTracks));
@@ -291,7 +291,7 @@ TEST_F(KFigureFromClipTest, OneFrameKeepsItsRate)
     ASSERT_TRUE(KQexClipCut(mClip, 1, 1, 1, lOne));
     ASSERT_TRUE(mFigure.Assign(lOne, "pose", mReport)) << TextOf(mReport);
     EXPECT_TRUE(mFigure.GetTakes().front().mIsSingle);
-    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, lBack, mReport));
+    ASSERT_TRUE(mFigure.MakeClip(&mFigure.GetTakes().front(), 0.0, {}, lBack, mReport));
     EXPECT_EQ(lBack.GetFrameCount(), 1);
     EXPECT_DOUBLE_EQ(lBack.GetRate(), 30);
     Write({"a.bvh", "a.asf", "a.amc"});

@@ -162,6 +162,30 @@ TEST(Threads, ImportsAreSerialised)
     EXPECT_FALSE(KFCURVE_GetUseConstantKeyReducer());
 }
 
+TEST(Threads, CurveSettingsOfAThreadAreItsOwn)
+{
+    KFCURVE_SetRotationFilterToApply(1);
+    {
+        const KQexCurveSettings lOuter(2, true);
+        {
+            const KQexCurveSettings lInner(0, false);
+            EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 0);
+            EXPECT_FALSE(KFCURVE_GetUseConstantKeyReducer());
+        }
+        EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 2);
+        EXPECT_TRUE(KFCURVE_GetUseConstantKeyReducer());
+        std::thread(
+            []
+            {
+                EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 1);
+                EXPECT_FALSE(KFCURVE_GetUseConstantKeyReducer());
+            })
+            .join();
+    }
+    EXPECT_EQ(KFCURVE_GetRotationFilterToApply(), 1);
+    KFCURVE_SetRotationFilterToApply(0);
+}
+
 TEST(Threads, ExportsShareTheImportersLock)
 {
     const KWalk       lWalk;

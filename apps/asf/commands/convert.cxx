@@ -46,6 +46,10 @@ void DescribeInputs(const std::vector<std::string>& pInputs, KJson& pReport)
 /// Converts, and describes in \p pReport, unless it is null, what was read and written.
 void Convert(KConvertOptions& pOptions, KJson* pReport, KConsole& pConsole)
 {
+    if (pOptions.mMaxMemory > 0 && !qexsdk::KLimitMemory(pOptions.mMaxMemory))
+    {
+        throw std::bad_alloc();
+    }
     qexsdk::KQexFigureFiles lFiles;
     if (!CheckOutputs(pOptions, pOptions.mFiles, pConsole) || !OpenFigure(lFiles, pOptions.mFiles, pOptions.mMotion, pConsole))
     {
@@ -111,10 +115,6 @@ void RunConvert(KConvertOptions& pOptions, KConsole& pConsole)
     if (!ParseConvertOptions(pOptions, pConsole))
     {
         return;
-    }
-    if (pOptions.mMaxMemory > 0)
-    {
-        qexsdk::KLimitMemory(pOptions.mMaxMemory);
     }
     if (pOptions.mJson)
     {

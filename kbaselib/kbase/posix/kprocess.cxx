@@ -12,6 +12,7 @@
 #include <new>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -223,7 +224,14 @@ bool LimitMemory(uint64_t pBytes)
         return false;
     }
     lLimit.rlim_cur = lLimit.rlim_max == RLIM_INFINITY ? pBytes : std::min<rlim_t>(pBytes, lLimit.rlim_max);
-    return ::setrlimit(RLIMIT_AS, &lLimit) == 0;
+    if (::setrlimit(RLIMIT_AS, &lLimit) != 0)
+    {
+        return false;
+    }
+    // A limit that is passed already takes nothing away: what was freed before would still be given out again.
+    const size_t lPage = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    void* const  lProbe = ::mmap(nullptr, lPage, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return lProbe != MAP_FAILED && ::munmap(lProbe, lPage) == 0;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <qexioplugins/acclaim/exchange/kqeximportrun.h>
 
 #include <kbaselib/kbase/kpath.h>
+#include <qexioplugins/acclaim/asf/kqexasflock.h>
 #include <qexioplugins/acclaim/exchange/kqexasfwarnings.h>
 #include <qexioplugins/acclaim/exchange/kqeximportnodes.h>
 #include <qexioplugins/acclaim/model/kqexasfwalk.h>
@@ -43,17 +44,12 @@ KQexImportRun::KQexImportRun(KQexScene* pScene, const KQexImportAcclaimOptions& 
       mUndo(pScene),
       mOptions(pOptions),
       mResult(pResult),
-      mRotationFilterBefore(KFCURVE_GetRotationFilterToApply()),
-      mReducerBefore(KFCURVE_GetUseConstantKeyReducer())
+      mSettings(pOptions.mRotationFilter, pOptions.mUseConstantKeyReducer)
 {
-    KFCURVE_SetRotationFilterToApply(pOptions.mRotationFilter);
-    KFCURVE_SetUseConstantKeyReducer(pOptions.mUseConstantKeyReducer);
 }
 
 KQexImportRun::~KQexImportRun()
 {
-    KFCURVE_SetRotationFilterToApply(mRotationFilterBefore);
-    KFCURVE_SetUseConstantKeyReducer(mReducerBefore);
     // Curves that bones own are destroyed through them, before mUndo destroys the rest.
     if (mUndo.IsArmed() && mBorrowedRoot != nullptr)
     {
@@ -70,7 +66,12 @@ KQexAsfSceneOwner KQexImportRun::ReadSkeleton(const KQexAcclaimSource& pSource)
     }
     KQexFileAcclaimAsf lFile(mOptions.mVerbose);
     // Dummies are removed in a separate step, after their names are recorded.
-    const bool lOk = Open(lFile, pSource) && lFile.Read(lAsfScene.get(), false, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+    bool lOk = Open(lFile, pSource);
+    if (lOk)
+    {
+        const std::lock_guard<std::mutex> lLock(AsfReaderLock());
+        lOk = lFile.Read(lAsfScene.get(), false, mOptions.mSetRotatePivotOffet, mOptions.mSetPreRotation);
+    }
     AddMessages(lFile, pSource.mPath);
     if (!lOk)
     {

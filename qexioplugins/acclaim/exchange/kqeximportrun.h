@@ -3,6 +3,7 @@
 
 #include <qexioplugins/acclaim/kqeximporteracclaim.h>
 #include <qexioplugins/acclaim/model/kqexasfcurves.h>
+#include <qexscene/kfcurveglobals.h>
 #include <qexscene/kqexsceneundo.h>
 
 #include <string>
@@ -56,8 +57,7 @@ private:
     KQexSceneUndo                   mUndo; ///< Armed until the import is complete.
     const KQexImportAcclaimOptions& mOptions;
     KQexImportAcclaimResult&        mResult;
-    int                             mRotationFilterBefore;
-    bool                            mReducerBefore;
+    KQexCurveSettings               mSettings;
     std::vector<KQexAsfCurves>      mCurves;                 ///< One per take of the result.
     HKQexAsfNode                    mBorrowedRoot = nullptr; ///< Root of a skeleton that outlives the import.
 };
