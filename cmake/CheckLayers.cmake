@@ -34,6 +34,8 @@ set(kMay_${kBase}/posix ${kBase})
 
 set(kMay_apps/asf ${kMay_qexfigure} qexfigure ${kAcclaim}/amc ${kAcclaim}/scene)
 
+set(kMay_python/core ${kMay_qexfigure} qexfigure)
+
 # One header for each layer, of public headers alone.
 set(kMay_qex ${kMay_qexfigure} qexfigure)
 
@@ -50,6 +52,7 @@ set(kStandard
     cstring ctime cuchar cwchar cwctype)
 
 set(lMore_qexioplugins/gltf nlohmann/json.hpp)
+set(lMore_python/core pybind11/numpy.h pybind11/pybind11.h pybind11/stl.h)
 set(lMore_apps/asf CLI/CLI.hpp librsvg/rsvg.h nlohmann/json.hpp)
 
 # Conditions that may appear: include guards and the project's own options. The two headers choose a compiler's attributes.
@@ -96,7 +99,7 @@ endfunction()
 set(lBad "")
 set(lCount 0)
 file(GLOB_RECURSE lFiles RELATIVE "${kRoot}" "${kRoot}/qex/*" "${kRoot}/kbaselib/*" "${kRoot}/qexscene/*" "${kRoot}/qexclip/*" "${kRoot}/qexioplugins/*"
-    "${kRoot}/qexfigure/*" "${kRoot}/apps/*")
+    "${kRoot}/qexfigure/*" "${kRoot}/apps/*" "${kRoot}/python/core/*")
 list(FILTER lFiles INCLUDE REGEX "\\.(h|cxx)$")
 foreach(lFile IN LISTS lFiles)
     math(EXPR lCount "${lCount} + 1")

@@ -33,4 +33,4 @@ install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG
     DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" RENAME copyright)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" "${PROJECT_SOURCE_DIR}/samples" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-    FILES_MATCHING REGEX "\\.(md|svg|png|asf|amc|bvh|cxx)$|CMakeLists\\.txt$")
+    FILES_MATCHING REGEX "\\.(md|svg|png|asf|amc|bvh|cxx|py|ipynb|sbatch)$|CMakeLists\\.txt$")

@@ -1,4 +1,5 @@
-# Settings for ./dev package: an archive and a Debian package with library, headers, CMake package, program and documents.
+# Settings for ./dev package: an archive, a Debian package with library, headers, CMake package, program and documents, and, if it is built,
+# one with the Python package.
 
 set(CPACK_PACKAGE_NAME qex)
 set(CPACK_PACKAGE_VENDOR "the qex authors")
@@ -7,13 +8,27 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Acclaim skeletons and motion, BVH and glT
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL Unspecified)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME qex)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Loaded at run time, so that dpkg-shlibdeps does not find it.
 get_property(lHasPng GLOBAL PROPERTY QEX_HAS_PNG)
 if(lHasPng)
-    set(CPACK_DEBIAN_PACKAGE_DEPENDS "librsvg2-2")
+    set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_DEPENDS "librsvg2-2")
+endif()
+if(QEX_BUILD_PYTHON)
+    get_property(lPython GLOBAL PROPERTY QEX_PYTHON_VERSION)
+    string(REGEX MATCH "[0-9]+$" lMinor "${lPython}")
+    math(EXPR lNext "${lMinor} + 1")
+    list(APPEND CPACK_COMPONENTS_ALL python)
+    set(CPACK_DEBIAN_PYTHON_DESCRIPTION "Motion capture as NumPy arrays: ASF and AMC, BVH, GLB and glTF")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-qex)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= ${lPython}), python3 (<< 3.${lNext}), python3-numpy (>= 1:1.20)")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-matplotlib")
 endif()
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/StripArchives.cmake")
 include(CPack)

@@ -19,7 +19,7 @@ namespace qexpython
 
 namespace py = pybind11;
 
-using KShape = std::vector<py::ssize_t>;
+using KShape = std::vector<Py_ssize_t>;
 
 /// A read-only array of \p pShape whose numbers stay where they are: it keeps \p pOwner alive.
 template <typename TNumber>
@@ -37,7 +37,7 @@ py::array ComputeAs(const KShape& pShape, long long pBlock, const TCompute& pCom
 {
     const long long      lFrames = pShape[0];
     const size_t         lRow = std::accumulate(pShape.begin() + 1, pShape.end(), size_t(1),
-                                                [](size_t pProduct, py::ssize_t pSize) { return pProduct * static_cast<size_t>(pSize); });
+                                                [](size_t pProduct, Py_ssize_t pSize) { return pProduct * static_cast<size_t>(pSize); });
     py::array_t<TNumber> lResult(pShape);
     TNumber*             lOut = lResult.mutable_data();
     {

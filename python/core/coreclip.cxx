@@ -26,7 +26,7 @@ constexpr long long kBlock = 256; ///< Frames computed at once: their numbers st
 /// Frames, then \p pRest.
 KShape FramesAnd(const KQexClip& pClip, std::initializer_list<size_t> pRest)
 {
-    KShape lShape{static_cast<py::ssize_t>(pClip.GetFrameCount())};
+    KShape lShape{static_cast<Py_ssize_t>(pClip.GetFrameCount())};
     lShape.insert(lShape.end(), pRest.begin(), pRest.end());
     return lShape;
 }
@@ -52,7 +52,7 @@ void AddView(py::class_<KQexClip, KClipPointer>& pClass, const char* pName, std:
 template <size_t TCount>
 py::array RestOf(const KQexClip& pClip, float (KQexJointTransform::*pNumbers)[TCount])
 {
-    py::array_t<float> lResult(KShape{static_cast<py::ssize_t>(JointsOf(pClip)), static_cast<py::ssize_t>(TCount)});
+    py::array_t<float> lResult(KShape{static_cast<Py_ssize_t>(JointsOf(pClip)), static_cast<Py_ssize_t>(TCount)});
     float*             lOut = lResult.mutable_data();
     for (const KQexJointTransform& lRest : pClip.GetData().mRest)
     {
@@ -130,7 +130,7 @@ std::vector<std::pair<int, py::str>> Dofs(const KQexClip& pClip)
 /// Lower and upper limit of each degree of freedom; infinite where there is none.
 py::array DofLimits(const KQexClip& pClip)
 {
-    py::array_t<double> lResult(KShape{static_cast<py::ssize_t>(pClip.GetData().mDofs.size()), 2});
+    py::array_t<double> lResult(KShape{static_cast<Py_ssize_t>(pClip.GetData().mDofs.size()), 2});
     double*             lOut = lResult.mutable_data();
     for (const qexsdk::KQexClipDof& lDof : pClip.GetData().mDofs)
     {
@@ -165,24 +165,24 @@ py::tuple LimitViolations(const KQexClip& pClip)
             }
         }
     }
-    return py::make_tuple(py::array_t<long long>(static_cast<py::ssize_t>(lFrames.size()), lFrames.data()),
-                          py::array_t<int>(static_cast<py::ssize_t>(lDofs.size()), lDofs.data()),
-                          py::array_t<double>(static_cast<py::ssize_t>(lExcess.size()), lExcess.data()));
+    return py::make_tuple(py::array_t<long long>(static_cast<Py_ssize_t>(lFrames.size()), lFrames.data()),
+                          py::array_t<int>(static_cast<Py_ssize_t>(lDofs.size()), lDofs.data()),
+                          py::array_t<double>(static_cast<Py_ssize_t>(lExcess.size()), lExcess.data()));
 }
 
 void AddStoredArrays(py::class_<KQexClip, KClipPointer>& pClass)
 {
     const auto lJoints = [](const KQexClip& pClip)
     {
-        return KShape{static_cast<py::ssize_t>(JointsOf(pClip))};
+        return KShape{static_cast<Py_ssize_t>(JointsOf(pClip))};
     };
     const auto lMoving = [](const KQexClip& pClip)
     {
-        return KShape{static_cast<py::ssize_t>(pClip.GetData().mMovingJoints.size())};
+        return KShape{static_cast<Py_ssize_t>(pClip.GetData().mMovingJoints.size())};
     };
     const auto lScaled = [](const KQexClip& pClip)
     {
-        return KShape{static_cast<py::ssize_t>(pClip.GetData().mScaledJoints.size())};
+        return KShape{static_cast<Py_ssize_t>(pClip.GetData().mScaledJoints.size())};
     };
     AddView(pClass, "parents", &KQexClipData::mParents, lJoints);
     AddView(pClass, "quaternions", &KQexClipData::mRotations, [](const KQexClip& pClip) { return FramesAnd(pClip, {JointsOf(pClip), 4}); });
@@ -205,7 +205,7 @@ void AddStoredArrays(py::class_<KQexClip, KClipPointer>& pClass)
                                  {
                                      std::vector<char> lEnds = pClip.GetData().mIsEnd;
                                      lEnds.resize(JointsOf(pClip), 0);
-                                     py::array_t<bool> lResult(static_cast<py::ssize_t>(lEnds.size()));
+                                     py::array_t<bool> lResult(static_cast<Py_ssize_t>(lEnds.size()));
                                      std::transform(lEnds.begin(), lEnds.end(), lResult.mutable_data(), [](char pIs) { return pIs != 0; });
                                      return lResult;
                                  });
