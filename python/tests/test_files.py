@@ -185,7 +185,7 @@ def test_broken_files_are_an_error_or_a_clip(path):
             assert isinstance(qex.check(contents, format=format), list)
 
 
-@pytest.mark.parametrize("path", motions(folder_of("ASF_OTHERS_DIR")), ids=lambda path: path.name)
+@pytest.mark.parametrize("path", motions(folder_of("ASF_OTHERS_DIR") or SAMPLES), ids=lambda path: path.name)
 def test_files_of_other_makers(path):
     try:
         clips = load_all(path)

@@ -124,7 +124,10 @@ TEST_F(KFigureClipTest, AWholeTakeAtItsOwnRateOrAnother)
     EXPECT_FALSE(mFigure.MakeClip(lTake, -1.0, {}, lClip, mReport));
     EXPECT_FALSE(KQexFigure().MakeClip(nullptr, 0.0, {}, lClip, mReport));
     KQexClipOptions lOptions;
-    lOptions.mProgress = [](double) { return false; };
+    lOptions.mProgress = [](double)
+    {
+        return false;
+    };
     EXPECT_FALSE(mFigure.MakeClip(lTake, 0.0, lOptions, lClip, mReport));
     EXPECT_TRUE(mReport.IsCancelled());
     EXPECT_EQ(lClip.GetFrameCount(), 1) << "the clip stays";
