@@ -102,12 +102,20 @@ class Clip:
 
     @property
     def is_end(self) -> npt.NDArray[np.bool_]:
-        """True for the end of a leaf bone, which does not move by itself; shape (joints,)."""
+        """True for the end of a leaf bone, which does not move by itself; shape (joints,).
+
+        >>> [name for name, is_end in zip(clip.names, clip.is_end) if is_end][:2]
+        ['left_toes_End', 'right_toes_End']
+        """
         return self._raw.is_end
 
     @property
     def frame_count(self) -> int:
-        """The number of frames."""
+        """The number of frames.
+
+        >>> clip.frame_count == len(clip) == 241
+        True
+        """
         return self._raw.frame_count
 
     @property
@@ -121,32 +129,56 @@ class Clip:
 
     @property
     def times(self) -> npt.NDArray[np.float64]:
-        """Seconds of each frame since the first; shape (frames,)."""
+        """Seconds of each frame since the first; shape (frames,).
+
+        >>> clip.times[[0, 1, -1]].round(4)
+        array([0.    , 0.0083, 2.    ])
+        """
         return np.arange(self.frame_count) * self._raw.step
 
     @property
     def messages(self) -> List[Message]:
-        """The notes and warnings of reading the file."""
+        """The notes and warnings of reading the file.
+
+        >>> print(clip.messages[0])
+        samples/walk.amc: note: using skeleton samples/walker.asf (named in the header)
+        """
         return list(self._messages)
 
     @property
     def rest_positions(self) -> Floats:
-        """Position of each joint relative to its parent at rest, in the parent's axes; of a root, in the world. Shape (joints, 3)."""
+        """Position of each joint relative to its parent at rest, in the parent's axes; of a root, in the world. Shape (joints, 3).
+
+        >>> clip.rest_positions[clip.names.index("left_thigh"), 0].round(2)
+        9.38
+        """
         return self._raw.rest_translations
 
     @property
     def rest_rotations(self) -> Floats:
-        """Rotation of each joint relative to its parent at rest; shape (joints, 4), quaternions w, x, y, z."""
+        """Rotation of each joint relative to its parent at rest; shape (joints, 4), quaternions w, x, y, z.
+
+        >>> clip.rest_rotations[0]
+        array([1., 0., 0., 0.], dtype=float32)
+        """
         return self._raw.rest_quaternions
 
     @property
     def moving_joints(self) -> Ints:
-        """Indices of the joints whose position relative to their parent is not always that at rest, ascending."""
+        """Indices of the joints whose position relative to their parent is not always that at rest, ascending.
+
+        >>> clip.moving_joints
+        array([0], dtype=int32)
+        """
         return self._raw.moving_joints
 
     @property
     def moving_translations(self) -> Floats:
-        """The translations of these joints, as they are stored; shape (frames, moving joints, 3)."""
+        """The translations of the joints of moving_joints, as they are stored; shape (frames, moving joints, 3).
+
+        >>> clip.moving_translations.shape
+        (241, 1, 3)
+        """
         return self._raw.moving_translations
 
     # Transforms
@@ -161,13 +193,21 @@ class Clip:
         return self._raw.positions(is_double(kind)).astype(kind, copy=False)
 
     def translations(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
-        """Position of every joint relative to its parent, in the parent's axes; of a root, in the world. Shape (frames, joints, 3)."""
+        """Position of every joint relative to its parent, in the parent's axes; of a root, in the world. Shape (frames, joints, 3).
+
+        >>> bool(np.all(clip.translations()[:, 1:] == clip.rest_positions[1:]))     # Only the root moves.
+        True
+        """
         kind = as_float_type(dtype)
         stored = self._raw.moving_translations
         return (stored if stored.shape[1] == len(self.names) else self._raw.translations()).astype(kind, copy=False)
 
     def scalings(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
-        """Scale factors of every joint along its own axes; shape (frames, joints, 3)."""
+        """Scale factors of every joint along its own axes; shape (frames, joints, 3).
+
+        >>> bool(np.all(clip.scalings() == 1))
+        True
+        """
         return self._raw.scalings().astype(as_float_type(dtype), copy=False)
 
     def rotations(
@@ -222,6 +262,9 @@ class Clip:
         """Velocity of every joint in the world, a second; shape (frames, joints, 3).
 
         From the frames before and after; in the first and the last frame between it and its neighbour.
+
+        >>> clip.velocities()[:, 0].mean(axis=0).round(1)     # Of the root: forward along z.
+        array([ -0.4,   0.9, 129. ], dtype=float32)
         """
         kind = as_float_type(dtype)
         return self._raw.velocities(is_double(kind)).astype(kind, copy=False)
@@ -230,6 +273,9 @@ class Clip:
         """Angular velocity of every joint about the axes of the world, radians a second; shape (frames, joints, 3).
 
         From the rotation between the frames before and after, the short way.
+
+        >>> abs(clip.angular_velocities()[:, clip.names.index("left_shin")]).max(axis=0).round(1)
+        array([8.4, 0.4, 0.7], dtype=float32)
         """
         kind = as_float_type(dtype)
         return self._raw.angular_velocities(is_double(kind)).astype(kind, copy=False)
@@ -366,7 +412,11 @@ class Clip:
         return self._with(core, up=up, units=units)
 
     def scale(self, factor: float) -> Clip:
-        """All lengths times a factor: the figure and its way."""
+        """All lengths times a factor: the figure and its way.
+
+        >>> bool(np.all(clip.scale(0.5).rest_positions == clip.rest_positions / 2))
+        True
+        """
         return self._with(_core.scale(self._raw, float(factor)))
 
     def _step(self, step: Callable[[_core.Clip], _core.Clip]) -> Clip:
@@ -386,7 +436,11 @@ class Clip:
         return self._step(lambda core: _core.in_place(core, keep_turn))
 
     def start_at_origin(self) -> Clip:
-        """Turned and moved so that the first root starts above the origin and faces forward. Roots lose their degrees of freedom."""
+        """Turned and moved so that the first root starts above the origin and faces forward. Roots lose their degrees of freedom.
+
+        >>> bool(abs(clip.start_at_origin().positions()[0, 0, [0, 2]]).max() < 1e-4)
+        True
+        """
         return self._step(_core.start_at_origin)
 
     def mirror(self, pairs: Optional[Sequence[Tuple[Joint, Joint]]] = None) -> Clip:
