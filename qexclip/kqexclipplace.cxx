@@ -14,7 +14,6 @@ namespace qexsdk
 namespace
 {
 
-constexpr int kX = 0;
 constexpr int kY = 1;
 
 /// A turn about the origin and then a move.
