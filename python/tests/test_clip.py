@@ -234,6 +234,19 @@ def test_arrays_that_are_no_clip(changed, text):
         qex.Clip.from_arrays(**arrays(**changed))
 
 
+@pytest.mark.parametrize("changed", [{"parents": [-1.0, 0.0]}, {"parents": ["a", "b"]}, {"names": "ab"}])
+def test_arrays_of_other_types(changed):
+    with pytest.raises(TypeError, match="whole numbers|one text"):
+        qex.Clip.from_arrays(**arrays(**changed))
+
+
+def test_arrays_of_any_layout():
+    turns = np.zeros((4, 2, 5), dtype=">f8")[..., ::-1].transpose(2, 1, 0)
+    turns[..., 0] = 1
+    clip = qex.Clip.from_arrays(**arrays(rotations=turns, root_positions=np.asfortranarray(np.ones((5, 3), np.int16))))
+    np.testing.assert_array_equal(clip.positions()[:, 0], np.ones((5, 3)))
+
+
 def test_names_that_are_not_ascii():
     clip = qex.Clip.from_arrays(**arrays(names=["Hüfte", "\udcff\udcfe"]))
     assert clip.names == ["Hüfte", "\udcff\udcfe"]

@@ -11,9 +11,9 @@ dtype('float32')
 A clip does not change: every step gives a new one.
 """
 
-from ._arrays import Angles
 from ._check import check
 from ._clip import Clip
+from ._dofs import Angles
 from ._files import load, load_all
 from ._messages import Error, Message
 from ._join import join

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, List, NamedTuple, Optional, Tuple
+from typing import Any, List, Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -15,19 +15,9 @@ FORMS = ["quat", "matrix", "6d", "axis_angle", "euler"]
 AXES = "xyz"
 
 
-class Angles(NamedTuple):
-    """The degrees of freedom that a motion's file has, in the file's own numbers: turns beyond a half included."""
-
-    values: Floats
-    """Shape (frames, degrees of freedom): radians, or degrees; lengths in the clip's unit."""
-    names: List[str]
-    """``"left_shin.rx"``: joint by joint, each joint's in the order in which they are applied."""
-    units: List[str]
-    """``"rad"``, ``"deg"`` or the clip's unit of length, of each."""
-    limits: Floats
-    """Shape (degrees of freedom, 2): lower and upper limit of each; -inf and inf where there is none."""
-    joints: Ints
-    """Index of the joint of each."""
+def to_bytes(text: str) -> bytes:
+    """A text as files have it: UTF-8, and the bytes that were none."""
+    return text.encode("utf-8", "surrogateescape")
 
 
 def choose(what: str, word: str, words: List[str]) -> str:

@@ -10,7 +10,9 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _core
-from ._arrays import CENTIMETRES, FORMS, Angles, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order
+from ._arrays import CENTIMETRES, FORMS, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order, to_bytes
+from ._building import core_of_arrays, put_together, take_apart
+from ._dofs import Angles, angles_of, violations_of
 from ._messages import Message
 from ._plot import plot_angles
 from ._save import Path, draw, save
@@ -293,22 +295,7 @@ class Clip:
         >>> angles.values[:, knee].max().round(1), angles.limits[knee]
         (68.6, array([ -5., 150.], dtype=float32))
         """
-        dofs = self._raw.dofs
-        values, limits = self._raw.dof_values, self._raw.dof_limits.astype(np.float32)
-        if not values.size:
-            values = np.zeros((0, len(dofs)), np.float32)
-        turns = np.array([word.startswith("r") for _, word in dofs], dtype=bool)
-        if not degrees:
-            factors = np.where(turns, np.pi / 180, 1.0)
-            values = (values * factors).astype(np.float32)
-            limits = (limits * factors[:, None]).astype(np.float32)
-        return Angles(
-            values=values,
-            names=[f"{self.names[joint]}.{word}" for joint, word in dofs],
-            units=[("deg" if degrees else "rad") if turn else self.units for turn in turns],
-            limits=limits,
-            joints=np.array([joint for joint, _ in dofs], dtype=np.int32),
-        )
+        return angles_of(self, degrees)
 
     def limit_violations(self, *, degrees: bool = False) -> npt.NDArray[np.void]:
         """The values of degrees of freedom that pass a limit: records of frame, dof (index into the names of angles()), value and excess.
@@ -318,13 +305,7 @@ class Clip:
         >>> clip.limit_violations().dtype.names, len(clip.limit_violations())
         (('frame', 'dof', 'value', 'excess'), 0)
         """
-        frames, dofs, excess = self._raw.limit_violations()
-        result = np.empty(len(frames), dtype=[("frame", np.int64), ("dof", np.int32), ("value", np.float32), ("excess", np.float32)])
-        turns = np.array([word.startswith("r") for _, word in self._raw.dofs], dtype=bool)
-        factors = np.where(turns & (not degrees), np.pi / 180, 1.0)[dofs]
-        result["frame"], result["dof"], result["excess"] = frames, dofs, excess * factors
-        result["value"] = self._raw.dof_values[frames, dofs] * factors if len(frames) else 0
-        return result
+        return violations_of(self._raw, degrees)
 
     def plot(self, *joints: Joint, ax: Optional[Any] = None) -> Any:
         """Draws the angles of joints over time, in degrees, with their limits as bands; returns matplotlib's axes.
@@ -387,7 +368,7 @@ class Clip:
         """The index of a joint."""
         if isinstance(joint, str):
             if joint not in self.names:
-                raise KeyError(f"no joint {joint}{_core.did_you_mean(joint.encode('utf-8', 'surrogateescape'), self._raw)}")
+                raise KeyError(f"no joint {joint}{_core.did_you_mean(to_bytes(joint), self._raw)}")
             return self.names.index(joint)
         index = operator.index(joint)
         if not -len(self.names) <= index < len(self.names):
@@ -498,32 +479,8 @@ class Clip:
         """
         choose("units", units, list(CENTIMETRES))
         choose("up", up, ["y", "z"])
-        joints = len(names)
-        turns = np.asarray(rotations, dtype=np.float32)
-        if turns.ndim != 3 or turns.shape[1:] != (joints, 4):
-            raise ValueError(f"rotations has shape {turns.shape}, not (frames, {joints}, 4)")
-        arrays = _core.Arrays()
-        arrays.names = [joint.encode("utf-8", "surrogateescape") for joint in names]
-        arrays.parents = [int(parent) for parent in shaped("parents", parents, (joints,), np.int64)]
-        arrays.rest_translations = shaped("rest", rest, (joints, 3))
-        first_w = choose("order", order, ["wxyz", "xyzw"]) == "wxyz"
-        arrays.quaternions = turns if first_w else turns.take([3, 0, 1, 2], axis=-1)
-        if rest_rotations is not None:
-            at_rest = shaped("rest_rotations", rest_rotations, (joints, 4))
-            arrays.rest_quaternions = at_rest if first_w else at_rest.take([3, 0, 1, 2], axis=-1)
-        if translations is not None:
-            if root_positions is not None:
-                raise ValueError("translations has the root's positions, too: give root_positions=None")
-            arrays.moving_joints = list(range(joints))
-            arrays.translations = shaped("translations", translations, (len(turns), joints, 3))
-        elif root_positions is not None:
-            if -1 not in arrays.parents:
-                raise ValueError("parents has no root: -1")
-            arrays.moving_joints = [arrays.parents.index(-1)]
-            arrays.translations = shaped("root_positions", root_positions, (len(turns), 3))
-        if not 1e-3 <= fps <= 1e6:
-            raise ValueError(f"fps={fps!r}: expected 0.001 to 1,000,000 frames a second")
-        return cls._make(_core.from_arrays(arrays, 1 / fps, len(turns)), name=name, units=units, up=up)
+        core = core_of_arrays(names, parents, rest, rotations, root_positions, fps, translations, rest_rotations, order)
+        return cls._make(core, name=name, units=units, up=up)
 
     def save(
         self,
@@ -566,49 +523,10 @@ class Clip:
         return self
 
     def __reduce__(self) -> Tuple[Any, ...]:
-        core = self._raw
-        stored = {key: getattr(core, key) for key in STORED}
         words = {key: getattr(self, key) for key in ("name", "units", "up", "skeleton")}
-        return restore, (stored, core.step, words, [tuple(message) for message in self._messages])
+        return restore, (take_apart(self._raw), words, [tuple(message) for message in self._messages])
 
 
-STORED = [
-    "names",
-    "parents",
-    "is_end",
-    "rest_translations",
-    "rest_quaternions",
-    "rest_scalings",
-    "quaternions",
-    "moving_joints",
-    "moving_translations",
-    "scaled_joints",
-    "moving_scalings",
-    "dofs",
-    "dof_limits",
-    "dof_values",
-]
-
-
-def restore(stored: Dict[str, Any], step: float, words: Dict[str, Any], messages: List[Any]) -> Clip:
+def restore(parts: Dict[str, Any], words: Dict[str, Any], messages: List[Any]) -> Clip:
     """What __reduce__() took apart."""
-    arrays = _core.Arrays()
-    arrays.names = [name.encode("utf-8", "surrogateescape") for name in stored["names"]]
-    arrays.dofs = [
-        (joint, word.encode(), float(low), float(high)) for (joint, word), (low, high) in zip(stored["dofs"], stored["dof_limits"])
-    ]
-    for key in ("parents", "is_end", "moving_joints", "scaled_joints"):
-        setattr(arrays, key, stored[key].tolist())
-    for key in ("rest_translations", "rest_quaternions", "rest_scalings", "quaternions", "dof_values"):
-        setattr(arrays, key, stored[key])
-    arrays.translations, arrays.scalings = stored["moving_translations"], stored["moving_scalings"]
-    core = _core.from_arrays(arrays, step, len(stored["quaternions"]))
-    return Clip._make(core, messages=[Message(*message) for message in messages], **words)
-
-
-def shaped(what: str, numbers: npt.ArrayLike, shape: Tuple[int, ...], dtype: npt.DTypeLike = np.float32) -> npt.NDArray[Any]:
-    """The numbers as an array, which must have the shape."""
-    array = np.asarray(numbers, dtype=dtype)
-    if array.shape != shape:
-        raise ValueError(f"{what} has shape {array.shape}, not {shape}")
-    return array
+    return Clip._make(put_together(parts), messages=[Message(*message) for message in messages], **words)

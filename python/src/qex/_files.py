@@ -7,6 +7,7 @@ import warnings
 from typing import BinaryIO, List, Optional, Tuple, Union
 
 from . import _core
+from ._arrays import to_bytes
 from ._clip import Clip
 from ._messages import Error, Message, from_core
 from ._save import name_of_file
@@ -122,7 +123,7 @@ def load(
     source.fps, source.keep_good_frames, source.remove_dummies = positive("fps", fps), keep_good_frames, remove_dummies
     source.first_only = not isinstance(take, int)
     if isinstance(take, str):
-        source.take = take.encode("utf-8", "surrogateescape")
+        source.take = to_bytes(take)
     clips, takes, _ = read(source, up, units, source_fps is not None)
     if take is None and takes > 1:
         warnings.warn(f"{os.fsdecode(source.path)} has {takes} takes: this is the first, qex.load_all gives all", UserWarning, stacklevel=2)

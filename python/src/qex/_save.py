@@ -7,7 +7,7 @@ import warnings
 from typing import TYPE_CHECKING, List, Optional, Union
 
 from . import _core
-from ._arrays import CENTIMETRES, choose
+from ._arrays import CENTIMETRES, choose, to_bytes
 from ._messages import Error, from_core
 
 if TYPE_CHECKING:
@@ -21,7 +21,7 @@ PRESETS = ["motion-imitation"]
 
 def target_of(clip: Clip) -> _core.Target:
     target = _core.Target()
-    target.name = clip.name.encode("utf-8", "surrogateescape")
+    target.name = to_bytes(clip.name)
     target.unit = CENTIMETRES[clip.units]
     target.is_z_up = clip.up == "z"
     return target
