@@ -68,7 +68,7 @@ bool MakeClips(const KSource& pSource, const qexsdk::KQexFigureFiles& pFiles, st
     return lOk;
 }
 
-/// (clips or None after an error, number of takes, path of the skeleton's file, messages); a clip is (clip, name, default rate).
+/// (clips or None after an error, number of takes, path of the skeleton's file, format, messages); a clip is (clip, name, default rate).
 py::tuple Load(KSource pSource)
 {
     qexsdk::KQexFigureFiles lFiles;
@@ -86,7 +86,9 @@ py::tuple Load(KSource pSource)
     {
         lClips.append(py::make_tuple(lEach.mClip, TextOf(lEach.mName), lEach.mIsDefaultRate));
     }
-    return py::make_tuple(lOk ? py::object(lClips) : py::none(), lTakes, TextOf(lFiles.mFigure.GetPath()), MessagesOf(lReport));
+    static const char* const sWords[] = {"asf", "amc", "bvh", "gltf"}; // By KQexFigureFormat.
+    const char* const        lFormat = sWords[lFiles.mMotions.empty() ? lFiles.mFigure.GetFormat() : qexsdk::eFIGURE_AMC];
+    return py::make_tuple(lOk ? py::object(lClips) : py::none(), lTakes, TextOf(lFiles.mFigure.GetPath()), lFormat, MessagesOf(lReport));
 }
 
 /// The messages about a file: those of opening it and its skeleton, then those of the check, by line.

@@ -101,7 +101,7 @@ KQexClipData DataOf(KArrays& pArrays)
     return lData;
 }
 
-/// A clip of arrays, \p pSeconds a frame. ValueError with every reason why there is none.
+/// A clip of arrays, \p pSeconds a frame. ValueError with the first reasons why there is none.
 KClipPointer FromArrays(KArrays pArrays, double pSeconds, long long pFrames)
 {
     KQexClipData lData = DataOf(pArrays);
@@ -114,10 +114,11 @@ KClipPointer FromArrays(KArrays pArrays, double pSeconds, long long pFrames)
         lOk = KQexClip::FromArrays(std::move(lData), *lResult, &lErrors);
     }
     std::string lText;
-    for (const std::string& lError : lErrors)
+    for (size_t i = 0; i < lErrors.size() && i < 3; ++i)
     {
-        lText += (lText.empty() ? "" : "; ") + lError;
+        lText += (lText.empty() ? "" : "; ") + lErrors[i];
     }
+    lText += lErrors.size() > 3 ? "; and more like these" : "";
     return lOk ? lResult : throw py::value_error(lText);
 }
 

@@ -102,6 +102,13 @@ def test_joints_keep_their_places(walk):
         walk.joints(["left_fot"])
     with pytest.raises(IndexError):
         walk.joints([35])
+    assert walk.joints(~walk.is_end).names == [name for name in walk.names if not name.endswith("_End")]
+    with pytest.raises(ValueError, match="mask of joints"):
+        walk.joints([True, False])
+    with pytest.raises(ValueError, match="no joints"):
+        walk.joints([])
+    with pytest.raises(TypeError, match="a name or an index"):
+        walk.joints([1.5])
 
 
 def test_steps_for_z_up_are_those_for_y_up(walk):
@@ -118,6 +125,11 @@ def test_mirror(walk):
     np.testing.assert_array_equal(walk.mirror(pairs).rotations(), walk.mirror().rotations())
     with pytest.raises(KeyError):
         walk.mirror([("left_foot", "rihgt_foot")])
+    with pytest.warns(UserWarning, match="give pairs="):
+        walk.joints(["root", "head"]).mirror()
+    assert len(walk.mirror().angles().values) == 0
+    with pytest.raises(ValueError, match=r"mirror\(\) lost them"):
+        walk.mirror().limit_violations()
 
 
 def test_join(walk):
@@ -129,6 +141,8 @@ def test_join(walk):
         qex.join([walk, walk.joints(["head"])])
     with pytest.raises(ValueError, match="at least one"):
         qex.join([])
+    with pytest.raises(TypeError):
+        qex.join([walk, 5])
 
 
 def test_steps_leave_the_old_clip(walk):
@@ -219,7 +233,7 @@ def arrays(**changed):
         ({"rest": np.full((2, 3), np.nan)}, "not finite"),
         ({"rotations": np.zeros((5, 2, 4))}, "no unit quaternion"),
         ({"rotations": np.zeros((5, 2, 3))}, "rotations has shape"),
-        ({"rotations": np.zeros((0, 2, 4)), "root_positions": None}, "0 frames"),
+        ({"rotations": np.zeros((0, 2, 4)), "root_positions": None}, "no frames"),
         ({"root_positions": np.zeros((4, 3))}, "root_positions has shape"),
         ({"root_positions": np.full((5, 3), np.inf)}, "not finite"),
         ({"fps": 0}, "frames a second"),
@@ -234,9 +248,9 @@ def test_arrays_that_are_no_clip(changed, text):
         qex.Clip.from_arrays(**arrays(**changed))
 
 
-@pytest.mark.parametrize("changed", [{"parents": [-1.0, 0.0]}, {"parents": ["a", "b"]}, {"names": "ab"}])
+@pytest.mark.parametrize("changed", [{"parents": [-1.0, 0.0]}, {"parents": ["a", "b"]}, {"names": "ab"}, {"names": [1, 2]}])
 def test_arrays_of_other_types(changed):
-    with pytest.raises(TypeError, match="whole numbers|one text"):
+    with pytest.raises(TypeError, match="whole numbers|one text|are texts"):
         qex.Clip.from_arrays(**arrays(**changed))
 
 

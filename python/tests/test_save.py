@@ -83,14 +83,20 @@ def test_units_and_axes_of_files(tmp_path, walk):
 
 def test_orders_and_presets(tmp_path, walk):
     walk.save(tmp_path / "x.bvh", order="ZXY")
-    assert "Yrotation Xrotation Zrotation" in (tmp_path / "x.bvh").read_text()
+    assert "Zrotation Xrotation Yrotation" in (tmp_path / "x.bvh").read_text()
+    source = qex.load(SAMPLES / "walk.bvh")  # Joints without rotations at rest, so that channels are rotations.
+    source.save(tmp_path / "x.bvh", order="ZXY")
+    angles = qex.load(tmp_path / "x.bvh").angles(degrees=True)
+    expected = source.rotations(form="euler", order="ZXY", degrees=True)[:, source.names.index("left_thigh")]
+    columns = [angles.names.index(f"left_thigh.r{axis}") for axis in "zxy"]
+    assert abs(angles.values[:, columns] - expected).max() < 1e-2
     walk.save(tmp_path / "x.npz", preset="motion-imitation")
     assert "body_positions" in np.load(tmp_path / "x.npz")
     walk.save(tmp_path / "mesh.glb")
     walk.save(tmp_path / "bones.glb", mesh=False)
     assert (tmp_path / "bones.glb").stat().st_size < (tmp_path / "mesh.glb").stat().st_size
-    for arguments in [{"order": "xyz"}, {"preset": "games"}]:
-        with pytest.raises(ValueError, match="expected one of"):
+    for arguments in [{"order": "xyx"}, {"order": "abc"}, {"preset": "games"}]:
+        with pytest.raises(ValueError, match="expected|three different"):
             walk.save(tmp_path / "x.bvh", **arguments)
 
 
@@ -197,11 +203,12 @@ def test_plots(walk):
     assert (ax.get_xlabel(), ax.get_ylabel()) == ("seconds", "degrees")
     assert walk.plot("right_shin", ax=ax) is ax and len(ax.get_lines()) == 2
     assert len(walk.plot("root").get_lines()) == 3
+    assert len(walk.plot("left_thigh.rx").get_lines()) == 1
     with pytest.raises(KeyError, match="did you mean"):
         walk.plot("left_shinn")
     with pytest.raises(ValueError, match="no degrees of freedom"):
         walk.plot(int(np.flatnonzero(walk.is_end)[0]))
     with pytest.raises(ValueError, match="no values"):
-        walk.plot_of = qex.load(SAMPLES / "walker.asf").plot("left_shin")
+        qex.load(SAMPLES / "walker.asf").plot("left_shin")
     with pytest.raises(TypeError, match="needs a joint"):
         walk.plot()

@@ -25,10 +25,14 @@ def core_of_arrays(
     """Clip.from_arrays()."""
     if isinstance(names, str):
         raise TypeError("names is one text: expected a list, a name for each joint")
+    if not all(isinstance(name, str) for name in names):
+        raise TypeError("names are texts, a name for each joint")
     joints = len(names)
     turns = np.asarray(rotations, dtype=np.float32)
     if turns.ndim != 3 or turns.shape[1:] != (joints, 4):
         raise ValueError(f"rotations has shape {turns.shape}, not (frames, {joints}, 4)")
+    if not len(turns):
+        raise ValueError("rotations has no frames")
     if not 1e-3 <= fps <= 1e6:
         raise ValueError(f"fps={fps!r}: expected 0.001 to 1,000,000 frames a second")
     wxyz = [0, 1, 2, 3] if choose("order", order, ["wxyz", "xyzw"]) == "wxyz" else [3, 0, 1, 2]

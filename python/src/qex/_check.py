@@ -30,6 +30,6 @@ def check(
     >>> print(qex.check(b":version 1.10\\n:nmae x\\n:root\\n  order TX", format="asf")[0])
     <bytes>:2: warning: Ignoring unknown keyword (:nmae x)
     """
-    source = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
+    source, _ = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
     source.limits = limits
     return from_core(_core.check(source))

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import html
 import operator
+import warnings
 from typing import Any, Callable, Dict, Iterator, List, Optional, Sequence, Tuple, Union
 
 import numpy as np
@@ -30,18 +31,22 @@ class Clip:
     Made by ``qex.load()`` and ``Clip.from_arrays()``.
     """
 
-    __slots__ = ("_raw", "name", "units", "up", "skeleton", "_messages", "__weakref__")
+    __slots__ = {
+        "_raw": "The library's clip, in the unit and axes of this one.",
+        "name": "Name of the take, or of its file without folder and ending.",
+        "units": 'Unit of all lengths: "cm", "m" or "in".',
+        "up": 'The axis that points up: "y" or "z".',
+        "skeleton": "Path of the file that the skeleton was read from; None for a clip of arrays.",
+        "_messages": "Those of reading the file.",
+        "__weakref__": "",
+    }
 
     _raw: _core.Clip
     name: str
-    """Name of the take, or of its file without folder and ending."""
     units: str
-    """Unit of all lengths: ``"cm"``, ``"m"`` or ``"in"``."""
     up: str
-    """The axis that points up: ``"y"`` or ``"z"``."""
-    _messages: Tuple[Message, ...]
     skeleton: Optional[str]
-    """Path of the file that the skeleton was read from; None for a clip of arrays."""
+    _messages: Tuple[Message, ...]
 
     def __init__(self) -> None:
         raise TypeError("clips come from qex.load() and qex.Clip.from_arrays()")
@@ -122,7 +127,7 @@ class Clip:
 
     @property
     def fps(self) -> float:
-        """Frames a second.
+        """Frames a second. The time of a frame is a whole number of 1/705,600,000 s: 17 becomes 17.0000001.
 
         >>> clip.fps, clip[::4].fps
         (120.0, 30.0)
@@ -230,7 +235,7 @@ class Clip:
             "6d": (6,), the first two columns of the matrix, one after the other
             "axis_angle": (3,), the axis times the angle, which is 0 to half a turn
             "euler": (3,), the angles in the order of the letters: "xyz" about fixed axes, "XYZ" about those that move along, and so on,
-                as SciPy has them. They do not jump from frame to frame, so they may go beyond half a turn
+                as SciPy has them. They do not jump from frame to frame, so any of them may go beyond what SciPy gives
         order: of "quat" ("wxyz" unless it is given) and "euler" ("xyz")
         degrees: of "axis_angle" and "euler", else radians
 
@@ -285,10 +290,11 @@ class Clip:
     # Degrees of freedom
 
     def angles(self, *, degrees: bool = False) -> Angles:
-        """The degrees of freedom that the file has, with names, units and limits: of AMC and BVH. GLB and glTF have no values: no frames.
+        """The degrees of freedom that the file has, with names, units and limits: of AMC and BVH. There are no frames where there are no
+        values: in GLB and glTF, and after mirror().
 
-        With ``degrees=True`` the values are a read-only view of the file's own numbers. They stay those of the file's axes whatever
-        ``up`` is.
+        Angles are the file's own numbers, turns beyond a half included, and with ``degrees=True`` a read-only view of them; lengths are in
+        the clip's unit. They stay those of the file's axes whatever ``up`` is.
 
         >>> angles = clip.angles(degrees=True)
         >>> knee = angles.names.index("left_shin.rx")
@@ -300,7 +306,8 @@ class Clip:
     def limit_violations(self, *, degrees: bool = False) -> npt.NDArray[np.void]:
         """The values of degrees of freedom that pass a limit: records of frame, dof (index into the names of angles()), value and excess.
 
-        The excess is how far the value is beyond the limit, below the lower one negative; units as of angles().
+        The excess is how far the value is beyond the limit, below the lower one negative; units as of angles(). Up to 1e-6 degrees or
+        a ten-millionth of the limit beyond it is rounding, and none. ValueError if the clip has limits but no values, as after mirror().
 
         >>> clip.limit_violations().dtype.names, len(clip.limit_violations())
         (('frame', 'dof', 'value', 'excess'), 0)
@@ -310,6 +317,7 @@ class Clip:
     def plot(self, *joints: Joint, ax: Optional[Any] = None) -> Any:
         """Draws the angles of joints over time, in degrees, with their limits as bands; returns matplotlib's axes.
 
+        joints: names or indices, or single degrees of freedom: "left_shin.rx"
         ax: the axes to draw in; else new ones
 
         >>> import matplotlib; matplotlib.use("agg")
@@ -354,7 +362,7 @@ class Clip:
         return self._with(_core.resample(self._raw, float(fps)))
 
     def joints(self, joints: Sequence[Joint]) -> Clip:
-        """Only these joints, by name or index, in the clip's order. Each keeps its place in the world, relative to its nearest ancestor
+        """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its place in the world, relative to its nearest ancestor
         that stays.
 
         >>> clip.joints(["left_foot", "right_foot"]).parents
@@ -362,6 +370,13 @@ class Clip:
         """
         if isinstance(joints, (str, int)):
             joints = [joints]
+        mask = np.asarray(joints)
+        if mask.dtype == bool:
+            if mask.shape != (len(self.names),):
+                raise ValueError(f"a mask of joints has shape {mask.shape}, not ({len(self.names)},)")
+            joints = np.flatnonzero(mask).tolist()
+        if not len(joints):
+            raise ValueError("no joints were chosen")
         return self._with(_core.select(self._raw, sorted({self._index(joint) for joint in joints})))
 
     def _index(self, joint: Joint) -> int:
@@ -370,6 +385,8 @@ class Clip:
             if joint not in self.names:
                 raise KeyError(f"no joint {joint}{_core.did_you_mean(to_bytes(joint), self._raw)}")
             return self.names.index(joint)
+        if isinstance(joint, bool) or not hasattr(joint, "__index__"):
+            raise TypeError(f"a joint is a name or an index, not {type(joint).__name__}")
         index = operator.index(joint)
         if not -len(self.names) <= index < len(self.names):
             raise IndexError(f"joint {index}: there are {len(self.names)}")
@@ -434,9 +451,11 @@ class Clip:
         >>> bool(abs(clip.positions()[:, left] * [-1, 1, 1] - clip.mirror().positions()[:, right]).max() < 1e-3)
         True
         """
-        other = _core.mirror_pairs(self._raw)
+        other, itself = _core.mirror_pairs(self._raw), list(range(len(self.names)))
+        if pairs is None and other == itself:
+            warnings.warn("no names differ in left and right: no joints change sides, give pairs=", UserWarning, stacklevel=2)
         if pairs is not None:
-            other = list(range(len(self.names)))
+            other = itself
             for one, two in pairs:
                 other[self._index(one)], other[self._index(two)] = self._index(two), self._index(one)
         return self._step(lambda core: _core.mirror(core, other))
@@ -486,18 +505,19 @@ class Clip:
         self,
         *paths: Path,
         skeleton: Optional[Path] = None,
-        order: str = "XYZ",
+        order: str = "xyz",
         mesh: bool = True,
         preset: Optional[str] = None,
         write_rate: bool = False,
     ) -> None:
         """Writes files, all of them or none: .bvh, .glb, .gltf, .asf, .amc, .npz (arrays) and .csv (positions).
 
-        They have the clip's unit and up axis, but for GLB and glTF, which have metres and y up. What the writer warns of is a UserWarning.
+        They have the clip's unit and up axis, but for GLB and glTF, which have metres and y up. What the writer warns of is a UserWarning. BVH
+        does not say its unit, and no format but GLB and glTF which axis is up: load() has source_units= and source_up= for such files.
 
         skeleton: the ASF file of an AMC file that is written alone; else the one that the clip was read with. With an ASF file beside it, an
             AMC file is that one's motion
-        order: of BVH's rotations: "XYZ" turns about x first
+        order: of BVH's rotations, letters as for rotations(): "ZXY" writes Zrotation Xrotation Yrotation
         mesh: GLB and glTF with a mesh that shows the bones
         preset: "motion-imitation": the arrays of .npz as training code for simulated characters reads them
         write_rate: the rate of an AMC file as a keyword, which some programs do not accept, instead of a comment

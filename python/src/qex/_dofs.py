@@ -14,19 +14,24 @@ if TYPE_CHECKING:
     from ._clip import Clip
 
 
+NO_VALUES = "the clip has no values of degrees of freedom: its file has none, or mirror() lost them"
+
+
 class Angles(NamedTuple):
-    """The degrees of freedom that a motion's file has, in the file's own numbers: turns beyond a half included."""
+    """The degrees of freedom that a motion's file has.
+
+    values: shape (frames, degrees of freedom): radians, or degrees, turns beyond a half included; lengths in the clip's unit
+    names: "left_shin.rx": joint by joint, each joint's in the order in which they are applied
+    units: "rad", "deg" or the clip's unit of length, of each
+    limits: shape (degrees of freedom, 2): lower and upper limit of each; -inf and inf where there is none
+    joints: index of the joint of each
+    """
 
     values: Floats
-    """Shape (frames, degrees of freedom): radians, or degrees; lengths in the clip's unit."""
     names: List[str]
-    """``"left_shin.rx"``: joint by joint, each joint's in the order in which they are applied."""
     units: List[str]
-    """``"rad"``, ``"deg"`` or the clip's unit of length, of each."""
     limits: Floats
-    """Shape (degrees of freedom, 2): lower and upper limit of each; -inf and inf where there is none."""
     joints: Ints
-    """Index of the joint of each."""
 
 
 def is_turn(core: _core.Clip) -> npt.NDArray[np.bool_]:
@@ -57,6 +62,8 @@ def angles_of(clip: Clip, degrees: bool) -> Angles:
 
 def violations_of(core: _core.Clip, degrees: bool) -> npt.NDArray[np.void]:
     """Clip.limit_violations()."""
+    if not core.dof_values.size and core.dofs:
+        raise ValueError(NO_VALUES)
     frames, dofs, excess = core.limit_violations()
     result = np.empty(len(frames), dtype=[("frame", np.int64), ("dof", np.int32), ("value", np.float32), ("excess", np.float32)])
     factors = np.where(is_turn(core) & (not degrees), np.pi / 180, 1.0)[dofs]

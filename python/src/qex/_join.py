@@ -20,6 +20,8 @@ def join(clips: Iterable[Clip], blend: int = 0) -> Clip:
     listed = list(clips)
     if not listed:
         raise ValueError("join needs at least one clip")
+    if not all(isinstance(clip, Clip) for clip in listed):
+        raise TypeError("join takes clips")
     first = listed[0]
     core = first._raw
     for clip in listed[1:]:

@@ -13,18 +13,20 @@ def place(path: str, line: int) -> str:
 
 
 class Message(NamedTuple):
-    """A message about a file."""
+    """A message about a file.
+
+    path: the file, as it was named; empty if the message is not about one file
+    line: line of the file from 1; 0 for the file as a whole
+    severity: "note", "warning" or "error"
+    text: one line
+    kind: the text without what is in parentheses and with # for numbers: equal for messages that say the same of other places
+    """
 
     path: str
-    """The file, as it was named; empty if the message is not about one file."""
     line: int
-    """Line of the file from 1; 0 for the file as a whole."""
     severity: str
-    """``"note"``, ``"warning"`` or ``"error"``."""
     text: str
-    """One line."""
     kind: str
-    """The text without what is in parentheses and with ``#`` for numbers: equal for messages that say the same of other places."""
 
     def __str__(self) -> str:
         return f"{place(self.path, self.line)}{self.severity}: {self.text}"
@@ -32,6 +34,11 @@ class Message(NamedTuple):
 
 class Error(Exception):
     """A file that cannot be read or written, or one that does not fit what was asked for.
+
+    file: the file, as it was named; empty if the error is not about one file
+    line: its line from 1; 0 for the file as a whole
+    text: what is wrong, in one line
+    messages: all messages up to the error, warnings and notes among them
 
     >>> try:
     ...     qex.load("samples/README.txt")
@@ -41,13 +48,9 @@ class Error(Exception):
     """
 
     file: str
-    """The file, as it was named; empty if the error is not about one file."""
     line: int
-    """Its line from 1; 0 for the file as a whole."""
     text: str
-    """What is wrong, in one line."""
     messages: List[Message]
-    """All messages up to the error, warnings and notes among them."""
 
     def __init__(self, messages: Sequence[Message]) -> None:
         self.messages = list(messages)

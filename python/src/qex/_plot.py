@@ -6,6 +6,8 @@ from typing import TYPE_CHECKING, Any, List, Optional
 
 import numpy as np
 
+from ._dofs import NO_VALUES
+
 if TYPE_CHECKING:
     from ._clip import Clip, Joint
 
@@ -36,10 +38,14 @@ def columns_of(clip: Clip, joints: List[Joint]) -> List[int]:
     """The angles of the joints, as columns of Clip.angles(); where there are none, the lengths."""
     angles = clip.angles(degrees=True)
     if not len(angles.values):
-        raise ValueError("the file has no values of degrees of freedom: use rotations(form='euler')")
-    wanted = [clip._index(joint) for joint in joints]
-    listed = [column for joint in wanted for column in np.flatnonzero(angles.joints == joint)]
-    turns = [column for column in listed if angles.units[column] == "deg"]
-    if not listed:
-        raise ValueError(f"{', '.join(str(clip.names[joint]) for joint in wanted)}: no degrees of freedom")
-    return [int(column) for column in turns or listed]
+        raise ValueError(NO_VALUES + "; rotations(form='euler') has angles")
+    listed: List[int] = []
+    for joint in joints:
+        if isinstance(joint, str) and joint in angles.names:
+            found = [angles.names.index(joint)]
+        else:
+            found = np.flatnonzero(angles.joints == clip._index(joint)).tolist()
+        if not found:
+            raise ValueError(f"{joint} has no degrees of freedom")
+        listed += found
+    return [column for column in listed if angles.units[column] == "deg"] or listed

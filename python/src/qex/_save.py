@@ -7,7 +7,7 @@ import warnings
 from typing import TYPE_CHECKING, List, Optional, Union
 
 from . import _core
-from ._arrays import CENTIMETRES, choose, to_bytes
+from ._arrays import CENTIMETRES, choose, euler_order, to_bytes
 from ._messages import Error, from_core
 
 if TYPE_CHECKING:
@@ -15,7 +15,6 @@ if TYPE_CHECKING:
 
 Path = Union[str, "os.PathLike[str]"]
 
-ORDERS = ["XYZ", "XZY", "YZX", "YXZ", "ZXY", "ZYX"]
 PRESETS = ["motion-imitation"]
 
 
@@ -39,7 +38,7 @@ def save(
     target = target_of(clip)
     names = [name_of_file(path) for path in paths]
     target.paths = names
-    target.order = choose("order", order, ORDERS).encode()
+    target.order = bvh_order(order).encode()
     target.mesh, target.write_rate = mesh, write_rate
     target.is_for_imitation = preset is not None and bool(choose("preset", preset, PRESETS))
     endings = {os.path.splitext(path)[1].lower() for path in names}
@@ -57,6 +56,14 @@ def save(
     for message in messages:
         if message.severity == "warning":
             warnings.warn(f"{message.path}: {message.text}", UserWarning, stacklevel=3)
+
+
+def bvh_order(order: str) -> str:
+    """The letters of rotations() as the library's order, without a repeated axis."""
+    word = euler_order(order)[0]
+    if word[0] == word[2]:
+        raise ValueError(f"order={order!r}: BVH has three different axes")
+    return word
 
 
 def name_of_file(path: Path) -> bytes:
