@@ -49,8 +49,8 @@ std::vector<float> ToVector(const KFloats& pNumbers)
     return std::vector<float>(pNumbers.data(), pNumbers.data() + pNumbers.size());
 }
 
-/// Three or four numbers of each joint at rest, into \p pNumbers; left at their defaults where there are none. Their count is checked by the
-/// caller.
+/// Three or four numbers of each joint at rest, into \p pNumbers; left at their defaults where there are none. Python's code has checked
+/// their count.
 template <size_t TCount>
 void SetRest(const std::vector<float>& pFrom, float (qexsdk::KQexJointTransform::*pNumbers)[TCount], KQexClipData& pData)
 {

@@ -48,7 +48,8 @@ def test_positions_are_those_of_a_plain_forward_kinematics(motion):
 
 def test_joints_that_do_not_move_are_at_rest(motion):
     still = np.setdiff1d(np.arange(len(motion.names)), motion.moving_joints)
-    np.testing.assert_array_equal(motion.translations()[:, still], np.broadcast_to(motion.rest_positions[still], (len(motion), len(still), 3)))
+    at_rest = np.broadcast_to(motion.rest_positions[still], (len(motion), len(still), 3))
+    np.testing.assert_array_equal(motion.translations()[:, still], at_rest)
     np.testing.assert_array_equal(motion.translations()[:, motion.moving_joints], motion.moving_translations)
 
 

@@ -362,8 +362,8 @@ class Clip:
         return self._with(_core.resample(self._raw, float(fps)))
 
     def joints(self, joints: Sequence[Joint]) -> Clip:
-        """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its place in the world, relative to its nearest ancestor
-        that stays.
+        """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its place in the world, relative to its
+        nearest ancestor that stays.
 
         >>> clip.joints(["left_foot", "right_foot"]).parents
         array([-1, -1], dtype=int32)
@@ -512,11 +512,12 @@ class Clip:
     ) -> None:
         """Writes files, all of them or none: .bvh, .glb, .gltf, .asf, .amc, .npz (arrays) and .csv (positions).
 
-        They have the clip's unit and up axis, but for GLB and glTF, which have metres and y up. What the writer warns of is a UserWarning. BVH
-        does not say its unit, and no format but GLB and glTF which axis is up: load() has source_units= and source_up= for such files.
+        They have the clip's unit and up axis, but for GLB and glTF, which have metres and y up. BVH does not say its unit, and neither do
+        BVH, ASF and AMC which axis is up: load() has source_units= and source_up= for such files. What the writer warns of is a
+        UserWarning.
 
-        skeleton: the ASF file of an AMC file that is written alone; else the one that the clip was read with. With an ASF file beside it, an
-            AMC file is that one's motion
+        skeleton: the ASF file of an AMC file that is written alone; else the one that the clip was read with. With an ASF file beside
+            it, an AMC file is that one's motion
         order: of BVH's rotations, letters as for rotations(): "ZXY" writes Zrotation Xrotation Yrotation
         mesh: GLB and glTF with a mesh that shows the bones
         preset: "motion-imitation": the arrays of .npz as training code for simulated characters reads them
