@@ -49,11 +49,15 @@ std::vector<float> ToVector(const KFloats& pNumbers)
     return std::vector<float>(pNumbers.data(), pNumbers.data() + pNumbers.size());
 }
 
-/// Three or four numbers of each joint at rest, into \p pNumbers; left at their defaults where there are none. Python's code has checked
-/// their count.
+/// Three or four numbers of each joint at rest, into \p pNumbers; left at their defaults where there are none.
 template <size_t TCount>
 void SetRest(const std::vector<float>& pFrom, float (qexsdk::KQexJointTransform::*pNumbers)[TCount], KQexClipData& pData)
 {
+    if (!pFrom.empty() && pFrom.size() != pData.mRest.size() * TCount)
+    {
+        throw py::value_error("there are " + std::to_string(pFrom.size()) + " numbers at rest of " + std::to_string(pData.mRest.size()) +
+                              " joints");
+    }
     for (size_t i = 0; i < pFrom.size(); ++i)
     {
         (pData.mRest[i / TCount].*pNumbers)[i % TCount] = pFrom[i];

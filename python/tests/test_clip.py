@@ -167,6 +167,14 @@ def test_pickles_and_copies(motion):
     assert copy.copy(motion) is motion and copy.deepcopy(motion) is motion
 
 
+def test_states_that_are_no_clip(walk):
+    restore, (parts, words, messages) = walk.__reduce__()
+    for key in ["rest_translations", "rest_quaternions", "quaternions", "moving_translations", "dof_values"]:
+        for numbers in [parts[key].ravel()[:-1], np.concatenate([parts[key].ravel(), np.zeros(1000, np.float32)])]:
+            with pytest.raises(ValueError):
+                restore({**parts, key: numbers}, words, messages)
+
+
 def test_angles(walk):
     degrees, radians = walk.angles(degrees=True), walk.angles()
     assert degrees.names == radians.names and degrees.names[:2] == ["root.tx", "root.ty"]
