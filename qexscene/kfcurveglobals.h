@@ -26,6 +26,7 @@ QEX_API void KFCURVE_SetUseConstantKeyReducer(bool pUse);
 class QEX_API KQexCurveSettings
 {
 public:
+    /// The values that the Get functions return.
     KQexCurveSettings(int pRotationFilter, bool pUseConstantKeyReducer);
     ~KQexCurveSettings();
     KQexCurveSettings(const KQexCurveSettings&) = delete;

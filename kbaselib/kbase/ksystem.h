@@ -94,6 +94,10 @@ struct KSystemCalls
     bool (*mLimitMemory)(uint64_t pBytes);                   ///< KLimitMemory()
     int (*mProcessId)();                                     ///< Unique among the running ones.
 
+    /// Calls \p pBefore in a thread that forks this process, and \p pAfter in it and in the new process, which has that thread alone: for
+    /// locks that others may hold. Nothing where processes do not fork.
+    void (*mAtFork)(void (*pBefore)(), void (*pAfter)());
+
     /// Calls \p pHandler before a signal from outside ends this process; it must be async-signal-safe. The signal still ends it, and one
     /// that the parent process ignores (nohup, a background job) stays ignored. From now on a closed pipe is a failed write, no signal.
     void (*mCatchEnd)(void (*pHandler)());

@@ -1,6 +1,8 @@
 #ifndef PYTHON_CORE_COREARRAYS_H
 #define PYTHON_CORE_COREARRAYS_H
 
+#include <python/core/corelock.h>
+
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
@@ -41,7 +43,7 @@ py::array ComputeAs(const KShape& pShape, long long pBlock, const TCompute& pCom
     py::array_t<TNumber> lResult(pShape);
     TNumber*             lOut = lResult.mutable_data();
     {
-        py::gil_scoped_release          lRelease;
+        const KWithoutLock              lWithout;
         const std::unique_ptr<double[]> lBlock(new double[static_cast<size_t>(std::min(pBlock, lFrames)) * lRow]);
         for (long long lFirst = 0; lFirst < lFrames; lFirst += pBlock)
         {

@@ -69,7 +69,7 @@ py::array Expand(const KQexClip& pClip, const std::vector<int>& pJoints, const s
     float*             lOut = lResult.mutable_data();
     const float*       lFrom = pValues.data();
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
         for (long long lFrame = 0; lFrame < pClip.GetFrameCount(); ++lFrame)
         {
             float* const lRow = lOut;
@@ -87,9 +87,26 @@ py::array Expand(const KQexClip& pClip, const std::vector<int>& pJoints, const s
     return std::move(lResult);
 }
 
-py::array Rotations(const KQexClip& pClip, bool pIsWorld, int pForm, const std::string& pOrder, bool pIsDouble)
+KQexRotationForm FormOf(const std::string& pWord)
 {
-    const KQexRotationForm lForm = static_cast<KQexRotationForm>(pForm);
+    static const std::pair<const char*, KQexRotationForm> sForms[] = {{"quat", KQexRotationForm::eQUATERNION},
+                                                                      {"matrix", KQexRotationForm::eMATRIX},
+                                                                      {"6d", KQexRotationForm::eSIX},
+                                                                      {"axis_angle", KQexRotationForm::eAXIS_ANGLE},
+                                                                      {"euler", KQexRotationForm::eEULER}};
+    for (const auto& [lWord, lForm] : sForms)
+    {
+        if (pWord == lWord)
+        {
+            return lForm;
+        }
+    }
+    throw py::value_error("no form of rotations: " + pWord);
+}
+
+py::array Rotations(const KQexClip& pClip, bool pIsWorld, const std::string& pForm, const std::string& pOrder, bool pIsDouble)
+{
+    const KQexRotationForm lForm = FormOf(pForm);
     const KQexSpace        lSpace = pIsWorld ? KQexSpace::eWORLD : KQexSpace::eLOCAL;
     const int              lOrder = lForm == KQexRotationForm::eEULER ? qexsdk::KQexEulerOrderOf(pOrder) : 0;
     if (lOrder < 0)
@@ -148,8 +165,8 @@ py::tuple LimitViolations(const KQexClip& pClip)
     std::vector<double>    lExcess;
     const KQexClipData&    lData = pClip.GetData();
     {
-        py::gil_scoped_release lRelease;
-        std::vector<int>       lPassed;
+        const KWithoutLock lWithout;
+        std::vector<int>   lPassed;
         for (long long lFrame = 0; lFrame < pClip.GetFrameCount() && !lData.mDofValues.empty(); ++lFrame)
         {
             if (!qexsdk::KQexPassedLimits(lData, lFrame, lPassed))

@@ -1,3 +1,4 @@
+#include <python/core/corelock.h>
 #include <python/core/coremodule.h>
 #include <python/core/coresource.h>
 #include <qexfigure/check/kqexfigurecheck.h>
@@ -77,7 +78,7 @@ py::tuple Load(KSource pSource)
     size_t                  lTakes = 0;
     bool                    lOk = false;
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
         lOk = pSource.Open(lFiles, lReport) && MakeClips(pSource, lFiles, lLoaded, lTakes, lReport);
     }
     ThrowIfStopped(lReport);
@@ -104,7 +105,7 @@ py::list Check(KSource pSource)
     lOptions.mScaleOption = "scale";
     lOptions.mProgress = StopAtSignals();
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
         if (pSource.Open(lFiles, lReport))
         {
             qexsdk::CheckFigure(lFiles, lOptions, lMessages, lReport);

@@ -1,3 +1,4 @@
+#include <python/core/corelock.h>
 #include <python/core/coremodule.h>
 #include <python/core/coresource.h>
 #include <qexclip/kqexclipsteps.h>
@@ -97,7 +98,8 @@ bool WriteFiles(const KQexClip& pClip, const KTarget& pTarget, KQexFigureReport&
             return pReport.Fail(qexsdk::eFIGURE_USAGE, lPath, "expected a name that ends in .bvh, .glb, .gltf, .asf, .amc, .npz or .csv");
         }
     }
-    lOptions.mUnit = pTarget.mUnit == 1 ? 0 : pTarget.mUnit; // 0: in ASF that of the figure.
+    lOptions.mUnit = pTarget.mUnit;
+    lOptions.mThreads = 1; // As loading does.
     lOptions.mZUp = pTarget.mIsZUp;
     lOptions.mOrder = static_cast<qexsdk::ERotationOrder>(qexsdk::KQexEulerOrderOf(pTarget.mOrder) / 2);
     lOptions.mBoneMesh = pTarget.mMesh;
@@ -115,14 +117,14 @@ py::tuple Save(const KQexClip& pClip, const KTarget& pTarget)
     KQexFigureReport lReport;
     bool             lOk = false;
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
         lOk = WriteFiles(pClip, pTarget, lReport);
     }
     ThrowIfStopped(lReport);
     return py::make_tuple(lOk, MessagesOf(lReport));
 }
 
-/// An SVG picture of some poses.
+/// An SVG picture of some poses; "" if the clip cannot be drawn.
 py::str Draw(const KQexClip& pClip, const KTarget& pTarget)
 {
     qexsdk::KQexSvg                  lSvg;
@@ -130,14 +132,14 @@ py::str Draw(const KQexClip& pClip, const KTarget& pTarget)
     KQexFigureReport                 lReport;
     bool                             lOk = false;
     {
-        py::gil_scoped_release lRelease;
-        KQexFigure             lFigure;
+        const KWithoutLock lWithout;
+        KQexFigure         lFigure;
         lOptions.mTitle = pTarget.mName;
         lOk = MakeFigure(pClip, pTarget, lFigure, lReport) &&
               qexsdk::DrawFigure(lFigure, &lFigure.GetTakes().front(), lOptions, lSvg, lReport);
     }
     ThrowIfStopped(lReport);
-    return lOk ? TextOf(lSvg.mText) : throw py::value_error("the clip cannot be drawn");
+    return TextOf(lOk ? lSvg.mText : std::string());
 }
 
 } // namespace

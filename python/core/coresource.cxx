@@ -75,15 +75,6 @@ py::list MessagesOf(const KQexFigureReport& pReport)
     return lList;
 }
 
-qexsdk::KQexProgress StopAtSignals()
-{
-    return [](double)
-    {
-        py::gil_scoped_acquire lAcquire;
-        return PyErr_CheckSignals() == 0;
-    };
-}
-
 void ThrowIfStopped(const KQexFigureReport& pReport)
 {
     if (PyErr_Occurred() != nullptr)
@@ -93,6 +84,11 @@ void ThrowIfStopped(const KQexFigureReport& pReport)
     if (pReport.IsOutOfMemory())
     {
         throw std::bad_alloc();
+    }
+    if (pReport.IsCancelled())
+    {
+        PyErr_SetNone(PyExc_SystemExit); // The interpreter ends: this ends the thread without a word.
+        throw py::error_already_set();
     }
 }
 

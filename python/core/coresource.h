@@ -3,7 +3,6 @@
 
 #include <qexfigure/kqexfigurefiles.h>
 #include <qexfigure/kqexfigurereport.h>
-#include <qexioplugins/motion/kqexmotionio.h>
 
 #include <pybind11/pybind11.h>
 
@@ -39,9 +38,6 @@ pybind11::str TextOf(const std::string& pBytes);
 
 /// A list of (path, line, severity, text, kind).
 pybind11::list MessagesOf(const qexsdk::KQexFigureReport& pReport);
-
-/// Cancels long work when a signal came, such as that of Ctrl-C, whose exception is then set. For work without Python's lock.
-qexsdk::KQexProgress StopAtSignals();
 
 /// Throws what Python has as an exception, or MemoryError, if that is why \p pReport's work ended.
 void ThrowIfStopped(const qexsdk::KQexFigureReport& pReport);

@@ -5,7 +5,9 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cmath>
+#include <new>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -20,17 +22,21 @@ namespace
 using qexsdk::KQexClip;
 using qexsdk::KQexClipData;
 
-/// A clip that \p pStep makes, without Python's lock. ValueError with \p pWhat if it cannot.
+/// A clip that \p pStep makes, without Python's lock. ValueError with \p pWhat unless \p pIsValid; MemoryError if it cannot be made.
 template <typename TStep>
-KClipPointer Make(const char* pWhat, const TStep& pStep)
+KClipPointer Make(bool pIsValid, const char* pWhat, const TStep& pStep)
 {
+    if (!pIsValid)
+    {
+        throw py::value_error(pWhat);
+    }
     auto lResult = std::make_shared<KQexClip>();
     bool lOk = false;
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
         lOk = pStep(*lResult);
     }
-    return lOk ? lResult : throw py::value_error(pWhat);
+    return lOk ? lResult : throw std::bad_alloc();
 }
 
 using KStep = bool (*)(const KQexClip&, KQexClip&);
@@ -39,7 +45,7 @@ using KStep = bool (*)(const KQexClip&, KQexClip&);
 template <KStep TStep>
 void AddStep(py::module_& pModule, const char* pName)
 {
-    pModule.def(pName, [pName](const KQexClip& pClip) { return Make(pName, [&](KQexClip& pResult) { return TStep(pClip, pResult); }); });
+    pModule.def(pName, [](const KQexClip& pClip) { return Make(true, "", [&](KQexClip& pResult) { return TStep(pClip, pResult); }); });
 }
 
 using KFloats = py::array_t<float, py::array::c_style | py::array::forcecast>;
@@ -105,16 +111,34 @@ KQexClipData DataOf(KArrays& pArrays)
     return lData;
 }
 
+bool ArePairs(const std::vector<int>& pPairs, int pJoints)
+{
+    bool lOk = pPairs.size() == static_cast<size_t>(pJoints);
+    for (int i = 0; lOk && i < pJoints; ++i)
+    {
+        const int lPair = pPairs[static_cast<size_t>(i)];
+        lOk = lPair >= 0 && lPair < pJoints && pPairs[static_cast<size_t>(lPair)] == i;
+    }
+    return lOk;
+}
+
+bool CanJoin(const KQexClip& pClip, const KQexClip& pNext, int pBlend)
+{
+    return pBlend >= 0 && pBlend <= std::min(pClip.GetFrameCount(), pNext.GetFrameCount()) &&
+           pClip.GetData().mNames == pNext.GetData().mNames && pClip.GetData().mParents == pNext.GetData().mParents &&
+           pClip.GetData().mSampling.mStep == pNext.GetData().mSampling.mStep;
+}
+
 /// A clip of arrays, \p pSeconds a frame. ValueError with the first reasons why there is none.
 KClipPointer FromArrays(KArrays pArrays, double pSeconds, long long pFrames)
 {
-    KQexClipData lData = DataOf(pArrays);
-    lData.mSampling = {qexsdk::KTime(0), qexsdk::NearestFrameStep(pSeconds), pFrames};
     auto                     lResult = std::make_shared<KQexClip>();
     std::vector<std::string> lErrors;
     bool                     lOk = false;
     {
-        py::gil_scoped_release lRelease;
+        const KWithoutLock lWithout;
+        KQexClipData       lData = DataOf(pArrays);
+        lData.mSampling = {qexsdk::KTime(0), qexsdk::NearestFrameStep(pSeconds), pFrames};
         lOk = KQexClip::FromArrays(std::move(lData), *lResult, &lErrors);
     }
     std::string lText;
@@ -137,33 +161,43 @@ void AddSteps(py::module_& pModule)
     pModule.def("resample",
                 [](const KQexClip& pClip, double pRate)
                 {
-                    return Make("fps must be 0.001 to 1,000,000 frames a second",
+                    return Make(pRate >= 1e-3 && pRate <= 1e6, "fps must be 0.001 to 1,000,000 frames a second",
                                 [&](KQexClip& pResult) { return qexsdk::KQexClipResample(pClip, pRate, pResult); });
                 });
-    pModule.def(
-        "cut", [](const KQexClip& pClip, long long pFirst, long long pLast, int pEvery)
-        { return Make("no such frames", [&](KQexClip& pResult) { return qexsdk::KQexClipCut(pClip, pFirst, pLast, pEvery, pResult); }); });
-    pModule.def("select", [](const KQexClip& pClip, const std::vector<int>& pJoints)
-                { return Make("no such joints", [&](KQexClip& pResult) { return qexsdk::KQexClipSelect(pClip, pJoints, pResult); }); });
+    pModule.def("cut",
+                [](const KQexClip& pClip, long long pFirst, long long pLast, int pEvery)
+                {
+                    return Make(pFirst >= 0 && pFirst <= pLast && pLast < pClip.GetFrameCount() && pEvery >= 1, "no such frames",
+                                [&](KQexClip& pResult) { return qexsdk::KQexClipCut(pClip, pFirst, pLast, pEvery, pResult); });
+                });
+    pModule.def("select",
+                [](const KQexClip& pClip, const std::vector<int>& pJoints)
+                {
+                    const bool lIsValid = !pJoints.empty() && pJoints.front() >= 0 && pJoints.back() < pClip.GetJointCount() &&
+                                          std::is_sorted(pJoints.begin(), pJoints.end());
+                    return Make(lIsValid, "no such joints",
+                                [&](KQexClip& pResult) { return qexsdk::KQexClipSelect(pClip, pJoints, pResult); });
+                });
     pModule.def("scale",
                 [](const KQexClip& pClip, double pFactor)
                 {
-                    return Make("a scale must be above 0 and leave finite numbers",
+                    return Make(pFactor > 0 && pFactor <= 1e9, "a scale must be above 0, and at most 1e9",
                                 [&](KQexClip& pResult) { return qexsdk::KQexClipScale(pClip, pFactor, pResult); });
                 });
     pModule.def("mirror_pairs", [](const KQexClip& pClip) { return qexsdk::KQexMirrorPairs(pClip.GetData()); });
     pModule.def("mirror",
                 [](const KQexClip& pClip, const std::vector<int>& pPairs)
                 {
-                    return Make("the pair of a joint's pair must be the joint itself",
+                    return Make(ArePairs(pPairs, pClip.GetJointCount()), "the pair of a joint's pair must be the joint itself",
                                 [&](KQexClip& pResult) { return qexsdk::KQexClipMirror(pClip, pPairs, pResult); });
                 });
     pModule.def("in_place", [](const KQexClip& pClip, bool pKeepTurn)
-                { return Make("in_place", [&](KQexClip& pResult) { return qexsdk::KQexClipInPlace(pClip, pKeepTurn, pResult); }); });
+                { return Make(true, "", [&](KQexClip& pResult) { return qexsdk::KQexClipInPlace(pClip, pKeepTurn, pResult); }); });
     pModule.def("join",
                 [](const KQexClip& pClip, const KQexClip& pNext, int pBlend)
                 {
-                    return Make("clips to join need the same joints and rate, and at least as many frames as they blend",
+                    return Make(CanJoin(pClip, pNext, pBlend),
+                                "clips to join need the same joints and rate, and at least as many frames as they blend",
                                 [&](KQexClip& pResult) { return qexsdk::KQexClipJoin(pClip, pNext, pBlend, pResult); });
                 });
     py::class_<KArrays>(pModule, "Arrays")

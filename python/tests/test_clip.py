@@ -107,7 +107,8 @@ def test_joints_keep_their_places(walk):
         walk.joints([True, False])
     with pytest.raises(ValueError, match="no joints"):
         walk.joints([])
-    with pytest.raises(TypeError, match="a name or an index"):
+    assert walk.joints(name for name in ["head"]).names == walk.joints(np.int64(walk.names.index("head"))).names == ["head"]
+    with pytest.raises(TypeError, match="whole number"):
         walk.joints([1.5])
 
 
@@ -145,6 +146,36 @@ def test_join(walk):
         qex.join([walk, 5])
 
 
+def test_many_clips_join_as_one_by_one(walk):
+    parts = [walk[start : start + 7] for start in range(0, 230, 7)]
+    for blend in [0, 3, 5]:
+        one_by_one = parts[0]
+        for part in parts[1:]:
+            one_by_one = qex.join([one_by_one, part], blend)
+        assert same(qex.join(parts, blend), one_by_one)
+    for blend in [-1, 8]:
+        with pytest.raises(ValueError, match="frames of the shortest"):
+            qex.join(parts, blend)
+
+
+def test_subclasses_stay(walk):
+    class Walk(qex.Clip):
+        pass
+
+    clip = Walk.from_arrays(**arrays())
+    assert type(clip) is Walk and type(clip[1:]) is Walk and type(clip.mirror([])) is Walk
+    with pytest.raises(AttributeError):
+        del clip.name
+
+
+def test_every_translation_is_the_callers():
+    turns = np.zeros((5, 2, 4))
+    turns[..., 0] = 1
+    clip = qex.Clip.from_arrays(**arrays(root_positions=None, translations=np.ones((5, 2, 3))))
+    clip.translations()[:] = 7
+    assert (clip.translations() == 1).all() and not clip.moving_translations.flags.writeable
+
+
 def test_steps_leave_the_old_clip(walk):
     before = pickle.dumps(walk)
     for step in [lambda: walk[::2], lambda: walk.resample(60), lambda: walk.to(up="z", units="m"), walk.mirror, walk.in_place,
@@ -168,7 +199,7 @@ def test_pickles_and_copies(motion):
 
 
 def test_states_that_are_no_clip(walk):
-    restore, (parts, words, messages) = walk.__reduce__()
+    restore, (parts, words, messages, _) = walk.__reduce__()
     for key in ["rest_translations", "rest_quaternions", "quaternions", "moving_translations", "dof_values"]:
         for numbers in [parts[key].ravel()[:-1], np.concatenate([parts[key].ravel(), np.zeros(1000, np.float32)])]:
             with pytest.raises(ValueError):

@@ -49,6 +49,19 @@ def test_skeletons_of_bytes(walk):
         load(SAMPLES / "walk.bvh", skeleton=SAMPLES / "walker.asf")
 
 
+def test_names_in_archives_are_no_paths(tmp_path, monkeypatch):
+    import zipfile
+
+    with zipfile.ZipFile(tmp_path / "walk.zip", "w") as archive:
+        archive.write(SAMPLES / "walk.amc", "walk.amc")
+    monkeypatch.chdir(SAMPLES)
+    with zipfile.ZipFile(tmp_path / "walk.zip") as archive, archive.open("walk.amc") as file:
+        with pytest.raises(qex.Error, match="give skeleton= or base_dir="):
+            load(file)
+    with open("walk.amc", "rb") as file:
+        assert load(file).skeleton == str(SAMPLES / "walker.asf")
+
+
 def test_buffers_of_gltf_bytes(tmp_path):
     qex.load(SAMPLES / "walk.bvh").save(tmp_path / "walk.gltf")
     data = (tmp_path / "walk.gltf").read_bytes()
@@ -122,8 +135,12 @@ def test_takes(tmp_path, walk):
         assert qex.load(path, take=1).name == "fast"
         assert qex.load(path, take=-1).name == "fast"
         assert [clip.name for clip in qex.load_all(path)] == ["slow", "fast"]
-    with pytest.raises(IndexError):
+    assert qex.load(path, take=np.int64(1)).name == "fast"
+    with pytest.raises(IndexError, match="takes 0 to 1"):
         qex.load(path, take=2)
+    for take in [1.5, True, b"fast"]:
+        with pytest.raises(TypeError, match="whole number"):
+            qex.load(path, take=take)
     with pytest.raises(qex.Error, match="take"):
         qex.load(path, take="slwo")
 
@@ -210,7 +227,7 @@ def test_broken_files_are_an_error_or_a_clip(path):
                 if len(clip.angles().values):
                     clip.limit_violations()
             except qex.Error as error:
-                assert str(error) and error.text
+                assert str(error) and any(message.severity == "error" for message in error.messages)
             assert isinstance(qex.check(contents, format=format), list)
 
 

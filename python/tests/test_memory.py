@@ -2,6 +2,9 @@
 
 import gc
 import os
+import signal
+import subprocess
+import sys
 import threading
 
 import numpy as np
@@ -73,8 +76,6 @@ def test_threads_share_a_clip(walk):
 
 
 def test_ctrl_c_stops_a_load(tmp_path):
-    import signal
-
     lines = (SAMPLES / "walk.amc").read_text().splitlines()
     start = next(number for number, line in enumerate(lines) if line.strip() == "1")
     frames = [line for line in lines[start:]]
@@ -85,11 +86,55 @@ def test_ctrl_c_stops_a_load(tmp_path):
             for line in frames:
                 number += line.strip().isdigit()
                 file.write((str(number) if line.strip().isdigit() else line) + "\n")
-    signal.setitimer(signal.ITIMER_REAL, 0.05)
     previous = signal.signal(signal.SIGALRM, signal.default_int_handler)
     try:
+        signal.setitimer(signal.ITIMER_REAL, 0.05)
         with pytest.raises(KeyboardInterrupt):
             qex.load(tmp_path / "long.amc", skeleton=SAMPLES / "walker.asf")
     finally:
         signal.setitimer(signal.ITIMER_REAL, 0)
         signal.signal(signal.SIGALRM, previous)
+
+
+WORK = """
+import qex, sys, threading, time, warnings
+warnings.simplefilter("ignore")
+walk = qex.load("samples/walk.amc")
+long = qex.join([walk] * 50)
+def work():
+    while True:
+        {work}
+threading.Thread(target=work, daemon=True).start()
+time.sleep(0.3)
+view = walk.rotations()
+"""
+
+
+@pytest.mark.parametrize("work", ["qex.load('samples/walk.amc')", "long.rotations('world', 'matrix')", "long.resample(200)",
+                                  "qex.check('samples/walk.amc')", "walk.save(sys.argv[1])"])  # fmt: skip
+def test_the_interpreter_ends_while_threads_work(tmp_path, work):
+    run = subprocess.run([sys.executable, "-c", WORK.format(work=work), tmp_path / "x.bvh"], capture_output=True, text=True, timeout=60)
+    assert (run.returncode, run.stderr) == (0, "")
+
+
+def test_forked_processes_load():
+    """Data loaders fork, perhaps while another thread reads."""
+    stop = threading.Event()
+
+    def work():
+        while not stop.is_set():
+            qex.load(SAMPLES / "walker.asf")
+
+    thread = threading.Thread(target=work)
+    thread.start()
+    try:
+        for _ in range(20):
+            child = os.fork()
+            if child == 0:
+                signal.alarm(20)
+                qex.load(SAMPLES / "walker.asf")
+                os._exit(0)
+            assert os.waitpid(child, 0)[1] == 0
+    finally:
+        stop.set()
+        thread.join()

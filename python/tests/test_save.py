@@ -10,7 +10,7 @@ import qex
 
 from conftest import ROOT, SAMPLES, load
 
-PLACES = {".bvh": 1e-3, ".glb": 1e-3, ".gltf": 1e-3, ".npz": 1e-3, ".csv": 1e-3}  # Centimetres.
+TOLERANCES = {".bvh": 1e-3, ".glb": 1e-3, ".gltf": 1e-3, ".npz": 1e-3, ".csv": 1e-3}  # Centimetres.
 
 
 def positions_of(path, names, fps):
@@ -26,13 +26,13 @@ def positions_of(path, names, fps):
     return clip.positions()[:, [clip.names.index(name) for name in names]]
 
 
-@pytest.mark.parametrize("ending", list(PLACES))
+@pytest.mark.parametrize("ending", list(TOLERANCES))
 def test_every_format_gives_the_motion_back(motion, tmp_path, ending):
     path = tmp_path / ("out" + ending)
     motion.save(path)
     wanted = [joint for joint in range(len(motion.names)) if not motion.is_end[joint]]
     names = [motion.names[joint] for joint in wanted]
-    assert abs(positions_of(path, names, motion.fps) - motion.positions()[:, wanted]).max() < PLACES[ending]
+    assert abs(positions_of(path, names, motion.fps) - motion.positions()[:, wanted]).max() < TOLERANCES[ending]
     assert sorted(os.listdir(tmp_path)) == (["out.bin", "out.gltf"] if ending == ".gltf" else ["out" + ending])
 
 
@@ -137,17 +137,39 @@ def test_all_files_or_none(tmp_path, walk):
     assert os.listdir(tmp_path) == ["old.bvh"]
 
 
-def test_a_full_device(walk):
+def test_a_full_device(tmp_path, walk):
+    (tmp_path / "full.csv").symlink_to("/dev/full")
     with pytest.raises(qex.Error, match="No space left"):
-        walk.save("/dev/full.csv" if os.path.exists("/dev/full.csv") else link_to_full())
+        walk.save(tmp_path / "full.csv")
 
 
-def link_to_full():
-    import tempfile
+def test_a_pipe_whose_reader_leaves(tmp_path, walk):
+    import threading
 
-    path = os.path.join(tempfile.mkdtemp(), "full.csv")
-    os.symlink("/dev/full", path)
-    return path
+    os.mkfifo(tmp_path / "pipe.csv")
+
+    def read_a_little():
+        with open(tmp_path / "pipe.csv", "rb") as file:
+            file.read(10)
+
+    thread = threading.Thread(target=read_a_little)
+    thread.start()
+    with pytest.raises(BrokenPipeError):
+        qex.join([walk] * 5).save(tmp_path / "pipe.csv")
+    thread.join()
+
+
+def test_a_motion_alone_has_the_axes_of_its_skeleton(tmp_path, walk):
+    with pytest.raises(ValueError, match="axes of its skeleton"):
+        walk.to(up="z").save(tmp_path / "x.amc")
+
+
+def test_units_of_acclaim_files(tmp_path, walk):
+    for units, length in [("cm", 2.54), ("m", 0.0254), ("in", 1)]:
+        walk.to(units=units).save(tmp_path / "x.asf", tmp_path / "x.amc")
+        words = (tmp_path / "x.asf").read_text().split()
+        assert float(words[words.index("length") + 1]) == pytest.approx(length)
+        assert abs(load(tmp_path / "x.amc").positions()[:, 0] - walk.positions()[:, 0]).max() < 1e-2
 
 
 def test_clips_of_arrays_become_files(tmp_path):
@@ -189,6 +211,8 @@ def test_pictures(walk):
     for clip in [walk, walk.to(up="z", units="m"), walk[0], qex.load(SAMPLES / "walker.asf"), load(SAMPLES / "walk.bvh")]:
         assert "<svg" in clip._repr_html_() and "qex.Clip" in clip._repr_html_()
     assert walk._repr_html_() != walk[100:]._repr_html_()
+    large = qex.Clip.from_arrays(["a"], [-1], [[3e38, 0, 0]], [[[1, 0, 0, 0]]], None, 30, units="m")
+    assert "qex.Clip" in large._repr_html_() and "<svg" not in large._repr_html_()
 
 
 def test_plots(walk):
@@ -212,3 +236,11 @@ def test_plots(walk):
         qex.load(SAMPLES / "walker.asf").plot("left_shin")
     with pytest.raises(TypeError, match="needs a joint"):
         walk.plot()
+
+
+def test_bands_of_one_limit(tmp_path):
+    text = (SAMPLES / "walker.asf").read_text()
+    (tmp_path / "one.asf").write_text(text.replace("limits (-5.0 150.0)", "limits (-inf 10.0)"))
+    clip = load(SAMPLES / "walk.amc", skeleton=tmp_path / "one.asf")
+    (band,) = clip.plot("left_shin").patches
+    assert band.get_xy()[:, 1].max() == 10 and band.get_xy()[:, 1].min() < 10

@@ -22,8 +22,8 @@ namespace qexsdk
 struct KQexSampledTake
 {
     const KQexFigureTake* mTake = nullptr; ///< Null: only the rest pose.
-    KQexSamplingRequest   mRequest;
-    KQexSampling          mSampling; ///< What mRequest gives.
+    KQexSamplingRequest   mRequest;        ///< As it was asked for.
+    KQexSampling          mSampling;       ///< What mRequest gives.
 
     /// Null for the rest pose.
     KQexAnimStack* GetStack() const { return mTake != nullptr ? mTake->mStack : nullptr; }
@@ -35,9 +35,9 @@ struct KQexSampledTake
 /// What all outputs of a run share.
 struct KQexFrameOutputs
 {
-    const KQexFigureWriteOptions& mOptions;
-    KQexFigure&                   mFigure;
-    KQexFigureReport&             mReport;
+    const KQexFigureWriteOptions& mOptions; ///< Those of the call.
+    KQexFigure&                   mFigure;  ///< What is written.
+    KQexFigureReport&             mReport;  ///< Of all outputs.
 
     std::vector<std::unique_ptr<KOutputFile>> mFiles; ///< Complete, not yet committed.
 };
@@ -110,9 +110,9 @@ protected:
         return lSpace;
     }
 
-    KQexFrameOutputs&                         mOutputs;
-    const std::string                         mPath;
-    const std::vector<const KQexSampledTake*> mTakes;
+    KQexFrameOutputs&                         mOutputs; ///< What all share.
+    const std::string                         mPath;    ///< Of the file.
+    const std::vector<const KQexSampledTake*> mTakes;   ///< In the order in which they are written.
 };
 
 /// What an Acclaim output writes.

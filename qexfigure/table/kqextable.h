@@ -27,17 +27,17 @@ struct QEX_API KQexTableItem
 /// Head of a table: in each frame the same numbers of each item.
 struct QEX_API KQexTable
 {
-    std::string                                      mKind;     ///< "positions", "rotations" or "angles".
-    std::string                                      mArray;    ///< Name of the numbers in an .npz file.
-    std::string                                      mSkeleton; ///< Path.
-    std::string                                      mMotion;   ///< Path.
-    std::vector<std::pair<std::string, std::string>> mWords;    ///< Further keys and words of a JSON object.
-    double                                           mRate = 0; ///< Frames per second.
-    size_t                                           mFrameCount = 0;
+    std::string                                      mKind;            ///< "positions", "rotations" or "angles".
+    std::string                                      mArray;           ///< Name of the numbers in an .npz file.
+    std::string                                      mSkeleton;        ///< Path.
+    std::string                                      mMotion;          ///< Path.
+    std::vector<std::pair<std::string, std::string>> mWords;           ///< Further keys and words of a JSON object.
+    double                                           mRate = 0;        ///< Frames per second.
+    size_t                                           mFrameCount = 0;  ///< Rows, or rows of each item.
     bool                                             mHasDofs = false; ///< The items are degrees of freedom, with one number each.
     std::vector<std::string>                         mComponents;      ///< Names of an item's numbers: "x", "y", "z".
     std::vector<uint64_t>                            mShape;           ///< Of an item's numbers in an array: {3}, {3, 3}, {}.
-    std::vector<KQexTableItem>                       mItems;
+    std::vector<KQexTableItem>                       mItems;           ///< Its column groups.
 
     /// Numbers in a frame.
     size_t GetNumberCount() const { return mItems.size() * mComponents.size(); }

@@ -23,6 +23,7 @@ QEX_API std::string FrameNumberText(const KQexFigureTake& pTake, KTime pTime);
 class QEX_API KQexTableText
 {
 public:
+    /// \p pTable must outlive it.
     explicit KQexTableText(const KQexTable& pTable) : mTable(pTable) {}
     virtual ~KQexTableText();
 
@@ -39,9 +40,10 @@ protected:
     /// Appends the numbers of an item of a frame, with commas between.
     void AppendNumbers(size_t pItem, const double* pValues, std::string& pText) const;
 
+    /// A time as tables write it.
     static std::string SecondsText(double pSeconds);
 
-    const KQexTable& mTable;
+    const KQexTable& mTable; ///< What is written.
 };
 
 /// CSV of \p pTable, which must outlive it: a row for each frame if \p pIsWide, else for each item and frame.

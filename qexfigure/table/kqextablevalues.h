@@ -18,10 +18,14 @@ class QEX_API KQexTableValues
 public:
     virtual ~KQexTableValues() = default;
 
-    virtual void         Begin(const KQexFrameNodes& pNodes, int pThreads) = 0;
+    /// KQexFrameSink::Begin().
+    virtual void Begin(const KQexFrameNodes& pNodes, int pThreads) = 0;
+    /// KQexFrameSink::GetParts().
     virtual unsigned int GetParts() const = 0;
-    virtual void         Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept = 0;
-    virtual void         MakeContinuous(double*) {}
+    /// KQexFrameSink::Compute().
+    virtual void Compute(int pThread, const KQexFrame& pFrame, double* pValues) noexcept = 0;
+    /// KQexFrameSink::MakeContinuous().
+    virtual void MakeContinuous(double*) {}
 };
 
 /// Numbers of joints: computed for each of some joints by itself.
@@ -41,6 +45,7 @@ protected:
     /// How many these are.
     virtual size_t GetSize() const = 0;
 
+    /// Number of joints that the table has.
     size_t GetJointCount() const { return mPicked.size(); }
 
 private:
@@ -67,6 +72,7 @@ protected:
 class QEX_API KQexRotationValues : public KQexJointValues
 {
 public:
+    /// The rotations of the joints \p pPicked of \p pAll, in \p pForm and, for Euler angles, the order code \p pOrder.
     KQexRotationValues(const std::vector<KQexFigureJoint>& pAll, std::vector<size_t> pPicked, const KQexOutputSpace& pSpace,
                        KQexSpace pRelativeTo, KQexRotationForm pForm, int pOrder);
 
@@ -87,6 +93,7 @@ private:
 class QEX_API KQexDofTableValues : public KQexTableValues
 {
 public:
+    /// The values of \p pColumns.
     explicit KQexDofTableValues(std::vector<KQexDofColumn> pColumns) : mColumns(std::move(pColumns)) {}
 
     void         Begin(const KQexFrameNodes&, int) override {}

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <new>
 #include <poll.h>
+#include <pthread.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -234,6 +235,11 @@ bool LimitMemory(uint64_t pBytes)
     return lProbe != MAP_FAILED && ::munmap(lProbe, lPage) == 0;
 }
 
+void AtFork(void (*pBefore)(), void (*pAfter)())
+{
+    ::pthread_atfork(pBefore, pAfter, pAfter);
+}
+
 } // namespace
 
 void SetProcessCalls(KSystemCalls& pCalls)
@@ -242,6 +248,7 @@ void SetProcessCalls(KSystemCalls& pCalls)
     pCalls.mProgramPath = ProgramPath;
     pCalls.mLimitMemory = LimitMemory;
     pCalls.mProcessId = ::getpid;
+    pCalls.mAtFork = AtFork;
 }
 
 } // namespace qexsdk

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 from typing import Any, List, Optional, Tuple
 
 import numpy as np
@@ -20,6 +21,20 @@ def to_bytes(text: str) -> bytes:
     return text.encode("utf-8", "surrogateescape")
 
 
+def rate(what: str, number: float) -> float:
+    """The number, if it is a rate; else ValueError."""
+    if isinstance(number, str) or not 1e-3 <= float(number) <= 1e6:
+        raise ValueError(f"{what}={number!r}: expected 0.001 to 1,000,000 frames a second")
+    return float(number)
+
+
+def whole(what: str, number: Any) -> int:
+    """The number, if it is a whole one; else TypeError."""
+    if isinstance(number, (bool, np.bool_)) or not hasattr(number, "__index__"):
+        raise TypeError(f"{what}={number!r}: expected a whole number")
+    return operator.index(number)
+
+
 def choose(what: str, word: str, words: List[str]) -> str:
     """The word, if it is one of the words; else ValueError."""
     if word not in words:
@@ -28,6 +43,7 @@ def choose(what: str, word: str, words: List[str]) -> str:
 
 
 def as_float_type(dtype: npt.DTypeLike) -> np.dtype[Any]:
+    """The type, if its numbers have fractions; else TypeError."""
     kind = np.dtype(dtype)
     if kind.kind != "f":
         raise TypeError(f"dtype={kind.name}: expected a floating-point type")
@@ -40,10 +56,10 @@ def is_double(dtype: np.dtype[Any]) -> bool:
 
 
 def euler_order(order: str) -> Tuple[str, List[int]]:
-    """Letters as SciPy has them, as the library's order and, for each letter, the place of its angle in the library's triple.
+    """Letters as SciPy has them, as the library's order and, for each letter, the index of its angle in the library's triple.
 
     Lower case turns about fixed axes, one after the other: the library's order. Capitals turn about the axes that move along, which is
-    the same as about fixed axes from the last letter to the first. The library sorts angles by axis, unless an axis is repeated.
+    the same as about fixed axes from the last letter to the first. The library sorts angles by axis, unless one is repeated.
     """
     letters = order.lower()
     is_order = len(order) == 3 and set(letters) <= set(AXES) and letters[0] != letters[1] != letters[2]
@@ -57,9 +73,9 @@ def euler_order(order: str) -> Tuple[str, List[int]]:
 def rotation_order(form: str, order: Optional[str]) -> str:
     """The order that a form has if none is given, or the given one if the form has orders."""
     if form == "quat":
-        return choose("order", order or "wxyz", ["wxyz", "xyzw"])
+        return choose("order", "wxyz" if order is None else order, ["wxyz", "xyzw"])
     if form == "euler":
-        return order or "xyz"
+        return "xyz" if order is None else order
     if order is not None:
         raise ValueError(f"order={order!r}: a {form!r} has no order")
     return ""

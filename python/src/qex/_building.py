@@ -8,7 +8,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _core
-from ._arrays import choose, to_bytes
+from ._arrays import choose, rate, to_bytes
 
 
 def core_of_arrays(
@@ -33,21 +33,21 @@ def core_of_arrays(
         raise ValueError(f"rotations has shape {turns.shape}, not (frames, {joints}, 4)")
     if not len(turns):
         raise ValueError("rotations has no frames")
-    if not 1e-3 <= fps <= 1e6:
-        raise ValueError(f"fps={fps!r}: expected 0.001 to 1,000,000 frames a second")
     wxyz = [0, 1, 2, 3] if choose("order", order, ["wxyz", "xyzw"]) == "wxyz" else [3, 0, 1, 2]
     arrays = _core.Arrays()
     arrays.names = [to_bytes(name) for name in names]
     indices = shaped("parents", parents, (joints,), None).tolist()
     if not all(isinstance(parent, int) for parent in indices):
         raise TypeError("parents are indices: expected whole numbers")
+    if not all(-1 <= parent < joints for parent in indices):
+        raise ValueError(f"a parent does not come before its joint, as it is none of the {joints}")
     arrays.parents = indices
     arrays.rest_translations = shaped("rest", rest, (joints, 3))
     arrays.quaternions = turns[..., wxyz]
     if rest_rotations is not None:
         arrays.rest_quaternions = shaped("rest_rotations", rest_rotations, (joints, 4))[..., wxyz]
     add_translations(arrays, root_positions, translations, len(turns))
-    return _core.from_arrays(arrays, 1 / fps, len(turns))
+    return _core.from_arrays(arrays, 1 / rate("fps", fps), len(turns))
 
 
 def add_translations(

@@ -5,13 +5,13 @@ from __future__ import annotations
 import html
 import operator
 import warnings
-from typing import Any, Callable, Dict, Iterator, List, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Type, Union
 
 import numpy as np
 import numpy.typing as npt
 
 from . import _core
-from ._arrays import CENTIMETRES, FORMS, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order, to_bytes
+from ._arrays import CENTIMETRES, FORMS, Floats, Ints, as_float_type, choose, euler_order, is_double, rotation_order, to_bytes, whole
 from ._building import core_of_arrays, put_together, take_apart
 from ._dofs import Angles, angles_of, violations_of
 from ._messages import Message
@@ -71,13 +71,16 @@ class Clip:
     def _set(self, key: str, value: object) -> None:
         object.__setattr__(self, key, value)
 
+    def __delattr__(self, key: str) -> None:
+        raise AttributeError(f"a clip does not change: {key} cannot be deleted")
+
     def __setattr__(self, key: str, value: object) -> None:
         raise AttributeError(f"a clip does not change: {key} cannot be set")
 
     def _with(self, core: _core.Clip, **changed: str) -> Clip:
         """A clip of another core, else as this one."""
         words: Dict[str, Any] = {"name": self.name, "units": self.units, "up": self.up, **changed}
-        return Clip._make(core, skeleton=self.skeleton, messages=self._messages, **words)
+        return type(self)._make(core, skeleton=self.skeleton, messages=self._messages, **words)
 
     # What it is
 
@@ -127,7 +130,8 @@ class Clip:
 
     @property
     def fps(self) -> float:
-        """Frames a second. The time of a frame is a whole number of 1/705,600,000 s: 17 becomes 17.0000001.
+        """Frames a second. A rate within 0.01 % of a common one counts as that, 29.97 as 30000/1001; and the time of a frame is a whole
+        number of 1/705,600,000 s: 17 becomes 17.0000001.
 
         >>> clip.fps, clip[::4].fps
         (120.0, 30.0)
@@ -154,7 +158,8 @@ class Clip:
 
     @property
     def rest_positions(self) -> Floats:
-        """Position of each joint relative to its parent at rest, in the parent's axes; of a root, in the world. Shape (joints, 3).
+        """Position of each joint relative to its parent at rest, in the parent's axes and the clip's unit; of a root, in the world.
+        Shape (joints, 3).
 
         >>> clip.rest_positions[clip.names.index("left_thigh"), 0].round(2)
         9.38
@@ -181,7 +186,8 @@ class Clip:
 
     @property
     def moving_translations(self) -> Floats:
-        """The translations of the joints of moving_joints, as they are stored; shape (frames, moving joints, 3).
+        """The translations of the joints of moving_joints, in the clip's unit, as they are stored: a read-only view of shape
+        (frames, moving joints, 3).
 
         >>> clip.moving_translations.shape
         (241, 1, 3)
@@ -191,7 +197,7 @@ class Clip:
     # Transforms
 
     def positions(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
-        """Position of every joint in the world; shape (frames, joints, 3).
+        """Position of every joint in the world, in the clip's unit; shape (frames, joints, 3).
 
         >>> clip.positions()[0, clip.names.index("left_foot")].round(2)
         array([ 6.52,  7.33, 32.43], dtype=float32)
@@ -200,14 +206,14 @@ class Clip:
         return self._raw.positions(is_double(kind)).astype(kind, copy=False)
 
     def translations(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
-        """Position of every joint relative to its parent, in the parent's axes; of a root, in the world. Shape (frames, joints, 3).
+        """Position of every joint relative to its parent, in the parent's axes and the clip's unit; of a root, in the world. Shape
+        (frames, joints, 3).
 
         >>> bool(np.all(clip.translations()[:, 1:] == clip.rest_positions[1:]))     # Only the root moves.
         True
         """
         kind = as_float_type(dtype)
-        stored = self._raw.moving_translations
-        return (stored if stored.shape[1] == len(self.names) else self._raw.translations()).astype(kind, copy=False)
+        return self._raw.translations().astype(kind, copy=False)
 
     def scalings(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
         """Scale factors of every joint along its own axes; shape (frames, joints, 3).
@@ -254,7 +260,7 @@ class Clip:
             stored = self._raw.quaternions
             return stored if order == "wxyz" else stored.take([1, 2, 3, 0], axis=-1)
         word, places = euler_order(order) if form == "euler" else ("", [])
-        result = self._raw.rotations(is_world, FORMS.index(form), word, is_double(kind))
+        result = self._raw.rotations(is_world, form, word, is_double(kind))
         if form == "euler" and places != [0, 1, 2]:
             result = result.take(places, axis=-1)
         if order == "xyzw":
@@ -266,7 +272,7 @@ class Clip:
         return result.astype(kind, copy=False)
 
     def velocities(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
-        """Velocity of every joint in the world, a second; shape (frames, joints, 3).
+        """Velocity of every joint in the world, in the clip's unit a second; shape (frames, joints, 3).
 
         From the frames before and after; in the first and the last frame between it and its neighbour.
 
@@ -289,19 +295,19 @@ class Clip:
 
     # Degrees of freedom
 
-    def angles(self, *, degrees: bool = False) -> Angles:
+    def angles(self, *, degrees: bool = False, dtype: npt.DTypeLike = np.float32) -> Angles:
         """The degrees of freedom that the file has, with names, units and limits: of AMC and BVH. There are no frames where there are no
         values: in GLB and glTF, and after mirror().
 
-        Angles are the file's own numbers, turns beyond a half included, and with ``degrees=True`` a read-only view of them; lengths are in
-        the clip's unit. They stay those of the file's axes whatever ``up`` is.
+        Angles are the file's own numbers, turns beyond a half included, and with ``degrees=True`` in single precision a read-only view of
+        them; lengths are in the clip's unit. They stay those of the file's axes whatever ``up`` is.
 
         >>> angles = clip.angles(degrees=True)
         >>> knee = angles.names.index("left_shin.rx")
         >>> angles.values[:, knee].max().round(1), angles.limits[knee]
         (68.6, array([ -5., 150.], dtype=float32))
         """
-        return angles_of(self, degrees)
+        return angles_of(self, degrees, as_float_type(dtype))
 
     def limit_violations(self, *, degrees: bool = False) -> npt.NDArray[np.void]:
         """The values of degrees of freedom that pass a limit: records of frame, dof (index into the names of angles()), value and excess.
@@ -361,36 +367,40 @@ class Clip:
         """
         return self._with(_core.resample(self._raw, float(fps)))
 
-    def joints(self, joints: Sequence[Joint]) -> Clip:
+    def joints(self, joints: Union[Joint, Iterable[Joint]]) -> Clip:
         """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its place in the world, relative to its
         nearest ancestor that stays.
 
         >>> clip.joints(["left_foot", "right_foot"]).parents
         array([-1, -1], dtype=int32)
         """
-        if isinstance(joints, (str, int)):
-            joints = [joints]
-        mask = np.asarray(joints)
+        listed: List[Joint] = [joints] if isinstance(joints, (str, int, np.integer)) else list(joints)
+        mask = np.asarray(listed)
         if mask.dtype == bool:
             if mask.shape != (len(self.names),):
                 raise ValueError(f"a mask of joints has shape {mask.shape}, not ({len(self.names)},)")
-            joints = np.flatnonzero(mask).tolist()
-        if not len(joints):
+            listed = np.flatnonzero(mask).tolist()
+        chosen = self._indices(listed)
+        if not chosen:
             raise ValueError("no joints were chosen")
-        return self._with(_core.select(self._raw, sorted({self._index(joint) for joint in joints})))
+        return self._with(_core.select(self._raw, sorted(set(chosen))))
 
-    def _index(self, joint: Joint) -> int:
-        """The index of a joint."""
-        if isinstance(joint, str):
-            if joint not in self.names:
-                raise KeyError(f"no joint {joint}{_core.did_you_mean(to_bytes(joint), self._raw)}")
-            return self.names.index(joint)
-        if isinstance(joint, bool) or not hasattr(joint, "__index__"):
-            raise TypeError(f"a joint is a name or an index, not {type(joint).__name__}")
-        index = operator.index(joint)
-        if not -len(self.names) <= index < len(self.names):
-            raise IndexError(f"joint {index}: there are {len(self.names)}")
-        return index % len(self.names)
+    def _indices(self, joints: Iterable[Joint]) -> List[int]:
+        """The indices of joints; of several of one name, the first."""
+        names = self.names
+        by_name = {name: index for index, name in reversed(list(enumerate(names)))}
+        found = []
+        for joint in joints:
+            if isinstance(joint, str):
+                if joint not in by_name:
+                    raise KeyError(f"no joint {joint}{_core.did_you_mean(to_bytes(joint), self._raw)}")
+                found.append(by_name[joint])
+                continue
+            index = whole("a joint", joint)
+            if not -len(names) <= index < len(names):
+                raise IndexError(f"joint {index}: there are {len(names)}")
+            found.append(index % len(names))
+        return found
 
     def to(self, *, up: Optional[str] = None, units: Optional[str] = None) -> Clip:
         """With another axis up or in another unit.
@@ -410,7 +420,7 @@ class Clip:
         return self._with(core, up=up, units=units)
 
     def scale(self, factor: float) -> Clip:
-        """All lengths times a factor: the figure and its way.
+        """All lengths times a factor: the figure and its path.
 
         >>> bool(np.all(clip.scale(0.5).rest_positions == clip.rest_positions / 2))
         True
@@ -424,11 +434,11 @@ class Clip:
         return self._with(_core.make_z_up(step(_core.make_y_up(self._raw))))
 
     def in_place(self, *, keep_turn: bool = True) -> Clip:
-        """The first root's way on the ground taken out: it stays above its place in the first frame. Its turn about the vertical stays,
+        """The first root's path on the ground taken out: it stays above its position in the first frame. Its turn about the vertical stays,
         unless keep_turn is false. Roots lose their degrees of freedom.
 
-        >>> way = clip.in_place().positions()[:, 0, [0, 2]]
-        >>> bool(np.ptp(way, axis=0).max() < 1e-4)
+        >>> path = clip.in_place().positions()[:, 0, [0, 2]]
+        >>> bool(np.ptp(path, axis=0).max() < 1e-4)
         True
         """
         return self._step(lambda core: _core.in_place(core, keep_turn))
@@ -456,8 +466,9 @@ class Clip:
             warnings.warn("no names differ in left and right: no joints change sides, give pairs=", UserWarning, stacklevel=2)
         if pairs is not None:
             other = itself
-            for one, two in pairs:
-                other[self._index(one)], other[self._index(two)] = self._index(two), self._index(one)
+            indices = self._indices(joint for one, two in pairs for joint in (one, two))
+            for one, two in zip(indices[::2], indices[1::2]):
+                other[one], other[two] = two, one
         return self._step(lambda core: _core.mirror(core, other))
 
     # From arrays and back
@@ -545,9 +556,9 @@ class Clip:
 
     def __reduce__(self) -> Tuple[Any, ...]:
         words = {key: getattr(self, key) for key in ("name", "units", "up", "skeleton")}
-        return restore, (take_apart(self._raw), words, [tuple(message) for message in self._messages])
+        return restore, (take_apart(self._raw), words, [tuple(message) for message in self._messages], type(self))
 
 
-def restore(parts: Dict[str, Any], words: Dict[str, Any], messages: List[Any]) -> Clip:
+def restore(parts: Dict[str, Any], words: Dict[str, Any], messages: List[Any], kind: Type[Clip] = Clip) -> Clip:
     """What __reduce__() took apart."""
-    return Clip._make(put_together(parts), messages=[Message(*message) for message in messages], **words)
+    return kind._make(put_together(parts), messages=[Message(*message) for message in messages], **words)

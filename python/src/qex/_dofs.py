@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, List, NamedTuple
+from typing import TYPE_CHECKING, Any, List, NamedTuple
 
 import numpy as np
 import numpy.typing as npt
@@ -39,7 +39,7 @@ def is_turn(core: _core.Clip) -> npt.NDArray[np.bool_]:
     return np.array([word.startswith("r") for _, word in core.dofs], dtype=bool)
 
 
-def angles_of(clip: Clip, degrees: bool) -> Angles:
+def angles_of(clip: Clip, degrees: bool, kind: np.dtype[Any]) -> Angles:
     """Clip.angles()."""
     core = clip._raw
     dofs, turns = core.dofs, is_turn(core)
@@ -48,14 +48,14 @@ def angles_of(clip: Clip, degrees: bool) -> Angles:
         values = np.zeros((0, len(dofs)), np.float32)
     if not degrees:
         factors = np.where(turns, np.pi / 180, 1.0)
-        values = (values * factors).astype(np.float32)
+        values = values * factors
         limits = limits * factors[:, None]
     names = clip.names
     return Angles(
-        values=values,
+        values=values.astype(kind, copy=False),
         names=[f"{names[joint]}.{word}" for joint, word in dofs],
         units=[("deg" if degrees else "rad") if turn else clip.units for turn in turns],
-        limits=limits.astype(np.float32),
+        limits=limits.astype(kind),
         joints=np.array([joint for joint, _ in dofs], dtype=np.int32),
     )
 

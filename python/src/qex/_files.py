@@ -7,7 +7,7 @@ import warnings
 from typing import BinaryIO, List, NamedTuple, Optional, Tuple, Union
 
 from . import _core
-from ._arrays import CENTIMETRES, choose, to_bytes
+from ._arrays import CENTIMETRES, choose, rate, to_bytes, whole
 from ._clip import Clip
 from ._messages import Error, Message, from_core
 from ._save import name_of_file
@@ -17,13 +17,24 @@ Source = Union[str, "os.PathLike[str]", bytes, BinaryIO]
 FORMATS = ["asf", "amc", "bvh", "glb", "gltf"]
 
 
-class Wanted(NamedTuple):
+def own_name(file: BinaryIO) -> Optional[str]:
+    """The path of a file object that is an open file, and not a part of an archive; None for others."""
+    try:
+        name = file.name
+        if isinstance(name, str) and os.path.samestat(os.fstat(file.fileno()), os.stat(name)):
+            return os.path.join(".", name)
+    except (AttributeError, OSError, ValueError):
+        pass
+    return None
+
+
+class Space(NamedTuple):
     """An up axis and a unit; None: not given."""
 
     up: Optional[str]
     units: Optional[str]
 
-    def check(self, prefix: str) -> Wanted:
+    def check(self, prefix: str) -> Space:
         """Itself, if the words are known; else ValueError."""
         if self.up is not None:
             choose(prefix + "up", self.up, ["y", "z"])
@@ -44,7 +55,7 @@ def name_of(source: Source, base_dir: Optional[Union[str, "os.PathLike[str]"]]) 
     if not isinstance(source, (bytes, bytearray, memoryview)):
         if not hasattr(source, "read"):
             raise TypeError(f"expected a path, bytes or a binary file object, not {type(source).__name__}")
-        name = os.path.join(".", source.name) if isinstance(getattr(source, "name", None), str) else "<file>"
+        name = own_name(source) or "<file>"
         source = source.read()
         if not isinstance(source, bytes):
             raise TypeError("expected a file object opened for bytes: open(path, 'rb')")
@@ -68,24 +79,17 @@ def make_source(
     if skeleton is not None:
         source.skeleton, source.skeleton_contents = name_of(skeleton, None)
     if format is not None:
+        if not isinstance(format, str):
+            raise TypeError(f"format is a word, not {type(format).__name__}")
         if format.lower().lstrip(".") not in FORMATS:
             raise ValueError(f"format={format!r}: expected one of {', '.join(map(repr, FORMATS))}")
         source.format = format.lower().lstrip(".").encode()
-    source.source_fps = positive("source_fps", source_fps)
+    source.source_fps = 0.0 if source_fps is None else rate("source_fps", source_fps)
     source.allow_unmatched = allow_unmatched
     return source, os.fsdecode(name)
 
 
-def positive(what: str, number: Optional[float]) -> float:
-    """The number, which is a rate; 0 for None."""
-    if number is None:
-        return 0.0
-    if not 1e-3 <= float(number) <= 1e6:
-        raise ValueError(f"{what}={number!r}: expected 0.001 to 1,000,000 frames a second")
-    return float(number)
-
-
-def read(source: _core.Source, shown: str, to: Wanted, own: Wanted) -> Tuple[List[Clip], int]:
+def read(source: _core.Source, shown: str, to: Space, own: Space) -> Tuple[List[Clip], int]:
     """The clips of a source, and how many takes it has. Warns of what the file lacks (to the caller's caller).
 
     to, own: up axis and unit of the clips, and of the file's numbers
@@ -94,6 +98,8 @@ def read(source: _core.Source, shown: str, to: Wanted, own: Wanted) -> Tuple[Lis
     messages = from_core(raw)
     if clips is None:
         raise Error(messages)
+    if os.path.exists(skeleton):
+        skeleton = os.path.abspath(skeleton)  # The current folder may change.
     if own.units is not None and format != "bvh":
         raise ValueError(f"source_units= is for BVH: {shown} says what its lengths are in")
     if source.source_fps and format != "amc":
@@ -157,20 +163,19 @@ def load(
     >>> qex.load("samples/walk.amc", fps=30, units="m", up="z")
     <qex.Clip 'walk': 35 joints, 61 frames, 30 a second, m, z up>
     """
-    to, own = Wanted(up, units).check(""), Wanted(source_up, source_units).check("source_")
+    to, own = Space(up, units).check(""), Space(source_up, source_units).check("source_")
     source, shown = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
-    source.fps, source.keep_good_frames, source.remove_dummies = positive("fps", fps), keep_good_frames, remove_dummies
-    source.first_only = not isinstance(take, int)
+    source.fps, source.keep_good_frames, source.remove_dummies = 0.0 if fps is None else rate("fps", fps), keep_good_frames, remove_dummies
     if isinstance(take, str):
         source.take = to_bytes(take)
+    index = None if take is None or isinstance(take, str) else whole("take", take)
+    source.first_only = index is None
     clips, takes = read(source, shown, to, own)
     if take is None and takes > 1:
         warnings.warn(f"{shown} has {takes} takes: this is the first, qex.load_all gives all", UserWarning, stacklevel=2)
-    if not isinstance(take, int):
-        return clips[0]
-    if not -len(clips) <= take < len(clips):
-        raise IndexError(f"take={take}: {shown} has the takes 0 to {len(clips) - 1}")
-    return clips[take]
+    if index is not None and not -len(clips) <= index < len(clips):
+        raise IndexError(f"take={index}: {shown} has the takes 0 to {len(clips) - 1}")
+    return clips[index or 0]
 
 
 def load_all(
@@ -194,7 +199,7 @@ def load_all(
     >>> [clip.name for clip in qex.load_all("samples/walk.amc")]
     ['walk']
     """
-    to, own = Wanted(up, units).check(""), Wanted(source_up, source_units).check("source_")
+    to, own = Space(up, units).check(""), Space(source_up, source_units).check("source_")
     source, shown = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
-    source.fps, source.keep_good_frames, source.remove_dummies = positive("fps", fps), keep_good_frames, remove_dummies
+    source.fps, source.keep_good_frames, source.remove_dummies = 0.0 if fps is None else rate("fps", fps), keep_good_frames, remove_dummies
     return read(source, shown, to, own)[0]

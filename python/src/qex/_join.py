@@ -5,6 +5,7 @@ from __future__ import annotations
 from typing import Iterable
 
 from . import _core
+from ._arrays import whole
 from ._clip import Clip
 
 
@@ -22,8 +23,15 @@ def join(clips: Iterable[Clip], blend: int = 0) -> Clip:
         raise ValueError("join needs at least one clip")
     if not all(isinstance(clip, Clip) for clip in listed):
         raise TypeError("join takes clips")
-    first = listed[0]
-    core = first._raw
-    for clip in listed[1:]:
-        core = _core.join(core, clip.to(up=first.up, units=first.units)._raw, int(blend))
+    first, blend = listed[0], whole("blend", blend)
+    if not 0 <= blend <= min(map(len, listed)):
+        raise ValueError(f"blend={blend}: expected 0 to {min(map(len, listed))}, the frames of the shortest clip")
+    parts = [clip.to(up=first.up, units=first.units)._raw for clip in listed]
+    # Two by two, so that not every step copies all before it, where no frame is part of two blends.
+    while len(parts) > 2 and min(map(len, listed)) >= 2 * blend:
+        joined = [_core.join(one, other, blend) for one, other in zip(parts[::2], parts[1::2])]
+        parts = joined + parts[2 * len(joined) :]
+    core = parts[0]
+    for part in parts[1:]:
+        core = _core.join(core, part, blend)
     return first._with(core)

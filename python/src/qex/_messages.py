@@ -63,4 +63,5 @@ class Error(Exception):
 
 
 def from_core(raw: Sequence[RawMessage]) -> List[Message]:
+    """The library's messages as objects."""
     return [Message(*message) for message in raw]

@@ -22,11 +22,12 @@ def plot_angles(clip: Clip, joints: List[Joint], ax: Optional[Any]) -> Any:
         except ImportError as error:
             raise ImportError("plot() needs matplotlib: pip install matplotlib") from error
         ax = pyplot.subplots()[1]
-    for column in columns:
-        (line,) = ax.plot(clip.times, angles.values[:, column], label=angles.names[column])
-        low, high = angles.limits[column]
-        if np.isfinite(low) and np.isfinite(high):
-            ax.axhspan(low, high, color=line.get_color(), alpha=0.1, linewidth=0)
+    lines = [ax.plot(clip.times, angles.values[:, column], label=angles.names[column])[0] for column in columns]
+    bottom, top = ax.get_ylim()  # Where a band without a limit ends.
+    for line, (low, high) in zip(lines, angles.limits[columns]):
+        if np.isfinite(low) or np.isfinite(high):
+            ends = low if np.isfinite(low) else min(bottom, high), high if np.isfinite(high) else max(top, low)
+            ax.axhspan(*ends, color=line.get_color(), alpha=0.1, linewidth=0)
     ax.set_xlabel("seconds")
     ax.set_ylabel("degrees" if angles.units[columns[0]] == "deg" else angles.units[columns[0]])
     ax.set_title(clip.name)
@@ -44,7 +45,7 @@ def columns_of(clip: Clip, joints: List[Joint]) -> List[int]:
         if isinstance(joint, str) and joint in angles.names:
             found = [angles.names.index(joint)]
         else:
-            found = np.flatnonzero(angles.joints == clip._index(joint)).tolist()
+            found = np.flatnonzero(angles.joints == clip._indices([joint])[0]).tolist()
         if not found:
             raise ValueError(f"{joint} has no degrees of freedom")
         listed += found

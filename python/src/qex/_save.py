@@ -19,6 +19,7 @@ PRESETS = ["motion-imitation"]
 
 
 def target_of(clip: Clip) -> _core.Target:
+    """What the library needs to know of a clip to write or draw it."""
     target = _core.Target()
     target.name = to_bytes(clip.name)
     target.unit = CENTIMETRES[clip.units]
@@ -27,7 +28,7 @@ def target_of(clip: Clip) -> _core.Target:
 
 
 def draw(clip: Clip) -> str:
-    """The clip as SVG: some poses from the front."""
+    """The clip as SVG: some poses from the front; "" if it cannot be drawn."""
     return _core.draw(clip._raw, target_of(clip))
 
 
@@ -44,6 +45,8 @@ def save(
     endings = {os.path.splitext(path)[1].lower() for path in names}
     if b".amc" in endings and b".asf" not in endings:
         own = clip.skeleton if clip.skeleton and clip.skeleton.lower().endswith(".asf") else None
+        if clip.up == "z":
+            raise ValueError("an AMC file alone has the axes of its skeleton, y up: to(up='y') first")
         if skeleton is None and own is None:
             raise ValueError("an AMC file needs a skeleton: save('x.asf', 'x.amc'), or skeleton='existing.asf'")
         target.skeleton = name_of_file(skeleton or own or "")
@@ -51,6 +54,8 @@ def save(
         raise ValueError("skeleton= is for an AMC file alone")
     written, raw = _core.save(clip._raw, target)
     messages = from_core(raw)
+    if not written and not any(message.severity == "error" for message in messages):
+        raise BrokenPipeError("the reader of a pipe closed it")
     if not written:
         raise Error(messages)
     for message in messages:

@@ -25,25 +25,25 @@ def multiply(one, other):
 def forward_kinematics(clip):
     turns = clip.rotations().astype(np.float64)
     turns /= np.linalg.norm(turns, axis=-1, keepdims=True)
-    places = clip.translations().astype(np.float64)
+    positions = clip.translations().astype(np.float64)
     for joint, parent in enumerate(clip.parents):
         if parent >= 0:
-            places[:, joint] = places[:, parent] + rotate(turns[:, parent], places[:, joint])
+            positions[:, joint] = positions[:, parent] + rotate(turns[:, parent], positions[:, joint])
             turns[:, joint] = multiply(turns[:, parent], turns[:, joint])
-    return places
+    return positions
 
 
-def size_of(places):
+def size_of(positions):
     """The larger of height and width of a figure in its first frame."""
-    return np.ptp(places[0], axis=0).max()
+    return np.ptp(positions[0], axis=0).max()
 
 
 def test_positions_are_those_of_a_plain_forward_kinematics(motion):
     if not np.all(motion.scalings() == 1):
         pytest.fail("a motion with scaled joints needs another kinematics")
-    places = forward_kinematics(motion)
-    assert abs(motion.positions(dtype=np.float64) - places).max() < 1e-6 * size_of(places)
-    assert abs(motion.positions() - places).max() < 1e-6 * max(size_of(places), abs(places).max())
+    positions = forward_kinematics(motion)
+    assert abs(motion.positions(dtype=np.float64) - positions).max() < 1e-6 * size_of(positions)
+    assert abs(motion.positions() - positions).max() < 1e-6 * max(size_of(positions), abs(positions).max())
 
 
 def test_joints_that_do_not_move_are_at_rest(motion):
@@ -66,18 +66,18 @@ def oracles():
 def test_world_positions_of_independent_programs(path, oracle):
     clip = load(path)
     frames = json.loads(oracle.read_text())["frames"]
-    places = clip.positions(dtype=np.float64)
-    size = size_of(places)
+    positions = clip.positions(dtype=np.float64)
+    size = size_of(positions)
     unit = unit_of(clip.skeleton)
     compared = 0
     for number, bones in frames.items():
         for name, bone in bones.items():
             start = clip.names.index(name)
-            place = places[int(number) - 1]
-            assert abs(place[start] - np.array(bone["start"]) * unit).max() < 1e-6 * size, (number, name)
+            position = positions[int(number) - 1]
+            assert abs(position[start] - np.array(bone["start"]) * unit).max() < 1e-6 * size, (number, name)
             ends = [joint for joint, parent in enumerate(clip.parents) if parent == start]
             if name != "root":
-                assert min(abs(place[end] - np.array(bone["end"]) * unit).max() for end in ends) < 1e-6 * size, (number, name)
+                assert min(abs(position[end] - np.array(bone["end"]) * unit).max() for end in ends) < 1e-6 * size, (number, name)
             compared += 1
     assert compared > 50
 
@@ -89,8 +89,8 @@ def unit_of(path):
 
 
 def test_velocities_are_differences(motion):
-    places = motion.positions(dtype=np.float64)
-    expected = np.gradient(places, 1 / motion.fps, axis=0) if len(motion) > 1 else np.zeros_like(places)
+    positions = motion.positions(dtype=np.float64)
+    expected = np.gradient(positions, 1 / motion.fps, axis=0) if len(motion) > 1 else np.zeros_like(positions)
     assert abs(motion.velocities(dtype=np.float64) - expected).max() < 1e-6 * max(1, abs(expected).max())
 
 
