@@ -38,7 +38,7 @@ bool KSource::Open(qexsdk::KQexFigureFiles& pFiles, KQexFigureReport& pReport)
     }
     if (mContents && lFiles.front().GetFormat() == qexsdk::eFIGURE_AMC && mSkeleton.empty() && mPath.find('/') == std::string::npos)
     {
-        // Any skeleton of the current folder would do for a motion without a place.
+        // Any skeleton of the current folder would do for a motion without a folder of its own.
         return pReport.Fail(qexsdk::eFIGURE_USAGE, mPath, "is a motion, whose skeleton is not known: give skeleton= or base_dir=");
     }
     if (mSkeletonContents)

@@ -89,7 +89,7 @@ def test_single_frames(walk):
     assert len(list(walk[:3])) == 3
 
 
-def test_joints_keep_their_places(walk):
+def test_joints_keep_their_transforms(walk):
     names = ["right_foot", "left_foot", "head"]
     chosen = walk.joints(names)
     assert sorted(chosen.names) == sorted(names)

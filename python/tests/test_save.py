@@ -20,8 +20,8 @@ def positions_of(path, names, fps):
         return arrays["world_positions"][:, [list(arrays["names"]).index(name) for name in names]]
     if path.suffix == ".csv":
         rows = [line.split(",") for line in path.read_text().splitlines()]
-        joints, places = np.array([row[2] for row in rows[1:]]), np.array([row[-3:] for row in rows[1:]], float)
-        return np.stack([places[joints == name] for name in names], axis=1)
+        joints, positions = np.array([row[2] for row in rows[1:]]), np.array([row[-3:] for row in rows[1:]], float)
+        return np.stack([positions[joints == name] for name in names], axis=1)
     clip = load(path, fps=fps)  # Keys that are far apart need not be frames.
     return clip.positions()[:, [clip.names.index(name) for name in names]]
 

@@ -66,8 +66,8 @@ def euler_order(order: str) -> Tuple[str, List[int]]:
     if not is_order or order not in (letters, letters.upper()):
         raise ValueError(f"order={order!r}: expected three letters, 'xyz' about fixed axes or 'XYZ' about moving ones, none twice in a row")
     fixed = letters if order == letters else letters[::-1]
-    places = [0, 1, 2] if fixed[0] == fixed[2] else [AXES.index(letter) for letter in fixed]
-    return fixed.upper(), places if order == letters else places[::-1]
+    columns = [0, 1, 2] if fixed[0] == fixed[2] else [AXES.index(letter) for letter in fixed]
+    return fixed.upper(), columns if order == letters else columns[::-1]
 
 
 def rotation_order(form: str, order: Optional[str]) -> str:

@@ -259,10 +259,10 @@ class Clip:
         if form == "quat" and not is_world and kind == np.float32:
             stored = self._raw.quaternions
             return stored if order == "wxyz" else stored.take([1, 2, 3, 0], axis=-1)
-        word, places = euler_order(order) if form == "euler" else ("", [])
+        word, columns = euler_order(order) if form == "euler" else ("", [])
         result = self._raw.rotations(is_world, form, word, is_double(kind))
-        if form == "euler" and places != [0, 1, 2]:
-            result = result.take(places, axis=-1)
+        if form == "euler" and columns != [0, 1, 2]:
+            result = result.take(columns, axis=-1)
         if order == "xyzw":
             result = result.take([1, 2, 3, 0], axis=-1)
         if form == "euler" and not degrees:
@@ -285,7 +285,7 @@ class Clip:
     def angular_velocities(self, *, dtype: npt.DTypeLike = np.float32) -> Floats:
         """Angular velocity of every joint about the axes of the world, radians a second; shape (frames, joints, 3).
 
-        From the rotation between the frames before and after, the short way.
+        From the rotation between the frames before and after, along the shorter arc.
 
         >>> abs(clip.angular_velocities()[:, clip.names.index("left_shin")]).max(axis=0).round(1)
         array([8.4, 0.4, 0.7], dtype=float32)
@@ -360,7 +360,7 @@ class Clip:
         return (self[frame] for frame in range(len(self)))
 
     def resample(self, fps: float) -> Clip:
-        """The motion at another rate: rotations the short way between frames, the rest linear.
+        """The motion at another rate: rotations along the shorter arc between frames, the rest linear.
 
         >>> len(clip.resample(30))
         61
@@ -368,8 +368,8 @@ class Clip:
         return self._with(_core.resample(self._raw, float(fps)))
 
     def joints(self, joints: Union[Joint, Iterable[Joint]]) -> Clip:
-        """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its place in the world, relative to its
-        nearest ancestor that stays.
+        """Only these joints, by names, indices or a mask, in the clip's order. Each keeps its transform in the world, and is
+        relative to its nearest ancestor that stays.
 
         >>> clip.joints(["left_foot", "right_foot"]).parents
         array([-1, -1], dtype=int32)

@@ -7,7 +7,7 @@ from typing import List, NamedTuple, Sequence, Tuple
 RawMessage = Tuple[str, int, str, str, str]
 
 
-def place(path: str, line: int) -> str:
+def location(path: str, line: int) -> str:
     """``path:line: ``, as far as they are known."""
     return f"{path}:{line}: " if line else f"{path}: " if path else ""
 
@@ -19,7 +19,7 @@ class Message(NamedTuple):
     line: line of the file from 1; 0 for the file as a whole
     severity: "note", "warning" or "error"
     text: one line
-    kind: the text without what is in parentheses and with # for numbers: equal for messages that say the same of other places
+    kind: the text without what is in parentheses and with # for numbers: equal for messages that differ only in those
     """
 
     path: str
@@ -29,7 +29,7 @@ class Message(NamedTuple):
     kind: str
 
     def __str__(self) -> str:
-        return f"{place(self.path, self.line)}{self.severity}: {self.text}"
+        return f"{location(self.path, self.line)}{self.severity}: {self.text}"
 
 
 class Error(Exception):
@@ -59,7 +59,7 @@ class Error(Exception):
         super().__init__(self.messages)
 
     def __str__(self) -> str:
-        return place(self.file, self.line) + self.text
+        return location(self.file, self.line) + self.text
 
 
 def from_core(raw: Sequence[RawMessage]) -> List[Message]:
