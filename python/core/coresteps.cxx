@@ -5,7 +5,6 @@
 
 #include <pybind11/stl.h>
 
-#include <algorithm>
 #include <cmath>
 #include <new>
 #include <string>
@@ -22,14 +21,10 @@ namespace
 using qexsdk::KQexClip;
 using qexsdk::KQexClipData;
 
-/// A clip that \p pStep makes, without Python's lock. ValueError with \p pWhat unless \p pIsValid; MemoryError if it cannot be made.
+/// A clip that \p pStep makes, without Python's lock. Python's code has checked the arguments: MemoryError if it cannot be made.
 template <typename TStep>
-KClipPointer Make(bool pIsValid, const char* pWhat, const TStep& pStep)
+KClipPointer Make(const TStep& pStep)
 {
-    if (!pIsValid)
-    {
-        throw py::value_error(pWhat);
-    }
     auto lResult = std::make_shared<KQexClip>();
     bool lOk = false;
     {
@@ -45,7 +40,7 @@ using KStep = bool (*)(const KQexClip&, KQexClip&);
 template <KStep TStep>
 void AddStep(py::module_& pModule, const char* pName)
 {
-    pModule.def(pName, [](const KQexClip& pClip) { return Make(true, "", [&](KQexClip& pResult) { return TStep(pClip, pResult); }); });
+    pModule.def(pName, [](const KQexClip& pClip) { return Make([&](KQexClip& pResult) { return TStep(pClip, pResult); }); });
 }
 
 using KFloats = py::array_t<float, py::array::c_style | py::array::forcecast>;
@@ -111,24 +106,6 @@ KQexClipData DataOf(KArrays& pArrays)
     return lData;
 }
 
-bool ArePairs(const std::vector<int>& pPairs, int pJoints)
-{
-    bool lOk = pPairs.size() == static_cast<size_t>(pJoints);
-    for (int i = 0; lOk && i < pJoints; ++i)
-    {
-        const int lPair = pPairs[static_cast<size_t>(i)];
-        lOk = lPair >= 0 && lPair < pJoints && pPairs[static_cast<size_t>(lPair)] == i;
-    }
-    return lOk;
-}
-
-bool CanJoin(const KQexClip& pClip, const KQexClip& pNext, int pBlend)
-{
-    return pBlend >= 0 && pBlend <= std::min(pClip.GetFrameCount(), pNext.GetFrameCount()) &&
-           pClip.GetData().mNames == pNext.GetData().mNames && pClip.GetData().mParents == pNext.GetData().mParents &&
-           pClip.GetData().mSampling.mStep == pNext.GetData().mSampling.mStep;
-}
-
 /// A clip of arrays, \p pSeconds a frame. ValueError with the first reasons why there is none.
 KClipPointer FromArrays(KArrays pArrays, double pSeconds, long long pFrames)
 {
@@ -158,48 +135,21 @@ void AddSteps(py::module_& pModule)
     AddStep<qexsdk::KQexClipMakeZUp>(pModule, "make_z_up");
     AddStep<qexsdk::KQexClipMakeYUp>(pModule, "make_y_up");
     AddStep<qexsdk::KQexClipToOrigin>(pModule, "start_at_origin");
-    pModule.def("resample",
-                [](const KQexClip& pClip, double pRate)
-                {
-                    return Make(pRate >= 1e-3 && pRate <= 1e6, "fps must be 0.001 to 1,000,000 frames a second",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipResample(pClip, pRate, pResult); });
-                });
-    pModule.def("cut",
-                [](const KQexClip& pClip, long long pFirst, long long pLast, int pEvery)
-                {
-                    return Make(pFirst >= 0 && pFirst <= pLast && pLast < pClip.GetFrameCount() && pEvery >= 1, "no such frames",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipCut(pClip, pFirst, pLast, pEvery, pResult); });
-                });
-    pModule.def("select",
-                [](const KQexClip& pClip, const std::vector<int>& pJoints)
-                {
-                    const bool lIsValid = !pJoints.empty() && pJoints.front() >= 0 && pJoints.back() < pClip.GetJointCount() &&
-                                          std::is_sorted(pJoints.begin(), pJoints.end());
-                    return Make(lIsValid, "no such joints",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipSelect(pClip, pJoints, pResult); });
-                });
-    pModule.def("scale",
-                [](const KQexClip& pClip, double pFactor)
-                {
-                    return Make(pFactor > 0 && pFactor <= 1e9, "a scale must be above 0, and at most 1e9",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipScale(pClip, pFactor, pResult); });
-                });
+    pModule.def("resample", [](const KQexClip& pClip, double pRate)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipResample(pClip, pRate, pResult); }); });
+    pModule.def("cut", [](const KQexClip& pClip, long long pFirst, long long pLast, int pEvery)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipCut(pClip, pFirst, pLast, pEvery, pResult); }); });
+    pModule.def("select", [](const KQexClip& pClip, const std::vector<int>& pJoints)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipSelect(pClip, pJoints, pResult); }); });
+    pModule.def("scale", [](const KQexClip& pClip, double pFactor)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipScale(pClip, pFactor, pResult); }); });
     pModule.def("mirror_pairs", [](const KQexClip& pClip) { return qexsdk::KQexMirrorPairs(pClip.GetData()); });
-    pModule.def("mirror",
-                [](const KQexClip& pClip, const std::vector<int>& pPairs)
-                {
-                    return Make(ArePairs(pPairs, pClip.GetJointCount()), "the pair of a joint's pair must be the joint itself",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipMirror(pClip, pPairs, pResult); });
-                });
+    pModule.def("mirror", [](const KQexClip& pClip, const std::vector<int>& pPairs)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipMirror(pClip, pPairs, pResult); }); });
     pModule.def("in_place", [](const KQexClip& pClip, bool pKeepTurn)
-                { return Make(true, "", [&](KQexClip& pResult) { return qexsdk::KQexClipInPlace(pClip, pKeepTurn, pResult); }); });
-    pModule.def("join",
-                [](const KQexClip& pClip, const KQexClip& pNext, int pBlend)
-                {
-                    return Make(CanJoin(pClip, pNext, pBlend),
-                                "clips to join need the same joints and rate, and at least as many frames as they blend",
-                                [&](KQexClip& pResult) { return qexsdk::KQexClipJoin(pClip, pNext, pBlend, pResult); });
-                });
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipInPlace(pClip, pKeepTurn, pResult); }); });
+    pModule.def("join", [](const KQexClip& pClip, const KQexClip& pNext, int pBlend)
+                { return Make([&](KQexClip& pResult) { return qexsdk::KQexClipJoin(pClip, pNext, pBlend, pResult); }); });
     py::class_<KArrays>(pModule, "Arrays")
         .def(py::init<>())
         .def_readwrite("names", &KArrays::mNames)

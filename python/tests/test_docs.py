@@ -2,6 +2,7 @@
 
 import doctest
 import importlib
+import inspect
 import pkgutil
 
 import numpy as np
@@ -24,6 +25,13 @@ def test_everything_public_is_described():
     for name in qex.__all__:
         thing = getattr(qex, name)
         assert thing.__doc__, name
-        for member, value in vars(thing).items() if isinstance(thing, type) else ():
-            if not member.startswith("_") and (callable(value) or isinstance(value, property)):
-                assert ">>>" in (value.__doc__ or ""), f"{name}.{member}"
+        for member, value in members_of(thing):
+            assert ">>>" in (value.__doc__ or ""), f"{name}.{member}"
+    assert len(members_of(qex.Clip)) > 20
+
+
+def members_of(thing):
+    """The public methods and properties of a class that it has not from Python."""
+    bases = [base for base in getattr(thing, "__mro__", ()) if base.__module__.startswith("qex")]
+    members = [(name, value) for base in bases for name, value in vars(base).items() if not name.startswith("_")]
+    return [(name, value) for name, value in members if isinstance(value, (property, classmethod)) or inspect.isfunction(value)]

@@ -2,10 +2,10 @@
 
 from __future__ import annotations
 
-import os
-from typing import List, Optional, Union
+from typing import List, Optional
 
 from . import _core
+from ._arguments import Path
 from ._files import Source, make_source
 from ._messages import Message, from_core
 
@@ -16,7 +16,7 @@ def check(
     *,
     source_fps: Optional[float] = None,
     format: Optional[str] = None,
-    base_dir: Optional[Union[str, "os.PathLike[str]"]] = None,
+    base_dir: Optional[Path] = None,
     allow_unmatched: bool = False,
     limits: bool = True,
 ) -> List[Message]:

@@ -7,12 +7,11 @@ import warnings
 from typing import BinaryIO, List, NamedTuple, Optional, Tuple, Union
 
 from . import _core
-from ._arrays import CENTIMETRES, choose, rate, to_bytes, whole
+from ._arguments import CENTIMETRES, Path, choose, name_of_file, rate, to_bytes, whole
 from ._clip import Clip
 from ._messages import Error, Message, from_core
-from ._save import name_of_file
 
-Source = Union[str, "os.PathLike[str]", bytes, BinaryIO]
+Source = Union[Path, bytes, BinaryIO]
 
 FORMATS = ["asf", "amc", "bvh", "glb", "gltf"]
 
@@ -43,7 +42,7 @@ class Space(NamedTuple):
         return self
 
 
-def name_of(source: Source, base_dir: Optional[Union[str, "os.PathLike[str]"]]) -> Tuple[bytes, Optional[bytes]]:
+def name_of(source: Source, base_dir: Optional[Path]) -> Tuple[bytes, Optional[bytes]]:
     """The name of a source, and its bytes if they are not in the file of that name."""
     if isinstance(source, str) and (len(source) > 4096 or "\n" in source):
         raise ValueError("this text is no path: give the contents of a file as bytes")
@@ -68,7 +67,7 @@ def make_source(
     path: Source,
     skeleton: Optional[Source],
     format: Optional[str],
-    base_dir: Optional[Union[str, "os.PathLike[str]"]],
+    base_dir: Optional[Path],
     source_fps: Optional[float],
     allow_unmatched: bool,
 ) -> Tuple[_core.Source, str]:
@@ -87,6 +86,12 @@ def make_source(
     source.source_fps = 0.0 if source_fps is None else rate("source_fps", source_fps)
     source.allow_unmatched = allow_unmatched
     return source, os.fsdecode(name)
+
+
+def set_motion(source: _core.Source, fps: Optional[float], keep_good_frames: bool, remove_dummies: bool) -> None:
+    """How the source's motion is read."""
+    source.fps = 0.0 if fps is None else rate("fps", fps)
+    source.keep_good_frames, source.remove_dummies = keep_good_frames, remove_dummies
 
 
 def read(source: _core.Source, shown: str, to: Space, own: Space) -> Tuple[List[Clip], int]:
@@ -135,7 +140,7 @@ def load(
     source_up: Optional[str] = None,
     source_units: Optional[str] = None,
     format: Optional[str] = None,
-    base_dir: Optional[Union[str, "os.PathLike[str]"]] = None,
+    base_dir: Optional[Path] = None,
     allow_unmatched: bool = False,
     keep_good_frames: bool = False,
     remove_dummies: bool = False,
@@ -165,7 +170,7 @@ def load(
     """
     to, own = Space(up, units).check(""), Space(source_up, source_units).check("source_")
     source, shown = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
-    source.fps, source.keep_good_frames, source.remove_dummies = 0.0 if fps is None else rate("fps", fps), keep_good_frames, remove_dummies
+    set_motion(source, fps, keep_good_frames, remove_dummies)
     if isinstance(take, str):
         source.take = to_bytes(take)
     index = None if take is None or isinstance(take, str) else whole("take", take)
@@ -189,7 +194,7 @@ def load_all(
     source_up: Optional[str] = None,
     source_units: Optional[str] = None,
     format: Optional[str] = None,
-    base_dir: Optional[Union[str, "os.PathLike[str]"]] = None,
+    base_dir: Optional[Path] = None,
     allow_unmatched: bool = False,
     keep_good_frames: bool = False,
     remove_dummies: bool = False,
@@ -201,5 +206,5 @@ def load_all(
     """
     to, own = Space(up, units).check(""), Space(source_up, source_units).check("source_")
     source, shown = make_source(path, skeleton, format, base_dir, source_fps, allow_unmatched)
-    source.fps, source.keep_good_frames, source.remove_dummies = 0.0 if fps is None else rate("fps", fps), keep_good_frames, remove_dummies
+    set_motion(source, fps, keep_good_frames, remove_dummies)
     return read(source, shown, to, own)[0]

@@ -4,8 +4,10 @@ from __future__ import annotations
 
 from typing import Iterable
 
+import numpy as np
+
 from . import _core
-from ._arrays import whole
+from ._arguments import whole
 from ._clip import Clip
 
 
@@ -26,6 +28,11 @@ def join(clips: Iterable[Clip], blend: int = 0) -> Clip:
     first, blend = listed[0], whole("blend", blend)
     if not 0 <= blend <= min(map(len, listed)):
         raise ValueError(f"blend={blend}: expected 0 to {min(map(len, listed))}, the frames of the shortest clip")
+    for clip in listed:
+        if clip.names != first.names or not np.array_equal(clip.parents, first.parents):
+            raise ValueError("clips to join need the same joints")
+        if clip._raw.step != first._raw.step:
+            raise ValueError(f"clips to join need the same rate: {clip.fps} and {first.fps}, see resample()")
     parts = [clip.to(up=first.up, units=first.units)._raw for clip in listed]
     # Two by two, so that not every step copies all before it, where no frame is part of two blends.
     while len(parts) > 2 and min(map(len, listed)) >= 2 * blend:

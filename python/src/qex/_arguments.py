@@ -1,13 +1,15 @@
-"""Words for rotations and units, and the numbers that they stand for."""
+"""Arguments: checked, and as the library takes them."""
 
 from __future__ import annotations
 
 import operator
-from typing import Any, List, Optional, Tuple
+import os
+from typing import Any, List, Optional, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
 
+Path = Union[str, "os.PathLike[str]"]
 Floats = npt.NDArray[np.floating[Any]]
 Ints = npt.NDArray[np.int32]
 
@@ -19,6 +21,14 @@ AXES = "xyz"
 def to_bytes(text: str) -> bytes:
     """A text as files have it: UTF-8, and the bytes that were none."""
     return text.encode("utf-8", "surrogateescape")
+
+
+def name_of_file(path: Path) -> bytes:
+    """The path as the library takes it, for which "-" alone is standard input or output."""
+    name = os.fsencode(path)
+    if b"\0" in name:
+        raise ValueError("embedded null byte in a path")
+    return os.path.join(b".", name) if name == b"-" else name
 
 
 def rate(what: str, number: float) -> float:
