@@ -6,7 +6,6 @@
 
 #include <pybind11/stl.h>
 
-#include <limits>
 #include <utility>
 
 namespace qexpython
@@ -21,7 +20,9 @@ using qexsdk::KQexJointTransform;
 using qexsdk::KQexRotationForm;
 using qexsdk::KQexSpace;
 
-constexpr long long kBlock = 256; ///< Frames computed at once: their numbers stay in the processor's cache.
+/// Frames computed at once, so that an array in single precision has none in double precision of its size beside it: for 22,008 frames of
+/// 38 joints a process needs 92 MB instead of 140.
+constexpr long long kBlock = 256;
 
 /// Frames, then \p pRest.
 KShape FramesAnd(const KQexClip& pClip, std::initializer_list<size_t> pRest)

@@ -28,6 +28,7 @@ struct KLoaded
     bool         mIsDefaultRate = false;
 };
 
+/// Appends \p pTake as a clip; null: the rest pose. False after an error.
 bool AddTake(const qexsdk::KQexFigure& pFigure, const KQexFigureTake* pTake, double pRate, std::vector<KLoaded>& pLoaded,
              KQexFigureReport& pReport)
 {
@@ -37,7 +38,7 @@ bool AddTake(const qexsdk::KQexFigure& pFigure, const KQexFigureTake* pTake, dou
     lLoaded.mIsDefaultRate = pTake != nullptr && pTake->mIsDefaultRate && !pTake->mIsSingle;
     pLoaded.push_back(lLoaded);
     qexsdk::KQexClipOptions lOptions;
-    lOptions.mThreads = 1; // Programs that need more load files in threads of their own.
+    lOptions.mThreads = 1; // More gain nothing for one motion, and take from programs that load in threads of their own.
     return pFigure.MakeClip(pTake, pRate, lOptions, *lLoaded.mClip, pReport);
 }
 
@@ -102,7 +103,7 @@ py::list Check(KSource pSource)
     lOptions.mMotionRate = pSource.mSourceRate;
     lOptions.mAllowUnmatched = pSource.mAllowUnmatched;
     lOptions.mLimits = pSource.mLimits;
-    lOptions.mScaleOption = "scale";
+    lOptions.mScaleOption = "Clip.scale()";
     lOptions.mProgress = StopAtSignals();
     {
         const KWithoutLock lWithout;

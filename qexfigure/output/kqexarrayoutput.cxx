@@ -11,10 +11,10 @@ namespace
 
 constexpr double kMetre = 100; ///< In centimetres.
 
-class KArrayOutput : public KQexFrameOutput
+class KArrayOutput : public KQexFileOutput
 {
 public:
-    using KQexFrameOutput::KQexFrameOutput;
+    using KQexFileOutput::KQexFileOutput;
 
     bool BeginTake(const KQexSampledTake& pTake, KQexFrameSink*& pSink) override
     {
@@ -45,12 +45,6 @@ public:
         return (mFile.Finish() && mOut->Prepare()) || ReportFailure(*mOut);
     }
 
-    bool End() override
-    {
-        mOutputs.mFiles.push_back(std::move(mOut));
-        return true;
-    }
-
 private:
     bool IsImitation() const { return mOutputs.mOptions.mArrays == KQexArraySet::eIMITATION; }
 
@@ -69,7 +63,6 @@ private:
         return lOptions;
     }
 
-    std::unique_ptr<KOutputFile>   mOut = std::make_unique<KOutputFile>();
     KQexNpzFile                    mFile{*mOut};
     std::unique_ptr<KQexFrameSink> mSink;
 };

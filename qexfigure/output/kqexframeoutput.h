@@ -115,6 +115,22 @@ protected:
     const std::vector<const KQexSampledTake*> mTakes;   ///< In the order in which they are written.
 };
 
+/// An output that is one file, which it opens itself.
+class KQexFileOutput : public KQexFrameOutput
+{
+public:
+    using KQexFrameOutput::KQexFrameOutput;
+
+    bool End() override
+    {
+        mOutputs.mFiles.push_back(std::move(mOut));
+        return true;
+    }
+
+protected:
+    std::unique_ptr<KOutputFile> mOut = std::make_unique<KOutputFile>(); ///< Null after End().
+};
+
 /// What an Acclaim output writes.
 struct KQexAcclaimTarget
 {

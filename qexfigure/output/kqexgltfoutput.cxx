@@ -13,10 +13,10 @@ namespace
 
 #ifdef QEX_WITH_GLTF
 
-class KGltfOutput : public KQexFrameOutput
+class KGltfOutput : public KQexFileOutput
 {
 public:
-    using KQexFrameOutput::KQexFrameOutput;
+    using KQexFileOutput::KQexFileOutput;
 
     bool BeginTake(const KQexSampledTake& pTake, KQexFrameSink*& pSink) override
     {
@@ -46,15 +46,7 @@ public:
             return ReportFailure(mFile.GetMessages());
         }
         AddMessages(mFile.GetMessages());
-        if (HasOwnBuffer() && !mOut->Prepare())
-        {
-            return ReportFailure(*mOut);
-        }
-        if (HasOwnBuffer())
-        {
-            mOutputs.mFiles.push_back(std::move(mOut));
-        }
-        return true;
+        return !HasOwnBuffer() || (mOut->Prepare() ? KQexFileOutput::End() : ReportFailure(*mOut));
     }
 
 private:
@@ -82,10 +74,9 @@ private:
                (mFile.BeginWrite(mOutputs.mFigure.GetRoots(), lOptions) || ReportFailure(mFile.GetMessages()));
     }
 
-    KQexFileGltf                 mFile;
-    std::unique_ptr<KOutputFile> mOut = std::make_unique<KOutputFile>();
-    size_t                       mTake = 0;        ///< Index of the next take among those of the file.
-    bool                         mHasSink = false; ///< The current take has frames.
+    KQexFileGltf mFile;
+    size_t       mTake = 0;        ///< Index of the next take among those of the file.
+    bool         mHasSink = false; ///< The current take has frames.
 };
 
 #else

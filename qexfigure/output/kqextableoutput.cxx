@@ -65,10 +65,10 @@ private:
     KOutputFile&                   mOut;
 };
 
-class KTableOutput : public KQexFrameOutput
+class KTableOutput : public KQexFileOutput
 {
 public:
-    using KQexFrameOutput::KQexFrameOutput;
+    using KQexFileOutput::KQexFileOutput;
 
     bool BeginTake(const KQexSampledTake& pTake, KQexFrameSink*& pSink) override
     {
@@ -90,14 +90,7 @@ public:
         return (pResult == KQexRunResult::eDONE && mOut->Prepare()) || (mOut->HasFailed() && ReportFailure(*mOut));
     }
 
-    bool End() override
-    {
-        mOutputs.mFiles.push_back(std::move(mOut));
-        return true;
-    }
-
 private:
-    std::unique_ptr<KOutputFile>   mOut = std::make_unique<KOutputFile>();
     std::unique_ptr<KPositionSink> mSink;
 };
 
