@@ -103,7 +103,6 @@ py::list Check(KSource pSource)
     lOptions.mMotionRate = pSource.mSourceRate;
     lOptions.mAllowUnmatched = pSource.mAllowUnmatched;
     lOptions.mLimits = pSource.mLimits;
-    lOptions.mScaleOption = "Clip.scale()";
     lOptions.mProgress = StopAtSignals();
     {
         const KWithoutLock lWithout;
