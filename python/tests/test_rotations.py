@@ -74,11 +74,11 @@ def test_quaternions_and_angles_do_not_jump(motion):
 
 
 @pytest.mark.parametrize("fps", [30, 24000 / 1001, 1000, 7.5])
-def test_resampling_is_slerp(walk, fps):
-    resampled = walk.resample(fps)
-    frames = np.minimum(resampled.times * walk.fps, len(walk) - 1)
-    for joint in range(0, len(walk.names), 5):
-        expected = Slerp(np.arange(len(walk)), Rotation.from_quat(walk.rotations(order="xyzw")[:, joint]))(frames)
+def test_resampling_is_slerp(motion, fps):
+    resampled = motion.resample(fps)
+    frames = np.minimum(resampled.times * motion.fps, len(motion) - 1)
+    for joint in range(0, len(motion.names), 5):
+        expected = Slerp(np.arange(len(motion)), Rotation.from_quat(motion.rotations(order="xyzw")[:, joint]))(frames)
         assert angle_between(Rotation.from_quat(resampled.rotations(order="xyzw")[:, joint]), expected) < 1e-6
 
 
